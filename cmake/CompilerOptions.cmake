@@ -1,0 +1,30 @@
+# How every target of the project is compiled.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+
+set(PDFSETTINGS_SANITIZE "" CACHE STRING "Sanitizers to build with: address, undefined, thread")
+option(PDFSETTINGS_COVERAGE "Count which lines and branches run" OFF)
+
+add_compile_options(-Wall -Wextra -Wconversion -Wsign-conversion -Wshadow -Wold-style-cast -Werror)
+
+if(PDFSETTINGS_SANITIZE)
+    list(JOIN PDFSETTINGS_SANITIZE "," sanitizers)
+    add_compile_options(
+        -fsanitize=${sanitizers} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=${sanitizers})
+endif()
+
+if(PDFSETTINGS_COVERAGE)
+    add_compile_options(--coverage)
+    add_link_options(--coverage)
+endif()
+
+find_program(CCACHE_PROGRAM ccache)
+if(CCACHE_PROGRAM)
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE_PROGRAM})
+endif()

@@ -1,0 +1,276 @@
+#include "runtime/Atoms.h"
+
+#include <cstring>
+#include <functional>
+#include <mutex>
+#include <new>
+
+#include "runtime/Boundary.h"
+#include "runtime/Memory.h"
+#include "runtime/Tables.h"
+
+namespace bibrt {
+
+namespace {
+
+constexpr std::size_t kFirstBuckets = 256;
+constexpr unsigned long kMaxReleased = 1024;
+
+// The table of all atoms. Counts fall to zero and rise from it under the lock only, so that an atom
+// that is found cannot be on its way out.
+class AtomTable {
+public:
+    BIBStringAtom* Intern(std::string_view text);
+    BIBStringAtom const* Find(std::string_view text) noexcept;
+    void MakeImmortal(BIBStringAtom& atom) noexcept;
+    void AddFromZero(BIBStringAtom& atom) noexcept;
+    void DropToZero(BIBStringAtom& atom) noexcept;
+    unsigned long CountLive() noexcept;
+
+private:
+    BIBStringAtom*& Bucket(std::size_t hash) noexcept {
+        return fBuckets[hash & (fBuckets.size() - 1)];
+    }
+    BIBStringAtom* Search(std::string_view text, std::size_t hash) noexcept;
+    BIBStringAtom* Create(std::string_view text, std::size_t hash);
+    void Grow() noexcept;
+    void Distribute(BIBStringAtom* atom) noexcept;
+    void Retain(BIBStringAtom& atom) noexcept;
+    void Park(BIBStringAtom& atom) noexcept;
+    void Unpark(BIBStringAtom& atom) noexcept;
+    void Evict(BIBStringAtom& atom) noexcept;
+
+    std::mutex fLock;
+    ResidentVector<BIBStringAtom*> fBuckets = ResidentVector<BIBStringAtom*>(kFirstBuckets);
+    std::size_t fCount = 0;
+    unsigned long fLive = 0;
+    // The released atoms, first in, first out.
+    BIBStringAtom* fNewest = nullptr;
+    BIBStringAtom* fOldest = nullptr;
+    unsigned long fReleased = 0;
+};
+
+// Never destroyed: atoms may be released by whatever runs last in the process.
+AtomTable& Table() {
+    static auto* const kTable = new AtomTable;
+    return *kTable;
+}
+
+BIBStringAtom* AtomTable::Search(std::string_view text, std::size_t hash) noexcept {
+    BIBStringAtom* atom = Bucket(hash);
+    while (atom && (atom->fHash != hash || text != std::string_view(atom->Text(), atom->fLength))) {
+        atom = atom->fNextInBucket;
+    }
+    return atom;
+}
+
+BIBStringAtom* AtomTable::Intern(std::string_view text) {
+    std::size_t const hash = std::hash<std::string_view>()(text);
+    std::lock_guard const guard(fLock);
+    BIBStringAtom* atom = Search(text, hash);
+    if (!atom) {
+        atom = Create(text, hash);
+    }
+    Retain(*atom);
+    return atom;
+}
+
+BIBStringAtom const* AtomTable::Find(std::string_view text) noexcept {
+    std::size_t const hash = std::hash<std::string_view>()(text);
+    std::lock_guard const guard(fLock);
+    return Search(text, hash);
+}
+
+BIBStringAtom* AtomTable::Create(std::string_view text, std::size_t hash) {
+    void* const block = AllocBlock(sizeof(BIBStringAtom) + text.size() + 1, BlockUse::kResident);
+    if (!block) {
+        throw std::bad_alloc();
+    }
+    auto* const atom = new (block) BIBStringAtom{
+        .fRefs = 0,
+        .fNextInBucket = nullptr,
+        .fNewer = nullptr,
+        .fOlder = nullptr,
+        .fHash = hash,
+        .fLength = text.size(),
+        .fIsReleased = false,
+        .fIsImmortal = false};
+    char* const copy = reinterpret_cast<char*>(atom + 1);
+    text.copy(copy, text.size());
+    copy[text.size()] = '\0';
+    if (++fCount > fBuckets.size()) {
+        Grow();
+    }
+    atom->fNextInBucket = std::exchange(Bucket(hash), atom);
+    return atom;
+}
+
+// Without the memory for more buckets the chains stay longer, which is no failure.
+void AtomTable::Grow() noexcept {
+    AtRow(/*failure=*/false, [&] {
+        ResidentVector<BIBStringAtom*> old(fBuckets.size() * 2);
+        fBuckets.swap(old);
+        for (BIBStringAtom* const chain : old) {
+            Distribute(chain);
+        }
+        return true;
+    });
+}
+
+// Puts every atom of a chain into its bucket.
+void AtomTable::Distribute(BIBStringAtom* atom) noexcept {
+    while (atom) {
+        BIBStringAtom* const next = atom->fNextInBucket;
+        atom->fNextInBucket = std::exchange(Bucket(atom->fHash), atom);
+        atom = next;
+    }
+}
+
+void AtomTable::Retain(BIBStringAtom& atom) noexcept {
+    if (atom.fIsImmortal) {
+        return;
+    }
+    if (atom.fRefs.fetch_add(1, std::memory_order_relaxed) == 0) {
+        ++fLive;
+        Unpark(atom);
+    }
+}
+
+void AtomTable::AddFromZero(BIBStringAtom& atom) noexcept {
+    std::lock_guard const guard(fLock);
+    Retain(atom);
+}
+
+void AtomTable::DropToZero(BIBStringAtom& atom) noexcept {
+    std::lock_guard const guard(fLock);
+    long const before = atom.fRefs.load(std::memory_order_relaxed);
+    if (before <= 0) {
+        return;
+    }
+    if (atom.fRefs.fetch_sub(1, std::memory_order_acq_rel) != 1) {
+        return;
+    }
+    --fLive;
+    Park(atom);
+}
+
+void AtomTable::Park(BIBStringAtom& atom) noexcept {
+    atom.fIsReleased = true;
+    atom.fNewer = nullptr;
+    atom.fOlder = fNewest;
+    (fNewest ? fNewest->fNewer : fOldest) = &atom;
+    fNewest = &atom;
+    if (++fReleased > kMaxReleased) {
+        Evict(*fOldest);
+    }
+}
+
+void AtomTable::Unpark(BIBStringAtom& atom) noexcept {
+    if (!atom.fIsReleased) {
+        return;
+    }
+    atom.fIsReleased = false;
+    (atom.fNewer ? atom.fNewer->fOlder : fNewest) = atom.fOlder;
+    (atom.fOlder ? atom.fOlder->fNewer : fOldest) = atom.fNewer;
+    --fReleased;
+}
+
+void AtomTable::Evict(BIBStringAtom& atom) noexcept {
+    Unpark(atom);
+    BIBStringAtom** link = &Bucket(atom.fHash);
+    while (*link != &atom) {
+        link = &(*link)->fNextInBucket;
+    }
+    *link = atom.fNextInBucket;
+    --fCount;
+    FreeBlock(&atom);
+}
+
+void AtomTable::MakeImmortal(BIBStringAtom& atom) noexcept {
+    std::lock_guard const guard(fLock);
+    if (!std::exchange(atom.fIsImmortal, true)) {
+        --fLive;
+    }
+}
+
+unsigned long AtomTable::CountLive() noexcept {
+    std::lock_guard const guard(fLock);
+    return fLive;
+}
+
+// The rows.
+
+BIBStringAtom* NewStringAtom(char const* text) {
+    return text ? AtRow<BIBStringAtom*>(nullptr, [&] { return InternText(text); }) : nullptr;
+}
+
+void DeleteStringAtom(BIBStringAtom* atom) {
+    ReleaseAtom(atom);
+}
+
+char const* GetCString(BIBStringAtom* atom) {
+    return TextOf(atom);
+}
+
+void AddRef(BIBStringAtom* atom) {
+    AddAtomRef(atom);
+}
+
+} // namespace
+
+BIBStringAtom* InternText(std::string_view text) {
+    return Table().Intern(text);
+}
+
+char const* InternForever(char const* text) {
+    BIBStringAtom* const atom = InternText(text);
+    Table().MakeImmortal(*atom);
+    return atom->Text();
+}
+
+BIBStringAtom const* FindAtom(std::string_view text) noexcept {
+    return Table().Find(text);
+}
+
+void AddAtomRef(BIBStringAtom* atom) noexcept {
+    if (!atom || atom->fIsImmortal) {
+        return;
+    }
+    long refs = atom->fRefs.load(std::memory_order_relaxed);
+    while (refs > 0) {
+        if (atom->fRefs.compare_exchange_weak(refs, refs + 1, std::memory_order_relaxed)) {
+            return;
+        }
+    }
+    Table().AddFromZero(*atom);
+}
+
+void ReleaseAtom(BIBStringAtom* atom) noexcept {
+    if (!atom || atom->fIsImmortal) {
+        return;
+    }
+    long refs = atom->fRefs.load(std::memory_order_relaxed);
+    while (refs > 1) {
+        if (atom->fRefs.compare_exchange_weak(refs, refs - 1, std::memory_order_release)) {
+            return;
+        }
+    }
+    Table().DropToZero(*atom);
+}
+
+BIBStringAtom* AtomOfText(char const* text) noexcept {
+    return text ? reinterpret_cast<BIBStringAtom*>(const_cast<char*>(text)) - 1 : nullptr;
+}
+
+char const* TextOf(BIBStringAtom const* atom) noexcept {
+    return atom ? atom->Text() : nullptr;
+}
+
+unsigned long CountLiveAtoms() noexcept {
+    return Table().CountLive();
+}
+
+BIBRT_DEFINE_TABLE(
+    StringTable, "BIBStringInterface", _t_BIBStringInterface, BIB_STRING_INTERFACE_ROWS, 4)
+
+} // namespace bibrt

@@ -1,0 +1,83 @@
+// Interned texts.
+//
+// One text has one atom, and so one text pointer, as long as anybody holds it and for a while
+// after: the atoms that were released last are kept and come back when their text is asked for
+// again. Everything here is thread safe.
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <string_view>
+#include <utility>
+
+#include "api/BIBStringInterface.h"
+
+// The text and its closing NUL stand behind the structure. All but the count belongs to the table.
+struct BIBStringAtom {
+    std::atomic<long> fRefs;
+    BIBStringAtom* fNextInBucket;
+    BIBStringAtom* fNewer; // among the released atoms
+    BIBStringAtom* fOlder;
+    std::size_t fHash;
+    std::size_t fLength;
+    bool fIsReleased; // stands among the released atoms
+    bool fIsImmortal; // never counted
+
+    char const* Text() const noexcept { return reinterpret_cast<char const*>(this + 1); }
+};
+
+namespace bibrt {
+
+// The atom of text with a reference for the caller. Throws std::bad_alloc. REQUIRES: no NUL in
+// text.
+BIBStringAtom* InternText(std::string_view text);
+
+// The text of the atom of text, which then lives as long as the process. Throws std::bad_alloc.
+char const* InternForever(char const* text);
+
+// The atom of text if there is one, without a reference: good for a comparison of pointers.
+BIBStringAtom const* FindAtom(std::string_view text) noexcept;
+
+// Adds a reference, gives one up. Both accept null.
+void AddAtomRef(BIBStringAtom* atom) noexcept;
+void ReleaseAtom(BIBStringAtom* atom) noexcept;
+
+// The atom whose text it is; null for null. REQUIRES: text is the text pointer of an atom.
+BIBStringAtom* AtomOfText(char const* text) noexcept;
+
+// The text; null for null.
+char const* TextOf(BIBStringAtom const* atom) noexcept;
+
+// The atoms that somebody holds.
+unsigned long CountLiveAtoms() noexcept;
+
+// One reference on an atom, or none.
+class AtomRef {
+public:
+    AtomRef() noexcept = default;
+    // Takes over a reference of the caller's.
+    explicit AtomRef(BIBStringAtom* adopted) noexcept : fAtom(adopted) {}
+    AtomRef(AtomRef&& other) noexcept : fAtom(std::exchange(other.fAtom, nullptr)) {}
+    AtomRef& operator=(AtomRef&& other) noexcept {
+        std::swap(fAtom, other.fAtom);
+        return *this;
+    }
+    AtomRef(AtomRef const&) = delete;
+    AtomRef& operator=(AtomRef const&) = delete;
+    ~AtomRef() { ReleaseAtom(fAtom); }
+
+    // A reference of its own on atom (may be null).
+    static AtomRef Share(BIBStringAtom* atom) noexcept {
+        AddAtomRef(atom);
+        return AtomRef(atom);
+    }
+
+    BIBStringAtom* Get() const noexcept { return fAtom; }
+    // Hands the reference to the caller.
+    BIBStringAtom* Release() noexcept { return std::exchange(fAtom, nullptr); }
+
+private:
+    BIBStringAtom* fAtom = nullptr;
+};
+
+} // namespace bibrt

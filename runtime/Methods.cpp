@@ -1,0 +1,13 @@
+#include "runtime/Methods.h"
+
+#include "runtime/Registry.h"
+
+namespace bibrt {
+
+void* FindContainerMethod(
+    BIBContainer const& container, char const* name, char const* procType) noexcept {
+    char const* const signature = container.fPrimary.signature;
+    return signature ? Registry::The().FindMethod({signature, name, procType}) : nullptr;
+}
+
+} // namespace bibrt

@@ -1,0 +1,171 @@
+#include <limits>
+
+#include "RuntimeFixture.h"
+
+namespace runtimetest {
+namespace {
+
+class NotationTest : public RuntimeTest {
+protected:
+    _t_POSObjectStatics const& fStatics = Rows<_t_POSObjectStatics>();
+
+    // The dump of a value, whose last reference goes with it.
+    std::string Dump(POSObject* value) const {
+        Held const held(value);
+        Held const stream(NewMemoryStream());
+        EXPECT_EQ(TakeMessage(fStatics.DebugDumpRewind(value, stream)), "");
+        return StreamMethods(stream).Read(100000);
+    }
+    static std::string StringOf(POSObject* value) {
+        Held const held(value);
+        char const* const text = Rows<_t_POSStringInterface>().Get(As<POSString>(value));
+        return text ? text : "no string";
+    }
+};
+
+struct DumpCase {
+    char const* fText;
+    char const* fDump;
+};
+
+constexpr DumpCase kDumpCases[] = {
+    {"12", "12\n"},
+    {" -0.50 ", "-0.5\n"},
+    {"+5", "5\n"},
+    {"5.", "5\n"},
+    {".5e1", "5\n"},
+    {"-0", "-0\n"},
+    {"1E+20", "1e+20\n"},
+    {"123456789012345", "123456789012345\n"},
+    {"0.1", "0.1\n"},
+    {"1.7976931348623157e308", "1.7976931348623157e+308\n"},
+    {"word", "word\n"},
+    {"12abc", "12abc\n"},
+    {"1.2.3", "1.2.3\n"},
+    {"1e", "1e\n"},
+    {"0x10", "0x10\n"},
+    {"-", "-\n"},
+    {"nan", "nan\n"},
+    {"a/b'\"{}&", "a/b'\"{}&\n"},
+    {"(12)", "(12)\n"},
+    {"()", "()\n"},
+    {"(a b)", "(a b)\n"},
+    {"(plain)", "plain\n"},
+    {"(a(b)c)", "(a\\(b\\)c)\n"},
+    {"(\\(\\)\\\\\\n\\r\\t)", "(\\(\\)\\\\\\n\\r\\t)\n"},
+    {"(\\1\\101\\3771)", "(\\001A\\3771)\n"},
+    {"(caf\xC3\xA9)", "(caf\\303\\251)\n"},
+    {"<>", "<\n>\n"},
+    {"[ ]", "[\n]\n"},
+    {"<a 1(b c)x>", "<\n  a 1\n  (b c) x\n>\n"},
+    {"< a 1 a 2 >", "<\n  a 2\n>\n"},
+    {"< 7 8 >", "<\n  (7) 8\n>\n"},
+    {"[1 [2<k<>>]x]", "[\n  1\n  [\n    2\n    <\n      k <\n      >\n    >\n  ]\n  x\n]\n"},
+    {"% note\n1% end", "1\n"},
+    {"%a\r1", "1\n"},
+    {"[1%x]\n]", "[\n  1\n]\n"}};
+
+TEST_F(NotationTest, TextsAreReadAndWrittenAndReadAgain) {
+    for (DumpCase const& row : kDumpCases) {
+        SCOPED_TRACE(row.fText);
+        char const* message = "none";
+        Held const value(fStatics.CreateFromText(row.fText, &message));
+        ASSERT_NE(static_cast<POSObject*>(value), nullptr) << message;
+        EXPECT_EQ(Dump(value), row.fDump);
+        Held const again(fStatics.CreateFromText(row.fDump, nullptr));
+        EXPECT_NE(Values().IsEqual(value, again), 0);
+    }
+}
+
+struct FaultCase {
+    char const* fText;
+    char const* fMessage;
+};
+
+constexpr FaultCase kFaultCases[] = {
+    {"", "line 1, column 1: expected a value"},
+    {"% only\n ", "line 2, column 2: expected a value"},
+    {">", "line 1, column 1: expected a value"},
+    {"]", "line 1, column 1: expected a value"},
+    {")", "line 1, column 1: ')' without a '(' before it"},
+    {"1 2", "line 1, column 3: expected nothing more after the value"},
+    {"<> >", "line 1, column 4: expected nothing more after the value"},
+    {"< a\n1\n\n b", "line 4, column 3: expected a value for the key \"b\""},
+    {"< a >", "line 1, column 5: expected a value for the key \"a\""},
+    {"< a ]", "line 1, column 5: expected a value for the key \"a\""},
+    {"< [ 1 ] 2 >", "line 1, column 3: expected a key or '>'"},
+    {"\r\n <\r a 1 ", "line 3, column 6: the dictionary opened at line 2, column 2 is not closed"},
+    {"[ 1\n2", "line 2, column 2: the array opened at line 1, column 1 is not closed"},
+    {"[ 1 >", "line 1, column 5: expected a value or ']'"},
+    {"[ (a(b) ]", "line 1, column 10: the text opened at line 1, column 3 is not closed"},
+    {"(\\q)", "line 1, column 2: unknown escape '\\q'"},
+    {"(a\\", "line 1, column 4: the text opened at line 1, column 1 is not closed"},
+    {"(\\400)", "line 1, column 2: an octal escape goes up to \\377"},
+    {"(\\0)", "line 1, column 2: a text cannot hold a zero byte"},
+    {"< a 1e999 >", "line 1, column 5: the number is out of range"}};
+
+TEST_F(NotationTest, FaultsAreToldWithLineAndColumn) {
+    for (FaultCase const& row : kFaultCases) {
+        SCOPED_TRACE(row.fText);
+        char const* message = "none";
+        EXPECT_EQ(fStatics.CreateFromText(row.fText, &message), nullptr);
+        EXPECT_STREQ(message, row.fMessage);
+    }
+    EXPECT_EQ(fStatics.CreateFromText("<", nullptr), nullptr);
+    EXPECT_EQ(fStatics.CreateFromText(nullptr, nullptr), nullptr);
+}
+
+TEST_F(NotationTest, ALongKeyIsCutShortInTheMessage) {
+    std::string const text = "< " + std::string(100000, 'k') + " >";
+    char const* message = nullptr;
+    EXPECT_EQ(fStatics.CreateFromText(text.c_str(), &message), nullptr);
+    EXPECT_EQ(
+        message,
+        "line 1, column 100004: expected a value for the key \"" + std::string(60, 'k') + "\"");
+}
+
+TEST_F(NotationTest, EscapesGiveTheBytesTheyName) {
+    EXPECT_EQ(StringOf(fStatics.CreateFromText("(a\\101\\0612\\)\n)", nullptr)), "aA12)\n");
+}
+
+TEST_F(NotationTest, KindsWithoutNotationAreWrittenAsTextWithAComment) {
+    unsigned short const units[] = {'a', 0xE9, 0x20AC, 0xD83D, 0xDE00, 0xD800, 'b', 0};
+    unsigned char const bytes[] = {0, 0xAB, 16};
+    double const infinity = std::numeric_limits<double>::infinity();
+    POSObject* const unicode =
+        As<POSObject>(Rows<_t_POSUnicodeStringInterface>().NewPOSUnicodeString(units));
+    EXPECT_EQ(
+        Dump(unicode),
+        "(a\\303\\251\\342\\202\\254\\360\\237\\230\\200\\357\\277\\275b) % 16-bit string\n");
+    POSObject* const binData =
+        As<POSObject>(Rows<_t_POSBinDataInterface>().NewPOSBinData("a\nb", bytes, 3));
+    EXPECT_EQ(Dump(binData), "(00AB10) % binary data of type a b\n");
+    EXPECT_EQ(Dump(NewNumber(-infinity)), "(-inf) % number\n");
+    EXPECT_EQ(Dump(NewNumber(std::numeric_limits<double>::quiet_NaN())), "(nan) % number\n");
+    EXPECT_EQ(Dump(As<POSObject>(NewMemoryStream())), "(BIBSourceStream) % container\n");
+}
+
+TEST_F(NotationTest, HeaderStandsInACommentAndTheStreamIsLeftBehindTheText) {
+    Held const value(NewNumber(3));
+    Held const stream(NewMemoryStream());
+    StreamMethods const methods(stream);
+    EXPECT_EQ(TakeMessage(fStatics.DebugDumpWithHeader(value, stream, "a\nb")), "");
+    EXPECT_EQ(methods.Mark(), 8U);
+    methods.Seek(0, kBIBSeekFromStart);
+    EXPECT_EQ(methods.Read(100), "% a b\n3\n");
+}
+
+TEST_F(NotationTest, DumpTellsWhatGoesWrong) {
+    Held const value(NewNumber(3));
+    Held const stream(NewMemoryStream());
+    EXPECT_EQ(TakeMessage(fStatics.DebugDump(nullptr, stream)), "bad argument");
+    EXPECT_EQ(TakeMessage(fStatics.DebugDump(value, nullptr)), "bad argument");
+    EXPECT_EQ(
+        TakeMessage(fStatics.DebugDump(value, As<BIBPositionableStream>(value.Value()))),
+        "no such method");
+    bibrt::FailStreamOperation(2, /*andAllLater=*/false);
+    EXPECT_EQ(TakeMessage(fStatics.DebugDumpRewind(value, stream)), "stream operation failed");
+}
+
+} // namespace
+} // namespace runtimetest
