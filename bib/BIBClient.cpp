@@ -1,0 +1,107 @@
+#include "bib/BIBClient.h"
+
+#include "bib/BIBContainer.h"
+#include "bib/BIBError.h"
+#include "bib/BIBInterfaceClient.h"
+#include "bib/BIBMemory.h"
+#include "bib/BIBStaticCache.h"
+#include "bib/BIBStringTraits.h"
+#include "bib/LazyTerminate.h"
+
+namespace BIB_T_NMT {
+
+BIBLookupProc gGetProc = nullptr;
+BIBRegisterProcAddressProc gRegisterProc = nullptr;
+BIBReportErrorProc gErrorProc = nullptr;
+BIBUnregisterInterfaceProc gUnregisterInterfaceProc = nullptr;
+BIBGetUnregisterCountAddrProc gGetUnregisterCountAddrProc = nullptr;
+BIBIsMultiThreadedProc gBIBIsMultiThreadedProc = nullptr;
+unsigned long* gBIBUnregisterCount = nullptr;
+bool gFinishedInit = false;
+
+namespace {
+
+template <class Proc>
+void LookUpBootstrap(Proc& proc, char const* name) {
+    proc = reinterpret_cast<Proc>(gGetProc("BIB", name, name));
+}
+
+// Every name is looked up before any result is tested.
+bool BindBootstrap() {
+    LookUpBootstrap(gRegisterProc, "BIBRegisterProcAddress");
+    LookUpBootstrap(gErrorProc, "BIBReportError");
+    LookUpBootstrap(gUnregisterInterfaceProc, "BIBUnregisterInterface");
+    LookUpBootstrap(gGetUnregisterCountAddrProc, "BIBGetUnregisterCountAddr");
+    LookUpBootstrap(gBIBIsMultiThreadedProc, "BIBIsMultiThreaded");
+    return gRegisterProc != nullptr && gErrorProc != nullptr &&
+           gUnregisterInterfaceProc != nullptr && gGetUnregisterCountAddrProc != nullptr &&
+           gBIBIsMultiThreadedProc != nullptr;
+}
+
+bool BindCoreInterfaces() {
+    return CBIBContainer::Init() && CBIBError::Init() &&
+           PeekProcs<BIBStringInterface>() != nullptr && CBIBMemory::Init();
+}
+
+} // namespace
+
+bool BIBClientInit(BIBLookupProc lookup) {
+    if (gGetProc != nullptr) {
+        return true;
+    }
+    if (lookup == nullptr) {
+        return false;
+    }
+    gGetProc = lookup;
+    if (!BindBootstrap()) {
+        return false;
+    }
+    gBIBUnregisterCount = gGetUnregisterCountAddrProc();
+    gFinishedInit = false;
+    if (!BindCoreInterfaces()) {
+        return false;
+    }
+    gFinishedInit = true;
+    if (!LazyTerminate::InitializeAll()) {
+        return false;
+    }
+    CBIBStaticCacheBase::LinkToBIB();
+    return true;
+}
+
+void BIBClientTerminate() {
+    if (gGetProc == nullptr) {
+        return;
+    }
+    CBIBStaticCacheBase::UnlinkFromBIB();
+    CBIBStaticCacheBase::ClearAll();
+    LazyTerminate::TerminateAll();
+    CBIBError::Close();
+    gGetProc = nullptr;
+}
+
+void* BIBGetProcAddress(char const* interfaceName, char const* procName, char const* procType) {
+    if (gGetProc == nullptr) {
+        return nullptr;
+    }
+    void* const proc = gGetProc(interfaceName, procName, procType);
+    if (proc == nullptr && gFinishedInit) {
+        CBIBError::ThrowError("", "BIB", 0, nullptr, nullptr);
+    }
+    return proc;
+}
+
+int BIBRegisterProcAddress(
+    char const* interfaceName, char const* procName, char const* procType, void* proc) {
+    return gRegisterProc(interfaceName, procName, procType, proc);
+}
+
+int BIBUnregisterInterface(char const* interfaceName) {
+    return gUnregisterInterfaceProc(interfaceName);
+}
+
+int BIBReportError(char const* message) {
+    return gErrorProc != nullptr ? gErrorProc(message) : 0;
+}
+
+} // namespace BIB_T_NMT

@@ -1,0 +1,44 @@
+// Start and stop of the client layer, and its one way into the runtime: the host's lookup function.
+//
+// Nothing here is safe across threads: start and stop must not run beside any other call.
+#pragma once
+
+#include "api/BIBBootstrap.h"
+
+namespace BIB_T_NMT {
+
+// The host's lookup; null while the client is not bound.
+extern BIBLookupProc gGetProc;
+
+// The runtime's bootstrap procedures; null until the first start.
+extern BIBRegisterProcAddressProc gRegisterProc;
+extern BIBReportErrorProc gErrorProc;
+extern BIBUnregisterInterfaceProc gUnregisterInterfaceProc;
+extern BIBGetUnregisterCountAddrProc gGetUnregisterCountAddrProc;
+extern BIBIsMultiThreadedProc gBIBIsMultiThreadedProc;
+
+// The runtime's unregister counter: a table whose stamp differs from it is stale.
+extern unsigned long* gBIBUnregisterCount;
+
+// False while the core tables are being bound, true from then on.
+extern bool gFinishedInit;
+
+// Binds the client to the runtime behind lookup. True when it is bound, at once if it was already.
+// On false, and when a CBIBError passes out, the layer stays half bound: further calls give true.
+bool BIBClientInit(BIBLookupProc lookup);
+
+// Ends the binding. Does nothing when there is none. No handle may outlive it.
+void BIBClientTerminate();
+
+// The procedure under the three names. None: null while unbound or binding, and once bound a thrown
+// CBIBError with an empty message and component "BIB".
+void* BIBGetProcAddress(char const* interfaceName, char const* procName, char const* procType);
+
+// The runtime's procedures of the same names. REQUIRES: the first two, that the client is bound.
+// BIBReportError does nothing and gives 0 while it is not.
+int BIBRegisterProcAddress(
+    char const* interfaceName, char const* procName, char const* procType, void* proc);
+int BIBUnregisterInterface(char const* interfaceName);
+int BIBReportError(char const* message);
+
+} // namespace BIB_T_NMT

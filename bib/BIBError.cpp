@@ -1,0 +1,83 @@
+#include "bib/BIBError.h"
+
+#include <utility>
+
+#include "bib/BIBErrorTraits.h"
+
+namespace BIB_T_NMT {
+
+CBIBError::CBIBError(BRVErrorID id) : fError(GetProcs<BIBErrorInterface>()->GetCoreError(id)) {}
+
+CBIBError::CBIBError(
+    char const* message, char const* component, long id, void* info, void (*infoFreeProc)(void*))
+    : fError(GetProcs<BIBErrorInterface>()->NewError(message, component, id, info, infoFreeProc)) {}
+
+CBIBError& CBIBError::operator=(CBIBError const& other) noexcept {
+    CBIBError copy(other);
+    std::swap(fError, copy.fError);
+    return *this;
+}
+
+BIBError* CBIBError::AddRef() const {
+    return GetProcs<BIBErrorInterface>()->AddRef(fError);
+}
+
+void CBIBError::Release() const {
+    GetProcs<BIBErrorInterface>()->Release(fError);
+}
+
+CBIBStringAtom CBIBError::GetErrorMessage() const {
+    if (!IsValid()) {
+        return CBIBStringAtom("Invalid CBIBError");
+    }
+    return CBIBStringAtom(GetProcs<BIBErrorInterface>()->GetErrorMessage(fError), /*adopt=*/false);
+}
+
+char const* CBIBError::what() const {
+    // The atom goes before its text is read: a valid error keeps its message alive, and the runtime
+    // keeps any other text readable for a moment.
+    return GetErrorMessage().c_str();
+}
+
+void CBIBError::ThrowError(
+    char const* message, char const* component, long id, void* info, void (*infoFreeProc)(void*)) {
+    throw CBIBError(message, component, id, info, infoFreeProc);
+}
+
+bool CBIBError::Init() {
+    if (PeekProcs<BIBErrorInterface>() == nullptr) {
+        // A load that stopped half way may have left a null where the statics' destructors will
+        // call.
+        Kill();
+        return false;
+    }
+    fUnknownError = CBIBError(kBRVUnknownError);
+    fMemError = CBIBError(kBRVMemoryError);
+    return fUnknownError.IsValid();
+}
+
+void CBIBError::Close() {
+    fUnknownError = CBIBError();
+    fMemError = CBIBError();
+}
+
+void CBIBError::Kill() noexcept {
+    auto* const procs = TBIBInterfaceClient<BIBErrorInterface>::GetProcTable_Mutable();
+    procs->AddRef = &NoOpErrorAddRefRelease<BIBError*>;
+    procs->Release = &NoOpErrorAddRefRelease<void>;
+}
+
+void BIBThrowError(BIBError* error) {
+    CBIBError const adopted(error);
+    throw CBIBError(adopted);
+}
+
+void BIBThrowMissingInterfaceError() {
+    if (GetProcs<BIBErrorInterface>()->NewError == nullptr) {
+        // The error interface is not bound yet: there is nothing to make a valid error with.
+        throw CBIBError();
+    }
+    CBIBError::ThrowError("Missing Interface", "BIB", 0, nullptr, nullptr);
+}
+
+} // namespace BIB_T_NMT

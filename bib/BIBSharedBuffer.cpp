@@ -1,0 +1,57 @@
+#include "bib/BIBSharedBuffer.h"
+
+namespace {
+
+// Frees a block through its deleter unless it is released first.
+class BIBAutoBuff {
+public:
+    BIBAutoBuff(void* buffer, void (*deleteProc)(void*)) noexcept
+        : fBuffer(buffer),
+          fDeleteProc(deleteProc) {}
+    BIBAutoBuff(BIBAutoBuff const&) = delete;
+    BIBAutoBuff& operator=(BIBAutoBuff const&) = delete;
+
+    ~BIBAutoBuff() {
+        if (fBuffer != nullptr && fDeleteProc != nullptr) {
+            fDeleteProc(fBuffer);
+        }
+    }
+
+    void release() noexcept { fBuffer = nullptr; } // NOLINT(readability-identifier-naming)
+
+private:
+    void* fBuffer;
+    void (*fDeleteProc)(void*);
+};
+
+} // namespace
+
+namespace BIB_T_NMT {
+
+void CBIBSharedBuff::Init() {
+    TBIBInterfaceClient<BIBSharedBuffInterface>::CheckInterface();
+}
+
+BIBSharedBuffer* CBIBSharedBuff::NewBuffer(
+    unsigned long size,
+    void* block,
+    void (*deleteProc)(void*),
+    BIBSharedBuffPurgeProc purgeProc,
+    void* clientData) {
+    BIBAutoBuff guard(block, deleteProc);
+    Init();
+    BIBSharedBuffer* const buffer = GetProcs<BIBSharedBuffInterface>()->NewBuffer(
+        size, block, deleteProc, purgeProc, clientData);
+    if (buffer == nullptr) {
+        CBIBMemory::ThrowMemError();
+    }
+    // The block is the runtime's from here on.
+    guard.release();
+    return buffer;
+}
+
+void BIBDeleteSharedBuff(void* block) {
+    CBIBMemory::Free(block);
+}
+
+} // namespace BIB_T_NMT

@@ -1,0 +1,143 @@
+// Shared buffers: counted blocks of the runtime.
+#pragma once
+
+#include <limits>
+
+#include "api/BIBSharedBuffInterface.h"
+#include "bib/BIBClientBase.h"
+#include "bib/BIBInterfaceClient.h"
+#include "bib/BIBMemoryBuffer.h"
+
+namespace BIB_T_NMT {
+
+BIB_DECLARE_INTERFACE(BIBSharedBuffInterface, BIBSharedBuffTraits, BIB_SHARED_BUFF_INTERFACE_ROWS);
+
+// The making of shared buffers. No instances.
+class CBIBSharedBuff {
+public:
+    // Throws the CBIBError "Missing Interface" when the table cannot be bound.
+    static void Init();
+
+    // A buffer of size bytes with one reference for the caller, in block if that is not null.
+    // Throws the memory error, and then block has been freed through deleteProc, if there is one.
+    static BIBSharedBuffer* NewBuffer(
+        unsigned long size,
+        void* block,
+        void (*deleteProc)(void*),
+        BIBSharedBuffPurgeProc purgeProc,
+        void* clientData);
+};
+
+// Frees a block of CBIBMemory: the deleter for blocks that a memory buffer hands over.
+void BIBDeleteSharedBuff(void* block);
+
+// One counted reference on a shared buffer of elements, or none: an empty handle. The data is never
+// written to by the handle, so copies on several threads share it safely.
+template <class T>
+class TBIBSharedBuffer : public CBIBClientBase {
+public:
+    // An empty handle.
+    TBIBSharedBuffer() noexcept = default;
+
+    // A handle on buffer; an empty one for null. adopt: the caller's reference goes over to the
+    // handle. Throws CBIBError when the interface is missing.
+    TBIBSharedBuffer(BIBSharedBuffer* buffer, bool adopt) : fSharedBuffer(buffer) {
+        if (buffer == nullptr) {
+            return;
+        }
+        CBIBSharedBuff::Init();
+        if (!adopt) {
+            Procs()->AddRef(buffer);
+        }
+        fBuffer = static_cast<T*>(Procs()->GetBuffer(buffer));
+        fSize = Procs()->GetSize(buffer);
+    }
+
+    // A new buffer of count elements, not cleared. Throws the memory error.
+    TBIBSharedBuffer(unsigned long count, BIBSharedBuffPurgeProc purgeProc) : fSize(SizeOf(count)) {
+        fSharedBuffer = CBIBSharedBuff::NewBuffer(fSize, nullptr, nullptr, purgeProc, nullptr);
+        fBuffer = static_cast<T*>(Procs()->GetBuffer(fSharedBuffer));
+    }
+
+    // A new buffer on the block of source, which is empty from here on, also when this throws the
+    // memory error. The block goes through deleteProc in the end.
+    TBIBSharedBuffer(TBIBMemoryBuffer<T, CBIBMemory>& source, void (*deleteProc)(void*))
+        : fSize(source.GetSize()) {
+        fSharedBuffer =
+            CBIBSharedBuff::NewBuffer(fSize, source.TakeBuffer(), deleteProc, nullptr, nullptr);
+        fBuffer = static_cast<T*>(Procs()->GetBuffer(fSharedBuffer));
+    }
+
+    TBIBSharedBuffer(TBIBSharedBuffer const& other)
+        : CBIBClientBase(),
+          fSharedBuffer(other.fSharedBuffer) {
+        if (fSharedBuffer != nullptr) {
+            Procs()->AddRef(fSharedBuffer);
+            fBuffer = other.fBuffer;
+            fSize = other.fSize;
+        }
+    }
+
+    // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): the order below bears it
+    TBIBSharedBuffer& operator=(TBIBSharedBuffer const& other) {
+        // The new reference comes first: the two may be one buffer.
+        if (other.fSharedBuffer != nullptr) {
+            Procs()->AddRef(other.fSharedBuffer);
+        }
+        if (fSharedBuffer != nullptr) {
+            Procs()->Release(fSharedBuffer);
+        }
+        fSharedBuffer = other.fSharedBuffer;
+        fBuffer = other.fBuffer;
+        fSize = other.fSize;
+        return *this;
+    }
+
+    ~TBIBSharedBuffer() {
+        // A handle in static storage may go before the table was ever bound.
+        if (fSharedBuffer != nullptr && Procs()->Release != nullptr) {
+            Procs()->Release(fSharedBuffer);
+        }
+    }
+
+    // The buffer with a reference for the caller; null for an empty handle.
+    BIBSharedBuffer* GetSharedBuffer() const {
+        if (fSharedBuffer != nullptr) {
+            Procs()->AddRef(fSharedBuffer);
+        }
+        return fSharedBuffer;
+    }
+
+    // The buffer, not counted.
+    BIBSharedBuffer* PeekSharedBuffer() const noexcept { return fSharedBuffer; }
+
+    // The data; null for an empty handle.
+    T* GetBuffer() const noexcept { return fBuffer; }
+
+    // The size in bytes, and in elements, rounded down.
+    unsigned long GetSize() const noexcept { return fSize; }
+    unsigned long GetNumElements() const noexcept { return fSize / sizeof(T); }
+
+    // REQUIRES: index is below GetNumElements().
+    T& operator[](unsigned long index) const noexcept { return fBuffer[index]; }
+
+    bool IsValid() const noexcept { return fSharedBuffer != nullptr; }
+
+private:
+    static _t_BIBSharedBuffInterface const* Procs() noexcept {
+        return GetProcs<BIBSharedBuffInterface>();
+    }
+
+    static unsigned long SizeOf(unsigned long count) {
+        if (count > std::numeric_limits<unsigned long>::max() / sizeof(T)) {
+            CBIBMemory::ThrowMemError();
+        }
+        return count * sizeof(T);
+    }
+
+    BIBSharedBuffer* fSharedBuffer = nullptr;
+    T* fBuffer = nullptr;
+    unsigned long fSize = 0; // in bytes
+};
+
+} // namespace BIB_T_NMT

@@ -1,0 +1,48 @@
+#include "bib/POSValidator.h"
+
+namespace BIB_T_NMT {
+
+BIB_DEFINE_GLOBAL_PROCS(POSStructValidatorInterface, POS_STRUCT_VALIDATOR_INTERFACE_ROWS, 3)
+
+int ConstructPOSValidatorVirtualInterfaceMethods(
+    BIBContainer const* container, int mustExist, _t_POSValidatorVirtualInterface* table) {
+    BIB_LOAD_METHODS(
+        _t_POSValidatorVirtualInterface,
+        POS_VALIDATOR_VIRTUAL_INTERFACE_ROWS,
+        1,
+        container,
+        mustExist,
+        table);
+}
+
+CPOSValidator* CPOSValidatorTerminate::InitVTab(CPOSValidator* handle) {
+    handle->fVTab =
+        CPOSValidator::fVTabList.GetVTab(*handle, &ConstructPOSValidatorVirtualInterfaceMethods);
+    return handle;
+}
+
+CPOSValidator::CPOSValidator(POSValidator* validator) : TBIBContainerBase(validator) {
+    fTerm.InitVTab(this);
+}
+
+bool CPOSValidator::Validate(
+    CPOSObject const& object,
+    CBIBStringAtom const& key,
+    POSValidatorErrorCallback errorProc) const {
+    return fVTab->Validate(*this, object, key, errorProc) != 0;
+}
+
+CPOSStructValidator::CPOSStructValidator(CPOSDict const& schema)
+    : CPOSValidator(GetProcs() != nullptr ? fProcs->NewPOSStructValidator(schema) : nullptr) {}
+
+long CPOSStructValidator::RegisterExtraValidationProc(
+    CBIBStringAtom const& name, POSValidatorCheckCallback check, void const* userData) {
+    return fProcs->RegisterCallbackProc(*this, name, check, userData);
+}
+
+_t_POSStructValidatorInterface const* CPOSStructValidator::GetProcs() {
+    fProcs = GetGlobalPOSStructValidatorInterfaceProcs();
+    return fProcs;
+}
+
+} // namespace BIB_T_NMT

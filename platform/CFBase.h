@@ -1,0 +1,31 @@
+// What all objects of the CoreFoundation services have in common: a reference count.
+//
+// Names and values follow the service's own interface.
+#pragma once
+
+#include <cstdint>
+
+using CFTypeRef = void const*;
+using CFIndex = long;
+using Boolean = unsigned char;
+using UInt8 = std::uint8_t;
+using CFAllocatorRef = void const*;
+
+// There is one allocator: this value, and every other, stands for it.
+inline constexpr CFAllocatorRef kCFAllocatorDefault = nullptr;
+
+struct CFRange {
+    CFIndex location;
+    CFIndex length;
+};
+
+constexpr CFRange CFRangeMake(CFIndex location, CFIndex length) noexcept {
+    return {location, length};
+}
+
+// Adds a reference and returns object. REQUIRES: object is not null. Safe across threads.
+CFTypeRef CFRetain(CFTypeRef object) noexcept;
+
+// Gives a reference up, and destroys the object with the last one. REQUIRES: object is not null.
+// Safe across threads.
+void CFRelease(CFTypeRef object) noexcept;

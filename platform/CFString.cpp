@@ -1,0 +1,173 @@
+#include "platform/CFString.h"
+
+#include <algorithm>
+#include <cstring>
+#include <exception>
+#include <iterator>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include <utf8.h>
+
+#include "platform/CFObject.h"
+
+namespace {
+
+class StringObject : public platform::CFObject {
+public:
+    explicit StringObject(std::u16string text) noexcept : fText(std::move(text)) {}
+
+    std::u16string_view Text() const noexcept { return fText; }
+
+private:
+    std::u16string fText;
+};
+
+std::u16string_view TextOf(CFStringRef string) noexcept {
+    if (string == nullptr) {
+        return {};
+    }
+    return static_cast<StringObject const*>(platform::AsObject(string))->Text();
+}
+
+std::u16string FromUnits(UInt8 const* bytes, std::size_t numBytes) {
+    std::u16string text(numBytes / sizeof(char16_t), u'\0');
+    if (!text.empty()) {
+        std::memcpy(text.data(), bytes, text.size() * sizeof(char16_t));
+    }
+    return text;
+}
+
+std::optional<std::u16string> FromUTF8(UInt8 const* bytes, std::size_t numBytes) {
+    std::u16string text;
+    if (!utf8::is_valid(bytes, bytes + numBytes)) {
+        return std::nullopt;
+    }
+    utf8::unchecked::utf8to16(bytes, bytes + numBytes, std::back_inserter(text));
+    return text;
+}
+
+std::optional<std::u16string>
+Decode(UInt8 const* bytes, std::size_t numBytes, CFStringEncoding encoding) {
+    switch (encoding) {
+    case kCFStringEncodingUnicode:
+        return FromUnits(bytes, numBytes);
+    case kCFStringEncodingUTF8:
+        return FromUTF8(bytes, numBytes);
+    default:
+        return std::nullopt;
+    }
+}
+
+// One character of a string in some encoding.
+struct Encoded {
+    std::size_t fUnits; // that it takes up in the string; 0 if the encoding cannot hold it
+    std::size_t fSize;  // in bytes
+    UInt8 fBytes[4];
+};
+
+bool IsLead(char16_t unit) noexcept {
+    return unit >= 0xD800 && unit < 0xDC00;
+}
+
+bool IsTrail(char16_t unit) noexcept {
+    return unit >= 0xDC00 && unit < 0xE000;
+}
+
+Encoded EncodeUTF8(std::u16string_view text) noexcept {
+    Encoded result = {1, 0, {}};
+    char32_t codePoint = text[0];
+    if (IsLead(text[0]) && text.size() > 1 && IsTrail(text[1])) {
+        codePoint = 0x10000 + ((codePoint - 0xD800) << 10) + (text[1] - char32_t{0xDC00});
+        result.fUnits = 2;
+    } else if (IsLead(text[0]) || IsTrail(text[0])) {
+        return {0, 0, {}};
+    }
+    UInt8 const* const end = utf8::unchecked::append(codePoint, result.fBytes);
+    result.fSize = static_cast<std::size_t>(end - result.fBytes);
+    return result;
+}
+
+Encoded EncodeUnit(std::u16string_view text) noexcept {
+    Encoded result = {1, sizeof(char16_t), {}};
+    std::memcpy(result.fBytes, text.data(), sizeof(char16_t));
+    return result;
+}
+
+Encoded EncodeFirst(std::u16string_view text, CFStringEncoding encoding) noexcept {
+    switch (encoding) {
+    case kCFStringEncodingUnicode:
+        return EncodeUnit(text);
+    case kCFStringEncodingUTF8:
+        return EncodeUTF8(text);
+    default:
+        return {0, 0, {}};
+    }
+}
+
+// The part of text that range names, cut to what there is.
+std::u16string_view Slice(std::u16string_view text, CFRange range) noexcept {
+    auto const start = std::clamp<CFIndex>(range.location, 0, static_cast<CFIndex>(text.size()));
+    auto const length = std::max<CFIndex>(range.length, 0);
+    text.remove_prefix(static_cast<std::size_t>(start));
+    text.remove_suffix(text.size() - std::min(text.size(), static_cast<std::size_t>(length)));
+    return text;
+}
+
+} // namespace
+
+CFStringRef CFStringCreateWithBytes(
+    CFAllocatorRef /*allocator*/,
+    UInt8 const* bytes,
+    CFIndex numBytes,
+    CFStringEncoding encoding,
+    Boolean /*isExternalRepresentation*/) noexcept {
+    try {
+        auto text = Decode(bytes, static_cast<std::size_t>(numBytes), encoding);
+        if (!text) {
+            return nullptr;
+        }
+        platform::CFObject const* const object = new StringObject(std::move(*text));
+        return reinterpret_cast<CFStringRef>(object);
+    } catch (std::exception const&) {
+        return nullptr;
+    }
+}
+
+CFIndex CFStringGetLength(CFStringRef string) noexcept {
+    return static_cast<CFIndex>(TextOf(string).size());
+}
+
+CFIndex CFStringGetBytes(
+    CFStringRef string,
+    CFRange range,
+    CFStringEncoding encoding,
+    UInt8 /*lossByte*/,
+    Boolean /*isExternalRepresentation*/,
+    UInt8* buffer,
+    CFIndex maxBufLen,
+    CFIndex* usedBufLen) noexcept {
+    std::u16string_view text = Slice(TextOf(string), range);
+    std::size_t converted = 0;
+    std::size_t used = 0;
+    while (!text.empty()) {
+        Encoded const next = EncodeFirst(text, encoding);
+        bool const fits =
+            buffer == nullptr || used + next.fSize <= static_cast<std::size_t>(maxBufLen);
+        if (next.fUnits == 0 || !fits) {
+            break;
+        }
+        if (buffer != nullptr) {
+            std::memcpy(buffer + used, next.fBytes, next.fSize);
+        }
+        text.remove_prefix(next.fUnits);
+        converted += next.fUnits;
+        used += next.fSize;
+    }
+    if (usedBufLen != nullptr) {
+        *usedBufLen = static_cast<CFIndex>(used);
+    }
+    return static_cast<CFIndex>(converted);
+}

@@ -1,0 +1,44 @@
+// The CoreFoundation string service, as far as text conversion needs it.
+//
+// Names and values follow the service's own interface. Strings are immutable and safe across
+// threads.
+#pragma once
+
+#include "platform/CFBase.h"
+
+// A reference on an immutable string of UTF-16 units.
+using CFStringRef = struct __CFString const*;
+
+using CFStringEncoding = std::uint32_t;
+
+// UTF-16 in the machine's byte order, and UTF-8.
+inline constexpr CFStringEncoding kCFStringEncodingUnicode = 256;
+inline constexpr CFStringEncoding kCFStringEncodingUTF8 = 134217984;
+
+// A new string of the decoded bytes, with one reference for the caller; null when memory runs out,
+// when the bytes are no text in encoding, and for an encoding other than the two above. The last
+// odd byte of UTF-16 is dropped, and unpaired surrogates are kept. isExternalRepresentation is not
+// looked at: a byte order mark is text.
+CFStringRef CFStringCreateWithBytes(
+    CFAllocatorRef allocator,
+    UInt8 const* bytes,
+    CFIndex numBytes,
+    CFStringEncoding encoding,
+    Boolean isExternalRepresentation) noexcept;
+
+// The length in UTF-16 units; 0 for null.
+CFIndex CFStringGetLength(CFStringRef string) noexcept;
+
+// Encodes the units of range into buffer, as far as maxBufLen bytes allow, or only measures if
+// buffer is null; *usedBufLen (may be null) is the number of bytes. The result is the number of
+// units that were converted: conversion stops before the first one that the encoding cannot hold,
+// such as an unpaired surrogate in UTF-8. lossByte must be 0, and no mark is written. 0 for null.
+CFIndex CFStringGetBytes(
+    CFStringRef string,
+    CFRange range,
+    CFStringEncoding encoding,
+    UInt8 lossByte,
+    Boolean isExternalRepresentation,
+    UInt8* buffer,
+    CFIndex maxBufLen,
+    CFIndex* usedBufLen) noexcept;

@@ -1,0 +1,60 @@
+// The settings component as a host sees it: three exported functions and two registered tables.
+//
+// A host loads the library, calls PDFSettingsInitialize with its runtime's lookup function, and
+// from then on finds every procedure through that same function, by interface, operation and proc
+// type name. No procedure throws. A failure is told by the result alone; its reason goes to the
+// runtime's BIBReportError.
+//
+// Threads: start and stop must not overlap with any other call. One settings object is used by one
+// thread at a time. Calls that may bind a table anew must be serialised by the host.
+#pragma once
+
+#include "api/BIBBootstrap.h"
+#include "api/BIBSharedBuffInterface.h"
+#include "api/BIBStreamInterface.h"
+#include "api/BIBTable.h"
+#include "api/POSCollectionInterfaces.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+// The version of the component, 66560 (0x10400). May be called in any state.
+__attribute__((visibility("default"))) long PDFSettingsGetVersion(void);
+
+// Binds the runtime behind lookup and registers the tables below. 1 when the component is started;
+// 0 on failure, and for every further call until PDFSettingsTerminate has run.
+__attribute__((visibility("default"))) int PDFSettingsInitialize(BIBLookupProc lookup);
+
+// Unregisters the tables and lets go of the runtime. Harmless without a start. Must not be called
+// after a start that failed before the runtime's BIBUnregisterInterface was found.
+__attribute__((visibility("default"))) void PDFSettingsTerminate(void);
+
+#ifdef __cplusplus
+}
+#endif
+
+// One set of PDF conversion settings: a container whose primary instance belongs to the component.
+// Results of this type, and all other containers below, are unowned: the receiver adds a reference.
+typedef struct PDFSettings PDFSettings;
+
+// Settings from job options text, read from the start of the stream, which the settings keep alive.
+// schema is a NUL-terminated text in the runtime's object notation, copied and not looked at before
+// the first validation. Null on failure.
+typedef PDFSettings* (*PDFSettingsNewFromStreamProc)(
+    BIBPositionableStream* stream, char const* schema);
+
+// Settings that share the given dictionary: a change to it is a change of the settings. schema as
+// above. Null on failure.
+typedef PDFSettings* (*PDFSettingsNewFromDictProc)(POSDict* settings, char const* schema);
+
+// The settings' live dictionary, not a copy. Null on failure.
+typedef POSDict* (*PDFSettingsGetSettingsProc)(PDFSettings* settings);
+
+// The rows of "PDFSettingsInterface".
+// clang-format off
+#define PDF_SETTINGS_INTERFACE_ROWS(ROW)                     \
+    ROW(NewFromStream, PDFSettingsNewFromStreamProc)         \
+    ROW(NewFromDict,   PDFSettingsNewFromDictProc)           \
+    ROW(GetSettings,   PDFSettingsGetSettingsProc)
+// clang-format on

@@ -1,0 +1,47 @@
+// Conversion of texts from one encoding to another, through the platform's string service.
+#pragma once
+
+#include "bib/BIBClientBase.h"
+#include "bib/BIBSharedBuffer.h"
+#include "platform/CFString.h"
+
+namespace UnicodeEncodingNS {
+
+// Releases one reference of the platform at the end of a scope. Lives on one thread.
+template <class T>
+class UnicodeEncoding_AutoCFRelease : public BIB_T_NMT::CBIBClientBase {
+public:
+    // A guard on reference, which may be null. retain: the guard adds a reference of its own;
+    // otherwise the caller's goes over to it.
+    UnicodeEncoding_AutoCFRelease(T const& reference, bool retain) noexcept
+        : fReference(reference) {
+        if (fReference != nullptr && retain) {
+            CFRetain(fReference);
+        }
+    }
+
+    UnicodeEncoding_AutoCFRelease(UnicodeEncoding_AutoCFRelease const&) = delete;
+    UnicodeEncoding_AutoCFRelease& operator=(UnicodeEncoding_AutoCFRelease const&) = delete;
+
+    ~UnicodeEncoding_AutoCFRelease() {
+        if (fReference != nullptr) {
+            CFRelease(fReference);
+        }
+    }
+
+    operator T() const noexcept { return fReference; }
+
+private:
+    T fReference;
+};
+
+// The text of source in TargetEncoding; an empty buffer when nothing of it can be converted. Throws
+// the memory error. Defined for UTF-16 to UTF-8 and UTF-8 to UTF-16.
+template <
+    class Source,
+    CFStringEncoding SourceEncoding,
+    class Target,
+    CFStringEncoding TargetEncoding>
+Target EncodingConverter(Source const& source);
+
+} // namespace UnicodeEncodingNS

@@ -1,0 +1,263 @@
+#include "source/JoboptionsReader.h"
+
+#include <cstring>
+
+#include "bib/BIBMemory.h"
+#include "bib/POSArray.h"
+#include "bib/POSNumber.h"
+#include "platform/StackRoom.h"
+#include "source/JoboptionsNumber.h"
+#include "source/PDFSettingsError.h"
+
+using BIB_T_NMT::CBIBMemory;
+using BIB_T_NMT::CPOSArray;
+using BIB_T_NMT::CPOSBinData;
+using BIB_T_NMT::CPOSDict;
+using BIB_T_NMT::CPOSNumber;
+using BIB_T_NMT::CPOSObject;
+using BIB_T_NMT::CPOSString;
+using PDFSettingsImpl::CPDFSettingsError;
+
+namespace JoboptionsParserUtils {
+
+namespace {
+
+// The longest key or name, in bytes.
+constexpr unsigned long kMaxNameSize = 255;
+
+constexpr char const* kBooleans[] = {"true", "false"};
+
+// Whether c occurs in the text set. Its terminator counts.
+bool IsOneOf(char c, char const* set) noexcept {
+    return std::strchr(set, c) != nullptr;
+}
+
+// Form feed ends a name and is not skipped between tokens; a zero byte ends a name and is not
+// passed.
+bool IsWhitespace(char c) noexcept {
+    return c == '\0' || IsOneOf(c, "\t\n\f\r ");
+}
+
+bool IsDelimiter(char c) noexcept {
+    return c != '\0' && IsOneOf(c, "()<>[]{}/%");
+}
+
+bool IsNameChar(char c) noexcept {
+    return !IsWhitespace(c) && !IsDelimiter(c);
+}
+
+// Where a name or key that begins at first ends. The first byte belongs to it whatever it is.
+char* EndOfName(char* first) noexcept {
+    char* end = first + 1;
+    while (IsNameChar(*end)) {
+        ++end;
+    }
+    return end;
+}
+
+// The name from first to end. Throws PDFSettingsParserException for one that is too long. Never
+// inlined: its buffer must not stand in the frames that a nested value is read from.
+[[gnu::noinline]] CPOSString MakeName(char const* first, char const* end) {
+    auto const size = static_cast<unsigned long>(end - first);
+    if (size > kMaxNameSize) {
+        throw PDFSettingsParserException();
+    }
+    char text[kMaxNameSize + 1] = {};
+    std::memcpy(text, first, size);
+    return CPOSString(text);
+}
+
+bool StandsOnByte(char const* cursor, char byte) noexcept {
+    return *cursor == byte;
+}
+
+// Only the two bytes before a parenthesis decide whether it is escaped.
+bool IsEscaped(char const* parenthesis) noexcept {
+    return parenthesis[-1] == '\\' && parenthesis[-2] != '\\';
+}
+
+// Where the string that begins at first ends; null if it does not.
+char* EndOfString(char* first) noexcept {
+    char* end = std::strchr(first, ')');
+    while (end != nullptr && IsEscaped(end)) {
+        end = std::strchr(end + 1, ')');
+    }
+    return end;
+}
+
+// Where a value ends that must end somewhere: its length would be beyond any memory otherwise.
+template <class T>
+T* RequireEnd(T* end) {
+    if (end == nullptr) {
+        CBIBMemory::ThrowMemError();
+    }
+    return end;
+}
+
+void AppendElement(char** cursor, CPOSArray const& array) {
+    array.Append(GetValue(cursor));
+}
+
+} // namespace
+
+void ThrowInvalidFile() {
+    throw CPDFSettingsError(
+        "Joboptions_To_CPOSDict joboptions file is invalid", PDFSettingsImpl::kInvalidFile);
+}
+
+bool StandsOn(char const* cursor, char const* literal) noexcept {
+    return std::strncmp(cursor, literal, std::strlen(literal)) == 0;
+}
+
+CPOSBinData MakeBinData(char const* typeName, char const* begin, char const* end) {
+    return CPOSBinData(
+        typeName,
+        reinterpret_cast<unsigned char const*>(begin),
+        static_cast<unsigned long>(end - begin));
+}
+
+void SkipWhiteSpace(char** cursor) {
+    while (**cursor != '\0' && IsOneOf(**cursor, "\t\n\r %")) {
+        *cursor += StandsOnByte(*cursor, '%') ? std::strcspn(*cursor, "\r\n") : 1;
+    }
+}
+
+CPOSString GetKey(char** cursor) {
+    SkipWhiteSpace(cursor);
+    char* const slash = std::strchr(*cursor, '/');
+    if (slash == nullptr) {
+        throw PDFSettingsParserException();
+    }
+    char* const end = EndOfName(slash + 1);
+    CPOSString key = MakeName(slash + 1, end);
+    *cursor = end;
+    return key;
+}
+
+CPOSObject GetValue(char** cursor) {
+    if (!platform::StackWatch::HasRoom()) {
+        CBIBMemory::ThrowMemError();
+    }
+    CPOSObject value;
+    SkipWhiteSpace(cursor);
+    bool const isKnown = IsName(cursor, &value) || IsString(cursor, &value) ||
+                         IsBoolean(cursor, &value) || IsNumber(cursor, &value) ||
+                         IsArray(cursor, &value) || IsDict(cursor, &value) ||
+                         IsUnicodeString(cursor, &value);
+    // sic: hosts compare this text
+    PDFSettingsImpl::ThrowIfFalse(isKnown, "GetValue for joboptions is unknow type");
+    return value;
+}
+
+void ReadEntry(char** cursor, CPOSDict const& dict) {
+    try {
+        CPOSString const key = GetKey(cursor);
+        dict.Put(key.Get(), GetValue(cursor));
+    } catch (PDFSettingsParserException const&) {
+        // The entry is lost, and the next key is looked for from where it failed: even inside it.
+    }
+    SkipWhiteSpace(cursor);
+}
+
+bool IsName(char** cursor, CPOSObject* value) {
+    if (!StandsOnByte(*cursor, '/')) {
+        return false;
+    }
+    ++*cursor;
+    char* const end = EndOfName(*cursor);
+    *value = MakeName(*cursor, end);
+    *cursor = end;
+    return true;
+}
+
+bool IsString(char** cursor, CPOSObject* value) {
+    if (!StandsOnByte(*cursor, '(')) {
+        return false;
+    }
+    ++*cursor;
+    char* const end = EndOfString(*cursor);
+    if (end == nullptr) {
+        throw PDFSettingsParserException();
+    }
+    *value = MakeBinData(kJoboptionsStringBinType, *cursor, end);
+    *cursor = end + 1;
+    return true;
+}
+
+bool IsBoolean(char** cursor, CPOSObject* value) {
+    for (char const* const word : kBooleans) {
+        if (StandsOn(*cursor, word)) {
+            *value = CPOSString(word);
+            *cursor += std::strlen(word);
+            return true;
+        }
+    }
+    return false;
+}
+
+bool IsNumber(char** cursor, CPOSObject* value) {
+    // The terminator counts as a start, so a value that is missing at the end of the text gets as
+    // far as the search for its end.
+    if (!IsOneOf(**cursor, "-0123456789")) {
+        return false;
+    }
+    char const* const stop = RequireEnd(std::strpbrk(*cursor, " \n\r\t]>"));
+    ScannedNumber const number = ScanNumber(*cursor, stop);
+    *value = CPOSNumber(number.fValue);
+    // The number's own end: what stands behind it up to the stop is left on the text. Without any
+    // digit the cursor stays.
+    *cursor += number.fSize;
+    return true;
+}
+
+bool IsArray(char** cursor, CPOSObject* value) {
+    if (!StandsOnByte(*cursor, '[')) {
+        return false;
+    }
+    CPOSArray const array;
+    ProgressGuard guard;
+    ++*cursor;
+    SkipWhiteSpace(cursor);
+    // No look for the end of the text: there, the next value fails.
+    while (!StandsOnByte(*cursor, ']')) {
+        AppendElement(cursor, array);
+        SkipWhiteSpace(cursor);
+        guard.Check(*cursor);
+    }
+    ++*cursor;
+    *value = array;
+    return true;
+}
+
+bool IsDict(char** cursor, CPOSObject* value) {
+    if (!StandsOn(*cursor, "<<")) {
+        return false;
+    }
+    CPOSDict const dict;
+    ProgressGuard guard;
+    *cursor += 2;
+    SkipWhiteSpace(cursor);
+    // The body runs before any test: an empty dictionary takes the next key of the enclosing text.
+    // And a single ">" in either of two places ends it, whatever the other byte is.
+    ReadEntry(cursor, dict);
+    while ((*cursor)[0] != '>' && (*cursor)[1] != '>') {
+        guard.Check(*cursor);
+        ReadEntry(cursor, dict);
+    }
+    *cursor += 2;
+    *value = dict;
+    return true;
+}
+
+bool IsUnicodeString(char** cursor, CPOSObject* value) {
+    if (!StandsOnByte(*cursor, '<') || (*cursor)[1] == '<') {
+        return false;
+    }
+    ++*cursor;
+    char* const end = RequireEnd(std::strchr(*cursor, '>'));
+    *value = MakeBinData(kJoboptionsUnicodeStringBinType, *cursor, end);
+    *cursor = end + 1;
+    return true;
+}
+
+} // namespace JoboptionsParserUtils

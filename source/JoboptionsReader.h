@@ -1,0 +1,75 @@
+// The scanner of job options text: one probe for each kind of value.
+//
+// All work on a cursor into a text that ends in four zero bytes, with plain pointer semantics: a
+// zero byte ends every search, and a scanner that has stepped over one reads on from there. A probe
+// answers true when it has stored the value and moved the cursor past it, and false when it has
+// done neither. Every function may throw CBIBError (the memory error, the runtime's errors). Those
+// that read keys or values throw PDFSettingsParserException for an entry that cannot be read; it
+// leaves the cursor inside that entry.
+#pragma once
+
+#include "bib/BIBClientBase.h"
+#include "bib/POSBinData.h"
+#include "bib/POSDict.h"
+#include "bib/POSObject.h"
+#include "bib/POSString.h"
+
+namespace JoboptionsParserUtils {
+
+// The type names of the binary data that strings and hexadecimal strings are kept in, byte for byte
+// as they stand in the text.
+inline constexpr char kJoboptionsStringBinType[] = "JoboptionsString";
+inline constexpr char kJoboptionsUnicodeStringBinType[] = "JoboptionsUnicodeString";
+
+// Says that an entry cannot be read. Never leaves the reader.
+class PDFSettingsParserException : public BIB_T_NMT::CBIBVirtualClientBase {};
+
+// Throws the CPDFSettingsError for a text that is no job options text.
+[[noreturn]] void ThrowInvalidFile();
+
+// Refuses a loop that can only repeat itself: one that leaves the cursor where the turn before left
+// it.
+class ProgressGuard {
+public:
+    // To be called at the end of each turn. Throws as ThrowInvalidFile().
+    void Check(char const* cursor) {
+        if (cursor == fLast) {
+            ThrowInvalidFile();
+        }
+        fLast = cursor;
+    }
+
+private:
+    char const* fLast = nullptr;
+};
+
+// Whether the text at cursor begins with literal.
+bool StandsOn(char const* cursor, char const* literal) noexcept;
+
+// Binary data of the bytes from begin to end.
+BIB_T_NMT::CPOSBinData MakeBinData(char const* typeName, char const* begin, char const* end);
+
+// Moves the cursor over blanks, line ends and comments. A comment ends with its line, or with the
+// text.
+void SkipWhiteSpace(char** cursor);
+
+// The next key, without its slash. Whatever stands before it is passed over.
+BIB_T_NMT::CPOSString GetKey(char** cursor);
+
+// The next value. Throws CPDFSettingsError for one of no known kind.
+BIB_T_NMT::CPOSObject GetValue(char** cursor);
+
+// Reads the next entry into dict, and skips what follows it. An entry that cannot be read is
+// dropped, and the cursor stays where the failure left it.
+void ReadEntry(char** cursor, BIB_T_NMT::CPOSDict const& dict);
+
+// The probes, in the order in which GetValue tries them.
+bool IsName(char** cursor, BIB_T_NMT::CPOSObject* value);
+bool IsString(char** cursor, BIB_T_NMT::CPOSObject* value);
+bool IsBoolean(char** cursor, BIB_T_NMT::CPOSObject* value);
+bool IsNumber(char** cursor, BIB_T_NMT::CPOSObject* value);
+bool IsArray(char** cursor, BIB_T_NMT::CPOSObject* value);
+bool IsDict(char** cursor, BIB_T_NMT::CPOSObject* value);
+bool IsUnicodeString(char** cursor, BIB_T_NMT::CPOSObject* value);
+
+} // namespace JoboptionsParserUtils

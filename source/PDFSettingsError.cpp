@@ -1,0 +1,16 @@
+#include "source/PDFSettingsError.h"
+
+namespace PDFSettingsImpl {
+
+CPDFSettingsError::CPDFSettingsError() : CPDFSettingsError("Error", kFileError) {}
+
+CPDFSettingsError::CPDFSettingsError(char const* message, long id)
+    : CBIBError(message, "PDFSettings", id, nullptr, nullptr) {}
+
+void ThrowIfFalse(bool condition, char const* message) {
+    if (!condition) {
+        throw CPDFSettingsError(message, kInternalError);
+    }
+}
+
+} // namespace PDFSettingsImpl

@@ -1,0 +1,31 @@
+// The component's own errors.
+#pragma once
+
+#include "bib/BIBError.h"
+
+namespace PDFSettingsImpl {
+
+// What the ids of the component's errors say.
+enum PDFSettingsErrorID : long {
+    kFileError = 2,     // a whole file could not be read or written
+    kPlatformError = 3, // the operating system failed
+    kSchemaError = 4,   // the schema is not usable
+    kInvalidFile = 6,   // a text is no job options text
+    kInternalError = 7, // a check of the component failed
+    kWriteError = 8     // saving failed for a reason from outside the component
+};
+
+// An error with component "PDFSettings". Thrown by value.
+class CPDFSettingsError : public BIB_T_NMT::CBIBError {
+public:
+    // "Error", id kFileError: the failure of a whole-file operation.
+    CPDFSettingsError();
+
+    // The message is copied.
+    CPDFSettingsError(char const* message, long id);
+};
+
+// Throws CPDFSettingsError(message, kInternalError) unless condition holds.
+void ThrowIfFalse(bool condition, char const* message);
+
+} // namespace PDFSettingsImpl

@@ -1,0 +1,50 @@
+// A set of settings: the dictionary, the schema that it is judged by, and the file that it met.
+#pragma once
+
+#include "api/PDFSettings.h"
+#include "api/UnicodeEncoding.h"
+#include "bib/BIBClientBase.h"
+#include "bib/BIBMemoryBuffer.h"
+#include "bib/POSDict.h"
+
+namespace PDFSettingsImpl {
+
+// Frees the object in a container: a PDFSettingsObject, or null.
+void DeletePDFSettingsImpl(void* instance);
+
+// One set of settings. It does not interpret a single key. Hosts hold it through a container and
+// use it from one thread at a time. Every operation may throw CBIBError or POSException.
+class PDFSettingsObject : public BIB_T_NMT::CBIBClientBase {
+public:
+    // Shares settings, which need not be valid, and copies the NUL-terminated schema, which is not
+    // looked at. REQUIRES: schema is not null.
+    PDFSettingsObject(BIB_T_NMT::CPOSDict const& settings, char const* schema);
+
+    PDFSettingsObject(PDFSettingsObject const&) = delete;
+    PDFSettingsObject& operator=(PDFSettingsObject const&) = delete;
+    virtual ~PDFSettingsObject() = default;
+
+    // A second handle on the settings, not a copy: a change through it is a change of this object.
+    BIB_T_NMT::CPOSDict GetSettings() const { return fSettings; }
+
+    // The names under which objects stand in containers.
+    static char const* GetInterfaceName() noexcept { return "PDFSettingsInterface"; }
+    static char const* GetInstanceName() noexcept { return "PDFSettingsImpl"; }
+
+    // A new container, unowned, that owns instance. When this throws, nobody owns instance any
+    // more.
+    static PDFSettings* NewContainer(PDFSettingsObject* instance);
+
+    // The object in a container, which owns it. Throws the runtime's error for another container.
+    static PDFSettingsObject* GetInstance(PDFSettings const* container);
+
+private:
+    BIB_T_NMT::CPOSDict fSettings;
+    BIB_T_NMT::TBIBMemoryBuffer<char, BIB_T_NMT::CBIBMemory> fSchema;
+    // The file that was last read or written; empty while there is none.
+    UnicodeEncodingNS::Unicode16 fPath;
+    // That file's time stamp at that moment; its size is 0 while there is none.
+    BIB_T_NMT::TBIBMemoryBuffer<unsigned char, BIB_T_NMT::CBIBMemory> fTimeStamp;
+};
+
+} // namespace PDFSettingsImpl

@@ -1,0 +1,36 @@
+// The job options format, as a value that holds both forms of a set of settings.
+#pragma once
+
+#include "bib/BIBClientBase.h"
+#include "bib/BIBStream.h"
+#include "bib/POSDict.h"
+
+namespace PDFSettingsImpl {
+
+// The key under which the unparsed rest of a file is kept, and the type name of its binary data.
+inline constexpr char kAlembicorData[] = "AlembicorData";
+
+// A set of settings as a dictionary and as text. Lives on one thread.
+//
+// Booleans and names are 8-bit strings, every number is a double, strings are binary data that hold
+// the text's own bytes (see JoboptionsReader.h), and what follows the keyword is binary data under
+// kAlembicorData.
+class PDFSettingsParser : public BIB_T_NMT::CBIBVirtualClientBase {
+public:
+    // Reads stream, which stays where the reading left it. Throws CPDFSettingsError for a text that
+    // is refused, the memory error, and the stream's errors.
+    explicit PDFSettingsParser(BIB_T_NMT::CBIBPositionableStream const& stream);
+
+    BIB_T_NMT::CPOSDict const& GetPDFSettings() const noexcept { return fSettings; }
+    BIB_T_NMT::CBIBPositionableStream const& GetJoboptions() const noexcept { return fJoboptions; }
+
+    // The settings in a stream. Throws as the constructor.
+    static BIB_T_NMT::CPOSDict
+    Joboptions_To_CPOSDict(BIB_T_NMT::CBIBPositionableStream const& stream);
+
+private:
+    BIB_T_NMT::CPOSDict fSettings;
+    BIB_T_NMT::CBIBPositionableStream fJoboptions;
+};
+
+} // namespace PDFSettingsImpl

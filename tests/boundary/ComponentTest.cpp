@@ -1,0 +1,161 @@
+// Load, start, stop and unload, as a host does it.
+
+#include <algorithm>
+
+#include <gtest/gtest.h>
+
+#include "api/BIBContainerInterface.h"
+#include "api/BIBMemoryInterface.h"
+#include "runtime/Diagnostics.h"
+#include "tests/support/Component.h"
+#include "tests/support/ErrorLog.h"
+#include "tests/support/LookupDouble.h"
+
+namespace support {
+
+namespace {
+
+std::vector<std::string> gUnregistered;
+
+int RecordUnregister(char const* interfaceName) {
+    gUnregistered.emplace_back(interfaceName);
+    return 1;
+}
+
+void* FindNewFromDict() {
+    return BIBRuntimeLookup("PDFSettingsInterface", "NewFromDict", "PDFSettingsNewFromDictProc");
+}
+
+// The rows that a start binds.
+std::vector<std::string> StartRows() {
+    std::vector<std::string> rows;
+#define ADD_CONTAINER(operation, procType) rows.emplace_back("BIBContainerInterface." #operation);
+#define ADD_ERROR(operation, procType) rows.emplace_back("BIBErrorInterface." #operation);
+#define ADD_STRING(operation, procType) rows.emplace_back("BIBStringInterface." #operation);
+#define ADD_MEMORY(operation, procType) rows.emplace_back("BIBMemoryInterface." #operation);
+    BIB_CONTAINER_INTERFACE_ROWS(ADD_CONTAINER)
+    BIB_ERROR_INTERFACE_ROWS(ADD_ERROR)
+    BIB_STRING_INTERFACE_ROWS(ADD_STRING)
+    BIB_MEMORY_INTERFACE_ROWS(ADD_MEMORY)
+    return rows;
+}
+
+std::vector<std::string> BootstrapRows() {
+    std::vector<std::string> rows;
+#define ADD_BOOTSTRAP(name, procType) rows.emplace_back("BIB." #name);
+    BIB_BOOTSTRAP_ROWS(ADD_BOOTSTRAP)
+    return rows;
+}
+
+} // namespace
+
+TEST(Component, TellsItsVersionInEveryState) {
+    Component const component;
+    ASSERT_TRUE(component.IsLoaded());
+    EXPECT_EQ(66560, component.GetVersion());
+    EXPECT_EQ(1, component.Initialize(&BIBRuntimeLookup));
+    EXPECT_EQ(66560, component.GetVersion());
+    component.Terminate();
+    EXPECT_EQ(66560, component.GetVersion());
+}
+
+TEST(Component, RefusesASecondStartAndStopsOnce) {
+    Component const component;
+    EXPECT_EQ(1, component.Initialize(&BIBRuntimeLookup));
+    EXPECT_EQ(0, component.Initialize(&BIBRuntimeLookup));
+    EXPECT_NE(nullptr, FindNewFromDict());
+    component.Terminate();
+    EXPECT_EQ(nullptr, FindNewFromDict());
+    component.Terminate();
+}
+
+TEST(Component, StopsWithoutAStartAndTouchesNothing) {
+    LookupDouble const lookup;
+    Component const component;
+    component.Terminate();
+    EXPECT_TRUE(lookup.fAsked.empty());
+}
+
+TEST(Component, LooksUpTheBootstrapFirstAndUnregistersInOrder) {
+    LookupDouble lookup;
+    lookup.Replace("BIB.BIBUnregisterInterface", &RecordUnregister);
+    gUnregistered.clear();
+    Component const component;
+    EXPECT_EQ(1, component.Initialize(&LookupDouble::Lookup));
+    auto const bootstrap = BootstrapRows();
+    ASSERT_GT(lookup.fAsked.size(), bootstrap.size());
+    EXPECT_TRUE(std::equal(bootstrap.begin(), bootstrap.end(), lookup.fAsked.begin()));
+    EXPECT_EQ("BIBContainerInterface.GetOffsetToPrimaryInstance", lookup.fAsked[bootstrap.size()]);
+    component.Terminate();
+    EXPECT_EQ(
+        (std::vector<std::string>{
+            "PDFSettingsStatics", "PDFSettingsInterface", "PDFSettingsVirtualInterface"}),
+        gUnregistered);
+    for (char const* const name : {"PDFSettingsStatics", "PDFSettingsInterface"}) {
+        reinterpret_cast<BIBUnregisterInterfaceProc>(
+            BIBRuntimeLookup("BIB", "BIBUnregisterInterface", "BIBUnregisterInterface"))(name);
+    }
+}
+
+TEST(Component, StaysStoppedWithoutALookup) {
+    Component const component;
+    EXPECT_EQ(0, component.Initialize(nullptr));
+    LookupDouble const lookup;
+    EXPECT_EQ(0, component.Initialize(&LookupDouble::Lookup));
+    EXPECT_TRUE(lookup.fAsked.empty());
+}
+
+TEST(Component, FailsToStartWhereABootstrapProcedureIsMissing) {
+    for (auto const& row : BootstrapRows()) {
+        LookupDouble lookup;
+        lookup.Hide(row);
+        Component const component;
+        EXPECT_EQ(0, component.Initialize(&LookupDouble::Lookup)) << row;
+        EXPECT_EQ(BootstrapRows(), lookup.fAsked) << row;
+    }
+}
+
+TEST(Component, FailsToStartWhereARowIsMissingAndCanStartLater) {
+    for (auto const& row : StartRows()) {
+        LookupDouble lookup;
+        lookup.Hide(row);
+        Component const component;
+        EXPECT_EQ(0, component.Initialize(&LookupDouble::Lookup)) << row;
+        EXPECT_EQ(row, lookup.fAsked.back());
+        EXPECT_EQ(0, component.Initialize(&BIBRuntimeLookup)) << row;
+        component.Terminate();
+        EXPECT_EQ(1, component.Initialize(&BIBRuntimeLookup)) << row;
+        component.Terminate();
+    }
+}
+
+TEST(Component, FailsToStartWhereARowIsTaken) {
+    auto const registerProc = reinterpret_cast<BIBRegisterProcAddressProc>(
+        BIBRuntimeLookup("BIB", "BIBRegisterProcAddress", "BIBRegisterProcAddress"));
+    void* const own = reinterpret_cast<void*>(&RecordUnregister);
+    EXPECT_NE(
+        0, registerProc("PDFSettingsInterface", "NewFromDict", "PDFSettingsNewFromDictProc", own));
+    Component const component;
+    EXPECT_EQ(0, component.Initialize(&BIBRuntimeLookup));
+    EXPECT_EQ(own, FindNewFromDict());
+    component.Terminate();
+    EXPECT_EQ(nullptr, FindNewFromDict());
+}
+
+TEST(Component, LoadsStartsStopsAndUnloadsAgainAndAgain) {
+    auto const before = bibrt::CountLive();
+    for (int round = 0; round < 3; ++round) {
+        {
+            Component const component;
+            ASSERT_TRUE(component.IsLoaded());
+            EXPECT_EQ(1, component.Initialize(&BIBRuntimeLookup));
+            component.Terminate();
+            EXPECT_EQ(1, component.Initialize(&BIBRuntimeLookup));
+            component.Terminate();
+            EXPECT_EQ(before, bibrt::CountLive());
+        }
+        EXPECT_FALSE(Component::IsResident());
+    }
+}
+
+} // namespace support

@@ -1,0 +1,48 @@
+// The client layer, bound to the in-process runtime through a lookup that can hide rows.
+#pragma once
+
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "bib/BIBClient.h"
+#include "bib/BIBError.h"
+#include "bib/POSException.h"
+#include "runtime/Diagnostics.h"
+#include "tests/support/LookupDouble.h"
+
+namespace support {
+
+// Each test starts with a fresh binding and ends with everything given back.
+class BoundClientTest : public testing::Test {
+protected:
+    BoundClientTest() { EXPECT_TRUE(BIB_T_NMT::BIBClientInit(&LookupDouble::Lookup)); }
+
+    ~BoundClientTest() override {
+        BIB_T_NMT::BIBClientTerminate();
+        EXPECT_EQ(fLiveBefore, bibrt::CountLive());
+    }
+
+    // Makes every bound table stale.
+    static void MoveCounter() { ++*BIB_T_NMT::gBIBUnregisterCount; }
+
+    bibrt::LiveCounts fLiveBefore = bibrt::CountLive();
+    LookupDouble fLookup;
+};
+
+// What work throws: the text of a CBIBError or POSException, "nothing", or "something else".
+template <class Work>
+std::string WhatItThrows(Work work) {
+    try {
+        work();
+    } catch (BIB_T_NMT::CBIBError const& error) {
+        return error.what();
+    } catch (BIB_T_NMT::POSException const& exception) {
+        return exception.fMessage;
+    } catch (...) {
+        return "something else";
+    }
+    return "nothing";
+}
+
+} // namespace support

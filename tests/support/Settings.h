@@ -1,0 +1,84 @@
+// A host of the component: the component started on the in-process runtime, and its settings
+// objects.
+#pragma once
+
+#include <cstring>
+#include <string>
+#include <string_view>
+
+#include <gtest/gtest.h>
+
+#include "runtime/Diagnostics.h"
+#include "tests/support/Component.h"
+#include "tests/support/ErrorLog.h"
+#include "tests/support/HostTables.h"
+
+namespace support {
+
+// Each test starts the component, and ends with everything given back.
+class SettingsTest : public testing::Test {
+protected:
+    SettingsTest() {
+        EXPECT_TRUE(fComponent.IsLoaded());
+        EXPECT_EQ(1, fComponent.Initialize(&BIBRuntimeLookup));
+        Find(fNewFromStream, "NewFromStream", "PDFSettingsNewFromStreamProc");
+        Find(fNewFromDict, "NewFromDict", "PDFSettingsNewFromDictProc");
+        Find(fGetSettings, "GetSettings", "PDFSettingsGetSettingsProc");
+    }
+
+    ~SettingsTest() override {
+        fComponent.Terminate();
+        EXPECT_EQ(fLiveBefore, bibrt::CountLive());
+    }
+
+    // A stream that reads text, with a reference for the caller.
+    BIBPositionableStream* NewStream(std::string_view text) const {
+        BIBPositionableStream* stream = nullptr;
+        EXPECT_EQ(nullptr, fTables.fStreams.NewPositionableMemoryStream(&stream));
+        AddRef(stream);
+        auto const methods = LoadMethods<_t_BIBSimpleStreamInterface>(&BIBRuntimeLookup, stream);
+        EXPECT_EQ(
+            nullptr,
+            methods.Write(
+                reinterpret_cast<BIBSimpleStream*>(stream),
+                reinterpret_cast<unsigned char const*>(text.data()),
+                text.size()));
+        return stream;
+    }
+
+    // Settings read from text, with a reference for the caller; null if the component gives none.
+    PDFSettings* NewSettings(std::string_view text, char const* schema = "") const {
+        BIBPositionableStream* const stream = NewStream(text);
+        PDFSettings* const settings = fNewFromStream(stream, schema);
+        AddRef(settings);
+        Release(stream);
+        return settings;
+    }
+
+    template <class T>
+    void AddRef(T* container) const {
+        fTables.fContainer.AddRef(reinterpret_cast<BIBContainer*>(container));
+    }
+
+    template <class T>
+    void Release(T* container) const {
+        fTables.fContainer.Release(reinterpret_cast<BIBContainer*>(container));
+    }
+
+    bibrt::LiveCounts fLiveBefore = bibrt::CountLive();
+    ErrorLog fLog;
+    Component fComponent;
+    HostTables fTables;
+    PDFSettingsNewFromStreamProc fNewFromStream = nullptr;
+    PDFSettingsNewFromDictProc fNewFromDict = nullptr;
+    PDFSettingsGetSettingsProc fGetSettings = nullptr;
+
+private:
+    template <class Proc>
+    static void Find(Proc& proc, char const* name, char const* type) {
+        proc = reinterpret_cast<Proc>(BIBRuntimeLookup("PDFSettingsInterface", name, type));
+        EXPECT_NE(nullptr, proc) << name;
+    }
+};
+
+} // namespace support

@@ -1,0 +1,124 @@
+#include "source/JoboptionsNumber.h"
+
+#include <bit>
+#include <clocale>
+#include <cstdint>
+#include <cstdlib>
+#include <random>
+#include <string>
+
+#include <gtest/gtest.h>
+
+namespace JoboptionsParserUtils {
+
+namespace {
+
+ScannedNumber Scan(std::string const& token) {
+    return ScanNumber(token.data(), token.data() + token.size());
+}
+
+// What the C library makes of the token in the "C" locale.
+ScannedNumber Expected(std::string const& token) {
+    char* end = nullptr;
+    double const value = token.find('.') != std::string::npos
+                             ? std::strtod(token.c_str(), &end)
+                             : static_cast<double>(std::strtol(token.c_str(), &end, 0));
+    return {value, static_cast<unsigned long>(end - token.c_str())};
+}
+
+void ExpectSame(std::string const& token) {
+    ScannedNumber const expected = Expected(token);
+    ScannedNumber const found = Scan(token);
+    EXPECT_EQ(expected.fSize, found.fSize) << token;
+    // Bit by bit, for NaN and the sign of zero.
+    EXPECT_EQ(
+        std::bit_cast<std::uint64_t>(expected.fValue), std::bit_cast<std::uint64_t>(found.fValue))
+        << token << ": " << expected.fValue << " but " << found.fValue;
+}
+
+} // namespace
+
+TEST(JoboptionsNumber, ReadsAsTheCLibraryDoesInItsOwnLocale) {
+    for (char const* const token :
+         {"0",
+          "-0",
+          "7",
+          "-",
+          "--1",
+          "- 1",
+          "08",
+          "0779",
+          "0x",
+          "0xg",
+          "-0X1F",
+          "0x1fz",
+          "0x-1",
+          "00x1",
+          "9223372036854775807",
+          "-9223372036854775809",
+          "0xffffffffffffffffff",
+          "12abc",
+          "1.",
+          "-.5",
+          ".",
+          "-.",
+          "1.5e3",
+          "1.5e",
+          "1.5e+",
+          "1.5e-3x",
+          "0.1",
+          "0x.8",
+          "0x.",
+          "0x1.8p1",
+          "0x1.8p",
+          "0x1.g",
+          "-0x1.8",
+          "0x-1.8",
+          "--1.5",
+          "-inf.",
+          "-nan.",
+          "1.0e400",
+          "-1.0e400",
+          "1.0e-400",
+          "0.0e400",
+          "1.0e99999999999999999999",
+          "1.0e-99999999999999999999",
+          "0x1.0p2000",
+          "0x1.0p-2000",
+          "4.9e-324.",
+          "2.4e-324.",
+          "1.0e-310",
+          "0x0.0000000000001p-1022",
+          "0.00000000000000000000000001e400",
+          "100000000000000000000000.0e-340",
+          "1.7976931348623157e308.",
+          "1.7976931348623159e308.",
+          "123456789012345678901234567890.5",
+          "0000000000000000000000.5"}) {
+        ExpectSame(token);
+    }
+}
+
+TEST(JoboptionsNumber, AgreesWithTheCLibraryOnRandomTokens) {
+    std::mt19937 random(1); // NOLINT(cert-msc51-cpp): the same tokens in every run
+    std::string const alphabet = "0012356789..--xXeEpPaf+";
+    for (int round = 0; round < 100000; ++round) {
+        std::string token(1, "-0123456789"[random() % 11]);
+        for (auto length = random() % 12; length > 0; --length) {
+            token += alphabet[random() % alphabet.size()];
+        }
+        ExpectSame(token);
+    }
+}
+
+TEST(JoboptionsNumber, ReadsAPointWhateverTheHostsLocale) {
+    ASSERT_NE(nullptr, std::setlocale(LC_ALL, "de_DE.UTF-8"))
+        << "LOCPATH must name the test locale";
+    ASSERT_STREQ(",", std::localeconv()->decimal_point);
+    ScannedNumber const number = Scan("1.5");
+    std::setlocale(LC_ALL, "C");
+    EXPECT_EQ(1.5, number.fValue);
+    EXPECT_EQ(3U, number.fSize);
+}
+
+} // namespace JoboptionsParserUtils
