@@ -1,0 +1,30 @@
+#include "host/Component.h"
+
+#include "host/detail/Session.h"
+#include "runtime/BIBRuntime.h"
+
+#include <dlfcn.h>
+
+namespace pdfsettings {
+
+// The folder of the runtime's library is asked of the loader, since a search on behalf of this code
+// would depend on how the program was linked.
+std::string Component::DefaultPath() {
+    std::string const name = "libPDFSettings.so";
+    Dl_info runtime{};
+    if (dladdr(reinterpret_cast<void*>(&BIBRuntimeLookup), &runtime) == 0) {
+        return name;
+    }
+    std::string const library = runtime.dli_fname;
+    return library.substr(0, library.rfind('/') + 1) + name;
+}
+
+Component::Component(std::string const& path) : fSession(std::make_shared<detail::Session>(path)) {}
+
+Component::~Component() = default;
+
+long Component::Version() const {
+    return fSession->Version();
+}
+
+} // namespace pdfsettings

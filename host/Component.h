@@ -1,0 +1,41 @@
+// The settings component in this process.
+#pragma once
+
+#include <memory>
+#include <string>
+
+namespace pdfsettings {
+
+namespace detail {
+class Session;
+}
+
+// The component, loaded and started. Settings are made with one, see Settings. A process runs the
+// component once at a time; it may be started again after it was stopped. It stops when this object
+// and all Settings that were made with it are gone.
+//
+// Threads: this object and all its Settings are used by one thread at a time.
+class Component {
+public:
+    // Loads the component from path and starts it on the runtime. Without a path it is the file
+    // libPDFSettings.so beside the runtime's own library; a path without a slash is looked for as
+    // the system's loader does. Throws Error when it cannot be loaded or does not start, and when
+    // the component runs already.
+    explicit Component(std::string const& path = DefaultPath());
+    ~Component();
+    Component(Component const&) = delete;
+    Component& operator=(Component const&) = delete;
+
+    // Where the component is looked for without a path.
+    static std::string DefaultPath();
+
+    // The component's version, as major * 65536 + minor * 256 + revision.
+    long Version() const;
+
+private:
+    friend class Settings;
+
+    std::shared_ptr<detail::Session> fSession;
+};
+
+} // namespace pdfsettings

@@ -1,0 +1,80 @@
+#include "host/Settings.h"
+
+#include "host/Component.h"
+#include "host/detail/BuildValues.h"
+#include "host/detail/ReadValues.h"
+#include "host/detail/ReportChannel.h"
+#include "host/detail/Session.h"
+
+namespace pdfsettings {
+
+namespace {
+
+using detail::Bindings;
+using detail::Ref;
+
+// Runs a call of the component that gives null on failure. Throws Error with what it reported.
+template <class Call>
+auto ReportedCall(char const* operation, Call call) -> decltype(call()) {
+    detail::ForgetReport();
+    auto* const result = call();
+    if (result == nullptr) {
+        detail::ThrowReport(std::string(operation) + " failed without a reason");
+    }
+    return result;
+}
+
+Ref<BIBPositionableStream> MakeStream(Bindings const& tables, std::string_view bytes) {
+    detail::BufferRef const buffer = detail::MakeBuffer(tables, bytes);
+    BIBPositionableStream* stream = nullptr;
+    detail::ThrowIfError(tables, tables.streams.NewPositionableBufferStream(&stream, buffer.get()));
+    return detail::Share(tables, stream);
+}
+
+} // namespace
+
+// The settings go before the session that they need.
+struct Settings::State {
+    State(std::shared_ptr<detail::Session> owner, ::PDFSettings* made)
+        : session(std::move(owner)),
+          settings(detail::Share(session->Tables(), made)) {}
+
+    std::shared_ptr<detail::Session> session;
+    Ref<::PDFSettings> settings;
+};
+
+Settings::Settings(std::unique_ptr<State> state) : fState(std::move(state)) {}
+Settings::Settings(Settings&&) noexcept = default;
+Settings& Settings::operator=(Settings&&) noexcept = default;
+Settings::~Settings() = default;
+
+Settings
+Settings::FromText(Component const& component, std::string_view text, std::string const& schema) {
+    Bindings const& tables = component.fSession->Tables();
+    Ref<BIBPositionableStream> const stream = MakeStream(tables, text);
+    char const* const schemaText = detail::WholeText(schema);
+    ::PDFSettings* const made = ReportedCall(
+        "NewFromStream", [&] { return tables.settings.NewFromStream(stream.get(), schemaText); });
+    return Settings(std::make_unique<State>(component.fSession, made));
+}
+
+Settings Settings::FromValues(
+    Component const& component, Dictionary const& values, std::string const& schema) {
+    Bindings const& tables = component.fSession->Tables();
+    Ref<POSDict> const dict = detail::BuildValues(tables, values);
+    char const* const schemaText = detail::WholeText(schema);
+    ::PDFSettings* const made = ReportedCall(
+        "NewFromDict", [&] { return tables.settings.NewFromDict(dict.get(), schemaText); });
+    return Settings(std::make_unique<State>(component.fSession, made));
+}
+
+Dictionary Settings::Values() const {
+    Bindings const& tables = fState->session->Tables();
+    Ref<POSDict> const dict =
+        detail::Share(tables, ReportedCall("GetSettings", [&] {
+                          return tables.settings.GetSettings(fState->settings.get());
+                      }));
+    return detail::ReadValues(tables, dict.get());
+}
+
+} // namespace pdfsettings

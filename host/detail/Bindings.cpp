@@ -1,0 +1,77 @@
+#include "host/detail/Bindings.h"
+
+#include "host/Error.h"
+
+#include <string>
+
+namespace pdfsettings::detail {
+
+namespace {
+
+// Finds the rows of one interface.
+class Rows {
+public:
+    Rows(BIBLookupProc lookup, char const* interfaceName)
+        : fLookup(lookup),
+          fInterfaceName(interfaceName) {}
+
+    template <class Proc>
+    Proc Find(char const* operation, char const* procType) const {
+        void* const proc = fLookup(fInterfaceName, operation, procType);
+        if (proc == nullptr) {
+            throw Error(
+                std::string("missing procedure ") + fInterfaceName + "/" + operation + " of type " +
+                procType);
+        }
+        return reinterpret_cast<Proc>(proc);
+    }
+
+private:
+    BIBLookupProc fLookup;
+    char const* fInterfaceName;
+};
+
+// A table is filled by its list of rows, with the local `rows` on its interface.
+#define PDFSETTINGS_FOUND_ROW(operation, procType) rows.Find<procType>(#operation, #procType),
+#define PDFSETTINGS_FOUND_TABLE(Table, interfaceName, ROWS) \
+    [lookup]() -> Table { \
+        Rows const rows(lookup, interfaceName); \
+        return {ROWS(PDFSETTINGS_FOUND_ROW)}; \
+    }()
+
+} // namespace
+
+// clang-format off
+Bindings::Bindings(BIBLookupProc lookup)
+    : containers(PDFSETTINGS_FOUND_TABLE(
+          _t_BIBContainerInterface, "BIBContainerInterface", BIB_CONTAINER_INTERFACE_ROWS)),
+      errors(PDFSETTINGS_FOUND_TABLE(
+          _t_BIBErrorInterface, "BIBErrorInterface", BIB_ERROR_INTERFACE_ROWS)),
+      buffers(PDFSETTINGS_FOUND_TABLE(
+          _t_BIBSharedBuffInterface, "BIBSharedBuffInterface", BIB_SHARED_BUFF_INTERFACE_ROWS)),
+      streams(PDFSETTINGS_FOUND_TABLE(
+          _t_BIBStreamFactoryInterface, "BIBStreamFactoryInterface",
+          BIB_STREAM_FACTORY_INTERFACE_ROWS)),
+      atoms(PDFSETTINGS_FOUND_TABLE(
+          _t_BIBStringInterface, "BIBStringInterface", BIB_STRING_INTERFACE_ROWS)),
+      numbers(PDFSETTINGS_FOUND_TABLE(
+          _t_POSNumberInterface, "POSNumberInterface", POS_NUMBER_INTERFACE_ROWS)),
+      strings(PDFSETTINGS_FOUND_TABLE(
+          _t_POSStringInterface, "POSStringInterface", POS_STRING_INTERFACE_ROWS)),
+      unicodeStrings(PDFSETTINGS_FOUND_TABLE(
+          _t_POSUnicodeStringInterface, "POSUnicodeStringInterface",
+          POS_UNICODE_STRING_INTERFACE_ROWS)),
+      binData(PDFSETTINGS_FOUND_TABLE(
+          _t_POSBinDataInterface, "POSBinDataInterface", POS_BIN_DATA_INTERFACE_ROWS)),
+      arrays(PDFSETTINGS_FOUND_TABLE(
+          _t_POSArrayInterface, "POSArrayInterface", POS_ARRAY_INTERFACE_ROWS)),
+      dicts(PDFSETTINGS_FOUND_TABLE(
+          _t_POSDictInterface, "POSDictInterface", POS_DICT_INTERFACE_ROWS)),
+      iterators(PDFSETTINGS_FOUND_TABLE(
+          _t_POSDictIteratorInterface, "POSDictIteratorInterface",
+          POS_DICT_ITERATOR_INTERFACE_ROWS)),
+      settings(PDFSETTINGS_FOUND_TABLE(
+          ComponentTable, "PDFSettingsInterface", PDF_SETTINGS_INTERFACE_ROWS)) {}
+// clang-format on
+
+} // namespace pdfsettings::detail

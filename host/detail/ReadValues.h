@@ -1,0 +1,12 @@
+// From the runtime's values to plain ones.
+#pragma once
+
+#include "host/Value.h"
+#include "host/detail/Bindings.h"
+
+namespace pdfsettings::detail {
+
+// A deep copy of dict. Throws Error when memory runs out and for a value of an unknown kind.
+Dictionary ReadValues(Bindings const& tables, POSDict* dict);
+
+} // namespace pdfsettings::detail

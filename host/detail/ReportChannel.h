@@ -1,0 +1,24 @@
+// Catches what the component reports, so that it can become the text of an exception.
+#pragma once
+
+#include <string>
+
+namespace pdfsettings::detail {
+
+// Directs the runtime's reports to this module for as long as it lives; afterwards they go where
+// they go by default. One at a time.
+class ReportChannel {
+public:
+    ReportChannel() noexcept;
+    ~ReportChannel();
+    ReportChannel(ReportChannel const&) = delete;
+    ReportChannel& operator=(ReportChannel const&) = delete;
+};
+
+// Forgets what was reported on this thread, before a call whose report is asked for.
+void ForgetReport() noexcept;
+
+// Throws Error with the last report on this thread, or with fallback when there is none.
+[[noreturn]] void ThrowReport(std::string const& fallback);
+
+} // namespace pdfsettings::detail

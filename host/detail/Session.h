@@ -1,0 +1,74 @@
+// One start of the component, from the loading of its file to its stop.
+#pragma once
+
+#include "host/detail/Bindings.h"
+#include "host/detail/ReportChannel.h"
+
+#include <string>
+
+namespace pdfsettings::detail {
+
+// The right to run the component, of which a process has one.
+class Claim {
+public:
+    // Throws Error when the right is taken.
+    Claim();
+    ~Claim();
+    Claim(Claim const&) = delete;
+    Claim& operator=(Claim const&) = delete;
+};
+
+// A loaded component.
+class Module {
+public:
+    // Throws Error when path cannot be loaded.
+    explicit Module(std::string const& path);
+    ~Module();
+    Module(Module const&) = delete;
+    Module& operator=(Module const&) = delete;
+
+    // An exported procedure; throws Error when there is none of that name.
+    template <class Proc>
+    Proc Find(char const* name) const {
+        return reinterpret_cast<Proc>(FindSymbol(name));
+    }
+
+private:
+    void* FindSymbol(char const* name) const;
+
+    std::string fPath;
+    void* fHandle;
+};
+
+// A component that runs.
+class Start {
+public:
+    // Throws Error when the component does not start. REQUIRES: module outlives this.
+    explicit Start(Module const& module);
+    ~Start();
+    Start(Start const&) = delete;
+    Start& operator=(Start const&) = delete;
+
+private:
+    decltype(&PDFSettingsTerminate) fTerminate;
+};
+
+// All of it. Whatever uses the tables holds a share of the session, so that the component stays
+// loaded until the last object that belongs to it is gone.
+class Session {
+public:
+    // Throws Error; nothing stays loaded or started then.
+    explicit Session(std::string const& path);
+
+    Bindings const& Tables() const noexcept { return fTables; }
+    long Version() const;
+
+private:
+    Claim fClaim;
+    ReportChannel fReports;
+    Module fModule;
+    Start fStart;
+    Bindings fTables;
+};
+
+} // namespace pdfsettings::detail

@@ -1,0 +1,56 @@
+#include "host/detail/Bindings.h"
+
+#include "host/Error.h"
+#include "runtime/BIBRuntime.h"
+
+#include <cstring>
+#include <gtest/gtest.h>
+
+using namespace pdfsettings;
+
+namespace {
+
+// Stands in for a component's own rows, which are missing while no component is started.
+void Nothing() {}
+
+char const* gMissingOperation = nullptr;
+
+void* LookupWithoutOne(char const* interfaceName, char const* operation, char const* procType) {
+    if (gMissingOperation != nullptr && std::strcmp(operation, gMissingOperation) == 0) {
+        return nullptr;
+    }
+    if (std::strcmp(interfaceName, "PDFSettingsInterface") == 0) {
+        return reinterpret_cast<void*>(&Nothing);
+    }
+    return BIBRuntimeLookup(interfaceName, operation, procType);
+}
+
+std::string MessageWithout(char const* operation) {
+    gMissingOperation = operation;
+    try {
+        detail::Bindings const bindings(&LookupWithoutOne);
+    } catch (Error const& error) {
+        return error.what();
+    }
+    return "all rows were found";
+}
+
+} // namespace
+
+TEST(Bindings, AMissingRowIsNamed) {
+    struct {
+        char const* missing;
+        char const* message;
+    } const cases[] = {
+        {nullptr, "all rows were found"},
+        {"GetOffsetToPrimaryInstance",
+         "missing procedure BIBContainerInterface/GetOffsetToPrimaryInstance of type "
+         "BIBGetOffsetToPrimaryInstProc"},
+        {"Append", "missing procedure POSArrayInterface/Append of type POSArrayAppendProc"},
+        {"GetSettings",
+         "missing procedure PDFSettingsInterface/GetSettings of type PDFSettingsGetSettingsProc"},
+    };
+    for (auto const& [missing, message] : cases) {
+        EXPECT_EQ(MessageWithout(missing), message);
+    }
+}

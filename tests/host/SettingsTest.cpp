@@ -1,0 +1,176 @@
+#include "host/Settings.h"
+
+#include "SmallStack.h"
+#include "host/Component.h"
+#include "host/Error.h"
+#include "host/Path.h"
+
+#include <gtest/gtest.h>
+#include <optional>
+
+using namespace pdfsettings;
+using namespace std::string_literals;
+
+namespace {
+
+class SettingsTest : public testing::Test {
+protected:
+    Dictionary Read(std::string const& entries, std::string const& tail = "") const {
+        std::string const text = "<<" + entries + ">>setalembicorparams" + tail;
+        return Settings::FromText(fComponent, text).Values();
+    }
+
+    Dictionary ThroughComponent(Dictionary const& values) const {
+        return Settings::FromValues(fComponent, values).Values();
+    }
+
+    std::string Refusal(std::string const& text, std::string const& schema = {}) const {
+        return MessageOf([&] { Settings::FromText(fComponent, text, schema); });
+    }
+
+    std::string Refusal(Dictionary const& values) const {
+        return MessageOf([&] { Settings::FromValues(fComponent, values); });
+    }
+
+    Component fComponent;
+
+private:
+    template <class Work>
+    static std::string MessageOf(Work work) {
+        try {
+            work();
+        } catch (Error const& error) {
+            return error.what();
+        }
+        return "accepted";
+    }
+};
+
+Dictionary OneEntry(std::string const& key, Value value) {
+    Dictionary dictionary;
+    dictionary.Set(key, std::move(value));
+    return dictionary;
+}
+
+} // namespace
+
+TEST_F(SettingsTest, EachKindOfValueIsRead) {
+    struct {
+        char const* text;
+        Value expected;
+    } const cases[] = {
+        {"/All", Word{"All"}},
+        {"/\xFF\x01", Word{"\xFF\x01"}},
+        {"true", Word{"true"}},
+        {"0.25", 0.25},
+        {"-12", -12.0},
+        {"(a\\)b)", String{"a\\)b"}},
+        {"()", String{""}},
+        {"<FE FF>", HexString{"FE FF"}},
+        {"[ 1 /A (s) ]", Array::Of({1.0, Word{"A"}, String{"s"}})},
+        {"[ ]", Array()},
+        {"<< /In 2 >>", OneEntry("In", 2.0)},
+    };
+    for (auto const& [text, expected] : cases) {
+        EXPECT_EQ(Read("/Key "s + text + " "), OneEntry("Key", expected)) << text;
+    }
+}
+
+TEST_F(SettingsTest, KeysKeepTheOrderOfTheFile) {
+    Dictionary const values = Read("/z 1 /a 2 /m 3 /z 4 ");
+    ASSERT_EQ(values.Size(), 3u);
+    EXPECT_EQ(values.KeyAt(0), "z");
+    EXPECT_EQ(values.KeyAt(1), "a");
+    EXPECT_EQ(values.KeyAt(2), "m");
+    EXPECT_EQ(values.ValueAt(0), Value(4.0));
+}
+
+TEST_F(SettingsTest, TheTailIsBinaryWithItsNulBytes) {
+    std::string const tail = "<<>>\0 setpagedevice\r\n"s;
+    EXPECT_EQ(Read("/A 1 ", tail).Get(kTailKey)->If<Binary>()->bytes, tail);
+    EXPECT_EQ(Read("/A 1 ").Get(kTailKey), nullptr);
+}
+
+TEST_F(SettingsTest, TextWithoutSettingsIsEmpty) {
+    for (std::string const& text : {""s, "\0<<"s, " \r\n% comment\r\n"s}) {
+        EXPECT_EQ(Settings::FromText(fComponent, text).Values().Size(), 0u);
+    }
+}
+
+TEST_F(SettingsTest, ARefusedTextGivesTheReportedReason) {
+    EXPECT_EQ(Refusal("junk"), "Joboptions_To_CPOSDict joboptions file is invalid");
+    EXPECT_EQ(Refusal("<</A .5>>setalembicorparams"), "GetValue for joboptions is unknow type");
+    EXPECT_EQ(Refusal("<</A 1>>setalembicorparams"), "accepted");
+    EXPECT_EQ(Refusal("", "a\0b"s), "a text of this kind cannot hold a NUL byte");
+}
+
+TEST_F(SettingsTest, EachKindOfValuePassesThroughTheComponent) {
+    Dictionary values = OneEntry("Word", Word{"All"});
+    values.Set("Number", 0.1);
+    values.Set("String", String{"a\0b"s});
+    values.Set("Empty", String{});
+    values.Set("Hex", HexString{"FEFF"});
+    values.Set("Other", Binary{"Other type", "\0"s});
+    values.Set("Text", Text16(u"\u20AC"));
+    values.Set("Array", Array::Of({1.0, Value(Array()), Value(OneEntry("In", 2.0))}));
+    Dictionary const read = ThroughComponent(values);
+    EXPECT_EQ(read, values);
+    for (std::size_t place = 0; place < values.Size(); ++place) {
+        EXPECT_EQ(read.KeyAt(place), values.KeyAt(place));
+    }
+}
+
+TEST_F(SettingsTest, ATextThatWouldBeCutShortIsRefused) {
+    struct {
+        char const* where;
+        Dictionary values;
+        char const* message;
+    } const cases[] = {
+        {"key", OneEntry("a\0b"s, 1.0), "a text of this kind cannot hold a NUL byte"},
+        {"word", OneEntry("a", Word{"a\0b"s}), "a text of this kind cannot hold a NUL byte"},
+        {"type", OneEntry("a", Binary{"a\0b"s, ""}), "a text of this kind cannot hold a NUL byte"},
+        {"text", OneEntry("a", Text16(u"a\0b", 3)), "a 16-bit text cannot hold a NUL"},
+    };
+    for (auto const& [where, values, message] : cases) {
+        EXPECT_EQ(Refusal(values), message) << where;
+    }
+}
+
+TEST_F(SettingsTest, AThousandLevelsAreReadOnASmallStack) {
+    std::string opening;
+    std::string closing;
+    std::string path;
+    for (int level = 0; level < 1000; ++level) {
+        opening += level % 2 == 0 ? "[" : "<</D ";
+        closing.insert(0, level % 2 == 0 ? "]" : ">>");
+        path += level % 2 == 0 ? "/0" : "/D";
+    }
+    std::string const text = "/Deep " + opening + "7 " + closing;
+    std::optional<Dictionary> values;
+    OnSmallStack([&] { values = Read(text); });
+    Value const* const innermost = Find(*values, "Deep" + path);
+    ASSERT_NE(innermost, nullptr);
+    EXPECT_EQ(*innermost, Value(7.0));
+}
+
+TEST_F(SettingsTest, DeepValuesPassThroughTheComponent) {
+    std::optional<bool> equal;
+    OnSmallStack([&] {
+        Value value = 1.0;
+        for (int level = 0; level < 20'000; ++level) {
+            Array array;
+            array.Append(std::move(value));
+            value = OneEntry("D", std::move(array));
+        }
+        Dictionary const values = OneEntry("Deep", std::move(value));
+        equal = ThroughComponent(values) == values;
+    });
+    EXPECT_EQ(equal, true);
+}
+
+TEST_F(SettingsTest, MovedSettingsStayWhole) {
+    Settings first = Settings::FromText(fComponent, "<</A 1>>setalembicorparams");
+    Settings second = Settings::FromText(fComponent, "<</B 1>>setalembicorparams");
+    second = std::move(first);
+    EXPECT_EQ(second.Values(), OneEntry("A", 1.0));
+}
