@@ -1,0 +1,65 @@
+#include "tools/joboptions/GetCommand.h"
+
+#include "host/Path.h"
+#include "tools/joboptions/Input.h"
+#include "tools/joboptions/Output.h"
+#include "tools/joboptions/Utf8.h"
+#include "tools/joboptions/ValueJson.h"
+#include "tools/joboptions/ValueText.h"
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+namespace joboptions {
+
+GetCommand::GetCommand(CLI::App& program, Options& options)
+    : fOptions(options),
+      fCommand(program.add_subcommand("get", "Show single values of a file")) {
+    fCommand->add_option("FILE", fFile, "The settings file; - is standard input")
+        ->required()
+        ->type_name("");
+    fCommand
+        ->add_option(
+            "KEY", fKeys, "Keys, with those of nested settings and positions from 0 behind /")
+        ->required()
+        ->type_name("");
+    fCommand->add_flag("--json", fJson, "Write JSON");
+    AddOptions(*fCommand, options);
+    fCommand->footer("Examples:\n"
+                     "  joboptions get office.joboptions CompatibilityLevel\n"
+                     "  joboptions get office.joboptions ColorImageDict/QFactor NeverEmbed/0\n"
+                     "  joboptions get --json office.joboptions ColorImageDict");
+}
+
+bool GetCommand::IsChosen() const {
+    return fCommand->parsed();
+}
+
+Status GetCommand::Run() const {
+    pdfsettings::Dictionary const settings = ReadSettings(fFile);
+    pdfsettings::Dictionary found;
+    std::string lines;
+    std::vector<std::string> missing;
+    for (std::string const& key : fKeys) {
+        pdfsettings::Value const* const value = Find(settings, key);
+        if (value == nullptr) {
+            missing.push_back(key);
+            continue;
+        }
+        lines += OneLine(*value) + "\n";
+        found.Set(key, *value);
+    }
+    WriteOutput(fJson ? JsonDocument("values", found, fFile) : lines);
+    WriteMissing(missing);
+    return missing.empty() ? Status::kDone : Status::kNo;
+}
+
+void GetCommand::WriteMissing(std::vector<std::string> const& keys) const {
+    for (std::string const& key : keys) {
+        if (!fOptions.quiet) {
+            WriteError(fmt::format("{}: no such key: {}", InputName(fFile), VisibleText(key)));
+        }
+    }
+}
+
+} // namespace joboptions

@@ -1,0 +1,94 @@
+#include "tools/joboptions/Input.h"
+
+#include "host/Component.h"
+#include "host/Error.h"
+#include "host/Settings.h"
+#include "tools/joboptions/Failure.h"
+#include "tools/joboptions/Utf8.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <system_error>
+#include <unistd.h>
+
+namespace joboptions {
+
+namespace {
+
+// Settings take kilobytes. The limit keeps an endless input from filling the memory.
+constexpr std::size_t kLargestInput = std::size_t{256} << 20;
+
+// A descriptor that is closed on every way out, unless it is standard input.
+class Descriptor {
+public:
+    explicit Descriptor(std::string const& file)
+        : fNumber(file == "-" ? STDIN_FILENO : open(file.c_str(), O_RDONLY | O_CLOEXEC)) {}
+    ~Descriptor() {
+        if (fNumber > STDIN_FILENO) {
+            close(fNumber);
+        }
+    }
+    Descriptor(Descriptor const&) = delete;
+    Descriptor& operator=(Descriptor const&) = delete;
+
+    bool IsOpen() const { return fNumber >= 0; }
+
+    // Reads up to size bytes; how many, 0 at the end, negative with errno on failure.
+    ssize_t Read(char* buffer, std::size_t size) const {
+        ssize_t count = 0;
+        do {
+            count = read(fNumber, buffer, size);
+        } while (count < 0 && errno == EINTR);
+        return count;
+    }
+
+private:
+    int fNumber;
+};
+
+[[noreturn]] void ThrowBadInput(std::string const& file, std::string const& reason) {
+    throw Failure(Status::kBadInput, fmt::format("{}: {}", InputName(file), reason));
+}
+
+[[noreturn]] void ThrowSystemError(std::string const& file, int error) {
+    ThrowBadInput(file, std::generic_category().message(error));
+}
+
+std::string ReadBytes(std::string const& file) {
+    Descriptor const descriptor(file);
+    if (!descriptor.IsOpen()) {
+        ThrowSystemError(file, errno);
+    }
+    std::string bytes;
+    char buffer[65536];
+    ssize_t count = 0;
+    while ((count = descriptor.Read(buffer, sizeof buffer)) > 0) {
+        bytes.append(buffer, static_cast<std::size_t>(count));
+        if (bytes.size() > kLargestInput) {
+            ThrowBadInput(file, "larger than 256 MiB");
+        }
+    }
+    if (count < 0) {
+        ThrowSystemError(file, errno);
+    }
+    return bytes;
+}
+
+} // namespace
+
+std::string InputName(std::string const& file) {
+    return file == "-" ? "standard input" : VisibleText(file);
+}
+
+pdfsettings::Dictionary ReadSettings(std::string const& file) {
+    std::string const text = ReadBytes(file);
+    pdfsettings::Component const component;
+    try {
+        return pdfsettings::Settings::FromText(component, text).Values();
+    } catch (pdfsettings::Error const& error) {
+        ThrowBadInput(file, error.what());
+    }
+}
+
+} // namespace joboptions
