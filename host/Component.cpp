@@ -1,6 +1,6 @@
 #include "host/Component.h"
 
-#include "host/detail/Session.h"
+#include "host/detail/RunningComponent.h"
 #include "runtime/BIBRuntime.h"
 
 #include <dlfcn.h>
@@ -19,12 +19,13 @@ std::string Component::DefaultPath() {
     return library.substr(0, library.rfind('/') + 1) + name;
 }
 
-Component::Component(std::string const& path) : fSession(std::make_shared<detail::Session>(path)) {}
+Component::Component(std::string const& path)
+    : fRunning(std::make_shared<detail::RunningComponent>(path)) {}
 
 Component::~Component() = default;
 
 long Component::Version() const {
-    return fSession->Version();
+    return fRunning->Version();
 }
 
 } // namespace pdfsettings

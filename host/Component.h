@@ -7,7 +7,7 @@
 namespace pdfsettings {
 
 namespace detail {
-class Session;
+class RunningComponent;
 }
 
 // The component, loaded and started. Settings are made with one, see Settings. A process runs the
@@ -35,7 +35,7 @@ public:
 private:
     friend class Settings;
 
-    std::shared_ptr<detail::Session> fSession;
+    std::shared_ptr<detail::RunningComponent> fRunning;
 };
 
 } // namespace pdfsettings

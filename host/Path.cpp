@@ -1,22 +1,15 @@
 #include "host/Path.h"
 
+#include <algorithm>
 #include <charconv>
-#include <optional>
 
 namespace pdfsettings {
 
 namespace {
 
-// Cuts the first part off path. None is left: path is nullopt afterwards.
-std::string_view TakePart(std::optional<std::string_view>& path) {
-    std::size_t const end = path->find('/', 1);
-    std::string_view const part = path->substr(0, end);
-    if (end == std::string_view::npos) {
-        path.reset();
-    } else {
-        path->remove_prefix(end + 1);
-    }
-    return part;
+// The length of the first part of path. A slash that begins a part belongs to it.
+std::size_t PartSize(std::string_view path) {
+    return std::min(path.find('/', 1), path.size());
 }
 
 Value const* AtPosition(Array const& array, std::string_view part) {
@@ -38,10 +31,12 @@ Value const* Step(Value const& value, std::string_view part) {
 } // namespace
 
 Value const* Find(Dictionary const& settings, std::string_view path) {
-    std::optional<std::string_view> rest(path);
-    Value const* value = settings.Get(TakePart(rest));
-    while (value != nullptr && rest) {
-        value = Step(*value, TakePart(rest));
+    std::size_t size = PartSize(path);
+    Value const* value = settings.Get(path.substr(0, size));
+    while (value != nullptr && size < path.size()) {
+        path.remove_prefix(size + 1);
+        size = PartSize(path);
+        value = Step(*value, path.substr(0, size));
     }
     return value;
 }

@@ -4,7 +4,7 @@
 #include "host/detail/BuildValues.h"
 #include "host/detail/ReadValues.h"
 #include "host/detail/ReportChannel.h"
-#include "host/detail/Session.h"
+#include "host/detail/RunningComponent.h"
 
 namespace pdfsettings {
 
@@ -33,13 +33,13 @@ Ref<BIBPositionableStream> MakeStream(Bindings const& tables, std::string_view b
 
 } // namespace
 
-// The settings go before the session that they need.
+// The settings go before the component that they need.
 struct Settings::State {
-    State(std::shared_ptr<detail::Session> owner, ::PDFSettings* made)
-        : session(std::move(owner)),
-          settings(detail::Share(session->Tables(), made)) {}
+    State(std::shared_ptr<detail::RunningComponent> owner, ::PDFSettings* made)
+        : running(std::move(owner)),
+          settings(detail::Share(running->Tables(), made)) {}
 
-    std::shared_ptr<detail::Session> session;
+    std::shared_ptr<detail::RunningComponent> running;
     Ref<::PDFSettings> settings;
 };
 
@@ -50,26 +50,26 @@ Settings::~Settings() = default;
 
 Settings
 Settings::FromText(Component const& component, std::string_view text, std::string const& schema) {
-    Bindings const& tables = component.fSession->Tables();
+    Bindings const& tables = component.fRunning->Tables();
     Ref<BIBPositionableStream> const stream = MakeStream(tables, text);
     char const* const schemaText = detail::WholeText(schema);
     ::PDFSettings* const made = ReportedCall(
         "NewFromStream", [&] { return tables.settings.NewFromStream(stream.get(), schemaText); });
-    return Settings(std::make_unique<State>(component.fSession, made));
+    return Settings(std::make_unique<State>(component.fRunning, made));
 }
 
 Settings Settings::FromValues(
     Component const& component, Dictionary const& values, std::string const& schema) {
-    Bindings const& tables = component.fSession->Tables();
+    Bindings const& tables = component.fRunning->Tables();
     Ref<POSDict> const dict = detail::BuildValues(tables, values);
     char const* const schemaText = detail::WholeText(schema);
     ::PDFSettings* const made = ReportedCall(
         "NewFromDict", [&] { return tables.settings.NewFromDict(dict.get(), schemaText); });
-    return Settings(std::make_unique<State>(component.fSession, made));
+    return Settings(std::make_unique<State>(component.fRunning, made));
 }
 
 Dictionary Settings::Values() const {
-    Bindings const& tables = fState->session->Tables();
+    Bindings const& tables = fState->running->Tables();
     Ref<POSDict> const dict =
         detail::Share(tables, ReportedCall("GetSettings", [&] {
                           return tables.settings.GetSettings(fState->settings.get());

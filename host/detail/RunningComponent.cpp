@@ -1,4 +1,4 @@
-#include "host/detail/Session.h"
+#include "host/detail/RunningComponent.h"
 
 #include "host/Error.h"
 #include "runtime/BIBRuntime.h"
@@ -64,12 +64,12 @@ Start::~Start() {
     fTerminate();
 }
 
-Session::Session(std::string const& path)
+RunningComponent::RunningComponent(std::string const& path)
     : fModule(path),
       fStart(fModule),
       fTables(&BIBRuntimeLookup) {}
 
-long Session::Version() const {
+long RunningComponent::Version() const {
     return fModule.Find<decltype(&PDFSettingsGetVersion)>("PDFSettingsGetVersion")();
 }
 

@@ -53,12 +53,12 @@ private:
     decltype(&PDFSettingsTerminate) fTerminate;
 };
 
-// All of it. Whatever uses the tables holds a share of the session, so that the component stays
+// All of it. Whatever uses the tables holds a share of it, so that the component stays
 // loaded until the last object that belongs to it is gone.
-class Session {
+class RunningComponent {
 public:
     // Throws Error; nothing stays loaded or started then.
-    explicit Session(std::string const& path);
+    explicit RunningComponent(std::string const& path);
 
     Bindings const& Tables() const noexcept { return fTables; }
     long Version() const;
