@@ -82,7 +82,7 @@ BIBStringAtom const* AtomTable::Find(std::string_view text) noexcept {
 }
 
 BIBStringAtom* AtomTable::Create(std::string_view text, std::size_t hash) {
-    void* const block = AllocBlock(sizeof(BIBStringAtom) + text.size() + 1, BlockUse::kResident);
+    void* const block = AllocResident(sizeof(BIBStringAtom) + text.size() + 1);
     if (!block) {
         throw std::bad_alloc();
     }
@@ -183,7 +183,7 @@ void AtomTable::Evict(BIBStringAtom& atom) noexcept {
     }
     *link = atom.fNextInBucket;
     --fCount;
-    FreeBlock(&atom);
+    FreeResident(&atom);
 }
 
 void AtomTable::MakeImmortal(BIBStringAtom& atom) noexcept {

@@ -7,7 +7,7 @@
 #include <mutex>
 
 #include "api/BIBCacheInterface.h"
-#include "runtime/Memory.h"
+#include "runtime/Container.h"
 
 namespace bibrt {
 

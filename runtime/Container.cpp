@@ -47,6 +47,18 @@ long TakeRef(BIBContainer* container) noexcept {
 
 } // namespace
 
+void CallDeleteProc(void (*proc)(void*), void* data) noexcept {
+    if (!proc) {
+        return;
+    }
+    Doomed const waiting = std::exchange(gDoomed, {});
+    try {
+        proc(data);
+    } catch (...) { // NOLINT(bugprone-empty-catch)
+    }
+    gDoomed = waiting;
+}
+
 bool AddContainerRef(BIBContainer* container) noexcept {
     if (!container || container->fIsInvalid) {
         return false;

@@ -71,6 +71,11 @@ void DestroyAs(BIBContainer* container) noexcept {
     DeleteObject(static_cast<T*>(container));
 }
 
+// Calls a caller's procedure that frees data; accepts a null proc. What the procedure releases is
+// destroyed before that release returns, as it expects. An exception of it goes no further: half a
+// destruction would leave more behind than the exception could tell.
+void CallDeleteProc(void (*proc)(void*), void* data) noexcept;
+
 // Adds a reference. False for null and for an invalid container.
 bool AddContainerRef(BIBContainer* container) noexcept;
 

@@ -8,7 +8,6 @@ namespace {
 
 struct alignas(std::max_align_t) BlockHeader {
     std::size_t fSize;
-    BlockUse fUse;
 };
 
 // Sanitized allocators stop the program for sizes from twice this on instead of giving null.
@@ -33,18 +32,28 @@ void* RawRealloc(void* old, std::size_t size) noexcept {
     if (gAllocationPoint.Attempt() || size > kMaxBlock) {
         return nullptr;
     }
-    return std::realloc(
-        old, size + sizeof(BlockHeader)); // NOLINT(bugprone-suspicious-realloc-usage)
+    return std::realloc(old, size + sizeof(BlockHeader));
 }
 
 } // namespace
 
-void* AllocBlock(std::size_t size, BlockUse use) noexcept {
+void* AllocBlock(std::size_t size) noexcept {
     void* const raw = RawRealloc(nullptr, size);
-    if (!raw || use == BlockUse::kResident) {
+    if (!raw) {
         CountEnd();
+        return nullptr;
     }
-    return raw ? new (raw) BlockHeader{size, use} + 1 : nullptr;
+    return new (raw) BlockHeader{size} + 1;
+}
+
+void* AllocResident(std::size_t size) noexcept {
+    void* const block = RawRealloc(nullptr, size);
+    CountEnd();
+    return block;
+}
+
+void FreeResident(void* block) noexcept {
+    std::free(block);
 }
 
 void* ReallocBlock(void* block, std::size_t size) noexcept {
@@ -65,11 +74,8 @@ void FreeBlock(void* block) noexcept {
     if (!block) {
         return;
     }
-    BlockHeader* const header = HeaderOf(block);
-    if (header->fUse == BlockUse::kCaller) {
-        CountEnd();
-    }
-    std::free(header);
+    CountEnd();
+    std::free(HeaderOf(block));
 }
 
 std::size_t BlockSize(void const* block) noexcept {
@@ -86,16 +92,6 @@ unsigned long CountLiveBlocks() noexcept {
 
 FailurePoint& AllocationPoint() noexcept {
     return gAllocationPoint;
-}
-
-void CallDeleteProc(void (*proc)(void*), void* data) noexcept {
-    if (!proc) {
-        return;
-    }
-    try {
-        proc(data);
-    } catch (...) { // NOLINT(bugprone-empty-catch)
-    }
 }
 
 } // namespace bibrt

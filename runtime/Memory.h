@@ -1,7 +1,6 @@
 // The one allocator of the runtime: everything that it makes for callers and for its own tables.
-//
-// Each block carries its size in front. Blocks of callers count as live; resident blocks, which
-// hold what the runtime keeps until the process ends, do not. Thread safe.
+// Blocks of callers carry their size in front and count as live. Resident blocks, which hold what
+// the runtime keeps until the process ends, do neither. Thread safe.
 #pragma once
 
 #include <cstddef>
@@ -15,12 +14,9 @@
 
 namespace bibrt {
 
-// Whether a block counts as live.
-enum class BlockUse : unsigned long { kCaller, kResident };
-
 // A block of size bytes, aligned for every type; null when memory runs out and for a size that no
 // machine has.
-void* AllocBlock(std::size_t size, BlockUse use = BlockUse::kCaller) noexcept;
+void* AllocBlock(std::size_t size) noexcept;
 
 // Moves block (null: a new one) to one of size bytes and keeps the contents that fit. Null when
 // memory runs out, and then block is untouched.
@@ -32,11 +28,19 @@ void FreeBlock(void* block) noexcept;
 // The size that was asked for; 0 for null.
 std::size_t BlockSize(void const* block) noexcept;
 
+// The same for resident blocks, each known by its first byte: so leak checkers see that they are
+// held.
+void* AllocResident(std::size_t size) noexcept;
+void FreeResident(void* block) noexcept;
+
 // The blocks that count as live.
 unsigned long CountLiveBlocks() noexcept;
 
 // Where allocations are counted and made to fail.
 FailurePoint& AllocationPoint() noexcept;
+
+// Whose a block is.
+enum class BlockUse { kCaller, kResident };
 
 // Gives standard containers the allocator. Throws std::bad_alloc.
 template <class T, BlockUse kUse>
@@ -56,17 +60,24 @@ public:
     // and any type, pointers among them.
     T* allocate(std::size_t count) {
         void* const block =
-            count <= std::size_t(-1) / sizeof(T) ? AllocBlock(count * sizeof(T), kUse) : nullptr;
+            count <= std::size_t(-1) / sizeof(T) ? Alloc(count * sizeof(T)) : nullptr;
         if (!block) {
             throw std::bad_alloc();
         }
         return static_cast<T*>(block);
     }
-    void deallocate(T* block, std::size_t) noexcept { FreeBlock(block); }
+    void deallocate(T* block, std::size_t) noexcept {
+        kUse == BlockUse::kCaller ? FreeBlock(block) : FreeResident(block);
+    }
     // NOLINTEND(readability-identifier-naming, bugprone-sizeof-expression)
 
     friend bool operator==(TrackedAllocator const&, TrackedAllocator const&) noexcept {
         return true;
+    }
+
+private:
+    static void* Alloc(std::size_t size) noexcept {
+        return kUse == BlockUse::kCaller ? AllocBlock(size) : AllocResident(size);
     }
 };
 
@@ -118,9 +129,5 @@ void DeleteObject(T* object) noexcept {
         FreeBlock(object);
     }
 }
-
-// Calls a caller's procedure that frees data; accepts a null proc. An exception of it goes no
-// further: half a destruction would leave more behind than the exception could tell.
-void CallDeleteProc(void (*proc)(void*), void* data) noexcept;
 
 } // namespace bibrt

@@ -27,9 +27,10 @@ void AppendIndent(String& out, std::size_t depth) {
 }
 
 void AppendOctal(String& out, unsigned char byte) {
+    static constexpr char kOctalDigits[] = "01234567";
     out.push_back('\\');
-    for (unsigned shift = 6; shift <= 6; shift -= 3) {
-        out.push_back(static_cast<char>('0' + ((byte >> shift) & 7U)));
+    for (int shift = 6; shift >= 0; shift -= 3) {
+        out.push_back(kOctalDigits[(byte >> shift) & 7]);
     }
 }
 

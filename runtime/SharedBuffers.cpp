@@ -1,6 +1,7 @@
 #include "runtime/SharedBuffers.h"
 
 #include "runtime/Boundary.h"
+#include "runtime/Container.h"
 #include "runtime/Memory.h"
 #include "runtime/Tables.h"
 

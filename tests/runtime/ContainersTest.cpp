@@ -201,6 +201,30 @@ TEST_F(ContainersTest, AnInstanceThatFailsToBecomeAContainerStaysTheHosts) {
     EXPECT_EQ(deleted, 0);
 }
 
+// An instance that holds a container, which must be gone when its release returns.
+struct Holder {
+    BIBContainer* fHeld;
+    int* fDeletedOfHeld;
+    int fSeen = 0;
+};
+
+void ReleaseHeld(void* holder) {
+    auto* const self = static_cast<Holder*>(holder);
+    Containers().Release(self->fHeld);
+    self->fSeen = *self->fDeletedOfHeld;
+}
+
+TEST_F(ContainersTest, ReleaseWithinADeleteProcedureDestroysAtOnce) {
+    int deleted = 0;
+    Holder holder = {New(deleted), &deleted};
+    Containers().AddRef(holder.fHeld);
+    BIBContainer* outer = nullptr;
+    TakeMessage(Containers().NewContainer(&outer, nullptr));
+    TakeMessage(Containers().RegisterInstance(outer, &holder, Atom("Holder"), &ReleaseHeld));
+    Containers().DeleteUnownedContainer(outer);
+    EXPECT_EQ(holder.fSeen, 1);
+}
+
 TEST_F(ContainersTest, AThrowingDeleteProcedureStopsNothing) {
     int deleted = 0;
     {

@@ -159,7 +159,7 @@ TEST_F(PosDictTest, RemovingAndPuttingAKeyNeedsNoMemory) {
     }
 }
 
-TEST_F(PosDictTest, EmptyingFromTheFrontIsNotQuadratic) {
+TEST_F(PosDictTest, EmptiesFromTheFrontKeyByKey) {
     constexpr int kMany = 200000;
     Fill(kMany);
     Held const cursor(Cursors().NewPOSDictIterator(fDict));

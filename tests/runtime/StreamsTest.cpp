@@ -16,14 +16,14 @@ constexpr int kEnd = kBIBSeekFromEnd;
 // A file that goes with the test.
 class TemporaryFile {
 public:
-    TemporaryFile() { ::close(::mkstemp(fPath)); }
+    TemporaryFile() { ::close(::mkstemp(fPath.data())); }
     TemporaryFile(TemporaryFile const&) = delete;
     TemporaryFile& operator=(TemporaryFile const&) = delete;
-    ~TemporaryFile() { std::remove(fPath); }
-    char const* Path() const { return fPath; }
+    ~TemporaryFile() { std::remove(fPath.c_str()); }
+    char const* Path() const { return fPath.c_str(); }
 
 private:
-    char fPath[32] = "/tmp/streams-test-XXXXXX";
+    std::string fPath = ::testing::TempDir() + "streams-test-XXXXXX";
 };
 
 // A host's data: bytes, a position, and what was called.
@@ -209,10 +209,11 @@ TEST_F(StreamsTest, BufferStreamKeepsItsBufferAndCannotBeWritten) {
 
 TEST_F(StreamsTest, FilesThatCannotBeOpenedAreNamedInTheError) {
     std::string message;
-    EXPECT_EQ(OpenFile("/nowhere/file", /*writable=*/false, &message), nullptr);
-    EXPECT_EQ(message, "/nowhere/file: cannot open: No such file or directory");
-    EXPECT_EQ(OpenFile("/tmp", /*writable=*/false, &message), nullptr);
-    EXPECT_EQ(message, "/tmp: cannot open: Is a directory");
+    EXPECT_EQ(OpenFile("missing/file", /*writable=*/false, &message), nullptr);
+    EXPECT_EQ(message, "missing/file: cannot open: No such file or directory");
+    std::string const folder = ::testing::TempDir();
+    EXPECT_EQ(OpenFile(folder.c_str(), /*writable=*/false, &message), nullptr);
+    EXPECT_EQ(message, folder + ": cannot open: Is a directory");
     TemporaryFile const file;
     Held const stream(OpenFile(file.Path(), /*writable=*/false));
     EXPECT_EQ(
