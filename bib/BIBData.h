@@ -41,4 +41,12 @@ struct TInterfaceConstructor<_t_BIBDataStoreInterface> {
     InitProc(BIBContainer const* container, int mustExist, _t_BIBDataStoreInterface* table);
 };
 
+// Defined with the other static objects: their order matters.
+template <>
+TDelVTabList<_t_BIBDataStoreInterface> TBIB2VTabList<BIBDataStoreInterface>::fVTabList;
+template <>
+TDelVTabList<_t_BIBSizedDataStoreInterface> TBIB2VTabList<BIBSizedDataStoreInterface>::fVTabList;
+template <>
+TDelVTabList<_t_BIBDataBlockStreamInterface> TBIB2VTabList<BIBDataBlockStreamInterface>::fVTabList;
+
 } // namespace BIB_T_NMT
