@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdint>
+#include <cstdlib>
 #include <limits>
 #include <string_view>
 
@@ -29,50 +30,99 @@ bool IsHexReal(std::string_view text) noexcept {
     return IsHexInteger(text) || isFraction;
 }
 
-// A number out of range is an infinity or nothing, and which of the two, the place of its first
-// digit and its exponent decide. The exponent may itself be out of any range.
-bool IsLarge(std::string_view digits, bool isHex) noexcept {
-    std::size_t const mark = digits.find_first_of(isHex ? "pP" : "eE");
-    std::string_view const mantissa = digits.substr(0, mark);
-    std::size_t const point = std::min(mantissa.find('.'), mantissa.size());
-    std::size_t const first = mantissa.find_first_not_of("0.");
-    if (mark == std::string_view::npos) {
-        return first < point;
+bool IsDigit(char c) noexcept {
+    return c >= '0' && c <= '9';
+}
+
+// How much of text, from start on, is digits.
+std::size_t EndOfDigits(std::string_view text, std::size_t start) noexcept {
+    return std::min(text.find_first_not_of("0123456789", start), text.size());
+}
+
+// The head of text that is one hexadecimal number: digits with at most one point, and a complete
+// exponent. std::from_chars takes more for one.
+std::string_view CutHexNumber(std::string_view text) noexcept {
+    std::size_t const point = text.find('.');
+    std::size_t end = 0;
+    while (end < text.size() && (IsHexDigit(text[end]) || end == point)) {
+        ++end;
     }
-    std::string_view exponent = digits.substr(mark + 1);
+    std::string_view const rest = text.substr(end);
+    if (rest.starts_with('p') || rest.starts_with('P')) {
+        bool const isSigned = rest.size() > 1 && (rest[1] == '+' || rest[1] == '-');
+        std::size_t const first = isSigned ? 2 : 1;
+        bool const isComplete = first < rest.size() && IsDigit(rest[first]);
+        end += isComplete ? EndOfDigits(rest, first) : 0;
+    }
+    return text.substr(0, end);
+}
+
+// No number is so long that its digits could make up for an exponent this far from zero.
+constexpr std::int64_t kFarExponent = std::int64_t{1} << 29;
+
+// The exponent of a number, within one of kFarExponent; 0 when it has none.
+std::int64_t ExponentOf(std::string_view number, bool isHex) noexcept {
+    std::size_t const mark = number.find_first_of(isHex ? "pP" : "eE");
+    if (mark == std::string_view::npos) {
+        return 0;
+    }
+    std::string_view exponent = number.substr(mark + 1);
     exponent.remove_prefix(exponent.starts_with('+') ? 1 : 0);
     std::int64_t power = 0;
     auto const result = std::from_chars(exponent.data(), exponent.data() + exponent.size(), power);
+    constexpr std::int64_t kEnd = kFarExponent + 1;
     if (result.ec == std::errc::result_out_of_range) {
-        return !exponent.starts_with('-');
+        return exponent.starts_with('-') ? -kEnd : kEnd;
     }
-    auto const places = static_cast<std::int64_t>(point) - static_cast<std::int64_t>(first);
-    return power / (isHex ? 4 : 1) + places > 0;
+    return std::clamp(power, -kEnd, kEnd);
 }
 
-ScannedNumber ScanReal(std::string_view token) noexcept {
-    bool const isNegative = token.starts_with('-');
-    std::string_view const unsignedToken = token.substr(isNegative ? 1 : 0);
-    bool const isHex = IsHexReal(unsignedToken);
-    std::string_view const digits = unsignedToken.substr(isHex ? 2 : 0);
-    if (digits.starts_with('-')) {
-        return {0, 0};
+// A number out of range is an infinity or nothing, and which of the two, the place of its first
+// digit and its exponent decide.
+double OutOfRangeValue(std::string_view number, bool isHex) noexcept {
+    std::string_view const mantissa = number.substr(0, number.find_first_of(isHex ? "pP" : "eE"));
+    std::size_t const point = std::min(mantissa.find('.'), mantissa.size());
+    std::size_t const first = mantissa.find_first_not_of("0.");
+    if (first == std::string_view::npos) {
+        return 0.0;
     }
+    auto const places = static_cast<std::int64_t>(point) - static_cast<std::int64_t>(first);
+    bool const isLarge = ExponentOf(number, isHex) + places * (isHex ? 4 : 1) > 0;
+    return isLarge ? std::numeric_limits<double>::infinity() : 0.0;
+}
+
+// Reads the unsigned number at the head of text; the size is 0 when there is none.
+ScannedNumber ScanMagnitude(std::string_view text, bool isHex) noexcept {
+    std::string_view const number = isHex ? CutHexNumber(text) : text;
+    char const* const begin = number.data();
+    auto const format = isHex ? std::chars_format::hex : std::chars_format::general;
     double value = 0;
-    auto const result = std::from_chars(
-        digits.data(),
-        digits.data() + digits.size(),
-        value,
-        isHex ? std::chars_format::hex : std::chars_format::general);
+    auto const result = std::from_chars(begin, begin + number.size(), value, format);
     if (result.ec == std::errc::invalid_argument) {
         return {0, 0};
     }
-    if (result.ec == std::errc::result_out_of_range) {
-        std::string_view const number(
-            digits.data(), static_cast<std::size_t>(result.ptr - digits.data()));
-        value = IsLarge(number, isHex) ? std::numeric_limits<double>::infinity() : 0.0;
+    auto const size = static_cast<std::size_t>(result.ptr - begin);
+    // Far exponents wrap around in std::from_chars for hexadecimal numbers.
+    bool const isFar = isHex && std::abs(ExponentOf(number, isHex)) > kFarExponent;
+    if (isFar || result.ec == std::errc::result_out_of_range) {
+        value = OutOfRangeValue(number.substr(0, size), isHex);
     }
-    return {isNegative ? -value : value, static_cast<unsigned long>(result.ptr - token.data())};
+    return {value, size};
+}
+
+ScannedNumber ScanReal(std::string_view token) noexcept {
+    std::size_t const sign = token.starts_with('-') ? 1 : 0;
+    std::string_view const unsignedToken = token.substr(sign);
+    std::size_t const prefix = IsHexReal(unsignedToken) ? 2 : 0;
+    std::string_view const digits = unsignedToken.substr(prefix);
+    if (digits.starts_with('-')) {
+        return {0, 0};
+    }
+    ScannedNumber const magnitude = ScanMagnitude(digits, prefix != 0);
+    if (magnitude.fSize == 0) {
+        return {0, 0};
+    }
+    return {sign != 0 ? -magnitude.fValue : magnitude.fValue, sign + prefix + magnitude.fSize};
 }
 
 // The value with its sign, kept within the range of long.

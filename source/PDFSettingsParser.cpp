@@ -55,10 +55,10 @@ private:
         return size + kTerminatorSize;
     }
 
-    // A short read ends it. A stream that gives more than it measured is not asked for it.
+    // A short read ends it. A stream is never asked for more than it measured, nor for nothing.
     void Read(CBIBPositionableStream const& stream) {
         unsigned long bytesRead = kReadChunk;
-        for (unsigned long offset = 0; bytesRead >= kReadChunk && offset <= fSize;
+        for (unsigned long offset = 0; bytesRead >= kReadChunk && offset < fSize;
              offset += kReadChunk) {
             unsigned long const wanted = std::min(kReadChunk, fSize - offset);
             bytesRead = stream.Read(static_cast<void*>(Begin() + offset), wanted);

@@ -93,10 +93,28 @@ TEST(JoboptionsNumber, ReadsAsTheCLibraryDoesInItsOwnLocale) {
           "100000000000000000000000.0e-340",
           "1.7976931348623157e308.",
           "1.7976931348623159e308.",
+          "0x1.0p+-4",
+          "-0x.8P+-3",
+          "0x1.p++1",
+          "0x1.p-",
+          "0x1.8.p1",
+          "1.0e+-4",
+          "1.e9223372036854775807",
+          "0.1e-9223372036854775808",
+          "100000000000000000000.e9223372036854775800",
+          "0.0001e-9223372036854775806",
+          "0x1.0p9223372036854775807",
+          "0x0.01p-9223372036854775808",
+          "0x0.0p2147483630",
           "123456789012345678901234567890.5",
           "0000000000000000000000.5"}) {
         ExpectSame(token);
     }
+}
+
+TEST(JoboptionsNumber, BearsExponentsThatWrapAroundElsewhere) {
+    ExpectSame("0x0." + std::string(250, '0') + "1p2147483630");
+    ExpectSame("0x0." + std::string(250, '0') + "1p-2147483630");
 }
 
 TEST(JoboptionsNumber, AgreesWithTheCLibraryOnRandomTokens) {
