@@ -36,11 +36,11 @@ Ref<BIBPositionableStream> MakeStream(Bindings const& tables, std::string_view b
 // The settings go before the component that they need.
 struct Settings::State {
     State(std::shared_ptr<detail::RunningComponent> owner, ::PDFSettings* made)
-        : running(std::move(owner)),
-          settings(detail::Share(running->Tables(), made)) {}
+        : fRunning(std::move(owner)),
+          fSettings(detail::Share(fRunning->Tables(), made)) {}
 
-    std::shared_ptr<detail::RunningComponent> running;
-    Ref<::PDFSettings> settings;
+    std::shared_ptr<detail::RunningComponent> fRunning;
+    Ref<::PDFSettings> fSettings;
 };
 
 Settings::Settings(std::unique_ptr<State> state) : fState(std::move(state)) {}
@@ -69,10 +69,10 @@ Settings Settings::FromValues(
 }
 
 Dictionary Settings::Values() const {
-    Bindings const& tables = fState->running->Tables();
+    Bindings const& tables = fState->fRunning->Tables();
     Ref<POSDict> const dict =
         detail::Share(tables, ReportedCall("GetSettings", [&] {
-                          return tables.settings.GetSettings(fState->settings.get());
+                          return tables.settings.GetSettings(fState->fSettings.get());
                       }));
     return detail::ReadValues(tables, dict.get());
 }

@@ -39,8 +39,8 @@ std::string MessageWithout(char const* operation) {
 
 TEST(Bindings, AMissingRowIsNamed) {
     struct {
-        char const* missing;
-        char const* message;
+        char const* fMissing;
+        char const* fMessage;
     } const cases[] = {
         {nullptr, "all rows were found"},
         {"GetOffsetToPrimaryInstance",

@@ -56,8 +56,8 @@ TEST(Component, RunsUntilTheLastSettingsAreGone) {
 
 TEST(Component, AFileThatIsNoComponentIsRefused) {
     struct {
-        char const* path;
-        char const* message;
+        char const* fPath;
+        char const* fMessage;
     } const cases[] = {
         {"/no/such/file.so", "cannot load the settings component: /no/such/file.so: "},
         {"/dev/null", "cannot load the settings component: /dev/null: "},

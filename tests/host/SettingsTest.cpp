@@ -56,8 +56,8 @@ Dictionary OneEntry(std::string const& key, Value value) {
 
 TEST_F(SettingsTest, EachKindOfValueIsRead) {
     struct {
-        char const* text;
-        Value expected;
+        char const* fText;
+        Value fExpected;
     } const cases[] = {
         {"/All", Word{"All"}},
         {"/\xFF\x01", Word{"\xFF\x01"}},
@@ -122,9 +122,9 @@ TEST_F(SettingsTest, EachKindOfValuePassesThroughTheComponent) {
 
 TEST_F(SettingsTest, ATextThatWouldBeCutShortIsRefused) {
     struct {
-        char const* where;
-        Dictionary values;
-        char const* message;
+        char const* fWhere;
+        Dictionary fValues;
+        char const* fMessage;
     } const cases[] = {
         {"key", OneEntry("a\0b"s, 1.0), "a text of this kind cannot hold a NUL byte"},
         {"word", OneEntry("a", Word{"a\0b"s}), "a text of this kind cannot hold a NUL byte"},

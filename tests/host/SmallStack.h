@@ -9,7 +9,7 @@
 inline void OnSmallStack(std::function<void()> work) {
     pthread_attr_t attributes;
     pthread_attr_init(&attributes);
-    ASSERT_EQ(pthread_attr_setstacksize(&attributes, 512 * 1024), 0);
+    ASSERT_EQ(pthread_attr_setstacksize(&attributes, 512UL * 1024), 0);
     pthread_t thread = 0;
     auto const run = [](void* argument) -> void* {
         (*static_cast<std::function<void()>*>(argument))();

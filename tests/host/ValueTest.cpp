@@ -74,9 +74,9 @@ TEST(Value, EqualOnlyToItsOwnKind) {
 
 TEST(Value, UnequalWhereContentsDiffer) {
     struct {
-        char const* what;
-        Value left;
-        Value right;
+        char const* fWhat;
+        Value fLeft;
+        Value fRight;
     } const cases[] = {
         {"array size", Array::Of({1.0}), Array::Of({1.0, 1.0})},
         {"array order", Array::Of({1.0, 2.0}), Array::Of({2.0, 1.0})},
@@ -165,8 +165,8 @@ TEST(Path, FindsByKeysAndPositions) {
     settings.Set("/Slash", OneEntry("/In", 9.0));
     settings.Set("", 10.0);
     struct {
-        char const* path;
-        double expected; // 0: nothing is found
+        char const* fPath;
+        double fExpected; // 0: nothing is found
     } const cases[] = {
         {"Plain", 1},
         {"Image/QFactor", 0.5},

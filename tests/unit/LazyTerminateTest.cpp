@@ -1,6 +1,7 @@
 #include "bib/LazyTerminate.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -109,24 +110,24 @@ TEST(LazyTerminate, HoldsTheClientsCachesNewestFirst) {
 TEST(DoubleLinkedList, LinksAtBothEndsAndUnlinksAnywhere) {
     Element::List list{};
     EXPECT_EQ(nullptr, list.GetLastElement());
-    auto first = std::make_unique<Element>(list);
-    auto head = std::make_unique<Element>(list);
-    auto last = std::make_unique<Element>(list, /*atEnd=*/true);
-    EXPECT_EQ((std::vector{head.get(), first.get(), last.get()}), ElementsOf(list));
-    EXPECT_EQ(last.get(), list.GetLastElement());
+    std::optional<Element> first(std::in_place, list);
+    std::optional<Element> head(std::in_place, list);
+    Element last(list, /*atEnd=*/true);
+    EXPECT_EQ((std::vector{&*head, &*first, &last}), ElementsOf(list));
+    EXPECT_EQ(&last, list.GetLastElement());
     first->Remove();
-    EXPECT_EQ((std::vector{head.get(), last.get()}), ElementsOf(list));
+    EXPECT_EQ((std::vector{&*head, &last}), ElementsOf(list));
     first->Add(/*atEnd=*/true);
-    EXPECT_EQ((std::vector{head.get(), last.get(), first.get()}), ElementsOf(list));
+    EXPECT_EQ((std::vector{&*head, &last, &*first}), ElementsOf(list));
     head.reset();
     first.reset();
-    EXPECT_EQ(std::vector{last.get()}, ElementsOf(list));
+    EXPECT_EQ(std::vector{&last}, ElementsOf(list));
     EXPECT_EQ(1U, list.GetElementCount());
 }
 
 TEST(DoubleLinkedList, ForgetsItsElementsWithoutTouchingThem) {
     Element::List list{};
-    auto const kept = std::make_unique<Element>(list);
+    Element const kept(list);
     list.ForgetElements();
     EXPECT_EQ(nullptr, list.GetFirstElement());
     EXPECT_EQ(1U, list.GetElementCount());

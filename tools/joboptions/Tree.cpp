@@ -50,10 +50,10 @@ bool IsFlatArray(Value const& value) {
 
 // A line that waits to be written.
 struct Line {
-    std::string label;
-    Value const* value;
-    std::size_t indent;
-    std::size_t labelWidth; // that of all labels beside it
+    std::string fLabel;
+    Value const* fValue;
+    std::size_t fIndent;
+    std::size_t fLabelWidth; // that of all labels beside it
 };
 
 // Writes lines from a list, the last one first, so that no nesting is too deep.
@@ -108,24 +108,26 @@ private:
         auto const first = fLines.begin() + static_cast<std::ptrdiff_t>(begin);
         std::size_t widest = 0;
         for (auto line = first; line != fLines.end(); ++line) {
-            widest = std::max(widest, DisplayWidth(line->label));
+            widest = std::max(widest, DisplayWidth(line->fLabel));
         }
         for (auto line = first; line != fLines.end(); ++line) {
-            line->labelWidth = std::min(widest, kWidestColumn);
+            line->fLabelWidth = std::min(widest, kWidestColumn);
         }
         std::reverse(first, fLines.end());
     }
 
     void WriteLine(Line const& line) {
-        std::size_t const begin = line.indent + std::max(line.labelWidth, DisplayWidth(line.label));
-        if (IsCollection(*line.value) && !IsEmpty(*line.value) && !FitsBehind(begin, *line.value)) {
-            fText += std::string(line.indent, ' ') + Key(line.label) + "\n";
-            PushNested(*line.value, line.indent + kIndentStep);
+        std::size_t const begin =
+            line.fIndent + std::max(line.fLabelWidth, DisplayWidth(line.fLabel));
+        if (IsCollection(*line.fValue) && !IsEmpty(*line.fValue) &&
+            !FitsBehind(begin, *line.fValue)) {
+            fText += std::string(line.fIndent, ' ') + Key(line.fLabel) + "\n";
+            PushNested(*line.fValue, line.fIndent + kIndentStep);
             return;
         }
-        fText += std::string(line.indent, ' ') + Key(line.label) +
-                 std::string(begin - line.indent - DisplayWidth(line.label), ' ') + "  " +
-                 OneLine(*line.value) + "\n";
+        fText += std::string(line.fIndent, ' ') + Key(line.fLabel) +
+                 std::string(begin - line.fIndent - DisplayWidth(line.fLabel), ' ') + "  " +
+                 OneLine(*line.fValue) + "\n";
     }
 
     static bool FitsBehind(std::size_t begin, Value const& value) {

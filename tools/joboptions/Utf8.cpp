@@ -50,6 +50,17 @@ bool IsControl(unsigned codePoint) {
     return codePoint < 0x20 || (codePoint >= 0x7F && codePoint < 0xA0);
 }
 
+// Adds a character as it stands, or its bytes as escapes if a terminal must not see them.
+void AppendVisible(std::string& visible, Character const& character) {
+    if (character.isPrintable) {
+        visible += character.bytes;
+        return;
+    }
+    for (char const byte : character.bytes) {
+        fmt::format_to(std::back_inserter(visible), "\\{:03o}", Byte(byte));
+    }
+}
+
 } // namespace
 
 Character FirstCharacter(std::string_view text) {
@@ -76,13 +87,7 @@ std::string VisibleText(std::string_view text) {
     std::string visible;
     while (!text.empty()) {
         Character const character = FirstCharacter(text);
-        if (character.isPrintable) {
-            visible += character.bytes;
-        } else {
-            for (char const byte : character.bytes) {
-                fmt::format_to(std::back_inserter(visible), "\\{:03o}", Byte(byte));
-            }
-        }
+        AppendVisible(visible, character);
         text.remove_prefix(character.bytes.size());
     }
     return visible;
