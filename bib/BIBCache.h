@@ -6,7 +6,7 @@
 
 namespace BIB_T_NMT {
 
-BIB_DECLARE_INTERFACE(BIBCacheInterface, BIBCacheTraits, BIB_CACHE_INTERFACE_ROWS);
+BIB_DECLARE_INTERFACE(BIBCacheInterface, BIBCacheTraits, BIB_CACHE_INTERFACE_ROWS, 23);
 
 // The cache service. No instances.
 class CBIBCache {

@@ -13,7 +13,7 @@
 
 namespace BIB_T_NMT {
 
-BIB_DECLARE_INTERFACE(BIBContainerInterface, BIBContainerTraits, BIB_CONTAINER_INTERFACE_ROWS);
+BIB_DECLARE_INTERFACE(BIBContainerInterface, BIBContainerTraits, BIB_CONTAINER_INTERFACE_ROWS, 16);
 
 // Proof that static construction has run.
 class CBIBCPPCheck {

@@ -6,6 +6,6 @@
 
 namespace BIB_T_NMT {
 
-BIB_DECLARE_INTERFACE(BIBErrorInterface, BIBErrorTraits, BIB_ERROR_INTERFACE_ROWS);
+BIB_DECLARE_INTERFACE(BIBErrorInterface, BIBErrorTraits, BIB_ERROR_INTERFACE_ROWS, 8);
 
 } // namespace BIB_T_NMT

@@ -75,11 +75,12 @@ typename Interface::proctable_type const* PeekProcs() {
 
 // NOLINTBEGIN(bugprone-macro-parentheses): the arguments are names
 
-// Declares the traits of the interface that is registered as #Interface and whose rows are ROWS.
-#define BIB_DECLARE_INTERFACE(Interface, Traits, ROWS) \
+// Declares the traits of the interface that is registered as #Interface and has rowCount rows,
+// ROWS.
+#define BIB_DECLARE_INTERFACE(Interface, Traits, ROWS, rowCount) \
     struct Traits { \
         using proctable_type = _t_##Interface; \
-        static constexpr unsigned long kRowCount = 0 ROWS(BIB_TABLE_COUNT); \
+        static constexpr unsigned long kRowCount = rowCount; \
         static char const* GetInterfaceName() noexcept { return #Interface; } \
         static _t_BIBFTabEntry const* GetRows() noexcept { \
             static constexpr _t_BIBFTabEntry kRows[] = {ROWS(BIB_TABLE_NAMES){"", ""}}; \

@@ -6,7 +6,7 @@
 
 namespace BIB_T_NMT {
 
-BIB_DECLARE_INTERFACE(BIBMemoryInterface, BIBMemoryTraits, BIB_MEMORY_INTERFACE_ROWS);
+BIB_DECLARE_INTERFACE(BIBMemoryInterface, BIBMemoryTraits, BIB_MEMORY_INTERFACE_ROWS, 4);
 
 // Blocks from the runtime. No instances.
 class CBIBMemory {

@@ -10,7 +10,8 @@
 
 namespace BIB_T_NMT {
 
-BIB_DECLARE_INTERFACE(BIBSharedBuffInterface, BIBSharedBuffTraits, BIB_SHARED_BUFF_INTERFACE_ROWS);
+BIB_DECLARE_INTERFACE(
+    BIBSharedBuffInterface, BIBSharedBuffTraits, BIB_SHARED_BUFF_INTERFACE_ROWS, 6);
 
 // The making of shared buffers. No instances.
 class CBIBSharedBuff {

@@ -6,6 +6,6 @@
 
 namespace BIB_T_NMT {
 
-BIB_DECLARE_INTERFACE(BIBStringInterface, BIBStringTraits, BIB_STRING_INTERFACE_ROWS);
+BIB_DECLARE_INTERFACE(BIBStringInterface, BIBStringTraits, BIB_STRING_INTERFACE_ROWS, 4);
 
 } // namespace BIB_T_NMT

@@ -12,7 +12,3 @@
 
 // A row of a list of names: { operation name, proc type name }.
 #define BIB_TABLE_NAMES(operation, procType) {#operation, #procType},
-
-// The number of rows, as `0 INTERFACE_ROWS(BIB_TABLE_COUNT)`.
-#define BIB_TABLE_COUNT(operation, procType) \
-    +1 // NOLINT(bugprone-macro-parentheses): terms of a sum
