@@ -3,10 +3,9 @@
 #include <fstream>
 #include <iterator>
 
-#include <pthread.h>
-
 #include "tests/support/Describe.h"
 #include "tests/support/Settings.h"
+#include "tests/support/SmallStack.h"
 
 namespace support {
 
@@ -241,39 +240,17 @@ TEST_F(JoboptionsReader, ReadsTheFilesOfARealConverter) {
     }
 }
 
-// Reads a text on a thread whose stack is as small as a host's may be.
 class JoboptionsReaderDepth : public JoboptionsReader {
 protected:
     bool ReadsOnASmallStack(std::string const& text) {
-        fText = &text;
-        pthread_attr_t attributes;
-        pthread_attr_init(&attributes);
-        pthread_attr_setstacksize(&attributes, kStackSize);
-        pthread_t thread = {};
-        EXPECT_EQ(0, pthread_create(&thread, &attributes, &Run, this));
-        pthread_join(thread, nullptr);
-        pthread_attr_destroy(&attributes);
-        return fIsRead;
+        bool isRead = false;
+        OnSmallStack([&] {
+            PDFSettings* const settings = NewSettings(text);
+            isRead = settings != nullptr;
+            Release(settings);
+        });
+        return isRead;
     }
-
-private:
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-    // The sanitizers' frames are several times as large.
-    static constexpr unsigned long kStackSize = 4UL * 512 * 1024;
-#else
-    static constexpr unsigned long kStackSize = 512UL * 1024;
-#endif
-
-    static void* Run(void* test) {
-        auto* const self = static_cast<JoboptionsReaderDepth*>(test);
-        PDFSettings* const settings = self->NewSettings(*self->fText);
-        self->fIsRead = settings != nullptr;
-        self->Release(settings);
-        return nullptr;
-    }
-
-    std::string const* fText = nullptr;
-    bool fIsRead = false;
 };
 
 TEST_F(JoboptionsReaderDepth, BearsAThousandLevels) {

@@ -1,9 +1,9 @@
 #include "host/Settings.h"
 
-#include "SmallStack.h"
 #include "host/Component.h"
 #include "host/Error.h"
 #include "host/Path.h"
+#include "tests/support/SmallStack.h"
 
 #include <gtest/gtest.h>
 #include <optional>
@@ -147,7 +147,7 @@ TEST_F(SettingsTest, AThousandLevelsAreReadOnASmallStack) {
     }
     std::string const text = "/Deep " + opening + "7 " + closing;
     std::optional<Dictionary> values;
-    OnSmallStack([&] { values = Read(text); });
+    support::OnSmallStack([&] { values = Read(text); });
     Value const* const innermost = Find(*values, "Deep" + path);
     ASSERT_NE(innermost, nullptr);
     EXPECT_EQ(*innermost, Value(7.0));
@@ -155,7 +155,7 @@ TEST_F(SettingsTest, AThousandLevelsAreReadOnASmallStack) {
 
 TEST_F(SettingsTest, DeepValuesPassThroughTheComponent) {
     std::optional<bool> equal;
-    OnSmallStack([&] {
+    support::OnSmallStack([&] {
         Value value = 1.0;
         for (int level = 0; level < 20'000; ++level) {
             Array array;

@@ -1,7 +1,7 @@
 #include "host/Value.h"
 
-#include "SmallStack.h"
 #include "host/Path.h"
+#include "tests/support/SmallStack.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
@@ -140,7 +140,7 @@ TEST(Value, AMovedFromCollectionIsEmpty) {
 TEST(Value, DeepNestingTakesNoStack) {
     bool equal = false;
     bool different = true;
-    OnSmallStack([&] {
+    support::OnSmallStack([&] {
         Value const value = Nested(20'000);
         Value const copy = value;
         equal = copy == value;

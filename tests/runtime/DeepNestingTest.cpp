@@ -1,33 +1,15 @@
 // A million levels on a small stack.
-#include <pthread.h>
-
 #include "RuntimeFixture.h"
+#include "tests/support/SmallStack.h"
 
 namespace runtimetest {
 namespace {
 
 constexpr int kLevels = 1000000;
-constexpr std::size_t kStackSize = 512UL * 1024;
-
-// Runs work on a thread with a small stack.
-void OnSmallStack(void (*work)()) {
-    auto const run = [](void* argument) -> void* {
-        (*static_cast<void (**)()>(argument))();
-        return nullptr;
-    };
-    pthread_attr_t attributes;
-    pthread_t thread = {};
-    ASSERT_EQ(pthread_attr_init(&attributes), 0);
-    ASSERT_EQ(pthread_attr_setstacksize(&attributes, kStackSize), 0);
-    ASSERT_EQ(pthread_create(&thread, &attributes, run, &work), 0);
-    ASSERT_EQ(pthread_join(thread, nullptr), 0);
-    pthread_attr_destroy(&attributes);
-}
-
 class DeepNestingTest : public RuntimeTest {};
 
 TEST_F(DeepNestingTest, DictionariesAreReadClonedComparedWrittenAndReleased) {
-    OnSmallStack([] {
+    support::OnSmallStack([] {
         std::string text;
         for (int i = 0; i < kLevels; ++i) {
             text += "< a ";
@@ -48,7 +30,7 @@ TEST_F(DeepNestingTest, DictionariesAreReadClonedComparedWrittenAndReleased) {
 }
 
 TEST_F(DeepNestingTest, ArraysBuiltByAppendingAreReleased) {
-    OnSmallStack([] {
+    support::OnSmallStack([] {
         POSObject* value = NewNumber(1);
         for (int i = 0; i < kLevels; ++i) {
             POSArray* const outer = Arrays().NewPOSArray();
@@ -60,7 +42,7 @@ TEST_F(DeepNestingTest, ArraysBuiltByAppendingAreReleased) {
 }
 
 TEST_F(DeepNestingTest, AnUnclosedTextIsRefused) {
-    OnSmallStack([] {
+    support::OnSmallStack([] {
         std::string const text(kLevels, '[');
         char const* message = nullptr;
         EXPECT_EQ(Rows<_t_POSObjectStatics>().CreateFromText(text.c_str(), &message), nullptr);

@@ -18,14 +18,6 @@ using BIBSharedBufferHandle = support::BoundClientTest;
 
 constexpr unsigned long kTooMany = std::numeric_limits<unsigned long>::max() / 2 + 1;
 
-TEST_F(BIBMemoryBuffer, HasNoBlockForNoElements) {
-    Units const none(0);
-    EXPECT_EQ(nullptr, none.GetBuffer());
-    EXPECT_EQ(0U, none.GetSize());
-    EXPECT_EQ(nullptr, Units(nullptr, 0).GetBuffer());
-    EXPECT_EQ(nullptr, Units(none).GetBuffer());
-}
-
 TEST_F(BIBMemoryBuffer, CopiesAssignsAndHandsItsBlockOver) {
     unsigned short const source[] = {1, 2, 3};
     Units units(source, 3);

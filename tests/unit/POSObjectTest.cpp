@@ -66,22 +66,6 @@ TEST_F(POSHandles, SayWhatADowncastWasOf) {
     }
 }
 
-TEST_F(POSHandles, GiveBackWhatTheyWereMadeOf) {
-    EXPECT_EQ(1.5, static_cast<double>(CPOSNumber(1.5)));
-    EXPECT_STREQ("text", static_cast<char const*>(CPOSString("text")));
-    unsigned short const units[] = {0x41, 0xD83D, 0};
-    CPOSUnicodeString const string(units);
-    EXPECT_EQ(2U, string.GetLength());
-    EXPECT_EQ(0xD83D, string.Get()[1]);
-    EXPECT_EQ(0U, CPOSUnicodeString(units + 2).GetLength());
-    unsigned char const bytes[] = {0, 7};
-    CPOSBinData const data("Type", bytes, 2);
-    EXPECT_STREQ("Type", data.GetTypeName());
-    EXPECT_EQ(2U, data.GetSize());
-    EXPECT_EQ(7, data.GetBinData()[1]);
-    EXPECT_EQ(0U, CPOSBinData("Type", nullptr, 0).GetSize());
-}
-
 TEST_F(POSHandles, CloneAndCompare) {
     CPOSDict const dict;
     dict.Put("A", CPOSNumber(1.0));

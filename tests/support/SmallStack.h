@@ -2,8 +2,12 @@
 #pragma once
 
 #include <functional>
-#include <gtest/gtest.h>
+
 #include <pthread.h>
+
+#include <gtest/gtest.h>
+
+namespace support {
 
 // Runs work on a thread with 512 KiB of stack and waits for its end. work must not throw.
 inline void OnSmallStack(std::function<void()> work) {
@@ -19,3 +23,5 @@ inline void OnSmallStack(std::function<void()> work) {
     pthread_join(thread, nullptr);
     pthread_attr_destroy(&attributes);
 }
+
+} // namespace support
