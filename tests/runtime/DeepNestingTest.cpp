@@ -6,6 +6,7 @@ namespace runtimetest {
 namespace {
 
 constexpr int kLevels = 1000000;
+
 class DeepNestingTest : public RuntimeTest {};
 
 TEST_F(DeepNestingTest, DictionariesAreReadClonedComparedWrittenAndReleased) {
