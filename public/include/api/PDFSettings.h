@@ -26,8 +26,9 @@ __attribute__((visibility("default"))) long PDFSettingsGetVersion(void);
 // 0 on failure, and for every further call until PDFSettingsTerminate has run.
 __attribute__((visibility("default"))) int PDFSettingsInitialize(BIBLookupProc lookup);
 
-// Unregisters the tables and lets go of the runtime. Harmless without a start. Must not be called
-// after a start that failed before the runtime's BIBUnregisterInterface was found.
+// Unregisters the tables and lets go of the runtime. Harmless without a start. The runtime must
+// stay loaded until the component is unloaded, which calls it once more, with null. Must not be
+// called after a start that failed before the runtime's BIBUnregisterInterface was found.
 __attribute__((visibility("default"))) void PDFSettingsTerminate(void);
 
 #ifdef __cplusplus
