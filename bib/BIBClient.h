@@ -25,6 +25,7 @@ extern bool gFinishedInit;
 
 // Binds the client to the runtime behind lookup. True when it is bound, at once if it was already.
 // On false, and when a CBIBError passes out, the layer stays half bound: further calls give true.
+// Where no error table was ever bound that error is invalid, and not even its what() may be called.
 bool BIBClientInit(BIBLookupProc lookup);
 
 // Ends the binding. Does nothing when there is none. No handle may outlive it.
@@ -35,7 +36,8 @@ void BIBClientTerminate();
 void* BIBGetProcAddress(char const* interfaceName, char const* procName, char const* procType);
 
 // The runtime's procedures of the same names. REQUIRES: the first two, that the client is bound.
-// BIBReportError does nothing and gives 0 while it is not.
+// BIBReportError does nothing and gives 0 before the first start has found it; it stays known after
+// a stop.
 int BIBRegisterProcAddress(
     char const* interfaceName, char const* procName, char const* procType, void* proc);
 int BIBUnregisterInterface(char const* interfaceName);

@@ -97,7 +97,8 @@ inline void ThrowOnFailure(BIBError* status) {
     }
 }
 
-// Throws the CBIBError "Missing Interface", component "BIB".
+// Throws the CBIBError "Missing Interface", component "BIB"; where no error table was ever bound,
+// an invalid one, whose what() must not be called.
 [[noreturn]] void BIBThrowMissingInterfaceError();
 
 } // namespace BIB_T_NMT

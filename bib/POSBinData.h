@@ -14,7 +14,7 @@ public:
     // A new value. Throws CBIBError.
     CPOSBinData(char const* typeName, unsigned char const* data, unsigned long size);
 
-    // object as a binary data. Another type, and an invalid handle: an invalid handle if quiet,
+    // object as binary data. Another type, and an invalid handle: an invalid handle if quiet,
     // else POSException "downcast from CPOSObject to CPOSBinData failed".
     CPOSBinData(CPOSObject const& object, bool quiet);
 

@@ -14,7 +14,7 @@ public:
     // A new value. Throws CBIBError.
     explicit CPOSString(char const* text);
 
-    // object as a 8-bit string. Another type, and an invalid handle: an invalid handle if quiet,
+    // object as an 8-bit string. Another type, and an invalid handle: an invalid handle if quiet,
     // else POSException "downcast from CPOSObject to CPOSString failed".
     CPOSString(CPOSObject const& object, bool quiet);
 

@@ -32,10 +32,35 @@ std::u16string_view TextOf(CFStringRef string) noexcept {
     return static_cast<StringObject const*>(platform::AsObject(string))->Text();
 }
 
-std::u16string FromUnits(UInt8 const* bytes, std::size_t numBytes) {
+bool IsLead(char16_t unit) noexcept {
+    return unit >= 0xD800 && unit < 0xDC00;
+}
+
+bool IsTrail(char16_t unit) noexcept {
+    return unit >= 0xDC00 && unit < 0xE000;
+}
+
+// Whether every surrogate has its other half.
+bool IsPaired(std::u16string_view text) noexcept {
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        bool const isPair = IsLead(text[i]) && i + 1 < text.size() && IsTrail(text[i + 1]);
+        if (!isPair && (IsLead(text[i]) || IsTrail(text[i]))) {
+            return false;
+        }
+        i += isPair ? 1 : 0;
+    }
+    return true;
+}
+
+// A text with half a character is refused whole: cut short it would be another text, and as a path
+// another file.
+std::optional<std::u16string> FromUnits(UInt8 const* bytes, std::size_t numBytes) {
     std::u16string text(numBytes / sizeof(char16_t), u'\0');
     if (!text.empty()) {
         std::memcpy(text.data(), bytes, text.size() * sizeof(char16_t));
+    }
+    if (!IsPaired(text)) {
+        return std::nullopt;
     }
     return text;
 }
@@ -67,14 +92,6 @@ struct Encoded {
     std::size_t fSize;  // in bytes
     UInt8 fBytes[4];
 };
-
-bool IsLead(char16_t unit) noexcept {
-    return unit >= 0xD800 && unit < 0xDC00;
-}
-
-bool IsTrail(char16_t unit) noexcept {
-    return unit >= 0xDC00 && unit < 0xE000;
-}
 
 Encoded EncodeUTF8(std::u16string_view text) noexcept {
     Encoded result = {1, 0, {}};

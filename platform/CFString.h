@@ -17,8 +17,8 @@ inline constexpr CFStringEncoding kCFStringEncodingUTF8 = 134217984;
 
 // A new string of the decoded bytes, with one reference for the caller; null when memory runs out,
 // when the bytes are no text in encoding, and for an encoding other than the two above. The last
-// odd byte of UTF-16 is dropped, and unpaired surrogates are kept. isExternalRepresentation is not
-// looked at: a byte order mark is text.
+// odd byte of UTF-16 is dropped, and an unpaired surrogate makes it no text.
+// isExternalRepresentation is not looked at: a byte order mark is text.
 CFStringRef CFStringCreateWithBytes(
     CFAllocatorRef allocator,
     UInt8 const* bytes,

@@ -5,7 +5,9 @@
 #include "api/BIBTable.h"
 
 // Gives the procedure that is registered under all three texts, or null. The texts match exactly.
-// It must work from a client's start to the end of its stop.
+// It must work from a client's start to the end of its stop, and the procedures that it gave must
+// stay loaded until the client is unloaded. A client that is started again expects the same
+// runtime: it takes a table for current when the unregister counter has the value of its last load.
 typedef void* (*BIBLookupProc)(
     char const* interfaceName, char const* procName, char const* procType);
 
@@ -14,10 +16,10 @@ typedef void* (*BIBLookupProc)(
 typedef int (*BIBRegisterProcAddressProc)(
     char const* interfaceName, char const* procName, char const* procType, void* proc);
 
-// Shows a message to the host's error channel.
+// Shows a message to the host's error channel. The result is not looked at.
 typedef int (*BIBReportErrorProc)(char const* message);
 
-// Removes a whole interface and raises the unregister counter.
+// Removes a whole interface and raises the unregister counter. The result is not looked at.
 typedef int (*BIBUnregisterInterfaceProc)(char const* interfaceName);
 
 // The address of the unregister counter. It stays the same, and the counter is never 0: a client

@@ -22,8 +22,9 @@ extern "C" {
 // The version of the component, 66560 (0x10400). May be called in any state.
 __attribute__((visibility("default"))) long PDFSettingsGetVersion(void);
 
-// Binds the runtime behind lookup and registers the tables below. 1 when the component is started;
-// 0 on failure, and for every further call until PDFSettingsTerminate has run.
+// Binds the runtime behind lookup (one and the same for as long as the component is loaded) and
+// registers the tables below. 1 when the component is started; 0 on failure, and for every further
+// call until PDFSettingsTerminate has run.
 __attribute__((visibility("default"))) int PDFSettingsInitialize(BIBLookupProc lookup);
 
 // Unregisters the tables and lets go of the runtime. Harmless without a start. The runtime must
@@ -41,7 +42,7 @@ typedef struct PDFSettings PDFSettings;
 
 // Settings from job options text, read from the start of the stream, which the settings keep alive.
 // schema is a NUL-terminated text in the runtime's object notation, copied and not looked at before
-// the first validation. Null on failure.
+// the first validation; it must not be null. Null on failure.
 typedef PDFSettings* (*PDFSettingsNewFromStreamProc)(
     BIBPositionableStream* stream, char const* schema);
 

@@ -111,7 +111,7 @@ TUnicodeEncoding<T> CreateUnicode(T buffer) {
 }
 
 // Values of a text in its own encoding and in the other one. A text that cannot be decoded, and an
-// empty one, give an empty value; what stands before an unpaired surrogate is kept.
+// empty one, give an empty value. An unpaired surrogate cannot be decoded.
 Unicode16 CreateUnicode16(Buffer16 const& buffer);
 Unicode16 CreateUnicode16(Buffer8 const& buffer);
 Unicode16 CreateUnicode16(Unicode8 const& text);
