@@ -10,6 +10,9 @@
 #include "bib/BIBStreamFactory.h"
 #include "bib/BIBStringTraits.h"
 #include "bib/BIBTable.h"
+#include "bib/LazyTerminate.h"
+#include "bib/POSDict.h"
+#include "bib/POSDictIterator.h"
 #include "bib/POSNumber.h"
 #include "tests/support/BoundClient.h"
 #include "tests/support/ErrorLog.h"
@@ -148,6 +151,73 @@ TEST_F(BIBClient, ClearsTheFirstSlotOfAGlobalTableThatCannotBeBound) {
     gFinishedInit = true;
     fLookup.Show("POSNumberInterface.IsPOSNumber");
     EXPECT_EQ(1.0, CPOSNumber(1.0).Get());
+}
+
+TEST_F(BIBClient, MakesNoHandleWhileItsTableIsMissing) {
+    CPOSDict const dict;
+    POSDict* const raw = dict;
+    for (char const* const row :
+         {"POSDictInterface.DeepGet", "POSArrayInterface.SetAt", "POSDictIteratorInterface.Next"}) {
+        fLookup.Hide(row);
+    }
+    MoveCounter();
+    gFinishedInit = false;
+    EXPECT_FALSE(CPOSDict(raw).IsValid());
+    EXPECT_FALSE(CPOSDict(CPOSObject(dict), /*quiet=*/true).IsValid());
+    EXPECT_EQ("downcast from CPOSObject to CPOSDict failed", WhatItThrows([&dict] {
+                  CPOSDict const handle(CPOSObject(dict), /*quiet=*/false);
+              }));
+    EXPECT_EQ("invalid container", WhatItThrows([] { CPOSDict const handle; }));
+    EXPECT_EQ("invalid container", WhatItThrows([] { CPOSArray const handle; }));
+    EXPECT_EQ("invalid container", WhatItThrows([&] { CPOSDictIterator const handle(dict); }));
+    gFinishedInit = true;
+    for (char const* const row :
+         {"POSDictInterface.DeepGet", "POSArrayInterface.SetAt", "POSDictIteratorInterface.Next"}) {
+        fLookup.Show(row);
+    }
+    CPOSDict::GetProcs();
+}
+
+TEST_F(BIBClient, TurnsAStatusIntoAnError) {
+    CBIBStringAtom const name("TestStatus");
+    int instance = 0;
+    bibrt::FailAllocation(1, /*andAllLater=*/false);
+    EXPECT_EQ("out of memory", WhatItThrows([&] {
+                  CBIBContainer::NewFullContainer(
+                      &instance, name, nullptr, name, nullptr, nullptr, nullptr);
+              }));
+    TBIBSharedBuffer<unsigned char> const buffer(1, nullptr);
+    ASSERT_TRUE(CBIBStreamFactory::Init());
+    bibrt::FailAllocation(1, /*andAllLater=*/false);
+    EXPECT_EQ("out of memory", WhatItThrows([&] { CBIBStreamFactory::NewBufferStream(buffer); }));
+    bibrt::ResetFailures();
+}
+
+namespace {
+
+class FailingStart : public LazyTerminate {
+public:
+    bool Initialize() override { return false; }
+};
+
+BIBError* NoCoreError(BRVErrorID /*id*/) {
+    return nullptr;
+}
+
+} // namespace
+
+TEST(BIBClientUnbound, FailsWhereALazyObjectOrTheUnknownErrorDoes) {
+    LookupDouble lookup;
+    {
+        FailingStart const failing;
+        EXPECT_FALSE(BIBClientInit(&LookupDouble::Lookup));
+        BIBClientTerminate();
+    }
+    lookup.Replace("BIBErrorInterface.GetCoreError", &NoCoreError);
+    TBIBInterfaceClient<BIBErrorInterface>::fCount = 0;
+    EXPECT_FALSE(BIBClientInit(&LookupDouble::Lookup));
+    BIBClientTerminate();
+    TBIBInterfaceClient<BIBErrorInterface>::fCount = 0;
 }
 
 TEST_F(BIBClient, AsksForNoCacheAsLongAsThereIsNone) {

@@ -1,8 +1,10 @@
 #include "bib/BIBError.h"
 
+#include "bib/BIBContainer.h"
 #include "bib/BIBErrorTraits.h"
 #include "bib/BIBMemory.h"
 #include "bib/BIBStringTraits.h"
+#include "source/JoboptionsReader.h"
 #include "source/PDFSettingsError.h"
 #include "tests/support/BoundClient.h"
 
@@ -28,6 +30,15 @@ void CountRelease(BIBError* error) {
 }
 
 } // namespace
+
+static std::string Identity(CBIBError const& error) {
+    auto const* const table = GetProcs<BIBErrorInterface>();
+    BIBError* const raw = error;
+    CBIBError const adopted(raw);
+    CBIBStringAtom const component(table->GetComponent(raw), /*adopt=*/false);
+    return std::string(error.what()) + ", " + component.c_str() + ", " +
+           std::to_string(table->GetID(raw));
+}
 
 class BIBErrorHandle : public support::BoundClientTest {
 protected:
@@ -132,23 +143,39 @@ TEST_F(BIBStringAtomHandle, InternsAndCounts) {
     EXPECT_STREQ("one text", atom.c_str());
     atom = "another text";
     EXPECT_STREQ("another text", atom.c_str());
+    bibrt::FailAllocation(1, /*andAllLater=*/false);
+    atom = "a third text";
+    bibrt::ResetFailures();
+    EXPECT_EQ(nullptr, atom.c_str());
+    atom = "another text";
     EXPECT_EQ(fLiveBefore.fAtoms + 1, bibrt::CountLive().fAtoms);
 }
 
-using PDFSettingsErrors = support::BoundClientTest;
+using ErrorIdentity = support::BoundClientTest;
 
-TEST_F(PDFSettingsErrors, CarryComponentAndId) {
-    auto const* const table = GetProcs<BIBErrorInterface>();
-    CBIBError const error = PDFSettingsImpl::CPDFSettingsError();
-    CBIBError const reference(static_cast<BIBError*>(error));
-    BIBError* const raw = reference.AddRef();
-    EXPECT_STREQ("Error", error.what());
-    EXPECT_EQ(2, table->GetID(raw));
-    EXPECT_STREQ(
-        "PDFSettings", GetProcs<BIBStringInterface>()->GetCString(table->GetComponent(raw)));
-    reference.Release();
-    EXPECT_EQ("nothing", WhatItThrows([] { PDFSettingsImpl::ThrowIfFalse(true, "why"); }));
-    EXPECT_EQ("why", WhatItThrows([] { PDFSettingsImpl::ThrowIfFalse(false, "why"); }));
+TEST_F(ErrorIdentity, IsMessageComponentAndId) {
+    struct {
+        char const* fIdentity;
+        void (*fThrow)();
+    } const kCases[] = {
+        {"Error, PDFSettings, 2", [] { throw PDFSettingsImpl::CPDFSettingsError(); }},
+        {"why, PDFSettings, 7", [] { PDFSettingsImpl::ThrowIfFalse(/*condition=*/false, "why"); }},
+        {"Joboptions_To_CPOSDict joboptions file is invalid, PDFSettings, 6",
+         [] { JoboptionsParserUtils::ThrowInvalidFile(); }},
+        {"invalid container, , 0", [] { CBIBContainer::ThrowInvalidContainerException(); }},
+        {"couldn't get signature, , 0", [] { CBIBContainer::ThrowNoSignatureException(); }},
+        {"Missing Interface, BIB, 0", [] { BIBThrowMissingInterfaceError(); }},
+    };
+    for (auto const& row : kCases) {
+        try {
+            row.fThrow();
+            ADD_FAILURE() << row.fIdentity;
+        } catch (CBIBError const& error) {
+            EXPECT_EQ(row.fIdentity, Identity(error));
+        }
+    }
+    EXPECT_EQ(
+        "nothing", WhatItThrows([] { PDFSettingsImpl::ThrowIfFalse(/*condition=*/true, "why"); }));
 }
 
 } // namespace BIB_T_NMT

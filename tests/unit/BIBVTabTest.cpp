@@ -102,6 +102,29 @@ TEST_F(BIBVTabCache, LeavesAnOptionalMethodOutAndGoesOn) {
     EXPECT_NE("nothing", WhatItThrows([&] { BIBLoadMethodTable(kRows, 2, fNumber, 1, methods); }));
 }
 
+namespace {
+
+BIBError* GiveNoMethod(
+    void** result,
+    BIBContainer const* /*container*/,
+    BIBStringAtom* /*name*/,
+    BIBStringAtom* /*procType*/,
+    long /*optional*/) {
+    *result = nullptr;
+    return nullptr;
+}
+
+} // namespace
+
+TEST_F(BIBVTabCache, RefusesARequiredMethodThatIsMissingWithoutAStatus) {
+    auto& table = *TBIBInterfaceClient<BIBContainerInterface>::GetProcTable_Mutable();
+    auto const saved = table.GetMethod;
+    table.GetMethod = &GiveNoMethod;
+    EXPECT_EQ("invalid container", WhatItThrows([this] { GetVTab(fNumber); }));
+    table.GetMethod = saved;
+    EXPECT_EQ("invalid container", WhatItThrows([this] { GetVTab(fNumber); }));
+}
+
 TEST_F(BIBVTabCache, ServesTheInterfacesWithoutAHandle) {
     // A number has none of their methods: the lookup must fail, and leave nothing behind.
     auto& cache = TBIB2VTabList<BIBDataStoreInterface>::fVTabList;

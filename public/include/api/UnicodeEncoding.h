@@ -3,7 +3,8 @@
 // A value holds its text in a shared buffer, without a byte order mark and without a terminator,
 // UTF-16 in the machine's byte order. It hands the text out in whatever form is asked for. Copies
 // share the buffer, and no operation changes a buffer that is in a value. An empty buffer makes an
-// empty value. Memory failures are thrown as the runtime's memory error.
+// empty value, and half a unit at the end of UTF-16 is dropped. Memory failures are thrown as the
+// runtime's memory error.
 #pragma once
 
 #include "bib/BIBSharedBuffer.h"
