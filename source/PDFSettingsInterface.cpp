@@ -4,6 +4,7 @@
 #include "source/PDFSettingsStream.h"
 
 using BIB_T_NMT::CBIBPositionableStream;
+using BIB_T_NMT::CPOSArray;
 using BIB_T_NMT::CPOSDict;
 
 namespace PDFSettingsImpl {
@@ -34,10 +35,33 @@ _PDFSettingsNewFromDictProc_NewFromDict(POSDict* settings, char const* schema) n
     });
 }
 
+BIBPositionableStream*
+_PDFSettingsGetJobOptionsDataProc_GetJobOptionsData(PDFSettings* settings) noexcept {
+    return AtBoundary(kNullOnFailure, [=]() -> BIBPositionableStream* {
+        return PDFSettingsObject::GetInstance(settings)->GetJobOptionsData().UnownedReturn();
+    });
+}
+
 POSDict* _PDFSettingsGetSettingsProc_GetSettings(PDFSettings* settings) noexcept {
     return AtBoundary(kNullOnFailure, [=]() -> POSDict* {
         CPOSDict dict = PDFSettingsObject::GetInstance(settings)->GetSettings();
         return reinterpret_cast<POSDict*>(dict.UnownedReturn());
+    });
+}
+
+POSArray*
+_PDFSettingsSetSettingsProc_SetSettings(PDFSettings* settings, POSDict* changes) noexcept {
+    return AtBoundary(kNullOnFailure, [=]() -> POSArray* {
+        CPOSDict const dict(changes);
+        CPOSArray errors = PDFSettingsObject::GetInstance(settings)->SetSettings(dict);
+        return reinterpret_cast<POSArray*>(errors.UnownedReturn());
+    });
+}
+
+POSArray* _PDFSettingsIsPDFSettingsValidProc_IsPDFSettingsValid(PDFSettings* settings) noexcept {
+    return AtBoundary(kNullOnFailure, [=]() -> POSArray* {
+        CPOSArray errors = PDFSettingsObject::GetInstance(settings)->IsPDFSettingsValid();
+        return reinterpret_cast<POSArray*>(errors.UnownedReturn());
     });
 }
 

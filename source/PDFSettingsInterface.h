@@ -13,6 +13,13 @@ PDFSettings* _PDFSettingsNewFromStreamProc_NewFromStream(
 PDFSettings*
 _PDFSettingsNewFromDictProc_NewFromDict(POSDict* settings, char const* schema) noexcept;
 
+BIBPositionableStream*
+_PDFSettingsGetJobOptionsDataProc_GetJobOptionsData(PDFSettings* settings) noexcept;
+
 POSDict* _PDFSettingsGetSettingsProc_GetSettings(PDFSettings* settings) noexcept;
+
+POSArray* _PDFSettingsSetSettingsProc_SetSettings(PDFSettings* settings, POSDict* changes) noexcept;
+
+POSArray* _PDFSettingsIsPDFSettingsValidProc_IsPDFSettingsValid(PDFSettings* settings) noexcept;
 
 } // namespace PDFSettingsImpl

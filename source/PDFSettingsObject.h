@@ -5,6 +5,8 @@
 #include "api/UnicodeEncoding.h"
 #include "bib/BIBClientBase.h"
 #include "bib/BIBMemoryBuffer.h"
+#include "bib/BIBStream.h"
+#include "bib/POSArray.h"
 #include "bib/POSDict.h"
 
 namespace PDFSettingsImpl {
@@ -26,6 +28,30 @@ public:
 
     // A second handle on the settings, not a copy: a change through it is a change of this object.
     BIB_T_NMT::CPOSDict GetSettings() const { return fSettings; }
+
+    // The settings as job options text, made anew. Throws as
+    // PDFSettingsParser::CPOSDict_To_Joboptions.
+    BIB_T_NMT::CBIBPositionableStream GetJobOptionsData() const;
+
+    // Puts all of changes into the settings, sharing the values, unless the result is not valid:
+    // then nothing changes. Gives and throws what IsPDFSettingsValid does; an exception changes
+    // nothing.
+    BIB_T_NMT::CPOSArray SetSettings(BIB_T_NMT::CPOSDict const& changes);
+
+    // Judges this object's settings, or others, by the schema: an array of one dictionary for each
+    // error, with "Key" and "ErrorMsg". The settings are not changed. Throws POSException for a
+    // schema that cannot be used, and "CPOSObject::Clone failed". One at a time in the whole
+    // process.
+    BIB_T_NMT::CPOSArray IsPDFSettingsValid() const;
+    BIB_T_NMT::CPOSArray IsPDFSettingsValid(BIB_T_NMT::CPOSDict const& settings) const;
+
+    // The checks of values that a schema can name, as the runtime calls them: 1 accepts value. A
+    // refusal writes its message into the buffer message, if there is one and it has more bytes
+    // than the message with its NUL. Neither key nor userData is looked at.
+    static long CompatibilityLevelValidator(
+        POSObject* value, BIBStringAtom* key, BIBSharedBuffer* message, void const* userData);
+    static long ImageDepthValidator(
+        POSObject* value, BIBStringAtom* key, BIBSharedBuffer* message, void const* userData);
 
     // The names under which objects stand in containers.
     static char const* GetInterfaceName() noexcept { return "PDFSettingsInterface"; }

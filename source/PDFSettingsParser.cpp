@@ -8,11 +8,16 @@
 #include "bib/POSBinData.h"
 #include "platform/StackRoom.h"
 #include "source/JoboptionsReader.h"
+#include "source/JoboptionsWriter.h"
 
 using namespace JoboptionsParserUtils; // NOLINT(google-build-using-namespace)
+using POSObjectParserUtils::IsDict;
+using POSObjectParserUtils::WriteText;
 
 using BIB_T_NMT::CBIBMemory;
 using BIB_T_NMT::CBIBPositionableStream;
+using BIB_T_NMT::CBIBStringAtom;
+using BIB_T_NMT::CPOSBinData;
 using BIB_T_NMT::CPOSDict;
 
 namespace PDFSettingsImpl {
@@ -113,11 +118,59 @@ void KeepTail(char const* tail, char const* end, CPOSDict const& settings) {
     }
 }
 
+// What stands behind the entries of settings that bring no tail of their own.
+constexpr char kDefaultTail[] = "<<\r\n>> setpagedevice\r\n";
+
+// A dictionary without a key for as long as this lives, on every way out.
+class WithoutKey {
+public:
+    // REQUIRES: settings holds value under key; all three outlive this.
+    WithoutKey(CPOSDict const& settings, CBIBStringAtom const& key, CPOSBinData const& value)
+        : fSettings(settings),
+          fKey(key),
+          fValue(value) {
+        fSettings.Remove(fKey);
+    }
+    ~WithoutKey() { fSettings.Put(fKey, fValue); }
+    WithoutKey(WithoutKey const&) = delete;
+    WithoutKey& operator=(WithoutKey const&) = delete;
+
+private:
+    CPOSDict const& fSettings;
+    CBIBStringAtom const& fKey;
+    CPOSBinData const& fValue;
+};
+
+// Where an entry cannot be written, no tail follows: the stream stays empty.
+void WriteWithOwnTail(CPOSDict const& settings, CBIBPositionableStream& stream) {
+    CBIBStringAtom const key(kAlembicorData);
+    CPOSBinData const tail(settings.Get(key, /*quiet=*/false), /*quiet=*/false);
+    auto const writeEntries = [&] {
+        WithoutKey const entries(settings, key, tail);
+        return IsDict(settings, stream, 0);
+    };
+    if (writeEntries()) {
+        stream.Write(tail.GetBinData(), tail.GetSize());
+        stream.Seek(0);
+    }
+}
+
+// Where an entry cannot be written, the tail stands alone, and every reader refuses that.
+void WriteWithDefaultTail(CPOSDict const& settings, CBIBPositionableStream& stream) {
+    IsDict(settings, stream, 0);
+    WriteText(kDefaultTail, stream);
+    stream.Seek(0);
+}
+
 } // namespace
 
 PDFSettingsParser::PDFSettingsParser(CBIBPositionableStream const& stream)
     : fSettings(Joboptions_To_CPOSDict(stream)),
       fJoboptions(stream) {}
+
+PDFSettingsParser::PDFSettingsParser(CPOSDict const& settings)
+    : fSettings(settings),
+      fJoboptions(CPOSDict_To_Joboptions(settings)) {}
 
 CPOSDict PDFSettingsParser::Joboptions_To_CPOSDict(CBIBPositionableStream const& stream) {
     platform::StackWatch const watch;
@@ -134,6 +187,18 @@ CPOSDict PDFSettingsParser::Joboptions_To_CPOSDict(CBIBPositionableStream const&
     ReadKeyword(&cursor);
     KeepTail(cursor, text.End(), settings);
     return settings;
+}
+
+CBIBPositionableStream PDFSettingsParser::CPOSDict_To_Joboptions(CPOSDict const& settings) {
+    platform::StackWatch const watch;
+    CBIBPositionableStream stream;
+    try {
+        bool const hasTail = settings.HasKey(kAlembicorData);
+        (hasTail ? WriteWithOwnTail : WriteWithDefaultTail)(settings, stream);
+    } catch (POSObjectParserUtils::NestingException const&) {
+        CBIBMemory::ThrowMemError();
+    }
+    return stream;
 }
 
 } // namespace PDFSettingsImpl

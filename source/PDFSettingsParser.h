@@ -21,12 +21,25 @@ public:
     // is refused, the memory error, and the stream's errors.
     explicit PDFSettingsParser(BIB_T_NMT::CBIBPositionableStream const& stream);
 
+    // Writes settings. Throws as CPOSDict_To_Joboptions.
+    explicit PDFSettingsParser(BIB_T_NMT::CPOSDict const& settings);
+
     BIB_T_NMT::CPOSDict const& GetPDFSettings() const noexcept { return fSettings; }
     BIB_T_NMT::CBIBPositionableStream const& GetJoboptions() const noexcept { return fJoboptions; }
 
     // The settings in a stream. Throws as the constructor.
     static BIB_T_NMT::CPOSDict
     Joboptions_To_CPOSDict(BIB_T_NMT::CBIBPositionableStream const& stream);
+
+    // The text of settings in a new stream at its start. Without kAlembicorData the text ends with
+    // a default tail. The key is taken out of settings while the entries are written, and put back.
+    //
+    // A value that cannot be written raises nothing: the stream is then empty if the settings have
+    // kAlembicorData, and holds the default tail alone if they do not. Throws POSException when
+    // that key holds no binary data, the memory error when the settings are nested deeper than the
+    // stack can bear, and CBIBError when no stream can be made.
+    static BIB_T_NMT::CBIBPositionableStream
+    CPOSDict_To_Joboptions(BIB_T_NMT::CPOSDict const& settings);
 
 private:
     BIB_T_NMT::CPOSDict fSettings;

@@ -10,6 +10,7 @@ struct HostTables {
     _t_BIBContainerInterface fContainer = Load<_t_BIBContainerInterface>();
     _t_BIBStringInterface fStringAtom = Load<_t_BIBStringInterface>();
     _t_BIBStreamFactoryInterface fStreams = Load<_t_BIBStreamFactoryInterface>();
+    _t_POSObjectStatics fObjects = Load<_t_POSObjectStatics>();
     _t_POSNumberInterface fNumber = Load<_t_POSNumberInterface>();
     _t_POSStringInterface fString = Load<_t_POSStringInterface>();
     _t_POSBinDataInterface fBinData = Load<_t_POSBinDataInterface>();

@@ -23,7 +23,10 @@ protected:
         EXPECT_EQ(1, fComponent.Initialize(&BIBRuntimeLookup));
         Find(fNewFromStream, "NewFromStream", "PDFSettingsNewFromStreamProc");
         Find(fNewFromDict, "NewFromDict", "PDFSettingsNewFromDictProc");
+        Find(fGetJobOptionsData, "GetJobOptionsData", "PDFSettingsGetJobOptionsDataProc");
         Find(fGetSettings, "GetSettings", "PDFSettingsGetSettingsProc");
+        Find(fSetSettings, "SetSettings", "PDFSettingsSetSettingsProc");
+        Find(fIsPDFSettingsValid, "IsPDFSettingsValid", "PDFSettingsIsPDFSettingsValidProc");
     }
 
     ~SettingsTest() override {
@@ -55,6 +58,36 @@ protected:
         return settings;
     }
 
+    // A value from a text in the object notation, with a reference for the caller.
+    template <class T>
+    T* NewValue(std::string const& notation) const {
+        POSObject* const value = fTables.fObjects.CreateFromText(notation.c_str(), nullptr);
+        EXPECT_NE(nullptr, value) << notation;
+        AddRef(value);
+        return reinterpret_cast<T*>(value);
+    }
+
+    // What the component writes of settings, or "(null)". An empty text is "".
+    std::string Text(PDFSettings* settings) const {
+        BIBPositionableStream* const stream = fGetJobOptionsData(settings);
+        if (stream == nullptr) {
+            return "(null)";
+        }
+        AddRef(stream);
+        auto const methods = LoadMethods<_t_BIBSimpleStreamInterface>(&BIBRuntimeLookup, stream);
+        std::string text;
+        char bytes[4096];
+        auto* const self = reinterpret_cast<BIBSimpleStream*>(stream);
+        auto* const buffer = reinterpret_cast<unsigned char*>(bytes);
+        unsigned long size = sizeof bytes;
+        while (size == sizeof bytes) {
+            EXPECT_EQ(nullptr, methods.Read(self, &size, buffer, sizeof bytes));
+            text.append(bytes, size);
+        }
+        Release(stream);
+        return text;
+    }
+
     template <class T>
     void AddRef(T* container) const {
         fTables.fContainer.AddRef(reinterpret_cast<BIBContainer*>(container));
@@ -71,7 +104,10 @@ protected:
     HostTables fTables;
     PDFSettingsNewFromStreamProc fNewFromStream = nullptr;
     PDFSettingsNewFromDictProc fNewFromDict = nullptr;
+    PDFSettingsGetJobOptionsDataProc fGetJobOptionsData = nullptr;
     PDFSettingsGetSettingsProc fGetSettings = nullptr;
+    PDFSettingsSetSettingsProc fSetSettings = nullptr;
+    PDFSettingsIsPDFSettingsValidProc fIsPDFSettingsValid = nullptr;
 
 private:
     template <class Proc>

@@ -50,13 +50,34 @@ typedef PDFSettings* (*PDFSettingsNewFromStreamProc)(
 // above. Null on failure.
 typedef PDFSettings* (*PDFSettingsNewFromDictProc)(POSDict* settings, char const* schema);
 
+// The settings as job options text, made anew at each call, in a stream at its start. A value that
+// the format has no form for is no failure: the text is then empty, or holds the default tail
+// alone, and no reader accepts it. Null on failure.
+typedef BIBPositionableStream* (*PDFSettingsGetJobOptionsDataProc)(PDFSettings* settings);
+
 // The settings' live dictionary, not a copy. Null on failure.
 typedef POSDict* (*PDFSettingsGetSettingsProc)(PDFSettings* settings);
 
+// Changes the settings under all keys of changes, whose values they share from then on, and judges
+// the result by the schema. If a single error is found, nothing changes. The errors: an array of
+// dictionaries with the 8-bit strings "Key", the path of the setting, and "ErrorMsg"; empty when
+// the change was made. Null on failure, which changes nothing; a schema that cannot be used is one.
+//
+// This and the next use one list for the whole process: a host calls them one at a time, whichever
+// settings they are for.
+typedef POSArray* (*PDFSettingsSetSettingsProc)(PDFSettings* settings, POSDict* changes);
+
+// Judges the settings by the schema and gives the errors as above; empty when they are valid. A
+// setting that the schema does not know is no error. Null on failure.
+typedef POSArray* (*PDFSettingsIsPDFSettingsValidProc)(PDFSettings* settings);
+
 // The rows of "PDFSettingsInterface".
 // clang-format off
-#define PDF_SETTINGS_INTERFACE_ROWS(ROW)                     \
-    ROW(NewFromStream, PDFSettingsNewFromStreamProc)         \
-    ROW(NewFromDict,   PDFSettingsNewFromDictProc)           \
-    ROW(GetSettings,   PDFSettingsGetSettingsProc)
+#define PDF_SETTINGS_INTERFACE_ROWS(ROW)                         \
+    ROW(NewFromStream,      PDFSettingsNewFromStreamProc)        \
+    ROW(NewFromDict,        PDFSettingsNewFromDictProc)          \
+    ROW(GetJobOptionsData,  PDFSettingsGetJobOptionsDataProc)    \
+    ROW(GetSettings,        PDFSettingsGetSettingsProc)          \
+    ROW(SetSettings,        PDFSettingsSetSettingsProc)          \
+    ROW(IsPDFSettingsValid, PDFSettingsIsPDFSettingsValidProc)
 // clang-format on

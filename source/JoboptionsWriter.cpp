@@ -1,0 +1,226 @@
+#include "source/JoboptionsWriter.h"
+
+#include <cstring>
+
+#include "bib/POSArray.h"
+#include "bib/POSBinData.h"
+#include "bib/POSDict.h"
+#include "bib/POSDictIterator.h"
+#include "bib/POSNumber.h"
+#include "bib/POSString.h"
+#include "platform/StackRoom.h"
+#include "source/JoboptionsNumberWriter.h"
+#include "source/JoboptionsReader.h"
+#include "source/PDFSettingsError.h"
+
+using BIB_T_NMT::CBIBPositionableStream;
+using BIB_T_NMT::CPOSArray;
+using BIB_T_NMT::CPOSBinData;
+using BIB_T_NMT::CPOSDict;
+using BIB_T_NMT::CPOSNumber;
+using BIB_T_NMT::CPOSObject;
+using BIB_T_NMT::CPOSString;
+
+namespace POSObjectParserUtils {
+
+namespace {
+
+constexpr char kLineEnd[] = "\r\n";
+
+// The answer of write, or false if it throws.
+template <class Write>
+bool Probe(Write write) {
+    try {
+        return write();
+    } catch (...) {
+        return false;
+    }
+}
+
+// In few writes: deep nesting writes more blanks than anything else.
+void WriteIndents(unsigned long count, CBIBPositionableStream& stream) {
+    static_assert(std::string_view(kLevelIndentStr) == "  ");
+    static constexpr std::string_view kBlanks = "                                ";
+    for (unsigned long left = count * std::strlen(kLevelIndentStr); left > 0;) {
+        std::string_view const blanks = kBlanks.substr(0, left);
+        WriteText(blanks, stream);
+        left -= blanks.size();
+    }
+}
+
+// The bytes go out as they came in: whatever escapes they hold are the text's own.
+bool WriteBinData(
+    char const* typeName,
+    char const* opening,
+    char const* closing,
+    CPOSObject const& value,
+    CBIBPositionableStream& stream) {
+    CPOSBinData const data(value, /*quiet=*/true);
+    if (!data.IsValid() || std::strcmp(data.GetTypeName(), typeName) != 0) {
+        return false;
+    }
+    WriteText(opening, stream);
+    stream.Write(data.GetBinData(), data.GetSize());
+    WriteText(closing, stream);
+    WriteText(kLineEnd, stream);
+    return true;
+}
+
+// The number under key gets so many decimals; 0 for an ordinary key.
+int DecimalsOf(char const* key) noexcept {
+    if (std::strcmp(key, "CompatibilityLevel") == 0) {
+        return 1;
+    }
+    return std::strcmp(key, "SyntheticBoldness") == 0 ? 2 : 0;
+}
+
+void WriteEntry(
+    char const* key, CPOSDict const& dict, CBIBPositionableStream& stream, unsigned long level) {
+    WriteIndents(level, stream);
+    WriteText("/", stream);
+    WriteText(key, stream);
+    WriteText(" ", stream);
+    CPOSObject const value = dict.Get(key, /*quiet=*/false);
+    if (!SpecialKeyFormatting(key, value, stream)) {
+        GetValue(value, stream, level);
+    }
+}
+
+void WriteDict(CPOSDict const& dict, CBIBPositionableStream& stream, unsigned long level) {
+    WriteText("<<\r\n", stream);
+    BIB_T_NMT::CPOSDictIterator const cursor(dict);
+    for (cursor.Begin(); !cursor.IsDone(); cursor.Next()) {
+        WriteEntry(cursor.CurKey(), dict, stream, level + 1);
+    }
+    WriteIndents(level, stream);
+    WriteText(level == 0 ? ">> setalembicorparams\r\n" : ">>\r\n", stream);
+}
+
+void WriteArray(CPOSArray const& array, CBIBPositionableStream& stream, unsigned long level) {
+    WriteText("[\r\n", stream);
+    unsigned long const count = array.Count();
+    for (unsigned int index = 0; index < count; ++index) {
+        WriteIndents(level + 1, stream);
+        GetValue(array[index], stream, level + 1);
+    }
+    WriteIndents(level, stream);
+    WriteText("]\r\n", stream);
+}
+
+} // namespace
+
+void WriteText(std::string_view text, CBIBPositionableStream& stream) {
+    stream.Write(static_cast<void const*>(text.data()), text.size());
+}
+
+void GetValue(CPOSObject const& value, CBIBPositionableStream& stream, unsigned long level) {
+    if (!platform::StackWatch::HasRoom()) {
+        throw NestingException();
+    }
+    bool const isWritten = IsName(value, stream) || IsString(value, stream) ||
+                           IsNumber(value, stream) || IsArray(value, stream, level) ||
+                           IsDict(value, stream, level) || IsUnicodeString(value, stream);
+    if (!isWritten) {
+        // sic: hosts compare this text
+        throw PDFSettingsImpl::CPDFSettingsError(
+            "GetValue for POSObject is unknow type", PDFSettingsImpl::kInternalError);
+    }
+}
+
+bool IsBoolean(CPOSObject const& value, CBIBPositionableStream& stream) {
+    return Probe([&] {
+        CPOSString const word(value, /*quiet=*/true);
+        bool const isBoolean = word.IsValid() && (std::strcmp(word.Get(), "true") == 0 ||
+                                                  std::strcmp(word.Get(), "false") == 0);
+        if (isBoolean) {
+            WriteText(word.Get(), stream);
+            WriteText(kLineEnd, stream);
+        }
+        return isBoolean;
+    });
+}
+
+bool IsName(CPOSObject const& value, CBIBPositionableStream& stream) {
+    return Probe([&] {
+        if (IsBoolean(value, stream)) {
+            return true;
+        }
+        CPOSString const word(value, /*quiet=*/true);
+        if (!word.IsValid()) {
+            return false;
+        }
+        WriteText("/", stream);
+        WriteText(word.Get(), stream);
+        WriteText(kLineEnd, stream);
+        return true;
+    });
+}
+
+bool IsString(CPOSObject const& value, CBIBPositionableStream& stream) {
+    return Probe([&] {
+        return WriteBinData(
+            JoboptionsParserUtils::kJoboptionsStringBinType, "(", ")", value, stream);
+    });
+}
+
+bool IsUnicodeString(CPOSObject const& value, CBIBPositionableStream& stream) {
+    return Probe([&] {
+        return WriteBinData(
+            JoboptionsParserUtils::kJoboptionsUnicodeStringBinType, "<", ">", value, stream);
+    });
+}
+
+bool IsNumber(CPOSObject const& value, CBIBPositionableStream& stream) {
+    return Probe([&] {
+        CPOSNumber const number(value, /*quiet=*/true);
+        if (number.IsValid()) {
+            WriteNumber(number.Get(), stream);
+        }
+        return number.IsValid();
+    });
+}
+
+bool SpecialKeyFormatting(
+    char const* key, CPOSObject const& value, CBIBPositionableStream& stream) {
+    int const decimals = DecimalsOf(key);
+    if (decimals == 0) {
+        return false;
+    }
+    CPOSNumber const number(value, /*quiet=*/true);
+    if (number.IsValid()) {
+        WriteDecimals(number.Get(), decimals, stream);
+    }
+    return number.IsValid();
+}
+
+bool IsArray(CPOSObject const& value, CBIBPositionableStream& stream, unsigned long level) {
+    try {
+        CPOSArray const array(value, /*quiet=*/true);
+        if (array.IsValid()) {
+            WriteArray(array, stream, level);
+        }
+        return array.IsValid();
+    } catch (NestingException const&) {
+        throw;
+    } catch (...) {
+        return false;
+    }
+}
+
+bool IsDict(CPOSObject const& value, CBIBPositionableStream& stream, unsigned long level) {
+    try {
+        CPOSDict const dict(value, /*quiet=*/true);
+        if (dict.IsValid()) {
+            WriteDict(dict, stream, level);
+        }
+        return dict.IsValid();
+    } catch (NestingException const&) {
+        throw;
+    } catch (...) {
+        // Half a dictionary would be read back as other settings than these.
+        stream = CBIBPositionableStream();
+        return false;
+    }
+}
+
+} // namespace POSObjectParserUtils

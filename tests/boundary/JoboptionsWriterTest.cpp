@@ -1,0 +1,294 @@
+// The job options text that the component makes of settings.
+
+#include <clocale>
+#include <cmath>
+#include <fstream>
+#include <iterator>
+
+#include "tests/support/Describe.h"
+#include "tests/support/Settings.h"
+#include "tests/support/SmallStack.h"
+
+namespace support {
+
+namespace {
+
+std::string const kDefaultTail = "<<\r\n>> setpagedevice\r\n";
+
+// lines, which end with \n, as the entries of a written file with the default tail.
+std::string Written(std::string const& lines) {
+    std::string text = "<<\r\n";
+    for (char const c : lines) {
+        text += c == '\n' ? "\r\n" : std::string(1, c);
+    }
+    return text + ">> setalembicorparams\r\n" + kDefaultTail;
+}
+
+std::string ReadFile(char const* name) {
+    std::ifstream stream(std::string(PDFSETTINGS_TEST_DATA "/") + name);
+    return std::string(std::istreambuf_iterator<char>(stream), {});
+}
+
+} // namespace
+
+class JoboptionsWriter : public SettingsTest {
+protected:
+    // What is written of the settings that text is read to.
+    std::string Rewrite(std::string_view text) const {
+        PDFSettings* const settings = NewSettings(text);
+        std::string const written = Text(settings);
+        Release(settings);
+        return written;
+    }
+
+    // What is written of a dictionary in the object notation.
+    std::string WriteNotation(std::string const& notation) const {
+        auto* const dict = NewValue<POSDict>(notation);
+        std::string const written = WriteDict(dict);
+        Release(dict);
+        return written;
+    }
+
+    std::string WriteDict(POSDict* dict) const {
+        PDFSettings* const settings = fNewFromDict(dict, "");
+        AddRef(settings);
+        std::string const written = Text(settings);
+        Release(settings);
+        return written;
+    }
+
+    template <class T>
+    void Put(POSDict* dict, char const* key, T* value) const {
+        BIBStringAtom* const atom = fTables.fStringAtom.NewStringAtom(key);
+        AddRef(value);
+        fTables.fDict.Put(dict, atom, reinterpret_cast<POSObject*>(value));
+        Release(value);
+        fTables.fStringAtom.DeleteStringAtom(atom);
+    }
+
+    void
+    PutBinData(POSDict* dict, char const* key, char const* type, std::string const& data) const {
+        auto const* const bytes = reinterpret_cast<unsigned char const*>(data.data());
+        Put(dict, key, fTables.fBinData.NewPOSBinData(type, bytes, data.size()));
+    }
+
+    std::string WriteNumber(double value, char const* key = "N") const {
+        auto* const dict = NewValue<POSDict>("<>");
+        Put(dict, key, fTables.fNumber.NewPOSNumber(value));
+        std::string const written = WriteDict(dict);
+        Release(dict);
+        std::string const expectedHead = std::string("<<\r\n  /") + key + " ";
+        return written.substr(expectedHead.size(), written.find('\r', 4) - expectedHead.size());
+    }
+};
+
+TEST_F(JoboptionsWriter, LaysOutEveryKindOfValue) {
+    struct {
+        std::string fRead;
+        std::string fWritten;
+    } const kCases[] = {
+        {"<</CompatibilityLevel 1.4/Names [/A]/Sub<</X true >> >>setalembicorparams",
+         Written("  /CompatibilityLevel 1.4\n  /Names [\n    /A\n  ]\n  /Sub <<\n    /X true\n"
+                 "  >>\n")},
+        {"<</T true/F false/N /true/W /a#20b >>setalembicorparams",
+         Written("  /T true\n  /F false\n  /N true\n  /W /a#20b\n")},
+        {"<</S (a\\)\\t\r\nb)/E ()/H <fe FF0>/I <> >>setalembicorparams",
+         "<<\r\n  /S (a\\)\\t\r\nb)\r\n  /E ()\r\n  /H <fe FF0>\r\n  /I <>\r\n"
+         ">> setalembicorparams\r\n" +
+             kDefaultTail},
+        {"<</A [[1 [ ] 2 ]<</D [3 ] >>] >>setalembicorparams",
+         Written("  /A [\n    [\n      1\n      [\n      ]\n      2\n    ]\n    <<\n      /D [\n"
+                 "        3\n      ]\n    >>\n  ]\n")},
+        {"<</Last << >>>>setalembicorparams", Written("  /Last <<\n  >>\n")},
+        {"<</O <</CompatibilityLevel 1 /SyntheticBoldness 1 >>/CompatibilityLevel /x "
+         ">>setalembicorparams",
+         Written("  /O <<\n    /CompatibilityLevel 1.0\n    /SyntheticBoldness 1.00\n  >>\n"
+                 "  /CompatibilityLevel /x\n")},
+        {"% prolog\n<<%c\n/B 2 /A 0x10 >>setalembicorparams \n(the tail)\n",
+         "<<\r\n  /B 2\r\n  /A 16\r\n>> setalembicorparams\r\n(the tail)\n"},
+        {"", Written("")},
+    };
+    for (auto const& row : kCases) {
+        EXPECT_EQ(row.fWritten, Rewrite(row.fRead)) << "of: " << row.fRead;
+    }
+    EXPECT_EQ(Written("  /two words /a )\n"), WriteNotation("<(two words) (a \\))>"));
+}
+
+TEST_F(JoboptionsWriter, DecidesBetweenWholeAndRealInSinglePrecision) {
+    struct {
+        double fValue;
+        char const* fWritten;
+    } const kCases[] = {
+        {0, "0"},
+        {-0.0, "0"},
+        {1500, "1500"},
+        {0.1, "0.10000"},
+        {0.000001, "0.00000"},
+        {-0.000001, "-0.00000"},
+        {2.00000001, "2"},
+        {0.999999999, "1"},
+        {16777217, "16777216"},
+        {2147483520, "2147483520"},
+        {2147483647, "2147483647.00000"},
+        {-2147483648.0, "-2147483648"},
+        {-2147483700.0, "-2147483648"},
+        {-2147483904.0, "-2147483904.00000"},
+        {3000000000, "3000000000.00000"},
+        {4294967296.0, "4294967296.00000"},
+        {1e300 * 1e300, "inf"},
+        {-1e300 * 1e300, "-inf"},
+        {std::nan(""), "nan"},
+        {-std::nan(""), "-nan"},
+    };
+    for (auto const& row : kCases) {
+        EXPECT_EQ(row.fWritten, WriteNumber(row.fValue));
+    }
+    EXPECT_EQ("1.3", WriteNumber(1.3000000001, "CompatibilityLevel"));
+    EXPECT_EQ("0.13", WriteNumber(0.125001, "SyntheticBoldness"));
+}
+
+TEST_F(JoboptionsWriter, WritesTheLargestNumberWhole) {
+    char expected[400];
+    double const largest = std::numeric_limits<double>::max();
+    std::snprintf(expected, sizeof expected, "%.5f", -largest);
+    EXPECT_EQ(expected, WriteNumber(-largest));
+    expected[std::strlen(expected) - 4] = '\0';
+    EXPECT_EQ(expected, WriteNumber(-largest, "CompatibilityLevel"));
+}
+
+// What was read and written is read again as the same settings, and written the same way.
+TEST_F(JoboptionsWriter, ComesToRestAfterOneRoundTrip) {
+    for (char const* const name : {"printer.joboptions", "screen.joboptions"}) {
+        PDFSettings* const first = NewSettings(ReadFile(name));
+        std::string const written = Text(first);
+        PDFSettings* const second = NewSettings(written);
+        ASSERT_NE(nullptr, second) << name;
+        Describer const describe(fTables);
+        EXPECT_EQ(describe.Dict(fGetSettings(first)), describe.Dict(fGetSettings(second))) << name;
+        EXPECT_EQ(written, Text(second)) << name;
+        Release(second);
+        Release(first);
+    }
+}
+
+TEST_F(JoboptionsWriter, ReadsBackWithTheDifferencesThatTheFormatHas) {
+    struct {
+        char const* fRead;
+        char const* fReadAgain;
+    } const kCases[] = {
+        {"% c\n<</A 1.0/B 0x10/C 010/D 1.5e3 >> setalembicorparams\n\n tail",
+         "<<A 1 B 16 C 8 D 1500 AlembicorData AlembicorData{tail}>>"},
+        {"<</A 0.000001 /B 0.123456 >>setalembicorparams tail",
+         "<<A 0 B 0.12346 AlembicorData AlembicorData{tail}>>"},
+        {"<</A (\\)\\061)/B <0 g> >>setalembicorparams tail",
+         "<<A (\\)\\061) B <0 g> AlembicorData AlembicorData{tail}>>"},
+        {"<</A 1 >>setalembicorparams",
+         "<<A 1 AlembicorData AlembicorData{<<\r\n>> "
+         "setpagedevice\r\n}>>"},
+        {"<</A << >>>>setalembicorparams tail", "<<A <<>> AlembicorData AlembicorData{tail}>>"},
+    };
+    for (auto const& row : kCases) {
+        PDFSettings* const settings = NewSettings(Rewrite(row.fRead));
+        ASSERT_NE(nullptr, settings) << row.fRead;
+        EXPECT_EQ(row.fReadAgain, Describer(fTables).Dict(fGetSettings(settings))) << row.fRead;
+        Release(settings);
+    }
+    // The empty dictionary takes the key behind it, and the text never ends as it should.
+    EXPECT_EQ(nullptr, NewSettings(Rewrite("<</A [<< >>]/B 1 >>setalembicorparams")));
+}
+
+TEST_F(JoboptionsWriter, GivesNoErrorForAValueThatItCannotWrite) {
+    struct {
+        char const* fNotation; // the settings, to which a value of no known kind is added under X
+        char const* fAt;       // the key of the dictionary that gets it; null for the settings
+        char const* fTail;     // null for none
+        std::string fWritten;
+    } const kCases[] = {
+        {"<A 1>", nullptr, nullptr, kDefaultTail},
+        {"<A 1>", nullptr, "tail", ""},
+        {"<A 1 D < E 1 >>", "D", nullptr, kDefaultTail},
+        {"<A 1 D < E 1 > B 2>", "D", "tail", ""},
+    };
+    for (auto const& row : kCases) {
+        auto* const dict = NewValue<POSDict>(row.fNotation);
+        POSDict* target = dict;
+        if (row.fAt != nullptr) {
+            BIBStringAtom* const atom = fTables.fStringAtom.NewStringAtom(row.fAt);
+            target = reinterpret_cast<POSDict*>(fTables.fDict.Get(dict, atom));
+            fTables.fStringAtom.DeleteStringAtom(atom);
+        }
+        PutBinData(target, "X", "AlembicorData", "inner");
+        if (row.fTail != nullptr) {
+            PutBinData(dict, "AlembicorData", "AlembicorData", row.fTail);
+        }
+        std::string const before = Describer(fTables).Dict(dict);
+        EXPECT_EQ(row.fWritten, WriteDict(dict)) << before;
+        EXPECT_EQ(before, Describer(fTables).Dict(dict));
+        Release(dict);
+    }
+    EXPECT_TRUE(fLog.fMessages.empty());
+}
+
+TEST_F(JoboptionsWriter, FailsWhereTheTailIsNoBinaryData) {
+    EXPECT_EQ("(null)", WriteNotation("<A 1 AlembicorData 2>"));
+    EXPECT_EQ(std::vector<std::string>{"unknown BIB error"}, fLog.fMessages);
+}
+
+TEST_F(JoboptionsWriter, KeepsTheKeysOfSettingsWhoseWritingFails) {
+    auto* const dict = NewValue<POSDict>("<A 1 B [ 2 (x) ] C < D 3 >>");
+    PutBinData(dict, "AlembicorData", "AlembicorData", "tail");
+    std::string const before = Describer(fTables).Dict(dict);
+    std::string const whole = WriteDict(dict);
+    std::size_t cutShort = 0;
+    for (unsigned long n = 1;; ++n) {
+        unsigned long const start = bibrt::CountStreamOperations();
+        bibrt::FailStreamOperation(n, /*andAllLater=*/true);
+        PDFSettings* const settings = fNewFromDict(dict, "");
+        AddRef(settings);
+        BIBPositionableStream* const stream = fGetJobOptionsData(settings);
+        bool const isDone = bibrt::CountStreamOperations() - start < n;
+        bibrt::ResetFailures();
+        AddRef(stream);
+        Release(stream);
+        EXPECT_EQ(before, Describer(fTables).Dict(dict)) << n;
+        Release(settings);
+        if (isDone) {
+            break;
+        }
+        ++cutShort;
+    }
+    EXPECT_GT(cutShort, 30U);
+    EXPECT_EQ(whole, WriteDict(dict));
+    Release(dict);
+}
+
+class JoboptionsWriterDepth : public JoboptionsWriter {
+protected:
+    // The text of an array that is nested so deep, written on a small stack.
+    std::string WriteDeepArray(unsigned long levels) const {
+        std::string const brackets(levels, '[');
+        std::string written;
+        OnSmallStack(
+            [&] { written = WriteNotation("<A " + brackets + std::string(levels, ']') + ">"); });
+        return written;
+    }
+};
+
+TEST_F(JoboptionsWriterDepth, BearsAThousandLevels) {
+    std::string const written = WriteDeepArray(1000);
+    EXPECT_NE(std::string::npos, written.find("\r\n  ]\r\n>> setalembicorparams\r\n"));
+    EXPECT_EQ(1000, std::count(written.begin(), written.end(), ']'));
+    std::string dicts;
+    for (int i = 0; i < 1000; ++i) {
+        dicts += "<A ";
+    }
+    OnSmallStack([&] { dicts = WriteNotation(dicts + "1" + std::string(1000, '>')); });
+    EXPECT_EQ(1000, std::count(dicts.begin(), dicts.end(), 'A'));
+}
+
+TEST_F(JoboptionsWriterDepth, RunsOutOfMemoryWhereTheStackDoes) {
+    EXPECT_EQ("(null)", WriteDeepArray(1000UL * 1000));
+    EXPECT_EQ(std::vector<std::string>{"out of memory"}, fLog.fMessages);
+}
+
+} // namespace support
