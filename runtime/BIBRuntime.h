@@ -21,6 +21,16 @@ typedef void (*BIBRuntimeErrorProc)(char const* message, void* client);
 // error. A call on another thread that has begun may still reach the former proc.
 BIBRT_EXPORT void BIBRuntimeSetErrorChannel(BIBRuntimeErrorProc proc, void* client);
 
+// Finds the place, counted from 1, the column in bytes, of a value in a text in the object
+// notation. path has the form of the paths in the messages of POSStructValidatorInterface, and
+// leads to the entry of a dictionary, whose key is meant, or to an element; an empty one leads to
+// the whole value. Of equal keys the last one counts, as it does where the text is read. Non-zero
+// when there is such a value; zero, and nothing is stored, when there is none, for a path that was
+// cut short, for a text whose brackets do not match, for a null argument and when memory runs out.
+// Any thread may call it at any time.
+BIBRT_EXPORT int BIBRuntimeLocateValue(
+    char const* text, char const* path, unsigned long* line, unsigned long* column);
+
 #ifdef __cplusplus
 }
 #endif

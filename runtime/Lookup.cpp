@@ -4,6 +4,7 @@
 #include "runtime/PosObject.h"
 #include "runtime/Registry.h"
 #include "runtime/Streams.h"
+#include "runtime/StructValidator.h"
 #include "runtime/Tables.h"
 
 namespace bibrt {
@@ -35,7 +36,9 @@ constexpr TableFunction kTables[] = {
     &BinDataTable,
     &ArrayTable,
     &DictTable,
-    &DictIteratorTable};
+    &DictIteratorTable,
+    &ValidatorVirtualTable,
+    &StructValidatorTable};
 
 constexpr ContainerType* kTypes[] = {
     &gNumberType,
@@ -45,6 +48,7 @@ constexpr ContainerType* kTypes[] = {
     &gArrayType,
     &gDictType,
     &gDictIteratorType,
+    &gStructValidatorType,
     &gSimpleStreamType,
     &gRewindableStreamType,
     &gPositionableStreamType,

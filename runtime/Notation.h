@@ -21,4 +21,8 @@ POSObject* ReadNotation(std::string_view text);
 // of hosts. False for a value that contains itself. Throws std::bad_alloc.
 bool WriteNotation(POSObject& object, String& out);
 
+// Appends a number in the fewest digits that give it back; "inf" or "nan", with a sign, for what is
+// not finite. Throws std::bad_alloc.
+void AppendDigits(String& out, double value);
+
 } // namespace bibrt

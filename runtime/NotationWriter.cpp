@@ -73,19 +73,14 @@ void AppendKind(String& out, std::string_view kind, std::string_view name) {
 }
 
 void AppendNumber(String& out, double value) {
-    char digits[64];
-    char* const end = digits + sizeof(digits);
-    bool const isPlain = value == std::trunc(value) && std::abs(value) < kMaxPlainNumber &&
-                         !(value == 0 && std::signbit(value));
-    char const* const last = isPlain ? std::to_chars(digits, end, static_cast<long>(value)).ptr
-                                     : std::to_chars(digits, end, value).ptr;
-    std::string_view const text(digits, static_cast<std::size_t>(last - digits));
     if (std::isfinite(value)) {
-        out.append(text);
-    } else {
-        AppendText(out, text);
-        AppendKind(out, "number", {});
+        AppendDigits(out, value);
+        return;
     }
+    out.push_back('(');
+    AppendDigits(out, value);
+    out.push_back(')');
+    AppendKind(out, "number", {});
 }
 
 void AppendBinData(String& out, POSBinData const& binData) {
@@ -152,6 +147,16 @@ bool AppendNext(String& out, WalkStack<WriteFrame>& stack) {
 }
 
 } // namespace
+
+void AppendDigits(String& out, double value) {
+    char digits[64];
+    char* const end = digits + sizeof(digits);
+    bool const isPlain = value == std::trunc(value) && std::abs(value) < kMaxPlainNumber &&
+                         !(value == 0 && std::signbit(value));
+    char const* const last = isPlain ? std::to_chars(digits, end, static_cast<long>(value)).ptr
+                                     : std::to_chars(digits, end, value).ptr;
+    out.append(digits, static_cast<std::size_t>(last - digits));
+}
 
 bool WriteNotation(POSObject& object, String& out) {
     WalkStack<WriteFrame> stack;

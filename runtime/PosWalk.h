@@ -14,6 +14,8 @@ public:
     bool IsEmpty() const noexcept { return fFrames.empty(); }
     std::size_t Depth() const noexcept { return fFrames.size(); }
     Frame& Top() noexcept { return fFrames.back(); }
+    // The frames from the root to the top.
+    Vector<Frame> const& Frames() const noexcept { return fFrames; }
 
     // False, and nothing is pushed, when the collection contains itself. Throws std::bad_alloc.
     bool Push(Frame const& frame) {

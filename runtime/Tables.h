@@ -73,5 +73,7 @@ BuiltInTable BinDataTable() noexcept;
 BuiltInTable ArrayTable() noexcept;
 BuiltInTable DictTable() noexcept;
 BuiltInTable DictIteratorTable() noexcept;
+BuiltInTable ValidatorVirtualTable() noexcept;
+BuiltInTable StructValidatorTable() noexcept;
 
 } // namespace bibrt

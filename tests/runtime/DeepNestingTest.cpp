@@ -1,5 +1,5 @@
 // A million levels on a small stack.
-#include "RuntimeFixture.h"
+#include "ValidatorFixture.h"
 #include "tests/support/SmallStack.h"
 
 namespace runtimetest {
@@ -9,16 +9,22 @@ constexpr int kLevels = 1000000;
 
 class DeepNestingTest : public RuntimeTest {};
 
+// begin so many times, middle, end so many times.
+std::string Nest(char const* begin, char const* middle, char const* end, int levels = kLevels) {
+    std::string text;
+    for (int i = 0; i < levels; ++i) {
+        text += begin;
+    }
+    text += middle;
+    for (int i = 0; i < levels; ++i) {
+        text += end;
+    }
+    return text;
+}
+
 TEST_F(DeepNestingTest, DictionariesAreReadClonedComparedWrittenAndReleased) {
     support::OnSmallStack([] {
-        std::string text;
-        for (int i = 0; i < kLevels; ++i) {
-            text += "< a ";
-        }
-        text += '1';
-        for (int i = 0; i < kLevels; ++i) {
-            text += " >";
-        }
+        std::string const text = Nest("< a ", "1", " >");
         auto const& statics = Rows<_t_POSObjectStatics>();
         Held const value(statics.CreateFromText(text.c_str(), nullptr));
         ASSERT_NE(static_cast<POSObject*>(value), nullptr);
@@ -27,6 +33,32 @@ TEST_F(DeepNestingTest, DictionariesAreReadClonedComparedWrittenAndReleased) {
         Held const stream(NewMemoryStream());
         EXPECT_EQ(TakeMessage(statics.DebugDump(value, stream)), "");
         EXPECT_GT(StreamMethods(stream).Mark(), static_cast<unsigned long>(kLevels));
+    });
+}
+
+TEST_F(DeepNestingTest, SettingsAreJudgedAndSoIsASchema) {
+    support::OnSmallStack([] {
+        // A tenth of the others': each level is a trial of its own.
+        constexpr int kTrials = kLevels / 10;
+        Validator const validator("< S < optional < a S > > >");
+        std::string const messages = validator.Judge(NewSettings(Nest("< a ", "1", " >", kTrials)));
+        EXPECT_EQ(messages.substr(0, 7), ".../a/a");
+        EXPECT_EQ(messages.substr(1003), " expected a dictionary, found the number 1");
+        Validator const deep("< S < K " + Nest("< type array of ", "3", " >", kTrials) + " > >");
+        EXPECT_EQ(
+            deep.JudgeSchema().substr(1003),
+            " says the number 3, which is neither a word nor a dictionary");
+    });
+}
+
+TEST_F(DeepNestingTest, AValueIsLocated) {
+    support::OnSmallStack([] {
+        std::string const path = "a[0]";
+        std::string const text = "< b " + Nest("[ ", "", " ]") + " a [ 1 ] >";
+        unsigned long line = 0;
+        unsigned long column = 0;
+        EXPECT_EQ(BIBRuntimeLocateValue(text.c_str(), path.c_str(), &line, &column), 1);
+        EXPECT_EQ(column, 4UL * kLevels + 10);
     });
 }
 

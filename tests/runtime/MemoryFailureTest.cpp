@@ -1,7 +1,7 @@
 // Every operation that needs memory, with each of its allocations failing in turn.
 #include <functional>
 
-#include "RuntimeFixture.h"
+#include "ValidatorFixture.h"
 
 namespace runtimetest {
 namespace {
@@ -86,6 +86,46 @@ TEST_F(MemoryFailureTest, DebugDumpWritesAllOrNothing) {
             return isWhole;
         }),
         5U);
+}
+
+TEST_F(MemoryFailureTest, NewValidatorAndRegisteredCheck) {
+    auto const& rows = Rows<_t_POSStructValidatorInterface>();
+    Held const schema(NewSettings("< S <> >"));
+    EXPECT_EQ(
+        FailEach([&] {
+            return Discard(As<POSObject>(rows.NewPOSStructValidator(As<POSDict>(schema.Value()))));
+        }),
+        1U);
+    Atom const name("C");
+    auto const accept = [](POSObject*, BIBStringAtom*, BIBSharedBuffer*, void const*) -> long {
+        return 1;
+    };
+    Held const validator(rows.NewPOSStructValidator(As<POSDict>(schema.Value())));
+    unsigned long const blocks = bibrt::CountLive().fBlocks;
+    bibrt::FailAllocation(1, /*andAllLater=*/true);
+    EXPECT_EQ(rows.RegisterCallbackProc(validator, name, accept, nullptr), 0);
+    EXPECT_EQ(bibrt::CountLive().fBlocks, blocks);
+    bibrt::ResetFailures();
+    EXPECT_NE(rows.RegisterCallbackProc(validator, name, accept, nullptr), 0);
+}
+
+// What cannot be judged for want of memory has not passed.
+TEST_F(MemoryFailureTest, ValidateAndValidateSchema) {
+    Validator validator(
+        "< S < a < type array of S > optional < c C d < type name default x > > > >");
+    validator.Register(
+        "C", [](POSObject*, BIBStringAtom*, BIBSharedBuffer*, void const*) -> long { return 1; });
+    Held const settings(NewSettings("< a [ < a [] > < a [ < a [] c 1 > ] c 1 > ] c 2 >"));
+    Atom const name("S");
+    EXPECT_GT(
+        FailEach(
+            [&] { return validator.fMethods.Validate(validator, settings, name, nullptr) != 0; }),
+        3U);
+    EXPECT_GT(
+        FailEach([&] {
+            return Rows<_t_POSStructValidatorInterface>().ValidateSchema(validator, nullptr) != 0;
+        }),
+        3U);
 }
 
 // A collection that lost a value: no reference, no clone, and neither for what it is put into.

@@ -22,7 +22,8 @@ using BoundTables = ::testing::Types<
     _t_POSBinDataInterface,
     _t_POSArrayInterface,
     _t_POSDictInterface,
-    _t_POSDictIteratorInterface>;
+    _t_POSDictIteratorInterface,
+    _t_POSStructValidatorInterface>;
 TYPED_TEST_SUITE(BoundTable, BoundTables);
 
 TYPED_TEST(BoundTable, ResolvesWhole) {

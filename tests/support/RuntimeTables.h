@@ -21,6 +21,7 @@
 #include "api/POSCollectionInterfaces.h"
 #include "api/POSObjectInterface.h"
 #include "api/POSScalarInterfaces.h"
+#include "api/POSValidatorInterface.h"
 
 namespace support {
 
@@ -64,6 +65,8 @@ SUPPORT_TABLE(POSBinDataInterface, POS_BIN_DATA_INTERFACE_ROWS)
 SUPPORT_TABLE(POSArrayInterface, POS_ARRAY_INTERFACE_ROWS)
 SUPPORT_TABLE(POSDictInterface, POS_DICT_INTERFACE_ROWS)
 SUPPORT_TABLE(POSDictIteratorInterface, POS_DICT_ITERATOR_INTERFACE_ROWS)
+SUPPORT_TABLE(POSValidatorVirtualInterface, POS_VALIDATOR_VIRTUAL_INTERFACE_ROWS)
+SUPPORT_TABLE(POSStructValidatorInterface, POS_STRUCT_VALIDATOR_INTERFACE_ROWS)
 
 // Fills a table with what find gives for each row.
 template <class Table, class Find>

@@ -7,16 +7,21 @@
 
 typedef struct POSValidator POSValidator;
 
-// Receives one message of a validator: the setting's key, a space, the text.
+// Receives one message of a validator: the setting's path, a space, the text. message is valid
+// during the call.
 typedef void (*POSValidatorErrorCallback)(char const* message);
 
-// A named check. Non-zero accepts value. A refusal may write its own NUL-terminated message into
-// message, which may be null. userData as given at registration.
+// A named check. Non-zero accepts value. key is the name of its setting. A refusal may write its
+// own NUL-terminated message into message, which holds 256 zero bytes; other validators may pass
+// null there. userData as given at registration. It may call every row, but must not change the
+// value, what holds it, or the schema.
 typedef long (*POSValidatorCheckCallback)(
     POSObject* value, BIBStringAtom* key, BIBSharedBuffer* message, void const* userData);
 
-// Checks object against the schema's entry key; each message goes to errorProc during the call, on
-// the caller's thread. Non-zero when the object passes. An exception of a callback passes through.
+// Checks object against the schema's entry key; each message goes to errorProc (may be null) during
+// the call, on the caller's thread. Non-zero when the object passes, which is when there was no
+// message. Zero without a message for an argument that is wrong, and perhaps after some messages
+// when memory runs out. An exception of a callback passes through.
 typedef long (*POSValidatorValidateProc)(
     POSValidator* self, POSObject* object, BIBStringAtom* key, POSValidatorErrorCallback errorProc);
 
@@ -30,15 +35,18 @@ typedef struct _t_POSValidatorVirtualInterface {
     POS_VALIDATOR_VIRTUAL_INTERFACE_ROWS(BIB_TABLE_SLOT)
 } _t_POSValidatorVirtualInterface;
 
-// A validator on schema, unowned, with a reference of its own on schema; null for a schema that is
-// refused or when memory runs out.
+// A validator on schema, unowned, with a reference of its own on schema; null for what is no valid
+// dictionary and when memory runs out. Whether the schema is sound, ValidateSchema tells.
 typedef POSValidator* (*POSStructValidatorNewStructValidatorProc)(POSDict* schema);
 
-// Registers a check under the name by which the schema refers to it. Non-zero on success.
+// Registers a check under the name by which the schema refers to it, in the place of one that has
+// the name. userData must live as long as self. Non-zero on success; zero, and nothing has changed,
+// for a null self, name or check and when memory runs out.
 typedef long (*POSStructValidatorRegisterCallbackProc)(
     POSValidator* self, BIBStringAtom* name, POSValidatorCheckCallback check, void const* userData);
 
-// Checks the schema itself; each message goes to errorProc. Non-zero when the schema is sound.
+// Checks the schema itself, after its checks have been registered; the paths of the messages lead
+// through the schema. The rest is as for Validate; checks are not called.
 typedef long (*POSStructValidatorValidateSchemaProc)(
     POSValidator* self, POSValidatorErrorCallback errorProc);
 

@@ -1,0 +1,106 @@
+#include "ValidatorFixture.h"
+
+namespace runtimetest {
+namespace {
+
+long Accept(
+    POSObject* /*value*/, BIBStringAtom* /*key*/, BIBSharedBuffer* /*m*/, void const* /*data*/) {
+    return 1;
+}
+
+class SchemaCheckTest : public RuntimeTest {};
+
+struct SchemaCase {
+    char const* fSchema;
+    char const* fMessages;
+};
+
+constexpr SchemaCase kWholeCases[] = {
+    {"<>", ""},
+    {"< I < optional < Q < type number min 0.00001 max 10 default 0.9 doc (Coarseness) > "
+     "H < type array count 4 of < type integer min 1 max 4 > > > > "
+     "PDFSettings < Level name optional < Embed boolean Image I > > >",
+     ""},
+    {"< number <> PDFSettings [] >",
+     "number says number, which is a kind and names no structure"
+     "|PDFSettings says an array, which is no structure"},
+    {"< S < optional 3 > >", "S/optional says the number 3, which is no dictionary"},
+    {"< S < a T optional < a name optional any > > T <> >",
+     "S/optional/a says a, which is a required setting as well"},
+    {"< T <> PDFSettings < a < type array of < type array of U > > > U < b U > V < b W > W <> >",
+     "T cannot be reached from PDFSettings|V cannot be reached from PDFSettings"
+     "|W cannot be reached from PDFSettings"},
+    {"< S <> T <> >", "T cannot be reached from S"},
+    {"< S < optional < a < type number min x > b < type T foo 1 > > > T < (c d) [] > >",
+     "S/optional/a/min says the name x, which is no number"
+     "|S/optional/b/foo says foo, which is no key of a rule"
+     "|T/c_d says an array, which is neither a word nor a dictionary"}};
+
+// The rule of S/K; messages stand behind that path.
+constexpr SchemaCase kRuleCases[] = {
+    {"boolean", ""},
+    {"C", ""},
+    {"S", ""},
+    {"< type C check C default x doc (some help) >", ""},
+    {"< type integer min 1 max 4 in [ 1 2 ] default 2 >", ""},
+    {"< type array count 2 of < type number max 3 default 1 > default [ 1 2 ] >", ""},
+    {"< type string in [ a ] default a >", ""},
+    {"< type hexstring default (FEFF) >", ""},
+    {"3", " says the number 3, which is neither a word nor a dictionary"},
+    {"<>", " says no type"},
+    {"numbr", " says numbr, which is no kind, structure or registered check"},
+    {"< type 3 >", "/type says the number 3, which is no kind, structure or registered check"},
+    {"< type name check D >", "/check says D, which is no registered check"},
+    {"< type name min 1 >", "/min says min, which fits only numbers"},
+    {"< type C max 1 >", "/max says max, which fits only numbers"},
+    {"< type array in [ 1 ] >",
+     "/in says in, which fits only numbers, names, strings and booleans"},
+    {"< type name of name >", "/of says of, which fits only arrays"},
+    {"< type any count 1 >", "/count says count, which fits only arrays"},
+    {"< type number min 3 max 2 >", "/min says a min of 3, which is above the max of 2"},
+    {"< type number in 3 >", "/in says the number 3, which is no array"},
+    {"< type number in [] >", "/in says an empty array, which allows nothing"},
+    {"< type integer in [ 1 1.5 ] >", "/in allows the number 1.5, which is of another type"},
+    {"< type string in [ 1 ] >", "/in allows the number 1, which is of another type"},
+    {"< type array count 1.5 >", "/count says the number 1.5, which is no whole number from 0"},
+    {"< type array count -1 >", "/count says the number -1, which is no whole number from 0"},
+    {"< type name doc 3 >", "/doc says the number 3, which is no text"},
+    {"< type number max 3 default 4 >", "/default expected a number of at most 3, found 4"},
+    {"< type array of S default [ < K [] > x ] >",
+     "/default[1] expected a dictionary, found the name x"},
+    {"< type array of < type array of < type nam > > >",
+     "/of/of/type says nam, which is no kind, structure or registered check"}};
+
+TEST_F(SchemaCheckTest, TellsEachFaultOfASchemaWithItsPlace) {
+    for (SchemaCase const& row : kWholeCases) {
+        SCOPED_TRACE(row.fSchema);
+        EXPECT_EQ(Validator(row.fSchema).JudgeSchema(), row.fMessages);
+    }
+}
+
+TEST_F(SchemaCheckTest, TellsEachFaultOfARuleWithItsPlace) {
+    for (SchemaCase const& row : kRuleCases) {
+        SCOPED_TRACE(row.fSchema);
+        Validator validator(std::string("< S < K ") + row.fSchema + " > >");
+        validator.Register("C", &Accept);
+        EXPECT_EQ(
+            validator.JudgeSchema(), *row.fMessages ? std::string("S/K") + row.fMessages : "");
+    }
+}
+
+TEST_F(SchemaCheckTest, ARuleThatContainsItselfIsToldAndJudgesWhatEnds) {
+    Held const schema(As<POSDict>(NewSettings("< S < K < type array of < type array > > > >")));
+    auto* const rule = As<POSDict>(Dicts().DeepGet(schema, Atom("S/K/of")));
+    Put(rule, "of", Dicts().DeepGet(schema, Atom("S/K")));
+    {
+        Validator const validator(schema);
+        EXPECT_EQ(validator.JudgeSchema(), "S/K says a rule that contains itself");
+        EXPECT_EQ(
+            validator.Judge(NewSettings("< K [ [ [] 1 ] ] >")),
+            "K[0][1] expected an array, found the number 1");
+    }
+    Dicts().Remove(rule, Atom("of"));
+}
+
+} // namespace
+} // namespace runtimetest

@@ -1,0 +1,232 @@
+#include <cstring>
+#include <limits>
+
+#include "ValidatorFixture.h"
+
+namespace runtimetest {
+namespace {
+
+long Refuse(
+    POSObject* /*value*/, BIBStringAtom* /*key*/, BIBSharedBuffer* message, void const* data) {
+    auto const& buffers = Rows<_t_BIBSharedBuffInterface>();
+    auto const* const text = static_cast<char const*>(data);
+    std::strncpy(
+        static_cast<char*>(buffers.GetBuffer(message)), text ? text : "", buffers.GetSize(message));
+    return 0;
+}
+
+// Accepts the number that is at data, and records the setting's name.
+std::string gNames;
+long AcceptOnly(
+    POSObject* value, BIBStringAtom* key, BIBSharedBuffer* /*message*/, void const* data) {
+    gNames += std::string(Atoms().GetCString(key)) + " ";
+    return NumberAt(value) == *static_cast<double const*>(data) ? 1 : 0;
+}
+
+class ValidatorTest : public RuntimeTest {};
+
+struct RuleCase {
+    char const* fRule;
+    char const* fValue; // empty for none
+    char const* fMessages;
+};
+
+constexpr RuleCase kRuleCases[] = {
+    {"boolean", "false", ""},
+    {"boolean", "", "K expected a boolean, found nothing"},
+    {"boolean", "3", "K expected a boolean, found the number 3"},
+    {"number", "-1e300", ""},
+    {"number", "true", "K expected a number, found the boolean true"},
+    {"integer", "-4", ""},
+    {"integer", "2.5", "K expected an integer, found the number 2.5"},
+    {"name", "Foo", ""},
+    {"name", "true", "K expected a name, found the boolean true"},
+    {"name", "$text", "K expected a name, found the string (text)"},
+    {"string", "$", ""},
+    {"string", "text", "K expected a string, found the name text"},
+    {"string", "#FEFF", "K expected a string, found the hexadecimal string <FEFF>"},
+    {"hexstring", "#FEFF", ""},
+    {"hexstring", "[]", "K expected a hexadecimal string, found an array"},
+    {"array", "[ 1 x ]", ""},
+    {"array", "<>", "K expected an array, found a dictionary"},
+    {"dictionary", "< a 1 >", ""},
+    {"dictionary", "(caf\xC3\xA9 \\n)", "K expected a dictionary, found the name caf?? ?"},
+    {"any", "<>", ""},
+    {"any", "", "K expected a value, found nothing"},
+    {"T", "<>", "K/n expected a number, found nothing"},
+    {"T", "< n 1 o 1 unknown x >", "K/o expected a boolean, found the number 1"},
+    {"T", "x", "K expected a dictionary, found the name x"},
+    {"< type number min 1 max 10 >", "12", "K expected a number from 1 to 10, found 12"},
+    {"< type integer min 1 max 10 >", "0", "K expected an integer from 1 to 10, found 0"},
+    {"< type number min 1 >", "0.5", "K expected a number of at least 1, found 0.5"},
+    {"< type number max 10 >", "10.5", "K expected a number of at most 10, found 10.5"},
+    {"< type number min 0.1 max 0.1 >", "0.100000001490116", ""},
+    {"< type number in [ 1.2 1.3 ] >", "1.29999995231628", ""},
+    {"< type integer in [ -1 1 2 ] >", "3", "K 3 is not one of -1, 1, 2"},
+    {"< type name in [ a b ] >", "b", ""},
+    {"< type name in [ a b ] >", "B", "K B is not one of a, b"},
+    {"< type string in [ a (b c) ] >", "($b c)", ""},
+    {"< type string in [ a (b c) ] >", "$b", "K (b) is not one of (a), (b c)"},
+    {"< type boolean in [ true ] >", "false", "K false is not one of true"},
+    {"< type number in [ 5 ] min 7 >", "6", "K 6 is not one of 5"},
+    {"< type array count 4 >", "[ 1 2 3 ]", "K expected 4 elements, found 3"},
+    {"< type array count 1 of T >",
+     "[ <> 1 ]",
+     "K expected 1 element, found 2|K[0]/n expected a number, found nothing"
+     "|K[1] expected a dictionary, found the number 1"},
+    {"< type array of < type array of integer > >",
+     "[ [ 1 ] [ 2 x ] ]",
+     "K[1][1] expected an integer, found the name x"},
+    {"Six", "6", ""},
+    {"Six", "Foo", "K expected what the check Six accepts, found the name Foo"},
+    {"Six", "", "K expected what the check Six accepts, found nothing"},
+    {"< type number check Six >", "5", "K expected what the check Six accepts, found the number 5"},
+    {"< type number max 4 check Six >", "5", "K expected a number of at most 4, found 5"},
+    {"Speaks", "5", "K says so"},
+    {"numbr",
+     "1",
+     "K cannot be judged: the schema says numbr, which is no kind, structure or registered check"},
+    {"numbr",
+     "",
+     "K cannot be judged: the schema says numbr, which is no kind, structure or registered check"},
+    {"< typ number >", "1", "K cannot be judged: the schema says typ, which is no key of a rule"},
+    {"U", "<>", "K cannot be judged: the schema says an array, which is no dictionary"}};
+
+TEST_F(ValidatorTest, EachKindOfRuleHasItsMessage) {
+    double const six = 6;
+    for (RuleCase const& row : kRuleCases) {
+        SCOPED_TRACE(std::string(row.fRule) + " on " + row.fValue);
+        std::string const rule = row.fRule;
+        Validator validator(
+            "< S < K " + rule +
+            " > T < n number optional < o boolean n name > > U < optional [] > >");
+        ASSERT_TRUE(validator.Register("Six", &Refuse));
+        ASSERT_TRUE(validator.Register("Six", &AcceptOnly, &six));
+        ASSERT_TRUE(validator.Register("Speaks", &Refuse, "says so"));
+        std::string const entry = *row.fValue ? std::string("K ") + row.fValue : "";
+        EXPECT_EQ(validator.Judge(NewSettings("< " + entry + " >")), row.fMessages);
+    }
+}
+
+TEST_F(ValidatorTest, AChecksNameIsThatOfTheSetting) {
+    double const one = 1;
+    Validator validator("< S < K < type array of < type array of C > > > >");
+    validator.Register("C", &AcceptOnly, &one);
+    gNames.clear();
+    EXPECT_EQ(validator.Judge(NewSettings("< K [ [ 1 ] [ 1 ] ] >")), "");
+    EXPECT_EQ(gNames, "K K ");
+}
+
+TEST_F(ValidatorTest, AMessageWithoutAnEndIsAsLongAsTheBuffer) {
+    std::string const text(300, 'm');
+    Validator validator("< S < K C > >");
+    validator.Register("C", &Refuse, text.c_str());
+    EXPECT_EQ(validator.Judge(NewSettings("< K 1 >")), "K " + std::string(256, 'm'));
+}
+
+TEST_F(ValidatorTest, TheValueItselfStandsUnderTheStructuresName) {
+    Validator const validator("< S <> (a b) < k number > >");
+    EXPECT_EQ(validator.Judge(NewSettings("3")), "S expected a dictionary, found the number 3");
+    EXPECT_EQ(
+        validator.Judge(NewSettings("<>"), "T"),
+        "T cannot be judged: the schema has no such structure");
+    EXPECT_EQ(validator.Judge(NewSettings("<>"), "a b"), "k expected a number, found nothing");
+    Validator const odd("< S < (a\\nb c) number > >");
+    EXPECT_EQ(odd.Judge(NewSettings("<>")), "a_b_c expected a number, found nothing");
+}
+
+TEST_F(ValidatorTest, LongTextsAreCutShort) {
+    std::string const key(2000, 'k');
+    std::string const word(100, 'w');
+    Validator const validator("< S < optional < " + key + " number > > >");
+    EXPECT_EQ(
+        validator.Judge(NewSettings("< " + key + " " + word + " >")),
+        "..." + key.substr(1000) + " expected a number, found the name " + word.substr(40) + "...");
+}
+
+TEST_F(ValidatorTest, ValuesOfNoKindOfTheSchemasAreToldSo) {
+    unsigned short const noUnits[] = {0};
+    Validator const validator("< S < K name > >");
+    POSObject* const values[] = {
+        As<POSObject>(NewMemoryStream()),
+        As<POSObject>(Rows<_t_POSUnicodeStringInterface>().NewPOSUnicodeString(noUnits)),
+        As<POSObject>(Rows<_t_POSBinDataInterface>().NewPOSBinData("other", nullptr, 0))};
+    for (POSObject* const value : values) {
+        POSDict* const settings = Dicts().NewPOSDict();
+        Put(settings, "K", value);
+        EXPECT_EQ(
+            validator.Judge(As<POSObject>(settings)),
+            "K expected a name, found another kind of value");
+    }
+}
+
+TEST_F(ValidatorTest, NumbersThatAreNoNumbersAreOutOfEveryRange) {
+    Validator const validator("< S < K < type number min -1 max 1 > > I < K integer > >");
+    Held const settings(Dicts().NewPOSDict());
+    Put(settings, "K", NewNumber(std::numeric_limits<double>::quiet_NaN()));
+    EXPECT_EQ(validator.Judge(settings.Value()), "K expected a number from -1 to 1, found nan");
+    Put(settings, "K", NewNumber(std::numeric_limits<double>::infinity()));
+    EXPECT_EQ(validator.Judge(settings.Value()), "K expected a number from -1 to 1, found inf");
+    EXPECT_EQ(
+        validator.Judge(settings.Value(), "I"), "K expected an integer, found the number inf");
+}
+
+TEST_F(ValidatorTest, WrongArgumentsNeverPass) {
+    auto const& rows = Rows<_t_POSStructValidatorInterface>();
+    Held const number(NewNumber(1));
+    EXPECT_EQ(rows.NewPOSStructValidator(nullptr), nullptr);
+    EXPECT_EQ(rows.NewPOSStructValidator(As<POSDict>(number.Value())), nullptr);
+    Validator validator("< S <> >");
+    EXPECT_FALSE(validator.Register("C", nullptr));
+    EXPECT_EQ(rows.RegisterCallbackProc(validator, nullptr, &Refuse, nullptr), 0);
+    EXPECT_EQ(rows.ValidateSchema(As<POSValidator>(number.Value()), &Messages::Add), 0);
+    EXPECT_FALSE(validator.Passes(nullptr));
+    EXPECT_EQ(validator.fMethods.Validate(validator, number, nullptr, &Messages::Add), 0);
+    EXPECT_EQ(validator.fMethods.Validate(validator, number, Atom("S"), nullptr), 0);
+    EXPECT_EQ(Messages::Take(), "");
+}
+
+TEST_F(ValidatorTest, ExceptionsOfCallbacksPassThrough) {
+    Validator validator("< S < K C > >");
+    Held const settings(NewSettings("< K 1 >"));
+    auto const judge = [&](POSValidatorErrorCallback errorProc) {
+        validator.fMethods.Validate(validator, settings, Atom("S"), errorProc);
+    };
+    validator.Register("C", &Refuse);
+    EXPECT_THROW(judge([](char const*) { throw 1; }), int);
+    EXPECT_THROW(judge([](char const*) { throw std::bad_alloc(); }), std::bad_alloc);
+    validator.Register("C", [](POSObject*, BIBStringAtom*, BIBSharedBuffer*, void const*) -> long {
+        throw std::length_error("host");
+    });
+    EXPECT_THROW(judge(nullptr), std::length_error);
+}
+
+// Gives up all that the host holds.
+POSDict* gDropped = nullptr;
+void DropSettings(char const* /*message*/) {
+    Containers().Release(As<BIBContainer>(std::exchange(gDropped, nullptr)));
+}
+
+TEST_F(ValidatorTest, SettingsAreAliveUntilTheEndAndUnownedOnesStaySo) {
+    Validator const validator("< S < a number b number > >");
+    gDropped = Dicts().NewPOSDict();
+    Containers().AddRef(As<BIBContainer>(gDropped));
+    auto* const value = As<POSObject>(gDropped);
+    EXPECT_EQ(validator.fMethods.Validate(validator, value, Atom("S"), &DropSettings), 0);
+    POSObject* const unowned = NewSettings("< a 1 b 2 >");
+    EXPECT_TRUE(validator.Passes(unowned));
+    EXPECT_NE(Containers().DeleteUnownedContainer(As<BIBContainer>(unowned)), 0);
+}
+
+TEST_F(ValidatorTest, AValueThatContainsItselfEndsTheJudgement) {
+    Validator const validator("< S < optional < a S b S n number > > >");
+    Held const settings(As<POSDict>(NewSettings("< n x >")));
+    Put(settings, "a", settings.Value());
+    Put(settings, "b", settings.Value());
+    EXPECT_EQ(validator.Judge(settings.Value()), "a cannot be judged: it contains itself");
+    Dicts().Remove(settings, Atom("a"));
+    Dicts().Remove(settings, Atom("b"));
+}
+
+} // namespace
+} // namespace runtimetest
