@@ -1,6 +1,8 @@
 #include "source/JoboptionsWriter.h"
 
+#include <algorithm>
 #include <cstring>
+#include <string_view>
 
 #include "bib/POSArray.h"
 #include "bib/POSBinData.h"
@@ -39,12 +41,13 @@ bool Probe(Write write) {
 
 // In few writes: deep nesting writes more blanks than anything else.
 void WriteIndents(unsigned long count, CBIBPositionableStream& stream) {
+    static constexpr char kBlanks[] = "                                ";
     static_assert(std::string_view(kLevelIndentStr) == "  ");
-    static constexpr std::string_view kBlanks = "                                ";
-    for (unsigned long left = count * std::strlen(kLevelIndentStr); left > 0;) {
-        std::string_view const blanks = kBlanks.substr(0, left);
-        WriteText(blanks, stream);
-        left -= blanks.size();
+    unsigned long left = count * std::strlen(kLevelIndentStr);
+    while (left > 0) {
+        unsigned long const size = std::min(left, std::strlen(kBlanks));
+        stream.Write(static_cast<void const*>(kBlanks), size);
+        left -= size;
     }
 }
 
@@ -74,56 +77,63 @@ int DecimalsOf(char const* key) noexcept {
     return std::strcmp(key, "SyntheticBoldness") == 0 ? 2 : 0;
 }
 
-void WriteEntry(
-    char const* key, CPOSDict const& dict, CBIBPositionableStream& stream, unsigned long level) {
+void WriteKey(char const* key, CBIBPositionableStream& stream, unsigned long level) {
     WriteIndents(level, stream);
     WriteText("/", stream);
     WriteText(key, stream);
     WriteText(" ", stream);
+}
+
+void WriteEntry(
+    char const* key, CPOSDict const& dict, CBIBPositionableStream& stream, unsigned long level) {
+    WriteKey(key, stream, level);
     CPOSObject const value = dict.Get(key, /*quiet=*/false);
     if (!SpecialKeyFormatting(key, value, stream)) {
         GetValue(value, stream, level);
     }
 }
 
-void WriteDict(CPOSDict const& dict, CBIBPositionableStream& stream, unsigned long level) {
-    WriteText("<<\r\n", stream);
-    BIB_T_NMT::CPOSDictIterator const cursor(dict);
-    for (cursor.Begin(); !cursor.IsDone(); cursor.Next()) {
-        WriteEntry(cursor.CurKey(), dict, stream, level + 1);
-    }
+void WriteElement(CPOSObject const& value, CBIBPositionableStream& stream, unsigned long level) {
     WriteIndents(level, stream);
-    WriteText(level == 0 ? ">> setalembicorparams\r\n" : ">>\r\n", stream);
+    GetValue(value, stream, level);
 }
 
-void WriteArray(CPOSArray const& array, CBIBPositionableStream& stream, unsigned long level) {
-    WriteText("[\r\n", stream);
-    unsigned long const count = array.Count();
-    for (unsigned int index = 0; index < count; ++index) {
-        WriteIndents(level + 1, stream);
-        GetValue(array[index], stream, level + 1);
-    }
+void WriteClosing(char const* closing, CBIBPositionableStream& stream, unsigned long level) {
     WriteIndents(level, stream);
-    WriteText("]\r\n", stream);
+    WriteText(closing, stream);
+}
+
+// The functions below are out of line, so that their objects do not stand in the frames that a
+// nested value is written from.
+[[noreturn, gnu::noinline]] void ThrowTooDeep() {
+    throw NestingException();
+}
+
+[[noreturn, gnu::noinline]] void ThrowUnknownType() {
+    // sic: hosts compare this text
+    throw PDFSettingsImpl::CPDFSettingsError(
+        "GetValue for POSObject is unknow type", PDFSettingsImpl::kInternalError);
+}
+
+[[gnu::noinline]] void Empty(CBIBPositionableStream& stream) {
+    stream = CBIBPositionableStream();
 }
 
 } // namespace
 
-void WriteText(std::string_view text, CBIBPositionableStream& stream) {
-    stream.Write(static_cast<void const*>(text.data()), text.size());
+void WriteText(char const* text, CBIBPositionableStream& stream) {
+    stream.Write(static_cast<void const*>(text), std::strlen(text));
 }
 
 void GetValue(CPOSObject const& value, CBIBPositionableStream& stream, unsigned long level) {
     if (!platform::StackWatch::HasRoom()) {
-        throw NestingException();
+        ThrowTooDeep();
     }
     bool const isWritten = IsName(value, stream) || IsString(value, stream) ||
                            IsNumber(value, stream) || IsArray(value, stream, level) ||
                            IsDict(value, stream, level) || IsUnicodeString(value, stream);
     if (!isWritten) {
-        // sic: hosts compare this text
-        throw PDFSettingsImpl::CPDFSettingsError(
-            "GetValue for POSObject is unknow type", PDFSettingsImpl::kInternalError);
+        ThrowUnknownType();
     }
 }
 
@@ -196,10 +206,16 @@ bool SpecialKeyFormatting(
 bool IsArray(CPOSObject const& value, CBIBPositionableStream& stream, unsigned long level) {
     try {
         CPOSArray const array(value, /*quiet=*/true);
-        if (array.IsValid()) {
-            WriteArray(array, stream, level);
+        if (!array.IsValid()) {
+            return false;
         }
-        return array.IsValid();
+        WriteText("[\r\n", stream);
+        unsigned long const count = array.Count();
+        for (unsigned int index = 0; index < count; ++index) {
+            WriteElement(array[index], stream, level + 1);
+        }
+        WriteClosing("]\r\n", stream, level);
+        return true;
     } catch (NestingException const&) {
         throw;
     } catch (...) {
@@ -210,15 +226,21 @@ bool IsArray(CPOSObject const& value, CBIBPositionableStream& stream, unsigned l
 bool IsDict(CPOSObject const& value, CBIBPositionableStream& stream, unsigned long level) {
     try {
         CPOSDict const dict(value, /*quiet=*/true);
-        if (dict.IsValid()) {
-            WriteDict(dict, stream, level);
+        if (!dict.IsValid()) {
+            return false;
         }
-        return dict.IsValid();
+        WriteText("<<\r\n", stream);
+        BIB_T_NMT::CPOSDictIterator const cursor(dict);
+        for (cursor.Begin(); !cursor.IsDone(); cursor.Next()) {
+            WriteEntry(cursor.CurKey(), dict, stream, level + 1);
+        }
+        WriteClosing(level == 0 ? ">> setalembicorparams\r\n" : ">>\r\n", stream, level);
+        return true;
     } catch (NestingException const&) {
         throw;
     } catch (...) {
         // Half a dictionary would be read back as other settings than these.
-        stream = CBIBPositionableStream();
+        Empty(stream);
         return false;
     }
 }

@@ -7,8 +7,6 @@
 // empty stream may throw. REQUIRES: a platform::StackWatch lives on the thread.
 #pragma once
 
-#include <string_view>
-
 #include "bib/BIBClientBase.h"
 #include "bib/BIBStream.h"
 #include "bib/POSObject.h"
@@ -21,8 +19,8 @@ inline constexpr char kLevelIndentStr[] = "  ";
 // Says that a value is nested too deep for the stack. Never leaves the writer.
 class NestingException : public BIB_T_NMT::CBIBVirtualClientBase {};
 
-// Writes text. Throws the stream's error.
-void WriteText(std::string_view text, BIB_T_NMT::CBIBPositionableStream& stream);
+// Writes a NUL-terminated text. Throws the stream's error.
+void WriteText(char const* text, BIB_T_NMT::CBIBPositionableStream& stream);
 
 // Writes the value of any kind. Throws CPDFSettingsError for one of no known kind, and for one
 // that could not be written.

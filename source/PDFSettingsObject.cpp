@@ -34,7 +34,7 @@ CPOSArray PDFSettingsObject::SetSettings(CPOSDict const& changes) {
         CBIBStringAtom const key(cursor.CurKey());
         merged.Put(key, changes.Get(key, /*quiet=*/false));
     }
-    CPOSArray const errors = IsPDFSettingsValid(merged);
+    CPOSArray errors = IsPDFSettingsValid(merged);
     if (errors.Count() == 0) {
         fSettings = merged;
     }

@@ -22,8 +22,7 @@ constexpr char kRootStructure[] = "PDFSettings";
 // Throws POSException for a text that does not parse to a dictionary.
 CPOSDict ReadSchema(char const* text) {
     char const* errorText = nullptr;
-    CPOSDict const schema(
-        CPOSObject::CreateFromText(text, &errorText, /*quiet=*/true), /*quiet=*/false);
+    CPOSDict schema(CPOSObject::CreateFromText(text, &errorText, /*quiet=*/true), /*quiet=*/false);
     if (!schema.IsValid()) {
         throw CPDFSettingsError(errorText, kSchemaError);
     }
@@ -58,7 +57,7 @@ CPOSArray PDFSettingsObject::IsPDFSettingsValid() const {
 }
 
 CPOSArray PDFSettingsObject::IsPDFSettingsValid(CPOSDict const& settings) const {
-    CPOSArray const errors;
+    CPOSArray errors;
     CPOSDict const schema = ReadSchema(fSchema.GetBuffer());
     POSValidatorErrorProc const receiver(errors);
     CPOSStructValidator validator(schema);

@@ -22,9 +22,11 @@ public:
     // Appends a record for message, a key, a space and a text: a dictionary with the 8-bit strings
     // "Key" and "ErrorMsg". Throws the memory error, for a message without a space too; it passes
     // through the validator. REQUIRES: an instance lives.
-    static void errproc(char const* message); // NOLINT(readability-identifier-naming)
+    // NOLINTNEXTLINE(readability-identifier-naming): its fixed name
+    static void errproc(char const* message);
 
     // The one that lives, or null.
+    // NOLINTNEXTLINE(readability-identifier-naming): its fixed name
     static POSValidatorErrorProc* gPOSValidatorErrorProc;
 
 private:

@@ -1,0 +1,216 @@
+// Settings judged and changed by their schema.
+
+#include "tests/support/Describe.h"
+#include "tests/support/Settings.h"
+
+namespace support {
+
+namespace {
+
+// The text of settings that hold entries.
+std::string File(std::string const& entries) {
+    return "<<" + entries + " >>setalembicorparams";
+}
+
+// A schema whose settings may all be missing.
+std::string Optional(std::string const& rules, std::string const& structures = "") {
+    return "< PDFSettings < optional < " + rules + " > > " + structures + " >";
+}
+
+std::string const kUnusable = "unknown BIB error";
+
+} // namespace
+
+class Validation : public SettingsTest {
+protected:
+    // Records as "[<<Key /key ErrorMsg /text>>]", or what was reported.
+    std::string DescribeErrors(POSArray* errors) {
+        if (errors == nullptr) {
+            std::string const report = fLog.fMessages.empty() ? "no report" : fLog.fMessages.back();
+            fLog.fMessages.clear();
+            return report;
+        }
+        AddRef(errors);
+        std::string const text = Describer(fTables)(reinterpret_cast<POSObject*>(errors));
+        Release(errors);
+        return text;
+    }
+
+    // The errors of settings with entries by schema.
+    std::string Validate(std::string const& entries, std::string const& schema) {
+        PDFSettings* const settings = NewSettings(File(entries), schema.c_str());
+        std::string const before = Describe(settings);
+        std::string const errors = DescribeErrors(fIsPDFSettingsValid(settings));
+        EXPECT_EQ(before, Describe(settings));
+        Release(settings);
+        return errors;
+    }
+
+    std::string Set(PDFSettings* settings, std::string const& changes) {
+        auto* const dict = NewValue<POSDict>(changes);
+        std::string const errors = DescribeErrors(fSetSettings(settings, dict));
+        Release(dict);
+        return errors;
+    }
+
+    std::string Describe(PDFSettings* settings) const {
+        return Describer(fTables).Dict(fGetSettings(settings));
+    }
+};
+
+TEST_F(Validation, GivesARecordForEachMessage) {
+    std::string const schema = "< PDFSettings < Must number optional < A number B boolean "
+                               "CompatibilityLevel CompatibilityLevelParams "
+                               "ColorImageDepth ImageDepthParams optional number > > >";
+    struct {
+        char const* fEntries;
+        char const* fErrors;
+    } const kCases[] = {
+        {"/Must 1 /A 2 /B true", "[]"},
+        {"", "[<<Key /Must ErrorMsg /expected a number, found nothing>>]"},
+        {"/Must 1 /B 3 /A /x",
+         "[<<Key /A ErrorMsg /expected a number, found the name x>> "
+         "<<Key /B ErrorMsg /expected a boolean, found the number 3>>]"},
+        {"/Must 1 /NotInTheSchema (anything) /optional 1", "[]"},
+        {"/Must 1 /CompatibilityLevel 1.3000000001 /ColorImageDepth -1", "[]"},
+        {"/Must 1 /CompatibilityLevel 1.31 /ColorImageDepth 3",
+         "[<<Key /CompatibilityLevel ErrorMsg /Invalid CompatibilityLevel>> "
+         "<<Key /ColorImageDepth ErrorMsg /Invalid ImageDepth>>]"},
+        {"/Must 1 /CompatibilityLevel (1.3) /ColorImageDepth /8",
+         "[<<Key /CompatibilityLevel ErrorMsg /Invalid CompatibilityLevel>> "
+         "<<Key /ColorImageDepth ErrorMsg /Invalid ImageDepth>>]"},
+    };
+    for (auto const& row : kCases) {
+        EXPECT_EQ(row.fErrors, Validate(row.fEntries, schema)) << "of: " << row.fEntries;
+    }
+}
+
+// A namespace that is judged draws an error here, for it lacks a required setting.
+TEST_F(Validation, JudgesTheNamespacesOfCertainProductsAlone) {
+    std::string const schema =
+        Optional("OtherNamespaces < type array of Judged >", "Judged < Must number optional < > >");
+    std::string const missing = " ErrorMsg /expected a number, found nothing>>";
+    struct {
+        char const* fNamespaces;
+        unsigned long fErrors;
+    } const kCases[] = {
+        {"<< /Namespace [ (Ardeo) (Pagemint) (4.0) ] >>", 1},
+        {"<< /Namespace [ (Ardeo) (Pagemint) (5.0) ] >>", 1},
+        {"<< /Namespace [ (Ardeo) (Pagemint) (6.0) ] >>", 0},
+        {"<< /Namespace [ (Ardeo) (Pagemint) 4.0 ] >>", 0},
+        {"<< /Namespace [ (Ardeo) (VPandPMPrivate) (x) ] >>", 1},
+        {"<< /Namespace [ (Ardeo) (Vectrapaint) /x ] >>", 1},
+        {"<< /Namespace [ (Ardeo) (Webrix) (8.0) ] >>", 1},
+        {"<< /Namespace [ (Ardeo) (Webrix) (4.0) ] >>", 0},
+        {"<< /Namespace [ (Ardeo) (TessellaSuite) (2.0) ] >>", 1},
+        {"<< /Namespace [ (Ardeo) (TessellaSuite) (8.0) ] >>", 0},
+        {"<< /Namespace [ (Ardeo) (Common) (1.0) ] >>", 0},
+        {"<< /Namespace [ (Ardeo) /Pagemint (4.0) ] >>", 0},
+        {"<< /Namespace [ (ardeo) (Pagemint) (4.0) ] >>", 0},
+        {"<< /Namespace [ /Ardeo (Pagemint) (4.0) ] >>", 0},
+        {"<< /Namespace [ (Ardeo) (Pagemint) (4.0) (more) ] >>", 1},
+        {"<< /Namespace [ (x) (x) (x) (more) ] >>", 0},
+        {"<< /Namespace [ (x) (x) ] >>", 1},
+        {"<< /Namespace (x) >>", 1},
+        {"<< /Other [ (x) (x) (x) ] >>", 1},
+        {"12 [ ]", 2},
+    };
+    for (auto const& row : kCases) {
+        std::string const entries = std::string("/OtherNamespaces [ ") + row.fNamespaces + " ]";
+        std::string const errors = Validate(entries, schema);
+        unsigned long found = 0;
+        for (std::size_t at = errors.find("<<Key"); at != std::string::npos;
+             at = errors.find("<<Key", at + 1)) {
+            ++found;
+        }
+        EXPECT_EQ(row.fErrors, found) << entries << ": " << errors;
+    }
+    EXPECT_EQ(
+        "[<<Key /OtherNamespaces[0]/Must" + missing + " <<Key /OtherNamespaces[1]/Must" + missing +
+            "]",
+        Validate(
+            "/OtherNamespaces [ << /Namespace [ (x) (x) (x) ] >> << /A 1 >> "
+            "<< /Namespace [ (Ardeo) (x) (x) ] >> << /Namespace [ (Ardeo) (Webrix) (8.0) ] >> "
+            "<< /Namespace [ (x) (x) (x) ] >> ]",
+            schema));
+    EXPECT_EQ(
+        "[<<Key /OtherNamespaces ErrorMsg /expected an array, found the number 1>>]",
+        Validate("/OtherNamespaces 1", schema));
+}
+
+TEST_F(Validation, NeedsAUsableSchemaAndChangesNothingWithoutOne) {
+    for (char const* const schema :
+         {"",
+          "not closed <",
+          "12",
+          "[ ]",
+          "< >",
+          "< Other < optional < > > >",
+          "< PDFSettings < A number > >",
+          "< PDFSettings 1 >",
+          "< PDFSettings < optional 1 > >"}) {
+        PDFSettings* const settings = NewSettings(File("/A 1"), schema);
+        EXPECT_EQ(kUnusable, DescribeErrors(fIsPDFSettingsValid(settings))) << schema;
+        EXPECT_EQ(kUnusable, Set(settings, "< A 2 >")) << schema;
+        EXPECT_EQ("<<A 1>>", Describe(settings)) << schema;
+        Release(settings);
+    }
+}
+
+TEST_F(Validation, FailsForSettingsThatCannotBeCopied) {
+    auto* const dict = NewValue<POSDict>("< A 1 >");
+    PDFSettings* const settings = fNewFromDict(dict, Optional("").c_str());
+    AddRef(settings);
+    BIBStringAtom* const atom = fTables.fStringAtom.NewStringAtom("Itself");
+    fTables.fDict.Put(dict, atom, reinterpret_cast<POSObject*>(dict));
+    EXPECT_EQ(kUnusable, DescribeErrors(fIsPDFSettingsValid(settings)));
+    EXPECT_EQ(kUnusable, Set(settings, "< A 2 >"));
+    fTables.fDict.Remove(dict, atom);
+    fTables.fStringAtom.DeleteStringAtom(atom);
+    EXPECT_EQ("<<A 1>>", Describe(settings));
+    Release(dict);
+    Release(settings);
+}
+
+TEST_F(Validation, ChangesAllSettingsOrNone) {
+    std::string const schema = Optional("A number B boolean C any");
+    PDFSettings* const settings = NewSettings(File("/A 1 /Unknown /x /B true"), schema.c_str());
+    struct {
+        char const* fChanges;
+        char const* fErrors;
+        char const* fSettings;
+    } const kCases[] = {
+        {"< C [ 1 ] A 2 New 3 >", "[]", "<<A 2 Unknown /x B /true C [1] New 3>>"},
+        {"< >", "[]", "<<A 2 Unknown /x B /true C [1] New 3>>"},
+        {"< A 3 B 4 >",
+         "[<<Key /B ErrorMsg /expected a boolean, found the number 4>>]",
+         "<<A 2 Unknown /x B /true C [1] New 3>>"},
+        {"< B false >", "[]", "<<A 2 Unknown /x B /false C [1] New 3>>"},
+    };
+    for (auto const& row : kCases) {
+        EXPECT_EQ(row.fErrors, Set(settings, row.fChanges)) << row.fChanges;
+        EXPECT_EQ(row.fSettings, Describe(settings)) << row.fChanges;
+    }
+    EXPECT_EQ("invalid container", DescribeErrors(fSetSettings(settings, nullptr)));
+    Release(settings);
+}
+
+TEST_F(Validation, SharesTheValuesOfAChangeAndReplacesTheDictionary) {
+    PDFSettings* const settings = NewSettings(File("/A 1"), Optional("C any").c_str());
+    POSDict* const before = fGetSettings(settings);
+    AddRef(before);
+    auto* const changes = NewValue<POSDict>("< C [ 1 ] >");
+    EXPECT_EQ("[]", DescribeErrors(fSetSettings(settings, changes)));
+    EXPECT_NE(before, fGetSettings(settings));
+    EXPECT_EQ("<<A 1>>", Describer(fTables).Dict(before));
+    BIBStringAtom* const atom = fTables.fStringAtom.NewStringAtom("C");
+    POSObject* const shared = fTables.fDict.Get(changes, atom);
+    EXPECT_EQ(shared, fTables.fDict.Get(fGetSettings(settings), atom));
+    fTables.fStringAtom.DeleteStringAtom(atom);
+    Release(before);
+    Release(changes);
+    EXPECT_NE(std::string::npos, Text(settings).find("/C [\r\n    1\r\n  ]\r\n"));
+    Release(settings);
+}
+
+} // namespace support
