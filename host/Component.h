@@ -33,6 +33,7 @@ public:
     long Version() const;
 
 private:
+    friend class Schema;
     friend class Settings;
 
     std::shared_ptr<detail::RunningComponent> fRunning;

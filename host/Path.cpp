@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <utility>
 
 namespace pdfsettings {
 
@@ -10,6 +11,16 @@ namespace {
 // The length of the first part of path. A slash that begins a part belongs to it.
 std::size_t PartSize(std::string_view path) {
     return std::min(path.find('/', 1), path.size());
+}
+
+// The length of a path without its last part; 0 for a path of one part.
+std::size_t ParentSize(std::string_view path) {
+    std::size_t parentSize = 0;
+    for (std::size_t size = PartSize(path); size < path.size();) {
+        parentSize = size;
+        size += 1 + PartSize(path.substr(size + 1));
+    }
+    return parentSize;
 }
 
 Value const* AtPosition(Array const& array, std::string_view part) {
@@ -39,6 +50,38 @@ Value const* Find(Dictionary const& settings, std::string_view path) {
         value = Step(*value, path.substr(0, size));
     }
     return value;
+}
+
+std::string_view FirstPart(std::string_view path) {
+    return path.substr(0, PartSize(path));
+}
+
+std::string_view LastPart(std::string_view path) {
+    std::size_t const parentSize = ParentSize(path);
+    return parentSize == 0 ? path : path.substr(parentSize + 1);
+}
+
+bool SetAt(Dictionary& settings, std::string_view path, Value value) {
+    if (Value* const present = Find(settings, path)) {
+        *present = std::move(value);
+        return true;
+    }
+    std::size_t const parentSize = ParentSize(path);
+    if (parentSize == 0) {
+        settings.Set(std::string(path), std::move(value));
+        return true;
+    }
+    Value* const parent = Find(settings, path.substr(0, parentSize));
+    auto* const dictionary = parent == nullptr ? nullptr : parent->If<Dictionary>();
+    if (dictionary != nullptr) {
+        dictionary->Set(std::string(LastPart(path)), std::move(value));
+    }
+    return dictionary != nullptr;
+}
+
+Value* Find(Dictionary& settings, std::string_view path) {
+    // The value belongs to settings, which the caller may change.
+    return const_cast<Value*>(Find(std::as_const(settings), path));
 }
 
 } // namespace pdfsettings

@@ -12,5 +12,14 @@ namespace pdfsettings {
 // part of settings. A slash that begins a key belongs to it, as it does in a file: "A//B" is the
 // key "/B" in A.
 Value const* Find(Dictionary const& settings, std::string_view path);
+Value* Find(Dictionary& settings, std::string_view path);
+
+// The first and the last key or position of a path.
+std::string_view FirstPart(std::string_view path);
+std::string_view LastPart(std::string_view path);
+
+// Stores value at a path: in the dictionary that the path leads to, under a new key too, or in
+// place of an element. False, and nothing is stored, when there is no such dictionary or element.
+bool SetAt(Dictionary& settings, std::string_view path, Value value);
 
 } // namespace pdfsettings

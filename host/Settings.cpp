@@ -1,7 +1,9 @@
 #include "host/Settings.h"
 
 #include "host/Component.h"
+#include "host/Error.h"
 #include "host/detail/BuildValues.h"
+#include "host/detail/ReadStream.h"
 #include "host/detail/ReadValues.h"
 #include "host/detail/ReportChannel.h"
 #include "host/detail/RunningComponent.h"
@@ -29,6 +31,28 @@ Ref<BIBPositionableStream> MakeStream(Bindings const& tables, std::string_view b
     BIBPositionableStream* stream = nullptr;
     detail::ThrowIfError(tables, tables.streams.NewPositionableBufferStream(&stream, buffer.get()));
     return detail::Share(tables, stream);
+}
+
+// The component gives no error for a value that it cannot write, but one of these two texts.
+bool IsTextOfAFailure(std::string_view text) {
+    return text.empty() || text == "<<\r\n>> setpagedevice\r\n";
+}
+
+std::string TextOf(Dictionary const& record, char const* key) {
+    Value const* const value = record.Get(key);
+    auto const* const word = value == nullptr ? nullptr : value->If<Word>();
+    return word == nullptr ? std::string() : word->text;
+}
+
+std::vector<Finding> ReadFindings(Bindings const& tables, POSArray* errors) {
+    std::vector<Finding> findings;
+    Array const records = detail::ReadValues(tables, errors);
+    for (std::size_t place = 0; place < records.Size(); ++place) {
+        if (auto const* const record = records[place].If<Dictionary>()) {
+            findings.push_back({TextOf(*record, "Key"), TextOf(*record, "ErrorMsg")});
+        }
+    }
+    return findings;
 }
 
 } // namespace
@@ -75,6 +99,38 @@ Dictionary Settings::Values() const {
                           return tables.settings.GetSettings(fState->fSettings.get());
                       }));
     return detail::ReadValues(tables, dict.get());
+}
+
+std::string Settings::Text() const {
+    Bindings const& tables = fState->fRunning->Tables();
+    Ref<BIBPositionableStream> const stream =
+        detail::Share(tables, ReportedCall("GetJobOptionsData", [&] {
+                          return tables.settings.GetJobOptionsData(fState->fSettings.get());
+                      }));
+    std::string text = detail::ReadStream(tables, stream.get());
+    if (IsTextOfAFailure(text)) {
+        throw Error("a value of these settings has no form in a settings file");
+    }
+    return text;
+}
+
+std::vector<Finding> Settings::Validate() const {
+    Bindings const& tables = fState->fRunning->Tables();
+    Ref<POSArray> const errors =
+        detail::Share(tables, ReportedCall("IsPDFSettingsValid", [&] {
+                          return tables.settings.IsPDFSettingsValid(fState->fSettings.get());
+                      }));
+    return ReadFindings(tables, errors.get());
+}
+
+std::vector<Finding> Settings::Set(Dictionary const& changes) {
+    Bindings const& tables = fState->fRunning->Tables();
+    Ref<POSDict> const dict = detail::BuildValues(tables, changes);
+    Ref<POSArray> const errors =
+        detail::Share(tables, ReportedCall("SetSettings", [&] {
+                          return tables.settings.SetSettings(fState->fSettings.get(), dict.get());
+                      }));
+    return ReadFindings(tables, errors.get());
 }
 
 } // namespace pdfsettings

@@ -1,11 +1,13 @@
 // One set of PDF conversion settings.
 #pragma once
 
+#include "host/Finding.h"
 #include "host/Value.h"
 
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace pdfsettings {
 
@@ -37,6 +39,21 @@ public:
 
     // A copy of all settings in their order. Throws Error when memory runs out.
     Dictionary Values() const;
+
+    // The settings as job options text, in the component's own layout. Throws Error when memory
+    // runs out and when a value has no form in such a text: a binary type of another name than the
+    // tail's, a 16-bit text.
+    std::string Text() const;
+
+    // The faults of the settings by their schema; none when they are valid. A setting that the
+    // schema does not know is no fault. Throws Error with the reported reason when the schema
+    // cannot be used.
+    std::vector<Finding> Validate() const;
+
+    // Changes the settings under all keys of changes, unless the result has faults by the schema:
+    // then nothing changes. The faults; none when the change was made. Throws Error as Validate and
+    // FromValues do, and then nothing has changed.
+    [[nodiscard]] std::vector<Finding> Set(Dictionary const& changes);
 
 private:
     struct State;

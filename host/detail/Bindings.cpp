@@ -54,6 +54,8 @@ Bindings::Bindings(BIBLookupProc lookup)
           BIB_STREAM_FACTORY_INTERFACE_ROWS)),
       atoms(PDFSETTINGS_FOUND_TABLE(
           _t_BIBStringInterface, "BIBStringInterface", BIB_STRING_INTERFACE_ROWS)),
+      objects(PDFSETTINGS_FOUND_TABLE(
+          _t_POSObjectStatics, "POSObjectStatics", POS_OBJECT_STATICS_ROWS)),
       numbers(PDFSETTINGS_FOUND_TABLE(
           _t_POSNumberInterface, "POSNumberInterface", POS_NUMBER_INTERFACE_ROWS)),
       strings(PDFSETTINGS_FOUND_TABLE(
@@ -70,6 +72,9 @@ Bindings::Bindings(BIBLookupProc lookup)
       iterators(PDFSETTINGS_FOUND_TABLE(
           _t_POSDictIteratorInterface, "POSDictIteratorInterface",
           POS_DICT_ITERATOR_INTERFACE_ROWS)),
+      validators(PDFSETTINGS_FOUND_TABLE(
+          _t_POSStructValidatorInterface, "POSStructValidatorInterface",
+          POS_STRUCT_VALIDATOR_INTERFACE_ROWS)),
       settings(PDFSETTINGS_FOUND_TABLE(
           ComponentTable, "PDFSettingsInterface", PDF_SETTINGS_INTERFACE_ROWS)) {}
 // clang-format on

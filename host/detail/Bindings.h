@@ -9,7 +9,9 @@
 #include "api/BIBStringInterface.h"
 #include "api/PDFSettings.h"
 #include "api/POSCollectionInterfaces.h"
+#include "api/POSObjectInterface.h"
 #include "api/POSScalarInterfaces.h"
+#include "api/POSValidatorInterface.h"
 
 namespace pdfsettings::detail {
 
@@ -29,6 +31,7 @@ struct Bindings {
     _t_BIBSharedBuffInterface buffers;
     _t_BIBStreamFactoryInterface streams;
     _t_BIBStringInterface atoms;
+    _t_POSObjectStatics objects;
     _t_POSNumberInterface numbers;
     _t_POSStringInterface strings;
     _t_POSUnicodeStringInterface unicodeStrings;
@@ -36,6 +39,7 @@ struct Bindings {
     _t_POSArrayInterface arrays;
     _t_POSDictInterface dicts;
     _t_POSDictIteratorInterface iterators;
+    _t_POSStructValidatorInterface validators;
     ComponentTable settings;
 };
 

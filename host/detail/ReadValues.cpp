@@ -14,15 +14,15 @@ class Reader {
 public:
     explicit Reader(Bindings const& tables) : fTables(tables) {}
 
-    Dictionary Read(POSDict* root) {
+    Value Read(POSObject* root) {
         Value result;
-        ReadDict(root, result);
+        ReadObject(root, result);
         while (!fPending.empty()) {
             auto const [object, target] = fPending.back();
             fPending.pop_back();
             ReadObject(object, *target);
         }
-        return std::move(*result.If<Dictionary>());
+        return result;
     }
 
 private:
@@ -101,7 +101,13 @@ private:
 } // namespace
 
 Dictionary ReadValues(Bindings const& tables, POSDict* dict) {
-    return Reader(tables).Read(dict);
+    Value values = Reader(tables).Read(reinterpret_cast<POSObject*>(dict));
+    return std::move(*values.If<Dictionary>());
+}
+
+Array ReadValues(Bindings const& tables, POSArray* array) {
+    Value values = Reader(tables).Read(reinterpret_cast<POSObject*>(array));
+    return std::move(*values.If<Array>());
 }
 
 } // namespace pdfsettings::detail

@@ -6,7 +6,8 @@
 
 namespace pdfsettings::detail {
 
-// A deep copy of dict. Throws Error when memory runs out and for a value of an unknown kind.
+// Deep copies. They throw Error when memory runs out and for a value of an unknown kind.
 Dictionary ReadValues(Bindings const& tables, POSDict* dict);
+Array ReadValues(Bindings const& tables, POSArray* array);
 
 } // namespace pdfsettings::detail

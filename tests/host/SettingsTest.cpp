@@ -168,6 +168,38 @@ TEST_F(SettingsTest, DeepValuesPassThroughTheComponent) {
     EXPECT_EQ(equal, true);
 }
 
+TEST_F(SettingsTest, AChangeIsMadeWholeOrNotAtAll) {
+    Settings settings = Settings::FromText(
+        fComponent,
+        "<</A 1 /B 2 >>setalembicorparams tail",
+        "< PDFSettings < optional < A number B number > > >");
+    Dictionary changes = OneEntry("A", 3.0);
+    changes.Set("B", Word{"x"});
+    std::vector<Finding> const faults = {{"B", "expected a number, found the name x"}};
+    EXPECT_EQ(settings.Set(changes), faults);
+    EXPECT_EQ(*settings.Values().Get("A"), Value(1.0));
+    changes.Set("B", 4.5);
+    EXPECT_EQ(settings.Set(changes), std::vector<Finding>());
+    EXPECT_EQ(settings.Validate(), std::vector<Finding>());
+    EXPECT_EQ(settings.Text(), "<<\r\n  /A 3\r\n  /B 4.50000\r\n>> setalembicorparams\r\ntail");
+}
+
+TEST_F(SettingsTest, AValueWithoutAFormInAFileHasNoText) {
+    for (Value const& value : {Value(Text16(u"x")), Value(Binary{"Other", "x"})}) {
+        Dictionary values = OneEntry("A", value);
+        EXPECT_THROW(Settings::FromValues(fComponent, values).Text(), Error);
+        values.Set(kTailKey, Binary{kTailKey, "tail"});
+        EXPECT_THROW(Settings::FromValues(fComponent, values).Text(), Error);
+    }
+}
+
+TEST_F(SettingsTest, AnUnusableSchemaIsReported) {
+    Settings settings = Settings::FromText(fComponent, "<</A 1 >>setalembicorparams", "<");
+    EXPECT_THROW(static_cast<void>(settings.Validate()), Error);
+    EXPECT_THROW(static_cast<void>(settings.Set(OneEntry("A", 2.0))), Error);
+    EXPECT_EQ(settings.Values(), OneEntry("A", 1.0));
+}
+
 TEST_F(SettingsTest, MovedSettingsStayWhole) {
     Settings first = Settings::FromText(fComponent, "<</A 1>>setalembicorparams");
     Settings second = Settings::FromText(fComponent, "<</B 1>>setalembicorparams");

@@ -193,3 +193,32 @@ TEST(Path, FindsByKeysAndPositions) {
         }
     }
 }
+
+TEST(Path, StoresWhereThereIsAPlace) {
+    struct {
+        char const* fPath;
+        bool fIsStored;
+    } const cases[] = {
+        {"new", true},
+        {"dict/new", true},
+        {"dict/a", true},
+        {"array/0", true},
+        {"array/1", false},
+        {"array/x", false},
+        {"missing/a", false},
+        {"dict/a/b", false},
+        {"dict//slash", true},
+    };
+    for (auto const& [path, isStored] : cases) {
+        Dictionary settings = OneEntry("dict", OneEntry("a", 1.0));
+        settings.Set("array", Array::Of({1.0}));
+        Dictionary const before = settings;
+        EXPECT_EQ(SetAt(settings, path, 7.0), isStored) << path;
+        Value const* const stored = Find(settings, path);
+        EXPECT_EQ(stored != nullptr && *stored == Value(7.0), isStored) << path;
+        EXPECT_EQ(settings == before, !isStored) << path;
+    }
+    EXPECT_EQ(FirstPart("/a/b/c"), "/a");
+    EXPECT_EQ(LastPart("a/b//c"), "/c");
+    EXPECT_EQ(LastPart("/a"), "/a");
+}

@@ -1,0 +1,23 @@
+// Replacing a file without ever losing it.
+#pragma once
+
+#include "host/Error.h"
+
+#include <string>
+#include <string_view>
+
+namespace pdfsettings {
+
+// Says that a file must not be replaced: it exists and its owner has no write permission.
+class ReadOnlyError : public Error {
+public:
+    using Error::Error;
+};
+
+// Makes bytes the contents of the file at path: whatever happens, the file holds the old bytes or
+// the new ones, on disk too once this returns. An existing file keeps its mode and, where the
+// system allows it, its owner; a link is followed. Throws ReadOnlyError, and Error with the
+// system's reason; then the file is as it was and no other file stays behind.
+void SaveSafely(std::string const& path, std::string_view bytes);
+
+} // namespace pdfsettings

@@ -1,0 +1,102 @@
+#include "host/Schema.h"
+
+#include "host/Component.h"
+#include "host/Settings.h"
+
+#include <fstream>
+#include <gtest/gtest.h>
+#include <iterator>
+
+using namespace pdfsettings;
+
+namespace {
+
+class SchemaTest : public testing::Test {
+protected:
+    // The faults of a schema, a line for each: line:column message.
+    std::string Faults(std::string const& text) const {
+        std::string faults;
+        try {
+            Schema::FromText(fComponent, text);
+        } catch (SchemaError const& error) {
+            for (auto const& [line, column, message] : error.Faults()) {
+                faults +=
+                    std::to_string(line) + ":" + std::to_string(column) + " " + message + "\n";
+            }
+        }
+        return faults;
+    }
+
+    static std::string ReadFile(std::string const& name) {
+        std::ifstream stream(PDFSETTINGS_DATA "/" + name);
+        return std::string(std::istreambuf_iterator<char>(stream), {});
+    }
+
+    Component fComponent;
+};
+
+} // namespace
+
+TEST_F(SchemaTest, AFaultHasItsPlaceInTheText) {
+    struct {
+        char const* fText;
+        char const* fFaults;
+    } const cases[] = {
+        {"< PDFSettings < optional < A any > > >", ""},
+        {"<\n  PDFSettings < optional <\n>",
+         "3:2 the dictionary opened at line 2, column 15 is not closed\n"},
+        {"\n [ ]", "2:2 expected a dictionary of structures\n"},
+        {"\n < >", "2:2 the structure PDFSettings is missing\n"},
+        {"<\n  PDFSettings < A any >\n>", "2:3 PDFSettings has no dictionary optional\n"},
+        {"< PDFSettings < optional <\n A numbr\n B < type integer min x >\n> > >",
+         "2:2 PDFSettings/optional/A: says numbr, which is no kind, structure or registered check\n"
+         "3:19 PDFSettings/optional/B/min: says the name x, which is no number\n"},
+    };
+    for (auto const& [text, faults] : cases) {
+        EXPECT_EQ(Faults(text), faults) << text;
+    }
+}
+
+TEST_F(SchemaTest, TheStandardSchemaIsSoundAndAcceptsEveryExample) {
+    Schema const schema = Schema::FromText(fComponent, std::string(Schema::StandardText()));
+    EXPECT_EQ(schema.Text(), ReadFile("data/standard.schema"));
+    for (char const* const name :
+         {"data/screen.joboptions",
+          "data/office.joboptions",
+          "data/press.joboptions",
+          "data/archive.joboptions",
+          "tests/data/printer.joboptions",
+          "tests/data/screen.joboptions"}) {
+        Settings const settings = Settings::FromText(fComponent, ReadFile(name), schema.Text());
+        EXPECT_GT(settings.Values().Size(), 70u) << name;
+        EXPECT_EQ(settings.Validate(), std::vector<Finding>()) << name;
+        // What is written holds the same settings, and is written the same way again.
+        Settings const again = Settings::FromText(fComponent, settings.Text());
+        EXPECT_EQ(again.Values(), settings.Values()) << name;
+        EXPECT_EQ(again.Text(), settings.Text()) << name;
+    }
+}
+
+TEST_F(SchemaTest, TheSettingsAreListedWithAllThatTheSchemaSays) {
+    Schema const schema = Schema::FromText(
+        fComponent,
+        "< PDFSettings < A number optional < B < type array of In count 2 doc (help) > C In > >"
+        "  In < optional < X < type string in [ (a) ] default (a) > Y In"
+        "    Z < type number min 1 max 2 check ImageDepthParams > > > >");
+    auto const settings = schema.Settings();
+    std::string keys;
+    for (SettingRule const& rule : settings) {
+        keys += rule.key + "=" + rule.kind + (rule.isRequired ? "! " : " ");
+    }
+    EXPECT_EQ(
+        keys,
+        "A=number! B=array B[]/X=string B[]/Y=dictionary B[]/Z=number C=dictionary C/X=string "
+        "C/Y=dictionary C/Z=number ");
+    EXPECT_EQ(settings[1].element, "dictionary");
+    EXPECT_EQ(settings[1].count, 2.0);
+    EXPECT_EQ(settings[1].help, "help");
+    EXPECT_EQ(settings[2].allowed, std::vector<Value>{String{"a"}});
+    EXPECT_EQ(settings[2].standard, Value(String{"a"}));
+    EXPECT_EQ(settings[4].least, 1.0);
+    EXPECT_EQ(settings[4].greatest, 2.0);
+}
