@@ -2,9 +2,9 @@
 
 #include "host/Path.h"
 #include "tools/joboptions/Input.h"
+#include "tools/joboptions/JsonDocuments.h"
 #include "tools/joboptions/Output.h"
 #include "tools/joboptions/Utf8.h"
-#include "tools/joboptions/ValueJson.h"
 #include "tools/joboptions/ValueText.h"
 
 #include <CLI/CLI.hpp>
@@ -13,26 +13,20 @@
 namespace joboptions {
 
 GetCommand::GetCommand(CLI::App& program, Options& options)
-    : fOptions(options),
-      fCommand(program.add_subcommand("get", "Show single values of a file")) {
-    fCommand->add_option("FILE", fFile, "The settings file; - is standard input")
-        ->required()
-        ->type_name("");
-    fCommand
-        ->add_option(
+    : Command(program, "get", "Show single values of a file"),
+      fOptions(options) {
+    AddFile(Parser(), fFile);
+    Parser()
+        .add_option(
             "KEY", fKeys, "Keys, with those of nested settings and positions from 0 behind /")
         ->required()
         ->type_name("");
-    fCommand->add_flag("--json", fJson, "Write JSON");
-    AddOptions(*fCommand, options);
-    fCommand->footer("Examples:\n"
-                     "  joboptions get office.joboptions CompatibilityLevel\n"
-                     "  joboptions get office.joboptions ColorImageDict/QFactor NeverEmbed/0\n"
-                     "  joboptions get --json office.joboptions ColorImageDict");
-}
-
-bool GetCommand::IsChosen() const {
-    return fCommand->parsed();
+    AddJson(Parser(), options);
+    AddOptions(Parser(), options);
+    Parser().footer("Examples:\n"
+                    "  joboptions get office.joboptions CompatibilityLevel\n"
+                    "  joboptions get office.joboptions ColorImageDict/QFactor NeverEmbed/0\n"
+                    "  joboptions get --json office.joboptions ColorImageDict");
 }
 
 Status GetCommand::Run() const {
@@ -49,7 +43,7 @@ Status GetCommand::Run() const {
         lines += OneLine(*value) + "\n";
         found.Set(key, *value);
     }
-    WriteOutput(fJson ? JsonDocument("values", found, fFile) : lines);
+    WriteOutput(fOptions.json ? JsonDocument("values", found, fFile) : lines);
     WriteMissing(missing);
     return missing.empty() ? Status::kDone : Status::kNo;
 }

@@ -1,8 +1,7 @@
 // joboptions get: single values of a file.
 #pragma once
 
-#include "host/Value.h"
-#include "tools/joboptions/Failure.h"
+#include "tools/joboptions/Command.h"
 #include "tools/joboptions/Options.h"
 
 #include <string>
@@ -11,25 +10,20 @@
 namespace joboptions {
 
 // Reads a file and writes the values under the given keys, a line for each or as JSON.
-class GetCommand {
+class GetCommand : public Command {
 public:
-    // Adds the command to program. REQUIRES: this and options outlive the parsing.
+    // REQUIRES: program and options outlive this.
     GetCommand(CLI::App& program, Options& options);
 
-    bool IsChosen() const;
-
     // Status::kDone, or Status::kNo when a key is missing: what was found is written all the same.
-    // Throws Failure.
-    Status Run() const;
+    Status Run() const override;
 
 private:
     void WriteMissing(std::vector<std::string> const& keys) const;
 
     Options const& fOptions;
-    CLI::App* fCommand;
     std::string fFile;
     std::vector<std::string> fKeys;
-    bool fJson = false;
 };
 
 } // namespace joboptions

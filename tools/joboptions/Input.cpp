@@ -1,8 +1,6 @@
 #include "tools/joboptions/Input.h"
 
-#include "host/Component.h"
 #include "host/Error.h"
-#include "host/Settings.h"
 #include "tools/joboptions/Failure.h"
 #include "tools/joboptions/Utf8.h"
 
@@ -55,6 +53,8 @@ private:
     ThrowBadInput(file, std::generic_category().message(error));
 }
 
+} // namespace
+
 std::string ReadBytes(std::string const& file) {
     Descriptor const descriptor(file);
     if (!descriptor.IsOpen()) {
@@ -75,20 +75,25 @@ std::string ReadBytes(std::string const& file) {
     return bytes;
 }
 
-} // namespace
-
 std::string InputName(std::string const& file) {
     return file == "-" ? "standard input" : VisibleText(file);
 }
 
-pdfsettings::Dictionary ReadSettings(std::string const& file) {
-    std::string const text = ReadBytes(file);
-    pdfsettings::Component const component;
+pdfsettings::Settings ParseSettings(
+    pdfsettings::Component const& component,
+    std::string const& file,
+    std::string const& text,
+    std::string const& schema) {
     try {
-        return pdfsettings::Settings::FromText(component, text).Values();
+        return pdfsettings::Settings::FromText(component, text, schema);
     } catch (pdfsettings::Error const& error) {
         ThrowBadInput(file, error.what());
     }
+}
+
+pdfsettings::Dictionary ReadSettings(std::string const& file) {
+    pdfsettings::Component const component;
+    return ParseSettings(component, file, ReadBytes(file)).Values();
 }
 
 } // namespace joboptions

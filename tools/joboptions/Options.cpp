@@ -20,4 +20,32 @@ void AddOptions(CLI::App& command, Options& options) {
         ->default_str("auto");
 }
 
+void AddJson(CLI::App& command, Options& options) {
+    command.add_flag("--json", options.json, "Write JSON");
+}
+
+void AddSchema(CLI::App& command, Options& options) {
+    command
+        .add_option("--schema", options.schema, "Judge by this schema, not by the standard schema")
+        ->type_name("FILE");
+}
+
+void AddOutput(CLI::App& command, Options& options, char const* help) {
+    command.add_option("-o,--output", options.output, help)->type_name("FILE");
+}
+
+void AddDryRun(CLI::App& command, Options& options) {
+    command.add_flag("-n,--dry-run", options.dryRun, "Say what would change, and change nothing");
+}
+
+void AddForce(CLI::App& command, Options& options, char const* help) {
+    command.add_flag("--force", options.force, help);
+}
+
+void AddFile(CLI::App& command, std::string& file) {
+    command.add_option("FILE", file, "The settings file; - is standard input")
+        ->required()
+        ->type_name("");
+}
+
 } // namespace joboptions

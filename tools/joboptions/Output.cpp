@@ -1,6 +1,8 @@
 #include "tools/joboptions/Output.h"
 
+#include "host/SafeSave.h"
 #include "tools/joboptions/Failure.h"
+#include "tools/joboptions/Utf8.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -23,6 +25,12 @@ bool IsDumbTerminal() {
     return terminal == nullptr || std::string_view(terminal) == "dumb";
 }
 
+// Where errors cannot be told, the exit status still tells.
+void WriteMessage(char const* severity, std::string_view message) {
+    std::string const line = fmt::format("joboptions: {}: {}\n", severity, message);
+    static_cast<void>(std::fwrite(line.data(), 1, line.size(), stderr));
+}
+
 } // namespace
 
 bool UseColor(Color choice) {
@@ -43,10 +51,26 @@ void WriteOutput(std::string_view text) {
     }
 }
 
-// Where errors cannot be told, the exit status still tells.
+void WriteFile(std::string const& file, std::string_view text) {
+    if (file == "-") {
+        WriteOutput(text);
+        return;
+    }
+    try {
+        pdfsettings::SaveSafely(file, text);
+    } catch (pdfsettings::ReadOnlyError const& error) {
+        throw Failure(Status::kRefused, fmt::format("{}: {}", VisibleText(file), error.what()));
+    } catch (pdfsettings::Error const& error) {
+        throw Failure(Status::kNotWritten, fmt::format("{}: {}", VisibleText(file), error.what()));
+    }
+}
+
 void WriteError(std::string_view message) {
-    std::string const line = fmt::format("joboptions: error: {}\n", message);
-    static_cast<void>(std::fwrite(line.data(), 1, line.size(), stderr));
+    WriteMessage("error", message);
+}
+
+void WriteWarning(std::string_view message) {
+    WriteMessage("warning", message);
 }
 
 } // namespace joboptions

@@ -5,10 +5,13 @@
 #include "tools/joboptions/Utf8.h"
 #include "tools/joboptions/ValueText.h"
 
+#include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <cstdint>
 #include <fmt/format.h>
 #include <iterator>
+#include <limits>
 #include <nlohmann/json.hpp>
 #include <string_view>
 #include <variant>
@@ -22,9 +25,6 @@ using pdfsettings::Value;
 
 namespace {
 
-// The JSON library takes stack for each level when it writes.
-constexpr int kDeepestLevel = 1000;
-
 // Up to here every whole double is a whole number of JSON too.
 constexpr double kLargestWhole = 9007199254740992.0;
 
@@ -37,12 +37,38 @@ std::string Hex(std::string_view bytes) {
     return digits;
 }
 
-// A name or key as it stands in JSON, without the slash that begins a name.
-std::string JsonKey(std::string_view name) {
-    if (name.starts_with('/') || !IsPlainText(name)) {
-        return "/" + Hex(name);
+std::optional<std::string> FromHex(std::string_view digits) {
+    std::string bytes;
+    for (std::size_t at = 0; at < digits.size(); at += 2) {
+        unsigned byte = 0;
+        char const* const end = digits.data() + std::min(at + 2, digits.size());
+        auto const [stop, error] = std::from_chars(digits.data() + at, end, byte, 16);
+        if (error != std::errc() || stop != digits.data() + at + 2) {
+            return std::nullopt;
+        }
+        bytes.push_back(static_cast<char>(static_cast<unsigned char>(byte)));
     }
-    return std::string(name);
+    return bytes;
+}
+
+// A value of a kind that is made of one text.
+template <class Kind>
+std::optional<Value> Made(std::optional<std::string> text) {
+    return text ? std::optional<Value>(Kind{std::move(*text)}) : std::nullopt;
+}
+
+// The numbers that JSON has no form for.
+std::optional<Value> NumberFromName(std::string_view name) {
+    for (double const number :
+         {std::numeric_limits<double>::infinity(),
+          -std::numeric_limits<double>::infinity(),
+          std::numeric_limits<double>::quiet_NaN(),
+          -std::numeric_limits<double>::quiet_NaN()}) {
+        if (NumberText(number) == name) {
+            return Value(number);
+        }
+    }
+    return std::nullopt;
 }
 
 class Converter {
@@ -113,13 +139,13 @@ public:
 
 private:
     void Enter() {
-        if (++fLevel > kDeepestLevel) {
+        if (++fLevel > kDeepestJsonLevel) {
             throw Failure(
                 Status::kBadInput,
                 fmt::format(
                     "{}: nested deeper than the {} levels that JSON output takes",
                     InputName(fFile),
-                    kDeepestLevel));
+                    kDeepestJsonLevel));
         }
     }
 
@@ -129,11 +155,47 @@ private:
 
 } // namespace
 
-std::string JsonDocument(char const* member, Dictionary const& values, std::string const& file) {
-    Converter converter(file);
-    Json document{{"version", 1}};
-    document[member] = converter(values);
-    return document.dump(2) + "\n";
+Json ToJson(Value const& value, std::string const& file) {
+    return std::visit(Converter(file), value.Get());
+}
+
+std::string JsonKey(std::string_view name) {
+    if (name.starts_with('/') || !IsPlainText(name)) {
+        return "/" + Hex(name);
+    }
+    return std::string(name);
+}
+
+std::optional<std::string> KeyFromJson(std::string_view key) {
+    auto name = key.starts_with('/') ? FromHex(key.substr(1)) : std::optional(std::string(key));
+    // No name holds a NUL byte.
+    return name && name->find('\0') == std::string::npos ? name : std::nullopt;
+}
+
+std::optional<Value> ValueFromJson(std::string_view text, bool isTail) {
+    if (text.starts_with('/')) {
+        return Made<pdfsettings::Word>(KeyFromJson(text.substr(1)));
+    }
+    std::size_t const colon = std::min(text.find(':'), text.size());
+    std::string_view const kind = text.substr(0, colon);
+    std::string_view const rest = text.substr(std::min(colon + 1, text.size()));
+    if (kind == "b" && isTail) {
+        auto bytes = FromHex(rest);
+        return bytes ? std::optional<Value>(
+                           pdfsettings::Binary{pdfsettings::kTailKey, std::move(*bytes)})
+                     : std::nullopt;
+    }
+    if (kind == "b") {
+        return Made<pdfsettings::String>(FromHex(rest));
+    }
+    if (kind == "xb") {
+        return Made<pdfsettings::HexString>(FromHex(rest));
+    }
+    if (kind == "u" || kind == "x") {
+        return kind == "u" ? Value(pdfsettings::String{std::string(rest)})
+                           : Value(pdfsettings::HexString{std::string(rest)});
+    }
+    return kind == "n" ? NumberFromName(rest) : std::nullopt;
 }
 
 } // namespace joboptions

@@ -18,14 +18,26 @@
 
 #include "host/Value.h"
 
+#include <nlohmann/json_fwd.hpp>
+#include <optional>
 #include <string>
+#include <string_view>
 
 namespace joboptions {
 
-// A document for programs: its version and, under member, the values. file is the
-// input that they come from. Throws Failure with Status::kBadInput when they are nested deeper than
-// 1,000 levels.
-std::string
-JsonDocument(char const* member, pdfsettings::Dictionary const& values, std::string const& file);
+// The JSON library takes stack for each level.
+inline constexpr int kDeepestJsonLevel = 1000;
+
+// value as JSON; file is the input that messages name. Throws Failure with Status::kBadInput when
+// it is nested deeper than kDeepestJsonLevel.
+nlohmann::ordered_json ToJson(pdfsettings::Value const& value, std::string const& file);
+
+// A name or key as it stands in JSON, without the slash that begins a name.
+std::string JsonKey(std::string_view name);
+
+// The key that JsonKey wrote, and the value that the text of a JSON string stands for; isTail: the
+// value of the tail's key, which has no form of its own. None for a text that was not written so.
+std::optional<std::string> KeyFromJson(std::string_view key);
+std::optional<pdfsettings::Value> ValueFromJson(std::string_view text, bool isTail);
 
 } // namespace joboptions

@@ -1,12 +1,21 @@
 // The command line tool for settings files: options in, one command, an exit status out.
+#include "tools/joboptions/CheckCommand.h"
+#include "tools/joboptions/DescribeCommand.h"
+#include "tools/joboptions/DiffCommand.h"
+#include "tools/joboptions/FmtCommand.h"
 #include "tools/joboptions/GetCommand.h"
+#include "tools/joboptions/JsonCommands.h"
 #include "tools/joboptions/Output.h"
+#include "tools/joboptions/SetCommand.h"
 #include "tools/joboptions/ShowCommand.h"
 #include "tools/joboptions/Utf8.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <fmt/format.h>
+#include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace joboptions {
@@ -21,10 +30,21 @@ public:
         fParser.set_version_flag("--version", std::string("joboptions ") + JOBOPTIONS_VERSION);
         fParser.footer("Examples:\n"
                        "  joboptions show office.joboptions\n"
-                       "  joboptions get office.joboptions ColorImageDict/QFactor\n"
+                       "  joboptions set office.joboptions ColorImageResolution=150\n"
+                       "  joboptions check *.joboptions\n"
                        "\n"
-                       "Exit status: 0 done, 1 no such key, 2 wrong call, 3 input unreadable or\n"
-                       "refused, 6 output not written.");
+                       "Exit status: 0 done or yes, 1 the answer is no, 2 wrong call, 3 input\n"
+                       "unreadable or refused, 4 schema unusable, 5 change refused, 6 output not\n"
+                       "written.");
+        Add<ShowCommand>();
+        Add<GetCommand>();
+        Add<SetCommand>();
+        Add<CheckCommand>();
+        Add<DiffCommand>();
+        Add<FmtCommand>();
+        Add<ExportCommand>();
+        Add<ImportCommand>();
+        Add<DescribeCommand>();
     }
 
     Status Run(int argc, char** argv) {
@@ -37,9 +57,17 @@ public:
     }
 
 private:
+    template <class Chosen>
+    void Add() {
+        fCommands.push_back(std::make_unique<Chosen>(fParser, fOptions));
+    }
+
+    // REQUIRES: the parser has seen one of the commands.
     Status RunCommand() const {
         try {
-            return fShow.IsChosen() ? fShow.Run() : fGet.Run();
+            auto const chosen = std::ranges::find_if(
+                fCommands, [](auto const& command) { return command->IsChosen(); });
+            return (*chosen)->Run();
         } catch (Failure const& failure) {
             return Report(failure.what(), failure.ExitStatus());
         } catch (std::exception const& error) {
@@ -47,9 +75,11 @@ private:
         }
     }
 
-    Status Report(char const* message, Status status) const {
-        if (!fOptions.quiet) {
-            WriteError(message);
+    Status Report(std::string_view messages, Status status) const {
+        while (!fOptions.quiet && !messages.empty()) {
+            std::size_t const end = std::min(messages.find('\n'), messages.size());
+            WriteError(messages.substr(0, end));
+            messages.remove_prefix(std::min(end + 1, messages.size()));
         }
         return status;
     }
@@ -80,9 +110,8 @@ private:
     }
 
     Options fOptions;
-    CLI::App fParser{"Read settings for the conversion to PDF.", "joboptions"};
-    ShowCommand fShow{fParser, fOptions};
-    GetCommand fGet{fParser, fOptions};
+    CLI::App fParser{"Read, check and change settings for the conversion to PDF.", "joboptions"};
+    std::vector<std::unique_ptr<Command>> fCommands;
 };
 
 } // namespace

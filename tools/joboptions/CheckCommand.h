@@ -1,0 +1,35 @@
+// joboptions check: judges files by a schema.
+#pragma once
+
+#include "host/Component.h"
+#include "host/Schema.h"
+#include "tools/joboptions/Command.h"
+#include "tools/joboptions/Judgement.h"
+#include "tools/joboptions/Options.h"
+
+#include <string>
+#include <vector>
+
+namespace joboptions {
+
+// Says of each file what of it the schema does not allow.
+class CheckCommand : public Command {
+public:
+    // REQUIRES: program and options outlive this.
+    CheckCommand(CLI::App& program, Options& options);
+
+    // Status::kDone when all files are valid, Status::kNo when one has faults, Status::kBadInput
+    // when one cannot be read or parsed; the others are judged all the same.
+    Status Run() const override;
+
+private:
+    Judgement Judge(
+        pdfsettings::Component const& component,
+        pdfsettings::Schema const& schema,
+        std::string const& file) const;
+
+    Options const& fOptions;
+    std::vector<std::string> fFiles;
+};
+
+} // namespace joboptions

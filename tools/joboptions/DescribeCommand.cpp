@@ -1,0 +1,78 @@
+#include "tools/joboptions/DescribeCommand.h"
+
+#include "tools/joboptions/JsonDocuments.h"
+#include "tools/joboptions/RuleText.h"
+#include "tools/joboptions/SchemaOption.h"
+#include "tools/joboptions/Utf8.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <fmt/format.h>
+#include <iterator>
+
+namespace joboptions {
+
+using pdfsettings::SettingRule;
+
+namespace {
+
+// Whether key is the setting's, or that of one it is nested in.
+bool IsChosenBy(std::string const& key, SettingRule const& rule) {
+    bool const isNested = rule.key.size() > key.size() &&
+                          (rule.key[key.size()] == '/' || rule.key[key.size()] == '[');
+    return rule.key.starts_with(key) && (isNested || rule.key.size() == key.size());
+}
+
+} // namespace
+
+DescribeCommand::DescribeCommand(CLI::App& program, Options& options)
+    : Command(program, "describe", "Say what settings are for and what they may hold"),
+      fOptions(options) {
+    Parser()
+        .add_option("KEY", fKeys, "The settings; without any, a line for each that there is")
+        ->type_name("");
+    AddSchema(Parser(), options);
+    AddJson(Parser(), options);
+    AddOptions(Parser(), options);
+    Parser().footer("Examples:\n"
+                    "  joboptions describe\n"
+                    "  joboptions describe ColorImageResolution ColorImageDict/QFactor\n"
+                    "  joboptions describe --json CompatibilityLevel");
+}
+
+Status DescribeCommand::Run() const {
+    pdfsettings::Component const component;
+    auto const rules = ReadSchema(component, fOptions).Settings();
+    Status status = Status::kDone;
+    auto const chosen = fKeys.empty() ? rules : Choose(rules, status);
+    if (fOptions.json) {
+        WriteOutput(RulesDocument(chosen));
+    } else {
+        WriteOutput(fKeys.empty() ? RuleLines(chosen) : RuleParagraphs(chosen));
+    }
+    return status;
+}
+
+std::vector<SettingRule>
+DescribeCommand::Choose(std::vector<SettingRule> const& rules, Status& status) const {
+    std::vector<SettingRule> chosen;
+    for (std::string const& key : fKeys) {
+        std::size_t const before = chosen.size();
+        std::ranges::copy_if(rules, std::back_inserter(chosen), [&key](SettingRule const& rule) {
+            return IsChosenBy(key, rule);
+        });
+        if (chosen.size() == before) {
+            status = Status::kNo;
+            ReportMissing(key);
+        }
+    }
+    return chosen;
+}
+
+void DescribeCommand::ReportMissing(std::string const& key) const {
+    if (!fOptions.quiet) {
+        WriteError(fmt::format("the schema has no setting {}", VisibleText(key)));
+    }
+}
+
+} // namespace joboptions

@@ -1,0 +1,43 @@
+#include "tools/joboptions/DiffCommand.h"
+
+#include "tools/joboptions/Differences.h"
+#include "tools/joboptions/Input.h"
+#include "tools/joboptions/JsonDocuments.h"
+
+#include <CLI/CLI.hpp>
+
+namespace joboptions {
+
+DiffCommand::DiffCommand(CLI::App& program, Options& options)
+    : Command(program, "diff", "Say what differs between two files, by key and value"),
+      fOptions(options) {
+    Parser()
+        .add_option("A", fBefore, "A settings file; - is standard input")
+        ->required()
+        ->type_name("");
+    Parser()
+        .add_option("B", fAfter, "The settings file that is compared with it")
+        ->required()
+        ->type_name("");
+    AddJson(Parser(), options);
+    AddOptions(Parser(), options);
+    Parser().footer("A line for each setting that differs: - only in A, + only in B, ~ changed.\n"
+                    "\n"
+                    "Examples:\n"
+                    "  joboptions diff screen.joboptions press.joboptions\n"
+                    "  joboptions diff --json old.joboptions new.joboptions");
+}
+
+Status DiffCommand::Run() const {
+    pdfsettings::Dictionary const before = ReadSettings(fBefore);
+    pdfsettings::Dictionary const after = ReadSettings(fAfter);
+    auto const differences = Compare(before, after);
+    if (fOptions.json) {
+        WriteOutput(DifferencesDocument(differences, fBefore));
+    } else if (!fOptions.quiet) {
+        WriteOutput(DifferencesText(differences));
+    }
+    return differences.empty() ? Status::kDone : Status::kNo;
+}
+
+} // namespace joboptions

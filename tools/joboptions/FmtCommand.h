@@ -1,0 +1,34 @@
+// joboptions fmt: writes files in the component's own layout.
+#pragma once
+
+#include "host/Component.h"
+#include "tools/joboptions/Command.h"
+#include "tools/joboptions/Options.h"
+
+#include <string>
+#include <vector>
+
+namespace joboptions {
+
+// Rewrites files as the component writes settings.
+class FmtCommand : public Command {
+public:
+    // REQUIRES: program and options outlive this.
+    FmtCommand(CLI::App& program, Options& options);
+
+    // Status::kDone; with --check Status::kNo when a file is laid out otherwise; Status::kRefused
+    // for a file with comments, which would be lost. The worst status of all files.
+    Status Run() const override;
+
+private:
+    Status Format(pdfsettings::Component const& component, std::string const& file) const;
+    Status FormatOrReport(pdfsettings::Component const& component, std::string const& file) const;
+    Status Announce(std::string const& file) const;
+    std::string TargetOf(std::string const& file) const;
+
+    Options const& fOptions;
+    std::vector<std::string> fFiles;
+    bool fIsCheck = false;
+};
+
+} // namespace joboptions

@@ -1,0 +1,121 @@
+#include "tools/joboptions/JsonDocuments.h"
+
+#include "tools/joboptions/Utf8.h"
+#include "tools/joboptions/ValueJson.h"
+
+#include <nlohmann/json.hpp>
+
+namespace joboptions {
+
+using Json = nlohmann::ordered_json;
+using pdfsettings::Finding;
+using pdfsettings::SettingRule;
+using pdfsettings::Value;
+
+namespace {
+
+Json NewDocument() {
+    return Json{{"version", 1}};
+}
+
+std::string Finish(Json const& document) {
+    return document.dump(2) + "\n";
+}
+
+Json ValueOrNull(Value const* value, std::string const& file) {
+    return value == nullptr ? Json() : ToJson(*value, file);
+}
+
+Json DifferencesJson(std::vector<Difference> const& differences, std::string const& file) {
+    Json list = Json::array();
+    for (auto const& [path, before, after] : differences) {
+        list.push_back(
+            {{"key", JsonKey(path)},
+             {"before", ValueOrNull(before, file)},
+             {"after", ValueOrNull(after, file)}});
+    }
+    return list;
+}
+
+// Keys come from files and may hold any byte.
+Json FindingsJson(std::vector<Finding> const& findings) {
+    Json list = Json::array();
+    for (Finding const& finding : findings) {
+        list.push_back(
+            {{"key", VisibleText(finding.key)}, {"message", VisibleText(finding.message)}});
+    }
+    return list;
+}
+
+void AddNumber(Json& object, char const* name, std::optional<double> const& number) {
+    if (number) {
+        object[name] = ToJson(*number, "");
+    }
+}
+
+Json RuleJson(SettingRule const& rule) {
+    Json object{{"key", rule.key}, {"required", rule.isRequired}, {"kind", rule.kind}};
+    if (!rule.element.empty()) {
+        object["of"] = rule.element;
+    }
+    AddNumber(object, "count", rule.count);
+    AddNumber(object, "min", rule.least);
+    AddNumber(object, "max", rule.greatest);
+    for (Value const& value : rule.allowed) {
+        object["in"].push_back(ToJson(value, ""));
+    }
+    if (rule.standard) {
+        object["default"] = ToJson(*rule.standard, "");
+    }
+    object["doc"] = rule.help;
+    return object;
+}
+
+} // namespace
+
+std::string
+JsonDocument(char const* member, pdfsettings::Dictionary const& values, std::string const& file) {
+    Json document = NewDocument();
+    document[member] = ToJson(values, file);
+    return Finish(document);
+}
+
+std::string
+DifferencesDocument(std::vector<Difference> const& differences, std::string const& file) {
+    Json document = NewDocument();
+    document["differences"] = DifferencesJson(differences, file);
+    return Finish(document);
+}
+
+std::string ChangeDocument(
+    std::vector<Difference> const& differences,
+    std::vector<Finding> const& findings,
+    std::string const& file) {
+    Json document = NewDocument();
+    document["differences"] = DifferencesJson(differences, file);
+    document["findings"] = FindingsJson(findings);
+    return Finish(document);
+}
+
+std::string CheckDocument(std::vector<Judgement> const& judgements) {
+    Json document = NewDocument();
+    document["files"] = Json::array();
+    for (Judgement const& judgement : judgements) {
+        document["files"].push_back(
+            {{"file", VisibleText(judgement.file)},
+             {"error", judgement.error.empty() ? Json() : Json(VisibleText(judgement.error))},
+             {"findings", FindingsJson(judgement.findings)}});
+    }
+    return Finish(document);
+}
+
+std::string RulesDocument(std::vector<SettingRule> const& rules) {
+    Json document = NewDocument();
+    document["settings"] = Json::array();
+    for (SettingRule const& rule : rules) {
+        document["settings"].push_back(RuleJson(rule));
+    }
+    return Finish(document);
+}
+
+} // namespace joboptions

@@ -1,0 +1,38 @@
+// What commands write for programs: JSON documents with the version of their form.
+#pragma once
+
+#include "host/Finding.h"
+#include "host/Schema.h"
+#include "host/Value.h"
+#include "tools/joboptions/Differences.h"
+#include "tools/joboptions/Judgement.h"
+
+#include <string>
+#include <vector>
+
+namespace joboptions {
+
+// All end with a line end and throw Failure with Status::kBadInput, in which file is named, when
+// values are nested too deep. Values stand as ValueJson.h says.
+
+// {"version", member: values}
+std::string
+JsonDocument(char const* member, pdfsettings::Dictionary const& values, std::string const& file);
+
+// {"version", "differences": [{"key", "before", "after"}]}; a missing value is null.
+std::string
+DifferencesDocument(std::vector<Difference> const& differences, std::string const& file);
+
+// The same with "findings": [{"key", "message"}], which are the reason when nothing has changed.
+std::string ChangeDocument(
+    std::vector<Difference> const& differences,
+    std::vector<pdfsettings::Finding> const& findings,
+    std::string const& file);
+
+// {"version", "files": [{"file", "error", "findings"}]}; no error is null.
+std::string CheckDocument(std::vector<Judgement> const& judgements);
+
+// {"version", "settings": [{"key", "required", "kind", …}]} with what the schema says of each.
+std::string RulesDocument(std::vector<pdfsettings::SettingRule> const& rules);
+
+} // namespace joboptions

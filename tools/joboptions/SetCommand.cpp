@@ -1,0 +1,90 @@
+#include "tools/joboptions/SetCommand.h"
+
+#include "tools/joboptions/Assignment.h"
+#include "tools/joboptions/Comments.h"
+#include "tools/joboptions/Differences.h"
+#include "tools/joboptions/Findings.h"
+#include "tools/joboptions/Input.h"
+#include "tools/joboptions/JsonDocuments.h"
+#include "tools/joboptions/Layout.h"
+#include "tools/joboptions/SchemaOption.h"
+#include "tools/joboptions/Utf8.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <fmt/format.h>
+
+namespace joboptions {
+
+SetCommand::SetCommand(CLI::App& program, Options& options)
+    : Command(program, "set", "Change settings of a file, if all new values are allowed"),
+      fOptions(options) {
+    AddFile(Parser(), fFile);
+    Parser()
+        .add_option(
+            "KEY=VALUE",
+            fAssignments,
+            "A key, as for get, and a value as it stands in a file: true, 1.5, /Name, (text), "
+            "[ 1 2 ]")
+        ->required()
+        ->type_name("");
+    AddOutput(Parser(), options, "Write the changed settings there, and leave FILE as it is");
+    AddDryRun(Parser(), options);
+    AddSchema(Parser(), options);
+    AddJson(Parser(), options);
+    AddOptions(Parser(), options);
+    Parser().footer(
+        "Examples:\n"
+        "  joboptions set office.joboptions ColorImageResolution=150\n"
+        "  joboptions set -n office.joboptions ColorImageDict/QFactor=0.76\n"
+        "  joboptions set office.joboptions 'NeverEmbed=[ /Courier ]' -o new.joboptions");
+}
+
+Status SetCommand::Run() const {
+    pdfsettings::Component const component;
+    pdfsettings::Schema const schema = ReadSchema(component, fOptions);
+    std::string const text = ReadBytes(fFile);
+    pdfsettings::Settings settings = ParseSettings(component, fFile, text, schema.Text());
+    pdfsettings::Dictionary const before = settings.Values();
+    pdfsettings::Dictionary const changes = ReadAssignments(component, before, fAssignments);
+    WarnOfUnknown(schema, changes);
+    auto const findings = settings.Set(changes);
+    pdfsettings::Dictionary const after = settings.Values();
+    auto const differences = Compare(before, after);
+    if (fOptions.json) {
+        WriteOutput(ChangeDocument(differences, findings, fFile));
+    }
+    if (!findings.empty()) {
+        throw Failure(Status::kRefused, FindingsText(fFile, findings));
+    }
+    if (fOptions.dryRun) {
+        WriteOutput(fOptions.json ? "" : DifferencesText(differences));
+        return Status::kDone;
+    }
+    Save(LayOut(component, settings, fFile), text);
+    return Status::kDone;
+}
+
+// A misspelled key is allowed, for settings may hold what no schema knows.
+void SetCommand::WarnOfUnknown(
+    pdfsettings::Schema const& schema, pdfsettings::Dictionary const& changes) const {
+    auto const rules = schema.Settings();
+    for (std::size_t place = 0; place < changes.Size() && !fOptions.quiet; ++place) {
+        std::string const& key = changes.KeyAt(place);
+        bool const isKnown = std::ranges::any_of(
+            rules, [&key](pdfsettings::SettingRule const& rule) { return rule.key == key; });
+        if (!isKnown) {
+            WriteWarning(fmt::format("{}: the schema has no such setting", VisibleText(key)));
+        }
+    }
+}
+
+void SetCommand::Save(std::string const& laidOut, std::string const& oldText) const {
+    std::string const& target = fOptions.output.empty() ? fFile : fOptions.output;
+    if (HasComments(oldText) && !fOptions.quiet) {
+        WriteWarning(fmt::format("{}: comments are not kept", InputName(fFile)));
+    }
+    WriteFile(target, laidOut);
+}
+
+} // namespace joboptions

@@ -1,0 +1,33 @@
+// joboptions set: changes settings of a file.
+#pragma once
+
+#include "host/Schema.h"
+#include "host/Value.h"
+#include "tools/joboptions/Command.h"
+#include "tools/joboptions/Options.h"
+
+#include <string>
+#include <vector>
+
+namespace joboptions {
+
+// Changes values in a file, all of them or, if the schema refuses a single one, none.
+class SetCommand : public Command {
+public:
+    // REQUIRES: program and options outlive this.
+    SetCommand(CLI::App& program, Options& options);
+
+    // Status::kDone, or Status::kRefused with all faults when the schema does not allow the result.
+    Status Run() const override;
+
+private:
+    void
+    WarnOfUnknown(pdfsettings::Schema const& schema, pdfsettings::Dictionary const& changes) const;
+    void Save(std::string const& laidOut, std::string const& oldText) const;
+
+    Options const& fOptions;
+    std::string fFile;
+    std::vector<std::string> fAssignments;
+};
+
+} // namespace joboptions
