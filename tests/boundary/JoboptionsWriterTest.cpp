@@ -174,33 +174,59 @@ TEST_F(JoboptionsWriter, ComesToRestAfterOneRoundTrip) {
 TEST_F(JoboptionsWriter, ReadsBackWithTheDifferencesThatTheFormatHas) {
     struct {
         char const* fRead;
+        char const* fWritten;
         char const* fReadAgain;
     } const kCases[] = {
-        {"% c\n<</A 1.0/B 0x10/C 010/D 1.5e3 >> setalembicorparams\n\n tail",
+        {"% c\n<< /B 1%c\n  /A 2 /B 3 >> setalembicorparams\n\n tail",
+         "  /B 3\n  /A 2\n",
+         "<<B 3 A 2 AlembicorData AlembicorData{tail}>>"},
+        {"<</T /true >>setalembicorparams tail",
+         "  /T true\n",
+         "<<T /true AlembicorData AlembicorData{tail}>>"},
+        {"<</A 1.0/B 0x10/C 010/D 1.5e3 >> setalembicorparams tail",
+         "  /A 1\n  /B 16\n  /C 8\n  /D 1500\n",
          "<<A 1 B 16 C 8 D 1500 AlembicorData AlembicorData{tail}>>"},
-        {"<</A 0.000001 /B 0.123456 >>setalembicorparams tail",
-         "<<A 0 B 0.12346 AlembicorData AlembicorData{tail}>>"},
+        {"<</A 0.000001 /B 0.123456 /C 0.5 >>setalembicorparams tail",
+         "  /A 0.00000\n  /B 0.12346\n  /C 0.50000\n",
+         "<<A 0 B 0.12346 C 0.5 AlembicorData AlembicorData{tail}>>"},
+        {"<</CompatibilityLevel 1 /SyntheticBoldness 1 >>setalembicorparams tail",
+         "  /CompatibilityLevel 1.0\n  /SyntheticBoldness 1.00\n",
+         "<<CompatibilityLevel 1 SyntheticBoldness 1 AlembicorData AlembicorData{tail}>>"},
         {"<</A (\\)\\061)/B <0 g> >>setalembicorparams tail",
+         "  /A (\\)\\061)\n  /B <0 g>\n",
          "<<A (\\)\\061) B <0 g> AlembicorData AlembicorData{tail}>>"},
+        {"<</A [ 1 2 ] /E [ ] >>setalembicorparams tail",
+         "  /A [\n    1\n    2\n  ]\n  /E [\n  ]\n",
+         "<<A [1 2] E [] AlembicorData AlembicorData{tail}>>"},
         {"<</A 1 >>setalembicorparams",
-         "<<A 1 AlembicorData AlembicorData{<<\r\n>> "
-         "setpagedevice\r\n}>>"},
-        {"<</A << >>>>setalembicorparams tail", "<<A <<>> AlembicorData AlembicorData{tail}>>"},
+         "  /A 1\n",
+         "<<A 1 AlembicorData AlembicorData{<<\r\n>> setpagedevice\r\n}>>"},
+        {"<</A << >>>>setalembicorparams tail",
+         "  /A <<\n  >>\n",
+         "<<A <<>> AlembicorData AlembicorData{tail}>>"},
     };
     for (auto const& row : kCases) {
-        PDFSettings* const settings = NewSettings(Rewrite(row.fRead));
+        std::string const written = Rewrite(row.fRead);
+        std::string const expected = Written(row.fWritten);
+        EXPECT_EQ(
+            expected.substr(0, expected.size() - kDefaultTail.size()),
+            written.substr(0, expected.size() - kDefaultTail.size()))
+            << row.fRead;
+        PDFSettings* const settings = NewSettings(written);
         ASSERT_NE(nullptr, settings) << row.fRead;
         EXPECT_EQ(row.fReadAgain, Describer(fTables).Dict(fGetSettings(settings))) << row.fRead;
         Release(settings);
     }
     // The empty dictionary takes the key behind it, and the text never ends as it should.
-    EXPECT_EQ(nullptr, NewSettings(Rewrite("<</A [<< >>]/B 1 >>setalembicorparams")));
+    auto* const dict = NewValue<POSDict>("<A < > B 1>");
+    EXPECT_EQ(nullptr, NewSettings(WriteDict(dict)));
+    Release(dict);
 }
 
 TEST_F(JoboptionsWriter, GivesNoErrorForAValueThatItCannotWrite) {
     struct {
         char const* fNotation; // the settings, to which a value of no known kind is added under X
-        char const* fAt;       // the key of the dictionary that gets it; null for the settings
+        char const* fAt;       // the path of the dictionary that gets it; null for the settings
         char const* fTail;     // null for none
         std::string fWritten;
     } const kCases[] = {
@@ -208,13 +234,15 @@ TEST_F(JoboptionsWriter, GivesNoErrorForAValueThatItCannotWrite) {
         {"<A 1>", nullptr, "tail", ""},
         {"<A 1 D < E 1 >>", "D", nullptr, kDefaultTail},
         {"<A 1 D < E 1 > B 2>", "D", "tail", ""},
+        {"<A 1 B [ 1 [ < E 1 > ] 2 ]>", "B/1/0", nullptr, kDefaultTail},
+        {"<A 1 B [ 1 [ < E 1 > ] 2 ]>", "B/1/0", "tail", ""},
     };
     for (auto const& row : kCases) {
         auto* const dict = NewValue<POSDict>(row.fNotation);
         POSDict* target = dict;
         if (row.fAt != nullptr) {
             BIBStringAtom* const atom = fTables.fStringAtom.NewStringAtom(row.fAt);
-            target = reinterpret_cast<POSDict*>(fTables.fDict.Get(dict, atom));
+            target = reinterpret_cast<POSDict*>(fTables.fDict.DeepGet(dict, atom));
             fTables.fStringAtom.DeleteStringAtom(atom);
         }
         PutBinData(target, "X", "AlembicorData", "inner");
@@ -234,31 +262,28 @@ TEST_F(JoboptionsWriter, FailsWhereTheTailIsNoBinaryData) {
     EXPECT_EQ(std::vector<std::string>{"unknown BIB error"}, fLog.fMessages);
 }
 
+// Whichever stream operation fails: nothing or an empty text, and the settings as they were.
 TEST_F(JoboptionsWriter, KeepsTheKeysOfSettingsWhoseWritingFails) {
     auto* const dict = NewValue<POSDict>("<A 1 B [ 2 (x) ] C < D 3 >>");
+    PutBinData(dict, "S", "JoboptionsString", "s");
     PutBinData(dict, "AlembicorData", "AlembicorData", "tail");
     std::string const before = Describer(fTables).Dict(dict);
-    std::string const whole = WriteDict(dict);
-    std::size_t cutShort = 0;
-    for (unsigned long n = 1;; ++n) {
-        unsigned long const start = bibrt::CountStreamOperations();
+    PDFSettings* const settings = fNewFromDict(dict, "");
+    AddRef(settings);
+    unsigned long const start = bibrt::CountStreamOperations();
+    std::string const whole = Text(settings);
+    unsigned long const operations = bibrt::CountStreamOperations() - start - 1;
+    EXPECT_GT(operations, 30U);
+    for (unsigned long n = 1; n <= operations; ++n) {
         bibrt::FailStreamOperation(n, /*andAllLater=*/true);
-        PDFSettings* const settings = fNewFromDict(dict, "");
-        AddRef(settings);
         BIBPositionableStream* const stream = fGetJobOptionsData(settings);
-        bool const isDone = bibrt::CountStreamOperations() - start < n;
         bibrt::ResetFailures();
-        AddRef(stream);
-        Release(stream);
+        EXPECT_EQ(n <= operations - 2, stream != nullptr) << n;
+        EXPECT_EQ("", stream == nullptr ? "" : ReadAll(stream)) << n;
         EXPECT_EQ(before, Describer(fTables).Dict(dict)) << n;
-        Release(settings);
-        if (isDone) {
-            break;
-        }
-        ++cutShort;
     }
-    EXPECT_GT(cutShort, 30U);
-    EXPECT_EQ(whole, WriteDict(dict));
+    EXPECT_EQ(whole, Text(settings));
+    Release(settings);
     Release(dict);
 }
 

@@ -63,6 +63,7 @@ constexpr SchemaCase kRuleCases[] = {
     {"< type integer in [ 1 1.5 ] >", "/in allows the number 1.5, which is of another type"},
     {"< type string in [ 1 ] >", "/in allows the number 1, which is of another type"},
     {"< type array count 1.5 >", "/count says the number 1.5, which is no whole number from 0"},
+    {"< type array count x >", "/count says the name x, which is no whole number from 0"},
     {"< type array count -1 >", "/count says the number -1, which is no whole number from 0"},
     {"< type name doc 3 >", "/doc says the number 3, which is no text"},
     {"< type number max 3 default 4 >", "/default expected a number of at most 3, found 4"},

@@ -67,12 +67,14 @@ protected:
         return reinterpret_cast<T*>(value);
     }
 
-    // What the component writes of settings, or "(null)". An empty text is "".
+    // What the component writes of settings, or "(null)".
     std::string Text(PDFSettings* settings) const {
         BIBPositionableStream* const stream = fGetJobOptionsData(settings);
-        if (stream == nullptr) {
-            return "(null)";
-        }
+        return stream == nullptr ? "(null)" : ReadAll(stream);
+    }
+
+    // What an unowned stream holds from its position on. The stream goes.
+    std::string ReadAll(BIBPositionableStream* stream) const {
         AddRef(stream);
         auto const methods = LoadMethods<_t_BIBSimpleStreamInterface>(&BIBRuntimeLookup, stream);
         std::string text;
