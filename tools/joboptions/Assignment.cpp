@@ -5,15 +5,20 @@
 #include "host/Settings.h"
 #include "tools/joboptions/Failure.h"
 #include "tools/joboptions/Utf8.h"
+#include "tools/joboptions/ValueText.h"
 
+#include <algorithm>
 #include <cctype>
 #include <fmt/format.h>
+#include <map>
 #include <optional>
+#include <strings.h>
 
 namespace joboptions {
 
 using pdfsettings::Array;
 using pdfsettings::Dictionary;
+using pdfsettings::SettingRule;
 using pdfsettings::Value;
 
 namespace {
@@ -38,66 +43,139 @@ std::optional<Value> ReadEntry(
     }
 }
 
-Value ReadValue(
-    pdfsettings::Component const& component, std::string const& key, std::string const& text) {
-    if (!ReadEntry(component, key, "true")) {
-        throw BadAssignment("this cannot be the key of a setting");
+std::string ListText(std::vector<Value> const& values) {
+    std::string text;
+    for (Value const& value : values) {
+        text += (text.empty() ? "" : ", ") + OneLine(value);
     }
-    if (auto value = ReadEntry(component, key, text)) {
-        return *value;
-    }
-    std::string message = fmt::format(
-        "cannot read the value \"{}\"; expected true, false, a number, /Name, (text), <FEFF>, "
-        "[ … ] or << … >>",
-        VisibleText(text));
-    if (!text.empty() && std::isalpha(static_cast<unsigned char>(text.front())) != 0 &&
-        ReadEntry(component, key, "/" + text)) {
-        message += fmt::format("; did you mean /{}?", VisibleText(text));
-    }
-    throw BadAssignment(message);
+    return text;
 }
 
-// Puts value into changes, which first take over the top-level value that it lies in.
-void Apply(std::string const& path, Value value, Dictionary const& settings, Dictionary& changes) {
-    std::string const topKey(pdfsettings::FirstPart(path));
-    Value const* const current = settings.Get(topKey);
-    if (topKey != path && changes.Get(topKey) == nullptr && current != nullptr) {
-        changes.Set(topKey, *current);
-    }
-    if (!SetAt(changes, path, std::move(value))) {
-        throw BadAssignment("there is no such place in the settings");
-    }
+// What a value of the kind looks like in a file; empty for a kind with several forms.
+std::string FormOf(std::string const& kind) {
+    static std::map<std::string, std::string> const kForms{
+        {"boolean", "true or false"},
+        {"number", "a number"},
+        {"integer", "a whole number"},
+        {"name", "/Name"},
+        {"string", "(text)"},
+        {"hexstring", "<FEFF>"},
+        {"array", "[ … ]"},
+        {"dictionary", "<< … >>"}};
+    auto const form = kForms.find(kind);
+    return form == kForms.end() ? "" : form->second;
 }
 
-void ReadAssignment(
-    pdfsettings::Component const& component,
-    Dictionary const& settings,
-    std::string const& assignment,
-    Dictionary& changes) {
-    std::size_t const sign = assignment.find('=');
-    std::string const path = assignment.substr(0, sign);
-    if (sign == std::string::npos) {
-        throw BadAssignment("expected KEY=VALUE");
+std::string ExpectedText(SettingRule const* rule) {
+    if (rule != nullptr && !rule->allowed.empty()) {
+        return "one of " + ListText(rule->allowed);
     }
-    if (path == pdfsettings::kTailKey) {
-        throw BadAssignment("this is what follows the settings in their file, not a setting");
-    }
-    std::string const key(pdfsettings::LastPart(path));
-    Value value = ReadValue(component, key, assignment.substr(sign + 1));
-    Apply(path, std::move(value), settings, changes);
+    std::string const form = rule == nullptr ? "" : FormOf(rule->kind);
+    return form.empty() ? "true, false, a number, /Name, (text), <FEFF>, [ … ] or << … >>" : form;
 }
+
+// Reads what is assigned to the settings of a file.
+class AssignmentReader {
+public:
+    AssignmentReader(
+        pdfsettings::Component const& component,
+        Dictionary const& settings,
+        std::vector<SettingRule> const& rules)
+        : fComponent(component),
+          fSettings(settings),
+          fRules(rules) {}
+
+    // Throws BadAssignment.
+    void Read(std::string const& assignment, Dictionary& changes) const {
+        std::size_t const sign = assignment.find('=');
+        std::string const path = assignment.substr(0, sign);
+        if (sign == std::string::npos) {
+            throw BadAssignment("expected KEY=VALUE");
+        }
+        if (path == pdfsettings::kTailKey) {
+            throw BadAssignment("this is what follows the settings in their file, not a setting");
+        }
+        Apply(path, ReadValue(path, assignment.substr(sign + 1)), changes);
+    }
+
+private:
+    Value ReadValue(std::string const& path, std::string const& text) const {
+        std::string const key(pdfsettings::LastPart(path));
+        if (!ReadEntry(fComponent, key, "true")) {
+            throw BadAssignment("this cannot be the key of a setting");
+        }
+        auto value = ReadEntry(fComponent, key, text);
+        if (!value) {
+            ThrowUnreadable(path, text);
+        }
+        return std::move(*value);
+    }
+
+    [[noreturn]] void ThrowUnreadable(std::string const& path, std::string const& text) const {
+        SettingRule const* const rule = FindRule(path);
+        std::string const name = NameMeant(rule, text);
+        throw BadAssignment(fmt::format(
+            "cannot read the value \"{}\"; expected {}{}",
+            VisibleText(text),
+            ExpectedText(rule),
+            name.empty() ? "" : fmt::format("; did you mean /{}?", VisibleText(name))));
+    }
+
+    // The name that text would be with a slash and the right capitals; empty for none.
+    std::string NameMeant(SettingRule const* rule, std::string const& text) const {
+        bool const mayBeName = rule == nullptr || rule->kind == "name";
+        bool const isWord = !text.empty() && std::isalpha(static_cast<unsigned char>(text[0])) != 0;
+        if (!mayBeName || !isWord || !ReadEntry(fComponent, "K", "/" + text)) {
+            return {};
+        }
+        return rule == nullptr || rule->allowed.empty() ? text : AllowedName(*rule, text);
+    }
+
+    static std::string AllowedName(SettingRule const& rule, std::string const& text) {
+        for (Value const& value : rule.allowed) {
+            auto const* const word = value.If<pdfsettings::Word>();
+            if (word != nullptr && strcasecmp(word->text.c_str(), text.c_str()) == 0) {
+                return word->text;
+            }
+        }
+        return {};
+    }
+
+    SettingRule const* FindRule(std::string const& path) const {
+        auto const rule = std::ranges::find(fRules, path, &SettingRule::key);
+        return rule == fRules.end() ? nullptr : &*rule;
+    }
+
+    // Puts value into changes, which first take over the top-level value that it lies in.
+    void Apply(std::string const& path, Value value, Dictionary& changes) const {
+        std::string const topKey(pdfsettings::FirstPart(path));
+        Value const* const current = fSettings.Get(topKey);
+        if (topKey != path && changes.Get(topKey) == nullptr && current != nullptr) {
+            changes.Set(topKey, *current);
+        }
+        if (!SetAt(changes, path, std::move(value))) {
+            throw BadAssignment("there is no such place in the settings");
+        }
+    }
+
+    pdfsettings::Component const& fComponent;
+    Dictionary const& fSettings;
+    std::vector<SettingRule> const& fRules;
+};
 
 } // namespace
 
 Dictionary ReadAssignments(
     pdfsettings::Component const& component,
     Dictionary const& settings,
+    std::vector<SettingRule> const& rules,
     std::vector<std::string> const& assignments) {
+    AssignmentReader const reader(component, settings, rules);
     Dictionary changes;
     std::string faults;
     for (std::string const& assignment : assignments) {
         try {
-            ReadAssignment(component, settings, assignment, changes);
+            reader.Read(assignment, changes);
         } catch (BadAssignment const& fault) {
             std::string const key = VisibleText(assignment.substr(0, assignment.find('=')));
             faults += fmt::format("{}{}: {}", faults.empty() ? "" : "\n", key, fault.what());

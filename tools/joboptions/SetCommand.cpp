@@ -46,8 +46,9 @@ Status SetCommand::Run() const {
     std::string const text = ReadBytes(fFile);
     pdfsettings::Settings settings = ParseSettings(component, fFile, text, schema.Text());
     pdfsettings::Dictionary const before = settings.Values();
-    pdfsettings::Dictionary const changes = ReadAssignments(component, before, fAssignments);
-    WarnOfUnknown(schema, changes);
+    auto const rules = schema.Settings();
+    pdfsettings::Dictionary const changes = ReadAssignments(component, before, rules, fAssignments);
+    WarnOfUnknown(rules, changes);
     auto const findings = settings.Set(changes);
     pdfsettings::Dictionary const after = settings.Values();
     auto const differences = Compare(before, after);
@@ -67,13 +68,11 @@ Status SetCommand::Run() const {
 
 // A misspelled key is allowed, for settings may hold what no schema knows.
 void SetCommand::WarnOfUnknown(
-    pdfsettings::Schema const& schema, pdfsettings::Dictionary const& changes) const {
-    auto const rules = schema.Settings();
+    std::vector<pdfsettings::SettingRule> const& rules,
+    pdfsettings::Dictionary const& changes) const {
     for (std::size_t place = 0; place < changes.Size() && !fOptions.quiet; ++place) {
         std::string const& key = changes.KeyAt(place);
-        bool const isKnown = std::ranges::any_of(
-            rules, [&key](pdfsettings::SettingRule const& rule) { return rule.key == key; });
-        if (!isKnown) {
+        if (std::ranges::find(rules, key, &pdfsettings::SettingRule::key) == rules.end()) {
             WriteWarning(fmt::format("{}: the schema has no such setting", VisibleText(key)));
         }
     }

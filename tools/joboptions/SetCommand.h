@@ -21,8 +21,9 @@ public:
     Status Run() const override;
 
 private:
-    void
-    WarnOfUnknown(pdfsettings::Schema const& schema, pdfsettings::Dictionary const& changes) const;
+    void WarnOfUnknown(
+        std::vector<pdfsettings::SettingRule> const& rules,
+        pdfsettings::Dictionary const& changes) const;
     void Save(std::string const& laidOut, std::string const& oldText) const;
 
     Options const& fOptions;
