@@ -90,6 +90,9 @@ std::vector<SchemaFault>
 LocateMessages(std::string const& text, std::vector<std::string> const& messages) {
     std::vector<SchemaFault> faults;
     for (std::string const& message : messages) {
+        if (message.find(' ') == std::string::npos) {
+            detail::ThrowOutOfMemory();
+        }
         std::string const path = message.substr(0, message.find(' '));
         faults.push_back(FaultAt(text, path, path + ":" + message.substr(path.size())));
     }

@@ -24,7 +24,8 @@ BIBRT_EXPORT void BIBRuntimeSetErrorChannel(BIBRuntimeErrorProc proc, void* clie
 // Finds the place, counted from 1, the column in bytes, of a value in a text in the object
 // notation. path has the form of the paths in the messages of POSStructValidatorInterface, and
 // leads to the entry of a dictionary, whose key is meant, or to an element; an empty one leads to
-// the whole value. Of equal keys the last one counts, as it does where the text is read. Non-zero
+// the whole value. Of keys that look the same in a path the last one counts, as equal ones do where
+// the text is read. Non-zero
 // when there is such a value; zero, and nothing is stored, when there is none, for a path that was
 // cut short, for a text whose brackets do not match, for a null argument and when memory runs out.
 // Any thread may call it at any time.

@@ -131,14 +131,15 @@ std::size_t PlaceFinder::MatchKey(std::size_t from, std::string_view key) const 
         return kNone;
     }
     std::size_t const start = from + (from > 0 ? 1 : 0);
+    std::string_view const step = ShownKey(key);
     std::string_view const rest = fPath.substr(start);
-    bool const isKey = key.size() <= rest.size() &&
-                       std::equal(key.begin(), key.end(), rest.begin(), [](char c, char shown) {
+    bool const isKey = step.size() <= rest.size() &&
+                       std::equal(step.begin(), step.end(), rest.begin(), [](char c, char shown) {
                            return PathByte(c) == PathByte(shown);
                        });
-    bool const isWhole =
-        isKey && (key.size() == rest.size() || rest[key.size()] == '/' || rest[key.size()] == '[');
-    return isWhole ? start + key.size() : kNone;
+    bool const isWhole = isKey && (step.size() == rest.size() || rest[step.size()] == '/' ||
+                                   rest[step.size()] == '[');
+    return isWhole ? start + step.size() : kNone;
 }
 
 std::size_t PlaceFinder::MatchIndex(std::size_t from, std::size_t index) const {

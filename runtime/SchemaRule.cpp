@@ -37,7 +37,8 @@ bool IsBound(POSObject const& value) noexcept {
 }
 
 bool IsCount(POSObject const& value) noexcept {
-    return IsBound(value) && static_cast<POSNumber const&>(value).fValue >= 0 &&
+    return IsBound(value) && std::isfinite(static_cast<POSNumber const&>(value).fValue) &&
+           static_cast<POSNumber const&>(value).fValue >= 0 &&
            std::trunc(static_cast<POSNumber const&>(value).fValue) ==
                static_cast<POSNumber const&>(value).fValue;
 }

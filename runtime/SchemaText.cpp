@@ -140,7 +140,7 @@ String ListText(POSArray const& array, bool areStrings) {
 
 void AppendKeyStep(String& path, std::string_view key) {
     path.append(path.empty() ? "" : "/");
-    for (char const c : PathEnd(key)) {
+    for (char const c : PathEnd(ShownKey(key))) {
         path.push_back(PathByte(c));
     }
 }

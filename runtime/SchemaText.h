@@ -48,6 +48,11 @@ inline char PathByte(char c) noexcept {
     return static_cast<unsigned char>(c) <= ' ' || c == 0x7F ? '_' : c;
 }
 
+// A key as a step of a path: an empty one would leave no trace.
+inline std::string_view ShownKey(std::string_view key) noexcept {
+    return key.empty() ? "_" : key;
+}
+
 // Append a step to path.
 void AppendKeyStep(String& path, std::string_view key);
 void AppendIndexStep(String& path, std::size_t index);

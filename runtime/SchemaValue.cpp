@@ -41,7 +41,8 @@ bool AreSame(double a, double b) noexcept {
 
 bool IsAllowed(POSObject const& allowed, POSObject const& value) noexcept {
     if (KindOf(value) != ValueKind::kNumber) {
-        return IsOfType(&allowed, gStringType) && BytesOf(allowed) == BytesOf(value);
+        return !IsCollection(&allowed) && KindOf(allowed) != ValueKind::kNumber &&
+               BytesOf(allowed) == BytesOf(value);
     }
     return KindOf(allowed) == ValueKind::kNumber && AreSame(NumberOf(allowed), NumberOf(value));
 }

@@ -70,17 +70,18 @@ void SettingsWalk::StepDict(Frame& frame) {
         return;
     }
     POSObject* const optional = FindPart(*frame.fStructure, kOptional);
-    if (!optional || frame.fRules != frame.fStructure) {
+    if (!optional || frame.fIsOptional) {
         fStack.Pop();
         return;
     }
     frame.fRules = static_cast<POSDict*>(optional);
+    frame.fIsOptional = true;
     frame.fPosition = 0;
 }
 
 // A rule of a structure, or of its optional part, and the setting that it is for.
 void SettingsWalk::JudgeSetting(Frame& frame, DictEntry const& entry) {
-    bool const isRequired = frame.fRules == frame.fStructure;
+    bool const isRequired = !frame.fIsOptional;
     bool const isWordOptional = TextIn(entry.fKey) == kOptional;
     if (isRequired ? isWordOptional
                    : !isWordOptional && frame.fStructure->fEntries.Get(entry.fKey)) {
@@ -161,7 +162,7 @@ void SettingsWalk::Enter(SchemaRule const& rule, POSObject& value) {
     if (rule.fType == RuleType::kStructure) {
         EnterDict(*rule.fStructure, value);
     } else if (POSObject* const element = rule.Part(RuleKey::kOf)) {
-        Push({&value, 0, Key(), nullptr, nullptr, element});
+        Push({&value, 0, Key(), nullptr, nullptr, /*fIsOptional=*/false, element});
     }
 }
 
@@ -174,7 +175,7 @@ void SettingsWalk::EnterDict(POSDict& structure, POSObject& value) {
              ", which is no dictionary"}));
         return;
     }
-    Push({&value, 0, nullptr, &structure, &structure, nullptr});
+    Push({&value, 0, nullptr, &structure, &structure, /*fIsOptional=*/false, nullptr});
 }
 
 void SettingsWalk::Push(Frame const& frame) {

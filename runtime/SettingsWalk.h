@@ -7,7 +7,8 @@
 namespace bibrt {
 
 // Uses no more stack for deeper nesting, and time in proportion to what the schema knows of the
-// value. Ends with a message at a value that contains itself.
+// value, in which a part that lies in several places counts for each. Ends with a message at a
+// value that contains itself.
 class SettingsWalk {
 public:
     SettingsWalk(POSValidator const& validator, MessageSink& sink, JudgeMode mode) noexcept
@@ -31,6 +32,7 @@ private:
         BIBStringAtom* fKey; // of the setting that is being judged; for elements, of their array
         POSDict* fStructure; // null for an array
         POSDict* fRules;     // the structure or its optional part
+        bool fIsOptional;    // which of the two
         POSObject* fElement; // the rule of the elements; null for a dictionary
     };
 

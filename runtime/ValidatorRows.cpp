@@ -34,15 +34,26 @@ private:
     BIBContainer* fContainer;
 };
 
+// The message of a judgement that was not finished. It has no space, so that nobody can take it for
+// a fault of a setting, and needs no memory.
+constexpr char kOutOfMemory[] = "out-of-memory";
+
 // What judge finds on the schema of self.
 template <class Judge>
 long IsClean(POSValidator& self, POSValidatorErrorCallback errorProc, Judge judge) {
     KeptAlive const keptSelf(self);
-    return AtCallbackRow<long>(0, [&] {
+    bool isFinished = false;
+    // A validator that lost a check would find faults that are none.
+    long const isClean = self.fIsInvalid ? 0 : AtCallbackRow<long>(0, [&] {
         MessageSink sink(errorProc);
         judge(sink);
+        isFinished = true;
         return sink.IsClean() ? 1 : 0;
     });
+    if (!isFinished && errorProc) {
+        errorProc(kOutOfMemory);
+    }
+    return isClean;
 }
 
 long Validate(
@@ -74,10 +85,12 @@ long RegisterCallbackProc(
     if (!IsValidator(self) || !name || !check) {
         return 0;
     }
-    return AtRow<long>(0, [&] {
+    long const isRegistered = AtRow<long>(0, [&] {
         self->SetCheck(name, {check, userData});
         return 1;
     });
+    self->fIsInvalid |= isRegistered == 0;
+    return isRegistered;
 }
 
 long ValidateSchema(POSValidator* self, POSValidatorErrorCallback errorProc) {

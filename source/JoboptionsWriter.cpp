@@ -29,6 +29,10 @@ namespace {
 
 constexpr char kLineEnd[] = "\r\n";
 
+// Indentation takes memory and time with the square of the levels, so that a large stack alone
+// would let values that contain themselves fill the memory.
+constexpr unsigned long kDeepestLevel = 5000;
+
 // The answer of write, or false if it throws.
 template <class Write>
 bool Probe(Write write) {
@@ -67,6 +71,15 @@ bool WriteBinData(
     WriteText(closing, stream);
     WriteText(kLineEnd, stream);
     return true;
+}
+
+// The line of a boolean, null for another word. It is written at once: a word that failed half way
+// would be written again as a name, behind what is there already.
+char const* BooleanLine(char const* word) noexcept {
+    if (std::strcmp(word, "true") == 0) {
+        return "true\r\n";
+    }
+    return std::strcmp(word, "false") == 0 ? "false\r\n" : nullptr;
 }
 
 // The number under key gets so many decimals; 0 for an ordinary key.
@@ -126,7 +139,7 @@ void WriteText(char const* text, CBIBPositionableStream& stream) {
 }
 
 void GetValue(CPOSObject const& value, CBIBPositionableStream& stream, unsigned long level) {
-    if (!platform::StackWatch::HasRoom()) {
+    if (level > kDeepestLevel || !platform::StackWatch::HasRoom()) {
         ThrowTooDeep();
     }
     bool const isWritten = IsName(value, stream) || IsString(value, stream) ||
@@ -140,13 +153,11 @@ void GetValue(CPOSObject const& value, CBIBPositionableStream& stream, unsigned 
 bool IsBoolean(CPOSObject const& value, CBIBPositionableStream& stream) {
     return Probe([&] {
         CPOSString const word(value, /*quiet=*/true);
-        bool const isBoolean = word.IsValid() && (std::strcmp(word.Get(), "true") == 0 ||
-                                                  std::strcmp(word.Get(), "false") == 0);
-        if (isBoolean) {
-            WriteText(word.Get(), stream);
-            WriteText(kLineEnd, stream);
+        char const* const line = word.IsValid() ? BooleanLine(word.Get()) : nullptr;
+        if (line != nullptr) {
+            WriteText(line, stream);
         }
-        return isBoolean;
+        return line != nullptr;
     });
 }
 

@@ -3,8 +3,9 @@
 // A probe answers true when it has written the value and its line end, and false when the value is
 // of another kind or could not be written; what it wrote until then stays in the stream. Levels
 // count the dictionaries and arrays around a value. A probe that goes deeper throws
-// NestingException when the stack cannot bear it; nothing else leaves a probe but what making an
-// empty stream may throw. REQUIRES: a platform::StackWatch lives on the thread.
+// NestingException when the stack cannot bear it, and behind 5,000 levels; nothing else leaves a
+// probe but what making an empty stream may throw. REQUIRES: a platform::StackWatch lives on the
+// thread.
 #pragma once
 
 #include "bib/BIBClientBase.h"

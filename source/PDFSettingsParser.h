@@ -37,7 +37,7 @@ public:
     // A value that cannot be written raises nothing: the stream is then empty if the settings have
     // kAlembicorData, and holds the default tail alone if they do not. Throws POSException when
     // that key holds no binary data, the memory error when the settings are nested deeper than the
-    // stack can bear, and CBIBError when no stream can be made.
+    // stack can bear or than 5,000 levels, and CBIBError when no stream can be made.
     static BIB_T_NMT::CBIBPositionableStream
     CPOSDict_To_Joboptions(BIB_T_NMT::CPOSDict const& settings);
 

@@ -3,7 +3,6 @@
 #include <cstring>
 
 #include "bib/BIBMemoryBuffer.h"
-#include "bib/POSDict.h"
 #include "bib/POSString.h"
 
 using BIB_T_NMT::CBIBMemory;
@@ -25,6 +24,16 @@ CPOSString MakeKey(char const* begin, char const* end) {
 
 POSValidatorErrorProc* POSValidatorErrorProc::gPOSValidatorErrorProc = nullptr;
 
+// What the runtime answers to a storing says nothing certain, so the outcome is looked at: a list
+// that lost an error would make settings pass that are not valid.
+void POSValidatorErrorProc::Append(CPOSDict const& record) const {
+    unsigned long const count = fErrors.Count();
+    fErrors.Append(record);
+    if (fErrors.Count() != count + 1 || !record.HasKey("Key") || !record.HasKey("ErrorMsg")) {
+        CBIBMemory::ThrowMemError();
+    }
+}
+
 void POSValidatorErrorProc::errproc(char const* message) {
     CPOSDict const record;
     char const* const space = std::strchr(message, ' ');
@@ -34,7 +43,7 @@ void POSValidatorErrorProc::errproc(char const* message) {
     }
     record.Put("Key", MakeKey(message, space));
     record.Put("ErrorMsg", CPOSString(space + 1));
-    gPOSValidatorErrorProc->fErrors.Append(record);
+    gPOSValidatorErrorProc->Append(record);
 }
 
 } // namespace PDFSettingsImpl

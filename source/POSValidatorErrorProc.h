@@ -3,6 +3,7 @@
 
 #include "bib/BIBClientBase.h"
 #include "bib/POSArray.h"
+#include "bib/POSDict.h"
 
 namespace PDFSettingsImpl {
 
@@ -30,6 +31,8 @@ public:
     static POSValidatorErrorProc* gPOSValidatorErrorProc;
 
 private:
+    void Append(BIB_T_NMT::CPOSDict const& record) const;
+
     BIB_T_NMT::CPOSArray const& fErrors;
 };
 

@@ -13,6 +13,7 @@ namespace support {
 
 namespace {
 
+std::string const kLongKey(200, 'k');
 std::string const kDefaultTail = "<<\r\n>> setpagedevice\r\n";
 
 // lines, which end with \n, as the entries of a written file with the default tail.
@@ -107,6 +108,8 @@ TEST_F(JoboptionsWriter, LaysOutEveryKindOfValue) {
         {"% prolog\n<<%c\n/B 2 /A 0x10 >>setalembicorparams \n(the tail)\n",
          "<<\r\n  /B 2\r\n  /A 16\r\n>> setalembicorparams\r\n(the tail)\n"},
         {"", Written("")},
+        {"<</trueish /trueish /CompatibilityLevelX 1 /" + kLongKey + " 1 >>setalembicorparams",
+         Written("  /trueish /trueish\n  /CompatibilityLevelX 1\n  /" + kLongKey + " 1\n")},
     };
     for (auto const& row : kCases) {
         EXPECT_EQ(row.fWritten, Rewrite(row.fRead)) << "of: " << row.fRead;
@@ -145,6 +148,14 @@ TEST_F(JoboptionsWriter, DecidesBetweenWholeAndRealInSinglePrecision) {
     }
     EXPECT_EQ("1.3", WriteNumber(1.3000000001, "CompatibilityLevel"));
     EXPECT_EQ("0.13", WriteNumber(0.125001, "SyntheticBoldness"));
+}
+
+TEST_F(JoboptionsWriter, WritesAPointWhateverTheHostsLocale) {
+    ASSERT_NE(nullptr, std::setlocale(LC_NUMERIC, "de_DE.UTF-8"))
+        << "LOCPATH must name the test locale";
+    EXPECT_EQ("0.50000", WriteNumber(0.5));
+    EXPECT_EQ("1.5", WriteNumber(1.5, "CompatibilityLevel"));
+    std::setlocale(LC_NUMERIC, "C");
 }
 
 TEST_F(JoboptionsWriter, WritesTheLargestNumberWhole) {
@@ -245,7 +256,8 @@ TEST_F(JoboptionsWriter, GivesNoErrorForAValueThatItCannotWrite) {
             target = reinterpret_cast<POSDict*>(fTables.fDict.DeepGet(dict, atom));
             fTables.fStringAtom.DeleteStringAtom(atom);
         }
-        PutBinData(target, "X", "AlembicorData", "inner");
+        // Below the settings this key is one like any other.
+        PutBinData(target, row.fAt == nullptr ? "X" : "AlembicorData", "AlembicorData", "inner");
         if (row.fTail != nullptr) {
             PutBinData(dict, "AlembicorData", "AlembicorData", row.fTail);
         }
@@ -254,12 +266,68 @@ TEST_F(JoboptionsWriter, GivesNoErrorForAValueThatItCannotWrite) {
         EXPECT_EQ(before, Describer(fTables).Dict(dict));
         Release(dict);
     }
+    auto* const dict = NewValue<POSDict>("<A 1>");
+    PutBinData(dict, "B", "JoboptionsStringX", "b");
+    EXPECT_EQ(kDefaultTail, WriteDict(dict));
+    unsigned short const units[] = {'u', 0};
+    auto const strings = LoadTable<_t_POSUnicodeStringInterface>(&BIBRuntimeLookup);
+    Put(dict, "B", strings.NewPOSUnicodeString(units));
+    EXPECT_EQ(kDefaultTail, WriteDict(dict));
+    Release(dict);
     EXPECT_TRUE(fLog.fMessages.empty());
 }
 
 TEST_F(JoboptionsWriter, FailsWhereTheTailIsNoBinaryData) {
     EXPECT_EQ("(null)", WriteNotation("<A 1 AlembicorData 2>"));
     EXPECT_EQ(std::vector<std::string>{"unknown BIB error"}, fLog.fMessages);
+}
+
+TEST_F(JoboptionsWriter, WritesBinaryDataWithAllItsBytes) {
+    using namespace std::string_literals;
+    auto* const dict = NewValue<POSDict>("<>");
+    PutBinData(dict, "S", "JoboptionsString", "a\0b"s);
+    PutBinData(dict, "H", "JoboptionsUnicodeString", "\0"s);
+    PutBinData(dict, "AlembicorData", "AnyType", "t\0t"s);
+    std::string const entries = "<<\r\n  /S (a\0b)\r\n  /H <\0>\r\n>> setalembicorparams\r\n"s;
+    EXPECT_EQ(entries + "t\0t"s, WriteDict(dict));
+    PutBinData(dict, "AlembicorData", "AlembicorData", "");
+    EXPECT_EQ(entries, WriteDict(dict));
+    Release(dict);
+}
+
+TEST_F(JoboptionsWriter, IndentsEveryLevel) {
+    std::string notation;
+    std::string expected = "  /A [\n";
+    std::string closing;
+    for (unsigned long level = 1; level < 40; ++level) {
+        notation += "[ ";
+        expected += std::string(2 * level + 2, ' ') + "[\n";
+        closing.insert(0, std::string(2 * level + 2, ' ') + "]\n");
+    }
+    expected += std::string(82, ' ') + "1\n" + closing + "  ]\n";
+    EXPECT_EQ(
+        Written(expected), WriteNotation("<A [ " + notation + "1" + std::string(40, ']') + ">"));
+}
+
+// A boolean whose line fails once is written as a name, which is the same value.
+TEST_F(JoboptionsWriter, WritesABooleanAgainWhereItsLineFails) {
+    auto* const dict = NewValue<POSDict>("<A true>");
+    PDFSettings* const settings = fNewFromDict(dict, "");
+    AddRef(settings);
+    std::string const whole = Text(settings);
+    unsigned long rescued = 0;
+    for (unsigned long n = 1; n < 20; ++n) {
+        bibrt::FailStreamOperation(n, /*andAllLater=*/false);
+        BIBPositionableStream* const stream = fGetJobOptionsData(settings);
+        bibrt::ResetFailures();
+        std::string const text = stream == nullptr ? "" : ReadAll(stream);
+        bool const isRescued = text.find("/A /true\r\n>>") != std::string::npos;
+        rescued += isRescued ? 1 : 0;
+        EXPECT_TRUE(text == whole || text == kDefaultTail || text.empty() || isRescued) << text;
+    }
+    EXPECT_EQ(1U, rescued);
+    Release(settings);
+    Release(dict);
 }
 
 // Whichever stream operation fails: nothing or an empty text, and the settings as they were.
@@ -313,7 +381,16 @@ TEST_F(JoboptionsWriterDepth, BearsAThousandLevels) {
 
 TEST_F(JoboptionsWriterDepth, RunsOutOfMemoryWhereTheStackDoes) {
     EXPECT_EQ("(null)", WriteDeepArray(1000UL * 1000));
-    EXPECT_EQ(std::vector<std::string>{"out of memory"}, fLog.fMessages);
+    auto* const dict = NewValue<POSDict>("<A 1>");
+    PutBinData(dict, "AlembicorData", "AlembicorData", "tail");
+    Put(dict, "Itself", dict);
+    EXPECT_EQ("(null)", WriteDict(dict));
+    BIBStringAtom* const atom = fTables.fStringAtom.NewStringAtom("Itself");
+    fTables.fDict.Remove(dict, atom);
+    fTables.fStringAtom.DeleteStringAtom(atom);
+    EXPECT_EQ("<<A 1 AlembicorData AlembicorData{tail}>>", Describer(fTables).Dict(dict));
+    Release(dict);
+    EXPECT_EQ(std::vector<std::string>(2, "out of memory"), fLog.fMessages);
 }
 
 } // namespace support

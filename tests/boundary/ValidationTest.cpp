@@ -72,6 +72,8 @@ TEST_F(Validation, GivesARecordForEachMessage) {
          "[<<Key /A ErrorMsg /expected a number, found the name x>> "
          "<<Key /B ErrorMsg /expected a boolean, found the number 3>>]"},
         {"/Must 1 /NotInTheSchema (anything) /optional 1", "[]"},
+        {"/Must 1 /optional /x",
+         "[<<Key /optional ErrorMsg /expected a number, found the name x>>]"},
         {"/Must 1 /CompatibilityLevel 1.3000000001 /ColorImageDepth -1", "[]"},
         {"/Must 1 /CompatibilityLevel 1.31 /ColorImageDepth 3",
          "[<<Key /CompatibilityLevel ErrorMsg /Invalid CompatibilityLevel>> "
@@ -99,6 +101,8 @@ TEST_F(Validation, JudgesTheNamespacesOfCertainProductsAlone) {
         {"<< /Namespace [ (Ardeo) (Pagemint) (6.0) ] >>", 0},
         {"<< /Namespace [ (Ardeo) (Pagemint) 4.0 ] >>", 0},
         {"<< /Namespace [ (Ardeo) (VPandPMPrivate) (x) ] >>", 1},
+        {"<< /Namespace [ (Ardeo) (VPandPMPrivate) (1.0) ] >>", 1},
+        {"<< /Namespace [ (Ardeo) (Vectrapaint) (1.0) ] >>", 1},
         {"<< /Namespace [ (Ardeo) (Vectrapaint) /x ] >>", 1},
         {"<< /Namespace [ (Ardeo) (Webrix) (8.0) ] >>", 1},
         {"<< /Namespace [ (Ardeo) (Webrix) (4.0) ] >>", 0},
@@ -193,6 +197,49 @@ TEST_F(Validation, ChangesAllSettingsOrNone) {
     }
     EXPECT_EQ("invalid container", DescribeErrors(fSetSettings(settings, nullptr)));
     Release(settings);
+}
+
+TEST_F(Validation, JudgesTheWholeSetWhateverIsChanged) {
+    std::string const fault = "[<<Key /A ErrorMsg /expected a number, found the name x>>]";
+    PDFSettings* const settings = NewSettings(File("/A /x"), Optional("A number").c_str());
+    EXPECT_EQ(fault, Set(settings, "< >"));
+    EXPECT_EQ(fault, Set(settings, "< B 1 >"));
+    EXPECT_EQ("<<A /x>>", Describe(settings));
+    POSDict* const before = fGetSettings(settings);
+    EXPECT_EQ("[]", Set(settings, "< A 1 >"));
+    POSDict* const after = fGetSettings(settings);
+    EXPECT_NE(before, after);
+    EXPECT_EQ("[]", Set(settings, "< >"));
+    EXPECT_NE(after, fGetSettings(settings));
+    EXPECT_EQ("<<A 1>>", Describe(settings));
+    Release(settings);
+}
+
+// Whichever allocation fails, once or from then on: the whole answer, or none and a report. A list
+// that lost an error would make the set pass.
+TEST_F(Validation, NeverPassesForWantOfMemory) {
+    std::string const schema = Optional("A number B boolean C < type array of number count 2 >");
+    for (char const* const notation : {"< A x B 2 C [ 1 y z ] >", "< A 2 C [ 1 2 ] >"}) {
+        auto* const changes = NewValue<POSDict>(notation);
+        PDFSettings* const untroubled = NewSettings(File("/A 1"), schema.c_str());
+        std::string const errors = DescribeErrors(fSetSettings(untroubled, changes));
+        std::string const changed = Describe(untroubled);
+        Release(untroubled);
+        for (unsigned long n = 1; n < 200; ++n) {
+            for (bool const andAllLater : {false, true}) {
+                PDFSettings* const settings = NewSettings(File("/A 1"), schema.c_str());
+                bibrt::FailAllocation(n, andAllLater);
+                POSArray* const found = fSetSettings(settings, changes);
+                bibrt::ResetFailures();
+                EXPECT_EQ(found == nullptr ? 1U : 0U, fLog.fMessages.size()) << n;
+                EXPECT_EQ(found == nullptr ? "<<A 1>>" : changed, Describe(settings)) << n;
+                EXPECT_EQ(errors, found == nullptr ? errors : DescribeErrors(found)) << n;
+                fLog.fMessages.clear();
+                Release(settings);
+            }
+        }
+        Release(changes);
+    }
 }
 
 TEST_F(Validation, SharesTheValuesOfAChangeAndReplacesTheDictionary) {

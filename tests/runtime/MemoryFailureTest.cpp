@@ -110,6 +110,12 @@ TEST_F(MemoryFailureTest, NewValidatorAndRegisteredCheck) {
 }
 
 // What cannot be judged for want of memory has not passed.
+// The last message of a validator.
+char const* gLastMessage = nullptr;
+void TakeMessage(char const* message) {
+    gLastMessage = std::strchr(message, ' ') ? "a fault" : "out-of-memory";
+}
+
 TEST_F(MemoryFailureTest, ValidateAndValidateSchema) {
     Validator validator(
         "< S < a < type array of S > optional < c C d < type name default x > > > >");
@@ -117,13 +123,20 @@ TEST_F(MemoryFailureTest, ValidateAndValidateSchema) {
         "C", [](POSObject*, BIBStringAtom*, BIBSharedBuffer*, void const*) -> long { return 1; });
     Held const settings(NewSettings("< a [ < a [] > < a [ < a [] c 1 > ] c 1 > ] c 2 >"));
     Atom const name("S");
+    auto const judge = [](bool isClean) {
+        EXPECT_STREQ(isClean ? "" : "out-of-memory", std::exchange(gLastMessage, ""));
+        return isClean;
+    };
+    gLastMessage = "";
     EXPECT_GT(
-        FailEach(
-            [&] { return validator.fMethods.Validate(validator, settings, name, nullptr) != 0; }),
+        FailEach([&] {
+            return judge(validator.fMethods.Validate(validator, settings, name, &TakeMessage) != 0);
+        }),
         3U);
     EXPECT_GT(
         FailEach([&] {
-            return Rows<_t_POSStructValidatorInterface>().ValidateSchema(validator, nullptr) != 0;
+            auto const& rows = Rows<_t_POSStructValidatorInterface>();
+            return judge(rows.ValidateSchema(validator, &TakeMessage) != 0);
         }),
         3U);
 }

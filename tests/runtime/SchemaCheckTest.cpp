@@ -8,6 +8,11 @@ long Accept(
     return 1;
 }
 
+long Refuse(
+    POSObject* /*value*/, BIBStringAtom* /*key*/, BIBSharedBuffer* /*m*/, void const* /*data*/) {
+    return 0;
+}
+
 class SchemaCheckTest : public RuntimeTest {};
 
 struct SchemaCase {
@@ -46,6 +51,7 @@ constexpr SchemaCase kRuleCases[] = {
     {"< type array count 2 of < type number max 3 default 1 > default [ 1 2 ] >", ""},
     {"< type string in [ a ] default a >", ""},
     {"< type hexstring default (FEFF) >", ""},
+    {"< type number check R default 1 >", ""},
     {"3", " says the number 3, which is neither a word nor a dictionary"},
     {"<>", " says no type"},
     {"numbr", " says numbr, which is no kind, structure or registered check"},
@@ -84,6 +90,7 @@ TEST_F(SchemaCheckTest, TellsEachFaultOfARuleWithItsPlace) {
         SCOPED_TRACE(row.fSchema);
         Validator validator(std::string("< S < K ") + row.fSchema + " > >");
         validator.Register("C", &Accept);
+        validator.Register("R", &Refuse);
         EXPECT_EQ(
             validator.JudgeSchema(), *row.fMessages ? std::string("S/K") + row.fMessages : "");
     }

@@ -71,6 +71,7 @@ constexpr RuleCase kRuleCases[] = {
     {"< type boolean in [ true ] >", "false", "K false is not one of true"},
     {"< type number in [ 5 ] min 7 >", "6", "K 6 is not one of 5"},
     {"< type array count 4 >", "[ 1 2 3 ]", "K expected 4 elements, found 3"},
+    {"< type array count 1 check Six >", "[ 1 2 ]", "K expected 1 element, found 2"},
     {"< type array count 1 of T >",
      "[ <> 1 ]",
      "K expected 1 element, found 2|K[0]/n expected a number, found nothing"
@@ -217,6 +218,62 @@ TEST_F(ValidatorTest, SettingsAreAliveUntilTheEndAndUnownedOnesStaySo) {
     POSObject* const unowned = NewSettings("< a 1 b 2 >");
     EXPECT_TRUE(validator.Passes(unowned));
     EXPECT_NE(Containers().DeleteUnownedContainer(As<BIBContainer>(unowned)), 0);
+}
+
+POSValidator* gValidator = nullptr;
+void DropValidator(char const* message) {
+    Messages::Add(message);
+    Containers().Release(As<BIBContainer>(std::exchange(gValidator, nullptr)));
+}
+
+TEST_F(ValidatorTest, IsAliveUntilTheEnd) {
+    Held const settings(NewSettings("< a x >"));
+    auto* const schema = As<POSDict>(Rows<_t_POSObjectStatics>().CreateFromText(
+        "< S < a number b number c number > >", nullptr));
+    gValidator = Rows<_t_POSStructValidatorInterface>().NewPOSStructValidator(schema);
+    Containers().AddRef(As<BIBContainer>(gValidator));
+    auto const methods =
+        support::LoadMethods<_t_POSValidatorVirtualInterface>(&BIBRuntimeLookup, gValidator);
+    EXPECT_EQ(methods.Validate(gValidator, settings, Atom("S"), &DropValidator), 0);
+    EXPECT_EQ(
+        Messages::Take(),
+        "a expected a number, found the name x|b expected a number, found nothing"
+        "|c expected a number, found nothing");
+}
+
+TEST_F(ValidatorTest, AKeyWithoutAPrintableNameIsShownAllTheSame) {
+    Validator const validator("< S < (a\\177 b) number () T > T < x number > >");
+    EXPECT_EQ(
+        validator.Judge(NewSettings("< () < > >")),
+        "a__b expected a number, found nothing|_/x expected a number, found nothing");
+}
+
+TEST_F(ValidatorTest, AnArrayThatLostAnElementIsNoArray) {
+    Validator const validator("< S < K array > >");
+    Held const settings(As<POSDict>(NewSettings("< K [ 1 ] >")));
+    Held const number(NewNumber(1));
+    auto* const array = As<POSArray>(Dicts().Get(settings, Atom("K")));
+    unsigned long kept = 0;
+    bibrt::FailAllocation(1, /*andAllLater=*/true);
+    while (Rows<_t_POSArrayInterface>().Append(array, number) != 0 && kept < 1000) {
+        ++kept;
+    }
+    bibrt::ResetFailures();
+    EXPECT_EQ(
+        validator.Judge(settings.Value()), "K expected an array, found another kind of value");
+}
+
+TEST_F(ValidatorTest, AStructureThatIsItsOwnOptionalPartEnds) {
+    auto const& statics = Rows<_t_POSObjectStatics>();
+    Held const schema(As<POSDict>(statics.CreateFromText("< S < a number > >", nullptr)));
+    Held const structure(As<POSDict>(Dicts().Get(schema, Atom("S"))));
+    Put(structure, "optional", structure.Value());
+    {
+        Validator const validator(static_cast<POSDict*>(schema));
+        EXPECT_EQ(validator.Judge(NewSettings("< a 1 >")), "");
+        EXPECT_NE(validator.JudgeSchema(), "");
+    }
+    Dicts().Remove(structure, Atom("optional"));
 }
 
 TEST_F(ValidatorTest, AValueThatContainsItselfEndsTheJudgement) {

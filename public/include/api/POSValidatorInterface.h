@@ -8,7 +8,8 @@
 typedef struct POSValidator POSValidator;
 
 // Receives one message of a validator: the setting's path, a space, the text. message is valid
-// during the call.
+// during the call. It must not change the value, what holds it, or the schema. The one message
+// without a space, "out-of-memory", is the last one and says that the judgement was not finished.
 typedef void (*POSValidatorErrorCallback)(char const* message);
 
 // A named check. Non-zero accepts value. key is the name of its setting. A refusal may write its
@@ -20,8 +21,8 @@ typedef long (*POSValidatorCheckCallback)(
 
 // Checks object against the schema's entry key; each message goes to errorProc (may be null) during
 // the call, on the caller's thread. Non-zero when the object passes, which is when there was no
-// message. Zero without a message for an argument that is wrong, and perhaps after some messages
-// when memory runs out. An exception of a callback passes through.
+// message. Zero without a message for an argument that is wrong. When memory runs out, or did so
+// when a check was registered, the last message says so. An exception of a callback passes through.
 typedef long (*POSValidatorValidateProc)(
     POSValidator* self, POSObject* object, BIBStringAtom* key, POSValidatorErrorCallback errorProc);
 
@@ -40,8 +41,8 @@ typedef struct _t_POSValidatorVirtualInterface {
 typedef POSValidator* (*POSStructValidatorNewStructValidatorProc)(POSDict* schema);
 
 // Registers a check under the name by which the schema refers to it, in the place of one that has
-// the name. userData must live as long as self. Non-zero on success; zero, and nothing has changed,
-// for a null self, name or check and when memory runs out.
+// the name. userData must live as long as self. Non-zero on success; zero for a null self, name or
+// check, and when memory runs out: from then on self finishes no judgement.
 typedef long (*POSStructValidatorRegisterCallbackProc)(
     POSValidator* self, BIBStringAtom* name, POSValidatorCheckCallback check, void const* userData);
 
