@@ -3,6 +3,7 @@
 #include "host/Component.h"
 #include "host/Error.h"
 #include "host/detail/BuildValues.h"
+#include "host/detail/FilePath.h"
 #include "host/detail/ReadStream.h"
 #include "host/detail/ReadValues.h"
 #include "host/detail/ReportChannel.h"
@@ -24,6 +25,20 @@ auto ReportedCall(char const* operation, Call call) -> decltype(call()) {
         detail::ThrowReport(std::string(operation) + " failed without a reason");
     }
     return result;
+}
+
+// Runs a call on a file. The component tells all failures of the file service by the same word; why
+// puts the system's reason in its place.
+template <class Call, class Why>
+auto FileCall(Call call, Why why) -> decltype(call()) {
+    try {
+        return call();
+    } catch (Error const& error) {
+        if (std::string_view(error.what()) != "Error") {
+            throw;
+        }
+        throw Error(why());
+    }
 }
 
 Ref<BIBPositionableStream> MakeStream(Bindings const& tables, std::string_view bytes) {
@@ -82,6 +97,18 @@ Settings::FromText(Component const& component, std::string_view text, std::strin
     return Settings(std::make_unique<State>(component.fRunning, made));
 }
 
+Settings
+Settings::FromFile(Component const& component, std::string const& path, std::string const& schema) {
+    Bindings const& tables = component.fRunning->Tables();
+    detail::BufferRef const buffer = detail::MakePath(tables, path);
+    char const* const schemaText = detail::WholeText(schema);
+    auto const open = [&] { return tables.settings.NewFromFile(buffer.get(), schemaText); };
+    ::PDFSettings* const made = FileCall(
+        [&] { return ReportedCall("NewFromFile", open); },
+        [&path] { return detail::WhyUnreadable(path); });
+    return Settings(std::make_unique<State>(component.fRunning, made));
+}
+
 Settings Settings::FromValues(
     Component const& component, Dictionary const& values, std::string const& schema) {
     Bindings const& tables = component.fRunning->Tables();
@@ -112,6 +139,23 @@ std::string Settings::Text() const {
         throw Error("a value of these settings has no form in a settings file");
     }
     return text;
+}
+
+bool Settings::IsDirty() const {
+    return fState->fRunning->Tables().settings.IsDirty(fState->fSettings.get()) != 0;
+}
+
+void Settings::Write(std::string const& path) {
+    Bindings const& tables = fState->fRunning->Tables();
+    // The component wants a folder in the path.
+    std::string const whole = path.find('/') == std::string::npos ? "./" + path : path;
+    detail::BufferRef const buffer = detail::MakePath(tables, whole);
+    FileCall(
+        [&] {
+            detail::ThrowIfError(
+                tables, tables.settings.Write(fState->fSettings.get(), buffer.get()));
+        },
+        [&path] { return detail::WhyUnwritable(path); });
 }
 
 std::vector<Finding> Settings::Validate() const {

@@ -25,6 +25,11 @@ public:
     static Settings
     FromText(Component const& component, std::string_view text, std::string const& schema = {});
 
+    // Settings from the file at path, which they are bound to; schema as above. Throws Error with
+    // the system's reason when the file cannot be read, else with the reported one.
+    static Settings
+    FromFile(Component const& component, std::string const& path, std::string const& schema = {});
+
     // Settings with copies of values; schema as above. Throws Error when memory runs out, and for a
     // NUL in a key, a word, the name of a binary type or a 16-bit text. A Binary that bears the
     // component's type name of a string or a hexadecimal string is one from then on.
@@ -54,6 +59,17 @@ public:
     // then nothing changes. The faults; none when the change was made. Throws Error as Validate and
     // FromValues do, and then nothing has changed.
     [[nodiscard]] std::vector<Finding> Set(Dictionary const& changes);
+
+    // Whether the file that the settings are bound to has been changed by somebody else, or cannot
+    // be examined; true for settings that are bound to no file. Changes of the settings play no
+    // part. Throws Error for a path with a NUL byte.
+    bool IsDirty() const;
+
+    // Writes the settings, valid or not, to the file at path, whose folder must exist, and binds
+    // them to it. An existing file is deleted before the new one is made: see SaveSafely for a
+    // replacement that cannot lose it. Throws Error with the system's reason, as far as it can be
+    // told afterwards.
+    void Write(std::string const& path);
 
 private:
     struct State;

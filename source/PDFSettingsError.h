@@ -25,6 +25,10 @@ public:
     CPDFSettingsError(char const* message, long id);
 };
 
+// error, or the runtime's memory error for an invalid one, which could not be made for want of
+// memory: no caller may take it for success.
+BIB_T_NMT::CBIBError NeverEmpty(BIB_T_NMT::CBIBError const& error);
+
 // Throws CPDFSettingsError(message, kInternalError) unless condition holds.
 void ThrowIfFalse(bool condition, char const* message);
 

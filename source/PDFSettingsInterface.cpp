@@ -1,11 +1,14 @@
 #include "source/PDFSettingsInterface.h"
 
 #include "source/Boundary.h"
+#include "source/PDFSettingsError.h"
+#include "source/PDFSettingsFile.h"
 #include "source/PDFSettingsStream.h"
 
 using BIB_T_NMT::CBIBPositionableStream;
 using BIB_T_NMT::CPOSArray;
 using BIB_T_NMT::CPOSDict;
+using UnicodeEncodingNS::Unicode16;
 
 namespace PDFSettingsImpl {
 
@@ -19,12 +22,24 @@ PDFSettings* NewSettings(Source const& source, char const* schema) {
     return PDFSettingsObject::NewContainer(new Object(source, schema));
 }
 
+// The path in a buffer of the host's.
+Unicode16 MakePath(BIBSharedBuffer* path) {
+    return UnicodeEncodingNS::CreateUnicode16(UnicodeEncodingNS::Buffer16(path, /*adopt=*/false));
+}
+
 } // namespace
 
 PDFSettings* _PDFSettingsNewFromStreamProc_NewFromStream(
     BIBPositionableStream* stream, char const* schema) noexcept {
     return AtBoundary(kNullOnFailure, [=]() -> PDFSettings* {
         return NewSettings<PDFSettingsStream>(CBIBPositionableStream(stream), schema);
+    });
+}
+
+PDFSettings*
+_PDFSettingsNewFromFileProc_NewFromFile(BIBSharedBuffer* path, char const* schema) noexcept {
+    return AtBoundary(kNullOnFailure, [=]() -> PDFSettings* {
+        return NewSettings<PDFSettingsFile>(MakePath(path), schema);
     });
 }
 
@@ -62,6 +77,23 @@ POSArray* _PDFSettingsIsPDFSettingsValidProc_IsPDFSettingsValid(PDFSettings* set
     return AtBoundary(kNullOnFailure, [=]() -> POSArray* {
         CPOSArray errors = PDFSettingsObject::GetInstance(settings)->IsPDFSettingsValid();
         return reinterpret_cast<POSArray*>(errors.UnownedReturn());
+    });
+}
+
+// Settings whose state cannot be told count as changed.
+int _PDFSettingsIsDirtyProc_IsDirty(PDFSettings* settings) noexcept {
+    auto const assumeDirty = [] { return 1; };
+    return AtBoundary(assumeDirty, [=]() -> int {
+        return PDFSettingsObject::GetInstance(settings)->IsDirty() ? 1 : 0;
+    });
+}
+
+BIBError* _PDFSettingsWriteProc_Write(PDFSettings* settings, BIBSharedBuffer* path) noexcept {
+    auto const makeError = []() -> BIBError* {
+        return NeverEmpty(CPDFSettingsError("Write Failed", kInternalError));
+    };
+    return AtBoundary(makeError, [=]() -> BIBError* {
+        return PDFSettingsObject::GetInstance(settings)->Write(MakePath(path));
     });
 }
 

@@ -11,6 +11,9 @@ PDFSettings* _PDFSettingsNewFromStreamProc_NewFromStream(
     BIBPositionableStream* stream, char const* schema) noexcept;
 
 PDFSettings*
+_PDFSettingsNewFromFileProc_NewFromFile(BIBSharedBuffer* path, char const* schema) noexcept;
+
+PDFSettings*
 _PDFSettingsNewFromDictProc_NewFromDict(POSDict* settings, char const* schema) noexcept;
 
 BIBPositionableStream*
@@ -21,5 +24,9 @@ POSDict* _PDFSettingsGetSettingsProc_GetSettings(PDFSettings* settings) noexcept
 POSArray* _PDFSettingsSetSettingsProc_SetSettings(PDFSettings* settings, POSDict* changes) noexcept;
 
 POSArray* _PDFSettingsIsPDFSettingsValidProc_IsPDFSettingsValid(PDFSettings* settings) noexcept;
+
+int _PDFSettingsIsDirtyProc_IsDirty(PDFSettings* settings) noexcept;
+
+BIBError* _PDFSettingsWriteProc_Write(PDFSettings* settings, BIBSharedBuffer* path) noexcept;
 
 } // namespace PDFSettingsImpl

@@ -5,9 +5,13 @@
 #include "bib/BIBContainer.h"
 #include "bib/BIBStringAtom.h"
 #include "bib/POSDictIterator.h"
+#include "source/PDFSettingsError.h"
 #include "source/PDFSettingsParser.h"
+#include "source/WholeFile.h"
 
 using BIB_T_NMT::CBIBContainer;
+using BIB_T_NMT::CBIBError;
+using BIB_T_NMT::CBIBPositionableStream;
 using BIB_T_NMT::CBIBStringAtom;
 using BIB_T_NMT::CPOSArray;
 using BIB_T_NMT::CPOSDict;
@@ -19,11 +23,41 @@ void DeletePDFSettingsImpl(void* instance) {
 }
 
 PDFSettingsObject::PDFSettingsObject(BIB_T_NMT::CPOSDict const& settings, char const* schema)
-    : fSettings(settings),
-      fSchema(schema, std::strlen(schema) + 1),
-      fTimeStamp(0) {}
+    : fTimeStamp(0),
+      fSettings(settings),
+      fSchema(schema, std::strlen(schema) + 1) {}
 
-BIB_T_NMT::CBIBPositionableStream PDFSettingsObject::GetJobOptionsData() const {
+bool PDFSettingsObject::IsDirty() {
+    if (fTimeStamp.GetSize() == 0) {
+        return true;
+    }
+    return !FileMgmtUtil::AreTimeStampsEqual(fTimeStamp, FileMgmtUtil::GetTimeStamp(fPath));
+}
+
+CBIBError PDFSettingsObject::Write(UnicodeEncodingNS::Unicode16 const& path) {
+    try {
+        WriteText(path);
+        fPath = path;
+        fTimeStamp = FileMgmtUtil::GetTimeStamp(path);
+        return CBIBError();
+    } catch (CPDFSettingsError const& error) {
+        return NeverEmpty(error);
+    } catch (...) {
+        return NeverEmpty(CPDFSettingsError("PDFSettingsObject::Write", kWriteError));
+    }
+}
+
+void PDFSettingsObject::WriteText(UnicodeEncodingNS::Unicode16 const& path) const {
+    CBIBPositionableStream const text = GetJobOptionsData();
+    text.Seek(0, kBIBSeekFromEnd);
+    unsigned long const size = text.Mark();
+    text.Seek(0);
+    UnicodeEncodingNS::Buffer8 const bytes(size, nullptr);
+    text.Read(bytes.GetBuffer(), size);
+    UnicodeEncodingNS::WriteFile<CPDFSettingsError>(path, bytes, /*failIfExists=*/false);
+}
+
+CBIBPositionableStream PDFSettingsObject::GetJobOptionsData() const {
     return PDFSettingsParser(fSettings).GetJoboptions();
 }
 

@@ -4,10 +4,12 @@
 #include "api/PDFSettings.h"
 #include "api/UnicodeEncoding.h"
 #include "bib/BIBClientBase.h"
+#include "bib/BIBError.h"
 #include "bib/BIBMemoryBuffer.h"
 #include "bib/BIBStream.h"
 #include "bib/POSArray.h"
 #include "bib/POSDict.h"
+#include "source/FileMgmtUtil.h"
 
 namespace PDFSettingsImpl {
 
@@ -25,6 +27,16 @@ public:
     PDFSettingsObject(PDFSettingsObject const&) = delete;
     PDFSettingsObject& operator=(PDFSettingsObject const&) = delete;
     virtual ~PDFSettingsObject() = default;
+
+    // Whether the file of these settings is another one than was read or written last; true while
+    // there is no file. The settings themselves play no part. Throws CPDFSettingsError when the
+    // file cannot be examined.
+    virtual bool IsDirty();
+
+    // Writes the settings, valid or not, to the file at path, and binds them to it. Empty on
+    // success; never throws. When only the new time stamp cannot be had, the settings are bound to
+    // the new path with the old stamp.
+    virtual BIB_T_NMT::CBIBError Write(UnicodeEncodingNS::Unicode16 const& path);
 
     // A second handle on the settings, not a copy: a change through it is a change of this object.
     BIB_T_NMT::CPOSDict GetSettings() const { return fSettings; }
@@ -64,13 +76,17 @@ public:
     // The object in a container, which owns it. Throws the runtime's error for another container.
     static PDFSettingsObject* GetInstance(PDFSettings const* container);
 
-private:
-    BIB_T_NMT::CPOSDict fSettings;
-    BIB_T_NMT::TBIBMemoryBuffer<char, BIB_T_NMT::CBIBMemory> fSchema;
+protected:
     // The file that was last read or written; empty while there is none.
     UnicodeEncodingNS::Unicode16 fPath;
     // That file's time stamp at that moment; its size is 0 while there is none.
-    BIB_T_NMT::TBIBMemoryBuffer<unsigned char, BIB_T_NMT::CBIBMemory> fTimeStamp;
+    FileMgmtUtil::TimeStamp fTimeStamp;
+
+private:
+    void WriteText(UnicodeEncodingNS::Unicode16 const& path) const;
+
+    BIB_T_NMT::CPOSDict fSettings;
+    BIB_T_NMT::TBIBMemoryBuffer<char, BIB_T_NMT::CBIBMemory> fSchema;
 };
 
 } // namespace PDFSettingsImpl

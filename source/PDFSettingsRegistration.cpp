@@ -38,7 +38,7 @@ bool RegisterPDFSettingsStaticsProcs() {
 bool RegisterPDFSettingsInterfaceProcs() {
     static _t_BIBFTabRegEntry const kRows[] = {
         PDF_SETTINGS_INTERFACE_ROWS(BIB_TABLE_PROC){"", "", nullptr}};
-    static_assert(std::size(kRows) == 6 + 1);
+    static_assert(std::size(kRows) == 9 + 1);
     return Register(kRows, PDFSettingsObject::GetInterfaceName());
 }
 

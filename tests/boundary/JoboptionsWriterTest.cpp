@@ -384,7 +384,7 @@ TEST_F(JoboptionsWriterDepth, RunsOutOfMemoryWhereTheStackDoes) {
     auto* const dict = NewValue<POSDict>("<A 1>");
     PutBinData(dict, "AlembicorData", "AlembicorData", "tail");
     Put(dict, "Itself", dict);
-    EXPECT_EQ("(null)", WriteDict(dict));
+    OnSmallStack([&] { EXPECT_EQ("(null)", WriteDict(dict)); });
     BIBStringAtom* const atom = fTables.fStringAtom.NewStringAtom("Itself");
     fTables.fDict.Remove(dict, atom);
     fTables.fStringAtom.DeleteStringAtom(atom);

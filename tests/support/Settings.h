@@ -100,6 +100,13 @@ protected:
         fTables.fContainer.Release(reinterpret_cast<BIBContainer*>(container));
     }
 
+    // Stores the component's procedure of that name.
+    template <class Proc>
+    static void Find(Proc& proc, char const* name, char const* type) {
+        proc = reinterpret_cast<Proc>(BIBRuntimeLookup("PDFSettingsInterface", name, type));
+        EXPECT_NE(nullptr, proc) << name;
+    }
+
     bibrt::LiveCounts fLiveBefore = bibrt::CountLive();
     ErrorLog fLog;
     Component fComponent;
@@ -110,13 +117,6 @@ protected:
     PDFSettingsGetSettingsProc fGetSettings = nullptr;
     PDFSettingsSetSettingsProc fSetSettings = nullptr;
     PDFSettingsIsPDFSettingsValidProc fIsPDFSettingsValid = nullptr;
-
-private:
-    template <class Proc>
-    static void Find(Proc& proc, char const* name, char const* type) {
-        proc = reinterpret_cast<Proc>(BIBRuntimeLookup("PDFSettingsInterface", name, type));
-        EXPECT_NE(nullptr, proc) << name;
-    }
 };
 
 } // namespace support

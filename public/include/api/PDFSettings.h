@@ -10,6 +10,7 @@
 #pragma once
 
 #include "api/BIBBootstrap.h"
+#include "api/BIBErrorInterface.h"
 #include "api/BIBSharedBuffInterface.h"
 #include "api/BIBStreamInterface.h"
 #include "api/BIBTable.h"
@@ -46,6 +47,11 @@ typedef struct PDFSettings PDFSettings;
 typedef PDFSettings* (*PDFSettingsNewFromStreamProc)(
     BIBPositionableStream* stream, char const* schema);
 
+// Settings from the file at path, a text of UTF-16 units with "/" between folders, in the machine's
+// byte order or with a mark at its head, and without a terminator. The settings are bound to the
+// file. schema as above. Null on failure.
+typedef PDFSettings* (*PDFSettingsNewFromFileProc)(BIBSharedBuffer* path, char const* schema);
+
 // Settings that share the given dictionary: a change to it is a change of the settings. schema as
 // above. Null on failure.
 typedef PDFSettings* (*PDFSettingsNewFromDictProc)(POSDict* settings, char const* schema);
@@ -71,13 +77,25 @@ typedef POSArray* (*PDFSettingsSetSettingsProc)(PDFSettings* settings, POSDict* 
 // setting that the schema does not know is no error. Null on failure.
 typedef POSArray* (*PDFSettingsIsPDFSettingsValidProc)(PDFSettings* settings);
 
+// 1 when the file that the settings are bound to has been changed by somebody else, when that
+// cannot be told, and while they are bound to none; else 0. A change of the settings plays no part.
+typedef int (*PDFSettingsIsDirtyProc)(PDFSettings* settings);
+
+// Writes the settings, valid or not, to the file at path (as above), whose folder must exist, and
+// binds them to it. An existing file is deleted before the new one is made. Null on success, else
+// an error with a reference for the caller.
+typedef BIBError* (*PDFSettingsWriteProc)(PDFSettings* settings, BIBSharedBuffer* path);
+
 // The rows of "PDFSettingsInterface".
 // clang-format off
 #define PDF_SETTINGS_INTERFACE_ROWS(ROW)                         \
     ROW(NewFromStream,      PDFSettingsNewFromStreamProc)        \
+    ROW(NewFromFile,        PDFSettingsNewFromFileProc)          \
     ROW(NewFromDict,        PDFSettingsNewFromDictProc)          \
     ROW(GetJobOptionsData,  PDFSettingsGetJobOptionsDataProc)    \
     ROW(GetSettings,        PDFSettingsGetSettingsProc)          \
     ROW(SetSettings,        PDFSettingsSetSettingsProc)          \
-    ROW(IsPDFSettingsValid, PDFSettingsIsPDFSettingsValidProc)
+    ROW(IsPDFSettingsValid, PDFSettingsIsPDFSettingsValidProc)   \
+    ROW(IsDirty,            PDFSettingsIsDirtyProc)              \
+    ROW(Write,              PDFSettingsWriteProc)
 // clang-format on

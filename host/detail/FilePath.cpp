@@ -1,0 +1,87 @@
+#include "host/detail/FilePath.h"
+
+#include "host/Error.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <iterator>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
+#include <utf8.h>
+
+namespace pdfsettings::detail {
+
+namespace {
+
+std::u16string ToUtf16(std::string const& path) {
+    std::u16string units;
+    try {
+        utf8::utf8to16(path.begin(), path.end(), std::back_inserter(units));
+    } catch (utf8::exception const&) {
+        throw Error("the path is no UTF-8");
+    }
+    return units;
+}
+
+std::string FolderOf(std::string const& path) {
+    std::size_t const slash = path.rfind('/');
+    return slash == std::string::npos ? "." : path.substr(0, slash + 1);
+}
+
+std::string SystemMessage(int error) {
+    return std::generic_category().message(error);
+}
+
+// What is at path that is no file; empty for a file and for nothing.
+std::string OtherKind(std::string const& path) {
+    struct stat status {};
+    if (stat(path.c_str(), &status) != 0 || S_ISREG(status.st_mode)) {
+        return {};
+    }
+    return S_ISDIR(status.st_mode) ? SystemMessage(EISDIR) : "not a regular file";
+}
+
+bool IsReadOnly(std::string const& path) {
+    struct stat status {};
+    return stat(path.c_str(), &status) == 0 && (status.st_mode & S_IWUSR) == 0;
+}
+
+} // namespace
+
+BufferRef MakePath(Bindings const& tables, std::string const& path) {
+    std::u16string const units = ToUtf16(WholeText(path));
+    std::size_t const size = units.size() * sizeof(char16_t);
+    return MakeBuffer(tables, {reinterpret_cast<char const*>(units.data()), size});
+}
+
+std::string WhyUnreadable(std::string const& path) {
+    std::string const kind = OtherKind(path);
+    if (!kind.empty()) {
+        return kind;
+    }
+    int const file = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    if (file < 0) {
+        return SystemMessage(errno);
+    }
+    close(file);
+    return "it cannot be read";
+}
+
+std::string WhyUnwritable(std::string const& path) {
+    std::string const kind = OtherKind(path);
+    if (!kind.empty()) {
+        return kind;
+    }
+    if (IsReadOnly(path)) {
+        return "read-only";
+    }
+    struct stat status {};
+    bool const isRefusedName = stat(path.c_str(), &status) != 0 && errno != ENOENT;
+    if (isRefusedName || access(FolderOf(path).c_str(), W_OK) != 0) {
+        return SystemMessage(errno);
+    }
+    return "it cannot be written";
+}
+
+} // namespace pdfsettings::detail

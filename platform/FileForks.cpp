@@ -1,0 +1,124 @@
+// The contents of files.
+#include <algorithm>
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "platform/FileManager.h"
+#include "platform/SystemErrors.h"
+
+using platform::CodeOf;
+using platform::CodeOfResult;
+
+namespace {
+
+// The system takes no more at once.
+constexpr ByteCount kLargestTransfer = 0x7FFFF000;
+
+bool IsRegular(int file) noexcept {
+    struct stat status {};
+    return fstat(file, &status) == 0 && S_ISREG(status.st_mode);
+}
+
+// Moves count bytes by transfer, which gives how many it moved, 0 for no more, or a negative
+// number.
+template <class Transfer>
+OSErr TransferAll(ByteCount count, ByteCount* actualCount, Transfer transfer) noexcept {
+    ByteCount done = 0;
+    OSErr error = noErr;
+    while (done < count && error == noErr) {
+        ssize_t const moved = transfer(done, std::min(count - done, kLargestTransfer));
+        if (moved > 0) {
+            done += static_cast<ByteCount>(moved);
+        } else if (moved == 0 || errno != EINTR) {
+            error = moved == 0 ? ioErr : CodeOf(errno);
+        }
+    }
+    if (actualCount != nullptr) {
+        *actualCount = done;
+    }
+    return error;
+}
+
+} // namespace
+
+OSErr FSGetDataForkName(HFSUniStr255* dataForkName) noexcept {
+    dataForkName->length = 0;
+    return noErr;
+}
+
+// A pipe would make the opening wait for its other end, so it is opened without waiting and then
+// refused.
+OSErr FSOpenFork(
+    FSRef const* ref,
+    UniCharCount forkNameLength,
+    UniChar const* /*forkName*/,
+    SInt16 permissions,
+    FSIORefNum* forkRefNum) noexcept {
+    if (forkNameLength != 0 || (permissions != fsRdPerm && permissions != fsRdWrPerm)) {
+        return paramErr;
+    }
+    int const access = permissions == fsRdPerm ? O_RDONLY : O_RDWR;
+    int const file = open(ref->path.c_str(), access | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    if (file < 0) {
+        return CodeOf(errno);
+    }
+    if (!IsRegular(file)) {
+        close(file);
+        return ioErr;
+    }
+    *forkRefNum = file;
+    return noErr;
+}
+
+OSErr FSCloseFork(FSIORefNum forkRefNum) noexcept {
+    return CodeOfResult(close(forkRefNum));
+}
+
+OSErr FSGetForkSize(FSIORefNum forkRefNum, SInt64* forkSize) noexcept {
+    struct stat status {};
+    OSErr const error = CodeOfResult(fstat(forkRefNum, &status));
+    if (error == noErr) {
+        *forkSize = status.st_size;
+    }
+    return error;
+}
+
+OSErr FSSetForkPosition(FSIORefNum forkRefNum, UInt16 positionMode, SInt64 offset) noexcept {
+    if (positionMode != fsFromStart && positionMode != fsFromLEOF) {
+        return paramErr;
+    }
+    int const origin = positionMode == fsFromStart ? SEEK_SET : SEEK_END;
+    return CodeOfResult(lseek(forkRefNum, offset, origin));
+}
+
+OSErr FSReadFork(
+    FSIORefNum forkRefNum,
+    UInt16 positionMode,
+    SInt64 offset,
+    ByteCount count,
+    void* buffer,
+    ByteCount* actualCount) noexcept {
+    if (OSErr const error = FSSetForkPosition(forkRefNum, positionMode, offset); error != noErr) {
+        return error;
+    }
+    return TransferAll(count, actualCount, [=](ByteCount done, ByteCount size) {
+        return read(forkRefNum, static_cast<char*>(buffer) + done, size);
+    });
+}
+
+OSErr FSWriteFork(
+    FSIORefNum forkRefNum,
+    UInt16 positionMode,
+    SInt64 offset,
+    ByteCount count,
+    void const* buffer,
+    ByteCount* actualCount) noexcept {
+    if (OSErr const error = FSSetForkPosition(forkRefNum, positionMode, offset); error != noErr) {
+        return error;
+    }
+    return TransferAll(count, actualCount, [=](ByteCount done, ByteCount size) {
+        return write(forkRefNum, static_cast<char const*>(buffer) + done, size);
+    });
+}

@@ -1,0 +1,178 @@
+// The file service, as far as the component calls it.
+//
+// Names, types, values and result codes follow the service's own interface. Every call gives noErr
+// or the code of its failure, in which case it has stored nothing. Names of files are counted
+// UTF-16 units; one that is empty, longer than 255 bytes in UTF-8, no well-formed UTF-16, or holds
+// a zero unit or a slash is bdNamErr, never cut short. No call keeps a descriptor but FSOpenFork.
+// Safe across threads.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "platform/CFBase.h"
+
+using SInt16 = std::int16_t;
+using UInt16 = std::uint16_t;
+using SInt32 = std::int32_t;
+using UInt32 = std::uint32_t;
+using SInt64 = std::int64_t;
+using UniChar = unsigned short;
+using UniCharCount = unsigned long;
+using ByteCount = unsigned long;
+using OSErr = SInt16;
+
+// Result codes.
+inline constexpr OSErr noErr = 0;
+inline constexpr OSErr dskFulErr = -34;
+inline constexpr OSErr ioErr = -36;
+inline constexpr OSErr bdNamErr = -37;
+inline constexpr OSErr fnfErr = -43;
+inline constexpr OSErr fLckdErr = -45;
+inline constexpr OSErr dupFNErr = -48;
+inline constexpr OSErr paramErr = -50;
+inline constexpr OSErr dirNFErr = -120;
+inline constexpr OSErr errFSNoMoreItems = -1417;
+inline constexpr OSErr afpAccessDenied = -5000;
+
+// A file or folder. A copyable value that holds a path: no descriptor is open for it, and the item
+// may have gone when it is used.
+struct FSRef {
+    std::string path; // in the system's own bytes, without a NUL
+};
+
+// A name of at most 255 units.
+struct HFSUniStr255 {
+    UInt16 length;
+    UniChar unicode[255];
+};
+
+// A point of time: seconds since 1904-01-01 00:00 UTC, the high 16 bits and the low 32 bits, and
+// 1/65536 seconds. Times before count on from the top.
+struct __attribute__((packed)) UTCDateTime {
+    UInt16 highSeconds;
+    UInt32 lowSeconds;
+    UInt16 fraction;
+};
+static_assert(sizeof(UTCDateTime) == 8);
+
+// What to tell of an item, and what is told. kFSNodeLockedMask: the item is immutable.
+using FSCatalogInfoBitmap = UInt32;
+inline constexpr FSCatalogInfoBitmap kFSCatInfoNodeFlags = 0x2;
+inline constexpr FSCatalogInfoBitmap kFSCatInfoContentMod = 0x40;
+inline constexpr UInt16 kFSNodeLockedMask = 0x1;
+inline constexpr UInt16 kFSNodeIsDirectoryMask = 0x10;
+
+struct FSCatalogInfo {
+    UInt16 nodeFlags;
+    UTCDateTime contentModDate;
+};
+
+extern "C" {
+
+// The item at an absolute or relative path, a NUL-terminated text; *isDirectory may be null. A link
+// that leads nowhere is an item too.
+OSErr FSPathMakeRef(UInt8 const* path, FSRef* ref, Boolean* isDirectory) noexcept;
+
+// The path and its NUL into a buffer of size bytes; bdNamErr when they do not fit.
+OSErr FSRefMakePath(FSRef const* ref, UInt8* path, UInt32 size) noexcept;
+
+// The item of that name in the folder parent. The hint is not looked at.
+OSErr FSMakeFSRefUnicode(
+    FSRef const* parent,
+    UniCharCount nameLength,
+    UniChar const* name,
+    UInt32 textEncodingHint,
+    FSRef* newRef) noexcept;
+
+// Information on an item; on its target for a link that leads somewhere. The name and the parent
+// are not provided: the last three arguments must be null.
+OSErr FSGetCatalogInfo(
+    FSRef const* ref,
+    FSCatalogInfoBitmap whichInfo,
+    FSCatalogInfo* catalogInfo,
+    HFSUniStr255* outName,
+    void* fsSpec,
+    FSRef* parentRef) noexcept;
+
+// A new, empty file or folder in parent, with the permissions that the process gives by default.
+// dupFNErr when there is anything of that name. whichInfo must be 0; newRef may be null.
+OSErr FSCreateFileUnicode(
+    FSRef const* parent,
+    UniCharCount nameLength,
+    UniChar const* name,
+    FSCatalogInfoBitmap whichInfo,
+    FSCatalogInfo const* catalogInfo,
+    FSRef* newRef,
+    void* newSpec) noexcept;
+OSErr FSCreateDirectoryUnicode(
+    FSRef const* parent,
+    UniCharCount nameLength,
+    UniChar const* name,
+    FSCatalogInfoBitmap whichInfo,
+    FSCatalogInfo const* catalogInfo,
+    FSRef* newRef,
+    void* newSpec,
+    UInt32* newDirID) noexcept;
+
+// Deletes a file or a link to one; paramErr for a folder. fLckdErr, for every user, when the item or
+// what it leads to is immutable or its owner may not write it.
+OSErr FSDeleteObject(FSRef const* ref) noexcept;
+
+// The name of the part of a file that holds its data: an empty name. There is no other part.
+OSErr FSGetDataForkName(HFSUniStr255* dataForkName) noexcept;
+
+inline constexpr SInt16 fsRdPerm = 1;
+inline constexpr SInt16 fsRdWrPerm = 3;
+inline constexpr UInt16 fsFromStart = 1;
+inline constexpr UInt16 fsFromLEOF = 2;
+
+// An open file.
+using FSIORefNum = int;
+
+// Opens the data of a regular file; ioErr for anything else. The caller closes it.
+OSErr FSOpenFork(
+    FSRef const* ref,
+    UniCharCount forkNameLength,
+    UniChar const* forkName,
+    SInt16 permissions,
+    FSIORefNum* forkRefNum) noexcept;
+OSErr FSCloseFork(FSIORefNum forkRefNum) noexcept;
+
+// The size in bytes.
+OSErr FSGetForkSize(FSIORefNum forkRefNum, SInt64* forkSize) noexcept;
+
+// Moves to offset bytes from the start or from the end.
+OSErr FSSetForkPosition(FSIORefNum forkRefNum, UInt16 positionMode, SInt64 offset) noexcept;
+
+// Read and write count bytes from that place on, all of them: fewer are ioErr or the code of the
+// reason, and *actualCount (may be null) tells how many there were.
+OSErr FSReadFork(
+    FSIORefNum forkRefNum,
+    UInt16 positionMode,
+    SInt64 offset,
+    ByteCount count,
+    void* buffer,
+    ByteCount* actualCount) noexcept;
+OSErr FSWriteFork(
+    FSIORefNum forkRefNum,
+    UInt16 positionMode,
+    SInt64 offset,
+    ByteCount count,
+    void const* buffer,
+    ByteCount* actualCount) noexcept;
+
+// Where standard folders lie.
+inline constexpr SInt16 kLocalDomain = -32765; // the machine's, an administrator's
+inline constexpr SInt16 kUserDomain = -32763;
+inline constexpr UInt32 kApplicationSupportFolderType = 0x61737570;
+inline constexpr UInt32 kPreferencesFolderType = 0x70726566;
+inline constexpr Boolean kDontCreateFolder = 0;
+inline constexpr Boolean kCreateFolder = 1;
+
+// A standard folder; fnfErr when it does not exist. Only the user's application support folder is
+// ever created, for the user alone.
+OSErr FSFindFolder(
+    SInt16 domain, UInt32 folderType, Boolean createFolder, FSRef* foundRef) noexcept;
+
+} // extern "C"

@@ -1,0 +1,19 @@
+#include "platform/FileStatus.h"
+
+#include <cerrno>
+#include <fcntl.h>
+
+#include "platform/SystemErrors.h"
+
+namespace platform {
+
+OSErr FileStatus::Read(std::string const& path) noexcept {
+    constexpr unsigned kWanted = STATX_TYPE | STATX_MODE | STATX_MTIME;
+    int result = statx(AT_FDCWD, path.c_str(), 0, kWanted, &fStatus);
+    if (result < 0 && (errno == ENOENT || errno == ELOOP)) {
+        result = statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, kWanted, &fStatus);
+    }
+    return CodeOfResult(result);
+}
+
+} // namespace platform

@@ -1,0 +1,28 @@
+// What the system knows of a file. Private to the platform layer.
+#pragma once
+
+#include <string>
+#include <sys/stat.h>
+
+#include "platform/FileManager.h"
+
+namespace platform {
+
+// The status of an item: of a link's target, or of the link itself if it leads nowhere.
+class FileStatus {
+public:
+    OSErr Read(std::string const& path) noexcept;
+
+    // The queries REQUIRE: Read gave noErr.
+    bool IsDirectory() const noexcept { return S_ISDIR(fStatus.stx_mode); }
+    // Nobody may change or delete the item.
+    bool IsLocked() const noexcept { return (fStatus.stx_attributes & STATX_ATTR_IMMUTABLE) != 0; }
+    // The owner may write the item.
+    bool IsWritableByOwner() const noexcept { return (fStatus.stx_mode & S_IWUSR) != 0; }
+    statx_timestamp const& ContentModification() const noexcept { return fStatus.stx_mtime; }
+
+private:
+    struct statx fStatus {};
+};
+
+} // namespace platform

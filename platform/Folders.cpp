@@ -1,0 +1,95 @@
+// The standard folders: the only place where the environment is looked at.
+#include <cerrno>
+#include <cstdlib>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <vector>
+
+#include "platform/FileManager.h"
+#include "platform/FileNames.h"
+#include "platform/FileStatus.h"
+#include "platform/SystemErrors.h"
+
+using platform::AtService;
+using platform::FileStatus;
+
+namespace {
+
+constexpr mode_t kPrivateFolderMode = 0700;
+
+// The value of an environment variable if it is an absolute path, else empty. Nothing in a program
+// with raised rights.
+std::string AbsoluteFromEnvironment(char const* variable) {
+    char const* const value = secure_getenv(variable);
+    return value != nullptr && value[0] == '/' ? value : "";
+}
+
+std::string HomeFromDatabase() {
+    constexpr std::size_t kLargestEntry = std::size_t{1} << 20;
+    passwd entry{};
+    passwd* found = nullptr;
+    std::vector<char> buffer(1024);
+    while (getpwuid_r(getuid(), &entry, buffer.data(), buffer.size(), &found) == ERANGE &&
+           buffer.size() < kLargestEntry) {
+        buffer.resize(buffer.size() * 2);
+    }
+    return found != nullptr && found->pw_dir != nullptr ? found->pw_dir : "";
+}
+
+// The folder that a variable names, else one below the user's home; empty when there is no home.
+std::string UserFolder(char const* variable, char const* belowHome) {
+    std::string const folder = AbsoluteFromEnvironment(variable);
+    if (!folder.empty()) {
+        return folder;
+    }
+    std::string const fromEnvironment = AbsoluteFromEnvironment("HOME");
+    std::string const home = fromEnvironment.empty() ? HomeFromDatabase() : fromEnvironment;
+    return home.empty() ? home : home + belowHome;
+}
+
+// No variable moves an administrator's folders, or a user could get around them.
+std::string FindFolder(SInt16 domain, UInt32 folderType) {
+    bool const isSupport = folderType == kApplicationSupportFolderType;
+    if (domain == kLocalDomain) {
+        return isSupport ? PDFSETTINGS_ADMIN_SUPPORT_FOLDER : PDFSETTINGS_ADMIN_PREFERENCES_FOLDER;
+    }
+    return isSupport ? UserFolder("XDG_DATA_HOME", "/.local/share")
+                     : UserFolder("XDG_CONFIG_HOME", "/.config");
+}
+
+// Makes the folder at path and what is missing above it; another program may do so too meanwhile.
+// Failures show when the folder is looked at.
+void MakeFolders(std::string const& path) {
+    for (std::size_t slash = path.find('/', 1); slash != std::string::npos;
+         slash = path.find('/', slash + 1)) {
+        mkdir(path.substr(0, slash).c_str(), kPrivateFolderMode);
+    }
+    mkdir(path.c_str(), kPrivateFolderMode);
+}
+
+} // namespace
+
+OSErr FSFindFolder(
+    SInt16 domain, UInt32 folderType, Boolean createFolder, FSRef* foundRef) noexcept {
+    bool const isKnown =
+        (domain == kLocalDomain || domain == kUserDomain) &&
+        (folderType == kApplicationSupportFolderType || folderType == kPreferencesFolderType);
+    if (!isKnown) {
+        return fnfErr;
+    }
+    return AtService([=] {
+        std::string path = FindFolder(domain, folderType);
+        bool const mayCreate = domain == kUserDomain && folderType == kApplicationSupportFolderType;
+        if (createFolder != kDontCreateFolder && mayCreate && !path.empty()) {
+            MakeFolders(path);
+        }
+        FileStatus status;
+        OSErr const error = status.Read(path);
+        if (error != noErr || !status.IsDirectory()) {
+            return error == noErr ? dirNFErr : error;
+        }
+        foundRef->path = std::move(path);
+        return noErr;
+    });
+}

@@ -1,0 +1,43 @@
+// Settings folders, files and their time stamps. No state; every function may throw CBIBError.
+#pragma once
+
+#include "api/UnicodeEncoding.h"
+#include "bib/BIBMemoryBuffer.h"
+
+// The first place of unit in a zero-terminated text, or null; null for a zero unit.
+unsigned short const* my_wcschr(unsigned short const* text, unsigned short unit) noexcept;
+
+// A hook for debugging: told of failures of the file service, it does nothing.
+void MacExceptionUtils_dprintf(long error, char const* sourceFile, long line) noexcept;
+
+namespace FileMgmtUtil {
+
+using UnicodeEncodingNS::Unicode16;
+
+// The content modification of a file as the file service stores it (see UTCDateTime), 8 bytes. It
+// is compared and not interpreted.
+using TimeStamp = BIB_T_NMT::TBIBMemoryBuffer<unsigned char, BIB_T_NMT::CBIBMemory>;
+
+enum DirectoryType : int { kAdminDirectory = 0, kUserDirectory = 1 };
+
+// Where settings lie below the application support folder of each domain.
+inline constexpr char kAdminExtraPath[] = "/Ardeo/Ardeo PDF/Settings";
+inline constexpr char kUserExtraPath[] = "/Ardeo/Ardeo PDF/Settings";
+
+// The standard folder of settings, which need not exist; an empty value when the system cannot
+// tell. The user's application support folder is made. Throws CPDFSettingsError for another type.
+Unicode16 GuessDirectoryLocation(DirectoryType type);
+
+// Whether there is a file or folder at path.
+bool FileExists(Unicode16 const& path);
+
+// Makes the folder at an absolute path with all that is missing above it. Whether it exists now; a
+// relative path is left alone and reported as good, an empty one as bad.
+bool CreateFolderIfMissing(Unicode16 const& path);
+
+// Throws CPDFSettingsError when the file cannot be found or examined.
+TimeStamp GetTimeStamp(Unicode16 const& path);
+
+bool AreTimeStampsEqual(TimeStamp const& a, TimeStamp const& b) noexcept;
+
+} // namespace FileMgmtUtil

@@ -1,0 +1,330 @@
+// Settings in files, as a host opens, watches and saves them.
+
+#include <csignal>
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include "tests/support/Describe.h"
+#include "tests/support/Settings.h"
+#include "tests/support/TemporaryFolder.h"
+
+namespace support {
+
+namespace {
+
+constexpr char16_t kMark = 0xFEFF;
+constexpr char16_t kSwappedMark = 0xFFFE;
+
+std::string const kText = "<</A 1 >>setalembicorparams tail";
+std::string const kWritten = "<<\r\n  /A 1\r\n>> setalembicorparams\r\ntail";
+
+// An ASCII text in UTF-16.
+std::u16string Wide(std::string const& text) {
+    return std::u16string(text.begin(), text.end());
+}
+
+std::u16string Swapped(std::u16string text) {
+    for (char16_t& unit : text) {
+        unit = static_cast<char16_t>((unit << 8) | (unit >> 8));
+    }
+    return text;
+}
+
+// Acts as a user without rights where the tests run as root, who may do everything.
+class AsNobody {
+public:
+    explicit AsNobody(std::filesystem::path const& folder) : fIsRoot(geteuid() == 0) {
+        if (fIsRoot) {
+            EXPECT_EQ(0, chown(folder.c_str(), kNobody, kNobody));
+            EXPECT_EQ(0, seteuid(kNobody));
+        }
+    }
+    ~AsNobody() {
+        if (fIsRoot) {
+            EXPECT_EQ(0, seteuid(0));
+        }
+    }
+    AsNobody(AsNobody const&) = delete;
+    AsNobody& operator=(AsNobody const&) = delete;
+
+private:
+    static constexpr uid_t kNobody = 65534;
+
+    bool fIsRoot;
+};
+
+void SetTime(std::string const& path, timespec time) {
+    timespec const times[] = {time, time};
+    EXPECT_EQ(0, utimensat(AT_FDCWD, path.c_str(), times, 0));
+}
+
+} // namespace
+
+class Files : public SettingsTest {
+protected:
+    Files() {
+        Find(fNewFromFile, "NewFromFile", "PDFSettingsNewFromFileProc");
+        Find(fIsDirty, "IsDirty", "PDFSettingsIsDirtyProc");
+        Find(fWrite, "Write", "PDFSettingsWriteProc");
+    }
+    ~Files() override { EXPECT_EQ(fDescriptors, CountDescriptors()); }
+
+    // Calls use with a buffer of the units of path.
+    template <class Use>
+    auto WithPath(std::u16string const& path, Use use) const {
+        auto const buffers = LoadTable<_t_BIBSharedBuffInterface>(&BIBRuntimeLookup);
+        unsigned long const size = path.size() * sizeof(char16_t);
+        BIBSharedBuffer* const buffer = buffers.NewBuffer(size, nullptr, nullptr, nullptr, nullptr);
+        if (size != 0) {
+            std::memcpy(buffers.GetBuffer(buffer), path.data(), size);
+        }
+        auto const result = use(buffer);
+        buffers.Release(buffer);
+        return result;
+    }
+
+    // Settings with a reference for the caller; null with a report.
+    PDFSettings* Open(std::u16string const& path) const {
+        PDFSettings* const settings =
+            WithPath(path, [&](BIBSharedBuffer* buffer) { return fNewFromFile(buffer, ""); });
+        AddRef(settings);
+        return settings;
+    }
+
+    // What opening the file reports; empty when it is opened.
+    std::string OpenError(std::u16string const& path) {
+        fLog.fMessages.clear();
+        PDFSettings* const settings = Open(path);
+        bool const isOpen = settings != nullptr;
+        Release(settings);
+        EXPECT_EQ(isOpen ? 0U : 1U, fLog.fMessages.size());
+        return isOpen ? "" : fLog.fMessages.back();
+    }
+
+    // The message of the error that writing gives; empty for success.
+    std::string Write(PDFSettings* settings, std::u16string const& path) const {
+        auto const errors = LoadTable<_t_BIBErrorInterface>(&BIBRuntimeLookup);
+        BIBError* const error =
+            WithPath(path, [&](BIBSharedBuffer* buffer) { return fWrite(settings, buffer); });
+        if (error == nullptr) {
+            return "";
+        }
+        std::string const message = fTables.fStringAtom.GetCString(errors.GetErrorMessage(error));
+        errors.Release(error);
+        return message;
+    }
+
+    TemporaryFolder fFolder;
+    long fDescriptors = CountDescriptors();
+    PDFSettingsNewFromFileProc fNewFromFile = nullptr;
+    PDFSettingsIsDirtyProc fIsDirty = nullptr;
+    PDFSettingsWriteProc fWrite = nullptr;
+};
+
+TEST_F(Files, AreWatchedOnceTheyAreOpened) {
+    std::string const file = fFolder.Make("a", kText);
+    PDFSettings* const settings = Open(Wide(file));
+    ASSERT_NE(nullptr, settings);
+    EXPECT_EQ(
+        "<<A 1 AlembicorData AlembicorData{tail}>>",
+        Describer(fTables).Dict(fGetSettings(settings)));
+    EXPECT_EQ(0, fIsDirty(settings));
+    timespec const time{1000000000, 500000000};
+    SetTime(file, time);
+    EXPECT_EQ(1, fIsDirty(settings));
+    EXPECT_EQ("", Write(settings, Wide(file)));
+    EXPECT_EQ(0, fIsDirty(settings));
+    // A part of a second below the stamp's unit goes unnoticed, a unit does not.
+    SetTime(file, time);
+    Release(settings);
+    PDFSettings* const again = Open(Wide(file));
+    SetTime(file, {time.tv_sec, time.tv_nsec + 1000});
+    EXPECT_EQ(0, fIsDirty(again));
+    SetTime(file, {time.tv_sec, time.tv_nsec + 16000});
+    EXPECT_EQ(1, fIsDirty(again));
+    SetTime(file, time);
+    EXPECT_EQ(0, fIsDirty(again));
+    EXPECT_TRUE(fLog.fMessages.empty());
+    std::filesystem::remove(file);
+    EXPECT_EQ(1, fIsDirty(again));
+    EXPECT_EQ(
+        std::vector<std::string>{"FileMgmtUtil::GetTimeStamp FSPathMakeRef failed"},
+        fLog.fMessages);
+    Release(again);
+}
+
+TEST_F(Files, AreBoundByWritingAndNotByChanging) {
+    char const* const schema = "< PDFSettings < optional < A number > > >";
+    PDFSettings* const settings = NewSettings(kText, schema);
+    EXPECT_EQ(1, fIsDirty(settings));
+    EXPECT_EQ("", Write(settings, Wide(fFolder / "one")));
+    EXPECT_EQ(0, fIsDirty(settings));
+    EXPECT_EQ(kWritten, ReadBytes(fFolder / "one"));
+    auto* const changes = NewValue<POSDict>("< A 2 >");
+    POSArray* const errors = fSetSettings(settings, changes);
+    AddRef(errors);
+    Release(errors);
+    Release(changes);
+    EXPECT_EQ(0, fIsDirty(settings));
+    // The settings follow a new path and forget the old one.
+    EXPECT_EQ("", Write(settings, Wide(fFolder / "two")));
+    EXPECT_EQ(kWritten, ReadBytes(fFolder / "one"));
+    std::filesystem::remove(fFolder / "one");
+    EXPECT_EQ(0, fIsDirty(settings));
+    EXPECT_EQ("", Write(settings, Wide(fFolder / "two")));
+    EXPECT_NE(std::string::npos, ReadBytes(fFolder / "two").find("/A 2"));
+    Release(settings);
+    EXPECT_EQ("two ", fFolder.Names());
+}
+
+TEST_F(Files, HaveNamesInEveryScriptAndPathsInEitherByteOrder) {
+    std::u16string const folder = Wide(fFolder.Path().string() + "/");
+    std::u16string const longest = folder + std::u16string(255, u'n');
+    std::u16string const threeBytes = folder + std::u16string(85, u'\u20AC');
+    struct {
+        std::u16string fPath;
+        std::string fName;
+    } const kCases[] = {
+        {folder + u"\u00E9t\u00E9 \u65E5\u672C", "\xC3\xA9t\xC3\xA9 \xE6\x97\xA5\xE6\x9C\xAC"},
+        {folder + u"\U0001F600.joboptions", "\xF0\x9F\x98\x80.joboptions"},
+        {kMark + folder + u"marked", "marked"},
+        {kSwappedMark + Swapped(folder + u"swapped\u20AC"), "swapped\xE2\x82\xAC"},
+        {longest, std::string(255, 'n')},
+        {threeBytes, ""},
+    };
+    PDFSettings* const settings = NewSettings(kText);
+    for (auto const& [path, name] : kCases) {
+        EXPECT_EQ("", Write(settings, path)) << name;
+        EXPECT_EQ(0, fIsDirty(settings)) << name;
+        EXPECT_EQ("", OpenError(path)) << name;
+        EXPECT_TRUE(std::filesystem::is_regular_file(fFolder / name) || name.empty()) << name;
+    }
+    Release(settings);
+}
+
+TEST_F(Files, ThatCannotBeReadAreToldByTheErrorAlone) {
+    std::u16string const folder = Wide(fFolder.Path().string());
+    fFolder.Make("whole", kText);
+    fFolder.Make("junk", "junk");
+    ASSERT_EQ(0, mkfifo((fFolder / "pipe").c_str(), 0666));
+    std::filesystem::create_symlink("nowhere", fFolder / "dangling");
+    std::filesystem::create_symlink("loop", fFolder / "loop");
+    struct {
+        std::u16string fPath;
+        char const* fError;
+    } const kCases[] = {
+        {folder + u"/whole", ""},
+        {folder + u"/missing", "Error"},
+        {folder, "Error"},
+        {folder + u"/", "Error"},
+        {folder + u"/whole/", "Error"},
+        {folder + u"/whole/below", "Error"},
+        {folder + u"/pipe", "Error"},
+        {folder + u"/dangling", "Error"},
+        {folder + u"/loop", "Error"},
+        {u"", "Error"},
+        {folder + std::u16string(u"/whole\0cut", 10), "Error"},
+        {folder + u"/\xD800", "Error"},
+        {folder + u"/" + std::u16string(256, u'n'), "Error"},
+        {folder + std::u16string(5000, u'/') + u"whole", "Error"},
+        {folder + u"/junk", "Joboptions_To_CPOSDict joboptions file is invalid"},
+    };
+    for (auto const& [path, error] : kCases) {
+        EXPECT_EQ(error, OpenError(path)) << std::string(path.begin(), path.end());
+    }
+    EXPECT_EQ(nullptr, fNewFromFile(nullptr, ""));
+    fFolder.Make("empty", "");
+    EXPECT_EQ("", OpenError(folder + u"/empty"));
+}
+
+TEST_F(Files, ThatCannotBeWrittenLeaveNothingBehind) {
+    std::u16string const folder = Wide(fFolder.Path().string());
+    std::filesystem::create_directory(fFolder / "folder");
+    fFolder.Make("folder/inside", "kept");
+    std::filesystem::create_directory(fFolder / "void");
+    fFolder.Make("readonly", "kept");
+    chmod((fFolder / "readonly").c_str(), 0444);
+    std::filesystem::create_symlink("readonly", fFolder / "link");
+    std::u16string const kPaths[] = {
+        u"",
+        u"name",
+        folder + u"/",
+        folder + u"/missing/name",
+        folder + u"/readonly/name",
+        folder + u"/folder",
+        folder + u"/void",
+        folder + u"/readonly",
+        folder + u"/link",
+        folder + u"/\xDC00",
+        folder + std::u16string(u"/a\0b", 4),
+        folder + u"/" + std::u16string(256, u'n'),
+        folder + u"/" + std::u16string(86, u'\u20AC'),
+        folder + std::u16string(5000, u'/') + u"name",
+    };
+    PDFSettings* const settings = NewSettings(kText);
+    for (std::u16string const& path : kPaths) {
+        EXPECT_EQ("Error", Write(settings, path)) << std::string(path.begin(), path.end());
+        EXPECT_EQ(1, fIsDirty(settings));
+    }
+    EXPECT_EQ("folder link readonly void ", fFolder.Names());
+    EXPECT_EQ("kept", ReadBytes(fFolder / "readonly"));
+    EXPECT_EQ("kept", ReadBytes(fFolder / "folder/inside"));
+    // What is no settings object is a failure from outside.
+    auto* const dict = NewValue<PDFSettings>("< >");
+    EXPECT_EQ("Write Failed", Write(dict, folder + u"/name"));
+    Release(dict);
+    Release(settings);
+}
+
+TEST_F(Files, MayHaveLongPaths) {
+    std::string folder = fFolder.Path().string();
+    for (int i = 0; i < 6; ++i) {
+        folder += "/" + std::string(250, 'f');
+        std::filesystem::create_directory(folder);
+    }
+    PDFSettings* const settings = NewSettings(kText);
+    EXPECT_EQ("", Write(settings, Wide(folder + "/a")));
+    EXPECT_EQ("", OpenError(Wide(folder + "/a")));
+    Release(settings);
+}
+
+TEST_F(Files, ThatTheUserMayNotTouchStayAsTheyAre) {
+    AsNobody const nobody(fFolder.Path());
+    fFolder.Make("kept", kText);
+    chmod((fFolder / "kept").c_str(), 0200);
+    std::filesystem::create_directory(fFolder / "folder");
+    fFolder.Make("folder/kept", "kept");
+    chmod((fFolder / "folder").c_str(), 0555);
+    PDFSettings* const settings = NewSettings(kText);
+    EXPECT_EQ("Error", OpenError(Wide(fFolder / "kept")));
+    EXPECT_EQ("Error", Write(settings, Wide(fFolder / "folder/new")));
+    EXPECT_EQ("Error", Write(settings, Wide(fFolder / "folder/kept")));
+    EXPECT_EQ("kept", ReadBytes(fFolder / "folder/kept"));
+    EXPECT_FALSE(std::filesystem::exists(fFolder / "folder/new"));
+    chmod((fFolder / "folder").c_str(), 0755);
+    Release(settings);
+}
+
+// The old file goes before the new one is made: where the disk is full, neither stays.
+TEST_F(Files, AreGoneWhereTheDiskIsFull) {
+    std::string const file = fFolder.Make("a", kText);
+    PDFSettings* const settings = Open(Wide(file));
+    auto const handler = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit before{};
+    getrlimit(RLIMIT_FSIZE, &before);
+    rlimit const limit{10, before.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &limit);
+    std::string const error = Write(settings, Wide(file));
+    setrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, handler);
+    EXPECT_EQ("Error", error);
+    EXPECT_EQ("", fFolder.Names());
+    EXPECT_EQ(1, fIsDirty(settings));
+    EXPECT_EQ("", Write(settings, Wide(file)));
+    EXPECT_EQ(kWritten, ReadBytes(file));
+    EXPECT_EQ(0, fIsDirty(settings));
+    Release(settings);
+}
+
+} // namespace support

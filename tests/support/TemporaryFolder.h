@@ -1,0 +1,65 @@
+// A folder for the files of one test.
+#pragma once
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include <sys/stat.h>
+
+namespace support {
+
+// The folder goes with all that is in it.
+class TemporaryFolder {
+public:
+    TemporaryFolder() {
+        std::string name = (std::filesystem::temp_directory_path() / "settings-XXXXXX").string();
+        fPath = mkdtemp(name.data());
+    }
+    ~TemporaryFolder() { std::filesystem::remove_all(fPath); }
+    TemporaryFolder(TemporaryFolder const&) = delete;
+    TemporaryFolder& operator=(TemporaryFolder const&) = delete;
+
+    std::filesystem::path const& Path() const { return fPath; }
+    std::string operator/(std::string const& name) const { return (fPath / name).string(); }
+
+    // Makes a file of those bytes; its path.
+    std::string Make(std::string const& name, std::string const& bytes) const {
+        std::ofstream(fPath / name) << bytes;
+        return *this / name;
+    }
+
+    // The names in the folder in alphabetical order, each with a blank behind it.
+    std::string Names() const {
+        std::vector<std::string> names;
+        for (auto const& entry : std::filesystem::directory_iterator(fPath)) {
+            names.push_back(entry.path().filename().string());
+        }
+        std::sort(names.begin(), names.end());
+        std::string all;
+        for (auto const& name : names) {
+            all += name + " ";
+        }
+        return all;
+    }
+
+private:
+    std::filesystem::path fPath;
+};
+
+inline std::string ReadBytes(std::string const& path) {
+    std::ifstream stream(path);
+    return std::string(std::istreambuf_iterator<char>(stream), {});
+}
+
+// How many descriptors the process has open.
+inline long CountDescriptors() {
+    return std::distance(
+        std::filesystem::directory_iterator("/proc/self/fd"),
+        std::filesystem::directory_iterator());
+}
+
+} // namespace support

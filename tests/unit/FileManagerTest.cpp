@@ -1,0 +1,177 @@
+#include "platform/FileManager.h"
+
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <linux/fs.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include "tests/support/TemporaryFolder.h"
+
+namespace {
+
+class FileManager : public testing::Test {
+protected:
+    ~FileManager() override { EXPECT_EQ(fDescriptors, support::CountDescriptors()); }
+
+    FSRef RefOf(std::string const& name) const { return {fFolder / name}; }
+    FSRef Folder() const { return {fFolder.Path().string()}; }
+
+    static OSErr MakeRef(std::string const& path, FSRef* ref, Boolean* isDirectory) {
+        return FSPathMakeRef(reinterpret_cast<UInt8 const*>(path.c_str()), ref, isDirectory);
+    }
+
+    OSErr Child(std::u16string const& name, FSRef* ref) const {
+        FSRef const parent = Folder();
+        auto const* const units = reinterpret_cast<UniChar const*>(name.data());
+        return FSMakeFSRefUnicode(&parent, name.size(), units, 0, ref);
+    }
+
+    OSErr Create(std::u16string const& name, FSRef* ref = nullptr) const {
+        FSRef const parent = Folder();
+        auto const* const units = reinterpret_cast<UniChar const*>(name.data());
+        return FSCreateFileUnicode(&parent, name.size(), units, 0, nullptr, ref, nullptr);
+    }
+
+    support::TemporaryFolder fFolder;
+    long fDescriptors = support::CountDescriptors();
+};
+
+} // namespace
+
+TEST_F(FileManager, TellsFromAPathWhatIsThere) {
+    fFolder.Make("file", "");
+    std::filesystem::create_symlink("nowhere", fFolder / "dangling");
+    std::filesystem::create_directory_symlink(".", fFolder / "link");
+    struct {
+        char const* fName;
+        OSErr fError;
+        bool fIsDirectory;
+    } const kCases[] = {
+        {"", noErr, true},
+        {"file", noErr, false},
+        {"link", noErr, true},
+        {"dangling", noErr, false},
+        {"missing", fnfErr, false},
+        {"missing/below", fnfErr, false},
+        {"file/below", dirNFErr, false},
+    };
+    for (auto const& [name, error, isDirectory] : kCases) {
+        FSRef ref{"unchanged"};
+        Boolean found = 0;
+        EXPECT_EQ(error, MakeRef(fFolder / name, &ref, &found)) << name;
+        EXPECT_EQ(isDirectory ? 1 : 0, found) << name;
+        EXPECT_EQ(error == noErr ? fFolder / name : "unchanged", ref.path) << name;
+    }
+    FSRef ref;
+    EXPECT_EQ(bdNamErr, MakeRef(fFolder / std::string(256, 'n'), &ref, nullptr));
+    EXPECT_EQ(bdNamErr, MakeRef(std::string(5000, 'n'), &ref, nullptr));
+    UInt8 path[8];
+    FSRef const fitting{"/234567"};
+    FSRef const tooLong{"/2345678"};
+    EXPECT_EQ(noErr, FSRefMakePath(&fitting, path, sizeof path));
+    EXPECT_STREQ("/234567", reinterpret_cast<char const*>(path));
+    EXPECT_EQ(bdNamErr, FSRefMakePath(&tooLong, path, sizeof path));
+}
+
+TEST_F(FileManager, CutsNoNameShort) {
+    std::u16string const kBadNames[] = {
+        u"",
+        std::u16string(256, u'n'),
+        std::u16string(128, u'\u00E9'),
+        std::u16string(u"a\0b", 3),
+        std::u16string(u"\0", 1),
+        u"a/b",
+        u"/",
+        u"\xD800",
+        u"\xDC00\xD800",
+    };
+    FSRef ref;
+    for (std::u16string const& name : kBadNames) {
+        EXPECT_EQ(bdNamErr, Create(name));
+        EXPECT_EQ(bdNamErr, Child(name, &ref));
+    }
+    EXPECT_EQ("", fFolder.Names());
+    EXPECT_EQ(noErr, Create(std::u16string(127, u'\u00E9'), &ref));
+    EXPECT_EQ(noErr, Child(std::u16string(127, u'\u00E9'), &ref));
+    EXPECT_EQ(noErr, Create(u"\U0001F600"));
+    EXPECT_EQ(dupFNErr, Create(u"\U0001F600"));
+}
+
+TEST_F(FileManager, DeletesFilesAndLinksThatMayGo) {
+    fFolder.Make("file", "");
+    fFolder.Make("readonly", "");
+    chmod((fFolder / "readonly").c_str(), 0444);
+    std::filesystem::create_directory(fFolder / "folder");
+    std::filesystem::create_symlink("file", fFolder / "link");
+    std::filesystem::create_symlink("readonly", fFolder / "readonlylink");
+    std::filesystem::create_symlink("nowhere", fFolder / "dangling");
+    struct {
+        char const* fName;
+        OSErr fError;
+    } const kCases[] = {
+        {"link", noErr},
+        {"dangling", noErr},
+        {"readonlylink", fLckdErr},
+        {"readonly", fLckdErr},
+        {"folder", paramErr},
+        {"file", noErr},
+        {"file", fnfErr},
+    };
+    for (auto const& [name, error] : kCases) {
+        FSRef const ref = RefOf(name);
+        EXPECT_EQ(error, FSDeleteObject(&ref)) << name;
+    }
+    EXPECT_EQ("folder readonly readonlylink ", fFolder.Names());
+}
+
+TEST_F(FileManager, TakesImmutableFilesForLocked) {
+    std::string const file = fFolder.Make("file", "");
+    int const descriptor = open(file.c_str(), O_RDONLY | O_CLOEXEC);
+    int flags = FS_IMMUTABLE_FL;
+    bool const isImmutable = ioctl(descriptor, FS_IOC_SETFLAGS, &flags) == 0;
+    FSRef const ref{file};
+    FSCatalogInfo info{};
+    EXPECT_EQ(noErr, FSGetCatalogInfo(&ref, kFSCatInfoNodeFlags, &info, nullptr, nullptr, nullptr));
+    EXPECT_EQ(isImmutable ? kFSNodeLockedMask : 0, info.nodeFlags);
+    EXPECT_EQ(isImmutable ? fLckdErr : noErr, FSDeleteObject(&ref));
+    flags = 0;
+    ioctl(descriptor, FS_IOC_SETFLAGS, &flags);
+    close(descriptor);
+    FSRef const folder = Folder();
+    EXPECT_EQ(
+        noErr, FSGetCatalogInfo(&folder, kFSCatInfoNodeFlags, &info, nullptr, nullptr, nullptr));
+    EXPECT_EQ(kFSNodeIsDirectoryMask, info.nodeFlags);
+    EXPECT_EQ(paramErr, FSGetCatalogInfo(&ref, 0, &info, nullptr, &info, nullptr));
+}
+
+TEST_F(FileManager, MovesAllBytesOrFails) {
+    fFolder.Make("file", "0123456789");
+    FSRef const ref = RefOf("file");
+    FSIORefNum fork = -1;
+    EXPECT_EQ(paramErr, FSOpenFork(&ref, 0, nullptr, 2, &fork));
+    EXPECT_EQ(paramErr, FSOpenFork(&ref, 1, nullptr, fsRdPerm, &fork));
+    FSRef const folder = Folder();
+    EXPECT_EQ(ioErr, FSOpenFork(&folder, 0, nullptr, fsRdPerm, &fork));
+    ASSERT_EQ(noErr, FSOpenFork(&ref, 0, nullptr, fsRdWrPerm, &fork));
+    SInt64 size = 0;
+    EXPECT_EQ(noErr, FSGetForkSize(fork, &size));
+    EXPECT_EQ(10, size);
+    char bytes[20] = {};
+    ByteCount count = 0;
+    EXPECT_EQ(noErr, FSReadFork(fork, fsFromStart, 2, 8, bytes, &count));
+    EXPECT_STREQ("23456789", bytes);
+    EXPECT_EQ(ioErr, FSReadFork(fork, fsFromStart, 2, 9, bytes, &count));
+    EXPECT_EQ(8U, count);
+    EXPECT_EQ(noErr, FSReadFork(fork, fsFromLEOF, 0, 0, nullptr, nullptr));
+    EXPECT_EQ(noErr, FSWriteFork(fork, fsFromLEOF, 0, 3, "abc", &count));
+    EXPECT_EQ(3U, count);
+    EXPECT_EQ(paramErr, FSSetForkPosition(fork, 7, 0));
+    EXPECT_EQ(paramErr, FSSetForkPosition(fork, fsFromStart, -1));
+    EXPECT_EQ(noErr, FSCloseFork(fork));
+    EXPECT_EQ("0123456789abc", support::ReadBytes(fFolder / "file"));
+    EXPECT_EQ(paramErr, FSGetForkSize(-1, &size));
+    EXPECT_EQ(paramErr, FSReadFork(-1, fsFromStart, 0, 1, bytes, &count));
+    EXPECT_EQ(paramErr, FSCloseFork(-1));
+}
