@@ -4,6 +4,7 @@
 #include "host/Error.h"
 #include "host/Path.h"
 #include "tests/support/SmallStack.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 #include <optional>
@@ -32,9 +33,6 @@ protected:
         return MessageOf([&] { Settings::FromValues(fComponent, values); });
     }
 
-    Component fComponent;
-
-private:
     template <class Work>
     static std::string MessageOf(Work work) {
         try {
@@ -44,6 +42,8 @@ private:
         }
         return "accepted";
     }
+
+    Component fComponent;
 };
 
 Dictionary OneEntry(std::string const& key, Value value) {
@@ -191,6 +191,49 @@ TEST_F(SettingsTest, AValueWithoutAFormInAFileHasNoText) {
         values.Set(kTailKey, Binary{kTailKey, "tail"});
         EXPECT_THROW(Settings::FromValues(fComponent, values).Text(), Error);
     }
+}
+
+TEST_F(SettingsTest, AFileIsOpenedWatchedAndWritten) {
+    support::TemporaryFolder const folder;
+    std::string const file = folder.Make("a", "<</A 1 >>setalembicorparams tail");
+    Settings settings = Settings::FromFile(fComponent, file);
+    EXPECT_FALSE(settings.IsDirty());
+    EXPECT_EQ(*settings.Values().Get("A"), Value(1.0));
+    std::filesystem::last_write_time(file, std::filesystem::file_time_type());
+    EXPECT_TRUE(settings.IsDirty());
+    std::string const other = folder / "\u20AC \U0001F600";
+    settings.Write(other);
+    EXPECT_FALSE(settings.IsDirty());
+    EXPECT_EQ(support::ReadBytes(other), settings.Text());
+    EXPECT_TRUE(Settings::FromText(fComponent, "").IsDirty());
+}
+
+TEST_F(SettingsTest, AFileThatCannotBeUsedGivesTheSystemsReason) {
+    support::TemporaryFolder const folder;
+    folder.Make("junk", "junk");
+    folder.Make("readonly", "kept");
+    chmod((folder / "readonly").c_str(), 0444);
+    Settings settings = Settings::FromText(fComponent, "<</A 1 >>setalembicorparams");
+    auto const read = [&](std::string const& path) {
+        return MessageOf([&] { Settings::FromFile(fComponent, path); });
+    };
+    auto const write = [&](std::string const& path) {
+        return MessageOf([&] { settings.Write(path); });
+    };
+    EXPECT_EQ(read(folder / "missing"), "No such file or directory");
+    EXPECT_EQ(read(folder / ""), "Is a directory");
+    EXPECT_EQ(read(folder / "junk/below"), "Not a directory");
+    EXPECT_EQ(read(folder / std::string(256, 'n')), "File name too long");
+    EXPECT_EQ(read("\xFF"), "the path is no UTF-8");
+    EXPECT_EQ(read("a\0b"s), "a text of this kind cannot hold a NUL byte");
+    EXPECT_EQ(read("/dev/null"), "not a regular file");
+    EXPECT_EQ(read(folder / "junk"), "Joboptions_To_CPOSDict joboptions file is invalid");
+    EXPECT_EQ(write(folder / "readonly"), "read-only");
+    EXPECT_EQ(write(folder / ""), "Is a directory");
+    EXPECT_EQ(write(folder / "missing/a"), "No such file or directory");
+    EXPECT_EQ(write(folder / "junk/a"), "Not a directory");
+    EXPECT_EQ(write(folder / std::string(256, 'n')), "File name too long");
+    EXPECT_EQ(folder.Names(), "junk readonly ");
 }
 
 TEST_F(SettingsTest, AnUnusableSchemaIsReported) {

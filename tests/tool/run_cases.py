@@ -5,6 +5,7 @@ A case file is UTF-8 text. A line that begins with '@' is a directive, the lines
 its body, '#' lines before the first directive are comments:
 
   @input NAME       makes a file of the body
+  @mode NAME MODE   gives it permissions in octal
   @run ARGS...      runs the program; the body is the expected standard output. In front of it:
   @stdin NAME         for the next run: standard input comes from that file (else it is empty)
   @stdout-to PATH     for the next run: standard output goes there
@@ -50,17 +51,20 @@ class Run:
 
 
 def parse(path):
-    """The files to make, as {name: bytes}, and the runs of a case file."""
+    """The files to make, as {name: bytes}, their permissions and the runs of a case file."""
     with open(path, encoding="utf-8", newline="\n") as file:
         parts = re.split(r"^@", file.read(), flags=re.MULTILINE)
     if any(line and not line.startswith("#") for line in parts[0].splitlines()):
         raise ValueError("text before the first directive")
-    inputs, runs, pending = {}, [], {}
+    inputs, modes, runs, pending = {}, {}, [], {}
     for part in parts[1:]:
         line, _, body = part.partition("\n")
         directive, _, argument = line.partition(" ")
         if directive == "input":
             inputs[argument] = decode(body)
+        elif directive == "mode":
+            name, mode = argument.split()
+            modes[name] = int(mode, 8)
         elif directive in ("stdin", "stdout-to"):
             pending[directive] = argument
         elif directive == "run":
@@ -75,7 +79,7 @@ def parse(path):
             raise ValueError(f"unknown directive @{directive}")
     if not runs or pending:
         raise ValueError("nothing to run")
-    return inputs, runs
+    return inputs, modes, runs
 
 
 def visible(data):
@@ -108,13 +112,15 @@ def execute(program, run):
 
 def main():
     program, case_file = (os.path.abspath(path) for path in sys.argv[1:])
-    inputs, runs = parse(case_file)
+    inputs, modes, runs = parse(case_file)
     failures = 0
     with tempfile.TemporaryDirectory() as folder:
         os.chdir(folder)
         for name, content in inputs.items():
             with open(name, "wb") as file:
                 file.write(content)
+        for name, mode in modes.items():
+            os.chmod(name, mode)
         for run in runs:
             problems = execute(program, run)
             failures += bool(problems)

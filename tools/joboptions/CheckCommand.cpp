@@ -70,8 +70,7 @@ Judgement CheckCommand::Judge(
     std::string const& file) const {
     Judgement judgement{file, {}, {}};
     try {
-        judgement.findings =
-            ParseSettings(component, file, ReadBytes(file), schema.Text()).Validate();
+        judgement.findings = OpenSettings(component, file, schema.Text()).Validate();
     } catch (Failure const& failure) {
         judgement.error = failure.what();
         if (!fOptions.quiet) {

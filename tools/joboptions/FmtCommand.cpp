@@ -3,6 +3,7 @@
 #include "tools/joboptions/Comments.h"
 #include "tools/joboptions/Input.h"
 #include "tools/joboptions/Layout.h"
+#include "tools/joboptions/Replace.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -19,7 +20,8 @@ FmtCommand::FmtCommand(CLI::App& program, Options& options)
         ->type_name("");
     Parser().add_flag(
         "--check", fIsCheck, "Name the files that are laid out otherwise, change none");
-    AddForce(Parser(), options, "Drop the comments of files that have some");
+    AddForce(
+        Parser(), options, "Drop comments, and save though somebody else changed FILE meanwhile");
     AddOutput(Parser(), options, "Write there, and leave the one FILE as it is");
     AddDryRun(Parser(), options);
     AddOptions(Parser(), options);
@@ -55,8 +57,8 @@ FmtCommand::FormatOrReport(pdfsettings::Component const& component, std::string 
 }
 
 Status FmtCommand::Format(pdfsettings::Component const& component, std::string const& file) const {
-    std::string const text = ReadBytes(file);
-    std::string const laidOut = LayOut(component, ParseSettings(component, file, text), file);
+    auto const [settings, text] = OpenWithText(component, file);
+    std::string const laidOut = LayOut(component, settings, file);
     bool const isSame = text == laidOut;
     if (fIsCheck || fOptions.dryRun) {
         return isSame ? Status::kDone : Announce(file);
@@ -66,9 +68,8 @@ Status FmtCommand::Format(pdfsettings::Component const& component, std::string c
             Status::kRefused,
             fmt::format("{}: its comments would be lost; use --force", InputName(file)));
     }
-    std::string const target = TargetOf(file);
-    if (!isSame || target != file || file == "-") {
-        WriteFile(target, laidOut);
+    if (!isSame || !fOptions.output.empty() || file == "-") {
+        Replace(file, settings, laidOut, fOptions);
     }
     return Status::kDone;
 }
@@ -78,10 +79,6 @@ Status FmtCommand::Announce(std::string const& file) const {
         WriteOutput(InputName(file) + "\n");
     }
     return fIsCheck ? Status::kNo : Status::kDone;
-}
-
-std::string FmtCommand::TargetOf(std::string const& file) const {
-    return fOptions.output.empty() ? file : fOptions.output;
 }
 
 } // namespace joboptions

@@ -24,7 +24,6 @@ private:
     Status Format(pdfsettings::Component const& component, std::string const& file) const;
     Status FormatOrReport(pdfsettings::Component const& component, std::string const& file) const;
     Status Announce(std::string const& file) const;
-    std::string TargetOf(std::string const& file) const;
 
     Options const& fOptions;
     std::vector<std::string> fFiles;

@@ -53,6 +53,18 @@ private:
     ThrowBadInput(file, std::generic_category().message(error));
 }
 
+pdfsettings::Settings ParseSettings(
+    pdfsettings::Component const& component,
+    std::string const& file,
+    std::string const& text,
+    std::string const& schema) {
+    try {
+        return pdfsettings::Settings::FromText(component, text, schema);
+    } catch (pdfsettings::Error const& error) {
+        ThrowBadInput(file, error.what());
+    }
+}
+
 } // namespace
 
 std::string ReadBytes(std::string const& file) {
@@ -79,21 +91,31 @@ std::string InputName(std::string const& file) {
     return file == "-" ? "standard input" : VisibleText(file);
 }
 
-pdfsettings::Settings ParseSettings(
-    pdfsettings::Component const& component,
-    std::string const& file,
-    std::string const& text,
-    std::string const& schema) {
+pdfsettings::Settings OpenSettings(
+    pdfsettings::Component const& component, std::string const& file, std::string const& schema) {
+    if (file == "-") {
+        return ParseSettings(component, file, ReadBytes(file), schema);
+    }
     try {
-        return pdfsettings::Settings::FromText(component, text, schema);
+        return pdfsettings::Settings::FromFile(component, file, schema);
     } catch (pdfsettings::Error const& error) {
         ThrowBadInput(file, error.what());
     }
 }
 
+SettingsWithText OpenWithText(
+    pdfsettings::Component const& component, std::string const& file, std::string const& schema) {
+    if (file == "-") {
+        std::string text = ReadBytes(file);
+        return {ParseSettings(component, file, text, schema), std::move(text)};
+    }
+    pdfsettings::Settings settings = OpenSettings(component, file, schema);
+    return {std::move(settings), ReadBytes(file)};
+}
+
 pdfsettings::Dictionary ReadSettings(std::string const& file) {
     pdfsettings::Component const component;
-    return ParseSettings(component, file, ReadBytes(file)).Values();
+    return OpenSettings(component, file).Values();
 }
 
 } // namespace joboptions

@@ -16,16 +16,24 @@ std::string InputName(std::string const& file);
 // when it cannot be read.
 std::string ReadBytes(std::string const& file);
 
-// The settings in text, which comes from file. Throws Failure with Status::kBadInput and the reason
-// when it cannot be parsed. schema as in pdfsettings::Settings.
-pdfsettings::Settings ParseSettings(
+// The settings in a file, bound to it; "-" is standard input. schema as in pdfsettings::Settings.
+// Throws Failure with Status::kBadInput and the reason when they cannot be read or parsed.
+pdfsettings::Settings OpenSettings(
     pdfsettings::Component const& component,
     std::string const& file,
-    std::string const& text,
     std::string const& schema = {});
 
-// The settings in a file; "-" is standard input. Throws Failure with Status::kBadInput and the
-// reason when it cannot be read or parsed.
+// The same with the bytes that they were read from.
+struct SettingsWithText {
+    pdfsettings::Settings settings;
+    std::string text;
+};
+SettingsWithText OpenWithText(
+    pdfsettings::Component const& component,
+    std::string const& file,
+    std::string const& schema = {});
+
+// The same as values.
 pdfsettings::Dictionary ReadSettings(std::string const& file);
 
 } // namespace joboptions

@@ -7,6 +7,7 @@
 #include "tools/joboptions/Input.h"
 #include "tools/joboptions/JsonDocuments.h"
 #include "tools/joboptions/Layout.h"
+#include "tools/joboptions/Replace.h"
 #include "tools/joboptions/SchemaOption.h"
 #include "tools/joboptions/Utf8.h"
 
@@ -30,6 +31,7 @@ SetCommand::SetCommand(CLI::App& program, Options& options)
         ->type_name("");
     AddOutput(Parser(), options, "Write the changed settings there, and leave FILE as it is");
     AddDryRun(Parser(), options);
+    AddForce(Parser(), options, "Save though somebody else changed FILE meanwhile");
     AddSchema(Parser(), options);
     AddJson(Parser(), options);
     AddOptions(Parser(), options);
@@ -43,8 +45,7 @@ SetCommand::SetCommand(CLI::App& program, Options& options)
 Status SetCommand::Run() const {
     pdfsettings::Component const component;
     pdfsettings::Schema const schema = ReadSchema(component, fOptions);
-    std::string const text = ReadBytes(fFile);
-    pdfsettings::Settings settings = ParseSettings(component, fFile, text, schema.Text());
+    auto [settings, text] = OpenWithText(component, fFile, schema.Text());
     pdfsettings::Dictionary const before = settings.Values();
     auto const rules = schema.Settings();
     pdfsettings::Dictionary const changes = ReadAssignments(component, before, rules, fAssignments);
@@ -62,7 +63,9 @@ Status SetCommand::Run() const {
         WriteOutput(fOptions.json ? "" : DifferencesText(differences));
         return Status::kDone;
     }
-    Save(LayOut(component, settings, fFile), text);
+    std::string const laidOut = LayOut(component, settings, fFile);
+    WarnOfComments(text);
+    Replace(fFile, settings, laidOut, fOptions);
     return Status::kDone;
 }
 
@@ -78,12 +81,10 @@ void SetCommand::WarnOfUnknown(
     }
 }
 
-void SetCommand::Save(std::string const& laidOut, std::string const& oldText) const {
-    std::string const& target = fOptions.output.empty() ? fFile : fOptions.output;
-    if (HasComments(oldText) && !fOptions.quiet) {
+void SetCommand::WarnOfComments(std::string const& text) const {
+    if (HasComments(text) && !fOptions.quiet) {
         WriteWarning(fmt::format("{}: comments are not kept", InputName(fFile)));
     }
-    WriteFile(target, laidOut);
 }
 
 } // namespace joboptions

@@ -24,7 +24,7 @@ private:
     void WarnOfUnknown(
         std::vector<pdfsettings::SettingRule> const& rules,
         pdfsettings::Dictionary const& changes) const;
-    void Save(std::string const& laidOut, std::string const& oldText) const;
+    void WarnOfComments(std::string const& text) const;
 
     Options const& fOptions;
     std::string fFile;
