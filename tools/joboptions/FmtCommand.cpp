@@ -2,6 +2,7 @@
 
 #include "tools/joboptions/Comments.h"
 #include "tools/joboptions/Input.h"
+#include "tools/joboptions/JsonDocuments.h"
 #include "tools/joboptions/Layout.h"
 #include "tools/joboptions/Replace.h"
 
@@ -24,6 +25,7 @@ FmtCommand::FmtCommand(CLI::App& program, Options& options)
         Parser(), options, "Drop comments, and save though somebody else changed FILE meanwhile");
     AddOutput(Parser(), options, "Write there, and leave the one FILE as it is");
     AddDryRun(Parser(), options);
+    AddJson(Parser(), options);
     AddOptions(Parser(), options);
     Parser().footer("Examples:\n"
                     "  joboptions fmt --check *.joboptions\n"
@@ -36,19 +38,25 @@ Status FmtCommand::Run() const {
         throw Failure(Status::kWrongCall, "--output takes a single FILE");
     }
     pdfsettings::Component const component;
+    std::vector<LayoutJudgement> judgements;
     Status status = Status::kDone;
     for (std::string const& file : fFiles) {
-        status = std::max(status, FormatOrReport(component, file));
+        judgements.push_back({file, {}, false});
+        status = std::max(status, FormatOrReport(component, judgements.back()));
+    }
+    if (fOptions.json) {
+        WriteOutput(LayoutDocument(judgements));
     }
     return status;
 }
 
 // One file that fails does not keep the others from being laid out.
-Status
-FmtCommand::FormatOrReport(pdfsettings::Component const& component, std::string const& file) const {
+Status FmtCommand::FormatOrReport(
+    pdfsettings::Component const& component, LayoutJudgement& judgement) const {
     try {
-        return Format(component, file);
+        return Format(component, judgement);
     } catch (Failure const& failure) {
+        judgement.error = failure.what();
         if (!fOptions.quiet) {
             WriteError(failure.what());
         }
@@ -56,29 +64,42 @@ FmtCommand::FormatOrReport(pdfsettings::Component const& component, std::string 
     }
 }
 
-Status FmtCommand::Format(pdfsettings::Component const& component, std::string const& file) const {
+Status
+FmtCommand::Format(pdfsettings::Component const& component, LayoutJudgement& judgement) const {
+    std::string const& file = judgement.file;
     auto const [settings, text] = OpenWithText(component, file);
     std::string const laidOut = LayOut(component, settings, file);
-    bool const isSame = text == laidOut;
+    judgement.differs = text != laidOut;
     if (fIsCheck || fOptions.dryRun) {
-        return isSame ? Status::kDone : Announce(file);
+        return judgement.differs ? Announce(file) : Status::kDone;
     }
     if (HasComments(text) && !fOptions.force) {
         throw Failure(
             Status::kRefused,
             fmt::format("{}: its comments would be lost; use --force", InputName(file)));
     }
-    if (!isSame || !fOptions.output.empty() || file == "-") {
-        Replace(file, settings, laidOut, fOptions);
+    if (judgement.differs || !fOptions.output.empty() || file == "-") {
+        Save(file, settings, laidOut);
     }
     return Status::kDone;
 }
 
 Status FmtCommand::Announce(std::string const& file) const {
-    if (!fOptions.quiet) {
+    if (!fOptions.quiet && !fOptions.json) {
         WriteOutput(InputName(file) + "\n");
     }
     return fIsCheck ? Status::kNo : Status::kDone;
+}
+
+void FmtCommand::Save(
+    std::string const& file,
+    pdfsettings::Settings const& settings,
+    std::string const& laidOut) const {
+    std::string const& target = fOptions.output.empty() ? file : fOptions.output;
+    if (target == "-" && fOptions.json) {
+        throw Failure(Status::kWrongCall, "standard output cannot take both JSON and the settings");
+    }
+    Replace(file, settings, laidOut, fOptions);
 }
 
 } // namespace joboptions

@@ -2,7 +2,9 @@
 #pragma once
 
 #include "host/Component.h"
+#include "host/Settings.h"
 #include "tools/joboptions/Command.h"
+#include "tools/joboptions/Judgement.h"
 #include "tools/joboptions/Options.h"
 
 #include <string>
@@ -21,9 +23,14 @@ public:
     Status Run() const override;
 
 private:
-    Status Format(pdfsettings::Component const& component, std::string const& file) const;
-    Status FormatOrReport(pdfsettings::Component const& component, std::string const& file) const;
+    Status
+    FormatOrReport(pdfsettings::Component const& component, LayoutJudgement& judgement) const;
+    Status Format(pdfsettings::Component const& component, LayoutJudgement& judgement) const;
     Status Announce(std::string const& file) const;
+    void Save(
+        std::string const& file,
+        pdfsettings::Settings const& settings,
+        std::string const& laidOut) const;
 
     Options const& fOptions;
     std::vector<std::string> fFiles;

@@ -47,6 +47,10 @@ Json FindingsJson(std::vector<Finding> const& findings) {
     return list;
 }
 
+Json ErrorJson(std::string const& error) {
+    return error.empty() ? Json() : Json(VisibleText(error));
+}
+
 void AddNumber(Json& object, char const* name, std::optional<double> const& number) {
     if (number) {
         object[name] = ToJson(*number, "");
@@ -103,8 +107,20 @@ std::string CheckDocument(std::vector<Judgement> const& judgements) {
     for (Judgement const& judgement : judgements) {
         document["files"].push_back(
             {{"file", VisibleText(judgement.file)},
-             {"error", judgement.error.empty() ? Json() : Json(VisibleText(judgement.error))},
+             {"error", ErrorJson(judgement.error)},
              {"findings", FindingsJson(judgement.findings)}});
+    }
+    return Finish(document);
+}
+
+std::string LayoutDocument(std::vector<LayoutJudgement> const& judgements) {
+    Json document = NewDocument();
+    document["files"] = Json::array();
+    for (LayoutJudgement const& judgement : judgements) {
+        document["files"].push_back(
+            {{"file", VisibleText(judgement.file)},
+             {"error", ErrorJson(judgement.error)},
+             {"differs", judgement.differs}});
     }
     return Finish(document);
 }

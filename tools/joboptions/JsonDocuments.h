@@ -32,6 +32,9 @@ std::string ChangeDocument(
 // {"version", "files": [{"file", "error", "findings"}]}; no error is null.
 std::string CheckDocument(std::vector<Judgement> const& judgements);
 
+// {"version", "files": [{"file", "error", "differs"}]}
+std::string LayoutDocument(std::vector<LayoutJudgement> const& judgements);
+
 // {"version", "settings": [{"key", "required", "kind", …}]} with what the schema says of each.
 std::string RulesDocument(std::vector<pdfsettings::SettingRule> const& rules);
 
