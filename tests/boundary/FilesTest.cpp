@@ -145,6 +145,10 @@ TEST_F(Files, AreWatchedOnceTheyAreOpened) {
     EXPECT_EQ(1, fIsDirty(again));
     SetTime(file, time);
     EXPECT_EQ(0, fIsDirty(again));
+    std::string const other = fFolder.Make("other", kText);
+    SetTime(other, {time.tv_sec + 1, 0});
+    std::filesystem::rename(other, file);
+    EXPECT_EQ(1, fIsDirty(again));
     EXPECT_TRUE(fLog.fMessages.empty());
     std::filesystem::remove(file);
     EXPECT_EQ(1, fIsDirty(again));
