@@ -3,8 +3,10 @@
 #include "bib/BIBSharedBuffer.h"
 #include "bib/BIBStringAtom.h"
 #include "bib/POSDict.h"
+#include "bib/POSDictIterator.h"
 #include "bib/POSNumber.h"
 #include "bib/POSString.h"
+#include "bib/POSValidator.h"
 #include "source/PDFSettingsObject.h"
 #include "source/POSValidatorErrorProc.h"
 #include "tests/support/BoundClient.h"
@@ -112,6 +114,57 @@ TEST_F(ValidatorMessages, SplitAtTheirFirstSpace) {
         EXPECT_STREQ(kCases[i].fKey, CPOSString(record.Get("Key", false), false).Get());
         EXPECT_STREQ(kCases[i].fText, CPOSString(record.Get("ErrorMsg", false), false).Get());
     }
+}
+
+// A validator's Validate that records what it is given.
+std::string gHandedOver;
+long gAnswer = 0;
+char const* gMessage = nullptr;
+long RecordValidate(
+    POSValidator* /*self*/,
+    POSObject* object,
+    BIBStringAtom* key,
+    POSValidatorErrorCallback errorProc) {
+    CPOSDict const settings(CPOSObject(object), /*quiet=*/false);
+    BIB_T_NMT::CPOSDictIterator const cursor(settings);
+    for (cursor.Begin(); !cursor.IsDone(); cursor.Next()) {
+        gHandedOver += cursor.CurKey() + std::string(" ");
+    }
+    gHandedOver += BIB_T_NMT::CBIBStringAtom(key, /*adopt=*/false).c_str();
+    if (gMessage != nullptr) {
+        errorProc(gMessage);
+    }
+    return gAnswer;
+}
+
+TEST_F(ValidatorMessages, AloneTellTheOutcomeOfWhatTheSchemaKnows) {
+    CPOSDict const settings(
+        CPOSObject::CreateFromText(
+            "< A 1 Unknown 2 B 3 optional 4 C 5 >", nullptr, /*quiet=*/false),
+        /*quiet=*/false);
+    char const* const schema = "< PDFSettings < B any optional < A any > > >";
+    PDFSettingsObject const object(settings, schema);
+    BIB_T_NMT::CPOSStructValidator const validator(
+        CPOSDict(CPOSObject::CreateFromText(schema, nullptr, /*quiet=*/false), /*quiet=*/false));
+    auto* const methods = BIB_T_NMT::CPOSValidator::GetVTabList().GetVTab(
+        validator, &BIB_T_NMT::ConstructPOSValidatorVirtualInterfaceMethods);
+    methods->Validate = &RecordValidate;
+    struct {
+        long fAnswer;
+        char const* fMessage;
+        unsigned long fErrors;
+    } const kCases[] = {{0, nullptr, 0}, {1, nullptr, 0}, {0, "A b", 1}, {1, "A b", 1}};
+    for (auto const& row : kCases) {
+        gHandedOver.clear();
+        gAnswer = row.fAnswer;
+        gMessage = row.fMessage;
+        EXPECT_EQ(row.fErrors, object.IsPDFSettingsValid().Count());
+        EXPECT_EQ("A B optional PDFSettings", gHandedOver);
+    }
+    gMessage = "without-a-space";
+    EXPECT_EQ("out of memory", WhatItThrows([&] { object.IsPDFSettingsValid(); }));
+    EXPECT_EQ(nullptr, POSValidatorErrorProc::gPOSValidatorErrorProc);
+    EXPECT_EQ(5U, settings.NumKeys());
 }
 
 TEST_F(ValidatorMessages, HaveNoReceiverAfterAnExceptionOnAnyWay) {
