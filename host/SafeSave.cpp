@@ -151,6 +151,9 @@ void WriteInPlace(std::string const& path, std::string_view bytes) {
 } // namespace
 
 void SaveSafely(std::string const& path, std::string_view bytes) {
+    if (path.find('\0') != std::string::npos) {
+        throw Error("the path holds a NUL byte");
+    }
     std::string const target = FollowLinks(path);
     auto const original = Examine(target);
     if (original && !S_ISREG(original->st_mode)) {

@@ -147,6 +147,9 @@ bool Settings::IsDirty() const {
 
 void Settings::Write(std::string const& path) {
     Bindings const& tables = fState->fRunning->Tables();
+    // The component writes what it has even of settings that have no form in a file, and would put
+    // that in the place of a good file.
+    static_cast<void>(Text());
     // The component wants a folder in the path.
     std::string const whole = path.find('/') == std::string::npos ? "./" + path : path;
     detail::BufferRef const buffer = detail::MakePath(tables, whole);

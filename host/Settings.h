@@ -62,13 +62,13 @@ public:
 
     // Whether the file that the settings are bound to has been changed by somebody else, or cannot
     // be examined; true for settings that are bound to no file. Changes of the settings play no
-    // part. Throws Error for a path with a NUL byte.
+    // part.
     bool IsDirty() const;
 
     // Writes the settings, valid or not, to the file at path, whose folder must exist, and binds
     // them to it. An existing file is deleted before the new one is made: see SaveSafely for a
-    // replacement that cannot lose it. Throws Error with the system's reason, as far as it can be
-    // told afterwards.
+    // replacement that cannot lose it. Throws Error as Text, for a path that is no UTF-8 or has a
+    // NUL byte, and with the system's reason, as far as it can be told afterwards.
     void Write(std::string const& path);
 
 private:

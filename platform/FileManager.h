@@ -115,8 +115,8 @@ OSErr FSCreateDirectoryUnicode(
     void* newSpec,
     UInt32* newDirID) noexcept;
 
-// Deletes a file or a link to one; paramErr for a folder. fLckdErr, for every user, when the item
-// or what it leads to is immutable or its owner may not write it.
+// Deletes a file or a link to one; paramErr for a folder, a device or a pipe. fLckdErr, for every
+// user, when the item or what it leads to is immutable or its owner may not write it.
 OSErr FSDeleteObject(FSRef const* ref) noexcept;
 
 // The name of the part of a file that holds its data: an empty name. There is no other part.

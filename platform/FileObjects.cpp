@@ -83,7 +83,7 @@ OSErr FSDeleteObject(FSRef const* ref) noexcept {
     if (OSErr const error = status.Read(ref->path); error != noErr) {
         return error;
     }
-    if (status.IsDirectory()) {
+    if (!status.IsFileOrLink()) {
         return paramErr;
     }
     if (status.IsLocked() || !status.IsWritableByOwner()) {

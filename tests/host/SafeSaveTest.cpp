@@ -63,6 +63,7 @@ TEST_F(SafeSaveTest, LeavesTheFileWholeWhereItFails) {
     EXPECT_EQ(Save(fFolder.Path(), "new"), "Is a directory");
     EXPECT_EQ(Save(fFolder / "missing/a", "new"), "No such file or directory");
     EXPECT_EQ(Save("/dev/full", "new"), "No space left on device");
+    EXPECT_EQ(Save(readOnly + std::string("\0x", 2), "new"), "the path holds a NUL byte");
 
     std::string const big = fFolder.Make("big", "old");
     auto const handler = std::signal(SIGXFSZ, SIG_IGN);

@@ -187,6 +187,10 @@ TEST_F(SettingsTest, AChangeIsMadeWholeOrNotAtAll) {
 TEST_F(SettingsTest, AValueWithoutAFormInAFileHasNoText) {
     for (Value const& value : {Value(Text16(u"x")), Value(Binary{"Other", "x"})}) {
         Dictionary values = OneEntry("A", value);
+        support::TemporaryFolder const folder;
+        std::string const file = folder.Make("a", "kept");
+        EXPECT_THROW(Settings::FromValues(fComponent, values).Write(file), Error);
+        EXPECT_EQ(support::ReadBytes(file), "kept");
         EXPECT_THROW(Settings::FromValues(fComponent, values).Text(), Error);
         values.Set(kTailKey, Binary{kTailKey, "tail"});
         EXPECT_THROW(Settings::FromValues(fComponent, values).Text(), Error);

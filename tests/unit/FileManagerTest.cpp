@@ -105,6 +105,7 @@ TEST_F(FileManager, DeletesFilesAndLinksThatMayGo) {
     chmod((fFolder / "readonly").c_str(), 0444);
     std::filesystem::create_directory(fFolder / "folder");
     std::filesystem::create_symlink("file", fFolder / "link");
+    ASSERT_EQ(0, mkfifo((fFolder / "pipe").c_str(), 0666));
     std::filesystem::create_symlink("readonly", fFolder / "readonlylink");
     std::filesystem::create_symlink("nowhere", fFolder / "dangling");
     struct {
@@ -116,6 +117,7 @@ TEST_F(FileManager, DeletesFilesAndLinksThatMayGo) {
         {"readonlylink", fLckdErr},
         {"readonly", fLckdErr},
         {"folder", paramErr},
+        {"pipe", paramErr},
         {"file", noErr},
         {"file", fnfErr},
     };
@@ -123,7 +125,7 @@ TEST_F(FileManager, DeletesFilesAndLinksThatMayGo) {
         FSRef const ref = RefOf(name);
         EXPECT_EQ(error, FSDeleteObject(&ref)) << name;
     }
-    EXPECT_EQ("folder readonly readonlylink ", fFolder.Names());
+    EXPECT_EQ("folder pipe readonly readonlylink ", fFolder.Names());
 }
 
 TEST_F(FileManager, TakesImmutableFilesForLocked) {
