@@ -37,15 +37,23 @@ std::string HomeFromDatabase() {
     return found != nullptr && found->pw_dir != nullptr ? found->pw_dir : "";
 }
 
+// Further folders are joined to it by a slash of their own.
+std::string WithoutTrailingSlashes(std::string folder) {
+    while (!folder.empty() && folder.back() == '/') {
+        folder.pop_back();
+    }
+    return folder;
+}
+
 // The folder that a variable names, else one below the user's home; empty when there is no home.
 std::string UserFolder(char const* variable, char const* belowHome) {
     std::string const folder = AbsoluteFromEnvironment(variable);
     if (!folder.empty()) {
-        return folder;
+        return WithoutTrailingSlashes(folder);
     }
     std::string const fromEnvironment = AbsoluteFromEnvironment("HOME");
     std::string const home = fromEnvironment.empty() ? HomeFromDatabase() : fromEnvironment;
-    return home.empty() ? home : home + belowHome;
+    return home.empty() ? home : WithoutTrailingSlashes(home) + belowHome;
 }
 
 // No variable moves an administrator's folders, or a user could get around them.

@@ -26,7 +26,8 @@ def run(program, *options):
         fcntl.fcntl(start, fcntl.F_SETPIPE_SZ, PIPE_SIZE)
         with open(end, "rb", buffering=0) as errors:
             process = subprocess.Popen(
-                [program, "set", *options, path, *(key + "=1" for key in KEYS)], stderr=start)
+                [program, "set", *options, path, *(key + "=1" for key in KEYS)], stderr=start,
+                cwd=folder)
             os.close(start)
             first = errors.read(1)
             os.utime(path, (0, 0))
@@ -39,9 +40,11 @@ def run(program, *options):
 def main():
     program = os.path.abspath(sys.argv[1])
     assert len(KEYS) * len(KEYS[0]) > 2 * PIPE_SIZE
-    status, error, is_saved = run(program)
-    refused = status == 5 and not is_saved and error.endswith(
-        "a.joboptions: changed on disk since it was read; use --force")
+    refused = True
+    for options in ([], ["-o", "./a.joboptions"]):
+        status, error, is_saved = run(program, *options)
+        refused = refused and status == 5 and not is_saved and error.endswith(
+            "a.joboptions: changed on disk since it was read; use --force")
     print("refused" if refused else f"FAILED: {status}, {error}, saved: {is_saved}")
     status, error, is_saved = run(program, "--force")
     forced = status == 0 and is_saved

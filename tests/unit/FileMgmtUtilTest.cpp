@@ -102,6 +102,9 @@ TEST_F(FolderUtilities, GuessWhereSettingsLie) {
     EXPECT_EQ(0, stat((folder + "/data").c_str(), &status));
     EXPECT_EQ(0700U, status.st_mode & 07777U);
     EXPECT_FALSE(std::filesystem::exists(folder + "/data/Ardeo"));
+    data.Set((folder + "/data//").c_str());
+    EXPECT_EQ(folder + "/data" + extra, TextOf(GuessDirectoryLocation(kUserDirectory)));
+    EXPECT_TRUE(CreateFolderIfMissing(GuessDirectoryLocation(kUserDirectory)));
     data.Set("relative");
     EXPECT_EQ(folder + "/.local/share" + extra, TextOf(GuessDirectoryLocation(kUserDirectory)));
     EXPECT_TRUE(IsFolder(".local/share"));
