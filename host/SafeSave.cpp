@@ -1,9 +1,8 @@
 #include "host/SafeSave.h"
 
 #include <cerrno>
-#include <cstdlib>
 #include <fcntl.h>
-#include <memory>
+#include <filesystem>
 #include <optional>
 #include <sys/stat.h>
 #include <system_error>
@@ -17,6 +16,12 @@ namespace {
 constexpr int kMostNames = 100;
 
 constexpr mode_t kPermissions = 07777;
+constexpr mode_t kSetIdBits = 06000;
+constexpr mode_t kFileMode = 0666;
+constexpr mode_t kPrivateMode = 0600;
+
+// So many links may follow one another: the system's own limit.
+constexpr int kMostLinks = 40;
 
 [[noreturn]] void ThrowSystemError(int error) {
     throw Error(std::generic_category().message(error));
@@ -56,14 +61,17 @@ void WriteAll(Descriptor const& file, std::string_view bytes) {
     }
 }
 
-// The file that path leads to in the end; path itself where there is none yet.
-std::string FollowLinks(std::string const& path) {
-    std::unique_ptr<char, decltype(&std::free)> const target(
-        realpath(path.c_str(), nullptr), &std::free);
-    if (target == nullptr && errno != ENOENT) {
-        ThrowSystemError(errno);
+// The path that is no link any more, whether there is a file or not.
+std::string FollowLinks(std::filesystem::path path) {
+    for (int i = 0; i < kMostLinks; ++i) {
+        std::error_code error;
+        std::filesystem::path const target = std::filesystem::read_symlink(path, error);
+        if (error) {
+            return path;
+        }
+        path = path.parent_path() / target;
     }
-    return target == nullptr ? path : target.get();
+    ThrowSystemError(ELOOP);
 }
 
 std::optional<struct stat> Examine(std::string const& path) {
@@ -91,7 +99,9 @@ std::string FolderOf(std::string const& path) {
 // A new file beside another one, which goes again unless it takes that one's place.
 class Replacement {
 public:
-    explicit Replacement(std::string const& folder) : fFolder(folder), fFile(OpenNew(folder)) {}
+    Replacement(std::string const& folder, mode_t mode)
+        : fFolder(folder),
+          fFile(OpenNew(folder, mode)) {}
     ~Replacement() {
         if (!fPath.empty()) {
             unlink(fPath.c_str());
@@ -102,10 +112,15 @@ public:
 
     void Write(std::string_view bytes) { WriteAll(fFile, bytes); }
 
-    // Only root can give a file away; for everybody else it is the caller's already, or stays so.
+    // Only root can give a file away, but others can give it to their groups. A program that runs
+    // with the rights of its file must not get the rights of somebody else.
     void Resemble(struct stat const& original) {
-        static_cast<void>(fchown(fFile.Number(), original.st_uid, original.st_gid) == 0);
-        ThrowIfNegative(fchmod(fFile.Number(), original.st_mode & kPermissions));
+        bool const isGiven = fchown(fFile.Number(), original.st_uid, original.st_gid) == 0;
+        if (!isGiven) {
+            static_cast<void>(fchown(fFile.Number(), kSameOwner, original.st_gid) == 0);
+        }
+        mode_t const mode = original.st_mode & kPermissions;
+        ThrowIfNegative(fchmod(fFile.Number(), isGiven ? mode : mode & ~kSetIdBits));
     }
 
     void MoveTo(std::string const& path) {
@@ -118,13 +133,15 @@ public:
     }
 
 private:
-    int OpenNew(std::string const& folder) {
+    static constexpr uid_t kSameOwner = static_cast<uid_t>(-1);
+
+    int OpenNew(std::string const& folder, mode_t mode) {
         int const flags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC;
         int number = -1;
         for (int attempt = 0; number < 0 && attempt < kMostNames; ++attempt) {
             fPath =
                 folder + "/.joboptions-" + std::to_string(getpid()) + "-" + std::to_string(attempt);
-            number = open(fPath.c_str(), flags, 0666);
+            number = open(fPath.c_str(), flags, mode);
             if (number < 0 && errno != EEXIST) {
                 break;
             }
@@ -163,7 +180,8 @@ void SaveSafely(std::string const& path, std::string_view bytes) {
     if (original) {
         RefuseReadOnly(*original);
     }
-    Replacement replacement(FolderOf(target));
+    // Nobody may look into the new file before it has the old one's mode.
+    Replacement replacement(FolderOf(target), original ? kPrivateMode : kFileMode);
     replacement.Write(bytes);
     if (original) {
         replacement.Resemble(*original);

@@ -16,8 +16,10 @@ public:
 
 // Makes bytes the contents of the file at path: whatever happens, the file holds the old bytes or
 // the new ones, on disk too once this returns. An existing file keeps its mode and, where the
-// system allows it, its owner; a link is followed. Throws ReadOnlyError, and Error with the
-// system's reason; then the file is as it was and no other file stays behind.
+// system allows it, its owner and group; a link is followed, and other hard links keep the old
+// bytes. A device or a pipe is written into as it stands, which waits for the pipe's reader. Throws
+// ReadOnlyError, and Error with the system's reason; then the file is as it was and no other file
+// stays behind.
 void SaveSafely(std::string const& path, std::string_view bytes);
 
 } // namespace pdfsettings

@@ -6,10 +6,13 @@
 #include <unistd.h>
 
 #include "platform/FileManager.h"
+#include "platform/FileStatus.h"
 #include "platform/SystemErrors.h"
 
 using platform::CodeOf;
 using platform::CodeOfResult;
+using platform::FileStatus;
+using platform::OpenPath;
 
 namespace {
 
@@ -19,6 +22,16 @@ constexpr ByteCount kLargestTransfer = 0x7FFFF000;
 bool IsRegular(int file) noexcept {
     struct stat status {};
     return fstat(file, &status) == 0 && S_ISREG(status.st_mode);
+}
+
+// A pipe that took the file's place would make the opening wait for its other end. So there is no
+// waiting, except for the holder of a lease, which only a regular file can have.
+int OpenRegular(char const* path, int access) noexcept {
+    int file = OpenPath(path, access | O_NONBLOCK);
+    if (file < 0 && errno == EWOULDBLOCK) {
+        file = OpenPath(path, access);
+    }
+    return file;
 }
 
 // Moves count bytes by transfer, which gives how many it moved, 0 for no more, or a negative
@@ -48,8 +61,6 @@ OSErr FSGetDataForkName(HFSUniStr255* dataForkName) noexcept {
     return noErr;
 }
 
-// A pipe would make the opening wait for its other end, so it is opened without waiting and then
-// refused.
 OSErr FSOpenFork(
     FSRef const* ref,
     UniCharCount forkNameLength,
@@ -59,8 +70,14 @@ OSErr FSOpenFork(
     if (forkNameLength != 0 || (permissions != fsRdPerm && permissions != fsRdWrPerm)) {
         return paramErr;
     }
-    int const access = permissions == fsRdPerm ? O_RDONLY : O_RDWR;
-    int const file = open(ref->path.c_str(), access | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    FileStatus status;
+    if (OSErr const error = status.Read(ref->path); error != noErr) {
+        return error;
+    }
+    if (!status.IsFileOrLink()) {
+        return ioErr;
+    }
+    int const file = OpenRegular(ref->path.c_str(), permissions == fsRdPerm ? O_RDONLY : O_RDWR);
     if (file < 0) {
         return CodeOf(errno);
     }

@@ -38,7 +38,8 @@ inline constexpr OSErr afpAccessDenied = -5000;
 // A file or folder. A copyable value that holds a path: no descriptor is open for it, and the item
 // may have gone when it is used.
 struct FSRef {
-    std::string path; // in the system's own bytes, without a NUL
+    std::string path;       // in the system's own bytes, without a NUL
+    bool isCreated = false; // the file was made through this reference
 };
 
 // A name of at most 255 units.
@@ -116,7 +117,8 @@ OSErr FSCreateDirectoryUnicode(
     UInt32* newDirID) noexcept;
 
 // Deletes a file or a link to one; paramErr for a folder, a device or a pipe. fLckdErr, for every
-// user, when the item or what it leads to is immutable or its owner may not write it.
+// user, when the item or what it leads to is immutable or its owner may not write it; but through
+// the reference that FSCreateFileUnicode gave, its maker may take back any file.
 OSErr FSDeleteObject(FSRef const* ref) noexcept;
 
 // The name of the part of a file that holds its data: an empty name. There is no other part.
@@ -130,7 +132,9 @@ inline constexpr UInt16 fsFromLEOF = 2;
 // An open file.
 using FSIORefNum = int;
 
-// Opens the data of a regular file; ioErr for anything else. The caller closes it.
+// Opens the data of a regular file; ioErr for anything else, which is not opened at all. Waits
+// while another process gives up its lease on the file, as long as the system lets it. The caller
+// closes it.
 OSErr FSOpenFork(
     FSRef const* ref,
     UniCharCount forkNameLength,

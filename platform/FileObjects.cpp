@@ -12,6 +12,7 @@
 using platform::AtService;
 using platform::CodeOfResult;
 using platform::FileStatus;
+using platform::OpenPath;
 
 namespace {
 
@@ -19,7 +20,7 @@ constexpr mode_t kFileMode = 0666;
 constexpr mode_t kFolderMode = 0777;
 
 OSErr CreateFile(char const* path) noexcept {
-    int const file = open(path, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kFileMode);
+    int const file = OpenPath(path, O_WRONLY | O_CREAT | O_EXCL, kFileMode);
     OSErr const error = CodeOfResult(file);
     if (file >= 0) {
         close(file);
@@ -45,7 +46,7 @@ OSErr CreateItem(
             error = create(path.c_str());
         }
         if (error == noErr && newRef != nullptr) {
-            newRef->path = std::move(path);
+            *newRef = {std::move(path), /*isCreated=*/true};
         }
         return error;
     });
@@ -77,7 +78,7 @@ OSErr FSCreateDirectoryUnicode(
 }
 
 // A file that its owner may not write stays, though the system would let the folder's owner delete
-// it: settings that are read-only are never replaced.
+// it: settings that are read-only are never replaced. A file just made is nobody's settings yet.
 OSErr FSDeleteObject(FSRef const* ref) noexcept {
     FileStatus status;
     if (OSErr const error = status.Read(ref->path); error != noErr) {
@@ -86,7 +87,7 @@ OSErr FSDeleteObject(FSRef const* ref) noexcept {
     if (!status.IsFileOrLink()) {
         return paramErr;
     }
-    if (status.IsLocked() || !status.IsWritableByOwner()) {
+    if (status.IsLocked() || (!ref->isCreated && !status.IsWritableByOwner())) {
         return fLckdErr;
     }
     return CodeOfResult(unlink(ref->path.c_str()));

@@ -33,11 +33,12 @@ OSErr FSPathMakeRef(UInt8 const* path, FSRef* ref, Boolean* isDirectory) noexcep
         std::string found(reinterpret_cast<char const*>(path));
         FileStatus status;
         OSErr const error = status.Read(found);
-        if (error == noErr) {
-            ref->path = std::move(found);
-            if (isDirectory != nullptr) {
-                *isDirectory = status.IsDirectory() ? 1 : 0;
-            }
+        if (error != noErr) {
+            return error;
+        }
+        *ref = {std::move(found)};
+        if (isDirectory != nullptr) {
+            *isDirectory = status.IsDirectory() ? 1 : 0;
         }
         return error;
     });
@@ -65,7 +66,7 @@ OSErr FSMakeFSRefUnicode(
             error = status.Read(path);
         }
         if (error == noErr) {
-            newRef->path = std::move(path);
+            *newRef = {std::move(path)};
         }
         return error;
     });

@@ -1,4 +1,4 @@
-// What the system knows of a file. Private to the platform layer.
+// What the system knows of a file, and opening one. Private to the platform layer.
 #pragma once
 
 #include <string>
@@ -28,5 +28,9 @@ public:
 private:
     struct statx fStatus {};
 };
+
+// Opens path as the system does, in no child process and as no terminal, also where a signal
+// interrupts it. A descriptor for the caller, or -1 with the reason in errno.
+int OpenPath(char const* path, int flags, mode_t mode = 0) noexcept;
 
 } // namespace platform

@@ -97,7 +97,7 @@ OSErr FSFindFolder(
         if (error != noErr || !status.IsDirectory()) {
             return error == noErr ? dirNFErr : error;
         }
-        foundRef->path = std::move(path);
+        *foundRef = {std::move(path)};
         return noErr;
     });
 }

@@ -16,6 +16,10 @@ Buffer16 Copy(unsigned short const* begin, unsigned short const* end) {
     return copy;
 }
 
+Buffer16 Units(Unicode16 const& text) {
+    return text.GetString(kByteOrderBigEndian, /*terminate=*/false, /*mark=*/false);
+}
+
 } // namespace
 
 OSErr MakeRef(Unicode16 const& path, FSRef* ref) {
@@ -27,7 +31,7 @@ OSErr MakeRef(Unicode16 const& path, FSRef* ref) {
 }
 
 SplitPath Split(Unicode16 const& path) {
-    Buffer16 const text = path.GetString(kByteOrderBigEndian, /*terminate=*/false, /*mark=*/false);
+    Buffer16 const text = Units(path);
     unsigned short const* const begin = text.GetBuffer();
     unsigned short const* const end = begin + text.GetNumElements();
     unsigned short const* name = end;
@@ -37,7 +41,7 @@ SplitPath Split(Unicode16 const& path) {
     if (name == begin) {
         return {};
     }
-    return {CreateUnicode16(Copy(begin, name)), Copy(name, end)};
+    return {CreateUnicode16(Copy(begin, name)), Units(CreateUnicode16(Copy(name, end)))};
 }
 
 } // namespace UnicodeEncodingNS

@@ -17,7 +17,7 @@ struct SplitPath {
 };
 
 // Takes path apart at its last slash. Without one, and for a path that ends in one, the name is
-// empty. Throws CBIBError.
+// empty. A byte order mark that a part begins with is not of its text. Throws CBIBError.
 SplitPath Split(Unicode16 const& path);
 
 } // namespace UnicodeEncodingNS

@@ -69,8 +69,7 @@ public:
     static char const* GetInterfaceName() noexcept { return "PDFSettingsInterface"; }
     static char const* GetInstanceName() noexcept { return "PDFSettingsImpl"; }
 
-    // A new container, unowned, that owns instance. When this throws, nobody owns instance any
-    // more.
+    // A new container, unowned, that owns instance. When this throws, instance is not deleted.
     static PDFSettings* NewContainer(PDFSettingsObject* instance);
 
     // The object in a container, which owns it. Throws the runtime's error for another container.

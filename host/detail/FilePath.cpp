@@ -56,7 +56,7 @@ BufferRef MakePath(Bindings const& tables, std::string const& path) {
 }
 
 std::string WhyUnreadable(std::string const& path) {
-    std::string const kind = OtherKind(path);
+    std::string kind = OtherKind(path);
     if (!kind.empty()) {
         return kind;
     }
@@ -69,7 +69,7 @@ std::string WhyUnreadable(std::string const& path) {
 }
 
 std::string WhyUnwritable(std::string const& path) {
-    std::string const kind = OtherKind(path);
+    std::string kind = OtherKind(path);
     if (!kind.empty()) {
         return kind;
     }
@@ -77,8 +77,11 @@ std::string WhyUnwritable(std::string const& path) {
         return "read-only";
     }
     struct stat status {};
+    if (path.empty()) {
+        return SystemMessage(ENOENT);
+    }
     bool const isRefusedName = stat(path.c_str(), &status) != 0 && errno != ENOENT;
-    if (isRefusedName || access(FolderOf(path).c_str(), W_OK) != 0) {
+    if (isRefusedName || faccessat(AT_FDCWD, FolderOf(path).c_str(), W_OK, AT_EACCESS) != 0) {
         return SystemMessage(errno);
     }
     return "it cannot be written";

@@ -51,6 +51,14 @@ TEST_F(SafeSaveTest, WritesThroughALinkAndIntoADevice) {
     EXPECT_EQ(Save(fFolder / "link", "new"), "");
     EXPECT_TRUE(std::filesystem::is_symlink(fFolder / "link"));
     EXPECT_EQ(support::ReadBytes(fFolder / "target"), "new");
+    std::filesystem::create_directory(fFolder / "folder");
+    std::filesystem::create_symlink("../made", fFolder / "folder/first");
+    std::filesystem::create_symlink("folder/first", fFolder / "second");
+    EXPECT_EQ(Save(fFolder / "second", "made"), "");
+    EXPECT_TRUE(std::filesystem::is_symlink(fFolder / "folder/first"));
+    EXPECT_EQ(support::ReadBytes(fFolder / "made"), "made");
+    std::filesystem::create_symlink("loop", fFolder / "loop");
+    EXPECT_EQ(Save(fFolder / "loop", "new"), "Too many levels of symbolic links");
     EXPECT_EQ(Save("/dev/null", "gone"), "");
     EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
 }

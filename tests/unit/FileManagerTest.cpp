@@ -2,14 +2,30 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <fcntl.h>
 #include <linux/fs.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
 #include "tests/support/TemporaryFolder.h"
+#include "tests/unit/TransferDouble.h"
 
 namespace {
+
+// Another umask for a while.
+class Umask {
+public:
+    explicit Umask(mode_t mask) : fBefore(umask(mask)) {}
+    ~Umask() { umask(fBefore); }
+    Umask(Umask const&) = delete;
+    Umask& operator=(Umask const&) = delete;
+
+private:
+    mode_t fBefore;
+};
+
+int gLeased = -1;
 
 class FileManager : public testing::Test {
 protected:
@@ -28,6 +44,12 @@ protected:
         return FSMakeFSRefUnicode(&parent, name.size(), units, 0, ref);
     }
 
+    mode_t ModeOf(std::string const& name) const {
+        struct stat status {};
+        stat((fFolder / name).c_str(), &status);
+        return status.st_mode & 07777;
+    }
+
     OSErr Create(std::u16string const& name, FSRef* ref = nullptr) const {
         FSRef const parent = Folder();
         auto const* const units = reinterpret_cast<UniChar const*>(name.data());
@@ -44,6 +66,8 @@ TEST_F(FileManager, TellsFromAPathWhatIsThere) {
     fFolder.Make("file", "");
     std::filesystem::create_symlink("nowhere", fFolder / "dangling");
     std::filesystem::create_directory_symlink(".", fFolder / "link");
+    std::filesystem::create_symlink("file/below", fFolder / "through");
+    std::filesystem::create_symlink("loop", fFolder / "loop");
     struct {
         char const* fName;
         OSErr fError;
@@ -53,6 +77,8 @@ TEST_F(FileManager, TellsFromAPathWhatIsThere) {
         {"file", noErr, false},
         {"link", noErr, true},
         {"dangling", noErr, false},
+        {"through", noErr, false},
+        {"loop", noErr, false},
         {"missing", fnfErr, false},
         {"missing/below", fnfErr, false},
         {"file/below", dirNFErr, false},
@@ -102,7 +128,7 @@ TEST_F(FileManager, CutsNoNameShort) {
 TEST_F(FileManager, DeletesFilesAndLinksThatMayGo) {
     fFolder.Make("file", "");
     fFolder.Make("readonly", "");
-    chmod((fFolder / "readonly").c_str(), 0444);
+    chmod((fFolder / "readonly").c_str(), 0464);
     std::filesystem::create_directory(fFolder / "folder");
     std::filesystem::create_symlink("file", fFolder / "link");
     ASSERT_EQ(0, mkfifo((fFolder / "pipe").c_str(), 0666));
@@ -126,6 +152,31 @@ TEST_F(FileManager, DeletesFilesAndLinksThatMayGo) {
         EXPECT_EQ(error, FSDeleteObject(&ref)) << name;
     }
     EXPECT_EQ("folder pipe readonly readonlylink ", fFolder.Names());
+}
+
+TEST_F(FileManager, MakesWhatTheUmaskLeavesAndTakesItBack) {
+    FSRef const parent = Folder();
+    UniChar const folder = 'd';
+    FSRef open;
+    FSRef closed;
+    {
+        Umask const none(0);
+        EXPECT_EQ(noErr, Create(u"open", &open));
+        EXPECT_EQ(
+            noErr,
+            FSCreateDirectoryUnicode(&parent, 1, &folder, 0, nullptr, nullptr, nullptr, nullptr));
+    }
+    {
+        Umask const notWritable(0222);
+        EXPECT_EQ(noErr, Create(u"closed", &closed));
+    }
+    EXPECT_EQ(0666U, ModeOf("open"));
+    EXPECT_EQ(0777U, ModeOf("d"));
+    EXPECT_EQ(0444U, ModeOf("closed"));
+    FSRef const found = RefOf("closed");
+    EXPECT_EQ(fLckdErr, FSDeleteObject(&found));
+    EXPECT_EQ(noErr, FSDeleteObject(&closed));
+    EXPECT_EQ("d open ", fFolder.Names());
 }
 
 TEST_F(FileManager, TakesImmutableFilesForLocked) {
@@ -167,8 +218,16 @@ TEST_F(FileManager, MovesAllBytesOrFails) {
     EXPECT_EQ(ioErr, FSReadFork(fork, fsFromStart, 2, 9, bytes, &count));
     EXPECT_EQ(8U, count);
     EXPECT_EQ(noErr, FSReadFork(fork, fsFromLEOF, 0, 0, nullptr, nullptr));
-    EXPECT_EQ(noErr, FSWriteFork(fork, fsFromLEOF, 0, 3, "abc", &count));
-    EXPECT_EQ(3U, count);
+    EXPECT_EQ(noErr, FSReadFork(fork, fsFromLEOF, -1, 1, bytes, &count));
+    EXPECT_EQ('9', bytes[0]);
+    {
+        support::TransferDouble const slow;
+        EXPECT_EQ(noErr, FSWriteFork(fork, fsFromLEOF, 0, 3, "abc", &count));
+        EXPECT_EQ(3U, count);
+        EXPECT_EQ(noErr, FSReadFork(fork, fsFromStart, 8, 5, bytes, &count));
+        EXPECT_EQ("89abc", std::string(bytes, 5));
+    }
+    EXPECT_EQ(FD_CLOEXEC, fcntl(fork, F_GETFD));
     EXPECT_EQ(paramErr, FSSetForkPosition(fork, 7, 0));
     EXPECT_EQ(paramErr, FSSetForkPosition(fork, fsFromStart, -1));
     EXPECT_EQ(noErr, FSCloseFork(fork));
@@ -176,4 +235,20 @@ TEST_F(FileManager, MovesAllBytesOrFails) {
     EXPECT_EQ(paramErr, FSGetForkSize(-1, &size));
     EXPECT_EQ(paramErr, FSReadFork(-1, fsFromStart, 0, 1, bytes, &count));
     EXPECT_EQ(paramErr, FSCloseFork(-1));
+}
+
+// A file server may hold a lease on a file that its clients have open.
+TEST_F(FileManager, WaitsForTheHolderOfALease) {
+    gLeased = open(fFolder.Make("file", "").c_str(), O_RDWR | O_CLOEXEC);
+    auto const handler = std::signal(SIGIO, [](int) { fcntl(gLeased, F_SETLEASE, F_UNLCK); });
+    bool const hasLeases = fcntl(gLeased, F_SETLEASE, F_WRLCK) == 0;
+    FSRef const ref = RefOf("file");
+    FSIORefNum fork = -1;
+    EXPECT_EQ(noErr, FSOpenFork(&ref, 0, nullptr, fsRdPerm, &fork));
+    EXPECT_EQ(noErr, FSCloseFork(fork));
+    close(gLeased);
+    std::signal(SIGIO, handler);
+    if (!hasLeases) {
+        GTEST_SKIP() << "no leases on this file system";
+    }
 }

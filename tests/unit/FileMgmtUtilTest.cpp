@@ -5,6 +5,8 @@
 #include <fcntl.h>
 #include <iterator>
 #include <optional>
+#include <pwd.h>
+#include <unistd.h>
 
 #include "platform/FileManager.h"
 #include "tests/support/BoundClient.h"
@@ -108,10 +110,21 @@ TEST_F(FolderUtilities, GuessWhereSettingsLie) {
     data.Set("relative");
     EXPECT_EQ(folder + "/.local/share" + extra, TextOf(GuessDirectoryLocation(kUserDirectory)));
     EXPECT_TRUE(IsFolder(".local/share"));
-    data.Set((folder + "/" + std::string(1024, 'x')).c_str());
+    EXPECT_EQ(0, stat((folder + "/.local").c_str(), &status));
+    EXPECT_EQ(0700U, status.st_mode & 07777U);
+    // The longest path that fits with its terminator, and one more.
+    std::string longest = folder + "/" + std::string(250, 'x');
+    longest += "/" + std::string(250, 'x') + "/" + std::string(250, 'x') + "/";
+    longest.resize(1023, 'x');
+    data.Set(longest.c_str());
+    EXPECT_EQ(longest + extra, TextOf(GuessDirectoryLocation(kUserDirectory)));
+    data.Set((longest + "x").c_str());
     EXPECT_EQ("", TextOf(GuessDirectoryLocation(kUserDirectory)));
-    data.Set("/proc/nowhere");
-    EXPECT_EQ("", TextOf(GuessDirectoryLocation(kUserDirectory)));
+    EXPECT_TRUE(std::filesystem::exists(longest + "x"));
+    for (std::string const& noFolder : {std::string("/proc/nowhere"), fFolder.Make("file", "")}) {
+        data.Set(noFolder.c_str());
+        EXPECT_EQ("", TextOf(GuessDirectoryLocation(kUserDirectory)));
+    }
     // Nobody moves an administrator's folder.
     data.Set(nullptr);
     bool const hasAdminFolder = std::filesystem::is_directory("/usr/local/share");
@@ -133,9 +146,17 @@ TEST_F(FolderUtilities, FindThePreferencesOfUserAndMachine) {
     config.Set((folder + "/none").c_str());
     EXPECT_EQ(fnfErr, FSFindFolder(kUserDomain, kPreferencesFolderType, kCreateFolder, &ref));
     EXPECT_FALSE(std::filesystem::exists(fFolder / "none"));
+    passwd const* const user = getpwuid(getuid());
+    std::string const ofDatabase = std::string(user->pw_dir) + "/.config";
+    Variable const home("HOME", nullptr);
+    config.Set(nullptr);
+    bool const isThere = std::filesystem::is_directory(ofDatabase);
+    EXPECT_EQ(
+        isThere ? noErr : fnfErr,
+        FSFindFolder(kUserDomain, kPreferencesFolderType, kDontCreateFolder, &ref));
+    EXPECT_EQ(isThere ? ofDatabase : folder + "/config", ref.path);
     EXPECT_EQ(fnfErr, FSFindFolder(kUserDomain, 0, kCreateFolder, &ref));
     EXPECT_EQ(fnfErr, FSFindFolder(0, kPreferencesFolderType, kCreateFolder, &ref));
-    EXPECT_EQ(folder + "/config", ref.path);
 }
 
 TEST_F(FolderUtilities, StampFilesByTheirContentModification) {

@@ -58,7 +58,8 @@ typedef PDFSettings* (*PDFSettingsNewFromDictProc)(POSDict* settings, char const
 
 // The settings as job options text, made anew at each call, in a stream at its start. A value that
 // the format has no form for is no failure: the text is then empty, or holds the default tail
-// alone, and no reader accepts it. Null on failure.
+// alone, and no reader accepts it; so does a want of memory while a value is written. Null on
+// failure.
 typedef BIBPositionableStream* (*PDFSettingsGetJobOptionsDataProc)(PDFSettings* settings);
 
 // The settings' live dictionary, not a copy. Null on failure.
