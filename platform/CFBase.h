@@ -23,6 +23,15 @@ constexpr CFRange CFRangeMake(CFIndex location, CFIndex length) noexcept {
     return {location, length};
 }
 
+using CFTypeID = unsigned long;
+
+// The type of an object: compare it with what CF…GetTypeID() of a type gives. REQUIRES: object is
+// not null.
+CFTypeID CFGetTypeID(CFTypeRef object) noexcept;
+
+// Whether two objects are of one type and have equal contents. Null equals nothing.
+Boolean CFEqual(CFTypeRef a, CFTypeRef b) noexcept;
+
 // Adds a reference and returns object. REQUIRES: object is not null. Safe across threads.
 CFTypeRef CFRetain(CFTypeRef object) noexcept;
 

@@ -11,19 +11,12 @@
 
 #include <utf8.h>
 
-#include "platform/CFObject.h"
+#include "platform/CFStringObject.h"
+#include "platform/MacRoman.h"
 
 namespace {
 
-class StringObject : public platform::CFObject {
-public:
-    explicit StringObject(std::u16string text) noexcept : fText(std::move(text)) {}
-
-    std::u16string_view Text() const noexcept { return fText; }
-
-private:
-    std::u16string fText;
-};
+using platform::StringObject;
 
 std::u16string_view TextOf(CFStringRef string) noexcept {
     if (string == nullptr) {
@@ -74,6 +67,12 @@ std::optional<std::u16string> FromUTF8(UInt8 const* bytes, std::size_t numBytes)
     return text;
 }
 
+std::u16string FromMacRoman(UInt8 const* bytes, std::size_t numBytes) {
+    std::u16string text(numBytes, u'\0');
+    std::transform(bytes, bytes + numBytes, text.begin(), platform::FromMacRoman);
+    return text;
+}
+
 std::optional<std::u16string>
 Decode(UInt8 const* bytes, std::size_t numBytes, CFStringEncoding encoding) {
     switch (encoding) {
@@ -81,6 +80,8 @@ Decode(UInt8 const* bytes, std::size_t numBytes, CFStringEncoding encoding) {
         return FromUnits(bytes, numBytes);
     case kCFStringEncodingUTF8:
         return FromUTF8(bytes, numBytes);
+    case kCFStringEncodingMacRoman:
+        return FromMacRoman(bytes, numBytes);
     default:
         return std::nullopt;
     }
@@ -113,12 +114,19 @@ Encoded EncodeUnit(std::u16string_view text) noexcept {
     return result;
 }
 
+Encoded EncodeMacRoman(std::u16string_view text) noexcept {
+    auto const byte = platform::ToMacRoman(text[0]);
+    return byte ? Encoded{1, 1, {*byte}} : Encoded{0, 0, {}};
+}
+
 Encoded EncodeFirst(std::u16string_view text, CFStringEncoding encoding) noexcept {
     switch (encoding) {
     case kCFStringEncodingUnicode:
         return EncodeUnit(text);
     case kCFStringEncodingUTF8:
         return EncodeUTF8(text);
+    case kCFStringEncodingMacRoman:
+        return EncodeMacRoman(text);
     default:
         return {0, 0, {}};
     }
@@ -188,3 +196,42 @@ CFIndex CFStringGetBytes(
     }
     return static_cast<CFIndex>(converted);
 }
+
+CFStringRef CFStringCreateWithCString(
+    CFAllocatorRef allocator, char const* cStr, CFStringEncoding encoding) noexcept {
+    auto const* const bytes = reinterpret_cast<UInt8 const*>(cStr);
+    auto const size = static_cast<CFIndex>(std::strlen(cStr));
+    return CFStringCreateWithBytes(allocator, bytes, size, encoding, 0);
+}
+
+CFTypeID CFStringGetTypeID() noexcept {
+    return platform::kStringType;
+}
+
+void CFStringGetCharacters(CFStringRef string, CFRange range, UniChar* buffer) noexcept {
+    std::u16string_view const units = Slice(TextOf(string), range);
+    std::copy(units.begin(), units.end(), buffer);
+}
+
+Boolean CFStringGetCString(
+    CFStringRef string, char* buffer, CFIndex bufferSize, CFStringEncoding encoding) noexcept {
+    CFIndex const length = CFStringGetLength(string);
+    CFIndex size = 0;
+    auto* const bytes = reinterpret_cast<UInt8*>(buffer);
+    CFIndex const converted = CFStringGetBytes(
+        string, CFRangeMake(0, length), encoding, 0, 0, bytes, bufferSize - 1, &size);
+    if (bufferSize <= 0 || converted != length) {
+        return 0;
+    }
+    buffer[size] = '\0';
+    return 1;
+}
+
+namespace platform {
+
+StringObject* NewString(std::string_view utf8) {
+    auto text = FromUTF8(reinterpret_cast<UInt8 const*>(utf8.data()), utf8.size());
+    return text ? new StringObject(std::move(*text)) : nullptr;
+}
+
+} // namespace platform

@@ -10,13 +10,15 @@
 using CFStringRef = struct __CFString const*;
 
 using CFStringEncoding = std::uint32_t;
+using UniChar = unsigned short;
 
-// UTF-16 in the machine's byte order, and UTF-8.
+// Mac Roman, UTF-16 in the machine's byte order, and UTF-8.
+inline constexpr CFStringEncoding kCFStringEncodingMacRoman = 0;
 inline constexpr CFStringEncoding kCFStringEncodingUnicode = 256;
 inline constexpr CFStringEncoding kCFStringEncodingUTF8 = 134217984;
 
 // A new string of the decoded bytes, with one reference for the caller; null when memory runs out,
-// when the bytes are no text in encoding, and for an encoding other than the two above. The last
+// when the bytes are no text in encoding, and for an encoding other than the three above. The last
 // odd byte of UTF-16 is dropped, and an unpaired surrogate makes it no text.
 // isExternalRepresentation is not looked at: a byte order mark is text.
 CFStringRef CFStringCreateWithBytes(
@@ -25,6 +27,20 @@ CFStringRef CFStringCreateWithBytes(
     CFIndex numBytes,
     CFStringEncoding encoding,
     Boolean isExternalRepresentation) noexcept;
+
+// The same of a NUL-terminated text.
+CFStringRef CFStringCreateWithCString(
+    CFAllocatorRef allocator, char const* cStr, CFStringEncoding encoding) noexcept;
+
+CFTypeID CFStringGetTypeID() noexcept;
+
+// The units of range into buffer. REQUIRES: range lies in the string.
+void CFStringGetCharacters(CFStringRef string, CFRange range, UniChar* buffer) noexcept;
+
+// The string and a NUL into a buffer of bufferSize bytes. False when they do not fit or the
+// encoding cannot hold the string.
+Boolean CFStringGetCString(
+    CFStringRef string, char* buffer, CFIndex bufferSize, CFStringEncoding encoding) noexcept;
 
 // The length in UTF-16 units; 0 for null.
 CFIndex CFStringGetLength(CFStringRef string) noexcept;

@@ -1,0 +1,258 @@
+#include "platform/CFPropertyList.h"
+
+#include <algorithm>
+#include <exception>
+#include <iterator>
+#include <limits>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include <expat.h>
+
+#include "platform/CFCollectionObjects.h"
+#include "platform/CFStringObject.h"
+
+namespace {
+
+using platform::ArrayObject;
+using platform::DictionaryObject;
+using platform::ObjectRef;
+
+constexpr std::size_t kDeepestLevel = 256;
+
+// A value of one of the types that nobody asks for the contents of.
+class ScalarObject : public platform::CFObject {
+public:
+    ScalarObject(std::string_view element, std::string text)
+        : fElement(element),
+          fText(std::move(text)) {}
+
+    CFTypeID TypeID() const noexcept override { return platform::kScalarType; }
+    bool Equals(platform::CFObject const& other) const noexcept override {
+        auto const& scalar = static_cast<ScalarObject const&>(other);
+        return fElement == scalar.fElement && fText == scalar.fText;
+    }
+
+private:
+    std::string fElement;
+    std::string fText;
+};
+
+constexpr std::string_view kScalars[] = {"integer", "real", "true", "false", "date", "data"};
+
+bool IsScalar(std::string_view element) noexcept {
+    return std::find(std::begin(kScalars), std::end(kScalars), element) != std::end(kScalars);
+}
+
+bool HoldsText(std::string_view element) noexcept {
+    return element == "string" || element == "key" || IsScalar(element);
+}
+
+// Says that the text is no property list.
+class BadPropertyList : public std::exception {};
+
+void Require(bool condition) {
+    if (!condition) {
+        throw BadPropertyList();
+    }
+}
+
+// An array or a dictionary that is not closed yet.
+struct OpenCollection {
+    std::unique_ptr<ArrayObject> fArray;
+    std::unique_ptr<DictionaryObject> fDictionary;
+    ObjectRef fKey; // of a dictionary: waits for its value
+};
+
+// Builds the objects from the parser's events. Each event throws BadPropertyList and
+// std::bad_alloc.
+class Builder {
+public:
+    void Start(std::string_view element);
+    void End(std::string_view element);
+    void Text(std::string_view text);
+    ObjectRef TakeRoot() { return std::move(fRoot); }
+
+private:
+    void OpenValue(std::string_view element);
+    void Close(std::string_view element);
+    void EndText(std::string_view element);
+    void Store(ObjectRef value);
+    static ObjectRef MakeString(std::string_view text);
+
+    std::vector<OpenCollection> fOpen;
+    std::string fText; // of the element that is open, if it holds text
+    bool fIsInText = false;
+    bool fIsInList = false; // between <plist> and </plist>
+    ObjectRef fRoot;
+};
+
+void Builder::Start(std::string_view element) {
+    Require(!fIsInText);
+    if (!fIsInList) {
+        Require(element == "plist" && fRoot == nullptr);
+        fIsInList = true;
+    } else {
+        OpenValue(element);
+    }
+}
+
+void Builder::OpenValue(std::string_view element) {
+    if (HoldsText(element)) {
+        fIsInText = true;
+        fText.clear();
+        return;
+    }
+    Require((element == "dict" || element == "array") && fOpen.size() < kDeepestLevel);
+    OpenCollection collection;
+    if (element == "dict") {
+        collection.fDictionary = std::make_unique<DictionaryObject>();
+    } else {
+        collection.fArray = std::make_unique<ArrayObject>();
+    }
+    fOpen.push_back(std::move(collection));
+}
+
+void Builder::Text(std::string_view text) {
+    if (fIsInText) {
+        fText.append(text);
+    } else {
+        Require(text.find_first_not_of(" \t\r\n") == std::string_view::npos);
+    }
+}
+
+void Builder::End(std::string_view element) {
+    if (fIsInText) {
+        EndText(element);
+    } else if (fOpen.empty()) {
+        fIsInList = false;
+    } else {
+        Close(element);
+    }
+}
+
+void Builder::EndText(std::string_view element) {
+    fIsInText = false;
+    if (element == "key") {
+        Require(!fOpen.empty() && fOpen.back().fDictionary && !fOpen.back().fKey);
+        fOpen.back().fKey = MakeString(fText);
+    } else if (element == "string") {
+        Store(MakeString(fText));
+    } else {
+        Store(ObjectRef(new ScalarObject(element, fText)));
+    }
+}
+
+void Builder::Close(std::string_view /*element*/) {
+    OpenCollection& top = fOpen.back();
+    Require(!top.fKey);
+    ObjectRef closed(
+        top.fArray ? static_cast<platform::CFObject*>(top.fArray.release())
+                   : top.fDictionary.release());
+    fOpen.pop_back();
+    Store(std::move(closed));
+}
+
+void Builder::Store(ObjectRef value) {
+    if (fOpen.empty()) {
+        Require(fRoot == nullptr);
+        fRoot = std::move(value);
+    } else if (fOpen.back().fArray) {
+        fOpen.back().fArray->fElements.push_back(std::move(value));
+    } else {
+        Require(fOpen.back().fKey != nullptr);
+        fOpen.back().fDictionary->Set(std::move(fOpen.back().fKey), std::move(value));
+    }
+}
+
+ObjectRef Builder::MakeString(std::string_view text) {
+    ObjectRef string(platform::NewString(text));
+    Require(string != nullptr);
+    return string;
+}
+
+// Expat with a builder. An exception must not pass through it: it ends the parsing.
+class Parser {
+public:
+    Parser() : fExpat(XML_ParserCreate(nullptr), &XML_ParserFree) {
+        if (!fExpat) {
+            throw std::bad_alloc();
+        }
+        XML_SetUserData(fExpat.get(), this);
+        XML_SetElementHandler(fExpat.get(), &OnStart, &OnEnd);
+        XML_SetCharacterDataHandler(fExpat.get(), &OnText);
+        XML_SetEntityDeclHandler(fExpat.get(), &OnEntity);
+    }
+
+    // The value, or null.
+    ObjectRef Parse(UInt8 const* bytes, CFIndex size) {
+        auto const* const text = reinterpret_cast<char const*>(bytes);
+        bool const isWhole =
+            size <= std::numeric_limits<int>::max() &&
+            XML_Parse(fExpat.get(), text, static_cast<int>(size), XML_TRUE) == XML_STATUS_OK;
+        return isWhole && !fHasFailed ? fBuilder.TakeRoot() : nullptr;
+    }
+
+private:
+    template <class Event>
+    static void Handle(void* userData, Event event) noexcept {
+        auto* const self = static_cast<Parser*>(userData);
+        if (self->fHasFailed) {
+            return;
+        }
+        try {
+            event(self->fBuilder);
+        } catch (std::exception const&) {
+            self->fHasFailed = true;
+            XML_StopParser(self->fExpat.get(), XML_FALSE);
+        }
+    }
+
+    static void OnStart(void* userData, char const* name, char const** /*attributes*/) {
+        Handle(userData, [name](Builder& builder) { builder.Start(name); });
+    }
+    static void OnEnd(void* userData, char const* name) {
+        Handle(userData, [name](Builder& builder) { builder.End(name); });
+    }
+    static void OnText(void* userData, char const* text, int size) {
+        Handle(userData, [=](Builder& builder) {
+            builder.Text({text, static_cast<std::size_t>(size)});
+        });
+    }
+    static void OnEntity(
+        void* userData,
+        char const* /*name*/,
+        int /*isParameter*/,
+        char const* /*value*/,
+        int /*length*/,
+        char const* /*base*/,
+        char const* /*systemId*/,
+        char const* /*publicId*/,
+        char const* /*notation*/) {
+        Handle(userData, [](Builder&) { throw BadPropertyList(); });
+    }
+
+    std::unique_ptr<XML_ParserStruct, decltype(&XML_ParserFree)> fExpat;
+    Builder fBuilder;
+    bool fHasFailed = false;
+};
+
+} // namespace
+
+CFPropertyListRef CFPropertyListCreateFromXMLData(
+    CFAllocatorRef /*allocator*/,
+    CFDataRef xmlData,
+    CFOptionFlags /*mutabilityOption*/,
+    CFStringRef* errorString) noexcept {
+    if (errorString != nullptr) {
+        *errorString = nullptr;
+    }
+    try {
+        return Parser().Parse(CFDataGetBytePtr(xmlData), CFDataGetLength(xmlData)).release();
+    } catch (std::exception const&) {
+        return nullptr;
+    }
+}

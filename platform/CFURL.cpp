@@ -1,0 +1,145 @@
+#include "platform/CFURL.h"
+
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/CFObject.h"
+#include "platform/FileManager.h"
+
+namespace {
+
+// Preferences take kilobytes.
+constexpr SInt64 kLargestFile = SInt64{64} << 20;
+
+class URLObject : public platform::CFObject {
+public:
+    explicit URLObject(std::string path) noexcept : fPath(std::move(path)) {}
+
+    CFTypeID TypeID() const noexcept override { return platform::kURLType; }
+    bool Equals(platform::CFObject const& other) const noexcept override {
+        return fPath == static_cast<URLObject const&>(other).fPath;
+    }
+
+    std::string const fPath;
+};
+
+class DataObject : public platform::CFObject {
+public:
+    explicit DataObject(std::vector<UInt8> bytes) noexcept : fBytes(std::move(bytes)) {}
+
+    CFTypeID TypeID() const noexcept override { return platform::kDataType; }
+    bool Equals(platform::CFObject const& other) const noexcept override {
+        return fBytes == static_cast<DataObject const&>(other).fBytes;
+    }
+
+    std::vector<UInt8> const fBytes;
+};
+
+// The bytes of string in UTF-8, whole or none.
+std::string PathIn(CFStringRef string) {
+    CFRange const all = CFRangeMake(0, CFStringGetLength(string));
+    CFIndex size = 0;
+    if (CFStringGetBytes(string, all, kCFStringEncodingUTF8, 0, 0, nullptr, 0, &size) !=
+        all.length) {
+        return {};
+    }
+    std::string path(static_cast<std::size_t>(size), '\0');
+    auto* const bytes = reinterpret_cast<UInt8*>(path.data());
+    CFStringGetBytes(string, all, kCFStringEncodingUTF8, 0, 0, bytes, size, &size);
+    return path.find('\0') == std::string::npos ? path : std::string();
+}
+
+// The data of a file, closed in the end.
+class OpenFork {
+public:
+    OpenFork() = default;
+    OpenFork(OpenFork const&) = delete;
+    OpenFork& operator=(OpenFork const&) = delete;
+    ~OpenFork() {
+        if (fNumber >= 0) {
+            FSCloseFork(fNumber);
+        }
+    }
+    OSErr Open(std::string const& path) {
+        FSRef const ref{path};
+        return FSOpenFork(&ref, 0, nullptr, fsRdPerm, &fNumber);
+    }
+    OSErr ReadAll(std::vector<UInt8>* bytes) const {
+        SInt64 size = 0;
+        OSErr const error = FSGetForkSize(fNumber, &size);
+        if (error != noErr || size > kLargestFile) {
+            return error != noErr ? error : ioErr;
+        }
+        bytes->resize(static_cast<std::size_t>(size));
+        return FSReadFork(fNumber, fsFromStart, 0, bytes->size(), bytes->data(), nullptr);
+    }
+
+private:
+    FSIORefNum fNumber = -1;
+};
+
+// Throws std::bad_alloc.
+OSErr ReadFile(std::string const& path, CFDataRef* data) {
+    OpenFork fork;
+    std::vector<UInt8> bytes;
+    OSErr error = fork.Open(path);
+    if (error == noErr) {
+        error = fork.ReadAll(&bytes);
+    }
+    if (error == noErr) {
+        *data = platform::AsRef<CFDataRef>(new DataObject(std::move(bytes)));
+    }
+    return error;
+}
+
+DataObject const& DataOf(CFDataRef data) noexcept {
+    return *static_cast<DataObject const*>(platform::AsObject(data));
+}
+
+} // namespace
+
+CFURLRef CFURLCreateWithFileSystemPath(
+    CFAllocatorRef /*allocator*/,
+    CFStringRef filePath,
+    CFURLPathStyle pathStyle,
+    Boolean /*isDirectory*/) noexcept {
+    try {
+        std::string path = PathIn(filePath);
+        bool const isUsable = !path.empty() && pathStyle == kCFURLPOSIXPathStyle;
+        return isUsable ? platform::AsRef<CFURLRef>(new URLObject(std::move(path))) : nullptr;
+    } catch (std::exception const&) {
+        return nullptr;
+    }
+}
+
+Boolean CFURLCreateDataAndPropertiesFromResource(
+    CFAllocatorRef /*allocator*/,
+    CFURLRef url,
+    CFDataRef* resourceData,
+    void* properties,
+    void* desiredProperties,
+    SInt32* errorCode) noexcept {
+    OSErr error = paramErr;
+    if (properties == nullptr && desiredProperties == nullptr) {
+        try {
+            auto const* const object = static_cast<URLObject const*>(platform::AsObject(url));
+            error = ReadFile(object->fPath, resourceData);
+        } catch (std::exception const&) {
+            error = ioErr;
+        }
+    }
+    if (errorCode != nullptr) {
+        *errorCode = error;
+    }
+    return error == noErr ? 1 : 0;
+}
+
+CFIndex CFDataGetLength(CFDataRef data) noexcept {
+    return static_cast<CFIndex>(DataOf(data).fBytes.size());
+}
+
+UInt8 const* CFDataGetBytePtr(CFDataRef data) noexcept {
+    return DataOf(data).fBytes.data();
+}

@@ -1,0 +1,219 @@
+#include "platform/CFPropertyList.h"
+
+#include <memory>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "platform/CFCollections.h"
+#include "tests/support/TemporaryFolder.h"
+
+namespace {
+
+struct Release {
+    void operator()(void const* object) const { CFRelease(object); }
+};
+using Held = std::unique_ptr<void const, Release>;
+
+CFStringRef String(std::string const& text) {
+    return CFStringCreateWithCString(kCFAllocatorDefault, text.c_str(), kCFStringEncodingUTF8);
+}
+
+// Reads files through the service, as property lists lie in files.
+class PropertyList : public testing::Test {
+protected:
+    ~PropertyList() override { EXPECT_EQ(fDescriptors, support::CountDescriptors()); }
+
+    Held Read(std::string const& bytes) const {
+        Held const path(String(fFolder.Make("list", bytes)));
+        Held const url(CFURLCreateWithFileSystemPath(
+            kCFAllocatorDefault, static_cast<CFStringRef>(path.get()), kCFURLPOSIXPathStyle, 1));
+        CFDataRef data = nullptr;
+        SInt32 error = -1;
+        EXPECT_EQ(
+            1,
+            CFURLCreateDataAndPropertiesFromResource(
+                kCFAllocatorDefault,
+                static_cast<CFURLRef>(url.get()),
+                &data,
+                nullptr,
+                nullptr,
+                &error));
+        Held const held(data);
+        return Held(CFPropertyListCreateFromXMLData(
+            kCFAllocatorDefault, data, kCFPropertyListImmutable, nullptr));
+    }
+
+    // The value in one line: "text", [a b], {k v}, or # for one of another type.
+    static std::string Describe(void const* value) {
+        if (value == nullptr) {
+            return "none";
+        }
+        if (CFGetTypeID(value) == CFStringGetTypeID()) {
+            char text[256];
+            auto const* const string = static_cast<CFStringRef>(value);
+            EXPECT_EQ(1, CFStringGetCString(string, text, sizeof text, kCFStringEncodingUTF8));
+            return "\"" + std::string(text) + "\"";
+        }
+        if (CFGetTypeID(value) == CFArrayGetTypeID()) {
+            return DescribeArray(static_cast<CFArrayRef>(value));
+        }
+        return CFGetTypeID(value) == CFDictionaryGetTypeID()
+                   ? DescribeDictionary(static_cast<CFDictionaryRef>(value))
+                   : "#";
+    }
+
+    static std::string DescribeArray(CFArrayRef array) {
+        std::string text;
+        for (CFIndex index = 0; index < CFArrayGetCount(array); ++index) {
+            text += (index == 0 ? "" : " ") + Describe(CFArrayGetValueAtIndex(array, index));
+        }
+        return "[" + text + "]";
+    }
+
+    static std::string DescribeDictionary(CFDictionaryRef dict) {
+        std::vector<void const*> keys(static_cast<std::size_t>(CFDictionaryGetCount(dict)));
+        CFDictionaryGetKeysAndValues(dict, keys.data(), nullptr);
+        std::string text;
+        for (void const* const key : keys) {
+            text += (text.empty() ? "" : " ") + Describe(key) + " " +
+                    Describe(CFDictionaryGetValue(dict, key));
+        }
+        return "{" + text + "}";
+    }
+
+    support::TemporaryFolder fFolder;
+    long fDescriptors = support::CountDescriptors();
+};
+
+std::string const kHead =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE plist PUBLIC \"-//Test//DTD PLIST "
+    "1.0//EN\" \"http://example.com/PropertyList-1.0.dtd\">\n<plist version=\"1.0\">\n";
+
+std::string List(std::string const& value) {
+    return kHead + value + "\n</plist>\n";
+}
+
+std::string Repeat(std::string const& text, int count) {
+    std::string all;
+    for (int i = 0; i < count; ++i) {
+        all += text;
+    }
+    return all;
+}
+
+} // namespace
+
+TEST_F(PropertyList, HoldsWhatTheFileSays) {
+    struct {
+        std::string fBytes;
+        char const* fValue;
+    } const kCases[] = {
+        {List("<dict/>"), "{}"},
+        {List("<dict><key>b</key><string> x &amp; &#228; </string><key>a</key><array><string/>"
+              "<true/><integer>3</integer></array><key>b</key><dict></dict></dict>"),
+         "{\"b\" {} \"a\" [\"\" # #]}"},
+        {List("<string><![CDATA[<raw>]]> end</string>"), "\"<raw> end\""},
+        {"<plist><array><data>AA==</data><date>x</date><real>1</real></array></plist>", "[# # #]"},
+        {"<?xml version='1.0' encoding='ISO-8859-1'?><plist><string>\xE4</string></plist>",
+         "\"\xC3\xA4\""},
+        {List("<!-- a comment --><dict><key>k</key><!-- another --><string>v</string></dict>"),
+         "{\"k\" \"v\"}"},
+        {List(Repeat("<array>", 3) + Repeat("</array>", 3)), "[[[]]]"},
+    };
+    for (auto const& [bytes, value] : kCases) {
+        EXPECT_EQ(value, Describe(Read(bytes).get())) << bytes;
+    }
+}
+
+TEST_F(PropertyList, IsNoneForWhatIsNoPropertyList) {
+    std::string const entity = "<!DOCTYPE plist [<!ENTITY a \"b\">]><plist><string>&a;</string>";
+    for (std::string const& bytes :
+         {std::string(),
+          std::string("junk"),
+          std::string("bplist00"),
+          std::string("<dict/>"),
+          List(""),
+          List("<dict/><dict/>"),
+          List("<dict>text</dict>"),
+          List("<dict><string>v</string></dict>"),
+          List("<dict><key>k</key></dict>"),
+          List("<dict><key>k</key><key>l</key><string>v</string></dict>"),
+          List("<key>k</key>"),
+          List("<array><unknown/></array>"),
+          List("<string><b>x</b></string>"),
+          List("<dict><key>k</key>"),
+          List("<plist><dict/></plist>"),
+          kHead + "<dict/>",
+          std::string("<plist><string>\xFF</string></plist>"),
+          entity + "</plist>",
+          List(Repeat("<array>", 257) + Repeat("</array>", 257)),
+          List(Repeat("<array>", 1000000))}) {
+        EXPECT_EQ("none", Describe(Read(bytes).get())) << bytes.substr(0, 200);
+    }
+}
+
+TEST_F(PropertyList, ComparesByTypeAndContents) {
+    Held const list =
+        Read(List("<array><string>0</string><integer>0</integer><array><string>0</string></array>"
+                  "<dict><key>a</key><true/><key>b</key><false/></dict></array>"));
+    Held const same =
+        Read(List("<array><string>0</string><integer>0</integer><array><string>0</string></array>"
+                  "<dict><key>b</key><false/><key>a</key><true/></dict></array>"));
+    Held const zero(String("0"));
+    auto const* const array = static_cast<CFArrayRef>(list.get());
+    EXPECT_EQ(1, CFEqual(zero.get(), CFArrayGetValueAtIndex(array, 0)));
+    EXPECT_EQ(0, CFEqual(zero.get(), CFArrayGetValueAtIndex(array, 1)));
+    EXPECT_EQ(0, CFEqual(zero.get(), CFArrayGetValueAtIndex(array, 2)));
+    EXPECT_EQ(0, CFEqual(zero.get(), nullptr));
+    EXPECT_EQ(1, CFEqual(list.get(), same.get()));
+    EXPECT_EQ(0, CFEqual(CFArrayGetValueAtIndex(array, 2), CFArrayGetValueAtIndex(array, 3)));
+}
+
+TEST_F(PropertyList, FilesThatCannotBeReadHaveNoData) {
+    for (std::string const& path : {fFolder / "missing", fFolder / "", std::string("/dev/zero")}) {
+        Held const string(String(path));
+        Held const url(CFURLCreateWithFileSystemPath(
+            kCFAllocatorDefault, static_cast<CFStringRef>(string.get()), kCFURLPOSIXPathStyle, 1));
+        CFDataRef data = nullptr;
+        SInt32 error = 0;
+        EXPECT_EQ(
+            0,
+            CFURLCreateDataAndPropertiesFromResource(
+                kCFAllocatorDefault,
+                static_cast<CFURLRef>(url.get()),
+                &data,
+                nullptr,
+                nullptr,
+                &error))
+            << path;
+        EXPECT_NE(0, error) << path;
+    }
+    EXPECT_EQ(
+        nullptr,
+        CFURLCreateWithFileSystemPath(kCFAllocatorDefault, nullptr, kCFURLPOSIXPathStyle, 1));
+}
+
+TEST(MacRomanText, KeepsItsCharactersAndRefusesOthers) {
+    std::string bytes;
+    for (int byte = 1; byte < 256; ++byte) {
+        bytes.push_back(static_cast<char>(static_cast<unsigned char>(byte)));
+    }
+    Held const string(
+        CFStringCreateWithCString(kCFAllocatorDefault, bytes.c_str(), kCFStringEncodingMacRoman));
+    auto const* const text = static_cast<CFStringRef>(string.get());
+    ASSERT_EQ(255, CFStringGetLength(text));
+    UniChar units[255];
+    CFStringGetCharacters(text, CFRangeMake(0, 255), units);
+    EXPECT_EQ(u'\u00C4', units[0x7F]);
+    EXPECT_EQ(u'\u20AC', units[0xDA]);
+    char back[256];
+    EXPECT_EQ(0, CFStringGetCString(text, back, 255, kCFStringEncodingMacRoman));
+    ASSERT_EQ(1, CFStringGetCString(text, back, 256, kCFStringEncodingMacRoman));
+    EXPECT_EQ(bytes, back);
+    Held const other(String("\xE6\x97\xA5"));
+    EXPECT_EQ(
+        0,
+        CFStringGetCString(
+            static_cast<CFStringRef>(other.get()), back, 256, kCFStringEncodingMacRoman));
+}
