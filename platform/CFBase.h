@@ -9,6 +9,8 @@ using CFTypeRef = void const*;
 using CFIndex = long;
 using Boolean = unsigned char;
 using UInt8 = std::uint8_t;
+using SInt32 = std::int32_t;
+using UniChar = unsigned short;
 using CFAllocatorRef = void const*;
 
 // There is one allocator: this value, and every other, stands for it.

@@ -2,9 +2,12 @@
 #pragma once
 
 #include <memory>
+#include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "platform/CFObject.h"
+#include "platform/CFStringObject.h"
 
 namespace platform {
 
@@ -28,15 +31,21 @@ public:
     CFTypeID TypeID() const noexcept override { return kDictionaryType; }
     bool Equals(CFObject const& other) const noexcept override;
 
-    // The value under an equal key; null when there is none.
+    // The value under an equal key; null when there is none. Keys are strings.
     CFObject const* Find(CFObject const& key) const noexcept;
 
     // Adds an entry; a key that is there keeps its place and gets the new value. Throws
-    // std::bad_alloc.
+    // std::bad_alloc. REQUIRES: key is a string.
     void Set(ObjectRef key, ObjectRef value);
 
+    std::vector<ObjectRef> const& Keys() const noexcept { return fKeys; }
+    std::vector<ObjectRef> const& Values() const noexcept { return fValues; }
+
+private:
     std::vector<ObjectRef> fKeys;
     std::vector<ObjectRef> fValues;
+    // The place of each key, whose text it borrows.
+    std::unordered_map<std::u16string_view, std::size_t> fPlaces;
 };
 
 } // namespace platform

@@ -13,6 +13,10 @@ bool AreEqual(ObjectRef const& a, ObjectRef const& b) noexcept {
     return CFEqual(a.get(), b.get()) != 0;
 }
 
+std::u16string_view TextOf(CFObject const& string) noexcept {
+    return static_cast<StringObject const&>(string).Text();
+}
+
 } // namespace
 
 bool ArrayObject::Equals(CFObject const& other) const noexcept {
@@ -35,22 +39,19 @@ bool DictionaryObject::Equals(CFObject const& other) const noexcept {
 }
 
 CFObject const* DictionaryObject::Find(CFObject const& key) const noexcept {
-    auto const found = std::find_if(fKeys.begin(), fKeys.end(), [&key](ObjectRef const& candidate) {
-        return CFEqual(candidate.get(), &key) != 0;
-    });
-    return found == fKeys.end() ? nullptr
-                                : fValues[static_cast<std::size_t>(found - fKeys.begin())].get();
+    if (key.TypeID() != kStringType) {
+        return nullptr;
+    }
+    auto const found = fPlaces.find(TextOf(key));
+    return found == fPlaces.end() ? nullptr : fValues[found->second].get();
 }
 
 void DictionaryObject::Set(ObjectRef key, ObjectRef value) {
-    auto const found = std::find_if(fKeys.begin(), fKeys.end(), [&key](ObjectRef const& candidate) {
-        return AreEqual(candidate, key);
-    });
-    if (found != fKeys.end()) {
-        fValues[static_cast<std::size_t>(found - fKeys.begin())] = std::move(value);
+    auto const [place, isNew] = fPlaces.emplace(TextOf(*key), fKeys.size());
+    if (!isNew) {
+        fValues[place->second] = std::move(value);
         return;
     }
-    fKeys.reserve(fKeys.size() + 1);
     fValues.push_back(std::move(value));
     fKeys.push_back(std::move(key));
 }
@@ -94,7 +95,7 @@ CFTypeID CFDictionaryGetTypeID() noexcept {
 }
 
 CFIndex CFDictionaryGetCount(CFDictionaryRef dict) noexcept {
-    return static_cast<CFIndex>(DictionaryOf(dict).fKeys.size());
+    return static_cast<CFIndex>(DictionaryOf(dict).Keys().size());
 }
 
 void const* CFDictionaryGetValue(CFDictionaryRef dict, void const* key) noexcept {
@@ -103,6 +104,6 @@ void const* CFDictionaryGetValue(CFDictionaryRef dict, void const* key) noexcept
 
 void CFDictionaryGetKeysAndValues(
     CFDictionaryRef dict, void const** keys, void const** values) noexcept {
-    CopyAll(DictionaryOf(dict).fKeys, keys);
-    CopyAll(DictionaryOf(dict).fValues, values);
+    CopyAll(DictionaryOf(dict).Keys(), keys);
+    CopyAll(DictionaryOf(dict).Values(), values);
 }

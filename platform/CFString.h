@@ -10,7 +10,6 @@
 using CFStringRef = struct __CFString const*;
 
 using CFStringEncoding = std::uint32_t;
-using UniChar = unsigned short;
 
 // Mac Roman, UTF-16 in the machine's byte order, and UTF-8.
 inline constexpr CFStringEncoding kCFStringEncodingMacRoman = 0;

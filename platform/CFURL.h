@@ -5,7 +5,6 @@
 
 using CFURLRef = struct __CFURL const*;
 using CFDataRef = struct __CFData const*;
-using SInt32 = std::int32_t;
 using CFURLPathStyle = CFIndex;
 
 inline constexpr CFURLPathStyle kCFURLPOSIXPathStyle = 0;

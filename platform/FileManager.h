@@ -14,10 +14,8 @@
 
 using SInt16 = std::int16_t;
 using UInt16 = std::uint16_t;
-using SInt32 = std::int32_t;
 using UInt32 = std::uint32_t;
 using SInt64 = std::int64_t;
-using UniChar = unsigned short;
 using UniCharCount = unsigned long;
 using ByteCount = unsigned long;
 using OSErr = SInt16;
@@ -58,16 +56,30 @@ struct __attribute__((packed)) UTCDateTime {
 static_assert(sizeof(UTCDateTime) == 8);
 
 // What to tell of an item, and what is told. kFSNodeLockedMask: the item is immutable.
+// permissions is to be seen as an FSPermissionInfo.
 using FSCatalogInfoBitmap = UInt32;
 inline constexpr FSCatalogInfoBitmap kFSCatInfoNodeFlags = 0x2;
 inline constexpr FSCatalogInfoBitmap kFSCatInfoContentMod = 0x40;
+inline constexpr FSCatalogInfoBitmap kFSCatInfoPermissions = 0x400;
 inline constexpr UInt16 kFSNodeLockedMask = 0x1;
 inline constexpr UInt16 kFSNodeIsDirectoryMask = 0x10;
 
 struct FSCatalogInfo {
     UInt16 nodeFlags;
     UTCDateTime contentModDate;
+    UInt32 permissions[4];
 };
+
+// The permissions of an item: its owner, its group and its POSIX mode.
+struct FSPermissionInfo {
+    UInt32 userID;
+    UInt32 groupID;
+    UInt8 reserved1;
+    UInt8 userAccess;
+    UInt16 mode;
+    UInt32 reserved2;
+};
+static_assert(sizeof(FSPermissionInfo) == sizeof(FSCatalogInfo::permissions));
 
 extern "C" {
 
@@ -165,6 +177,40 @@ OSErr FSWriteFork(
     ByteCount count,
     void const* buffer,
     ByteCount* actualCount) noexcept;
+
+// An older reference on an item, which this service does not provide.
+struct FSSpec {
+    SInt16 vRefNum;
+    SInt32 parID;
+    UInt8 name[64];
+};
+
+// A walk over the items of one folder.
+using FSIterator = struct OpaqueFSIterator*;
+using FSIteratorFlags = UInt32;
+using ItemCount = unsigned long;
+inline constexpr FSIteratorFlags kFSIterateFlat = 0; // the folder's own items, and no others
+
+// Starts a walk, which the caller closes; afpAccessDenied for a folder that may not be read.
+OSErr FSOpenIterator(
+    FSRef const* container, FSIteratorFlags iteratorFlags, FSIterator* iterator) noexcept;
+
+// The next item with what is wanted of it. Names that are no UTF-8 and items that have gone
+// meanwhile are left out. *actualObjects is 1, or 0 when there is none: then errFSNoMoreItems, or
+// the code of a failure. Information is the target's for a link that leads somewhere, but a link is
+// never a folder. maximumObjects must be 1 and specs null; names may be null.
+OSErr FSGetCatalogInfoBulk(
+    FSIterator iterator,
+    ItemCount maximumObjects,
+    ItemCount* actualObjects,
+    Boolean* containerChanged,
+    FSCatalogInfoBitmap whichInfo,
+    FSCatalogInfo* catalogInfos,
+    FSRef* refs,
+    FSSpec* specs,
+    HFSUniStr255* names) noexcept;
+
+OSErr FSCloseIterator(FSIterator iterator) noexcept;
 
 // Where standard folders lie.
 inline constexpr SInt16 kLocalDomain = -32765; // the machine's, an administrator's

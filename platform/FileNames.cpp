@@ -1,8 +1,10 @@
 #include "platform/FileNames.h"
 
+#include <cstring>
 #include <iterator>
 
 #include <utf8.h>
+#include <utf8/unchecked.h>
 
 namespace platform {
 
@@ -24,6 +26,18 @@ std::string EncodeName(UniChar const* begin, UniChar const* end) {
 }
 
 } // namespace
+
+bool DecodeName(char const* bytes, HFSUniStr255* name) noexcept {
+    char const* const end = bytes + std::strlen(bytes);
+    // A name has at most 255 bytes, and as many units at the most.
+    if (end - bytes > static_cast<std::ptrdiff_t>(kLongestName) ||
+        utf8::find_invalid(bytes, end) != end) {
+        return false;
+    }
+    UniChar* const last = utf8::unchecked::utf8to16(bytes, end, name->unicode);
+    name->length = static_cast<UInt16>(last - name->unicode);
+    return true;
+}
 
 OSErr ChildPath(
     FSRef const& parent, UniCharCount nameLength, UniChar const* name, std::string* path) {

@@ -14,6 +14,9 @@ namespace platform {
 OSErr ChildPath(
     FSRef const& parent, UniCharCount nameLength, UniChar const* name, std::string* path);
 
+// The units of a name in the system's bytes; false for one that is no UTF-8.
+bool DecodeName(char const* bytes, HFSUniStr255* name) noexcept;
+
 // Calls work, which gives a code; ioErr when memory runs out in it.
 template <class Work>
 OSErr AtService(Work work) noexcept {

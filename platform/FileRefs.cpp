@@ -12,22 +12,6 @@
 using platform::AtService;
 using platform::FileStatus;
 
-namespace {
-
-// From 1904-01-01 to 1970-01-01: 66 years with 17 leap days.
-constexpr std::uint64_t kSecondsToUnixEpoch = (66ULL * 365 + 17) * 24 * 60 * 60;
-
-UTCDateTime ToUTCDateTime(statx_timestamp const& time) noexcept {
-    std::uint64_t const seconds = static_cast<std::uint64_t>(time.tv_sec) + kSecondsToUnixEpoch;
-    std::uint64_t const fraction = std::uint64_t{time.tv_nsec} * 65536 / 1000000000;
-    return {
-        static_cast<UInt16>(seconds >> 32),
-        static_cast<UInt32>(seconds),
-        static_cast<UInt16>(fraction)};
-}
-
-} // namespace
-
 OSErr FSPathMakeRef(UInt8 const* path, FSRef* ref, Boolean* isDirectory) noexcept {
     return AtService([=] {
         std::string found(reinterpret_cast<char const*>(path));
@@ -86,13 +70,6 @@ OSErr FSGetCatalogInfo(
     if (OSErr const error = status.Read(ref->path); error != noErr) {
         return error;
     }
-    if ((whichInfo & kFSCatInfoNodeFlags) != 0) {
-        catalogInfo->nodeFlags = static_cast<UInt16>(
-            (status.IsLocked() ? kFSNodeLockedMask : 0) |
-            (status.IsDirectory() ? kFSNodeIsDirectoryMask : 0));
-    }
-    if ((whichInfo & kFSCatInfoContentMod) != 0) {
-        catalogInfo->contentModDate = ToUTCDateTime(status.ContentModification());
-    }
+    status.Tell(whichInfo, catalogInfo);
     return noErr;
 }

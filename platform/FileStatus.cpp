@@ -1,19 +1,57 @@
 #include "platform/FileStatus.h"
 
 #include <cerrno>
+#include <cstring>
 #include <fcntl.h>
 
 #include "platform/SystemErrors.h"
 
 namespace platform {
 
+namespace {
+
+// From 1904-01-01 to 1970-01-01: 66 years with 17 leap days.
+constexpr std::uint64_t kSecondsToUnixEpoch = (66ULL * 365 + 17) * 24 * 60 * 60;
+
+UTCDateTime ToUTCDateTime(statx_timestamp const& time) noexcept {
+    std::uint64_t const seconds = static_cast<std::uint64_t>(time.tv_sec) + kSecondsToUnixEpoch;
+    std::uint64_t const fraction = std::uint64_t{time.tv_nsec} * 65536 / 1000000000;
+    return {
+        static_cast<UInt16>(seconds >> 32),
+        static_cast<UInt32>(seconds),
+        static_cast<UInt16>(fraction)};
+}
+
+} // namespace
+
 OSErr FileStatus::Read(std::string const& path) noexcept {
-    constexpr unsigned kWanted = STATX_TYPE | STATX_MODE | STATX_MTIME;
-    int result = statx(AT_FDCWD, path.c_str(), 0, kWanted, &fStatus);
+    return Read(AT_FDCWD, path.c_str());
+}
+
+OSErr FileStatus::Read(int folder, char const* name) noexcept {
+    constexpr unsigned kWanted = STATX_TYPE | STATX_MODE | STATX_MTIME | STATX_UID | STATX_GID;
+    int result = statx(folder, name, 0, kWanted, &fStatus);
     if (result < 0) {
-        result = statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, kWanted, &fStatus);
+        result = statx(folder, name, AT_SYMLINK_NOFOLLOW, kWanted, &fStatus);
     }
     return CodeOfResult(result);
+}
+
+void FileStatus::Tell(FSCatalogInfoBitmap whichInfo, FSCatalogInfo* info) const noexcept {
+    if ((whichInfo & kFSCatInfoNodeFlags) != 0) {
+        info->nodeFlags = static_cast<UInt16>(
+            (IsLocked() ? kFSNodeLockedMask : 0) | (IsDirectory() ? kFSNodeIsDirectoryMask : 0));
+    }
+    if ((whichInfo & kFSCatInfoContentMod) != 0) {
+        info->contentModDate = ToUTCDateTime(fStatus.stx_mtime);
+    }
+    if ((whichInfo & kFSCatInfoPermissions) != 0) {
+        FSPermissionInfo permissions{};
+        permissions.userID = fStatus.stx_uid;
+        permissions.groupID = fStatus.stx_gid;
+        permissions.mode = fStatus.stx_mode;
+        std::memcpy(info->permissions, &permissions, sizeof permissions);
+    }
 }
 
 int OpenPath(char const* path, int flags, mode_t mode) noexcept {

@@ -13,6 +13,12 @@ class FileStatus {
 public:
     OSErr Read(std::string const& path) noexcept;
 
+    // The same of the item of that name in an open folder.
+    OSErr Read(int folder, char const* name) noexcept;
+
+    // What whichInfo names into *info.
+    void Tell(FSCatalogInfoBitmap whichInfo, FSCatalogInfo* info) const noexcept;
+
     // The queries REQUIRE: Read gave noErr.
     bool IsDirectory() const noexcept { return S_ISDIR(fStatus.stx_mode); }
     // A file, or a link that leads nowhere: nothing that holds other things or is none on disk.
@@ -23,7 +29,6 @@ public:
     bool IsLocked() const noexcept { return (fStatus.stx_attributes & STATX_ATTR_IMMUTABLE) != 0; }
     // The owner may write the item.
     bool IsWritableByOwner() const noexcept { return (fStatus.stx_mode & S_IWUSR) != 0; }
-    statx_timestamp const& ContentModification() const noexcept { return fStatus.stx_mtime; }
 
 private:
     struct statx fStatus {};

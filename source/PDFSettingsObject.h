@@ -57,6 +57,12 @@ public:
     BIB_T_NMT::CPOSArray IsPDFSettingsValid() const;
     BIB_T_NMT::CPOSArray IsPDFSettingsValid(BIB_T_NMT::CPOSDict const& settings) const;
 
+    // The user's settings folder, and the settings files that there are, for the application
+    // appName: see the procedures of these names in api/PDFSettings.h. Throw CBIBError and
+    // POSException.
+    static UnicodeEncodingNS::Unicode16 GetDefaultPDFSettingsDirectory();
+    static BIB_T_NMT::CPOSArray GetListofPDFSettings(char const* appName);
+
     // The checks of values that a schema can name, as the runtime calls them: 1 accepts value. A
     // refusal writes its message into the buffer message, if there is one and it has more bytes
     // than the message with its NUL. Neither key nor userData is looked at.

@@ -5,6 +5,7 @@
 #include "bib/BIBClient.h"
 #include "bib/BIBTable.h"
 #include "source/PDFSettingsInterface.h"
+#include "source/PDFSettingsStatics.h"
 
 using BIB_T_NMT::_t_BIBFTabRegEntry;
 
@@ -23,17 +24,18 @@ bool Register(_t_BIBFTabRegEntry const (&rows)[Size], char const* interfaceName)
 
 } // namespace
 
-bool RegisterPDFSettingsStaticsProcs() {
-    // No operation works without a settings object so far.
-    static constexpr _t_BIBFTabRegEntry kRows[] = {{"", "", nullptr}};
-    return Register(kRows, kStaticsName);
-}
-
 // The address of a boundary procedure, checked against its proc type.
 #define BIB_TABLE_PROC(operation, procType) \
     {#operation, \
      #procType, \
      reinterpret_cast<void*>(static_cast<procType>(&_##procType##_##operation))},
+
+bool RegisterPDFSettingsStaticsProcs() {
+    static _t_BIBFTabRegEntry const kRows[] = {
+        PDF_SETTINGS_STATICS_ROWS(BIB_TABLE_PROC){"", "", nullptr}};
+    static_assert(std::size(kRows) == 2 + 1);
+    return Register(kRows, kStaticsName);
+}
 
 bool RegisterPDFSettingsInterfaceProcs() {
     static _t_BIBFTabRegEntry const kRows[] = {

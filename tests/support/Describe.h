@@ -2,7 +2,10 @@
 #pragma once
 
 #include <cstdio>
+#include <iterator>
 #include <string>
+
+#include <utf8/unchecked.h>
 
 #include "tests/support/HostTables.h"
 
@@ -28,8 +31,8 @@ inline unsigned long CountKeys(HostTables const& tables, POSDict* dict) {
 }
 
 // A number as "%.17g", a word as "/word", a string as "(text)", a hexadecimal string as "<text>",
-// other binary data as "name{text}", arrays as "[a b]" and dictionaries as "<<k a l b>>"; zero
-// bytes as "\0".
+// a 16-bit string as "\"text\"" in UTF-8, its mark as "^", other binary data as "name{text}",
+// arrays as "[a b]" and dictionaries as "<<k a l b>>"; zero bytes as "\0".
 class Describer {
 public:
     explicit Describer(HostTables const& tables) : fTables(tables) {}
@@ -40,6 +43,9 @@ public:
         }
         if (fTables.fString.IsPOSString(value) != 0) {
             return std::string("/") + fTables.fString.Get(reinterpret_cast<POSString*>(value));
+        }
+        if (fTables.fUnicodeString.IsPOSUnicodeString(value) != 0) {
+            return Unicode(reinterpret_cast<POSUnicodeString*>(value));
         }
         if (fTables.fBinData.IsPOSBinData(value) != 0) {
             return BinData(reinterpret_cast<POSBinData*>(value));
@@ -73,6 +79,18 @@ private:
         POSObject* const value = fTables.fDict.Get(dict, atom);
         fTables.fStringAtom.DeleteStringAtom(atom);
         return value;
+    }
+
+    std::string Unicode(POSUnicodeString* string) const {
+        unsigned short const* unit = fTables.fUnicodeString.Get(string);
+        bool const isMarked = *unit == 0xFEFF;
+        unsigned short const* end = unit += isMarked ? 1 : 0;
+        while (*end != 0) {
+            ++end;
+        }
+        std::string text;
+        utf8::unchecked::utf16to8(unit, end, std::back_inserter(text));
+        return (isMarked ? "^\"" : "\"") + text + "\"";
     }
 
     std::string BinData(POSBinData* data) const {

@@ -13,6 +13,7 @@ struct HostTables {
     _t_POSObjectStatics fObjects = Load<_t_POSObjectStatics>();
     _t_POSNumberInterface fNumber = Load<_t_POSNumberInterface>();
     _t_POSStringInterface fString = Load<_t_POSStringInterface>();
+    _t_POSUnicodeStringInterface fUnicodeString = Load<_t_POSUnicodeStringInterface>();
     _t_POSBinDataInterface fBinData = Load<_t_POSBinDataInterface>();
     _t_POSArrayInterface fArray = Load<_t_POSArrayInterface>();
     _t_POSDictInterface fDict = Load<_t_POSDictInterface>();

@@ -1,15 +1,14 @@
 #include "source/FileMgmtUtil.h"
 
-#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <iterator>
-#include <optional>
 #include <pwd.h>
 #include <unistd.h>
 
 #include "platform/FileManager.h"
 #include "tests/support/BoundClient.h"
+#include "tests/support/EnvironmentVariable.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace FileMgmtUtil {
@@ -29,27 +28,6 @@ std::string TextOf(Unicode16 const& path) {
         UnicodeEncodingNS::kByteOrderNative, /*terminate=*/false, /*mark=*/false);
     return std::string(reinterpret_cast<char const*>(bytes.GetBuffer()), bytes.GetSize());
 }
-
-// An environment variable with another value, or none, for a while.
-class Variable {
-public:
-    Variable(char const* name, char const* value) : fName(name) {
-        char const* const before = std::getenv(name);
-        fBefore = before != nullptr ? std::optional<std::string>(before) : std::nullopt;
-        Set(value);
-    }
-    ~Variable() { Set(fBefore ? fBefore->c_str() : nullptr); }
-    Variable(Variable const&) = delete;
-    Variable& operator=(Variable const&) = delete;
-
-    void Set(char const* value) const {
-        value != nullptr ? setenv(fName, value, 1) : unsetenv(fName);
-    }
-
-private:
-    char const* fName;
-    std::optional<std::string> fBefore;
-};
 
 } // namespace
 
@@ -97,8 +75,8 @@ TEST_F(FolderUtilities, MakeWhatIsMissingOfAnAbsolutePath) {
 TEST_F(FolderUtilities, GuessWhereSettingsLie) {
     std::string const extra = "/Ardeo/Ardeo PDF/Settings";
     std::string const folder = fFolder.Path().string();
-    Variable const data("XDG_DATA_HOME", (folder + "/data").c_str());
-    Variable const home("HOME", folder.c_str());
+    support::EnvironmentVariable const data("XDG_DATA_HOME", (folder + "/data").c_str());
+    support::EnvironmentVariable const home("HOME", folder.c_str());
     EXPECT_EQ(folder + "/data" + extra, TextOf(GuessDirectoryLocation(kUserDirectory)));
     struct stat status {};
     EXPECT_EQ(0, stat((folder + "/data").c_str(), &status));
@@ -127,9 +105,9 @@ TEST_F(FolderUtilities, GuessWhereSettingsLie) {
     }
     // Nobody moves an administrator's folder.
     data.Set(nullptr);
-    bool const hasAdminFolder = std::filesystem::is_directory("/usr/local/share");
+    std::string const adminFolder = PDFSETTINGS_ADMIN_SUPPORT_FOLDER;
     EXPECT_EQ(
-        hasAdminFolder ? "/usr/local/share" + extra : "",
+        std::filesystem::is_directory(adminFolder) ? adminFolder + extra : "",
         TextOf(GuessDirectoryLocation(kAdminDirectory)));
     EXPECT_EQ("Internal error: Unknown directory type", WhatItThrows([] {
                   GuessDirectoryLocation(static_cast<DirectoryType>(2));
@@ -139,7 +117,7 @@ TEST_F(FolderUtilities, GuessWhereSettingsLie) {
 TEST_F(FolderUtilities, FindThePreferencesOfUserAndMachine) {
     std::string const folder = fFolder.Path().string();
     std::filesystem::create_directory(fFolder / "config");
-    Variable const config("XDG_CONFIG_HOME", (folder + "/config").c_str());
+    support::EnvironmentVariable const config("XDG_CONFIG_HOME", (folder + "/config").c_str());
     FSRef ref;
     EXPECT_EQ(noErr, FSFindFolder(kUserDomain, kPreferencesFolderType, kCreateFolder, &ref));
     EXPECT_EQ(folder + "/config", ref.path);
@@ -148,7 +126,7 @@ TEST_F(FolderUtilities, FindThePreferencesOfUserAndMachine) {
     EXPECT_FALSE(std::filesystem::exists(fFolder / "none"));
     passwd const* const user = getpwuid(getuid());
     std::string const ofDatabase = std::string(user->pw_dir) + "/.config";
-    Variable const home("HOME", nullptr);
+    support::EnvironmentVariable const home("HOME", nullptr);
     config.Set(nullptr);
     bool const isThere = std::filesystem::is_directory(ofDatabase);
     EXPECT_EQ(

@@ -7,7 +7,8 @@ namespace {
 // The result of real on the arguments, or a failure.
 template <class Real, class... Arguments>
 OSErr Call(char const* operation, Real real, Arguments... arguments) {
-    return support::FileServiceDouble::Note(operation) ? ioErr : real(arguments...);
+    OSErr const error = support::FileServiceDouble::Note(operation);
+    return error != noErr ? error : real(arguments...);
 }
 
 } // namespace
@@ -39,4 +40,10 @@ SUPPORT_WRAP(FSReadFork, (FSReadFork, a, b, c, d, e, f),
     FSIORefNum a, UInt16 b, SInt64 c, ByteCount d, void* e, ByteCount* f)
 SUPPORT_WRAP(FSWriteFork, (FSWriteFork, a, b, c, d, e, f),
     FSIORefNum a, UInt16 b, SInt64 c, ByteCount d, void const* e, ByteCount* f)
+SUPPORT_WRAP(FSOpenIterator, (FSOpenIterator, a, b, c),
+    FSRef const* a, FSIteratorFlags b, FSIterator* c)
+SUPPORT_WRAP(FSGetCatalogInfoBulk, (FSGetCatalogInfoBulk, a, b, c, d, e, f, g, h, i),
+    FSIterator a, ItemCount b, ItemCount* c, Boolean* d, FSCatalogInfoBitmap e, FSCatalogInfo* f,
+    FSRef* g, FSSpec* h, HFSUniStr255* i)
+SUPPORT_WRAP(FSCloseIterator, (FSCloseIterator, a), FSIterator a)
 // clang-format on

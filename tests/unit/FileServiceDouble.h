@@ -15,26 +15,29 @@ public:
     FileServiceDouble(FileServiceDouble const&) = delete;
     FileServiceDouble& operator=(FileServiceDouble const&) = delete;
 
-    // Makes the n-th call from now fail, where 1 is the next one; it does not reach the service.
-    void FailCall(unsigned long n) {
+    // Makes the n-th call from now fail with that code, where 1 is the next one; it does not reach
+    // the service.
+    void FailCall(unsigned long n, short code = -36) {
         fCalls.clear();
         fFailing = n;
+        fCode = code;
     }
 
     // The operations that were called since, in order.
     std::vector<std::string> fCalls;
 
-    // Notes a call. True when it is to fail.
-    static bool Note(char const* operation) {
+    // Notes a call. The code that it is to fail with, or 0.
+    static short Note(char const* operation) {
         if (fCurrent == nullptr) {
-            return false;
+            return 0;
         }
         fCurrent->fCalls.emplace_back(operation);
-        return fCurrent->fCalls.size() == fCurrent->fFailing;
+        return fCurrent->fCalls.size() == fCurrent->fFailing ? fCurrent->fCode : short{0};
     }
 
 private:
     unsigned long fFailing = 0;
+    short fCode = 0;
 
     static inline FileServiceDouble* fCurrent = nullptr;
 };

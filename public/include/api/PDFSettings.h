@@ -87,6 +87,33 @@ typedef int (*PDFSettingsIsDirtyProc)(PDFSettings* settings);
 // an error with a reference for the caller.
 typedef BIBError* (*PDFSettingsWriteProc)(PDFSettings* settings, BIBSharedBuffer* path);
 
+// The user's settings folder as UTF-16 units in the machine's order, with a mark 0xFEFF at the head
+// and a zero unit at the end, in a buffer with a reference for the caller; mark and zero alone
+// where the system has no such folder. It is made where it is missing. Null on failure.
+typedef BIBSharedBuffer* (*PDFSettingsGetDefaultPDFSettingsDirectoryProc)(void);
+
+// The settings files of the administrator's folder, then those of the user's, read anew at each
+// call. An array of dictionaries:
+//     SettingsName  16-bit string: the name to show, which no other entry has. Missing only for
+//                   an item that has the extension in the path of its folder
+//     FullFilePath  16-bit string: the absolute path
+//     ReadOnly      number: 1 for a file that must not be written (it is locked, its owner may not
+//                   write it, it is shown under a display name, or it is the administrator's)
+//     ModDate       binary data "Apple_UTCDateTime", 8 bytes: seconds since 1904-01-01 00:00 UTC
+//                   as 16 high and 32 low bits, and 1/65536 s as 16 bits, in the machine's order
+//     ShowHide      dictionary, where there is one: application name to number, 0 for an
+//                   application that is not to show the file
+// The strings have a mark 0xFEFF at their head. appName: the application whose display names apply,
+// in Mac Roman. An unreadable folder shortens the list. Null on failure.
+typedef POSArray* (*PDFSettingsGetListofPDFSettingsProc)(char const* appName);
+
+// The rows of "PDFSettingsStatics".
+// clang-format off
+#define PDF_SETTINGS_STATICS_ROWS(ROW)                                                     \
+    ROW(GetDefaultPDFSettingsDirectory, PDFSettingsGetDefaultPDFSettingsDirectoryProc)     \
+    ROW(GetListofPDFSettings,           PDFSettingsGetListofPDFSettingsProc)
+// clang-format on
+
 // The rows of "PDFSettingsInterface".
 // clang-format off
 #define PDF_SETTINGS_INTERFACE_ROWS(ROW)                         \

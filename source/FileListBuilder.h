@@ -1,0 +1,66 @@
+// The list of settings files, as it grows.
+//
+// An entry is a dictionary:
+//     SettingsName  16-bit string: the name to show. Missing for an item whose own name is shorter
+//                   than the extension
+//     FullFilePath  16-bit string: the absolute path
+//     ReadOnly      number: 1 for a file that must not be written
+//     ModDate       binary data "Apple_UTCDateTime": the file's UTCDateTime, 8 bytes as in memory
+//     ShowHide      the file's entry in the cloak table itself; only where there is one
+#pragma once
+
+#include <string>
+#include <unordered_set>
+
+#include "bib/BIBClientBase.h"
+#include "bib/POSArray.h"
+#include "bib/POSDict.h"
+
+namespace PDFSettingsImpl {
+
+enum ForWhichDirectory : int { kAdminSettingsDirectory = 0, kUserSettingsDirectory = 1 };
+
+// Builds one list. Displayed names and cloak table are as SettingsDataStore gives them.
+class FileListBuilder : public BIB_T_NMT::CBIBClientBase {
+public:
+    FileListBuilder(
+        ForWhichDirectory which,
+        BIB_T_NMT::CPOSArray const& displayNames,
+        BIB_T_NMT::CPOSDict const& cloakSettings);
+    FileListBuilder(FileListBuilder const&) = delete;
+    FileListBuilder& operator=(FileListBuilder const&) = delete;
+
+    // Which folder the entries come from, from now on.
+    void SetForWhichDirectory(ForWhichDirectory which) noexcept { fWhichDirectory = which; }
+
+    // A handle on the list.
+    BIB_T_NMT::CPOSArray GetFileList() const { return fFileList; }
+
+    // Completes info and adds it to the list, unless its name is there already. Throws POSException
+    // for a record without a name, except for the first one, and for every record behind that.
+    void AppendFileToList(BIB_T_NMT::CPOSDict& info) const;
+
+    // The steps of that, in their order. Gives the file its display name, if it has one, and makes
+    // it read-only then.
+    void ConvertToDisplayName(BIB_T_NMT::CPOSDict& info) const;
+
+    // Whether the list has an entry of that name.
+    bool SettingAlreadyExists(BIB_T_NMT::CPOSDict const& info) const;
+
+    // Whether two records have the same name, exactly. Throws POSException when either has none.
+    static bool
+    SettingFileInfoHasSameName(BIB_T_NMT::CPOSDict const& a, BIB_T_NMT::CPOSDict const& b);
+
+    // Gives the file its entry in the cloak table, if it has one there under its own name.
+    void AddCloakingInfo(BIB_T_NMT::CPOSDict& info) const;
+
+private:
+    BIB_T_NMT::CPOSArray fFileList;
+    ForWhichDirectory fWhichDirectory;
+    BIB_T_NMT::CPOSArray fDisplayNames;
+    BIB_T_NMT::CPOSDict fCloakSettings;
+    // The names in the list, so that no record is compared with every other one.
+    mutable std::unordered_set<std::u16string> fNames;
+};
+
+} // namespace PDFSettingsImpl

@@ -1,0 +1,211 @@
+#include "source/MacRegistryHelper.h"
+
+#include <cstring>
+
+#include "bib/POSNumber.h"
+#include "platform/CFPropertyList.h"
+#include "platform/FileManager.h"
+#include "source/PDFSettingsError.h"
+#include "source/PropertyLists.h"
+
+using BIB_T_NMT::CPOSArray;
+using BIB_T_NMT::CPOSDict;
+using BIB_T_NMT::CPOSNumber;
+using BIB_T_NMT::CPOSUnicodeString;
+using PropertyLists::AsDictionary;
+using PropertyLists::AsString;
+using PropertyLists::FindDictionary;
+using PropertyLists::KeysOf;
+using UnicodeEncodingNS::Unicode16;
+
+namespace PDFSettingsImpl {
+
+namespace {
+
+constexpr unsigned long kPathSize = 1024; // in bytes, its terminator included
+constexpr CFIndex kNameSize = 512;        // of an application or a file, likewise
+
+constexpr char kMasterKey[] = "/";
+constexpr char kHidden[] = "0";
+
+// The path of a file in the preferences folder of a domain; false where there is no such folder.
+bool FindPreferences(SInt16 domain, char const* fileName, char (&path)[kPathSize]) {
+    FSRef folder;
+    if (FSFindFolder(domain, kPreferencesFolderType, kDontCreateFolder, &folder) != noErr) {
+        return false;
+    }
+    FSRefMakePath(&folder, reinterpret_cast<UInt8*>(path), kPathSize);
+    ThrowIfFalse(
+        std::strlen(path) + std::strlen(fileName) + 1 <= kPathSize,
+        "GenerateDisplayNames path buffer to small"); // sic
+    std::strcat(path, fileName);
+    return true;
+}
+
+AutoCFRelease<CFDataRef> ReadFile(char const* path) {
+    AutoCFRelease<CFDataRef> data;
+    AutoCFRelease<CFStringRef> const text = PropertyLists::MakeString(path);
+    AutoCFRelease<CFURLRef> const url(
+        CFURLCreateWithFileSystemPath(
+            kCFAllocatorDefault, text.Get(), kCFURLPOSIXPathStyle, /*isDirectory=*/1),
+        /*retain=*/false);
+    if (url.Get() != nullptr) {
+        SInt32 errorCode = noErr;
+        CFURLCreateDataAndPropertiesFromResource(
+            kCFAllocatorDefault, url.Get(), data.GetAddr(), nullptr, nullptr, &errorCode);
+    }
+    return data;
+}
+
+AutoCFRelease<CFPropertyListRef> Parse(CFDataRef data) {
+    CFStringRef errorText = nullptr;
+    return {
+        CFPropertyListCreateFromXMLData(
+            kCFAllocatorDefault, data, kCFPropertyListImmutable, &errorText),
+        /*retain=*/false};
+}
+
+// A name as the cloak table has it.
+class TableName {
+public:
+    // False for one that is too long or cannot be converted.
+    bool Take(CFStringRef name) noexcept {
+        return CFStringGetCString(name, fBytes, kNameSize, kCFStringEncodingMacRoman) != 0;
+    }
+    char const* Get() const noexcept { return fBytes; }
+
+private:
+    char fBytes[kNameSize] = {};
+};
+
+bool IsHidden(void const* value) {
+    return CFEqual(value, PropertyLists::MakeString(kHidden).Get()) != 0;
+}
+
+// Lays down for one file whether the application shows it.
+void PutEntry(CPOSDict const& table, char const* file, char const* appName, bool isHidden) {
+    if (!table.HasKey(file)) {
+        table.Put(file, CPOSDict());
+    }
+    CPOSDict const entry = table.GetDict(file, /*quiet=*/false);
+    entry.Put(appName, CPOSNumber(isHidden ? 0 : 1));
+    table.Put(file, entry);
+}
+
+// Without an entry for all files, those of the single files count.
+void MergeApplication(CPOSDict const& table, char const* appName, CFDictionaryRef files) {
+    AutoCFRelease<CFStringRef> const master = PropertyLists::MakeString(kMasterKey);
+    if (IsHidden(CFDictionaryGetValue(files, master.Get()))) {
+        RegistryHelper::RemoveAppFromSettings(table, appName);
+        return;
+    }
+    for (CFStringRef const key : KeysOf(files)) {
+        TableName file;
+        if (file.Take(key)) {
+            PutEntry(table, file.Get(), appName, IsHidden(CFDictionaryGetValue(files, key)));
+        }
+    }
+}
+
+CPOSArray MakePair(CFStringRef fileName, CFStringRef displayName) {
+    CPOSArray pair;
+    for (CFStringRef const name : {fileName, displayName}) {
+        pair.Append(UnicodeEncodingNS::CreateCPOSUnicodeString(PropertyLists::TextOf(name)));
+    }
+    return pair;
+}
+
+// Up to the first element that is no string; a file name without a display name is dropped.
+void AppendPairs(CFArrayRef names, CPOSArray const& pairs) {
+    CFIndex const count = CFArrayGetCount(names);
+    for (CFIndex i = 0; i + 1 < count; i += 2) {
+        CFStringRef const fileName = AsString(CFArrayGetValueAtIndex(names, i));
+        CFStringRef const displayName = AsString(CFArrayGetValueAtIndex(names, i + 1));
+        if (fileName == nullptr || displayName == nullptr) {
+            return;
+        }
+        pairs.Append(MakePair(fileName, displayName));
+    }
+}
+
+} // namespace
+
+MacRegistryHelper::MacRegistryHelper(int domain, char const* fileName, bool prefixedKeys)
+    : fSettings(GetSystemSettings(static_cast<unsigned int>(domain), fileName)),
+      fPrefixedKeys(prefixedKeys) {}
+
+void MacRegistryHelper::SetDirectory(Unicode16 const& /*directory*/) {}
+
+bool MacRegistryHelper::GetDirectory(Unicode16& directory) const {
+    try {
+        CFStringRef const path =
+            IsValid()
+                ? PropertyLists::FindString(
+                      fSettings.Get(), fPrefixedKeys ? "ArdeoPDFSettingsPath" : "PDFSettingsPath")
+                : nullptr;
+        if (path != nullptr) {
+            directory = PropertyLists::TextOf(path);
+        }
+        return path != nullptr;
+    } catch (...) {
+        return false;
+    }
+}
+
+void MacRegistryHelper::GenerateCloakSettings(CPOSDict const& table) const {
+    try {
+        CFDictionaryRef const applications =
+            IsValid() ? FindDictionary(fSettings.Get(), "ShowHide") : nullptr;
+        if (applications == nullptr) {
+            return;
+        }
+        for (CFStringRef const key : KeysOf(applications)) {
+            CFDictionaryRef const files = AsDictionary(CFDictionaryGetValue(applications, key));
+            TableName appName;
+            if (files != nullptr && appName.Take(key) && CFDictionaryGetCount(files) != 0) {
+                MergeApplication(table, appName.Get(), files);
+            }
+        }
+    } catch (...) {
+        // What was merged so far counts.
+    }
+}
+
+CPOSArray MacRegistryHelper::GenerateDisplayNames(char const* appName) const {
+    CPOSArray pairs;
+    try {
+        CFDictionaryRef const applications =
+            IsValid() ? FindDictionary(
+                            fSettings.Get(), fPrefixedKeys ? "ArdeoPDFSettings" : "PDFSettings")
+                      : nullptr;
+        CFArrayRef const names = applications != nullptr && appName != nullptr
+                                     ? PropertyLists::FindArray(applications, appName)
+                                     : nullptr;
+        if (names != nullptr) {
+            AppendPairs(names, pairs);
+        }
+    } catch (...) {
+        // The pairs so far are used.
+    }
+    return pairs;
+}
+
+AutoCFRelease<CFDictionaryRef>
+MacRegistryHelper::GetSystemSettings(unsigned int domain, char const* fileName) const {
+    try {
+        char path[kPathSize] = {};
+        if (!FindPreferences(static_cast<SInt16>(domain), fileName, path)) {
+            return {};
+        }
+        AutoCFRelease<CFDataRef> const data = ReadFile(path);
+        if (data.Get() == nullptr) {
+            return {};
+        }
+        AutoCFRelease<CFPropertyListRef> const root = Parse(data.Get());
+        return {AsDictionary(root.Get()), /*retain=*/true};
+    } catch (...) {
+        return {};
+    }
+}
+
+} // namespace PDFSettingsImpl

@@ -1,0 +1,64 @@
+#include "source/PropertyLists.h"
+
+namespace PropertyLists {
+
+namespace {
+
+template <class T>
+T AsType(void const* value, CFTypeID type) noexcept {
+    bool const isOfType = value != nullptr && CFGetTypeID(value) == type;
+    return isOfType ? static_cast<T>(value) : nullptr;
+}
+
+void const* Find(CFDictionaryRef dict, char const* key) {
+    return CFDictionaryGetValue(dict, MakeString(key).Get());
+}
+
+} // namespace
+
+CFStringRef FindString(CFDictionaryRef dict, char const* key) {
+    return AsString(Find(dict, key));
+}
+
+CFArrayRef FindArray(CFDictionaryRef dict, char const* key) {
+    return AsType<CFArrayRef>(Find(dict, key), CFArrayGetTypeID());
+}
+
+CFDictionaryRef FindDictionary(CFDictionaryRef dict, char const* key) {
+    return AsDictionary(Find(dict, key));
+}
+
+CFStringRef AsString(void const* value) noexcept {
+    return AsType<CFStringRef>(value, CFStringGetTypeID());
+}
+
+CFDictionaryRef AsDictionary(void const* value) noexcept {
+    return AsType<CFDictionaryRef>(value, CFDictionaryGetTypeID());
+}
+
+std::vector<CFStringRef> KeysOf(CFDictionaryRef dict) {
+    std::vector<void const*> keys(static_cast<std::size_t>(CFDictionaryGetCount(dict)));
+    CFDictionaryGetKeysAndValues(dict, keys.data(), nullptr);
+    std::vector<CFStringRef> strings;
+    for (void const* const key : keys) {
+        if (AsString(key) != nullptr) {
+            strings.push_back(AsString(key));
+        }
+    }
+    return strings;
+}
+
+AutoCFRelease<CFStringRef> MakeString(char const* text) noexcept {
+    return {
+        CFStringCreateWithCString(kCFAllocatorDefault, text, kCFStringEncodingMacRoman),
+        /*retain=*/false};
+}
+
+UnicodeEncodingNS::Unicode16 TextOf(CFStringRef string) {
+    CFIndex const length = CFStringGetLength(string);
+    UnicodeEncodingNS::Buffer16 const units(static_cast<unsigned long>(length), nullptr);
+    CFStringGetCharacters(string, CFRangeMake(0, length), units.GetBuffer());
+    return UnicodeEncodingNS::CreateUnicode16(units);
+}
+
+} // namespace PropertyLists

@@ -1,0 +1,31 @@
+// Looks into property lists, whose values may be of any type.
+#pragma once
+
+#include <vector>
+
+#include "api/UnicodeEncoding.h"
+#include "platform/CFCollections.h"
+#include "platform/CFString.h"
+#include "source/AutoCFRelease.h"
+
+namespace PropertyLists {
+
+// The value under a key of dict, borrowed; null when there is none and when it is of another type.
+CFStringRef FindString(CFDictionaryRef dict, char const* key);
+CFArrayRef FindArray(CFDictionaryRef dict, char const* key);
+CFDictionaryRef FindDictionary(CFDictionaryRef dict, char const* key);
+
+// The value itself, borrowed, if it is of that type, else null; null for null.
+CFStringRef AsString(void const* value) noexcept;
+CFDictionaryRef AsDictionary(void const* value) noexcept;
+
+// The keys of dict in their order, borrowed. Throws std::bad_alloc.
+std::vector<CFStringRef> KeysOf(CFDictionaryRef dict);
+
+// A string of a text in Mac Roman, the encoding of keys; empty when memory runs out.
+AutoCFRelease<CFStringRef> MakeString(char const* text) noexcept;
+
+// The text of a string; a byte order mark at its head is removed or honoured. Throws CBIBError.
+UnicodeEncodingNS::Unicode16 TextOf(CFStringRef string);
+
+} // namespace PropertyLists

@@ -1,0 +1,75 @@
+#include "source/SettingsFileInfo.h"
+
+#include <algorithm>
+#include <cstring>
+#include <iterator>
+#include <string_view>
+
+#include "api/UnicodeEncoding.h"
+#include "bib/POSBinData.h"
+#include "bib/POSNumber.h"
+
+using BIB_T_NMT::CPOSBinData;
+using BIB_T_NMT::CPOSDict;
+using BIB_T_NMT::CPOSNumber;
+using UnicodeEncodingNS::Buffer16;
+using UnicodeEncodingNS::CreateCPOSUnicodeString;
+using UnicodeEncodingNS::CreateUnicode16;
+
+namespace PDFSettingsImpl {
+
+namespace {
+
+constexpr std::string_view kExtension = ".joboptions";
+
+constexpr UInt16 kOwnerMayWrite = 0x80;
+
+// The last dot may stand in the name of a folder. Longer endings pass.
+bool HasExtension(std::string_view path) noexcept {
+    std::size_t const dot = path.rfind('.');
+    return dot != std::string_view::npos && path.substr(dot).starts_with(kExtension);
+}
+
+// The name to show: without its extension if that is the exact one. REQUIRES: it is longer.
+Buffer16 ShownName(HFSUniStr255 const& name) {
+    unsigned short const* const extension = name.unicode + (name.length - kExtensionLength);
+    bool const isExact =
+        std::equal(std::begin(unicode_joboptions), std::end(unicode_joboptions), extension);
+    Buffer16 const shown(name.length - (isExact ? kExtensionLength : 0), nullptr);
+    std::copy_n(name.unicode, shown.GetNumElements(), shown.GetBuffer());
+    return shown;
+}
+
+bool IsReadOnly(FSCatalogInfo const& catalogInfo) noexcept {
+    if ((catalogInfo.nodeFlags & kFSNodeLockedMask) != 0) {
+        return true;
+    }
+    FSPermissionInfo permissions{};
+    std::memcpy(&permissions, catalogInfo.permissions, sizeof permissions);
+    return (permissions.mode & kOwnerMayWrite) == 0;
+}
+
+CPOSBinData MakeDate(UTCDateTime const& date) {
+    return CPOSBinData(
+        "Apple_UTCDateTime", reinterpret_cast<unsigned char const*>(&date), sizeof date);
+}
+
+} // namespace
+
+bool MakeSettingsFileInfo(
+    char const* path, HFSUniStr255 const& name, FSCatalogInfo const& catalogInfo, CPOSDict* info) {
+    // Nothing but the extension is no name to show.
+    if (!HasExtension(path) || name.length == kExtensionLength) {
+        return false;
+    }
+    if (name.length > kExtensionLength) {
+        info->Put(kSettingsName, CreateCPOSUnicodeString(CreateUnicode16(ShownName(name))));
+    }
+    info->Put(
+        kFullFilePath, CreateCPOSUnicodeString(CreateUnicode16(UnicodeEncodingNS::Unicode8(path))));
+    info->Put(kReadOnly, CPOSNumber(IsReadOnly(catalogInfo) ? 1 : 0));
+    info->Put(kModDate, MakeDate(catalogInfo.contentModDate));
+    return true;
+}
+
+} // namespace PDFSettingsImpl

@@ -1,0 +1,31 @@
+// The record of one settings file, as it stands in a list (see FileListBuilder).
+#pragma once
+
+#include "bib/POSDict.h"
+#include "platform/FileManager.h"
+
+namespace PDFSettingsImpl {
+
+// The keys of a record.
+inline constexpr char kSettingsName[] = "SettingsName";
+inline constexpr char kFullFilePath[] = "FullFilePath";
+inline constexpr char kReadOnly[] = "ReadOnly";
+inline constexpr char kModDate[] = "ModDate";
+inline constexpr char kShowHide[] = "ShowHide";
+
+// The extension of settings files, 11 units.
+inline constexpr unsigned short unicode_joboptions[] = {
+    '.', 'j', 'o', 'b', 'o', 'p', 't', 'i', 'o', 'n', 's'};
+inline constexpr unsigned long kExtensionLength = 11;
+static_assert(sizeof unicode_joboptions == kExtensionLength * sizeof(unsigned short));
+
+// Makes the record of an item from its path (NUL-terminated UTF-8), its name and its catalog
+// information: node flags, permissions and content modification. False for what is no settings
+// file. Throws CBIBError.
+bool MakeSettingsFileInfo(
+    char const* path,
+    HFSUniStr255 const& name,
+    FSCatalogInfo const& catalogInfo,
+    BIB_T_NMT::CPOSDict* info);
+
+} // namespace PDFSettingsImpl

@@ -1,0 +1,268 @@
+// Which settings a host finds, in a user's folders and in the administrator's of this build.
+
+#include <algorithm>
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include "tests/support/Describe.h"
+#include "tests/support/EnvironmentVariable.h"
+#include "tests/support/PropertyList.h"
+#include "tests/support/Settings.h"
+#include "tests/support/TemporaryFolder.h"
+
+namespace support {
+
+namespace {
+
+std::filesystem::path const kAdminSupport = PDFSETTINGS_ADMIN_SUPPORT_FOLDER;
+std::filesystem::path const kAdminPreferences = PDFSETTINGS_ADMIN_PREFERENCES_FOLDER;
+std::filesystem::path const kSettings = "Ardeo/Ardeo PDF/Settings";
+
+void ClearAdminFolders() {
+    for (auto const& folder : {kAdminSupport, kAdminPreferences}) {
+        std::filesystem::remove_all(folder);
+        std::filesystem::create_directories(folder);
+    }
+}
+
+bool IsOfTheBuild(std::filesystem::path const& folder) {
+    return folder.string().starts_with(PDFSETTINGS_BUILD_FOLDER "/");
+}
+
+} // namespace
+
+class Listing : public SettingsTest {
+protected:
+    void SetUp() override {
+        if (!IsOfTheBuild(kAdminSupport) || !IsOfTheBuild(kAdminPreferences)) {
+            GTEST_SKIP() << "the administrator's folders are real ones";
+        }
+        ClearAdminFolders();
+        FindStatic(fGetFolder, "GetDefaultPDFSettingsDirectory");
+        FindStatic(fGetList, "GetListofPDFSettings");
+    }
+
+    void TearDown() override {
+        if (IsOfTheBuild(kAdminSupport)) {
+            ClearAdminFolders();
+        }
+        EXPECT_EQ(fDescriptors, CountDescriptors());
+    }
+
+    template <class Proc>
+    static void FindStatic(Proc& proc, std::string const& name) {
+        proc = reinterpret_cast<Proc>(BIBRuntimeLookup(
+            "PDFSettingsStatics", name.c_str(), ("PDFSettings" + name + "Proc").c_str()));
+        ASSERT_NE(nullptr, proc) << name;
+    }
+
+    std::filesystem::path UserFolder() const { return fFolder.Path() / "data" / kSettings; }
+    static std::filesystem::path AdminFolder() { return kAdminSupport / kSettings; }
+
+    void WriteAdminList(std::string const& bytes) const {
+        WriteBytes(kAdminPreferences / "com.ardeo.PDFAdminSettings.plist", bytes);
+    }
+    void WriteUserList(std::string const& bytes) const {
+        WriteBytes(fFolder.Path() / "config/com.ardeo.PDFSettings.plist", bytes);
+    }
+
+    // The list in alphabetical order of "name path ReadOnly ShowHide", folders left out.
+    std::vector<std::string> List(char const* appName = "Webrix") const {
+        POSArray* const list = fGetList(appName);
+        AddRef(list);
+        std::vector<std::string> lines;
+        for (unsigned long i = 0; i < fTables.fArray.Count(list); ++i) {
+            lines.push_back(LineOf(Describer(fTables)(fTables.fArray.GetAt(list, i))));
+        }
+        Release(list);
+        std::sort(lines.begin(), lines.end());
+        return lines;
+    }
+
+    // Without what is the same for all and the folders of this test.
+    std::string LineOf(std::string record) const {
+        Replace(&record, (UserFolder() / "").string(), "user/");
+        Replace(&record, (AdminFolder() / "").string(), "admin/");
+        std::size_t const date = record.find(" ModDate");
+        std::size_t const end = record.find(" ShowHide");
+        record.erase(date, (end == std::string::npos ? record.size() : end) - date);
+        return record;
+    }
+
+    static void Replace(std::string* text, std::string const& part, std::string const& other) {
+        std::size_t const place = text->find(part);
+        if (place != std::string::npos) {
+            text->replace(place, part.size(), other);
+        }
+    }
+
+    // The user's settings folder as the component gives it, with mark and zero.
+    std::u16string FolderUnits() const {
+        auto const buffers = LoadTable<_t_BIBSharedBuffInterface>(&BIBRuntimeLookup);
+        BIBSharedBuffer* const buffer = fGetFolder();
+        auto const* const units = static_cast<char16_t const*>(buffers.GetBuffer(buffer));
+        std::u16string const text(units, buffers.GetSize(buffer) / sizeof(char16_t));
+        buffers.Release(buffer);
+        return text;
+    }
+
+    TemporaryFolder fFolder;
+    EnvironmentVariable fData{"XDG_DATA_HOME", (fFolder / "data").c_str()};
+    EnvironmentVariable fConfig{"XDG_CONFIG_HOME", (fFolder / "config").c_str()};
+    long fDescriptors = CountDescriptors();
+    PDFSettingsGetDefaultPDFSettingsDirectoryProc fGetFolder = nullptr;
+    PDFSettingsGetListofPDFSettingsProc fGetList = nullptr;
+};
+
+TEST_F(Listing, IsEmptyWithoutFilesAndMakesTheUsersFolder) {
+    EXPECT_TRUE(List().empty());
+    EXPECT_TRUE(std::filesystem::is_directory(UserFolder()));
+    EXPECT_FALSE(std::filesystem::exists(AdminFolder()));
+    std::string const folder = UserFolder().string();
+    std::u16string expected = u"\uFEFF" + std::u16string(folder.begin(), folder.end());
+    expected.push_back(0);
+    EXPECT_EQ(expected, FolderUnits());
+}
+
+TEST_F(Listing, HasEveryFileOnceByItsName) {
+    for (char const* const name :
+         {"both.joboptions",
+          "Draft.JOBOPTIONS",
+          "ab.joboptions2",
+          ".joboptions",
+          "notes.txt",
+          "\xE6\x97\xA5\xF0\x9F\x98\x80.joboptions",
+          "bad\xFF.joboptions",
+          "Standard.joboptions"}) {
+        WriteBytes(UserFolder() / name, "");
+    }
+    WriteBytes(UserFolder() / "folder.joboptions/inside.joboptions", "");
+    WriteBytes(UserFolder() / "readonly.joboptions", "");
+    std::filesystem::permissions(
+        UserFolder() / "readonly.joboptions", std::filesystem::perms::owner_read);
+    WriteBytes(AdminFolder() / "both.joboptions", "");
+    WriteBytes(AdminFolder() / "Press Quality.joboptions", "");
+    EXPECT_EQ(
+        (std::vector<std::string>{
+            "<<SettingsName ^\"Press Quality\" FullFilePath ^\"admin/Press Quality.joboptions\" "
+            "ReadOnly 1 ShowHide <<Webrix 0>>>>",
+            "<<SettingsName ^\"Standard\" FullFilePath ^\"user/Standard.joboptions\" ReadOnly 0 "
+            "ShowHide <<Webrix 0 Vectrapaint 0 Pagemint 0 Rasterlab 0>>>>",
+            "<<SettingsName ^\"ab.joboptions2\" FullFilePath ^\"user/ab.joboptions2\" ReadOnly 0",
+            "<<SettingsName ^\"both\" FullFilePath ^\"admin/both.joboptions\" ReadOnly 1",
+            "<<SettingsName ^\"folder\" FullFilePath ^\"user/folder.joboptions\" ReadOnly 0",
+            "<<SettingsName ^\"readonly\" FullFilePath ^\"user/readonly.joboptions\" ReadOnly 1",
+            "<<SettingsName ^\"\xE6\x97\xA5\xF0\x9F\x98\x80\" FullFilePath "
+            "^\"user/\xE6\x97\xA5\xF0\x9F\x98\x80.joboptions\" ReadOnly 0"}),
+        List());
+}
+
+TEST_F(Listing, FollowsTheAdministratorEachTimeAnew) {
+    WriteBytes(UserFolder() / "Standard.joboptions", "");
+    WriteAdminList(PropertyList(
+        DictEntry(
+            "ShowHide", DictEntry("Webrix", StringEntry("/", "1") + StringEntry("Standard", "1"))) +
+        DictEntry(
+            "PDFSettings",
+            Entry(
+                "Webrix",
+                "<array><string>Standard</string><string>Usual</string>"
+                "</array>"))));
+    // What only an administrator may lay down is not looked at in the user's list.
+    WriteUserList(PropertyList(
+        DictEntry("ShowHide", DictEntry("Webrix", StringEntry("Standard", "0"))) +
+        DictEntry(
+            "PDFSettings",
+            Entry(
+                "Webrix",
+                "<array><string>Standard</string><string>Mine</string>"
+                "</array>"))));
+    std::string const path = "\" FullFilePath ^\"user/Standard.joboptions\" ReadOnly ";
+    std::string const shown = " ShowHide <<Webrix 1 Vectrapaint 0 Pagemint 0 Rasterlab 0>>>>";
+    EXPECT_EQ(
+        std::vector<std::string>{"<<SettingsName ^\"Usual" + path + "1" + shown}, List("Webrix"));
+    EXPECT_EQ(
+        std::vector<std::string>{"<<SettingsName ^\"Standard" + path + "0" + shown},
+        List("Vectrapaint"));
+    for (char const* const bad : {"", "<plist>", "<plist><array/></plist>"}) {
+        WriteAdminList(bad);
+        EXPECT_EQ(
+            std::vector<std::string>{
+                "<<SettingsName ^\"Standard" + path +
+                "0 ShowHide <<Webrix 0 Vectrapaint 0 Pagemint 0 Rasterlab 0>>>>"},
+            List());
+    }
+}
+
+TEST_F(Listing, LooksWherePreferencesLead) {
+    std::string const user = fFolder / "moved/user";
+    std::string const admin = fFolder / "moved/admin";
+    WriteUserList(PropertyList(StringEntry("PDFSettingsPath", user)));
+    WriteAdminList(PropertyList(StringEntry("PDFSettingsPath", admin)));
+    EXPECT_TRUE(List().empty());
+    EXPECT_TRUE(std::filesystem::is_directory(user));
+    EXPECT_FALSE(std::filesystem::exists(admin));
+    WriteBytes(user + "/u.joboptions", "");
+    WriteBytes(admin + "/a.joboptions", "");
+    EXPECT_EQ(
+        (std::vector<std::string>{
+            "<<SettingsName ^\"a\" FullFilePath ^\"" + admin + "/a.joboptions\" ReadOnly 1",
+            "<<SettingsName ^\"u\" FullFilePath ^\"" + user + "/u.joboptions\" ReadOnly 0"}),
+        List());
+    WriteUserList(PropertyList(StringEntry("PDFSettingsPath", "")));
+    WriteAdminList(PropertyList(StringEntry("PDFSettingsPath", "")));
+    EXPECT_TRUE(List().empty());
+    std::u16string const nothing{u'\uFEFF', u'\0'};
+    EXPECT_EQ(nothing, FolderUnits());
+}
+
+TEST_F(Listing, TellsWhenAFileChanged) {
+    WriteBytes(UserFolder() / "a.joboptions", "");
+    timespec const times[] = {{1000000000, 500000000}, {1000000000, 500000000}};
+    ASSERT_EQ(0, utimensat(AT_FDCWD, (UserFolder() / "a.joboptions").c_str(), times, 0));
+    POSArray* const list = fGetList("");
+    AddRef(list);
+    auto* const record = reinterpret_cast<POSDict*>(fTables.fArray.GetAt(list, 0));
+    BIBStringAtom* const key = fTables.fStringAtom.NewStringAtom("ModDate");
+    auto* const date = reinterpret_cast<POSBinData*>(fTables.fDict.Get(record, key));
+    fTables.fStringAtom.DeleteStringAtom(key);
+    ASSERT_EQ(8U, fTables.fBinData.GetSize(date));
+    unsigned char const* const bytes = fTables.fBinData.GetBinData(date);
+    unsigned int seconds = 0;
+    unsigned short fraction = 0;
+    std::memcpy(&seconds, bytes + 2, sizeof seconds);
+    std::memcpy(&fraction, bytes + 6, sizeof fraction);
+    EXPECT_EQ(3082844800U, seconds);
+    EXPECT_EQ(32768U, fraction);
+    Release(list);
+}
+
+TEST_F(Listing, GetsShorterInEveryShortageAndNothingWorse) {
+    WriteBytes(UserFolder() / "a.joboptions", "");
+    WriteBytes(AdminFolder() / "b.joboptions", "");
+    WriteAdminList(PropertyList(
+        DictEntry("ShowHide", DictEntry("W", StringEntry("a", "0"))) +
+        DictEntry(
+            "PDFSettings", Entry("W", "<array><string>a</string><string>A</string></array>"))));
+    auto const buffers = LoadTable<_t_BIBSharedBuffInterface>(&BIBRuntimeLookup);
+    auto const work = [&] {
+        POSArray* const list = fGetList("W");
+        BIBSharedBuffer* const folder = fGetFolder();
+        bibrt::ResetFailures();
+        AddRef(list);
+        EXPECT_LE(list == nullptr ? 0U : fTables.fArray.Count(list), 2U);
+        Release(list);
+        buffers.Release(folder);
+    };
+    work();
+    unsigned long const start = bibrt::CountAllocations();
+    work();
+    unsigned long const allocations = bibrt::CountAllocations() - start;
+    for (unsigned long n = 1; n <= 2 * allocations; ++n) {
+        bibrt::FailAllocation((n + 1) / 2, /*andAllLater=*/n % 2 == 0);
+        work();
+    }
+    EXPECT_EQ(2U, List("W").size());
+}
+
+} // namespace support

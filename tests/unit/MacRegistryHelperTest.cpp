@@ -1,0 +1,211 @@
+#include "source/MacRegistryHelper.h"
+
+#include "platform/FileManager.h"
+#include "source/SettingsDataStoreImpl.h"
+#include "tests/support/BoundClient.h"
+#include "tests/support/Describe.h"
+#include "tests/support/EnvironmentVariable.h"
+#include "tests/support/PropertyList.h"
+#include "tests/support/TemporaryFolder.h"
+
+namespace PDFSettingsImpl {
+
+using BIB_T_NMT::CPOSDict;
+using BIB_T_NMT::CPOSObject;
+using support::DictEntry;
+using support::Entry;
+using support::PropertyList;
+using support::StringEntry;
+
+class Preferences : public support::BoundClientTest {
+protected:
+    static constexpr char kFile[] = "/test.plist";
+
+    std::string Describe(CPOSObject const& value) const {
+        return support::Describer(fTables)(value);
+    }
+
+    // A helper on these bytes.
+    MacRegistryHelper Read(std::string const& bytes, bool prefixedKeys = false) const {
+        fFolder.Make("test.plist", bytes);
+        return MacRegistryHelper(kUserDomain, kFile, prefixedKeys);
+    }
+
+    static CPOSDict Table(char const* text) {
+        return CPOSDict(CPOSObject::CreateFromText(text, nullptr, /*quiet=*/false), false);
+    }
+
+    // The folder that a helper finds, or "-".
+    static std::string Folder(MacRegistryHelper const& helper) {
+        UnicodeEncodingNS::Unicode16 folder;
+        if (!helper.GetDirectory(folder)) {
+            return "-";
+        }
+        auto const bytes = UnicodeEncodingNS::CreateUnicode8(folder).GetString(
+            UnicodeEncodingNS::kByteOrderNative, /*terminate=*/false, /*mark=*/false);
+        return std::string(reinterpret_cast<char const*>(bytes.GetBuffer()), bytes.GetSize());
+    }
+
+    support::HostTables fTables;
+    support::TemporaryFolder fFolder;
+    support::EnvironmentVariable fConfig{"XDG_CONFIG_HOME", fFolder.Path().c_str()};
+};
+
+TEST_F(Preferences, ChangeTheCloakTable) {
+    std::string const longName(512, 'n');
+    struct {
+        std::string fShowHide; // an element
+        std::string fTable;
+    } const kCases[] = {
+        {"", "<<A <<W 0 V 0>> B <<W 0>>>>"},
+        {"<string>0</string>", "<<A <<W 0 V 0>> B <<W 0>>>>"},
+        {"<dict/>", "<<A <<W 0 V 0>> B <<W 0>>>>"},
+        {"<dict>" + Entry("W", "<dict/>") + "</dict>", "<<A <<W 0 V 0>> B <<W 0>>>>"},
+        {"<dict>" + StringEntry("W", "0") + "</dict>", "<<A <<W 0 V 0>> B <<W 0>>>>"},
+        {"<dict>" + DictEntry("W", StringEntry("/", "0") + StringEntry("A", "0")) + "</dict>",
+         "<<A <<V 0>>>>"},
+        {"<dict>" + DictEntry("W", StringEntry("/", "1") + StringEntry("A", "yes")) + "</dict>",
+         "<<A <<W 1 V 0>> B <<W 0>> / <<W 1>>>>"},
+        {"<dict>" + DictEntry("W", Entry("/", "<integer>0</integer>") + StringEntry("B", "")) +
+             "</dict>",
+         "<<A <<W 0 V 0>> B <<W 1>> / <<W 1>>>>"},
+        {"<dict>" + DictEntry("N", StringEntry("C", "0") + StringEntry("A", "0")) + "</dict>",
+         "<<A <<W 0 V 0 N 0>> B <<W 0>> C <<N 0>>>>"},
+        {"<dict>" + DictEntry("\xC3\xA9", StringEntry("\xE2\x82\xAC\xC3\xA9", "0")) + "</dict>",
+         "<<A <<W 0 V 0>> B <<W 0>> \xDB\x8E <<\x8E 0>>>>"},
+        {"<dict>" + DictEntry("\xE6\x97\xA5", StringEntry("A", "0")) +
+             DictEntry(longName, StringEntry("A", "0")) +
+             DictEntry(
+                 "N",
+                 StringEntry("\xE6\x97\xA5", "0") + StringEntry(longName, "0") +
+                     StringEntry("B", "0")) +
+             "</dict>",
+         "<<A <<W 0 V 0>> B <<W 0 N 0>>>>"},
+    };
+    for (auto const& [showHide, expected] : kCases) {
+        CPOSDict const table = Table("< A < W 0 V 0 > B < W 0 > >");
+        Read(PropertyList(Entry("ShowHide", showHide.empty() ? "<true/>" : showHide)))
+            .GenerateCloakSettings(table);
+        EXPECT_EQ(expected, Describe(table)) << showHide;
+    }
+}
+
+// Each file that goes makes the walk pass over the first one of those that are left.
+TEST_F(Preferences, TakeAnApplicationOutButForFilesPassedOver) {
+    struct {
+        char const* fBefore;
+        char const* fAfter;
+    } const kCases[] = {
+        {"< A < W 0 > B < W 0 > C < W 0 > >", "<<B <<W 0>>>>"},
+        {"< A < W 0 > >", "<<>>"},
+        {"< A < V 0 W 0 > B < W 0 > C < V 0 > >", "<<A <<V 0>> C <<V 0>>>>"},
+        {"< A < W 0 V 0 > B < W 0 V 0 > >", "<<A <<V 0>> B <<V 0>>>>"},
+        {"< A 1 B < W 0 > C word D < W 0 > >", "<<A 1 C /word>>"},
+        {"< A < V 0 > B < V 0 > >", "<<A <<V 0>> B <<V 0>>>>"},
+        {"< >", "<<>>"},
+    };
+    for (auto const& [before, after] : kCases) {
+        CPOSDict const table = Table(before);
+        RegistryHelper::RemoveAppFromSettings(table, "W");
+        EXPECT_EQ(after, Describe(table)) << before;
+    }
+    CPOSDict const table = SettingsDataStoreImpl::CreateDefaultCloakSettings();
+    EXPECT_EQ(17U, table.NumKeys());
+    RegistryHelper::RemoveAppFromSettings(table, "Webrix");
+    EXPECT_EQ(
+        "<<PDFA DRAFT <<Vectrapaint 0 Pagemint 0 Rasterlab 0>> "
+        "Standard <<Vectrapaint 0 Pagemint 0 Rasterlab 0>> Rich Content PDF <<Vectrapaint 0>> "
+        "Oversized Pages <<Vectrapaint 0 Pagemint 0 Rasterlab 0>> "
+        "PDFA1b 2005 CMYK <<Vectrapaint 0 Pagemint 0 Rasterlab 0>> "
+        "PDFA1b 2005 RGB <<Vectrapaint 0 Pagemint 0 Rasterlab 0>>>>",
+        Describe(table));
+}
+
+TEST_F(Preferences, NameFilesForAnApplication) {
+    auto const array = [](std::string const& elements) {
+        return DictEntry("PDFSettings", Entry("W", "<array>" + elements + "</array>"));
+    };
+    auto const strings = [](std::initializer_list<char const*> texts) {
+        std::string elements;
+        for (char const* const text : texts) {
+            elements += std::string("<string>") + text + "</string>";
+        }
+        return elements;
+    };
+    struct {
+        std::string fEntries;
+        char const* fAppName;
+        char const* fPairs;
+    } const kCases[] = {
+        {array(strings({"a", "A", "b", "\xE2\x82\xAC"})),
+         "W",
+         "[[^\"a\" ^\"A\"] [^\"b\" ^\"\xE2\x82\xAC\"]]"},
+        {array(strings({"a", "A", "b"})), "W", "[[^\"a\" ^\"A\"]]"},
+        {array(strings({"a", "A"}) + "<integer>1</integer>" + strings({"B", "c", "C"})),
+         "W",
+         "[[^\"a\" ^\"A\"]]"},
+        {array(strings({"a"}) + "<dict/>"), "W", "[]"},
+        {array(""), "W", "[]"},
+        {array(strings({"a", "A"})), "V", "[]"},
+        {array(strings({"a", "A"})), nullptr, "[]"},
+        {DictEntry("PDFSettings", StringEntry("W", "a")), "W", "[]"},
+        {StringEntry("PDFSettings", "W"), "W", "[]"},
+        {DictEntry("PDFSettings", Entry("\xC3\xA9", "<array>" + strings({"a", "A"}) + "</array>")),
+         "\x8E",
+         "[[^\"a\" ^\"A\"]]"},
+        {"", "W", "[]"},
+    };
+    for (auto const& [entries, appName, expected] : kCases) {
+        MacRegistryHelper const helper = Read(PropertyList(entries));
+        EXPECT_EQ(expected, Describe(helper.GenerateDisplayNames(appName))) << entries;
+    }
+}
+
+TEST_F(Preferences, AreReadAsFarAsTheyAreGood) {
+    struct {
+        std::string fBytes;
+        bool fPrefixedKeys;
+        bool fIsValid;
+        char const* fFolder;
+    } const kCases[] = {
+        {PropertyList(StringEntry("PDFSettingsPath", "/a/\xE2\x82\xAC")),
+         false,
+         true,
+         "/a/\xE2\x82\xAC"},
+        {PropertyList(StringEntry("PDFSettingsPath", "")), false, true, ""},
+        {PropertyList(Entry("PDFSettingsPath", "<integer>1</integer>")), false, true, "-"},
+        {PropertyList(StringEntry("ArdeoPDFSettingsPath", "/a")), false, true, "-"},
+        {PropertyList(StringEntry("ArdeoPDFSettingsPath", "/a")), true, true, "/a"},
+        {PropertyList(StringEntry("PDFSettingsPath", "/a")), true, true, "-"},
+        {PropertyList(""), false, true, "-"},
+        {"<plist><array/></plist>", false, false, "-"},
+        {"<plist><string>PDFSettingsPath</string></plist>", false, false, "-"},
+        {"<plist><dict>", false, false, "-"},
+        {"", false, false, "-"},
+        {"\xFF\xFE", false, false, "-"},
+    };
+    for (auto const& [bytes, prefixedKeys, isValid, folder] : kCases) {
+        MacRegistryHelper helper = Read(bytes, prefixedKeys);
+        EXPECT_EQ(isValid, helper.IsValid()) << bytes;
+        helper.SetDirectory(UnicodeEncodingNS::CreateUnicode16(UnicodeEncodingNS::Unicode8("/s")));
+        EXPECT_EQ(folder, Folder(helper)) << bytes;
+        CPOSDict const table = Table("< A < W 0 > >");
+        helper.GenerateCloakSettings(table);
+        EXPECT_EQ("<<A <<W 0>>>>", Describe(table));
+        EXPECT_EQ("[]", Describe(helper.GenerateDisplayNames("W")));
+    }
+    EXPECT_FALSE(MacRegistryHelper(kUserDomain, "/missing.plist", false).IsValid());
+    EXPECT_FALSE(
+        MacRegistryHelper(kUserDomain, ("/" + std::string(1024, 'x')).c_str(), false).IsValid());
+    EXPECT_FALSE(MacRegistryHelper(0, kFile, false).IsValid());
+    fConfig.Set((fFolder / "missing").c_str());
+    EXPECT_FALSE(MacRegistryHelper(kUserDomain, kFile, false).IsValid());
+}
+
+TEST_F(Preferences, AreNotNeededByADataStore) {
+    SettingsDataStoreImpl const store({}, {}, nullptr);
+    EXPECT_EQ(SettingsDataStoreImpl::CreateDefaultCloakSettings(), store.GenerateCloakSettings());
+    EXPECT_EQ("[]", Describe(store.GenerateDisplayNames("W")));
+}
+
+} // namespace PDFSettingsImpl
