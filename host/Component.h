@@ -35,6 +35,7 @@ public:
 private:
     friend class Schema;
     friend class Settings;
+    friend class SettingsList;
 
     std::shared_ptr<detail::RunningComponent> fRunning;
 };

@@ -15,17 +15,7 @@ namespace {
 
 using detail::Bindings;
 using detail::Ref;
-
-// Runs a call of the component that gives null on failure. Throws Error with what it reported.
-template <class Call>
-auto ReportedCall(char const* operation, Call call) -> decltype(call()) {
-    detail::ForgetReport();
-    auto* const result = call();
-    if (result == nullptr) {
-        detail::ThrowReport(std::string(operation) + " failed without a reason");
-    }
-    return result;
-}
+using detail::ReportedCall;
 
 // Runs a call on a file. The component tells all failures of the file service by the same word; why
 // puts the system's reason in its place.

@@ -76,7 +76,9 @@ Bindings::Bindings(BIBLookupProc lookup)
           _t_POSStructValidatorInterface, "POSStructValidatorInterface",
           POS_STRUCT_VALIDATOR_INTERFACE_ROWS)),
       settings(PDFSETTINGS_FOUND_TABLE(
-          ComponentTable, "PDFSettingsInterface", PDF_SETTINGS_INTERFACE_ROWS)) {}
+          ComponentTable, "PDFSettingsInterface", PDF_SETTINGS_INTERFACE_ROWS)),
+      statics(PDFSETTINGS_FOUND_TABLE(
+          StaticsTable, "PDFSettingsStatics", PDF_SETTINGS_STATICS_ROWS)) {}
 // clang-format on
 
 } // namespace pdfsettings::detail

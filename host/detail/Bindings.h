@@ -20,6 +20,11 @@ struct ComponentTable {
     PDF_SETTINGS_INTERFACE_ROWS(BIB_TABLE_SLOT)
 };
 
+// What it does without settings.
+struct StaticsTable {
+    PDF_SETTINGS_STATICS_ROWS(BIB_TABLE_SLOT)
+};
+
 // Every procedure is found when this is made, so that no call meets a missing one later.
 struct Bindings {
     // Throws Error with the name of the first row that lookup does not have.
@@ -41,6 +46,7 @@ struct Bindings {
     _t_POSDictIteratorInterface iterators;
     _t_POSStructValidatorInterface validators;
     ComponentTable settings;
+    StaticsTable statics;
 };
 
 } // namespace pdfsettings::detail

@@ -21,4 +21,15 @@ void ForgetReport() noexcept;
 // Throws Error with the last report on this thread, or with fallback when there is none.
 [[noreturn]] void ThrowReport(std::string const& fallback);
 
+// Runs a call of the component that gives null on failure. Throws Error with what it reported.
+template <class Call>
+auto ReportedCall(char const* operation, Call call) -> decltype(call()) {
+    ForgetReport();
+    auto* const result = call();
+    if (result == nullptr) {
+        ThrowReport(std::string(operation) + " failed without a reason");
+    }
+    return result;
+}
+
 } // namespace pdfsettings::detail

@@ -1,11 +1,13 @@
 #!/usr/bin/env python3
-"""Runs a case file against a program: run_cases.py PROGRAM CASE_FILE
+"""Runs a case file against a program: run_cases.py PROGRAM CASE_FILE [ADMIN_FOLDER]
 
 A case file is UTF-8 text. A line that begins with '@' is a directive, the lines up to the next one are
 its body, '#' lines before the first directive are comments:
 
-  @input NAME       makes a file of the body
+  @input NAME       makes a file of the body, and the folders for it
+  @admin NAME       the same in the administrator's folder, which is emptied before and after
   @mode NAME MODE   gives it permissions in octal
+  @mtime NAME TIME  lets it have changed last so many seconds after 1970
   @run ARGS...      runs the program; the body is the expected standard output. In front of it:
   @stdin NAME         for the next run: standard input comes from that file (else it is empty)
   @stdout-to PATH     for the next run: standard output goes there
@@ -14,13 +16,15 @@ its body, '#' lines before the first directive are comments:
   @status N           the expected exit status (else 0)
 
 In bodies and arguments \\xHH is a byte, \\{N*TEXT} is TEXT repeated N times and \\c at the end of a line
-drops its line end. Each file runs in an empty folder of its own.
+drops its line end. Each file runs in an empty folder of its own, which is home too: its settings lie
+in data/ and its preferences in config/. In what is written, HOME and ADMIN stand for the two folders.
 """
 
 import difflib
 import os
 import re
 import shlex
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -51,19 +55,24 @@ class Run:
 
 
 def parse(path):
-    """The files to make, as {name: bytes}, their permissions and the runs of a case file."""
+    """The files to make, as {name: bytes}, those of the administrator, permissions, times and runs."""
     with open(path, encoding="utf-8", newline="\n") as file:
         parts = re.split(r"^@", file.read(), flags=re.MULTILINE)
     if any(line and not line.startswith("#") for line in parts[0].splitlines()):
         raise ValueError("text before the first directive")
-    inputs, modes, runs, pending = {}, {}, [], {}
+    inputs, admin, modes, times, runs, pending = {}, {}, {}, {}, [], {}
     for part in parts[1:]:
         line, _, body = part.partition("\n")
         directive, _, argument = line.partition(" ")
         if directive == "input":
             inputs[argument] = decode(body)
+        elif directive == "admin":
+            admin[argument] = decode(body)
+        elif directive == "mtime":
+            name, _, seconds = argument.rpartition(" ")
+            times[name] = int(seconds)
         elif directive == "mode":
-            name, mode = argument.split()
+            name, _, mode = argument.rpartition(" ")
             modes[name] = int(mode, 8)
         elif directive in ("stdin", "stdout-to"):
             pending[directive] = argument
@@ -79,7 +88,7 @@ def parse(path):
             raise ValueError(f"unknown directive @{directive}")
     if not runs or pending:
         raise ValueError("nothing to run")
-    return inputs, modes, runs
+    return inputs, admin, modes, times, runs
 
 
 def visible(data):
@@ -95,38 +104,64 @@ def difference(what, expected, actual):
     return list(lines) or [f"{what}: line ends differ"]
 
 
-def execute(program, run):
+def make(folder, files):
+    """Makes files in a folder, and the folders for them."""
+    for name, content in files.items():
+        path = os.path.join(folder, name)
+        os.makedirs(os.path.dirname(path), exist_ok=True)
+        with open(path, "wb") as file:
+            file.write(content)
+
+
+def clear(folder):
+    """Leaves nothing in a folder."""
+    shutil.rmtree(folder, ignore_errors=True)
+    os.makedirs(folder)
+
+
+def execute(program, run, places):
     """The differences between what a run gives and what is expected."""
     environment = {key: os.environ[key] for key in os.environ if key != "NO_COLOR"}
-    environment["LC_ALL"] = "C"
+    environment.update(
+        LC_ALL="C", TZ="UTC", HOME=os.getcwd(), XDG_DATA_HOME=os.path.join(os.getcwd(), "data"),
+        XDG_CONFIG_HOME=os.path.join(os.getcwd(), "config"))
     with open(run.stdin_from, "rb") as stdin, open(run.stdout_to or os.devnull, "wb") as stdout:
         result = subprocess.run(
             [program.encode(), *run.arguments], stdin=stdin, env=environment, timeout=TIME_LIMIT,
             stdout=stdout if run.stdout_to else subprocess.PIPE, stderr=subprocess.PIPE, check=False)
-    problems = difference("standard output", run.stdout, result.stdout or b"")
-    problems += difference("standard error", run.stderr, result.stderr)
+    stdout, stderr = result.stdout or b"", result.stderr
+    for place, name in places.items():
+        stdout, stderr = (text.replace(place.encode(), name) for text in (stdout, stderr))
+    problems = difference("standard output", run.stdout, stdout)
+    problems += difference("standard error", run.stderr, stderr)
     if result.returncode != run.status:
         problems.append(f"exit status {result.returncode}, expected {run.status}")
     return problems
 
 
 def main():
-    program, case_file = (os.path.abspath(path) for path in sys.argv[1:])
-    inputs, modes, runs = parse(case_file)
+    program, case_file, *admin_folder = (os.path.abspath(path) for path in sys.argv[1:])
+    inputs, admin, modes, times, runs = parse(case_file)
     failures = 0
+    for place in admin_folder:
+        clear(place)
+        make(place, admin)
     with tempfile.TemporaryDirectory() as folder:
         os.chdir(folder)
-        for name, content in inputs.items():
-            with open(name, "wb") as file:
-                file.write(content)
+        make(folder, inputs)
+        places = {os.getcwd(): b"HOME"} | {place: b"ADMIN" for place in admin_folder}
         for name, mode in modes.items():
             os.chmod(name, mode)
+        for name, seconds in times.items():
+            os.utime(name.replace("ADMIN", "".join(admin_folder)), (seconds, seconds))
         for run in runs:
-            problems = execute(program, run)
+            problems = execute(program, run, places)
             failures += bool(problems)
             if problems:
                 print(f"FAILED: {run.title}", *problems, sep="\n")
         os.chdir("/")
+    for place in admin_folder:
+        clear(place)
     print(f"{len(runs)} runs, {failures} failed")
     return 1 if failures else 0
 

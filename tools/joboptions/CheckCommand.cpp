@@ -3,6 +3,7 @@
 #include "tools/joboptions/Findings.h"
 #include "tools/joboptions/Input.h"
 #include "tools/joboptions/JsonDocuments.h"
+#include "tools/joboptions/Locate.h"
 #include "tools/joboptions/SchemaOption.h"
 
 #include <CLI/CLI.hpp>
@@ -37,6 +38,7 @@ CheckCommand::CheckCommand(CLI::App& program, Options& options)
         .add_option("FILE", fFiles, "The settings files; - is standard input")
         ->required()
         ->type_name("");
+    AddApplication(Parser(), options, kNamesOfApplication);
     AddSchema(Parser(), options);
     AddJson(Parser(), options);
     AddOptions(Parser(), options);
@@ -70,7 +72,8 @@ Judgement CheckCommand::Judge(
     std::string const& file) const {
     Judgement judgement{file, {}, {}};
     try {
-        judgement.findings = OpenSettings(component, file, schema.Text()).Validate();
+        judgement.file = Locate(component, file, fOptions);
+        judgement.findings = OpenSettings(component, judgement.file, schema.Text()).Validate();
     } catch (Failure const& failure) {
         judgement.error = failure.what();
         if (!fOptions.quiet) {

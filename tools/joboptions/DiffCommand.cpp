@@ -3,6 +3,7 @@
 #include "tools/joboptions/Differences.h"
 #include "tools/joboptions/Input.h"
 #include "tools/joboptions/JsonDocuments.h"
+#include "tools/joboptions/Locate.h"
 
 #include <CLI/CLI.hpp>
 
@@ -19,6 +20,7 @@ DiffCommand::DiffCommand(CLI::App& program, Options& options)
         .add_option("B", fAfter, "The settings file that is compared with it")
         ->required()
         ->type_name("");
+    AddApplication(Parser(), options, kNamesOfApplication);
     AddJson(Parser(), options);
     AddOptions(Parser(), options);
     Parser().footer("A line for each setting that differs: - only in A, + only in B, ~ changed.\n"
@@ -29,8 +31,8 @@ DiffCommand::DiffCommand(CLI::App& program, Options& options)
 }
 
 Status DiffCommand::Run() const {
-    pdfsettings::Dictionary const before = ReadSettings(fBefore);
-    pdfsettings::Dictionary const after = ReadSettings(fAfter);
+    pdfsettings::Dictionary const before = ReadSettings(Locate(fBefore, fOptions));
+    pdfsettings::Dictionary const after = ReadSettings(Locate(fAfter, fOptions));
     auto const differences = Compare(before, after);
     if (fOptions.json) {
         WriteOutput(DifferencesDocument(differences, fBefore));

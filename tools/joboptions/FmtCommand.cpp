@@ -4,6 +4,7 @@
 #include "tools/joboptions/Input.h"
 #include "tools/joboptions/JsonDocuments.h"
 #include "tools/joboptions/Layout.h"
+#include "tools/joboptions/Locate.h"
 #include "tools/joboptions/Replace.h"
 
 #include <CLI/CLI.hpp>
@@ -24,6 +25,7 @@ FmtCommand::FmtCommand(CLI::App& program, Options& options)
     AddForce(
         Parser(), options, "Drop comments, and save though somebody else changed FILE meanwhile");
     AddOutput(Parser(), options, "Write there, and leave the one FILE as it is");
+    AddApplication(Parser(), options, kNamesOfApplication);
     AddDryRun(Parser(), options);
     AddJson(Parser(), options);
     AddOptions(Parser(), options);
@@ -54,6 +56,8 @@ Status FmtCommand::Run() const {
 Status FmtCommand::FormatOrReport(
     pdfsettings::Component const& component, LayoutJudgement& judgement) const {
     try {
+        judgement.file = fIsCheck ? Locate(component, judgement.file, fOptions)
+                                  : LocateForChange(component, judgement.file, fOptions);
         return Format(component, judgement);
     } catch (Failure const& failure) {
         judgement.error = failure.what();

@@ -3,6 +3,7 @@
 #include "host/Path.h"
 #include "tools/joboptions/Input.h"
 #include "tools/joboptions/JsonDocuments.h"
+#include "tools/joboptions/Locate.h"
 #include "tools/joboptions/Output.h"
 #include "tools/joboptions/Utf8.h"
 #include "tools/joboptions/ValueText.h"
@@ -15,7 +16,7 @@ namespace joboptions {
 GetCommand::GetCommand(CLI::App& program, Options& options)
     : Command(program, "get", "Show single values of a file"),
       fOptions(options) {
-    AddFile(Parser(), fFile);
+    AddFile(Parser(), options, fFile);
     Parser()
         .add_option(
             "KEY", fKeys, "Keys, with those of nested settings and positions from 0 behind /")
@@ -30,7 +31,8 @@ GetCommand::GetCommand(CLI::App& program, Options& options)
 }
 
 Status GetCommand::Run() const {
-    pdfsettings::Dictionary const settings = ReadSettings(fFile);
+    std::string const file = Locate(fFile, fOptions);
+    pdfsettings::Dictionary const settings = ReadSettings(file);
     pdfsettings::Dictionary found;
     std::string lines;
     std::vector<std::string> missing;
@@ -43,7 +45,7 @@ Status GetCommand::Run() const {
         lines += OneLine(*value) + "\n";
         found.Set(key, *value);
     }
-    WriteOutput(fOptions.json ? JsonDocument("values", found, fFile) : lines);
+    WriteOutput(fOptions.json ? JsonDocument("values", found, file) : lines);
     WriteMissing(missing);
     return missing.empty() ? Status::kDone : Status::kNo;
 }

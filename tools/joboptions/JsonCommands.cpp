@@ -6,6 +6,7 @@
 #include "tools/joboptions/JsonDocuments.h"
 #include "tools/joboptions/JsonReader.h"
 #include "tools/joboptions/Layout.h"
+#include "tools/joboptions/Locate.h"
 
 #include <CLI/CLI.hpp>
 
@@ -22,7 +23,7 @@ std::string OutputOf(Options const& options) {
 ExportCommand::ExportCommand(CLI::App& program, Options& options)
     : Command(program, "export", "Write all settings of a file as JSON"),
       fOptions(options) {
-    AddFile(Parser(), fFile);
+    AddFile(Parser(), options, fFile);
     AddOutput(Parser(), options, "Write there, not to standard output");
     AddOptions(Parser(), options);
     Parser().footer("Nothing of the settings is lost: import makes of it what fmt makes of FILE.\n"
@@ -33,7 +34,8 @@ ExportCommand::ExportCommand(CLI::App& program, Options& options)
 }
 
 Status ExportCommand::Run() const {
-    WriteFile(OutputOf(fOptions), JsonDocument("settings", ReadSettings(fFile), fFile));
+    std::string const file = Locate(fFile, fOptions);
+    WriteFile(OutputOf(fOptions), JsonDocument("settings", ReadSettings(file), file));
     return Status::kDone;
 }
 

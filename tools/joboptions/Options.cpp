@@ -42,7 +42,15 @@ void AddForce(CLI::App& command, Options& options, char const* help) {
     command.add_flag("--force", options.force, help);
 }
 
-void AddFile(CLI::App& command, std::string& file) {
+void AddApplication(CLI::App& command, Options& options, char const* help) {
+    command
+        .add_option_function<std::string>(
+            "--app", [&options](std::string const& name) { options.application = name; }, help)
+        ->type_name("NAME");
+}
+
+void AddFile(CLI::App& command, Options& options, std::string& file) {
+    AddApplication(command, options, kNamesOfApplication);
     command.add_option("FILE", file, "The settings file; - is standard input")
         ->required()
         ->type_name("");

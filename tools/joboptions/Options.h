@@ -4,6 +4,7 @@
 #include "tools/joboptions/Output.h"
 
 #include <CLI/App.hpp>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,6 +19,7 @@ struct Options {
     bool force = false;
     std::string output; // empty: where the command writes to by itself
     std::string schema; // empty: the standard schema
+    std::optional<std::string> application;
 };
 
 // Each of these adds options to command; parsing fills what they are given, which outlives command.
@@ -35,7 +37,14 @@ void AddOutput(CLI::App& command, Options& options, char const* help);
 void AddDryRun(CLI::App& command, Options& options);
 void AddForce(CLI::App& command, Options& options, char const* help);
 
-// The settings file that a command reads.
-void AddFile(CLI::App& command, std::string& file);
+// --app, whose help says what it does.
+void AddApplication(CLI::App& command, Options& options, char const* help);
+
+// The help where settings may be named as an application lists them.
+inline constexpr char kNamesOfApplication[] =
+    "A name without a slash is one that list --app shows for this application";
+
+// The settings file that a command reads, and --app for its name.
+void AddFile(CLI::App& command, Options& options, std::string& file);
 
 } // namespace joboptions

@@ -7,6 +7,7 @@
 #include "tools/joboptions/Input.h"
 #include "tools/joboptions/JsonDocuments.h"
 #include "tools/joboptions/Layout.h"
+#include "tools/joboptions/Locate.h"
 #include "tools/joboptions/Replace.h"
 #include "tools/joboptions/SchemaOption.h"
 #include "tools/joboptions/Utf8.h"
@@ -20,7 +21,7 @@ namespace joboptions {
 SetCommand::SetCommand(CLI::App& program, Options& options)
     : Command(program, "set", "Change settings of a file, if all new values are allowed"),
       fOptions(options) {
-    AddFile(Parser(), fFile);
+    AddFile(Parser(), options, fFile);
     Parser()
         .add_option(
             "KEY=VALUE",
@@ -44,8 +45,9 @@ SetCommand::SetCommand(CLI::App& program, Options& options)
 
 Status SetCommand::Run() const {
     pdfsettings::Component const component;
+    std::string const file = LocateForChange(component, fFile, fOptions);
     pdfsettings::Schema const schema = ReadSchema(component, fOptions);
-    auto [settings, text] = OpenWithText(component, fFile, schema.Text());
+    auto [settings, text] = OpenWithText(component, file, schema.Text());
     pdfsettings::Dictionary const before = settings.Values();
     auto const rules = schema.Settings();
     pdfsettings::Dictionary const changes = ReadAssignments(component, before, rules, fAssignments);
@@ -54,18 +56,18 @@ Status SetCommand::Run() const {
     pdfsettings::Dictionary const after = settings.Values();
     auto const differences = Compare(before, after);
     if (fOptions.json) {
-        WriteOutput(ChangeDocument(differences, findings, fFile));
+        WriteOutput(ChangeDocument(differences, findings, file));
     }
     if (!findings.empty()) {
-        throw Failure(Status::kRefused, FindingsText(fFile, findings));
+        throw Failure(Status::kRefused, FindingsText(file, findings));
     }
     if (fOptions.dryRun) {
         WriteOutput(fOptions.json ? "" : DifferencesText(differences));
         return Status::kDone;
     }
-    std::string const laidOut = LayOut(component, settings, fFile);
-    WarnOfComments(text);
-    Replace(fFile, settings, laidOut, fOptions);
+    std::string const laidOut = LayOut(component, settings, file);
+    WarnOfComments(file, text);
+    Replace(file, settings, laidOut, fOptions);
     return Status::kDone;
 }
 
@@ -81,9 +83,9 @@ void SetCommand::WarnOfUnknown(
     }
 }
 
-void SetCommand::WarnOfComments(std::string const& text) const {
+void SetCommand::WarnOfComments(std::string const& file, std::string const& text) const {
     if (HasComments(text) && !fOptions.quiet) {
-        WriteWarning(fmt::format("{}: comments are not kept", InputName(fFile)));
+        WriteWarning(fmt::format("{}: comments are not kept", InputName(file)));
     }
 }
 

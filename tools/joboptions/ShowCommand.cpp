@@ -2,6 +2,7 @@
 
 #include "tools/joboptions/Input.h"
 #include "tools/joboptions/JsonDocuments.h"
+#include "tools/joboptions/Locate.h"
 #include "tools/joboptions/Output.h"
 #include "tools/joboptions/Tree.h"
 
@@ -12,7 +13,7 @@ namespace joboptions {
 ShowCommand::ShowCommand(CLI::App& program, Options& options)
     : Command(program, "show", "Show all settings of a file"),
       fOptions(options) {
-    AddFile(Parser(), fFile);
+    AddFile(Parser(), options, fFile);
     AddJson(Parser(), options);
     AddOptions(Parser(), options);
     Parser().footer("Examples:\n"
@@ -22,9 +23,10 @@ ShowCommand::ShowCommand(CLI::App& program, Options& options)
 }
 
 Status ShowCommand::Run() const {
-    pdfsettings::Dictionary const settings = ReadSettings(fFile);
+    std::string const file = Locate(fFile, fOptions);
+    pdfsettings::Dictionary const settings = ReadSettings(file);
     WriteOutput(
-        fOptions.json ? JsonDocument("settings", settings, fFile)
+        fOptions.json ? JsonDocument("settings", settings, file)
                       : TreeText(settings, UseColor(fOptions.color)));
     return Status::kDone;
 }

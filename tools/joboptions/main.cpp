@@ -5,6 +5,7 @@
 #include "tools/joboptions/FmtCommand.h"
 #include "tools/joboptions/GetCommand.h"
 #include "tools/joboptions/JsonCommands.h"
+#include "tools/joboptions/ListCommands.h"
 #include "tools/joboptions/Output.h"
 #include "tools/joboptions/SetCommand.h"
 #include "tools/joboptions/ShowCommand.h"
@@ -44,6 +45,8 @@ public:
         Add<FmtCommand>();
         Add<ExportCommand>();
         Add<ImportCommand>();
+        Add<ListCommand>();
+        Add<FolderCommand>();
         Add<DescribeCommand>();
     }
 

@@ -1,0 +1,59 @@
+#include "tools/joboptions/ListCommands.h"
+
+#include "host/Component.h"
+#include "tools/joboptions/ListText.h"
+
+#include <CLI/CLI.hpp>
+
+namespace joboptions {
+
+ListCommand::ListCommand(CLI::App& program, Options& options)
+    : Command(program, "list", "List the settings of the administrator's and the user's folder"),
+      fOptions(options) {
+    AddApplication(Parser(), options, "Show what this application shows, under its names");
+    Parser().add_flag("--all", fIsAll, "List settings that are hidden from the application too");
+    Parser().add_flag("--long", fIsLong, "Write all that is known of each");
+    AddJson(Parser(), options);
+    AddOptions(Parser(), options);
+    Parser().footer("Examples:\n"
+                    "  joboptions list\n"
+                    "  joboptions list --app Webrix --all\n"
+                    "  joboptions list --long --json");
+}
+
+Status ListCommand::Run() const {
+    pdfsettings::Component const component;
+    auto entries = ReadEntries(component, fOptions.application);
+    if (!fIsAll) {
+        std::erase_if(entries, [](ListEntry const& entry) { return entry.isHidden; });
+    }
+    if (fOptions.json) {
+        WriteOutput(ListDocument(entries));
+    } else {
+        WriteOutput(fIsLong ? ListParagraphs(entries) : ListLines(entries));
+    }
+    return Status::kDone;
+}
+
+FolderCommand::FolderCommand(CLI::App& program, Options& options)
+    : Command(program, "folder", "Write the path of the user's settings folder"),
+      fOptions(options) {
+    AddOptions(Parser(), options);
+    Parser().footer("Examples:\n"
+                    "  cp office.joboptions \"$(joboptions folder)\"");
+}
+
+Status FolderCommand::Run() const {
+    pdfsettings::Component const component;
+    std::string const folder = pdfsettings::SettingsList::UserFolder(component);
+    if (folder.empty()) {
+        if (!fOptions.quiet) {
+            WriteError("there is no settings folder");
+        }
+        return Status::kNo;
+    }
+    WriteOutput(folder + "\n");
+    return Status::kDone;
+}
+
+} // namespace joboptions

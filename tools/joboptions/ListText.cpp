@@ -1,0 +1,124 @@
+#include "tools/joboptions/ListText.h"
+
+#include "tools/joboptions/Utf8.h"
+
+#include <algorithm>
+#include <ctime>
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+namespace joboptions {
+
+namespace {
+
+// Longer names do not push the columns of all others to the right.
+constexpr std::size_t kWidestName = 40;
+
+using Breakdown = std::tm* (*)(std::time_t const*, std::tm*);
+
+// A time by local or by UTC clock; empty for one beyond all calendars.
+std::string TimeText(std::chrono::sys_seconds time, Breakdown breakDown, char const* format) {
+    std::time_t const seconds = time.time_since_epoch().count();
+    std::tm parts{};
+    char text[64] = "";
+    if (breakDown(&seconds, &parts) != nullptr) {
+        text[std::strftime(text, sizeof text, format, &parts)] = '\0';
+    }
+    return text;
+}
+
+std::string LocalTime(ListEntry const& entry) {
+    return TimeText(entry.settings.modified, &localtime_r, "%Y-%m-%d %H:%M");
+}
+
+std::string Padded(std::string const& visible, std::size_t width) {
+    std::size_t const own = DisplayWidth(visible);
+    return visible + std::string(own < width ? width - own : 0, ' ');
+}
+
+std::string Join(std::vector<std::string> const& texts, char const* between) {
+    return VisibleText(fmt::format("{}", fmt::join(texts, between)));
+}
+
+// Nothing for an empty text.
+std::string Line(char const* label, std::string const& text) {
+    return text.empty() ? "" : fmt::format("  {:<10}{}\n", label, text);
+}
+
+// The applications that the settings are hidden from, or are shown in all the same.
+std::string Applications(ListEntry const& entry, bool isShown) {
+    std::vector<std::string> names;
+    for (auto const& [name, isShownIn] : entry.settings.isShownIn) {
+        if (isShownIn == isShown) {
+            names.push_back(name);
+        }
+    }
+    return Join(names, ", ");
+}
+
+std::string Paragraph(ListEntry const& entry) {
+    return VisibleText(entry.settings.name) + "\n" +
+           Line("File", VisibleText(entry.settings.path)) +
+           Line("Folder", entry.isUsers ? "the user's" : "the administrator's") +
+           Line("Modified", LocalTime(entry)) +
+           Line("Read-only", Join(entry.readOnlyReasons, "; ")) +
+           Line("Hidden in", Applications(entry, /*isShown=*/false)) +
+           Line("Shown in", Applications(entry, /*isShown=*/true)) +
+           Line("Shadows", Join(entry.shadowed, ", "));
+}
+
+std::vector<std::string> Visible(std::vector<std::string> texts) {
+    std::ranges::transform(texts, texts.begin(), &VisibleText);
+    return texts;
+}
+
+} // namespace
+
+std::string ListLines(std::vector<ListEntry> const& entries) {
+    std::size_t width = 0;
+    for (ListEntry const& entry : entries) {
+        width = std::max(width, DisplayWidth(VisibleText(entry.settings.name)));
+    }
+    width = std::min(width, kWidestName);
+    std::string lines;
+    for (ListEntry const& entry : entries) {
+        lines += fmt::format(
+            "{}  {:<9}  {:<6}  {}\n",
+            Padded(VisibleText(entry.settings.name), width),
+            entry.settings.isReadOnly ? "read-only" : "",
+            entry.isHidden ? "hidden" : "",
+            LocalTime(entry));
+    }
+    return lines;
+}
+
+std::string ListParagraphs(std::vector<ListEntry> const& entries) {
+    std::string text;
+    for (ListEntry const& entry : entries) {
+        text += (text.empty() ? "" : "\n") + Paragraph(entry);
+    }
+    return text;
+}
+
+std::string ListDocument(std::vector<ListEntry> const& entries) {
+    nlohmann::ordered_json document{{"version", 1}, {"settings", nlohmann::ordered_json::array()}};
+    for (ListEntry const& entry : entries) {
+        nlohmann::ordered_json applications = nlohmann::ordered_json::object();
+        for (auto const& [name, isShown] : entry.settings.isShownIn) {
+            applications[VisibleText(name)] = isShown;
+        }
+        document["settings"].push_back(
+            {{"name", VisibleText(entry.settings.name)},
+             {"path", VisibleText(entry.settings.path)},
+             {"folder", entry.isUsers ? "user" : "administrator"},
+             {"readOnly", entry.settings.isReadOnly},
+             {"reasons", entry.readOnlyReasons},
+             {"modified", TimeText(entry.settings.modified, &gmtime_r, "%Y-%m-%dT%H:%M:%SZ")},
+             {"hidden", entry.isHidden},
+             {"showHide", applications},
+             {"shadows", Visible(entry.shadowed)}});
+    }
+    return document.dump(2) + "\n";
+}
+
+} // namespace joboptions

@@ -1,0 +1,62 @@
+#include "tools/joboptions/Locate.h"
+
+#include "tools/joboptions/Failure.h"
+#include "tools/joboptions/ListEntries.h"
+#include "tools/joboptions/Utf8.h"
+
+#include <algorithm>
+#include <fmt/format.h>
+
+namespace joboptions {
+
+namespace {
+
+ListEntry FindEntry(
+    pdfsettings::Component const& component, std::string const& name, Options const& options) {
+    auto const entries = ReadEntries(component, options.application);
+    auto const found = std::ranges::find_if(
+        entries, [&name](ListEntry const& entry) { return entry.settings.name == name; });
+    if (found == entries.end()) {
+        throw Failure(
+            Status::kBadInput,
+            fmt::format(
+                "{}: no settings are listed under this name; see joboptions list --all",
+                VisibleText(name)));
+    }
+    return *found;
+}
+
+bool IsListedName(std::string const& file, Options const& options) {
+    return options.application && file != "-" && file.find('/') == std::string::npos;
+}
+
+} // namespace
+
+std::string
+Locate(pdfsettings::Component const& component, std::string const& file, Options const& options) {
+    return IsListedName(file, options) ? FindEntry(component, file, options).settings.path : file;
+}
+
+std::string LocateForChange(
+    pdfsettings::Component const& component, std::string const& file, Options const& options) {
+    if (!IsListedName(file, options)) {
+        return file;
+    }
+    ListEntry const entry = FindEntry(component, file, options);
+    bool const isInPlace = options.output.empty() && !options.dryRun;
+    if (entry.settings.isReadOnly && isInPlace) {
+        throw Failure(
+            Status::kRefused,
+            fmt::format(
+                "{}: read-only: {}; copy it with -o",
+                VisibleText(file),
+                fmt::join(entry.readOnlyReasons, "; ")));
+    }
+    return entry.settings.path;
+}
+
+std::string Locate(std::string const& file, Options const& options) {
+    return IsListedName(file, options) ? Locate(pdfsettings::Component(), file, options) : file;
+}
+
+} // namespace joboptions
