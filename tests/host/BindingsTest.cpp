@@ -19,7 +19,7 @@ void* LookupWithoutOne(char const* interfaceName, char const* operation, char co
     if (gMissingOperation != nullptr && std::strcmp(operation, gMissingOperation) == 0) {
         return nullptr;
     }
-    if (std::strcmp(interfaceName, "PDFSettingsInterface") == 0) {
+    if (std::strncmp(interfaceName, "PDFSettings", std::strlen("PDFSettings")) == 0) {
         return reinterpret_cast<void*>(&Nothing);
     }
     return BIBRuntimeLookup(interfaceName, operation, procType);
@@ -49,6 +49,9 @@ TEST(Bindings, AMissingRowIsNamed) {
         {"Append", "missing procedure POSArrayInterface/Append of type POSArrayAppendProc"},
         {"GetSettings",
          "missing procedure PDFSettingsInterface/GetSettings of type PDFSettingsGetSettingsProc"},
+        {"GetListofPDFSettings",
+         "missing procedure PDFSettingsStatics/GetListofPDFSettings of type "
+         "PDFSettingsGetListofPDFSettingsProc"},
     };
     for (auto const& [missing, message] : cases) {
         EXPECT_EQ(MessageWithout(missing), message);
