@@ -42,8 +42,9 @@ bool IsLink(int folder, char const* name) noexcept {
     return fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISLNK(status.st_mode);
 }
 
-// The status of the next item and its name; an item that has gone meanwhile is passed over.
-OSErr NextItem(DIR* stream, FileStatus* status, HFSUniStr255* name, char const** bytes) noexcept {
+// The status of the next item and its name, which is *bytes to the system; an item that has gone
+// meanwhile is passed over.
+OSErr NextItem(DIR* stream, FileStatus* status, HFSUniStr255* name, std::string* bytes) {
     for (;;) {
         errno = 0;
         dirent const* const entry = readdir(stream);
@@ -105,14 +106,14 @@ OSErr FSGetCatalogInfoBulk(
     return AtService([=] {
         FileStatus status;
         HFSUniStr255 name;
-        char const* bytes = nullptr;
+        std::string bytes;
         OSErr const error = NextItem(iterator->fStream, &status, &name, &bytes);
         if (error != noErr) {
             return error;
         }
         *refs = {iterator->fFolder + bytes};
         status.Tell(whichInfo, catalogInfos);
-        if (IsFolderByLink(status, dirfd(iterator->fStream), bytes)) {
+        if (IsFolderByLink(status, dirfd(iterator->fStream), bytes.c_str())) {
             catalogInfos->nodeFlags &= static_cast<UInt16>(~kFSNodeIsDirectoryMask);
         }
         if (names != nullptr) {

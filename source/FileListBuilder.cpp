@@ -81,19 +81,25 @@ void FileListBuilder::AppendFileToList(CPOSDict& info) const {
 
 void FileListBuilder::ConvertToDisplayName(CPOSDict& info) const {
     try {
-        CPOSUnicodeString const name = TextIn(info, kSettingsName);
-        auto const count = static_cast<unsigned int>(fDisplayNames.Count());
-        for (unsigned int i = 0; i < count; ++i) {
-            CPOSArray const pair(fDisplayNames[i], /*quiet=*/false);
-            if (name == pair[0]) {
-                info.Put(kSettingsName, pair[1]);
-                info.Put(kReadOnly, CPOSNumber(1));
-                return;
-            }
+        CPOSObject const displayName = FindDisplayName(TextIn(info, kSettingsName));
+        if (displayName.IsValid()) {
+            info.Put(kSettingsName, displayName);
+            info.Put(kReadOnly, CPOSNumber(1));
         }
     } catch (...) {
         // The record goes on as it is.
     }
+}
+
+CPOSObject FileListBuilder::FindDisplayName(CPOSObject const& name) const {
+    auto const count = static_cast<unsigned int>(fDisplayNames.Count());
+    for (unsigned int i = 0; i < count; ++i) {
+        CPOSArray const pair(fDisplayNames[i], /*quiet=*/false);
+        if (name == pair[0]) {
+            return pair[1];
+        }
+    }
+    return CPOSObject();
 }
 
 // Only the first entry can be without a name, since a record without one throws here as soon as

@@ -29,6 +29,7 @@ public:
         BIB_T_NMT::CPOSDict const& cloakSettings);
     FileListBuilder(FileListBuilder const&) = delete;
     FileListBuilder& operator=(FileListBuilder const&) = delete;
+    ~FileListBuilder() = default;
 
     // Which folder the entries come from, from now on.
     void SetForWhichDirectory(ForWhichDirectory which) noexcept { fWhichDirectory = which; }
@@ -55,6 +56,10 @@ public:
     void AddCloakingInfo(BIB_T_NMT::CPOSDict& info) const;
 
 private:
+    // The display name of a file; an invalid handle when it has none. Throws POSException for pairs
+    // that are none.
+    BIB_T_NMT::CPOSObject FindDisplayName(BIB_T_NMT::CPOSObject const& name) const;
+
     BIB_T_NMT::CPOSArray fFileList;
     ForWhichDirectory fWhichDirectory;
     BIB_T_NMT::CPOSArray fDisplayNames;

@@ -35,10 +35,11 @@ bool FindPreferences(SInt16 domain, char const* fileName, char (&path)[kPathSize
         return false;
     }
     FSRefMakePath(&folder, reinterpret_cast<UInt8*>(path), kPathSize);
+    std::size_t const length = std::strlen(path);
+    std::size_t const nameSize = std::strlen(fileName) + 1;
     ThrowIfFalse(
-        std::strlen(path) + std::strlen(fileName) + 1 <= kPathSize,
-        "GenerateDisplayNames path buffer to small"); // sic
-    std::strcat(path, fileName);
+        length + nameSize <= kPathSize, "GenerateDisplayNames path buffer to small"); // sic
+    std::memcpy(path + length, fileName, nameSize);
     return true;
 }
 
@@ -107,6 +108,16 @@ void MergeApplication(CPOSDict const& table, char const* appName, CFDictionaryRe
     }
 }
 
+void MergeApplications(CPOSDict const& table, CFDictionaryRef applications) {
+    for (CFStringRef const key : KeysOf(applications)) {
+        CFDictionaryRef const files = AsDictionary(CFDictionaryGetValue(applications, key));
+        TableName appName;
+        if (files != nullptr && appName.Take(key) && CFDictionaryGetCount(files) != 0) {
+            MergeApplication(table, appName.Get(), files);
+        }
+    }
+}
+
 CPOSArray MakePair(CFStringRef fileName, CFStringRef displayName) {
     CPOSArray pair;
     for (CFStringRef const name : {fileName, displayName}) {
@@ -156,15 +167,8 @@ void MacRegistryHelper::GenerateCloakSettings(CPOSDict const& table) const {
     try {
         CFDictionaryRef const applications =
             IsValid() ? FindDictionary(fSettings.Get(), "ShowHide") : nullptr;
-        if (applications == nullptr) {
-            return;
-        }
-        for (CFStringRef const key : KeysOf(applications)) {
-            CFDictionaryRef const files = AsDictionary(CFDictionaryGetValue(applications, key));
-            TableName appName;
-            if (files != nullptr && appName.Take(key) && CFDictionaryGetCount(files) != 0) {
-                MergeApplication(table, appName.Get(), files);
-            }
+        if (applications != nullptr) {
+            MergeApplications(table, applications);
         }
     } catch (...) {
         // What was merged so far counts.

@@ -14,6 +14,7 @@ inline constexpr char kModDate[] = "ModDate";
 inline constexpr char kShowHide[] = "ShowHide";
 
 // The extension of settings files, 11 units.
+// NOLINTNEXTLINE(readability-identifier-naming): the name that it has always had
 inline constexpr unsigned short unicode_joboptions[] = {
     '.', 'j', 'o', 'b', 'o', 'p', 't', 'i', 'o', 'n', 's'};
 inline constexpr unsigned long kExtensionLength = 11;

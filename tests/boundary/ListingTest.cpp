@@ -142,19 +142,25 @@ TEST_F(Listing, HasEveryFileOnceByItsName) {
         UserFolder() / "readonly.joboptions", std::filesystem::perms::owner_read);
     WriteBytes(AdminFolder() / "both.joboptions", "");
     WriteBytes(AdminFolder() / "Press Quality.joboptions", "");
-    EXPECT_EQ(
-        (std::vector<std::string>{
-            "<<SettingsName ^\"Press Quality\" FullFilePath ^\"admin/Press Quality.joboptions\" "
-            "ReadOnly 1 ShowHide <<Webrix 0>>>>",
-            "<<SettingsName ^\"Standard\" FullFilePath ^\"user/Standard.joboptions\" ReadOnly 0 "
-            "ShowHide <<Webrix 0 Vectrapaint 0 Pagemint 0 Rasterlab 0>>>>",
-            "<<SettingsName ^\"ab.joboptions2\" FullFilePath ^\"user/ab.joboptions2\" ReadOnly 0",
-            "<<SettingsName ^\"both\" FullFilePath ^\"admin/both.joboptions\" ReadOnly 1",
-            "<<SettingsName ^\"folder\" FullFilePath ^\"user/folder.joboptions\" ReadOnly 0",
-            "<<SettingsName ^\"readonly\" FullFilePath ^\"user/readonly.joboptions\" ReadOnly 1",
-            "<<SettingsName ^\"\xE6\x97\xA5\xF0\x9F\x98\x80\" FullFilePath "
-            "^\"user/\xE6\x97\xA5\xF0\x9F\x98\x80.joboptions\" ReadOnly 0"}),
-        List());
+    auto const line = [](std::string const& name,
+                         std::string const& path,
+                         std::string const& rest) {
+        return "<<SettingsName ^\"" + name + "\" FullFilePath ^\"" + path + "\" ReadOnly " + rest;
+    };
+    std::string const text = "\xE6\x97\xA5\xF0\x9F\x98\x80";
+    std::vector<std::string> const expected{
+        line("Press Quality", "admin/Press Quality.joboptions", "1 ShowHide <<Webrix 0>>>>"),
+        line(
+            "Standard",
+            "user/Standard.joboptions",
+            "0 ShowHide <<Webrix 0 Vectrapaint 0 Pagemint 0 Rasterlab 0>>>>"),
+        line("ab.joboptions2", "user/ab.joboptions2", "0"),
+        line("both", "admin/both.joboptions", "1"),
+        line("folder", "user/folder.joboptions", "0"),
+        line("readonly", "user/readonly.joboptions", "1"),
+        line(text, "user/" + text + ".joboptions", "0"),
+    };
+    EXPECT_EQ(expected, List());
 }
 
 TEST_F(Listing, FollowsTheAdministratorEachTimeAnew) {

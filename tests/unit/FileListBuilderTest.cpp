@@ -53,7 +53,8 @@ protected:
     }
 
     static CPOSDict NewDict(char const* text) {
-        return CPOSDict(CPOSObject::CreateFromText(text, nullptr, /*quiet=*/false), false);
+        return CPOSDict(
+            CPOSObject::CreateFromText(text, nullptr, /*quiet=*/false), /*quiet=*/false);
     }
 
     support::HostTables fTables;

@@ -32,7 +32,8 @@ protected:
     }
 
     static CPOSDict Table(char const* text) {
-        return CPOSDict(CPOSObject::CreateFromText(text, nullptr, /*quiet=*/false), false);
+        return CPOSDict(
+            CPOSObject::CreateFromText(text, nullptr, /*quiet=*/false), /*quiet=*/false);
     }
 
     // The folder that a helper finds, or "-".
