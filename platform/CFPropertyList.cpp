@@ -185,6 +185,7 @@ public:
         XML_SetElementHandler(fExpat.get(), &OnStart, &OnEnd);
         XML_SetCharacterDataHandler(fExpat.get(), &OnText);
         XML_SetEntityDeclHandler(fExpat.get(), &OnEntity);
+        XML_SetSkippedEntityHandler(fExpat.get(), &OnSkippedEntity);
     }
 
     // The value, or null.
@@ -221,6 +222,10 @@ private:
         Handle(userData, [=](Builder& builder) {
             builder.Text({text, static_cast<std::size_t>(size)});
         });
+    }
+    // One that nobody declared here: its text would be missing without a word.
+    static void OnSkippedEntity(void* userData, char const* /*name*/, int /*isParameter*/) {
+        Handle(userData, [](Builder&) { throw BadPropertyList(); });
     }
     static void OnEntity(
         void* userData,

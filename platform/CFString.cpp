@@ -215,12 +215,15 @@ void CFStringGetCharacters(CFStringRef string, CFRange range, UniChar* buffer) n
 
 Boolean CFStringGetCString(
     CFStringRef string, char* buffer, CFIndex bufferSize, CFStringEncoding encoding) noexcept {
+    if (bufferSize <= 0) {
+        return 0;
+    }
     CFIndex const length = CFStringGetLength(string);
     CFIndex size = 0;
     auto* const bytes = reinterpret_cast<UInt8*>(buffer);
     CFIndex const converted = CFStringGetBytes(
         string, CFRangeMake(0, length), encoding, 0, 0, bytes, bufferSize - 1, &size);
-    if (bufferSize <= 0 || converted != length) {
+    if (converted != length) {
         return 0;
     }
     buffer[size] = '\0';

@@ -39,7 +39,7 @@ std::string HomeFromDatabase() {
 
 // Further folders are joined to it by a slash of their own.
 std::string WithoutTrailingSlashes(std::string folder) {
-    while (!folder.empty() && folder.back() == '/') {
+    while (folder.size() > 1 && folder.back() == '/') {
         folder.pop_back();
     }
     return folder;

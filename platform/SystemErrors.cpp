@@ -10,6 +10,7 @@ OSErr CodeOf(int error) noexcept {
         return noErr;
     case ENOENT:
     case ELOOP:
+    case ESTALE:
         return fnfErr;
     case ENOTDIR:
         return dirNFErr;

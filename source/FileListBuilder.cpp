@@ -73,18 +73,21 @@ void FileListBuilder::AppendFileToList(CPOSDict& info) const {
     if (fWhichDirectory == kAdminSettingsDirectory) {
         info.Put(kReadOnly, CPOSNumber(1));
     }
-    if (info.HasKey(kSettingsName)) {
-        fNames.insert(UnitsOf(TextIn(info, kSettingsName)));
+    std::u16string const name =
+        info.HasKey(kSettingsName) ? UnitsOf(TextIn(info, kSettingsName)) : std::u16string();
+    if (fFileList.Append(info) != 0) {
+        fNames.insert(name);
     }
-    fFileList.Append(info);
 }
 
 void FileListBuilder::ConvertToDisplayName(CPOSDict& info) const {
     try {
         CPOSObject const displayName = FindDisplayName(TextIn(info, kSettingsName));
         if (displayName.IsValid()) {
+            // Before the name changes: a failure must not leave half of the two.
+            CPOSNumber const readOnly(1);
             info.Put(kSettingsName, displayName);
-            info.Put(kReadOnly, CPOSNumber(1));
+            info.Put(kReadOnly, readOnly);
         }
     } catch (...) {
         // The record goes on as it is.

@@ -1,5 +1,7 @@
 #include "source/PropertyLists.h"
 
+#include <new>
+
 namespace PropertyLists {
 
 namespace {
@@ -48,10 +50,15 @@ std::vector<CFStringRef> KeysOf(CFDictionaryRef dict) {
     return strings;
 }
 
-AutoCFRelease<CFStringRef> MakeString(char const* text) noexcept {
-    return {
+// Every byte is a character of Mac Roman, so that there is but one reason for none.
+AutoCFRelease<CFStringRef> MakeString(char const* text) {
+    AutoCFRelease<CFStringRef> string(
         CFStringCreateWithCString(kCFAllocatorDefault, text, kCFStringEncodingMacRoman),
-        /*retain=*/false};
+        /*retain=*/false);
+    if (string.Get() == nullptr) {
+        throw std::bad_alloc();
+    }
+    return string;
 }
 
 UnicodeEncodingNS::Unicode16 TextOf(CFStringRef string) {

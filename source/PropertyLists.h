@@ -11,6 +11,7 @@
 namespace PropertyLists {
 
 // The value under a key of dict, borrowed; null when there is none and when it is of another type.
+// Throw std::bad_alloc.
 CFStringRef FindString(CFDictionaryRef dict, char const* key);
 CFArrayRef FindArray(CFDictionaryRef dict, char const* key);
 CFDictionaryRef FindDictionary(CFDictionaryRef dict, char const* key);
@@ -22,8 +23,8 @@ CFDictionaryRef AsDictionary(void const* value) noexcept;
 // The keys of dict in their order, borrowed. Throws std::bad_alloc.
 std::vector<CFStringRef> KeysOf(CFDictionaryRef dict);
 
-// A string of a text in Mac Roman, the encoding of keys; empty when memory runs out.
-AutoCFRelease<CFStringRef> MakeString(char const* text) noexcept;
+// A string of a text in Mac Roman, the encoding of keys. Throws std::bad_alloc.
+AutoCFRelease<CFStringRef> MakeString(char const* text);
 
 // The text of a string; a byte order mark at its head is removed or honoured. Throws CBIBError.
 UnicodeEncodingNS::Unicode16 TextOf(CFStringRef string);

@@ -6,12 +6,14 @@
 #include <string_view>
 
 #include "api/UnicodeEncoding.h"
+#include "bib/BIBMemory.h"
 #include "bib/POSBinData.h"
 #include "bib/POSNumber.h"
 
 using BIB_T_NMT::CPOSBinData;
 using BIB_T_NMT::CPOSDict;
 using BIB_T_NMT::CPOSNumber;
+using BIB_T_NMT::CPOSObject;
 using UnicodeEncodingNS::Buffer16;
 using UnicodeEncodingNS::CreateCPOSUnicodeString;
 using UnicodeEncodingNS::CreateUnicode16;
@@ -54,6 +56,14 @@ CPOSBinData MakeDate(UTCDateTime const& date) {
         "Apple_UTCDateTime", reinterpret_cast<unsigned char const*>(&date), sizeof date);
 }
 
+// A record that lost one of its values for want of memory would spoil the list.
+void Put(CPOSDict const& info, char const* key, CPOSObject const& value) {
+    info.Put(key, value);
+    if (!info.HasKey(key)) {
+        BIB_T_NMT::CBIBMemory::ThrowMemError();
+    }
+}
+
 } // namespace
 
 bool MakeSettingsFileInfo(
@@ -63,12 +73,13 @@ bool MakeSettingsFileInfo(
         return false;
     }
     if (name.length > kExtensionLength) {
-        info->Put(kSettingsName, CreateCPOSUnicodeString(CreateUnicode16(ShownName(name))));
+        Put(*info, kSettingsName, CreateCPOSUnicodeString(CreateUnicode16(ShownName(name))));
     }
-    info->Put(
-        kFullFilePath, CreateCPOSUnicodeString(CreateUnicode16(UnicodeEncodingNS::Unicode8(path))));
-    info->Put(kReadOnly, CPOSNumber(IsReadOnly(catalogInfo) ? 1 : 0));
-    info->Put(kModDate, MakeDate(catalogInfo.contentModDate));
+    Put(*info,
+        kFullFilePath,
+        CreateCPOSUnicodeString(CreateUnicode16(UnicodeEncodingNS::Unicode8(path))));
+    Put(*info, kReadOnly, CPOSNumber(IsReadOnly(catalogInfo) ? 1 : 0));
+    Put(*info, kModDate, MakeDate(catalogInfo.contentModDate));
     return true;
 }
 

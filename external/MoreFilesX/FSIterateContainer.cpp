@@ -47,7 +47,7 @@ OSErr FSIterateContainer(
     Boolean wantSpec,
     Boolean wantName,
     IterateContainerFilterProcPtr filterProc,
-    void* userData) noexcept {
+    void* userData) {
     if (filterProc == nullptr) {
         return paramErr;
     }

@@ -39,7 +39,9 @@ struct FSIterateContainerGlobals {
 // Calls filterProc with every item of the folder container and, down to maxLevels (0 for no limit,
 // 1 for the folder's own items), of the folders in it, until it answers true. Gives noErr, paramErr
 // without a callback, and otherwise the code that ended the walk. A folder in it that may not be
-// read cuts the rest of its parent short, and the walk goes on above that.
+// read cuts the rest of its parent short, and the walk goes on above that. wantSpec must be false:
+// the service provides none, and paramErr ends the walk. Throws std::bad_alloc, before the walk
+// begins.
 OSErr FSIterateContainer(
     FSRef const* container,
     ItemCount maxLevels,
@@ -47,7 +49,7 @@ OSErr FSIterateContainer(
     Boolean wantSpec,
     Boolean wantName,
     IterateContainerFilterProcPtr filterProc,
-    void* userData) noexcept;
+    void* userData);
 
 // One level of a walk, and those below it.
 void FSIterateContainerLevel(FSIterateContainerGlobals* globals) noexcept;

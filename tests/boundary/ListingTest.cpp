@@ -89,6 +89,16 @@ protected:
         return record;
     }
 
+    // All that must be in a record is there, and a display name makes it read-only.
+    static void ExpectWhole(std::string const& record) {
+        for (char const* const key : {"SettingsName ^", " FullFilePath ^", " ModDate Apple"}) {
+            EXPECT_NE(std::string::npos, record.find(key)) << record;
+        }
+        bool const isTheUsers = record.find("SettingsName ^\"a\"") != std::string::npos;
+        EXPECT_NE(std::string::npos, record.find(isTheUsers ? " ReadOnly 0" : " ReadOnly 1"))
+            << record;
+    }
+
     static void Replace(std::string* text, std::string const& part, std::string const& other) {
         std::size_t const place = text->find(part);
         if (place != std::string::npos) {
@@ -176,7 +186,7 @@ TEST_F(Listing, FollowsTheAdministratorEachTimeAnew) {
                 "</array>"))));
     // What only an administrator may lay down is not looked at in the user's list.
     WriteUserList(PropertyList(
-        DictEntry("ShowHide", DictEntry("Webrix", StringEntry("Standard", "0"))) +
+        DictEntry("ShowHide", DictEntry("Mine", StringEntry("Standard", "0"))) +
         DictEntry(
             "PDFSettings",
             Entry(
@@ -256,7 +266,11 @@ TEST_F(Listing, GetsShorterInEveryShortageAndNothingWorse) {
         BIBSharedBuffer* const folder = fGetFolder();
         bibrt::ResetFailures();
         AddRef(list);
-        EXPECT_LE(list == nullptr ? 0U : fTables.fArray.Count(list), 2U);
+        unsigned long const count = list == nullptr ? 0 : fTables.fArray.Count(list);
+        EXPECT_LE(count, 2U);
+        for (unsigned long i = 0; i < count; ++i) {
+            ExpectWhole(Describer(fTables)(fTables.fArray.GetAt(list, i)));
+        }
         Release(list);
         buffers.Release(folder);
     };

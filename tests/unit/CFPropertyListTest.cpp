@@ -147,6 +147,9 @@ TEST_F(PropertyList, IsNoneForWhatIsNoPropertyList) {
           kHead + "<dict/>",
           std::string("<plist><string>\xFF</string></plist>"),
           entity + "</plist>",
+          std::string("<!DOCTYPE plist SYSTEM \"x\"><plist><string>a&x;b</string></plist>"),
+          std::string(
+              "<!DOCTYPE plist [ %u; <!ENTITY a \"b\"> ]><plist><string>&a;</string></plist>"),
           List(Repeat("<array>", 257) + Repeat("</array>", 257)),
           List(Repeat("<array>", 1000000))}) {
         EXPECT_EQ("none", Describe(Read(bytes).get())) << bytes.substr(0, 200);
