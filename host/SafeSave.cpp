@@ -57,13 +57,16 @@ void WriteAll(Descriptor const& file, std::string_view bytes) {
             continue;
         }
         ThrowIfNegative(written);
+        if (written == 0) {
+            ThrowSystemError(EIO);
+        }
         bytes.remove_prefix(static_cast<std::size_t>(written));
     }
 }
 
 // The path that is no link any more, whether there is a file or not.
 std::string FollowLinks(std::filesystem::path path) {
-    for (int i = 0; i < kMostLinks; ++i) {
+    for (int i = 0; i <= kMostLinks; ++i) {
         std::error_code error;
         std::filesystem::path const target = std::filesystem::read_symlink(path, error);
         if (error) {
@@ -171,15 +174,17 @@ void SaveSafely(std::string const& path, std::string_view bytes) {
     if (path.find('\0') != std::string::npos) {
         throw Error("the path holds a NUL byte");
     }
-    std::string const target = FollowLinks(path);
-    auto const original = Examine(target);
+    // By the path itself: a link to a pipe may lead to no path at all, and the system may refuse to
+    // follow a link.
+    auto const original = Examine(path);
     if (original && !S_ISREG(original->st_mode)) {
-        WriteInPlace(target, bytes);
+        WriteInPlace(path, bytes);
         return;
     }
     if (original) {
         RefuseReadOnly(*original);
     }
+    std::string const target = FollowLinks(path);
     // Nobody may look into the new file before it has the old one's mode.
     Replacement replacement(FolderOf(target), original ? kPrivateMode : kFileMode);
     replacement.Write(bytes);

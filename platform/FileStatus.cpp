@@ -31,7 +31,8 @@ OSErr FileStatus::Read(std::string const& path) noexcept {
 OSErr FileStatus::Read(int folder, char const* name) noexcept {
     constexpr unsigned kWanted = STATX_TYPE | STATX_MODE | STATX_MTIME | STATX_UID | STATX_GID;
     int result = statx(folder, name, 0, kWanted, &fStatus);
-    if (result < 0) {
+    // Where the target cannot be looked at for another reason, nobody knows what it allows.
+    if (result < 0 && (errno == ENOENT || errno == ELOOP || errno == ENOTDIR)) {
         result = statx(folder, name, AT_SYMLINK_NOFOLLOW, kWanted, &fStatus);
     }
     return CodeOfResult(result);

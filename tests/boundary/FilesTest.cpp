@@ -320,6 +320,11 @@ TEST_F(Files, ThatTheUserMayNotTouchStayAsTheyAre) {
     EXPECT_EQ("Error", Write(settings, Wide(fFolder / "folder/kept")));
     EXPECT_EQ("kept", ReadBytes(fFolder / "folder/kept"));
     EXPECT_FALSE(std::filesystem::exists(fFolder / "folder/new"));
+    // A link whose target cannot be looked at is not taken for a file of its own.
+    std::filesystem::create_symlink("folder/kept", fFolder / "link");
+    chmod((fFolder / "folder").c_str(), 0);
+    EXPECT_EQ("Error", Write(settings, Wide(fFolder / "link")));
+    EXPECT_TRUE(std::filesystem::is_symlink(fFolder / "link"));
     chmod((fFolder / "folder").c_str(), 0755);
     Release(settings);
 }
@@ -334,7 +339,13 @@ TEST_F(Files, AreWholeOrEmptyAfterAShortage) {
         buffers.NewBuffer(path.size() * sizeof(char16_t), nullptr, nullptr, nullptr, nullptr);
     std::memcpy(buffers.GetBuffer(shared), path.data(), path.size() * sizeof(char16_t));
     PDFSettings* const settings = Open(path);
-    WithEveryShortage([&] { fIsDirty(settings); });
+    // What cannot be told counts as changed, and is reported.
+    WithEveryShortage([&] {
+        fLog.fMessages.clear();
+        int const isDirty = fIsDirty(settings);
+        EXPECT_EQ(fLog.fMessages.empty() ? 0 : 1, isDirty);
+    });
+    fLog.fMessages.clear();
     auto const errors = LoadTable<_t_BIBErrorInterface>(&BIBRuntimeLookup);
     WithEveryShortage([&] {
         fFolder.Make("a", "old");

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 using namespace pdfsettings;
 
@@ -60,6 +61,14 @@ TEST_F(SafeSaveTest, WritesThroughALinkAndIntoADevice) {
     std::filesystem::create_symlink("loop", fFolder / "loop");
     EXPECT_EQ(Save(fFolder / "loop", "new"), "Too many levels of symbolic links");
     EXPECT_EQ(Save("/dev/null", "gone"), "");
+    int pipe[2];
+    ASSERT_EQ(::pipe(pipe), 0);
+    EXPECT_EQ(Save("/dev/fd/" + std::to_string(pipe[1]), "sent"), "");
+    char sent[5] = "";
+    EXPECT_EQ(read(pipe[0], sent, 4), 4);
+    EXPECT_STREQ(sent, "sent");
+    close(pipe[0]);
+    close(pipe[1]);
     EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
 }
 
