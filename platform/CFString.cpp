@@ -232,6 +232,18 @@ Boolean CFStringGetCString(
 
 namespace platform {
 
+std::optional<std::string> BytesOf(CFStringRef string, CFStringEncoding encoding) {
+    CFRange const all = CFRangeMake(0, CFStringGetLength(string));
+    CFIndex size = 0;
+    if (CFStringGetBytes(string, all, encoding, 0, 0, nullptr, 0, &size) != all.length) {
+        return std::nullopt;
+    }
+    std::string bytes(static_cast<std::size_t>(size), '\0');
+    auto* const buffer = reinterpret_cast<UInt8*>(bytes.data());
+    CFStringGetBytes(string, all, encoding, 0, 0, buffer, size, &size);
+    return bytes;
+}
+
 StringObject* NewString(std::string_view utf8) {
     auto text = FromUTF8(reinterpret_cast<UInt8 const*>(utf8.data()), utf8.size());
     return text ? new StringObject(std::move(*text)) : nullptr;

@@ -4,6 +4,9 @@
 // threads.
 #pragma once
 
+#include <optional>
+#include <string>
+
 #include "platform/CFBase.h"
 
 // A reference on an immutable string of UTF-16 units.
@@ -57,3 +60,11 @@ CFIndex CFStringGetBytes(
     UInt8* buffer,
     CFIndex maxBufLen,
     CFIndex* usedBufLen) noexcept;
+
+namespace platform {
+
+// The text of string in an encoding that holds all of it; nothing for one that does not. Throws
+// std::bad_alloc.
+std::optional<std::string> BytesOf(CFStringRef string, CFStringEncoding encoding);
+
+} // namespace platform

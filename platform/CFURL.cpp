@@ -37,17 +37,9 @@ public:
     std::vector<UInt8> const fBytes;
 };
 
-// The bytes of string in UTF-8, whole or none.
+// A path in UTF-8; empty for a text that is none.
 std::string PathIn(CFStringRef string) {
-    CFRange const all = CFRangeMake(0, CFStringGetLength(string));
-    CFIndex size = 0;
-    if (CFStringGetBytes(string, all, kCFStringEncodingUTF8, 0, 0, nullptr, 0, &size) !=
-        all.length) {
-        return {};
-    }
-    std::string path(static_cast<std::size_t>(size), '\0');
-    auto* const bytes = reinterpret_cast<UInt8*>(path.data());
-    CFStringGetBytes(string, all, kCFStringEncodingUTF8, 0, 0, bytes, size, &size);
+    std::string path = platform::BytesOf(string, kCFStringEncodingUTF8).value_or("");
     return path.find('\0') == std::string::npos ? path : std::string();
 }
 

@@ -87,7 +87,7 @@ extern "C" {
 // that leads nowhere is an item too.
 OSErr FSPathMakeRef(UInt8 const* path, FSRef* ref, Boolean* isDirectory) noexcept;
 
-// The path and its NUL into a buffer of size bytes; bdNamErr when they do not fit.
+// The absolute path and its NUL into a buffer of size bytes; bdNamErr when they do not fit.
 OSErr FSRefMakePath(FSRef const* ref, UInt8* path, UInt32 size) noexcept;
 
 // The item of that name in the folder parent. The hint is not looked at.

@@ -1,8 +1,11 @@
 // Items, paths and what is known of an item.
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <memory>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "platform/FileManager.h"
 #include "platform/FileNames.h"
@@ -10,7 +13,25 @@
 #include "platform/SystemErrors.h"
 
 using platform::AtService;
+using platform::CodeOf;
 using platform::FileStatus;
+
+namespace {
+
+// Empty where the system cannot tell the current folder, which errno tells.
+std::string Absolute(std::string const& path) {
+    if (path.starts_with('/')) {
+        return path;
+    }
+    std::unique_ptr<char, void (*)(void*)> const folder(getcwd(nullptr, 0), &std::free);
+    if (!folder) {
+        return {};
+    }
+    std::string const current = folder.get();
+    return current + (current.ends_with('/') ? "" : "/") + path;
+}
+
+} // namespace
 
 OSErr FSPathMakeRef(UInt8 const* path, FSRef* ref, Boolean* isDirectory) noexcept {
     return AtService([=] {
@@ -29,11 +50,17 @@ OSErr FSPathMakeRef(UInt8 const* path, FSRef* ref, Boolean* isDirectory) noexcep
 }
 
 OSErr FSRefMakePath(FSRef const* ref, UInt8* path, UInt32 size) noexcept {
-    if (ref->path.size() >= size) {
-        return bdNamErr;
-    }
-    std::memcpy(path, ref->path.c_str(), ref->path.size() + 1);
-    return noErr;
+    return AtService([=] {
+        std::string const absolute = Absolute(ref->path);
+        if (absolute.empty()) {
+            return CodeOf(errno);
+        }
+        if (absolute.size() >= size) {
+            return bdNamErr;
+        }
+        std::memcpy(path, absolute.c_str(), absolute.size() + 1);
+        return noErr;
+    });
 }
 
 OSErr FSMakeFSRefUnicode(

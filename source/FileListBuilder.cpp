@@ -1,11 +1,10 @@
 #include "source/FileListBuilder.h"
 
-#include <algorithm>
-
 #include "api/UnicodeEncoding.h"
 #include "bib/BIBStringAtom.h"
 #include "bib/POSNumber.h"
 #include "bib/POSUnicodeString.h"
+#include "source/ExactText.h"
 #include "source/PDFSettingsError.h"
 #include "source/SettingsFileInfo.h"
 
@@ -48,10 +47,8 @@ bool MakeCloakKey(CPOSUnicodeString const& path, Buffer8* key) {
     if (end - name < static_cast<std::ptrdiff_t>(kExtensionLength)) {
         return false;
     }
-    Buffer16 const units(static_cast<unsigned long>(end - name) - kExtensionLength, nullptr);
-    std::copy_n(name, units.GetNumElements(), units.GetBuffer());
     *key =
-        UnicodeEncodingNS::CreateUnicode8(UnicodeEncodingNS::CreateUnicode16(units))
+        UnicodeEncodingNS::ExactText8({name, end - kExtensionLength})
             .GetString(UnicodeEncodingNS::kByteOrderBigEndian, /*terminate=*/true, /*mark=*/false);
     return true;
 }
@@ -62,7 +59,9 @@ FileListBuilder::FileListBuilder(
     ForWhichDirectory which, CPOSArray const& displayNames, CPOSDict const& cloakSettings)
     : fWhichDirectory(which),
       fDisplayNames(displayNames),
-      fCloakSettings(cloakSettings) {}
+      fCloakSettings(cloakSettings) {
+    NotePairs();
+}
 
 void FileListBuilder::AppendFileToList(CPOSDict& info) const {
     ConvertToDisplayName(info);
@@ -82,7 +81,12 @@ void FileListBuilder::AppendFileToList(CPOSDict& info) const {
 
 void FileListBuilder::ConvertToDisplayName(CPOSDict& info) const {
     try {
-        CPOSObject const displayName = FindDisplayName(TextIn(info, kSettingsName));
+        auto const found = fPairs.find(UnitsOf(TextIn(info, kSettingsName)));
+        if (found == fPairs.end()) {
+            return;
+        }
+        CPOSArray const pair(fDisplayNames[found->second], /*quiet=*/false);
+        CPOSObject const displayName = pair[1];
         if (displayName.IsValid()) {
             // Before the name changes: a failure must not leave half of the two.
             CPOSNumber const readOnly(1);
@@ -94,15 +98,16 @@ void FileListBuilder::ConvertToDisplayName(CPOSDict& info) const {
     }
 }
 
-CPOSObject FileListBuilder::FindDisplayName(CPOSObject const& name) const {
-    auto const count = static_cast<unsigned int>(fDisplayNames.Count());
-    for (unsigned int i = 0; i < count; ++i) {
-        CPOSArray const pair(fDisplayNames[i], /*quiet=*/false);
-        if (name == pair[0]) {
-            return pair[1];
+void FileListBuilder::NotePairs() {
+    try {
+        auto const count = static_cast<unsigned int>(fDisplayNames.Count());
+        for (unsigned int i = 0; i < count; ++i) {
+            CPOSArray const pair(fDisplayNames[i], /*quiet=*/false);
+            fPairs.emplace(UnitsOf(CPOSUnicodeString(pair[0], /*quiet=*/false)), i);
         }
+    } catch (...) {
+        // Files of pairs that could not be looked at keep their names.
     }
-    return CPOSObject();
 }
 
 // Only the first entry can be without a name, since a record without one throws here as soon as

@@ -10,6 +10,7 @@
 #pragma once
 
 #include <string>
+#include <unordered_map>
 #include <unordered_set>
 
 #include "bib/BIBClientBase.h"
@@ -56,14 +57,15 @@ public:
     void AddCloakingInfo(BIB_T_NMT::CPOSDict& info) const;
 
 private:
-    // The display name of a file; an invalid handle when it has none. Throws POSException for pairs
-    // that are none.
-    BIB_T_NMT::CPOSObject FindDisplayName(BIB_T_NMT::CPOSObject const& name) const;
+    // Fills fPairs, up to the first pair that is none.
+    void NotePairs();
 
     BIB_T_NMT::CPOSArray fFileList;
     ForWhichDirectory fWhichDirectory;
     BIB_T_NMT::CPOSArray fDisplayNames;
     BIB_T_NMT::CPOSDict fCloakSettings;
+    // The place of the first pair for each file, so that no file is compared with every pair.
+    std::unordered_map<std::u16string, unsigned int> fPairs;
     // The names in the list, so that no record is compared with every other one.
     mutable std::unordered_set<std::u16string> fNames;
 };

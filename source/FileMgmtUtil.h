@@ -1,6 +1,7 @@
 // Settings folders, files and their time stamps. No state; every function may throw CBIBError.
 #pragma once
 
+#include "api/SettingsPlaces.h"
 #include "api/UnicodeEncoding.h"
 #include "bib/BIBMemoryBuffer.h"
 
@@ -21,8 +22,8 @@ using TimeStamp = BIB_T_NMT::TBIBMemoryBuffer<unsigned char, BIB_T_NMT::CBIBMemo
 enum DirectoryType : int { kAdminDirectory = 0, kUserDirectory = 1 };
 
 // Where settings lie below the application support folder of each domain.
-inline constexpr char kAdminExtraPath[] = "/Ardeo/Ardeo PDF/Settings";
-inline constexpr char kUserExtraPath[] = "/Ardeo/Ardeo PDF/Settings";
+inline constexpr auto const& kAdminExtraPath = SettingsPlaces::kSettingsFolder;
+inline constexpr auto const& kUserExtraPath = SettingsPlaces::kSettingsFolder;
 
 // The standard folder of settings, which need not exist; an empty value when the system cannot
 // tell. The user's application support folder is made. Throws CPDFSettingsError for another type.

@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "api/SettingsPlaces.h"
 #include "bib/POSNumber.h"
 #include "platform/CFPropertyList.h"
 #include "platform/FileManager.h"
@@ -34,11 +35,13 @@ bool FindPreferences(SInt16 domain, char const* fileName, char (&path)[kPathSize
     if (FSFindFolder(domain, kPreferencesFolderType, kDontCreateFolder, &folder) != noErr) {
         return false;
     }
-    FSRefMakePath(&folder, reinterpret_cast<UInt8*>(path), kPathSize);
+    // A folder whose path alone does not fit must not be taken for the root.
+    bool const fits = FSRefMakePath(&folder, reinterpret_cast<UInt8*>(path), kPathSize) == noErr;
     std::size_t const length = std::strlen(path);
     std::size_t const nameSize = std::strlen(fileName) + 1;
     ThrowIfFalse(
-        length + nameSize <= kPathSize, "GenerateDisplayNames path buffer to small"); // sic
+        fits && length + nameSize <= kPathSize,
+        "GenerateDisplayNames path buffer to small"); // sic
     std::memcpy(path + length, fileName, nameSize);
     return true;
 }
@@ -150,12 +153,12 @@ void MacRegistryHelper::SetDirectory(Unicode16 const& /*directory*/) {}
 bool MacRegistryHelper::GetDirectory(Unicode16& directory) const {
     try {
         CFStringRef const path =
-            IsValid()
-                ? PropertyLists::FindString(
-                      fSettings.Get(), fPrefixedKeys ? "ArdeoPDFSettingsPath" : "PDFSettingsPath")
-                : nullptr;
+            IsValid() ? PropertyLists::FindString(
+                            fSettings.Get(),
+                            fPrefixedKeys ? "ArdeoPDFSettingsPath" : SettingsPlaces::kPathKey)
+                      : nullptr;
         if (path != nullptr) {
-            directory = PropertyLists::TextOf(path);
+            directory = PropertyLists::PathOf(path);
         }
         return path != nullptr;
     } catch (...) {

@@ -2,6 +2,10 @@
 
 #include <new>
 
+#include "source/ExactText.h"
+
+using UnicodeEncodingNS::Buffer16;
+
 namespace PropertyLists {
 
 namespace {
@@ -14,6 +18,13 @@ T AsType(void const* value, CFTypeID type) noexcept {
 
 void const* Find(CFDictionaryRef dict, char const* key) {
     return CFDictionaryGetValue(dict, MakeString(key).Get());
+}
+
+Buffer16 UnitsOf(CFStringRef string) {
+    CFIndex const length = CFStringGetLength(string);
+    Buffer16 const units(static_cast<unsigned long>(length), nullptr);
+    CFStringGetCharacters(string, CFRangeMake(0, length), units.GetBuffer());
+    return units;
 }
 
 } // namespace
@@ -62,10 +73,12 @@ AutoCFRelease<CFStringRef> MakeString(char const* text) {
 }
 
 UnicodeEncodingNS::Unicode16 TextOf(CFStringRef string) {
-    CFIndex const length = CFStringGetLength(string);
-    UnicodeEncodingNS::Buffer16 const units(static_cast<unsigned long>(length), nullptr);
-    CFStringGetCharacters(string, CFRangeMake(0, length), units.GetBuffer());
-    return UnicodeEncodingNS::CreateUnicode16(units);
+    Buffer16 const units = UnitsOf(string);
+    return UnicodeEncodingNS::ExactText({units.GetBuffer(), units.GetNumElements()});
+}
+
+UnicodeEncodingNS::Unicode16 PathOf(CFStringRef string) {
+    return UnicodeEncodingNS::CreateUnicode16(UnitsOf(string));
 }
 
 } // namespace PropertyLists

@@ -1,5 +1,6 @@
 #include "source/RegistryHelper.h"
 
+#include "api/SettingsPlaces.h"
 #include "bib/POSDictIterator.h"
 #include "platform/FileManager.h"
 #include "source/MacRegistryHelper.h"
@@ -11,12 +12,12 @@ namespace PDFSettingsImpl {
 
 RegistryHelper* RegistryHelper::CreateUserHelper() {
     return new MacRegistryHelper(
-        kUserDomain, "/com.ardeo.PDFSettings.plist", /*prefixedKeys=*/false);
+        kUserDomain, SettingsPlaces::kUserPreferences, /*prefixedKeys=*/false);
 }
 
 RegistryHelper* RegistryHelper::CreateAdminHelper() {
     return new MacRegistryHelper(
-        kLocalDomain, "/com.ardeo.PDFAdminSettings.plist", /*prefixedKeys=*/false);
+        kLocalDomain, SettingsPlaces::kAdminPreferences, /*prefixedKeys=*/false);
 }
 
 void RegistryHelper::RemoveAppFromSettings(CPOSDict const& table, char const* appName) {

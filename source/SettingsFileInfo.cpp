@@ -2,19 +2,19 @@
 
 #include <algorithm>
 #include <cstring>
-#include <iterator>
+#include <span>
 #include <string_view>
 
 #include "api/UnicodeEncoding.h"
 #include "bib/BIBMemory.h"
 #include "bib/POSBinData.h"
 #include "bib/POSNumber.h"
+#include "source/ExactText.h"
 
 using BIB_T_NMT::CPOSBinData;
 using BIB_T_NMT::CPOSDict;
 using BIB_T_NMT::CPOSNumber;
 using BIB_T_NMT::CPOSObject;
-using UnicodeEncodingNS::Buffer16;
 using UnicodeEncodingNS::CreateCPOSUnicodeString;
 using UnicodeEncodingNS::CreateUnicode16;
 
@@ -33,13 +33,11 @@ bool HasExtension(std::string_view path) noexcept {
 }
 
 // The name to show: without its extension if that is the exact one. REQUIRES: it is longer.
-Buffer16 ShownName(HFSUniStr255 const& name) {
-    unsigned short const* const extension = name.unicode + (name.length - kExtensionLength);
-    bool const isExact =
-        std::equal(std::begin(unicode_joboptions), std::end(unicode_joboptions), extension);
-    Buffer16 const shown(name.length - (isExact ? kExtensionLength : 0), nullptr);
-    std::copy_n(name.unicode, shown.GetNumElements(), shown.GetBuffer());
-    return shown;
+std::span<unsigned short const> ShownName(HFSUniStr255 const& name) {
+    std::span<unsigned short const> const units(name.unicode, name.length);
+    auto const extension = units.last(kExtensionLength);
+    bool const isExact = std::equal(extension.begin(), extension.end(), unicode_joboptions);
+    return isExact ? units.first(units.size() - kExtensionLength) : units;
 }
 
 bool IsReadOnly(FSCatalogInfo const& catalogInfo) noexcept {
@@ -73,7 +71,9 @@ bool MakeSettingsFileInfo(
         return false;
     }
     if (name.length > kExtensionLength) {
-        Put(*info, kSettingsName, CreateCPOSUnicodeString(CreateUnicode16(ShownName(name))));
+        Put(*info,
+            kSettingsName,
+            CreateCPOSUnicodeString(UnicodeEncodingNS::ExactText(ShownName(name))));
     }
     Put(*info,
         kFullFilePath,

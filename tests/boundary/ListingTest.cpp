@@ -1,6 +1,7 @@
 // Which settings a host finds, in a user's folders and in the administrator's of this build.
 
 #include <algorithm>
+#include <cstdint>
 #include <fcntl.h>
 #include <sys/stat.h>
 
@@ -66,7 +67,8 @@ protected:
         WriteBytes(fFolder.Path() / "config/com.ardeo.PDFSettings.plist", bytes);
     }
 
-    // The list in alphabetical order of "name path ReadOnly ShowHide", folders left out.
+    // The list in alphabetical order of "name path ReadOnly ShowHide", folders left out. The
+    // administrator's come first in it.
     std::vector<std::string> List(char const* appName = "Webrix") const {
         POSArray* const list = fGetList(appName);
         AddRef(list);
@@ -75,6 +77,9 @@ protected:
             lines.push_back(LineOf(Describer(fTables)(fTables.fArray.GetAt(list, i))));
         }
         Release(list);
+        EXPECT_TRUE(std::is_partitioned(lines.begin(), lines.end(), [](std::string const& line) {
+            return line.find("^\"admin/") != std::string::npos;
+        }));
         std::sort(lines.begin(), lines.end());
         return lines;
     }
@@ -97,6 +102,27 @@ protected:
         bool const isTheUsers = record.find("SettingsName ^\"a\"") != std::string::npos;
         EXPECT_NE(std::string::npos, record.find(isTheUsers ? " ReadOnly 0" : " ReadOnly 1"))
             << record;
+    }
+
+    // The seconds and the fraction in the first entry's date.
+    std::uint64_t FirstModDate(std::uint16_t* fraction) const {
+        POSArray* const list = fGetList("");
+        AddRef(list);
+        auto* const record = reinterpret_cast<POSDict*>(fTables.fArray.GetAt(list, 0));
+        BIBStringAtom* const key = fTables.fStringAtom.NewStringAtom("ModDate");
+        auto* const date = reinterpret_cast<POSBinData*>(fTables.fDict.Get(record, key));
+        fTables.fStringAtom.DeleteStringAtom(key);
+        EXPECT_TRUE(Describer(fTables)(reinterpret_cast<POSObject*>(date))
+                        .starts_with("Apple_UTCDateTime{"));
+        EXPECT_EQ(8U, fTables.fBinData.GetSize(date));
+        unsigned char const* const bytes = fTables.fBinData.GetBinData(date);
+        std::uint16_t high = 0;
+        std::uint32_t low = 0;
+        std::memcpy(&high, bytes, sizeof high);
+        std::memcpy(&low, bytes + 2, sizeof low);
+        std::memcpy(fraction, bytes + 6, sizeof *fraction);
+        Release(list);
+        return (std::uint64_t{high} << 32) + low;
     }
 
     static void Replace(std::string* text, std::string const& part, std::string const& other) {
@@ -142,6 +168,7 @@ TEST_F(Listing, HasEveryFileOnceByItsName) {
           ".joboptions",
           "notes.txt",
           "\xE6\x97\xA5\xF0\x9F\x98\x80.joboptions",
+          "\xEF\xBB\xBFStandard.joboptions",
           "bad\xFF.joboptions",
           "Standard.joboptions"}) {
         WriteBytes(UserFolder() / name, "");
@@ -169,6 +196,8 @@ TEST_F(Listing, HasEveryFileOnceByItsName) {
         line("folder", "user/folder.joboptions", "0"),
         line("readonly", "user/readonly.joboptions", "1"),
         line(text, "user/" + text + ".joboptions", "0"),
+        // A mark at the head is a part of the name.
+        line("\xEF\xBB\xBFStandard", "user/\xEF\xBB\xBFStandard.joboptions", "0"),
     };
     EXPECT_EQ(expected, List());
 }
@@ -180,10 +209,10 @@ TEST_F(Listing, FollowsTheAdministratorEachTimeAnew) {
             "ShowHide", DictEntry("Webrix", StringEntry("/", "1") + StringEntry("Standard", "1"))) +
         DictEntry(
             "PDFSettings",
-            Entry(
-                "Webrix",
-                "<array><string>Standard</string><string>Usual</string>"
-                "</array>"))));
+            Entry("Webrix", "<array><string>Standard</string><string>Usual</string></array>") +
+                Entry(
+                    "Pagemint",
+                    "<array><string>Standard</string><string>Plain</string></array>"))));
     // What only an administrator may lay down is not looked at in the user's list.
     WriteUserList(PropertyList(
         DictEntry("ShowHide", DictEntry("Mine", StringEntry("Standard", "0"))) +
@@ -197,6 +226,8 @@ TEST_F(Listing, FollowsTheAdministratorEachTimeAnew) {
     std::string const shown = " ShowHide <<Webrix 1 Vectrapaint 0 Pagemint 0 Rasterlab 0>>>>";
     EXPECT_EQ(
         std::vector<std::string>{"<<SettingsName ^\"Usual" + path + "1" + shown}, List("Webrix"));
+    EXPECT_EQ(
+        std::vector<std::string>{"<<SettingsName ^\"Plain" + path + "1" + shown}, List("Pagemint"));
     EXPECT_EQ(
         std::vector<std::string>{"<<SettingsName ^\"Standard" + path + "0" + shown},
         List("Vectrapaint"));
@@ -214,6 +245,11 @@ TEST_F(Listing, LooksWherePreferencesLead) {
     std::string const user = fFolder / "moved/user";
     std::string const admin = fFolder / "moved/admin";
     WriteUserList(PropertyList(StringEntry("PDFSettingsPath", user)));
+    WriteBytes(AdminFolder() / "standard.joboptions", "");
+    EXPECT_EQ(
+        (std::vector<std::string>{"<<SettingsName ^\"standard\" FullFilePath "
+                                  "^\"admin/standard.joboptions\" ReadOnly 1"}),
+        List());
     WriteAdminList(PropertyList(StringEntry("PDFSettingsPath", admin)));
     EXPECT_TRUE(List().empty());
     EXPECT_TRUE(std::filesystem::is_directory(user));
@@ -233,24 +269,42 @@ TEST_F(Listing, LooksWherePreferencesLead) {
 }
 
 TEST_F(Listing, TellsWhenAFileChanged) {
-    WriteBytes(UserFolder() / "a.joboptions", "");
-    timespec const times[] = {{1000000000, 500000000}, {1000000000, 500000000}};
-    ASSERT_EQ(0, utimensat(AT_FDCWD, (UserFolder() / "a.joboptions").c_str(), times, 0));
-    POSArray* const list = fGetList("");
-    AddRef(list);
-    auto* const record = reinterpret_cast<POSDict*>(fTables.fArray.GetAt(list, 0));
-    BIBStringAtom* const key = fTables.fStringAtom.NewStringAtom("ModDate");
-    auto* const date = reinterpret_cast<POSBinData*>(fTables.fDict.Get(record, key));
-    fTables.fStringAtom.DeleteStringAtom(key);
-    ASSERT_EQ(8U, fTables.fBinData.GetSize(date));
-    unsigned char const* const bytes = fTables.fBinData.GetBinData(date);
-    unsigned int seconds = 0;
-    unsigned short fraction = 0;
-    std::memcpy(&seconds, bytes + 2, sizeof seconds);
-    std::memcpy(&fraction, bytes + 6, sizeof fraction);
-    EXPECT_EQ(3082844800U, seconds);
-    EXPECT_EQ(32768U, fraction);
-    Release(list);
+    struct {
+        time_t fTime;
+        std::uint64_t fSecondsSince1904;
+    } const kCases[] = {{1000000000, 3082844800}, {3000000000, 5082844800}};
+    std::filesystem::path const file = UserFolder() / "a.joboptions";
+    WriteBytes(file, "");
+    for (auto const& [time, expected] : kCases) {
+        timespec const times[] = {{time, 500000000}, {time, 500000000}};
+        ASSERT_EQ(0, utimensat(AT_FDCWD, file.c_str(), times, 0));
+        struct stat status {};
+        ASSERT_EQ(0, stat(file.c_str(), &status));
+        if (status.st_mtime != time) {
+            continue; // not every file system goes so far
+        }
+        std::uint16_t fraction = 0;
+        EXPECT_EQ(expected, FirstModDate(&fraction)) << time;
+        EXPECT_EQ(32768U, fraction);
+    }
+}
+
+TEST_F(Listing, LeavesOutPathsThatAreTooLong) {
+    constexpr std::size_t kLongestPath = 2047;
+    std::string folder = fFolder / "deep";
+    while (folder.size() < kLongestPath - 255) {
+        folder += "/" + std::string(100, 'd');
+    }
+    std::string const fitting(
+        kLongestPath - folder.size() - std::string("/.joboptions").size(), 'f');
+    WriteBytes(folder + "/" + fitting + ".joboptions", "");
+    WriteBytes(folder + "/" + fitting + "f.joboptions", "");
+    WriteUserList(PropertyList(StringEntry("PDFSettingsPath", folder)));
+    EXPECT_EQ(
+        (std::vector<std::string>{
+            "<<SettingsName ^\"" + fitting + "\" FullFilePath ^\"" + folder + "/" + fitting +
+            ".joboptions\" ReadOnly 0"}),
+        List());
 }
 
 TEST_F(Listing, GetsShorterInEveryShortageAndNothingWorse) {

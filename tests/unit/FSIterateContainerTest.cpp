@@ -36,6 +36,26 @@ Boolean Note(
     return text == visits.fStopAt ? 1 : 0;
 }
 
+// Removes all items but this one, and counts the visit.
+Boolean RemoveOthers(
+    Boolean /*containerChanged*/,
+    ItemCount /*level*/,
+    FSCatalogInfo const* /*info*/,
+    FSRef const* ref,
+    FSSpec const* /*spec*/,
+    HFSUniStr255 const* name,
+    void* userData) {
+    EXPECT_EQ(nullptr, name);
+    std::filesystem::path const seen = ref->path;
+    for (auto const& file : std::filesystem::directory_iterator(seen.parent_path())) {
+        if (file.path() != seen) {
+            std::filesystem::remove(file);
+        }
+    }
+    ++*static_cast<int*>(userData);
+    return 0;
+}
+
 class Iteration : public testing::Test {
 protected:
     ~Iteration() override { EXPECT_EQ(fDescriptors, support::CountDescriptors()); }
@@ -46,9 +66,9 @@ protected:
     }
 
     // Walks to every depth where the n-th call fails. What was seen.
-    Visits WalkFailing(unsigned long n, OSErr code, OSErr expected) {
+    Visits WalkFailing(unsigned long n, OSErr code, OSErr expected, bool reachesService = false) {
         Visits visits;
-        fService.FailCall(n, code);
+        fService.FailCall(n, code, reachesService);
         EXPECT_EQ(expected, Walk(&visits, 0)) << n;
         return visits;
     }
@@ -79,6 +99,7 @@ TEST_F(Iteration, VisitsFoldersBeforeWhatIsInThemDownToALevel) {
         std::vector<std::string> fSeen;
     } const kCases[] = {
         {1, "", {"1 a/"}},
+        {2, "", {"1 a/", "2 b/", "2 up"}},
         {3, "", {"1 a/", "2 b/", "3 c/", "2 up"}},
         {0, "", {"1 a/", "2 b/", "3 c/", "2 up"}},
         {0, "a", {"1 a/"}},
@@ -130,6 +151,25 @@ TEST_F(Iteration, EndsALevelAtADenialAndAllAtAnotherError) {
     unsigned long const item = NumberOf("FSGetCatalogInfoBulk", 4);
     EXPECT_EQ(5U, WalkFailing(item, afpAccessDenied, noErr).fSeen.size());
     EXPECT_EQ(2U, WalkFailing(item, ioErr, ioErr).fSeen.size());
+}
+
+// The end may come with the last item, and a failure may come with an item that does not count.
+TEST_F(Iteration, VisitsTheItemThatComesWithTheEnd) {
+    fFolder.Make("a", "");
+    fFolder.Make("b", "");
+    unsigned long const second = NumberOf("FSGetCatalogInfoBulk", 2);
+    EXPECT_EQ(2U, WalkFailing(second, errFSNoMoreItems, noErr, true).fSeen.size());
+    EXPECT_EQ(1U, WalkFailing(second, ioErr, ioErr, true).fSeen.size());
+}
+
+TEST_F(Iteration, PassesOverWhatVanishes) {
+    for (char const* const name : {"a", "b", "c", "d"}) {
+        fFolder.Make(name, "");
+    }
+    int visits = 0;
+    FSRef const folder{fFolder.Path().string()};
+    EXPECT_EQ(noErr, FSIterateContainer(&folder, 1, 0, 0, /*wantName=*/0, &RemoveOthers, &visits));
+    EXPECT_EQ(1, visits);
 }
 
 TEST_F(Iteration, IsDeniedByFoldersThatMayNotBeRead) {

@@ -3,9 +3,13 @@
 #include <algorithm>
 
 #include "api/UnicodeEncoding.h"
+#include "source/FileMgmt_Mac.h"
+#include "source/SettingsDataStoreImpl.h"
 #include "source/SettingsFileInfo.h"
 #include "tests/support/BoundClient.h"
 #include "tests/support/Describe.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/unit/FileServiceDouble.h"
 
 namespace PDFSettingsImpl {
 
@@ -150,6 +154,23 @@ TEST_F(ListBuilder, KeepsARecordWhosePathHasNoCloakKey) {
     builder.AppendFileToList(info);
     EXPECT_FALSE(info.HasKey(kShowHide));
     EXPECT_EQ(1U, builder.GetFileList().Count());
+}
+
+TEST_F(ListBuilder, KeepsWhatWasListedBeforeAFailure) {
+    support::TemporaryFolder const folder;
+    for (char const* const name : {"a.joboptions", "b.joboptions", "c.joboptions"}) {
+        folder.Make(name, "");
+    }
+    SettingsDataStoreImpl const store({}, {}, nullptr);
+    auto const path = CreateUnicode16(Unicode8(folder.Path().c_str()));
+    support::FileServiceDouble service;
+    // The folder is found and opened, then each item is asked for.
+    for (unsigned long n = 1; n <= 6; ++n) {
+        FileListBuilder builder(kUserSettingsDirectory, CPOSArray(), CPOSDict());
+        service.FailCall(n);
+        FileMgmt_Mac(&store).GetFilesInDirectory(path, 1, builder);
+        EXPECT_EQ(n <= 3 ? 0 : n - 3, builder.GetFileList().Count()) << n;
+    }
 }
 
 } // namespace PDFSettingsImpl

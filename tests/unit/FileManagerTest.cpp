@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <csignal>
 #include <fcntl.h>
 #include <linux/fs.h>
@@ -99,6 +100,12 @@ TEST_F(FileManager, TellsFromAPathWhatIsThere) {
     EXPECT_EQ(noErr, FSRefMakePath(&fitting, path, sizeof path));
     EXPECT_STREQ("/234567", reinterpret_cast<char const*>(path));
     EXPECT_EQ(bdNamErr, FSRefMakePath(&tooLong, path, sizeof path));
+    UInt8 absolute[PATH_MAX];
+    FSRef const relative{"a/b"};
+    EXPECT_EQ(noErr, FSRefMakePath(&relative, absolute, sizeof absolute));
+    EXPECT_EQ(
+        (std::filesystem::current_path() / "a/b").string(),
+        reinterpret_cast<char const*>(absolute));
 }
 
 TEST_F(FileManager, CutsNoNameShort) {

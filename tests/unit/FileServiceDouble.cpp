@@ -7,8 +7,10 @@ namespace {
 // The result of real on the arguments, or a failure.
 template <class Real, class... Arguments>
 OSErr Call(char const* operation, Real real, Arguments... arguments) {
-    OSErr const error = support::FileServiceDouble::Note(operation);
-    return error != noErr ? error : real(arguments...);
+    bool reachesService = true;
+    OSErr const failure = support::FileServiceDouble::Note(operation, &reachesService);
+    OSErr const error = reachesService ? real(arguments...) : noErr;
+    return failure != noErr ? failure : error;
 }
 
 } // namespace

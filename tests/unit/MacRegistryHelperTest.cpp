@@ -1,5 +1,7 @@
 #include "source/MacRegistryHelper.h"
 
+#include <set>
+
 #include "platform/FileManager.h"
 #include "source/SettingsDataStoreImpl.h"
 #include "tests/support/BoundClient.h"
@@ -54,6 +56,7 @@ protected:
 
 TEST_F(Preferences, ChangeTheCloakTable) {
     std::string const longName(512, 'n');
+    std::string const longestName(511, 'n');
     struct {
         std::string fShowHide; // an element
         std::string fTable;
@@ -82,6 +85,10 @@ TEST_F(Preferences, ChangeTheCloakTable) {
                      StringEntry("B", "0")) +
              "</dict>",
          "<<A <<W 0 V 0>> B <<W 0 N 0>>>>"},
+        {"<dict>" + DictEntry(longestName, StringEntry("A", "0") + StringEntry(longestName, "1")) +
+             "</dict>",
+         "<<A <<W 0 V 0 " + longestName + " 0>> B <<W 0>> " + longestName + " <<" + longestName +
+             " 1>>>>"},
     };
     for (auto const& [showHide, expected] : kCases) {
         CPOSDict const table = Table("< A < W 0 V 0 > B < W 0 > >");
@@ -89,6 +96,24 @@ TEST_F(Preferences, ChangeTheCloakTable) {
             .GenerateCloakSettings(table);
         EXPECT_EQ(expected, Describe(table)) << showHide;
     }
+}
+
+// What was merged when memory ran out stays.
+TEST_F(Preferences, ChangeTheCloakTableAsFarAsMemoryGoes) {
+    MacRegistryHelper const helper = Read(PropertyList(DictEntry(
+        "ShowHide",
+        DictEntry("N", StringEntry("A", "1") + StringEntry("B", "1") + StringEntry("C", "1")))));
+    std::set<std::string> tables;
+    for (unsigned long n = 1; n <= 10; ++n) {
+        CPOSDict const table = Table("< A < W 0 > B < W 0 > >");
+        bibrt::FailAllocation(n, /*andAllLater=*/true);
+        EXPECT_EQ("nothing", support::WhatItThrows([&] { helper.GenerateCloakSettings(table); }));
+        bibrt::ResetFailures();
+        tables.insert(Describe(table));
+    }
+    EXPECT_TRUE(tables.contains("<<A <<W 0>> B <<W 0>>>>"));
+    EXPECT_TRUE(tables.contains("<<A <<W 0 N 1>> B <<W 0 N 1>>>>"));
+    EXPECT_TRUE(tables.contains("<<A <<W 0 N 1>> B <<W 0 N 1>> C <<N 1>>>>"));
 }
 
 // Each file that goes makes the walk pass over the first one of those that are left.
@@ -160,6 +185,11 @@ TEST_F(Preferences, NameFilesForAnApplication) {
         MacRegistryHelper const helper = Read(PropertyList(entries));
         EXPECT_EQ(expected, Describe(helper.GenerateDisplayNames(appName))) << entries;
     }
+    std::string const prefixed = PropertyList(Entry(
+        "ArdeoPDFSettings",
+        "<dict>" + Entry("W", "<array>" + strings({"a", "A"}) + "</array>") + "</dict>"));
+    EXPECT_EQ("[[^\"a\" ^\"A\"]]", Describe(Read(prefixed, true).GenerateDisplayNames("W")));
+    EXPECT_EQ("[]", Describe(Read(prefixed).GenerateDisplayNames("W")));
 }
 
 TEST_F(Preferences, AreReadAsFarAsTheyAreGood) {
@@ -200,6 +230,10 @@ TEST_F(Preferences, AreReadAsFarAsTheyAreGood) {
         MacRegistryHelper(kUserDomain, ("/" + std::string(1024, 'x')).c_str(), false).IsValid());
     EXPECT_FALSE(MacRegistryHelper(0, kFile, false).IsValid());
     fConfig.Set((fFolder / "missing").c_str());
+    EXPECT_FALSE(MacRegistryHelper(kUserDomain, kFile, false).IsValid());
+    // The path of the folder is taken for Mac Roman, whatever it is.
+    support::WriteBytes(fFolder / "\xC3\xA9/test.plist", PropertyList(""));
+    fConfig.Set((fFolder / "\xC3\xA9").c_str());
     EXPECT_FALSE(MacRegistryHelper(kUserDomain, kFile, false).IsValid());
 }
 
