@@ -3,6 +3,8 @@
 #include "host/Component.h"
 #include "host/Error.h"
 #include "host/Value.h"
+#include "host/detail/ApplicationName.h"
+#include "host/detail/FolderPath.h"
 #include "host/detail/ReadValues.h"
 #include "host/detail/Ref.h"
 #include "host/detail/ReportChannel.h"
@@ -64,7 +66,7 @@ std::map<std::string, bool> ApplicationsOf(Dictionary const& entry) {
     std::map<std::string, bool> applications;
     for (std::size_t place = 0; place < entry.Size(); ++place) {
         if (auto const* const number = entry.ValueAt(place).If<double>()) {
-            applications[entry.KeyAt(place)] = *number != 0;
+            applications[detail::FromComponent(entry.KeyAt(place))] = *number != 0;
         }
     }
     return applications;
@@ -89,9 +91,10 @@ bool ListedSettings::IsHiddenFrom(std::string const& application) const {
 std::vector<ListedSettings>
 SettingsList::Read(Component const& component, std::string const& application) {
     Bindings const& tables = component.fRunning->Tables();
-    char const* const appName = detail::WholeText(application);
+    auto const appName = detail::ToComponent(application);
     auto const list = detail::Share(tables, detail::ReportedCall("GetListofPDFSettings", [&] {
-                                        return tables.statics.GetListofPDFSettings(appName);
+                                        return tables.statics.GetListofPDFSettings(
+                                            appName ? appName->c_str() : nullptr);
                                     }));
     Array const records = detail::ReadValues(tables, list.get());
     std::vector<ListedSettings> settings;
@@ -113,7 +116,7 @@ std::string SettingsList::UserFolder(Component const& component) {
     auto const* const units = static_cast<char16_t const*>(tables.buffers.GetBuffer(buffer.get()));
     std::size_t const size = tables.buffers.GetSize(buffer.get()) / sizeof(char16_t);
     std::u16string_view const text(units, size);
-    return ToUtf8(text.substr(0, text.find(u'\0')));
+    return detail::FolderPath(ToUtf8(text.substr(0, text.find(u'\0'))));
 }
 
 } // namespace pdfsettings

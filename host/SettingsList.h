@@ -17,7 +17,7 @@ struct ListedSettings {
     bool isReadOnly = false;
     std::chrono::sys_seconds modified; // when its contents changed last
     // The applications that it is hidden from (false) or shown in although it was hidden (true).
-    // Others show it. Names outside ASCII are in Mac Roman.
+    // Others show it.
     std::map<std::string, bool> isShownIn;
 
     // Whether that application is to show it.
@@ -28,14 +28,18 @@ struct ListedSettings {
 class SettingsList {
 public:
     // The settings files, read anew: the administrator's first, each name once. application: the
-    // one whose display names apply, in Mac Roman, which ASCII is part of. Files hidden from it are
-    // in the list. A folder that cannot be read adds nothing. Throws Error when memory runs out.
+    // one whose display names apply, in UTF-8. Files hidden from it are in the list. A folder that
+    // cannot be read adds nothing. Throws Error for a NUL in application and when memory runs out.
     static std::vector<ListedSettings>
     Read(Component const& component, std::string const& application = {});
 
     // The user's settings folder, in UTF-8 without a slash at its end, which is made where it is
     // missing; empty where the system has none. Throws Error when memory runs out.
     static std::string UserFolder(Component const& component);
+
+    // The administrator's settings folder, in the same form, which need not exist; empty where an
+    // administrator wants none. It is found in the preferences, as the component finds it.
+    static std::string AdminFolder();
 };
 
 } // namespace pdfsettings

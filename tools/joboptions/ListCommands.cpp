@@ -38,14 +38,17 @@ Status ListCommand::Run() const {
 FolderCommand::FolderCommand(CLI::App& program, Options& options)
     : Command(program, "folder", "Write the path of the user's settings folder"),
       fOptions(options) {
+    Parser().add_flag("--admin", fIsAdmins, "Write the path of the administrator's instead");
     AddOptions(Parser(), options);
     Parser().footer("Examples:\n"
-                    "  cp office.joboptions \"$(joboptions folder)\"");
+                    "  cp office.joboptions \"$(joboptions folder)\"\n"
+                    "  sudo mkdir -p \"$(joboptions folder --admin)\"");
 }
 
 Status FolderCommand::Run() const {
-    pdfsettings::Component const component;
-    std::string const folder = pdfsettings::SettingsList::UserFolder(component);
+    using pdfsettings::SettingsList;
+    std::string const folder = fIsAdmins ? SettingsList::AdminFolder()
+                                         : SettingsList::UserFolder(pdfsettings::Component());
     if (folder.empty()) {
         if (!fOptions.quiet) {
             WriteError("there is no settings folder");

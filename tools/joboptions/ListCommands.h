@@ -21,7 +21,7 @@ private:
     bool fIsLong = false;
 };
 
-// Writes the path of the user's settings folder.
+// Writes the path of the user's settings folder or of the administrator's.
 class FolderCommand : public Command {
 public:
     // REQUIRES: program and options outlive this.
@@ -32,6 +32,7 @@ public:
 
 private:
     Options const& fOptions;
+    bool fIsAdmins = false;
 };
 
 } // namespace joboptions

@@ -51,9 +51,9 @@ std::vector<std::string> ReasonsFor(ListedSettings const& settings, bool isUsers
 
 ListEntry MakeEntry(
     ListedSettings settings,
-    std::filesystem::path const& userFolder,
+    std::filesystem::path const& adminFolder,
     std::optional<std::string> const& application) {
-    bool const isUsers = std::filesystem::path(settings.path).parent_path() == userFolder;
+    bool const isUsers = std::filesystem::path(settings.path).parent_path() != adminFolder;
     bool const isHidden = application && settings.IsHiddenFrom(*application);
     auto reasons = ReasonsFor(settings, isUsers);
     return {std::move(settings), isUsers, isHidden, std::move(reasons), {}};
@@ -85,12 +85,15 @@ void AddShadowed(std::filesystem::path const& userFolder, std::vector<ListEntry>
 
 std::vector<ListEntry> ReadEntries(
     pdfsettings::Component const& component, std::optional<std::string> const& application) {
-    std::string const userFolder = SettingsList::UserFolder(component);
+    std::string const adminFolder = SettingsList::AdminFolder();
     std::vector<ListEntry> entries;
     for (ListedSettings& settings : SettingsList::Read(component, application.value_or(""))) {
-        entries.push_back(MakeEntry(std::move(settings), userFolder, application));
+        entries.push_back(MakeEntry(std::move(settings), adminFolder, application));
     }
-    AddShadowed(userFolder, entries);
+    std::ranges::sort(entries, {}, [](ListEntry const& entry) -> std::string const& {
+        return entry.settings.name;
+    });
+    AddShadowed(SettingsList::UserFolder(component), entries);
     return entries;
 }
 

@@ -17,7 +17,7 @@ struct ListEntry {
     std::vector<std::string> shadowed;        // the user's files that are not listed because of it
 };
 
-// All of them in their order, for an application or for none.
+// All of them by their names, for an application or for none.
 std::vector<ListEntry>
 ReadEntries(pdfsettings::Component const& component, std::optional<std::string> const& application);
 
