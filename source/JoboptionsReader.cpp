@@ -5,8 +5,8 @@
 #include "bib/BIBMemory.h"
 #include "bib/POSArray.h"
 #include "bib/POSNumber.h"
+#include "platform/NumberText.h"
 #include "platform/StackRoom.h"
-#include "source/JoboptionsNumber.h"
 #include "source/PDFSettingsError.h"
 
 using BIB_T_NMT::CBIBMemory;
@@ -202,7 +202,7 @@ bool IsNumber(char** cursor, CPOSObject* value) {
         return false;
     }
     char const* const stop = RequireEnd(std::strpbrk(*cursor, " \n\r\t]>"));
-    ScannedNumber const number = ScanNumber(*cursor, stop);
+    platform::ScannedNumber const number = platform::ScanNumber({*cursor, stop});
     *value = CPOSNumber(number.fValue);
     // The number's own end: what stands behind it up to the stop is left on the text. Without any
     // digit the cursor stays.

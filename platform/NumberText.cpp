@@ -1,13 +1,12 @@
-#include "source/JoboptionsNumber.h"
+#include "platform/NumberText.h"
 
 #include <algorithm>
 #include <charconv>
 #include <cstdint>
 #include <cstdlib>
 #include <limits>
-#include <string_view>
 
-namespace JoboptionsParserUtils {
+namespace platform {
 
 namespace {
 
@@ -159,9 +158,8 @@ ScannedNumber ScanInteger(std::string_view token) noexcept {
 
 } // namespace
 
-ScannedNumber ScanNumber(char const* begin, char const* end) noexcept {
-    std::string_view const token(begin, static_cast<std::size_t>(end - begin));
+ScannedNumber ScanNumber(std::string_view token) noexcept {
     return token.find('.') != std::string_view::npos ? ScanReal(token) : ScanInteger(token);
 }
 
-} // namespace JoboptionsParserUtils
+} // namespace platform

@@ -1,4 +1,4 @@
-#include "source/JoboptionsNumber.h"
+#include "platform/NumberText.h"
 
 #include <bit>
 #include <clocale>
@@ -9,12 +9,12 @@
 
 #include <gtest/gtest.h>
 
-namespace JoboptionsParserUtils {
+namespace platform {
 
 namespace {
 
 ScannedNumber Scan(std::string const& token) {
-    return ScanNumber(token.data(), token.data() + token.size());
+    return ScanNumber(token);
 }
 
 // What the C library makes of the token in the "C" locale.
@@ -38,7 +38,7 @@ void ExpectSame(std::string const& token) {
 
 } // namespace
 
-TEST(JoboptionsNumber, ReadsAsTheCLibraryDoesInItsOwnLocale) {
+TEST(NumberText, ReadsAsTheCLibraryDoesInItsOwnLocale) {
     for (char const* const token :
          {"0",
           "-0",
@@ -112,12 +112,12 @@ TEST(JoboptionsNumber, ReadsAsTheCLibraryDoesInItsOwnLocale) {
     }
 }
 
-TEST(JoboptionsNumber, BearsExponentsThatWrapAroundElsewhere) {
+TEST(NumberText, BearsExponentsThatWrapAroundElsewhere) {
     ExpectSame("0x0." + std::string(250, '0') + "1p2147483630");
     ExpectSame("0x0." + std::string(250, '0') + "1p-2147483630");
 }
 
-TEST(JoboptionsNumber, AgreesWithTheCLibraryOnRandomTokens) {
+TEST(NumberText, AgreesWithTheCLibraryOnRandomTokens) {
     std::mt19937 random(1); // NOLINT(cert-msc51-cpp): the same tokens in every run
     std::string const alphabet = "0012356789..--xXeEpPaf+";
     for (int round = 0; round < 100000; ++round) {
@@ -129,7 +129,7 @@ TEST(JoboptionsNumber, AgreesWithTheCLibraryOnRandomTokens) {
     }
 }
 
-TEST(JoboptionsNumber, ReadsAPointWhateverTheHostsLocale) {
+TEST(NumberText, ReadsAPointWhateverTheHostsLocale) {
     ASSERT_NE(nullptr, std::setlocale(LC_ALL, "de_DE.UTF-8"))
         << "LOCPATH must name the test locale";
     ASSERT_STREQ(",", std::localeconv()->decimal_point);
@@ -139,4 +139,4 @@ TEST(JoboptionsNumber, ReadsAPointWhateverTheHostsLocale) {
     EXPECT_EQ(3U, number.fSize);
 }
 
-} // namespace JoboptionsParserUtils
+} // namespace platform

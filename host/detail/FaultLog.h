@@ -1,0 +1,48 @@
+// What is wrong with a text, each fault once.
+//
+// One fault often makes others: what follows a number that ends too early is no entry either, and
+// a dictionary that swallows its neighbours leaves the text without an end. The log knows what
+// comes of a fault that it has, and blames that.
+#pragma once
+
+#include "host/TextFinding.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace pdfsettings::detail {
+
+class FaultLog {
+public:
+    // Adds a warning.
+    void Warn(char const* id, Span span, std::string message);
+
+    // Adds a warning about something after which the reading goes on at end, in the wrong place:
+    // what is found wrong right there is its consequence.
+    void WarnOfRest(char const* id, Span span, std::size_t end, std::string message);
+
+    // Adds a warning of something after which the reading has gone astray: a later refusal is its
+    // consequence, if none before has that part already.
+    void WarnAstray(char const* id, Span span, std::string message);
+
+    // Whether what stands at offset is the rest of a fault that is in the log.
+    bool IsRest(std::size_t offset) const noexcept;
+
+    // Makes the fault before such a rest the one that leads astray.
+    void BlameRest();
+
+    // The text is refused: the fault that has led there becomes the one error; without one, this.
+    void Refuse(char const* id, Span span, std::string message);
+
+    // All of them in the order of the text.
+    std::vector<TextFinding> Take();
+
+private:
+    std::vector<TextFinding> fFindings;
+    std::optional<std::size_t> fRest;       // where the rest of the last such fault begins
+    std::size_t fRestFinding = 0;           // the fault itself
+    std::optional<std::size_t> fGoneAstray; // the finding that led there
+};
+
+} // namespace pdfsettings::detail

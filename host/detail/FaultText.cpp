@@ -1,0 +1,147 @@
+#include "host/detail/FaultText.h"
+
+#include <charconv>
+#include <utility>
+
+namespace pdfsettings::detail {
+
+namespace {
+
+constexpr std::string_view kDigits = "0123456789";
+
+std::string Quoted(std::string_view text) {
+    return "\"" + std::string(text) + "\"";
+}
+
+std::string NumberText(double value) {
+    char text[32];
+    auto const result = std::to_chars(text, text + sizeof text, value);
+    return std::string(text, result.ptr);
+}
+
+// The number without the zeros that make it octal.
+std::string Decimal(std::string_view number) {
+    bool const isNegative = number.starts_with('-');
+    std::size_t const first = number.find_first_not_of("-0");
+    std::string const digits(first == std::string_view::npos ? "0" : number.substr(first));
+    return (isNegative ? "-" : "") + digits;
+}
+
+// What was probably meant by something that is no value; empty for no idea.
+std::string ValueMeant(std::string_view found) {
+    constexpr std::pair<std::string_view, char const*> kMeant[] = {
+        {"True", "true"}, {"TRUE", "true"}, {"False", "false"}, {"FALSE", "false"}};
+    for (auto const& [wrong, right] : kMeant) {
+        if (found == wrong) {
+            return right;
+        }
+    }
+    bool const isNumber = found.size() > 1 && (found[0] == '+' || found[0] == '.');
+    if (isNumber && kDigits.find(found[1]) != std::string_view::npos) {
+        return found[0] == '+' ? std::string(found.substr(1)) : "0" + std::string(found);
+    }
+    return "";
+}
+
+} // namespace
+
+bool IsOctal(std::string_view number) noexcept {
+    std::size_t const first = number.starts_with('-') ? 1 : 0;
+    return number.size() > first + 1 && number[first] == '0' &&
+           kDigits.find(number[first + 1]) != std::string_view::npos;
+}
+
+bool LooksLikeEntries(std::string_view string) noexcept {
+    for (std::size_t end = string.find_first_of("\r\n"); end != std::string_view::npos;
+         end = string.find_first_of("\r\n", end + 1)) {
+        std::size_t const first = string.find_first_not_of("\r\n\t ", end);
+        if (first != std::string_view::npos && string[first] == '/') {
+            return true;
+        }
+    }
+    return false;
+}
+
+std::string PrologText(std::string_view prolog) {
+    if (prolog.starts_with("\xEF\xBB\xBF")) {
+        return "the file begins with a byte order mark: save it without one";
+    }
+    return "before the settings only comments may stand";
+}
+
+std::string KeywordText(std::string_view found) {
+    return found.empty()
+               ? "expected setalembicorparams behind the settings"
+               : "expected setalembicorparams behind the settings, found " + Quoted(found);
+}
+
+std::string DuplicateText(std::string_view key) {
+    return "/" + std::string(key) + " stands here again: the value before is lost";
+}
+
+std::string EmptyDictionaryText(std::size_t depth) {
+    return depth == 0
+               ? "settings without any entry are read wrongly with a blank in them: write <<>>"
+               : "an empty dictionary takes the entries behind it into itself: leave it out";
+}
+
+std::string StrayText(std::string_view stray) {
+    return Quoted(stray) + " is passed over: it belongs to no key";
+}
+
+std::string StrayBeforeEndText(std::string_view stray) {
+    return stray.empty()
+               ? "a > too many"
+               : Quoted(stray) + " before the end of a dictionary hides that end: remove it";
+}
+
+std::string OctalText(std::string_view number, double value) {
+    return "the leading 0 makes " + std::string(number) + " octal, and it is read as " +
+           NumberText(value) + ": write " + Decimal(number);
+}
+
+std::string FarPointText(std::string_view number, double value) {
+    return "the point behind it makes " + std::string(number) + " another number, " +
+           NumberText(value) + ": put a blank behind the number";
+}
+
+std::string NestedBracketsText(std::string_view string) {
+    return "brackets do not nest, and the string ends at the first ): write \\( and \\) inside " +
+           std::string(string.substr(0, 1)) + "…)";
+}
+
+std::string StuckText(std::string_view token, std::string_view value) {
+    std::string text = Quoted(token) + " is read as " + std::string(value);
+    bool const isNumber = value.find_first_not_of("-0123456789") == std::string_view::npos;
+    if (IsOctal(token)) {
+        return text + ", for a leading 0 makes it octal: write " + Decimal(token);
+    }
+    if (isNumber && token.size() > value.size() && (token[value.size()] | 0x20) == 'e') {
+        return text + ", for an exponent needs a point: write " + std::string(value) + ".0" +
+               std::string(token.substr(value.size()));
+    }
+    return text + ": put a blank behind it or remove the rest";
+}
+
+std::string MissingValueText(std::string_view key) {
+    return std::string(key) + " has no value";
+}
+
+std::string UnknownValueText(std::string_view found) {
+    std::string const meant = ValueMeant(found);
+    if (!meant.empty()) {
+        return Quoted(found) + " is no value: write " + meant;
+    }
+    if (found.starts_with('{')) {
+        return "a procedure is no value";
+    }
+    return Quoted(found) +
+           " is no value: expected true, false, a number, /Name, (text), <FEFF>, [ … ] or << … >>";
+}
+
+std::string SingleCloseText(std::string_view end) {
+    return "a single > ends the dictionary, and both bytes of " + Quoted(end) +
+           " are passed over: write >>";
+}
+
+} // namespace pdfsettings::detail

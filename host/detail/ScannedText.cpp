@@ -1,0 +1,89 @@
+#include "host/detail/ScannedText.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace pdfsettings::detail {
+
+namespace {
+
+// A scan may step over the first byte behind the text and then looks at two more.
+constexpr std::size_t kZerosBehind = 4;
+
+constexpr std::string_view kSkipped = "\t\n\r ";
+constexpr std::string_view kEndOfName("\0\t\n\f\r ()<>[]{}/%", 16);
+
+std::size_t PlaceIn(std::string const& bytes, char const* found) noexcept {
+    return found == nullptr ? ScannedText::kNone : static_cast<std::size_t>(found - bytes.data());
+}
+
+} // namespace
+
+bool IsNameByte(char byte) noexcept {
+    return kEndOfName.find(byte) == std::string_view::npos;
+}
+
+ScannedText::ScannedText(std::string const& text)
+    : fBytes(text + std::string(kZerosBehind, '\0')),
+      fSize(text.size()) {}
+
+bool ScannedText::StandsOn(std::size_t offset, std::string_view literal) const noexcept {
+    return std::string_view(fBytes).substr(offset).starts_with(literal);
+}
+
+std::string_view ScannedText::Bytes(Span span) const noexcept {
+    return std::string_view(fBytes).substr(span.begin, span.Size());
+}
+
+std::size_t ScannedText::Find(std::size_t offset, char byte) const noexcept {
+    return PlaceIn(fBytes, std::strchr(fBytes.data() + offset, byte));
+}
+
+std::size_t ScannedText::FindAny(std::size_t offset, char const* bytes) const noexcept {
+    return PlaceIn(fBytes, std::strpbrk(fBytes.data() + offset, bytes));
+}
+
+std::size_t ScannedText::FindText(std::size_t offset, char const* literal) const noexcept {
+    return PlaceIn(fBytes, std::strstr(fBytes.data() + offset, literal));
+}
+
+std::size_t ScannedText::Skip(std::size_t offset) const noexcept {
+    while (At(offset) == '%' || kSkipped.find(At(offset)) != std::string_view::npos) {
+        offset = At(offset) == '%' ? EndOfLine(offset) : offset + 1;
+    }
+    return offset;
+}
+
+std::size_t ScannedText::EndOfName(std::size_t offset) const noexcept {
+    return EndOfWord(offset + 1);
+}
+
+std::size_t ScannedText::EndOfWord(std::size_t offset) const noexcept {
+    while (IsNameByte(At(offset))) {
+        ++offset;
+    }
+    return offset;
+}
+
+// Only the two bytes before a parenthesis decide whether it is escaped. Before the first byte of a
+// string stands its own parenthesis.
+std::size_t ScannedText::EndOfString(std::size_t offset) const noexcept {
+    std::size_t end = Find(offset, ')');
+    while (end != kNone && At(end - 1) == '\\' && At(end - 2) != '\\') {
+        end = Find(end + 1, ')');
+    }
+    return end;
+}
+
+std::size_t ScannedText::EndOfLine(std::size_t offset) const noexcept {
+    return offset + std::strcspn(fBytes.data() + offset, "\r\n");
+}
+
+Span ScannedText::WithoutBlanksBehind(Span span) const noexcept {
+    while (span.Size() > 0 && kSkipped.find(At(span.end - 1)) != std::string_view::npos) {
+        --span.end;
+    }
+    return span;
+}
+
+} // namespace pdfsettings::detail

@@ -1,0 +1,59 @@
+// The bytes of a settings text, and the searches that the format is made of.
+//
+// A zero byte ends every search. Behind the text stand zero bytes, so that a look at what follows a
+// place in it, or at its end, is always one into the buffer.
+#pragma once
+
+#include "host/TextFinding.h"
+
+#include <string>
+#include <string_view>
+
+namespace pdfsettings::detail {
+
+class ScannedText {
+public:
+    // The result of a search without success.
+    static constexpr std::size_t kNone = std::string::npos;
+
+    explicit ScannedText(std::string const& text);
+
+    // Without the zero bytes behind it.
+    std::size_t Size() const noexcept { return fSize; }
+
+    char At(std::size_t offset) const { return fBytes[offset]; }
+    bool StandsOn(std::size_t offset, std::string_view literal) const noexcept;
+    std::string_view Bytes(Span span) const noexcept;
+
+    // The first place from offset on of a byte, of one of several bytes, or of a literal.
+    std::size_t Find(std::size_t offset, char byte) const noexcept;
+    std::size_t FindAny(std::size_t offset, char const* bytes) const noexcept;
+    std::size_t FindText(std::size_t offset, char const* literal) const noexcept;
+
+    // Behind the blanks, line ends and comments at offset.
+    std::size_t Skip(std::size_t offset) const noexcept;
+
+    // Behind the name whose first byte, whatever it is, stands at offset.
+    std::size_t EndOfName(std::size_t offset) const noexcept;
+
+    // Behind the run of bytes at offset that a name may have.
+    std::size_t EndOfWord(std::size_t offset) const noexcept;
+
+    // The ")" that ends the string whose bytes begin at offset.
+    std::size_t EndOfString(std::size_t offset) const noexcept;
+
+    // Where the line of offset ends, or the text does.
+    std::size_t EndOfLine(std::size_t offset) const noexcept;
+
+    // span without the blanks and line ends at its end.
+    Span WithoutBlanksBehind(Span span) const noexcept;
+
+private:
+    std::string fBytes;
+    std::size_t fSize;
+};
+
+// Whether a name goes on with that byte.
+bool IsNameByte(char byte) noexcept;
+
+} // namespace pdfsettings::detail
