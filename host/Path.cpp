@@ -79,6 +79,27 @@ bool SetAt(Dictionary& settings, std::string_view path, Value value) {
     return dictionary != nullptr;
 }
 
+bool RemoveAt(Dictionary& settings, std::string_view path) {
+    std::size_t const parentSize = ParentSize(path);
+    if (parentSize == 0) {
+        return settings.Remove(path);
+    }
+    Value* const parent = Find(settings, path.substr(0, parentSize));
+    std::string_view const last = LastPart(path);
+    if (parent == nullptr) {
+        return false;
+    }
+    if (auto* const dictionary = parent->If<Dictionary>()) {
+        return dictionary->Remove(last);
+    }
+    auto* const array = parent->If<Array>();
+    Value const* const element = array == nullptr ? nullptr : AtPosition(*array, last);
+    if (element != nullptr) {
+        array->Remove(static_cast<std::size_t>(element - &(*array)[0]));
+    }
+    return element != nullptr;
+}
+
 Value* Find(Dictionary& settings, std::string_view path) {
     // The value belongs to settings, which the caller may change.
     return const_cast<Value*>(Find(std::as_const(settings), path));

@@ -22,4 +22,7 @@ std::string_view LastPart(std::string_view path);
 // place of an element. False, and nothing is stored, when there is no such dictionary or element.
 bool SetAt(Dictionary& settings, std::string_view path, Value value);
 
+// Takes the value at a path out; elements behind one in an array move up. False when there is none.
+bool RemoveAt(Dictionary& settings, std::string_view path);
+
 } // namespace pdfsettings

@@ -118,6 +118,10 @@ void Array::Resize(std::size_t count) {
     fValues.resize(count);
 }
 
+void Array::Remove(std::size_t index) {
+    fValues.erase(fValues.begin() + static_cast<std::ptrdiff_t>(index));
+}
+
 std::size_t Dictionary::Size() const noexcept {
     return fPlaces.size();
 }
@@ -155,6 +159,21 @@ void Dictionary::Set(std::string const& key, Value value) {
     fKeys.push_back(key);
     fValues.Append(std::move(value));
     fPlaces.emplace(key, place);
+}
+
+bool Dictionary::Remove(std::string_view key) {
+    auto const found = fPlaces.find(key);
+    if (found == fPlaces.end()) {
+        return false;
+    }
+    std::size_t const place = found->second;
+    fPlaces.erase(found);
+    fKeys.erase(fKeys.begin() + static_cast<std::ptrdiff_t>(place));
+    fValues.Remove(place);
+    for (auto& [other, otherPlace] : fPlaces) {
+        otherPlace -= otherPlace > place ? 1U : 0U;
+    }
+    return true;
 }
 
 namespace {

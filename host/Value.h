@@ -77,6 +77,9 @@ public:
     // Adds a value at the end, which ends the validity of references into the array.
     void Append(Value value);
 
+    // Takes the value at index out. REQUIRES: index < Size().
+    void Remove(std::size_t index);
+
     // Makes the size count: values at the end go, or empty words come.
     void Resize(std::size_t count);
 
@@ -109,6 +112,9 @@ public:
 
     // Stores value under key; a key that is there keeps its place.
     void Set(std::string const& key, Value value);
+
+    // Takes the value under key out; false when there is none.
+    bool Remove(std::string_view key);
 
     // Equal values under equal keys, whatever the order of the keys.
     friend bool operator==(Dictionary const& left, Dictionary const& right);

@@ -224,6 +224,7 @@ Value DocumentScanner::ScanName() {
     if (end - begin > kMaxNameSize) {
         fFaults.WarnAstray(
             "long-name", {begin - 1, end}, "a name has at most 255 bytes: the entry is lost");
+        fFaults.NoteRest(fText.Skip(begin));
         throw EntryLost();
     }
     fCursor = end;
@@ -238,6 +239,7 @@ Value DocumentScanner::ScanString() {
             "open-string",
             {begin - 1, fText.EndOfLine(begin)},
             "the string has no end: expected ); the entry is lost");
+        fFaults.NoteRest(fText.Skip(begin));
         throw EntryLost();
     }
     fCursor = end + 1;
@@ -356,14 +358,14 @@ void DocumentScanner::CheckProgress(std::size_t& last, std::size_t start) {
     if (fFaults.IsRest(fCursor)) {
         fFaults.BlameRest();
     }
-    bool const isKeyword = fText.StandsOn(fCursor, kKeyword);
-    std::size_t const place = isKeyword ? fCursor : start;
+    if (fText.StandsOn(fCursor, kKeyword)) {
+        NoteKeyword();
+    }
     Refuse(
         Refusal::kInvalidFile,
         "unclosed",
-        {place, place + (isKeyword ? kKeyword.size() : 2)},
-        isKeyword ? "setalembicorparams stands inside a dictionary: a >> is missing before it"
-                  : "the dictionary has no end: expected >>");
+        {start, start + 2},
+        "the dictionary has no end: expected >>");
 }
 
 // What stands between a value and the next key.
@@ -383,16 +385,35 @@ void DocumentScanner::NoteKey(std::size_t from, std::size_t slash) {
     if (from == slash) {
         return;
     }
+    if (fText.StandsOn(from, kKeyword)) {
+        NoteKeyword();
+        return;
+    }
     Span const stray = StrayIn(fText, from, slash);
     bool const isRest = fFaults.IsRest(from);
     bool const hasEnd = fText.Bytes({from, slash}).find('>') != std::string_view::npos;
     if (isRest && hasEnd) {
         fFaults.BlameRest();
     } else if (hasEnd) {
-        fFaults.WarnAstray("stray", stray, StrayBeforeEndText(fText.Bytes(stray)));
+        fFaults.WarnAstray(
+            "stray", stray, StrayBeforeEndText(fText.Bytes(stray), NameTakenForValue()));
     } else if (!isRest) {
-        fFaults.Warn("stray", stray, StrayText(fText.Bytes(stray)));
+        fFaults.Warn("stray", stray, StrayText(fText.Bytes(stray), NameTakenForValue()));
     }
+}
+
+// The keyword stands at the cursor, and the settings have not ended yet.
+void DocumentScanner::NoteKeyword() {
+    fFaults.WarnAstray(
+        "unclosed",
+        {fCursor, fCursor + kKeyword.size()},
+        "setalembicorparams stands inside a dictionary: a >> is missing before it");
+}
+
+// The name that the last entry has as its value; empty for a value of another kind.
+std::string_view DocumentScanner::NameTakenForValue() const {
+    bool const isName = !fEntries.empty() && fText.At(fEntries.back().value.begin) == '/';
+    return isName ? fText.Bytes(fEntries.back().value) : std::string_view();
 }
 
 // What stands between the last value and the end, with no further key in the text.
@@ -409,7 +430,7 @@ void DocumentScanner::NoteLeftover() {
     }
     std::size_t const end = std::min(fText.Find(fCursor, '>'), fText.EndOfLine(fCursor));
     Span const stray = fText.WithoutBlanksBehind({fCursor, end});
-    fFaults.WarnAstray("stray", stray, StrayBeforeEndText(fText.Bytes(stray)));
+    fFaults.WarnAstray("stray", stray, StrayBeforeEndText(fText.Bytes(stray), NameTakenForValue()));
 }
 
 void DocumentScanner::NoteNumber(Span token, Span number) {
@@ -433,7 +454,7 @@ void DocumentScanner::NoteNumber(Span token, Span number) {
 
 void DocumentScanner::NoteString(Span bytes) {
     if (LooksLikeEntries(fText.Bytes(bytes))) {
-        fFaults.Warn(
+        fFaults.WarnAstray(
             "runaway-string",
             {bytes.begin - 1, fText.EndOfLine(bytes.begin)},
             "the string goes on over further lines, which look like settings: is a ) missing?");

@@ -54,6 +54,8 @@ private:
     Span Within(Span span) const noexcept;
     void CheckProgress(std::size_t& last, std::size_t start);
     void NoteKey(std::size_t from, std::size_t slash);
+    void NoteKeyword();
+    std::string_view NameTakenForValue() const;
     void NoteLeftover();
     void NoteNumber(Span token, Span number);
     void NoteString(Span bytes);

@@ -15,7 +15,8 @@ namespace pdfsettings::detail {
 
 class FaultLog {
 public:
-    // Adds a warning.
+    // Adds a warning. One that is in the log already is not added again: a reading without progress
+    // meets its last fault twice.
     void Warn(char const* id, Span span, std::string message);
 
     // Adds a warning about something after which the reading goes on at end, in the wrong place:
@@ -23,8 +24,11 @@ public:
     void WarnOfRest(char const* id, Span span, std::size_t end, std::string message);
 
     // Adds a warning of something after which the reading has gone astray: a later refusal is its
-    // consequence, if none before has that part already.
+    // consequence, and so is every warning of this kind in between.
     void WarnAstray(char const* id, Span span, std::string message);
+
+    // What stands at offset is the rest of the last fault.
+    void NoteRest(std::size_t offset);
 
     // Whether what stands at offset is the rest of a fault that is in the log.
     bool IsRest(std::size_t offset) const noexcept;
@@ -39,10 +43,17 @@ public:
     std::vector<TextFinding> Take();
 
 private:
-    std::vector<TextFinding> fFindings;
+    struct Fault {
+        TextFinding fFinding;
+        bool fLeadsAstray;
+    };
+
+    void Add(char const* id, Span span, std::string message, bool leadsAstray);
+
+    std::vector<Fault> fFaults;
     std::optional<std::size_t> fRest;       // where the rest of the last such fault begins
-    std::size_t fRestFinding = 0;           // the fault itself
-    std::optional<std::size_t> fGoneAstray; // the finding that led there
+    std::size_t fRestFault = 0;             // the fault itself
+    std::optional<std::size_t> fGoneAstray; // the fault that led there
 };
 
 } // namespace pdfsettings::detail

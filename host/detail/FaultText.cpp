@@ -85,11 +85,16 @@ std::string EmptyDictionaryText(std::size_t depth) {
                : "an empty dictionary takes the entries behind it into itself: leave it out";
 }
 
-std::string StrayText(std::string_view stray) {
-    return Quoted(stray) + " is passed over: it belongs to no key";
+std::string StrayText(std::string_view stray, std::string_view name) {
+    return Quoted(stray) + " is passed over: " +
+           (name.empty() ? "it belongs to no key"
+                         : std::string(name) + " is read as the value of the key before it");
 }
 
-std::string StrayBeforeEndText(std::string_view stray) {
+std::string StrayBeforeEndText(std::string_view stray, std::string_view name) {
+    if (!name.empty()) {
+        return StrayText(stray, name) + ", and the end of the dictionary is passed over too";
+    }
     return stray.empty()
                ? "a > too many"
                : Quoted(stray) + " before the end of a dictionary hides that end: remove it";

@@ -17,8 +17,9 @@ std::string PrologText(std::string_view prolog);
 std::string KeywordText(std::string_view found);
 std::string DuplicateText(std::string_view key);
 std::string EmptyDictionaryText(std::size_t depth);
-std::string StrayText(std::string_view stray);
-std::string StrayBeforeEndText(std::string_view stray);
+// name: what stands before it as the value of the last key, if that is a name.
+std::string StrayText(std::string_view stray, std::string_view name);
+std::string StrayBeforeEndText(std::string_view stray, std::string_view name);
 std::string OctalText(std::string_view number, double value);
 std::string FarPointText(std::string_view number, double value);
 std::string NestedBracketsText(std::string_view string);

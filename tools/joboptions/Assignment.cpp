@@ -1,5 +1,6 @@
 #include "tools/joboptions/Assignment.h"
 
+#include "host/Document.h"
 #include "host/Error.h"
 #include "host/Path.h"
 #include "host/Settings.h"
@@ -28,13 +29,26 @@ class BadAssignment : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+// A file with the single entry /key [ value ].
+std::string EntryFile(std::string const& key, std::string const& value) {
+    return "<<\n/" + key + " [ " + value + "\n]\n>> setalembicorparams\n";
+}
+
+// A value that can be read, without blanks and comments around it.
+std::string BareText(std::string const& value) {
+    pdfsettings::Document const document(EntryFile("K", value));
+    auto const* const element = document.Find("K/0");
+    return element == nullptr ? value
+                              : document.Text().substr(element->value.begin, element->value.Size());
+}
+
 // The value of an entry /key [ value ], as the component reads it; none if it reads anything else.
 // Inside an array nothing is passed over that is no value.
 std::optional<Value> ReadEntry(
     pdfsettings::Component const& component, std::string const& key, std::string const& value) {
-    std::string const text = "<<\n/" + key + " [ " + value + "\n]\n>> setalembicorparams\n";
     try {
-        Dictionary const entries = pdfsettings::Settings::FromText(component, text).Values();
+        Dictionary const entries =
+            pdfsettings::Settings::FromText(component, EntryFile(key, value)).Values();
         Value const* const entry = entries.Size() == 1 ? entries.Get(key) : nullptr;
         auto const* const array = entry == nullptr ? nullptr : entry->If<Array>();
         return array != nullptr && array->Size() == 1 ? std::optional((*array)[0]) : std::nullopt;
@@ -86,7 +100,7 @@ public:
           fRules(rules) {}
 
     // Throws BadAssignment.
-    void Read(std::string const& assignment, Dictionary& changes) const {
+    void Read(std::string const& assignment, Assignments& result) const {
         std::size_t const sign = assignment.find('=');
         std::string const path = assignment.substr(0, sign);
         if (sign == std::string::npos) {
@@ -95,7 +109,9 @@ public:
         if (path == pdfsettings::kTailKey) {
             throw BadAssignment("this is what follows the settings in their file, not a setting");
         }
-        Apply(path, ReadValue(path, assignment.substr(sign + 1)), changes);
+        std::string const text = assignment.substr(sign + 1);
+        Apply(path, ReadValue(path, text), result.changes);
+        result.texts.push_back({path, BareText(text)});
     }
 
 private:
@@ -165,17 +181,17 @@ private:
 
 } // namespace
 
-Dictionary ReadAssignments(
+Assignments ReadAssignments(
     pdfsettings::Component const& component,
     Dictionary const& settings,
     std::vector<SettingRule> const& rules,
     std::vector<std::string> const& assignments) {
     AssignmentReader const reader(component, settings, rules);
-    Dictionary changes;
+    Assignments result;
     std::string faults;
     for (std::string const& assignment : assignments) {
         try {
-            reader.Read(assignment, changes);
+            reader.Read(assignment, result);
         } catch (BadAssignment const& fault) {
             std::string const key = VisibleText(assignment.substr(0, assignment.find('=')));
             faults += fmt::format("{}{}: {}", faults.empty() ? "" : "\n", key, fault.what());
@@ -184,7 +200,7 @@ Dictionary ReadAssignments(
     if (!faults.empty()) {
         throw Failure(Status::kWrongCall, faults);
     }
-    return changes;
+    return result;
 }
 
 } // namespace joboptions

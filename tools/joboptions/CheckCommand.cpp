@@ -1,6 +1,5 @@
 #include "tools/joboptions/CheckCommand.h"
 
-#include "tools/joboptions/Findings.h"
 #include "tools/joboptions/Input.h"
 #include "tools/joboptions/JsonDocuments.h"
 #include "tools/joboptions/Locate.h"
@@ -8,7 +7,8 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <fmt/format.h>
+#include <iterator>
+#include <utility>
 
 namespace joboptions {
 
@@ -16,17 +16,15 @@ namespace {
 
 std::string JudgementText(Judgement const& judgement) {
     std::string text;
-    for (pdfsettings::Finding const& finding : judgement.findings) {
-        text += FindingText(judgement.file, finding) + "\n";
+    for (Diagnostic const& diagnostic : judgement.diagnostics) {
+        text += DiagnosticText(judgement.file, *judgement.document, diagnostic);
     }
     return text;
 }
 
-Status StatusOf(Judgement const& judgement) {
-    if (!judgement.error.empty()) {
-        return Status::kBadInput;
-    }
-    return judgement.findings.empty() ? Status::kDone : Status::kNo;
+void Append(std::vector<Diagnostic>& all, std::vector<Diagnostic> more) {
+    all.insert(
+        all.end(), std::make_move_iterator(more.begin()), std::make_move_iterator(more.end()));
 }
 
 } // namespace
@@ -38,6 +36,10 @@ CheckCommand::CheckCommand(CLI::App& program, Options& options)
         .add_option("FILE", fFiles, "The settings files; - is standard input")
         ->required()
         ->type_name("");
+    Parser().add_flag(
+        "--strict",
+        fIsStrict,
+        "Name settings that the schema does not know; warnings count as faults");
     AddApplication(Parser(), options, kNamesOfApplication);
     AddSchema(Parser(), options);
     AddJson(Parser(), options);
@@ -45,6 +47,7 @@ CheckCommand::CheckCommand(CLI::App& program, Options& options)
     Parser().footer("Examples:\n"
                     "  joboptions check *.joboptions\n"
                     "  joboptions check --schema company.schema office.joboptions\n"
+                    "  joboptions check --strict --json office.joboptions\n"
                     "  joboptions check -q office.joboptions && echo valid");
 }
 
@@ -70,10 +73,10 @@ Judgement CheckCommand::Judge(
     pdfsettings::Component const& component,
     pdfsettings::Schema const& schema,
     std::string const& file) const {
-    Judgement judgement{file, {}, {}};
+    Judgement judgement{file, {}, {}, {}};
     try {
         judgement.file = Locate(component, file, fOptions);
-        judgement.findings = OpenSettings(component, judgement.file, schema.Text()).Validate();
+        JudgeText(component, schema, ReadBytes(judgement.file), judgement);
     } catch (Failure const& failure) {
         judgement.error = failure.what();
         if (!fOptions.quiet) {
@@ -81,6 +84,41 @@ Judgement CheckCommand::Judge(
         }
     }
     return judgement;
+}
+
+void CheckCommand::JudgeText(
+    pdfsettings::Component const& component,
+    pdfsettings::Schema const& schema,
+    std::string text,
+    Judgement& judgement) const {
+    judgement.document.emplace(std::move(text));
+    pdfsettings::Document const& document = *judgement.document;
+    judgement.diagnostics = TextDiagnostics(document);
+    if (document.WhyRefused() != pdfsettings::Refusal::kNone) {
+        judgement.error = RefusalText(judgement.file, document);
+        return;
+    }
+    auto const settings = ParseSettings(component, judgement.file, document.Text(), schema.Text());
+    auto const rules = schema.Settings();
+    auto& all = judgement.diagnostics;
+    Append(all, SchemaDiagnostics(document, settings.Validate(), rules));
+    Append(all, RoundedNumbers(component, document, settings));
+    if (fIsStrict) {
+        Append(all, UnknownKeys(document, rules));
+    }
+    std::ranges::stable_sort(
+        all, {}, [](Diagnostic const& diagnostic) { return diagnostic.span.begin; });
+}
+
+Status CheckCommand::StatusOf(Judgement const& judgement) const {
+    if (!judgement.error.empty()) {
+        return Status::kBadInput;
+    }
+    bool const isFaulty =
+        std::ranges::any_of(judgement.diagnostics, [this](auto const& diagnostic) {
+            return fIsStrict || diagnostic.severity == pdfsettings::Severity::kError;
+        });
+    return isFaulty ? Status::kNo : Status::kDone;
 }
 
 } // namespace joboptions

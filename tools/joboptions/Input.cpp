@@ -1,6 +1,8 @@
 #include "tools/joboptions/Input.h"
 
+#include "host/Document.h"
 #include "host/Error.h"
+#include "tools/joboptions/Diagnostics.h"
 #include "tools/joboptions/Failure.h"
 #include "tools/joboptions/Utf8.h"
 
@@ -53,16 +55,11 @@ private:
     ThrowBadInput(file, std::generic_category().message(error));
 }
 
-pdfsettings::Settings ParseSettings(
-    pdfsettings::Component const& component,
-    std::string const& file,
-    std::string const& text,
-    std::string const& schema) {
-    try {
-        return pdfsettings::Settings::FromText(component, text, schema);
-    } catch (pdfsettings::Error const& error) {
-        ThrowBadInput(file, error.what());
-    }
+// What is wrong with text at its place, else the component's own words.
+std::string
+ReasonFor(std::string const& file, std::string const& text, pdfsettings::Error const& error) {
+    std::string const refusal = RefusalText(file, pdfsettings::Document(text));
+    return refusal.empty() ? fmt::format("{}: {}", InputName(file), error.what()) : refusal;
 }
 
 } // namespace
@@ -87,6 +84,18 @@ std::string ReadBytes(std::string const& file) {
     return bytes;
 }
 
+pdfsettings::Settings ParseSettings(
+    pdfsettings::Component const& component,
+    std::string const& file,
+    std::string const& text,
+    std::string const& schema) {
+    try {
+        return pdfsettings::Settings::FromText(component, text, schema);
+    } catch (pdfsettings::Error const& error) {
+        throw Failure(Status::kBadInput, ReasonFor(file, text, error));
+    }
+}
+
 std::string InputName(std::string const& file) {
     return file == "-" ? "standard input" : VisibleText(file);
 }
@@ -99,7 +108,7 @@ pdfsettings::Settings OpenSettings(
     try {
         return pdfsettings::Settings::FromFile(component, file, schema);
     } catch (pdfsettings::Error const& error) {
-        ThrowBadInput(file, error.what());
+        throw Failure(Status::kBadInput, ReasonFor(file, ReadBytes(file), error));
     }
 }
 

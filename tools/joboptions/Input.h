@@ -16,6 +16,14 @@ std::string InputName(std::string const& file);
 // when it cannot be read.
 std::string ReadBytes(std::string const& file);
 
+// The settings in text, which comes from file. schema as in pdfsettings::Settings. Throws Failure
+// with Status::kBadInput, the place and the reason when they cannot be parsed.
+pdfsettings::Settings ParseSettings(
+    pdfsettings::Component const& component,
+    std::string const& file,
+    std::string const& text,
+    std::string const& schema = {});
+
 // The settings in a file, bound to it; "-" is standard input. schema as in pdfsettings::Settings.
 // Throws Failure with Status::kBadInput and the reason when they cannot be read or parsed.
 pdfsettings::Settings OpenSettings(

@@ -47,6 +47,22 @@ Json FindingsJson(std::vector<Finding> const& findings) {
     return list;
 }
 
+Json DiagnosticsJson(std::vector<Diagnostic> const& diagnostics) {
+    Json list = Json::array();
+    for (Diagnostic const& diagnostic : diagnostics) {
+        bool const isError = diagnostic.severity == pdfsettings::Severity::kError;
+        list.push_back(
+            {{"line", diagnostic.place.line},
+             {"column", diagnostic.place.column},
+             {"length", diagnostic.span.Size()},
+             {"severity", isError ? "error" : "warning"},
+             {"id", diagnostic.id},
+             {"key", diagnostic.key.empty() ? Json() : Json(VisibleText(diagnostic.key))},
+             {"message", VisibleText(diagnostic.message)}});
+    }
+    return list;
+}
+
 Json ErrorJson(std::string const& error) {
     return error.empty() ? Json() : Json(VisibleText(error));
 }
@@ -108,7 +124,7 @@ std::string CheckDocument(std::vector<Judgement> const& judgements) {
         document["files"].push_back(
             {{"file", VisibleText(judgement.file)},
              {"error", ErrorJson(judgement.error)},
-             {"findings", FindingsJson(judgement.findings)}});
+             {"findings", DiagnosticsJson(judgement.diagnostics)}});
     }
     return Finish(document);
 }

@@ -29,7 +29,8 @@ std::string ChangeDocument(
     std::vector<pdfsettings::Finding> const& findings,
     std::string const& file);
 
-// {"version", "files": [{"file", "error", "findings"}]}; no error is null.
+// {"version", "files": [{"file", "error", "findings": [{"line", "column", "length", "severity",
+// "id", "key", "message"}]}]}; no error and no key are null. The length is in bytes.
 std::string CheckDocument(std::vector<Judgement> const& judgements);
 
 // {"version", "files": [{"file", "error", "differs"}]}

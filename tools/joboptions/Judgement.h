@@ -1,18 +1,20 @@
 // What commands say of one file.
 #pragma once
 
-#include "host/Finding.h"
+#include "tools/joboptions/Diagnostics.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace joboptions {
 
-// Of its values.
+// Of its text and its values.
 struct Judgement {
     std::string file;
     std::string error; // why it could not be read or parsed; empty if it could
-    std::vector<pdfsettings::Finding> findings;
+    std::optional<pdfsettings::Document> document; // none for a file that could not be read
+    std::vector<Diagnostic> diagnostics;           // in the order of the text
 };
 
 // Of its layout.

@@ -1,14 +1,10 @@
 #include "tools/joboptions/SetCommand.h"
 
+#include "host/Splice.h"
 #include "tools/joboptions/Assignment.h"
-#include "tools/joboptions/Comments.h"
-#include "tools/joboptions/Differences.h"
-#include "tools/joboptions/Findings.h"
+#include "tools/joboptions/Change.h"
 #include "tools/joboptions/Input.h"
-#include "tools/joboptions/JsonDocuments.h"
-#include "tools/joboptions/Layout.h"
 #include "tools/joboptions/Locate.h"
-#include "tools/joboptions/Replace.h"
 #include "tools/joboptions/SchemaOption.h"
 #include "tools/joboptions/Utf8.h"
 
@@ -17,6 +13,24 @@
 #include <fmt/format.h>
 
 namespace joboptions {
+
+namespace {
+
+// The text with the values of all assignments. A text without settings gets some.
+std::string Splice(std::string text, std::vector<ValueText> const& values) {
+    if (!pdfsettings::Document(text).Body()) {
+        text += (text.empty() || text.ends_with('\n') ? "" : "\n");
+        text += "<<\n>> setalembicorparams\n";
+    }
+    for (auto const& [path, value] : values) {
+        if (auto changed = WithValue(pdfsettings::Document(text), path, value)) {
+            text = std::move(*changed);
+        }
+    }
+    return text;
+}
+
+} // namespace
 
 SetCommand::SetCommand(CLI::App& program, Options& options)
     : Command(program, "set", "Change settings of a file, if all new values are allowed"),
@@ -50,25 +64,13 @@ Status SetCommand::Run() const {
     auto [settings, text] = OpenWithText(component, file, schema.Text());
     pdfsettings::Dictionary const before = settings.Values();
     auto const rules = schema.Settings();
-    pdfsettings::Dictionary const changes = ReadAssignments(component, before, rules, fAssignments);
-    WarnOfUnknown(rules, changes);
-    auto const findings = settings.Set(changes);
+    auto const assignments = ReadAssignments(component, before, rules, fAssignments);
+    WarnOfUnknown(rules, assignments.changes);
+    auto const findings = settings.Set(assignments.changes);
     pdfsettings::Dictionary const after = settings.Values();
-    auto const differences = Compare(before, after);
-    if (fOptions.json) {
-        WriteOutput(ChangeDocument(differences, findings, file));
-    }
-    if (!findings.empty()) {
-        throw Failure(Status::kRefused, FindingsText(file, findings));
-    }
-    if (fOptions.dryRun) {
-        WriteOutput(fOptions.json ? "" : DifferencesText(differences));
-        return Status::kDone;
-    }
-    std::string const laidOut = LayOut(component, settings, file);
-    WarnOfComments(file, text);
-    Replace(file, settings, laidOut, fOptions);
-    return Status::kDone;
+    std::string const changed = findings.empty() ? Splice(text, assignments.texts) : text;
+    RequireSettings(component, file, changed, after);
+    return Finish({file, settings, before, after, findings, changed}, fOptions);
 }
 
 // A misspelled key is allowed, for settings may hold what no schema knows.
@@ -80,12 +82,6 @@ void SetCommand::WarnOfUnknown(
         if (std::ranges::find(rules, key, &pdfsettings::SettingRule::key) == rules.end()) {
             WriteWarning(fmt::format("{}: the schema has no such setting", VisibleText(key)));
         }
-    }
-}
-
-void SetCommand::WarnOfComments(std::string const& file, std::string const& text) const {
-    if (HasComments(text) && !fOptions.quiet) {
-        WriteWarning(fmt::format("{}: comments are not kept", InputName(file)));
     }
 }
 

@@ -24,7 +24,6 @@ private:
     void WarnOfUnknown(
         std::vector<pdfsettings::SettingRule> const& rules,
         pdfsettings::Dictionary const& changes) const;
-    void WarnOfComments(std::string const& file, std::string const& text) const;
 
     Options const& fOptions;
     std::string fFile;

@@ -9,6 +9,7 @@
 #include "tools/joboptions/Output.h"
 #include "tools/joboptions/SetCommand.h"
 #include "tools/joboptions/ShowCommand.h"
+#include "tools/joboptions/UnsetCommand.h"
 #include "tools/joboptions/Utf8.h"
 
 #include <CLI/CLI.hpp>
@@ -40,6 +41,7 @@ public:
         Add<ShowCommand>();
         Add<GetCommand>();
         Add<SetCommand>();
+        Add<UnsetCommand>();
         Add<CheckCommand>();
         Add<DiffCommand>();
         Add<FmtCommand>();

@@ -1,0 +1,37 @@
+// Changes of a file in its own text: judged, shown, saved.
+#pragma once
+
+#include "host/Component.h"
+#include "host/Finding.h"
+#include "host/Settings.h"
+#include "tools/joboptions/Failure.h"
+#include "tools/joboptions/Options.h"
+
+#include <string>
+#include <vector>
+
+namespace joboptions {
+
+// The settings of a file before and after a change.
+struct Change {
+    std::string file;
+    pdfsettings::Settings const& settings; // bound to the file
+    pdfsettings::Dictionary before;
+    pdfsettings::Dictionary after;
+    std::vector<pdfsettings::Finding> findings; // faults of the result
+    std::string text;                           // of the result; not looked at when it has faults
+};
+
+// Shows the change, or saves it where options say. Status::kDone; throws Failure with
+// Status::kRefused for a result with faults, and as Replace.
+Status Finish(Change const& change, Options const& options);
+
+// Makes sure that text gives those settings. Throws Failure with Status::kRefused, in which file is
+// named, when it does not.
+void RequireSettings(
+    pdfsettings::Component const& component,
+    std::string const& file,
+    std::string const& text,
+    pdfsettings::Dictionary const& settings);
+
+} // namespace joboptions

@@ -1,0 +1,287 @@
+#include "tools/joboptions/Diagnostics.h"
+
+#include "host/Path.h"
+#include "tools/joboptions/Differences.h"
+#include "tools/joboptions/Input.h"
+#include "tools/joboptions/Layout.h"
+#include "tools/joboptions/Nearest.h"
+#include "tools/joboptions/Utf8.h"
+#include "tools/joboptions/ValueText.h"
+
+#include <algorithm>
+#include <fmt/format.h>
+#include <regex>
+#include <set>
+
+namespace joboptions {
+
+using pdfsettings::Document;
+using pdfsettings::DocumentEntry;
+using pdfsettings::SettingRule;
+using pdfsettings::Severity;
+using pdfsettings::Span;
+
+namespace {
+
+// A file of nothing but unknown settings must not take for ever.
+constexpr std::size_t kMostHints = 100;
+
+Diagnostic MakeDiagnostic(
+    Document const& document,
+    Severity severity,
+    std::string id,
+    Span span,
+    std::string key,
+    std::string message) {
+    return {
+        severity,
+        std::move(id),
+        span,
+        document.PlaceOf(span.begin),
+        std::move(key),
+        std::move(message)};
+}
+
+// Where the value at a path stands; for one that is missing, where it belongs.
+Span SpanOf(Document const& document, std::string const& path) {
+    DocumentEntry const* const entry = document.Find(path);
+    if (entry != nullptr) {
+        return entry->value;
+    }
+    std::size_t const slash = path.rfind('/');
+    if (slash != std::string::npos && slash > 0) {
+        Span const parent = SpanOf(document, path.substr(0, slash));
+        return {parent.begin, std::min(parent.begin + 2, parent.end)};
+    }
+    std::size_t const body = document.Body() ? document.Body()->begin : 0;
+    return {body < 2 ? 0 : body - 2, body};
+}
+
+// A path in a finding names elements as "[2]", other paths as "/2".
+std::string PathOf(std::string const& key) {
+    static std::regex const kPosition("\\[([0-9]+)\\]");
+    return std::regex_replace(key, kPosition, "/$1");
+}
+
+// The rule's form of a path names all elements as "[]".
+std::string RuleKeyOf(std::string const& key) {
+    static std::regex const kPosition("\\[[0-9]+\\]");
+    return std::regex_replace(key, kPosition, "[]");
+}
+
+SettingRule const* FindRule(std::vector<SettingRule> const& rules, std::string const& key) {
+    auto const rule = std::ranges::find(rules, RuleKeyOf(key), &SettingRule::key);
+    return rule == rules.end() ? nullptr : &*rule;
+}
+
+std::vector<std::string> AllowedWords(SettingRule const& rule) {
+    std::vector<std::string> words;
+    for (pdfsettings::Value const& value : rule.allowed) {
+        if (auto const* const word = value.If<pdfsettings::Word>()) {
+            words.push_back(word->text);
+        }
+    }
+    return words;
+}
+
+// The allowed name that is probably meant, as the end of a message.
+std::string
+NameHint(Document const& document, SettingRule const* rule, pdfsettings::Finding const& finding) {
+    auto const* const value = pdfsettings::Find(document.Values(), PathOf(finding.key));
+    auto const* const word = value == nullptr ? nullptr : value->If<pdfsettings::Word>();
+    if (rule == nullptr || word == nullptr) {
+        return "";
+    }
+    std::string const nearest = Nearest(word->text, AllowedWords(*rule));
+    return nearest.empty() ? "" : fmt::format("; did you mean /{}?", nearest);
+}
+
+// The keys that the schema has next to a path, by the last part of theirs.
+std::vector<std::string>
+Neighbours(std::vector<SettingRule> const& rules, std::string const& parent) {
+    std::vector<std::string> names;
+    for (SettingRule const& rule : rules) {
+        bool const isInside = parent.empty() || rule.key.starts_with(parent + "/");
+        std::string const name =
+            isInside ? rule.key.substr(parent.empty() ? 0 : parent.size() + 1) : std::string();
+        if (!name.empty() && name.find_first_of("/[") == std::string::npos) {
+            names.push_back(name);
+        }
+    }
+    return names;
+}
+
+// Walks over the entries with the path of each, in the form of findings.
+class PathWalk {
+public:
+    explicit PathWalk(Document const& document) : fDocument(document) {}
+
+    // Calls visit(entry, path of the dictionary it stands in, its key) for each setting.
+    template <class Visit>
+    void Run(Visit const& visit) {
+        for (DocumentEntry const& entry : fDocument.Entries()) {
+            fParents.resize(entry.depth + 1);
+            fPositions.resize(entry.depth + 1);
+            std::string const parent = fParents[entry.depth];
+            bool const isElement = entry.key.Size() == 0;
+            std::string const key = fDocument.KeyOf(entry);
+            if (!isElement) {
+                visit(entry, parent, key);
+            }
+            std::string const name = isElement ? fmt::format("[{}]", fPositions[entry.depth]++)
+                                               : (parent.empty() ? "" : "/") + key;
+            fParents.push_back(parent + name);
+            fPositions.push_back(0);
+        }
+    }
+
+private:
+    Document const& fDocument;
+    std::vector<std::string> fParents{1};
+    std::vector<std::size_t> fPositions{0};
+};
+
+// As much of a line as can be shown, around the place that is meant.
+struct Excerpt {
+    std::string line;
+    std::string carets;
+};
+
+Excerpt MakeExcerpt(Document const& document, Span span) {
+    constexpr std::size_t kBefore = 60;
+    constexpr std::size_t kWidth = 120;
+    std::string const& text = document.Text();
+    Span line = document.LineAt(span.begin);
+    span.end = std::clamp(span.end, span.begin, line.end);
+    bool const isCut = span.begin - line.begin > kBefore;
+    line.begin = isCut ? span.begin - kBefore : line.begin;
+    line.end = std::min(line.end, line.begin + kWidth);
+    span.end = std::clamp(span.end, span.begin, line.end);
+    auto const shown = [&text](std::size_t begin, std::size_t end) {
+        std::string bytes = text.substr(begin, end - begin);
+        std::ranges::replace(bytes, '\t', ' ');
+        return VisibleText(bytes);
+    };
+    std::size_t const width = DisplayWidth(shown(span.begin, span.end));
+    return {
+        shown(line.begin, line.end),
+        std::string(DisplayWidth(shown(line.begin, span.begin)), ' ') +
+            std::string(std::max<std::size_t>(width, 1), '^')};
+}
+
+std::string
+DiagnosticLine(std::string const& file, Diagnostic const& diagnostic, char const* severity) {
+    return fmt::format(
+        "{}:{}:{}: {}{}{}{} [{}]",
+        InputName(file),
+        diagnostic.place.line,
+        diagnostic.place.column,
+        severity,
+        VisibleText(diagnostic.key),
+        diagnostic.key.empty() ? "" : ": ",
+        VisibleText(diagnostic.message),
+        diagnostic.id);
+}
+
+} // namespace
+
+std::vector<Diagnostic> TextDiagnostics(Document const& document) {
+    std::vector<Diagnostic> diagnostics;
+    for (auto const& [severity, id, span, message] : document.Findings()) {
+        diagnostics.push_back(MakeDiagnostic(document, severity, id, span, "", message));
+    }
+    return diagnostics;
+}
+
+std::vector<Diagnostic> SchemaDiagnostics(
+    Document const& document,
+    std::vector<pdfsettings::Finding> const& findings,
+    std::vector<SettingRule> const& rules) {
+    std::vector<Diagnostic> diagnostics;
+    for (pdfsettings::Finding const& finding : findings) {
+        std::string const hint = NameHint(document, FindRule(rules, finding.key), finding);
+        diagnostics.push_back(MakeDiagnostic(
+            document,
+            Severity::kError,
+            "value",
+            SpanOf(document, PathOf(finding.key)),
+            finding.key,
+            finding.message + hint));
+    }
+    return diagnostics;
+}
+
+std::vector<Diagnostic>
+UnknownKeys(Document const& document, std::vector<SettingRule> const& rules) {
+    std::set<std::string> known;
+    for (SettingRule const& rule : rules) {
+        known.insert(rule.key);
+    }
+    std::vector<Diagnostic> diagnostics;
+    PathWalk(document).Run(
+        [&](DocumentEntry const& entry, std::string const& parent, std::string const& key) {
+            std::string const parentKey = RuleKeyOf(parent);
+            bool const isKnown = known.contains(parentKey.empty() ? key : parentKey + "/" + key);
+            bool const mayAsk = !isKnown && diagnostics.size() < kMostHints;
+            auto const neighbours =
+                isKnown ? std::vector<std::string>() : Neighbours(rules, parentKey);
+            if (neighbours.empty()) {
+                return;
+            }
+            std::string const nearest = mayAsk ? Nearest(key, neighbours) : std::string();
+            diagnostics.push_back(MakeDiagnostic(
+                document,
+                Severity::kWarning,
+                "unknown-key",
+                entry.key,
+                parent.empty() ? key : parent + "/" + key,
+                nearest.empty()
+                    ? "the schema has no such setting"
+                    : fmt::format("the schema has no such setting; did you mean {}?", nearest)));
+        });
+    return diagnostics;
+}
+
+std::vector<Diagnostic> RoundedNumbers(
+    pdfsettings::Component const& component,
+    Document const& document,
+    pdfsettings::Settings const& settings) {
+    std::vector<Diagnostic> diagnostics;
+    pdfsettings::Dictionary const before = settings.Values();
+    pdfsettings::Dictionary const after =
+        pdfsettings::Settings::FromText(component, settings.Text()).Values();
+    for (auto const& [path, from, to] : Compare(before, after)) {
+        bool const isNumber = from != nullptr && to != nullptr && from->If<double>() != nullptr &&
+                              to->If<double>() != nullptr;
+        if (isNumber) {
+            diagnostics.push_back(MakeDiagnostic(
+                document,
+                Severity::kWarning,
+                "rounded",
+                SpanOf(document, path),
+                path,
+                fmt::format("{} is written as {}", OneLine(*from), OneLine(*to))));
+        }
+    }
+    return diagnostics;
+}
+
+std::string
+DiagnosticText(std::string const& file, Document const& document, Diagnostic const& diagnostic) {
+    auto const [line, carets] = MakeExcerpt(document, diagnostic.span);
+    return fmt::format(
+        "{}\n{:>5} | {}\n      | {}\n",
+        DiagnosticLine(
+            file, diagnostic, diagnostic.severity == Severity::kError ? "error: " : "warning: "),
+        diagnostic.place.line,
+        line,
+        carets);
+}
+
+std::string RefusalText(std::string const& file, Document const& document) {
+    auto const diagnostics = TextDiagnostics(document);
+    auto const error = std::ranges::find(diagnostics, Severity::kError, &Diagnostic::severity);
+    return error == diagnostics.end() ? std::string() : DiagnosticLine(file, *error, "");
+}
+
+} // namespace joboptions

@@ -1,0 +1,52 @@
+// What is said about a file, at its place in it.
+#pragma once
+
+#include "host/Component.h"
+#include "host/Document.h"
+#include "host/Finding.h"
+#include "host/Schema.h"
+#include "host/Settings.h"
+
+#include <string>
+#include <vector>
+
+namespace joboptions {
+
+// One finding with its place.
+struct Diagnostic {
+    pdfsettings::Severity severity;
+    std::string id; // see docs/findings.md
+    pdfsettings::Span span;
+    pdfsettings::Place place; // of the first byte of span
+    std::string key;          // the path of the setting, if it is about one
+    std::string message;
+};
+
+// What stands in a text otherwise than it looks.
+std::vector<Diagnostic> TextDiagnostics(pdfsettings::Document const& document);
+
+// What the schema does not allow; a name that is nearly an allowed one is named.
+std::vector<Diagnostic> SchemaDiagnostics(
+    pdfsettings::Document const& document,
+    std::vector<pdfsettings::Finding> const& findings,
+    std::vector<pdfsettings::SettingRule> const& rules);
+
+// Settings that the schema does not know, with the one that may be meant.
+std::vector<Diagnostic> UnknownKeys(
+    pdfsettings::Document const& document, std::vector<pdfsettings::SettingRule> const& rules);
+
+// Numbers that the component writes otherwise than they are.
+std::vector<Diagnostic> RoundedNumbers(
+    pdfsettings::Component const& component,
+    pdfsettings::Document const& document,
+    pdfsettings::Settings const& settings);
+
+// "file:line:column: error: key: message [id]", and the line of the text with carets below what is
+// meant. With line ends.
+std::string DiagnosticText(
+    std::string const& file, pdfsettings::Document const& document, Diagnostic const& diagnostic);
+
+// Why the component refuses a text, "file:line:column: message [id]"; empty for one that it reads.
+std::string RefusalText(std::string const& file, pdfsettings::Document const& document);
+
+} // namespace joboptions

@@ -1,0 +1,12 @@
+// Did you mean …?
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace joboptions {
+
+// The one of choices that word may be a misspelling of; empty for none.
+std::string Nearest(std::string const& word, std::vector<std::string> const& choices);
+
+} // namespace joboptions

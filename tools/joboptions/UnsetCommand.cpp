@@ -1,0 +1,83 @@
+#include "tools/joboptions/UnsetCommand.h"
+
+#include "host/Path.h"
+#include "host/Splice.h"
+#include "tools/joboptions/Change.h"
+#include "tools/joboptions/Input.h"
+#include "tools/joboptions/Locate.h"
+#include "tools/joboptions/SchemaOption.h"
+#include "tools/joboptions/Utf8.h"
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+namespace joboptions {
+
+using pdfsettings::Dictionary;
+
+namespace {
+
+// Throws Failure for keys that cannot be taken out.
+void RequireKeys(
+    std::string const& file, Dictionary const& settings, std::vector<std::string> const& keys) {
+    std::string faults;
+    for (std::string const& key : keys) {
+        if (key == pdfsettings::kTailKey || Find(settings, key) == nullptr) {
+            faults += fmt::format(
+                "{}{}: no such key: {}",
+                faults.empty() ? "" : "\n",
+                InputName(file),
+                VisibleText(key));
+        }
+    }
+    if (!faults.empty()) {
+        throw Failure(Status::kNo, faults);
+    }
+}
+
+std::string Remove(std::string text, std::vector<std::string> const& keys) {
+    for (std::string const& key : keys) {
+        auto changed = Without(pdfsettings::Document(text), key);
+        if (changed) {
+            text = std::move(*changed);
+        }
+    }
+    return text;
+}
+
+} // namespace
+
+UnsetCommand::UnsetCommand(CLI::App& program, Options& options)
+    : Command(program, "unset", "Take settings out of a file"),
+      fOptions(options) {
+    AddFile(Parser(), options, fFile);
+    Parser().add_option("KEY", fKeys, "Keys, as for get")->required()->type_name("");
+    AddOutput(Parser(), options, "Write the changed settings there, and leave FILE as it is");
+    AddDryRun(Parser(), options);
+    AddForce(Parser(), options, "Save though somebody else changed FILE meanwhile");
+    AddSchema(Parser(), options);
+    AddJson(Parser(), options);
+    AddOptions(Parser(), options);
+    Parser().footer("Examples:\n"
+                    "  joboptions unset office.joboptions ColorImageDict\n"
+                    "  joboptions unset -n office.joboptions ColorImageDict/QFactor NeverEmbed");
+}
+
+Status UnsetCommand::Run() const {
+    pdfsettings::Component const component;
+    std::string const file = LocateForChange(component, fFile, fOptions);
+    pdfsettings::Schema const schema = ReadSchema(component, fOptions);
+    auto const [settings, text] = OpenWithText(component, file, schema.Text());
+    Dictionary const before = settings.Values();
+    RequireKeys(file, before, fKeys);
+    std::string const changed = Remove(text, fKeys);
+    Dictionary after = before;
+    for (std::string const& key : fKeys) {
+        RemoveAt(after, key);
+    }
+    RequireSettings(component, file, changed, after);
+    auto const findings = ParseSettings(component, file, changed, schema.Text()).Validate();
+    return Finish({file, settings, before, after, findings, changed}, fOptions);
+}
+
+} // namespace joboptions
