@@ -50,14 +50,7 @@ DocumentEntry const* Document::Find(std::string_view path) const {
     std::size_t end = fEntries.size();
     for (;;) {
         std::string_view const part = FirstPart(path);
-        DocumentEntry const* found = nullptr;
-        std::size_t position = 0;
-        for (std::size_t i = begin; i < end; i = fEntries[i].next, ++position) {
-            bool const isElement = fEntries[i].key.Size() == 0;
-            if (isElement ? PositionIn(part) == position : KeyOf(fEntries[i]) == part) {
-                found = &fEntries[i];
-            }
-        }
+        DocumentEntry const* const found = FindAmong(begin, end, part);
         if (found == nullptr || part.size() == path.size()) {
             return found;
         }
@@ -65,6 +58,19 @@ DocumentEntry const* Document::Find(std::string_view path) const {
         begin = static_cast<std::size_t>(found - fEntries.data()) + 1;
         end = found->next;
     }
+}
+
+DocumentEntry const*
+Document::FindAmong(std::size_t begin, std::size_t end, std::string_view part) const {
+    DocumentEntry const* found = nullptr;
+    std::size_t position = 0;
+    for (std::size_t i = begin; i < end; i = fEntries[i].next, ++position) {
+        bool const isElement = fEntries[i].key.Size() == 0;
+        if (isElement ? PositionIn(part) == position : KeyOf(fEntries[i]) == part) {
+            found = &fEntries[i];
+        }
+    }
+    return found;
 }
 
 std::string Document::KeyOf(DocumentEntry const& entry) const {

@@ -69,6 +69,9 @@ public:
     Span LineAt(std::size_t offset) const;
 
 private:
+    // The last entry of that key or position among those from begin to end, without what they hold.
+    DocumentEntry const* FindAmong(std::size_t begin, std::size_t end, std::string_view part) const;
+
     std::string fText;
     Refusal fRefusal = Refusal::kNone;
     Dictionary fValues;

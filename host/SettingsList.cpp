@@ -89,9 +89,9 @@ bool ListedSettings::IsHiddenFrom(std::string const& application) const {
 }
 
 std::vector<ListedSettings>
-SettingsList::Read(Component const& component, std::string const& application) {
+SettingsList::Read(Component const& component, std::optional<std::string> const& application) {
     Bindings const& tables = component.fRunning->Tables();
-    auto const appName = detail::ToComponent(application);
+    auto const appName = application ? detail::ToComponent(*application) : std::nullopt;
     auto const list = detail::Share(tables, detail::ReportedCall("GetListofPDFSettings", [&] {
                                         return tables.statics.GetListofPDFSettings(
                                             appName ? appName->c_str() : nullptr);

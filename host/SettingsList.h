@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -28,18 +29,15 @@ struct ListedSettings {
 class SettingsList {
 public:
     // The settings files, read anew: the administrator's first, each name once. application: the
-    // one whose display names apply, in UTF-8. Files hidden from it are in the list. A folder that
-    // cannot be read adds nothing. Throws Error for a NUL in application and when memory runs out.
+    // one whose display names apply, in UTF-8; none for the files' own names. Files hidden from it
+    // are in the list. A folder that cannot be read adds nothing. Throws Error for a NUL in
+    // application and when memory runs out.
     static std::vector<ListedSettings>
-    Read(Component const& component, std::string const& application = {});
+    Read(Component const& component, std::optional<std::string> const& application = {});
 
     // The user's settings folder, in UTF-8 without a slash at its end, which is made where it is
     // missing; empty where the system has none. Throws Error when memory runs out.
     static std::string UserFolder(Component const& component);
-
-    // The administrator's settings folder, in the same form, which need not exist; empty where an
-    // administrator wants none. It is found in the preferences, as the component finds it.
-    static std::string AdminFolder();
 };
 
 } // namespace pdfsettings

@@ -73,10 +73,10 @@ std::string Replaced(std::string const& text, Span span, std::string_view value)
 
 // A dictionary in a document: what stands between its brackets, and its entries.
 struct Parent {
-    Span body;
-    std::size_t first; // of its entries
-    std::size_t end;   // behind the last one
-    std::size_t depth; // of them
+    Span fBody;
+    std::size_t fFirst; // of its entries
+    std::size_t fEnd;   // behind the last one
+    std::size_t fDepth; // of them
 };
 
 std::optional<Parent> FindParent(Document const& document, std::string_view path) {
@@ -99,7 +99,7 @@ std::optional<Parent> FindParent(Document const& document, std::string_view path
 // The last entry of a dictionary; null for an empty one.
 DocumentEntry const* LastEntry(Document const& document, Parent const& parent) {
     DocumentEntry const* last = nullptr;
-    for (std::size_t i = parent.first; i < parent.end; i = document.Entries()[i].next) {
+    for (std::size_t i = parent.fFirst; i < parent.fEnd; i = document.Entries()[i].next) {
         last = &document.Entries()[i];
     }
     return last;
@@ -122,18 +122,18 @@ std::string InsertAlone(Document const& document, Parent const& parent, std::str
     std::string const& text = document.Text();
     std::string const lineEnd = LineEndIn(text);
     std::string indent;
-    for (std::size_t depth = 0; depth < parent.depth; ++depth) {
+    for (std::size_t depth = 0; depth < parent.fDepth; ++depth) {
         indent += kIndent;
     }
-    std::string changed = text.substr(0, parent.body.begin);
+    std::string changed = text.substr(0, parent.fBody.begin);
     changed += lineEnd;
     changed += indent;
     changed += kIndent;
     changed += entry;
-    std::size_t const rest = BeforeBlanks(text, parent.body.end, kBlanks);
-    bool const hasLineEnd = rest > parent.body.begin && IsLineStart(text, rest);
-    return changed + text.substr(parent.body.begin, parent.body.Size()) +
-           (hasLineEnd ? "" : lineEnd + indent) + text.substr(parent.body.end);
+    std::size_t const rest = BeforeBlanks(text, parent.fBody.end, kBlanks);
+    bool const hasLineEnd = rest > parent.fBody.begin && IsLineStart(text, rest);
+    return changed + text.substr(parent.fBody.begin, parent.fBody.Size()) +
+           (hasLineEnd ? "" : lineEnd + indent) + text.substr(parent.fBody.end);
 }
 
 std::string_view ParentPath(std::string_view path) {
@@ -152,6 +152,17 @@ std::string Removed(std::string const& text, Span span) {
     bool const hasBlankBefore = indent < span.begin;
     std::size_t const end = hasBlankBefore ? next : span.end;
     return text.substr(0, span.begin) + text.substr(isRest ? span.end : end);
+}
+
+// Settings without an entry must have nothing between their brackets. before: the body when it was
+// so many bytes longer.
+void RemoveBlankBody(std::string& text, Span before, std::size_t removed) {
+    std::size_t const size = before.Size() - std::min(removed, before.Size());
+    auto const begin = text.begin() + static_cast<std::ptrdiff_t>(before.begin);
+    auto const end = begin + static_cast<std::ptrdiff_t>(size);
+    if (std::all_of(begin, end, &IsBlank)) {
+        text.erase(begin, end);
+    }
 }
 
 } // namespace
@@ -180,6 +191,7 @@ std::optional<std::string> Without(Document const& document, std::string_view pa
     bool const isElement = entry->key.Size() == 0;
     Span const span{isElement ? entry->value.begin : entry->key.begin, entry->value.end};
     std::string text = Removed(document.Text(), span);
+    RemoveBlankBody(text, *document.Body(), document.Text().size() - text.size());
     // An earlier entry of the same key would count from now on.
     auto further = isElement ? std::nullopt : Without(Document(text), path);
     return further ? std::move(further) : std::optional(std::move(text));

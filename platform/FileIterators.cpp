@@ -42,8 +42,8 @@ bool IsLink(int folder, char const* name) noexcept {
     return fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISLNK(status.st_mode);
 }
 
-// The status of the next item and its name, which is *bytes to the system; an item that has gone
-// meanwhile is passed over.
+// The status of the next item and its name, which is *bytes to the system. An item that has gone
+// meanwhile or that cannot be looked at is passed over: it must not hide those behind it.
 OSErr NextItem(DIR* stream, FileStatus* status, HFSUniStr255* name, std::string* bytes) {
     for (;;) {
         errno = 0;
@@ -54,10 +54,9 @@ OSErr NextItem(DIR* stream, FileStatus* status, HFSUniStr255* name, std::string*
         if (IsSelfOrParent(entry->d_name) || !platform::DecodeName(entry->d_name, name)) {
             continue;
         }
-        OSErr const error = status->Read(dirfd(stream), entry->d_name);
-        if (error != fnfErr) {
+        if (status->Read(dirfd(stream), entry->d_name) == noErr) {
             *bytes = entry->d_name;
-            return error;
+            return noErr;
         }
     }
 }

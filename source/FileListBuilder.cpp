@@ -74,8 +74,9 @@ void FileListBuilder::AppendFileToList(CPOSDict& info) const {
     }
     std::u16string const name =
         info.HasKey(kSettingsName) ? UnitsOf(TextIn(info, kSettingsName)) : std::u16string();
-    if (fFileList.Append(info) != 0) {
-        fNames.insert(name);
+    auto const place = fNames.insert(name).first;
+    if (fFileList.Append(info) == 0) {
+        fNames.erase(place);
     }
 }
 
@@ -98,12 +99,18 @@ void FileListBuilder::ConvertToDisplayName(CPOSDict& info) const {
     }
 }
 
+void FileListBuilder::NotePair(CPOSUnicodeString const& fileName, unsigned int place) {
+    if (fileName.IsValid()) {
+        fPairs.emplace(UnitsOf(fileName), place);
+    }
+}
+
 void FileListBuilder::NotePairs() {
     try {
         auto const count = static_cast<unsigned int>(fDisplayNames.Count());
         for (unsigned int i = 0; i < count; ++i) {
             CPOSArray const pair(fDisplayNames[i], /*quiet=*/false);
-            fPairs.emplace(UnitsOf(CPOSUnicodeString(pair[0], /*quiet=*/false)), i);
+            NotePair(CPOSUnicodeString(pair[0], /*quiet=*/true), i);
         }
     } catch (...) {
         // Files of pairs that could not be looked at keep their names.

@@ -16,6 +16,7 @@
 #include "bib/BIBClientBase.h"
 #include "bib/POSArray.h"
 #include "bib/POSDict.h"
+#include "bib/POSUnicodeString.h"
 
 namespace PDFSettingsImpl {
 
@@ -59,6 +60,7 @@ public:
 private:
     // Fills fPairs, up to the first pair that is none.
     void NotePairs();
+    void NotePair(BIB_T_NMT::CPOSUnicodeString const& fileName, unsigned int place);
 
     BIB_T_NMT::CPOSArray fFileList;
     ForWhichDirectory fWhichDirectory;

@@ -8,7 +8,8 @@
 
 namespace PDFSettingsImpl {
 
-// The preferences of one domain. All operations may throw CBIBError where memory runs out.
+// The preferences of one domain. What cannot be read of them for want of memory counts as missing;
+// making one may throw CBIBError.
 class RegistryHelper : public BIB_T_NMT::CBIBVirtualClientBase {
 public:
     // The preferences of the user and of the machine's administrator, read now; a new object for
@@ -19,7 +20,7 @@ public:
     // Whether there are preferences that could be read.
     virtual bool IsValid() const = 0;
 
-    // Notes the settings folder in the preferences, if they can be written.
+    // Notes the settings folder in preferences that can be written. Property lists are only read.
     virtual void SetDirectory(UnicodeEncodingNS::Unicode16 const& directory) = 0;
 
     // The settings folder that the preferences name into directory; false when they name none.

@@ -54,6 +54,12 @@ CPOSBinData MakeDate(UTCDateTime const& date) {
         "Apple_UTCDateTime", reinterpret_cast<unsigned char const*>(&date), sizeof date);
 }
 
+// A path that is no UTF-8 has no text.
+bool IsEmpty(UnicodeEncodingNS::Unicode16 const& text) {
+    return text.GetString(UnicodeEncodingNS::kByteOrderNative, /*terminate=*/false, /*mark=*/false)
+               .GetNumElements() == 0;
+}
+
 // A record that lost one of its values for want of memory would spoil the list.
 void Put(CPOSDict const& info, char const* key, CPOSObject const& value) {
     info.Put(key, value);
@@ -70,14 +76,16 @@ bool MakeSettingsFileInfo(
     if (!HasExtension(path) || name.length == kExtensionLength) {
         return false;
     }
+    auto const fullPath = CreateUnicode16(UnicodeEncodingNS::Unicode8(path));
+    if (IsEmpty(fullPath)) {
+        return false;
+    }
     if (name.length > kExtensionLength) {
         Put(*info,
             kSettingsName,
             CreateCPOSUnicodeString(UnicodeEncodingNS::ExactText(ShownName(name))));
     }
-    Put(*info,
-        kFullFilePath,
-        CreateCPOSUnicodeString(CreateUnicode16(UnicodeEncodingNS::Unicode8(path))));
+    Put(*info, kFullFilePath, CreateCPOSUnicodeString(fullPath));
     Put(*info, kReadOnly, CPOSNumber(IsReadOnly(catalogInfo) ? 1 : 0));
     Put(*info, kModDate, MakeDate(catalogInfo.contentModDate));
     return true;

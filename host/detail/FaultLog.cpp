@@ -7,7 +7,7 @@
 namespace pdfsettings::detail {
 
 void FaultLog::Warn(char const* id, Span span, std::string message) {
-    Add(id, span, std::move(message), false);
+    Add(id, span, std::move(message), /*leadsAstray=*/false);
 }
 
 void FaultLog::WarnOfRest(char const* id, Span span, std::size_t end, std::string message) {
@@ -16,7 +16,7 @@ void FaultLog::WarnOfRest(char const* id, Span span, std::size_t end, std::strin
 }
 
 void FaultLog::WarnAstray(char const* id, Span span, std::string message) {
-    Add(id, span, std::move(message), true);
+    Add(id, span, std::move(message), /*leadsAstray=*/true);
     if (!fGoneAstray) {
         fGoneAstray = fFaults.size() - 1;
     }
@@ -39,7 +39,7 @@ void FaultLog::BlameRest() {
 
 void FaultLog::Refuse(char const* id, Span span, std::string message) {
     if (!fGoneAstray) {
-        Add(id, span, std::move(message), false);
+        Add(id, span, std::move(message), /*leadsAstray=*/false);
         fGoneAstray = fFaults.size() - 1;
     }
     fFaults[*fGoneAstray].fFinding.severity = Severity::kError;

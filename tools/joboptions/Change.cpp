@@ -32,7 +32,8 @@ void RequireSettings(
     pdfsettings::Component const& component,
     std::string const& file,
     std::string const& text,
-    pdfsettings::Dictionary const& settings) {
+    pdfsettings::Dictionary const& settings,
+    char const* instead) {
     try {
         if (pdfsettings::Settings::FromText(component, text).Values() == settings) {
             return;
@@ -43,9 +44,9 @@ void RequireSettings(
     throw Failure(
         Status::kRefused,
         fmt::format(
-            "{}: this change cannot be made in its text so that it reads back; lay it out with "
-            "joboptions fmt first",
-            InputName(file)));
+            "{}: this change cannot be made in its text so that it reads back; {}",
+            InputName(file),
+            instead));
 }
 
 } // namespace joboptions

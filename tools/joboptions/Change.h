@@ -26,12 +26,13 @@ struct Change {
 // Status::kRefused for a result with faults, and as Replace.
 Status Finish(Change const& change, Options const& options);
 
-// Makes sure that text gives those settings. Throws Failure with Status::kRefused, in which file is
-// named, when it does not.
+// Makes sure that text gives those settings. Throws Failure with Status::kRefused, which names file
+// and says what to do instead, when it does not.
 void RequireSettings(
     pdfsettings::Component const& component,
     std::string const& file,
     std::string const& text,
-    pdfsettings::Dictionary const& settings);
+    pdfsettings::Dictionary const& settings,
+    char const* instead);
 
 } // namespace joboptions

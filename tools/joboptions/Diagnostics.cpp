@@ -143,8 +143,8 @@ private:
 
 // As much of a line as can be shown, around the place that is meant.
 struct Excerpt {
-    std::string line;
-    std::string carets;
+    std::string fLine;
+    std::string fCarets;
 };
 
 Excerpt MakeExcerpt(Document const& document, Span span) {

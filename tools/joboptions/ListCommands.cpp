@@ -1,11 +1,27 @@
 #include "tools/joboptions/ListCommands.h"
 
+#include "host/AdminPreferences.h"
 #include "host/Component.h"
 #include "tools/joboptions/ListText.h"
+#include "tools/joboptions/Utf8.h"
 
 #include <CLI/CLI.hpp>
+#include <fmt/format.h>
 
 namespace joboptions {
+
+namespace {
+
+// Such a list has no effect, and nothing else tells why.
+void WarnOfUnusable(pdfsettings::AdminPreferences const& preferences, Options const& options) {
+    if (preferences.IsUnusable() && !options.quiet) {
+        WriteWarning(fmt::format(
+            "{}: cannot be read as a property list, and has no effect",
+            VisibleText(preferences.File())));
+    }
+}
+
+} // namespace
 
 ListCommand::ListCommand(CLI::App& program, Options& options)
     : Command(program, "list", "List the settings of the administrator's and the user's folder"),
@@ -23,6 +39,7 @@ ListCommand::ListCommand(CLI::App& program, Options& options)
 
 Status ListCommand::Run() const {
     pdfsettings::Component const component;
+    WarnOfUnusable(pdfsettings::AdminPreferences::Read(), fOptions);
     auto entries = ReadEntries(component, fOptions.application);
     if (!fIsAll) {
         std::erase_if(entries, [](ListEntry const& entry) { return entry.isHidden; });
@@ -47,7 +64,9 @@ FolderCommand::FolderCommand(CLI::App& program, Options& options)
 
 Status FolderCommand::Run() const {
     using pdfsettings::SettingsList;
-    std::string const folder = fIsAdmins ? SettingsList::AdminFolder()
+    auto const preferences = pdfsettings::AdminPreferences::Read();
+    WarnOfUnusable(preferences, fOptions);
+    std::string const folder = fIsAdmins ? preferences.SettingsFolder()
                                          : SettingsList::UserFolder(pdfsettings::Component());
     if (folder.empty()) {
         if (!fOptions.quiet) {

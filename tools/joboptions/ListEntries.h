@@ -3,8 +3,10 @@
 
 #include "host/SettingsList.h"
 
+#include <filesystem>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace joboptions {
@@ -14,8 +16,13 @@ struct ListEntry {
     bool isUsers;                             // in the user's folder, not in the administrator's
     bool isHidden;                            // from the application that was asked for
     std::vector<std::string> readOnlyReasons; // all of them
-    std::vector<std::string> shadowed;        // the user's files that are not listed because of it
+    std::vector<std::string> shadowed;        // the files that are not listed because of it
 };
+
+inline constexpr std::string_view kExtension = ".joboptions";
+
+// The name under which a file would be shown without a display name.
+std::string OwnName(std::filesystem::path const& path);
 
 // All of them by their names, for an application or for none.
 std::vector<ListEntry>

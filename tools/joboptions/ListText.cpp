@@ -56,9 +56,14 @@ std::string Applications(ListEntry const& entry, bool isShown) {
     return Join(names, ", ");
 }
 
+// The name to show; a file without one by its path.
+std::string Title(ListEntry const& entry) {
+    std::string const& name = entry.settings.name;
+    return VisibleText(name.empty() ? entry.settings.path : name);
+}
+
 std::string Paragraph(ListEntry const& entry) {
-    return VisibleText(entry.settings.name) + "\n" +
-           Line("File", VisibleText(entry.settings.path)) +
+    return Title(entry) + "\n" + Line("File", VisibleText(entry.settings.path)) +
            Line("Folder", entry.isUsers ? "the user's" : "the administrator's") +
            Line("Modified", LocalTime(entry)) +
            Line("Read-only", Join(entry.readOnlyReasons, "; ")) +
@@ -67,24 +72,19 @@ std::string Paragraph(ListEntry const& entry) {
            Line("Shadows", Join(entry.shadowed, ", "));
 }
 
-std::vector<std::string> Visible(std::vector<std::string> texts) {
-    std::ranges::transform(texts, texts.begin(), &VisibleText);
-    return texts;
-}
-
 } // namespace
 
 std::string ListLines(std::vector<ListEntry> const& entries) {
     std::size_t width = 0;
     for (ListEntry const& entry : entries) {
-        width = std::max(width, DisplayWidth(VisibleText(entry.settings.name)));
+        width = std::max(width, DisplayWidth(Title(entry)));
     }
     width = std::min(width, kWidestName);
     std::string lines;
     for (ListEntry const& entry : entries) {
         lines += fmt::format(
             "{}  {:<9}  {:<6}  {}\n",
-            Padded(VisibleText(entry.settings.name), width),
+            Padded(Title(entry), width),
             entry.settings.isReadOnly ? "read-only" : "",
             entry.isHidden ? "hidden" : "",
             LocalTime(entry));
@@ -105,18 +105,18 @@ std::string ListDocument(std::vector<ListEntry> const& entries) {
     for (ListEntry const& entry : entries) {
         nlohmann::ordered_json applications = nlohmann::ordered_json::object();
         for (auto const& [name, isShown] : entry.settings.isShownIn) {
-            applications[VisibleText(name)] = isShown;
+            applications[name] = isShown;
         }
         document["settings"].push_back(
-            {{"name", VisibleText(entry.settings.name)},
-             {"path", VisibleText(entry.settings.path)},
+            {{"name", entry.settings.name},
+             {"path", entry.settings.path},
              {"folder", entry.isUsers ? "user" : "administrator"},
              {"readOnly", entry.settings.isReadOnly},
              {"reasons", entry.readOnlyReasons},
              {"modified", TimeText(entry.settings.modified, &gmtime_r, "%Y-%m-%dT%H:%M:%SZ")},
              {"hidden", entry.isHidden},
              {"showHide", applications},
-             {"shadows", Visible(entry.shadowed)}});
+             {"shadows", entry.shadowed}});
     }
     return document.dump(2) + "\n";
 }

@@ -5,7 +5,9 @@
 #include "tools/joboptions/Utf8.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <fmt/format.h>
+#include <system_error>
 
 namespace joboptions {
 
@@ -20,14 +22,20 @@ ListEntry FindEntry(
         throw Failure(
             Status::kBadInput,
             fmt::format(
-                "{}: no settings are listed under this name; see joboptions list --all",
-                VisibleText(name)));
+                "{}: no settings are listed under this name; see joboptions list --all --app {}",
+                VisibleText(name),
+                VisibleText(*options.application)));
     }
     return *found;
 }
 
 bool IsListedName(std::string const& file, Options const& options) {
-    return options.application && file != "-" && file.find('/') == std::string::npos;
+    if (!options.application || file == "-") {
+        return false;
+    }
+    // A listed name may have a slash; a path leads to a file.
+    std::error_code error;
+    return file.find('/') == std::string::npos || !std::filesystem::exists(file, error);
 }
 
 } // namespace

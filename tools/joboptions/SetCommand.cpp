@@ -69,7 +69,7 @@ Status SetCommand::Run() const {
     auto const findings = settings.Set(assignments.changes);
     pdfsettings::Dictionary const after = settings.Values();
     std::string const changed = findings.empty() ? Splice(text, assignments.texts) : text;
-    RequireSettings(component, file, changed, after);
+    RequireSettings(component, file, changed, after, "lay it out with joboptions fmt first");
     return Finish({file, settings, before, after, findings, changed}, fOptions);
 }
 

@@ -75,7 +75,8 @@ Status UnsetCommand::Run() const {
     for (std::string const& key : fKeys) {
         RemoveAt(after, key);
     }
-    RequireSettings(component, file, changed, after);
+    RequireSettings(
+        component, file, changed, after, "no dictionary may be left empty: unset the whole of it");
     auto const findings = ParseSettings(component, file, changed, schema.Text()).Validate();
     return Finish({file, settings, before, after, findings, changed}, fOptions);
 }
