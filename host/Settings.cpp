@@ -4,6 +4,7 @@
 #include "host/Error.h"
 #include "host/detail/BuildValues.h"
 #include "host/detail/FilePath.h"
+#include "host/detail/NamespacePositions.h"
 #include "host/detail/ReadStream.h"
 #include "host/detail/ReadValues.h"
 #include "host/detail/ReportChannel.h"
@@ -157,7 +158,11 @@ std::vector<Finding> Settings::Validate() const {
         detail::Share(tables, ReportedCall("IsPDFSettingsValid", [&] {
                           return tables.settings.IsPDFSettingsValid(fState->fSettings.get());
                       }));
-    return ReadFindings(tables, errors.get());
+    auto findings = ReadFindings(tables, errors.get());
+    if (!findings.empty()) {
+        detail::RestorePositions(tables, Values(), findings);
+    }
+    return findings;
 }
 
 std::vector<Finding> Settings::Set(Dictionary const& changes) {
@@ -167,7 +172,12 @@ std::vector<Finding> Settings::Set(Dictionary const& changes) {
         detail::Share(tables, ReportedCall("SetSettings", [&] {
                           return tables.settings.SetSettings(fState->fSettings.get(), dict.get());
                       }));
-    return ReadFindings(tables, errors.get());
+    auto findings = ReadFindings(tables, errors.get());
+    bool const isChanged = changes.Get("OtherNamespaces") != nullptr;
+    if (!findings.empty()) {
+        detail::RestorePositions(tables, isChanged ? changes : Values(), findings);
+    }
+    return findings;
 }
 
 } // namespace pdfsettings

@@ -29,7 +29,7 @@ Span StrayIn(ScannedText const& text, std::size_t from, std::size_t slash) {
 
 } // namespace
 
-DocumentScanner::DocumentScanner(std::string const& text) : fText(text) {}
+DocumentScanner::DocumentScanner(std::string const& text) : fFaults(text.size()), fText(text) {}
 
 void DocumentScanner::Scan() {
     platform::StackWatch const watch;
@@ -40,10 +40,11 @@ void DocumentScanner::Scan() {
         fValues = Dictionary();
         fBody.reset();
     }
-    // A name may begin with the first byte behind the text.
+    // A name may begin with the first byte behind the text, and a refusal leaves entries open.
     for (DocumentEntry& entry : fEntries) {
         entry.key = Within(entry.key);
         entry.value = Within(entry.value);
+        entry.next = entry.next == 0 ? fEntries.size() : entry.next;
     }
 }
 
@@ -105,7 +106,7 @@ void DocumentScanner::ScanSettings() {
         Refuse(
             Refusal::kInvalidFile,
             fCursor < fText.Size() ? "zero-byte" : "unclosed",
-            {std::min(fCursor, fText.Size()), std::min(fCursor + 1, fText.Size())},
+            {fCursor, fCursor + 1},
             fCursor < fText.Size() ? "a zero byte ends the text before the settings end"
                                    : "the settings do not end: expected >> setalembicorparams");
     }
@@ -114,8 +115,7 @@ void DocumentScanner::ScanSettings() {
 void DocumentScanner::ScanEnd() {
     fCursor = fText.Skip(fCursor + 2);
     if (!fText.StandsOn(fCursor, kKeyword)) {
-        std::size_t const begin = std::min(fCursor, fText.Size());
-        Span const found{begin, std::min(fText.EndOfName(begin), fText.Size())};
+        Span const found = Within({fCursor, fText.EndOfName(fCursor)});
         Refuse(Refusal::kInvalidFile, "keyword", found, KeywordText(fText.Bytes(found)));
     }
     fCursor += kKeyword.size();
@@ -227,6 +227,9 @@ Value DocumentScanner::ScanName() {
         fFaults.NoteRest(fText.Skip(begin));
         throw EntryLost();
     }
+    if (!IsNameByte(fText.At(begin))) {
+        fFaults.Warn("odd-name", {begin - 1, end}, "a name begins with a blank or a delimiter");
+    }
     fCursor = end;
     return Word{NameIn(fText.Bytes({begin, end}))};
 }
@@ -262,11 +265,10 @@ Value DocumentScanner::ScanNumber() {
     std::size_t const stop = fText.FindAny(begin, " \n\r\t]>");
     if (stop == kNone) {
         bool const isMissing = fText.At(begin) == '\0';
-        std::size_t const from = std::min(begin, fText.Size());
         Refuse(
             Refusal::kMemory,
             isMissing ? "missing-value" : "open-number",
-            {from, std::min(fText.EndOfWord(begin), fText.Size())},
+            {begin, fText.EndOfWord(begin)},
             isMissing ? "the text ends where a value is expected"
                       : "the number has no end: expected a blank behind it");
     }
@@ -505,7 +507,7 @@ void DocumentScanner::NoteEndOfDictionary() {
     if (fText.StandsOn(fCursor, ">>")) {
         return;
     }
-    Span const end{fCursor, std::min(fCursor + 2, fText.Size())};
+    Span const end = Within({fCursor, fCursor + 2});
     if (fFaults.IsRest(fCursor)) {
         fFaults.BlameRest();
         return;

@@ -59,6 +59,7 @@ std::vector<TextFinding> FaultLog::Take() {
 }
 
 void FaultLog::Add(char const* id, Span span, std::string message, bool leadsAstray) {
+    span = {std::min(span.begin, fTextSize), std::min(span.end, fTextSize)};
     bool const isRepeated = !fFaults.empty() && fFaults.back().fFinding.id == id &&
                             fFaults.back().fFinding.span == span;
     if (!isRepeated) {

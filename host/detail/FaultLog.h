@@ -15,6 +15,9 @@ namespace pdfsettings::detail {
 
 class FaultLog {
 public:
+    // Spans are cut to a text of so many bytes.
+    explicit FaultLog(std::size_t textSize) noexcept : fTextSize(textSize) {}
+
     // Adds a warning. One that is in the log already is not added again: a reading without progress
     // meets its last fault twice.
     void Warn(char const* id, Span span, std::string message);
@@ -50,6 +53,7 @@ private:
 
     void Add(char const* id, Span span, std::string message, bool leadsAstray);
 
+    std::size_t fTextSize;
     std::vector<Fault> fFaults;
     std::optional<std::size_t> fRest;       // where the rest of the last such fault begins
     std::size_t fRestFault = 0;             // the fault itself
