@@ -244,7 +244,8 @@ TEST_F(Listing, FollowsTheAdministratorEachTimeAnew) {
 TEST_F(Listing, LooksWherePreferencesLead) {
     std::string const user = fFolder / "moved/user";
     std::string const admin = fFolder / "moved/admin";
-    WriteUserList(PropertyList(StringEntry("PDFSettingsPath", user)));
+    // A mark at the head of the path is none of it, and a slash at its end is.
+    WriteUserList(PropertyList(StringEntry("PDFSettingsPath", "\xEF\xBB\xBF" + user + "/")));
     WriteBytes(AdminFolder() / "standard.joboptions", "");
     EXPECT_EQ(
         (std::vector<std::string>{"<<SettingsName ^\"standard\" FullFilePath "
@@ -254,6 +255,8 @@ TEST_F(Listing, LooksWherePreferencesLead) {
     EXPECT_TRUE(List().empty());
     EXPECT_TRUE(std::filesystem::is_directory(user));
     EXPECT_FALSE(std::filesystem::exists(admin));
+    std::u16string const marked = u"\uFEFF" + std::u16string(user.begin(), user.end()) + u"/";
+    EXPECT_EQ(marked + std::u16string(1, u'\0'), FolderUnits());
     WriteBytes(user + "/u.joboptions", "");
     WriteBytes(admin + "/a.joboptions", "");
     EXPECT_EQ(

@@ -174,7 +174,10 @@ TEST_F(PropertyList, ComparesByTypeAndContents) {
 }
 
 TEST_F(PropertyList, FilesThatCannotBeReadHaveNoData) {
-    for (std::string const& path : {fFolder / "missing", fFolder / "", std::string("/dev/zero")}) {
+    std::string const large = fFolder.Make("large", "");
+    std::filesystem::resize_file(large, (std::uintmax_t{64} << 20) + 1);
+    for (std::string const& path :
+         {fFolder / "missing", fFolder / "", std::string("/dev/zero"), large}) {
         Held const string(String(path));
         Held const url(CFURLCreateWithFileSystemPath(
             kCFAllocatorDefault, static_cast<CFStringRef>(string.get()), kCFURLPOSIXPathStyle, 1));
@@ -208,8 +211,12 @@ TEST(MacRomanText, KeepsItsCharactersAndRefusesOthers) {
     ASSERT_EQ(255, CFStringGetLength(text));
     UniChar units[255];
     CFStringGetCharacters(text, CFRangeMake(0, 255), units);
-    EXPECT_EQ(u'\u00C4', units[0x7F]);
-    EXPECT_EQ(u'\u20AC', units[0xDA]);
+    EXPECT_EQ(
+        u"ÄÅÇÉÑÖÜáàâäãåçéèêëíìîïñóòôöõúùûü"
+        u"†°¢£§•¶ß®©™´¨≠ÆØ∞±≤≥¥µ∂∑∏π∫ªºΩæø"
+        u"¿¡¬√ƒ≈∆«»…\u00A0ÀÃÕŒœ–—“”‘’÷◊ÿŸ⁄€‹›ﬁﬂ"
+        u"‡·‚„‰ÂÊÁËÈÍÎÏÌÓÔ\uF8FFÒÚÛÙıˆ˜¯˘˙˚¸˝˛ˇ",
+        std::u16string(units + 0x7F, units + 255));
     char back[256];
     EXPECT_EQ(0, CFStringGetCString(text, back, 255, kCFStringEncodingMacRoman));
     ASSERT_EQ(1, CFStringGetCString(text, back, 256, kCFStringEncodingMacRoman));

@@ -107,8 +107,8 @@ TEST_F(ListBuilder, ListsEachNameOnceAsItIsShown) {
         pair.Append(CreateCPOSUnicodeString(CreateUnicode16(Unicode8(shown))));
         names.Append(pair);
     }
-    FileListBuilder builder(
-        kAdminSettingsDirectory, names, NewDict("< a < W 0 > shown < W 1 > c < W 1 > (x.) 5 >"));
+    CPOSDict const table = NewDict("< a < W 0 > shown < W 1 > c < W 1 > (x.) 5 >");
+    FileListBuilder builder(kAdminSettingsDirectory, names, table);
     for (char const* const path : {"/m/a.joboptions", "/m/b.joboptions", "/m/c.joboptions"}) {
         EXPECT_EQ("nothing", Append(builder, path));
     }
@@ -130,6 +130,11 @@ TEST_F(ListBuilder, ListsEachNameOnceAsItIsShown) {
             "<<SettingsName ^\"x.joboptions2\" FullFilePath ^\"/u/x.joboptions2\" ReadOnly 0" +
             date + " ShowHide 5>>]",
         Describe(builder.GetFileList()));
+    // The table's own entry is in the list.
+    CPOSDict const entry(table.Get("a", /*quiet=*/false), /*quiet=*/false);
+    entry.Remove("W");
+    CPOSDict const first(builder.GetFileList()[0], /*quiet=*/false);
+    EXPECT_FALSE(first.GetDict(kShowHide, /*quiet=*/false).HasKey("W"));
 }
 
 // Names cannot be compared where one is missing.
@@ -140,11 +145,12 @@ TEST_F(ListBuilder, BearsARecordWithoutANameAloneOnly) {
     EXPECT_EQ(failure, Append(named, "/a.joboptions/b"));
     EXPECT_EQ("nothing", Append(named, "/a/c.joboptions"));
     EXPECT_EQ(2U, named.GetFileList().Count());
-    FileListBuilder const nameless(kUserSettingsDirectory, CPOSArray(), CPOSDict());
+    FileListBuilder const nameless(kUserSettingsDirectory, CPOSArray(), NewDict("< b < W 0 > >"));
     EXPECT_EQ("nothing", Append(nameless, "/a.joboptions/b"));
     EXPECT_EQ(failure, Append(nameless, "/a/b.joboptions"));
     EXPECT_EQ(failure, Append(nameless, "/a.joboptions/c"));
     EXPECT_EQ(1U, nameless.GetFileList().Count());
+    EXPECT_FALSE(CPOSDict(nameless.GetFileList()[0], /*quiet=*/false).HasKey(kShowHide));
 }
 
 TEST_F(ListBuilder, KeepsARecordWhosePathHasNoCloakKey) {
