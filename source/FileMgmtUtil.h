@@ -22,8 +22,8 @@ using TimeStamp = BIB_T_NMT::TBIBMemoryBuffer<unsigned char, BIB_T_NMT::CBIBMemo
 enum DirectoryType : int { kAdminDirectory = 0, kUserDirectory = 1 };
 
 // Where settings lie below the application support folder of each domain.
-inline constexpr auto const& kAdminExtraPath = SettingsPlaces::kSettingsFolder;
-inline constexpr auto const& kUserExtraPath = SettingsPlaces::kSettingsFolder;
+inline constexpr char const* kAdminExtraPath = SettingsPlaces::kSettingsFolder;
+inline constexpr char const* kUserExtraPath = SettingsPlaces::kSettingsFolder;
 
 // The standard folder of settings, which need not exist; an empty value when the system cannot
 // tell. The user's application support folder is made. Throws CPDFSettingsError for another type.

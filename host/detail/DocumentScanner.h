@@ -7,6 +7,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace pdfsettings::detail {
@@ -25,6 +26,8 @@ public:
     FaultLog fFaults;
 
 private:
+    static constexpr std::string_view kKeyword = "setalembicorparams";
+
     // Gives an entry up; the reading goes on with the next key. Never leaves the scanner.
     struct EntryLost {};
     // Gives the text up. Never leaves the scanner.
