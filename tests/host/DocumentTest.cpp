@@ -1,14 +1,11 @@
 // What a document says of a text is what the component makes of it.
 #include "host/Document.h"
 
-#include "host/Component.h"
-#include "host/Error.h"
-#include "host/Settings.h"
+#include "tests/support/Agreement.h"
 #include "tests/support/GeneratedTexts.h"
 #include "tests/support/TemporaryFolder.h"
 
-#include <bit>
-#include <cstdint>
+#include <algorithm>
 #include <filesystem>
 
 #include <gtest/gtest.h>
@@ -21,60 +18,6 @@ namespace {
 constexpr char kGood[] = "% prolog\r\n<<\n  /A 1.4 % why\n  /B [ /C (x\\)) 010 <FE> ]\r\n"
                          "  /D << /E -1 /F << /G true >> >>\n>> setalembicorparams\n"
                          "<< /H [ 600 ] >> setpagedevice\n";
-
-// Settings in one line, where no two different ones look alike.
-std::string Describe(Value const& value);
-
-std::string Describe(Dictionary const& values) {
-    std::string text;
-    for (std::size_t place = 0; place < values.Size(); ++place) {
-        text += "/" + values.KeyAt(place) + " " + Describe(values.ValueAt(place)) + ";";
-    }
-    return "<<" + text + ">>";
-}
-
-struct Describer {
-    std::string operator()(Word const& word) const { return "/" + word.text; }
-    std::string operator()(double number) const {
-        return std::to_string(std::bit_cast<std::uint64_t>(number));
-    }
-    std::string operator()(String const& string) const { return "(" + string.bytes + ")"; }
-    std::string operator()(HexString const& string) const { return "<" + string.text + ">"; }
-    std::string operator()(Binary const& data) const { return data.type + "{" + data.bytes + "}"; }
-    std::string operator()(Text16 const&) const { return "text"; }
-    std::string operator()(Dictionary const& values) const { return Describe(values); }
-    std::string operator()(Array const& values) const {
-        std::string text;
-        for (std::size_t index = 0; index < values.Size(); ++index) {
-            text += Describe(values[index]) + ",";
-        }
-        return "[" + text + "]";
-    }
-};
-
-std::string Describe(Value const& value) {
-    return std::visit(Describer(), value.Get());
-}
-
-char const* Name(Refusal refusal) {
-    constexpr char const* kNames[] = {"read", "invalid file", "unknown value", "memory"};
-    return kNames[static_cast<int>(refusal)];
-}
-
-// What the component makes of a text.
-std::string Outcome(Component const& component, std::string const& text) {
-    try {
-        return Describe(Settings::FromText(component, text).Values());
-    } catch (Error const& error) {
-        std::string const reason = error.what();
-        bool const isInvalid = reason.find("file is invalid") != std::string::npos;
-        bool const isUnknown = reason.find("is unknow type") != std::string::npos;
-        return Name(
-            isInvalid   ? Refusal::kInvalidFile
-            : isUnknown ? Refusal::kUnknownValue
-                        : Refusal::kMemory);
-    }
-}
 
 std::size_t CountErrors(Document const& document) {
     return static_cast<std::size_t>(
@@ -102,8 +45,7 @@ void ExpectSound(Document const& document) {
 bool ExpectAgreement(Component const& component, std::string const& text) {
     Document const document(text);
     bool const isRefused = document.WhyRefused() != Refusal::kNone;
-    std::string const found = isRefused ? Name(document.WhyRefused()) : Describe(document.Values());
-    EXPECT_EQ(Outcome(component, text), found) << "text: " << text;
+    EXPECT_EQ(support::Outcome(component, text), support::Outcome(document)) << "text: " << text;
     ExpectSound(document);
     return !isRefused;
 }

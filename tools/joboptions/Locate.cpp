@@ -56,7 +56,7 @@ std::string LocateForChange(
         throw Failure(
             Status::kRefused,
             fmt::format(
-                "{}: read-only: {}; copy it with -o",
+                "{}: read-only: {}; copy it with -o [read-only]",
                 VisibleText(file),
                 fmt::join(entry.readOnlyReasons, "; ")));
     }

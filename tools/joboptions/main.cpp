@@ -1,5 +1,6 @@
 // The command line tool for settings files: options in, one command, an exit status out.
 #include "tools/joboptions/CheckCommand.h"
+#include "tools/joboptions/CompletionCommand.h"
 #include "tools/joboptions/DescribeCommand.h"
 #include "tools/joboptions/DiffCommand.h"
 #include "tools/joboptions/FmtCommand.h"
@@ -50,6 +51,7 @@ public:
         Add<ListCommand>();
         Add<FolderCommand>();
         Add<DescribeCommand>();
+        Add<CompletionCommand>();
     }
 
     Status Run(int argc, char** argv) {

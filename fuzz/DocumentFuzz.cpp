@@ -1,0 +1,39 @@
+// A document and the component must make the same of every text, and a document's places must lie
+// in its text.
+#include "tests/support/Agreement.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+namespace {
+
+[[noreturn]] void Fail(std::string const& what) {
+    std::fprintf(stderr, "%s\n", what.c_str());
+    std::abort();
+}
+
+void RequirePlaces(pdfsettings::Document const& document) {
+    for (auto const& finding : document.Findings()) {
+        if (finding.span.begin > finding.span.end || finding.span.end > document.Text().size()) {
+            Fail("a finding lies outside: " + finding.id);
+        }
+        static_cast<void>(document.PlaceOf(finding.span.begin));
+        static_cast<void>(document.LineAt(finding.span.begin));
+    }
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
+    static pdfsettings::Component const component;
+    std::string const text(reinterpret_cast<char const*>(data), size);
+    pdfsettings::Document const document(text);
+    std::string const expected = support::Outcome(component, text);
+    std::string const found = support::Outcome(document);
+    if (expected != found) {
+        Fail("the component: " + expected + "\nthe document: " + found);
+    }
+    RequirePlaces(document);
+    return 0;
+}

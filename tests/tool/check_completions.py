@@ -1,0 +1,77 @@
+#!/usr/bin/env python3
+"""Lets shells complete with the scripts that a program writes for them: check_completions.py PROGRAM"""
+
+import os
+import subprocess
+import sys
+import tempfile
+
+PROGRAM = os.path.abspath(sys.argv[1])
+
+# What is typed, and what of it is offered: the words of the line, some that must be among the offers
+# and some that must not.
+CASES = [
+    (["sh"], ["show"], ["set"]),
+    (["check", "--str"], ["--strict"], ["--app"]),
+    (["show", "--color", "a"], ["auto", "always"], ["never"]),
+    (["get", "f", "Color"], ["ColorImageDict/QFactor", "ColorImageResolution"], ["Binding"]),
+    (["describe", "Bind"], ["Binding"], ["CompressPages"]),
+]
+
+
+def script(shell):
+    return subprocess.run(
+        [PROGRAM, "completion", shell], check=True, capture_output=True, text=True).stdout
+
+
+def bash_offers(path, words):
+    """The function of the script, called as bash calls it."""
+    line = " ".join(f"'{word}'" for word in ["joboptions", *words])
+    command = (f"source {path}; COMP_WORDS=({line}); COMP_CWORD={len(words)}; _joboptions; "
+               "printf '%s\\n' \"${COMPREPLY[@]}\"")
+    return subprocess.run(
+        ["bash", "-c", command], check=True, capture_output=True, text=True).stdout.split("\n")
+
+
+def fish_offers(path, words):
+    """What fish itself offers; each line is an offer and its description."""
+    command = f"source {path}; complete -C 'joboptions {' '.join(words)}'"
+    lines = subprocess.run(
+        ["fish", "--no-config", "-c", command], check=True, capture_output=True, text=True)
+    return [line.split("\t")[0] for line in lines.stdout.split("\n")]
+
+
+def check(shell, offers, words, wanted, unwanted):
+    missing = [word for word in wanted if word not in offers]
+    wrong = [word for word in unwanted if word in offers]
+    if missing or wrong:
+        print(f"{shell}: {words}: missing {missing}, wrong {wrong}, offered {offers}")
+    return bool(missing or wrong)
+
+
+def main():
+    failures = 0
+    with tempfile.TemporaryDirectory() as folder:
+        os.environ["HOME"] = folder
+        paths = {}
+        for shell in ("bash", "zsh", "fish"):
+            paths[shell] = os.path.join(folder, shell)
+            with open(paths[shell], "w", encoding="utf-8") as file:
+                file.write(script(shell))
+            failures += subprocess.run([shell, "-n", paths[shell]], check=False).returncode != 0
+        for words, wanted, unwanted in CASES:
+            failures += check("bash", bash_offers(paths["bash"], words), words, wanted, unwanted)
+            failures += check("fish", fish_offers(paths["fish"], words), words, wanted, unwanted)
+        # Assignments: bash makes three words of them.
+        words = ["set", "f", "AutoRotatePages", "=", "/P"]
+        failures += check("bash", bash_offers(paths["bash"], words), words, ["/PageByPage"], ["/All"])
+        words = ["set", "f", "EmbedAll"]
+        failures += check("bash", bash_offers(paths["bash"], words), words, ["EmbedAllFonts="], [])
+        words = ["set", "f", "AutoRotatePages=/P"]
+        failures += check(
+            "fish", fish_offers(paths["fish"], words), words, ["AutoRotatePages=/PageByPage"], [])
+    return 1 if failures else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
