@@ -109,7 +109,7 @@ std::size_t ExpectChanges(Document const& document) {
 
 } // namespace
 
-TEST(Splice, DoesWhatIsAskedInEverySoundText) {
+TEST(Splice, DoesWhatIsAskedInGeneratedTexts) {
     support::GeneratedTexts texts(kGood);
     std::size_t changes = ExpectChanges(Document(kGood));
     for (int i = 0; i < 10000 && !testing::Test::HasFailure(); ++i) {
