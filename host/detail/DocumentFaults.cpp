@@ -137,7 +137,8 @@ void DocumentScanner::NoteString(Span bytes) {
 void DocumentScanner::NoteWhatIsStuck(Span value) {
     char const first = fText.At(value.begin);
     char const next = fText.At(value.end);
-    if (value.Size() == 0 || (!IsNameByte(next) && next != ')')) {
+    bool const isStuck = IsNameByte(next) || (first == '(' && next == ')');
+    if (value.Size() == 0 || !isStuck) {
         return;
     }
     if (first == '(' && fText.Bytes(value).find('(', 1) != std::string_view::npos) {

@@ -154,6 +154,8 @@ TEST_F(PropertyList, IsNoneForWhatIsNoPropertyList) {
           List(Repeat("<array>", 1000000))}) {
         EXPECT_EQ("none", Describe(Read(bytes).get())) << bytes.substr(0, 200);
     }
+    std::string const deepest = List(Repeat("<array>", 256) + Repeat("</array>", 256));
+    EXPECT_NE("none", Describe(Read(deepest).get()));
 }
 
 TEST_F(PropertyList, ComparesByTypeAndContents) {

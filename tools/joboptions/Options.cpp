@@ -42,6 +42,15 @@ void AddForce(CLI::App& command, Options& options, char const* help) {
     command.add_flag("--force", options.force, help);
 }
 
+void AddChangeOptions(CLI::App& command, Options& options) {
+    AddOutput(command, options, "Write the changed settings there, and leave FILE as it is");
+    AddDryRun(command, options);
+    AddForce(command, options, "Save though somebody else changed FILE meanwhile");
+    AddSchema(command, options);
+    AddJson(command, options);
+    AddOptions(command, options);
+}
+
 void AddApplication(CLI::App& command, Options& options, char const* help) {
     command
         .add_option_function<std::string>(

@@ -44,12 +44,7 @@ SetCommand::SetCommand(CLI::App& program, Options& options)
             "[ 1 2 ]")
         ->required()
         ->type_name("");
-    AddOutput(Parser(), options, "Write the changed settings there, and leave FILE as it is");
-    AddDryRun(Parser(), options);
-    AddForce(Parser(), options, "Save though somebody else changed FILE meanwhile");
-    AddSchema(Parser(), options);
-    AddJson(Parser(), options);
-    AddOptions(Parser(), options);
+    AddChangeOptions(Parser(), options);
     Parser().footer(
         "Examples:\n"
         "  joboptions set office.joboptions ColorImageResolution=150\n"

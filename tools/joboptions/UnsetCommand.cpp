@@ -52,12 +52,7 @@ UnsetCommand::UnsetCommand(CLI::App& program, Options& options)
       fOptions(options) {
     AddFile(Parser(), options, fFile);
     Parser().add_option("KEY", fKeys, "Keys, as for get")->required()->type_name("");
-    AddOutput(Parser(), options, "Write the changed settings there, and leave FILE as it is");
-    AddDryRun(Parser(), options);
-    AddForce(Parser(), options, "Save though somebody else changed FILE meanwhile");
-    AddSchema(Parser(), options);
-    AddJson(Parser(), options);
-    AddOptions(Parser(), options);
+    AddChangeOptions(Parser(), options);
     Parser().footer("Examples:\n"
                     "  joboptions unset office.joboptions ColorImageDict\n"
                     "  joboptions unset -n office.joboptions ColorImageDict/QFactor NeverEmbed");
