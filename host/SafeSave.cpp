@@ -1,8 +1,11 @@
 #include "host/SafeSave.h"
 
+#include "host/detail/Replacement.h"
+
 #include <cerrno>
 #include <fcntl.h>
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <sys/stat.h>
 #include <system_error>
@@ -10,59 +13,15 @@
 
 namespace pdfsettings {
 
+using namespace detail;
+
 namespace {
 
-// Tries so many names for the new file before it gives up.
-constexpr int kMostNames = 100;
-
-constexpr mode_t kPermissions = 07777;
-constexpr mode_t kSetIdBits = 06000;
 constexpr mode_t kFileMode = 0666;
 constexpr mode_t kPrivateMode = 0600;
 
 // So many links may follow one another: the system's own limit.
 constexpr int kMostLinks = 40;
-
-[[noreturn]] void ThrowSystemError(int error) {
-    throw Error(std::generic_category().message(error));
-}
-
-void ThrowIfNegative(long result) {
-    if (result < 0) {
-        ThrowSystemError(errno);
-    }
-}
-
-class Descriptor {
-public:
-    explicit Descriptor(int number) : fNumber(number) {}
-    ~Descriptor() {
-        if (fNumber >= 0) {
-            close(fNumber);
-        }
-    }
-    Descriptor(Descriptor const&) = delete;
-    Descriptor& operator=(Descriptor const&) = delete;
-
-    int Number() const noexcept { return fNumber; }
-
-private:
-    int fNumber;
-};
-
-void WriteAll(Descriptor const& file, std::string_view bytes) {
-    while (!bytes.empty()) {
-        ssize_t const written = write(file.Number(), bytes.data(), bytes.size());
-        if (written < 0 && errno == EINTR) {
-            continue;
-        }
-        ThrowIfNegative(written);
-        if (written == 0) {
-            ThrowSystemError(EIO);
-        }
-        bytes.remove_prefix(static_cast<std::size_t>(written));
-    }
-}
 
 // The path that is no link any more, whether there is a file or not.
 std::string FollowLinks(std::filesystem::path path) {
@@ -99,67 +58,22 @@ std::string FolderOf(std::string const& path) {
     return slash == std::string::npos ? "." : path.substr(0, slash + 1);
 }
 
-// A new file beside another one, which goes again unless it takes that one's place.
-class Replacement {
-public:
-    Replacement(std::string const& folder, mode_t mode)
-        : fFolder(folder),
-          fFile(OpenNew(folder, mode)) {}
-    ~Replacement() {
-        if (!fPath.empty()) {
-            unlink(fPath.c_str());
-        }
+// Puts the bytes in the target's place by a new file. False when there is no such file, or when it
+// cannot take a place here.
+bool Replace(
+    std::unique_ptr<Replacement> const& file,
+    std::string const& target,
+    std::string_view bytes,
+    std::optional<struct stat> const& original) {
+    if (!file) {
+        return false;
     }
-    Replacement(Replacement const&) = delete;
-    Replacement& operator=(Replacement const&) = delete;
-
-    void Write(std::string_view bytes) { WriteAll(fFile, bytes); }
-
-    // Only root can give a file away, but others can give it to their groups. A program that runs
-    // with the rights of its file must not get the rights of somebody else.
-    void Resemble(struct stat const& original) {
-        bool const isGiven = fchown(fFile.Number(), original.st_uid, original.st_gid) == 0;
-        if (!isGiven) {
-            static_cast<void>(fchown(fFile.Number(), kSameOwner, original.st_gid) == 0);
-        }
-        mode_t const mode = original.st_mode & kPermissions;
-        ThrowIfNegative(fchmod(fFile.Number(), isGiven ? mode : mode & ~kSetIdBits));
+    file->Write(bytes);
+    if (original) {
+        file->Resemble(*original);
     }
-
-    void MoveTo(std::string const& path) {
-        ThrowIfNegative(fsync(fFile.Number()));
-        ThrowIfNegative(rename(fPath.c_str(), path.c_str()));
-        fPath.clear();
-        // A folder that cannot be opened or flushed holds the new file all the same.
-        Descriptor const folder(open(fFolder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-        static_cast<void>(folder.Number() >= 0 && fsync(folder.Number()) == 0);
-    }
-
-private:
-    static constexpr uid_t kSameOwner = static_cast<uid_t>(-1);
-
-    int OpenNew(std::string const& folder, mode_t mode) {
-        int const flags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC;
-        int number = -1;
-        for (int attempt = 0; number < 0 && attempt < kMostNames; ++attempt) {
-            fPath =
-                folder + "/.joboptions-" + std::to_string(getpid()) + "-" + std::to_string(attempt);
-            number = open(fPath.c_str(), flags, mode);
-            if (number < 0 && errno != EEXIST) {
-                break;
-            }
-        }
-        if (number < 0) {
-            fPath.clear();
-            ThrowSystemError(errno);
-        }
-        return number;
-    }
-
-    std::string fFolder;
-    std::string fPath;
-    Descriptor fFile;
-};
+    return file->TakePlace(target);
+}
 
 // A device or a pipe holds nothing that could be lost, and must stay what it is.
 void WriteInPlace(std::string const& path, std::string_view bytes) {
@@ -185,13 +99,12 @@ void SaveSafely(std::string const& path, std::string_view bytes) {
         RefuseReadOnly(*original);
     }
     std::string const target = FollowLinks(path);
+    std::string const folder = FolderOf(target);
     // Nobody may look into the new file before it has the old one's mode.
-    Replacement replacement(FolderOf(target), original ? kPrivateMode : kFileMode);
-    replacement.Write(bytes);
-    if (original) {
-        replacement.Resemble(*original);
+    mode_t const mode = original ? kPrivateMode : kFileMode;
+    if (!Replace(NewNamelessFile(folder, mode), target, bytes, original)) {
+        Replace(NewNamedFile(folder, mode), target, bytes, original);
     }
-    replacement.MoveTo(target);
 }
 
 } // namespace pdfsettings

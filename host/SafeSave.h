@@ -19,7 +19,9 @@ public:
 // system allows it, its owner and group; a link is followed, and other hard links keep the old
 // bytes. A device or a pipe is written into as it stands, which waits for the pipe's reader. Throws
 // ReadOnlyError, and Error with the system's reason; then the file is as it was and no other file
-// stays behind.
+// stays behind. A process that is killed leaves nothing half-written behind where the file system
+// has files without names; killed in the one moment between the new file's name and its move, it
+// leaves that file whole, under a hidden name that the next save of the same file takes away.
 void SaveSafely(std::string const& path, std::string_view bytes);
 
 } // namespace pdfsettings

@@ -1,11 +1,13 @@
 #include "host/SafeSave.h"
 
+#include "tests/host/SystemCallsDouble.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <csignal>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 using namespace pdfsettings;
@@ -28,6 +30,24 @@ protected:
         struct stat status {};
         stat(path.c_str(), &status);
         return status.st_mode & 07777;
+    }
+
+    // Saves in a process of its own that is killed after the nth call. False when the save was over
+    // before.
+    static bool SaveAndDie(std::string const& path, std::string const& bytes, int n, bool isNamed) {
+        pid_t const child = fork();
+        if (child == 0) {
+            support::SystemCallsDouble calls;
+            if (isNamed) {
+                calls.RefuseNamelessFiles();
+            }
+            calls.KillAfter(n);
+            _exit(Save(path, bytes).empty() ? 0 : 1);
+        }
+        int status = -1;
+        waitpid(child, &status, 0);
+        EXPECT_TRUE(WIFSIGNALED(status) || status == 0);
+        return WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL;
     }
 
     support::TemporaryFolder fFolder;
@@ -94,4 +114,86 @@ TEST_F(SafeSaveTest, LeavesTheFileWholeWhereItFails) {
     EXPECT_EQ(message, "File too large");
     EXPECT_EQ(support::ReadBytes(big), "old");
     EXPECT_EQ(fFolder.Names(), "big readonly ");
+}
+
+TEST_F(SafeSaveTest, KilledAfterAnyCallLeavesOldOrNewBytesAndNothingElse) {
+    int leftovers = 0;
+    int kills = 0;
+    for (bool const isThere : {true, false}) {
+        for (int n = 1;; ++n) {
+            support::TemporaryFolder const folder;
+            std::string const file = isThere ? folder.Make("a", "old") : folder / "a";
+            if (!SaveAndDie(file, "new", n, /*isNamed=*/false)) {
+                break;
+            }
+            ++kills;
+            std::string const left = support::ReadBytes(file);
+            EXPECT_TRUE(left == "new" || left == (isThere ? "old" : "")) << n << left;
+            std::string const names = folder.Names();
+            if (names != "a " && !names.empty()) {
+                // Between its name and its move, the new file is whole and hidden.
+                ++leftovers;
+                EXPECT_EQ(names.substr(0, 12), ".joboptions-");
+                EXPECT_EQ(support::ReadBytes(folder / names.substr(0, names.find(' '))), "new");
+            }
+            EXPECT_EQ(Save(file, "newer"), "");
+            EXPECT_EQ(support::ReadBytes(file), "newer");
+            EXPECT_EQ(folder.Names(), "a ");
+        }
+    }
+    EXPECT_GE(kills, 15);
+    EXPECT_EQ(leftovers, 1);
+}
+
+TEST_F(SafeSaveTest, KilledWhereAllFilesHaveNamesLeavesOldOrNewBytes) {
+    int kills = 0;
+    for (; SaveAndDie(fFolder.Make("a", "old"), "new", kills + 1, /*isNamed=*/true); ++kills) {
+        std::string const left = support::ReadBytes(fFolder / "a");
+        EXPECT_TRUE(left == "new" || left == "old") << kills << left;
+    }
+    EXPECT_GE(kills, 8);
+    EXPECT_EQ(support::ReadBytes(fFolder / "a"), "new");
+}
+
+TEST_F(SafeSaveTest, EveryFailingCallGivesTheOldBytesWithAReasonOrTheNewOnes) {
+    for (bool const isNamed : {false, true}) {
+        for (bool const isThere : {true, false}) {
+            bool hasFailed = true;
+            for (int n = 1; hasFailed; ++n) {
+                support::TemporaryFolder const folder;
+                std::string const file = isThere ? folder.Make("a", "old") : folder / "a";
+                std::string message;
+                {
+                    support::SystemCallsDouble calls;
+                    if (isNamed) {
+                        calls.RefuseNamelessFiles();
+                    }
+                    calls.FailAt(n, EIO);
+                    message = Save(file, "new");
+                    hasFailed = calls.HasFailed();
+                }
+                if (message.empty()) {
+                    EXPECT_EQ(support::ReadBytes(file), "new") << n;
+                    EXPECT_EQ(folder.Names(), "a ") << n;
+                } else {
+                    EXPECT_EQ(message, "Input/output error") << n;
+                    EXPECT_EQ(support::ReadBytes(file), isThere ? "old" : "") << n;
+                    EXPECT_EQ(folder.Names(), isThere ? "a " : "") << n;
+                }
+            }
+        }
+    }
+}
+
+TEST_F(SafeSaveTest, GoesOnWhereACallIsInterruptedOrAnotherSaverTookItsName) {
+    std::string const file = fFolder.Make("a", "old");
+    for (auto const& [call, error] :
+         {std::pair("write", EINTR), std::pair("rename", ENOENT), std::pair("linkat", EXDEV)}) {
+        support::SystemCallsDouble calls;
+        calls.FailNext(call, error);
+        EXPECT_EQ(Save(file, call), "");
+        EXPECT_TRUE(calls.HasFailed()) << call;
+        EXPECT_EQ(support::ReadBytes(file), call);
+    }
+    EXPECT_EQ(fFolder.Names(), "a ");
 }

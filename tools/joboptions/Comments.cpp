@@ -1,35 +1,35 @@
 #include "tools/joboptions/Comments.h"
 
+#include <string_view>
+
 namespace joboptions {
 
 namespace {
 
-// The number of bytes of the string that text begins with. A parenthesis is escaped by one
-// backslash, not by two.
-std::size_t StringSize(std::string_view text) {
-    std::size_t end = text.find(')');
-    while (end != std::string_view::npos && text[end - 1] == '\\' && text[end - 2] != '\\') {
-        end = text.find(')', end + 1);
-    }
-    return end == std::string_view::npos ? text.size() : end + 1;
+using pdfsettings::Document;
+
+// Where the settings end and what is kept whole begins.
+std::size_t EndOfSettings(Document const& document) {
+    auto const body = document.Body();
+    return document.Text().find("setalembicorparams", body ? body->end : 0);
 }
 
 } // namespace
 
-bool HasComments(std::string_view text) {
-    std::string_view rest = text.substr(0, text.find("setalembicorparams"));
-    while (!rest.empty()) {
-        std::size_t const next = rest.find_first_of("%(");
-        if (next == std::string_view::npos) {
-            return false;
+// A percent sign is a comment's anywhere but within a string.
+bool HasComments(Document const& document) {
+    std::string_view const text =
+        std::string_view(document.Text()).substr(0, EndOfSettings(document));
+    std::size_t begin = 0;
+    for (auto const& entry : document.Entries()) {
+        if (text[entry.value.begin] == '(') {
+            if (text.substr(begin, entry.value.begin - begin).find('%') != text.npos) {
+                return true;
+            }
+            begin = entry.value.end;
         }
-        rest.remove_prefix(next);
-        if (rest.front() == '%') {
-            return true;
-        }
-        rest.remove_prefix(StringSize(rest));
     }
-    return false;
+    return text.substr(begin).find('%') != text.npos;
 }
 
 } // namespace joboptions

@@ -1,12 +1,12 @@
 // The comments of a settings file.
 #pragma once
 
-#include <string_view>
+#include "host/Document.h"
 
 namespace joboptions {
 
-// Whether text, which parses as job options text, has a comment that its settings do not keep:
-// before, between or within the values. What follows the settings is kept whole.
-bool HasComments(std::string_view text);
+// Whether a document that is read has a comment that its settings do not keep: before, between or
+// within the values. What follows the settings is kept whole.
+bool HasComments(pdfsettings::Document const& document);
 
 } // namespace joboptions

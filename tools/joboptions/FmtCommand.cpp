@@ -1,5 +1,7 @@
 #include "tools/joboptions/FmtCommand.h"
 
+#include "host/Document.h"
+
 #include "tools/joboptions/Comments.h"
 #include "tools/joboptions/Input.h"
 #include "tools/joboptions/JsonDocuments.h"
@@ -77,7 +79,7 @@ FmtCommand::Format(pdfsettings::Component const& component, LayoutJudgement& jud
     if (fIsCheck || fOptions.dryRun) {
         return judgement.differs ? Announce(file) : Status::kDone;
     }
-    if (HasComments(text) && !fOptions.force) {
+    if (!fOptions.force && HasComments(pdfsettings::Document(text))) {
         throw Failure(
             Status::kRefused,
             fmt::format("{}: its comments would be lost; use --force", InputName(file)));
