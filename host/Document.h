@@ -4,8 +4,11 @@
 // same format in the same way and keeps both. It needs no running component.
 #pragma once
 
+#include "host/DocumentEntry.h"
 #include "host/TextFinding.h"
 #include "host/Value.h"
+#include "host/detail/EntryTree.h"
+#include "host/detail/TextLines.h"
 
 #include <optional>
 #include <string>
@@ -20,14 +23,6 @@ enum class Refusal {
     kInvalidFile,  // its error 6
     kUnknownValue, // its error 7
     kMemory        // its memory error: something has no end, or is nested too deeply
-};
-
-// Where a setting, or an element of an array, stands.
-struct DocumentEntry {
-    Span key;              // with its slash; empty for an element
-    Span value;            // from its first to its last byte
-    std::size_t next = 0;  // the place in Entries() behind all that it holds
-    std::size_t depth = 0; // of the dictionary or array that it stands in; 0 for a setting
 };
 
 // Immutable. Safe to read from any thread.
@@ -69,16 +64,14 @@ public:
     Span LineAt(std::size_t offset) const;
 
 private:
-    // The last entry of that key or position among those from begin to end, without what they hold.
-    DocumentEntry const* FindAmong(std::size_t begin, std::size_t end, std::string_view part) const;
-
     std::string fText;
     Refusal fRefusal = Refusal::kNone;
     Dictionary fValues;
     std::vector<DocumentEntry> fEntries;
     std::vector<TextFinding> fFindings;
     std::optional<Span> fBody;
-    std::vector<std::size_t> fLineStarts;
+    detail::EntryTree fTree;
+    detail::TextLines fLines;
 };
 
 } // namespace pdfsettings

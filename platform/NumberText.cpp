@@ -41,10 +41,14 @@ std::size_t EndOfDigits(std::string_view text, std::size_t start) noexcept {
 // The head of text that is one hexadecimal number: digits with at most one point, and a complete
 // exponent. std::from_chars takes more for one.
 std::string_view CutHexNumber(std::string_view text) noexcept {
-    std::size_t const point = text.find('.');
+    bool hasPoint = false;
     std::size_t end = 0;
-    while (end < text.size() && (IsHexDigit(text[end]) || end == point)) {
-        ++end;
+    for (; end < text.size(); ++end) {
+        bool const isPoint = text[end] == '.' && !hasPoint;
+        if (!isPoint && !IsHexDigit(text[end])) {
+            break;
+        }
+        hasPoint = hasPoint || isPoint;
     }
     std::string_view const rest = text.substr(end);
     if (rest.starts_with('p') || rest.starts_with('P')) {
@@ -159,7 +163,11 @@ ScannedNumber ScanInteger(std::string_view token) noexcept {
 } // namespace
 
 ScannedNumber ScanNumber(std::string_view token) noexcept {
-    return token.find('.') != std::string_view::npos ? ScanReal(token) : ScanInteger(token);
+    return ScanNumber(token, token.find('.') != std::string_view::npos);
+}
+
+ScannedNumber ScanNumber(std::string_view token, bool isReal) noexcept {
+    return isReal ? ScanReal(token) : ScanInteger(token);
 }
 
 } // namespace platform

@@ -16,4 +16,8 @@ struct ScannedNumber {
 // with base 0, so "010" is 8 and "0x10" is 16, saturating at the ends of long.
 ScannedNumber ScanNumber(std::string_view token) noexcept;
 
+// The same for a token of which it is known whether it has a ".". The time depends on the number
+// alone, however long the token is.
+ScannedNumber ScanNumber(std::string_view token, bool isReal) noexcept;
+
 } // namespace platform

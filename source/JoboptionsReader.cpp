@@ -7,6 +7,7 @@
 #include "bib/POSNumber.h"
 #include "platform/NumberText.h"
 #include "platform/StackRoom.h"
+#include "source/FarSearches.h"
 #include "source/PDFSettingsError.h"
 
 using BIB_T_NMT::CBIBMemory;
@@ -69,20 +70,6 @@ char* EndOfName(char* first) noexcept {
 
 bool StandsOnByte(char const* cursor, char byte) noexcept {
     return *cursor == byte;
-}
-
-// Only the two bytes before a parenthesis decide whether it is escaped.
-bool IsEscaped(char const* parenthesis) noexcept {
-    return parenthesis[-1] == '\\' && parenthesis[-2] != '\\';
-}
-
-// Where the string that begins at first ends; null if it does not.
-char* EndOfString(char* first) noexcept {
-    char* end = std::strchr(first, ')');
-    while (end != nullptr && IsEscaped(end)) {
-        end = std::strchr(end + 1, ')');
-    }
-    return end;
 }
 
 // Where a value ends that must end somewhere: its length would be beyond any memory otherwise.
@@ -175,12 +162,12 @@ bool IsString(char** cursor, CPOSObject* value) {
         return false;
     }
     ++*cursor;
-    char* const end = EndOfString(*cursor);
+    char const* const end = FarSearches::EndOfString(*cursor);
     if (end == nullptr) {
         throw PDFSettingsParserException();
     }
     *value = MakeBinData(kJoboptionsStringBinType, *cursor, end);
-    *cursor = end + 1;
+    *cursor += end + 1 - *cursor;
     return true;
 }
 
@@ -201,8 +188,10 @@ bool IsNumber(char** cursor, CPOSObject* value) {
     if (!IsOneOf(**cursor, "-0123456789")) {
         return false;
     }
-    char const* const stop = RequireEnd(std::strpbrk(*cursor, " \n\r\t]>"));
-    platform::ScannedNumber const number = platform::ScanNumber({*cursor, stop});
+    char const* const stop = RequireEnd(FarSearches::EndOfNumber(*cursor));
+    char const* const point = FarSearches::Point(*cursor);
+    bool const isReal = point != nullptr && point < stop;
+    platform::ScannedNumber const number = platform::ScanNumber({*cursor, stop}, isReal);
     *value = CPOSNumber(number.fValue);
     // The number's own end: what stands behind it up to the stop is left on the text. Without any
     // digit the cursor stays.

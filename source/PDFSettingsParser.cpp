@@ -7,6 +7,7 @@
 #include "bib/BIBMemoryBuffer.h"
 #include "bib/POSBinData.h"
 #include "platform/StackRoom.h"
+#include "source/FarSearches.h"
 #include "source/JoboptionsReader.h"
 #include "source/JoboptionsWriter.h"
 
@@ -176,6 +177,7 @@ CPOSDict PDFSettingsParser::Joboptions_To_CPOSDict(CBIBPositionableStream const&
     platform::StackWatch const watch;
     CPOSDict settings;
     StreamText text(stream);
+    FarSearches const searches;
     if (*text.Begin() == '\0') {
         return settings;
     }

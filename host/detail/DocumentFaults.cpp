@@ -15,8 +15,8 @@ constexpr std::size_t kNone = ScannedText::kNone;
 // The first of what is passed over between from and the next key: up to the end of the line, of the
 // dictionary, or to a comment.
 Span StrayIn(ScannedText const& text, std::size_t from, std::size_t slash) {
-    std::size_t const found = text.FindAny(from + 1, ">%\r\n");
-    return text.WithoutBlanksBehind({from, std::min(found, slash)});
+    std::size_t const found = text.Bytes({from, slash}).find_first_of(">%\r\n", 1);
+    return text.WithoutBlanksBehind({from, found == kNone ? slash : from + found});
 }
 
 } // namespace
@@ -105,8 +105,7 @@ void DocumentScanner::NoteLeftover() {
     fFaults.WarnAstray("stray", stray, StrayBeforeEndText(fText.Bytes(stray), NameTakenForValue()));
 }
 
-void DocumentScanner::NoteNumber(Span token, Span number) {
-    std::string_view const bytes = fText.Bytes(token);
+void DocumentScanner::NoteNumber(Span token, Span number, bool hasPoint) {
     std::string_view const own = fText.Bytes(number);
     if (own.empty()) {
         Span const sign{number.begin, number.begin + 1};
@@ -114,9 +113,8 @@ void DocumentScanner::NoteNumber(Span token, Span number) {
         return;
     }
     bool const isReal = own.find('.') != std::string_view::npos;
-    bool const hasPoint = bytes.find('.') != std::string_view::npos;
     auto const alone = platform::ScanNumber(own);
-    auto const found = platform::ScanNumber(bytes);
+    auto const found = platform::ScanNumber(fText.Bytes(token), hasPoint);
     if (!isReal && hasPoint && alone.fValue != found.fValue) {
         fFaults.Warn("far-point", token, FarPointText(own, found.fValue));
     } else if (!isReal && IsOctal(own) && !IsNameByte(fText.At(number.end))) {

@@ -254,7 +254,7 @@ std::optional<Value> DocumentScanner::ScanBoolean() {
 
 Value DocumentScanner::ScanNumber() {
     std::size_t const begin = fCursor;
-    std::size_t const stop = fText.FindAny(begin, " \n\r\t]>");
+    std::size_t const stop = fText.EndOfNumber(begin);
     if (stop == kNone) {
         bool const isMissing = fText.At(begin) == '\0';
         Refuse(
@@ -264,9 +264,10 @@ Value DocumentScanner::ScanNumber() {
             isMissing ? "the text ends where a value is expected"
                       : "the number has no end: expected a blank behind it");
     }
-    platform::ScannedNumber const number = platform::ScanNumber(fText.Bytes({begin, stop}));
+    bool const isReal = fText.Point(begin) < stop;
+    auto const number = platform::ScanNumber(fText.Bytes({begin, stop}), isReal);
     fCursor += number.fSize;
-    NoteNumber({begin, stop}, {begin, fCursor});
+    NoteNumber({begin, stop}, {begin, fCursor}, isReal);
     return number.fValue;
 }
 

@@ -60,7 +60,7 @@ private:
     void NoteKeyword();
     std::string_view NameTakenForValue() const;
     void NoteLeftover();
-    void NoteNumber(Span token, Span number);
+    void NoteNumber(Span token, Span number, bool hasPoint);
     void NoteString(Span bytes);
     void NoteWhatIsStuck(Span value);
     [[noreturn]] void NoteUnknownValue();

@@ -17,6 +17,16 @@ std::size_t PlaceIn(std::string const& bytes, char const* found) noexcept {
     return found == nullptr ? ScannedText::kNone : static_cast<std::size_t>(found - bytes.data());
 }
 
+// Only the two bytes before a parenthesis decide whether it is escaped. Before the first byte of a
+// string stands its own parenthesis.
+char const* FindEndOfString(char const* first) noexcept {
+    char const* end = std::strchr(first, ')');
+    while (end != nullptr && end[-1] == '\\' && end[-2] != '\\') {
+        end = std::strchr(end + 1, ')');
+    }
+    return end;
+}
+
 } // namespace
 
 bool IsNameByte(char byte) noexcept {
@@ -39,15 +49,11 @@ std::size_t ScannedText::Find(std::size_t offset, char byte) const noexcept {
     return PlaceIn(fBytes, std::strchr(fBytes.data() + offset, byte));
 }
 
-std::size_t ScannedText::FindAny(std::size_t offset, char const* bytes) const noexcept {
-    return PlaceIn(fBytes, std::strpbrk(fBytes.data() + offset, bytes));
-}
-
 std::size_t ScannedText::FindText(std::size_t offset, char const* literal) const noexcept {
     return PlaceIn(fBytes, std::strstr(fBytes.data() + offset, literal));
 }
 
-std::size_t ScannedText::Skip(std::size_t offset) const noexcept {
+std::size_t ScannedText::Skip(std::size_t offset) noexcept {
     while (At(offset) == '%' || kSkipped.find(At(offset)) != std::string_view::npos) {
         offset = At(offset) == '%' ? EndOfLine(offset) : offset + 1;
     }
@@ -65,18 +71,26 @@ std::size_t ScannedText::EndOfWord(std::size_t offset) const noexcept {
     return offset;
 }
 
-// Only the two bytes before a parenthesis decide whether it is escaped. Before the first byte of a
-// string stands its own parenthesis.
-std::size_t ScannedText::EndOfString(std::size_t offset) const noexcept {
-    std::size_t end = Find(offset, ')');
-    while (end != kNone && At(end - 1) == '\\' && At(end - 2) != '\\') {
-        end = Find(end + 1, ')');
-    }
-    return end;
+std::size_t ScannedText::EndOfString(std::size_t offset) noexcept {
+    return PlaceIn(fBytes, fStringEnds.From(fBytes.data() + offset, &FindEndOfString));
 }
 
-std::size_t ScannedText::EndOfLine(std::size_t offset) const noexcept {
-    return offset + std::strcspn(fBytes.data() + offset, "\r\n");
+std::size_t ScannedText::EndOfNumber(std::size_t offset) noexcept {
+    return PlaceIn(fBytes, fNumberEnds.From(fBytes.data() + offset, [](char const* from) {
+        return std::strpbrk(from, " \n\r\t]>");
+    }));
+}
+
+std::size_t ScannedText::Point(std::size_t offset) noexcept {
+    return PlaceIn(fBytes, fPoints.From(fBytes.data() + offset, [](char const* from) {
+        return std::strchr(from, '.');
+    }));
+}
+
+std::size_t ScannedText::EndOfLine(std::size_t offset) noexcept {
+    return PlaceIn(fBytes, fLineEnds.From(fBytes.data() + offset, [](char const* from) {
+        return from + std::strcspn(from, "\r\n");
+    }));
 }
 
 Span ScannedText::WithoutBlanksBehind(Span span) const noexcept {

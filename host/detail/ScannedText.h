@@ -5,6 +5,7 @@
 #pragma once
 
 #include "host/TextFinding.h"
+#include "platform/RepeatedSearch.h"
 
 #include <string>
 #include <string_view>
@@ -17,6 +18,8 @@ public:
     static constexpr std::size_t kNone = std::string::npos;
 
     explicit ScannedText(std::string const& text);
+    ScannedText(ScannedText const&) = delete;
+    ScannedText& operator=(ScannedText const&) = delete;
 
     // Without the zero bytes behind it.
     std::size_t Size() const noexcept { return fSize; }
@@ -25,13 +28,12 @@ public:
     bool StandsOn(std::size_t offset, std::string_view literal) const noexcept;
     std::string_view Bytes(Span span) const noexcept;
 
-    // The first place from offset on of a byte, of one of several bytes, or of a literal.
+    // The first place from offset on of a byte, or of a literal.
     std::size_t Find(std::size_t offset, char byte) const noexcept;
-    std::size_t FindAny(std::size_t offset, char const* bytes) const noexcept;
     std::size_t FindText(std::size_t offset, char const* literal) const noexcept;
 
     // Behind the blanks, line ends and comments at offset.
-    std::size_t Skip(std::size_t offset) const noexcept;
+    std::size_t Skip(std::size_t offset) noexcept;
 
     // Behind the name whose first byte, whatever it is, stands at offset.
     std::size_t EndOfName(std::size_t offset) const noexcept;
@@ -40,10 +42,14 @@ public:
     std::size_t EndOfWord(std::size_t offset) const noexcept;
 
     // The ")" that ends the string whose bytes begin at offset.
-    std::size_t EndOfString(std::size_t offset) const noexcept;
+    std::size_t EndOfString(std::size_t offset) noexcept;
+
+    // The byte that ends the number token at offset, and the next "." from there on.
+    std::size_t EndOfNumber(std::size_t offset) noexcept;
+    std::size_t Point(std::size_t offset) noexcept;
 
     // Where the line of offset ends, or the text does.
-    std::size_t EndOfLine(std::size_t offset) const noexcept;
+    std::size_t EndOfLine(std::size_t offset) noexcept;
 
     // span without the blanks and line ends at its end.
     Span WithoutBlanksBehind(Span span) const noexcept;
@@ -51,6 +57,10 @@ public:
 private:
     std::string fBytes;
     std::size_t fSize;
+    platform::RepeatedSearch fStringEnds;
+    platform::RepeatedSearch fNumberEnds;
+    platform::RepeatedSearch fPoints;
+    platform::RepeatedSearch fLineEnds;
 };
 
 // Whether a name goes on with that byte.

@@ -75,4 +75,30 @@ TEST(Document, AgreesWithTheComponentOnGeneratedTexts) {
     EXPECT_GT(readable, 10000U);
 }
 
+// Line ends of all kinds, long lines, and characters of every size beside bytes that are none.
+TEST(Document, CountsPlacesInLinesAndCharacters) {
+    std::string const wide = "a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80"; // four characters
+    std::string const none = "\x80\xC3(\xE2\x82\xF8\xBF";             // seven bytes
+    std::string text = "% " + wide + "\r% " + none + "\r\n\n% ";
+    std::size_t const lastLine = text.size() - 2;
+    for (int i = 0; i < 1000; ++i) {
+        text += wide;
+    }
+    Document const document(text);
+    EXPECT_EQ(document.PlaceOf(0), (Place{1, 1}));
+    EXPECT_EQ(document.PlaceOf(2 + wide.size()), (Place{1, 7}));
+    EXPECT_EQ(document.PlaceOf(text.find('(')), (Place{2, 5}));
+    EXPECT_EQ(document.PlaceOf(text.find("\r\n")), (Place{2, 10}));
+    EXPECT_EQ(document.PlaceOf(lastLine), (Place{4, 1}));
+    for (std::size_t i = 0; i < 1000; ++i) {
+        std::size_t const begin = lastLine + 2 + i * wide.size();
+        EXPECT_EQ(document.PlaceOf(begin), (Place{4, 3 + 4 * i}));
+        EXPECT_EQ(document.PlaceOf(begin + 6), (Place{4, 6 + 4 * i}));
+    }
+    EXPECT_EQ(document.PlaceOf(text.size()), (Place{4, 4003}));
+    EXPECT_EQ(document.LineAt(3), (Span{0, 2 + wide.size()}));
+    EXPECT_EQ(document.LineAt(lastLine - 1), (Span{lastLine - 1, lastLine - 1}));
+    EXPECT_EQ(document.LineAt(text.size()), (Span{lastLine, text.size()}));
+}
+
 } // namespace pdfsettings

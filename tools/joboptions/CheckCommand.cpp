@@ -4,6 +4,7 @@
 #include "tools/joboptions/JsonDocuments.h"
 #include "tools/joboptions/Locate.h"
 #include "tools/joboptions/SchemaOption.h"
+#include "tools/joboptions/UnknownKeys.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>

@@ -11,7 +11,6 @@
 #include <algorithm>
 #include <fmt/format.h>
 #include <regex>
-#include <set>
 
 namespace joboptions {
 
@@ -22,25 +21,6 @@ using pdfsettings::Severity;
 using pdfsettings::Span;
 
 namespace {
-
-// A file of nothing but unknown settings must not take for ever.
-constexpr std::size_t kMostHints = 100;
-
-Diagnostic MakeDiagnostic(
-    Document const& document,
-    Severity severity,
-    std::string id,
-    Span span,
-    std::string key,
-    std::string message) {
-    return {
-        severity,
-        std::move(id),
-        span,
-        document.PlaceOf(span.begin),
-        std::move(key),
-        std::move(message)};
-}
 
 // Where the value at a path stands; for one that is missing, where it belongs.
 Span SpanOf(Document const& document, std::string const& path) {
@@ -64,13 +44,10 @@ std::string PathOf(std::string const& key) {
 }
 
 // The rule's form of a path names all elements as "[]".
-std::string RuleKeyOf(std::string const& key) {
-    static std::regex const kPosition("\\[[0-9]+\\]");
-    return std::regex_replace(key, kPosition, "[]");
-}
-
 SettingRule const* FindRule(std::vector<SettingRule> const& rules, std::string const& key) {
-    auto const rule = std::ranges::find(rules, RuleKeyOf(key), &SettingRule::key);
+    static std::regex const kPosition("\\[[0-9]+\\]");
+    std::string const ruleKey = std::regex_replace(key, kPosition, "[]");
+    auto const rule = std::ranges::find(rules, ruleKey, &SettingRule::key);
     return rule == rules.end() ? nullptr : &*rule;
 }
 
@@ -95,51 +72,6 @@ NameHint(Document const& document, SettingRule const* rule, pdfsettings::Finding
     std::string const nearest = Nearest(word->text, AllowedWords(*rule));
     return nearest.empty() ? "" : fmt::format("; did you mean /{}?", nearest);
 }
-
-// The keys that the schema has next to a path, by the last part of theirs.
-std::vector<std::string>
-Neighbours(std::vector<SettingRule> const& rules, std::string const& parent) {
-    std::vector<std::string> names;
-    for (SettingRule const& rule : rules) {
-        bool const isInside = parent.empty() || rule.key.starts_with(parent + "/");
-        std::string const name =
-            isInside ? rule.key.substr(parent.empty() ? 0 : parent.size() + 1) : std::string();
-        if (!name.empty() && name.find_first_of("/[") == std::string::npos) {
-            names.push_back(name);
-        }
-    }
-    return names;
-}
-
-// Walks over the entries with the path of each, in the form of findings.
-class PathWalk {
-public:
-    explicit PathWalk(Document const& document) : fDocument(document) {}
-
-    // Calls visit(entry, path of the dictionary it stands in, its key) for each setting.
-    template <class Visit>
-    void Run(Visit const& visit) {
-        for (DocumentEntry const& entry : fDocument.Entries()) {
-            fParents.resize(entry.depth + 1);
-            fPositions.resize(entry.depth + 1);
-            std::string const parent = fParents[entry.depth];
-            bool const isElement = entry.key.Size() == 0;
-            std::string const key = fDocument.KeyOf(entry);
-            if (!isElement) {
-                visit(entry, parent, key);
-            }
-            std::string const name = isElement ? fmt::format("[{}]", fPositions[entry.depth]++)
-                                               : (parent.empty() ? "" : "/") + key;
-            fParents.push_back(parent + name);
-            fPositions.push_back(0);
-        }
-    }
-
-private:
-    Document const& fDocument;
-    std::vector<std::string> fParents{1};
-    std::vector<std::size_t> fPositions{0};
-};
 
 // As much of a line as can be shown, around the place that is meant.
 struct Excerpt {
@@ -185,6 +117,22 @@ DiagnosticLine(std::string const& file, Diagnostic const& diagnostic, char const
 
 } // namespace
 
+Diagnostic MakeDiagnostic(
+    Document const& document,
+    Severity severity,
+    std::string id,
+    Span span,
+    std::string key,
+    std::string message) {
+    return {
+        severity,
+        std::move(id),
+        span,
+        document.PlaceOf(span.begin),
+        std::move(key),
+        std::move(message)};
+}
+
 std::vector<Diagnostic> TextDiagnostics(Document const& document) {
     std::vector<Diagnostic> diagnostics;
     for (auto const& [severity, id, span, message] : document.Findings()) {
@@ -199,7 +147,9 @@ std::vector<Diagnostic> SchemaDiagnostics(
     std::vector<SettingRule> const& rules) {
     std::vector<Diagnostic> diagnostics;
     for (pdfsettings::Finding const& finding : findings) {
-        std::string const hint = NameHint(document, FindRule(rules, finding.key), finding);
+        std::string const hint = diagnostics.size() < kMostHints
+                                     ? NameHint(document, FindRule(rules, finding.key), finding)
+                                     : std::string();
         diagnostics.push_back(MakeDiagnostic(
             document,
             Severity::kError,
@@ -208,37 +158,6 @@ std::vector<Diagnostic> SchemaDiagnostics(
             finding.key,
             finding.message + hint));
     }
-    return diagnostics;
-}
-
-std::vector<Diagnostic>
-UnknownKeys(Document const& document, std::vector<SettingRule> const& rules) {
-    std::set<std::string> known;
-    for (SettingRule const& rule : rules) {
-        known.insert(rule.key);
-    }
-    std::vector<Diagnostic> diagnostics;
-    PathWalk(document).Run(
-        [&](DocumentEntry const& entry, std::string const& parent, std::string const& key) {
-            std::string const parentKey = RuleKeyOf(parent);
-            bool const isKnown = known.contains(parentKey.empty() ? key : parentKey + "/" + key);
-            bool const mayAsk = !isKnown && diagnostics.size() < kMostHints;
-            auto const neighbours =
-                isKnown ? std::vector<std::string>() : Neighbours(rules, parentKey);
-            if (neighbours.empty()) {
-                return;
-            }
-            std::string const nearest = mayAsk ? Nearest(key, neighbours) : std::string();
-            diagnostics.push_back(MakeDiagnostic(
-                document,
-                Severity::kWarning,
-                "unknown-key",
-                entry.key,
-                parent.empty() ? key : parent + "/" + key,
-                nearest.empty()
-                    ? "the schema has no such setting"
-                    : fmt::format("the schema has no such setting; did you mean {}?", nearest)));
-        });
     return diagnostics;
 }
 

@@ -22,6 +22,19 @@ struct Diagnostic {
     std::string message;
 };
 
+// A file of nothing but faults must not take for ever: so many of one kind come with a hint at what
+// was probably meant.
+constexpr std::size_t kMostHints = 100;
+
+// A finding about the bytes of span.
+Diagnostic MakeDiagnostic(
+    pdfsettings::Document const& document,
+    pdfsettings::Severity severity,
+    std::string id,
+    pdfsettings::Span span,
+    std::string key,
+    std::string message);
+
 // What stands in a text otherwise than it looks.
 std::vector<Diagnostic> TextDiagnostics(pdfsettings::Document const& document);
 
@@ -30,10 +43,6 @@ std::vector<Diagnostic> SchemaDiagnostics(
     pdfsettings::Document const& document,
     std::vector<pdfsettings::Finding> const& findings,
     std::vector<pdfsettings::SettingRule> const& rules);
-
-// Settings that the schema does not know, with the one that may be meant.
-std::vector<Diagnostic> UnknownKeys(
-    pdfsettings::Document const& document, std::vector<pdfsettings::SettingRule> const& rules);
 
 // Numbers that the component writes otherwise than they are.
 std::vector<Diagnostic> RoundedNumbers(
