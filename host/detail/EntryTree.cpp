@@ -22,6 +22,16 @@ std::optional<std::size_t> PositionIn(std::string_view part) {
     return isWhole ? std::optional(position) : std::nullopt;
 }
 
+// The part of sorted, which is sorted by what keyOf gives, with that key. The ranges library's own
+// does not compile with every compiler that we use.
+template <class Item, class Key, class KeyOf>
+std::span<Item const> EqualRange(std::span<Item const> sorted, Key const& key, KeyOf const& keyOf) {
+    auto const begin = std::ranges::lower_bound(sorted, key, {}, keyOf);
+    auto const end = std::ranges::upper_bound(sorted, key, {}, keyOf);
+    return sorted.subspan(
+        static_cast<std::size_t>(begin - sorted.begin()), static_cast<std::size_t>(end - begin));
+}
+
 } // namespace
 
 EntryTree::EntryTree(std::string_view text, std::span<DocumentEntry const> entries) {
@@ -56,18 +66,20 @@ std::optional<std::size_t> EntryTree::FindChild(
     std::span<DocumentEntry const> entries,
     std::size_t parent,
     std::string_view part) const {
-    auto const children = std::ranges::equal_range(fChildren, parent, {}, &Child::fParent);
+    auto const children =
+        EqualRange(std::span<Child const>(fChildren), parent, [](Child const& child) {
+            return child.fParent;
+        });
     if (children.empty()) {
         return std::nullopt;
     }
     if (IsElement(entries[children.front().fEntry])) {
         std::size_t const position = PositionIn(part).value_or(children.size());
-        return position < children.size()
-                   ? std::optional(children.begin()[static_cast<std::ptrdiff_t>(position)].fEntry)
-                   : std::nullopt;
+        bool const isThere = position < children.size();
+        return isThere ? std::optional(children[position].fEntry) : std::nullopt;
     }
-    auto const keyOf = [&](Child const& child) { return KeyIn(text, entries[child.fEntry]); };
-    auto const equal = std::ranges::equal_range(children, part, {}, keyOf);
+    auto const equal = EqualRange(
+        children, part, [&](Child const& child) { return KeyIn(text, entries[child.fEntry]); });
     return equal.empty() ? std::nullopt : std::optional(equal.back().fEntry);
 }
 
