@@ -45,29 +45,32 @@ private:
         }
         std::string const name = NameBefore(Folder(), target);
         for (int attempt = 0; attempt < kMostAttempts; ++attempt) {
-            if (Link(name)) {
-                if (rename(name.c_str(), target.c_str()) == 0) {
-                    return true;
-                }
-                ForgetUnlessTaken(name);
-            } else if (errno != EEXIST || !TakeAway(name)) {
+            bool const isLinked = Link(name);
+            if (isLinked && Rename(name, target)) {
+                return true;
+            }
+            if (!isLinked && (errno != EEXIST || !TakeAway(name))) {
                 return false;
             }
         }
         return false;
     }
 
-    static bool TakeAway(std::string const& name) {
-        return unlink(name.c_str()) == 0 || errno == ENOENT;
-    }
-
-    // Another saver of the same file may have moved this one, or taken it away.
-    static void ForgetUnlessTaken(std::string const& name) {
+    // False when another saver of the same file has moved this one, or has taken it away.
+    static bool Rename(std::string const& name, std::string const& target) {
+        if (rename(name.c_str(), target.c_str()) == 0) {
+            return true;
+        }
         int const error = errno;
         if (error != ENOENT) {
             unlink(name.c_str());
             ThrowSystemError(error);
         }
+        return false;
+    }
+
+    static bool TakeAway(std::string const& name) {
+        return unlink(name.c_str()) == 0 || errno == ENOENT;
     }
 };
 
