@@ -1,23 +1,18 @@
 // A document and the component must make the same of every text, and a document's places must lie
 // in its text.
+#include "fuzz/Require.h"
 #include "tests/support/Agreement.h"
 
-#include <cstdio>
-#include <cstdlib>
+#include <cstdint>
 #include <string>
 
 namespace {
 
-[[noreturn]] void Fail(std::string const& what) {
-    std::fprintf(stderr, "%s\n", what.c_str());
-    std::abort();
-}
-
 void RequirePlaces(pdfsettings::Document const& document) {
     for (auto const& finding : document.Findings()) {
-        if (finding.span.begin > finding.span.end || finding.span.end > document.Text().size()) {
-            Fail("a finding lies outside: " + finding.id);
-        }
+        bool const isInside =
+            finding.span.begin <= finding.span.end && finding.span.end <= document.Text().size();
+        fuzz::Require(isInside, "a finding lies outside: " + finding.id);
         static_cast<void>(document.PlaceOf(finding.span.begin));
         static_cast<void>(document.LineAt(finding.span.begin));
     }
@@ -31,9 +26,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     pdfsettings::Document const document(text);
     std::string const expected = support::Outcome(component, text);
     std::string const found = support::Outcome(document);
-    if (expected != found) {
-        Fail("the component: " + expected + "\nthe document: " + found);
-    }
+    fuzz::Require(expected == found, "the component: " + expected + "\nthe document: " + found);
     RequirePlaces(document);
     return 0;
 }

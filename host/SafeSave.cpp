@@ -47,10 +47,8 @@ std::optional<struct stat> Examine(std::string const& path) {
     return std::nullopt;
 }
 
-void RefuseReadOnly(struct stat const& status) {
-    if ((status.st_mode & S_IWUSR) == 0) {
-        throw ReadOnlyError("read-only");
-    }
+bool IsReadOnlyFile(struct stat const& status) {
+    return S_ISREG(status.st_mode) && (status.st_mode & S_IWUSR) == 0;
 }
 
 std::string FolderOf(std::string const& path) {
@@ -84,6 +82,11 @@ void WriteInPlace(std::string const& path, std::string_view bytes) {
 
 } // namespace
 
+bool IsReadOnly(std::string const& path) {
+    struct stat status {};
+    return stat(path.c_str(), &status) == 0 && IsReadOnlyFile(status);
+}
+
 void SaveSafely(std::string const& path, std::string_view bytes) {
     if (path.find('\0') != std::string::npos) {
         throw Error("the path holds a NUL byte");
@@ -95,8 +98,8 @@ void SaveSafely(std::string const& path, std::string_view bytes) {
         WriteInPlace(path, bytes);
         return;
     }
-    if (original) {
-        RefuseReadOnly(*original);
+    if (original && IsReadOnlyFile(*original)) {
+        throw ReadOnlyError("read-only");
     }
     std::string const target = FollowLinks(path);
     std::string const folder = FolderOf(target);

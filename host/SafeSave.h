@@ -14,6 +14,10 @@ public:
     using Error::Error;
 };
 
+// Whether SaveSafely would throw ReadOnlyError for the file at path. False when there is none, or
+// when it cannot be examined.
+bool IsReadOnly(std::string const& path);
+
 // Makes bytes the contents of the file at path: whatever happens, the file holds the old bytes or
 // the new ones, on disk too once this returns. An existing file keeps its mode and, where the
 // system allows it, its owner and group; a link is followed, and other hard links keep the old

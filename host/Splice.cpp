@@ -57,17 +57,26 @@ std::size_t BehindLineEnd(std::string const& text, std::size_t offset) {
     return offset;
 }
 
+// Whether a value would be read otherwise with next behind it. A number's token goes on to a blank
+// or an end, and a "." in it makes another number of a whole one.
+bool RunsOn(std::string_view value, char next) {
+    bool const isWord = detail::IsNameByte(value.back());
+    bool const isWhole = isWord && value.front() != '/' && value.find('.') == value.npos;
+    bool const isApart = IsBlank(next) || next == '>' || next == ']';
+    return isWord && !isApart && (isWhole || detail::IsNameByte(next));
+}
+
 // Puts value in the place of span, apart from what stands behind it.
 std::string Spliced(std::string const& text, Span span, std::string const& value) {
     char const next = span.end < text.size() ? text[span.end] : ' ';
-    bool const needsBlank = !IsBlank(next) && next != '>' && next != ']';
+    bool const needsBlank = !value.empty() && RunsOn(value, next);
     return text.substr(0, span.begin) + value + (needsBlank ? " " : "") + text.substr(span.end);
 }
 
 // Puts value in the place of span, apart from what stands on both sides.
 std::string Replaced(std::string const& text, Span span, std::string_view value) {
     char const before = text[span.begin - 1];
-    bool const needsBlank = !IsBlank(before) && before != '[';
+    bool const needsBlank = detail::IsNameByte(before) && detail::IsNameByte(value.front());
     return Spliced(text, span, (needsBlank ? " " : "") + std::string(value));
 }
 

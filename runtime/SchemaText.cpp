@@ -117,23 +117,20 @@ String FoundText(POSObject const& value) {
     return Join({"another kind of value"});
 }
 
-String ListedText(POSObject const& value, bool isString) {
-    if (isString) {
-        return Join({"(", ShownText(BytesOf(value)), ")"});
-    }
+String ListedText(POSObject const& value, Marks marks) {
     return KindOf(value) == ValueKind::kNumber
                ? NumberText(static_cast<POSNumber const&>(value).fValue)
-               : ShownText(BytesOf(value));
+               : Join({marks.fBefore, ShownText(BytesOf(value)), marks.fAfter});
 }
 
-String ListText(POSArray const& array, bool areStrings) {
+String ListText(POSArray const& array, Marks marks) {
     String list;
     for (POSObject const* const item : array.fItems) {
         list.append(list.empty() ? "" : ", ");
         if (list.size() > kMaxListLength) {
             return list.append(kCut);
         }
-        list.append(ListedText(*item, areStrings));
+        list.append(ListedText(*item, marks));
     }
     return list;
 }

@@ -29,9 +29,15 @@ String ShownText(std::string_view text);
 // The value as "the number 3", "the string (text)" or "an array".
 String FoundText(POSObject const& value);
 
-// The values of array, and value, as they stand in a list of allowed ones.
-String ListText(POSArray const& array, bool areStrings);
-String ListedText(POSObject const& value, bool isString);
+// What stands around a text of a kind in a settings file.
+struct Marks {
+    std::string_view fBefore;
+    std::string_view fAfter;
+};
+
+// The values of array, and value, as they stand in a list of allowed ones; texts between marks.
+String ListText(POSArray const& array, Marks marks);
+String ListedText(POSObject const& value, Marks marks);
 
 // The most bytes of a path that a message shows.
 inline constexpr std::size_t kMaxPathLength = 1000;

@@ -51,6 +51,31 @@ std::string_view ExpectedText(SchemaRule const& rule) noexcept {
     return kExpected[static_cast<std::size_t>(rule.fType)];
 }
 
+Marks MarksOf(SchemaRule const& rule) noexcept {
+    bool const isString = rule.fType == RuleType::kString;
+    return isString                        ? Marks{"(", ")"}
+           : rule.fType == RuleType::kName ? Marks{"/", ""}
+                                           : Marks{"", ""};
+}
+
+// " from 1 to 5"; empty for a rule without bounds.
+String RangeText(SchemaRule const& rule) {
+    POSObject const* const min = rule.Part(RuleKey::kMin);
+    POSObject const* const max = rule.Part(RuleKey::kMax);
+    String const least = min ? NumberText(NumberOf(*min)) : String();
+    String const greatest = max ? NumberText(NumberOf(*max)) : String();
+    return min && max ? Join({" from ", least, " to ", greatest})
+           : min      ? Join({" of at least ", least})
+           : max      ? Join({" of at most ", greatest})
+                      : String();
+}
+
+// What of the values of its kind a rule allows; empty for all.
+String LimitText(SchemaRule const& rule) {
+    auto const* const allowed = static_cast<POSArray const*>(rule.Part(RuleKey::kIn));
+    return allowed ? Join({" out of ", ListText(*allowed, MarksOf(rule))}) : RangeText(rule);
+}
+
 } // namespace
 
 bool IsOfRuleType(SchemaRule const& rule, POSObject const& value, JudgeMode mode) noexcept {
@@ -106,24 +131,22 @@ bool HasCount(SchemaRule const& rule, POSObject const& value) noexcept {
 String TypeMessage(SchemaRule const& rule, std::string_view found) {
     return rule.fType == RuleType::kCheck
                ? CheckMessage(*rule.Part(RuleKey::kType), found)
-               : Join({"expected ", ExpectedText(rule), ", found ", found});
+               : Join({"expected ", ExpectedText(rule), LimitText(rule), ", found ", found});
 }
 
 String AllowedMessage(SchemaRule const& rule, POSObject const& value) {
-    bool const isString = rule.fType == RuleType::kString;
     auto const& allowed = static_cast<POSArray const&>(*rule.Part(RuleKey::kIn));
-    return Join({ListedText(value, isString), " is not one of ", ListText(allowed, isString)});
+    Marks const marks = MarksOf(rule);
+    return Join({ListedText(value, marks), " is not one of ", ListText(allowed, marks)});
 }
 
 String BoundsMessage(SchemaRule const& rule, POSObject const& value) {
-    POSObject const* const min = rule.Part(RuleKey::kMin);
-    POSObject const* const max = rule.Part(RuleKey::kMax);
-    String const least = min ? NumberText(NumberOf(*min)) : String();
-    String const greatest = max ? NumberText(NumberOf(*max)) : String();
-    String const range = min && max ? Join({" from ", least, " to ", greatest})
-                         : min      ? Join({" of at least ", least})
-                                    : Join({" of at most ", greatest});
-    return Join({"expected ", ExpectedText(rule), range, ", found ", NumberText(NumberOf(value))});
+    return Join(
+        {"expected ",
+         ExpectedText(rule),
+         RangeText(rule),
+         ", found ",
+         NumberText(NumberOf(value))});
 }
 
 String CountMessage(SchemaRule const& rule, POSObject const& value) {

@@ -131,6 +131,19 @@ void DocumentScanner::NoteString(Span bytes) {
     }
 }
 
+void DocumentScanner::NoteHexString(Span bytes) {
+    std::string_view const text = fText.Bytes(bytes);
+    Span const whole{bytes.begin - 1, bytes.end + 1};
+    if (text.find('/') != std::string_view::npos) {
+        fFaults.WarnAstray(
+            "runaway-hexstring",
+            {whole.begin, std::min(fText.EndOfLine(whole.begin), whole.end)},
+            "the hexadecimal string goes on over a / that looks like a key's: is a > missing?");
+    } else if (text.find_first_not_of("0123456789abcdefABCDEF \t\r\n\f") != text.npos) {
+        fFaults.Warn("bad-hex", whole, "a hexadecimal string holds digits 0 to 9 and A to F only");
+    }
+}
+
 // What follows a value without a blank is no part of it, though it looks so.
 void DocumentScanner::NoteWhatIsStuck(Span value) {
     char const first = fText.At(value.begin);
@@ -146,7 +159,7 @@ void DocumentScanner::NoteWhatIsStuck(Span value) {
             "nested-brackets", whole, value.end, NestedBracketsText(fText.Bytes(value)));
         return;
     }
-    Span const token{value.begin, fText.EndOfWord(value.end)};
+    Span const token{value.begin, next == ')' ? value.end + 1 : fText.EndOfWord(value.end)};
     fFaults.WarnOfRest(
         "stuck", token, value.end, StuckText(fText.Bytes(token), fText.Bytes(value)));
 }
@@ -162,7 +175,7 @@ void DocumentScanner::NoteUnknownValue() {
         Refuse(
             Refusal::kUnknownValue,
             "open-array",
-            {fCursor, end},
+            {fOpenArray, fOpenArray + 1},
             "the array has no end: expected ]");
     }
     if (first == '>' || first == ']') {

@@ -58,6 +58,9 @@ bool DocumentScanner::FindSettings() {
     if (open == kNone && start >= fText.Size()) {
         return false;
     }
+    if (start != open) {
+        RefuseOtherEncodings();
+    }
     if (open == kNone) {
         Refuse(
             Refusal::kInvalidFile,
@@ -77,10 +80,33 @@ bool DocumentScanner::FindSettings() {
             Refusal::kInvalidFile,
             "prolog",
             fText.WithoutBlanksBehind({start, std::min(open, fText.EndOfLine(start))}),
-            PrologText(fText.Bytes({start, open})));
+            PrologText());
     }
     fCursor = open + 2;
     return true;
+}
+
+// What editors put before a text that is no settings text then.
+void DocumentScanner::RefuseOtherEncodings() {
+    constexpr std::string_view kMark8 = "\xEF\xBB\xBF";
+    std::string_view const head = fText.Bytes({0, std::min<std::size_t>(fText.Size(), 2)});
+    bool const isWide = head == "\xFF\xFE" || head == "\xFE\xFF" ||
+                        (head.size() == 2 && (head[0] == '\0') != (head[1] == '\0'));
+    if (isWide) {
+        Refuse(
+            Refusal::kInvalidFile,
+            "encoding",
+            {0, 2},
+            "the file is in UTF-16: save it as plain text, such as UTF-8 without a byte order "
+            "mark");
+    }
+    if (fText.StandsOn(0, kMark8)) {
+        Refuse(
+            Refusal::kInvalidFile,
+            "encoding",
+            {0, kMark8.size()},
+            "the file begins with a byte order mark: save it without one");
+    }
 }
 
 // The first look comes before any skip: blanks behind the opening make the loop run once.
@@ -131,6 +157,7 @@ void DocumentScanner::ScanTail() {
 void DocumentScanner::ScanEntry(Dictionary& values) {
     std::size_t const place = fEntries.size();
     std::size_t const depth = fDepth;
+    std::size_t const array = fOpenArray;
     try {
         Span const key = ScanKey();
         fEntries.push_back({key, {}, 0, fDepth});
@@ -150,6 +177,7 @@ void DocumentScanner::ScanEntry(Dictionary& values) {
     } catch (EntryLost const&) {
         fEntries.resize(place);
         fDepth = depth;
+        fOpenArray = array;
     }
     fCursor = fText.Skip(fCursor);
 }
@@ -273,6 +301,7 @@ Value DocumentScanner::ScanNumber() {
 
 Value DocumentScanner::ScanArray() {
     std::size_t const begin = fCursor;
+    std::size_t const outer = std::exchange(fOpenArray, begin);
     std::size_t last = kNone;
     Array values;
     ++fDepth;
@@ -290,6 +319,7 @@ Value DocumentScanner::ScanArray() {
     }
     ++fCursor;
     --fDepth;
+    fOpenArray = outer;
     return values;
 }
 
@@ -334,14 +364,8 @@ Value DocumentScanner::ScanHexString() {
             "the hexadecimal string has no end: expected >");
     }
     fCursor = end + 1;
-    std::string_view const bytes = fText.Bytes({begin, end});
-    if (bytes.find_first_not_of("0123456789abcdefABCDEF \t\r\n\f") != std::string_view::npos) {
-        fFaults.Warn(
-            "bad-hex",
-            {begin - 1, end + 1},
-            "a hexadecimal string holds digits 0 to 9 and A to F only");
-    }
-    return HexString{std::string(bytes)};
+    NoteHexString({begin, end});
+    return HexString{std::string(fText.Bytes({begin, end}))};
 }
 
 } // namespace pdfsettings::detail

@@ -37,6 +37,7 @@ private:
 
     void ScanText();
     bool FindSettings();
+    void RefuseOtherEncodings();
     void ScanSettings();
     void ScanEnd();
     void ScanTail();
@@ -62,6 +63,7 @@ private:
     void NoteLeftover();
     void NoteNumber(Span token, Span number, bool hasPoint);
     void NoteString(Span bytes);
+    void NoteHexString(Span bytes);
     void NoteWhatIsStuck(Span value);
     [[noreturn]] void NoteUnknownValue();
     void NoteEndOfDictionary();
@@ -70,6 +72,8 @@ private:
     ScannedText fText;
     std::size_t fCursor = 0;
     std::size_t fDepth = 0;
+    // Where the array begins whose elements are read.
+    std::size_t fOpenArray = 0;
     // The empty dictionary that the next key would be taken into.
     std::optional<Span> fEmptyDictionary;
 };

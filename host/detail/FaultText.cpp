@@ -9,8 +9,14 @@ namespace {
 
 constexpr std::string_view kDigits = "0123456789";
 
+// As much of a text as tells which one is meant.
+std::string Shown(std::string_view text) {
+    constexpr std::size_t kMost = 60;
+    return text.size() <= kMost ? std::string(text) : std::string(text.substr(0, kMost)) + "…";
+}
+
 std::string Quoted(std::string_view text) {
-    return "\"" + std::string(text) + "\"";
+    return "\"" + Shown(text) + "\"";
 }
 
 std::string NumberText(double value) {
@@ -25,6 +31,15 @@ std::string Decimal(std::string_view number) {
     std::size_t const first = number.find_first_not_of("-0");
     std::string const digits(first == std::string_view::npos ? "0" : number.substr(first));
     return (isNegative ? "-" : "") + digits;
+}
+
+bool IsLetter(char byte) noexcept {
+    return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z');
+}
+
+// What looks like an entry, or like a name, is probably one that lacks its slash.
+std::string SlashHint(std::string_view found) {
+    return !found.empty() && IsLetter(found[0]) ? ", or is a / missing before it?" : "";
 }
 
 // What was probably meant by something that is no value; empty for no idea.
@@ -62,10 +77,7 @@ bool LooksLikeEntries(std::string_view string) noexcept {
     return false;
 }
 
-std::string PrologText(std::string_view prolog) {
-    if (prolog.starts_with("\xEF\xBB\xBF")) {
-        return "the file begins with a byte order mark: save it without one";
-    }
+std::string PrologText() {
     return "before the settings only comments may stand";
 }
 
@@ -87,7 +99,7 @@ std::string EmptyDictionaryText(std::size_t depth) {
 
 std::string StrayText(std::string_view stray, std::string_view name) {
     return Quoted(stray) + " is passed over: " +
-           (name.empty() ? "it belongs to no key"
+           (name.empty() ? "it belongs to no key" + SlashHint(stray)
                          : std::string(name) + " is read as the value of the key before it");
 }
 
@@ -97,7 +109,8 @@ std::string StrayBeforeEndText(std::string_view stray, std::string_view name) {
     }
     return stray.empty()
                ? "a > too many"
-               : Quoted(stray) + " before the end of a dictionary hides that end: remove it";
+               : Quoted(stray) + " before the end of a dictionary hides that end: " +
+                     (SlashHint(stray).empty() ? "remove it" : "remove it" + SlashHint(stray));
 }
 
 std::string OctalText(std::string_view number, double value) {
@@ -116,7 +129,7 @@ std::string NestedBracketsText(std::string_view string) {
 }
 
 std::string StuckText(std::string_view token, std::string_view value) {
-    std::string text = Quoted(token) + " is read as " + std::string(value);
+    std::string text = Quoted(token) + " is read as " + Shown(value);
     bool const isNumber = value.find_first_not_of("-0123456789") == std::string_view::npos;
     if (IsOctal(token)) {
         return text + ", for a leading 0 makes it octal: write " + Decimal(token);
@@ -125,7 +138,14 @@ std::string StuckText(std::string_view token, std::string_view value) {
         return text + ", for an exponent needs a point: write " + std::string(value) + ".0" +
                std::string(token.substr(value.size()));
     }
-    return text + ": put a blank behind it or remove the rest";
+    std::string_view const rest = token.substr(value.size());
+    bool const isComma = isNumber && rest.size() > 1 && rest[0] == ',' &&
+                         rest.find_first_not_of(kDigits, 1) == std::string_view::npos;
+    if (isComma) {
+        return text + ": write " + std::string(value) + "." + std::string(rest.substr(1)) +
+               ", or leave the comma out";
+    }
+    return text + ": remove " + Quoted(rest);
 }
 
 std::string MissingValueText(std::string_view key) {
@@ -139,6 +159,13 @@ std::string UnknownValueText(std::string_view found) {
     }
     if (found.starts_with('{')) {
         return "a procedure is no value";
+    }
+    if (IsLetter(found[0])) {
+        return Quoted(found) + " is no value: write /" + Shown(found) + " for a name, (" +
+               Shown(found) + ") for a text";
+    }
+    if (found.starts_with('"') || found.starts_with('\'')) {
+        return Quoted(found) + " is no value: a text stands in (text), a name behind a slash";
     }
     return Quoted(found) +
            " is no value: expected true, false, a number, /Name, (text), <FEFF>, [ … ] or << … >>";

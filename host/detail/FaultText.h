@@ -13,7 +13,7 @@ bool IsOctal(std::string_view number) noexcept;
 bool LooksLikeEntries(std::string_view string) noexcept;
 
 // The texts, from the bytes at fault.
-std::string PrologText(std::string_view prolog);
+std::string PrologText();
 std::string KeywordText(std::string_view found);
 std::string DuplicateText(std::string_view key);
 std::string EmptyDictionaryText(std::size_t depth);

@@ -65,7 +65,7 @@ constexpr RuleCase kRuleCases[] = {
     {"< type number in [ 1.2 1.3 ] >", "1.29999995231628", ""},
     {"< type integer in [ -1 1 2 ] >", "3", "K 3 is not one of -1, 1, 2"},
     {"< type name in [ a b ] >", "b", ""},
-    {"< type name in [ a b ] >", "B", "K B is not one of a, b"},
+    {"< type name in [ a b ] >", "B", "K /B is not one of /a, /b"},
     {"< type string in [ a (b c) ] >", "($b c)", ""},
     {"< type string in [ a (b c) ] >", "$b", "K (b) is not one of (a), (b c)"},
     {"< type boolean in [ true ] >", "false", "K false is not one of true"},

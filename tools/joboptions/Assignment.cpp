@@ -109,12 +109,28 @@ public:
         if (path == pdfsettings::kTailKey) {
             throw BadAssignment("this is what follows the settings in their file, not a setting");
         }
+        RequireKey(path);
         std::string const text = assignment.substr(sign + 1);
         Apply(path, ReadValue(path, text), result.changes);
         result.texts.push_back({path, BareText(text)});
     }
 
 private:
+    // In a file a slash stands before each key, which here is none of it.
+    void RequireKey(std::string const& path) const {
+        std::string_view const last = pdfsettings::LastPart(path);
+        bool const isSlashed = last.starts_with('/') && Find(fSettings, path) == nullptr;
+        if (isSlashed || last.empty()) {
+            throw BadAssignment(
+                "this cannot be the key of a setting" +
+                (last.size() > 1 ? fmt::format(
+                                       "; write {}{} without the slash",
+                                       VisibleText(path.substr(0, path.size() - last.size())),
+                                       VisibleText(last.substr(1)))
+                                 : std::string()));
+        }
+    }
+
     Value ReadValue(std::string const& path, std::string const& text) const {
         std::string const key(pdfsettings::LastPart(path));
         if (!ReadEntry(fComponent, key, "true")) {
@@ -123,6 +139,11 @@ private:
         auto value = ReadEntry(fComponent, key, text);
         if (!value) {
             ThrowUnreadable(path, text);
+        }
+        // A value that is read otherwise than it looks is not what was asked for.
+        pdfsettings::Document const document(EntryFile("K", text));
+        if (!document.Findings().empty()) {
+            throw BadAssignment(VisibleText(document.Findings().front().message));
         }
         return std::move(*value);
     }
@@ -170,7 +191,9 @@ private:
             changes.Set(topKey, *current);
         }
         if (!SetAt(changes, path, std::move(value))) {
-            throw BadAssignment("there is no such place in the settings");
+            throw BadAssignment(fmt::format(
+                "there is no such place in the settings; set the whole of {}",
+                VisibleText(topKey)));
         }
     }
 

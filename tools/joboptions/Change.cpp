@@ -7,25 +7,56 @@
 #include "tools/joboptions/JsonDocuments.h"
 #include "tools/joboptions/Output.h"
 #include "tools/joboptions/Replace.h"
+#include "tools/joboptions/Utf8.h"
 
+#include <algorithm>
 #include <fmt/format.h>
 
 namespace joboptions {
 
+namespace {
+
+void Warn(pdfsettings::Finding const& warning, Options const& options) {
+    if (!options.quiet) {
+        WriteWarning(VisibleText(warning.key) + ": " + warning.message);
+    }
+}
+
+} // namespace
+
 Status Finish(Change const& change, Options const& options) {
+    RequireRoom(change.file, options);
     auto const differences = Compare(change.before, change.after);
     if (options.json) {
-        WriteOutput(ChangeDocument(differences, change.findings, change.file));
+        WriteOutput(ChangeDocument(differences, change.findings, change.warnings, change.file));
+    }
+    for (pdfsettings::Finding const& warning : change.warnings) {
+        Warn(warning, options);
     }
     if (!change.findings.empty()) {
         throw Failure(Status::kRefused, FindingsText(change.file, change.findings));
     }
     if (options.dryRun) {
-        WriteOutput(options.json ? "" : DifferencesText(differences));
+        RequireReplaceable(change.file, options);
+        WriteOutput(options.json ? "" : DifferencesText(differences, UseColor(options.color)));
         return Status::kDone;
     }
     Replace(change.file, change.settings, change.text, options);
     return Status::kDone;
+}
+
+void MarkOldFindings(
+    pdfsettings::Settings const& settings, std::vector<pdfsettings::Finding>& findings) {
+    if (findings.empty()) {
+        return;
+    }
+    auto const before = settings.Validate();
+    for (pdfsettings::Finding& finding : findings) {
+        bool const isOld = std::ranges::any_of(before, [&](pdfsettings::Finding const& old) {
+            return old.key == finding.key && old.message == finding.message;
+        });
+        finding.message += isOld ? " (as before the change)" : "";
+    }
 }
 
 void RequireSettings(

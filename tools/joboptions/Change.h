@@ -19,12 +19,18 @@ struct Change {
     pdfsettings::Dictionary before;
     pdfsettings::Dictionary after;
     std::vector<pdfsettings::Finding> findings; // faults of the result
+    std::vector<pdfsettings::Finding> warnings; // what may be meant otherwise
     std::string text;                           // of the result; not looked at when it has faults
 };
 
 // Shows the change, or saves it where options say. Status::kDone; throws Failure with
-// Status::kRefused for a result with faults, and as Replace.
+// Status::kRefused for a result with faults, with Status::kWrongCall when standard output would
+// have to take both JSON and the settings, and as Replace.
 Status Finish(Change const& change, Options const& options);
+
+// Says of those findings that settings had before their change that they are old.
+void MarkOldFindings(
+    pdfsettings::Settings const& settings, std::vector<pdfsettings::Finding>& findings);
 
 // Makes sure that text gives those settings. Throws Failure with Status::kRefused, which names file
 // and says what to do instead, when it does not.

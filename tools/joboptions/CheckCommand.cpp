@@ -3,6 +3,7 @@
 #include "tools/joboptions/Input.h"
 #include "tools/joboptions/JsonDocuments.h"
 #include "tools/joboptions/Locate.h"
+#include "tools/joboptions/Result.h"
 #include "tools/joboptions/SchemaOption.h"
 #include "tools/joboptions/UnknownKeys.h"
 
@@ -15,10 +16,10 @@ namespace joboptions {
 
 namespace {
 
-std::string JudgementText(Judgement const& judgement) {
+std::string JudgementText(Judgement const& judgement, bool color) {
     std::string text;
     for (Diagnostic const& diagnostic : judgement.diagnostics) {
-        text += DiagnosticText(judgement.file, *judgement.document, diagnostic);
+        text += DiagnosticText(judgement.file, *judgement.document, diagnostic, color);
     }
     return text;
 }
@@ -53,20 +54,20 @@ CheckCommand::CheckCommand(CLI::App& program, Options& options)
 }
 
 Status CheckCommand::Run() const {
+    RequireOneStandardInput(fFiles);
     pdfsettings::Component const component;
     pdfsettings::Schema const schema = ReadSchema(component, fOptions);
     std::vector<Judgement> judgements;
     Status status = Status::kDone;
+    std::string text;
     for (std::string const& file : fFiles) {
         judgements.push_back(Judge(component, schema, file));
         status = std::max(status, StatusOf(judgements.back()));
         if (!fOptions.json && !fOptions.quiet) {
-            WriteOutput(JudgementText(judgements.back()));
+            text += JudgementText(judgements.back(), UseColor(fOptions));
         }
     }
-    if (fOptions.json) {
-        WriteOutput(CheckDocument(judgements));
-    }
+    WriteResult(fOptions, fOptions.json ? CheckDocument(judgements) : text);
     return status;
 }
 

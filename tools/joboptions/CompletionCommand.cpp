@@ -1,6 +1,7 @@
 #include "tools/joboptions/CompletionCommand.h"
 
 #include "tools/joboptions/CompletionScripts.h"
+#include "tools/joboptions/Result.h"
 #include "tools/joboptions/SchemaOption.h"
 
 #include <CLI/CLI.hpp>
@@ -29,11 +30,11 @@ Status CompletionCommand::Run() const {
     auto const keys = CompletedKeys(ReadSchema(component, fOptions).Settings());
     auto const commands = CompletedCommands(fProgram);
     if (fShell == "bash") {
-        WriteOutput(BashCompletion(commands, keys));
+        WriteResult(fOptions, BashCompletion(commands, keys));
     } else if (fShell == "zsh") {
-        WriteOutput(ZshCompletion(commands, keys));
+        WriteResult(fOptions, ZshCompletion(commands, keys));
     } else {
-        WriteOutput(FishCompletion(commands, keys));
+        WriteResult(fOptions, FishCompletion(commands, keys));
     }
     return Status::kDone;
 }

@@ -38,7 +38,7 @@ CompletedCommand MakeCommand(CLI::App const& parser) {
     CompletedCommand command{parser.get_name(), parser.get_description(), {}, false, false, false};
     for (CLI::Option const* const option : parser.get_options()) {
         std::string const place = option->get_name(/*positional=*/true);
-        if (!option->get_positional()) {
+        if (!option->get_positional() && !option->get_group().empty()) {
             command.options.push_back(MakeOption(*option));
         }
         command.takesFile |= place == "FILE" || place == "A";

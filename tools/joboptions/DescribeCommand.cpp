@@ -1,6 +1,8 @@
 #include "tools/joboptions/DescribeCommand.h"
 
 #include "tools/joboptions/JsonDocuments.h"
+#include "tools/joboptions/Nearest.h"
+#include "tools/joboptions/Result.h"
 #include "tools/joboptions/RuleText.h"
 #include "tools/joboptions/SchemaOption.h"
 #include "tools/joboptions/Utf8.h"
@@ -46,9 +48,9 @@ Status DescribeCommand::Run() const {
     Status status = Status::kDone;
     auto const chosen = fKeys.empty() ? rules : Choose(rules, status);
     if (fOptions.json) {
-        WriteOutput(RulesDocument(chosen));
+        WriteResult(fOptions, RulesDocument(chosen));
     } else {
-        WriteOutput(fKeys.empty() ? RuleLines(chosen) : RuleParagraphs(chosen));
+        WriteResult(fOptions, fKeys.empty() ? RuleLines(chosen) : RuleParagraphs(chosen));
     }
     return status;
 }
@@ -63,16 +65,21 @@ DescribeCommand::Choose(std::vector<SettingRule> const& rules, Status& status) c
         });
         if (chosen.size() == before) {
             status = Status::kNo;
-            ReportMissing(key);
+            ReportMissing(key, rules);
         }
     }
     return chosen;
 }
 
-void DescribeCommand::ReportMissing(std::string const& key) const {
-    if (!fOptions.quiet) {
-        WriteError(fmt::format("the schema has no setting {}", VisibleText(key)));
+void DescribeCommand::ReportMissing(
+    std::string const& key, std::vector<SettingRule> const& rules) const {
+    if (fOptions.quiet) {
+        return;
     }
+    std::vector<std::string> keys;
+    std::ranges::transform(rules, std::back_inserter(keys), &SettingRule::key);
+    WriteError(fmt::format(
+        "the schema has no setting {}{}", VisibleText(key), MeantText(Nearest(key, keys))));
 }
 
 } // namespace joboptions

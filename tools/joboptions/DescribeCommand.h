@@ -24,7 +24,8 @@ public:
 private:
     std::vector<pdfsettings::SettingRule>
     Choose(std::vector<pdfsettings::SettingRule> const& rules, Status& status) const;
-    void ReportMissing(std::string const& key) const;
+    void
+    ReportMissing(std::string const& key, std::vector<pdfsettings::SettingRule> const& rules) const;
 
     Options const& fOptions;
     std::vector<std::string> fKeys;

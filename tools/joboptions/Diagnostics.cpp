@@ -5,6 +5,7 @@
 #include "tools/joboptions/Input.h"
 #include "tools/joboptions/Layout.h"
 #include "tools/joboptions/Nearest.h"
+#include "tools/joboptions/Output.h"
 #include "tools/joboptions/Utf8.h"
 #include "tools/joboptions/ValueText.h"
 
@@ -61,18 +62,6 @@ std::vector<std::string> AllowedWords(SettingRule const& rule) {
     return words;
 }
 
-// The allowed name that is probably meant, as the end of a message.
-std::string
-NameHint(Document const& document, SettingRule const* rule, pdfsettings::Finding const& finding) {
-    auto const* const value = pdfsettings::Find(document.Values(), PathOf(finding.key));
-    auto const* const word = value == nullptr ? nullptr : value->If<pdfsettings::Word>();
-    if (rule == nullptr || word == nullptr) {
-        return "";
-    }
-    std::string const nearest = Nearest(word->text, AllowedWords(*rule));
-    return nearest.empty() ? "" : fmt::format("; did you mean /{}?", nearest);
-}
-
 // As much of a line as can be shown, around the place that is meant.
 struct Excerpt {
     std::string fLine;
@@ -102,7 +91,7 @@ Excerpt MakeExcerpt(Document const& document, Span span) {
 }
 
 std::string
-DiagnosticLine(std::string const& file, Diagnostic const& diagnostic, char const* severity) {
+DiagnosticLine(std::string const& file, Diagnostic const& diagnostic, std::string const& severity) {
     return fmt::format(
         "{}:{}:{}: {}{}{}{} [{}]",
         InputName(file),
@@ -133,6 +122,20 @@ Diagnostic MakeDiagnostic(
         std::move(message)};
 }
 
+std::string NameHint(
+    pdfsettings::Dictionary const& values,
+    std::vector<SettingRule> const& rules,
+    pdfsettings::Finding const& finding) {
+    SettingRule const* const rule = FindRule(rules, finding.key);
+    auto const* const value = pdfsettings::Find(values, PathOf(finding.key));
+    auto const* const word = value == nullptr ? nullptr : value->If<pdfsettings::Word>();
+    if (rule == nullptr || word == nullptr) {
+        return "";
+    }
+    std::string const nearest = Nearest(word->text, AllowedWords(*rule));
+    return nearest.empty() ? "" : MeantText("/" + nearest);
+}
+
 std::vector<Diagnostic> TextDiagnostics(Document const& document) {
     std::vector<Diagnostic> diagnostics;
     for (auto const& [severity, id, span, message] : document.Findings()) {
@@ -148,7 +151,7 @@ std::vector<Diagnostic> SchemaDiagnostics(
     std::vector<Diagnostic> diagnostics;
     for (pdfsettings::Finding const& finding : findings) {
         std::string const hint = diagnostics.size() < kMostHints
-                                     ? NameHint(document, FindRule(rules, finding.key), finding)
+                                     ? NameHint(document.Values(), rules, finding)
                                      : std::string();
         diagnostics.push_back(MakeDiagnostic(
             document,
@@ -185,16 +188,19 @@ std::vector<Diagnostic> RoundedNumbers(
     return diagnostics;
 }
 
-std::string
-DiagnosticText(std::string const& file, Document const& document, Diagnostic const& diagnostic) {
+std::string DiagnosticText(
+    std::string const& file, Document const& document, Diagnostic const& diagnostic, bool color) {
     auto const [line, carets] = MakeExcerpt(document, diagnostic.span);
+    bool const isError = diagnostic.severity == Severity::kError;
+    int const number = isError ? kRed : kYellow;
+    std::string const severity = Colored(isError ? "error:" : "warning:", number, color) + " ";
     return fmt::format(
         "{}\n{:>5} | {}\n      | {}\n",
-        DiagnosticLine(
-            file, diagnostic, diagnostic.severity == Severity::kError ? "error: " : "warning: "),
+        DiagnosticLine(file, diagnostic, severity),
         diagnostic.place.line,
         line,
-        carets);
+        carets.substr(0, carets.find('^')) +
+            Colored(carets.substr(carets.find('^')), number, color));
 }
 
 std::string RefusalText(std::string const& file, Document const& document) {

@@ -38,6 +38,12 @@ Diagnostic MakeDiagnostic(
 // What stands in a text otherwise than it looks.
 std::vector<Diagnostic> TextDiagnostics(pdfsettings::Document const& document);
 
+// "; did you mean …?" where the value at fault is nearly a name that is allowed; else empty.
+std::string NameHint(
+    pdfsettings::Dictionary const& values,
+    std::vector<pdfsettings::SettingRule> const& rules,
+    pdfsettings::Finding const& finding);
+
 // What the schema does not allow; a name that is nearly an allowed one is named.
 std::vector<Diagnostic> SchemaDiagnostics(
     pdfsettings::Document const& document,
@@ -51,9 +57,12 @@ std::vector<Diagnostic> RoundedNumbers(
     pdfsettings::Settings const& settings);
 
 // "file:line:column: error: key: message [id]", and the line of the text with carets below what is
-// meant. With line ends.
+// meant. With line ends. With color, the severity and the carets are coloured for a terminal.
 std::string DiagnosticText(
-    std::string const& file, pdfsettings::Document const& document, Diagnostic const& diagnostic);
+    std::string const& file,
+    pdfsettings::Document const& document,
+    Diagnostic const& diagnostic,
+    bool color);
 
 // Why the component refuses a text, "file:line:column: message [id]"; empty for one that it reads.
 std::string RefusalText(std::string const& file, pdfsettings::Document const& document);

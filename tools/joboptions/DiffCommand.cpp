@@ -4,6 +4,7 @@
 #include "tools/joboptions/Input.h"
 #include "tools/joboptions/JsonDocuments.h"
 #include "tools/joboptions/Locate.h"
+#include "tools/joboptions/Result.h"
 
 #include <CLI/CLI.hpp>
 
@@ -31,13 +32,14 @@ DiffCommand::DiffCommand(CLI::App& program, Options& options)
 }
 
 Status DiffCommand::Run() const {
+    RequireOneStandardInput({fBefore, fAfter});
     pdfsettings::Dictionary const before = ReadSettings(Locate(fBefore, fOptions));
     pdfsettings::Dictionary const after = ReadSettings(Locate(fAfter, fOptions));
     auto const differences = Compare(before, after);
     if (fOptions.json) {
-        WriteOutput(DifferencesDocument(differences, fBefore));
+        WriteResult(fOptions, DifferencesDocument(differences, fBefore));
     } else if (!fOptions.quiet) {
-        WriteOutput(DifferencesText(differences));
+        WriteResult(fOptions, DifferencesText(differences, UseColor(fOptions)));
     }
     return differences.empty() ? Status::kDone : Status::kNo;
 }

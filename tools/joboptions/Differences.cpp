@@ -1,5 +1,6 @@
 #include "tools/joboptions/Differences.h"
 
+#include "tools/joboptions/Output.h"
 #include "tools/joboptions/Utf8.h"
 #include "tools/joboptions/ValueText.h"
 
@@ -97,16 +98,21 @@ std::vector<Difference> Compare(Dictionary const& before, Dictionary const& afte
     return Comparison().Run(before, after);
 }
 
-std::string DifferencesText(std::vector<Difference> const& differences) {
+std::string DifferencesText(std::vector<Difference> const& differences, bool color) {
     std::string text;
     for (auto const& [path, before, after] : differences) {
         std::string const name = VisibleText(path);
         if (after == nullptr) {
-            text += fmt::format("- {} {}\n", name, OneLine(*before));
+            text += fmt::format("{} {} {}\n", Colored("-", kRed, color), name, OneLine(*before));
         } else if (before == nullptr) {
-            text += fmt::format("+ {} {}\n", name, OneLine(*after));
+            text += fmt::format("{} {} {}\n", Colored("+", kGreen, color), name, OneLine(*after));
         } else {
-            text += fmt::format("~ {} {} -> {}\n", name, OneLine(*before), OneLine(*after));
+            text += fmt::format(
+                "{} {} {} -> {}\n",
+                Colored("~", kYellow, color),
+                name,
+                OneLine(*before),
+                OneLine(*after));
         }
     }
     return text;

@@ -22,6 +22,7 @@ Compare(pdfsettings::Dictionary const& before, pdfsettings::Dictionary const& af
 
 // A line for each: "- key value" for one that is missing afterwards, "+ key value" for a new one,
 // "~ key value -> value" for a changed one.
-std::string DifferencesText(std::vector<Difference> const& differences);
+// With color, the signs are coloured for a terminal.
+std::string DifferencesText(std::vector<Difference> const& differences, bool color);
 
 } // namespace joboptions

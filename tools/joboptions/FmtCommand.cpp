@@ -41,6 +41,7 @@ Status FmtCommand::Run() const {
     if (fFiles.size() > 1 && !fOptions.output.empty()) {
         throw Failure(Status::kWrongCall, "--output takes a single FILE");
     }
+    RequireOneStandardInput(fFiles);
     pdfsettings::Component const component;
     std::vector<LayoutJudgement> judgements;
     Status status = Status::kDone;
@@ -76,13 +77,17 @@ FmtCommand::Format(pdfsettings::Component const& component, LayoutJudgement& jud
     auto const [settings, text] = OpenWithText(component, file);
     std::string const laidOut = LayOut(component, settings, file);
     judgement.differs = text != laidOut;
-    if (fIsCheck || fOptions.dryRun) {
+    if (fIsCheck) {
         return judgement.differs ? Announce(file) : Status::kDone;
     }
     if (!fOptions.force && HasComments(pdfsettings::Document(text))) {
         throw Failure(
             Status::kRefused,
             fmt::format("{}: its comments would be lost; use --force", InputName(file)));
+    }
+    if (fOptions.dryRun) {
+        RequireReplaceable(file, fOptions);
+        return judgement.differs ? Announce(file) : Status::kDone;
     }
     if (judgement.differs || !fOptions.output.empty() || file == "-") {
         Save(file, settings, laidOut);
@@ -101,10 +106,7 @@ void FmtCommand::Save(
     std::string const& file,
     pdfsettings::Settings const& settings,
     std::string const& laidOut) const {
-    std::string const& target = fOptions.output.empty() ? file : fOptions.output;
-    if (target == "-" && fOptions.json) {
-        throw Failure(Status::kWrongCall, "standard output cannot take both JSON and the settings");
-    }
+    RequireRoom(file, fOptions);
     Replace(file, settings, laidOut, fOptions);
 }
 

@@ -4,8 +4,8 @@
 #include "tools/joboptions/Input.h"
 #include "tools/joboptions/JsonDocuments.h"
 #include "tools/joboptions/Locate.h"
-#include "tools/joboptions/Output.h"
-#include "tools/joboptions/Utf8.h"
+#include "tools/joboptions/MissingKey.h"
+#include "tools/joboptions/Result.h"
 #include "tools/joboptions/ValueText.h"
 
 #include <CLI/CLI.hpp>
@@ -39,21 +39,21 @@ Status GetCommand::Run() const {
     for (std::string const& key : fKeys) {
         pdfsettings::Value const* const value = Find(settings, key);
         if (value == nullptr) {
-            missing.push_back(key);
+            missing.push_back(MissingKeyText(settings, key));
             continue;
         }
         lines += OneLine(*value) + "\n";
         found.Set(key, *value);
     }
-    WriteOutput(fOptions.json ? JsonDocument("values", found, file) : lines);
+    WriteResult(fOptions, fOptions.json ? JsonDocument("values", found, file) : lines);
     WriteMissing(missing);
     return missing.empty() ? Status::kDone : Status::kNo;
 }
 
-void GetCommand::WriteMissing(std::vector<std::string> const& keys) const {
-    for (std::string const& key : keys) {
+void GetCommand::WriteMissing(std::vector<std::string> const& messages) const {
+    for (std::string const& message : messages) {
         if (!fOptions.quiet) {
-            WriteError(fmt::format("{}: no such key: {}", InputName(fFile), VisibleText(key)));
+            WriteError(fmt::format("{}: {}", InputName(fFile), message));
         }
     }
 }

@@ -19,7 +19,7 @@ public:
     Status Run() const override;
 
 private:
-    void WriteMissing(std::vector<std::string> const& keys) const;
+    void WriteMissing(std::vector<std::string> const& messages) const;
 
     Options const& fOptions;
     std::string fFile;

@@ -6,8 +6,10 @@
 #include "tools/joboptions/Failure.h"
 #include "tools/joboptions/Utf8.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
+#include <filesystem>
 #include <fmt/format.h>
 #include <system_error>
 #include <unistd.h>
@@ -55,6 +57,14 @@ private:
     ThrowBadInput(file, std::generic_category().message(error));
 }
 
+// What can be read once and is no file to be bound to.
+bool IsStream(std::string const& file) {
+    std::error_code error;
+    auto const type = std::filesystem::status(file, error).type();
+    return file == "-" || type == std::filesystem::file_type::fifo ||
+           type == std::filesystem::file_type::character;
+}
+
 // What is wrong with text at its place, else the component's own words.
 std::string
 ReasonFor(std::string const& file, std::string const& text, pdfsettings::Error const& error) {
@@ -97,12 +107,21 @@ pdfsettings::Settings ParseSettings(
 }
 
 std::string InputName(std::string const& file) {
+    if (file.empty()) {
+        return "\"\"";
+    }
     return file == "-" ? "standard input" : VisibleText(file);
+}
+
+void RequireOneStandardInput(std::vector<std::string> const& files) {
+    if (std::ranges::count(files, "-") > 1) {
+        throw Failure(Status::kWrongCall, "standard input can be named only once");
+    }
 }
 
 pdfsettings::Settings OpenSettings(
     pdfsettings::Component const& component, std::string const& file, std::string const& schema) {
-    if (file == "-") {
+    if (IsStream(file)) {
         return ParseSettings(component, file, ReadBytes(file), schema);
     }
     try {
@@ -114,7 +133,7 @@ pdfsettings::Settings OpenSettings(
 
 SettingsWithText OpenWithText(
     pdfsettings::Component const& component, std::string const& file, std::string const& schema) {
-    if (file == "-") {
+    if (IsStream(file)) {
         std::string text = ReadBytes(file);
         return {ParseSettings(component, file, text, schema), std::move(text)};
     }

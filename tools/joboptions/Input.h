@@ -6,11 +6,16 @@
 #include "host/Value.h"
 
 #include <string>
+#include <vector>
 
 namespace joboptions {
 
 // How messages name a file: its path with control bytes made visible.
 std::string InputName(std::string const& file);
+
+// Standard input can be read once. Throws Failure with Status::kWrongCall when more than one of
+// files is "-".
+void RequireOneStandardInput(std::vector<std::string> const& files);
 
 // All bytes of a file; "-" is standard input. Throws Failure with Status::kBadInput and the reason
 // when it cannot be read.

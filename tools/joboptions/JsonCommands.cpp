@@ -7,24 +7,17 @@
 #include "tools/joboptions/JsonReader.h"
 #include "tools/joboptions/Layout.h"
 #include "tools/joboptions/Locate.h"
+#include "tools/joboptions/Result.h"
 
 #include <CLI/CLI.hpp>
 
 namespace joboptions {
 
-namespace {
-
-std::string OutputOf(Options const& options) {
-    return options.output.empty() ? "-" : options.output;
-}
-
-} // namespace
-
 ExportCommand::ExportCommand(CLI::App& program, Options& options)
     : Command(program, "export", "Write all settings of a file as JSON"),
       fOptions(options) {
     AddFile(Parser(), options, fFile);
-    AddOutput(Parser(), options, "Write there, not to standard output");
+    AddJson(Parser(), options);
     AddOptions(Parser(), options);
     Parser().footer("Nothing of the settings is lost: import makes of it what fmt makes of FILE.\n"
                     "\n"
@@ -35,7 +28,7 @@ ExportCommand::ExportCommand(CLI::App& program, Options& options)
 
 Status ExportCommand::Run() const {
     std::string const file = Locate(fFile, fOptions);
-    WriteFile(OutputOf(fOptions), JsonDocument("settings", ReadSettings(file), file));
+    WriteResult(fOptions, JsonDocument("settings", ReadSettings(file), file));
     return Status::kDone;
 }
 
@@ -45,7 +38,6 @@ ImportCommand::ImportCommand(CLI::App& program, Options& options)
     Parser()
         .add_option("JSON", fFile, "What export wrote; without it, standard input")
         ->type_name("");
-    AddOutput(Parser(), options, "Write there, not to standard output");
     AddOptions(Parser(), options);
     Parser().footer("Examples:\n"
                     "  joboptions import office.json -o office.joboptions\n"
@@ -56,7 +48,7 @@ Status ImportCommand::Run() const {
     pdfsettings::Dictionary const values = ReadJsonDocument("settings", ReadBytes(fFile), fFile);
     pdfsettings::Component const component;
     auto const settings = pdfsettings::Settings::FromValues(component, values);
-    WriteFile(OutputOf(fOptions), LayOut(component, settings, fFile));
+    WriteResult(fOptions, LayOut(component, settings, fFile));
     return Status::kDone;
 }
 

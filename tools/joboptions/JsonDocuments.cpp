@@ -110,10 +110,12 @@ DifferencesDocument(std::vector<Difference> const& differences, std::string cons
 std::string ChangeDocument(
     std::vector<Difference> const& differences,
     std::vector<Finding> const& findings,
+    std::vector<Finding> const& warnings,
     std::string const& file) {
     Json document = NewDocument();
     document["differences"] = DifferencesJson(differences, file);
     document["findings"] = FindingsJson(findings);
+    document["warnings"] = FindingsJson(warnings);
     return Finish(document);
 }
 

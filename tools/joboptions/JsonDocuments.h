@@ -23,10 +23,12 @@ JsonDocument(char const* member, pdfsettings::Dictionary const& values, std::str
 std::string
 DifferencesDocument(std::vector<Difference> const& differences, std::string const& file);
 
-// The same with "findings": [{"key", "message"}], which are the reason when nothing has changed.
+// The same with "findings" and "warnings": [{"key", "message"}]. The findings are the reason when
+// nothing has changed.
 std::string ChangeDocument(
     std::vector<Difference> const& differences,
     std::vector<pdfsettings::Finding> const& findings,
+    std::vector<pdfsettings::Finding> const& warnings,
     std::string const& file);
 
 // {"version", "files": [{"file", "error", "findings": [{"line", "column", "length", "severity",

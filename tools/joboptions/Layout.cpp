@@ -31,12 +31,45 @@ bool IsEmptyOrDefaultTail(Difference const& difference) {
     return difference.path == pdfsettings::kTailKey && (isAdded || isEmpty);
 }
 
-pdfsettings::Settings ReadBack(
-    pdfsettings::Component const& component, std::string const& file, std::string const& text) {
+bool ReadsBack(pdfsettings::Component const& component, pdfsettings::Dictionary const& values) {
     try {
-        return pdfsettings::Settings::FromText(component, text);
+        auto const settings = pdfsettings::Settings::FromValues(component, values);
+        return pdfsettings::Settings::FromText(component, settings.Text()).Values().Size() ==
+               values.Size();
+    } catch (pdfsettings::Error const&) {
+        return false;
+    }
+}
+
+// Names the setting that makes the text of all unreadable, if it does so alone.
+[[noreturn]] void RefuseUnreadable(
+    pdfsettings::Component const& component,
+    pdfsettings::Dictionary const& values,
+    std::string const& file,
+    std::string const& reason) {
+    for (std::size_t place = 0; place < values.Size(); ++place) {
+        pdfsettings::Dictionary alone;
+        alone.Set(values.KeyAt(place), values.ValueAt(place));
+        alone.Set(pdfsettings::kTailKey, pdfsettings::Binary{pdfsettings::kTailKey, "tail"});
+        if (!ReadsBack(component, alone)) {
+            Refuse(
+                file,
+                fmt::format(
+                    "{} cannot be written so that it reads back",
+                    VisibleText(values.KeyAt(place))));
+        }
+    }
+    Refuse(file, "what would be written cannot be read again: " + reason);
+}
+
+pdfsettings::Settings ReadBack(
+    pdfsettings::Component const& component,
+    pdfsettings::Settings const& settings,
+    std::string const& file) {
+    try {
+        return pdfsettings::Settings::FromText(component, settings.Text());
     } catch (pdfsettings::Error const& error) {
-        Refuse(file, fmt::format("what would be written cannot be read again: {}", error.what()));
+        RefuseUnreadable(component, settings.Values(), file, error.what());
     }
 }
 
@@ -46,7 +79,7 @@ std::string LayOut(
     pdfsettings::Component const& component,
     pdfsettings::Settings const& settings,
     std::string const& file) {
-    pdfsettings::Settings const written = ReadBack(component, file, settings.Text());
+    pdfsettings::Settings const written = ReadBack(component, settings, file);
     pdfsettings::Dictionary const before = settings.Values();
     pdfsettings::Dictionary const after = written.Values();
     auto const differences = Compare(before, after);

@@ -3,6 +3,7 @@
 #include "host/AdminPreferences.h"
 #include "host/Component.h"
 #include "tools/joboptions/ListText.h"
+#include "tools/joboptions/Result.h"
 #include "tools/joboptions/Utf8.h"
 
 #include <CLI/CLI.hpp>
@@ -45,9 +46,9 @@ Status ListCommand::Run() const {
         std::erase_if(entries, [](ListEntry const& entry) { return entry.isHidden; });
     }
     if (fOptions.json) {
-        WriteOutput(ListDocument(entries));
+        WriteResult(fOptions, ListDocument(entries));
     } else {
-        WriteOutput(fIsLong ? ListParagraphs(entries) : ListLines(entries));
+        WriteResult(fOptions, fIsLong ? ListParagraphs(entries) : ListLines(entries));
     }
     return Status::kDone;
 }
@@ -56,6 +57,7 @@ FolderCommand::FolderCommand(CLI::App& program, Options& options)
     : Command(program, "folder", "Write the path of the user's settings folder"),
       fOptions(options) {
     Parser().add_flag("--admin", fIsAdmins, "Write the path of the administrator's instead");
+    AddJson(Parser(), options);
     AddOptions(Parser(), options);
     Parser().footer("Examples:\n"
                     "  cp office.joboptions \"$(joboptions folder)\"\n"
@@ -74,7 +76,7 @@ Status FolderCommand::Run() const {
         }
         return Status::kNo;
     }
-    WriteOutput(folder + "\n");
+    WriteResult(fOptions, fOptions.json ? FolderDocument(folder) : folder + "\n");
     return Status::kDone;
 }
 

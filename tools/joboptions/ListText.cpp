@@ -121,4 +121,9 @@ std::string ListDocument(std::vector<ListEntry> const& entries) {
     return document.dump(2) + "\n";
 }
 
+std::string FolderDocument(std::string const& folder) {
+    nlohmann::ordered_json const document{{"version", 1}, {"folder", VisibleText(folder)}};
+    return document.dump(2) + "\n";
+}
+
 } // namespace joboptions

@@ -19,4 +19,7 @@ std::string ListParagraphs(std::vector<ListEntry> const& entries);
 // "showHide", "shadows"}]}; times in UTC.
 std::string ListDocument(std::vector<ListEntry> const& entries);
 
+// {"version", "folder": the path}.
+std::string FolderDocument(std::string const& folder);
+
 } // namespace joboptions

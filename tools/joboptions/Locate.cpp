@@ -51,8 +51,7 @@ std::string LocateForChange(
         return file;
     }
     ListEntry const entry = FindEntry(component, file, options);
-    bool const isInPlace = options.output.empty() && !options.dryRun;
-    if (entry.settings.isReadOnly && isInPlace) {
+    if (entry.settings.isReadOnly && options.output.empty()) {
         throw Failure(
             Status::kRefused,
             fmt::format(

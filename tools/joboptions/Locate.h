@@ -15,8 +15,8 @@ std::string
 Locate(pdfsettings::Component const& component, std::string const& file, Options const& options);
 
 // The same for settings that are to be changed in their place. Throws Failure with Status::kRefused
-// and all reasons when they are listed as read-only, unless options say that nothing is written
-// there.
+// and all reasons when they are listed as read-only, unless options say that the result goes
+// elsewhere.
 std::string LocateForChange(
     pdfsettings::Component const& component, std::string const& file, Options const& options);
 

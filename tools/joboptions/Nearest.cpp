@@ -1,5 +1,7 @@
 #include "tools/joboptions/Nearest.h"
 
+#include "tools/joboptions/Utf8.h"
+
 #include <algorithm>
 #include <cctype>
 #include <numeric>
@@ -50,6 +52,10 @@ std::string Nearest(std::string const& word, std::vector<std::string> const& cho
         }
     }
     return nearest;
+}
+
+std::string MeantText(std::string const& meant) {
+    return meant.empty() ? "" : "; did you mean " + VisibleText(meant) + "?";
 }
 
 } // namespace joboptions

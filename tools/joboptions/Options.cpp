@@ -5,6 +5,30 @@
 
 namespace joboptions {
 
+namespace {
+
+bool Has(CLI::App const& command, char const* option) {
+    return command.get_option_no_throw(option) != nullptr;
+}
+
+// Scripts may give every command the same options; where one has nothing to do, help is silent.
+void AddUnused(CLI::App& command, Options& options) {
+    if (!Has(command, "--dry-run")) {
+        AddDryRun(command, options);
+        command.get_option("--dry-run")->group("");
+    }
+    if (!Has(command, "--schema")) {
+        AddSchema(command, options);
+        command.get_option("--schema")->group("");
+    }
+    if (!Has(command, "--app")) {
+        AddApplication(command, options, kNamesOfApplication);
+        command.get_option("--app")->group("");
+    }
+}
+
+} // namespace
+
 void AddOptions(CLI::App& command, Options& options) {
     std::map<std::string, Color> const colors{
         {"auto", Color::kAuto}, {"always", Color::kAlways}, {"never", Color::kNever}};
@@ -18,6 +42,11 @@ void AddOptions(CLI::App& command, Options& options) {
         ->check(CLI::IsMember(colors))
         ->type_name("WHEN")
         ->default_str("auto");
+
+    if (!Has(command, "--output")) {
+        AddOutput(command, options, "Write there, not to standard output");
+    }
+    AddUnused(command, options);
 }
 
 void AddJson(CLI::App& command, Options& options) {
@@ -31,7 +60,10 @@ void AddSchema(CLI::App& command, Options& options) {
 }
 
 void AddOutput(CLI::App& command, Options& options, char const* help) {
-    command.add_option("-o,--output", options.output, help)->type_name("FILE");
+    command.add_option("-o,--output", options.output, help)
+        ->type_name("FILE")
+        ->check(CLI::Validator(
+            [](std::string const& file) { return file.empty() ? "the name is empty" : ""; }, ""));
 }
 
 void AddDryRun(CLI::App& command, Options& options) {

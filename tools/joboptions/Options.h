@@ -24,7 +24,7 @@ struct Options {
 
 // Each of these adds options to command; parsing fills what they are given, which outlives command.
 
-// The options of every command.
+// The options of every command, after its own: what it has none of is taken all the same.
 void AddOptions(CLI::App& command, Options& options);
 
 void AddJson(CLI::App& command, Options& options);

@@ -40,6 +40,10 @@ bool UseColor(Color choice) {
     return isatty(STDOUT_FILENO) != 0 && !IsSet("NO_COLOR") && !IsDumbTerminal();
 }
 
+std::string Colored(std::string_view text, int number, bool color) {
+    return color ? fmt::format("\x1b[{}m{}\x1b[0m", number, text) : std::string(text);
+}
+
 // A full disk may show only when the bytes leave the buffer.
 void WriteOutput(std::string_view text) {
     errno = 0;

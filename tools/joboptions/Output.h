@@ -12,6 +12,15 @@ enum class Color { kAuto, kAlways, kNever };
 // set.
 bool UseColor(Color choice);
 
+// The colours of a terminal, by their number in ISO 6429.
+inline constexpr int kRed = 31;
+inline constexpr int kGreen = 32;
+inline constexpr int kYellow = 33;
+inline constexpr int kCyan = 36;
+
+// text, in that colour if it is to have one.
+std::string Colored(std::string_view text, int number, bool color);
+
 // Writes text to standard output, all of it. Throws Failure with Status::kNotWritten and the
 // reason.
 void WriteOutput(std::string_view text);

@@ -1,5 +1,6 @@
 #include "tools/joboptions/Replace.h"
 
+#include "host/SafeSave.h"
 #include "tools/joboptions/Failure.h"
 #include "tools/joboptions/Utf8.h"
 
@@ -17,6 +18,10 @@ bool AreSameFile(std::string const& a, std::string const& b) {
     return a == b || std::filesystem::equivalent(a, b, error);
 }
 
+std::string const& TargetOf(std::string const& file, Options const& options) {
+    return options.output.empty() ? file : options.output;
+}
+
 } // namespace
 
 void Replace(
@@ -30,7 +35,20 @@ void Replace(
             Status::kRefused,
             fmt::format("{}: changed on disk since it was read; use --force", VisibleText(file)));
     }
-    WriteFile(options.output.empty() ? file : options.output, text);
+    WriteFile(TargetOf(file, options), text);
+}
+
+void RequireReplaceable(std::string const& file, Options const& options) {
+    std::string const& target = TargetOf(file, options);
+    if (target != "-" && pdfsettings::IsReadOnly(target)) {
+        throw Failure(Status::kRefused, VisibleText(target) + ": read-only");
+    }
+}
+
+void RequireRoom(std::string const& file, Options const& options) {
+    if (options.json && !options.dryRun && TargetOf(file, options) == "-") {
+        throw Failure(Status::kWrongCall, "standard output cannot take both JSON and the settings");
+    }
 }
 
 } // namespace joboptions

@@ -18,4 +18,11 @@ void Replace(
     std::string const& text,
     Options const& options);
 
+// Throws Failure with Status::kRefused when Replace would do so for a read-only file.
+void RequireReplaceable(std::string const& file, Options const& options);
+
+// Throws Failure with Status::kWrongCall when standard output would have to take both JSON and the
+// settings.
+void RequireRoom(std::string const& file, Options const& options);
+
 } // namespace joboptions

@@ -3,16 +3,19 @@
 #include "host/Splice.h"
 #include "tools/joboptions/Assignment.h"
 #include "tools/joboptions/Change.h"
+#include "tools/joboptions/Diagnostics.h"
 #include "tools/joboptions/Input.h"
+#include "tools/joboptions/KnownKeys.h"
 #include "tools/joboptions/Locate.h"
 #include "tools/joboptions/SchemaOption.h"
-#include "tools/joboptions/Utf8.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <fmt/format.h>
 
 namespace joboptions {
+
+using pdfsettings::Dictionary;
 
 namespace {
 
@@ -28,6 +31,35 @@ std::string Splice(std::string text, std::vector<ValueText> const& values) {
         }
     }
     return text;
+}
+
+Dictionary Changed(Dictionary values, Dictionary const& changes) {
+    for (std::size_t place = 0; place < changes.Size(); ++place) {
+        values.Set(changes.KeyAt(place), changes.ValueAt(place));
+    }
+    return values;
+}
+
+void AddHints(
+    std::vector<pdfsettings::Finding>& findings,
+    Dictionary const& values,
+    std::vector<pdfsettings::SettingRule> const& rules) {
+    for (std::size_t i = 0; i < std::min(findings.size(), kMostHints); ++i) {
+        findings[i].message += NameHint(values, rules, findings[i]);
+    }
+}
+
+// A misspelled key is allowed, for settings may hold what no schema knows.
+std::vector<pdfsettings::Finding> UnknownKeys(
+    std::vector<pdfsettings::SettingRule> const& rules, std::vector<ValueText> const& values) {
+    KnownKeys const known(rules);
+    std::vector<pdfsettings::Finding> warnings;
+    for (auto const& [path, value] : values) {
+        if (auto const warning = known.Warning(path)) {
+            warnings.push_back({path, *warning});
+        }
+    }
+    return warnings;
 }
 
 } // namespace
@@ -60,24 +92,15 @@ Status SetCommand::Run() const {
     pdfsettings::Dictionary const before = settings.Values();
     auto const rules = schema.Settings();
     auto const assignments = ReadAssignments(component, before, rules, fAssignments);
-    WarnOfUnknown(rules, assignments.changes);
-    auto const findings = settings.Set(assignments.changes);
+    auto findings = settings.Set(assignments.changes);
+    MarkOldFindings(settings, findings);
+    AddHints(findings, Changed(before, assignments.changes), rules);
     pdfsettings::Dictionary const after = settings.Values();
     std::string const changed = findings.empty() ? Splice(text, assignments.texts) : text;
     RequireSettings(component, file, changed, after, "lay it out with joboptions fmt first");
-    return Finish({file, settings, before, after, findings, changed}, fOptions);
-}
-
-// A misspelled key is allowed, for settings may hold what no schema knows.
-void SetCommand::WarnOfUnknown(
-    std::vector<pdfsettings::SettingRule> const& rules,
-    pdfsettings::Dictionary const& changes) const {
-    for (std::size_t place = 0; place < changes.Size() && !fOptions.quiet; ++place) {
-        std::string const& key = changes.KeyAt(place);
-        if (std::ranges::find(rules, key, &pdfsettings::SettingRule::key) == rules.end()) {
-            WriteWarning(fmt::format("{}: the schema has no such setting", VisibleText(key)));
-        }
-    }
+    return Finish(
+        {file, settings, before, after, findings, UnknownKeys(rules, assignments.texts), changed},
+        fOptions);
 }
 
 } // namespace joboptions

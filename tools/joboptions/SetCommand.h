@@ -1,8 +1,6 @@
 // joboptions set: changes settings of a file.
 #pragma once
 
-#include "host/Schema.h"
-#include "host/Value.h"
 #include "tools/joboptions/Command.h"
 #include "tools/joboptions/Options.h"
 
@@ -21,10 +19,6 @@ public:
     Status Run() const override;
 
 private:
-    void WarnOfUnknown(
-        std::vector<pdfsettings::SettingRule> const& rules,
-        pdfsettings::Dictionary const& changes) const;
-
     Options const& fOptions;
     std::string fFile;
     std::vector<std::string> fAssignments;

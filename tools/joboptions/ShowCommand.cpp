@@ -3,7 +3,7 @@
 #include "tools/joboptions/Input.h"
 #include "tools/joboptions/JsonDocuments.h"
 #include "tools/joboptions/Locate.h"
-#include "tools/joboptions/Output.h"
+#include "tools/joboptions/Result.h"
 #include "tools/joboptions/Tree.h"
 
 #include <CLI/CLI.hpp>
@@ -25,9 +25,10 @@ ShowCommand::ShowCommand(CLI::App& program, Options& options)
 Status ShowCommand::Run() const {
     std::string const file = Locate(fFile, fOptions);
     pdfsettings::Dictionary const settings = ReadSettings(file);
-    WriteOutput(
+    WriteResult(
+        fOptions,
         fOptions.json ? JsonDocument("settings", settings, file)
-                      : TreeText(settings, UseColor(fOptions.color)));
+                      : TreeText(settings, UseColor(fOptions)));
     return Status::kDone;
 }
 

@@ -1,5 +1,6 @@
 #include "tools/joboptions/Tree.h"
 
+#include "tools/joboptions/Output.h"
 #include "tools/joboptions/Utf8.h"
 #include "tools/joboptions/ValueText.h"
 
@@ -157,9 +158,7 @@ private:
         return bytes.starts_with("\r\n") ? 2 : std::min<std::size_t>(bytes.size(), 1);
     }
 
-    std::string Key(std::string const& text) const {
-        return fColor ? "\x1b[36m" + text + "\x1b[0m" : text;
-    }
+    std::string Key(std::string const& text) const { return Colored(text, kCyan, fColor); }
 
     bool fColor;
     std::string fText;

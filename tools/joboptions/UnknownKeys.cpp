@@ -1,10 +1,9 @@
 #include "tools/joboptions/UnknownKeys.h"
 
-#include "tools/joboptions/Nearest.h"
+#include "tools/joboptions/KnownKeys.h"
 
-#include <algorithm>
 #include <fmt/format.h>
-#include <map>
+#include <utility>
 
 namespace joboptions {
 
@@ -13,45 +12,6 @@ namespace {
 using pdfsettings::Document;
 using pdfsettings::DocumentEntry;
 using pdfsettings::SettingRule;
-
-// The settings that a schema names, by the dictionary or array that they stand in.
-class KnownKeys {
-public:
-    explicit KnownKeys(std::vector<SettingRule> const& rules) {
-        for (SettingRule const& rule : rules) {
-            Add(rule.key);
-        }
-    }
-
-    // The names next to one another in a dictionary, in the rule's form of a path; null where the
-    // schema names none.
-    std::vector<std::string> const* In(std::string const& parent) const {
-        auto const found = fNames.find(parent);
-        return found == fNames.end() ? nullptr : &found->second;
-    }
-
-    // Whether the schema names anything at all in there.
-    bool HasAnyIn(std::string const& parent) const {
-        return In(parent) != nullptr || IsBegun(parent + "/") || IsBegun(parent + "[");
-    }
-
-private:
-    void Add(std::string const& key) {
-        std::size_t const slash = key.rfind('/');
-        std::string const name = slash == std::string::npos ? key : key.substr(slash + 1);
-        if (name.find('[') == std::string::npos) {
-            fNames[slash == std::string::npos ? std::string() : key.substr(0, slash)].push_back(
-                name);
-        }
-    }
-
-    bool IsBegun(std::string const& prefix) const {
-        auto const found = fNames.lower_bound(prefix);
-        return found != fNames.end() && found->first.starts_with(prefix);
-    }
-
-    std::map<std::string, std::vector<std::string>> fNames;
-};
 
 // A dictionary or an array on the way to an entry.
 struct Level {
@@ -96,9 +56,8 @@ private:
             return path.empty() ? key : path + "/" + key;
         };
         Level level{true, below(parent.fPath), below(parent.fRuleKey), 0};
-        auto const* const names = fKnown.In(parent.fRuleKey);
-        if (names != nullptr && std::ranges::find(*names, key) == names->end()) {
-            Report(entry, level.fPath, key, *names);
+        if (!fKnown.Has(parent.fRuleKey, key)) {
+            Report(entry, level.fPath, parent.fRuleKey, key);
         }
         return level;
     }
@@ -106,18 +65,17 @@ private:
     void Report(
         DocumentEntry const& entry,
         std::string const& path,
-        std::string const& key,
-        std::vector<std::string> const& names) {
-        std::string const nearest = fFound.size() < kMostHints ? Nearest(key, names) : "";
+        std::string const& ruleParent,
+        std::string const& key) {
+        std::string const hint =
+            fFound.size() < kMostHints ? fKnown.Hint(ruleParent, key) : std::string();
         fFound.push_back(MakeDiagnostic(
             fDocument,
             pdfsettings::Severity::kWarning,
             "unknown-key",
             entry.key,
             path,
-            nearest.empty()
-                ? "the schema has no such setting"
-                : fmt::format("the schema has no such setting; did you mean {}?", nearest)));
+            kUnknownKeyText + hint));
     }
 
     Document const& fDocument;

@@ -5,8 +5,8 @@
 #include "tools/joboptions/Change.h"
 #include "tools/joboptions/Input.h"
 #include "tools/joboptions/Locate.h"
+#include "tools/joboptions/MissingKey.h"
 #include "tools/joboptions/SchemaOption.h"
-#include "tools/joboptions/Utf8.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -24,10 +24,10 @@ void RequireKeys(
     for (std::string const& key : keys) {
         if (key == pdfsettings::kTailKey || Find(settings, key) == nullptr) {
             faults += fmt::format(
-                "{}{}: no such key: {}",
+                "{}{}: {}",
                 faults.empty() ? "" : "\n",
                 InputName(file),
-                VisibleText(key));
+                MissingKeyText(settings, key));
         }
     }
     if (!faults.empty()) {
@@ -72,8 +72,9 @@ Status UnsetCommand::Run() const {
     }
     RequireSettings(
         component, file, changed, after, "no dictionary may be left empty: unset the whole of it");
-    auto const findings = ParseSettings(component, file, changed, schema.Text()).Validate();
-    return Finish({file, settings, before, after, findings, changed}, fOptions);
+    auto findings = ParseSettings(component, file, changed, schema.Text()).Validate();
+    MarkOldFindings(settings, findings);
+    return Finish({file, settings, before, after, findings, {}, changed}, fOptions);
 }
 
 } // namespace joboptions

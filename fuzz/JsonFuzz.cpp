@@ -1,0 +1,23 @@
+// What is read from JSON is written so that it is read as the same again.
+#include "fuzz/Require.h"
+#include "tools/joboptions/Failure.h"
+#include "tools/joboptions/JsonDocuments.h"
+#include "tools/joboptions/JsonReader.h"
+
+#include <cstdint>
+#include <string>
+
+extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
+    std::string const text(reinterpret_cast<char const*>(data), size);
+    pdfsettings::Dictionary values;
+    try {
+        values = joboptions::ReadJsonDocument("settings", text, "input");
+    } catch (joboptions::Failure const&) {
+        return 0;
+    }
+    std::string const written = joboptions::JsonDocument("settings", values, "input");
+    auto const again = joboptions::ReadJsonDocument("settings", written, "input");
+    std::string const rewritten = joboptions::JsonDocument("settings", again, "input");
+    fuzz::Require(written == rewritten, "written: " + written + "\nand then: " + rewritten);
+    return 0;
+}
