@@ -4,6 +4,7 @@
 #include "host/detail/ScannedText.h"
 
 #include <algorithm>
+#include <vector>
 
 namespace pdfsettings {
 
@@ -21,9 +22,13 @@ bool IsBlank(char byte) noexcept {
     return IsOneOf(byte, kBlanks) || IsOneOf(byte, kLineEnds);
 }
 
-// The line end that the text uses first; LF for a text of one line.
-std::string LineEndIn(std::string const& text) {
-    std::size_t const end = text.find_first_of(kLineEnds);
+// The last line end before offset, else the first one of the text; LF for a text of one line.
+std::string LineEndBefore(std::string const& text, std::size_t offset) {
+    std::size_t end = text.find_last_of(kLineEnds, offset);
+    if (end != std::string::npos && end > 0 && text.compare(end - 1, 2, "\r\n") == 0) {
+        --end;
+    }
+    end = end != std::string::npos ? end : text.find_first_of(kLineEnds);
     if (end == std::string::npos) {
         return "\n";
     }
@@ -122,14 +127,15 @@ std::string InsertBehind(Document const& document, DocumentEntry const& last, st
     if (!IsLineStart(text, indent) || !lineEnd) {
         return Spliced(text, {last.value.end, last.value.end}, " " + entry);
     }
-    entry = LineEndIn(text) + text.substr(indent, last.key.begin - indent) + entry;
+    entry =
+        LineEndBefore(text, last.key.begin) + text.substr(indent, last.key.begin - indent) + entry;
     return text.substr(0, *lineEnd) + entry + text.substr(*lineEnd);
 }
 
 // As the only entry of a dictionary.
 std::string InsertAlone(Document const& document, Parent const& parent, std::string const& entry) {
     std::string const& text = document.Text();
-    std::string const lineEnd = LineEndIn(text);
+    std::string const lineEnd = LineEndBefore(text, parent.fBody.begin);
     std::string indent;
     for (std::size_t depth = 0; depth < parent.fDepth; ++depth) {
         indent += kIndent;
@@ -150,17 +156,54 @@ std::string_view ParentPath(std::string_view path) {
     return last == path.size() ? std::string_view() : path.substr(0, path.size() - last - 1);
 }
 
-// Takes span out, and its line when nothing else stands there.
-std::string Removed(std::string const& text, Span span) {
+// What to take out with span: its line when nothing else stands there, else the blanks behind it.
+Span WithBlanks(std::string const& text, Span span) {
     std::size_t const indent = BeforeBlanks(text, span.begin, kBlanks);
     std::size_t const next = std::min(text.find_first_not_of(kBlanks, span.end), text.size());
     bool const isRest = next == text.size() || IsOneOf(text[next], kLineEnds);
     if (isRest && IsLineStart(text, indent)) {
-        return text.substr(0, indent) + text.substr(BehindLineEnd(text, next));
+        return {indent, BehindLineEnd(text, next)};
     }
     bool const hasBlankBefore = indent < span.begin;
-    std::size_t const end = hasBlankBefore ? next : span.end;
-    return text.substr(0, span.begin) + text.substr(isRest ? span.end : end);
+    return {span.begin, hasBlankBefore && !isRest ? next : span.end};
+}
+
+// The text without spans, which are in its order. What stood apart stays so.
+std::string Removed(std::string const& text, std::vector<Span> const& spans) {
+    std::string rest;
+    std::size_t begin = 0;
+    for (Span const& span : spans) {
+        Span const whole = WithBlanks(text, span);
+        rest += text.substr(begin, whole.begin - begin);
+        begin = whole.end;
+        bool const wouldJoin = begin < text.size() && !rest.empty() &&
+                               detail::IsNameByte(rest.back()) && detail::IsNameByte(text[begin]);
+        rest += wouldJoin ? " " : "";
+    }
+    return rest + text.substr(begin);
+}
+
+// The places of all entries of a path; those that only blanks part are one.
+std::vector<Span> SpansOf(Document const& document, std::string_view path) {
+    DocumentEntry const& found = *document.Find(path);
+    if (found.key.Size() == 0) {
+        return {found.value};
+    }
+    std::vector<Span> spans;
+    auto const parent = FindParent(document, ParentPath(path));
+    for (std::size_t i = parent->fFirst; i < parent->fEnd; i = document.Entries()[i].next) {
+        DocumentEntry const& entry = document.Entries()[i];
+        if (document.KeyOf(entry) != LastPart(path)) {
+            continue;
+        }
+        std::size_t const before = BeforeBlanks(document.Text(), entry.key.begin, kBlanks);
+        if (!spans.empty() && spans.back().end == before) {
+            spans.back().end = entry.value.end;
+        } else {
+            spans.push_back({entry.key.begin, entry.value.end});
+        }
+    }
+    return spans;
 }
 
 // Settings without an entry must have nothing between their brackets. before: the body when it was
@@ -197,13 +240,10 @@ std::optional<std::string> Without(Document const& document, std::string_view pa
     if (entry == nullptr || !document.Body()) {
         return std::nullopt;
     }
-    bool const isElement = entry->key.Size() == 0;
-    Span const span{isElement ? entry->value.begin : entry->key.begin, entry->value.end};
-    std::string text = Removed(document.Text(), span);
-    RemoveBlankBody(text, *document.Body(), document.Text().size() - text.size());
     // An earlier entry of the same key would count from now on.
-    auto further = isElement ? std::nullopt : Without(Document(text), path);
-    return further ? std::move(further) : std::optional(std::move(text));
+    std::string text = Removed(document.Text(), SpansOf(document, path));
+    RemoveBlankBody(text, *document.Body(), document.Text().size() - text.size());
+    return text;
 }
 
 } // namespace pdfsettings

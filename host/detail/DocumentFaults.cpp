@@ -15,8 +15,25 @@ constexpr std::size_t kNone = ScannedText::kNone;
 // The first of what is passed over between from and the next key: up to the end of the line, of the
 // dictionary, or to a comment.
 Span StrayIn(ScannedText const& text, std::size_t from, std::size_t slash) {
-    std::size_t const found = text.Bytes({from, slash}).find_first_of(">%\r\n", 1);
-    return text.WithoutBlanksBehind({from, found == kNone ? slash : from + found});
+    std::string_view const passed = text.Bytes({from, slash});
+    std::size_t const end =
+        std::min({passed.find_first_of("%\r\n", 1), passed.find(">>", 1), passed.size()});
+    return text.WithoutBlanksBehind({from, from + end});
+}
+
+// Whether a dictionary's end is passed over between two places: no comment, string or hexadecimal
+// string holds one.
+bool HasEndIn(ScannedText& text, std::size_t from, std::size_t slash) {
+    while (from < slash && !text.StandsOn(from, ">>")) {
+        char const byte = text.At(from);
+        bool const isHexString = byte == '<' && text.At(from + 1) != '<';
+        std::size_t const end = byte == '%'   ? text.EndOfLine(from)
+                                : byte == '(' ? text.EndOfString(from + 1)
+                                : isHexString ? text.Find(from, '>')
+                                              : from;
+        from = (end == kNone ? from : end) + 1;
+    }
+    return from < slash;
 }
 
 } // namespace
@@ -33,7 +50,7 @@ void DocumentScanner::CheckProgress(std::size_t& last, std::size_t start) {
     if (fText.StandsOn(fCursor, kKeyword)) {
         NoteKeyword();
     }
-    Refuse(
+    RefuseWithoutEnd(
         Refusal::kInvalidFile,
         "unclosed",
         {start, start + 2},
@@ -48,7 +65,7 @@ void DocumentScanner::NoteKey(std::size_t from, std::size_t slash) {
         return;
     }
     char const first = fText.At(slash + 1);
-    if (!IsNameByte(first) && first != '\0') {
+    if (!IsNameByte(first) && slash + 1 < fText.Size()) {
         fFaults.Warn(
             "odd-key",
             {slash, slash + 2},
@@ -63,7 +80,7 @@ void DocumentScanner::NoteKey(std::size_t from, std::size_t slash) {
     }
     Span const stray = StrayIn(fText, from, slash);
     bool const isRest = fFaults.IsRest(from);
-    bool const hasEnd = fText.Bytes({from, slash}).find('>') != std::string_view::npos;
+    bool const hasEnd = HasEndIn(fText, from, slash);
     if (isRest && hasEnd) {
         fFaults.BlameRest();
     } else if (hasEnd) {
@@ -100,9 +117,9 @@ void DocumentScanner::NoteLeftover() {
         fFaults.BlameRest();
         return;
     }
-    std::size_t const end = std::min(fText.Find(fCursor, '>'), fText.EndOfLine(fCursor));
-    Span const stray = fText.WithoutBlanksBehind({fCursor, end});
+    Span const stray = StrayIn(fText, fCursor, fText.EndOfLine(fCursor));
     fFaults.WarnAstray("stray", stray, StrayBeforeEndText(fText.Bytes(stray), NameTakenForValue()));
+    fFaults.NoteRest(fCursor);
 }
 
 void DocumentScanner::NoteNumber(Span token, Span number, bool hasPoint) {
@@ -116,18 +133,58 @@ void DocumentScanner::NoteNumber(Span token, Span number, bool hasPoint) {
     auto const alone = platform::ScanNumber(own);
     auto const found = platform::ScanNumber(fText.Bytes(token), hasPoint);
     if (!isReal && hasPoint && alone.fValue != found.fValue) {
-        fFaults.Warn("far-point", token, FarPointText(own, found.fValue));
+        fFaults.WarnOfRest("far-point", token, number.end, FarPointText(own, found.fValue));
+    } else if (!isReal && !hasPoint && IsInexact(own, found.fValue)) {
+        fFaults.Warn("rounded", number, InexactText(own, found.fValue));
     } else if (!isReal && IsOctal(own) && !IsNameByte(fText.At(number.end))) {
         fFaults.Warn("octal", number, OctalText(own, found.fValue));
     }
 }
 
+void DocumentScanner::NoteZeroHead() {
+    if (fText.Size() > 0) {
+        fFaults.Warn(
+            "zero-byte",
+            {0, 1},
+            "a zero byte begins the text, and nothing of it is read: is it in UTF-16?");
+    }
+}
+
+// Here as everywhere, a zero byte ends the search.
+void DocumentScanner::NoteOpenString(std::size_t begin) {
+    std::size_t const zero = fText.ZeroByte(begin);
+    if (zero != kNone) {
+        fFaults.WarnAstray("zero-byte", {zero, zero + 1}, kZeroByteText);
+    } else {
+        fFaults.WarnAstray(
+            "open-string",
+            {begin - 1, fText.EndOfLine(begin)},
+            "the string has no end: expected ); the entry is lost");
+    }
+}
+
 void DocumentScanner::NoteString(Span bytes) {
-    if (LooksLikeEntries(fText.Bytes(bytes))) {
+    std::string_view const string = fText.Bytes(bytes);
+    Span const whole{bytes.begin - 1, bytes.end + 1};
+    bool const isNested = HasBracket(string);
+    if (LooksLikeEntries(string) || (isNested && string.find('/') != std::string_view::npos)) {
         fFaults.WarnAstray(
             "runaway-string",
-            {bytes.begin - 1, fText.EndOfLine(bytes.begin)},
-            "the string goes on over further lines, which look like settings: is a ) missing?");
+            {whole.begin, std::min(fText.EndOfLine(whole.begin), whole.end)},
+            "the string goes on over what looks like settings: is a ) missing?");
+    } else if (isNested) {
+        std::size_t const end = fText.EndOfString(whole.end);
+        bool const isClosed = end != kNone && end < fText.EndOfLine(whole.begin);
+        fFaults.WarnOfRest(
+            "nested-brackets",
+            {whole.begin, isClosed ? end + 1 : whole.end},
+            whole.end,
+            NestedBracketsText());
+    } else if (EndsInOddBackslashes(string)) {
+        fFaults.Warn(
+            "backslashes",
+            whole,
+            "only a backslash alone escapes a ): behind three of them the string ends");
     }
 }
 
@@ -149,14 +206,7 @@ void DocumentScanner::NoteWhatIsStuck(Span value) {
     char const first = fText.At(value.begin);
     char const next = fText.At(value.end);
     bool const isStuck = IsNameByte(next) || (first == '(' && next == ')');
-    if (value.Size() == 0 || !isStuck) {
-        return;
-    }
-    if (first == '(' && fText.Bytes(value).find('(', 1) != std::string_view::npos) {
-        std::size_t const end = fText.Find(value.end, ')');
-        Span const whole{value.begin, end == kNone ? value.end : end + 1};
-        fFaults.WarnOfRest(
-            "nested-brackets", whole, value.end, NestedBracketsText(fText.Bytes(value)));
+    if (value.Size() == 0 || !isStuck || fFaults.IsRest(value.end)) {
         return;
     }
     Span const token{value.begin, next == ')' ? value.end + 1 : fText.EndOfWord(value.end)};
@@ -165,24 +215,18 @@ void DocumentScanner::NoteWhatIsStuck(Span value) {
 }
 
 void DocumentScanner::NoteUnknownValue() {
-    if (fFaults.IsRest(fCursor)) {
-        fFaults.BlameRest();
-    }
     char const first = fText.At(fCursor);
     Span const key = fEntries.back().key;
     std::size_t const end = std::max(fText.EndOfWord(fCursor), fCursor + 1);
     if (key.Size() == 0 && first == '>') {
-        Refuse(
-            Refusal::kUnknownValue,
-            "open-array",
-            {fOpenArray, fOpenArray + 1},
-            "the array has no end: expected ]");
+        RefuseUnknownValue(
+            "open-array", {fOpenArray, fOpenArray + 1}, "the array has no end: expected ]");
     }
     if (first == '>' || first == ']') {
-        Refuse(Refusal::kUnknownValue, "missing-value", key, MissingValueText(fText.Bytes(key)));
+        RefuseUnknownValue("missing-value", key, MissingValueText(fText.Bytes(key)));
     }
     std::string const message = UnknownValueText(fText.Bytes({fCursor, end}));
-    Refuse(Refusal::kUnknownValue, "unknown-value", {fCursor, end}, message);
+    RefuseUnknownValue("unknown-value", {fCursor, end}, message);
 }
 
 void DocumentScanner::NoteEndOfDictionary() {
@@ -202,9 +246,36 @@ Span DocumentScanner::Within(Span span) const noexcept {
     return {std::min(span.begin, fText.Size()), std::min(span.end, fText.Size())};
 }
 
+// Whether the settings ended between the fault that led astray and the cursor: then nothing that
+// stands here is the author's mistake.
+bool DocumentScanner::HasPassedEnd() const noexcept {
+    auto const astray = fFaults.GoneAstrayAt();
+    return astray && fText.Bytes({*astray, std::max(*astray, fCursor)}).find(kKeyword) !=
+                         std::string_view::npos;
+}
+
 void DocumentScanner::Refuse(Refusal why, char const* id, Span span, std::string const& message) {
-    fFaults.Refuse(id, span, message);
+    fFaults.Refuse(id, span, message, FaultLog::Blame::kAstray);
     throw Refused{why};
+}
+
+// For a search that a zero byte may have ended.
+void DocumentScanner::RefuseWithoutEnd(
+    Refusal why, char const* id, Span span, std::string const& message) {
+    std::size_t const zero = fText.ZeroByte(span.begin);
+    if (zero != kNone) {
+        Refuse(why, "zero-byte", {zero, zero + 1}, kZeroByteText);
+    }
+    Refuse(why, id, span, message);
+}
+
+void DocumentScanner::RefuseUnknownValue(char const* id, Span span, std::string const& message) {
+    bool const isRest = fFaults.IsRest(fCursor);
+    auto const blame = HasPassedEnd() ? FaultLog::Blame::kAstray
+                       : isRest       ? FaultLog::Blame::kRest
+                                      : FaultLog::Blame::kNothing;
+    fFaults.Refuse(id, span, message, blame);
+    throw Refused{Refusal::kUnknownValue};
 }
 
 } // namespace pdfsettings::detail

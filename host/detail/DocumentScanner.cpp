@@ -41,7 +41,11 @@ void DocumentScanner::Scan() {
 }
 
 void DocumentScanner::ScanText() {
-    if (fText.At(0) == '\0' || !FindSettings()) {
+    if (fText.At(0) == '\0') {
+        NoteZeroHead();
+        return;
+    }
+    if (!FindSettings()) {
         return;
     }
     std::size_t const begin = fCursor;
@@ -62,7 +66,7 @@ bool DocumentScanner::FindSettings() {
         RefuseOtherEncodings();
     }
     if (open == kNone) {
-        Refuse(
+        RefuseWithoutEnd(
             Refusal::kInvalidFile,
             "no-settings",
             {start, fText.EndOfLine(start)},
@@ -121,18 +125,20 @@ void DocumentScanner::ScanSettings() {
         CheckProgress(last, open);
     }
     if (fText.At(fCursor) == '\0') {
-        Refuse(
+        RefuseWithoutEnd(
             Refusal::kInvalidFile,
-            fCursor < fText.Size() ? "zero-byte" : "unclosed",
+            "unclosed",
             {fCursor, fCursor + 1},
-            fCursor < fText.Size() ? "a zero byte ends the text before the settings end"
-                                   : "the settings do not end: expected >> setalembicorparams");
+            "the settings do not end: expected >> setalembicorparams");
     }
 }
 
 void DocumentScanner::ScanEnd() {
     fCursor = fText.Skip(fCursor + 2);
     if (!fText.StandsOn(fCursor, kKeyword)) {
+        if (fText.At(fCursor) == '\0') {
+            RefuseWithoutEnd(Refusal::kInvalidFile, "keyword", {fCursor, fCursor}, KeywordText(""));
+        }
         Span const found = Within({fCursor, fText.EndOfName(fCursor)});
         Refuse(Refusal::kInvalidFile, "keyword", found, KeywordText(fText.Bytes(found)));
     }
@@ -242,8 +248,13 @@ Value DocumentScanner::ScanName() {
     std::size_t const begin = ++fCursor;
     std::size_t const end = fText.EndOfName(begin);
     if (end - begin > kMaxNameSize) {
-        fFaults.WarnAstray(
-            "long-name", {begin - 1, end}, "a name has at most 255 bytes: the entry is lost");
+        bool const isElement = fEntries.back().key.Size() == 0;
+        char const* const kText = "a name has at most 255 bytes: the entry is lost";
+        if (isElement) {
+            fFaults.WarnAstray("long-name", {begin - 1, end}, kText);
+        } else {
+            fFaults.Warn("long-name", {begin - 1, end}, kText);
+        }
         fFaults.NoteRest(fText.Skip(begin));
         throw EntryLost();
     }
@@ -258,10 +269,7 @@ Value DocumentScanner::ScanString() {
     std::size_t const begin = ++fCursor;
     std::size_t const end = fText.EndOfString(begin);
     if (end == kNone) {
-        fFaults.WarnAstray(
-            "open-string",
-            {begin - 1, fText.EndOfLine(begin)},
-            "the string has no end: expected ); the entry is lost");
+        NoteOpenString(begin);
         fFaults.NoteRest(fText.Skip(begin));
         throw EntryLost();
     }
@@ -285,7 +293,7 @@ Value DocumentScanner::ScanNumber() {
     std::size_t const stop = fText.EndOfNumber(begin);
     if (stop == kNone) {
         bool const isMissing = fText.At(begin) == '\0';
-        Refuse(
+        RefuseWithoutEnd(
             Refusal::kMemory,
             isMissing ? "missing-value" : "open-number",
             {begin, fText.EndOfWord(begin)},
@@ -308,7 +316,7 @@ Value DocumentScanner::ScanArray() {
     fCursor = fText.Skip(fCursor + 1);
     while (fText.At(fCursor) != ']') {
         if (fText.At(fCursor) == '\0') {
-            Refuse(
+            RefuseWithoutEnd(
                 Refusal::kMemory,
                 "open-array",
                 {begin, begin + 1},
@@ -357,7 +365,7 @@ Value DocumentScanner::ScanHexString() {
     std::size_t const begin = fCursor + 1;
     std::size_t const end = fText.Find(begin, '>');
     if (end == kNone) {
-        Refuse(
+        RefuseWithoutEnd(
             Refusal::kMemory,
             "open-hexstring",
             {fCursor, fText.EndOfLine(fCursor)},

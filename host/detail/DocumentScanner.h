@@ -27,6 +27,7 @@ public:
 
 private:
     static constexpr std::string_view kKeyword = "setalembicorparams";
+    static constexpr char kZeroByteText[] = "a zero byte ends the text before the settings end";
 
     // Gives an entry up; the reading goes on with the next key. Never leaves the scanner.
     struct EntryLost {};
@@ -56,18 +57,24 @@ private:
     Value ScanHexString();
 
     Span Within(Span span) const noexcept;
+    bool HasPassedEnd() const noexcept;
     void CheckProgress(std::size_t& last, std::size_t start);
     void NoteKey(std::size_t from, std::size_t slash);
     void NoteKeyword();
     std::string_view NameTakenForValue() const;
     void NoteLeftover();
     void NoteNumber(Span token, Span number, bool hasPoint);
+    void NoteZeroHead();
+    void NoteOpenString(std::size_t begin);
     void NoteString(Span bytes);
     void NoteHexString(Span bytes);
     void NoteWhatIsStuck(Span value);
     [[noreturn]] void NoteUnknownValue();
     void NoteEndOfDictionary();
     [[noreturn]] void Refuse(Refusal why, char const* id, Span span, std::string const& message);
+    [[noreturn]] void
+    RefuseWithoutEnd(Refusal why, char const* id, Span span, std::string const& message);
+    [[noreturn]] void RefuseUnknownValue(char const* id, Span span, std::string const& message);
 
     ScannedText fText;
     std::size_t fCursor = 0;

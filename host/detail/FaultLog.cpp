@@ -37,13 +37,22 @@ void FaultLog::BlameRest() {
     }
 }
 
-void FaultLog::Refuse(char const* id, Span span, std::string message) {
-    if (!fGoneAstray) {
-        Add(id, span, std::move(message), /*leadsAstray=*/false);
-        fGoneAstray = fFaults.size() - 1;
+std::optional<std::size_t> FaultLog::GoneAstrayAt() const {
+    return fGoneAstray ? std::optional(fFaults[*fGoneAstray].fFinding.span.begin) : std::nullopt;
+}
+
+void FaultLog::Refuse(char const* id, Span span, std::string message, Blame blame) {
+    auto const culprit = blame == Blame::kNothing ? std::nullopt
+                         : blame == Blame::kRest  ? std::optional(fRestFault)
+                                                  : fGoneAstray;
+    if (!culprit) {
+        span = Within(span);
+        std::erase_if(fFaults, [&](Fault const& fault) { return fault.fFinding.span == span; });
+        fFaults.push_back({{Severity::kError, id, span, std::move(message)}, false});
+        return;
     }
-    fFaults[*fGoneAstray].fFinding.severity = Severity::kError;
-    auto const behind = fFaults.begin() + static_cast<std::ptrdiff_t>(*fGoneAstray) + 1;
+    fFaults[*culprit].fFinding.severity = Severity::kError;
+    auto const behind = fFaults.begin() + static_cast<std::ptrdiff_t>(*culprit) + 1;
     fFaults.erase(
         std::remove_if(behind, fFaults.end(), std::mem_fn(&Fault::fLeadsAstray)), fFaults.end());
 }
@@ -59,12 +68,21 @@ std::vector<TextFinding> FaultLog::Take() {
 }
 
 void FaultLog::Add(char const* id, Span span, std::string message, bool leadsAstray) {
-    span = {std::min(span.begin, fTextSize), std::min(span.end, fTextSize)};
-    bool const isRepeated = !fFaults.empty() && fFaults.back().fFinding.id == id &&
-                            fFaults.back().fFinding.span == span;
+    // A turn adds a few faults at most.
+    constexpr std::size_t kMostOfTurn = 8;
+    span = Within(span);
+    auto const last =
+        fFaults.end() - static_cast<std::ptrdiff_t>(std::min(fFaults.size(), kMostOfTurn));
+    bool const isRepeated = std::any_of(last, fFaults.end(), [&](Fault const& fault) {
+        return fault.fFinding.id == id && fault.fFinding.span == span;
+    });
     if (!isRepeated) {
         fFaults.push_back({{Severity::kWarning, id, span, std::move(message)}, leadsAstray});
     }
+}
+
+Span FaultLog::Within(Span span) const noexcept {
+    return {std::min(span.begin, fTextSize), std::min(span.end, fTextSize)};
 }
 
 } // namespace pdfsettings::detail

@@ -39,8 +39,18 @@ public:
     // Makes the fault before such a rest the one that leads astray.
     void BlameRest();
 
-    // The text is refused: the fault that has led there becomes the one error; without one, this.
-    void Refuse(char const* id, Span span, std::string message);
+    // Where the fault begins that leads astray, if there is one.
+    std::optional<std::size_t> GoneAstrayAt() const;
+
+    // What a refusal is a consequence of.
+    enum class Blame {
+        kNothing, // it is a fault of its own
+        kRest,    // the fault whose rest stands there
+        kAstray   // the fault that led astray, if there is one
+    };
+
+    // The text is refused: what is to blame becomes the one error.
+    void Refuse(char const* id, Span span, std::string message, Blame blame);
 
     // All of them in the order of the text.
     std::vector<TextFinding> Take();
@@ -52,6 +62,7 @@ private:
     };
 
     void Add(char const* id, Span span, std::string message, bool leadsAstray);
+    Span Within(Span span) const noexcept;
 
     std::size_t fTextSize;
     std::vector<Fault> fFaults;

@@ -25,6 +25,13 @@ std::string NumberText(double value) {
     return std::string(text, result.ptr);
 }
 
+// A whole number with all its digits.
+std::string WholeText(double value) {
+    char text[400];
+    auto const result = std::to_chars(text, text + sizeof text, value, std::chars_format::fixed, 0);
+    return std::string(text, result.ptr);
+}
+
 // The number without the zeros that make it octal.
 std::string Decimal(std::string_view number) {
     bool const isNegative = number.starts_with('-');
@@ -64,6 +71,27 @@ bool IsOctal(std::string_view number) noexcept {
     std::size_t const first = number.starts_with('-') ? 1 : 0;
     return number.size() > first + 1 && number[first] == '0' &&
            kDigits.find(number[first + 1]) != std::string_view::npos;
+}
+
+bool IsInexact(std::string_view number, double value) {
+    bool const isDecimal = number.find_first_not_of("-0123456789") == std::string_view::npos;
+    return isDecimal && !IsOctal(number) && number != "-0" && WholeText(value) != number;
+}
+
+bool HasBracket(std::string_view string) noexcept {
+    for (std::size_t at = string.find('('); at != std::string_view::npos;
+         at = string.find('(', at + 1)) {
+        if (at == 0 || string[at - 1] != '\\') {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool EndsInOddBackslashes(std::string_view string) noexcept {
+    std::size_t const last = string.find_last_not_of('\\');
+    std::size_t const count = string.size() - (last == std::string_view::npos ? 0 : last + 1);
+    return count % 2 == 1;
 }
 
 bool LooksLikeEntries(std::string_view string) noexcept {
@@ -118,14 +146,17 @@ std::string OctalText(std::string_view number, double value) {
            NumberText(value) + ": write " + Decimal(number);
 }
 
+std::string InexactText(std::string_view number, double value) {
+    return Shown(number) + " is read as " + WholeText(value);
+}
+
 std::string FarPointText(std::string_view number, double value) {
-    return "the point behind it makes " + std::string(number) + " another number, " +
+    return "the point in what sticks to it makes " + Shown(number) + " the number " +
            NumberText(value) + ": put a blank behind the number";
 }
 
-std::string NestedBracketsText(std::string_view string) {
-    return "brackets do not nest, and the string ends at the first ): write \\( and \\) inside " +
-           std::string(string.substr(0, 1)) + "…)";
+std::string NestedBracketsText() {
+    return "brackets do not nest, and the string ends at the first ): write \\( and \\) inside";
 }
 
 std::string StuckText(std::string_view token, std::string_view value) {

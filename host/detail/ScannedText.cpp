@@ -87,6 +87,15 @@ std::size_t ScannedText::Point(std::size_t offset) noexcept {
     }));
 }
 
+std::size_t ScannedText::ZeroByte(std::size_t offset) noexcept {
+    char const* const end = fBytes.data() + fSize;
+    char const* const from = fBytes.data() + std::min(offset, fSize);
+    return PlaceIn(fBytes, fZeroBytes.From(from, [end](char const* begin) {
+        auto const left = static_cast<std::size_t>(end - begin);
+        return static_cast<char const*>(std::memchr(begin, '\0', left));
+    }));
+}
+
 std::size_t ScannedText::EndOfLine(std::size_t offset) noexcept {
     return PlaceIn(fBytes, fLineEnds.From(fBytes.data() + offset, [](char const* from) {
         return from + std::strcspn(from, "\r\n");

@@ -48,6 +48,9 @@ public:
     std::size_t EndOfNumber(std::size_t offset) noexcept;
     std::size_t Point(std::size_t offset) noexcept;
 
+    // The zero byte of the text at offset or behind it.
+    std::size_t ZeroByte(std::size_t offset) noexcept;
+
     // Where the line of offset ends, or the text does.
     std::size_t EndOfLine(std::size_t offset) noexcept;
 
@@ -61,6 +64,7 @@ private:
     platform::RepeatedSearch fNumberEnds;
     platform::RepeatedSearch fPoints;
     platform::RepeatedSearch fLineEnds;
+    platform::RepeatedSearch fZeroBytes;
 };
 
 // Whether a name goes on with that byte.

@@ -104,7 +104,7 @@ void CheckCommand::JudgeText(
     auto const rules = schema.Settings();
     auto& all = judgement.diagnostics;
     Append(all, SchemaDiagnostics(document, settings.Validate(), rules));
-    Append(all, RoundedNumbers(component, document, settings));
+    Append(all, WritingDiagnostics(component, document, settings));
     if (fIsStrict) {
         Append(all, UnknownKeys(document, rules));
     }

@@ -1,5 +1,6 @@
 #include "tools/joboptions/Diagnostics.h"
 
+#include "host/Error.h"
 #include "host/Path.h"
 #include "tools/joboptions/Differences.h"
 #include "tools/joboptions/Input.h"
@@ -11,6 +12,7 @@
 
 #include <algorithm>
 #include <fmt/format.h>
+#include <optional>
 #include <regex>
 
 namespace joboptions {
@@ -104,6 +106,58 @@ DiagnosticLine(std::string const& file, Diagnostic const& diagnostic, std::strin
         diagnostic.id);
 }
 
+bool IsOfNumber(Difference const& difference) {
+    auto const isNumber = [](pdfsettings::Value const* value) {
+        return value != nullptr && value->If<double>() != nullptr;
+    };
+    return isNumber(difference.before) && isNumber(difference.after);
+}
+
+// What the document finds too is said once.
+bool IsFound(Document const& document, Span span) {
+    return std::ranges::any_of(document.Findings(), [span](auto const& finding) {
+        return finding.id == "rounded" && finding.span == span;
+    });
+}
+
+std::vector<Diagnostic> RoundedNumbers(
+    Document const& document,
+    pdfsettings::Dictionary const& before,
+    pdfsettings::Dictionary const& after) {
+    std::vector<Diagnostic> diagnostics;
+    for (Difference const& difference : Compare(before, after)) {
+        Span const span = SpanOf(document, difference.path);
+        if (IsOfNumber(difference) && !IsFound(document, span)) {
+            diagnostics.push_back(MakeDiagnostic(
+                document,
+                Severity::kWarning,
+                "rounded",
+                span,
+                difference.path,
+                fmt::format(
+                    "{} is written as {}",
+                    OneLine(*difference.before),
+                    OneLine(*difference.after))));
+        }
+    }
+    return diagnostics;
+}
+
+// key: the setting that is to blame, if it is a single one.
+Diagnostic Unwritable(Document const& document, std::optional<std::string> const& key) {
+    DocumentEntry const* const entry = key ? document.Find(*key) : nullptr;
+    std::size_t const body = document.Body() ? document.Body()->begin : 0;
+    Span const whole{body < 2 ? 0 : body - 2, body};
+    return MakeDiagnostic(
+        document,
+        Severity::kWarning,
+        "unwritable",
+        entry != nullptr ? entry->value : whole,
+        key.value_or(""),
+        entry != nullptr ? "the component writes this so that the file cannot be read again"
+                         : "the component writes this file so that it cannot be read again");
+}
+
 } // namespace
 
 Diagnostic MakeDiagnostic(
@@ -164,28 +218,17 @@ std::vector<Diagnostic> SchemaDiagnostics(
     return diagnostics;
 }
 
-std::vector<Diagnostic> RoundedNumbers(
+std::vector<Diagnostic> WritingDiagnostics(
     pdfsettings::Component const& component,
     Document const& document,
     pdfsettings::Settings const& settings) {
-    std::vector<Diagnostic> diagnostics;
     pdfsettings::Dictionary const before = settings.Values();
-    pdfsettings::Dictionary const after =
-        pdfsettings::Settings::FromText(component, settings.Text()).Values();
-    for (auto const& [path, from, to] : Compare(before, after)) {
-        bool const isNumber = from != nullptr && to != nullptr && from->If<double>() != nullptr &&
-                              to->If<double>() != nullptr;
-        if (isNumber) {
-            diagnostics.push_back(MakeDiagnostic(
-                document,
-                Severity::kWarning,
-                "rounded",
-                SpanOf(document, path),
-                path,
-                fmt::format("{} is written as {}", OneLine(*from), OneLine(*to))));
-        }
+    try {
+        auto const written = pdfsettings::Settings::FromText(component, settings.Text());
+        return RoundedNumbers(document, before, written.Values());
+    } catch (pdfsettings::Error const&) {
+        return {Unwritable(document, UnwritableKey(component, before))};
     }
-    return diagnostics;
 }
 
 std::string DiagnosticText(

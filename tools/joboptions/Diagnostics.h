@@ -50,8 +50,8 @@ std::vector<Diagnostic> SchemaDiagnostics(
     std::vector<pdfsettings::Finding> const& findings,
     std::vector<pdfsettings::SettingRule> const& rules);
 
-// Numbers that the component writes otherwise than they are.
-std::vector<Diagnostic> RoundedNumbers(
+// What the component writes otherwise than it is: rounded numbers, and what it cannot read again.
+std::vector<Diagnostic> WritingDiagnostics(
     pdfsettings::Component const& component,
     pdfsettings::Document const& document,
     pdfsettings::Settings const& settings);

@@ -41,23 +41,13 @@ bool ReadsBack(pdfsettings::Component const& component, pdfsettings::Dictionary 
     }
 }
 
-// Names the setting that makes the text of all unreadable, if it does so alone.
 [[noreturn]] void RefuseUnreadable(
     pdfsettings::Component const& component,
     pdfsettings::Dictionary const& values,
     std::string const& file,
     std::string const& reason) {
-    for (std::size_t place = 0; place < values.Size(); ++place) {
-        pdfsettings::Dictionary alone;
-        alone.Set(values.KeyAt(place), values.ValueAt(place));
-        alone.Set(pdfsettings::kTailKey, pdfsettings::Binary{pdfsettings::kTailKey, "tail"});
-        if (!ReadsBack(component, alone)) {
-            Refuse(
-                file,
-                fmt::format(
-                    "{} cannot be written so that it reads back",
-                    VisibleText(values.KeyAt(place))));
-        }
+    if (auto const key = UnwritableKey(component, values)) {
+        Refuse(file, fmt::format("{} cannot be written so that it reads back", VisibleText(*key)));
     }
     Refuse(file, "what would be written cannot be read again: " + reason);
 }
@@ -74,6 +64,19 @@ pdfsettings::Settings ReadBack(
 }
 
 } // namespace
+
+std::optional<std::string>
+UnwritableKey(pdfsettings::Component const& component, pdfsettings::Dictionary const& values) {
+    for (std::size_t place = 0; place < values.Size(); ++place) {
+        pdfsettings::Dictionary alone;
+        alone.Set(values.KeyAt(place), values.ValueAt(place));
+        alone.Set(pdfsettings::kTailKey, pdfsettings::Binary{pdfsettings::kTailKey, "tail"});
+        if (!ReadsBack(component, alone)) {
+            return values.KeyAt(place);
+        }
+    }
+    return std::nullopt;
+}
 
 std::string LayOut(
     pdfsettings::Component const& component,

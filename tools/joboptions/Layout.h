@@ -4,6 +4,7 @@
 #include "host/Component.h"
 #include "host/Settings.h"
 
+#include <optional>
 #include <string>
 
 namespace joboptions {
@@ -16,5 +17,9 @@ std::string LayOut(
     pdfsettings::Component const& component,
     pdfsettings::Settings const& settings,
     std::string const& file);
+
+// A setting that alone makes what is written unreadable, if there is one.
+std::optional<std::string>
+UnwritableKey(pdfsettings::Component const& component, pdfsettings::Dictionary const& values);
 
 } // namespace joboptions
