@@ -1,19 +1,28 @@
 #include "host/Document.h"
 
+#include "host/detail/DeepStack.h"
 #include "host/detail/DocumentScanner.h"
 
+#include <memory>
 #include <utility>
 
 namespace pdfsettings {
 
 Document::Document(std::string text) : fText(std::move(text)), fLines(fText) {
-    detail::DocumentScanner scanner(fText);
-    scanner.Scan();
-    fRefusal = scanner.fRefusal;
-    fValues = std::move(scanner.fValues);
-    fEntries = std::move(scanner.fEntries);
-    fFindings = scanner.fFaults.Take();
-    fBody = scanner.fBody;
+    auto scanner = std::make_unique<detail::DocumentScanner>(fText);
+    scanner->Scan();
+    // The component goes deeper with the same stack.
+    if (scanner->fIsTooDeep) {
+        detail::RunOnDeepStack([this, &scanner] {
+            scanner = std::make_unique<detail::DocumentScanner>(fText);
+            scanner->Scan();
+        });
+    }
+    fRefusal = scanner->fRefusal;
+    fValues = std::move(scanner->fValues);
+    fEntries = std::move(scanner->fEntries);
+    fFindings = scanner->fFaults.Take();
+    fBody = scanner->fBody;
     fTree = detail::EntryTree(fText, fEntries);
 }
 

@@ -165,7 +165,7 @@ Span WithBlanks(std::string const& text, Span span) {
         return {indent, BehindLineEnd(text, next)};
     }
     bool const hasBlankBefore = indent < span.begin;
-    return {span.begin, hasBlankBefore && !isRest ? next : span.end};
+    return isRest ? Span{indent, span.end} : Span{span.begin, hasBlankBefore ? next : span.end};
 }
 
 // The text without spans, which are in its order. What stood apart stays so.

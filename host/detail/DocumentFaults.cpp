@@ -141,6 +141,17 @@ void DocumentScanner::NoteNumber(Span token, Span number, bool hasPoint) {
     }
 }
 
+// So many levels are read on every thread.
+void DocumentScanner::NoteDepth() {
+    constexpr std::size_t kSafeDepth = 1000;
+    if (fDepth == kSafeDepth + 1) {
+        fFaults.Warn(
+            "nesting",
+            {fCursor, fCursor + 1},
+            "nested deeper than 1000 levels: whether this is read depends on the stack");
+    }
+}
+
 void DocumentScanner::NoteZeroHead() {
     if (fText.Size() > 0) {
         fFaults.Warn(

@@ -208,6 +208,7 @@ Span DocumentScanner::ScanKey() {
 
 Value DocumentScanner::ScanValue() {
     if (!platform::StackWatch::HasRoom()) {
+        fIsTooDeep = true;
         Refuse(Refusal::kMemory, "nesting", {fCursor, fCursor}, "nested too deeply");
     }
     fCursor = fText.Skip(fCursor);
@@ -313,6 +314,7 @@ Value DocumentScanner::ScanArray() {
     std::size_t last = kNone;
     Array values;
     ++fDepth;
+    NoteDepth();
     fCursor = fText.Skip(fCursor + 1);
     while (fText.At(fCursor) != ']') {
         if (fText.At(fCursor) == '\0') {
@@ -346,6 +348,7 @@ Value DocumentScanner::ScanDictionary() {
     std::size_t last = kNone;
     Dictionary values;
     ++fDepth;
+    NoteDepth();
     fCursor = fText.Skip(fCursor + 2);
     if (fText.At(fCursor) == '>') {
         fEmptyDictionary = Span{begin, fCursor + (fText.StandsOn(fCursor, ">>") ? 2 : 1)};

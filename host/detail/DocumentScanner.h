@@ -20,6 +20,7 @@ public:
     void Scan();
 
     Refusal fRefusal = Refusal::kNone;
+    bool fIsTooDeep = false; // it is refused for want of stack
     Dictionary fValues;
     std::vector<DocumentEntry> fEntries;
     std::optional<Span> fBody;
@@ -64,6 +65,7 @@ private:
     std::string_view NameTakenForValue() const;
     void NoteLeftover();
     void NoteNumber(Span token, Span number, bool hasPoint);
+    void NoteDepth();
     void NoteZeroHead();
     void NoteOpenString(std::size_t begin);
     void NoteString(Span bytes);

@@ -3,6 +3,7 @@
 
 #include "tests/support/Agreement.h"
 #include "tests/support/GeneratedTexts.h"
+#include "tests/support/SmallStack.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <algorithm>
@@ -50,6 +51,17 @@ bool ExpectAgreement(Component const& component, std::string const& text) {
     return !isRefused;
 }
 
+// Settings with a value that so many arrays or dictionaries are opened for, and closed again.
+std::string Nested(std::string const& open, int levels) {
+    std::string text = "<</K ";
+    std::string close;
+    for (int level = 0; level < levels; ++level) {
+        text += open;
+        close += open == "[" ? "]" : open.front() == '[' ? ">>]" : ">>";
+    }
+    return text + "1" + close + ">>setalembicorparams";
+}
+
 } // namespace
 
 TEST(Document, AgreesWithTheComponentOnFiles) {
@@ -73,6 +85,23 @@ TEST(Document, AgreesWithTheComponentOnGeneratedTexts) {
         readable += ExpectAgreement(component, texts.Next()) ? 1U : 0U;
     }
     EXPECT_GT(readable, 10000U);
+}
+
+// As deep as the component reads on the same stack, and deeper.
+TEST(Document, ReadsNestedTextsOnASmallStack) {
+    Component const component;
+    support::OnSmallStack([&component] {
+        for (auto const& [open, levels] :
+             {std::pair("[", 1000), std::pair("<</A ", 1000), std::pair("[<</B ", 500)}) {
+            std::string const text = Nested(open, levels);
+            EXPECT_EQ(Document(text).WhyRefused(), Refusal::kNone) << open;
+            EXPECT_NO_THROW(Settings::FromText(component, text)) << open;
+            Document const deep(Nested(open, 20000));
+            EXPECT_EQ(deep.WhyRefused(), Refusal::kNone) << open;
+            EXPECT_EQ(deep.Findings().size(), 1U) << open;
+        }
+    });
+    EXPECT_EQ(Document(Nested("[", 1000000)).WhyRefused(), Refusal::kMemory);
 }
 
 // Line ends of all kinds, long lines, and characters of every size beside bytes that are none.

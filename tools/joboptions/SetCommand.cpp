@@ -97,7 +97,12 @@ Status SetCommand::Run() const {
     AddHints(findings, Changed(before, assignments.changes), rules);
     pdfsettings::Dictionary const after = settings.Values();
     std::string const changed = findings.empty() ? Splice(text, assignments.texts) : text;
-    RequireSettings(component, file, changed, after, "lay it out with joboptions fmt first");
+    RequireSettings(
+        component,
+        file,
+        changed,
+        after,
+        "an empty dictionary can only stand last, and other files need joboptions fmt first");
     return Finish(
         {file, settings, before, after, findings, UnknownKeys(rules, assignments.texts), changed},
         fOptions);
