@@ -7,8 +7,9 @@ namespace pdfsettings::detail {
 
 namespace {
 
-// Address space: of memory, as much as the work goes down.
-constexpr std::size_t kSize = std::size_t{256} << 20;
+// Address space: of memory, as much as the work goes down. The address sanitizer knows no larger
+// stacks than 64 MiB.
+constexpr std::size_t kSize = std::size_t{60} << 20;
 
 struct Task {
     std::function<void()> const& fWork;

@@ -96,7 +96,7 @@ TEST(Document, ReadsNestedTextsOnASmallStack) {
             std::string const text = Nested(open, levels);
             EXPECT_EQ(Document(text).WhyRefused(), Refusal::kNone) << open;
             EXPECT_NO_THROW(Settings::FromText(component, text)) << open;
-            Document const deep(Nested(open, 20000));
+            Document const deep(Nested(open, 4000));
             EXPECT_EQ(deep.WhyRefused(), Refusal::kNone) << open;
             EXPECT_EQ(deep.Findings().size(), 1U) << open;
         }
