@@ -54,20 +54,6 @@ private:
     bool fIsRoot;
 };
 
-// Does work with each of its allocations failing, alone and with all later ones.
-template <class Work>
-void WithEveryShortage(Work work) {
-    unsigned long const start = bibrt::CountAllocations();
-    work();
-    unsigned long const allocations = bibrt::CountAllocations() - start;
-    EXPECT_GT(allocations, 1U);
-    for (unsigned long n = 1; n <= 2 * allocations; ++n) {
-        bibrt::FailAllocation((n + 1) / 2, /*andAllLater=*/n % 2 == 0);
-        work();
-        bibrt::ResetFailures();
-    }
-}
-
 void SetTime(std::string const& path, timespec time) {
     timespec const times[] = {time, time};
     EXPECT_EQ(0, utimensat(AT_FDCWD, path.c_str(), times, 0));
@@ -327,41 +313,6 @@ TEST_F(Files, ThatTheUserMayNotTouchStayAsTheyAre) {
     EXPECT_TRUE(std::filesystem::is_symlink(fFolder / "link"));
     chmod((fFolder / "folder").c_str(), 0755);
     Release(settings);
-}
-
-// Whichever allocation fails while the text is made: an error, or a file without a text; never a
-// part of one.
-TEST_F(Files, AreWholeOrEmptyAfterAShortage) {
-    std::string const file = fFolder.Make("a", kText);
-    std::u16string const path = Wide(file);
-    auto const buffers = LoadTable<_t_BIBSharedBuffInterface>(&BIBRuntimeLookup);
-    BIBSharedBuffer* const shared =
-        buffers.NewBuffer(path.size() * sizeof(char16_t), nullptr, nullptr, nullptr, nullptr);
-    std::memcpy(buffers.GetBuffer(shared), path.data(), path.size() * sizeof(char16_t));
-    PDFSettings* const settings = Open(path);
-    // What cannot be told counts as changed, and is reported.
-    WithEveryShortage([&] {
-        fLog.fMessages.clear();
-        int const isDirty = fIsDirty(settings);
-        EXPECT_EQ(fLog.fMessages.empty() ? 0 : 1, isDirty);
-    });
-    fLog.fMessages.clear();
-    auto const errors = LoadTable<_t_BIBErrorInterface>(&BIBRuntimeLookup);
-    WithEveryShortage([&] {
-        fFolder.Make("a", "old");
-        BIBError* const error = fWrite(settings, shared);
-        bibrt::ResetFailures();
-        std::string const bytes = ReadBytes(file);
-        bool const isWhole = bytes == kWritten;
-        bool const isUntouched = bytes == "old";
-        EXPECT_TRUE(error == nullptr ? isWhole || bytes.empty() : isUntouched || isWhole) << bytes;
-        errors.Release(error);
-    });
-    EXPECT_EQ("", Write(settings, path));
-    EXPECT_EQ(kWritten, ReadBytes(file));
-    EXPECT_EQ(0, fIsDirty(settings));
-    Release(settings);
-    buffers.Release(shared);
 }
 
 // The old file goes before the new one is made: where the disk is full, neither stays.

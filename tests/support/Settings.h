@@ -18,9 +18,9 @@ namespace support {
 // Each test starts the component, and ends with everything given back.
 class SettingsTest : public testing::Test {
 protected:
-    SettingsTest() {
+    explicit SettingsTest(BIBLookupProc lookup = &BIBRuntimeLookup) {
         EXPECT_TRUE(fComponent.IsLoaded());
-        EXPECT_EQ(1, fComponent.Initialize(&BIBRuntimeLookup));
+        EXPECT_EQ(1, fComponent.Initialize(lookup));
         Find(fNewFromStream, "NewFromStream", "PDFSettingsNewFromStreamProc");
         Find(fNewFromDict, "NewFromDict", "PDFSettingsNewFromDictProc");
         Find(fGetJobOptionsData, "GetJobOptionsData", "PDFSettingsGetJobOptionsDataProc");

@@ -1,0 +1,120 @@
+#include "tests/support/SystemFaults.h"
+
+#include <cerrno>
+#include <cstdarg>
+#include <dirent.h>
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "runtime/FailurePoint.h"
+
+namespace support {
+
+namespace {
+
+bibrt::FailurePoint gFaults;
+
+// The call that this one stands before.
+template <class Proc>
+Proc* Next(Proc* /*call*/, char const* name) {
+    return reinterpret_cast<Proc*>(dlsym(RTLD_NEXT, name));
+}
+
+bool Fails() {
+    bool const fails = gFaults.Attempt();
+    if (fails) {
+        errno = EIO;
+    }
+    return fails;
+}
+
+} // namespace
+
+unsigned long CountSystemCalls() {
+    return gFaults.Count();
+}
+
+void FailSystemCall(unsigned long n, bool andAllLater) {
+    n == 0 ? gFaults.Disarm() : gFaults.Arm(n, andAllLater);
+}
+
+} // namespace support
+
+using support::Fails;
+using support::Next;
+
+// The program exports these, so that they stand before the system's for every library as well.
+#pragma GCC visibility push(default)
+extern "C" {
+
+int open(char const* path, int flags, ...) {
+    va_list arguments;
+    va_start(arguments, flags);
+    mode_t const mode = (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(arguments, mode_t) : 0;
+    va_end(arguments);
+    return Fails() ? -1 : Next(&open, "open")(path, flags, mode);
+}
+
+int close(int file) {
+    int const result = Next(&close, "close")(file);
+    return Fails() ? -1 : result;
+}
+
+ssize_t read(int file, void* buffer, size_t size) {
+    return Fails() ? -1 : Next(&read, "read")(file, buffer, size);
+}
+
+ssize_t write(int file, void const* buffer, size_t size) {
+    return Fails() ? -1 : Next(&write, "write")(file, buffer, size);
+}
+
+off_t lseek(int file, off_t offset, int origin) noexcept {
+    return Fails() ? -1 : Next(&lseek, "lseek")(file, offset, origin);
+}
+
+int fstat(int file, struct stat* status) noexcept {
+    return Fails() ? -1 : Next(&fstat, "fstat")(file, status);
+}
+
+int fstatat(int folder, char const* path, struct stat* status, int flags) noexcept {
+    return Fails() ? -1 : Next(&fstatat, "fstatat")(folder, path, status, flags);
+}
+
+int statx(
+    int folder, char const* path, int flags, unsigned int wanted, struct statx* status) noexcept {
+    return Fails() ? -1 : Next(&statx, "statx")(folder, path, flags, wanted, status);
+}
+
+int mkdir(char const* path, mode_t mode) noexcept {
+    return Fails() ? -1 : Next(&mkdir, "mkdir")(path, mode);
+}
+
+int unlink(char const* path) noexcept {
+    return Fails() ? -1 : Next(&unlink, "unlink")(path);
+}
+
+char* getcwd(char* buffer, size_t size) noexcept {
+    return Fails() ? nullptr : Next(&getcwd, "getcwd")(buffer, size);
+}
+
+int getpwuid_r(uid_t user, passwd* entry, char* buffer, size_t size, passwd** result) {
+    if (Fails()) {
+        *result = nullptr;
+        return errno;
+    }
+    return Next(&getpwuid_r, "getpwuid_r")(user, entry, buffer, size, result);
+}
+
+DIR* opendir(char const* path) {
+    return Fails() ? nullptr : Next(&opendir, "opendir")(path);
+}
+
+dirent* readdir(DIR* folder) {
+    dirent* const entry = Next(&readdir, "readdir")(folder);
+    return Fails() ? nullptr : entry;
+}
+}
+#pragma GCC visibility pop

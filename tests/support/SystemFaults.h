@@ -1,0 +1,13 @@
+// The system's calls for files, which fail on demand for the test program and all that it loads.
+#pragma once
+
+namespace support {
+
+// The calls so far.
+unsigned long CountSystemCalls();
+
+// Makes the n-th call from now on fail, alone or with all later ones; 0 takes the order back. A
+// file is closed, and a folder read, all the same.
+void FailSystemCall(unsigned long n, bool andAllLater);
+
+} // namespace support
