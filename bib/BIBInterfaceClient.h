@@ -71,6 +71,16 @@ typename Interface::proctable_type const* PeekProcs() {
     return TBIBInterfaceClient<Interface>::PeekProcTable();
 }
 
+// Stores a bound table, or null, as the one that is known. Where it is known already nothing is
+// written, so that threads whose calls bind no table meet no write of each other.
+template <class Table>
+Table const* Renew(Table const*& known, Table const* bound) noexcept {
+    if (known != bound) {
+        known = bound;
+    }
+    return known;
+}
+
 } // namespace BIB_T_NMT
 
 // NOLINTBEGIN(bugprone-macro-parentheses): the arguments are names

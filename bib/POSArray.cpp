@@ -28,8 +28,7 @@ CPOSObject CPOSArray::GetAt(unsigned long index, bool quiet) const {
 }
 
 _t_POSArrayInterface const* CPOSArray::GetProcs() {
-    fProcs = GetGlobalPOSArrayInterfaceProcs();
-    return fProcs;
+    return Renew(fProcs, GetGlobalPOSArrayInterfaceProcs());
 }
 
 } // namespace BIB_T_NMT

@@ -17,8 +17,7 @@ CPOSBinData::CPOSBinData(CPOSObject const& object, bool quiet) : CPOSObject(obje
 }
 
 _t_POSBinDataInterface const* CPOSBinData::GetProcs() {
-    fProcs = GetGlobalPOSBinDataInterfaceProcs();
-    return fProcs;
+    return Renew(fProcs, GetGlobalPOSBinDataInterfaceProcs());
 }
 
 } // namespace BIB_T_NMT

@@ -92,8 +92,7 @@ unsigned int CPOSDict::NumKeys() const {
 }
 
 _t_POSDictInterface const* CPOSDict::GetProcs() {
-    fProcs = GetGlobalPOSDictInterfaceProcs();
-    return fProcs;
+    return Renew(fProcs, GetGlobalPOSDictInterfaceProcs());
 }
 
 } // namespace BIB_T_NMT

@@ -10,8 +10,7 @@ CPOSDictIterator::CPOSDictIterator(CPOSDict const& dict)
     : TBIBContainerBase(GetProcs() != nullptr ? fProcs->NewPOSDictIterator(dict) : nullptr) {}
 
 _t_POSDictIteratorInterface const* CPOSDictIterator::GetProcs() {
-    fProcs = GetGlobalPOSDictIteratorInterfaceProcs();
-    return fProcs;
+    return Renew(fProcs, GetGlobalPOSDictIteratorInterfaceProcs());
 }
 
 } // namespace BIB_T_NMT

@@ -15,8 +15,7 @@ CPOSNumber::CPOSNumber(CPOSObject const& object, bool quiet) : CPOSObject(object
 }
 
 _t_POSNumberInterface const* CPOSNumber::GetProcs() {
-    fProcs = GetGlobalPOSNumberInterfaceProcs();
-    return fProcs;
+    return Renew(fProcs, GetGlobalPOSNumberInterfaceProcs());
 }
 
 } // namespace BIB_T_NMT

@@ -58,8 +58,7 @@ CPOSObject CPOSObject::CreateFromText(char const* objectText, char const** error
 }
 
 _t_POSObjectStatics const* CPOSObject::GetStaticProcs() {
-    fStaticProcs = GetGlobalPOSObjectStaticsProcs();
-    return fStaticProcs;
+    return Renew(fStaticProcs, GetGlobalPOSObjectStaticsProcs());
 }
 
 void CPOSObject::Narrow(bool isOfType, bool quiet, char const* message) {

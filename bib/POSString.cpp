@@ -15,8 +15,7 @@ CPOSString::CPOSString(CPOSObject const& object, bool quiet) : CPOSObject(object
 }
 
 _t_POSStringInterface const* CPOSString::GetProcs() {
-    fProcs = GetGlobalPOSStringInterfaceProcs();
-    return fProcs;
+    return Renew(fProcs, GetGlobalPOSStringInterfaceProcs());
 }
 
 } // namespace BIB_T_NMT

@@ -15,8 +15,7 @@ CPOSUnicodeString::CPOSUnicodeString(CPOSObject const& object, bool quiet) : CPO
 }
 
 _t_POSUnicodeStringInterface const* CPOSUnicodeString::GetProcs() {
-    fProcs = GetGlobalPOSUnicodeStringInterfaceProcs();
-    return fProcs;
+    return Renew(fProcs, GetGlobalPOSUnicodeStringInterfaceProcs());
 }
 
 unsigned int CPOSUnicodeString::GetLength(unsigned short const* text) noexcept {

@@ -41,8 +41,7 @@ long CPOSStructValidator::RegisterExtraValidationProc(
 }
 
 _t_POSStructValidatorInterface const* CPOSStructValidator::GetProcs() {
-    fProcs = GetGlobalPOSStructValidatorInterfaceProcs();
-    return fProcs;
+    return Renew(fProcs, GetGlobalPOSStructValidatorInterfaceProcs());
 }
 
 } // namespace BIB_T_NMT

@@ -14,7 +14,9 @@ class RunningComponent;
 // component once at a time; it may be started again after it was stopped. It stops when this object
 // and all Settings that were made with it are gone.
 //
-// Threads: this object and all its Settings are used by one thread at a time.
+// Threads: this object and all its Settings may be used from any thread. Calls into the component
+// come one after the other, so a long one keeps the others waiting. No object may be moved or
+// destroyed while another thread uses it.
 class Component {
 public:
     // Loads the component from path and starts it on the runtime. Without a path it is the file

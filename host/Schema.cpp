@@ -130,7 +130,8 @@ Schema::Schema(std::string text, Dictionary structures)
       fStructures(std::move(structures)) {}
 
 Schema Schema::FromText(Component const& component, std::string text) {
-    Bindings const& tables = component.fRunning->Tables();
+    detail::Turn const turn(*component.fRunning);
+    Bindings const& tables = turn.Tables();
     Ref<POSDict> const dict = ReadDict(tables, text);
     ThrowIfAny(LocateMessages(text, ValidateSchema(tables, dict.get())));
     Dictionary structures = detail::ReadValues(tables, dict.get());

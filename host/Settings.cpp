@@ -67,7 +67,13 @@ std::vector<Finding> ReadFindings(Bindings const& tables, POSArray* errors) {
 struct Settings::State {
     State(std::shared_ptr<detail::RunningComponent> owner, ::PDFSettings* made)
         : fRunning(std::move(owner)),
-          fSettings(detail::Share(fRunning->Tables(), made)) {}
+          fSettings(detail::Share(detail::Turn(*fRunning).Tables(), made)) {}
+    ~State() {
+        detail::Turn const turn(*fRunning);
+        fSettings.reset();
+    }
+    State(State const&) = delete;
+    State& operator=(State const&) = delete;
 
     std::shared_ptr<detail::RunningComponent> fRunning;
     Ref<::PDFSettings> fSettings;
@@ -80,7 +86,8 @@ Settings::~Settings() = default;
 
 Settings
 Settings::FromText(Component const& component, std::string_view text, std::string const& schema) {
-    Bindings const& tables = component.fRunning->Tables();
+    detail::Turn const turn(*component.fRunning);
+    Bindings const& tables = turn.Tables();
     Ref<BIBPositionableStream> const stream = MakeStream(tables, text);
     char const* const schemaText = detail::WholeText(schema);
     ::PDFSettings* const made = ReportedCall(
@@ -90,7 +97,8 @@ Settings::FromText(Component const& component, std::string_view text, std::strin
 
 Settings
 Settings::FromFile(Component const& component, std::string const& path, std::string const& schema) {
-    Bindings const& tables = component.fRunning->Tables();
+    detail::Turn const turn(*component.fRunning);
+    Bindings const& tables = turn.Tables();
     detail::BufferRef const buffer = detail::MakePath(tables, path);
     char const* const schemaText = detail::WholeText(schema);
     auto const open = [&] { return tables.settings.NewFromFile(buffer.get(), schemaText); };
@@ -102,7 +110,8 @@ Settings::FromFile(Component const& component, std::string const& path, std::str
 
 Settings Settings::FromValues(
     Component const& component, Dictionary const& values, std::string const& schema) {
-    Bindings const& tables = component.fRunning->Tables();
+    detail::Turn const turn(*component.fRunning);
+    Bindings const& tables = turn.Tables();
     Ref<POSDict> const dict = detail::BuildValues(tables, values);
     char const* const schemaText = detail::WholeText(schema);
     ::PDFSettings* const made = ReportedCall(
@@ -111,7 +120,8 @@ Settings Settings::FromValues(
 }
 
 Dictionary Settings::Values() const {
-    Bindings const& tables = fState->fRunning->Tables();
+    detail::Turn const turn(*fState->fRunning);
+    Bindings const& tables = turn.Tables();
     Ref<POSDict> const dict =
         detail::Share(tables, ReportedCall("GetSettings", [&] {
                           return tables.settings.GetSettings(fState->fSettings.get());
@@ -120,7 +130,8 @@ Dictionary Settings::Values() const {
 }
 
 std::string Settings::Text() const {
-    Bindings const& tables = fState->fRunning->Tables();
+    detail::Turn const turn(*fState->fRunning);
+    Bindings const& tables = turn.Tables();
     Ref<BIBPositionableStream> const stream =
         detail::Share(tables, ReportedCall("GetJobOptionsData", [&] {
                           return tables.settings.GetJobOptionsData(fState->fSettings.get());
@@ -133,11 +144,13 @@ std::string Settings::Text() const {
 }
 
 bool Settings::IsDirty() const {
-    return fState->fRunning->Tables().settings.IsDirty(fState->fSettings.get()) != 0;
+    detail::Turn const turn(*fState->fRunning);
+    return turn.Tables().settings.IsDirty(fState->fSettings.get()) != 0;
 }
 
 void Settings::Write(std::string const& path) {
-    Bindings const& tables = fState->fRunning->Tables();
+    detail::Turn const turn(*fState->fRunning);
+    Bindings const& tables = turn.Tables();
     // The component writes what it has even of settings that have no form in a file, and would put
     // that in the place of a good file.
     static_cast<void>(Text());
@@ -153,7 +166,8 @@ void Settings::Write(std::string const& path) {
 }
 
 std::vector<Finding> Settings::Validate() const {
-    Bindings const& tables = fState->fRunning->Tables();
+    detail::Turn const turn(*fState->fRunning);
+    Bindings const& tables = turn.Tables();
     Ref<POSArray> const errors =
         detail::Share(tables, ReportedCall("IsPDFSettingsValid", [&] {
                           return tables.settings.IsPDFSettingsValid(fState->fSettings.get());
@@ -166,7 +180,8 @@ std::vector<Finding> Settings::Validate() const {
 }
 
 std::vector<Finding> Settings::Set(Dictionary const& changes) {
-    Bindings const& tables = fState->fRunning->Tables();
+    detail::Turn const turn(*fState->fRunning);
+    Bindings const& tables = turn.Tables();
     Ref<POSDict> const dict = detail::BuildValues(tables, changes);
     Ref<POSArray> const errors =
         detail::Share(tables, ReportedCall("SetSettings", [&] {

@@ -90,7 +90,8 @@ bool ListedSettings::IsHiddenFrom(std::string const& application) const {
 
 std::vector<ListedSettings>
 SettingsList::Read(Component const& component, std::optional<std::string> const& application) {
-    Bindings const& tables = component.fRunning->Tables();
+    detail::Turn const turn(*component.fRunning);
+    Bindings const& tables = turn.Tables();
     auto const appName = application ? detail::ToComponent(*application) : std::nullopt;
     auto const list = detail::Share(tables, detail::ReportedCall("GetListofPDFSettings", [&] {
                                         return tables.statics.GetListofPDFSettings(
@@ -107,7 +108,8 @@ SettingsList::Read(Component const& component, std::optional<std::string> const&
 }
 
 std::string SettingsList::UserFolder(Component const& component) {
-    Bindings const& tables = component.fRunning->Tables();
+    detail::Turn const turn(*component.fRunning);
+    Bindings const& tables = turn.Tables();
     detail::BufferRef const buffer(
         detail::ReportedCall(
             "GetDefaultPDFSettingsDirectory",

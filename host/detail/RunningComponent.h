@@ -4,6 +4,7 @@
 #include "host/detail/Bindings.h"
 #include "host/detail/ReportChannel.h"
 
+#include <mutex>
 #include <string>
 
 namespace pdfsettings::detail {
@@ -60,15 +61,31 @@ public:
     // Throws Error; nothing stays loaded or started then.
     explicit RunningComponent(std::string const& path);
 
-    Bindings const& Tables() const noexcept { return fTables; }
     long Version() const;
 
 private:
+    friend class Turn;
+
+    std::recursive_mutex fInUse;
     Claim fClaim;
     ReportChannel fReports;
     Module fModule;
     Start fStart;
     Bindings fTables;
+};
+
+// The right to call the component and the runtime, which one thread has at a time: the component
+// itself locks nothing. A thread that has it may take it again.
+class Turn {
+public:
+    // Waits for the other threads. REQUIRES: running outlives this.
+    explicit Turn(RunningComponent& running) : fGuard(running.fInUse), fTables(running.fTables) {}
+
+    Bindings const& Tables() const noexcept { return fTables; }
+
+private:
+    std::lock_guard<std::recursive_mutex> fGuard;
+    Bindings const& fTables;
 };
 
 } // namespace pdfsettings::detail

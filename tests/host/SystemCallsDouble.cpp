@@ -51,6 +51,8 @@ int Pass(std::string_view name, Call call) {
 
 } // namespace
 
+// Visible to the sanitizers, whose own calls are led here too.
+#pragma GCC visibility push(default)
 extern "C" {
 
 decltype(close) __real_close;
@@ -117,6 +119,7 @@ ssize_t __wrap_write(int file, void const* bytes, std::size_t size) {
 }
 
 } // extern "C"
+#pragma GCC visibility pop
 
 namespace support {
 

@@ -1,0 +1,52 @@
+// Several threads of a host that serialises what it has to: the first calls of each kind, through
+// which the component gets to know the runtime's tables, and every validation.
+
+#include <mutex>
+
+#include "tests/support/FaultSweep.h"
+#include "tests/support/Together.h"
+
+namespace support {
+
+class Threads : public FaultSweepTest {
+protected:
+    // Each procedure on settings that are the thread's own.
+    void UseSettings(std::string const& name) {
+        PDFSettings* const settings = NewSettings(kText, kSchema);
+        {
+            std::lock_guard const guard(fValidation);
+            Use(fIsPDFSettingsValid(settings));
+        }
+        EXPECT_EQ(fBefore, Text(settings));
+        AddRef(fGetSettings(settings));
+        PDFSettings* const shared = fNewFromDict(fGetSettings(settings), kSchema);
+        Use(shared);
+        Release(fGetSettings(settings));
+        BIBSharedBuffer* const path = NewPath(name);
+        EXPECT_EQ(nullptr, fWrite(settings, path));
+        EXPECT_EQ(0, fIsDirty(settings));
+        Use(fNewFromFile(path, kSchema));
+        fBuffers.Release(path);
+        Release(settings);
+    }
+
+    template <class T>
+    void Use(T* result) const {
+        EXPECT_NE(nullptr, result);
+        AddRef(result);
+        Release(result);
+    }
+
+    std::mutex fValidation;
+};
+
+TEST_F(Threads, EachUseTheirOwnSettings) {
+    UseSettings("first");
+    DoTogether(4, [this](int number) {
+        for (int round = 0; round < 20; ++round) {
+            UseSettings(std::to_string(number));
+        }
+    });
+}
+
+} // namespace support

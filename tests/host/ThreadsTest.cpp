@@ -1,0 +1,88 @@
+#include "host/Component.h"
+#include "host/Error.h"
+#include "host/Schema.h"
+#include "host/Settings.h"
+#include "host/SettingsList.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/Together.h"
+
+#include <gtest/gtest.h>
+#include <optional>
+
+using namespace pdfsettings;
+using support::TemporaryFolder;
+
+namespace {
+
+constexpr int kThreads = 4;
+constexpr int kRounds = 20;
+
+constexpr char kSchema[] = "< PDFSettings < A number optional < B array > > >";
+
+std::string TextWith(int number) {
+    return "<</A " + std::to_string(number) + " /B [ /x (y) ] >>setalembicorparams";
+}
+
+Dictionary OneEntry(std::string const& key, Value value) {
+    Dictionary dictionary;
+    dictionary.Set(key, std::move(value));
+    return dictionary;
+}
+
+double NumberIn(Settings const& settings) {
+    return *settings.Values().Get("A")->If<double>();
+}
+
+// The whole way of one file, and what can go wrong on it.
+void UseSettings(Component const& component, std::string const& path, int number) {
+    Settings settings = Settings::FromText(component, TextWith(number), kSchema);
+    EXPECT_EQ(number, NumberIn(settings));
+    EXPECT_TRUE(settings.Validate().empty());
+    EXPECT_EQ(1U, settings.Set(OneEntry("A", Array())).size());
+    EXPECT_TRUE(settings.Set(OneEntry("A", number + 0.5)).empty());
+    settings.Write(path);
+    EXPECT_FALSE(settings.IsDirty());
+    EXPECT_EQ(number + 0.5, NumberIn(Settings::FromFile(component, path)));
+    EXPECT_THROW(Settings::FromText(component, "<</A"), Error);
+    EXPECT_THROW(Schema::FromText(component, "<"), SchemaError);
+    SettingsList::Read(component);
+}
+
+} // namespace
+
+TEST(Threads, EachUseTheirOwnSettingsOfOneComponent) {
+    TemporaryFolder const folder;
+    std::optional<Component> component(std::in_place);
+    support::DoTogether(kThreads, [&](int number) {
+        for (int round = 0; round < kRounds; ++round) {
+            UseSettings(*component, folder / std::to_string(number), number);
+        }
+    });
+}
+
+TEST(Threads, MayShareSettings) {
+    Component const component;
+    Settings settings = Settings::FromText(component, TextWith(0), kSchema);
+    support::DoTogether(kThreads, [&](int number) {
+        for (int round = 0; round < kRounds; ++round) {
+            EXPECT_TRUE(settings.Set(OneEntry("A", double(number))).empty());
+            double const found = NumberIn(settings);
+            EXPECT_TRUE(found >= 0 && found < kThreads) << found;
+            EXPECT_NE(std::string::npos, settings.Text().find("/B"));
+        }
+    });
+}
+
+// One of them at a time: the others are told so.
+TEST(Threads, StartAndStopTheComponent) {
+    support::DoTogether(kThreads, [](int number) {
+        for (int round = 0; round < kRounds; ++round) {
+            try {
+                Component const component;
+                EXPECT_EQ(number, NumberIn(Settings::FromText(component, TextWith(number))));
+            } catch (Error const& error) {
+                EXPECT_NE(std::string::npos, std::string(error.what()).find("in use already"));
+            }
+        }
+    });
+}
