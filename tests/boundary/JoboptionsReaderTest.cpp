@@ -70,6 +70,7 @@ TEST_F(JoboptionsReader, FramesTheSettings) {
         {"junk", kInvalid},
         {" <", kInvalid},
         {"% one\r% two\n<< /A 1 >> setalembicorparams", "<<A 1>>"},
+        {"% one\r<< /A 1 >> setalembicorparams", "<<A 1>>"},
         {"% a << in a comment\n<</A 1 >>setalembicorparams", kInvalid},
         {"junk <</A 1 >>setalembicorparams", kInvalid},
         {"<</A 1 ", kInvalid},
@@ -124,6 +125,7 @@ TEST_F(JoboptionsReader, TakesTheFirstByteOfANameWhateverItIs) {
         {File("/A/ /B 1 "), "<<A /  B 1>>"},
         {File("/A /)x/B 1 "), "<<A /)x B 1>>"},
         {File("/A /n\f1 /B 2 "), "<<A /n B 2>>"},
+        {File("/A /n{1}/B 2 /C /n%c\n/D 3 "), "<<A /n B 2 C /n D 3>>"},
     });
 }
 

@@ -357,12 +357,13 @@ TEST_F(JoboptionsWriter, KeepsTheKeysOfSettingsWhoseWritingFails) {
 
 class JoboptionsWriterDepth : public JoboptionsWriter {
 protected:
-    // The text of an array that is nested so deep, written on a small stack.
-    std::string WriteDeepArray(unsigned long levels) const {
+    // The text of an array that is nested so deep, written on a stack of that size.
+    std::string WriteDeepArray(unsigned long levels, unsigned long stackSize = kSmallStack) const {
         std::string const brackets(levels, '[');
         std::string written;
-        OnSmallStack(
-            [&] { written = WriteNotation("<A " + brackets + std::string(levels, ']') + ">"); });
+        OnStack(stackSize, [&] {
+            written = WriteNotation("<A " + brackets + std::string(levels, ']') + ">");
+        });
         return written;
     }
 };
@@ -377,6 +378,12 @@ TEST_F(JoboptionsWriterDepth, BearsAThousandLevels) {
     }
     OnSmallStack([&] { dicts = WriteNotation(dicts + "1" + std::string(1000, '>')); });
     EXPECT_EQ(1000, std::count(dicts.begin(), dicts.end(), 'A'));
+}
+
+// Blanks would fill the memory long before a stack of this size ends.
+TEST_F(JoboptionsWriterDepth, EndsAtFiveThousandLevelsOnAnyStack) {
+    EXPECT_NE("(null)", WriteDeepArray(5000, kLargeStack));
+    EXPECT_EQ("(null)", WriteDeepArray(5001, kLargeStack));
 }
 
 TEST_F(JoboptionsWriterDepth, RunsOutOfMemoryWhereTheStackDoes) {
