@@ -47,6 +47,12 @@ TEST_F(RuntimeFaults, WriteAllOrNothing) {
     ExpectCleanFailures(kRuntime, Stale(WritingAllOrNothing()));
 }
 
+TEST_F(RuntimeFaults, GiveNoFolderAndShorterLists) {
+    EnvironmentVariable const data("XDG_DATA_HOME", fFolder.Path().c_str());
+    ExpectCleanFailures(kRuntime, Stale(GettingFolder()), 0);
+    ExpectCleanFailures(kRuntime, Stale(GettingList()), 0);
+}
+
 class SystemFaults : public FaultSweepTest {};
 
 TEST_F(SystemFaults, MakeNoSettingsFromFiles) {
@@ -72,20 +78,8 @@ TEST_F(SystemFaults, LeaveNoPartOfAFile) {
 
 TEST_F(SystemFaults, GiveNoFolderAndShorterLists) {
     EnvironmentVariable const data("XDG_DATA_HOME", fFolder.Path().c_str());
-    PDFSettingsGetDefaultPDFSettingsDirectoryProc getFolder = nullptr;
-    PDFSettingsGetListofPDFSettingsProc getList = nullptr;
-    FindStatic(getFolder, "GetDefaultPDFSettingsDirectory");
-    FindStatic(getList, "GetListofPDFSettings");
-    auto const get = [&](auto const&) {
-        BIBSharedBuffer* const folder = getFolder();
-        bool const isThere = folder != nullptr;
-        fBuffers.Release(folder);
-        return isThere;
-    };
-    ExpectCleanFailures(kSystem, {get}, 0);
-    Call list = Giving([&] { return getList("W"); });
-    list.fIsReported = false;
-    ExpectCleanFailures(kSystem, list, 0);
+    ExpectCleanFailures(kSystem, GettingFolder(), 0);
+    ExpectCleanFailures(kSystem, GettingList(), 0);
 }
 
 } // namespace support

@@ -45,17 +45,10 @@ TEST_F(Shortages, WriteAllOrNothing) {
     ExpectCleanFailures(kAllocations, WritingAllOrNothing());
 }
 
-TEST_F(Shortages, GiveNoFolder) {
+TEST_F(Shortages, GiveNoFolderAndShorterLists) {
     EnvironmentVariable const data("XDG_DATA_HOME", fFolder.Path().c_str());
-    PDFSettingsGetDefaultPDFSettingsDirectoryProc getFolder = nullptr;
-    FindStatic(getFolder, "GetDefaultPDFSettingsDirectory");
-    auto const get = [&](auto const&) {
-        BIBSharedBuffer* const folder = getFolder();
-        bool const isThere = folder != nullptr;
-        fBuffers.Release(folder);
-        return isThere;
-    };
-    ExpectCleanFailures(kAllocations, {get});
+    ExpectCleanFailures(kAllocations, GettingFolder());
+    ExpectCleanFailures(kAllocations, GettingList());
 }
 
 // A stream that fails before its text is read; one that fails while the text is written is

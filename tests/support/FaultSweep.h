@@ -52,6 +52,8 @@ protected:
         Find(fNewFromFile, "NewFromFile", "PDFSettingsNewFromFileProc");
         Find(fIsDirty, "IsDirty", "PDFSettingsIsDirtyProc");
         Find(fWrite, "Write", "PDFSettingsWriteProc");
+        FindStatic(fGetFolder, "GetDefaultPDFSettingsDirectory");
+        FindStatic(fGetList, "GetListofPDFSettings");
         fFolder.Make("a", kText);
         fSettings = NewSettings(kText, kSchema);
         fBefore = Text(fSettings);
@@ -156,6 +158,22 @@ protected:
         });
     }
 
+    // A call for the user's folder.
+    Call GettingFolder() const {
+        return {[this](auto const&) {
+            BIBSharedBuffer* const folder = fGetFolder();
+            fBuffers.Release(folder);
+            return folder != nullptr;
+        }};
+    }
+
+    // A call for the list of settings files, which gets shorter where something fails.
+    Call GettingList() const {
+        Call call = Giving([this] { return fGetList("W"); });
+        call.fIsReported = false;
+        return call;
+    }
+
     // Makes a buffer for the path of a file in the folder.
     BIBSharedBuffer* NewPath(std::string const& name) const {
         std::string const path = fFolder / name;
@@ -190,6 +208,8 @@ protected:
     PDFSettingsNewFromFileProc fNewFromFile = nullptr;
     PDFSettingsIsDirtyProc fIsDirty = nullptr;
     PDFSettingsWriteProc fWrite = nullptr;
+    PDFSettingsGetDefaultPDFSettingsDirectoryProc fGetFolder = nullptr;
+    PDFSettingsGetListofPDFSettingsProc fGetList = nullptr;
 
 private:
     static bool Do(Call const& call) {
