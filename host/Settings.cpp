@@ -10,6 +10,8 @@
 #include "host/detail/ReportChannel.h"
 #include "host/detail/RunningComponent.h"
 
+#include <fstream>
+
 namespace pdfsettings {
 
 namespace {
@@ -42,6 +44,14 @@ Ref<BIBPositionableStream> MakeStream(Bindings const& tables, std::string_view b
 // The component gives no error for a value that it cannot write, but one of these two texts.
 bool IsTextOfAFailure(std::string_view text) {
     return text.empty() || text == "<<\r\n>> setpagedevice\r\n";
+}
+
+bool HoldsText(std::string const& path, std::string const& text) {
+    std::ifstream file(path, std::ios::binary);
+    std::string bytes(text.size() + 1, '\0');
+    file.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    bytes.resize(static_cast<std::size_t>(file.gcount()));
+    return bytes == text;
 }
 
 std::string TextOf(Dictionary const& record, char const* key) {
@@ -153,7 +163,7 @@ void Settings::Write(std::string const& path) {
     Bindings const& tables = turn.Tables();
     // The component writes what it has even of settings that have no form in a file, and would put
     // that in the place of a good file.
-    static_cast<void>(Text());
+    std::string const text = Text();
     // The component wants a folder in the path.
     std::string const whole = path.find('/') == std::string::npos ? "./" + path : path;
     detail::BufferRef const buffer = detail::MakePath(tables, whole);
@@ -163,6 +173,10 @@ void Settings::Write(std::string const& path) {
                 tables, tables.settings.Write(fState->fSettings.get(), buffer.get()));
         },
         [&path] { return detail::WhyUnwritable(path); });
+    // The component makes the text once more, and keeps quiet when memory runs out over it.
+    if (!HoldsText(path, text)) {
+        throw Error("the settings could not be written whole: " + path);
+    }
 }
 
 std::vector<Finding> Settings::Validate() const {

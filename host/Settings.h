@@ -68,7 +68,8 @@ public:
     // Writes the settings, valid or not, to the file at path, whose folder must exist, and binds
     // them to it. An existing file is deleted before the new one is made: see SaveSafely for a
     // replacement that cannot lose it. Throws Error as Text, for a path that is no UTF-8 or has a
-    // NUL byte, and with the system's reason, as far as it can be told afterwards.
+    // NUL byte, with the system's reason, as far as it can be told afterwards, and when the file
+    // does not hold the whole text in the end.
     void Write(std::string const& path);
 
 private:

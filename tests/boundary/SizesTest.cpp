@@ -1,5 +1,5 @@
-// Sizes far beyond any real settings, on a small stack. Work that grew faster than the text would
-// not end within the time limit of a test.
+// Sizes far beyond any real settings, on a small stack. Work with the square of the size would not
+// end within the time limit of these tests.
 
 #include "tests/support/FaultSweep.h"
 #include "tests/support/SmallStack.h"

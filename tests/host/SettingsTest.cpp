@@ -3,6 +3,7 @@
 #include "host/Component.h"
 #include "host/Error.h"
 #include "host/Path.h"
+#include "runtime/Diagnostics.h"
 #include "tests/support/SmallStack.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -210,6 +211,26 @@ TEST_F(SettingsTest, AFileIsOpenedWatchedAndWritten) {
     EXPECT_FALSE(settings.IsDirty());
     EXPECT_EQ(support::ReadBytes(other), settings.Text());
     EXPECT_TRUE(Settings::FromText(fComponent, "").IsDirty());
+}
+
+TEST_F(SettingsTest, AFileIsWrittenWholeOrTheFailureIsTold) {
+    support::TemporaryFolder const folder;
+    std::string const path = folder / "a";
+    Settings settings = Settings::FromText(fComponent, "<</A 1 >>setalembicorparams");
+    std::string const text = settings.Text();
+    int refusals = 0;
+    bool isReached = true;
+    for (unsigned long n = 1; isReached; ++n) {
+        folder.Make("a", "old");
+        unsigned long const start = bibrt::CountAllocations();
+        bibrt::FailAllocation(n, /*andAllLater=*/false);
+        bool const isDone = MessageOf([&] { settings.Write(path); }) == "accepted";
+        isReached = bibrt::CountAllocations() - start >= n;
+        bibrt::ResetFailures();
+        EXPECT_TRUE(!isDone || support::ReadBytes(path) == text) << n;
+        refusals += isDone ? 0 : 1;
+    }
+    EXPECT_GT(refusals, 10);
 }
 
 TEST_F(SettingsTest, AFileThatCannotBeUsedGivesTheSystemsReason) {

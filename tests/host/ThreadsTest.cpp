@@ -3,11 +3,11 @@
 #include "host/Schema.h"
 #include "host/Settings.h"
 #include "host/SettingsList.h"
+#include "tests/support/EnvironmentVariable.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/Together.h"
 
 #include <gtest/gtest.h>
-#include <optional>
 
 using namespace pdfsettings;
 using support::TemporaryFolder;
@@ -52,10 +52,13 @@ void UseSettings(Component const& component, std::string const& path, int number
 
 TEST(Threads, EachUseTheirOwnSettingsOfOneComponent) {
     TemporaryFolder const folder;
-    std::optional<Component> component(std::in_place);
+    support::EnvironmentVariable const home("HOME", folder.Path().c_str());
+    support::EnvironmentVariable const data("XDG_DATA_HOME", nullptr);
+    support::EnvironmentVariable const config("XDG_CONFIG_HOME", nullptr);
+    Component const component;
     support::DoTogether(kThreads, [&](int number) {
         for (int round = 0; round < kRounds; ++round) {
-            UseSettings(*component, folder / std::to_string(number), number);
+            UseSettings(component, folder / std::to_string(number), number);
         }
     });
 }

@@ -3,7 +3,9 @@
 
 #include <functional>
 
+#include "tests/support/EnvironmentVariable.h"
 #include "tests/support/ExpectedLeaks.h"
+#include "tests/support/PropertyList.h"
 #include "tests/support/Settings.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -28,6 +30,8 @@ inline constexpr Resource kStreams{
         n == 0 ? bibrt::ResetFailures() : bibrt::FailStreamOperation(n, andAllLater);
     }};
 
+enum class Reports { kNone, kOne, kAny };
+
 // A call of the component.
 struct Call {
     // Does the work and gives up what it was given. Whether the component said that it succeeded.
@@ -35,17 +39,25 @@ struct Call {
     std::function<bool(std::function<void()> const& endFaults)> fWork;
     // Goes before each.
     std::function<void()> fPrepare = [] {};
-    // A failure is told by one report, and a success by none.
-    bool fIsReported = true;
+    // Those of a failure. A success has none, unless any may come.
+    Reports fReports = Reports::kOne;
 };
 
 // What came of all faults in a call.
 struct Swept {
+    int fFaults = 0;   // something failed while the call ran
     int fFailures = 0; // the call failed
     int fLeaks = 0;    // something was left alive
 };
 
-// Has settings, and a file "a" of the same content.
+// Settings with what is expected as their text, and what comes of a text that cannot be made.
+struct Written {
+    PDFSettings* fSettings;
+    std::string fWhole;
+    std::string fFailed;
+};
+
+// Has settings, a file "a" of the same content, and two files in the user's settings folder.
 class FaultSweepTest : public SettingsTest {
 protected:
     explicit FaultSweepTest(BIBLookupProc lookup = &BIBRuntimeLookup) : SettingsTest(lookup) {
@@ -58,6 +70,9 @@ protected:
         fSettings = NewSettings(kText, kSchema);
         fBefore = Text(fSettings);
         fPath = NewPath("a");
+        fUserFolder = ReadPath(fGetFolder());
+        WriteBytes(fUserFolder + "/one.joboptions", kText);
+        WriteBytes(fUserFolder + "/two.joboptions", kText);
     }
     ~FaultSweepTest() override {
         fBuffers.Release(fPath);
@@ -85,15 +100,15 @@ protected:
 
     void ExpectCleanFailures(Resource const& resource, Call const& call, int atLeast = 2) {
         Swept const swept = Sweep(resource, call);
+        EXPECT_GT(swept.fFaults, 0);
         EXPECT_GE(swept.fFailures, atLeast);
         EXPECT_EQ(0, swept.fLeaks);
     }
 
-    void ExpectFewLeaks(Resource const& resource, Call const& call) {
+    void ExpectLeaks(Resource const& resource, Call const& call, int leaks) {
         Swept const swept = Sweep(resource, call);
-        EXPECT_GE(swept.fFailures, 4);
-        EXPECT_GE(swept.fLeaks, 1);
-        EXPECT_LE(swept.fLeaks, 4);
+        EXPECT_GT(swept.fFailures, leaks);
+        EXPECT_EQ(leaks, swept.fLeaks);
     }
 
     // A call that gives a result, which goes.
@@ -112,7 +127,6 @@ protected:
     void CheckReadingCalls(Check check) {
         auto* const refused = NewValue<POSDict>("< A (no number) >");
         auto* const same = NewValue<POSDict>("< A 1 >");
-        check(Giving([&] { return fGetJobOptionsData(fSettings); }));
         check(Giving([&] { return fIsPDFSettingsValid(fSettings); }));
         check(Giving([&] { return fSetSettings(fSettings, refused); }));
         check(Giving([&] { return fSetSettings(fSettings, same); }));
@@ -135,43 +149,103 @@ protected:
         Release(stream);
     }
 
-    // A call that writes the settings into the file "a", which holds "old" before; check is told
+    // A call that changes settings: all or nothing.
+    template <class Check>
+    void CheckChangingCall(Check check) {
+        auto* const changes = NewValue<POSDict>("< A 2 B [ ] New x >");
+        PDFSettings* settings = nullptr;
+        auto const set = [&](auto const& endFaults) {
+            POSArray* const errors = fSetSettings(settings, changes);
+            endFaults();
+            AddRef(errors);
+            Release(errors);
+            EXPECT_EQ(errors != nullptr, Text(settings) != fBefore);
+            Release(settings);
+            return errors != nullptr;
+        };
+        check(Call{set, [&] { settings = NewSettings(kText, kSchema); }});
+        Release(changes);
+    }
+
+    // The calls that write settings, with a tail of their own and without. The writer keeps quiet
+    // where its text cannot be made: then the text is one that stands for that, and never a part.
+    template <class Check>
+    void CheckWritingCalls(Check check) {
+        PDFSettings* const plain = NewSettings("<</A 1 /B << /C (y) >> >>setalembicorparams");
+        for (Written const& written :
+             {Written{fSettings, fBefore, ""},
+              Written{plain, Text(plain), "<<\r\n>> setpagedevice\r\n"}}) {
+            check(Call{[&](auto const& endFaults) {
+                BIBPositionableStream* const stream = fGetJobOptionsData(written.fSettings);
+                endFaults();
+                std::string const text = stream == nullptr ? "" : ReadAll(stream);
+                EXPECT_TRUE(text == written.fWhole || text == written.fFailed || stream == nullptr)
+                    << text;
+                return stream != nullptr;
+            }});
+            check(Writing(written.fSettings, [&](bool isDone, std::string const& bytes) {
+                EXPECT_TRUE(bytes == written.fWhole || bytes == (isDone ? written.fFailed : "old"))
+                    << bytes;
+            }));
+        }
+        Release(plain);
+    }
+
+    // A call that writes settings into the file "a", which holds "old" before; check is told
     // whether it succeeded and what the file holds, "(gone)" without one. Its failures are told by
     // its result.
     template <class Check>
-    Call Writing(Check check) {
-        auto const write = [this, check](auto const& endFaults) {
-            BIBError* const error = fWrite(fSettings, fPath);
+    Call Writing(PDFSettings* settings, Check check) {
+        auto const write = [this, settings, check](auto const& endFaults) {
+            BIBError* const error = fWrite(settings, fPath);
             endFaults();
             fErrors.Release(error);
-            check(error == nullptr, fFolder.Names().empty() ? "(gone)" : ReadBytes(fFolder / "a"));
+            std::string const file = fFolder / "a";
+            check(error == nullptr, std::filesystem::exists(file) ? ReadBytes(file) : "(gone)");
             return error == nullptr;
         };
-        return {write, [this] { fFolder.Make("a", "old"); }, /*fIsReported=*/false};
+        return {write, [this] { fFolder.Make("a", "old"); }, Reports::kNone};
     }
 
-    // The writer keeps quiet where its text cannot be made: then the file is empty, and never holds
-    // a part of it.
-    Call WritingAllOrNothing() {
-        return Writing([this](bool isDone, std::string const& bytes) {
-            EXPECT_TRUE(bytes == fBefore || bytes == (isDone ? "" : "old")) << bytes;
-        });
-    }
-
-    // A call for the user's folder.
-    Call GettingFolder() const {
-        return {[this](auto const&) {
+    // A call for the user's folder, which an empty path stands for where it cannot be found out.
+    Call GettingFolder(Reports reports) const {
+        auto const get = [this](auto const& endFaults) {
             BIBSharedBuffer* const folder = fGetFolder();
-            fBuffers.Release(folder);
-            return folder != nullptr;
-        }};
+            endFaults();
+            std::string const path = ReadPath(folder);
+            EXPECT_TRUE(path.empty() || path == fUserFolder) << path;
+            return !path.empty();
+        };
+        return {get, [] {}, reports};
     }
 
     // A call for the list of settings files, which gets shorter where something fails.
     Call GettingList() const {
-        Call call = Giving([this] { return fGetList("W"); });
-        call.fIsReported = false;
-        return call;
+        auto const get = [this](auto const& endFaults) {
+            POSArray* const list = fGetList("W");
+            endFaults();
+            AddRef(list);
+            unsigned long const count = list == nullptr ? 0 : fTables.fArray.Count(list);
+            EXPECT_LE(count, 2U);
+            Release(list);
+            return count == 2;
+        };
+        return {get, [] {}, Reports::kAny};
+    }
+
+    // The path in a buffer, in ASCII, without a mark at its head and a slash at its end. The buffer
+    // goes.
+    std::string ReadPath(BIBSharedBuffer* buffer) const {
+        std::string path;
+        if (buffer != nullptr) {
+            auto const* const units = static_cast<char16_t const*>(fBuffers.GetBuffer(buffer));
+            unsigned long const count = fBuffers.GetSize(buffer) / sizeof(char16_t);
+            for (char16_t const unit : std::u16string_view(units, count)) {
+                path += unit != 0 && unit < 0x80 ? std::string(1, static_cast<char>(unit)) : "";
+            }
+        }
+        fBuffers.Release(buffer);
+        return path.empty() || path.back() != '/' ? path : path.substr(0, path.size() - 1);
     }
 
     // Makes a buffer for the path of a file in the folder.
@@ -201,9 +275,13 @@ protected:
     _t_BIBSharedBuffInterface fBuffers = LoadTable<_t_BIBSharedBuffInterface>(&BIBRuntimeLookup);
     _t_BIBErrorInterface fErrors = LoadTable<_t_BIBErrorInterface>(&BIBRuntimeLookup);
     TemporaryFolder fFolder;
+    EnvironmentVariable fHome{"HOME", fFolder.Path().c_str()};
+    EnvironmentVariable fData{"XDG_DATA_HOME", nullptr};
+    EnvironmentVariable fConfig{"XDG_CONFIG_HOME", nullptr};
     PDFSettings* fSettings = nullptr;
     BIBSharedBuffer* fPath = nullptr;
     std::string fBefore;
+    std::string fUserFolder;
     bool fIsLasting = false; // all later uses fail too
     PDFSettingsNewFromFileProc fNewFromFile = nullptr;
     PDFSettingsIsDirtyProc fIsDirty = nullptr;
@@ -236,9 +314,11 @@ private:
         resource.fFail(n, andAllLater);
         bool const isDone = call.fWork(endFaults);
         endFaults();
-        if (call.fIsReported) {
-            EXPECT_EQ(isDone ? 0U : 1U, fLog.fMessages.size()) << n;
+        if (call.fReports != Reports::kAny) {
+            bool const isReported = !isDone && call.fReports == Reports::kOne;
+            EXPECT_EQ(isReported ? 1U : 0U, fLog.fMessages.size()) << n;
         }
+        swept.fFaults += end - start >= n ? 1 : 0;
         swept.fFailures += isDone ? 0 : 1;
         swept.fLeaks += live == bibrt::CountLive() ? 0 : 1;
         EXPECT_TRUE(Do(call)) << n;
