@@ -9,9 +9,9 @@ namespace support {
 namespace {
 
 constexpr Resource kRuntime{
-    [] { return FaultyRuntime::gFaults.Count(); },
+    [] { return FaultyRuntime::fFaults.Count(); },
     [](unsigned long n, bool andAllLater) {
-        n == 0 ? FaultyRuntime::gFaults.Disarm() : FaultyRuntime::gFaults.Arm(n, andAllLater);
+        n == 0 ? FaultyRuntime::fFaults.Disarm() : FaultyRuntime::fFaults.Arm(n, andAllLater);
     }};
 
 constexpr Resource kSystem{&CountSystemCalls, &FailSystemCall};

@@ -33,6 +33,26 @@ double NumberIn(Settings const& settings) {
     return *settings.Values().Get("A")->If<double>();
 }
 
+// What work throws; nothing for success.
+template <class Work>
+std::string MessageOf(Work work) {
+    try {
+        work();
+    } catch (Error const& error) {
+        return error.what();
+    }
+    return "";
+}
+
+// Does nothing where another thread runs the component.
+void UseComponentIfFree(int number) {
+    std::string const message = MessageOf([&] {
+        Component const component;
+        EXPECT_EQ(number, NumberIn(Settings::FromText(component, TextWith(number))));
+    });
+    EXPECT_TRUE(message.empty() || message.find("in use already") != std::string::npos) << message;
+}
+
 // The whole way of one file, and what can go wrong on it.
 void UseSettings(Component const& component, std::string const& path, int number) {
     Settings settings = Settings::FromText(component, TextWith(number), kSchema);
@@ -43,8 +63,8 @@ void UseSettings(Component const& component, std::string const& path, int number
     settings.Write(path);
     EXPECT_FALSE(settings.IsDirty());
     EXPECT_EQ(number + 0.5, NumberIn(Settings::FromFile(component, path)));
-    EXPECT_THROW(Settings::FromText(component, "<</A"), Error);
-    EXPECT_THROW(Schema::FromText(component, "<"), SchemaError);
+    EXPECT_NE("", MessageOf([&] { Settings::FromText(component, "<</A"); }));
+    EXPECT_NE("", MessageOf([&] { Schema::FromText(component, "<"); }));
     SettingsList::Read(component);
 }
 
@@ -80,12 +100,7 @@ TEST(Threads, MayShareSettings) {
 TEST(Threads, StartAndStopTheComponent) {
     support::DoTogether(kThreads, [](int number) {
         for (int round = 0; round < kRounds; ++round) {
-            try {
-                Component const component;
-                EXPECT_EQ(number, NumberIn(Settings::FromText(component, TextWith(number))));
-            } catch (Error const& error) {
-                EXPECT_NE(std::string::npos, std::string(error.what()).find("in use already"));
-            }
+            UseComponentIfFree(number);
         }
     });
 }

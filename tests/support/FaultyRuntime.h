@@ -28,7 +28,7 @@ public:
         unregister("NobodysInterface");
     }
 
-    static inline bibrt::FailurePoint gFaults;
+    static inline bibrt::FailurePoint fFaults;
 
 private:
     template <auto Row>
@@ -39,10 +39,10 @@ private:
         static constexpr char const* kInterface = TableNames<Table>::kInterface;
 
         static BIBError* Call(Arguments... arguments) {
-            static auto const table = LoadTable<Table>(&BIBRuntimeLookup);
-            static auto const errors = LoadTable<_t_BIBErrorInterface>(&BIBRuntimeLookup);
-            return gFaults.Attempt() ? errors.GetCoreError(kBRVUnknownError)
-                                     : (table.*Row)(arguments...);
+            static auto const kTable = LoadTable<Table>(&BIBRuntimeLookup);
+            static auto const kErrors = LoadTable<_t_BIBErrorInterface>(&BIBRuntimeLookup);
+            return fFaults.Attempt() ? kErrors.GetCoreError(kBRVUnknownError)
+                                     : (kTable.*Row)(arguments...);
         }
     };
 

@@ -50,6 +50,7 @@ using support::Next;
 #pragma GCC visibility push(default)
 extern "C" {
 
+// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name): the system's are reserved
 int open(char const* path, int flags, ...) {
     va_list arguments;
     va_start(arguments, flags);
@@ -116,5 +117,6 @@ dirent* readdir(DIR* folder) {
     dirent* const entry = Next(&readdir, "readdir")(folder);
     return Fails() ? nullptr : entry;
 }
+// NOLINTEND(readability-inconsistent-declaration-parameter-name)
 }
 #pragma GCC visibility pop
