@@ -75,9 +75,9 @@ std::vector<Finding> ReadFindings(Bindings const& tables, POSArray* errors) {
 
 // The settings go before the component that they need.
 struct Settings::State {
-    State(std::shared_ptr<detail::RunningComponent> owner, ::PDFSettings* made)
+    State(std::shared_ptr<detail::RunningComponent> owner, Ref<::PDFSettings> made)
         : fRunning(std::move(owner)),
-          fSettings(detail::Share(detail::Turn(*fRunning).Tables(), made)) {}
+          fSettings(std::move(made)) {}
     ~State() {
         detail::Turn const turn(*fRunning);
         fSettings.reset();
@@ -100,9 +100,11 @@ Settings::FromText(Component const& component, std::string_view text, std::strin
     Bindings const& tables = turn.Tables();
     Ref<BIBPositionableStream> const stream = MakeStream(tables, text);
     char const* const schemaText = detail::WholeText(schema);
-    ::PDFSettings* const made = ReportedCall(
-        "NewFromStream", [&] { return tables.settings.NewFromStream(stream.get(), schemaText); });
-    return Settings(std::make_unique<State>(component.fRunning, made));
+    Ref<::PDFSettings> made =
+        detail::Share(tables, ReportedCall("NewFromStream", [&] {
+                          return tables.settings.NewFromStream(stream.get(), schemaText);
+                      }));
+    return Settings(std::make_unique<State>(component.fRunning, std::move(made)));
 }
 
 Settings
@@ -112,10 +114,12 @@ Settings::FromFile(Component const& component, std::string const& path, std::str
     detail::BufferRef const buffer = detail::MakePath(tables, path);
     char const* const schemaText = detail::WholeText(schema);
     auto const open = [&] { return tables.settings.NewFromFile(buffer.get(), schemaText); };
-    ::PDFSettings* const made = FileCall(
-        [&] { return ReportedCall("NewFromFile", open); },
-        [&path] { return detail::WhyUnreadable(path); });
-    return Settings(std::make_unique<State>(component.fRunning, made));
+    Ref<::PDFSettings> made = detail::Share(
+        tables,
+        FileCall(
+            [&] { return ReportedCall("NewFromFile", open); },
+            [&path] { return detail::WhyUnreadable(path); }));
+    return Settings(std::make_unique<State>(component.fRunning, std::move(made)));
 }
 
 Settings Settings::FromValues(
@@ -124,9 +128,11 @@ Settings Settings::FromValues(
     Bindings const& tables = turn.Tables();
     Ref<POSDict> const dict = detail::BuildValues(tables, values);
     char const* const schemaText = detail::WholeText(schema);
-    ::PDFSettings* const made = ReportedCall(
-        "NewFromDict", [&] { return tables.settings.NewFromDict(dict.get(), schemaText); });
-    return Settings(std::make_unique<State>(component.fRunning, made));
+    Ref<::PDFSettings> made =
+        detail::Share(tables, ReportedCall("NewFromDict", [&] {
+                          return tables.settings.NewFromDict(dict.get(), schemaText);
+                      }));
+    return Settings(std::make_unique<State>(component.fRunning, std::move(made)));
 }
 
 Dictionary Settings::Values() const {

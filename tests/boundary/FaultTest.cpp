@@ -82,4 +82,21 @@ TEST_F(SystemFaults, GiveNoFolderAndShorterLists) {
     ExpectCleanFailures(kSystem, GettingList());
 }
 
+// Without a folder in the environment, that of the password database is the user's.
+TEST_F(SystemFaults, GiveNoFolderWithoutAHome) {
+    EnvironmentVariable const home("HOME", nullptr);
+    SetHomeInDatabase(fFolder.Path());
+    ExpectCleanFailures(kSystem, GettingFolder(Reports::kAny), 1);
+    SetHomeInDatabase("");
+}
+
+TEST_F(SystemFaults, MakeNoSettingsFromFilesOfTheCurrentFolder) {
+    std::filesystem::path const before = std::filesystem::current_path();
+    std::filesystem::current_path(fFolder.Path());
+    BIBSharedBuffer* const path = NewBuffer(u"a");
+    ExpectCleanFailures(kSystem, Giving([&] { return fNewFromFile(path, kSchema); }));
+    fBuffers.Release(path);
+    std::filesystem::current_path(before);
+}
+
 } // namespace support

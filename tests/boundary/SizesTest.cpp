@@ -33,6 +33,14 @@ TEST_F(Sizes, AMillionKeys) {
     ExpectSameText(text + ">> setalembicorparams\r\ntail");
 }
 
+TEST_F(Sizes, AnArrayOfAMillionElements) {
+    std::string text = "<<\r\n  /A [\r\n";
+    for (int number = 0; number < 1'000'000; ++number) {
+        text += "    " + std::to_string(number) + "\r\n";
+    }
+    ExpectSameText(text + "  ]\r\n>> setalembicorparams\r\ntail");
+}
+
 TEST_F(Sizes, AFileOfAHundredMegabytes) {
     std::string text = "<<\r\n  /A 1\r\n>> setalembicorparams\r\n";
     text.resize(100'000'000, 't');

@@ -251,7 +251,10 @@ protected:
     // Makes a buffer for the path of a file in the folder.
     BIBSharedBuffer* NewPath(std::string const& name) const {
         std::string const path = fFolder / name;
-        std::u16string const units(path.begin(), path.end());
+        return NewBuffer(std::u16string(path.begin(), path.end()));
+    }
+
+    BIBSharedBuffer* NewBuffer(std::u16string const& units) const {
         unsigned long const size = units.size() * sizeof(char16_t);
         BIBSharedBuffer* const buffer =
             fBuffers.NewBuffer(size, nullptr, nullptr, nullptr, nullptr);

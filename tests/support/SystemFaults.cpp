@@ -16,6 +16,7 @@ namespace support {
 namespace {
 
 bibrt::FailurePoint gFaults;
+std::string gHome; // in the password database
 
 // The call that this one stands before.
 template <class Proc>
@@ -41,9 +42,14 @@ void FailSystemCall(unsigned long n, bool andAllLater) {
     n == 0 ? gFaults.Disarm() : gFaults.Arm(n, andAllLater);
 }
 
+void SetHomeInDatabase(std::string home) {
+    gHome = std::move(home);
+}
+
 } // namespace support
 
 using support::Fails;
+using support::gHome;
 using support::Next;
 
 // The program exports these, so that they stand before the system's for every library as well.
@@ -106,7 +112,12 @@ int getpwuid_r(uid_t user, passwd* entry, char* buffer, size_t size, passwd** re
         *result = nullptr;
         return errno;
     }
-    return Next(&getpwuid_r, "getpwuid_r")(user, entry, buffer, size, result);
+    if (gHome.empty()) {
+        return Next(&getpwuid_r, "getpwuid_r")(user, entry, buffer, size, result);
+    }
+    entry->pw_dir = gHome.data();
+    *result = entry;
+    return 0;
 }
 
 DIR* opendir(char const* path) {

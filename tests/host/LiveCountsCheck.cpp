@@ -1,0 +1,24 @@
+// Every test of the program gives back all that it had of the runtime.
+
+#include <gtest/gtest.h>
+
+#include "runtime/Diagnostics.h"
+
+namespace {
+
+class LiveCountsCheck : public testing::EmptyTestEventListener {
+    void OnTestStart(testing::TestInfo const& /*test*/) override { fBefore = bibrt::CountLive(); }
+    void OnTestEnd(testing::TestInfo const& /*test*/) override {
+        EXPECT_EQ(fBefore, bibrt::CountLive());
+    }
+
+    bibrt::LiveCounts fBefore{};
+};
+
+// The list of listeners takes it over.
+[[maybe_unused]] bool const kIsAdded = [] {
+    testing::UnitTest::GetInstance()->listeners().Append(new LiveCountsCheck);
+    return true;
+}();
+
+} // namespace
