@@ -12,11 +12,13 @@ class RunningComponent;
 
 // The component, loaded and started. Settings are made with one, see Settings. A process runs the
 // component once at a time; it may be started again after it was stopped. It stops when this object
-// and all Settings that were made with it are gone.
+// and all Settings that were made with it are gone, and stays loaded. At the latest it stops when
+// the program ends: objects that are destroyed after that throw Error when they are used.
 //
 // Threads: this object and all its Settings may be used from any thread. Calls into the component
 // come one after the other, so a long one keeps the others waiting. No object may be moved or
-// destroyed while another thread uses it.
+// destroyed while another thread uses it. A process that was made by fork() while another thread
+// was in a call must not use them: that thread's call never ends there.
 class Component {
 public:
     // Loads the component from path and starts it on the runtime. Without a path it is the file

@@ -73,20 +73,21 @@ std::vector<Finding> ReadFindings(Bindings const& tables, POSArray* errors) {
 
 } // namespace
 
-// The settings go before the component that they need.
+// Belongs to the component, which may end before.
 struct Settings::State {
+    // REQUIRES: the caller has its Turn.
     State(std::shared_ptr<detail::RunningComponent> owner, Ref<::PDFSettings> made)
         : fRunning(std::move(owner)),
-          fSettings(std::move(made)) {}
-    ~State() {
-        detail::Turn const turn(*fRunning);
-        fSettings.reset();
-    }
+          fSettings(fRunning->Own(std::move(made))) {}
+    ~State() { fRunning->GiveBack(fSettings); }
     State(State const&) = delete;
     State& operator=(State const&) = delete;
 
+    // REQUIRES: the caller has its Turn.
+    ::PDFSettings* Get() const noexcept { return fSettings->get(); }
+
     std::shared_ptr<detail::RunningComponent> fRunning;
-    Ref<::PDFSettings> fSettings;
+    detail::RunningComponent::OwnedSettings::iterator fSettings;
 };
 
 Settings::Settings(std::unique_ptr<State> state) : fState(std::move(state)) {}
@@ -138,10 +139,9 @@ Settings Settings::FromValues(
 Dictionary Settings::Values() const {
     detail::Turn const turn(*fState->fRunning);
     Bindings const& tables = turn.Tables();
-    Ref<POSDict> const dict =
-        detail::Share(tables, ReportedCall("GetSettings", [&] {
-                          return tables.settings.GetSettings(fState->fSettings.get());
-                      }));
+    Ref<POSDict> const dict = detail::Share(tables, ReportedCall("GetSettings", [&] {
+                                                return tables.settings.GetSettings(fState->Get());
+                                            }));
     return detail::ReadValues(tables, dict.get());
 }
 
@@ -150,7 +150,7 @@ std::string Settings::Text() const {
     Bindings const& tables = turn.Tables();
     Ref<BIBPositionableStream> const stream =
         detail::Share(tables, ReportedCall("GetJobOptionsData", [&] {
-                          return tables.settings.GetJobOptionsData(fState->fSettings.get());
+                          return tables.settings.GetJobOptionsData(fState->Get());
                       }));
     std::string text = detail::ReadStream(tables, stream.get());
     if (IsTextOfAFailure(text)) {
@@ -161,7 +161,7 @@ std::string Settings::Text() const {
 
 bool Settings::IsDirty() const {
     detail::Turn const turn(*fState->fRunning);
-    return turn.Tables().settings.IsDirty(fState->fSettings.get()) != 0;
+    return turn.Tables().settings.IsDirty(fState->Get()) != 0;
 }
 
 void Settings::Write(std::string const& path) {
@@ -174,10 +174,7 @@ void Settings::Write(std::string const& path) {
     std::string const whole = path.find('/') == std::string::npos ? "./" + path : path;
     detail::BufferRef const buffer = detail::MakePath(tables, whole);
     FileCall(
-        [&] {
-            detail::ThrowIfError(
-                tables, tables.settings.Write(fState->fSettings.get(), buffer.get()));
-        },
+        [&] { detail::ThrowIfError(tables, tables.settings.Write(fState->Get(), buffer.get())); },
         [&path] { return detail::WhyUnwritable(path); });
     // The component makes the text once more, and keeps quiet when memory runs out over it.
     if (!HoldsText(path, text)) {
@@ -190,7 +187,7 @@ std::vector<Finding> Settings::Validate() const {
     Bindings const& tables = turn.Tables();
     Ref<POSArray> const errors =
         detail::Share(tables, ReportedCall("IsPDFSettingsValid", [&] {
-                          return tables.settings.IsPDFSettingsValid(fState->fSettings.get());
+                          return tables.settings.IsPDFSettingsValid(fState->Get());
                       }));
     auto findings = ReadFindings(tables, errors.get());
     if (!findings.empty()) {
@@ -205,7 +202,7 @@ std::vector<Finding> Settings::Set(Dictionary const& changes) {
     Ref<POSDict> const dict = detail::BuildValues(tables, changes);
     Ref<POSArray> const errors =
         detail::Share(tables, ReportedCall("SetSettings", [&] {
-                          return tables.settings.SetSettings(fState->fSettings.get(), dict.get());
+                          return tables.settings.SetSettings(fState->Get(), dict.get());
                       }));
     auto findings = ReadFindings(tables, errors.get());
     bool const isChanged = changes.Get("OtherNamespaces") != nullptr;

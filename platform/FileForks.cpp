@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include "platform/FileManager.h"
+#include "platform/FileSizeSignal.h"
 #include "platform/FileStatus.h"
 #include "platform/SystemErrors.h"
 
@@ -135,6 +136,7 @@ OSErr FSWriteFork(
     if (OSErr const error = FSSetForkPosition(forkRefNum, positionMode, offset); error != noErr) {
         return error;
     }
+    platform::FileSizeSignalGuard const guard;
     return TransferAll(count, actualCount, [=](ByteCount done, ByteCount size) {
         return write(forkRefNum, static_cast<char const*>(buffer) + done, size);
     });

@@ -1,6 +1,11 @@
 #include "platform/StackRoom.h"
 
+#include <algorithm>
+#include <fstream>
+#include <limits>
 #include <pthread.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
 namespace platform {
 
@@ -23,6 +28,53 @@ thread_local std::uintptr_t gLimit = 0;
 // Those of the thread; both 0 before they are known.
 thread_local Bounds gBounds = {0, 0};
 
+// What the main thread uses of its stack where the process may have only so much memory.
+constexpr std::uintptr_t kGrownRoom = std::uintptr_t{640} * 1024;
+
+std::uintptr_t CurrentAddress() noexcept {
+    return reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
+}
+
+// The bytes of address space that the process may still have; the largest number without a limit.
+std::uintptr_t MemoryLeft() {
+    rlimit limit{};
+    if (getrlimit(RLIMIT_AS, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY) {
+        return std::numeric_limits<std::uintptr_t>::max();
+    }
+    std::uintptr_t pages = 0;
+    std::ifstream("/proc/self/statm") >> pages;
+    std::uintptr_t const used = pages * static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
+    return limit.rlim_cur - std::min<std::uintptr_t>(limit.rlim_cur, used);
+}
+
+// Uses so many bytes of the stack below the caller.
+[[gnu::noinline]] void Touch(std::uintptr_t bytes) noexcept {
+    unsigned char volatile page[2048];
+    page[0] = 0;
+    if (bytes > sizeof page) {
+        Touch(bytes - sizeof page);
+    }
+    page[sizeof page - 1] = 0;
+}
+
+// The stack of the main thread grows when it is used, and a process that may not have the memory is
+// killed then. So where there is a limit, the stack grows at once, while there is memory for it,
+// and no further.
+std::uintptr_t LowestOnMainStack(std::uintptr_t low) noexcept {
+    try {
+        std::uintptr_t const left = MemoryLeft();
+        if (left == std::numeric_limits<std::uintptr_t>::max()) {
+            return low;
+        }
+        std::uintptr_t const here = CurrentAddress();
+        std::uintptr_t const room = left > 4 * kGrownRoom ? kGrownRoom : 0;
+        Touch(std::min(room, here - low));
+        return std::max(low, here - room);
+    } catch (...) {
+        return CurrentAddress();
+    }
+}
+
 Bounds AskForBounds() noexcept {
     pthread_attr_t attributes;
     if (pthread_getattr_np(pthread_self(), &attributes) != 0) {
@@ -33,11 +85,10 @@ Bounds AskForBounds() noexcept {
     bool const known = pthread_attr_getstack(&attributes, &low, &size) == 0;
     pthread_attr_destroy(&attributes);
     auto const start = reinterpret_cast<std::uintptr_t>(low);
-    return known ? Bounds{start, start + size} : Bounds{0, 0};
-}
-
-std::uintptr_t CurrentAddress() noexcept {
-    return reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
+    if (!known) {
+        return {0, 0};
+    }
+    return {gettid() == getpid() ? LowestOnMainStack(start) : start, start + size};
 }
 
 } // namespace

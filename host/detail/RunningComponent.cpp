@@ -1,9 +1,9 @@
 #include "host/detail/RunningComponent.h"
 
-#include "host/Error.h"
 #include "runtime/BIBRuntime.h"
 
 #include <atomic>
+#include <cstdlib>
 #include <dlfcn.h>
 
 namespace pdfsettings::detail {
@@ -11,6 +11,10 @@ namespace pdfsettings::detail {
 namespace {
 
 std::atomic<bool> gClaimed = false;
+
+// The one that stops when the program ends.
+std::mutex gExitLock;
+RunningComponent* gRunning = nullptr;
 
 std::string LastLoaderError() {
     char const* const text = dlerror();
@@ -41,6 +45,10 @@ Module::~Module() {
     dlclose(fHandle);
 }
 
+void Module::KeepLoaded() const noexcept {
+    dlopen(fPath.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NOLOAD | RTLD_NODELETE);
+}
+
 void* Module::FindSymbol(char const* name) const {
     void* const symbol = dlsym(fHandle, name);
     if (symbol == nullptr) {
@@ -49,11 +57,15 @@ void* Module::FindSymbol(char const* name) const {
     return symbol;
 }
 
-// Also a start that failed has to be undone before the component can be started again.
+// Also a start that failed has to be undone before the component can be started again. For that it
+// must have found the procedure that undoes it, which a runtime without memory may not give.
 Start::Start(Module const& module)
     : fTerminate(module.Find<decltype(&PDFSettingsTerminate)>("PDFSettingsTerminate")) {
     auto const initialize = module.Find<decltype(&PDFSettingsInitialize)>("PDFSettingsInitialize");
     ForgetReport();
+    if (BIBRuntimeLookup("BIB", "BIBUnregisterInterface", "BIBUnregisterInterface") == nullptr) {
+        ThrowOutOfMemory();
+    }
     if (initialize(&BIBRuntimeLookup) == 0) {
         fTerminate();
         ThrowReport("the settings component does not start");
@@ -67,7 +79,45 @@ Start::~Start() {
 RunningComponent::RunningComponent(std::string const& path)
     : fModule(path),
       fStart(fModule),
-      fTables(&BIBRuntimeLookup) {}
+      fTables(&BIBRuntimeLookup) {
+    // The component registered the end of its static objects when it was loaded. What is registered
+    // now comes before that, and stays so as long as the component is not loaded anew.
+    fModule.KeepLoaded();
+    static bool const kIsRegistered = std::atexit([] { StopAtExit(); }) == 0;
+    static_cast<void>(kIsRegistered);
+    std::lock_guard const guard(gExitLock);
+    gRunning = this;
+}
+
+RunningComponent::~RunningComponent() {
+    std::lock_guard const guard(gExitLock);
+    gRunning = nullptr;
+}
+
+void RunningComponent::StopAtExit() noexcept {
+    std::lock_guard const guard(gExitLock);
+    if (gRunning != nullptr) {
+        gRunning->Stop();
+    }
+}
+
+void RunningComponent::Stop() noexcept {
+    std::lock_guard const guard(fInUse);
+    fSettings.clear();
+    fStart.reset();
+}
+
+RunningComponent::OwnedSettings::iterator RunningComponent::Own(Ref<::PDFSettings> settings) {
+    fSettings.push_back(std::move(settings));
+    return std::prev(fSettings.end());
+}
+
+void RunningComponent::GiveBack(OwnedSettings::iterator settings) noexcept {
+    std::lock_guard const guard(fInUse);
+    if (fStart) {
+        fSettings.erase(settings);
+    }
+}
 
 long RunningComponent::Version() const {
     return fModule.Find<decltype(&PDFSettingsGetVersion)>("PDFSettingsGetVersion")();

@@ -1,10 +1,14 @@
 // One start of the component, from the loading of its file to its stop.
 #pragma once
 
+#include "host/Error.h"
 #include "host/detail/Bindings.h"
+#include "host/detail/Ref.h"
 #include "host/detail/ReportChannel.h"
 
+#include <list>
 #include <mutex>
+#include <optional>
 #include <string>
 
 namespace pdfsettings::detail {
@@ -34,6 +38,9 @@ public:
         return reinterpret_cast<Proc>(FindSymbol(name));
     }
 
+    // Keeps the component loaded until the program ends, whoever closes it.
+    void KeepLoaded() const noexcept;
+
 private:
     void* FindSymbol(char const* name) const;
 
@@ -54,32 +61,53 @@ private:
     decltype(&PDFSettingsTerminate) fTerminate;
 };
 
-// All of it. Whatever uses the tables holds a share of it, so that the component stays
-// loaded until the last object that belongs to it is gone.
+// All of it. Whatever uses the tables holds a share of it, so that the component runs until the
+// last object that belongs to it is gone, or until the program ends: then it stops before its own
+// static objects are destroyed, and what is destroyed later finds it stopped.
 class RunningComponent {
 public:
-    // Throws Error; nothing stays loaded or started then.
+    // Throws Error; nothing stays started then.
     explicit RunningComponent(std::string const& path);
+    ~RunningComponent();
+    RunningComponent(RunningComponent const&) = delete;
+    RunningComponent& operator=(RunningComponent const&) = delete;
+
+    using OwnedSettings = std::list<Ref<::PDFSettings>>;
+
+    // Takes settings over until they are given back. REQUIRES: the caller has its Turn.
+    OwnedSettings::iterator Own(Ref<::PDFSettings> settings);
+
+    // Releases settings. Waits for other threads. Does nothing when the component has stopped.
+    void GiveBack(OwnedSettings::iterator settings) noexcept;
 
     long Version() const;
 
 private:
     friend class Turn;
 
+    static void StopAtExit() noexcept;
+    void Stop() noexcept;
+
     std::recursive_mutex fInUse;
     Claim fClaim;
     ReportChannel fReports;
     Module fModule;
-    Start fStart;
+    std::optional<Start> fStart; // none when it has stopped
     Bindings fTables;
+    OwnedSettings fSettings;
 };
 
 // The right to call the component and the runtime, which one thread has at a time: the component
 // itself locks nothing. A thread that has it may take it again.
 class Turn {
 public:
-    // Waits for the other threads. REQUIRES: running outlives this.
-    explicit Turn(RunningComponent& running) : fGuard(running.fInUse), fTables(running.fTables) {}
+    // Waits for the other threads. Throws Error when the component has stopped.
+    // REQUIRES: running outlives this.
+    explicit Turn(RunningComponent& running) : fGuard(running.fInUse), fTables(running.fTables) {
+        if (!running.fStart) {
+            throw Error("the settings component has stopped: the program is ending");
+        }
+    }
 
     Bindings const& Tables() const noexcept { return fTables; }
 

@@ -1,6 +1,7 @@
 #include "host/detail/SystemCalls.h"
 
 #include "host/Error.h"
+#include "platform/FileSizeSignal.h"
 
 #include <cerrno>
 #include <system_error>
@@ -25,6 +26,7 @@ Descriptor::~Descriptor() {
 }
 
 void WriteAll(Descriptor const& file, std::string_view bytes) {
+    platform::FileSizeSignalGuard const guard;
     while (!bytes.empty()) {
         ssize_t const written = write(file.Number(), bytes.data(), bytes.size());
         if (written < 0 && errno == EINTR) {

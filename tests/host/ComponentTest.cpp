@@ -3,6 +3,10 @@
 #include "host/Error.h"
 #include "host/Settings.h"
 
+#include "runtime/Diagnostics.h"
+
+#include <cstdio>
+#include <cstdlib>
 #include <gtest/gtest.h>
 #include <optional>
 
@@ -20,6 +24,21 @@ std::string StartError(std::string const& path) {
 }
 
 std::string const kText = "<</A 1>>setalembicorparams";
+
+// What is destroyed last in a program may use its settings once more.
+struct Last {
+    ~Last() {
+        try {
+            fSettings->Text();
+            std::fputs("used", stderr);
+        } catch (Error const& error) {
+            std::fputs(error.what(), stderr);
+        }
+    }
+
+    std::optional<Component> fComponent;
+    std::optional<Settings> fSettings;
+};
 
 } // namespace
 
@@ -52,6 +71,38 @@ TEST(Component, RunsUntilTheLastSettingsAreGone) {
     EXPECT_NE(StartError(Component::DefaultPath()), "started");
     settings.reset();
     EXPECT_EQ(StartError(Component::DefaultPath()), "started");
+}
+
+// The component is loaded after the object is made, and so its own static objects end before.
+TEST(ComponentDeathTest, StopsBeforeTheProgramHasEnded) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(
+        {
+            static Last last;
+            last.fComponent.emplace();
+            last.fSettings = Settings::FromText(*last.fComponent, kText);
+            std::exit(0);
+        },
+        testing::ExitedWithCode(0),
+        "the settings component has stopped: the program is ending");
+}
+
+TEST(Component, StartsWholeOrNotAtAll) {
+    bibrt::LiveCounts const live = bibrt::CountLive();
+    int failures = 0;
+    for (bool const andAllLater : {true, false}) {
+        bool isReached = true;
+        for (unsigned long n = 1; isReached; ++n) {
+            unsigned long const start = bibrt::CountAllocations();
+            bibrt::FailAllocation(n, andAllLater);
+            failures += StartError(Component::DefaultPath()) == "started" ? 0 : 1;
+            isReached = bibrt::CountAllocations() - start >= n;
+            bibrt::ResetFailures();
+            EXPECT_EQ(live, bibrt::CountLive()) << n;
+        }
+    }
+    EXPECT_GT(failures, 10);
+    EXPECT_EQ("started", StartError(Component::DefaultPath()));
 }
 
 TEST(Component, AFileThatIsNoComponentIsRefused) {

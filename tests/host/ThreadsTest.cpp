@@ -65,6 +65,10 @@ void UseSettings(Component const& component, std::string const& path, int number
     EXPECT_EQ(number + 0.5, NumberIn(Settings::FromFile(component, path)));
     EXPECT_NE("", MessageOf([&] { Settings::FromText(component, "<</A"); }));
     EXPECT_NE("", MessageOf([&] { Schema::FromText(component, "<"); }));
+    EXPECT_EQ("", MessageOf([&] { Schema::FromText(component, kSchema); }));
+    EXPECT_EQ(
+        number, NumberIn(Settings::FromValues(component, OneEntry("A", double(number)), kSchema)));
+    EXPECT_NE("", SettingsList::UserFolder(component));
     SettingsList::Read(component);
 }
 
@@ -84,6 +88,7 @@ TEST(Threads, EachUseTheirOwnSettingsOfOneComponent) {
 }
 
 TEST(Threads, MayShareSettings) {
+    TemporaryFolder const folder;
     Component const component;
     Settings settings = Settings::FromText(component, TextWith(0), kSchema);
     support::DoTogether(kThreads, [&](int number) {
@@ -92,6 +97,8 @@ TEST(Threads, MayShareSettings) {
             double const found = NumberIn(settings);
             EXPECT_TRUE(found >= 0 && found < kThreads) << found;
             EXPECT_NE(std::string::npos, settings.Text().find("/B"));
+            settings.Write(folder / std::to_string(number));
+            settings.IsDirty();
         }
     });
 }

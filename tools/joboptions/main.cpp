@@ -15,6 +15,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <csignal>
 #include <fmt/format.h>
 #include <memory>
 #include <string>
@@ -126,6 +127,8 @@ private:
 } // namespace joboptions
 
 int main(int argc, char** argv) {
+    // Output beyond the limit on the size of files fails like any other that cannot be written.
+    std::signal(SIGXFSZ, SIG_IGN);
     try {
         return static_cast<int>(joboptions::Program().Run(argc, argv));
     } catch (std::exception const& error) {
