@@ -1,7 +1,5 @@
 #include "bib/BIBContainer.h"
 
-#include <utility>
-
 namespace BIB_T_NMT {
 
 CBIBCPPCheck::CBIBCPPCheck() noexcept : fValue(kConstructed) {

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <utility>
 
 #include "api/BIBContainerInterface.h"
 #include "bib/BIBInterfaceClient.h"
@@ -115,7 +116,12 @@ public:
     // The same, but the copy of an invalid handle is an invalid handle.
     BIBContainerBaseGeneric(BIBContainerBaseGeneric const& other);
 
+    // Takes the reference over and leaves an invalid handle.
+    BIBContainerBaseGeneric(BIBContainerBaseGeneric&& other) noexcept
+        : fContainer(std::exchange(other.fContainer, nullptr)) {}
+
     BIBContainerBaseGeneric& operator=(BIBContainerBaseGeneric const&) = delete;
+    BIBContainerBaseGeneric& operator=(BIBContainerBaseGeneric&&) = delete;
 
     ~BIBContainerBaseGeneric() { CBIBContainer::Release(fContainer); }
 
@@ -147,12 +153,20 @@ public:
         : BIBContainerBaseGeneric(reinterpret_cast<BIBContainer*>(container)) {}
 
     TBIBContainerBase(TBIBContainerBase const&) = default;
+    TBIBContainerBase(TBIBContainerBase&&) noexcept = default;
     ~TBIBContainerBase() = default;
 
     TBIBContainerBase& operator=(TBIBContainerBase const& other) {
         // The new reference is taken before the old one goes: the two may be one container.
         TBIBContainerBase copy(other);
         swap(copy);
+        return *this;
+    }
+
+    // Leaves an invalid handle.
+    TBIBContainerBase& operator=(TBIBContainerBase&& other) noexcept {
+        TBIBContainerBase taken(std::move(other));
+        swap(taken);
         return *this;
     }
 

@@ -19,6 +19,18 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_L
     add_compile_options(-Wno-restrict)
 endif()
 
+# Lets a release of the two libraries be optimized as wholes: they spend their time in many small
+# functions of many files. The objects hold ordinary code too, which programs link: the unit tests put
+# functions of their own in the place of some.
+set(PDFSETTINGS_IS_WHOLE "$<AND:$<CONFIG:Release>,$<CXX_COMPILER_ID:GNU>>")
+add_link_options("$<${PDFSETTINGS_IS_WHOLE}:-fno-lto>")
+
+function(pdfsettings_optimize_as_whole target)
+    target_compile_options(${target} PRIVATE
+        "$<${PDFSETTINGS_IS_WHOLE}:-flto=auto;-ffat-lto-objects>")
+    target_link_options(${target} PRIVATE "$<${PDFSETTINGS_IS_WHOLE}:-flto=auto>")
+endfunction()
+
 if(PDFSETTINGS_SANITIZE)
     list(JOIN PDFSETTINGS_SANITIZE "," sanitizers)
     add_compile_options(

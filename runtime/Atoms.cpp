@@ -1,11 +1,13 @@
 #include "runtime/Atoms.h"
 
+#include <cstdint>
 #include <cstring>
-#include <functional>
 #include <mutex>
 #include <new>
+#include <utility>
 
 #include "runtime/Boundary.h"
+#include "runtime/Counting.h"
 #include "runtime/Memory.h"
 #include "runtime/Tables.h"
 
@@ -15,6 +17,37 @@ namespace {
 
 constexpr std::size_t kFirstBuckets = 256;
 constexpr unsigned long kMaxReleased = 1024;
+
+// A hash of a text. Most are short, and what counts is that there is nothing to set up.
+std::size_t HashOf(std::string_view text) noexcept {
+    constexpr std::uint64_t kFactor = 0x9E3779B97F4A7C15U;
+    constexpr std::size_t kWordSize = sizeof(std::uint64_t);
+    std::uint64_t hash = text.size();
+    auto const add = [&hash](std::uint64_t word) {
+        hash = (hash ^ word) * kFactor;
+        hash ^= hash >> 32;
+    };
+    auto const wordAt = [text](std::size_t offset) {
+        std::uint64_t word = 0;
+        std::memcpy(&word, text.data() + offset, kWordSize);
+        return word;
+    };
+    std::size_t offset = 0;
+    for (; offset + kWordSize < text.size(); offset += kWordSize) {
+        add(wordAt(offset));
+    }
+    if (text.size() >= kWordSize) {
+        // The last word may hold bytes of the one before.
+        add(wordAt(text.size() - kWordSize));
+        return hash;
+    }
+    std::uint64_t word = 0;
+    for (char const c : text) {
+        word = word << 8 | static_cast<unsigned char>(c);
+    }
+    add(word);
+    return hash;
+}
 
 // The table of all atoms. Counts fall to zero and rise from it under the lock only, so that an atom
 // that is found cannot be on its way out.
@@ -50,6 +83,23 @@ private:
     unsigned long fReleased = 0;
 };
 
+// Changes a count that stays above zero by that: one above floor. False where it is not, which is
+// the table's business.
+bool ChangeSharedCount(BIBStringAtom& atom, long floor, long change) noexcept {
+    std::atomic_ref const refs(atom.fRefs);
+    long before = refs.load(std::memory_order_relaxed);
+    if (before > floor && HasOneThread()) {
+        refs.store(before + change, std::memory_order_relaxed);
+        return true;
+    }
+    while (before > floor) {
+        if (refs.compare_exchange_weak(before, before + change, std::memory_order_release)) {
+            return true;
+        }
+    }
+    return false;
+}
+
 // Never destroyed: atoms may be released by whatever runs last in the process.
 AtomTable& Table() {
     static auto* const kTable = new AtomTable;
@@ -65,8 +115,8 @@ BIBStringAtom* AtomTable::Search(std::string_view text, std::size_t hash) noexce
 }
 
 BIBStringAtom* AtomTable::Intern(std::string_view text) {
-    std::size_t const hash = std::hash<std::string_view>()(text);
-    std::lock_guard const guard(fLock);
+    std::size_t const hash = HashOf(text);
+    ThreadGuard const guard(fLock);
     BIBStringAtom* atom = Search(text, hash);
     if (!atom) {
         atom = Create(text, hash);
@@ -76,8 +126,8 @@ BIBStringAtom* AtomTable::Intern(std::string_view text) {
 }
 
 BIBStringAtom const* AtomTable::Find(std::string_view text) noexcept {
-    std::size_t const hash = std::hash<std::string_view>()(text);
-    std::lock_guard const guard(fLock);
+    std::size_t const hash = HashOf(text);
+    ThreadGuard const guard(fLock);
     return Search(text, hash);
 }
 
@@ -130,24 +180,24 @@ void AtomTable::Retain(BIBStringAtom& atom) noexcept {
     if (atom.fIsImmortal) {
         return;
     }
-    if (atom.fRefs.fetch_add(1, std::memory_order_relaxed) == 0) {
+    if (AddTo(std::atomic_ref(atom.fRefs), 1L) == 0) {
         ++fLive;
         Unpark(atom);
     }
 }
 
 void AtomTable::AddFromZero(BIBStringAtom& atom) noexcept {
-    std::lock_guard const guard(fLock);
+    ThreadGuard const guard(fLock);
     Retain(atom);
 }
 
 void AtomTable::DropToZero(BIBStringAtom& atom) noexcept {
-    std::lock_guard const guard(fLock);
-    long const before = atom.fRefs.load(std::memory_order_relaxed);
-    if (before <= 0) {
+    ThreadGuard const guard(fLock);
+    std::atomic_ref const refs(atom.fRefs);
+    if (refs.load(std::memory_order_relaxed) <= 0) {
         return;
     }
-    if (atom.fRefs.fetch_sub(1, std::memory_order_acq_rel) != 1) {
+    if (refs.fetch_sub(1, std::memory_order_acq_rel) != 1) {
         return;
     }
     --fLive;
@@ -187,14 +237,14 @@ void AtomTable::Evict(BIBStringAtom& atom) noexcept {
 }
 
 void AtomTable::MakeImmortal(BIBStringAtom& atom) noexcept {
-    std::lock_guard const guard(fLock);
+    ThreadGuard const guard(fLock);
     if (!std::exchange(atom.fIsImmortal, true)) {
         --fLive;
     }
 }
 
 unsigned long AtomTable::CountLive() noexcept {
-    std::lock_guard const guard(fLock);
+    ThreadGuard const guard(fLock);
     return fLive;
 }
 
@@ -236,26 +286,18 @@ void AddAtomRef(BIBStringAtom* atom) noexcept {
     if (!atom || atom->fIsImmortal) {
         return;
     }
-    long refs = atom->fRefs.load(std::memory_order_relaxed);
-    while (refs > 0) {
-        if (atom->fRefs.compare_exchange_weak(refs, refs + 1, std::memory_order_relaxed)) {
-            return;
-        }
+    if (!ChangeSharedCount(*atom, 0, 1)) {
+        Table().AddFromZero(*atom);
     }
-    Table().AddFromZero(*atom);
 }
 
 void ReleaseAtom(BIBStringAtom* atom) noexcept {
     if (!atom || atom->fIsImmortal) {
         return;
     }
-    long refs = atom->fRefs.load(std::memory_order_relaxed);
-    while (refs > 1) {
-        if (atom->fRefs.compare_exchange_weak(refs, refs - 1, std::memory_order_release)) {
-            return;
-        }
+    if (!ChangeSharedCount(*atom, 1, -1)) {
+        Table().DropToZero(*atom);
     }
-    Table().DropToZero(*atom);
 }
 
 BIBStringAtom* AtomOfText(char const* text) noexcept {

@@ -5,7 +5,6 @@
 // again. Everything here is thread safe.
 #pragma once
 
-#include <atomic>
 #include <cstddef>
 #include <string_view>
 #include <utility>
@@ -14,7 +13,7 @@
 
 // The text and its closing NUL stand behind the structure. All but the count belongs to the table.
 struct BIBStringAtom {
-    std::atomic<long> fRefs;
+    long fRefs;
     BIBStringAtom* fNextInBucket;
     BIBStringAtom* fNewer; // among the released atoms
     BIBStringAtom* fOlder;

@@ -1,5 +1,7 @@
 #include "runtime/Container.h"
 
+#include "runtime/Counting.h"
+
 namespace bibrt {
 
 constinit ContainerType gHostContainerType = {
@@ -10,7 +12,7 @@ constinit ContainerType gHostContainerType = {
 
 namespace {
 
-constinit std::atomic<unsigned long> gLiveContainers{0};
+constinit Counter gLiveContainers;
 
 // The containers that this thread has still to destroy, and whether it is at it.
 struct Doomed {
@@ -38,7 +40,12 @@ void Destroy(BIBContainer* container) noexcept {
 // Takes one reference off if there is any; how many there were.
 long TakeRef(BIBContainer* container) noexcept {
     std::atomic_ref const refs(container->fRefs);
-    long before = refs.load(std::memory_order_relaxed);
+    long before = refs.load(std::memory_order_acquire);
+    // The last reference is nobody else's, and no locked instruction is needed for it.
+    if (before == 1 || HasOneThread()) {
+        refs.store(before > 0 ? before - 1 : before, std::memory_order_relaxed);
+        return before;
+    }
     while (before > 0 &&
            !refs.compare_exchange_weak(before, before - 1, std::memory_order_acq_rel)) {
     }
@@ -63,7 +70,7 @@ bool AddContainerRef(BIBContainer* container) noexcept {
     if (!container || container->fIsInvalid) {
         return false;
     }
-    std::atomic_ref(container->fRefs).fetch_add(1, std::memory_order_relaxed);
+    AddTo(std::atomic_ref(container->fRefs), 1L);
     return true;
 }
 
@@ -115,7 +122,7 @@ bool FindInstance(
 }
 
 unsigned long CountLiveContainers() noexcept {
-    return gLiveContainers.load(std::memory_order_relaxed);
+    return gLiveContainers.Get();
 }
 
 } // namespace bibrt
@@ -123,7 +130,7 @@ unsigned long CountLiveContainers() noexcept {
 BIBContainer::BIBContainer(bibrt::ContainerType const& type) noexcept
     : fPrimary{type.fInstanceName, type.fSignature, type.fInstanceName ? this : nullptr},
       fType(&type) {
-    bibrt::gLiveContainers.fetch_add(1, std::memory_order_relaxed);
+    bibrt::gLiveContainers.Up();
 }
 
 BIBContainer::~BIBContainer() {
@@ -134,5 +141,5 @@ BIBContainer::~BIBContainer() {
     }
     bibrt::ReleaseAtom(bibrt::AtomOfText(fPrimary.instanceName));
     bibrt::ReleaseAtom(bibrt::AtomOfText(fPrimary.signature));
-    bibrt::gLiveContainers.fetch_sub(1, std::memory_order_relaxed);
+    bibrt::gLiveContainers.Down();
 }

@@ -11,7 +11,7 @@ namespace {
 
 constexpr char const* kComponent = "BIB";
 
-constinit std::atomic<unsigned long> gLiveErrors{0};
+constinit Counter gLiveErrors;
 
 // Set at the start, before any row can be reached, and never freed.
 BIBError* gUnknownError = nullptr;
@@ -25,7 +25,7 @@ void MakeCoreError(BIBError*& slot, char const* message, BRVErrorID id) {
     BIBStringAtom* const component = AtomOfText(InternForever(kComponent));
     slot = new BIBError(AtomRef(text), AtomRef(component), id);
     slot->fIsImmortal = true;
-    gLiveErrors.fetch_sub(1, std::memory_order_relaxed);
+    gLiveErrors.Down();
 }
 
 BIBError* MakeError(char const* message, char const* component, long id) {
@@ -114,7 +114,7 @@ void StartErrors() {
 }
 
 unsigned long CountLiveErrors() noexcept {
-    return gLiveErrors.load(std::memory_order_relaxed);
+    return gLiveErrors.Get();
 }
 
 BIBRT_DEFINE_TABLE(
@@ -126,10 +126,10 @@ BIBError::BIBError(bibrt::AtomRef message, bibrt::AtomRef component, long id) no
     : fMessage(std::move(message)),
       fComponent(std::move(component)),
       fID(id) {
-    bibrt::gLiveErrors.fetch_add(1, std::memory_order_relaxed);
+    bibrt::gLiveErrors.Up();
 }
 
 BIBError::~BIBError() {
     bibrt::CallDeleteProc(fInfoFreeProc, fInfo);
-    bibrt::gLiveErrors.fetch_sub(1, std::memory_order_relaxed);
+    bibrt::gLiveErrors.Down();
 }

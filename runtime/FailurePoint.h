@@ -4,6 +4,8 @@
 #include <atomic>
 #include <limits>
 
+#include "runtime/Counting.h"
+
 namespace bibrt {
 
 // Thread safe. The usual way past it is one addition and one comparison.
@@ -11,7 +13,7 @@ class FailurePoint {
 public:
     // Counts an attempt. True when it is to fail.
     bool Attempt() noexcept {
-        unsigned long const number = fAttempts.fetch_add(1, std::memory_order_relaxed) + 1;
+        unsigned long const number = fAttempts.Up();
         unsigned long const first = fFirst.load(std::memory_order_relaxed);
         if (number < first) [[likely]] {
             return false;
@@ -20,7 +22,7 @@ public:
     }
 
     // The attempts so far.
-    unsigned long Count() const noexcept { return fAttempts.load(std::memory_order_relaxed); }
+    unsigned long Count() const noexcept { return fAttempts.Get(); }
 
     // Makes the n-th attempt from now fail, or it and all later ones.
     void Arm(unsigned long n, bool andAllLater) noexcept {
@@ -37,7 +39,7 @@ public:
 private:
     static constexpr unsigned long kNever = std::numeric_limits<unsigned long>::max();
 
-    std::atomic<unsigned long> fAttempts{0};
+    Counter fAttempts;
     std::atomic<unsigned long> fFirst{kNever};
     std::atomic<bool> fAllLater{false};
 };

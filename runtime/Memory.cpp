@@ -1,6 +1,10 @@
 #include "runtime/Memory.h"
 
+#include <algorithm>
 #include <cstdlib>
+#include <cstring>
+
+#include "runtime/BlockPool.h"
 
 namespace bibrt {
 
@@ -15,41 +19,72 @@ constexpr std::size_t kMaxBlock = std::size_t(1) << 39;
 
 // Attempts that left no live block behind, and live blocks that were freed. Together with the count
 // of attempts this gives the live ones at the price of one addition for each.
-constinit std::atomic<unsigned long> gEnded{0};
+constinit Counter gEnded;
 
 constinit FailurePoint gAllocationPoint;
 
 void CountEnd() noexcept {
-    gEnded.fetch_add(1, std::memory_order_relaxed);
+    gEnded.Up();
 }
 
 BlockHeader* HeaderOf(void* block) noexcept {
     return static_cast<BlockHeader*>(block) - 1;
 }
 
-// The grown or new raw block behind old (may be null), or null.
-void* RawRealloc(void* old, std::size_t size) noexcept {
-    if (gAllocationPoint.Attempt() || size > kMaxBlock) {
-        return nullptr;
+// Whether a block of size bytes, and what stands in front, comes out of the pool. There, tools that
+// watch memory would not see what is done to a block: builds for them have no pool.
+constexpr bool IsPooled([[maybe_unused]] std::size_t size) noexcept {
+#ifdef BIBRT_BLOCK_POOL
+    return size + sizeof(BlockHeader) <= kMaxPooled;
+#else
+    return false;
+#endif
+}
+
+bool MayAlloc(std::size_t size) noexcept {
+    return !gAllocationPoint.Attempt() && size <= kMaxBlock;
+}
+
+// A block with its header, or null.
+void* NewBlock(std::size_t size) noexcept {
+    std::size_t const whole = size + sizeof(BlockHeader);
+    void* const raw = IsPooled(size) ? AllocPooled(whole) : std::malloc(whole);
+    return raw ? new (raw) BlockHeader{size} + 1 : nullptr;
+}
+
+void DeleteBlock(void* block) noexcept {
+    BlockHeader* const header = HeaderOf(block);
+    IsPooled(header->fSize) ? FreePooled(header) : std::free(header);
+}
+
+void* MoveBlock(void* block, std::size_t size) noexcept {
+    void* const moved = NewBlock(size);
+    if (moved) {
+        std::memcpy(moved, block, std::min(size, BlockSize(block)));
+        DeleteBlock(block);
     }
-    return std::realloc(old, size + sizeof(BlockHeader));
+    return moved;
+}
+
+void* ResizeBlock(void* block, std::size_t size) noexcept {
+    void* const raw = std::realloc(HeaderOf(block), size + sizeof(BlockHeader));
+    return raw ? new (raw) BlockHeader{size} + 1 : nullptr;
 }
 
 } // namespace
 
 void* AllocBlock(std::size_t size) noexcept {
-    void* const raw = RawRealloc(nullptr, size);
-    if (!raw) {
+    void* const block = MayAlloc(size) ? NewBlock(size) : nullptr;
+    if (!block) {
         CountEnd();
-        return nullptr;
     }
-    return new (raw) BlockHeader{size} + 1;
+    return block;
 }
 
 void* AllocResident(std::size_t size) noexcept {
-    void* const block = RawRealloc(nullptr, size);
+    bool const may = MayAlloc(size);
     CountEnd();
-    return block;
+    return may ? std::malloc(size) : nullptr;
 }
 
 void FreeResident(void* block) noexcept {
@@ -60,14 +95,13 @@ void* ReallocBlock(void* block, std::size_t size) noexcept {
     if (!block) {
         return AllocBlock(size);
     }
-    void* const raw = RawRealloc(HeaderOf(block), size);
+    bool const may = MayAlloc(size);
     CountEnd();
-    if (!raw) {
+    if (!may) {
         return nullptr;
     }
-    auto* const header = static_cast<BlockHeader*>(raw);
-    header->fSize = size;
-    return header + 1;
+    bool const isLarge = !IsPooled(size) && !IsPooled(BlockSize(block));
+    return isLarge ? ResizeBlock(block, size) : MoveBlock(block, size);
 }
 
 void FreeBlock(void* block) noexcept {
@@ -75,7 +109,7 @@ void FreeBlock(void* block) noexcept {
         return;
     }
     CountEnd();
-    std::free(HeaderOf(block));
+    DeleteBlock(block);
 }
 
 std::size_t BlockSize(void const* block) noexcept {
@@ -85,7 +119,7 @@ std::size_t BlockSize(void const* block) noexcept {
 unsigned long CountLiveBlocks() noexcept {
     // The ends are read first: a block that ends in between then counts as live, never as less than
     // none.
-    unsigned long const ended = gEnded.load(std::memory_order_relaxed);
+    unsigned long const ended = gEnded.Get();
     unsigned long const attempts = gAllocationPoint.Count();
     return attempts > ended ? attempts - ended : 0;
 }

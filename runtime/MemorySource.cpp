@@ -25,6 +25,48 @@ unsigned long CopyOut(
     return count;
 }
 
+// Bytes in one block that doubles when it is full.
+class GrowingBytes {
+public:
+    GrowingBytes() = default;
+    GrowingBytes(GrowingBytes const&) = delete;
+    GrowingBytes& operator=(GrowingBytes const&) = delete;
+    ~GrowingBytes() { FreeBlock(fBlock); }
+
+    unsigned char const* Begin() const noexcept { return fBlock; }
+    unsigned long Size() const noexcept { return fSize; }
+
+    // Writes all of size bytes at offset, or throws std::bad_alloc and writes nothing. REQUIRES:
+    // offset <= Size(), and the sum of offset and size is in range.
+    void Write(unsigned long offset, unsigned char const* bytes, unsigned long size) {
+        unsigned long const end = offset + size;
+        if (end > fCapacity) {
+            Grow(end);
+        }
+        if (size != 0) {
+            std::memcpy(fBlock + offset, bytes, size);
+        }
+        fSize = std::max(fSize, end);
+    }
+
+private:
+    static constexpr unsigned long kFirstCapacity = 256;
+
+    void Grow(unsigned long wanted) {
+        unsigned long const capacity = std::max({wanted, fCapacity * 2, kFirstCapacity});
+        void* const block = ReallocBlock(fBlock, capacity);
+        if (!block) {
+            throw std::bad_alloc();
+        }
+        fBlock = static_cast<unsigned char*>(block);
+        fCapacity = capacity;
+    }
+
+    unsigned char* fBlock = nullptr;
+    unsigned long fSize = 0;
+    unsigned long fCapacity = 0;
+};
+
 class MemorySource final : public StreamSource {
 public:
     BIBError* ReadAt(
@@ -32,26 +74,23 @@ public:
         unsigned char* buffer,
         unsigned long size,
         unsigned long& bytesRead) override {
-        bytesRead = CopyOut(fBytes.data(), fBytes.size(), offset, buffer, size);
+        bytesRead = CopyOut(fBytes.Begin(), fBytes.Size(), offset, buffer, size);
         return nullptr;
     }
 
     BIBError*
     WriteAt(unsigned long offset, unsigned char const* buffer, unsigned long size) override {
-        unsigned long const over = std::min(size, fBytes.size() - offset);
-        // First what may fail: a write is done as a whole or not at all.
-        fBytes.insert(fBytes.end(), buffer + over, buffer + size);
-        std::copy_n(buffer, over, fBytes.begin() + static_cast<std::ptrdiff_t>(offset));
+        fBytes.Write(offset, buffer, size);
         return nullptr;
     }
 
     BIBError* GetLength(unsigned long& length) override {
-        length = fBytes.size();
+        length = fBytes.Size();
         return nullptr;
     }
 
 private:
-    Vector<unsigned char> fBytes;
+    GrowingBytes fBytes;
 };
 
 class BufferSource final : public StreamSource {

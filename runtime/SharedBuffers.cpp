@@ -9,7 +9,7 @@ namespace bibrt {
 
 namespace {
 
-constinit std::atomic<unsigned long> gLiveBuffers{0};
+constinit Counter gLiveBuffers;
 
 BIBSharedBuffer* NewBuffer(
     unsigned long size,
@@ -70,7 +70,7 @@ void ReleaseBuffer(BIBSharedBuffer* buffer) noexcept {
 }
 
 unsigned long CountLiveBuffers() noexcept {
-    return gLiveBuffers.load(std::memory_order_relaxed);
+    return gLiveBuffers.Get();
 }
 
 BIBRT_DEFINE_TABLE(
@@ -87,10 +87,10 @@ BIBSharedBuffer::BIBSharedBuffer(
     : fData(block ? block : this + 1),
       fSize(size),
       fDeleteProc(deleteProc) {
-    bibrt::gLiveBuffers.fetch_add(1, std::memory_order_relaxed);
+    bibrt::gLiveBuffers.Up();
 }
 
 BIBSharedBuffer::~BIBSharedBuffer() {
     bibrt::CallDeleteProc(fDeleteProc, fData);
-    bibrt::gLiveBuffers.fetch_sub(1, std::memory_order_relaxed);
+    bibrt::gLiveBuffers.Down();
 }

@@ -1,6 +1,8 @@
 #include "source/JoboptionsReader.h"
 
+#include <array>
 #include <cstring>
+#include <string_view>
 
 #include "bib/BIBMemory.h"
 #include "bib/POSArray.h"
@@ -28,29 +30,34 @@ constexpr unsigned long kMaxNameSize = 255;
 
 constexpr char const* kBooleans[] = {"true", "false"};
 
-// Whether c occurs in the text set. Its terminator counts.
-bool IsOneOf(char c, char const* set) noexcept {
-    return std::strchr(set, c) != nullptr;
-}
+// Bytes, each found in one step.
+class CharSet {
+public:
+    explicit constexpr CharSet(std::string_view chars) noexcept {
+        for (char const c : chars) {
+            fHas[static_cast<unsigned char>(c)] = true;
+        }
+    }
+
+    constexpr bool Has(char c) const noexcept { return fHas[static_cast<unsigned char>(c)]; }
+
+private:
+    std::array<bool, 256> fHas{};
+};
 
 // Form feed ends a name and is not skipped between tokens; a zero byte ends a name and is not
 // passed.
-bool IsWhitespace(char c) noexcept {
-    return c == '\0' || IsOneOf(c, "\t\n\f\r ");
-}
+constexpr CharSet kSkipped("\t\n\r %");
+constexpr CharSet kNameEnds(std::string_view("\0\t\n\f\r ()<>[]{}/%", 16));
 
-bool IsDelimiter(char c) noexcept {
-    return c != '\0' && IsOneOf(c, "()<>[]{}/%");
-}
-
-bool IsNameChar(char c) noexcept {
-    return !IsWhitespace(c) && !IsDelimiter(c);
-}
+// The terminator counts as a start, so a value that is missing at the end of the text gets as far
+// as the search for its end.
+constexpr CharSet kNumberStarts(std::string_view("\0-0123456789", 12));
 
 // Where a name or key that begins at first ends. The first byte belongs to it whatever it is.
 char* EndOfName(char* first) noexcept {
     char* end = first + 1;
-    while (IsNameChar(*end)) {
+    while (!kNameEnds.Has(*end)) {
         ++end;
     }
     return end;
@@ -63,8 +70,9 @@ char* EndOfName(char* first) noexcept {
     if (size > kMaxNameSize) {
         throw PDFSettingsParserException();
     }
-    char text[kMaxNameSize + 1] = {};
+    char text[kMaxNameSize + 1];
     std::memcpy(text, first, size);
+    text[size] = '\0';
     return CPOSString(text);
 }
 
@@ -93,7 +101,11 @@ void ThrowInvalidFile() {
 }
 
 bool StandsOn(char const* cursor, char const* literal) noexcept {
-    return std::strncmp(cursor, literal, std::strlen(literal)) == 0;
+    while (*literal != '\0' && *literal == *cursor) {
+        ++literal;
+        ++cursor;
+    }
+    return *literal == '\0';
 }
 
 CPOSBinData MakeBinData(char const* typeName, char const* begin, char const* end) {
@@ -104,14 +116,14 @@ CPOSBinData MakeBinData(char const* typeName, char const* begin, char const* end
 }
 
 void SkipWhiteSpace(char** cursor) {
-    while (**cursor != '\0' && IsOneOf(**cursor, "\t\n\r %")) {
+    while (kSkipped.Has(**cursor)) {
         *cursor += StandsOnByte(*cursor, '%') ? std::strcspn(*cursor, "\r\n") : 1;
     }
 }
 
 CPOSString GetKey(char** cursor) {
     SkipWhiteSpace(cursor);
-    char* const slash = std::strchr(*cursor, '/');
+    char* const slash = StandsOnByte(*cursor, '/') ? *cursor : std::strchr(*cursor, '/');
     if (slash == nullptr) {
         throw PDFSettingsParserException();
     }
@@ -183,9 +195,7 @@ bool IsBoolean(char** cursor, CPOSObject* value) {
 }
 
 bool IsNumber(char** cursor, CPOSObject* value) {
-    // The terminator counts as a start, so a value that is missing at the end of the text gets as
-    // far as the search for its end.
-    if (!IsOneOf(**cursor, "-0123456789")) {
+    if (!kNumberStarts.Has(**cursor)) {
         return false;
     }
     char const* const stop = RequireEnd(FarSearches::EndOfNumber(*cursor));

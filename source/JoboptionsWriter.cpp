@@ -43,20 +43,53 @@ bool Probe(Write write) {
     }
 }
 
-// In few writes: deep nesting writes more blanks than anything else.
-void WriteIndents(unsigned long count, CBIBPositionableStream& stream) {
-    static constexpr char kBlanks[] = "                                ";
-    static_assert(std::string_view(kLevelIndentStr) == "  ");
-    unsigned long left = count * std::strlen(kLevelIndentStr);
-    while (left > 0) {
-        unsigned long const size = std::min(left, std::strlen(kBlanks));
-        stream.Write(static_cast<void const*>(kBlanks), size);
-        left -= size;
+// Puts short pieces together, so that the stream has one write where there would be many. What is
+// larger goes to the stream as it is. REQUIRES: Flush() before the end.
+class Pieces {
+public:
+    explicit Pieces(CBIBPositionableStream const& stream) noexcept : fStream(stream) {}
+    Pieces(Pieces const&) = delete;
+    Pieces& operator=(Pieces const&) = delete;
+    ~Pieces() = default;
+
+    void Add(void const* bytes, unsigned long size) {
+        if (size > sizeof fBytes - fSize) {
+            Flush();
+        }
+        if (size > sizeof fBytes) {
+            fStream.Write(bytes, size);
+            return;
+        }
+        std::memcpy(fBytes + fSize, bytes, size);
+        fSize += size;
     }
-}
+
+    void Add(char const* text) { Add(text, std::strlen(text)); }
+
+    void AddIndents(unsigned long count) {
+        for (unsigned long indent = 0; indent < count; ++indent) {
+            Add(kLevelIndentStr, sizeof kLevelIndentStr - 1);
+        }
+    }
+
+    void Flush() {
+        if (fSize > 0) {
+            fStream.Write(static_cast<void const*>(fBytes), fSize);
+            fSize = 0;
+        }
+    }
+
+private:
+    CBIBPositionableStream const& fStream;
+    unsigned long fSize = 0;
+    char fBytes[256];
+};
+
+// The functions below are out of line, so that their objects do not stand in the frames that a
+// nested value is written from.
 
 // The bytes go out as they came in: whatever escapes they hold are the text's own.
-bool WriteBinData(
+[[gnu::noinline]] bool WriteBinData(
     char const* typeName,
     char const* opening,
     char const* closing,
@@ -66,11 +99,39 @@ bool WriteBinData(
     if (!data.IsValid() || std::strcmp(data.GetTypeName(), typeName) != 0) {
         return false;
     }
-    WriteText(opening, stream);
-    stream.Write(data.GetBinData(), data.GetSize());
-    WriteText(closing, stream);
-    WriteText(kLineEnd, stream);
+    Pieces line(stream);
+    line.Add(opening);
+    line.Add(data.GetBinData(), data.GetSize());
+    line.Add(closing);
+    line.Add(kLineEnd);
+    line.Flush();
     return true;
+}
+
+[[gnu::noinline]] void WriteName(char const* text, CBIBPositionableStream& stream) {
+    Pieces line(stream);
+    line.Add("/");
+    line.Add(text);
+    line.Add(kLineEnd);
+    line.Flush();
+}
+
+[[gnu::noinline]] void
+WriteIndented(char const* text, CBIBPositionableStream& stream, unsigned long level) {
+    Pieces line(stream);
+    line.AddIndents(level);
+    line.Add(text);
+    line.Flush();
+}
+
+[[gnu::noinline]] void
+WriteKey(char const* key, CBIBPositionableStream& stream, unsigned long level) {
+    Pieces line(stream);
+    line.AddIndents(level);
+    line.Add("/");
+    line.Add(key);
+    line.Add(" ");
+    line.Flush();
 }
 
 // The line of a boolean, null for another word. It is written at once: a word that failed half way
@@ -90,13 +151,6 @@ int DecimalsOf(char const* key) noexcept {
     return std::strcmp(key, "SyntheticBoldness") == 0 ? 2 : 0;
 }
 
-void WriteKey(char const* key, CBIBPositionableStream& stream, unsigned long level) {
-    WriteIndents(level, stream);
-    WriteText("/", stream);
-    WriteText(key, stream);
-    WriteText(" ", stream);
-}
-
 void WriteEntry(
     char const* key, CPOSDict const& dict, CBIBPositionableStream& stream, unsigned long level) {
     WriteKey(key, stream, level);
@@ -107,17 +161,10 @@ void WriteEntry(
 }
 
 void WriteElement(CPOSObject const& value, CBIBPositionableStream& stream, unsigned long level) {
-    WriteIndents(level, stream);
+    WriteIndented("", stream, level);
     GetValue(value, stream, level);
 }
 
-void WriteClosing(char const* closing, CBIBPositionableStream& stream, unsigned long level) {
-    WriteIndents(level, stream);
-    WriteText(closing, stream);
-}
-
-// The functions below are out of line, so that their objects do not stand in the frames that a
-// nested value is written from.
 [[noreturn, gnu::noinline]] void ThrowTooDeep() {
     throw NestingException();
 }
@@ -170,9 +217,7 @@ bool IsName(CPOSObject const& value, CBIBPositionableStream& stream) {
         if (!word.IsValid()) {
             return false;
         }
-        WriteText("/", stream);
-        WriteText(word.Get(), stream);
-        WriteText(kLineEnd, stream);
+        WriteName(word.Get(), stream);
         return true;
     });
 }
@@ -225,7 +270,7 @@ bool IsArray(CPOSObject const& value, CBIBPositionableStream& stream, unsigned l
         for (unsigned int index = 0; index < count; ++index) {
             WriteElement(array[index], stream, level + 1);
         }
-        WriteClosing("]\r\n", stream, level);
+        WriteIndented("]\r\n", stream, level);
         return true;
     } catch (NestingException const&) {
         throw;
@@ -245,7 +290,7 @@ bool IsDict(CPOSObject const& value, CBIBPositionableStream& stream, unsigned lo
         for (cursor.Begin(); !cursor.IsDone(); cursor.Next()) {
             WriteEntry(cursor.CurKey(), dict, stream, level + 1);
         }
-        WriteClosing(level == 0 ? ">> setalembicorparams\r\n" : ">>\r\n", stream, level);
+        WriteIndented(level == 0 ? ">> setalembicorparams\r\n" : ">>\r\n", stream, level);
         return true;
     } catch (NestingException const&) {
         throw;

@@ -33,6 +33,18 @@ TEST_F(Sizes, AMillionKeys) {
     ExpectSameText(text + ">> setalembicorparams\r\ntail");
 }
 
+// The key as a value and as an interned text, and the value itself.
+TEST_F(Sizes, AScalarTakesThreeAllocations) {
+    std::string text = "<<";
+    for (int number = 0; number < 10'000; ++number) {
+        text += "/NewKey" + std::to_string(number) + " /some_name\n";
+    }
+    unsigned long const before = bibrt::CountAllocations();
+    PDFSettings* const settings = NewSettings(text + ">>setalembicorparams");
+    EXPECT_LE(bibrt::CountAllocations() - before, 30'100U);
+    Release(settings);
+}
+
 TEST_F(Sizes, AnArrayOfAMillionElements) {
     std::string text = "<<\r\n  /A [\r\n";
     for (int number = 0; number < 1'000'000; ++number) {
