@@ -36,16 +36,18 @@ std::size_t HashOf(std::string_view text) noexcept {
     for (; offset + kWordSize < text.size(); offset += kWordSize) {
         add(wordAt(offset));
     }
+    std::uint64_t last = 0;
     if (text.size() >= kWordSize) {
-        // The last word may hold bytes of the one before.
-        add(wordAt(text.size() - kWordSize));
-        return hash;
+        // It may hold bytes of the one before.
+        last = wordAt(text.size() - kWordSize);
+    } else {
+        for (char const c : text) {
+            last = last << 8 | static_cast<unsigned char>(c);
+        }
     }
-    std::uint64_t word = 0;
-    for (char const c : text) {
-        word = word << 8 | static_cast<unsigned char>(c);
-    }
-    add(word);
+    add(last);
+    // A multiplication carries upwards only: the high bits of the last word must come down.
+    add(0);
     return hash;
 }
 
