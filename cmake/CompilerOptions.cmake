@@ -39,7 +39,8 @@ if(PDFSETTINGS_SANITIZE)
 endif()
 
 if(PDFSETTINGS_COVERAGE)
-    add_compile_options(--coverage)
+    # Threads count together.
+    add_compile_options(--coverage -fprofile-update=atomic)
     add_link_options(--coverage)
 endif()
 

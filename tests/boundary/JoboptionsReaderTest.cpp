@@ -1,9 +1,5 @@
 // What the component makes of job options text.
 
-#include <fstream>
-#include <iterator>
-
-#include "tests/support/Describe.h"
 #include "tests/support/Settings.h"
 #include "tests/support/SmallStack.h"
 
@@ -46,10 +42,7 @@ protected:
         if (settings == nullptr) {
             return fLog.fMessages.size() == 1 ? fLog.fMessages[0] : "not one report";
         }
-        POSDict* const dict = fGetSettings(settings);
-        AddRef(dict);
-        std::string const described = Describer(fTables).Dict(dict);
-        Release(dict);
+        std::string const described = Describe(settings);
         Release(settings);
         return described;
     }
@@ -214,31 +207,6 @@ TEST_F(JoboptionsReader, ReadsATextOfAnyNumberOfChunks) {
         std::string const frame = File("/A()");
         std::string const content(size - frame.size(), 'x');
         EXPECT_EQ("<<A (" + content + ")>>", Read(File("/A(" + content + ")"))) << size;
-    }
-}
-
-TEST_F(JoboptionsReader, ReadsTheFilesOfARealConverter) {
-    struct {
-        char const* fName;
-        unsigned long fKeys;
-        char const* fPart;
-    } const kFiles[] = {
-        {"printer.joboptions",
-         82,
-         "ColorACSImageDict <<VSamples [1 1 1 1] ColorTransform 1 QFactor 0.40000000000000002"},
-        {"screen.joboptions", 82, "AlembicorData AlembicorData{<<"},
-    };
-    for (auto const& file : kFiles) {
-        std::ifstream stream(std::string(PDFSETTINGS_TEST_DATA "/") + file.fName);
-        std::string const text(std::istreambuf_iterator<char>(stream), {});
-        PDFSettings* const settings = NewSettings(text);
-        ASSERT_NE(nullptr, settings) << file.fName;
-        POSDict* const dict = fGetSettings(settings);
-        AddRef(dict);
-        EXPECT_EQ(file.fKeys, CountKeys(fTables, dict)) << file.fName;
-        EXPECT_NE(std::string::npos, Describer(fTables).Dict(dict).find(file.fPart)) << file.fName;
-        Release(dict);
-        Release(settings);
     }
 }
 

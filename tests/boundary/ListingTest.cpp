@@ -1,11 +1,9 @@
 // Which settings a host finds, in a user's folders and in the administrator's of this build.
 
 #include <algorithm>
-#include <cstdint>
 #include <fcntl.h>
 #include <sys/stat.h>
 
-#include "tests/support/Describe.h"
 #include "tests/support/EnvironmentVariable.h"
 #include "tests/support/PropertyList.h"
 #include "tests/support/Settings.h"
@@ -14,6 +12,8 @@
 namespace support {
 
 namespace {
+
+using namespace std::string_literals;
 
 std::filesystem::path const kAdminSupport = PDFSETTINGS_ADMIN_SUPPORT_FOLDER;
 std::filesystem::path const kAdminPreferences = PDFSETTINGS_ADMIN_PREFERENCES_FOLDER;
@@ -96,33 +96,14 @@ protected:
 
     // All that must be in a record is there, and a display name makes it read-only.
     static void ExpectWhole(std::string const& record) {
-        for (char const* const key : {"SettingsName ^", " FullFilePath ^", " ModDate Apple"}) {
-            EXPECT_NE(std::string::npos, record.find(key)) << record;
+        bool const isA = record.find("SettingsName ^\"a\"") != std::string::npos;
+        for (char const* const part :
+             {"SettingsName ^",
+              " FullFilePath ^",
+              isA ? " ReadOnly 0" : " ReadOnly 1",
+              " ModDate Apple"}) {
+            EXPECT_NE(std::string::npos, record.find(part)) << record;
         }
-        bool const isTheUsers = record.find("SettingsName ^\"a\"") != std::string::npos;
-        EXPECT_NE(std::string::npos, record.find(isTheUsers ? " ReadOnly 0" : " ReadOnly 1"))
-            << record;
-    }
-
-    // The seconds and the fraction in the first entry's date.
-    std::uint64_t FirstModDate(std::uint16_t* fraction) const {
-        POSArray* const list = fGetList("");
-        AddRef(list);
-        auto* const record = reinterpret_cast<POSDict*>(fTables.fArray.GetAt(list, 0));
-        BIBStringAtom* const key = fTables.fStringAtom.NewStringAtom("ModDate");
-        auto* const date = reinterpret_cast<POSBinData*>(fTables.fDict.Get(record, key));
-        fTables.fStringAtom.DeleteStringAtom(key);
-        EXPECT_TRUE(Describer(fTables)(reinterpret_cast<POSObject*>(date))
-                        .starts_with("Apple_UTCDateTime{"));
-        EXPECT_EQ(8U, fTables.fBinData.GetSize(date));
-        unsigned char const* const bytes = fTables.fBinData.GetBinData(date);
-        std::uint16_t high = 0;
-        std::uint32_t low = 0;
-        std::memcpy(&high, bytes, sizeof high);
-        std::memcpy(&low, bytes + 2, sizeof low);
-        std::memcpy(fraction, bytes + 6, sizeof *fraction);
-        Release(list);
-        return (std::uint64_t{high} << 32) + low;
     }
 
     static void Replace(std::string* text, std::string const& part, std::string const& other) {
@@ -273,22 +254,37 @@ TEST_F(Listing, LooksWherePreferencesLead) {
 
 TEST_F(Listing, TellsWhenAFileChanged) {
     struct {
-        time_t fTime;
-        std::uint64_t fSecondsSince1904;
-    } const kCases[] = {{1000000000, 3082844800}, {3000000000, 5082844800}};
+        timespec fTime;
+        // In two bytes, four and two: the seconds since 1904 and a fraction of 1/65536.
+        std::string fDate;
+    } const kCases[] = {
+        {{0, 0}, "\0\0\x80\xB0\x25\x7C\0\0"s},
+        {{1, 15258}, "\0\0\x81\xB0\x25\x7C\0\0"s},
+        {{1, 15259}, "\0\0\x81\xB0\x25\x7C\1\0"s},
+        {{1000000000, 999999999}, "\0\0\x80\x7A\xC0\xB7\xFF\xFF"s},
+        {{2212122496, 500000000}, "\1\0\0\0\0\0\0\x80"s},
+        {{-2082844800, 0}, "\0\0\0\0\0\0\0\0"s},
+    };
     std::filesystem::path const file = UserFolder() / "a.joboptions";
     WriteBytes(file, "");
-    for (auto const& [time, expected] : kCases) {
-        timespec const times[] = {{time, 500000000}, {time, 500000000}};
+    for (auto const& [time, date] : kCases) {
+        timespec const times[] = {time, time};
         ASSERT_EQ(0, utimensat(AT_FDCWD, file.c_str(), times, 0));
         struct stat status {};
         ASSERT_EQ(0, stat(file.c_str(), &status));
-        if (status.st_mtime != time) {
-            continue; // not every file system goes so far
+        if (status.st_mtim.tv_sec != time.tv_sec || status.st_mtim.tv_nsec != time.tv_nsec) {
+            continue; // the file system has no such time
         }
-        std::uint16_t fraction = 0;
-        EXPECT_EQ(expected, FirstModDate(&fraction)) << time;
-        EXPECT_EQ(32768U, fraction);
+        POSArray* const list = fGetList("");
+        AddRef(list);
+        auto* const record = reinterpret_cast<POSDict*>(fTables.fArray.GetAt(list, 0));
+        auto* const found = reinterpret_cast<POSBinData*>(WithAtom(
+            "ModDate", [&](BIBStringAtom* atom) { return fTables.fDict.Get(record, atom); }));
+        EXPECT_EQ(8U, fTables.fBinData.GetSize(found));
+        EXPECT_STREQ("Apple_UTCDateTime", fTables.fBinData.GetTypeName(found));
+        EXPECT_EQ(0, std::memcmp(date.data(), fTables.fBinData.GetBinData(found), 8))
+            << time.tv_sec;
+        Release(list);
     }
 }
 

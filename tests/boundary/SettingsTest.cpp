@@ -1,37 +1,11 @@
 // Settings objects, as a host makes and reads them.
 
 #include "tests/support/Settings.h"
-#include "tests/support/Describe.h"
 
 namespace support {
 
 class SettingsObject : public SettingsTest {
 protected:
-    // A dictionary with /A and the given number, with a reference for the caller.
-    POSDict* NewDict(double value) const {
-        POSDict* const dict = fTables.fDict.NewPOSDict();
-        AddRef(dict);
-        Put(dict, "A", value);
-        return dict;
-    }
-
-    void Put(POSDict* dict, char const* key, double value) const {
-        BIBStringAtom* const atom = fTables.fStringAtom.NewStringAtom(key);
-        auto* const number = reinterpret_cast<POSObject*>(fTables.fNumber.NewPOSNumber(value));
-        AddRef(number);
-        fTables.fDict.Put(dict, atom, number);
-        Release(number);
-        fTables.fStringAtom.DeleteStringAtom(atom);
-    }
-
-    std::string Describe(PDFSettings* settings) const {
-        POSDict* const dict = fGetSettings(settings);
-        AddRef(dict);
-        std::string const text = Describer(fTables).Dict(dict);
-        Release(dict);
-        return text;
-    }
-
     long CountOf(void const* container) const {
         return *fTables.fContainer.DebugGetRefCountAddr(
             static_cast<BIBContainer const*>(container));
@@ -39,28 +13,19 @@ protected:
 };
 
 TEST_F(SettingsObject, SharesTheDictionaryItIsMadeFrom) {
-    POSDict* const dict = NewDict(1);
+    POSDict* const dict = NewValue<POSDict>("< A 1 >");
     PDFSettings* const settings = fNewFromDict(dict, "no schema");
     EXPECT_EQ(0, CountOf(settings));
     AddRef(settings);
     EXPECT_EQ(2, CountOf(dict));
     EXPECT_EQ(dict, fGetSettings(settings));
     EXPECT_EQ(2, CountOf(dict));
-    Put(dict, "B", 2);
+    Put(dict, "B", fTables.fNumber.NewPOSNumber(2));
+    EXPECT_EQ("<<A 1 B 2>>", Describe(settings));
+    Release(dict);
     EXPECT_EQ("<<A 1 B 2>>", Describe(settings));
     Release(settings);
-    EXPECT_EQ(1, CountOf(dict));
-    Release(dict);
     EXPECT_TRUE(fLog.fMessages.empty());
-}
-
-TEST_F(SettingsObject, OutlivesTheHandleOnItsDictionary) {
-    POSDict* const dict = NewDict(1);
-    PDFSettings* const settings = fNewFromDict(dict, "");
-    AddRef(settings);
-    Release(dict);
-    EXPECT_EQ("<<A 1>>", Describe(settings));
-    Release(settings);
 }
 
 TEST_F(SettingsObject, KeepsItsStreamAlive) {
@@ -75,7 +40,7 @@ TEST_F(SettingsObject, KeepsItsStreamAlive) {
 }
 
 TEST_F(SettingsObject, GivesNullAndReportsWhatIsWrong) {
-    POSDict* const notSettings = NewDict(1);
+    POSDict* const notSettings = NewValue<POSDict>("< A 1 >");
     struct {
         char const* fWhat;
         void* fResult;
@@ -97,17 +62,6 @@ TEST_F(SettingsObject, GivesNullAndReportsWhatIsWrong) {
         EXPECT_EQ(kCases[i].fReport, fLog.fMessages[i]) << kCases[i].fWhat;
     }
     Release(notSettings);
-}
-
-TEST_F(SettingsObject, ReportsTheStreamsOwnError) {
-    for (unsigned long operation = 1; operation <= 4; ++operation) {
-        BIBPositionableStream* const stream = NewStream("<</A 1 >>setalembicorparams");
-        bibrt::FailStreamOperation(operation, /*andAllLater=*/false);
-        EXPECT_EQ(nullptr, fNewFromStream(stream, "")) << operation;
-        bibrt::ResetFailures();
-        Release(stream);
-    }
-    EXPECT_EQ(4U, fLog.fMessages.size());
 }
 
 } // namespace support

@@ -1,6 +1,7 @@
 // Settings judged and changed by their schema.
 
-#include "tests/support/Describe.h"
+#include <sstream>
+
 #include "tests/support/Settings.h"
 
 namespace support {
@@ -46,15 +47,23 @@ protected:
         return errors;
     }
 
+    // The same errors of each of several numbers that stand behind a key.
+    void ExpectErrors(
+        std::string const& key,
+        char const* numbers,
+        std::string const& schema,
+        std::string const& errors) {
+        std::istringstream stream(numbers);
+        for (std::string number; stream >> number;) {
+            EXPECT_EQ(errors, Validate(key + number, schema)) << number;
+        }
+    }
+
     std::string Set(PDFSettings* settings, std::string const& changes) {
         auto* const dict = NewValue<POSDict>(changes);
         std::string const errors = DescribeErrors(fSetSettings(settings, dict));
         Release(dict);
         return errors;
-    }
-
-    std::string Describe(PDFSettings* settings) const {
-        return Describer(fTables).Dict(fGetSettings(settings));
     }
 };
 
@@ -74,16 +83,35 @@ TEST_F(Validation, GivesARecordForEachMessage) {
         {"/Must 1 /NotInTheSchema (anything) /optional 1", "[]"},
         {"/Must 1 /optional /x",
          "[<<Key /optional ErrorMsg /expected a number, found the name x>>]"},
-        {"/Must 1 /CompatibilityLevel 1.3000000001 /ColorImageDepth -1", "[]"},
-        {"/Must 1 /CompatibilityLevel 1.31 /ColorImageDepth 3",
-         "[<<Key /CompatibilityLevel ErrorMsg /Invalid CompatibilityLevel>> "
-         "<<Key /ColorImageDepth ErrorMsg /Invalid ImageDepth>>]"},
         {"/Must 1 /CompatibilityLevel (1.3) /ColorImageDepth /8",
          "[<<Key /CompatibilityLevel ErrorMsg /Invalid CompatibilityLevel>> "
          "<<Key /ColorImageDepth ErrorMsg /Invalid ImageDepth>>]"},
     };
     for (auto const& row : kCases) {
         EXPECT_EQ(row.fErrors, Validate(row.fEntries, schema)) << "of: " << row.fEntries;
+    }
+}
+
+TEST_F(Validation, AcceptsCertainLevelsAndDepthsAlone) {
+    std::string const schema =
+        Optional("CompatibilityLevel CompatibilityLevelParams ColorImageDepth ImageDepthParams");
+    struct {
+        char const* fKey;
+        char const* fGood;
+        char const* fBad;
+        char const* fMessage;
+    } const kCases[] = {
+        {"CompatibilityLevel",
+         "1.2 1.3 1.4 1.5 1.6 1.7 1.3000000001 1.60000002384185791",
+         "1.1 1.8 1.31 2 3 -1.3",
+         "Invalid CompatibilityLevel"},
+        {"ColorImageDepth", "-1 1 2 4 8 16", "0 3 32 -2 8.0000001", "Invalid ImageDepth"},
+    };
+    for (auto const& row : kCases) {
+        std::string const key = row.fKey;
+        ExpectErrors("/" + key + " ", row.fGood, schema, "[]");
+        std::string const error = "[<<Key /" + key + " ErrorMsg /" + row.fMessage + ">>]";
+        ExpectErrors("/" + key + " ", row.fBad, schema, error);
     }
 }
 
@@ -165,12 +193,10 @@ TEST_F(Validation, FailsForSettingsThatCannotBeCopied) {
     auto* const dict = NewValue<POSDict>("< A 1 >");
     PDFSettings* const settings = fNewFromDict(dict, Optional("").c_str());
     AddRef(settings);
-    BIBStringAtom* const atom = fTables.fStringAtom.NewStringAtom("Itself");
-    fTables.fDict.Put(dict, atom, reinterpret_cast<POSObject*>(dict));
+    Put(dict, "Itself", dict);
     EXPECT_EQ(kUnusable, DescribeErrors(fIsPDFSettingsValid(settings)));
     EXPECT_EQ(kUnusable, Set(settings, "< A 2 >"));
-    fTables.fDict.Remove(dict, atom);
-    fTables.fStringAtom.DeleteStringAtom(atom);
+    Remove(dict, "Itself");
     EXPECT_EQ("<<A 1>>", Describe(settings));
     Release(dict);
     Release(settings);
@@ -215,31 +241,6 @@ TEST_F(Validation, JudgesTheWholeSetWhateverIsChanged) {
     Release(settings);
 }
 
-// Whichever allocation fails, once or from then on: the whole answer, or none and a report. A list
-// that lost an error would make the set pass.
-TEST_F(Validation, NeverPassesForWantOfMemory) {
-    std::string const schema = Optional("A number B boolean C < type array of number count 2 >");
-    for (char const* const notation : {"< A x B 2 C [ 1 y z ] >", "< A 2 C [ 1 2 ] >"}) {
-        auto* const changes = NewValue<POSDict>(notation);
-        PDFSettings* const untroubled = NewSettings(File("/A 1"), schema.c_str());
-        std::string const errors = DescribeErrors(fSetSettings(untroubled, changes));
-        std::string const changed = Describe(untroubled);
-        Release(untroubled);
-        for (unsigned long n = 1; n < 400; ++n) {
-            PDFSettings* const settings = NewSettings(File("/A 1"), schema.c_str());
-            bibrt::FailAllocation((n + 1) / 2, /*andAllLater=*/n % 2 == 0);
-            POSArray* const found = fSetSettings(settings, changes);
-            bibrt::ResetFailures();
-            EXPECT_EQ(found == nullptr ? 1U : 0U, fLog.fMessages.size()) << n;
-            EXPECT_EQ(found == nullptr ? "<<A 1>>" : changed, Describe(settings)) << n;
-            EXPECT_EQ(errors, found == nullptr ? errors : DescribeErrors(found)) << n;
-            fLog.fMessages.clear();
-            Release(settings);
-        }
-        Release(changes);
-    }
-}
-
 TEST_F(Validation, SharesTheValuesOfAChangeAndReplacesTheDictionary) {
     PDFSettings* const settings = NewSettings(File("/A 1"), Optional("C any").c_str());
     POSDict* const before = fGetSettings(settings);
@@ -247,11 +248,11 @@ TEST_F(Validation, SharesTheValuesOfAChangeAndReplacesTheDictionary) {
     auto* const changes = NewValue<POSDict>("< C [ 1 ] >");
     EXPECT_EQ("[]", DescribeErrors(fSetSettings(settings, changes)));
     EXPECT_NE(before, fGetSettings(settings));
-    EXPECT_EQ("<<A 1>>", Describer(fTables).Dict(before));
-    BIBStringAtom* const atom = fTables.fStringAtom.NewStringAtom("C");
-    POSObject* const shared = fTables.fDict.Get(changes, atom);
-    EXPECT_EQ(shared, fTables.fDict.Get(fGetSettings(settings), atom));
-    fTables.fStringAtom.DeleteStringAtom(atom);
+    EXPECT_EQ("<<A 1>>", Describe(before));
+    auto const valueOf = [&](POSDict* dict) {
+        return WithAtom("C", [&](BIBStringAtom* atom) { return fTables.fDict.Get(dict, atom); });
+    };
+    EXPECT_EQ(valueOf(changes), valueOf(fGetSettings(settings)));
     Release(before);
     Release(changes);
     EXPECT_NE(std::string::npos, Text(settings).find("/C [\r\n    1\r\n  ]\r\n"));

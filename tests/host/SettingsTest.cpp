@@ -77,25 +77,10 @@ TEST_F(SettingsTest, EachKindOfValueIsRead) {
     }
 }
 
-TEST_F(SettingsTest, KeysKeepTheOrderOfTheFile) {
-    Dictionary const values = Read("/z 1 /a 2 /m 3 /z 4 ");
-    ASSERT_EQ(values.Size(), 3u);
-    EXPECT_EQ(values.KeyAt(0), "z");
-    EXPECT_EQ(values.KeyAt(1), "a");
-    EXPECT_EQ(values.KeyAt(2), "m");
-    EXPECT_EQ(values.ValueAt(0), Value(4.0));
-}
-
 TEST_F(SettingsTest, TheTailIsBinaryWithItsNulBytes) {
     std::string const tail = "<<>>\0 setpagedevice\r\n"s;
     EXPECT_EQ(Read("/A 1 ", tail).Get(kTailKey)->If<Binary>()->bytes, tail);
     EXPECT_EQ(Read("/A 1 ").Get(kTailKey), nullptr);
-}
-
-TEST_F(SettingsTest, TextWithoutSettingsIsEmpty) {
-    for (std::string const& text : {""s, "\0<<"s, " \r\n% comment\r\n"s}) {
-        EXPECT_EQ(Settings::FromText(fComponent, text).Values().Size(), 0u);
-    }
 }
 
 TEST_F(SettingsTest, ARefusedTextGivesTheReportedReason) {
@@ -135,23 +120,6 @@ TEST_F(SettingsTest, ATextThatWouldBeCutShortIsRefused) {
     for (auto const& [where, values, message] : cases) {
         EXPECT_EQ(Refusal(values), message) << where;
     }
-}
-
-TEST_F(SettingsTest, AThousandLevelsAreReadOnASmallStack) {
-    std::string opening;
-    std::string closing;
-    std::string path;
-    for (int level = 0; level < 1000; ++level) {
-        opening += level % 2 == 0 ? "[" : "<</D ";
-        closing.insert(0, level % 2 == 0 ? "]" : ">>");
-        path += level % 2 == 0 ? "/0" : "/D";
-    }
-    std::string const text = "/Deep " + opening + "7 " + closing;
-    std::optional<Dictionary> values;
-    support::OnSmallStack([&] { values = Read(text); });
-    Value const* const innermost = Find(*values, "Deep" + path);
-    ASSERT_NE(innermost, nullptr);
-    EXPECT_EQ(*innermost, Value(7.0));
 }
 
 TEST_F(SettingsTest, DeepValuesPassThroughTheComponent) {

@@ -1,5 +1,6 @@
 // Every operation that needs memory, with each of its allocations failing in turn.
 #include <functional>
+#include <list>
 
 #include "ValidatorFixture.h"
 
@@ -167,28 +168,15 @@ TEST_F(MemoryFailureTest, ACollectionThatLosesAValueBecomesInvalid) {
 
 TEST_F(MemoryFailureTest, GrowingADictionaryFailsCleanly) {
     Held const number(NewNumber(1));
+    std::list<Atom> keys; // they need memory too
+    for (char const letter : std::string("abcdefghijklmnop")) {
+        keys.emplace_back(std::string(1, letter));
+    }
     for (unsigned long n = 1; n <= 10; ++n) {
         POSDict* const dict = Dicts().NewPOSDict();
-        Atom const atoms[] = {
-            Atom("a"),
-            Atom("b"),
-            Atom("c"),
-            Atom("d"),
-            Atom("e"),
-            Atom("f"),
-            Atom("g"),
-            Atom("h"),
-            Atom("i"),
-            Atom("j"),
-            Atom("k"),
-            Atom("l"),
-            Atom("m"),
-            Atom("n"),
-            Atom("o"),
-            Atom("p")};
         bibrt::FailAllocation(n, /*andAllLater=*/true);
         bool hasAll = true;
-        for (Atom const& key : atoms) {
+        for (Atom const& key : keys) {
             bool const isPut = Dicts().Put(dict, key, number) != 0;
             EXPECT_EQ(Dicts().Get(dict, key) != nullptr, isPut);
             hasAll = hasAll && isPut;

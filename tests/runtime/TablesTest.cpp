@@ -1,55 +1,44 @@
+#include <vector>
+
 #include "RuntimeFixture.h"
 
 namespace runtimetest {
 namespace {
 
-template <class Table>
-class BoundTable : public ::testing::Test {};
-
-using BoundTables = ::testing::Types<
-    _t_BIBContainerInterface,
-    _t_BIBErrorInterface,
-    _t_BIBStringInterface,
-    _t_BIBMemoryInterface,
-    _t_BIBSharedBuffInterface,
-    _t_BIBCacheInterface,
-    _t_BIBStreamFactoryInterface,
-    _t_POSObjectVirtualInterface,
-    _t_POSObjectStatics,
-    _t_POSNumberInterface,
-    _t_POSStringInterface,
-    _t_POSUnicodeStringInterface,
-    _t_POSBinDataInterface,
-    _t_POSArrayInterface,
-    _t_POSDictInterface,
-    _t_POSDictIteratorInterface,
-    _t_POSStructValidatorInterface>;
-TYPED_TEST_SUITE(BoundTable, BoundTables);
-
-TYPED_TEST(BoundTable, ResolvesWhole) {
-    EXPECT_EQ(support::MissingRows(support::LoadTable<TypeParam>(&BIBRuntimeLookup)), 0U);
-}
-
-template <class Table>
-class StreamTable : public RuntimeTest {};
-
-using StreamTables = ::testing::Types<
-    _t_BIBSimpleStreamInterface,
-    _t_BIBRewindableStreamInterface,
-    _t_BIBPositionableStreamInterface,
-    _t_BIBDataBlockStreamInterface,
-    _t_BIBSizedDataStoreInterface,
-    _t_BIBDataStoreInterface>;
-TYPED_TEST_SUITE(StreamTable, StreamTables);
-
-TYPED_TEST(StreamTable, ResolvesWholeForAMemoryStream) {
-    Held const stream(NewMemoryStream());
-    auto const methods = support::LoadMethods<TypeParam>(
-        &BIBRuntimeLookup, static_cast<BIBPositionableStream*>(stream));
-    EXPECT_EQ(support::MissingRows(methods), 0U);
-}
-
 class TablesTest : public RuntimeTest {};
+
+template <class... Tables>
+void ExpectBoundWhole() {
+    auto const missing = {support::MissingRows(support::LoadTable<Tables>(&BIBRuntimeLookup))...};
+    EXPECT_EQ(std::vector<std::size_t>(missing), std::vector<std::size_t>(sizeof...(Tables), 0));
+}
+
+template <class... Tables>
+void ExpectServedWhole(BIBPositionableStream* stream) {
+    auto const missing = {
+        support::MissingRows(support::LoadMethods<Tables>(&BIBRuntimeLookup, stream))...};
+    EXPECT_EQ(std::vector<std::size_t>(missing), std::vector<std::size_t>(sizeof...(Tables), 0));
+}
+
+// clang-format off
+TEST_F(TablesTest, EveryTableResolvesWhole) {
+    ExpectBoundWhole<
+        _t_BIBContainerInterface, _t_BIBErrorInterface, _t_BIBStringInterface,
+        _t_BIBMemoryInterface, _t_BIBSharedBuffInterface, _t_BIBCacheInterface,
+        _t_BIBStreamFactoryInterface, _t_POSObjectVirtualInterface, _t_POSObjectStatics,
+        _t_POSNumberInterface, _t_POSStringInterface, _t_POSUnicodeStringInterface,
+        _t_POSBinDataInterface, _t_POSArrayInterface, _t_POSDictInterface,
+        _t_POSDictIteratorInterface, _t_POSStructValidatorInterface>();
+}
+
+TEST_F(TablesTest, AMemoryStreamServesEveryLevelWhole) {
+    Held const stream(NewMemoryStream());
+    ExpectServedWhole<
+        _t_BIBSimpleStreamInterface, _t_BIBRewindableStreamInterface,
+        _t_BIBPositionableStreamInterface, _t_BIBDataBlockStreamInterface,
+        _t_BIBSizedDataStoreInterface, _t_BIBDataStoreInterface>(stream);
+}
+// clang-format on
 
 TEST_F(TablesTest, EveryBootstrapNameResolves) {
     for (char const* const name :

@@ -10,8 +10,8 @@
 
 #include "runtime/Diagnostics.h"
 #include "tests/support/Component.h"
+#include "tests/support/Describe.h"
 #include "tests/support/ErrorLog.h"
-#include "tests/support/HostTables.h"
 
 namespace support {
 
@@ -66,6 +66,32 @@ protected:
         AddRef(value);
         return reinterpret_cast<T*>(value);
     }
+
+    // What use gives for an atom of key.
+    template <class Use>
+    auto WithAtom(char const* key, Use use) const {
+        BIBStringAtom* const atom = fTables.fStringAtom.NewStringAtom(key);
+        auto const result = use(atom);
+        fTables.fStringAtom.DeleteStringAtom(atom);
+        return result;
+    }
+
+    // Puts a value into dict; a new one lives on in it.
+    template <class T>
+    void Put(POSDict* dict, char const* key, T* value) const {
+        AddRef(value);
+        WithAtom(key, [&](BIBStringAtom* atom) {
+            return fTables.fDict.Put(dict, atom, reinterpret_cast<POSObject*>(value));
+        });
+        Release(value);
+    }
+
+    void Remove(POSDict* dict, char const* key) const {
+        WithAtom(key, [&](BIBStringAtom* atom) { return fTables.fDict.Remove(dict, atom); });
+    }
+
+    std::string Describe(POSDict* dict) const { return Describer(fTables).Dict(dict); }
+    std::string Describe(PDFSettings* settings) const { return Describe(fGetSettings(settings)); }
 
     // What the component writes of settings, or "(null)".
     std::string Text(PDFSettings* settings) const {

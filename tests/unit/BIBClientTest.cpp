@@ -1,7 +1,5 @@
 #include "bib/BIBClient.h"
 
-#include <algorithm>
-
 #include "api/BIBCacheInterface.h"
 #include "bib/BIBContainer.h"
 #include "bib/BIBErrorTraits.h"
@@ -15,7 +13,6 @@
 #include "bib/POSDictIterator.h"
 #include "bib/POSNumber.h"
 #include "tests/support/BoundClient.h"
-#include "tests/support/ErrorLog.h"
 
 namespace BIB_T_NMT {
 
@@ -31,13 +28,8 @@ TEST(BIBClientUnbound, RefusesNullAndStopsHarmlessly) {
     EXPECT_FALSE(BIBClientInit(nullptr));
     EXPECT_EQ(nullptr, gGetProc);
     EXPECT_EQ(nullptr, BIBGetProcAddress("BIB", "BIBReportError", "BIBReportError"));
-}
-
-TEST(BIBClientUnbound, ReportsNothingBeforeTheErrorProcedureIsKnown) {
-    support::ErrorLog const log;
     gErrorProc = nullptr;
     EXPECT_EQ(0, BIBReportError("lost"));
-    EXPECT_TRUE(log.fMessages.empty());
 }
 
 TEST(BIBClientUnbound, CountsAFailedStartAsBound) {
@@ -58,59 +50,26 @@ TEST(BIBClientUnbound, ThrowsOutOfAStartWithoutMemoryInterface) {
     BIBClientTerminate();
 }
 
-TEST_F(BIBClient, BindsOnceHoweverOftenItIsStarted) {
-    auto const asked = fLookup.fAsked.size();
-    EXPECT_TRUE(BIBClientInit(&BIBRuntimeLookup));
-    EXPECT_EQ(&LookupDouble::Lookup, gGetProc);
-    EXPECT_EQ(asked, fLookup.fAsked.size());
-}
-
 TEST_F(BIBClient, LoadsATableBackwardsAndStopsAtTheFirstGap) {
     constexpr _t_BIBFTabEntry kRows[] = {
         BIB_STREAM_FACTORY_INTERFACE_ROWS(BIB_TABLE_NAMES){"", ""}};
-    fLookup.Hide("BIBStreamFactoryInterface.NewClientSimpleStream");
-    int untouched = 0;
-    void* procs[6] = {};
-    std::fill(std::begin(procs), std::end(procs), &untouched);
-    gFinishedInit = false;
-    EXPECT_EQ(0, BIBLoadProcTable(kRows, 6, "BIBStreamFactoryInterface", procs, 0));
-    gFinishedInit = true;
-    for (int slot = 0; slot < 3; ++slot) {
-        EXPECT_EQ(&untouched, procs[slot]) << slot;
+    int old = 0;
+    void* procs[] = {&old, &old, &old, &old, &old, &old};
+    auto const load = [&] {
+        return BIBLoadProcTable(kRows, 6, "BIBStreamFactoryInterface", procs, 0);
+    };
+    WithoutRows({"BIBStreamFactoryInterface.NewClientSimpleStream"}, [&] { EXPECT_EQ(0, load()); });
+    std::string states; // of the slots
+    for (void const* const proc : procs) {
+        states += proc == nullptr ? '-' : proc == &old ? 'o' : 'n';
     }
-    EXPECT_EQ(nullptr, procs[3]);
-    EXPECT_NE(nullptr, procs[4]);
-    EXPECT_NE(nullptr, procs[5]);
-    fLookup.Show("BIBStreamFactoryInterface.NewClientSimpleStream");
-    EXPECT_EQ(1, BIBLoadProcTable(kRows, 6, "BIBStreamFactoryInterface", procs, 0));
-    EXPECT_NE(&untouched, procs[0]);
-}
-
-TEST_F(BIBClient, RegistersRowsUpToTheFirstRefusal) {
-    int procs[3] = {};
-    _t_BIBFTabRegEntry const rows[] = {
-        {"A", "T", procs}, {"A", "T", procs + 1}, {"B", "T", procs + 2}, {"", "", nullptr}};
-    EXPECT_EQ(0, BIBRegisterProcTable(rows, 3, "ClientTestInterface"));
-    EXPECT_EQ(procs, BIBRuntimeLookup("ClientTestInterface", "A", "T"));
-    EXPECT_EQ(nullptr, BIBRuntimeLookup("ClientTestInterface", "B", "T"));
-    EXPECT_EQ(1, BIBRegisterProcTable(rows + 2, 1, "ClientTestInterface"));
-    BIBUnregisterInterface("ClientTestInterface");
-    EXPECT_EQ(nullptr, BIBRuntimeLookup("ClientTestInterface", "A", "T"));
+    EXPECT_EQ("ooo-nn", states);
+    EXPECT_EQ(1, load());
+    EXPECT_NE(&old, procs[0]);
 }
 
 TEST_F(BIBClient, ThrowsAnEmptyMessageForAMissingNameOnceBound) {
-    try {
-        BIBGetProcAddress("No such", "name", "at all");
-        FAIL();
-    } catch (CBIBError const& error) {
-        EXPECT_STREQ("", error.what());
-        BIBError* const raw = error;
-        EXPECT_STREQ(
-            "BIB",
-            GetProcs<BIBStringInterface>()->GetCString(
-                TBIBInterfaceClient<BIBErrorInterface>::fProcTable.GetComponent(raw)));
-        error.Release();
-    }
+    EXPECT_EQ("", WhatItThrows([] { BIBGetProcAddress("No such", "name", "at all"); }));
 }
 
 TEST_F(BIBClient, ReloadsAStaleTableOnceAndOnlyWhenAsked) {
@@ -118,79 +77,48 @@ TEST_F(BIBClient, ReloadsAStaleTableOnceAndOnlyWhenAsked) {
     MoveCounter();
     EXPECT_EQ(&Containers::fProcTable, GetProcs<BIBContainerInterface>());
     EXPECT_EQ(asked, fLookup.fAsked.size());
-    Containers::CheckInterface();
-    EXPECT_EQ(asked + 16, fLookup.fAsked.size());
-    EXPECT_EQ(*gBIBUnregisterCount, Containers::fCount);
-    Containers::CheckInterface();
-    EXPECT_EQ(asked + 16, fLookup.fAsked.size());
+    for (int round = 0; round < 2; ++round) {
+        Containers::CheckInterface();
+        EXPECT_EQ(asked + 16, fLookup.fAsked.size());
+        EXPECT_EQ(*gBIBUnregisterCount, Containers::fCount);
+    }
 }
 
 TEST_F(BIBClient, TellsAMissingCoreInterfaceByTheState) {
     fLookup.Hide("BIBContainerInterface.GetSignature");
     MoveCounter();
     EXPECT_EQ("", WhatItThrows([] { Containers::CheckInterface(); }));
-    gFinishedInit = false;
-    EXPECT_EQ(nullptr, PeekProcs<BIBContainerInterface>());
-    EXPECT_EQ("Missing Interface", WhatItThrows([] { Containers::CheckInterface(); }));
-    gFinishedInit = true;
-    fLookup.Show("BIBContainerInterface.GetSignature");
-    Containers::CheckInterface();
+    WithoutRows({"BIBContainerInterface.GetSignature"}, [] {
+        EXPECT_EQ(nullptr, PeekProcs<BIBContainerInterface>());
+        EXPECT_EQ("Missing Interface", WhatItThrows([] { Containers::CheckInterface(); }));
+    });
 }
 
 TEST_F(BIBClient, ClearsTheFirstSlotOfAGlobalTableThatCannotBeBound) {
     ASSERT_NE(nullptr, GetGlobalPOSNumberInterfaceProcs());
-    ASSERT_NE(nullptr, gPOSNumberInterface.NewPOSNumber);
-    fLookup.Hide("POSNumberInterface.IsPOSNumber");
-    MoveCounter();
-    EXPECT_EQ("", WhatItThrows([] { GetGlobalPOSNumberInterfaceProcs(); }));
-    gFinishedInit = false;
-    EXPECT_EQ(nullptr, GetGlobalPOSNumberInterfaceProcs());
-    EXPECT_EQ(nullptr, gPOSNumberInterface.NewPOSNumber);
-    EXPECT_NE(nullptr, gPOSNumberInterface.Get);
-    EXPECT_EQ("invalid container", WhatItThrows([] { CPOSNumber const number(1.0); }));
-    gFinishedInit = true;
-    fLookup.Show("POSNumberInterface.IsPOSNumber");
+    WithoutRows({"POSNumberInterface.IsPOSNumber"}, [] {
+        EXPECT_EQ(nullptr, GetGlobalPOSNumberInterfaceProcs());
+        EXPECT_EQ(nullptr, gPOSNumberInterface.NewPOSNumber);
+        EXPECT_NE(nullptr, gPOSNumberInterface.Get);
+        EXPECT_EQ("invalid container", WhatItThrows([] { CPOSNumber const number(1.0); }));
+    });
     EXPECT_EQ(1.0, CPOSNumber(1.0).Get());
 }
 
 TEST_F(BIBClient, MakesNoHandleWhileItsTableIsMissing) {
     CPOSDict const dict;
     POSDict* const raw = dict;
-    for (char const* const row :
-         {"POSDictInterface.DeepGet", "POSArrayInterface.SetAt", "POSDictIteratorInterface.Next"}) {
-        fLookup.Hide(row);
-    }
-    MoveCounter();
-    gFinishedInit = false;
-    EXPECT_FALSE(CPOSDict(raw).IsValid());
-    EXPECT_FALSE(CPOSDict(CPOSObject(dict), /*quiet=*/true).IsValid());
-    EXPECT_EQ("downcast from CPOSObject to CPOSDict failed", WhatItThrows([&dict] {
-                  CPOSDict const handle(CPOSObject(dict), /*quiet=*/false);
-              }));
-    EXPECT_EQ("invalid container", WhatItThrows([] { CPOSDict const handle; }));
-    EXPECT_EQ("invalid container", WhatItThrows([] { CPOSArray const handle; }));
-    EXPECT_EQ("invalid container", WhatItThrows([&] { CPOSDictIterator const handle(dict); }));
-    gFinishedInit = true;
-    for (char const* const row :
-         {"POSDictInterface.DeepGet", "POSArrayInterface.SetAt", "POSDictIteratorInterface.Next"}) {
-        fLookup.Show(row);
-    }
+    auto const check = [&] {
+        EXPECT_FALSE(CPOSDict(raw).IsValid());
+        EXPECT_FALSE(CPOSDict(CPOSObject(dict), /*quiet=*/true).IsValid());
+        EXPECT_EQ("invalid container", WhatItThrows([] { CPOSDict const handle; }));
+        EXPECT_EQ("invalid container", WhatItThrows([] { CPOSArray const handle; }));
+        EXPECT_EQ("invalid container", WhatItThrows([&] { CPOSDictIterator const handle(dict); }));
+    };
+    WithoutRows(
+        {"POSDictInterface.DeepGet", "POSArrayInterface.SetAt", "POSDictIteratorInterface.Next"},
+        check);
     CPOSDict::GetProcs();
-}
-
-TEST_F(BIBClient, TurnsAStatusIntoAnError) {
-    CBIBStringAtom const name("TestStatus");
-    int instance = 0;
-    bibrt::FailAllocation(1, /*andAllLater=*/false);
-    EXPECT_EQ("out of memory", WhatItThrows([&] {
-                  CBIBContainer::NewFullContainer(
-                      &instance, name, nullptr, name, nullptr, nullptr, nullptr);
-              }));
-    TBIBSharedBuffer<unsigned char> const buffer(1, nullptr);
-    ASSERT_TRUE(CBIBStreamFactory::Init());
-    bibrt::FailAllocation(1, /*andAllLater=*/false);
-    EXPECT_EQ("out of memory", WhatItThrows([&] { CBIBStreamFactory::NewBufferStream(buffer); }));
-    bibrt::ResetFailures();
 }
 
 namespace {
@@ -200,9 +128,12 @@ public:
     bool Initialize() override { return false; }
 };
 
-BIBError* NoCoreError(BRVErrorID /*id*/) {
-    return nullptr;
-}
+class CountingCache : public CBIBStaticCacheBase {
+public:
+    void Clear() override { ++fCleared; }
+
+    int fCleared = 0;
+};
 
 } // namespace
 
@@ -213,31 +144,13 @@ TEST(BIBClientUnbound, FailsWhereALazyObjectOrTheUnknownErrorDoes) {
         EXPECT_FALSE(BIBClientInit(&LookupDouble::Lookup));
         BIBClientTerminate();
     }
-    lookup.Replace("BIBErrorInterface.GetCoreError", &NoCoreError);
+    lookup.Replace(
+        "BIBErrorInterface.GetCoreError", +[](BRVErrorID) -> BIBError* { return nullptr; });
     TBIBInterfaceClient<BIBErrorInterface>::fCount = 0;
     EXPECT_FALSE(BIBClientInit(&LookupDouble::Lookup));
     BIBClientTerminate();
     TBIBInterfaceClient<BIBErrorInterface>::fCount = 0;
 }
-
-TEST_F(BIBClient, AsksForNoCacheAsLongAsThereIsNone) {
-    EXPECT_EQ(nullptr, CBIBStaticCacheBase::GetfList().GetFirstElement());
-    EXPECT_TRUE(CBIBStaticCacheBase::IsAcceptingCaches());
-    for (auto const& row : fLookup.fAsked) {
-        EXPECT_NE(0U, row.find("BIBCacheInterface")) << row;
-    }
-}
-
-namespace {
-
-class CountingCache : public CBIBStaticCacheBase {
-public:
-    void Clear() override { ++fCleared; }
-
-    int fCleared = 0;
-};
-
-} // namespace
 
 TEST(BIBStaticCache, IsPurgedByTheRuntimeAndEmptiedAtTheEnd) {
     LookupDouble lookup;

@@ -68,29 +68,19 @@ TEST_F(BIBSharedBufferHandle, KeepsTheBlockAsLongAsAnybodyHoldsIt) {
     EXPECT_EQ(3, adopted[2]);
 }
 
-namespace {
-
-int gDeleted = 0;
-
-void CountDelete(void* /*block*/) {
-    ++gDeleted;
-}
-
-} // namespace
-
 TEST_F(BIBSharedBufferHandle, FreesABlockOnceWhenThereIsNoBuffer) {
-    int block = 0;
-    gDeleted = 0;
-    auto const make = [&block] {
-        CBIBSharedBuff::NewBuffer(sizeof block, &block, &CountDelete, nullptr, nullptr);
+    int deleted = 0;
+    auto const make = [&deleted] {
+        auto const count = [](void* block) { ++*static_cast<int*>(block); };
+        CBIBSharedBuff::NewBuffer(sizeof deleted, &deleted, count, nullptr, nullptr);
     };
     bibrt::FailAllocation(1, /*andAllLater=*/false);
     EXPECT_EQ("out of memory", WhatItThrows(make));
-    EXPECT_EQ(1, gDeleted);
+    EXPECT_EQ(1, deleted);
     fLookup.Hide("BIBSharedBuffInterface.GetSize");
     MoveCounter();
     EXPECT_EQ("", WhatItThrows(make));
-    EXPECT_EQ(2, gDeleted);
+    EXPECT_EQ(2, deleted);
     fLookup.Show("BIBSharedBuffInterface.GetSize");
 }
 

@@ -2,7 +2,6 @@
 
 #include "bib/BIBData.h"
 #include "bib/BIBError.h"
-
 #include "bib/POSNumber.h"
 #include "bib/POSObject.h"
 #include "tests/support/BoundClient.h"
@@ -10,84 +9,70 @@
 namespace BIB_T_NMT {
 
 using support::WhatItThrows;
-
-namespace {
-
 using Table = _t_POSObjectVirtualInterface;
-
-enum class Outcome { kLoads, kMisses, kThrows };
-
-Outcome gOutcome = Outcome::kLoads;
-int gLoads = 0;
-
-int TestLoader(BIBContainer const* container, int mustExist, Table* table) {
-    ++gLoads;
-    if (gOutcome == Outcome::kThrows) {
-        CBIBError::ThrowError("load failed", "", 0, nullptr, nullptr);
-    }
-    int const result = ConstructPOSObjectVirtualInterfaceMethods(container, mustExist, table);
-    return gOutcome == Outcome::kLoads ? result : 0;
-}
-
-} // namespace
 
 class BIBVTabCache : public support::BoundClientTest {
 protected:
+    enum class Outcome { kLoads, kMisses, kThrows };
+
     BIBVTabCache() {
-        gOutcome = Outcome::kLoads;
-        gLoads = 0;
+        fOutcome = Outcome::kLoads;
+        fLoads = 0;
     }
     ~BIBVTabCache() override { fCache.DeleteAllElements(); }
 
-    Table* GetVTab(BIBContainer* container) { return fCache.GetVTab(container, &TestLoader); }
+    static int Load(BIBContainer const* container, int mustExist, Table* table) {
+        ++fLoads;
+        if (fOutcome == Outcome::kThrows) {
+            CBIBError::ThrowError("load failed", "", 0, nullptr, nullptr);
+        }
+        int const result = ConstructPOSObjectVirtualInterfaceMethods(container, mustExist, table);
+        return fOutcome == Outcome::kLoads ? result : 0;
+    }
 
+    Table* GetVTab(BIBContainer* container) { return fCache.GetVTab(container, &Load); }
+    std::string WhatGettingThrows() {
+        return WhatItThrows([this] { GetVTab(fNumber); });
+    }
+
+    static inline Outcome fOutcome;
+    static inline int fLoads;
     TBIBVTabList<Table> fCache;
     CPOSNumber fNumber{1.0};
     CPOSNumber fOther{2.0};
 };
 
-TEST_F(BIBVTabCache, LoadsOncePerSignature) {
-    Table const* const vtab = GetVTab(fNumber);
-    EXPECT_EQ(vtab, GetVTab(fOther));
-    EXPECT_EQ(1, gLoads);
-    EXPECT_EQ(1U, fCache.GetElementCount());
-    EXPECT_NE(nullptr, vtab->Clone);
-}
-
-TEST_F(BIBVTabCache, ReloadsInPlaceWhenTheCounterMoves) {
+TEST_F(BIBVTabCache, LoadsOncePerSignatureAndInPlaceWhenTheCounterMoves) {
     Table* const vtab = GetVTab(fNumber);
-    auto* const clone = vtab->Clone;
-    vtab->Clone = nullptr;
+    EXPECT_EQ(vtab, GetVTab(fOther));
+    EXPECT_EQ(1, fLoads);
+    auto* const clone = std::exchange(vtab->Clone, nullptr);
     MoveCounter();
     EXPECT_EQ(vtab, GetVTab(fOther));
     EXPECT_EQ(clone, vtab->Clone);
-    EXPECT_EQ(2, gLoads);
+    EXPECT_EQ(2, fLoads);
     EXPECT_EQ(1U, fCache.GetElementCount());
 }
 
-TEST_F(BIBVTabCache, ForgetsANewEntryWhoseLoadThrows) {
-    gOutcome = Outcome::kThrows;
-    EXPECT_EQ("load failed", WhatItThrows([this] { GetVTab(fNumber); }));
+TEST_F(BIBVTabCache, ForgetsANewEntryWhoseLoadThrowsAndKeepsAnOldOne) {
+    fOutcome = Outcome::kThrows;
+    EXPECT_EQ("load failed", WhatGettingThrows());
     EXPECT_EQ(0U, fCache.GetElementCount());
-    gOutcome = Outcome::kLoads;
-    EXPECT_NE(nullptr, GetVTab(fNumber));
-}
-
-TEST_F(BIBVTabCache, KeepsAnOldEntryWhoseReloadThrows) {
+    fOutcome = Outcome::kLoads;
     Table* const vtab = GetVTab(fNumber);
     MoveCounter();
-    gOutcome = Outcome::kThrows;
-    EXPECT_EQ("load failed", WhatItThrows([this] { GetVTab(fNumber); }));
+    fOutcome = Outcome::kThrows;
+    EXPECT_EQ("load failed", WhatGettingThrows());
     EXPECT_EQ(vtab, GetVTab(fNumber));
-    EXPECT_EQ(2, gLoads);
+    EXPECT_EQ(3, fLoads);
 }
 
 TEST_F(BIBVTabCache, RefusesAnIncompleteSignatureUntilTheCounterMoves) {
-    gOutcome = Outcome::kMisses;
-    EXPECT_EQ("invalid container", WhatItThrows([this] { GetVTab(fNumber); }));
-    gOutcome = Outcome::kLoads;
-    EXPECT_EQ("invalid container", WhatItThrows([this] { GetVTab(fNumber); }));
-    EXPECT_EQ(1, gLoads);
+    fOutcome = Outcome::kMisses;
+    EXPECT_EQ("invalid container", WhatGettingThrows());
+    fOutcome = Outcome::kLoads;
+    EXPECT_EQ("invalid container", WhatGettingThrows());
+    EXPECT_EQ(1, fLoads);
     MoveCounter();
     EXPECT_NE(nullptr, GetVTab(fNumber));
 }
@@ -102,27 +87,16 @@ TEST_F(BIBVTabCache, LeavesAnOptionalMethodOutAndGoesOn) {
     EXPECT_NE("nothing", WhatItThrows([&] { BIBLoadMethodTable(kRows, 2, fNumber, 1, methods); }));
 }
 
-namespace {
-
-BIBError* GiveNoMethod(
-    void** result,
-    BIBContainer const* /*container*/,
-    BIBStringAtom* /*name*/,
-    BIBStringAtom* /*procType*/,
-    long /*optional*/) {
-    *result = nullptr;
-    return nullptr;
-}
-
-} // namespace
-
 TEST_F(BIBVTabCache, RefusesARequiredMethodThatIsMissingWithoutAStatus) {
     auto& table = *TBIBInterfaceClient<BIBContainerInterface>::GetProcTable_Mutable();
     auto const saved = table.GetMethod;
-    table.GetMethod = &GiveNoMethod;
-    EXPECT_EQ("invalid container", WhatItThrows([this] { GetVTab(fNumber); }));
+    table.GetMethod = [](void** result, auto*, auto*, auto*, long) -> BIBError* {
+        *result = nullptr;
+        return nullptr;
+    };
+    EXPECT_EQ("invalid container", WhatGettingThrows());
     table.GetMethod = saved;
-    EXPECT_EQ("invalid container", WhatItThrows([this] { GetVTab(fNumber); }));
+    EXPECT_EQ("invalid container", WhatGettingThrows());
 }
 
 TEST_F(BIBVTabCache, ServesTheInterfacesWithoutAHandle) {

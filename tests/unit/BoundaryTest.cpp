@@ -5,53 +5,38 @@
 
 namespace PDFSettingsImpl {
 
-class BoundaryTrap : public support::BoundClientTest {
-protected:
-    // What is reported of an exception that thrower throws.
-    template <class Thrower>
-    std::vector<std::string> Report(Thrower thrower) {
-        fLog.fMessages.clear();
-        EXPECT_EQ(
-            -1,
-            AtBoundary(
-                [] { return -1; },
-                [&thrower]() -> int {
-                    thrower();
-                    return 1;
-                }));
-        return fLog.fMessages;
-    }
+using BIB_T_NMT::CBIBError;
+using BoundaryTrap = support::BoundClientTest;
 
-    support::ErrorLog fLog;
-};
-
-TEST_F(BoundaryTrap, MakesAFailureValueOnlyWhenNeeded) {
-    bool isMade = false;
-    auto const makeFailure = [&isMade] {
-        isMade = true;
-        return -1;
+TEST_F(BoundaryTrap, ReportsEachExceptionOnceAndMakesTheFailureValue) {
+    struct {
+        char const* fReport;
+        void (*fThrow)();
+    } const kCases[] = {
+        {"text", [] { CBIBError::ThrowError("text", "", 0, nullptr, nullptr); }},
+        {"unknown BIB error", [] { BIB_T_NMT::_POSSignalError("text"); }},
+        {"unknown BIB error", [] { throw 1; }},
+        {"Invalid CBIBError", [] { throw CBIBError(); }},
+        {"Invalid CBIBError",
+         [] { // no memory for the error
+             bibrt::FailAllocation(1, /*andAllLater=*/true);
+             CBIBError::ThrowError("a text", "", 0, nullptr, nullptr);
+         }},
+        {nullptr, [] {}},
     };
-    EXPECT_EQ(1, AtBoundary(makeFailure, [] { return 1; }));
-    EXPECT_FALSE(isMade);
-    EXPECT_TRUE(fLog.fMessages.empty());
-}
-
-TEST_F(BoundaryTrap, ReportsEachExceptionOnce) {
-    using Messages = std::vector<std::string>;
-    EXPECT_EQ(Messages{"text"}, Report([] {
-                  BIB_T_NMT::CBIBError::ThrowError("text", "", 0, nullptr, nullptr);
-              }));
-    EXPECT_EQ(Messages{"unknown BIB error"}, Report([] { BIB_T_NMT::_POSSignalError("text"); }));
-    EXPECT_EQ(Messages{"unknown BIB error"}, Report([] { throw 1; }));
-    EXPECT_EQ(Messages{"Invalid CBIBError"}, Report([] { throw BIB_T_NMT::CBIBError(); }));
-}
-
-TEST_F(BoundaryTrap, ReportsAnInvalidErrorWithoutMemory) {
-    bibrt::FailAllocation(1, /*andAllLater=*/true);
-    auto const messages =
-        Report([] { BIB_T_NMT::CBIBError::ThrowError("a text", "", 0, nullptr, nullptr); });
-    bibrt::ResetFailures();
-    EXPECT_EQ(std::vector<std::string>{"Invalid CBIBError"}, messages);
+    for (auto const& row : kCases) {
+        support::ErrorLog const log;
+        auto const work = [&row] {
+            row.fThrow();
+            return 1;
+        };
+        EXPECT_EQ(row.fReport == nullptr ? 1 : -1, AtBoundary([] { return -1; }, work));
+        bibrt::ResetFailures();
+        EXPECT_EQ(
+            std::vector<std::string>(
+                row.fReport == nullptr ? 0 : 1, row.fReport == nullptr ? "" : row.fReport),
+            log.fMessages);
+    }
 }
 
 } // namespace PDFSettingsImpl

@@ -10,6 +10,8 @@
 
 namespace {
 
+using namespace std::string_literals;
+
 struct Release {
     void operator()(void const* object) const { CFRelease(object); }
 };
@@ -24,24 +26,28 @@ class PropertyList : public testing::Test {
 protected:
     ~PropertyList() override { EXPECT_EQ(fDescriptors, support::CountDescriptors()); }
 
-    Held Read(std::string const& bytes) const {
-        Held const path(String(fFolder.Make("list", bytes)));
+    // The bytes of a file; null for one that cannot be read.
+    static Held Data(std::string const& path) {
+        Held const string(String(path));
         Held const url(CFURLCreateWithFileSystemPath(
-            kCFAllocatorDefault, static_cast<CFStringRef>(path.get()), kCFURLPOSIXPathStyle, 1));
+            kCFAllocatorDefault, static_cast<CFStringRef>(string.get()), kCFURLPOSIXPathStyle, 1));
+        auto const* const place = static_cast<CFURLRef>(url.get());
         CFDataRef data = nullptr;
         SInt32 error = -1;
-        EXPECT_EQ(
-            1,
-            CFURLCreateDataAndPropertiesFromResource(
-                kCFAllocatorDefault,
-                static_cast<CFURLRef>(url.get()),
-                &data,
-                nullptr,
-                nullptr,
-                &error));
-        Held const held(data);
+        Boolean const isRead = CFURLCreateDataAndPropertiesFromResource(
+            kCFAllocatorDefault, place, &data, nullptr, nullptr, &error);
+        EXPECT_EQ(isRead != 0, error == 0) << path;
+        EXPECT_EQ(isRead != 0, data != nullptr) << path;
+        return Held(data);
+    }
+
+    Held Read(std::string const& bytes) const {
+        Held const data(Data(fFolder.Make("list", bytes)));
         return Held(CFPropertyListCreateFromXMLData(
-            kCFAllocatorDefault, data, kCFPropertyListImmutable, nullptr));
+            kCFAllocatorDefault,
+            static_cast<CFDataRef>(data.get()),
+            kCFPropertyListImmutable,
+            nullptr));
     }
 
     // The value in one line: "text", [a b], {k v}, or # for one of another type.
@@ -129,10 +135,10 @@ TEST_F(PropertyList, HoldsWhatTheFileSays) {
 TEST_F(PropertyList, IsNoneForWhatIsNoPropertyList) {
     std::string const entity = "<!DOCTYPE plist [<!ENTITY a \"b\">]><plist><string>&a;</string>";
     for (std::string const& bytes :
-         {std::string(),
-          std::string("junk"),
-          std::string("bplist00"),
-          std::string("<dict/>"),
+         {""s,
+          "junk"s,
+          "bplist00"s,
+          "<dict/>"s,
           List(""),
           List("<dict/><dict/>"),
           List("<dict>text</dict>"),
@@ -145,11 +151,10 @@ TEST_F(PropertyList, IsNoneForWhatIsNoPropertyList) {
           List("<dict><key>k</key>"),
           List("<plist><dict/></plist>"),
           kHead + "<dict/>",
-          std::string("<plist><string>\xFF</string></plist>"),
+          "<plist><string>\xFF</string></plist>"s,
           entity + "</plist>",
-          std::string("<!DOCTYPE plist SYSTEM \"x\"><plist><string>a&x;b</string></plist>"),
-          std::string(
-              "<!DOCTYPE plist [ %u; <!ENTITY a \"b\"> ]><plist><string>&a;</string></plist>"),
+          "<!DOCTYPE plist SYSTEM \"x\"><plist><string>a&x;b</string></plist>"s,
+          "<!DOCTYPE plist [ %u; <!ENTITY a \"b\"> ]><plist><string>&a;</string></plist>"s,
           List(Repeat("<array>", 257) + Repeat("</array>", 257)),
           List(Repeat("<array>", 1000000))}) {
         EXPECT_EQ("none", Describe(Read(bytes).get())) << bytes.substr(0, 200);
@@ -159,43 +164,32 @@ TEST_F(PropertyList, IsNoneForWhatIsNoPropertyList) {
 }
 
 TEST_F(PropertyList, ComparesByTypeAndContents) {
-    Held const list =
-        Read(List("<array><string>0</string><integer>0</integer><array><string>0</string></array>"
-                  "<dict><key>a</key><true/><key>b</key><false/></dict></array>"));
-    Held const same =
-        Read(List("<array><string>0</string><integer>0</integer><array><string>0</string></array>"
-                  "<dict><key>b</key><false/><key>a</key><true/></dict></array>"));
-    Held const zero(String("0"));
-    auto const* const array = static_cast<CFArrayRef>(list.get());
-    EXPECT_EQ(1, CFEqual(zero.get(), CFArrayGetValueAtIndex(array, 0)));
-    EXPECT_EQ(0, CFEqual(zero.get(), CFArrayGetValueAtIndex(array, 1)));
-    EXPECT_EQ(0, CFEqual(zero.get(), CFArrayGetValueAtIndex(array, 2)));
-    EXPECT_EQ(0, CFEqual(zero.get(), nullptr));
-    EXPECT_EQ(1, CFEqual(list.get(), same.get()));
-    EXPECT_EQ(0, CFEqual(CFArrayGetValueAtIndex(array, 2), CFArrayGetValueAtIndex(array, 3)));
+    char const* const kValues[] = {
+        "<string>0</string>",
+        "<integer>0</integer>",
+        "<array><string>0</string></array>",
+        "<dict><key>a</key><true/><key>b</key><false/></dict>",
+        "<dict><key>a</key><true/><key>b</key><true/></dict>",
+        "<dict><key>a</key><true/></dict>",
+    };
+    for (char const* const one : kValues) {
+        Held const value = Read(List(one));
+        for (char const* const other : kValues) {
+            EXPECT_EQ(one == other ? 1 : 0, CFEqual(value.get(), Read(List(other)).get()))
+                << one << " and " << other;
+        }
+        EXPECT_EQ(0, CFEqual(value.get(), nullptr));
+    }
+    Held const list = Read(List(kValues[3]));
+    Held const turned = Read(List("<dict><key>b</key><false/><key>a</key><true/></dict>"));
+    EXPECT_EQ(1, CFEqual(list.get(), turned.get()));
 }
 
 TEST_F(PropertyList, FilesThatCannotBeReadHaveNoData) {
     std::string const large = fFolder.Make("large", "");
     std::filesystem::resize_file(large, (std::uintmax_t{64} << 20) + 1);
-    for (std::string const& path :
-         {fFolder / "missing", fFolder / "", std::string("/dev/zero"), large}) {
-        Held const string(String(path));
-        Held const url(CFURLCreateWithFileSystemPath(
-            kCFAllocatorDefault, static_cast<CFStringRef>(string.get()), kCFURLPOSIXPathStyle, 1));
-        CFDataRef data = nullptr;
-        SInt32 error = 0;
-        EXPECT_EQ(
-            0,
-            CFURLCreateDataAndPropertiesFromResource(
-                kCFAllocatorDefault,
-                static_cast<CFURLRef>(url.get()),
-                &data,
-                nullptr,
-                nullptr,
-                &error))
-            << path;
-        EXPECT_NE(0, error) << path;
+    for (std::string const& path : {fFolder / "missing", fFolder / "", "/dev/zero"s, large}) {
+        EXPECT_EQ(nullptr, Data(path)) << path;
     }
     EXPECT_EQ(
         nullptr,

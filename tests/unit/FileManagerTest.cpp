@@ -39,12 +39,6 @@ protected:
         return FSPathMakeRef(reinterpret_cast<UInt8 const*>(path.c_str()), ref, isDirectory);
     }
 
-    OSErr Child(std::u16string const& name, FSRef* ref) const {
-        FSRef const parent = Folder();
-        auto const* const units = reinterpret_cast<UniChar const*>(name.data());
-        return FSMakeFSRefUnicode(&parent, name.size(), units, 0, ref);
-    }
-
     mode_t ModeOf(std::string const& name) const {
         struct stat status {};
         stat((fFolder / name).c_str(), &status);
@@ -103,62 +97,7 @@ TEST_F(FileManager, TellsFromAPathWhatIsThere) {
     UInt8 absolute[PATH_MAX];
     FSRef const relative{"a/b"};
     EXPECT_EQ(noErr, FSRefMakePath(&relative, absolute, sizeof absolute));
-    EXPECT_EQ(
-        (std::filesystem::current_path() / "a/b").string(),
-        reinterpret_cast<char const*>(absolute));
-}
-
-TEST_F(FileManager, CutsNoNameShort) {
-    std::u16string const kBadNames[] = {
-        u"",
-        std::u16string(256, u'n'),
-        std::u16string(128, u'\u00E9'),
-        std::u16string(u"a\0b", 3),
-        std::u16string(u"\0", 1),
-        u"a/b",
-        u"/",
-        u"\xD800",
-        u"\xDC00\xD800",
-    };
-    FSRef ref;
-    for (std::u16string const& name : kBadNames) {
-        EXPECT_EQ(bdNamErr, Create(name));
-        EXPECT_EQ(bdNamErr, Child(name, &ref));
-    }
-    EXPECT_EQ("", fFolder.Names());
-    EXPECT_EQ(noErr, Create(std::u16string(127, u'\u00E9'), &ref));
-    EXPECT_EQ(noErr, Child(std::u16string(127, u'\u00E9'), &ref));
-    EXPECT_EQ(noErr, Create(u"\U0001F600"));
-    EXPECT_EQ(dupFNErr, Create(u"\U0001F600"));
-}
-
-TEST_F(FileManager, DeletesFilesAndLinksThatMayGo) {
-    fFolder.Make("file", "");
-    fFolder.Make("readonly", "");
-    chmod((fFolder / "readonly").c_str(), 0464);
-    std::filesystem::create_directory(fFolder / "folder");
-    std::filesystem::create_symlink("file", fFolder / "link");
-    ASSERT_EQ(0, mkfifo((fFolder / "pipe").c_str(), 0666));
-    std::filesystem::create_symlink("readonly", fFolder / "readonlylink");
-    std::filesystem::create_symlink("nowhere", fFolder / "dangling");
-    struct {
-        char const* fName;
-        OSErr fError;
-    } const kCases[] = {
-        {"link", noErr},
-        {"dangling", noErr},
-        {"readonlylink", fLckdErr},
-        {"readonly", fLckdErr},
-        {"folder", paramErr},
-        {"pipe", paramErr},
-        {"file", noErr},
-        {"file", fnfErr},
-    };
-    for (auto const& [name, error] : kCases) {
-        FSRef const ref = RefOf(name);
-        EXPECT_EQ(error, FSDeleteObject(&ref)) << name;
-    }
-    EXPECT_EQ("folder pipe readonly readonlylink ", fFolder.Names());
+    EXPECT_EQ(std::filesystem::current_path() / "a/b", reinterpret_cast<char const*>(absolute));
 }
 
 TEST_F(FileManager, MakesWhatTheUmaskLeavesAndTakesItBack) {

@@ -12,22 +12,15 @@ namespace UnicodeEncodingNS {
 
 namespace {
 
-using Text16 = std::u16string;
-
-Buffer16 MakeBuffer(std::u16string_view text) {
-    Buffer16 const buffer(text.size(), nullptr);
+template <class Unit>
+auto MakeBuffer(std::basic_string<Unit> const& text) {
+    std::conditional_t<sizeof(Unit) == 1, Buffer8, Buffer16> const buffer(text.size(), nullptr);
     std::copy(text.begin(), text.end(), buffer.GetBuffer());
     return buffer;
 }
 
-Buffer8 MakeBuffer(std::string_view text) {
-    Buffer8 const buffer(text.size(), nullptr);
-    std::copy(text.begin(), text.end(), buffer.GetBuffer());
-    return buffer;
-}
-
-Text16 TextOf(Buffer16 const& buffer) {
-    return Text16(buffer.GetBuffer(), buffer.GetBuffer() + buffer.GetNumElements());
+std::u16string TextOf(Buffer16 const& buffer) {
+    return std::u16string(buffer.GetBuffer(), buffer.GetBuffer() + buffer.GetNumElements());
 }
 
 std::string TextOf(Buffer8 const& buffer) {
@@ -41,115 +34,79 @@ auto Plain(TUnicodeEncoding<T> const& value) {
 
 } // namespace
 
+using namespace std::string_literals;
 using UnicodeEncodingValue = support::BoundClientTest;
 
 TEST_F(UnicodeEncodingValue, LosesItsMarkOnCreation) {
-    EXPECT_EQ(u"ab", Plain(CreateUnicode16(MakeBuffer(u"ab"))));
-    EXPECT_EQ(u"ab", Plain(CreateUnicode16(MakeBuffer(u"\xFEFF\u0061\u0062"))));
-    EXPECT_EQ(u"ab", Plain(CreateUnicode16(MakeBuffer(u"\xFFFE\u6100\u6200"))));
-    EXPECT_EQ(u"", Plain(CreateUnicode16(MakeBuffer(u"\xFEFF"))));
-    EXPECT_EQ(u"", Plain(CreateUnicode16(MakeBuffer(u""))));
+    for (auto const& text : {u"ab"s, u"\xFEFF\u0061\u0062"s, u"\xFFFE\u6100\u6200"s}) {
+        EXPECT_EQ(u"ab", Plain(CreateUnicode16(MakeBuffer(text))));
+    }
+    EXPECT_EQ(u"", Plain(CreateUnicode16(MakeBuffer(u"\xFEFF"s))));
     EXPECT_EQ(u"", Plain(CreateUnicode16(Buffer16())));
-    EXPECT_EQ(
-        "ab",
-        Plain(CreateUnicode8(MakeBuffer("\xEF\xBB\xBF"
-                                        "ab"))));
-    EXPECT_EQ("\xEF\xBB", Plain(CreateUnicode8(MakeBuffer("\xEF\xBB"))));
-    EXPECT_EQ("\xEF\xBBx", Plain(CreateUnicode8(MakeBuffer("\xEF\xBBx"))));
-    char text[] = "\xEF\xBB\xBF"
-                  "c";
-    EXPECT_EQ("c", Plain(Unicode8(text)));
-    EXPECT_EQ("", Plain(Unicode8(text + 4)));
+    for (auto const& [text, plain] :
+         {std::pair(
+              "\xEF\xBB\xBF"
+              "ab"s,
+              "ab"s),
+          {"\xEF\xBB"s, "\xEF\xBB"s},
+          {"\xEF\xBBx"s, "\xEF\xBBx"s}}) {
+        EXPECT_EQ(plain, Plain(CreateUnicode8(MakeBuffer(text))));
+    }
 }
 
 TEST_F(UnicodeEncodingValue, HandsOutEveryForm) {
-    Unicode16 const value = CreateUnicode16(MakeBuffer(u"\u0141"));
+    Unicode16 const value = CreateUnicode16(MakeBuffer(u"\u0141"s));
     struct {
         int fOrder;
         bool fTerminate;
         bool fMark;
-        Text16 fExpected;
+        std::u16string fExpected;
     } const kCases[] = {
         {0, false, false, u"\u0141"},
-        {0, true, false, Text16(u"\u0141\0", 2)},
-        {0, false, true, u"\xFEFF\u0141"},
-        {0, true, true, Text16(u"\xFEFF\u0141\0", 3)},
+        {0, true, true, u"\xFEFF\u0141\0"s},
         {1, false, false, u"\u4101"},
-        {1, true, true, Text16(u"\xFFFE\u4101\0", 3)},
-        {2, false, false, u"\u0141"},
-        {2, true, true, Text16(u"\xFEFF\u0141\0", 3)},
+        {1, true, true, u"\xFFFE\u4101\0"s},
+        {2, true, false, u"\u0141\0"s},
+        {2, false, true, u"\xFEFF\u0141"},
         {3, false, false, u""},
     };
-    for (auto const& row : kCases) {
-        EXPECT_EQ(
-            row.fExpected,
-            TextOf(value.GetString(static_cast<ByteOrder>(row.fOrder), row.fTerminate, row.fMark)))
-            << row.fOrder << row.fTerminate << row.fMark;
+    for (auto const& [order, terminate, mark, expected] : kCases) {
+        auto const text = value.GetString(static_cast<ByteOrder>(order), terminate, mark);
+        EXPECT_EQ(expected, TextOf(text)) << order << terminate << mark;
     }
+    EXPECT_EQ(u"\0"s, TextOf(Unicode16().GetString(kByteOrderNative, /*terminate=*/true, false)));
     EXPECT_EQ(
-        1U,
-        Unicode16()
-            .GetString(kByteOrderNative, /*terminate=*/true, /*mark=*/false)
-            .GetNumElements());
-    Unicode8 const text8 = CreateUnicode8(MakeBuffer("abc"));
-    EXPECT_EQ(6U, text8.GetString(kByteOrderNative, /*terminate=*/false, /*mark=*/true).GetSize());
-    EXPECT_EQ(
-        std::string(
-            "\xEF\xBB\xBF"
-            "abc\0",
-            7),
-        TextOf(text8.GetString(kByteOrderLittleEndian, /*terminate=*/true, /*mark=*/true)));
-}
-
-TEST_F(UnicodeEncodingValue, ComesBackFromTheOtherOrder) {
-    Unicode16 const value = CreateUnicode16(MakeBuffer(u"\u0141\u00E4"));
-    Buffer16 const swapped =
-        value.GetString(kByteOrderLittleEndian, /*terminate=*/false, /*mark=*/true);
-    EXPECT_EQ(u"\u0141\u00E4", Plain(CreateUnicode16(swapped)));
-}
-
-TEST_F(UnicodeEncodingValue, SharesTheTextWhenItIsAskedForAsItStands) {
-    Buffer16 const buffer = MakeBuffer(u"ab");
-    Unicode16 const value = CreateUnicode16(buffer);
-    Unicode16 const copy = value; // NOLINT(performance-unnecessary-copy-initialization)
-    EXPECT_EQ(
-        buffer.GetBuffer(),
-        copy.GetString(kByteOrderBigEndian, /*terminate=*/false, /*mark=*/false).GetBuffer());
+        "\xEF\xBB\xBF"
+        "abc\0"s,
+        TextOf(
+            Unicode8("abc").GetString(kByteOrderLittleEndian, /*terminate=*/true, /*mark=*/true)));
 }
 
 TEST_F(UnicodeEncodingValue, ConvertsBothWays) {
-    struct {
-        Text16 fText16;
-        std::string fText8;
-    } const kCases[] = {
-        {u"plain", "plain"},
-        {u"\u00E4\u20AC", "\xC3\xA4\xE2\x82\xAC"},
-        {u"\U0001F600x", "\xF0\x9F\x98\x80x"},
-    };
-    for (auto const& row : kCases) {
-        EXPECT_EQ(row.fText8, Plain(CreateUnicode8(CreateUnicode16(MakeBuffer(row.fText16)))));
-        EXPECT_EQ(row.fText16, Plain(CreateUnicode16(MakeBuffer(row.fText8))));
+    for (auto const& [text16, text8] :
+         {std::pair(u"plain"s, "plain"s),
+          {u"\u00E4\u20AC"s, "\xC3\xA4\xE2\x82\xAC"s},
+          {u"\U0001F600x"s, "\xF0\x9F\x98\x80x"s}}) {
+        EXPECT_EQ(text8, Plain(CreateUnicode8(CreateUnicode16(MakeBuffer(text16)))));
+        EXPECT_EQ(text16, Plain(CreateUnicode16(MakeBuffer(text8))));
     }
 }
 
 TEST_F(UnicodeEncodingValue, IsEmptyForTextThatCannotBeDecoded) {
-    for (char const* const bad :
-         {"", "\xFF", "a\x80", "\xED\xA0\x80", "\xF5\x80\x80\x80", "\xC3"}) {
-        EXPECT_EQ(u"", Plain(CreateUnicode16(MakeBuffer(std::string_view(bad)))));
+    for (auto const& bad :
+         {""s, "\xFF"s, "a\x80"s, "\xED\xA0\x80"s, "\xF5\x80\x80\x80"s, "\xC3"s}) {
+        EXPECT_EQ(u"", Plain(CreateUnicode16(MakeBuffer(bad))));
     }
-    Text16 const loneSurrogates[] = {Text16(1, u'\xD83D'), u"", Text16(1, u'\xDE00')};
-    for (auto const& bad : loneSurrogates) {
+    for (auto const& bad : {u"\xD83D"s, u""s, u"\xDE00"s, u"a\xD83D"s}) {
         EXPECT_EQ("", Plain(CreateUnicode8(CreateUnicode16(MakeBuffer(bad)))));
     }
-    EXPECT_EQ("", Plain(CreateUnicode8(CreateUnicode16(MakeBuffer(u"a" + loneSurrogates[0])))));
 }
 
 TEST_F(UnicodeEncodingValue, BridgesTo16BitStrings) {
-    auto const string = CreateCPOSUnicodeString(CreateUnicode16(MakeBuffer(u"ab")));
+    auto const string = CreateCPOSUnicodeString(CreateUnicode16(MakeBuffer(u"ab"s)));
     EXPECT_EQ(3U, string.GetLength());
     EXPECT_EQ(0xFEFF, string.Get()[0]);
     EXPECT_EQ(u"ab", Plain(Unicode16FromCPOSUnicodeString(string)));
-    EXPECT_EQ(u"", Plain(Unicode16FromCPOSUnicodeString(CreateCPOSUnicodeString(Unicode16()))));
 }
 
 TEST(CFString, MeasuresWritesAndStopsAtTheEndOfTheBuffer) {
@@ -160,16 +117,27 @@ TEST(CFString, MeasuresWritesAndStopsAtTheEndOfTheBuffer) {
     UnicodeEncoding_AutoCFRelease<CFStringRef> const retained(string, /*retain=*/true);
     EXPECT_EQ(3, CFStringGetLength(retained));
     UInt8 bytes[8] = {};
-    CFIndex used = 0;
-    CFRange const all = CFRangeMake(0, 3);
-    EXPECT_EQ(3, CFStringGetBytes(string, all, kCFStringEncodingUTF8, 0, 0, nullptr, 0, &used));
-    EXPECT_EQ(4, used);
-    EXPECT_EQ(1, CFStringGetBytes(string, all, kCFStringEncodingUTF8, 0, 0, bytes, 2, &used));
-    EXPECT_EQ(1, used);
-    CFRange const rest = CFRangeMake(1, 99);
-    EXPECT_EQ(2, CFStringGetBytes(string, rest, kCFStringEncodingUnicode, 0, 0, bytes, 8, &used));
-    EXPECT_EQ(4, used);
-    EXPECT_EQ(0, CFStringGetBytes(string, all, 7, 0, 0, bytes, 8, nullptr));
+    struct {
+        CFRange fRange;
+        CFStringEncoding fEncoding;
+        UInt8* fBuffer;
+        CFIndex fSize;
+        CFIndex fConverted;
+        CFIndex fUsed;
+    } const kCases[] = {
+        {{0, 3}, kCFStringEncodingUTF8, nullptr, 0, 3, 4},
+        {{0, 3}, kCFStringEncodingUTF8, bytes, 2, 1, 1},
+        {{1, 99}, kCFStringEncodingUnicode, bytes, 8, 2, 4},
+    };
+    for (auto const& row : kCases) {
+        CFIndex used = 0;
+        EXPECT_EQ(
+            row.fConverted,
+            CFStringGetBytes(
+                string, row.fRange, row.fEncoding, 0, 0, row.fBuffer, row.fSize, &used));
+        EXPECT_EQ(row.fUsed, used);
+    }
+    EXPECT_EQ(0, CFStringGetBytes(string, {0, 3}, 7, 0, 0, bytes, 8, nullptr));
     EXPECT_EQ(nullptr, CFStringCreateWithBytes(kCFAllocatorDefault, text, 4, 7, 0));
 }
 

@@ -61,66 +61,6 @@ protected:
     support::FileServiceDouble fService;
 };
 
-TEST_F(WholeFile, ReadsNothingButTheErrorWhereACallFails) {
-    std::vector<std::string> const order = {
-        "FSPathMakeRef",
-        "FSGetDataForkName",
-        "FSOpenFork",
-        "FSGetForkSize",
-        "FSSetForkPosition",
-        "FSReadFork"};
-    fFolder.Make("a", "bytes");
-    Unicode16 const path = PathOf("a");
-    for (unsigned long n = 1; n <= order.size(); ++n) {
-        fService.FailCall(n);
-        EXPECT_EQ("Error", WhatItThrows([&] { ReadFile<CPDFSettingsError>(path); })) << n;
-        ASSERT_LE(n, fService.fCalls.size());
-        EXPECT_EQ(order[n - 1], fService.fCalls[n - 1]);
-    }
-    fService.FailCall(0);
-    Buffer8 const bytes = ReadFile<CPDFSettingsError>(path);
-    EXPECT_EQ(
-        "bytes", std::string(reinterpret_cast<char const*>(bytes.GetBuffer()), bytes.GetSize()));
-    EXPECT_EQ(order.size(), fService.fCalls.size());
-}
-
-// What stands on disk after each failure.
-TEST_F(WholeFile, LeavesTheOldFileOrNoneWhereACallFails) {
-    struct {
-        bool fIsReplaced; // there is a file already
-        std::vector<std::string> fCalls;
-        std::vector<std::string> fAfter; // the file's bytes when that call fails; "-" for no file
-    } const kCases[] = {
-        {false,
-         {"FSPathMakeRef", "FSCreateFileUnicode", "FSGetDataForkName", "FSOpenFork", "FSWriteFork"},
-         {"-", "-", "-", "-", "-"}},
-        {true,
-         {"FSPathMakeRef",
-          "FSCreateFileUnicode",
-          "FSPathMakeRef",
-          "FSDeleteObject",
-          "FSCreateFileUnicode",
-          "FSGetDataForkName",
-          "FSOpenFork",
-          "FSWriteFork"},
-         {"old", "old", "old", "old", "-", "-", "-", "-"}},
-    };
-    for (auto const& row : kCases) {
-        for (unsigned long n = 1; n <= row.fCalls.size(); ++n) {
-            PutOldFile(row.fIsReplaced);
-            EXPECT_EQ("Error", WriteFailing(n, "a")) << row.fCalls[n - 1];
-            bool const isThere = std::filesystem::exists(fFolder / "a");
-            EXPECT_EQ(row.fAfter[n - 1], isThere ? support::ReadBytes(fFolder / "a") : "-")
-                << row.fCalls[n - 1];
-        }
-        PutOldFile(row.fIsReplaced);
-        EXPECT_EQ("nothing", WriteFailing(0, "a"));
-        EXPECT_EQ(row.fCalls, fService.fCalls);
-        EXPECT_EQ("new", support::ReadBytes(fFolder / "a"));
-    }
-    EXPECT_EQ("a ", fFolder.Names());
-}
-
 TEST_F(WholeFile, LeavesAnExistingFileAloneIfAsked) {
     fFolder.Make("a", "old");
     EXPECT_EQ("Error", WriteFailing(0, "a", /*failIfExists=*/true));
@@ -130,35 +70,6 @@ TEST_F(WholeFile, LeavesAnExistingFileAloneIfAsked) {
     EXPECT_EQ("", support::ReadBytes(fFolder / "b"));
     EXPECT_EQ(0U, ReadFile<CPDFSettingsError>(PathOf("b")).GetSize());
     EXPECT_EQ("a b ", fFolder.Names());
-}
-
-TEST_F(WholeFile, CleansUpWhereMemoryRunsOut) {
-    constexpr unsigned long kMostAllocations = 1000;
-    for (bool const andAllLater : {true, false}) {
-        PutOldFile(/*isThere=*/true);
-        unsigned long n = 1;
-        while (n < kMostAllocations && WriteInShortage(n, andAllLater) != "nothing") {
-            ++n;
-        }
-        EXPECT_LT(n, kMostAllocations);
-    }
-}
-
-TEST_F(WholeFile, MakesSettingsOrAnErrorWhicheverAllocationFails) {
-    fFolder.Make("a", "<</A 1 /B [ (x) ]>>setalembicorparams tail");
-    Unicode16 const path = PathOf("a");
-    auto const open = [&] { PDFSettingsImpl::PDFSettingsFile(path, "").IsDirty(); };
-    open(); // takes what the runtime keeps
-    unsigned long const start = bibrt::CountAllocations();
-    open();
-    unsigned long const allocations = bibrt::CountAllocations() - start;
-    for (unsigned long n = 1; n <= allocations; ++n) {
-        for (bool const andAllLater : {true, false}) {
-            bibrt::FailAllocation(n, andAllLater);
-            EXPECT_THROW(open(), BIB_T_NMT::CBIBError) << n;
-            bibrt::ResetFailures();
-        }
-    }
 }
 
 TEST_F(WholeFile, GoesAgainThoughNobodyMayWriteIt) {
