@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstring>
 #include <exception>
-#include <iterator>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -13,6 +12,7 @@
 
 #include "platform/CFStringObject.h"
 #include "platform/MacRoman.h"
+#include "platform/Utf8.h"
 
 namespace {
 
@@ -59,11 +59,13 @@ std::optional<std::u16string> FromUnits(UInt8 const* bytes, std::size_t numBytes
 }
 
 std::optional<std::u16string> FromUTF8(UInt8 const* bytes, std::size_t numBytes) {
-    std::u16string text;
-    if (!utf8::is_valid(bytes, bytes + numBytes)) {
+    std::u16string text(numBytes, u'\0');
+    auto const length =
+        platform::DecodeUtf8({reinterpret_cast<char const*>(bytes), numBytes}, text.data());
+    if (!length) {
         return std::nullopt;
     }
-    utf8::unchecked::utf8to16(bytes, bytes + numBytes, std::back_inserter(text));
+    text.resize(*length);
     return text;
 }
 
@@ -94,7 +96,10 @@ struct Encoded {
     UInt8 fBytes[4];
 };
 
-Encoded EncodeUTF8(std::u16string_view text) noexcept {
+Encoded EncodeUTF8(std::u16string_view text) {
+    if (text[0] < 0x80) {
+        return {1, 1, {static_cast<UInt8>(text[0])}};
+    }
     Encoded result = {1, 0, {}};
     char32_t codePoint = text[0];
     if (IsLead(text[0]) && text.size() > 1 && IsTrail(text[1])) {
@@ -108,27 +113,60 @@ Encoded EncodeUTF8(std::u16string_view text) noexcept {
     return result;
 }
 
-Encoded EncodeUnit(std::u16string_view text) noexcept {
-    Encoded result = {1, sizeof(char16_t), {}};
-    std::memcpy(result.fBytes, text.data(), sizeof(char16_t));
-    return result;
-}
-
-Encoded EncodeMacRoman(std::u16string_view text) noexcept {
+Encoded EncodeMacRoman(std::u16string_view text) {
     auto const byte = platform::ToMacRoman(text[0]);
     return byte ? Encoded{1, 1, {*byte}} : Encoded{0, 0, {}};
 }
 
-Encoded EncodeFirst(std::u16string_view text, CFStringEncoding encoding) noexcept {
+// How far an encoding of a string came.
+struct Progress {
+    std::size_t fUnits = 0; // of the string
+    std::size_t fSize = 0;  // in bytes
+};
+
+// Encodes text up to the first character that EncodeFirst refuses or that does not fit in buffer;
+// measures only if that is null.
+template <Encoded (*EncodeFirst)(std::u16string_view)>
+Progress EncodeEach(std::u16string_view text, UInt8* buffer, std::size_t size) noexcept {
+    Progress progress;
+    while (progress.fUnits < text.size()) {
+        Encoded const next = EncodeFirst(text.substr(progress.fUnits));
+        bool const fits = buffer == nullptr || progress.fSize + next.fSize <= size;
+        if (next.fUnits == 0 || !fits) {
+            break;
+        }
+        if (buffer != nullptr) {
+            std::memcpy(buffer + progress.fSize, next.fBytes, next.fSize);
+        }
+        progress.fUnits += next.fUnits;
+        progress.fSize += next.fSize;
+    }
+    return progress;
+}
+
+// The same of units as they are.
+Progress CopyUnits(std::u16string_view text, UInt8* buffer, std::size_t size) noexcept {
+    if (buffer != nullptr) {
+        text = text.substr(0, size / sizeof(char16_t));
+    }
+    Progress const progress = {text.size(), text.size() * sizeof(char16_t)};
+    if (buffer != nullptr && !text.empty()) {
+        std::memcpy(buffer, text.data(), progress.fSize);
+    }
+    return progress;
+}
+
+Progress Encode(
+    std::u16string_view text, CFStringEncoding encoding, UInt8* buffer, std::size_t size) noexcept {
     switch (encoding) {
     case kCFStringEncodingUnicode:
-        return EncodeUnit(text);
+        return CopyUnits(text, buffer, size);
     case kCFStringEncodingUTF8:
-        return EncodeUTF8(text);
+        return EncodeEach<&EncodeUTF8>(text, buffer, size);
     case kCFStringEncodingMacRoman:
-        return EncodeMacRoman(text);
+        return EncodeEach<&EncodeMacRoman>(text, buffer, size);
     default:
-        return {0, 0, {}};
+        return {};
     }
 }
 
@@ -174,27 +212,12 @@ CFIndex CFStringGetBytes(
     UInt8* buffer,
     CFIndex maxBufLen,
     CFIndex* usedBufLen) noexcept {
-    std::u16string_view text = Slice(TextOf(string), range);
-    std::size_t converted = 0;
-    std::size_t used = 0;
-    while (!text.empty()) {
-        Encoded const next = EncodeFirst(text, encoding);
-        bool const fits =
-            buffer == nullptr || used + next.fSize <= static_cast<std::size_t>(maxBufLen);
-        if (next.fUnits == 0 || !fits) {
-            break;
-        }
-        if (buffer != nullptr) {
-            std::memcpy(buffer + used, next.fBytes, next.fSize);
-        }
-        text.remove_prefix(next.fUnits);
-        converted += next.fUnits;
-        used += next.fSize;
-    }
+    Progress const progress =
+        Encode(Slice(TextOf(string), range), encoding, buffer, static_cast<std::size_t>(maxBufLen));
     if (usedBufLen != nullptr) {
-        *usedBufLen = static_cast<CFIndex>(used);
+        *usedBufLen = static_cast<CFIndex>(progress.fSize);
     }
-    return static_cast<CFIndex>(converted);
+    return static_cast<CFIndex>(progress.fUnits);
 }
 
 CFStringRef CFStringCreateWithCString(

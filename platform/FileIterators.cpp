@@ -42,9 +42,10 @@ bool IsLink(int folder, char const* name) noexcept {
     return fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISLNK(status.st_mode);
 }
 
-// The status of the next item and its name, which is *bytes to the system. An item that has gone
-// meanwhile or that cannot be looked at is passed over: it must not hide those behind it.
-OSErr NextItem(DIR* stream, FileStatus* status, HFSUniStr255* name, std::string* bytes) {
+// The status of the next item and its name, which is *bytes to the system up to the next call. An
+// item that has gone meanwhile or that cannot be looked at is passed over: it must not hide those
+// behind it.
+OSErr NextItem(DIR* stream, FileStatus* status, HFSUniStr255* name, char const** bytes) {
     for (;;) {
         errno = 0;
         dirent const* const entry = readdir(stream);
@@ -105,14 +106,15 @@ OSErr FSGetCatalogInfoBulk(
     return AtService([=] {
         FileStatus status;
         HFSUniStr255 name;
-        std::string bytes;
+        char const* bytes = nullptr;
         OSErr const error = NextItem(iterator->fStream, &status, &name, &bytes);
         if (error != noErr) {
             return error;
         }
-        *refs = {iterator->fFolder + bytes};
+        refs->path.assign(iterator->fFolder).append(bytes);
+        refs->isCreated = false;
         status.Tell(whichInfo, catalogInfos);
-        if (IsFolderByLink(status, dirfd(iterator->fStream), bytes.c_str())) {
+        if (IsFolderByLink(status, dirfd(iterator->fStream), bytes)) {
             catalogInfos->nodeFlags &= static_cast<UInt16>(~kFSNodeIsDirectoryMask);
         }
         if (names != nullptr) {

@@ -4,7 +4,8 @@
 #include <iterator>
 
 #include <utf8.h>
-#include <utf8/unchecked.h>
+
+#include "platform/Utf8.h"
 
 namespace platform {
 
@@ -28,15 +29,13 @@ std::string EncodeName(UniChar const* begin, UniChar const* end) {
 } // namespace
 
 bool DecodeName(char const* bytes, HFSUniStr255* name) noexcept {
-    char const* const end = bytes + std::strlen(bytes);
-    // A name has at most 255 bytes, and as many units at the most.
-    if (end - bytes > static_cast<std::ptrdiff_t>(kLongestName) ||
-        utf8::find_invalid(bytes, end) != end) {
+    std::size_t const size = std::strlen(bytes);
+    if (size > kLongestName) {
         return false;
     }
-    UniChar* const last = utf8::unchecked::utf8to16(bytes, end, name->unicode);
-    name->length = static_cast<UInt16>(last - name->unicode);
-    return true;
+    auto const length = DecodeUtf8({bytes, size}, name->unicode);
+    name->length = static_cast<UInt16>(length.value_or(0));
+    return length.has_value();
 }
 
 OSErr ChildPath(

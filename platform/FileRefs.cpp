@@ -18,17 +18,23 @@ using platform::FileStatus;
 
 namespace {
 
-// Empty where the system cannot tell the current folder, which errno tells.
+// The path from the root on of a path from the current folder; empty where the system cannot tell
+// that folder, for the reason in errno.
 std::string Absolute(std::string const& path) {
-    if (path.starts_with('/')) {
-        return path;
-    }
     std::unique_ptr<char, void (*)(void*)> const folder(getcwd(nullptr, 0), &std::free);
     if (!folder) {
         return {};
     }
     std::string const current = folder.get();
     return current + (current.ends_with('/') ? "" : "/") + path;
+}
+
+OSErr CopyPath(std::string const& path, UInt8* buffer, UInt32 size) noexcept {
+    if (path.size() >= size) {
+        return bdNamErr;
+    }
+    std::memcpy(buffer, path.c_str(), path.size() + 1);
+    return noErr;
 }
 
 } // namespace
@@ -51,15 +57,11 @@ OSErr FSPathMakeRef(UInt8 const* path, FSRef* ref, Boolean* isDirectory) noexcep
 
 OSErr FSRefMakePath(FSRef const* ref, UInt8* path, UInt32 size) noexcept {
     return AtService([=] {
+        if (ref->path.starts_with('/')) {
+            return CopyPath(ref->path, path, size);
+        }
         std::string const absolute = Absolute(ref->path);
-        if (absolute.empty()) {
-            return CodeOf(errno);
-        }
-        if (absolute.size() >= size) {
-            return bdNamErr;
-        }
-        std::memcpy(path, absolute.c_str(), absolute.size() + 1);
-        return noErr;
+        return absolute.empty() ? CodeOf(errno) : CopyPath(absolute, path, size);
     });
 }
 

@@ -37,21 +37,6 @@ void Destroy(BIBContainer* container) noexcept {
     doomed.fIsRunning = false;
 }
 
-// Takes one reference off if there is any; how many there were.
-long TakeRef(BIBContainer* container) noexcept {
-    std::atomic_ref const refs(container->fRefs);
-    long before = refs.load(std::memory_order_acquire);
-    // The last reference is nobody else's, and no locked instruction is needed for it.
-    if (before == 1 || HasOneThread()) {
-        refs.store(before > 0 ? before - 1 : before, std::memory_order_relaxed);
-        return before;
-    }
-    while (before > 0 &&
-           !refs.compare_exchange_weak(before, before - 1, std::memory_order_acq_rel)) {
-    }
-    return before;
-}
-
 } // namespace
 
 void CallDeleteProc(void (*proc)(void*), void* data) noexcept {
@@ -75,14 +60,14 @@ bool AddContainerRef(BIBContainer* container) noexcept {
 }
 
 void ReleaseContainer(BIBContainer* container) noexcept {
-    if (container && TakeRef(container) == 1) {
+    if (container && TakeOne(std::atomic_ref(container->fRefs)) == 1) {
         Destroy(container);
     }
 }
 
 void DropContainerRef(BIBContainer* container) noexcept {
     if (container) {
-        TakeRef(container);
+        TakeOne(std::atomic_ref(container->fRefs));
     }
 }
 

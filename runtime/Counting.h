@@ -26,6 +26,20 @@ Number AddTo(std::atomic_ref<Number> count, Number change) noexcept {
     return count.fetch_add(change, std::memory_order_relaxed);
 }
 
+// Takes one reference off if there is any; how many there were.
+inline long TakeOne(std::atomic_ref<long> refs) noexcept {
+    long before = refs.load(std::memory_order_acquire);
+    // The last reference is nobody else's, and no locked instruction is needed for it.
+    if (before == 1 || HasOneThread()) {
+        refs.store(before > 0 ? before - 1 : before, std::memory_order_relaxed);
+        return before;
+    }
+    while (before > 0 &&
+           !refs.compare_exchange_weak(before, before - 1, std::memory_order_acq_rel)) {
+    }
+    return before;
+}
+
 // A number of things or events.
 class Counter {
 public:

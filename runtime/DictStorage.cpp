@@ -9,7 +9,6 @@ namespace bibrt {
 
 namespace {
 
-constexpr std::size_t kFirstEntries = 4;
 constexpr std::size_t kFewEntries = 8;
 
 // Positions must fit an index slot.
@@ -88,7 +87,7 @@ void DictStorage::Reserve(std::size_t count) {
     if (wanted > kMaxEntries) {
         throw std::length_error("too many keys");
     }
-    std::size_t const capacity = std::max({wanted, fEntries.capacity() * 2, kFirstEntries});
+    std::size_t const capacity = std::max({wanted, fEntries.capacity() * 2, kFewEntries});
     if (capacity > kFewEntries) {
         // Gaps keep their slots until they are closed: half of the slots stay free at the worst.
         Vector<std::uint32_t> index(std::bit_ceil(capacity * 2));

@@ -2,6 +2,7 @@
 
 #include "runtime/Boundary.h"
 #include "runtime/Container.h"
+#include "runtime/Counting.h"
 #include "runtime/Memory.h"
 #include "runtime/Tables.h"
 
@@ -32,7 +33,8 @@ int DeleteUnowned(BIBSharedBuffer* buffer) {
         return 0;
     }
     long only = 1;
-    if (!buffer->fRefs.compare_exchange_strong(only, 0, std::memory_order_acq_rel)) {
+    std::atomic_ref const refs(buffer->fRefs);
+    if (!refs.compare_exchange_strong(only, 0, std::memory_order_acq_rel)) {
         return 0;
     }
     DeleteObject(buffer);
@@ -59,12 +61,12 @@ unsigned long GetSize(BIBSharedBuffer* buffer) {
 
 void AddBufferRef(BIBSharedBuffer* buffer) noexcept {
     if (buffer) {
-        buffer->fRefs.fetch_add(1, std::memory_order_relaxed);
+        AddTo(std::atomic_ref(buffer->fRefs), 1L);
     }
 }
 
 void ReleaseBuffer(BIBSharedBuffer* buffer) noexcept {
-    if (buffer && buffer->fRefs.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+    if (buffer && TakeOne(std::atomic_ref(buffer->fRefs)) == 1) {
         DeleteObject(buffer);
     }
 }

@@ -13,8 +13,8 @@ struct alignas(std::max_align_t) BIBSharedBuffer {
     BIBSharedBuffer& operator=(BIBSharedBuffer const&) = delete;
     ~BIBSharedBuffer();
 
-    std::atomic<long> fRefs{1};
-    void* fData; // never null
+    long fRefs = 1; // atomic
+    void* fData;    // never null
     unsigned long fSize;
     void (*fDeleteProc)(void*); // null: nothing is called on the bytes
 };

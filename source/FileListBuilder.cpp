@@ -1,21 +1,24 @@
 #include "source/FileListBuilder.h"
 
-#include "api/UnicodeEncoding.h"
+#include <algorithm>
+#include <iterator>
+#include <optional>
+#include <span>
+
+#include <utf8.h>
+
 #include "bib/BIBStringAtom.h"
+#include "bib/POSDictIterator.h"
 #include "bib/POSNumber.h"
-#include "bib/POSUnicodeString.h"
-#include "source/ExactText.h"
 #include "source/PDFSettingsError.h"
-#include "source/SettingsFileInfo.h"
 
 using BIB_T_NMT::CBIBStringAtom;
 using BIB_T_NMT::CPOSArray;
 using BIB_T_NMT::CPOSDict;
+using BIB_T_NMT::CPOSDictIterator;
 using BIB_T_NMT::CPOSNumber;
 using BIB_T_NMT::CPOSObject;
 using BIB_T_NMT::CPOSUnicodeString;
-using UnicodeEncodingNS::Buffer16;
-using UnicodeEncodingNS::Buffer8;
 
 namespace PDFSettingsImpl {
 
@@ -23,8 +26,8 @@ namespace {
 
 constexpr unsigned short kDirSeparatorW = 0x002F;
 
-CPOSUnicodeString TextIn(CPOSDict const& info, char const* key) {
-    return info.GetUnicodeString(CBIBStringAtom(key), /*quiet=*/false);
+CPOSUnicodeString TextIn(CPOSDict const& info, CBIBStringAtom const& key) {
+    return info.GetUnicodeString(key, /*quiet=*/false);
 }
 
 // The units of a string, for comparison.
@@ -32,25 +35,20 @@ std::u16string UnitsOf(CPOSUnicodeString const& text) {
     return std::u16string(text.Get(), text.Get() + text.GetLength());
 }
 
-// The key of a file in the cloak table: its name without as many units as the extension has,
-// whatever they are. False for a shorter name.
-bool MakeCloakKey(CPOSUnicodeString const& path, Buffer8* key) {
-    Buffer16 const text = UnicodeEncodingNS::Unicode16FromCPOSUnicodeString(path).GetString(
-        UnicodeEncodingNS::kByteOrderBigEndian, /*terminate=*/false, /*mark=*/false);
-    unsigned short const* const begin = text.GetBuffer();
-    unsigned short const* const end = begin + text.GetNumElements();
-    unsigned short const* name = end;
-    while (name != begin && name[-1] != kDirSeparatorW) {
-        --name;
+// The key of a file in the cloak table: its name in UTF-8 without as many units as the extension
+// has, whatever they are. None for a shorter name. Throws utf8::exception for a name with half a
+// character.
+std::optional<std::string> CloakKey(CPOSUnicodeString const& path) {
+    std::span<unsigned short const> const text(path.Get(), path.GetLength());
+    auto const separator = std::find(text.rbegin(), text.rend(), kDirSeparatorW);
+    ThrowIfFalse(separator != text.rend(), "FileMgmt::AppendCloakSettings invalid path");
+    auto const name = text.last(static_cast<std::size_t>(separator - text.rbegin()));
+    if (name.size() < kExtensionLength) {
+        return std::nullopt;
     }
-    ThrowIfFalse(name != begin, "FileMgmt::AppendCloakSettings invalid path");
-    if (end - name < static_cast<std::ptrdiff_t>(kExtensionLength)) {
-        return false;
-    }
-    *key =
-        UnicodeEncodingNS::ExactText8({name, end - kExtensionLength})
-            .GetString(UnicodeEncodingNS::kByteOrderBigEndian, /*terminate=*/true, /*mark=*/false);
-    return true;
+    std::string key;
+    utf8::utf16to8(name.begin(), name.end() - kExtensionLength, std::back_inserter(key));
+    return key;
 }
 
 } // namespace
@@ -61,6 +59,7 @@ FileListBuilder::FileListBuilder(
       fDisplayNames(displayNames),
       fCloakSettings(cloakSettings) {
     NotePairs();
+    NoteCloaked();
 }
 
 void FileListBuilder::AppendFileToList(CPOSDict& info) const {
@@ -70,19 +69,24 @@ void FileListBuilder::AppendFileToList(CPOSDict& info) const {
     }
     AddCloakingInfo(info);
     if (fWhichDirectory == kAdminSettingsDirectory) {
-        info.Put(kReadOnly, CPOSNumber(1));
+        info.Put(fKeys.fReadOnly, CPOSNumber(1));
     }
-    std::u16string const name =
-        info.HasKey(kSettingsName) ? UnitsOf(TextIn(info, kSettingsName)) : std::u16string();
-    auto const place = fNames.insert(name).first;
+    if (!info.HasKey(fKeys.fSettingsName)) {
+        fFileList.Append(info);
+        return;
+    }
+    auto const place = fNames.insert(NameIn(info)).first;
     if (fFileList.Append(info) == 0) {
         fNames.erase(place);
     }
 }
 
 void FileListBuilder::ConvertToDisplayName(CPOSDict& info) const {
+    if (fPairs.empty()) {
+        return;
+    }
     try {
-        auto const found = fPairs.find(UnitsOf(TextIn(info, kSettingsName)));
+        auto const found = fPairs.find(NameIn(info));
         if (found == fPairs.end()) {
             return;
         }
@@ -91,8 +95,8 @@ void FileListBuilder::ConvertToDisplayName(CPOSDict& info) const {
         if (displayName.IsValid()) {
             // Before the name changes: a failure must not leave half of the two.
             CPOSNumber const readOnly(1);
-            info.Put(kSettingsName, displayName);
-            info.Put(kReadOnly, readOnly);
+            info.Put(fKeys.fSettingsName, displayName);
+            info.Put(fKeys.fReadOnly, readOnly);
         }
     } catch (...) {
         // The record goes on as it is.
@@ -117,30 +121,41 @@ void FileListBuilder::NotePairs() {
     }
 }
 
-// Only the first entry can be without a name, since a record without one throws here as soon as
-// there is an entry to compare it with; and so does every record that meets such an entry.
-bool FileListBuilder::SettingAlreadyExists(CPOSDict const& info) const {
-    if (fFileList.Count() == 0) {
-        return false;
+void FileListBuilder::NoteCloaked() {
+    try {
+        CPOSDictIterator const files(fCloakSettings);
+        for (files.Begin(); !files.IsDone(); files.Next()) {
+            fCloaked.emplace(files.CurKey());
+        }
+    } catch (...) {
+        // Files whose keys could not be looked at are listed without their entries.
     }
-    CPOSDict const first(fFileList[0], /*quiet=*/false);
-    return SettingFileInfoHasSameName(first, info) ||
-           fNames.contains(UnitsOf(TextIn(info, kSettingsName)));
+}
+
+std::u16string FileListBuilder::NameIn(CPOSDict const& info) const {
+    return UnitsOf(TextIn(info, fKeys.fSettingsName));
+}
+
+bool FileListBuilder::SettingAlreadyExists(CPOSDict const& info) const {
+    if (!fNames.empty()) {
+        return fNames.contains(NameIn(info));
+    }
+    // Only the first entry can be without a name, since a record without one throws as soon as
+    // there is an entry to compare it with; and so does every record that meets such an entry.
+    return fFileList.Count() != 0 &&
+           SettingFileInfoHasSameName(CPOSDict(fFileList[0], /*quiet=*/false), info);
 }
 
 bool FileListBuilder::SettingFileInfoHasSameName(CPOSDict const& a, CPOSDict const& b) {
-    return UnitsOf(TextIn(a, kSettingsName)) == UnitsOf(TextIn(b, kSettingsName));
+    CBIBStringAtom const settingsName(kSettingsName);
+    return UnitsOf(TextIn(a, settingsName)) == UnitsOf(TextIn(b, settingsName));
 }
 
 void FileListBuilder::AddCloakingInfo(CPOSDict& info) const {
     try {
-        Buffer8 bytes;
-        if (!MakeCloakKey(TextIn(info, kFullFilePath), &bytes)) {
-            return;
-        }
-        CBIBStringAtom const key(reinterpret_cast<char const*>(bytes.GetBuffer()));
-        if (fCloakSettings.HasKey(key)) {
-            info.Put(kShowHide, fCloakSettings.Get(key, /*quiet=*/false));
+        auto const key = CloakKey(TextIn(info, fKeys.fFullFilePath));
+        if (key && fCloaked.contains(*key)) {
+            info.Put(fKeys.fShowHide, fCloakSettings.Get(key->c_str(), /*quiet=*/false));
         }
     } catch (...) {
         // The record goes on without.

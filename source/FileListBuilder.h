@@ -17,6 +17,7 @@
 #include "bib/POSArray.h"
 #include "bib/POSDict.h"
 #include "bib/POSUnicodeString.h"
+#include "source/SettingsFileInfo.h"
 
 namespace PDFSettingsImpl {
 
@@ -35,6 +36,9 @@ public:
 
     // Which folder the entries come from, from now on.
     void SetForWhichDirectory(ForWhichDirectory which) noexcept { fWhichDirectory = which; }
+
+    // The keys of the list's records.
+    SettingsFileInfoKeys const& Keys() const noexcept { return fKeys; }
 
     // A handle on the list.
     BIB_T_NMT::CPOSArray GetFileList() const { return fFileList; }
@@ -61,13 +65,19 @@ private:
     // Fills fPairs, up to the first pair that is none.
     void NotePairs();
     void NotePair(BIB_T_NMT::CPOSUnicodeString const& fileName, unsigned int place);
+    // Fills fCloaked.
+    void NoteCloaked();
+    std::u16string NameIn(BIB_T_NMT::CPOSDict const& info) const;
 
     BIB_T_NMT::CPOSArray fFileList;
     ForWhichDirectory fWhichDirectory;
     BIB_T_NMT::CPOSArray fDisplayNames;
     BIB_T_NMT::CPOSDict fCloakSettings;
+    SettingsFileInfoKeys const fKeys;
     // The place of the first pair for each file, so that no file is compared with every pair.
     std::unordered_map<std::u16string, unsigned int> fPairs;
+    // The keys of the cloak table, so that no other name is made an atom.
+    std::unordered_set<std::string> fCloaked;
     // The names in the list, so that no record is compared with every other one.
     mutable std::unordered_set<std::u16string> fNames;
 };

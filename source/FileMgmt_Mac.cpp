@@ -17,12 +17,13 @@ void AppendItem(
     HFSUniStr255 const& name,
     FSCatalogInfo const& catalogInfo,
     FileListBuilder const& builder) {
-    UInt8 path[kPathSize] = {};
+    UInt8 path[kPathSize];
     if (FSRefMakePath(&ref, path, kPathSize) != noErr) {
         return;
     }
     BIB_T_NMT::CPOSDict info;
-    if (MakeSettingsFileInfo(reinterpret_cast<char const*>(path), name, catalogInfo, &info)) {
+    auto const* const text = reinterpret_cast<char const*>(path);
+    if (MakeSettingsFileInfo(builder.Keys(), text, name, catalogInfo, &info)) {
         builder.AppendFileToList(info);
     }
 }

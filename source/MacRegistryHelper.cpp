@@ -124,7 +124,7 @@ void MergeApplications(CPOSDict const& table, CFDictionaryRef applications) {
 CPOSArray MakePair(CFStringRef fileName, CFStringRef displayName) {
     CPOSArray pair;
     for (CFStringRef const name : {fileName, displayName}) {
-        pair.Append(UnicodeEncodingNS::CreateCPOSUnicodeString(PropertyLists::TextOf(name)));
+        pair.Append(PropertyLists::StringOf(name));
     }
     return pair;
 }

@@ -2,7 +2,7 @@
 
 #include <new>
 
-#include "source/ExactText.h"
+#include "source/ExactString.h"
 
 using UnicodeEncodingNS::Buffer16;
 
@@ -72,9 +72,9 @@ AutoCFRelease<CFStringRef> MakeString(char const* text) {
     return string;
 }
 
-UnicodeEncodingNS::Unicode16 TextOf(CFStringRef string) {
+BIB_T_NMT::CPOSUnicodeString StringOf(CFStringRef string) {
     Buffer16 const units = UnitsOf(string);
-    return UnicodeEncodingNS::ExactText({units.GetBuffer(), units.GetNumElements()});
+    return UnicodeEncodingNS::ExactString({units.GetBuffer(), units.GetNumElements()});
 }
 
 UnicodeEncodingNS::Unicode16 PathOf(CFStringRef string) {

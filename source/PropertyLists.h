@@ -26,10 +26,10 @@ std::vector<CFStringRef> KeysOf(CFDictionaryRef dict);
 // A string of a text in Mac Roman, the encoding of keys. Throws std::bad_alloc.
 AutoCFRelease<CFStringRef> MakeString(char const* text);
 
-// The text of a string, a byte order mark at its head included. Throws CBIBError.
-UnicodeEncodingNS::Unicode16 TextOf(CFStringRef string);
+// A 16-bit string of the same text, a byte order mark at its head included. Throws CBIBError.
+BIB_T_NMT::CPOSUnicodeString StringOf(CFStringRef string);
 
-// The same of a path; a mark at its head is removed or honoured.
+// The text of a path; a mark at its head is removed or honoured. Throws CBIBError.
 UnicodeEncodingNS::Unicode16 PathOf(CFStringRef string);
 
 } // namespace PropertyLists

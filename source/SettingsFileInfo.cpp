@@ -9,8 +9,9 @@
 #include "bib/BIBMemory.h"
 #include "bib/POSBinData.h"
 #include "bib/POSNumber.h"
-#include "source/ExactText.h"
+#include "source/ExactString.h"
 
+using BIB_T_NMT::CBIBStringAtom;
 using BIB_T_NMT::CPOSBinData;
 using BIB_T_NMT::CPOSDict;
 using BIB_T_NMT::CPOSNumber;
@@ -61,7 +62,7 @@ bool IsEmpty(UnicodeEncodingNS::Unicode16 const& text) {
 }
 
 // A record that lost one of its values for want of memory would spoil the list.
-void Put(CPOSDict const& info, char const* key, CPOSObject const& value) {
+void Put(CPOSDict const& info, CBIBStringAtom const& key, CPOSObject const& value) {
     info.Put(key, value);
     if (!info.HasKey(key)) {
         BIB_T_NMT::CBIBMemory::ThrowMemError();
@@ -71,7 +72,11 @@ void Put(CPOSDict const& info, char const* key, CPOSObject const& value) {
 } // namespace
 
 bool MakeSettingsFileInfo(
-    char const* path, HFSUniStr255 const& name, FSCatalogInfo const& catalogInfo, CPOSDict* info) {
+    SettingsFileInfoKeys const& keys,
+    char const* path,
+    HFSUniStr255 const& name,
+    FSCatalogInfo const& catalogInfo,
+    CPOSDict* info) {
     // Nothing but the extension is no name to show.
     if (!HasExtension(path) || name.length == kExtensionLength) {
         return false;
@@ -81,13 +86,11 @@ bool MakeSettingsFileInfo(
         return false;
     }
     if (name.length > kExtensionLength) {
-        Put(*info,
-            kSettingsName,
-            CreateCPOSUnicodeString(UnicodeEncodingNS::ExactText(ShownName(name))));
+        Put(*info, keys.fSettingsName, UnicodeEncodingNS::ExactString(ShownName(name)));
     }
-    Put(*info, kFullFilePath, CreateCPOSUnicodeString(fullPath));
-    Put(*info, kReadOnly, CPOSNumber(IsReadOnly(catalogInfo) ? 1 : 0));
-    Put(*info, kModDate, MakeDate(catalogInfo.contentModDate));
+    Put(*info, keys.fFullFilePath, CreateCPOSUnicodeString(fullPath));
+    Put(*info, keys.fReadOnly, CPOSNumber(IsReadOnly(catalogInfo) ? 1 : 0));
+    Put(*info, keys.fModDate, MakeDate(catalogInfo.contentModDate));
     return true;
 }
 

@@ -1,5 +1,6 @@
 #include "api/UnicodeEncoding.h"
 
+#include <algorithm>
 #include <cstring>
 #include <iterator>
 #include <utility>
@@ -14,8 +15,8 @@ constexpr unsigned short kMark16 = 0xFEFF;
 constexpr unsigned short kSwappedMark16 = 0xFFFE;
 constexpr unsigned char kMark8[] = {0xEF, 0xBB, 0xBF};
 
-// The elements of buffer from element skip on, between room for elements before and after them.
-// Memory between is cleared.
+// The elements of buffer from element skip on, between room for elements before and after them,
+// which is cleared.
 template <class T>
 BIB_T_NMT::TBIBSharedBuffer<T> CopyWithRoom(
     BIB_T_NMT::TBIBSharedBuffer<T> const& buffer,
@@ -24,12 +25,11 @@ BIB_T_NMT::TBIBSharedBuffer<T> CopyWithRoom(
     unsigned long after) {
     unsigned long const count = buffer.GetNumElements() - skip;
     BIB_T_NMT::TBIBSharedBuffer<T> copy(before + count + after, nullptr);
-    if (copy.GetSize() != 0) {
-        std::memset(copy.GetBuffer(), 0, copy.GetSize());
-    }
+    T* const text = std::fill_n(copy.GetBuffer(), before, T{});
     if (count != 0) {
-        std::memcpy(copy.GetBuffer() + before, buffer.GetBuffer() + skip, count * sizeof(T));
+        std::memcpy(text, buffer.GetBuffer() + skip, count * sizeof(T));
     }
+    std::fill_n(text + count, after, T{});
     return copy;
 }
 
@@ -73,17 +73,12 @@ Buffer16 UnicodeEncoding<Buffer16>::GetString(ByteOrder order, bool terminate, b
     if (order < kByteOrderBigEndian || order > kByteOrderNative) {
         return Buffer16();
     }
-    bool const swap = order == kByteOrderLittleEndian;
-    Buffer16 text = terminate ? CopyWithRoom(fText, 0, 0, 1) : fText;
-    if (swap) {
-        text = ConvertToLittleEndian(text);
+    Buffer16 const text =
+        terminate || mark ? CopyWithRoom(fText, 0, mark ? 1 : 0, terminate ? 1 : 0) : fText;
+    if (mark) {
+        text[0] = kMark16;
     }
-    if (!mark) {
-        return text;
-    }
-    Buffer16 const marked = CopyWithRoom(text, 0, 1, 0);
-    std::memcpy(marked.GetBuffer(), swap ? &kSwappedMark16 : &kMark16, sizeof kMark16);
-    return marked;
+    return order == kByteOrderLittleEndian ? ConvertToLittleEndian(text) : text;
 }
 
 UnicodeEncoding<Buffer8>::UnicodeEncoding(Buffer8 const& buffer) : fText(StripBOM(buffer)) {}
@@ -111,13 +106,13 @@ Buffer8 UnicodeEncoding<Buffer8>::StripBOM(Buffer8 const& buffer) {
 }
 
 Buffer8 UnicodeEncoding<Buffer8>::GetString(ByteOrder /*order*/, bool terminate, bool mark) const {
-    Buffer8 const text = terminate ? CopyWithRoom(fText, 0, 0, 1) : fText;
-    if (!mark) {
-        return text;
+    if (!terminate && !mark) {
+        return fText;
     }
-    Buffer8 const marked = CopyWithRoom(text, 0, std::size(kMark8), 0);
-    std::memcpy(marked.GetBuffer(), kMark8, std::size(kMark8));
-    return marked;
+    unsigned long const markSize = mark ? std::size(kMark8) : 0;
+    Buffer8 const text = CopyWithRoom(fText, 0, markSize, terminate ? 1 : 0);
+    std::copy_n(kMark8, markSize, text.GetBuffer());
+    return text;
 }
 
 Unicode16 CreateUnicode16(Buffer16 const& buffer) {

@@ -24,7 +24,7 @@ protected:
         FSPermissionInfo permissions{};
         permissions.mode = mode;
         std::memcpy(catalogInfo.permissions, &permissions, sizeof permissions);
-        return MakeSettingsFileInfo(path.c_str(), units, catalogInfo, info);
+        return MakeSettingsFileInfo({}, path.c_str(), units, catalogInfo, info);
     }
 
     // Adds an item; what it throws.
