@@ -1,11 +1,14 @@
 #include "platform/StackRoom.h"
 
 #include <algorithm>
-#include <fstream>
+#include <charconv>
+#include <fcntl.h>
 #include <limits>
 #include <pthread.h>
 #include <sys/resource.h>
 #include <unistd.h>
+
+#include "platform/FileStatus.h"
 
 namespace platform {
 
@@ -35,15 +38,26 @@ std::uintptr_t CurrentAddress() noexcept {
     return reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
 }
 
+// The pages of address space that the process has; 0 where the system does not tell.
+std::uintptr_t PagesUsed() noexcept {
+    std::uintptr_t pages = 0;
+    int const file = OpenPath("/proc/self/statm", O_RDONLY);
+    if (file >= 0) {
+        char text[32];
+        ssize_t const size = read(file, text, sizeof text);
+        std::from_chars(text, text + std::max<ssize_t>(size, 0), pages);
+        close(file);
+    }
+    return pages;
+}
+
 // The bytes of address space that the process may still have; the largest number without a limit.
-std::uintptr_t MemoryLeft() {
+std::uintptr_t MemoryLeft() noexcept {
     rlimit limit{};
     if (getrlimit(RLIMIT_AS, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY) {
         return std::numeric_limits<std::uintptr_t>::max();
     }
-    std::uintptr_t pages = 0;
-    std::ifstream("/proc/self/statm") >> pages;
-    std::uintptr_t const used = pages * static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
+    std::uintptr_t const used = PagesUsed() * static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
     return limit.rlim_cur - std::min<std::uintptr_t>(limit.rlim_cur, used);
 }
 
@@ -61,18 +75,14 @@ std::uintptr_t MemoryLeft() {
 // killed then. So where there is a limit, the stack grows at once, while there is memory for it,
 // and no further.
 std::uintptr_t LowestOnMainStack(std::uintptr_t low) noexcept {
-    try {
-        std::uintptr_t const left = MemoryLeft();
-        if (left == std::numeric_limits<std::uintptr_t>::max()) {
-            return low;
-        }
-        std::uintptr_t const here = CurrentAddress();
-        std::uintptr_t const room = left > 4 * kGrownRoom ? kGrownRoom : 0;
-        Touch(std::min(room, here - low));
-        return std::max(low, here - room);
-    } catch (...) {
-        return CurrentAddress();
+    std::uintptr_t const left = MemoryLeft();
+    if (left == std::numeric_limits<std::uintptr_t>::max()) {
+        return low;
     }
+    std::uintptr_t const here = CurrentAddress();
+    std::uintptr_t const room = left > 4 * kGrownRoom ? kGrownRoom : 0;
+    Touch(std::min(room, here - low));
+    return std::max(low, here - room);
 }
 
 Bounds AskForBounds() noexcept {

@@ -50,9 +50,15 @@ struct alignas(kGrain) Slab {
         return std::exchange(fUncut, fUncut + fBlockSize);
     }
 
+    // A slab without a block in use is uncut again: its blocks come in the order of their
+    // addresses once more, and none has to be looked at for the one behind it.
     void Give(void* block) noexcept {
-        --fUsed;
-        fFree = new (block) FreeBlockLink{fFree};
+        if (--fUsed == 0) {
+            fFree = nullptr;
+            fUncut = reinterpret_cast<char*>(this + 1);
+        } else {
+            fFree = new (block) FreeBlockLink{fFree};
+        }
     }
 
     Pool& fPool;

@@ -23,6 +23,10 @@ struct Doomed {
 constinit thread_local Doomed gDoomed;
 
 void Destroy(BIBContainer* container) noexcept {
+    if (container->fType->fIsScalar) {
+        container->fType->fDestroy(container);
+        return;
+    }
     Doomed& doomed = gDoomed;
     container->fNextDoomed = std::exchange(doomed.fFirst, container);
     if (doomed.fIsRunning) {
@@ -124,7 +128,12 @@ BIBContainer::~BIBContainer() {
         bibrt::CallDeleteProc(entry->fDeleteProc, entry->fInstance);
         bibrt::DeleteObject(entry);
     }
-    bibrt::ReleaseAtom(bibrt::AtomOfText(fPrimary.instanceName));
-    bibrt::ReleaseAtom(bibrt::AtomOfText(fPrimary.signature));
+    // The texts of a type are there forever.
+    if (fPrimary.instanceName != fType->fInstanceName) {
+        bibrt::ReleaseAtom(bibrt::AtomOfText(fPrimary.instanceName));
+    }
+    if (fPrimary.signature != fType->fSignature) {
+        bibrt::ReleaseAtom(bibrt::AtomOfText(fPrimary.signature));
+    }
     bibrt::gLiveContainers.Down();
 }

@@ -21,6 +21,7 @@ struct ContainerType {
     char const* fSignature;    // null for none
     char const* fParent;       // the parent of the signature; null for none
     void (*fDestroy)(BIBContainer*) noexcept;
+    bool fIsScalar = false; // holds no other container
 };
 
 // An instance in a container, in a list that begins with the newest.

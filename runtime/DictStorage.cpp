@@ -10,6 +10,7 @@ namespace bibrt {
 namespace {
 
 constexpr std::size_t kFewEntries = 8;
+constexpr std::size_t kManyEntries = 128;
 
 // Positions must fit an index slot.
 constexpr std::size_t kMaxEntries = std::numeric_limits<std::uint32_t>::max() - 1;
@@ -87,7 +88,9 @@ void DictStorage::Reserve(std::size_t count) {
     if (wanted > kMaxEntries) {
         throw std::length_error("too many keys");
     }
-    std::size_t const capacity = std::max({wanted, fEntries.capacity() * 2, kFewEntries});
+    // Settings have about a hundred keys: to get there takes few steps.
+    std::size_t const growth = fEntries.capacity() < kManyEntries ? 4 : 2;
+    std::size_t const capacity = std::max({wanted, fEntries.capacity() * growth, kFewEntries});
     if (capacity > kFewEntries) {
         // Gaps keep their slots until they are closed: half of the slots stay free at the worst.
         Vector<std::uint32_t> index(std::bit_ceil(capacity * 2));

@@ -42,14 +42,20 @@ bool IsEqualByMethod(POSObject& a, POSObject& b) {
 
 } // namespace
 
+constexpr bool kIsScalar = true;
+
 constinit ContainerType gNumberType = {
-    "POSNumber", "POSNumberValue", kValueParent, &DestroyAs<POSNumber>};
+    "POSNumber", "POSNumberValue", kValueParent, &DestroyAs<POSNumber>, kIsScalar};
 constinit ContainerType gStringType = {
-    "POSString", "POSStringValue", kValueParent, &DestroyAs<POSString>};
+    "POSString", "POSStringValue", kValueParent, &DestroyAs<POSString>, kIsScalar};
 constinit ContainerType gUnicodeStringType = {
-    "POSUnicodeString", "POSUnicodeStringValue", kValueParent, &DestroyAs<POSUnicodeString>};
+    "POSUnicodeString",
+    "POSUnicodeStringValue",
+    kValueParent,
+    &DestroyAs<POSUnicodeString>,
+    kIsScalar};
 constinit ContainerType gBinDataType = {
-    "POSBinData", "POSBinDataValue", kValueParent, &DestroyAs<POSBinData>};
+    "POSBinData", "POSBinDataValue", kValueParent, &DestroyAs<POSBinData>, kIsScalar};
 
 POSNumber* MakeNumber(double value) {
     return NewObject<POSNumber>(value);

@@ -28,7 +28,7 @@ namespace {
 // The longest key or name, in bytes.
 constexpr unsigned long kMaxNameSize = 255;
 
-constexpr char const* kBooleans[] = {"true", "false"};
+constexpr std::string_view kBooleans[] = {"true", "false"};
 
 // Bytes, each found in one step.
 class CharSet {
@@ -89,6 +89,13 @@ T* RequireEnd(T* end) {
     return end;
 }
 
+// Stands before every step into a value: its parts are read by the same functions once more.
+void RequireRoom() {
+    if (!platform::StackWatch::HasRoom()) {
+        CBIBMemory::ThrowMemError();
+    }
+}
+
 void AppendElement(char** cursor, CPOSArray const& array) {
     array.Append(GetValue(cursor));
 }
@@ -134,9 +141,6 @@ CPOSString GetKey(char** cursor) {
 }
 
 CPOSObject GetValue(char** cursor) {
-    if (!platform::StackWatch::HasRoom()) {
-        CBIBMemory::ThrowMemError();
-    }
     CPOSObject value;
     SkipWhiteSpace(cursor);
     bool const isKnown = IsName(cursor, &value) || IsString(cursor, &value) ||
@@ -184,10 +188,10 @@ bool IsString(char** cursor, CPOSObject* value) {
 }
 
 bool IsBoolean(char** cursor, CPOSObject* value) {
-    for (char const* const word : kBooleans) {
-        if (StandsOn(*cursor, word)) {
-            *value = CPOSString(word);
-            *cursor += std::strlen(word);
+    for (std::string_view const word : kBooleans) {
+        if (StandsOn(*cursor, word.data())) {
+            *value = CPOSString(word.data());
+            *cursor += word.size();
             return true;
         }
     }
@@ -213,6 +217,7 @@ bool IsArray(char** cursor, CPOSObject* value) {
     if (!StandsOnByte(*cursor, '[')) {
         return false;
     }
+    RequireRoom();
     CPOSArray const array;
     ProgressGuard guard;
     ++*cursor;
@@ -232,6 +237,7 @@ bool IsDict(char** cursor, CPOSObject* value) {
     if (!StandsOn(*cursor, "<<")) {
         return false;
     }
+    RequireRoom();
     CPOSDict const dict;
     ProgressGuard guard;
     *cursor += 2;
