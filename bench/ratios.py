@@ -1,7 +1,9 @@
 #!/usr/bin/env python3
-"""Prints the medians of a run of the benchmarks, and the ratios of those that belong together."""
+"""Prints the medians of runs of the benchmarks, and the ratios of those that belong together."""
 import collections
 import json
+import os
+import platform
 import re
 import statistics
 import subprocess
@@ -13,6 +15,7 @@ RATIOS = [
     ("read, 10 KB", "ReadSettings/few/1", "ReadRapidJson/few/1", 1.7, False),
     ("read, 10 KB", "ReadSettings/few/1", "ReadJsonC/few/1", 0.55, False),
     ("read, 10 KB", "ReadSettings/few/1", "ReadPlist/few/1", 0.21, False),
+    ("read, 100 KB", "ReadSettings/few/10", "ReadRapidJson/few/10", None, False),
     ("read, 1 MB", "ReadSettings/few/100", "ReadRapidJson/few/100", None, False),
     ("read, 10 MB", "ReadSettings/few/1000", "ReadRapidJson/few/1000", None, False),
     ("read a key, few keys", "ReadSettings/few/100", "ReadSettings/few/1", 1.4, True),
@@ -21,29 +24,44 @@ RATIOS = [
     ("write, 10 KB", "WriteSettings/1", "WriteJsonC/1", None, False),
     ("write, 10 KB", "WriteSettings/1", "WritePlist/1", 0.9, False),
     ("write, 1 MB", "WriteSettings/100", "WriteRapidJson/100", None, False),
+    ("judge, 10 KB", "Validate/1", "ReadSettings/few/1", None, False),
+    ("change and judge, 10 KB", "SetSettings/1", "ReadSettings/few/1", None, False),
     ("list 1,000 files", "ListSettings/1000", "ReadFolder/1000", 2.0, False),
     ("list 1,000 files", "ListSettings/1000", "EnumerateFolder/1000", None, False),
     ("list as C++ values, 1,000 files", "ListSettingsAsValues/1000", "ReadFolder/1000", None, False),
     ("list a file, 10,000 files", "ListSettings/10000", "ListSettings/1000", 1.5, True),
     ("open a file, 10 KB", "OpenSettings/1", "ReadFileThenSettings/1", 1.1, False),
     ("save a file, 10 KB", "SaveSettings/1", "ReplaceFilePlainly/1", None, False),
-    ("judge, 10 KB", "Validate/1", "ReadSettings/few/1", None, False),
-    ("change and judge, 10 KB", "SetSettings/1", "ReadSettings/few/1", None, False),
     ("load, start, stop, unload", "StartComponent", "LoadLibrary", 1.1, False),
+    ("read, 10 KB, two threads", "ReadSettings/few/1, two threads", "ReadRapidJson/few/1, two threads", None, False),
+    ("read, 10 KB, two threads", "ReadSettings/few/1, two threads", "ReadJsonC/few/1, two threads", None, False),
+    ("read, 10 KB, two threads", "ReadSettings/few/1, two threads", "ReadPlist/few/1, two threads", None, False),
+    ("write, 10 KB, two threads", "WriteSettings/1, two threads", "WriteRapidJson/1, two threads", None, False),
+    ("write, 10 KB, two threads", "WriteSettings/1, two threads", "WritePlist/1, two threads", None, False),
 ]
 
 PEERS = ["RapidJSON", "json-c", "libplist-2.0", "gio-2.0"]
 
 
-def medians(results):
+def measurements(paths):
+    """The names of all single measurements, and what was measured."""
+    for path in paths:
+        with open(path, encoding="utf-8") as file:
+            results = json.load(file)
+        suffix = ", two threads" if results["context"].get("threads") == "2" else ""
+        for run in results["benchmarks"]:
+            if run["run_type"] == "iteration" and not run.get("error_occurred"):
+                yield run["run_name"] + suffix, run
+
+
+def medians(paths):
     """The median of each benchmark's times, in nanoseconds, and of its times for each item."""
     times = collections.defaultdict(list)
     items = collections.defaultdict(list)
-    for run in results["benchmarks"]:
-        if run["run_type"] == "iteration" and not run.get("error_occurred"):
-            times[run["run_name"]].append(run["cpu_time"])
-            if "items_per_second" in run:
-                items[run["run_name"]].append(1e9 / run["items_per_second"])
+    for name, run in measurements(paths):
+        times[name].append(run["cpu_time"])
+        if "items_per_second" in run:
+            items[name].append(1e9 / run["items_per_second"])
     return tuple({name: statistics.median(found) for name, found in all_times.items()}
                  for all_times in (times, items))
 
@@ -64,11 +82,10 @@ def readable(nanoseconds):
     return f"{nanoseconds:.0f} ns"
 
 
-def main(path):
-    with open(path, encoding="utf-8") as file:
-        results = json.load(file)
-    times, items = medians(results)
-    print(f"{processor()}, {results['context']['num_cpus']} processors; {version(['g++', '--version'])}")
+def main(paths):
+    times, items = medians(paths)
+    print(f"{processor()}, {os.cpu_count()} processors; Linux {platform.release()}; "
+          f"{version(['g++', '--version'])}")
     print("; ".join(f"{peer} {version(['pkg-config', '--modversion', peer])}" for peer in PEERS))
     print("\n| work | time | against | time | ratio | at most |\n|---|---|---|---|---|---|")
     for work, ours, peer, goal, is_of_items in RATIOS:
@@ -81,4 +98,4 @@ def main(path):
 
 
 if __name__ == "__main__":
-    main(sys.argv[1])
+    main(sys.argv[1:])

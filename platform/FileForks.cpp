@@ -25,6 +25,16 @@ bool IsRegular(int file) noexcept {
     return fstat(file, &status) == 0 && S_ISREG(status.st_mode);
 }
 
+// Opening what is no file may do more than that: a device may start its work.
+OSErr CheckIsFile(FSRef const& ref) noexcept {
+    if (ref.isFile) {
+        return noErr;
+    }
+    FileStatus status;
+    OSErr const error = status.Read(ref.path);
+    return error == noErr && !status.IsFileOrLink() ? OSErr{ioErr} : error;
+}
+
 // A pipe that took the file's place would make the opening wait for its other end. So there is no
 // waiting, except for the holder of a lease, which only a regular file can have.
 int OpenRegular(char const* path, int access) noexcept {
@@ -71,12 +81,8 @@ OSErr FSOpenFork(
     if (forkNameLength != 0 || (permissions != fsRdPerm && permissions != fsRdWrPerm)) {
         return paramErr;
     }
-    FileStatus status;
-    if (OSErr const error = status.Read(ref->path); error != noErr) {
+    if (OSErr const error = CheckIsFile(*ref); error != noErr) {
         return error;
-    }
-    if (!status.IsFileOrLink()) {
-        return ioErr;
     }
     int const file = OpenRegular(ref->path.c_str(), permissions == fsRdPerm ? O_RDONLY : O_RDWR);
     if (file < 0) {

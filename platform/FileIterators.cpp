@@ -113,6 +113,7 @@ OSErr FSGetCatalogInfoBulk(
         }
         refs->path.assign(iterator->fFolder).append(bytes);
         refs->isCreated = false;
+        refs->isFile = status.IsFile();
         status.Tell(whichInfo, catalogInfos);
         if (IsFolderByLink(status, dirfd(iterator->fStream), bytes)) {
             catalogInfos->nodeFlags &= static_cast<UInt16>(~kFSNodeIsDirectoryMask);

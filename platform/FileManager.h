@@ -38,6 +38,7 @@ inline constexpr OSErr afpAccessDenied = -5000;
 struct FSRef {
     std::string path;       // in the system's own bytes, without a NUL
     bool isCreated = false; // the file was made through this reference
+    bool isFile = false;    // it was a file when the reference was made
 };
 
 // A name of at most 255 units.

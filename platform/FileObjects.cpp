@@ -46,7 +46,7 @@ OSErr CreateItem(
             error = create(path.c_str());
         }
         if (error == noErr && newRef != nullptr) {
-            *newRef = {std::move(path), /*isCreated=*/true};
+            *newRef = {std::move(path), /*isCreated=*/true, /*isFile=*/create == &CreateFile};
         }
         return error;
     });

@@ -47,7 +47,7 @@ OSErr FSPathMakeRef(UInt8 const* path, FSRef* ref, Boolean* isDirectory) noexcep
         if (error != noErr) {
             return error;
         }
-        *ref = {std::move(found)};
+        *ref = {std::move(found), /*isCreated=*/false, status.IsFile()};
         if (isDirectory != nullptr) {
             *isDirectory = status.IsDirectory() ? 1 : 0;
         }
@@ -79,7 +79,7 @@ OSErr FSMakeFSRefUnicode(
             error = status.Read(path);
         }
         if (error == noErr) {
-            *newRef = {std::move(path)};
+            *newRef = {std::move(path), /*isCreated=*/false, status.IsFile()};
         }
         return error;
     });

@@ -21,10 +21,9 @@ public:
 
     // The queries REQUIRE: Read gave noErr.
     bool IsDirectory() const noexcept { return S_ISDIR(fStatus.stx_mode); }
+    bool IsFile() const noexcept { return S_ISREG(fStatus.stx_mode); }
     // A file, or a link that leads nowhere: nothing that holds other things or is none on disk.
-    bool IsFileOrLink() const noexcept {
-        return S_ISREG(fStatus.stx_mode) || S_ISLNK(fStatus.stx_mode);
-    }
+    bool IsFileOrLink() const noexcept { return IsFile() || S_ISLNK(fStatus.stx_mode); }
     // Nobody may change or delete the item.
     bool IsLocked() const noexcept { return (fStatus.stx_attributes & STATX_ATTR_IMMUTABLE) != 0; }
     // The owner may write the item.
