@@ -102,6 +102,11 @@ bool ChangeSharedCount(BIBStringAtom& atom, long floor, long change) noexcept {
     return false;
 }
 
+// In bytes, with its text behind it.
+std::size_t SizeOfAtom(std::size_t length) noexcept {
+    return sizeof(BIBStringAtom) + length + 1;
+}
+
 // Never destroyed: atoms may be released by whatever runs last in the process.
 AtomTable& Table() {
     static auto* const kTable = new AtomTable;
@@ -134,7 +139,7 @@ BIBStringAtom const* AtomTable::Find(std::string_view text) noexcept {
 }
 
 BIBStringAtom* AtomTable::Create(std::string_view text, std::size_t hash) {
-    void* const block = AllocResident(sizeof(BIBStringAtom) + text.size() + 1);
+    void* const block = AllocResident(SizeOfAtom(text.size()));
     if (!block) {
         throw std::bad_alloc();
     }
@@ -235,7 +240,7 @@ void AtomTable::Evict(BIBStringAtom& atom) noexcept {
     }
     *link = atom.fNextInBucket;
     --fCount;
-    FreeResident(&atom);
+    FreeResident(&atom, SizeOfAtom(atom.fLength));
 }
 
 void AtomTable::MakeImmortal(BIBStringAtom& atom) noexcept {

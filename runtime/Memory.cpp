@@ -31,14 +31,22 @@ BlockHeader* HeaderOf(void* block) noexcept {
     return static_cast<BlockHeader*>(block) - 1;
 }
 
-// Whether a block of size bytes, and what stands in front, comes out of the pool. There, tools that
-// watch memory would not see what is done to a block: builds for them have no pool.
+// Whether size bytes come out of the pool. There, tools that watch memory would not see what is
+// done to a block: builds for them have no pool.
 constexpr bool IsPooled([[maybe_unused]] std::size_t size) noexcept {
 #ifdef BIBRT_BLOCK_POOL
-    return size + sizeof(BlockHeader) <= kMaxPooled;
+    return size != 0 && size <= kMaxPooled;
 #else
     return false;
 #endif
+}
+
+void* NewRaw(std::size_t size) noexcept {
+    return IsPooled(size) ? AllocPooled(size) : std::malloc(size);
+}
+
+void DeleteRaw(void* bytes, std::size_t size) noexcept {
+    IsPooled(size) ? FreePooled(bytes) : std::free(bytes);
 }
 
 bool MayAlloc(std::size_t size) noexcept {
@@ -48,13 +56,13 @@ bool MayAlloc(std::size_t size) noexcept {
 // A block with its header, or null.
 void* NewBlock(std::size_t size) noexcept {
     std::size_t const whole = size + sizeof(BlockHeader);
-    void* const raw = IsPooled(size) ? AllocPooled(whole) : std::malloc(whole);
+    void* const raw = NewRaw(whole);
     return raw ? new (raw) BlockHeader{size} + 1 : nullptr;
 }
 
 void DeleteBlock(void* block) noexcept {
     BlockHeader* const header = HeaderOf(block);
-    IsPooled(header->fSize) ? FreePooled(header) : std::free(header);
+    DeleteRaw(header, header->fSize + sizeof(BlockHeader));
 }
 
 void* MoveBlock(void* block, std::size_t size) noexcept {
@@ -84,11 +92,11 @@ void* AllocBlock(std::size_t size) noexcept {
 void* AllocResident(std::size_t size) noexcept {
     bool const may = MayAlloc(size);
     CountEnd();
-    return may ? std::malloc(size) : nullptr;
+    return may ? NewRaw(size) : nullptr;
 }
 
-void FreeResident(void* block) noexcept {
-    std::free(block);
+void FreeResident(void* block, std::size_t size) noexcept {
+    DeleteRaw(block, size);
 }
 
 void* ReallocBlock(void* block, std::size_t size) noexcept {
@@ -100,7 +108,7 @@ void* ReallocBlock(void* block, std::size_t size) noexcept {
     if (!may) {
         return nullptr;
     }
-    bool const isLarge = !IsPooled(size) && !IsPooled(BlockSize(block));
+    bool const isLarge = !IsPooled(std::min(size, BlockSize(block)) + sizeof(BlockHeader));
     return isLarge ? ResizeBlock(block, size) : MoveBlock(block, size);
 }
 

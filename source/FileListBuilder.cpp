@@ -4,6 +4,7 @@
 #include <iterator>
 #include <optional>
 #include <span>
+#include <string_view>
 
 #include <utf8.h>
 
@@ -30,9 +31,10 @@ CPOSUnicodeString TextIn(CPOSDict const& info, CBIBStringAtom const& key) {
     return info.GetUnicodeString(key, /*quiet=*/false);
 }
 
-// The units of a string, for comparison.
-std::u16string UnitsOf(CPOSUnicodeString const& text) {
-    return std::u16string(text.Get(), text.Get() + text.GetLength());
+std::string_view BytesOf(CPOSUnicodeString const& text) {
+    unsigned short const* const units = text.Get();
+    return {
+        reinterpret_cast<char const*>(units), CPOSUnicodeString::GetLength(units) * sizeof *units};
 }
 
 // The key of a file in the cloak table: its name in UTF-8 without as many units as the extension
@@ -105,7 +107,7 @@ void FileListBuilder::ConvertToDisplayName(CPOSDict& info) const {
 
 void FileListBuilder::NotePair(CPOSUnicodeString const& fileName, unsigned int place) {
     if (fileName.IsValid()) {
-        fPairs.emplace(UnitsOf(fileName), place);
+        fPairs.emplace(fileName, place);
     }
 }
 
@@ -132,8 +134,17 @@ void FileListBuilder::NoteCloaked() {
     }
 }
 
-std::u16string FileListBuilder::NameIn(CPOSDict const& info) const {
-    return UnitsOf(TextIn(info, fKeys.fSettingsName));
+CPOSUnicodeString FileListBuilder::NameIn(CPOSDict const& info) const {
+    return TextIn(info, fKeys.fSettingsName);
+}
+
+std::size_t FileListBuilder::TextHash::operator()(CPOSUnicodeString const& text) const {
+    return std::hash<std::string_view>()(BytesOf(text));
+}
+
+bool FileListBuilder::SameText::operator()(
+    CPOSUnicodeString const& a, CPOSUnicodeString const& b) const {
+    return BytesOf(a) == BytesOf(b);
 }
 
 bool FileListBuilder::SettingAlreadyExists(CPOSDict const& info) const {
@@ -148,7 +159,7 @@ bool FileListBuilder::SettingAlreadyExists(CPOSDict const& info) const {
 
 bool FileListBuilder::SettingFileInfoHasSameName(CPOSDict const& a, CPOSDict const& b) {
     CBIBStringAtom const settingsName(kSettingsName);
-    return UnitsOf(TextIn(a, settingsName)) == UnitsOf(TextIn(b, settingsName));
+    return BytesOf(TextIn(a, settingsName)) == BytesOf(TextIn(b, settingsName));
 }
 
 void FileListBuilder::AddCloakingInfo(CPOSDict& info) const {

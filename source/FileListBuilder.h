@@ -62,12 +62,21 @@ public:
     void AddCloakingInfo(BIB_T_NMT::CPOSDict& info) const;
 
 private:
+    // By the units of a text, exactly. A text lives in the runtime and is not copied for it.
+    struct TextHash {
+        std::size_t operator()(BIB_T_NMT::CPOSUnicodeString const& text) const;
+    };
+    struct SameText {
+        bool operator()(
+            BIB_T_NMT::CPOSUnicodeString const& a, BIB_T_NMT::CPOSUnicodeString const& b) const;
+    };
+
     // Fills fPairs, up to the first pair that is none.
     void NotePairs();
     void NotePair(BIB_T_NMT::CPOSUnicodeString const& fileName, unsigned int place);
     // Fills fCloaked.
     void NoteCloaked();
-    std::u16string NameIn(BIB_T_NMT::CPOSDict const& info) const;
+    BIB_T_NMT::CPOSUnicodeString NameIn(BIB_T_NMT::CPOSDict const& info) const;
 
     BIB_T_NMT::CPOSArray fFileList;
     ForWhichDirectory fWhichDirectory;
@@ -75,11 +84,11 @@ private:
     BIB_T_NMT::CPOSDict fCloakSettings;
     SettingsFileInfoKeys const fKeys;
     // The place of the first pair for each file, so that no file is compared with every pair.
-    std::unordered_map<std::u16string, unsigned int> fPairs;
+    std::unordered_map<BIB_T_NMT::CPOSUnicodeString, unsigned int, TextHash, SameText> fPairs;
     // The keys of the cloak table, so that no other name is made an atom.
     std::unordered_set<std::string> fCloaked;
     // The names in the list, so that no record is compared with every other one.
-    mutable std::unordered_set<std::u16string> fNames;
+    mutable std::unordered_set<BIB_T_NMT::CPOSUnicodeString, TextHash, SameText> fNames;
 };
 
 } // namespace PDFSettingsImpl

@@ -54,6 +54,8 @@ constexpr CharSet kNameEnds(std::string_view("\0\t\n\f\r ()<>[]{}/%", 16));
 // as the search for its end.
 constexpr CharSet kNumberStarts(std::string_view("\0-0123456789", 12));
 
+constexpr CharSet kNumberEnds(" \n\r\t]>");
+
 // Where a name or key that begins at first ends. The first byte belongs to it whatever it is.
 char* EndOfName(char* first) noexcept {
     char* end = first + 1;
@@ -87,6 +89,31 @@ T* RequireEnd(T* end) {
         CBIBMemory::ThrowMemError();
     }
     return end;
+}
+
+// Where the token of a number ends, and whether a point is in it.
+struct NumberToken {
+    char const* fEnd;
+    bool fIsReal;
+};
+
+NumberToken FindFarNumber(char const* first) {
+    char const* const end = RequireEnd(FarSearches::EndOfNumber(first));
+    char const* const point = FarSearches::Point(first);
+    return {end, point != nullptr && point < end};
+}
+
+// Nearly every token is short, and to search it is not worth remembering then.
+NumberToken FindNumber(char const* first) {
+    constexpr std::ptrdiff_t kNear = 32;
+    bool isReal = false;
+    for (char const* end = first; *end != '\0' && end - first < kNear; ++end) {
+        if (kNumberEnds.Has(*end)) {
+            return {end, isReal};
+        }
+        isReal = isReal || *end == '.';
+    }
+    return FindFarNumber(first);
 }
 
 // Stands before every step into a value: its parts are read by the same functions once more.
@@ -202,10 +229,9 @@ bool IsNumber(char** cursor, CPOSObject* value) {
     if (!kNumberStarts.Has(**cursor)) {
         return false;
     }
-    char const* const stop = RequireEnd(FarSearches::EndOfNumber(*cursor));
-    char const* const point = FarSearches::Point(*cursor);
-    bool const isReal = point != nullptr && point < stop;
-    platform::ScannedNumber const number = platform::ScanNumber({*cursor, stop}, isReal);
+    NumberToken const token = FindNumber(*cursor);
+    platform::ScannedNumber const number =
+        platform::ScanNumber({*cursor, token.fEnd}, token.fIsReal);
     *value = CPOSNumber(number.fValue);
     // The number's own end: what stands behind it up to the stop is left on the text. Without any
     // digit the cursor stays.
