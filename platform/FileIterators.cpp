@@ -106,7 +106,7 @@ OSErr FSGetCatalogInfoBulk(
     return AtService([=] {
         FileStatus status;
         HFSUniStr255 name;
-        char const* bytes = nullptr;
+        char const* bytes = "";
         OSErr const error = NextItem(iterator->fStream, &status, &name, &bytes);
         if (error != noErr) {
             return error;

@@ -1,9 +1,6 @@
 #include "platform/FileNames.h"
 
 #include <cstring>
-#include <iterator>
-
-#include <utf8.h>
 
 #include "platform/Utf8.h"
 
@@ -13,17 +10,10 @@ namespace {
 
 constexpr std::size_t kLongestName = 255; // in bytes
 
-// The name in UTF-8; empty for one that cannot be one.
-std::string EncodeName(UniChar const* begin, UniChar const* end) {
-    std::string name;
-    try {
-        utf8::utf16to8(begin, end, std::back_inserter(name));
-    } catch (utf8::exception const&) {
-        return {};
-    }
-    bool const isUsable = name.size() <= kLongestName && name.find('\0') == std::string::npos &&
-                          name.find('/') == std::string::npos;
-    return isUsable ? name : std::string();
+// Whether a file can have the name.
+bool IsUsable(std::string const& name) noexcept {
+    return !name.empty() && name.size() <= kLongestName && name.find('\0') == std::string::npos &&
+           name.find('/') == std::string::npos;
 }
 
 } // namespace
@@ -44,12 +34,12 @@ OSErr ChildPath(
     if (nameLength == 0 || nameLength > kLongestName) {
         return bdNamErr;
     }
-    std::string const child = EncodeName(name, name + nameLength);
-    if (child.empty()) {
+    auto const child = EncodeUtf8({name, nameLength});
+    if (!child || !IsUsable(*child)) {
         return bdNamErr;
     }
     bool const endsInSlash = !parent.path.empty() && parent.path.back() == '/';
-    *path = parent.path + (endsInSlash ? "" : "/") + child;
+    *path = parent.path + (endsInSlash ? "" : "/") + *child;
     return noErr;
 }
 

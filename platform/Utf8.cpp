@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <iterator>
 
 #include <utf8.h>
 #include <utf8/unchecked.h>
@@ -37,6 +38,16 @@ std::optional<std::size_t> DecodeUtf8(std::string_view bytes, Unit* units) noexc
     }
     Unit* const last = std::copy(bytes.begin(), rest, units);
     return static_cast<std::size_t>(utf8::unchecked::utf8to16(rest, bytes.end(), last) - units);
+}
+
+std::optional<std::string> EncodeUtf8(std::span<UniChar const> units) {
+    std::string bytes;
+    try {
+        utf8::utf16to8(units.begin(), units.end(), std::back_inserter(bytes));
+    } catch (utf8::exception const&) {
+        return std::nullopt;
+    }
+    return bytes;
 }
 
 template std::optional<std::size_t> DecodeUtf8(std::string_view, unsigned short*) noexcept;

@@ -1,9 +1,13 @@
-// Decoding of UTF-8. Private to the platform layer.
+// Texts in UTF-8 and in UTF-16, outside the string service.
 #pragma once
 
 #include <cstddef>
 #include <optional>
+#include <span>
+#include <string>
 #include <string_view>
+
+#include "platform/CFBase.h"
 
 namespace platform {
 
@@ -12,5 +16,8 @@ namespace platform {
 // that the services use.
 template <class Unit>
 std::optional<std::size_t> DecodeUtf8(std::string_view bytes, Unit* units) noexcept;
+
+// The units in UTF-8; none where one of them is half a character. Throws std::bad_alloc.
+std::optional<std::string> EncodeUtf8(std::span<UniChar const> units);
 
 } // namespace platform

@@ -1,16 +1,14 @@
 #include "source/FileListBuilder.h"
 
 #include <algorithm>
-#include <iterator>
 #include <optional>
 #include <span>
 #include <string_view>
 
-#include <utf8.h>
-
 #include "bib/BIBStringAtom.h"
 #include "bib/POSDictIterator.h"
 #include "bib/POSNumber.h"
+#include "platform/Utf8.h"
 #include "source/PDFSettingsError.h"
 
 using BIB_T_NMT::CBIBStringAtom;
@@ -38,8 +36,7 @@ std::string_view BytesOf(CPOSUnicodeString const& text) {
 }
 
 // The key of a file in the cloak table: its name in UTF-8 without as many units as the extension
-// has, whatever they are. None for a shorter name. Throws utf8::exception for a name with half a
-// character.
+// has, whatever they are. None for a shorter name, or one with half a character.
 std::optional<std::string> CloakKey(CPOSUnicodeString const& path) {
     std::span<unsigned short const> const text(path.Get(), path.GetLength());
     auto const separator = std::find(text.rbegin(), text.rend(), kDirSeparatorW);
@@ -48,9 +45,7 @@ std::optional<std::string> CloakKey(CPOSUnicodeString const& path) {
     if (name.size() < kExtensionLength) {
         return std::nullopt;
     }
-    std::string key;
-    utf8::utf16to8(name.begin(), name.end() - kExtensionLength, std::back_inserter(key));
-    return key;
+    return platform::EncodeUtf8(name.first(name.size() - kExtensionLength));
 }
 
 } // namespace
