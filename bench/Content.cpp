@@ -1,7 +1,7 @@
 #include "bench/Content.h"
 
 #include "bench/Host.h"
-#include "host/Settings.h"
+#include "pdfsettings/Settings.h"
 
 #include <benchmark/benchmark.h>
 #include <fstream>

@@ -1,6 +1,6 @@
 #include "bench/Host.h"
 
-#include "runtime/BIBRuntime.h"
+#include "api/BIBRuntime.h"
 
 #include <optional>
 

@@ -2,8 +2,8 @@
 // tables, as a host does that has a runtime of its own.
 #pragma once
 
-#include "host/Component.h"
 #include "host/detail/Ref.h"
+#include "pdfsettings/Component.h"
 
 namespace bench {
 

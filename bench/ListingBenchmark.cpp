@@ -4,7 +4,7 @@
 #include "bench/Host.h"
 #include "bench/TemporaryFolder.h"
 
-#include "host/SettingsList.h"
+#include "pdfsettings/SettingsList.h"
 
 #include <benchmark/benchmark.h>
 #include <dirent.h>

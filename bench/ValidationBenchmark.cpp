@@ -3,7 +3,7 @@
 #include "bench/Content.h"
 #include "bench/Host.h"
 
-#include "host/Schema.h"
+#include "pdfsettings/Schema.h"
 
 #include <benchmark/benchmark.h>
 

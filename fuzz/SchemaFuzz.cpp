@@ -1,6 +1,6 @@
 // Any bytes as a schema, in the object notation.
-#include "host/Component.h"
-#include "host/Schema.h"
+#include "pdfsettings/Component.h"
+#include "pdfsettings/Schema.h"
 
 #include <cstdint>
 #include <string>

@@ -2,9 +2,9 @@
 // tail with a "/" behind no settings are written so that they are refused, and a key with a zero
 // byte so that it is another one.
 #include "fuzz/Require.h"
-#include "host/Component.h"
-#include "host/Error.h"
-#include "host/Settings.h"
+#include "pdfsettings/Component.h"
+#include "pdfsettings/Error.h"
+#include "pdfsettings/Settings.h"
 
 #include <cstdint>
 #include <optional>

@@ -1,9 +1,9 @@
 // Any settings judged by any schema: up to the first empty line stands the schema, behind it the
 // settings. Settings that are valid can be set to themselves.
 #include "fuzz/Require.h"
-#include "host/Component.h"
-#include "host/Error.h"
-#include "host/Settings.h"
+#include "pdfsettings/Component.h"
+#include "pdfsettings/Error.h"
+#include "pdfsettings/Settings.h"
 
 #include <cstdint>
 #include <string>

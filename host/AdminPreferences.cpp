@@ -1,4 +1,4 @@
-#include "host/AdminPreferences.h"
+#include "pdfsettings/AdminPreferences.h"
 
 #include "api/SettingsPlaces.h"
 #include "host/detail/CFRef.h"

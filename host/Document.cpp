@@ -1,4 +1,4 @@
-#include "host/Document.h"
+#include "pdfsettings/Document.h"
 
 #include "host/detail/DeepStack.h"
 #include "host/detail/DocumentScanner.h"

@@ -1,4 +1,4 @@
-#include "host/Path.h"
+#include "pdfsettings/Path.h"
 
 #include <algorithm>
 #include <charconv>

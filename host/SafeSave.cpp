@@ -1,4 +1,4 @@
-#include "host/SafeSave.h"
+#include "pdfsettings/SafeSave.h"
 
 #include "host/detail/Replacement.h"
 

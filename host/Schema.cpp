@@ -1,10 +1,10 @@
-#include "host/Schema.h"
+#include "pdfsettings/Schema.h"
 
-#include "host/Component.h"
+#include "api/BIBRuntime.h"
 #include "host/detail/ReadValues.h"
 #include "host/detail/Ref.h"
 #include "host/detail/RunningComponent.h"
-#include "runtime/BIBRuntime.h"
+#include "pdfsettings/Component.h"
 
 #include <cstdio>
 

@@ -1,5 +1,5 @@
 // The rules of a schema as a list of settings.
-#include "host/Schema.h"
+#include "pdfsettings/Schema.h"
 
 #include <algorithm>
 

@@ -1,7 +1,5 @@
-#include "host/Settings.h"
+#include "pdfsettings/Settings.h"
 
-#include "host/Component.h"
-#include "host/Error.h"
 #include "host/detail/BuildValues.h"
 #include "host/detail/FilePath.h"
 #include "host/detail/NamespacePositions.h"
@@ -9,6 +7,8 @@
 #include "host/detail/ReadValues.h"
 #include "host/detail/ReportChannel.h"
 #include "host/detail/RunningComponent.h"
+#include "pdfsettings/Component.h"
+#include "pdfsettings/Error.h"
 
 #include <fstream>
 

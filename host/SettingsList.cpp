@@ -1,14 +1,14 @@
-#include "host/SettingsList.h"
+#include "pdfsettings/SettingsList.h"
 
-#include "host/Component.h"
-#include "host/Error.h"
-#include "host/Value.h"
 #include "host/detail/ApplicationName.h"
 #include "host/detail/FolderPath.h"
 #include "host/detail/ReadValues.h"
 #include "host/detail/Ref.h"
 #include "host/detail/ReportChannel.h"
 #include "host/detail/RunningComponent.h"
+#include "pdfsettings/Component.h"
+#include "pdfsettings/Error.h"
+#include "pdfsettings/Value.h"
 
 #include <cstdint>
 #include <cstring>

@@ -1,7 +1,7 @@
-#include "host/Splice.h"
+#include "pdfsettings/Splice.h"
 
-#include "host/Path.h"
 #include "host/detail/ScannedText.h"
+#include "pdfsettings/Path.h"
 
 #include <algorithm>
 #include <vector>

@@ -1,4 +1,4 @@
-#include "host/Value.h"
+#include "pdfsettings/Value.h"
 
 namespace pdfsettings {
 

@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <mutex>
 
-#include "runtime/BIBRuntime.h"
+#include "api/BIBRuntime.h"
 #include "runtime/Boundary.h"
 #include "runtime/Registry.h"
 #include "runtime/Tables.h"

@@ -3,7 +3,7 @@
 // destroying meanwhile are those of some moment.
 #pragma once
 
-#include "runtime/BIBRuntime.h"
+#include "api/BIBRuntime.h"
 
 namespace bibrt {
 

@@ -1,5 +1,5 @@
 // Where in a text in the object notation a path leads.
-#include "runtime/BIBRuntime.h"
+#include "api/BIBRuntime.h"
 
 #include "runtime/Boundary.h"
 #include "runtime/NotationScanner.h"

@@ -1,5 +1,5 @@
 // The start of the runtime, and its one way in.
-#include "runtime/BIBRuntime.h"
+#include "api/BIBRuntime.h"
 #include "runtime/Boundary.h"
 #include "runtime/PosObject.h"
 #include "runtime/Registry.h"

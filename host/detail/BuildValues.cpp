@@ -1,7 +1,7 @@
 #include "host/detail/BuildValues.h"
 
-#include "host/Error.h"
 #include "host/detail/BinaryTypes.h"
+#include "pdfsettings/Error.h"
 
 namespace pdfsettings::detail {
 

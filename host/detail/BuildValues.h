@@ -1,8 +1,8 @@
 // From plain values to the runtime's.
 #pragma once
 
-#include "host/Value.h"
 #include "host/detail/Ref.h"
+#include "pdfsettings/Value.h"
 
 namespace pdfsettings::detail {
 

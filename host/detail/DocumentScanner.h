@@ -1,9 +1,9 @@
 // Reads a settings text as the component does, step by step, and keeps what that loses.
 #pragma once
 
-#include "host/Document.h"
 #include "host/detail/FaultLog.h"
 #include "host/detail/ScannedText.h"
+#include "pdfsettings/Document.h"
 
 #include <optional>
 #include <string>

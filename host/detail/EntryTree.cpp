@@ -1,6 +1,6 @@
-#include "host/detail/EntryTree.h"
+#include "pdfsettings/detail/EntryTree.h"
 
-#include "host/Path.h"
+#include "pdfsettings/Path.h"
 
 #include <algorithm>
 #include <charconv>

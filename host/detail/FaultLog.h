@@ -5,7 +5,7 @@
 // comes of a fault that it has, and blames that.
 #pragma once
 
-#include "host/TextFinding.h"
+#include "pdfsettings/TextFinding.h"
 
 #include <optional>
 #include <string>

@@ -1,6 +1,6 @@
 #include "host/detail/FilePath.h"
 
-#include "host/Error.h"
+#include "pdfsettings/Error.h"
 
 #include <cerrno>
 #include <fcntl.h>

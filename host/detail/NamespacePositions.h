@@ -1,9 +1,9 @@
 // The positions in findings about OtherNamespaces.
 #pragma once
 
-#include "host/Finding.h"
-#include "host/Value.h"
 #include "host/detail/Bindings.h"
+#include "pdfsettings/Finding.h"
+#include "pdfsettings/Value.h"
 
 #include <vector>
 

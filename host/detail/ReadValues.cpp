@@ -1,8 +1,8 @@
 #include "host/detail/ReadValues.h"
 
-#include "host/Error.h"
 #include "host/detail/BinaryTypes.h"
 #include "host/detail/Ref.h"
+#include "pdfsettings/Error.h"
 
 namespace pdfsettings::detail {
 

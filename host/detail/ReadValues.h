@@ -1,8 +1,8 @@
 // From the runtime's values to plain ones.
 #pragma once
 
-#include "host/Value.h"
 #include "host/detail/Bindings.h"
+#include "pdfsettings/Value.h"
 
 namespace pdfsettings::detail {
 

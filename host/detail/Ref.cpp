@@ -1,6 +1,6 @@
 #include "host/detail/Ref.h"
 
-#include "host/Error.h"
+#include "pdfsettings/Error.h"
 
 #include <cstring>
 

@@ -1,6 +1,6 @@
 #include "host/detail/RunningComponent.h"
 
-#include "runtime/BIBRuntime.h"
+#include "api/BIBRuntime.h"
 
 #include <atomic>
 #include <cstdlib>

@@ -1,10 +1,10 @@
 // One start of the component, from the loading of its file to its stop.
 #pragma once
 
-#include "host/Error.h"
 #include "host/detail/Bindings.h"
 #include "host/detail/Ref.h"
 #include "host/detail/ReportChannel.h"
+#include "pdfsettings/Error.h"
 
 #include <list>
 #include <mutex>

@@ -4,7 +4,7 @@
 // place in it, or at its end, is always one into the buffer.
 #pragma once
 
-#include "host/TextFinding.h"
+#include "pdfsettings/TextFinding.h"
 #include "platform/RepeatedSearch.h"
 
 #include <string>

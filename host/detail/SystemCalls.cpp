@@ -1,6 +1,6 @@
 #include "host/detail/SystemCalls.h"
 
-#include "host/Error.h"
+#include "pdfsettings/Error.h"
 #include "platform/FileSizeSignal.h"
 
 #include <cerrno>

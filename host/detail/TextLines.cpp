@@ -1,4 +1,4 @@
-#include "host/detail/TextLines.h"
+#include "pdfsettings/detail/TextLines.h"
 
 #include <algorithm>
 #include <utf8.h>

@@ -1,7 +1,7 @@
 #include "host/detail/Bindings.h"
 
-#include "host/Error.h"
-#include "runtime/BIBRuntime.h"
+#include "api/BIBRuntime.h"
+#include "pdfsettings/Error.h"
 
 #include <cstring>
 #include <gtest/gtest.h>

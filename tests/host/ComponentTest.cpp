@@ -1,7 +1,7 @@
-#include "host/Component.h"
+#include "pdfsettings/Component.h"
 
-#include "host/Error.h"
-#include "host/Settings.h"
+#include "pdfsettings/Error.h"
+#include "pdfsettings/Settings.h"
 
 #include "runtime/Diagnostics.h"
 

@@ -1,5 +1,5 @@
 // What a document says of a text is what the component makes of it.
-#include "host/Document.h"
+#include "pdfsettings/Document.h"
 
 #include "tests/support/Agreement.h"
 #include "tests/support/GeneratedTexts.h"

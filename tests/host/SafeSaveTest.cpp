@@ -1,4 +1,4 @@
-#include "host/SafeSave.h"
+#include "pdfsettings/SafeSave.h"
 
 #include "tests/host/SystemCallsDouble.h"
 #include "tests/support/TemporaryFolder.h"

@@ -1,7 +1,7 @@
-#include "host/Schema.h"
+#include "pdfsettings/Schema.h"
 
-#include "host/Component.h"
-#include "host/Settings.h"
+#include "pdfsettings/Component.h"
+#include "pdfsettings/Settings.h"
 
 #include <fstream>
 #include <gtest/gtest.h>

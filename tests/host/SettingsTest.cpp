@@ -1,8 +1,8 @@
-#include "host/Settings.h"
+#include "pdfsettings/Settings.h"
 
-#include "host/Component.h"
-#include "host/Error.h"
-#include "host/Path.h"
+#include "pdfsettings/Component.h"
+#include "pdfsettings/Error.h"
+#include "pdfsettings/Path.h"
 #include "runtime/Diagnostics.h"
 #include "tests/support/SmallStack.h"
 #include "tests/support/TemporaryFolder.h"

@@ -1,7 +1,7 @@
 // Changes in the text are the changes that were asked for, and nothing else moves.
-#include "host/Splice.h"
+#include "pdfsettings/Splice.h"
 
-#include "host/Path.h"
+#include "pdfsettings/Path.h"
 #include "tests/support/GeneratedTexts.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
-#include "host/Value.h"
+#include "pdfsettings/Value.h"
 
-#include "host/Path.h"
+#include "pdfsettings/Path.h"
 #include "tests/support/SmallStack.h"
 
 #include <cmath>

@@ -6,7 +6,7 @@
 #include <string>
 #include <utility>
 
-#include "runtime/BIBRuntime.h"
+#include "api/BIBRuntime.h"
 #include "runtime/Diagnostics.h"
 #include "tests/support/RuntimeTables.h"
 

@@ -1,10 +1,10 @@
 // Whether a document and the component make the same of a text.
 #pragma once
 
-#include "host/Component.h"
-#include "host/Document.h"
-#include "host/Error.h"
-#include "host/Settings.h"
+#include "pdfsettings/Component.h"
+#include "pdfsettings/Document.h"
+#include "pdfsettings/Error.h"
+#include "pdfsettings/Settings.h"
 
 #include <bit>
 #include <cstdint>

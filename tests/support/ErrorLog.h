@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "runtime/BIBRuntime.h"
+#include "api/BIBRuntime.h"
 
 namespace support {
 

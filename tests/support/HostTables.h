@@ -1,7 +1,7 @@
 // The tables that a host of the component uses, all at once.
 #pragma once
 
-#include "runtime/BIBRuntime.h"
+#include "api/BIBRuntime.h"
 #include "tests/support/RuntimeTables.h"
 
 namespace support {

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "runtime/BIBRuntime.h"
+#include "api/BIBRuntime.h"
 
 namespace support {
 

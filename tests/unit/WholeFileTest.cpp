@@ -3,8 +3,8 @@
 #include <cstring>
 #include <unistd.h>
 
+#include "api/BIBRuntime.h"
 #include "bib/POSDict.h"
-#include "runtime/BIBRuntime.h"
 #include "source/PDFSettingsError.h"
 #include "source/PDFSettingsFile.h"
 #include "tests/support/BoundClient.h"

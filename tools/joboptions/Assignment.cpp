@@ -1,9 +1,9 @@
 #include "tools/joboptions/Assignment.h"
 
-#include "host/Document.h"
-#include "host/Error.h"
-#include "host/Path.h"
-#include "host/Settings.h"
+#include "pdfsettings/Document.h"
+#include "pdfsettings/Error.h"
+#include "pdfsettings/Path.h"
+#include "pdfsettings/Settings.h"
 #include "tools/joboptions/Failure.h"
 #include "tools/joboptions/Utf8.h"
 #include "tools/joboptions/ValueText.h"

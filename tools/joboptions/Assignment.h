@@ -1,9 +1,9 @@
 // KEY=VALUE on the command line.
 #pragma once
 
-#include "host/Component.h"
-#include "host/Schema.h"
-#include "host/Value.h"
+#include "pdfsettings/Component.h"
+#include "pdfsettings/Schema.h"
+#include "pdfsettings/Value.h"
 
 #include <string>
 #include <vector>

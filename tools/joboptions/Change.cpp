@@ -1,6 +1,6 @@
 #include "tools/joboptions/Change.h"
 
-#include "host/Error.h"
+#include "pdfsettings/Error.h"
 #include "tools/joboptions/Differences.h"
 #include "tools/joboptions/Findings.h"
 #include "tools/joboptions/Input.h"

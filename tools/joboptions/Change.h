@@ -1,9 +1,9 @@
 // Changes of a file in its own text: judged, shown, saved.
 #pragma once
 
-#include "host/Component.h"
-#include "host/Finding.h"
-#include "host/Settings.h"
+#include "pdfsettings/Component.h"
+#include "pdfsettings/Finding.h"
+#include "pdfsettings/Settings.h"
 #include "tools/joboptions/Failure.h"
 #include "tools/joboptions/Options.h"
 

@@ -1,8 +1,8 @@
 // joboptions check: judges files by a schema.
 #pragma once
 
-#include "host/Component.h"
-#include "host/Schema.h"
+#include "pdfsettings/Component.h"
+#include "pdfsettings/Schema.h"
 #include "tools/joboptions/Command.h"
 #include "tools/joboptions/Judgement.h"
 #include "tools/joboptions/Options.h"

@@ -1,7 +1,7 @@
 // The comments of a settings file.
 #pragma once
 
-#include "host/Document.h"
+#include "pdfsettings/Document.h"
 
 namespace joboptions {
 

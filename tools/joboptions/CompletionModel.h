@@ -1,7 +1,7 @@
 // What a shell can complete: the commands and options of the program, keys and values of a schema.
 #pragma once
 
-#include "host/Schema.h"
+#include "pdfsettings/Schema.h"
 
 #include <CLI/App.hpp>
 #include <string>

@@ -1,7 +1,7 @@
 // joboptions describe: what the schema says of settings.
 #pragma once
 
-#include "host/Schema.h"
+#include "pdfsettings/Schema.h"
 #include "tools/joboptions/Command.h"
 #include "tools/joboptions/Options.h"
 

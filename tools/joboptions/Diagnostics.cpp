@@ -1,7 +1,7 @@
 #include "tools/joboptions/Diagnostics.h"
 
-#include "host/Error.h"
-#include "host/Path.h"
+#include "pdfsettings/Error.h"
+#include "pdfsettings/Path.h"
 #include "tools/joboptions/Differences.h"
 #include "tools/joboptions/Input.h"
 #include "tools/joboptions/Layout.h"

@@ -1,11 +1,11 @@
 // What is said about a file, at its place in it.
 #pragma once
 
-#include "host/Component.h"
-#include "host/Document.h"
-#include "host/Finding.h"
-#include "host/Schema.h"
-#include "host/Settings.h"
+#include "pdfsettings/Component.h"
+#include "pdfsettings/Document.h"
+#include "pdfsettings/Finding.h"
+#include "pdfsettings/Schema.h"
+#include "pdfsettings/Settings.h"
 
 #include <string>
 #include <vector>

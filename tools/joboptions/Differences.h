@@ -1,7 +1,7 @@
 // What differs between two sets of settings.
 #pragma once
 
-#include "host/Value.h"
+#include "pdfsettings/Value.h"
 
 #include <string>
 #include <vector>

@@ -1,7 +1,7 @@
 // Faults of settings as the tool shows them.
 #pragma once
 
-#include "host/Finding.h"
+#include "pdfsettings/Finding.h"
 
 #include <string>
 #include <vector>

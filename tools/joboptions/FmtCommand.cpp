@@ -1,6 +1,6 @@
 #include "tools/joboptions/FmtCommand.h"
 
-#include "host/Document.h"
+#include "pdfsettings/Document.h"
 
 #include "tools/joboptions/Comments.h"
 #include "tools/joboptions/Input.h"

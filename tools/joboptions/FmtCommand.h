@@ -1,8 +1,8 @@
 // joboptions fmt: writes files in the component's own layout.
 #pragma once
 
-#include "host/Component.h"
-#include "host/Settings.h"
+#include "pdfsettings/Component.h"
+#include "pdfsettings/Settings.h"
 #include "tools/joboptions/Command.h"
 #include "tools/joboptions/Judgement.h"
 #include "tools/joboptions/Options.h"

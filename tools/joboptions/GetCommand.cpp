@@ -1,6 +1,6 @@
 #include "tools/joboptions/GetCommand.h"
 
-#include "host/Path.h"
+#include "pdfsettings/Path.h"
 #include "tools/joboptions/Input.h"
 #include "tools/joboptions/JsonDocuments.h"
 #include "tools/joboptions/Locate.h"

@@ -1,7 +1,7 @@
 #include "tools/joboptions/Input.h"
 
-#include "host/Document.h"
-#include "host/Error.h"
+#include "pdfsettings/Document.h"
+#include "pdfsettings/Error.h"
 #include "tools/joboptions/Diagnostics.h"
 #include "tools/joboptions/Failure.h"
 #include "tools/joboptions/Utf8.h"

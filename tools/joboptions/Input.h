@@ -1,9 +1,9 @@
 // Where settings are read from.
 #pragma once
 
-#include "host/Component.h"
-#include "host/Settings.h"
-#include "host/Value.h"
+#include "pdfsettings/Component.h"
+#include "pdfsettings/Settings.h"
+#include "pdfsettings/Value.h"
 
 #include <string>
 #include <vector>

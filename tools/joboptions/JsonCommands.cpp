@@ -1,7 +1,7 @@
 #include "tools/joboptions/JsonCommands.h"
 
-#include "host/Component.h"
-#include "host/Settings.h"
+#include "pdfsettings/Component.h"
+#include "pdfsettings/Settings.h"
 #include "tools/joboptions/Input.h"
 #include "tools/joboptions/JsonDocuments.h"
 #include "tools/joboptions/JsonReader.h"

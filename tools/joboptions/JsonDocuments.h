@@ -1,9 +1,9 @@
 // What commands write for programs: JSON documents with the version of their form.
 #pragma once
 
-#include "host/Finding.h"
-#include "host/Schema.h"
-#include "host/Value.h"
+#include "pdfsettings/Finding.h"
+#include "pdfsettings/Schema.h"
+#include "pdfsettings/Value.h"
 #include "tools/joboptions/Differences.h"
 #include "tools/joboptions/Judgement.h"
 

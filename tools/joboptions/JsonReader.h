@@ -1,7 +1,7 @@
 // Reading the JSON that the tool writes.
 #pragma once
 
-#include "host/Value.h"
+#include "pdfsettings/Value.h"
 
 #include <string>
 

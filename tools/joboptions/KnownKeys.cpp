@@ -1,6 +1,6 @@
 #include "tools/joboptions/KnownKeys.h"
 
-#include "host/Path.h"
+#include "pdfsettings/Path.h"
 #include "tools/joboptions/Nearest.h"
 
 #include <algorithm>

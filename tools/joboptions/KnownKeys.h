@@ -1,7 +1,7 @@
 // The settings that a schema names.
 #pragma once
 
-#include "host/Schema.h"
+#include "pdfsettings/Schema.h"
 
 #include <map>
 #include <optional>

@@ -1,6 +1,6 @@
 #include "tools/joboptions/Layout.h"
 
-#include "host/Error.h"
+#include "pdfsettings/Error.h"
 #include "tools/joboptions/Differences.h"
 #include "tools/joboptions/Failure.h"
 #include "tools/joboptions/Input.h"

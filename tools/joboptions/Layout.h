@@ -1,8 +1,8 @@
 // The component's layout of settings.
 #pragma once
 
-#include "host/Component.h"
-#include "host/Settings.h"
+#include "pdfsettings/Component.h"
+#include "pdfsettings/Settings.h"
 
 #include <optional>
 #include <string>

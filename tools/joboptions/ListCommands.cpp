@@ -1,7 +1,7 @@
 #include "tools/joboptions/ListCommands.h"
 
-#include "host/AdminPreferences.h"
-#include "host/Component.h"
+#include "pdfsettings/AdminPreferences.h"
+#include "pdfsettings/Component.h"
 #include "tools/joboptions/ListText.h"
 #include "tools/joboptions/Result.h"
 #include "tools/joboptions/Utf8.h"

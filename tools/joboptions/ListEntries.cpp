@@ -1,6 +1,6 @@
 #include "tools/joboptions/ListEntries.h"
 
-#include "host/AdminPreferences.h"
+#include "pdfsettings/AdminPreferences.h"
 #include "tools/joboptions/Shadows.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 // The settings that are listed, with what the command line tells of them.
 #pragma once
 
-#include "host/SettingsList.h"
+#include "pdfsettings/SettingsList.h"
 
 #include <filesystem>
 #include <optional>

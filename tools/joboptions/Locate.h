@@ -1,7 +1,7 @@
 // Finding settings by the name that they are listed under.
 #pragma once
 
-#include "host/Component.h"
+#include "pdfsettings/Component.h"
 #include "tools/joboptions/Options.h"
 
 #include <string>

@@ -1,6 +1,6 @@
 #include "tools/joboptions/MissingKey.h"
 
-#include "host/Path.h"
+#include "pdfsettings/Path.h"
 #include "tools/joboptions/Nearest.h"
 #include "tools/joboptions/Utf8.h"
 

@@ -1,7 +1,7 @@
 // Keys that a file does not have.
 #pragma once
 
-#include "host/Value.h"
+#include "pdfsettings/Value.h"
 
 #include <string>
 

@@ -1,6 +1,6 @@
 #include "tools/joboptions/Output.h"
 
-#include "host/SafeSave.h"
+#include "pdfsettings/SafeSave.h"
 #include "tools/joboptions/Failure.h"
 #include "tools/joboptions/Utf8.h"
 

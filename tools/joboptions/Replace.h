@@ -1,7 +1,7 @@
 // Putting changed settings in the place of the file that they come from.
 #pragma once
 
-#include "host/Settings.h"
+#include "pdfsettings/Settings.h"
 #include "tools/joboptions/Options.h"
 
 #include <string>

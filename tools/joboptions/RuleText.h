@@ -1,7 +1,7 @@
 // What a schema says of settings, as text.
 #pragma once
 
-#include "host/Schema.h"
+#include "pdfsettings/Schema.h"
 
 #include <string>
 #include <vector>

@@ -1,8 +1,8 @@
 // The schema that a command judges by.
 #pragma once
 
-#include "host/Component.h"
-#include "host/Schema.h"
+#include "pdfsettings/Component.h"
+#include "pdfsettings/Schema.h"
 #include "tools/joboptions/Options.h"
 
 namespace joboptions {

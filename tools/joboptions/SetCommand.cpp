@@ -1,6 +1,6 @@
 #include "tools/joboptions/SetCommand.h"
 
-#include "host/Splice.h"
+#include "pdfsettings/Splice.h"
 #include "tools/joboptions/Assignment.h"
 #include "tools/joboptions/Change.h"
 #include "tools/joboptions/Diagnostics.h"

@@ -1,7 +1,7 @@
 // Files that a list leaves out because of others.
 #pragma once
 
-#include "host/AdminPreferences.h"
+#include "pdfsettings/AdminPreferences.h"
 #include "tools/joboptions/ListEntries.h"
 
 #include <optional>

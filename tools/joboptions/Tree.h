@@ -1,7 +1,7 @@
 // Settings as a tree for people.
 #pragma once
 
-#include "host/Value.h"
+#include "pdfsettings/Value.h"
 
 #include <string>
 

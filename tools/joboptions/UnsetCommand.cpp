@@ -1,7 +1,7 @@
 #include "tools/joboptions/UnsetCommand.h"
 
-#include "host/Path.h"
-#include "host/Splice.h"
+#include "pdfsettings/Path.h"
+#include "pdfsettings/Splice.h"
 #include "tools/joboptions/Change.h"
 #include "tools/joboptions/Input.h"
 #include "tools/joboptions/Locate.h"

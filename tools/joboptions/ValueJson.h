@@ -16,7 +16,7 @@
 // through.
 #pragma once
 
-#include "host/Value.h"
+#include "pdfsettings/Value.h"
 
 #include <nlohmann/json_fwd.hpp>
 #include <optional>

@@ -1,7 +1,7 @@
 // Values in the syntax of a settings file.
 #pragma once
 
-#include "host/Value.h"
+#include "pdfsettings/Value.h"
 
 #include <string>
 

@@ -1,7 +1,7 @@
 // Where the settings of a text stand.
 #pragma once
 
-#include "host/TextFinding.h"
+#include "pdfsettings/TextFinding.h"
 
 #include <cstddef>
 

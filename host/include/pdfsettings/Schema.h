@@ -1,8 +1,9 @@
 // Schemas: what each setting may hold and what it is for.
 #pragma once
 
-#include "host/Error.h"
-#include "host/Value.h"
+#include "pdfsettings/Error.h"
+#include "pdfsettings/Export.h"
+#include "pdfsettings/Value.h"
 
 #include <optional>
 #include <string>
@@ -21,7 +22,7 @@ struct SchemaFault {
 };
 
 // Says that a schema cannot be used. what() is the first fault, with its place.
-class SchemaError : public Error {
+class PDFSETTINGS_API SchemaError : public Error {
 public:
     // REQUIRES: faults is not empty.
     explicit SchemaError(std::vector<SchemaFault> faults);
@@ -47,7 +48,7 @@ struct SettingRule {
 };
 
 // A schema that the component can judge settings by. A value, independent of the component.
-class Schema {
+class PDFSETTINGS_API Schema {
 public:
     // Reads text, which is in the runtime's object notation. Throws SchemaError with every fault
     // that was found, and Error when memory runs out.

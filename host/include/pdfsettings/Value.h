@@ -6,6 +6,8 @@
 // against concurrent use.
 #pragma once
 
+#include "pdfsettings/Export.h"
+
 #include <cstddef>
 #include <initializer_list>
 #include <map>
@@ -56,7 +58,7 @@ using Text16 = std::u16string;
 inline constexpr char const* kTailKey = "AlembicorData";
 
 // Values in a row.
-class Array {
+class PDFSETTINGS_API Array {
 public:
     Array() noexcept;
     Array(Array const& other);
@@ -84,7 +86,7 @@ public:
     void Resize(std::size_t count);
 
     // Equal sizes and equal values.
-    friend bool operator==(Array const& left, Array const& right);
+    friend PDFSETTINGS_API bool operator==(Array const& left, Array const& right);
 
 private:
     using Copies = std::vector<std::pair<Array const*, Array*>>;
@@ -97,7 +99,7 @@ private:
 };
 
 // Values under keys, in the order in which the keys were first set.
-class Dictionary {
+class PDFSETTINGS_API Dictionary {
 public:
     std::size_t Size() const noexcept;
 
@@ -117,7 +119,7 @@ public:
     bool Remove(std::string_view key);
 
     // Equal values under equal keys, whatever the order of the keys.
-    friend bool operator==(Dictionary const& left, Dictionary const& right);
+    friend PDFSETTINGS_API bool operator==(Dictionary const& left, Dictionary const& right);
 
 private:
     friend class Array;
@@ -128,7 +130,7 @@ private:
 };
 
 // One value of any kind. A new one is the empty word.
-class Value {
+class PDFSETTINGS_API Value {
 public:
     using Variant =
         std::variant<Word, double, String, HexString, Binary, Text16, Array, Dictionary>;
@@ -157,7 +159,7 @@ public:
     }
 
     // Equal kinds and equal contents; numbers compare as in C++, so NaN equals nothing.
-    friend bool operator==(Value const& left, Value const& right);
+    friend PDFSETTINGS_API bool operator==(Value const& left, Value const& right);
 
 private:
     Variant fVariant;

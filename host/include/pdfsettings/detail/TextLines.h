@@ -1,7 +1,7 @@
 // The lines and columns of a text.
 #pragma once
 
-#include "host/TextFinding.h"
+#include "pdfsettings/TextFinding.h"
 
 #include <string_view>
 #include <vector>

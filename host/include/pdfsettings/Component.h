@@ -1,6 +1,8 @@
 // The settings component in this process.
 #pragma once
 
+#include "pdfsettings/Export.h"
+
 #include <memory>
 #include <string>
 
@@ -19,10 +21,11 @@ class RunningComponent;
 // come one after the other, so a long one keeps the others waiting. No object may be moved or
 // destroyed while another thread uses it. A process that was made by fork() while another thread
 // was in a call must not use them: that thread's call never ends there.
-class Component {
+class PDFSETTINGS_API Component {
 public:
     // Loads the component from path and starts it on the runtime. Without a path it is the file
-    // libPDFSettings.so beside the runtime's own library; a path without a slash is looked for as
+    // libPDFSettings.so in the folder pdfsettings-1 beside the runtime's own library, where it is
+    // installed, or else beside the library itself; a path without a slash is looked for as
     // the system's loader does. Throws Error when it cannot be loaded or does not start, and when
     // the component runs already.
     explicit Component(std::string const& path = DefaultPath());

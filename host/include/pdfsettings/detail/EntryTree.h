@@ -1,7 +1,7 @@
 // The entries of a document by their paths.
 #pragma once
 
-#include "host/DocumentEntry.h"
+#include "pdfsettings/DocumentEntry.h"
 
 #include <optional>
 #include <span>

@@ -1,6 +1,8 @@
 // Which settings there are.
 #pragma once
 
+#include "pdfsettings/Export.h"
+
 #include <chrono>
 #include <map>
 #include <optional>
@@ -12,7 +14,7 @@ namespace pdfsettings {
 class Component;
 
 // A settings file in the administrator's folder or in the user's.
-struct ListedSettings {
+struct PDFSETTINGS_API ListedSettings {
     std::string name; // the one to show, in UTF-8; the file's own or a display name
     std::string path; // absolute, in UTF-8
     bool isReadOnly = false;
@@ -26,7 +28,7 @@ struct ListedSettings {
 };
 
 // What the component knows of settings files. No instances.
-class SettingsList {
+class PDFSETTINGS_API SettingsList {
 public:
     // The settings files, read anew: the administrator's first, each name once. application: the
     // one whose display names apply, in UTF-8; none for the files' own names. Files hidden from it

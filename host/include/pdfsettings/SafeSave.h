@@ -1,7 +1,8 @@
 // Replacing a file without ever losing it.
 #pragma once
 
-#include "host/Error.h"
+#include "pdfsettings/Error.h"
+#include "pdfsettings/Export.h"
 
 #include <string>
 #include <string_view>
@@ -9,14 +10,14 @@
 namespace pdfsettings {
 
 // Says that a file must not be replaced: it exists and its owner has no write permission.
-class ReadOnlyError : public Error {
+class PDFSETTINGS_API ReadOnlyError : public Error {
 public:
     using Error::Error;
 };
 
 // Whether SaveSafely would throw ReadOnlyError for the file at path. False when there is none, or
 // when it cannot be examined.
-bool IsReadOnly(std::string const& path);
+PDFSETTINGS_API bool IsReadOnly(std::string const& path);
 
 // Makes bytes the contents of the file at path: whatever happens, the file holds the old bytes or
 // the new ones, on disk too once this returns. An existing file keeps its mode and, where the
@@ -26,6 +27,6 @@ bool IsReadOnly(std::string const& path);
 // stays behind. A process that is killed leaves nothing half-written behind where the file system
 // has files without names; killed in the one moment between the new file's name and its move, it
 // leaves that file whole, under a hidden name that the next save of the same file takes away.
-void SaveSafely(std::string const& path, std::string_view bytes);
+PDFSETTINGS_API void SaveSafely(std::string const& path, std::string_view bytes);
 
 } // namespace pdfsettings

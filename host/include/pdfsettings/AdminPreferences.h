@@ -2,12 +2,14 @@
 // reads the same file and acts on it.
 #pragma once
 
+#include "pdfsettings/Export.h"
+
 #include <map>
 #include <string>
 
 namespace pdfsettings {
 
-class AdminPreferences {
+class PDFSETTINGS_API AdminPreferences {
 public:
     // Reads the administrator's property list now. One that is missing or cannot be used lays
     // nothing down. Throws std::bad_alloc.

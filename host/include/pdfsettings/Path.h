@@ -1,7 +1,8 @@
 // How one value inside nested settings is named.
 #pragma once
 
-#include "host/Value.h"
+#include "pdfsettings/Export.h"
+#include "pdfsettings/Value.h"
 
 #include <string_view>
 
@@ -11,18 +12,18 @@ namespace pdfsettings {
 // "ColorImageDict/QFactor" or "OtherNamespaces/0/Namespace/1"; null when there is none. It is a
 // part of settings. A slash that begins a key belongs to it, as it does in a file: "A//B" is the
 // key "/B" in A.
-Value const* Find(Dictionary const& settings, std::string_view path);
-Value* Find(Dictionary& settings, std::string_view path);
+PDFSETTINGS_API Value const* Find(Dictionary const& settings, std::string_view path);
+PDFSETTINGS_API Value* Find(Dictionary& settings, std::string_view path);
 
 // The first and the last key or position of a path.
-std::string_view FirstPart(std::string_view path);
-std::string_view LastPart(std::string_view path);
+PDFSETTINGS_API std::string_view FirstPart(std::string_view path);
+PDFSETTINGS_API std::string_view LastPart(std::string_view path);
 
 // Stores value at a path: in the dictionary that the path leads to, under a new key too, or in
 // place of an element. False, and nothing is stored, when there is no such dictionary or element.
-bool SetAt(Dictionary& settings, std::string_view path, Value value);
+PDFSETTINGS_API bool SetAt(Dictionary& settings, std::string_view path, Value value);
 
 // Takes the value at a path out; elements behind one in an array move up. False when there is none.
-bool RemoveAt(Dictionary& settings, std::string_view path);
+PDFSETTINGS_API bool RemoveAt(Dictionary& settings, std::string_view path);
 
 } // namespace pdfsettings

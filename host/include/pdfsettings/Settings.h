@@ -1,8 +1,9 @@
 // One set of PDF conversion settings.
 #pragma once
 
-#include "host/Finding.h"
-#include "host/Value.h"
+#include "pdfsettings/Export.h"
+#include "pdfsettings/Finding.h"
+#include "pdfsettings/Value.h"
 
 #include <memory>
 #include <string>
@@ -17,7 +18,7 @@ class Component;
 // moved-from object may only be destroyed or assigned to.
 //
 // Threads: see Component.
-class Settings {
+class PDFSETTINGS_API Settings {
 public:
     // Settings from job options text. text may hold any bytes; schema is in the object notation and
     // not looked at before the first validation. Throws Error with the reported reason when the

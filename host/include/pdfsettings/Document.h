@@ -4,11 +4,12 @@
 // same format in the same way and keeps both. It needs no running component.
 #pragma once
 
-#include "host/DocumentEntry.h"
-#include "host/TextFinding.h"
-#include "host/Value.h"
-#include "host/detail/EntryTree.h"
-#include "host/detail/TextLines.h"
+#include "pdfsettings/DocumentEntry.h"
+#include "pdfsettings/Export.h"
+#include "pdfsettings/TextFinding.h"
+#include "pdfsettings/Value.h"
+#include "pdfsettings/detail/EntryTree.h"
+#include "pdfsettings/detail/TextLines.h"
 
 #include <optional>
 #include <string>
@@ -26,7 +27,7 @@ enum class Refusal {
 };
 
 // Immutable. Safe to read from any thread.
-class Document {
+class PDFSETTINGS_API Document {
 public:
     // Reads text, which may hold any bytes. Throws std::bad_alloc only.
     explicit Document(std::string text);
