@@ -1,0 +1,119 @@
+# What is installed, and the packages that are made of it. Three parts: what programs need to run, what
+# they need to be built, and the command line tool.
+include(CMakePackageConfigHelpers)
+
+# What is installed is built by its targets, and the tests are no part of it.
+set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY ON)
+
+set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/PDFSettings)
+
+# Libraries find each other, and the tool finds them, wherever all of it is put.
+file(RELATIVE_PATH bin_to_lib ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
+set_target_properties(PDFSettingsHost PROPERTIES INSTALL_RPATH "$ORIGIN")
+set_target_properties(joboptions PROPERTIES INSTALL_RPATH "$ORIGIN/${bin_to_lib}")
+
+install(TARGETS BIBRuntime PDFSettingsHost
+    EXPORT PDFSettingsTargets
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+        COMPONENT runtime
+        NAMELINK_COMPONENT development)
+install(TARGETS PDFSettingsPublic EXPORT PDFSettingsTargets)
+install(TARGETS PDFSettings
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/${PDFSETTINGS_MODULE_FOLDER}
+        COMPONENT runtime)
+
+# Two headers are between the parts of this project only.
+install(DIRECTORY public/include/api
+    DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/pdfsettings
+    COMPONENT development
+    PATTERN UnicodeEncoding.h EXCLUDE
+    PATTERN SettingsPlaces.h EXCLUDE)
+install(DIRECTORY host/include/pdfsettings
+    DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+    COMPONENT development)
+
+install(EXPORT PDFSettingsTargets
+    NAMESPACE PDFSettings::
+    DESTINATION ${package_folder}
+    COMPONENT development)
+configure_package_config_file(
+    cmake/PDFSettingsConfig.cmake.in ${CMAKE_BINARY_DIR}/PDFSettingsConfig.cmake
+    INSTALL_DESTINATION ${package_folder}
+    PATH_VARS CMAKE_INSTALL_LIBDIR
+    NO_SET_AND_CHECK_MACRO)
+write_basic_package_version_file(${CMAKE_BINARY_DIR}/PDFSettingsConfigVersion.cmake
+    COMPATIBILITY SameMajorVersion)
+install(
+    FILES
+        ${CMAKE_BINARY_DIR}/PDFSettingsConfig.cmake
+        ${CMAKE_BINARY_DIR}/PDFSettingsConfigVersion.cmake
+    DESTINATION ${package_folder}
+    COMPONENT development)
+
+# A folder as pkg-config is to see it. What lies below the prefix is told from the place of the file
+# itself, so that all of it can be moved; what has an absolute place stays there.
+function(set_pkg_config_folder variable folder)
+    if(IS_ABSOLUTE ${folder})
+        set(${variable} ${folder} PARENT_SCOPE)
+    else()
+        set(${variable} "\${prefix}/${folder}" PARENT_SCOPE)
+    endif()
+endfunction()
+
+set_pkg_config_folder(PKG_CONFIG_LIBDIR ${CMAKE_INSTALL_LIBDIR})
+set_pkg_config_folder(PKG_CONFIG_INCLUDEDIR ${CMAKE_INSTALL_INCLUDEDIR})
+if(IS_ABSOLUTE ${CMAKE_INSTALL_LIBDIR})
+    set(PKG_CONFIG_PREFIX ${CMAKE_INSTALL_PREFIX})
+else()
+    file(RELATIVE_PATH lib_to_prefix /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
+    string(REGEX REPLACE "/$" "" lib_to_prefix ${lib_to_prefix})
+    set(PKG_CONFIG_PREFIX "\${pcfiledir}/${lib_to_prefix}")
+endif()
+foreach(name IN ITEMS pdfsettings pdfsettings-runtime)
+    configure_file(cmake/${name}.pc.in ${CMAKE_BINARY_DIR}/${name}.pc @ONLY)
+    install(FILES ${CMAKE_BINARY_DIR}/${name}.pc
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
+        COMPONENT development)
+endforeach()
+
+install(TARGETS joboptions RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tool)
+function(install_text file folder name)
+    install(FILES ${JOBOPTIONS_TEXTS_FOLDER}/${file}
+        DESTINATION ${folder}
+        COMPONENT tool
+        RENAME ${name})
+endfunction()
+install_text(joboptions.1 ${CMAKE_INSTALL_MANDIR}/man1 joboptions.1)
+install_text(joboptions.bash ${CMAKE_INSTALL_DATADIR}/bash-completion/completions joboptions)
+install_text(joboptions.zsh ${CMAKE_INSTALL_DATADIR}/zsh/site-functions _joboptions)
+install_text(joboptions.fish ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d joboptions.fish)
+
+install(DIRECTORY examples/ data docs
+    DESTINATION ${CMAKE_INSTALL_DOCDIR}
+    COMPONENT development)
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_CONTACT "The PDF settings team <team@pdfsettings.invalid>")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "Named sets of PDF conversion settings")
+set(CPACK_PACKAGING_INSTALL_PREFIX ${CMAKE_INSTALL_PREFIX})
+set(CPACK_STRIP_FILES ON)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_COMPONENTS_ALL runtime development tool)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libpdfsettings${PROJECT_VERSION_MAJOR})
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
+set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "The settings component, its runtime and the C++ API.")
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libpdfsettings-dev)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
+set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "Headers, CMake package and documents for programs with PDF settings.")
+set(CPACK_DEBIAN_TOOL_PACKAGE_NAME joboptions)
+set(CPACK_DEBIAN_TOOL_PACKAGE_SECTION utils)
+set(CPACK_COMPONENT_TOOL_DESCRIPTION "Reads, checks and changes .joboptions files on the command line.")
+# The tool and what is built with the headers are made for these very libraries.
+set(same_libraries "${CPACK_DEBIAN_RUNTIME_PACKAGE_NAME} (= ${PROJECT_VERSION})")
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS ${same_libraries})
+set(CPACK_DEBIAN_TOOL_PACKAGE_DEPENDS ${same_libraries})
+include(CPack)

@@ -6,7 +6,7 @@
 #include "host/detail/ReadStream.h"
 #include "host/detail/ReadValues.h"
 #include "host/detail/ReportChannel.h"
-#include "host/detail/RunningComponent.h"
+#include "host/detail/SettingsState.h"
 #include "pdfsettings/Component.h"
 #include "pdfsettings/Error.h"
 
@@ -72,23 +72,6 @@ std::vector<Finding> ReadFindings(Bindings const& tables, POSArray* errors) {
 }
 
 } // namespace
-
-// Belongs to the component, which may end before.
-struct Settings::State {
-    // REQUIRES: the caller has its Turn.
-    State(std::shared_ptr<detail::RunningComponent> owner, Ref<::PDFSettings> made)
-        : fRunning(std::move(owner)),
-          fSettings(fRunning->Own(std::move(made))) {}
-    ~State() { fRunning->GiveBack(fSettings); }
-    State(State const&) = delete;
-    State& operator=(State const&) = delete;
-
-    // REQUIRES: the caller has its Turn.
-    ::PDFSettings* Get() const noexcept { return fSettings->get(); }
-
-    std::shared_ptr<detail::RunningComponent> fRunning;
-    detail::RunningComponent::OwnedSettings::iterator fSettings;
-};
 
 Settings::Settings(std::unique_ptr<State> state) : fState(std::move(state)) {}
 Settings::Settings(Settings&&) noexcept = default;

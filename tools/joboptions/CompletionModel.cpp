@@ -22,24 +22,12 @@ std::vector<std::string> NamesOf(CLI::Option const& option) {
     return names;
 }
 
-CompletedOption MakeOption(CLI::Option const& option) {
-    bool const isColor = option.check_lname("color");
-    bool const isFile = option.get_type_name() == "FILE";
-    Completion const other = isFile ? Completion::kFile : Completion::kNothing;
-    return {
-        NamesOf(option),
-        option.get_description(),
-        option.get_items_expected_max() > 0,
-        isColor ? Completion::kChoice : other,
-        isColor ? std::vector<std::string>{"auto", "always", "never"} : std::vector<std::string>()};
-}
-
 CompletedCommand MakeCommand(CLI::App const& parser) {
     CompletedCommand command{parser.get_name(), parser.get_description(), {}, false, false, false};
     for (CLI::Option const* const option : parser.get_options()) {
         std::string const place = option->get_name(/*positional=*/true);
         if (!option->get_positional() && !option->get_group().empty()) {
-            command.options.push_back(MakeOption(*option));
+            command.options.push_back(MakeCompletedOption(*option));
         }
         command.takesFile |= place == "FILE" || place == "A";
         command.takesKeys |= place == "KEY";
@@ -65,6 +53,18 @@ std::vector<std::string> ValuesOf(pdfsettings::SettingRule const& rule) {
 }
 
 } // namespace
+
+CompletedOption MakeCompletedOption(CLI::Option const& option) {
+    bool const isColor = option.check_lname("color");
+    bool const isFile = option.get_type_name() == "FILE";
+    Completion const other = isFile ? Completion::kFile : Completion::kNothing;
+    return {
+        NamesOf(option),
+        option.get_description(),
+        option.get_items_expected_max() > 0,
+        isColor ? Completion::kChoice : other,
+        isColor ? std::vector<std::string>{"auto", "always", "never"} : std::vector<std::string>()};
+}
 
 std::vector<CompletedCommand> CompletedCommands(CLI::App const& program) {
     std::vector<CompletedCommand> commands;

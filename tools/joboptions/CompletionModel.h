@@ -34,6 +34,8 @@ struct CompletedKey {
     std::vector<std::string> values; // as they stand in a file; empty where there is no list
 };
 
+CompletedOption MakeCompletedOption(CLI::Option const& option);
+
 // The commands of a program in their order.
 std::vector<CompletedCommand> CompletedCommands(CLI::App const& program);
 

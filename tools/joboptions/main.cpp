@@ -7,6 +7,7 @@
 #include "tools/joboptions/GetCommand.h"
 #include "tools/joboptions/JsonCommands.h"
 #include "tools/joboptions/ListCommands.h"
+#include "tools/joboptions/ManualCommand.h"
 #include "tools/joboptions/Output.h"
 #include "tools/joboptions/SetCommand.h"
 #include "tools/joboptions/ShowCommand.h"
@@ -53,6 +54,7 @@ public:
         Add<FolderCommand>();
         Add<DescribeCommand>();
         Add<CompletionCommand>();
+        Add<ManualCommand>();
     }
 
     Status Run(int argc, char** argv) {

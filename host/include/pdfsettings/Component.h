@@ -40,6 +40,7 @@ public:
     long Version() const;
 
 private:
+    friend class RawAccess;
     friend class Schema;
     friend class Settings;
     friend class SettingsList;

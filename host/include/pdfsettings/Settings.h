@@ -74,6 +74,8 @@ public:
     void Write(std::string const& path);
 
 private:
+    friend class RawAccess;
+
     struct State;
 
     explicit Settings(std::unique_ptr<State> state);
