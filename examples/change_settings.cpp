@@ -6,7 +6,13 @@
 #include <pdfsettings/Schema.h>
 #include <pdfsettings/Settings.h>
 
-using namespace pdfsettings;
+using pdfsettings::Component;
+using pdfsettings::Dictionary;
+using pdfsettings::Error;
+using pdfsettings::Finding;
+using pdfsettings::SaveSafely;
+using pdfsettings::Schema;
+using pdfsettings::Settings;
 
 namespace {
 

@@ -6,19 +6,28 @@
 #include <pdfsettings/Error.h>
 #include <pdfsettings/SettingsList.h>
 
-using namespace pdfsettings;
+using pdfsettings::Component;
+using pdfsettings::Error;
+using pdfsettings::ListedSettings;
+using pdfsettings::SettingsList;
+
+namespace {
+
+void List(Component const& component, std::optional<std::string> const& application) {
+    for (ListedSettings const& listed : SettingsList::Read(component, application)) {
+        bool const isHidden = application && listed.IsHiddenFrom(*application);
+        if (!isHidden) {
+            std::cout << listed.name << (listed.isReadOnly ? " (read-only)" : "") << "\n";
+        }
+    }
+}
+
+} // namespace
 
 int main(int argc, char** argv) {
     try {
         Component const component;
-        auto const application =
-            argc > 1 ? std::optional<std::string>(argv[1]) : std::optional<std::string>();
-        for (ListedSettings const& listed : SettingsList::Read(component, application)) {
-            bool const isHidden = application && listed.IsHiddenFrom(*application);
-            if (!isHidden) {
-                std::cout << listed.name << (listed.isReadOnly ? " (read-only)" : "") << "\n";
-            }
-        }
+        List(component, argc > 1 ? std::optional<std::string>(argv[1]) : std::nullopt);
         std::cout << "folder: " << SettingsList::UserFolder(component) << "\n";
     } catch (Error const& error) {
         std::cerr << error.what() << "\n";

@@ -5,7 +5,13 @@
 #include <pdfsettings/Path.h>
 #include <pdfsettings/Settings.h>
 
-using namespace pdfsettings;
+using pdfsettings::Array;
+using pdfsettings::Component;
+using pdfsettings::Dictionary;
+using pdfsettings::Error;
+using pdfsettings::Find;
+using pdfsettings::Settings;
+using pdfsettings::Word;
 
 int main() {
     try {

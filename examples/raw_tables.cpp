@@ -9,7 +9,10 @@
 #include <pdfsettings/RawAccess.h>
 #include <pdfsettings/Settings.h>
 
-using namespace pdfsettings;
+using pdfsettings::Component;
+using pdfsettings::Error;
+using pdfsettings::RawAccess;
+using pdfsettings::Settings;
 
 namespace {
 

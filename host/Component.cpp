@@ -11,7 +11,7 @@ namespace pdfsettings {
 // The folder of the runtime's library is asked of the loader, since a search on behalf of this code
 // would depend on how the program was linked.
 std::string Component::DefaultPath() {
-    std::string const name = "libPDFSettings.so";
+    std::string name = "libPDFSettings.so";
     Dl_info runtime{};
     if (dladdr(reinterpret_cast<void*>(&BIBRuntimeLookup), &runtime) == 0) {
         return name;

@@ -1,7 +1,8 @@
-/* A host in C, without the C++ API: it loads the component itself, gives it a lookup of its own, and
-   speaks to the registered tables:
-       host_in_c COMPONENT FILE
-   The lookup hands the host's own procedure out for reports, and all else of the in-process runtime. */
+// A host in C, without the C++ API: it loads the component itself, gives it a lookup of its own,
+// and speaks to the registered tables:
+//     host_in_c COMPONENT FILE
+// The lookup hands the host's own procedure out for reports, and all else of the in-process
+// runtime.
 #include <api/BIBContainerInterface.h>
 #include <api/BIBRuntime.h>
 #include <api/PDFSettings.h>
@@ -24,7 +25,7 @@ static void* Lookup(char const* interfaceName, char const* procName, char const*
     return BIBRuntimeLookup(interfaceName, procName, procType);
 }
 
-/* A table is a structure of procedures, filled from the same rows that name them. */
+// A table is a structure of procedures, filled from the same rows that name them.
 #define FIND(operation, procType) (procType) FindRow(INTERFACE, #operation, #procType),
 
 static void* FindRow(char const* interfaceName, char const* operation, char const* procType) {
@@ -71,7 +72,7 @@ static Buffers FindBuffers(void) {
     return table;
 }
 
-/* A path as the component takes it: UTF-16 units. This host's paths are ASCII. */
+// A path as the component takes it: UTF-16 units. This host's paths are ASCII.
 static BIBSharedBuffer* MakePath(Buffers const* buffers, char const* path) {
     unsigned long const length = strlen(path);
     BIBSharedBuffer* const buffer =
@@ -83,7 +84,7 @@ static BIBSharedBuffer* MakePath(Buffers const* buffers, char const* path) {
     return buffer;
 }
 
-/* Reads the file and says what its settings do not obey. */
+// Reads the file and says what its settings do not obey.
 static int Judge(char const* file) {
     static char const kSchema[] =
         "< PDFSettings < EmbedAllFonts boolean optional < CompatibilityLevel number > > >";
@@ -98,7 +99,7 @@ static int Judge(char const* file) {
     if (opened == NULL) {
         return 1;
     }
-    /* What a procedure gives is unowned: whoever keeps it adds a reference. */
+    // What a procedure gives is unowned: whoever keeps it adds a reference.
     containers.AddRef((BIBContainer*)opened);
     POSArray* const faults = settings.IsPDFSettingsValid(opened);
     if (faults != NULL) {
