@@ -1,6 +1,7 @@
 #include "pdfsettings/Component.h"
 
 #include "pdfsettings/Error.h"
+#include "pdfsettings/RawAccess.h"
 #include "pdfsettings/Settings.h"
 
 #include "runtime/Diagnostics.h"
@@ -103,6 +104,24 @@ TEST(Component, StartsWholeOrNotAtAll) {
     }
     EXPECT_GT(failures, 10);
     EXPECT_EQ("started", StartError(Component::DefaultPath()));
+}
+
+TEST(RawAccess, GivesTheTablesAndTheObjectAndKeepsTheComponentRunning) {
+    std::optional<Component> component(std::in_place);
+    std::optional<Settings> settings(Settings::FromText(*component, kText));
+    RawAccess const raw(*component);
+    RawAccess const again(*component);
+    auto const isDirty = reinterpret_cast<PDFSettingsIsDirtyProc>(
+        raw.Lookup()("PDFSettingsInterface", "IsDirty", "PDFSettingsIsDirtyProc"));
+    EXPECT_EQ(1, isDirty(again.Object(*settings))) << "bound to no file";
+    EXPECT_EQ(settings->Text().substr(0, 2), "<<") << "the API goes on working";
+
+    settings.reset();
+    component.reset();
+    EXPECT_NE(
+        nullptr,
+        raw.Lookup()(
+            "PDFSettingsStatics", "GetListofPDFSettings", "PDFSettingsGetListofPDFSettingsProc"));
 }
 
 TEST(Component, AFileThatIsNoComponentIsRefused) {
