@@ -36,7 +36,7 @@ std::string_view BytesOf(CPOSUnicodeString const& text) {
 }
 
 // The key of a file in the cloak table: its name in UTF-8 without as many units as the extension
-// has, whatever they are. None for a shorter name, or one with half a character.
+// has, whatever they are; empty where that leaves half a character. None for a shorter name.
 std::optional<std::string> CloakKey(CPOSUnicodeString const& path) {
     std::span<unsigned short const> const text(path.Get(), path.GetLength());
     auto const separator = std::find(text.rbegin(), text.rend(), kDirSeparatorW);
@@ -45,7 +45,7 @@ std::optional<std::string> CloakKey(CPOSUnicodeString const& path) {
     if (name.size() < kExtensionLength) {
         return std::nullopt;
     }
-    return platform::EncodeUtf8(name.first(name.size() - kExtensionLength));
+    return platform::EncodeUtf8(name.first(name.size() - kExtensionLength)).value_or("");
 }
 
 } // namespace
@@ -118,14 +118,11 @@ void FileListBuilder::NotePairs() {
     }
 }
 
+// A list without this would look whole and show what is to be hidden: a failure ends its making.
 void FileListBuilder::NoteCloaked() {
-    try {
-        CPOSDictIterator const files(fCloakSettings);
-        for (files.Begin(); !files.IsDone(); files.Next()) {
-            fCloaked.emplace(files.CurKey());
-        }
-    } catch (...) {
-        // Files whose keys could not be looked at are listed without their entries.
+    CPOSDictIterator const files(fCloakSettings);
+    for (files.Begin(); !files.IsDone(); files.Next()) {
+        fCloaked.emplace(files.CurKey());
     }
 }
 

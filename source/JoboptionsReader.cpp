@@ -116,13 +116,6 @@ NumberToken FindNumber(char const* first) {
     return FindFarNumber(first);
 }
 
-// Stands before every step into a value: its parts are read by the same functions once more.
-void RequireRoom() {
-    if (!platform::StackWatch::HasRoom()) {
-        CBIBMemory::ThrowMemError();
-    }
-}
-
 void AppendElement(char** cursor, CPOSArray const& array) {
     array.Append(GetValue(cursor));
 }
@@ -147,6 +140,12 @@ CPOSBinData MakeBinData(char const* typeName, char const* begin, char const* end
         typeName,
         reinterpret_cast<unsigned char const*>(begin),
         static_cast<unsigned long>(end - begin));
+}
+
+void RequireRoom() {
+    if (!platform::StackWatch::HasRoom()) {
+        CBIBMemory::ThrowMemError();
+    }
 }
 
 void SkipWhiteSpace(char** cursor) {

@@ -53,6 +53,10 @@ BIB_T_NMT::CPOSBinData MakeBinData(char const* typeName, char const* begin, char
 // text.
 void SkipWhiteSpace(char** cursor);
 
+// Throws the memory error where the stack has no room for a value. Stands before a text and before
+// each step into a value: the parts are read by the same functions once more.
+void RequireRoom();
+
 // The next key, without its slash. Whatever stands before it is passed over.
 BIB_T_NMT::CPOSString GetKey(char** cursor);
 

@@ -33,11 +33,10 @@ Claim::~Claim() {
     gClaimed = false;
 }
 
-// The loader makes sure of all versions at once either way, and what is called for is looked up
-// when it is called: to start takes few of its procedures.
+// Everything is looked up at once: what is missing later would end the process.
 Module::Module(std::string const& path)
     : fPath(path),
-      fHandle(dlopen(path.c_str(), RTLD_LAZY | RTLD_LOCAL)) {
+      fHandle(dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL)) {
     if (fHandle == nullptr) {
         throw Error("cannot load the settings component: " + LastLoaderError());
     }
@@ -48,7 +47,7 @@ Module::~Module() {
 }
 
 void Module::KeepLoaded() const noexcept {
-    dlopen(fPath.c_str(), RTLD_LAZY | RTLD_LOCAL | RTLD_NOLOAD | RTLD_NODELETE);
+    dlopen(fPath.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NOLOAD | RTLD_NODELETE);
 }
 
 void* Module::FindSymbol(char const* name) const {
