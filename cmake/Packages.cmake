@@ -2,15 +2,18 @@
 # they need to be built, and the command line tool.
 include(CMakePackageConfigHelpers)
 
-# What is installed is built by its targets, and the tests are no part of it.
-set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY ON)
-
 set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/PDFSettings)
 
-# Libraries find each other, and the tool finds them, wherever all of it is put.
-file(RELATIVE_PATH bin_to_lib ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
+# Libraries find each other, and the tool finds them, wherever all of it is put; or where they are, if
+# no prefix moves them.
+if(IS_ABSOLUTE ${CMAKE_INSTALL_LIBDIR})
+    set(library_path ${CMAKE_INSTALL_LIBDIR})
+else()
+    file(RELATIVE_PATH bin_to_lib ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
+    set(library_path "$ORIGIN/${bin_to_lib}")
+endif()
 set_target_properties(PDFSettingsHost PROPERTIES INSTALL_RPATH "$ORIGIN")
-set_target_properties(joboptions PROPERTIES INSTALL_RPATH "$ORIGIN/${bin_to_lib}")
+set_target_properties(joboptions PROPERTIES INSTALL_RPATH "${library_path}")
 
 install(TARGETS BIBRuntime PDFSettingsHost
     EXPORT PDFSettingsTargets
@@ -24,7 +27,7 @@ install(TARGETS PDFSettings
 
 # Two headers are between the parts of this project only.
 install(DIRECTORY public/include/api
-    DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/pdfsettings
+    DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/pdfsettings/tables
     COMPONENT development
     PATTERN UnicodeEncoding.h EXCLUDE
     PATTERN SettingsPlaces.h EXCLUDE)
@@ -88,7 +91,10 @@ install_text(joboptions.bash ${CMAKE_INSTALL_DATADIR}/bash-completion/completion
 install_text(joboptions.zsh ${CMAKE_INSTALL_DATADIR}/zsh/site-functions _joboptions)
 install_text(joboptions.fish ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d joboptions.fish)
 
-install(DIRECTORY examples/ data docs
+install(DIRECTORY examples data docs
+    DESTINATION ${CMAKE_INSTALL_DOCDIR}
+    COMPONENT development)
+install(FILES README.md CHANGELOG.md CONTRIBUTING.md
     DESTINATION ${CMAKE_INSTALL_DOCDIR}
     COMPONENT development)
 
@@ -103,6 +109,7 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libpdfsettings${PROJECT_VERSION_MAJOR})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
 set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "The settings component, its runtime and the C++ API.")

@@ -16,6 +16,10 @@ std::atomic<bool> gClaimed = false;
 std::mutex gExitLock;
 RunningComponent* gRunning = nullptr;
 
+[[noreturn]] void ThrowInUse() {
+    throw Error("the settings component is in use already: a process can run it only once");
+}
+
 std::string LastLoaderError() {
     char const* const text = dlerror();
     return text == nullptr ? "unknown error of the loader" : text;
@@ -25,7 +29,7 @@ std::string LastLoaderError() {
 
 Claim::Claim() {
     if (gClaimed.exchange(true)) {
-        throw Error("the settings component is in use already: a process can run it only once");
+        ThrowInUse();
     }
 }
 
@@ -66,6 +70,11 @@ Start::Start(Module const& module)
     ForgetReport();
     if (BIBRuntimeLookup("BIB", "BIBUnregisterInterface", "BIBUnregisterInterface") == nullptr) {
         ThrowOutOfMemory();
+    }
+    // Somebody else's component is not stopped below because it cannot be started twice.
+    if (BIBRuntimeLookup("PDFSettingsInterface", "NewFromFile", "PDFSettingsNewFromFileProc") !=
+        nullptr) {
+        ThrowInUse();
     }
     if (initialize(&BIBRuntimeLookup) == 0) {
         fTerminate();

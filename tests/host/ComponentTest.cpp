@@ -4,10 +4,13 @@
 #include "pdfsettings/RawAccess.h"
 #include "pdfsettings/Settings.h"
 
+#include "api/BIBRuntime.h"
+#include "api/PDFSettings.h"
 #include "runtime/Diagnostics.h"
 
 #include <cstdio>
 #include <cstdlib>
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <optional>
 
@@ -53,6 +56,24 @@ TEST(Component, RunsOnceAtATime) {
         StartError(Component::DefaultPath()),
         "the settings component is in use already: a process can run it only once");
     EXPECT_EQ(Settings::FromText(running, kText).Values().Size(), 1u);
+}
+
+TEST(Component, LeavesWhatAnotherHostStarted) {
+    void* const file = dlopen(Component::DefaultPath().c_str(), RTLD_NOW | RTLD_LOCAL);
+    auto const find = [file](char const* name) { return dlsym(file, name); };
+    auto const initialize =
+        reinterpret_cast<decltype(&PDFSettingsInitialize)>(find("PDFSettingsInitialize"));
+    auto const terminate =
+        reinterpret_cast<decltype(&PDFSettingsTerminate)>(find("PDFSettingsTerminate"));
+    ASSERT_EQ(1, initialize(&BIBRuntimeLookup));
+    EXPECT_EQ(
+        StartError(Component::DefaultPath()),
+        "the settings component is in use already: a process can run it only once");
+    EXPECT_NE(
+        nullptr, BIBRuntimeLookup("PDFSettingsInterface", "IsDirty", "PDFSettingsIsDirtyProc"));
+    terminate();
+    dlclose(file);
+    EXPECT_EQ(StartError(Component::DefaultPath()), "started");
 }
 
 TEST(Component, MayBeStartedAgain) {

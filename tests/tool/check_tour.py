@@ -31,7 +31,9 @@ def main():
     failures = 0
     with tempfile.TemporaryDirectory() as folder:
         shutil.copytree(os.path.join(source, "data"), os.path.join(folder, "data"))
-        environment = {**os.environ, "LC_ALL": "C"}
+        home = os.path.join(folder, "home")
+        environment = {
+            **os.environ, "LC_ALL": "C", "XDG_DATA_HOME": home, "XDG_CONFIG_HOME": home}
         for command, expected in tour:
             shell = f'joboptions() {{ "{program}" "$@"; }}; {command}'
             result = subprocess.run(

@@ -17,6 +17,9 @@ class RunningComponent;
 // and all Settings that were made with it are gone, and stays loaded. At the latest it stops when
 // the program ends: objects that are destroyed after that throw Error when they are used.
 //
+// While it runs it has the runtime's error channel (BIBRuntimeSetErrorChannel), where reports
+// become the texts of Error; afterwards the channel is the runtime's default.
+//
 // Threads: this object and all its Settings may be used from any thread. Calls into the component
 // come one after the other, so a long one keeps the others waiting. No object may be moved or
 // destroyed while another thread uses it. A process that was made by fork() while another thread

@@ -19,7 +19,8 @@ class Turn;
 
 // The right to call the runtime and the component directly. While it lives, calls of the API by
 // other threads wait, so it should be short; the thread that has it may go on using the API. The
-// headers in api/ say what each procedure wants and who owns what.
+// headers in api/ say what each procedure wants and who owns what. It belongs to its thread, which
+// destroys it, and before the program ends: the end waits for it.
 class PDFSETTINGS_API RawAccess {
 public:
     // Waits for calls of other threads. Throws Error when the component has stopped.

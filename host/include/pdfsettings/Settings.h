@@ -17,6 +17,10 @@ class Component;
 // Settings that the component holds. They keep the component running for as long as they live. A
 // moved-from object may only be destroyed or assigned to.
 //
+// Settings without a schema, or with one that cannot be used, can be read and written, but neither
+// judged nor changed: Validate and Set throw. Schema::StandardText() is a schema, and
+// Schema::FromText() tells what is wrong with another one.
+//
 // Threads: see Component.
 class PDFSETTINGS_API Settings {
 public:
