@@ -105,9 +105,10 @@ OSErr FSGetCatalogInfoBulk(
     }
     return AtService([=] {
         FileStatus status;
-        HFSUniStr255 name;
+        HFSUniStr255 unwanted;
+        HFSUniStr255* const name = names != nullptr ? names : &unwanted;
         char const* bytes = "";
-        OSErr const error = NextItem(iterator->fStream, &status, &name, &bytes);
+        OSErr const error = NextItem(iterator->fStream, &status, name, &bytes);
         if (error != noErr) {
             return error;
         }
@@ -117,9 +118,6 @@ OSErr FSGetCatalogInfoBulk(
         status.Tell(whichInfo, catalogInfos);
         if (IsFolderByLink(status, dirfd(iterator->fStream), bytes)) {
             catalogInfos->nodeFlags &= static_cast<UInt16>(~kFSNodeIsDirectoryMask);
-        }
-        if (names != nullptr) {
-            *names = name;
         }
         *actualObjects = 1;
         return noErr;
