@@ -16,6 +16,11 @@ CASES = [
     (["show", "--color", "a"], ["auto", "always"], ["never"]),
     (["get", "f", "Color"], ["ColorImageDict/QFactor", "ColorImageResolution"], ["Binding"]),
     (["describe", "Bind"], ["Binding"], ["CompressPages"]),
+    # Options do not shift the arguments.
+    (["get", "--app", "Webrix", "Color"], [], ["ColorImageResolution"]),
+    (["get", "--app", "Webrix", "f", "Color"], ["ColorImageResolution"], []),
+    (["set", "-n", "EmbedAll"], [], ["EmbedAllFonts=", "EmbedAllFonts=true"]),
+    (["completion", ""], ["bash", "zsh", "fish"], []),
 ]
 
 

@@ -23,7 +23,8 @@ std::vector<std::string> NamesOf(CLI::Option const& option) {
 }
 
 CompletedCommand MakeCommand(CLI::App const& parser) {
-    CompletedCommand command{parser.get_name(), parser.get_description(), {}, false, false, false};
+    CompletedCommand command{
+        parser.get_name(), parser.get_description(), {}, false, false, false, {}};
     for (CLI::Option const* const option : parser.get_options()) {
         std::string const place = option->get_name(/*positional=*/true);
         if (!option->get_positional() && !option->get_group().empty()) {
@@ -32,6 +33,9 @@ CompletedCommand MakeCommand(CLI::App const& parser) {
         command.takesFile |= place == "FILE" || place == "A";
         command.takesKeys |= place == "KEY";
         command.takesAssignments |= place == "KEY=VALUE";
+        if (place == "SHELL") {
+            command.words = {"bash", "zsh", "fish"};
+        }
     }
     return command;
 }

@@ -24,9 +24,10 @@ struct CompletedCommand {
     std::string name;
     std::string help;
     std::vector<CompletedOption> options;
-    bool takesFile;        // as its first argument
-    bool takesKeys;        // behind that
-    bool takesAssignments; // KEY=VALUE, likewise
+    bool takesFile;                 // as its first argument
+    bool takesKeys;                 // behind that
+    bool takesAssignments;          // KEY=VALUE, likewise
+    std::vector<std::string> words; // what its argument is one of; empty for any other argument
 };
 
 struct CompletedKey {

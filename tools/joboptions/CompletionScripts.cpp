@@ -91,6 +91,34 @@ std::string OptionsWith(Commands const& commands, Completion completion) {
     return fmt::format("{}", fmt::join(names, "|"));
 }
 
+// The names of all options that have a value behind them.
+std::string OptionsWithValue(Commands const& commands) {
+    std::vector<std::string> names;
+    for (Completion const kind : {Completion::kNothing, Completion::kFile, Completion::kChoice}) {
+        names.push_back(OptionsWith(commands, kind));
+    }
+    return fmt::format("{}", fmt::join(names, "|"));
+}
+
+// Counts the arguments between the command and the word that is completed, in bash and zsh, whose
+// arrays begin with different numbers.
+std::string
+CountPlaces(Commands const& commands, int first, std::string const& words, char const* end) {
+    return fmt::format(
+        "    local place=0 i\n"
+        "    for ((i = {}; i < {}; ++i)); do\n"
+        "        case {} in\n"
+        "        {}) ((++i)) ;;\n"
+        "        -?*) ;;\n"
+        "        *) ((++place)) ;;\n"
+        "        esac\n"
+        "    done\n",
+        first,
+        end,
+        words,
+        OptionsWithValue(commands));
+}
+
 // "    case $word in", a line for each of the keys with values, "esac".
 std::string ValueCases(Keys const& keys, std::string const& word, std::string const& variable) {
     std::string text = fmt::format("        case {} in\n", word);
@@ -135,6 +163,63 @@ std::string FishOption(CompletedCommand const& command, CompletedOption const& o
         line += " -a " + FishQuoted(Joined(option.choices));
     }
     return line + " -d " + FishQuoted(option.help) + "\n";
+}
+
+// The commands with words of their own, each a case with what completes it in place of the braces.
+std::string WordCases(Commands const& commands, std::string const& word, char const* offer) {
+    std::string text = fmt::format("    case {} in\n", word);
+    for (CompletedCommand const& command : commands) {
+        if (!command.words.empty()) {
+            text += fmt::format("    {}) ", command.name) +
+                    fmt::format(fmt::runtime(offer), Joined(command.words)) + "; return ;;\n";
+        }
+    }
+    return text + "    esac\n";
+}
+
+std::string BashWords(Commands const& commands) {
+    return WordCases(
+        commands, "$command", "mapfile -t COMPREPLY < <(compgen -W '{}' -- \"$word\")");
+}
+
+std::string ZshWords(Commands const& commands) {
+    return WordCases(commands, "$words[2]", "compadd -- {}");
+}
+
+// Whether there is an argument between the command and the word that is completed.
+std::string FishPlaces(Commands const& commands) {
+    std::string options = OptionsWithValue(commands);
+    std::ranges::replace(options, '|', ' ');
+    return fmt::format(
+        "function __joboptions_has_file\n"
+        "    set -l words (commandline -opc)\n"
+        "    set -e words[1..2]\n"
+        "    set -l isValue no\n"
+        "    for word in $words\n"
+        "        if test $isValue = yes\n"
+        "            set isValue no\n"
+        "        else if contains -- $word {}\n"
+        "            set isValue yes\n"
+        "        else if not string match -q -- '-*' $word; or test $word = -\n"
+        "            return 0\n"
+        "        end\n"
+        "    end\n"
+        "    return 1\n"
+        "end\n",
+        options);
+}
+
+std::string FishWords(Commands const& commands) {
+    std::string text;
+    for (CompletedCommand const& command : commands) {
+        if (!command.words.empty()) {
+            text += fmt::format(
+                "complete -c joboptions -f -n '__fish_seen_subcommand_from {}' -a {}\n",
+                command.name,
+                FishQuoted(Joined(command.words)));
+        }
+    }
+    return text;
 }
 
 // How bash completes the value of an assignment.
@@ -208,9 +293,10 @@ std::string BashCompletion(Commands const& commands, Keys const& keys) {
         "        return\n"
         "    fi\n"
         "    local keys='{}'\n"
+        "{}"
         "    case $command in\n"
         "    {}) ;;\n"
-        "    *) ((COMP_CWORD > 2)) || return ;;\n"
+        "    *) ((place > 0)) || return ;;\n"
         "    esac\n"
         "    case $command in\n"
         "    {}) mapfile -t COMPREPLY < <(compgen -W \"$keys\" -- \"$word\") ;;\n"
@@ -222,6 +308,7 @@ std::string BashCompletion(Commands const& commands, Keys const& keys) {
         "}}\n"
         "complete -o default -F _joboptions joboptions\n",
         Joined(AllKeys(keys)),
+        CountPlaces(commands, 2, "${COMP_WORDS[i]}", "COMP_CWORD") + BashWords(commands),
         KeysFirst(commands),
         Names(commands, &CompletedCommand::takesKeys, "|"),
         Names(commands, &CompletedCommand::takesAssignments, "|"));
@@ -257,7 +344,8 @@ std::string ZshCompletion(Commands const& commands, Keys const& keys) {
         "        return\n"
         "    fi\n"
         "    keys=({})\n"
-        "    if ((CURRENT == 3)) && [[ $words[2] != ({}) ]]; then\n"
+        "{}"
+        "    if ((place == 0)) && [[ $words[2] != ({}) ]]; then\n"
         "        _files\n"
         "        return\n"
         "    fi\n"
@@ -273,6 +361,7 @@ std::string ZshCompletion(Commands const& commands, Keys const& keys) {
         "    compdef _joboptions joboptions\n"
         "fi\n",
         Joined(AllKeys(keys)),
+        CountPlaces(commands, 3, "$words[i]", "CURRENT") + ZshWords(commands),
         KeysFirst(commands),
         Names(commands, &CompletedCommand::takesKeys, "|"),
         Names(commands, &CompletedCommand::takesAssignments, "|"));
@@ -280,7 +369,7 @@ std::string ZshCompletion(Commands const& commands, Keys const& keys) {
 }
 
 std::string FishCompletion(Commands const& commands, Keys const& keys) {
-    std::string text = "# Completions of joboptions for fish.\n";
+    std::string text = "# Completions of joboptions for fish.\n" + FishPlaces(commands);
     for (CompletedCommand const& command : commands) {
         text += fmt::format(
             "complete -c joboptions -f -n __fish_use_subcommand -a {} -d {}\n",
@@ -299,14 +388,17 @@ std::string FishCompletion(Commands const& commands, Keys const& keys) {
             assignments.push_back(key + "=");
         }
     }
-    text += fmt::format(
-        "complete -c joboptions -n '__fish_seen_subcommand_from {}' -a {}\n"
-        "complete -c joboptions -n '__fish_seen_subcommand_from {}' -a {}\n",
-        Names(commands, &CompletedCommand::takesKeys, " "),
-        FishQuoted(Joined(AllKeys(keys))),
-        Names(commands, &CompletedCommand::takesAssignments, " "),
-        FishQuoted(Joined(assignments)));
-    return text;
+    for (CompletedCommand const& command : commands) {
+        if (!command.takesKeys && !command.takesAssignments) {
+            continue;
+        }
+        text += fmt::format(
+            "complete -c joboptions -n '__fish_seen_subcommand_from {}{}' -a {}\n",
+            command.name,
+            command.takesFile ? "; and __joboptions_has_file" : "",
+            FishQuoted(Joined(command.takesKeys ? AllKeys(keys) : assignments)));
+    }
+    return text + FishWords(commands);
 }
 
 } // namespace joboptions
