@@ -40,16 +40,16 @@ install(EXPORT PDFSettingsTargets
     DESTINATION ${package_folder}
     COMPONENT development)
 configure_package_config_file(
-    cmake/PDFSettingsConfig.cmake.in ${CMAKE_BINARY_DIR}/PDFSettingsConfig.cmake
+    cmake/PDFSettingsConfig.cmake.in ${PDFSettings_BINARY_DIR}/PDFSettingsConfig.cmake
     INSTALL_DESTINATION ${package_folder}
     PATH_VARS CMAKE_INSTALL_LIBDIR
     NO_SET_AND_CHECK_MACRO)
-write_basic_package_version_file(${CMAKE_BINARY_DIR}/PDFSettingsConfigVersion.cmake
+write_basic_package_version_file(${PDFSettings_BINARY_DIR}/PDFSettingsConfigVersion.cmake
     COMPATIBILITY SameMajorVersion)
 install(
     FILES
-        ${CMAKE_BINARY_DIR}/PDFSettingsConfig.cmake
-        ${CMAKE_BINARY_DIR}/PDFSettingsConfigVersion.cmake
+        ${PDFSettings_BINARY_DIR}/PDFSettingsConfig.cmake
+        ${PDFSettings_BINARY_DIR}/PDFSettingsConfigVersion.cmake
     DESTINATION ${package_folder}
     COMPONENT development)
 
@@ -73,8 +73,8 @@ else()
     set(PKG_CONFIG_PREFIX "\${pcfiledir}/${lib_to_prefix}")
 endif()
 foreach(name IN ITEMS pdfsettings pdfsettings-runtime)
-    configure_file(cmake/${name}.pc.in ${CMAKE_BINARY_DIR}/${name}.pc @ONLY)
-    install(FILES ${CMAKE_BINARY_DIR}/${name}.pc
+    configure_file(cmake/${name}.pc.in ${PDFSettings_BINARY_DIR}/${name}.pc @ONLY)
+    install(FILES ${PDFSettings_BINARY_DIR}/${name}.pc
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
         COMPONENT development)
 endforeach()
