@@ -26,6 +26,7 @@ enum ForWhichDirectory : int { kAdminSettingsDirectory = 0, kUserSettingsDirecto
 // Builds one list. Displayed names and cloak table are as SettingsDataStore gives them.
 class FileListBuilder : public BIB_T_NMT::CBIBClientBase {
 public:
+    // An empty list. Throws CBIBError and std::bad_alloc: without all cloak keys there is none.
     FileListBuilder(
         ForWhichDirectory which,
         BIB_T_NMT::CPOSArray const& displayNames,
