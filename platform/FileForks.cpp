@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "platform/CreatedFile.h"
 #include "platform/FileManager.h"
 #include "platform/FileSizeSignal.h"
 #include "platform/FileStatus.h"
@@ -38,9 +39,9 @@ OSErr CheckIsFile(FSRef const& ref) noexcept {
 // A pipe that took the file's place would make the opening wait for its other end. So there is no
 // waiting, except for the holder of a lease, which only a regular file can have.
 int OpenRegular(char const* path, int access) noexcept {
-    int file = OpenPath(path, access | O_NONBLOCK);
+    int file = OpenPath(AT_FDCWD, path, access | O_NONBLOCK);
     if (file < 0 && errno == EWOULDBLOCK) {
-        file = OpenPath(path, access);
+        file = OpenPath(AT_FDCWD, path, access);
     }
     return file;
 }
@@ -84,7 +85,10 @@ OSErr FSOpenFork(
     if (OSErr const error = CheckIsFile(*ref); error != noErr) {
         return error;
     }
-    int const file = OpenRegular(ref->path.c_str(), permissions == fsRdPerm ? O_RDONLY : O_RDWR);
+    int const file =
+        ref->created != nullptr
+            ? ref->created->Duplicate()
+            : OpenRegular(ref->path.c_str(), permissions == fsRdPerm ? O_RDONLY : O_RDWR);
     if (file < 0) {
         return CodeOf(errno);
     }

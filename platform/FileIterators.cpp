@@ -113,7 +113,7 @@ OSErr FSGetCatalogInfoBulk(
             return error;
         }
         refs->path.assign(iterator->fFolder).append(bytes);
-        refs->isCreated = false;
+        refs->created.reset();
         refs->isFile = status.IsFile();
         status.Tell(whichInfo, catalogInfos);
         if (IsFolderByLink(status, dirfd(iterator->fStream), bytes)) {

@@ -3,11 +3,12 @@
 // Names, types, values and result codes follow the service's own interface. Every call gives noErr
 // or the code of its failure, in which case it has stored nothing. Names of files are counted
 // UTF-16 units; one that is empty, longer than 255 bytes in UTF-8, no well-formed UTF-16, or holds
-// a zero unit or a slash is bdNamErr, never cut short. No call keeps a descriptor but FSOpenFork.
-// Safe across threads.
+// a zero unit or a slash is bdNamErr, never cut short. No call keeps a descriptor but FSOpenFork
+// and FSCreateFileUnicode. Safe across threads.
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 
 #include "platform/CFBase.h"
@@ -33,12 +34,17 @@ inline constexpr OSErr dirNFErr = -120;
 inline constexpr OSErr errFSNoMoreItems = -1417;
 inline constexpr OSErr afpAccessDenied = -5000;
 
+namespace platform {
+class CreatedFile;
+}
+
 // A file or folder. A copyable value that holds a path: no descriptor is open for it, and the item
-// may have gone when it is used.
+// may have gone when it is used. Only a file that was made through a reference stays open as long
+// as a copy of that reference lives.
 struct FSRef {
-    std::string path;       // in the system's own bytes, without a NUL
-    bool isCreated = false; // the file was made through this reference
-    bool isFile = false;    // it was a file when the reference was made
+    std::string path;    // in the system's own bytes, without a NUL
+    bool isFile = false; // it was a file when the reference was made
+    std::shared_ptr<platform::CreatedFile const> created = nullptr; // the file that was made
 };
 
 // A name of at most 255 units.
@@ -109,8 +115,10 @@ OSErr FSGetCatalogInfo(
     void* fsSpec,
     FSRef* parentRef) noexcept;
 
-// A new, empty file or folder in parent, with the permissions that the process gives by default.
-// dupFNErr when there is anything of that name. whichInfo must be 0; newRef may be null.
+// A new, empty file or folder in parent, with the permissions that the process gives by default,
+// but no folder that others may write to. dupFNErr when there is anything of that name;
+// afpAccessDenied for a folder in a program with raised rights, and for root where a folder above
+// is not root's alone. whichInfo must be 0; newRef may be null.
 OSErr FSCreateFileUnicode(
     FSRef const* parent,
     UniCharCount nameLength,
@@ -145,9 +153,9 @@ inline constexpr UInt16 fsFromLEOF = 2;
 // An open file.
 using FSIORefNum = int;
 
-// Opens the data of a regular file; ioErr for anything else, which is not opened at all. Waits
-// while another process gives up its lease on the file, as long as the system lets it. The caller
-// closes it.
+// Opens the data of a regular file, of a file that was made through ref that very one; ioErr for
+// anything else, which is not opened at all. Waits while another process gives up its lease on the
+// file, as long as the system lets it. The caller closes it.
 OSErr FSOpenFork(
     FSRef const* ref,
     UniCharCount forkNameLength,
@@ -222,7 +230,8 @@ inline constexpr Boolean kDontCreateFolder = 0;
 inline constexpr Boolean kCreateFolder = 1;
 
 // A standard folder; fnfErr when it does not exist. Only the user's application support folder is
-// ever created, for the user alone.
+// ever created, for the user alone; where it cannot be, its path is given all the same, since a
+// host puts files below the path that it gets.
 OSErr FSFindFolder(
     SInt16 domain, UInt32 folderType, Boolean createFolder, FSRef* foundRef) noexcept;
 

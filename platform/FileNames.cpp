@@ -28,19 +28,22 @@ bool DecodeName(char const* bytes, HFSUniStr255* name) noexcept {
     return length.has_value();
 }
 
-OSErr ChildPath(
-    FSRef const& parent, UniCharCount nameLength, UniChar const* name, std::string* path) {
+OSErr EncodeName(UniCharCount nameLength, UniChar const* name, std::string* bytes) {
     // More units are more bytes, whatever they are.
     if (nameLength == 0 || nameLength > kLongestName) {
         return bdNamErr;
     }
-    auto const child = EncodeUtf8({name, nameLength});
-    if (!child || !IsUsable(*child)) {
+    auto encoded = EncodeUtf8({name, nameLength});
+    if (!encoded || !IsUsable(*encoded)) {
         return bdNamErr;
     }
-    bool const endsInSlash = !parent.path.empty() && parent.path.back() == '/';
-    *path = parent.path + (endsInSlash ? "" : "/") + *child;
+    *bytes = std::move(*encoded);
     return noErr;
+}
+
+std::string ChildPath(FSRef const& parent, std::string const& name) {
+    bool const endsInSlash = !parent.path.empty() && parent.path.back() == '/';
+    return parent.path + (endsInSlash ? "" : "/") + name;
 }
 
 } // namespace platform

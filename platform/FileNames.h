@@ -9,10 +9,12 @@
 
 namespace platform {
 
-// The path of a name in the folder parent into *path. bdNamErr for a name that no file can have
-// (see FileManager.h).
-OSErr ChildPath(
-    FSRef const& parent, UniCharCount nameLength, UniChar const* name, std::string* path);
+// A name as the system wants it into *bytes. bdNamErr for one that no file can have (see
+// FileManager.h).
+OSErr EncodeName(UniCharCount nameLength, UniChar const* name, std::string* bytes);
+
+// The path of the item of that name in the folder parent.
+std::string ChildPath(FSRef const& parent, std::string const& name);
 
 // The units of a name in the system's bytes; false for one that is no UTF-8.
 bool DecodeName(char const* bytes, HFSUniStr255* name) noexcept;

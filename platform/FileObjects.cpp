@@ -1,35 +1,35 @@
 // Creating and deleting files and folders.
-#include <cerrno>
-#include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
+#include "platform/CreatedFile.h"
 #include "platform/FileManager.h"
 #include "platform/FileNames.h"
 #include "platform/FileStatus.h"
+#include "platform/NewFolders.h"
 #include "platform/SystemErrors.h"
 
 using platform::AtService;
 using platform::CodeOfResult;
 using platform::FileStatus;
-using platform::OpenPath;
 
 namespace {
 
-constexpr mode_t kFileMode = 0666;
-constexpr mode_t kFolderMode = 0777;
+// Others may look into new folders, but not write to them.
+constexpr mode_t kFolderMode = 0755;
 
-OSErr CreateFile(char const* path) noexcept {
-    int const file = OpenPath(path, O_WRONLY | O_CREAT | O_EXCL, kFileMode);
-    OSErr const error = CodeOfResult(file);
-    if (file >= 0) {
-        close(file);
-    }
+OSErr CreateFile(FSRef const& parent, std::string const& name, FSRef* made) {
+    made->path = platform::ChildPath(parent, name);
+    made->isFile = true;
+    std::shared_ptr<platform::CreatedFile> file;
+    // The root's path is its slash, that of the current folder may be empty.
+    OSErr const error = platform::CreatedFile::Make(platform::ChildPath(parent, ""), name, &file);
+    made->created = file;
     return error;
 }
 
-OSErr CreateFolder(char const* path) noexcept {
-    return CodeOfResult(mkdir(path, kFolderMode));
+OSErr CreateFolder(FSRef const& parent, std::string const& name, FSRef* made) {
+    made->path = platform::ChildPath(parent, name);
+    return platform::MakeFolder(made->path, kFolderMode);
 }
 
 // Creates an item of that name by create.
@@ -38,15 +38,16 @@ OSErr CreateItem(
     UniCharCount nameLength,
     UniChar const* name,
     FSRef* newRef,
-    OSErr (*create)(char const*)) noexcept {
+    OSErr (*create)(FSRef const&, std::string const&, FSRef*)) noexcept {
     return AtService([=] {
-        std::string path;
-        OSErr error = platform::ChildPath(*parent, nameLength, name, &path);
+        std::string child;
+        FSRef made;
+        OSErr error = platform::EncodeName(nameLength, name, &child);
         if (error == noErr) {
-            error = create(path.c_str());
+            error = create(*parent, child, &made);
         }
         if (error == noErr && newRef != nullptr) {
-            *newRef = {std::move(path), /*isCreated=*/true, /*isFile=*/create == &CreateFile};
+            *newRef = std::move(made);
         }
         return error;
     });
@@ -80,6 +81,9 @@ OSErr FSCreateDirectoryUnicode(
 // A file that its owner may not write stays, though the system would let the folder's owner delete
 // it: settings that are read-only are never replaced. A file just made is nobody's settings yet.
 OSErr FSDeleteObject(FSRef const* ref) noexcept {
+    if (ref->created != nullptr) {
+        return ref->created->Delete();
+    }
     FileStatus status;
     if (OSErr const error = status.Read(ref->path); error != noErr) {
         return error;
@@ -87,7 +91,7 @@ OSErr FSDeleteObject(FSRef const* ref) noexcept {
     if (!status.IsFileOrLink()) {
         return paramErr;
     }
-    if (status.IsLocked() || (!ref->isCreated && !status.IsWritableByOwner())) {
+    if (status.IsLocked() || !status.IsWritableByOwner()) {
         return fLckdErr;
     }
     return CodeOfResult(unlink(ref->path.c_str()));

@@ -47,7 +47,7 @@ OSErr FSPathMakeRef(UInt8 const* path, FSRef* ref, Boolean* isDirectory) noexcep
         if (error != noErr) {
             return error;
         }
-        *ref = {std::move(found), /*isCreated=*/false, status.IsFile()};
+        *ref = {std::move(found), status.IsFile()};
         if (isDirectory != nullptr) {
             *isDirectory = status.IsDirectory() ? 1 : 0;
         }
@@ -72,14 +72,16 @@ OSErr FSMakeFSRefUnicode(
     UInt32 /*textEncodingHint*/,
     FSRef* newRef) noexcept {
     return AtService([=] {
+        std::string child;
         std::string path;
-        OSErr error = platform::ChildPath(*parent, nameLength, name, &path);
+        OSErr error = platform::EncodeName(nameLength, name, &child);
         FileStatus status;
         if (error == noErr) {
+            path = platform::ChildPath(*parent, child);
             error = status.Read(path);
         }
         if (error == noErr) {
-            *newRef = {std::move(path), /*isCreated=*/false, status.IsFile()};
+            *newRef = {std::move(path), status.IsFile()};
         }
         return error;
     });

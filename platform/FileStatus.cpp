@@ -55,10 +55,10 @@ void FileStatus::Tell(FSCatalogInfoBitmap whichInfo, FSCatalogInfo* info) const 
     }
 }
 
-int OpenPath(char const* path, int flags, mode_t mode) noexcept {
+int OpenPath(int folder, char const* path, int flags, mode_t mode) noexcept {
     int file = -1;
     do {
-        file = open(path, flags | O_NOCTTY | O_CLOEXEC, mode);
+        file = openat(folder, path, flags | O_NOCTTY | O_CLOEXEC, mode);
     } while (file < 0 && errno == EINTR);
     return file;
 }

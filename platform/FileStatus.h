@@ -33,8 +33,8 @@ private:
     struct statx fStatus {};
 };
 
-// Opens path as the system does, in no child process and as no terminal, also where a signal
-// interrupts it. A descriptor for the caller, or -1 with the reason in errno.
-int OpenPath(char const* path, int flags, mode_t mode = 0) noexcept;
+// Opens path, from an open folder on, as the system does, in no child process and as no terminal,
+// also where a signal interrupts it. A descriptor for the caller, or -1 with the reason in errno.
+int OpenPath(int folder, char const* path, int flags, mode_t mode = 0) noexcept;
 
 } // namespace platform

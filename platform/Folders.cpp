@@ -2,13 +2,13 @@
 #include <cerrno>
 #include <cstdlib>
 #include <pwd.h>
-#include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
 
 #include "platform/FileManager.h"
 #include "platform/FileNames.h"
 #include "platform/FileStatus.h"
+#include "platform/NewFolders.h"
 #include "platform/SystemErrors.h"
 
 using platform::AtService;
@@ -71,9 +71,9 @@ std::string FindFolder(SInt16 domain, UInt32 folderType) {
 void MakeFolders(std::string const& path) {
     for (std::size_t slash = path.find('/', 1); slash != std::string::npos;
          slash = path.find('/', slash + 1)) {
-        mkdir(path.substr(0, slash).c_str(), kPrivateFolderMode);
+        platform::MakeFolder(path.substr(0, slash), kPrivateFolderMode);
     }
-    mkdir(path.c_str(), kPrivateFolderMode);
+    platform::MakeFolder(path, kPrivateFolderMode);
 }
 
 } // namespace
@@ -88,13 +88,15 @@ OSErr FSFindFolder(
     }
     return AtService([=] {
         std::string path = FindFolder(domain, folderType);
-        bool const mayCreate = domain == kUserDomain && folderType == kApplicationSupportFolderType;
-        if (createFolder != kDontCreateFolder && mayCreate && !path.empty()) {
+        bool const isToExist = createFolder != kDontCreateFolder && domain == kUserDomain &&
+                               folderType == kApplicationSupportFolderType && !path.empty();
+        if (isToExist) {
             MakeFolders(path);
         }
         FileStatus status;
         OSErr const error = status.Read(path);
-        if (error != noErr || !status.IsDirectory()) {
+        bool const isMissing = isToExist && error == fnfErr;
+        if (!isMissing && (error != noErr || !status.IsDirectory())) {
             return error == noErr ? dirNFErr : error;
         }
         *foundRef = {std::move(path)};

@@ -41,7 +41,7 @@ std::uintptr_t CurrentAddress() noexcept {
 // The pages of address space that the process has; 0 where the system does not tell.
 std::uintptr_t PagesUsed() noexcept {
     std::uintptr_t pages = 0;
-    int const file = OpenPath("/proc/self/statm", O_RDONLY);
+    int const file = OpenPath(AT_FDCWD, "/proc/self/statm", O_RDONLY);
     if (file >= 0) {
         char text[32];
         ssize_t const size = read(file, text, sizeof text);

@@ -123,7 +123,7 @@ protected:
         return text;
     }
 
-    TemporaryFolder fFolder;
+    TemporaryFolder fFolder{support::OwnPlace()};
     EnvironmentVariable fData{"XDG_DATA_HOME", (fFolder / "data").c_str()};
     EnvironmentVariable fConfig{"XDG_CONFIG_HOME", (fFolder / "config").c_str()};
     long fDescriptors = CountDescriptors();

@@ -9,14 +9,22 @@
 #include <vector>
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace support {
+
+// Where the tests of root may make folders that nobody else could exchange; for others any place is
+// one.
+inline std::filesystem::path OwnPlace() {
+    return geteuid() == 0 ? "/run" : std::filesystem::temp_directory_path();
+}
 
 // The folder goes with all that is in it.
 class TemporaryFolder {
 public:
-    TemporaryFolder() {
-        std::string name = (std::filesystem::temp_directory_path() / "settings-XXXXXX").string();
+    explicit TemporaryFolder(
+        std::filesystem::path const& parent = std::filesystem::temp_directory_path()) {
+        std::string name = (parent / "settings-XXXXXX").string();
         fPath = mkdtemp(name.data());
     }
     ~TemporaryFolder() { std::filesystem::remove_all(fPath); }

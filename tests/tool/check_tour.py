@@ -29,7 +29,8 @@ def main():
     with open(readme, encoding="utf-8") as file:
         tour = list(steps(file.read()))
     failures = 0
-    with tempfile.TemporaryDirectory() as folder:
+    # For root, the program makes no folders where others could exchange them.
+    with tempfile.TemporaryDirectory(dir="/run" if os.geteuid() == 0 else None) as folder:
         shutil.copytree(os.path.join(source, "data"), os.path.join(folder, "data"))
         home = os.path.join(folder, "home")
         environment = {

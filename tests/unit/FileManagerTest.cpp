@@ -51,7 +51,7 @@ protected:
         return FSCreateFileUnicode(&parent, name.size(), units, 0, nullptr, ref, nullptr);
     }
 
-    support::TemporaryFolder fFolder;
+    support::TemporaryFolder fFolder{support::OwnPlace()};
     long fDescriptors = support::CountDescriptors();
 };
 
@@ -117,12 +117,70 @@ TEST_F(FileManager, MakesWhatTheUmaskLeavesAndTakesItBack) {
         EXPECT_EQ(noErr, Create(u"closed", &closed));
     }
     EXPECT_EQ(0666U, ModeOf("open"));
-    EXPECT_EQ(0777U, ModeOf("d"));
+    EXPECT_EQ(0755U, ModeOf("d")) << "for others to look into, not to change";
     EXPECT_EQ(0444U, ModeOf("closed"));
     FSRef const found = RefOf("closed");
     EXPECT_EQ(fLckdErr, FSDeleteObject(&found));
     EXPECT_EQ(noErr, FSDeleteObject(&closed));
     EXPECT_EQ("d open ", fFolder.Names());
+}
+
+TEST_F(FileManager, MakesNoFolderThatAnotherUserCouldExchange) {
+    fFolder.Make("file", "");
+    auto const make = [&](std::string const& parent, char16_t name) {
+        FSRef const folder{fFolder / parent};
+        auto const unit = static_cast<UniChar>(name);
+        FSRef made;
+        return FSCreateDirectoryUnicode(&folder, 1, &unit, 0, nullptr, &made, nullptr, nullptr);
+    };
+    struct {
+        char const* fName;
+        mode_t fMode;
+        uid_t fOwner;
+        bool fIsSafe; // for root; others have their own rights and no more
+    } const kCases[] = {
+        {"open", 0777, geteuid(), false},
+        {"sticky", 01777, geteuid(), false},
+        {"group", 0775, geteuid(), false},
+        {"own", 0755, geteuid(), true},
+        {"private", 0700, geteuid(), true},
+        {"other", 0755, 12345, false},
+    };
+    bool const isRoot = geteuid() == 0;
+    for (auto const& [name, mode, owner, isSafe] : kCases) {
+        std::filesystem::create_directories(fFolder / name + "/below");
+        chmod((fFolder / name).c_str(), mode);
+        bool const isGiven = chown((fFolder / name).c_str(), owner, getgid()) == 0;
+        OSErr const expected = isSafe || !isRoot ? noErr : afpAccessDenied;
+        EXPECT_EQ(isGiven ? expected : noErr, make(name, 'd')) << name;
+        EXPECT_EQ(isGiven ? expected : noErr, make(std::string(name) + "/below", 'd')) << name;
+    }
+    // A way through a link counts as what it leads to.
+    std::filesystem::create_directory_symlink("open", fFolder / "link");
+    EXPECT_EQ(isRoot ? afpAccessDenied : noErr, make("link", 'e'));
+    EXPECT_EQ(dupFNErr, make("own", 'd'));
+    support::SetRaisedRights(true);
+    EXPECT_EQ(afpAccessDenied, make("own", 'e'));
+    support::SetRaisedRights(false);
+    EXPECT_EQ(noErr, make("own", 'e'));
+}
+
+// The file may be exchanged by whoever may write to its folder.
+TEST_F(FileManager, WritesAndTakesBackTheVeryFileThatItMade) {
+    FSRef made;
+    ASSERT_EQ(noErr, Create(u"a", &made));
+    std::filesystem::rename(fFolder / "a", fFolder / "moved");
+    fFolder.Make("a", "other");
+    FSIORefNum fork = -1;
+    ASSERT_EQ(noErr, FSOpenFork(&made, 0, nullptr, fsRdWrPerm, &fork));
+    EXPECT_EQ(noErr, FSWriteFork(fork, fsFromLEOF, 0, 3, "new", nullptr));
+    EXPECT_EQ(noErr, FSCloseFork(fork));
+    EXPECT_EQ("new", support::ReadBytes(fFolder / "moved"));
+    EXPECT_EQ(fnfErr, FSDeleteObject(&made));
+    EXPECT_EQ("other", support::ReadBytes(fFolder / "a"));
+    std::filesystem::rename(fFolder / "moved", fFolder / "a");
+    EXPECT_EQ(noErr, FSDeleteObject(&made));
+    EXPECT_EQ("", fFolder.Names());
 }
 
 TEST_F(FileManager, TakesImmutableFilesForLocked) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <sys/auxv.h>
 #include <unistd.h>
 
 namespace {
@@ -10,6 +11,7 @@ constexpr std::size_t kMost = 2;
 
 bool gIsActive = false;
 unsigned long gCalls = 0;
+bool gHasRaisedRights = false;
 
 template <class Transfer, class Bytes>
 ssize_t Move(Transfer transfer, int file, Bytes* bytes, std::size_t size) {
@@ -29,6 +31,11 @@ extern "C" {
 
 decltype(read) __real_read;
 decltype(write) __real_write;
+decltype(getauxval) __real_getauxval;
+
+unsigned long __wrap_getauxval(unsigned long type) {
+    return type == AT_SECURE && gHasRaisedRights ? 1 : __real_getauxval(type);
+}
 
 ssize_t __wrap_read(int file, void* bytes, std::size_t size) {
     return Move(&__real_read, file, bytes, size);
@@ -48,6 +55,10 @@ TransferDouble::TransferDouble() {
 
 TransferDouble::~TransferDouble() {
     gIsActive = false;
+}
+
+void SetRaisedRights(bool areRaised) {
+    gHasRaisedRights = areRaised;
 }
 
 } // namespace support

@@ -1,5 +1,5 @@
-// The system's read and write with interruptions and short counts on demand: the linker leads the
-// calls of static code through here (see --wrap in CMakeLists.txt).
+// The system's read and write with interruptions and short counts on demand, and its word on raised
+// rights: the linker leads the calls of static code through here (see --wrap in CMakeLists.txt).
 #pragma once
 
 namespace support {
@@ -13,5 +13,8 @@ public:
     TransferDouble(TransferDouble const&) = delete;
     TransferDouble& operator=(TransferDouble const&) = delete;
 };
+
+// Lets the program look as if it ran with raised rights (a set-user-ID program).
+void SetRaisedRights(bool areRaised);
 
 } // namespace support
