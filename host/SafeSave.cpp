@@ -1,14 +1,11 @@
 #include "pdfsettings/SafeSave.h"
 
-#include "host/detail/Replacement.h"
+#include "host/save/FolderLock.h"
+#include "host/save/Replace.h"
+#include "host/save/SeenFile.h"
+#include "host/save/Target.h"
 
 #include <cerrno>
-#include <fcntl.h>
-#include <filesystem>
-#include <memory>
-#include <optional>
-#include <sys/stat.h>
-#include <system_error>
 #include <unistd.h>
 
 namespace pdfsettings {
@@ -17,97 +14,134 @@ using namespace detail;
 
 namespace {
 
-constexpr mode_t kFileMode = 0666;
-constexpr mode_t kPrivateMode = 0600;
-
-// So many links may follow one another: the system's own limit.
-constexpr int kMostLinks = 40;
-
-// The path that is no link any more, whether there is a file or not.
-std::string FollowLinks(std::filesystem::path path) {
-    for (int i = 0; i <= kMostLinks; ++i) {
-        std::error_code error;
-        std::filesystem::path const target = std::filesystem::read_symlink(path, error);
-        if (error) {
-            return path;
-        }
-        path = path.parent_path() / target;
-    }
-    ThrowSystemError(ELOOP);
+std::optional<std::string> BytesOf(std::optional<SeenFile> const& file) {
+    return file ? std::optional(file->Bytes()) : std::nullopt;
 }
 
-std::optional<struct stat> Examine(std::string const& path) {
-    struct stat status {};
-    if (stat(path.c_str(), &status) == 0) {
-        return status;
-    }
-    if (errno != ENOENT) {
-        ThrowSystemError(errno);
-    }
-    return std::nullopt;
-}
-
-bool IsReadOnlyFile(struct stat const& status) {
-    return S_ISREG(status.st_mode) && (status.st_mode & S_IWUSR) == 0;
-}
-
-std::string FolderOf(std::string const& path) {
-    std::size_t const slash = path.rfind('/');
-    return slash == std::string::npos ? "." : path.substr(0, slash + 1);
-}
-
-// Puts the bytes in the target's place by a new file. False when there is no such file, or when it
-// cannot take a place here.
-bool Replace(
-    std::unique_ptr<Replacement> const& file,
-    std::string const& target,
-    std::string_view bytes,
-    std::optional<struct stat> const& original) {
-    if (!file) {
-        return false;
-    }
-    file->Write(bytes);
-    if (original) {
-        file->Resemble(*original);
-    }
-    return file->TakePlace(target);
-}
-
-// A device or a pipe holds nothing that could be lost, and must stay what it is.
-void WriteInPlace(std::string const& path, std::string_view bytes) {
-    Descriptor const file(open(path.c_str(), O_WRONLY | O_CLOEXEC));
+// What is no file holds nothing that could be lost, and must stay what it is.
+SaveWarnings WriteStream(Target const& target, std::string_view bytes) {
+    std::string const path = "/proc/self/fd/" + std::to_string(target.stream.Number());
+    Descriptor const file(open(path.c_str(), O_WRONLY | O_NOCTTY | O_CLOEXEC));
     ThrowIfNegative(file.Number());
     WriteAll(file, bytes);
+    return {};
+}
+
+SaveWarnings Save(
+    Target const& target,
+    std::string_view bytes,
+    std::optional<std::string> const* seen,
+    SaveOptions const& options) {
+    return target.IsStream() ? WriteStream(target, bytes) : Replace(target, bytes, seen, options);
+}
+
+std::string ReadStream(Descriptor const& file) {
+    std::string bytes;
+    char buffer[65536];
+    ssize_t count = 0;
+    do {
+        count = read(file.Number(), buffer, sizeof buffer);
+        if (count < 0 && errno == EINTR) {
+            continue;
+        }
+        ThrowIfNegative(count);
+        bytes.append(buffer, static_cast<std::size_t>(count));
+        RequireSize(bytes.size());
+    } while (count != 0);
+    return bytes;
+}
+
+// Opening a pipe must not wait for its other end. A descriptor of this process has one.
+Descriptor OpenForReading(std::string const& path) {
+    int const waiting = NamesDescriptor(path) ? 0 : O_NONBLOCK;
+    Descriptor file(open(path.c_str(), O_RDONLY | O_NOCTTY | O_CLOEXEC | waiting));
+    ThrowIfNegative(file.Number());
+    return file;
 }
 
 } // namespace
 
 bool IsReadOnly(std::string const& path) {
-    struct stat status {};
-    return stat(path.c_str(), &status) == 0 && IsReadOnlyFile(status);
+    try {
+        Target const target = FindTarget(path);
+        if (!target.IsStream()) {
+            if (auto const file = SeenFile::Open(target.folder, target.name)) {
+                file->RequireWritable(target.folder, target.name);
+            }
+        }
+        return false;
+    } catch (Error const& error) {
+        return dynamic_cast<ReadOnlyError const*>(&error) != nullptr;
+    }
 }
 
-void SaveSafely(std::string const& path, std::string_view bytes) {
+std::optional<std::string> LookAt(std::string const& path) {
+    Target const target = FindTarget(path);
+    return target.IsStream() ? std::nullopt : BytesOf(SeenFile::Open(target.folder, target.name));
+}
+
+std::string ReadFile(std::string const& path) {
     if (path.find('\0') != std::string::npos) {
         throw Error("the path holds a NUL byte");
     }
-    // By the path itself: a link to a pipe may lead to no path at all, and the system may refuse to
-    // follow a link.
-    auto const original = Examine(path);
-    if (original && !S_ISREG(original->st_mode)) {
-        WriteInPlace(path, bytes);
-        return;
+    Descriptor const file = OpenForReading(path);
+    struct stat const status = StatusOf(file);
+    if (NamesDescriptor(path) || IsNullDevice(status)) {
+        return ReadStream(file);
     }
-    if (original && IsReadOnlyFile(*original)) {
-        throw ReadOnlyError("read-only");
+    RequireRegular(status);
+    return ReadAll(file);
+}
+
+SaveWarnings
+SaveSafely(std::string const& path, std::string_view bytes, SaveOptions const& options) {
+    return Save(FindTarget(path), bytes, nullptr, options);
+}
+
+SaveWarnings SaveSafely(
+    std::string const& path,
+    std::string_view bytes,
+    std::optional<std::string> const& seen,
+    SaveOptions const& options) {
+    return Save(FindTarget(path), bytes, &seen, options);
+}
+
+struct EditedFile::State {
+    State(std::string const& path, SaveOptions const& given)
+        : target(FindTarget(path)),
+          options(given) {
+        if (!target.IsStream()) {
+            lock.emplace(target, Deadline(options.timeout));
+            bytes = BytesOf(SeenFile::Open(target.folder, target.name));
+        }
     }
-    std::string const target = FollowLinks(path);
-    std::string const folder = FolderOf(target);
-    // Nobody may look into the new file before it has the old one's mode.
-    mode_t const mode = original ? kPrivateMode : kFileMode;
-    if (!Replace(NewNamelessFile(folder, mode), target, bytes, original)) {
-        Replace(NewNamedFile(folder, mode), target, bytes, original);
-    }
+
+    Target target;
+    SaveOptions options;
+    std::optional<FolderLock> lock; // releases before the folder is closed
+    std::optional<std::string> bytes;
+};
+
+EditedFile::EditedFile(std::unique_ptr<State> state) : fState(std::move(state)) {}
+EditedFile::~EditedFile() = default;
+
+std::optional<std::string> const& EditedFile::Bytes() const noexcept {
+    return fState->bytes;
+}
+
+SaveWarnings EditedFile::Save(std::string_view bytes) {
+    SaveWarnings warnings =
+        pdfsettings::Save(fState->target, bytes, &fState->bytes, fState->options);
+    fState->bytes = bytes;
+    return warnings;
+}
+
+void Edit(
+    std::string const& path,
+    std::function<void(EditedFile&)> const& change,
+    SaveOptions const& options) {
+    EditedFile file(std::make_unique<EditedFile::State>(path, options));
+    change(file);
 }
 
 } // namespace pdfsettings

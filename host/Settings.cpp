@@ -7,10 +7,12 @@
 #include "host/detail/ReadValues.h"
 #include "host/detail/ReportChannel.h"
 #include "host/detail/SettingsState.h"
+#include "host/save/FolderLock.h"
 #include "pdfsettings/Component.h"
 #include "pdfsettings/Error.h"
 
-#include <fstream>
+#include <filesystem>
+#include <optional>
 
 namespace pdfsettings {
 
@@ -20,17 +22,17 @@ using detail::Bindings;
 using detail::Ref;
 using detail::ReportedCall;
 
-// Runs a call on a file. The component tells all failures of the file service by the same word; why
-// puts the system's reason in its place.
-template <class Call, class Why>
-auto FileCall(Call call, Why why) -> decltype(call()) {
+// Runs the component's writing of a file. It reports all failures of the file service by the same
+// word; the system's reason takes its place.
+template <class Call>
+void WriteFileBy(Call call, std::string const& path) {
     try {
-        return call();
+        call();
     } catch (Error const& error) {
         if (std::string_view(error.what()) != "Error") {
             throw;
         }
-        throw Error(why());
+        throw Error(detail::WhyUnwritable(path));
     }
 }
 
@@ -46,12 +48,17 @@ bool IsTextOfAFailure(std::string_view text) {
     return text.empty() || text == "<<\r\n>> setpagedevice\r\n";
 }
 
-bool HoldsText(std::string const& path, std::string const& text) {
-    std::ifstream file(path, std::ios::binary);
-    std::string bytes(text.size() + 1, '\0');
-    file.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    bytes.resize(static_cast<std::size_t>(file.gcount()));
-    return bytes == text;
+std::optional<std::string> BytesAt(std::string const& path) {
+    try {
+        return ReadFile(path);
+    } catch (Error const&) {
+        return std::nullopt;
+    }
+}
+
+// Also where the current folder changes.
+std::string Absolute(std::string const& path) {
+    return std::filesystem::absolute(path).string();
 }
 
 std::string TextOf(Dictionary const& record, char const* key) {
@@ -93,17 +100,14 @@ Settings::FromText(Component const& component, std::string_view text, std::strin
 
 Settings
 Settings::FromFile(Component const& component, std::string const& path, std::string const& schema) {
-    detail::Turn const turn(*component.fRunning);
-    Bindings const& tables = turn.Tables();
-    detail::BufferRef const buffer = detail::MakePath(tables, path);
-    char const* const schemaText = detail::WholeText(schema);
-    auto const open = [&] { return tables.settings.NewFromFile(buffer.get(), schemaText); };
-    Ref<::PDFSettings> made = detail::Share(
-        tables,
-        FileCall(
-            [&] { return ReportedCall("NewFromFile", open); },
-            [&path] { return detail::WhyUnreadable(path); }));
-    return Settings(std::make_unique<State>(component.fRunning, std::move(made)));
+    std::string bytes = ReadFile(path);
+    Settings settings = FromText(component, bytes, schema);
+    // A descriptor cannot be read again.
+    if (!detail::NamesDescriptor(path)) {
+        settings.fState->fPath = Absolute(path);
+        settings.fState->fBytes = std::move(bytes);
+    }
+    return settings;
 }
 
 Settings Settings::FromValues(
@@ -143,26 +147,43 @@ std::string Settings::Text() const {
 }
 
 bool Settings::IsDirty() const {
-    detail::Turn const turn(*fState->fRunning);
-    return turn.Tables().settings.IsDirty(fState->Get()) != 0;
+    return fState->fPath.empty() || BytesAt(fState->fPath) != fState->fBytes;
+}
+
+SaveWarnings Settings::Save(SaveOptions const& options) {
+    if (fState->fPath.empty()) {
+        throw Error("these settings are bound to no file");
+    }
+    std::string text = Text();
+    SaveWarnings warnings = SaveSafely(fState->fPath, text, fState->fBytes, options);
+    fState->fBytes = std::move(text);
+    return warnings;
 }
 
 void Settings::Write(std::string const& path) {
+    // The folder before the turn, as an edit has it.
+    detail::Target const folder = detail::FolderOf(path);
+    std::optional<detail::FolderLock> lock;
+    if (folder.isReadable) {
+        lock.emplace(folder, detail::Deadline(SaveOptions().timeout));
+    }
     detail::Turn const turn(*fState->fRunning);
     Bindings const& tables = turn.Tables();
     // The component writes what it has even of settings that have no form in a file, and would put
     // that in the place of a good file.
-    std::string const text = Text();
+    std::string text = Text();
     // The component wants a folder in the path.
     std::string const whole = path.find('/') == std::string::npos ? "./" + path : path;
     detail::BufferRef const buffer = detail::MakePath(tables, whole);
-    FileCall(
+    WriteFileBy(
         [&] { detail::ThrowIfError(tables, tables.settings.Write(fState->Get(), buffer.get())); },
-        [&path] { return detail::WhyUnwritable(path); });
+        path);
     // The component makes the text once more, and keeps quiet when memory runs out over it.
-    if (!HoldsText(path, text)) {
+    if (BytesAt(path) != text) {
         throw Error("the settings could not be written whole: " + path);
     }
+    fState->fPath = Absolute(path);
+    fState->fBytes = std::move(text);
 }
 
 std::vector<Finding> Settings::Validate() const {

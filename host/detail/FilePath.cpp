@@ -55,19 +55,6 @@ BufferRef MakePath(Bindings const& tables, std::string const& path) {
     return MakeBuffer(tables, {reinterpret_cast<char const*>(units.data()), size});
 }
 
-std::string WhyUnreadable(std::string const& path) {
-    std::string kind = OtherKind(path);
-    if (!kind.empty()) {
-        return kind;
-    }
-    int const file = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
-    if (file < 0) {
-        return SystemMessage(errno);
-    }
-    close(file);
-    return "it cannot be read";
-}
-
 std::string WhyUnwritable(std::string const& path) {
     std::string kind = OtherKind(path);
     if (!kind.empty()) {

@@ -11,9 +11,8 @@ namespace pdfsettings::detail {
 // holds a NUL, and when memory runs out.
 BufferRef MakePath(Bindings const& tables, std::string const& path);
 
-// Why the file at path cannot be read, and why it cannot be written, in the system's words, as far
-// as that can be found out now.
-std::string WhyUnreadable(std::string const& path);
+// Why the file at path cannot be written, in the system's words, as far as that can be found out
+// now.
 std::string WhyUnwritable(std::string const& path);
 
 } // namespace pdfsettings::detail

@@ -5,6 +5,7 @@
 #include "pdfsettings/Settings.h"
 
 #include <memory>
+#include <string>
 #include <utility>
 
 namespace pdfsettings {
@@ -24,6 +25,8 @@ struct Settings::State {
 
     std::shared_ptr<detail::RunningComponent> fRunning;
     detail::RunningComponent::OwnedSettings::iterator fSettings;
+    std::string fPath;  // absolute; empty while bound to no file
+    std::string fBytes; // of that file, as they were read or written last
 };
 
 } // namespace pdfsettings

@@ -1,7 +1,11 @@
 // The system's calls on files, whose failures are errors with the system's reason.
 #pragma once
 
+#include <string>
 #include <string_view>
+
+#include <fcntl.h>
+#include <sys/stat.h>
 
 namespace pdfsettings::detail {
 
@@ -11,20 +15,49 @@ namespace pdfsettings::detail {
 // Throws what errno says when a call's result is negative.
 void ThrowIfNegative(long result);
 
+// Whether errno says that the system, or this file system, does not have a call or an option of it.
+bool IsUnsupported(int error) noexcept;
+
 // Owns a file descriptor, or none when the number is negative.
 class Descriptor {
 public:
+    Descriptor() = default;
     explicit Descriptor(int number) : fNumber(number) {}
-    ~Descriptor();
+    Descriptor(Descriptor&& other) noexcept;
+    Descriptor& operator=(Descriptor&& other) noexcept;
     Descriptor(Descriptor const&) = delete;
     Descriptor& operator=(Descriptor const&) = delete;
+    ~Descriptor();
 
     bool IsOpen() const noexcept { return fNumber >= 0; }
     int Number() const noexcept { return fNumber; }
 
 private:
-    int fNumber;
+    int fNumber = -1;
 };
+
+// Opens the item of that name in folder itself, never what a link of that name leads to. name has
+// no slash. Not open, with the reason in errno, when that fails.
+Descriptor OpenIn(Descriptor const& folder, std::string const& name, int flags, mode_t mode = 0);
+
+// What is known of an open file. Throws Error.
+struct stat StatusOf(Descriptor const& file);
+
+// The same of the item of that name in folder itself; false, with the reason in errno, on failure.
+bool Examine(Descriptor const& folder, std::string const& name, struct stat* status);
+
+// Whether both are one file.
+bool IsSameFile(struct stat const& a, struct stat const& b) noexcept;
+
+// Throws Error for what is no regular file.
+void RequireRegular(struct stat const& status);
+
+// Throws Error for more bytes than a settings file may have, 256 MiB: it has kilobytes, and the
+// limit keeps a huge or endless one from filling the memory.
+void RequireSize(std::size_t size);
+
+// All bytes of an open file from its beginning. Throws Error, also for too many.
+std::string ReadAll(Descriptor const& file);
 
 // Writes all bytes, whatever interrupts it.
 void WriteAll(Descriptor const& file, std::string_view bytes);

@@ -3,155 +3,117 @@
 #include "tests/host/SystemCallsDouble.h"
 #include "tests/support/TemporaryFolder.h"
 
+#include <atomic>
+#include <cerrno>
 #include <csignal>
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 using namespace pdfsettings;
+using support::ReadBytes;
+using support::SystemCallsDouble;
 
 namespace {
 
+constexpr SaveOptions kNoWaiting{std::chrono::milliseconds(0), false};
+
 class SafeSaveTest : public testing::Test {
 protected:
-    // What a save says: "" when it goes through.
-    static std::string Save(std::string const& path, std::string const& bytes) {
+    ~SafeSaveTest() override { EXPECT_EQ(fDescriptors, support::CountDescriptors()); }
+
+    template <class Work>
+    static std::string MessageOf(Work work) {
         try {
-            SaveSafely(path, bytes);
+            work();
             return "";
         } catch (Error const& error) {
             return error.what();
         }
     }
 
-    static mode_t ModeOf(std::string const& path) {
-        struct stat status {};
-        stat(path.c_str(), &status);
-        return status.st_mode & 07777;
+    // What a save says: "" when it goes through.
+    static std::string
+    Save(std::string const& path, std::string const& bytes, SaveOptions const& options = {}) {
+        return MessageOf([&] { SaveSafely(path, bytes, options); });
     }
 
-    // Saves in a process of its own that is killed after the nth call. False when the save was over
-    // before.
-    static bool SaveAndDie(std::string const& path, std::string const& bytes, int n, bool isNamed) {
-        pid_t const child = fork();
-        if (child == 0) {
-            support::SystemCallsDouble calls;
-            if (isNamed) {
-                calls.RefuseNamelessFiles();
-            }
-            calls.KillAfter(n);
-            _exit(Save(path, bytes).empty() ? 0 : 1);
-        }
-        int status = -1;
-        waitpid(child, &status, 0);
-        EXPECT_TRUE(WIFSIGNALED(status) || status == 0);
-        return WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL;
+    // The first warning of a save.
+    static std::string Warning(std::string const& path) {
+        auto const warnings = SaveSafely(path, "new");
+        return warnings.empty() ? "" : warnings.front();
     }
 
-    // Whether a killed save left its new file behind, which then must be whole.
-    static bool HasLeftover(support::TemporaryFolder const& folder, std::string const& bytes) {
-        std::string const names = folder.Names();
-        if (names == "a " || names.empty()) {
-            return false;
-        }
-        EXPECT_EQ(names.substr(0, 12), ".joboptions-");
-        EXPECT_EQ(support::ReadBytes(folder / names.substr(0, names.find(' '))), bytes);
-        return true;
-    }
-
-    // Saves in a process that is killed, then saves again; false when the first save was over.
-    bool HoldsWhereKilled(std::string const& original, int n) {
-        support::TemporaryFolder const folder;
-        std::string const file = original.empty() ? folder / "a" : folder.Make("a", original);
-        if (!SaveAndDie(file, "new", n, /*isNamed=*/false)) {
-            return false;
-        }
-        std::string const left = support::ReadBytes(file);
-        EXPECT_TRUE(left == "new" || left == original) << n << left;
-        fLeftovers += HasLeftover(folder, "new") ? 1 : 0;
-        EXPECT_EQ(Save(file, "newer"), "");
-        EXPECT_EQ(support::ReadBytes(file), "newer");
-        EXPECT_EQ(folder.Names(), "a ");
-        return true;
-    }
-
-    // Saves while the nth call fails; false when there are fewer. An empty original is no file.
-    static bool HoldsWhereACallFails(std::string const& original, int n, bool isNamed) {
-        support::TemporaryFolder const folder;
-        std::string const file = original.empty() ? folder / "a" : folder.Make("a", original);
-        std::string message;
-        bool hasFailed = false;
-        {
-            support::SystemCallsDouble calls;
-            if (isNamed) {
-                calls.RefuseNamelessFiles();
-            }
-            calls.FailAt(n, EIO);
-            message = Save(file, "new");
-            hasFailed = calls.HasFailed();
-        }
-        EXPECT_TRUE(message.empty() || message == "Input/output error") << n << message;
-        EXPECT_EQ(support::ReadBytes(file), message.empty() ? "new" : original) << n;
-        EXPECT_EQ(folder.Names(), message.empty() || !original.empty() ? "a " : "") << n;
-        return hasFailed;
-    }
-
-    int fLeftovers = 0;
     support::TemporaryFolder fFolder;
+    long fDescriptors = support::CountDescriptors();
 };
 
 } // namespace
 
-TEST_F(SafeSaveTest, MakesAFileAndReplacesOneWithItsMode) {
+TEST_F(SafeSaveTest, MakesAFileAndReplacesOne) {
     std::string const file = fFolder / "a";
+    EXPECT_EQ(LookAt(file), std::nullopt);
     EXPECT_EQ(Save(file, "first"), "");
-    EXPECT_EQ(support::ReadBytes(file), "first");
-    chmod(file.c_str(), 0640);
+    EXPECT_EQ(ReadBytes(file), "first");
+    EXPECT_EQ(LookAt(file), "first");
     EXPECT_EQ(Save(file, ""), "");
-    EXPECT_EQ(support::ReadBytes(file), "");
-    EXPECT_EQ(ModeOf(file), 0640u);
-    EXPECT_EQ(fFolder.Names(), "a ");
+    EXPECT_EQ(ReadFile(file), "");
+    std::filesystem::create_hard_link(file, fFolder / "other");
+    EXPECT_EQ(Save(file, "second"), "");
+    EXPECT_EQ(ReadBytes(fFolder / "other"), "");
+    EXPECT_EQ(fFolder.Names(), "a other ");
 }
 
-TEST_F(SafeSaveTest, WritesThroughALinkAndIntoADevice) {
-    fFolder.Make("target", "old");
-    std::filesystem::create_symlink("target", fFolder / "link");
-    EXPECT_EQ(Save(fFolder / "link", "new"), "");
-    EXPECT_TRUE(std::filesystem::is_symlink(fFolder / "link"));
-    EXPECT_EQ(support::ReadBytes(fFolder / "target"), "new");
-    std::filesystem::create_directory(fFolder / "folder");
-    std::filesystem::create_symlink("../made", fFolder / "folder/first");
-    std::filesystem::create_symlink("folder/first", fFolder / "second");
-    EXPECT_EQ(Save(fFolder / "second", "made"), "");
-    EXPECT_TRUE(std::filesystem::is_symlink(fFolder / "folder/first"));
-    EXPECT_EQ(support::ReadBytes(fFolder / "made"), "made");
-    std::filesystem::create_symlink("loop", fFolder / "loop");
-    EXPECT_EQ(Save(fFolder / "loop", "new"), "Too many levels of symbolic links");
+TEST_F(SafeSaveTest, WritesIntoDescriptorsAndTheNullDeviceAndIntoNothingElseThatIsNoFile) {
     EXPECT_EQ(Save("/dev/null", "gone"), "");
+    EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
+    EXPECT_EQ(LookAt("/dev/null"), std::nullopt);
+    EXPECT_EQ(ReadFile("/dev/null"), "");
     int pipe[2];
     ASSERT_EQ(::pipe(pipe), 0);
-    EXPECT_EQ(Save("/dev/fd/" + std::to_string(pipe[1]), "sent"), "");
-    char sent[5] = "";
-    EXPECT_EQ(read(pipe[0], sent, 4), 4);
-    EXPECT_STREQ(sent, "sent");
-    close(pipe[0]);
+    std::string const end = "/dev/fd/" + std::to_string(pipe[1]);
+    std::filesystem::create_symlink(end, fFolder / "link");
+    EXPECT_EQ(Save(end, "se"), "");
+    EXPECT_EQ(Save(fFolder / "link", "nt"), "");
     close(pipe[1]);
-    EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
+    EXPECT_EQ(ReadFile("/proc/self/fd/" + std::to_string(pipe[0])), "sent");
+    close(pipe[0]);
+    ASSERT_EQ(mkfifo((fFolder / "pipe").c_str(), 0666), 0);
+    for (std::string const& path : {fFolder / "pipe", std::string("/dev/full")}) {
+        EXPECT_EQ(Save(path, "new"), "not a regular file") << path;
+        EXPECT_EQ(MessageOf([&] { ReadFile(path); }), "not a regular file") << path;
+        EXPECT_EQ(MessageOf([&] { LookAt(path); }), "not a regular file") << path;
+    }
 }
 
 TEST_F(SafeSaveTest, LeavesTheFileWholeWhereItFails) {
     std::string const readOnly = fFolder.Make("readonly", "old");
     chmod(readOnly.c_str(), 0444);
     EXPECT_THROW(SaveSafely(readOnly, "new"), ReadOnlyError);
-    EXPECT_EQ(support::ReadBytes(readOnly), "old");
-    EXPECT_EQ(Save(fFolder.Path(), "new"), "Is a directory");
-    EXPECT_EQ(Save(fFolder / "missing/a", "new"), "No such file or directory");
-    EXPECT_EQ(Save("/dev/full", "new"), "No space left on device");
-    EXPECT_EQ(Save(readOnly + std::string("\0x", 2), "new"), "the path holds a NUL byte");
-
+    EXPECT_TRUE(IsReadOnly(readOnly));
+    EXPECT_EQ(ReadBytes(readOnly), "old");
     std::string const big = fFolder.Make("big", "old");
+    struct {
+        std::string fPath;
+        char const* fMessage;
+    } const kCases[] = {
+        {fFolder.Path(), "Is a directory"},
+        {fFolder / "big/", "Not a directory"},
+        {fFolder / "big/a", "Not a directory"},
+        {fFolder / "missing/a", "No such file or directory"},
+        {fFolder / "missing/", "No such file or directory"},
+        {"", "No such file or directory"},
+        {fFolder / std::string(256, 'n'), "File name too long"},
+        {readOnly + std::string("\0x", 2), "the path holds a NUL byte"},
+    };
+    for (auto const& [path, message] : kCases) {
+        EXPECT_EQ(Save(path, "new"), message) << path;
+        EXPECT_FALSE(IsReadOnly(path)) << path;
+    }
 
     rlimit before{};
     getrlimit(RLIMIT_FSIZE, &before);
@@ -161,55 +123,194 @@ TEST_F(SafeSaveTest, LeavesTheFileWholeWhereItFails) {
     setrlimit(RLIMIT_FSIZE, &before);
 
     EXPECT_EQ(message, "File too large");
-    EXPECT_EQ(support::ReadBytes(big), "old");
+    EXPECT_EQ(ReadBytes(big), "old");
     EXPECT_EQ(fFolder.Names(), "big readonly ");
 }
 
-TEST_F(SafeSaveTest, KilledAfterAnyCallLeavesOldOrNewBytesAndNothingElse) {
-    int kills = 0;
-    for (std::string const original : {"old", ""}) {
-        for (int n = 1; HoldsWhereKilled(original, n); ++n) {
-            ++kills;
-        }
-    }
-    EXPECT_GE(kills, 15);
-    // Between its name and its move.
-    EXPECT_EQ(fLeftovers, 1);
-}
-
-TEST_F(SafeSaveTest, KilledWhereAllFilesHaveNamesLeavesOldOrNewBytes) {
-    int kills = 0;
-    for (; SaveAndDie(fFolder.Make("a", "old"), "new", kills + 1, /*isNamed=*/true); ++kills) {
-        std::string const left = support::ReadBytes(fFolder / "a");
-        EXPECT_TRUE(left == "new" || left == "old") << kills << left;
-    }
-    EXPECT_GE(kills, 8);
-    EXPECT_EQ(support::ReadBytes(fFolder / "a"), "new");
-}
-
-TEST_F(SafeSaveTest, EveryFailingCallGivesTheOldBytesWithAReasonOrTheNewOnes) {
-    int failures = 0;
-    for (auto const& [original, isNamed] :
-         {std::pair("old", false),
-          std::pair("old", true),
-          std::pair("", false),
-          std::pair("", true)}) {
-        for (int n = 1; HoldsWhereACallFails(original, n, isNamed); ++n) {
-            ++failures;
-        }
-    }
-    EXPECT_GE(failures, 30);
-}
-
-TEST_F(SafeSaveTest, GoesOnWhereACallIsInterruptedOrAnotherSaverTookItsName) {
+TEST_F(SafeSaveTest, RefusesWhatTheCallerMayNotWriteThoughTheFolderAllowsIt) {
     std::string const file = fFolder.Make("a", "old");
-    for (auto const& [call, error] :
-         {std::pair("write", EINTR), std::pair("rename", ENOENT), std::pair("linkat", EXDEV)}) {
-        support::SystemCallsDouble calls;
-        calls.FailNext(call, error);
-        EXPECT_EQ(Save(file, call), "");
-        EXPECT_TRUE(calls.HasFailed()) << call;
-        EXPECT_EQ(support::ReadBytes(file), call);
+    for (auto const& [error, message] :
+         {std::pair(EACCES, "read-only: Permission denied"),
+          std::pair(EROFS, "read-only: Read-only file system"),
+          std::pair(EIO, "Input/output error")}) {
+        SystemCallsDouble calls;
+        calls.FailNext("faccessat", error);
+        EXPECT_EQ(Save(file, "new"), message);
     }
+    EXPECT_EQ(ReadBytes(file), "old");
+}
+
+TEST_F(SafeSaveTest, RefusesAFileLargerThanASettingsFile) {
+    std::string const file = fFolder.Make("a", "");
+    std::filesystem::resize_file(file, (std::uintmax_t{256} << 20) + 1);
+    EXPECT_EQ(Save(file, "new"), "larger than 256 MiB");
+    EXPECT_EQ(MessageOf([&] { ReadFile(file); }), "larger than 256 MiB");
+}
+
+TEST_F(SafeSaveTest, ReplacesOnlyWhatWasSeen) {
+    std::string const file = fFolder.Make("a", "old");
+    auto const seen = LookAt(file);
+    auto const absent = LookAt(fFolder / "b");
+    auto const save = [&](std::string const& name, auto const& expected, bool overwrites = false) {
+        return MessageOf([&] {
+            SaveSafely(fFolder / name, "new", expected, {std::chrono::seconds(1), overwrites});
+        });
+    };
+    fFolder.Make("a", "OLD");
+    fFolder.Make("b", "");
+    EXPECT_EQ(save("a", seen), "changed since it was read");
+    EXPECT_EQ(save("b", absent), "changed since it was read");
+    EXPECT_EQ(ReadBytes(file), "OLD");
+    EXPECT_EQ(save("a", seen, /*overwrites=*/true), "");
+    EXPECT_EQ(save("b", absent, /*overwrites=*/true), "");
+    std::filesystem::remove(file);
+    EXPECT_EQ(save("a", seen), "changed since it was read");
+    fFolder.Make("a", "old");
+    EXPECT_EQ(save("a", seen), "");
+    EXPECT_THROW(SaveSafely(file, "newer", seen), ConflictError);
+    EXPECT_EQ(fFolder.Names(), "a b ");
+}
+
+TEST_F(SafeSaveTest, GoesOnWhereTheSystemLacksACallOrIsInterrupted) {
+    std::string const file = fFolder.Make("a", "old");
+    std::pair<char const*, int> const kCases[] = {
+        {"write", EINTR},
+        {"pread", EINTR},
+        {"syscall", EINTR},
+        {"syscall", ENOSYS},
+        {"syscall", EPERM},
+        {"nameless", EOPNOTSUPP},
+        {"linkat", ENOENT},
+        {"exchange", EINVAL},
+        {"noreplace", EINVAL},
+        {"lease", EINVAL},
+        {"lease", EACCES},
+        {"flistxattr", EOPNOTSUPP},
+        {"fgetxattr", EOPNOTSUPP},
+        {"fremovexattr", EOPNOTSUPP},
+        {"faccessat", EINVAL},
+    };
+    for (auto const& [call, error] : kCases) {
+        std::string const name = call + std::to_string(error);
+        for (std::string const& path : {file, fFolder / "made"}) {
+            SystemCallsDouble calls;
+            calls.FailNext(call, error);
+            EXPECT_EQ(Save(path, name), "") << name;
+            EXPECT_EQ(ReadBytes(path), name);
+        }
+        std::filesystem::remove(fFolder / "made");
+        SystemCallsDouble calls;
+        bool const isOnce = error == EINTR || call == std::string_view("faccessat");
+        isOnce ? calls.FailNext(call, error) : calls.FailAlways(call, error);
+        EXPECT_EQ(Save(fFolder / "made", name), "") << name;
+        EXPECT_EQ(Save(fFolder / "made", "again"), "") << name;
+        EXPECT_TRUE(calls.HasFailed()) << name;
+        std::filesystem::remove(fFolder / "made");
+    }
+    SystemCallsDouble calls;
+    calls.FailAlways("noreplace", EINVAL);
+    calls.FailNext("linkat", EXDEV); // from now on files have names from the start
+    EXPECT_EQ(Save(fFolder / "made", "linked"), "");
+    calls.FailAlways("linkat", EPERM);
+    EXPECT_EQ(Save(fFolder / "moved", "moved"), "");
+    EXPECT_EQ(fFolder.Names(), "a made moved ");
+}
+
+TEST_F(SafeSaveTest, EditsOneAfterTheOther) {
+    std::string const file = fFolder.Make("a", "0");
+    auto const add = [&](EditedFile& edited) {
+        edited.Save(std::to_string(std::stoi(*edited.Bytes()) + 1));
+    };
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&] {
+            for (int round = 0; round < 25; ++round) {
+                Edit(file, add, {std::chrono::minutes(2), false});
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(ReadBytes(file), "100");
+}
+
+TEST_F(SafeSaveTest, TheThreadOfAnEditUsesItsLockAndOthersWait) {
+    std::string const file = fFolder.Make("a", "old");
+    std::string other;
+    Edit(file, [&](EditedFile& edited) {
+        EXPECT_EQ(edited.Bytes(), "old");
+        EXPECT_EQ(Save(fFolder / "b", "beside", kNoWaiting), "");
+        edited.Save("new");
+        edited.Save("newer");
+        EXPECT_EQ(edited.Bytes(), "newer");
+        std::thread([&] { other = Save(fFolder / "b", "late", kNoWaiting); }).join();
+    });
+    EXPECT_EQ(other, "another program is changing files in its folder; try again");
+    EXPECT_EQ(ReadBytes(file), "newer");
+    EXPECT_EQ(ReadBytes(fFolder / "b"), "beside");
+    EXPECT_EQ(Save(fFolder / "b", "late", kNoWaiting), "");
+
+    EXPECT_EQ("x", MessageOf([&] { Edit(file, [](EditedFile&) { throw Error("x"); }); }));
+    EXPECT_EQ(Save(file, "unlocked", kNoWaiting), "");
+    Edit(fFolder / "c", [&](EditedFile& edited) {
+        EXPECT_EQ(edited.Bytes(), std::nullopt);
+        fFolder.Make("c", "foreign");
+        EXPECT_THROW(edited.Save("new"), ConflictError);
+    });
+    EXPECT_EQ(ReadBytes(fFolder / "c"), "foreign");
+}
+
+TEST_F(SafeSaveTest, SaysWhereOthersAreNotKeptOut) {
+    std::string const file = fFolder.Make("a", "old");
+    {
+        SystemCallsDouble calls;
+        calls.FailAlways("flock", ENOLCK);
+        EXPECT_EQ(Warning(file), "its folder cannot be locked, so other programs are not kept out");
+    }
+    {
+        SystemCallsDouble calls;
+        calls.FailNext("openat", EACCES);
+        EXPECT_EQ(Warning(file), "its folder may not be read, so other programs are not kept out");
+    }
+    for (int const error : {EBADF, EIO}) {
+        SystemCallsDouble calls;
+        calls.FailAlways("flock", error);
+        EXPECT_NE(Save(file, "defect"), "");
+    }
+    EXPECT_EQ(ReadBytes(file), "new");
+}
+
+TEST_F(SafeSaveTest, WaitsForAWriterAndGivesUpInTime) {
+    std::string const file = fFolder.Make("a", "old");
+    int const writer = open(file.c_str(), O_WRONLY | O_CLOEXEC);
+    EXPECT_EQ(Save(file, "new", kNoWaiting), "another program has it open for writing; try again");
+    ASSERT_EQ(write(writer, "OLD", 3), 3);
+    EXPECT_EQ(ReadBytes(file), "OLD");
+    std::atomic<bool> isClosed = false;
+    SystemCallsDouble calls;
+    // As soon as the save has found the writer.
+    calls.AfterEach([&](int) {
+        if (!isClosed.exchange(true)) {
+            close(writer);
+        }
+    });
+    EXPECT_EQ(Save(file, "new"), "");
+    EXPECT_EQ(ReadBytes(file), "new");
     EXPECT_EQ(fFolder.Names(), "a ");
+}
+
+TEST_F(SafeSaveTest, DeletesWhatWasLeftBehindOnlyIfNothingIsLost) {
+    std::string const file = fFolder.Make("a", "old");
+    std::string const digits = "0123456789abcdef0123456789abcde";
+    auto const name = [&](char last) { return ".joboptions-" + digits + last + ".new"; };
+    fFolder.Make(name('1'), "old");
+    fFolder.Make(name('2'), "new");
+    fFolder.Make(name('3'), "else");
+    fFolder.Make(".joboptions-other.new", "old");
+    EXPECT_EQ(
+        Warning(file),
+        "an interrupted save left " + name('3') +
+            " in its folder; delete it if you do not need what it holds");
+    EXPECT_EQ(fFolder.Names(), name('3') + " .joboptions-other.new a ");
 }

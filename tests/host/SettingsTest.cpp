@@ -7,8 +7,10 @@
 #include "tests/support/SmallStack.h"
 #include "tests/support/TemporaryFolder.h"
 
+#include <future>
 #include <gtest/gtest.h>
 #include <optional>
+#include <thread>
 
 using namespace pdfsettings;
 using namespace std::string_literals;
@@ -168,17 +170,72 @@ TEST_F(SettingsTest, AValueWithoutAFormInAFileHasNoText) {
 
 TEST_F(SettingsTest, AFileIsOpenedWatchedAndWritten) {
     support::TemporaryFolder const folder;
-    std::string const file = folder.Make("a", "<</A 1 >>setalembicorparams tail");
+    std::string const text = "<</A 1 >>setalembicorparams tail";
+    std::string const file = folder.Make("a", text);
     Settings settings = Settings::FromFile(fComponent, file);
     EXPECT_FALSE(settings.IsDirty());
     EXPECT_EQ(*settings.Values().Get("A"), Value(1.0));
+    // Other bytes of the same time and size count, the same bytes of another time do not.
+    auto const time = std::filesystem::last_write_time(file);
+    folder.Make("a", "<</A 2 >>setalembicorparams tail");
+    std::filesystem::last_write_time(file, time);
+    EXPECT_TRUE(settings.IsDirty());
+    folder.Make("a", text);
     std::filesystem::last_write_time(file, std::filesystem::file_time_type());
+    EXPECT_FALSE(settings.IsDirty());
+    std::filesystem::remove(file);
     EXPECT_TRUE(settings.IsDirty());
     std::string const other = folder / "\u20AC \U0001F600";
     settings.Write(other);
     EXPECT_FALSE(settings.IsDirty());
     EXPECT_EQ(support::ReadBytes(other), settings.Text());
     EXPECT_TRUE(Settings::FromText(fComponent, "").IsDirty());
+}
+
+TEST_F(SettingsTest, ASaveStaysBoundAndSeesWhatOthersChanged) {
+    support::TemporaryFolder const folder;
+    std::string const file = folder.Make("a", "<</A 1 >>setalembicorparams tail");
+    Settings settings =
+        Settings::FromFile(fComponent, file, "< PDFSettings < optional < A number > > >");
+    for (double const value : {2.0, 3.0}) {
+        EXPECT_EQ(settings.Set(OneEntry("A", value)), std::vector<Finding>());
+        EXPECT_EQ(settings.Save(), SaveWarnings());
+        EXPECT_FALSE(settings.IsDirty());
+        EXPECT_EQ(support::ReadBytes(file), settings.Text());
+    }
+    folder.Make("a", "other");
+    EXPECT_THROW(settings.Save(), ConflictError);
+    EXPECT_EQ(support::ReadBytes(file), "other");
+    EXPECT_EQ(settings.Save({std::chrono::seconds(1), /*overwriteChanged=*/true}), SaveWarnings());
+    EXPECT_EQ(support::ReadBytes(file), settings.Text());
+    settings.Write(folder / "b");
+    EXPECT_EQ(settings.Save(), SaveWarnings());
+    EXPECT_EQ(folder.Names(), "a b ");
+    EXPECT_EQ(
+        MessageOf([&] { Settings::FromText(fComponent, "").Save(); }),
+        "these settings are bound to no file");
+}
+
+// The lock of an edit covers the component's own writing, which deletes before it creates.
+TEST_F(SettingsTest, AWriteWaitsForTheEditOfAnotherThread) {
+    support::TemporaryFolder const folder;
+    std::string const file = folder.Make("a", "old");
+    std::thread writer;
+    Edit(file, [&](EditedFile& edited) {
+        std::promise<void> started;
+        writer = std::thread([&] {
+            Settings settings = Settings::FromText(fComponent, "<</A 1 >>setalembicorparams");
+            started.set_value();
+            settings.Write(file);
+        });
+        started.get_future().wait();
+        // A write without the lock would make one of these a conflict.
+        for (int i = 0; i < 20; ++i) {
+            edited.Save(std::to_string(i));
+        }
+    });
+    writer.join();
+    EXPECT_EQ(support::ReadBytes(file).substr(0, 2), "<<");
 }
 
 TEST_F(SettingsTest, AFileIsWrittenWholeOrTheFailureIsTold) {
@@ -217,10 +274,11 @@ TEST_F(SettingsTest, AFileThatCannotBeUsedGivesTheSystemsReason) {
     EXPECT_EQ(read(folder / ""), "Is a directory");
     EXPECT_EQ(read(folder / "junk/below"), "Not a directory");
     EXPECT_EQ(read(folder / std::string(256, 'n')), "File name too long");
-    EXPECT_EQ(read("\xFF"), "the path is no UTF-8");
-    EXPECT_EQ(read("a\0b"s), "a text of this kind cannot hold a NUL byte");
-    EXPECT_EQ(read("/dev/null"), "not a regular file");
+    EXPECT_EQ(read("\xFF"), "No such file or directory");
+    EXPECT_EQ(read("a\0b"s), "the path holds a NUL byte");
+    EXPECT_EQ(read("/dev/full"), "not a regular file");
     EXPECT_EQ(read(folder / "junk"), "Joboptions_To_CPOSDict joboptions file is invalid");
+    EXPECT_EQ(write("\xFF"), "the path is no UTF-8");
     EXPECT_EQ(write(folder / "readonly"), "read-only");
     EXPECT_EQ(write(folder / ""), "Is a directory");
     EXPECT_EQ(write(folder / "missing/a"), "No such file or directory");

@@ -1,52 +1,71 @@
 #include "tests/host/SystemCallsDouble.h"
 
 #include <cerrno>
-#include <csignal>
-#include <cstdarg>
 #include <cstdio>
 #include <fcntl.h>
+#include <linux/openat2.h>
+#include <map>
+#include <string>
+#include <sys/file.h>
+#include <sys/random.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/xattr.h>
 #include <unistd.h>
+#include <utility>
 
 namespace {
 
 struct Plan {
     bool fIsActive = false;
+    int fCalls = 0;
     int fFailing = 0;
-    int fKilling = 0;
-    std::string_view fFailingName;
+    bool fFailsLater = false;
     int fError = 0;
-    bool fRefusesNameless = false;
+    std::pair<std::string_view, int> fNext;
+    std::map<std::string_view, int> fAlways;
+    std::function<void(int)> fAction;
     bool fHasFailed = false;
 };
 
 Plan gPlan;
 
-bool IsToFail(std::string_view name) {
-    bool const isNext = name == gPlan.fFailingName;
-    if (isNext) {
-        gPlan.fFailingName = {};
+// The error that a call is to fail with, or 0.
+int ErrorOf(std::string_view name) {
+    bool const isNth = gPlan.fFailing > 0 && (gPlan.fFailsLater ? gPlan.fCalls >= gPlan.fFailing
+                                                                : gPlan.fCalls == gPlan.fFailing);
+    if (isNth) {
+        return gPlan.fError;
     }
-    bool const isNth = gPlan.fFailing > 0 && --gPlan.fFailing == 0;
-    return isNext || isNth;
+    if (name == gPlan.fNext.first) {
+        return std::exchange(gPlan.fNext, {}).second;
+    }
+    auto const always = gPlan.fAlways.find(name);
+    return always == gPlan.fAlways.end() ? 0 : always->second;
 }
 
 // One call of a name: what it gives, or -1 when it is its turn to fail.
 template <class Call>
-int Pass(std::string_view name, Call call) {
+auto Pass(std::string_view name, Call call) -> decltype(call()) {
     if (!gPlan.fIsActive) {
-        return static_cast<int>(call());
+        return call();
     }
-    if (IsToFail(name)) {
+    ++gPlan.fCalls;
+    decltype(call()) result = -1;
+    if (int const error = ErrorOf(name); error != 0) {
         gPlan.fHasFailed = true;
-        errno = gPlan.fError;
-        return -1;
+        errno = error;
+    } else {
+        result = call();
     }
-    auto const result = call();
-    if (gPlan.fKilling > 0 && --gPlan.fKilling == 0) {
-        raise(SIGKILL);
+    if (gPlan.fAction && name != "lease") {
+        int const error = errno;
+        gPlan.fIsActive = false;
+        gPlan.fAction(gPlan.fCalls);
+        gPlan.fIsActive = true;
+        errno = error;
     }
-    return static_cast<int>(result);
+    return result;
 }
 
 } // namespace
@@ -55,67 +74,67 @@ int Pass(std::string_view name, Call call) {
 #pragma GCC visibility push(default)
 extern "C" {
 
-decltype(close) __real_close;
-decltype(fchmod) __real_fchmod;
-decltype(fchown) __real_fchown;
-decltype(fsync) __real_fsync;
-decltype(linkat) __real_linkat;
-decltype(open) __real_open;
-decltype(rename) __real_rename;
-decltype(stat) __real_stat;
-decltype(unlink) __real_unlink;
-decltype(write) __real_write;
+// A call whose parameters are those in brackets and are passed on as those in the last brackets.
+#define SUPPORT_WRAP(result, call, parameters, arguments) \
+    result __real_##call parameters; \
+    result __wrap_##call parameters { \
+        return Pass(#call, [&] { return __real_##call arguments; }); \
+    }
 
+// clang-format off
+SUPPORT_WRAP(int, faccessat, (int a, char const* b, int c, int d), (a, b, c, d))
+SUPPORT_WRAP(int, fchmod, (int a, mode_t b), (a, b))
+SUPPORT_WRAP(int, fchown, (int a, uid_t b, gid_t c), (a, b, c))
+SUPPORT_WRAP(ssize_t, fgetxattr, (int a, char const* b, void* c, size_t d), (a, b, c, d))
+SUPPORT_WRAP(ssize_t, flistxattr, (int a, char* b, size_t c), (a, b, c))
+SUPPORT_WRAP(int, flock, (int a, int b), (a, b))
+SUPPORT_WRAP(int, fremovexattr, (int a, char const* b), (a, b))
+SUPPORT_WRAP(int, fsetxattr, (int a, char const* b, void const* c, size_t d, int e), (a, b, c, d, e))
+SUPPORT_WRAP(int, fstat, (int a, struct stat* b), (a, b))
+SUPPORT_WRAP(int, fstatat, (int a, char const* b, struct stat* c, int d), (a, b, c, d))
+SUPPORT_WRAP(int, fsync, (int a), (a))
+SUPPORT_WRAP(ssize_t, getrandom, (void* a, size_t b, unsigned c), (a, b, c))
+SUPPORT_WRAP(int, linkat, (int a, char const* b, int c, char const* d, int e), (a, b, c, d, e))
+SUPPORT_WRAP(int, open, (char const* a, int b, mode_t c), (a, b, c))
+SUPPORT_WRAP(int, openat, (int a, char const* b, int c, mode_t d), (a, b, c, d))
+SUPPORT_WRAP(ssize_t, pread, (int a, void* b, size_t c, off_t d), (a, b, c, d))
+SUPPORT_WRAP(ssize_t, read, (int a, void* b, size_t c), (a, b, c))
+SUPPORT_WRAP(ssize_t, readlinkat, (int a, char const* b, char* c, size_t d), (a, b, c, d))
+SUPPORT_WRAP(int, unlinkat, (int a, char const* b, int c), (a, b, c))
+SUPPORT_WRAP(ssize_t, write, (int a, void const* b, size_t c), (a, b, c))
+// clang-format on
+
+int __real_close(int file);
 int __wrap_close(int file) {
     int const closed = __real_close(file);
     return Pass("close", [&] { return closed; });
 }
 
-int __wrap_fchmod(int file, mode_t mode) {
-    return Pass("fchmod", [&] { return __real_fchmod(file, mode); });
-}
-
-int __wrap_fchown(int file, uid_t owner, gid_t group) {
-    return Pass("fchown", [&] { return __real_fchown(file, owner, group); });
-}
-
-int __wrap_fsync(int file) {
-    return Pass("fsync", [&] { return __real_fsync(file); });
-}
-
-int __wrap_linkat(int oldFolder, char const* oldPath, int newFolder, char const* path, int flags) {
-    return Pass(
-        "linkat", [&] { return __real_linkat(oldFolder, oldPath, newFolder, path, flags); });
-}
-
-int __wrap_open(char const* path, int flags, ...) {
-    va_list arguments;
-    va_start(arguments, flags);
-    mode_t const mode = (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(arguments, mode_t) : 0;
-    va_end(arguments);
-    return Pass("open", [&] {
-        if (gPlan.fIsActive && gPlan.fRefusesNameless && (flags & O_TMPFILE) == O_TMPFILE) {
-            errno = EOPNOTSUPP;
-            return -1;
-        }
-        return __real_open(path, flags, mode);
+int __real_fcntl(int file, int command, long argument);
+int __wrap_fcntl(int file, int command, long argument) {
+    return Pass(command == F_SETLEASE ? "lease" : "fcntl", [&] {
+        return __real_fcntl(file, command, argument);
     });
 }
 
-int __wrap_rename(char const* from, char const* to) {
-    return Pass("rename", [&] { return __real_rename(from, to); });
+int __real_renameat2(
+    int oldFolder, char const* from, int newFolder, char const* to, unsigned flags);
+int __wrap_renameat2(
+    int oldFolder, char const* from, int newFolder, char const* to, unsigned flags) {
+    std::string_view const name = flags == RENAME_EXCHANGE    ? "exchange"
+                                  : flags == RENAME_NOREPLACE ? "noreplace"
+                                                              : "renameat2";
+    return Pass(name, [&] { return __real_renameat2(oldFolder, from, newFolder, to, flags); });
 }
 
-int __wrap_stat(char const* path, struct stat* status) {
-    return Pass("stat", [&] { return __real_stat(path, status); });
-}
-
-int __wrap_unlink(char const* path) {
-    return Pass("unlink", [&] { return __real_unlink(path); });
-}
-
-ssize_t __wrap_write(int file, void const* bytes, std::size_t size) {
-    return Pass("write", [&] { return __real_write(file, bytes, size); });
+long __real_syscall(long number, long a, long b, long c, long d);
+long __wrap_syscall(long number, long a, long b, long c, long d) {
+    auto const isNameless = [&] {
+        return number == SYS_openat2 &&
+               (reinterpret_cast<open_how const*>(c)->flags & O_TMPFILE) == O_TMPFILE;
+    };
+    return Pass(
+        isNameless() ? "nameless" : "syscall", [&] { return __real_syscall(number, a, b, c, d); });
 }
 
 } // extern "C"
@@ -132,22 +151,26 @@ SystemCallsDouble::~SystemCallsDouble() {
     gPlan = {};
 }
 
-void SystemCallsDouble::FailAt(int n, int error) {
-    gPlan.fFailing = n;
+void SystemCallsDouble::FailAt(int n, int error, bool andAllLater) {
+    gPlan.fFailing = gPlan.fCalls + n;
+    gPlan.fFailsLater = andAllLater;
     gPlan.fError = error;
 }
 
 void SystemCallsDouble::FailNext(std::string_view name, int error) {
-    gPlan.fFailingName = name;
-    gPlan.fError = error;
+    gPlan.fNext = {name, error};
 }
 
-void SystemCallsDouble::KillAfter(int n) {
-    gPlan.fKilling = n;
+void SystemCallsDouble::FailAlways(std::string_view name, int error) {
+    gPlan.fAlways[name] = error;
 }
 
-void SystemCallsDouble::RefuseNamelessFiles() {
-    gPlan.fRefusesNameless = true;
+void SystemCallsDouble::AfterEach(std::function<void(int)> action) {
+    gPlan.fAction = std::move(action);
+}
+
+int SystemCallsDouble::Count() const {
+    return gPlan.fCalls;
 }
 
 bool SystemCallsDouble::HasFailed() const {

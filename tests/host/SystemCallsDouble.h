@@ -2,6 +2,7 @@
 // through here (see --wrap in CMakeLists.txt).
 #pragma once
 
+#include <functional>
 #include <string_view>
 
 namespace support {
@@ -14,20 +15,21 @@ public:
     SystemCallsDouble(SystemCallsDouble const&) = delete;
     SystemCallsDouble& operator=(SystemCallsDouble const&) = delete;
 
-    // The nth call from now on, counted from 1, fails with an errno value and does nothing. Closing
-    // closes all the same, as the system's does.
-    void FailAt(int n, int error);
+    // The nth call from now on, counted from 1, fails with an errno value and does nothing, and so
+    // do all later ones if wanted. Closing closes all the same, as the system's does.
+    void FailAt(int n, int error, bool andAllLater = false);
 
-    // So does the next call of that name.
+    // So do the next call of that name, and all calls of it. openat2 is "syscall"; "lease",
+    // "exchange", "noreplace" and "nameless" are what fcntl, renameat2 and openat2 do by a flag.
     void FailNext(std::string_view name, int error);
+    void FailAlways(std::string_view name, int error);
 
-    // The process is killed after the nth call from now on.
-    void KillAfter(int n);
+    // Calls action after each call, with the number of the call. Calls that action makes are not
+    // counted. Not between a lease and its end: whoever opens the file then would wait for it.
+    void AfterEach(std::function<void(int)> action);
 
-    // There are no files without names here.
-    void RefuseNamelessFiles();
-
-    // Whether the failure was reached.
+    // How many calls there were, and whether one failed.
+    int Count() const;
     bool HasFailed() const;
 };
 

@@ -5,8 +5,9 @@
 #include "tools/joboptions/Findings.h"
 #include "tools/joboptions/Input.h"
 #include "tools/joboptions/JsonDocuments.h"
+#include "tools/joboptions/Locate.h"
 #include "tools/joboptions/Output.h"
-#include "tools/joboptions/Replace.h"
+#include "tools/joboptions/SchemaOption.h"
 #include "tools/joboptions/Utf8.h"
 
 #include <algorithm>
@@ -23,6 +24,18 @@ void Warn(pdfsettings::Finding const& warning, Options const& options) {
 }
 
 } // namespace
+
+Status EditSettings(
+    std::string const& name,
+    Options const& options,
+    std::function<Status(Editing const&)> const& change) {
+    pdfsettings::Component const component;
+    std::string const file = LocateForChange(component, name, options);
+    pdfsettings::Schema const schema = ReadSchema(component, options);
+    return ChangeFile(file, options, [&](std::string const& text, SaveText const& save) {
+        return change({component, schema, file, text, save});
+    });
+}
 
 Status Finish(Change const& change, Options const& options) {
     RequireRoom(change.file, options);
@@ -41,7 +54,7 @@ Status Finish(Change const& change, Options const& options) {
         WriteOutput(options.json ? "" : DifferencesText(differences, UseColor(options.color)));
         return Status::kDone;
     }
-    Replace(change.file, change.settings, change.text, options);
+    change.save(change.text);
     return Status::kDone;
 }
 

@@ -3,19 +3,38 @@
 
 #include "pdfsettings/Component.h"
 #include "pdfsettings/Finding.h"
+#include "pdfsettings/Schema.h"
 #include "pdfsettings/Settings.h"
 #include "tools/joboptions/Failure.h"
 #include "tools/joboptions/Options.h"
+#include "tools/joboptions/Replace.h"
 
+#include <functional>
 #include <string>
 #include <vector>
 
 namespace joboptions {
 
+// A settings file that is being changed, and what it is validated with.
+struct Editing {
+    pdfsettings::Component const& component;
+    pdfsettings::Schema const& schema;
+    std::string const& file;
+    std::string const& text;
+    SaveText const& save;
+};
+
+// Finds the file that name stands for and calls change with it, under the lock of an in-place
+// change. Throws Failure as LocateForChange, ReadSchema and ChangeFile.
+Status EditSettings(
+    std::string const& name,
+    Options const& options,
+    std::function<Status(Editing const&)> const& change);
+
 // The settings of a file before and after a change.
 struct Change {
     std::string file;
-    pdfsettings::Settings const& settings; // bound to the file
+    SaveText const& save;
     pdfsettings::Dictionary before;
     pdfsettings::Dictionary after;
     std::vector<pdfsettings::Finding> findings; // faults of the result
@@ -23,9 +42,9 @@ struct Change {
     std::string text;                           // of the result; not looked at when it has faults
 };
 
-// Shows the change, or saves it where options say. Status::kDone; throws Failure with
+// Shows the change, or saves it. Status::kDone; throws Failure with
 // Status::kRefused for a result with faults, with Status::kWrongCall when standard output would
-// have to take both JSON and the settings, and as Replace.
+// have to take both JSON and the settings, and as save.
 Status Finish(Change const& change, Options const& options);
 
 // Says of those findings that settings had before their change that they are old.

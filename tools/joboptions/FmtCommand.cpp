@@ -7,7 +7,6 @@
 #include "tools/joboptions/JsonDocuments.h"
 #include "tools/joboptions/Layout.h"
 #include "tools/joboptions/Locate.h"
-#include "tools/joboptions/Replace.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -24,8 +23,8 @@ FmtCommand::FmtCommand(CLI::App& program, Options& options)
         ->type_name("");
     Parser().add_flag(
         "--check", fIsCheck, "Name the files that are laid out otherwise, change none");
-    AddForce(
-        Parser(), options, "Drop comments, and save though somebody else changed FILE meanwhile");
+    Parser().add_flag("--force", options.force, "Drop comments");
+    AddSaving(Parser(), options);
     AddOutput(Parser(), options, "Write there, and leave the one FILE as it is");
     AddApplication(Parser(), options, kNamesOfApplication);
     AddDryRun(Parser(), options);
@@ -74,8 +73,19 @@ Status FmtCommand::FormatOrReport(
 Status
 FmtCommand::Format(pdfsettings::Component const& component, LayoutJudgement& judgement) const {
     std::string const& file = judgement.file;
-    auto const [settings, text] = OpenWithText(component, file);
-    std::string const laidOut = LayOut(component, settings, file);
+    auto const format = [&](std::string const& text, SaveText const& save) {
+        return FormatText(component, judgement, text, save);
+    };
+    return fIsCheck ? format(ReadBytes(file), nullptr) : ChangeFile(file, fOptions, format);
+}
+
+Status FmtCommand::FormatText(
+    pdfsettings::Component const& component,
+    LayoutJudgement& judgement,
+    std::string const& text,
+    SaveText const& save) const {
+    std::string const& file = judgement.file;
+    std::string const laidOut = LayOut(component, ParseSettings(component, file, text), file);
     judgement.differs = text != laidOut;
     if (fIsCheck) {
         return judgement.differs ? Announce(file) : Status::kDone;
@@ -90,7 +100,8 @@ FmtCommand::Format(pdfsettings::Component const& component, LayoutJudgement& jud
         return judgement.differs ? Announce(file) : Status::kDone;
     }
     if (judgement.differs || !fOptions.output.empty() || file == "-") {
-        Save(file, settings, laidOut);
+        RequireRoom(file, fOptions);
+        save(laidOut);
     }
     return Status::kDone;
 }
@@ -100,14 +111,6 @@ Status FmtCommand::Announce(std::string const& file) const {
         WriteOutput(InputName(file) + "\n");
     }
     return fIsCheck ? Status::kNo : Status::kDone;
-}
-
-void FmtCommand::Save(
-    std::string const& file,
-    pdfsettings::Settings const& settings,
-    std::string const& laidOut) const {
-    RequireRoom(file, fOptions);
-    Replace(file, settings, laidOut, fOptions);
 }
 
 } // namespace joboptions

@@ -2,10 +2,10 @@
 #pragma once
 
 #include "pdfsettings/Component.h"
-#include "pdfsettings/Settings.h"
 #include "tools/joboptions/Command.h"
 #include "tools/joboptions/Judgement.h"
 #include "tools/joboptions/Options.h"
+#include "tools/joboptions/Replace.h"
 
 #include <string>
 #include <vector>
@@ -26,12 +26,12 @@ private:
     Status
     FormatOrReport(pdfsettings::Component const& component, LayoutJudgement& judgement) const;
     Status Format(pdfsettings::Component const& component, LayoutJudgement& judgement) const;
+    Status FormatText(
+        pdfsettings::Component const& component,
+        LayoutJudgement& judgement,
+        std::string const& text,
+        SaveText const& save) const;
     Status Announce(std::string const& file) const;
-    void Save(
-        std::string const& file,
-        pdfsettings::Settings const& settings,
-        std::string const& laidOut) const;
-
     Options const& fOptions;
     std::vector<std::string> fFiles;
     bool fIsCheck = false;

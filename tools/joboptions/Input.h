@@ -29,24 +29,7 @@ pdfsettings::Settings ParseSettings(
     std::string const& text,
     std::string const& schema = {});
 
-// The settings in a file, bound to it; "-" is standard input. schema as in pdfsettings::Settings.
-// Throws Failure with Status::kBadInput and the reason when they cannot be read or parsed.
-pdfsettings::Settings OpenSettings(
-    pdfsettings::Component const& component,
-    std::string const& file,
-    std::string const& schema = {});
-
-// The same with the bytes that they were read from.
-struct SettingsWithText {
-    pdfsettings::Settings settings;
-    std::string text;
-};
-SettingsWithText OpenWithText(
-    pdfsettings::Component const& component,
-    std::string const& file,
-    std::string const& schema = {});
-
-// The same as values.
+// The values of the settings in a file; "-" is standard input. Throws Failure as the two above.
 pdfsettings::Dictionary ReadSettings(std::string const& file);
 
 } // namespace joboptions

@@ -17,6 +17,11 @@ void AddUnused(CLI::App& command, Options& options) {
         AddDryRun(command, options);
         command.get_option("--dry-run")->group("");
     }
+    if (!Has(command, "--wait")) {
+        AddSaving(command, options);
+        command.get_option("--wait")->group("");
+        command.get_option("--overwrite-changed")->group("");
+    }
     if (!Has(command, "--schema")) {
         AddSchema(command, options);
         command.get_option("--schema")->group("");
@@ -70,14 +75,25 @@ void AddDryRun(CLI::App& command, Options& options) {
     command.add_flag("-n,--dry-run", options.dryRun, "Say what would change, and change nothing");
 }
 
-void AddForce(CLI::App& command, Options& options, char const* help) {
-    command.add_flag("--force", options.force, help);
+void AddSaving(CLI::App& command, Options& options) {
+    command
+        .add_option(
+            "--wait",
+            options.wait,
+            "Wait this long for other programs that change files in the same folder")
+        ->type_name("SECONDS")
+        ->check(CLI::Range(0.0, 86400.0).description(""))
+        ->default_str("10");
+    command.add_flag(
+        "--overwrite-changed",
+        options.overwriteChanged,
+        "Save even if the file has changed since it was read");
 }
 
 void AddChangeOptions(CLI::App& command, Options& options) {
     AddOutput(command, options, "Write the changed settings there, and leave FILE as it is");
     AddDryRun(command, options);
-    AddForce(command, options, "Save though somebody else changed FILE meanwhile");
+    AddSaving(command, options);
     AddSchema(command, options);
     AddJson(command, options);
     AddOptions(command, options);

@@ -17,8 +17,11 @@ struct Options {
     bool json = false;
     bool dryRun = false;
     bool force = false;
-    std::string output; // empty: where the command writes to by itself
-    std::string schema; // empty: the standard schema
+    bool overwriteChanged = false;
+    double wait = 10;                      // seconds, for others that change files
+    std::string output;                    // empty: where the command writes to by itself
+    std::optional<std::string> seenOutput; // what stood there when the command began
+    std::string schema;                    // empty: the standard schema
     std::optional<std::string> application;
 };
 
@@ -33,9 +36,9 @@ void AddSchema(CLI::App& command, Options& options);
 // -o, whose help says what is written there.
 void AddOutput(CLI::App& command, Options& options, char const* help);
 
-// -n and --force, for commands that change files.
+// -n, for commands that change files, and --wait and --overwrite-changed, for those that save.
 void AddDryRun(CLI::App& command, Options& options);
-void AddForce(CLI::App& command, Options& options, char const* help);
+void AddSaving(CLI::App& command, Options& options);
 
 // All options of a command that changes settings of FILE and judges them.
 void AddChangeOptions(CLI::App& command, Options& options);

@@ -1,8 +1,6 @@
 #include "tools/joboptions/Output.h"
 
-#include "pdfsettings/SafeSave.h"
 #include "tools/joboptions/Failure.h"
-#include "tools/joboptions/Utf8.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -52,20 +50,6 @@ void WriteOutput(std::string_view text) {
         throw Failure(
             Status::kNotWritten,
             fmt::format("standard output: {}", std::generic_category().message(errno)));
-    }
-}
-
-void WriteFile(std::string const& file, std::string_view text) {
-    if (file == "-") {
-        WriteOutput(text);
-        return;
-    }
-    try {
-        pdfsettings::SaveSafely(file, text);
-    } catch (pdfsettings::ReadOnlyError const& error) {
-        throw Failure(Status::kRefused, fmt::format("{}: {}", VisibleText(file), error.what()));
-    } catch (pdfsettings::Error const& error) {
-        throw Failure(Status::kNotWritten, fmt::format("{}: {}", VisibleText(file), error.what()));
     }
 }
 

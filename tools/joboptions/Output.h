@@ -25,11 +25,6 @@ std::string Colored(std::string_view text, int number, bool color);
 // reason.
 void WriteOutput(std::string_view text);
 
-// Writes text to a file, which is replaced whole or not at all; "-" is standard output. Throws
-// Failure with Status::kRefused for a read-only file, else with Status::kNotWritten, and the
-// reason.
-void WriteFile(std::string const& file, std::string_view text);
-
 // Write a line to standard error that begins with the program's name and "error" or "warning".
 void WriteError(std::string_view message);
 void WriteWarning(std::string_view message);

@@ -1,24 +1,28 @@
-// Putting changed settings in the place of the file that they come from.
+// Changing files in place, and writing results to other places.
 #pragma once
 
-#include "pdfsettings/Settings.h"
+#include "tools/joboptions/Failure.h"
 #include "tools/joboptions/Options.h"
 
+#include <functional>
 #include <string>
 
 namespace joboptions {
 
-// Writes text where options say, else over file, which settings come from; "-" is standard output.
-// A file is replaced whole or not at all. Throws Failure with Status::kRefused when file would be
-// replaced though somebody else changed it since it was read, unless options say force, and as
-// WriteFile.
-void Replace(
-    std::string const& file,
-    pdfsettings::Settings const& settings,
-    std::string const& text,
-    Options const& options);
+// Puts a text where the result of a change belongs. Throws Failure as WriteFile.
+using SaveText = std::function<void(std::string const& text)>;
 
-// Throws Failure with Status::kRefused when Replace would do so for a read-only file.
+// What a command makes of the text of a file; it may save once.
+using ChangeText = std::function<Status(std::string const& text, SaveText const& save)>;
+
+// Calls change with the text of file. What it saves goes where options say, else over file; "-" is
+// standard output. A file that is changed in place stays locked meanwhile. Throws Failure with
+// Status::kRefused for a lock that cannot be had, with Status::kBadInput when file cannot be read,
+// and whatever change throws.
+Status ChangeFile(std::string const& file, Options const& options, ChangeText const& change);
+
+// Throws Failure with Status::kRefused when the result of a change could not be saved, for a
+// read-only file.
 void RequireReplaceable(std::string const& file, Options const& options);
 
 // Throws Failure with Status::kWrongCall when standard output would have to take both JSON and the

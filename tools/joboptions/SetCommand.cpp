@@ -2,12 +2,9 @@
 
 #include "pdfsettings/Splice.h"
 #include "tools/joboptions/Assignment.h"
-#include "tools/joboptions/Change.h"
 #include "tools/joboptions/Diagnostics.h"
 #include "tools/joboptions/Input.h"
 #include "tools/joboptions/KnownKeys.h"
-#include "tools/joboptions/Locate.h"
-#include "tools/joboptions/SchemaOption.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -85,10 +82,12 @@ SetCommand::SetCommand(CLI::App& program, Options& options)
 }
 
 Status SetCommand::Run() const {
-    pdfsettings::Component const component;
-    std::string const file = LocateForChange(component, fFile, fOptions);
-    pdfsettings::Schema const schema = ReadSchema(component, fOptions);
-    auto [settings, text] = OpenWithText(component, file, schema.Text());
+    return EditSettings(fFile, fOptions, [this](Editing const& editing) { return Set(editing); });
+}
+
+Status SetCommand::Set(Editing const& editing) const {
+    auto const& [component, schema, file, text, save] = editing;
+    auto settings = ParseSettings(component, file, text, schema.Text());
     pdfsettings::Dictionary const before = settings.Values();
     auto const rules = schema.Settings();
     auto const assignments = ReadAssignments(component, before, rules, fAssignments);
@@ -104,7 +103,7 @@ Status SetCommand::Run() const {
         after,
         "an empty dictionary can only stand last, and other files need joboptions fmt first");
     return Finish(
-        {file, settings, before, after, findings, UnknownKeys(rules, assignments.texts), changed},
+        {file, save, before, after, findings, UnknownKeys(rules, assignments.texts), changed},
         fOptions);
 }
 

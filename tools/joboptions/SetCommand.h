@@ -1,6 +1,7 @@
 // joboptions set: changes settings of a file.
 #pragma once
 
+#include "tools/joboptions/Change.h"
 #include "tools/joboptions/Command.h"
 #include "tools/joboptions/Options.h"
 
@@ -19,6 +20,8 @@ public:
     Status Run() const override;
 
 private:
+    Status Set(Editing const& editing) const;
+
     Options const& fOptions;
     std::string fFile;
     std::vector<std::string> fAssignments;

@@ -2,11 +2,8 @@
 
 #include "pdfsettings/Path.h"
 #include "pdfsettings/Splice.h"
-#include "tools/joboptions/Change.h"
 #include "tools/joboptions/Input.h"
-#include "tools/joboptions/Locate.h"
 #include "tools/joboptions/MissingKey.h"
-#include "tools/joboptions/SchemaOption.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -59,10 +56,12 @@ UnsetCommand::UnsetCommand(CLI::App& program, Options& options)
 }
 
 Status UnsetCommand::Run() const {
-    pdfsettings::Component const component;
-    std::string const file = LocateForChange(component, fFile, fOptions);
-    pdfsettings::Schema const schema = ReadSchema(component, fOptions);
-    auto const [settings, text] = OpenWithText(component, file, schema.Text());
+    return EditSettings(fFile, fOptions, [this](Editing const& editing) { return Unset(editing); });
+}
+
+Status UnsetCommand::Unset(Editing const& editing) const {
+    auto const& [component, schema, file, text, save] = editing;
+    auto const settings = ParseSettings(component, file, text, schema.Text());
     Dictionary const before = settings.Values();
     RequireKeys(file, before, fKeys);
     std::string const changed = Remove(text, fKeys);
@@ -74,7 +73,7 @@ Status UnsetCommand::Run() const {
         component, file, changed, after, "no dictionary may be left empty: unset the whole of it");
     auto findings = ParseSettings(component, file, changed, schema.Text()).Validate();
     MarkOldFindings(settings, findings);
-    return Finish({file, settings, before, after, findings, {}, changed}, fOptions);
+    return Finish({file, save, before, after, findings, {}, changed}, fOptions);
 }
 
 } // namespace joboptions

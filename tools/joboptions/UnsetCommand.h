@@ -1,6 +1,7 @@
 // joboptions unset: takes settings out of a file.
 #pragma once
 
+#include "tools/joboptions/Change.h"
 #include "tools/joboptions/Command.h"
 #include "tools/joboptions/Options.h"
 
@@ -20,6 +21,8 @@ public:
     Status Run() const override;
 
 private:
+    Status Unset(Editing const& editing) const;
+
     Options const& fOptions;
     std::string fFile;
     std::vector<std::string> fKeys;

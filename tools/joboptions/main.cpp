@@ -9,6 +9,7 @@
 #include "tools/joboptions/ListCommands.h"
 #include "tools/joboptions/ManualCommand.h"
 #include "tools/joboptions/Output.h"
+#include "tools/joboptions/Result.h"
 #include "tools/joboptions/SetCommand.h"
 #include "tools/joboptions/ShowCommand.h"
 #include "tools/joboptions/UnsetCommand.h"
@@ -73,8 +74,9 @@ private:
     }
 
     // REQUIRES: the parser has seen one of the commands.
-    Status RunCommand() const {
+    Status RunCommand() {
         try {
+            LookAtOutput(fOptions);
             auto const chosen = std::ranges::find_if(
                 fCommands, [](auto const& command) { return command->IsChosen(); });
             return (*chosen)->Run();

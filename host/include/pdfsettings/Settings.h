@@ -3,6 +3,7 @@
 
 #include "pdfsettings/Export.h"
 #include "pdfsettings/Finding.h"
+#include "pdfsettings/SafeSave.h"
 #include "pdfsettings/Value.h"
 
 #include <memory>
@@ -31,7 +32,7 @@ public:
     FromText(Component const& component, std::string_view text, std::string const& schema = {});
 
     // Settings from the file at path, which they are bound to; schema as above. Throws Error with
-    // the system's reason when the file cannot be read, else with the reported one.
+    // the system's reason when the file cannot be read (see ReadFile), else with the reported one.
     static Settings
     FromFile(Component const& component, std::string const& path, std::string const& schema = {});
 
@@ -65,16 +66,23 @@ public:
     // FromValues do, and then nothing has changed.
     [[nodiscard]] std::vector<Finding> Set(Dictionary const& changes);
 
-    // Whether the file that the settings are bound to has been changed by somebody else, or cannot
-    // be examined; true for settings that are bound to no file. Changes of the settings play no
-    // part.
+    // Whether the file that the settings are bound to holds other bytes than were read from it or
+    // written to it last, or cannot be read; true for settings that are bound to no file. Changes
+    // of the settings play no part.
     bool IsDirty() const;
 
+    // Saves Text() in the file that the settings are bound to, as SaveSafely does, unless somebody
+    // else changed it: then throws ConflictError. They stay bound to it, and IsDirty is false.
+    // Comments of the file are not part of the settings: see Splice for a change that keeps them.
+    // Throws Error as Text and SaveSafely, and for settings that are bound to no file.
+    SaveWarnings Save(SaveOptions const& options = {});
+
     // Writes the settings, valid or not, to the file at path, whose folder must exist, and binds
-    // them to it. An existing file is deleted before the new one is made: see SaveSafely for a
-    // replacement that cannot lose it. Throws Error as Text, for a path that is no UTF-8 or has a
-    // NUL byte, with the system's reason, as far as it can be told afterwards, and when the file
-    // does not hold the whole text in the end.
+    // them to it. An existing file is deleted before the new one is made: see Save and SaveSafely
+    // for a replacement that cannot lose it. Waits for programs that hold the folder's lock. Throws
+    // BusyError, Error as Text, for a path that is no UTF-8 or has a NUL byte, with the system's
+    // reason, as far as it can be found out afterwards, and when the file does not hold the whole
+    // text in the end.
     void Write(std::string const& path);
 
 private:

@@ -1,0 +1,41 @@
+// One change at a time in a folder.
+#pragma once
+
+#include "host/save/Deadline.h"
+#include "host/save/Target.h"
+
+#include <string>
+
+namespace pdfsettings::detail {
+
+// The lock on the folder of a target, held as long as this lives. It lies on the folder and not on
+// the file: so it is there before the file is, survives its replacement, and leaves nothing behind.
+// A thread that holds the lock gets it again.
+class FolderLock {
+public:
+    // Waits for other threads and programs. Throws BusyError when the time is over, and Error.
+    // REQUIRES: target has a folder, and its descriptor outlives this.
+    FolderLock(Target const& target, Deadline deadline);
+    ~FolderLock();
+    FolderLock(FolderLock const&) = delete;
+    FolderLock& operator=(FolderLock const&) = delete;
+
+    // False where the folder cannot be locked.
+    bool IsHeld() const noexcept { return fIsHeld; }
+
+    // Who is not kept out, and why; empty when all are who take the lock.
+    std::string const& Warning() const noexcept { return fWarning; }
+
+private:
+    void Take(Target const& target, Deadline deadline);
+
+    struct stat fFolder {};
+    int fNumber = -1; // of the locked descriptor; -1 when this locked nothing itself
+    bool fIsHeld = false;
+    std::string fWarning;
+};
+
+// Whether other machines may change files of the same file system.
+bool IsOnNetwork(Descriptor const& file) noexcept;
+
+} // namespace pdfsettings::detail

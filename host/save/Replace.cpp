@@ -1,0 +1,168 @@
+#include "host/save/Replace.h"
+
+#include "host/save/FolderLock.h"
+#include "host/save/HiddenFile.h"
+#include "host/save/Leftovers.h"
+#include "host/save/SeenFile.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <unistd.h>
+
+namespace pdfsettings::detail {
+
+namespace {
+
+[[noreturn]] void ThrowConflict() {
+    throw ConflictError("changed since it was read");
+}
+
+bool Move(Target const& target, std::string const& name, unsigned flags) {
+    int const folder = target.folder.Number();
+    return renameat2(folder, name.c_str(), folder, target.name.c_str(), flags) == 0;
+}
+
+// Lets a new file take the place of an old one, which is deleted only when it is sure that nothing
+// is lost by that: the two are exchanged, and then the old one can be looked at where nobody else
+// finds it any more.
+class Exchange {
+public:
+    Exchange(
+        Target const& target,
+        SeenFile const& oldFile,
+        HiddenFile& newFile,
+        SaveWarnings* warnings)
+        : fTarget(target),
+          fOld(oldFile),
+          fNew(newFile),
+          fWarnings(warnings) {}
+
+    void Run(Deadline deadline) {
+        while (fOld.HasWriter() || !Attempt()) {
+            if (!deadline.Pause()) {
+                throw BusyError("another program has it open for writing; try again");
+            }
+        }
+    }
+
+private:
+    // False when a program has the old file open for writing, which then is in its place again.
+    bool Attempt() {
+        if (!fOld.StandsAt(fTarget.folder, fTarget.name)) {
+            ThrowConflict();
+        }
+        if (!Move(fTarget, fNew.Name(), RENAME_EXCHANGE)) {
+            return ReplaceAtOnce();
+        }
+        fNew.SetKept(true);
+        if (IsOldFileWhole()) {
+            if (unlinkat(fTarget.folder.Number(), fNew.Name().c_str(), 0) != 0) {
+                fWarnings->push_back("what it held before is still there as " + fNew.Name());
+            }
+            return true;
+        }
+        TakeBack();
+        if (!fHasWriter) {
+            ThrowConflict();
+        }
+        return false;
+    }
+
+    // Where two files cannot be exchanged, what was compared a moment ago must do.
+    bool ReplaceAtOnce() {
+        if (errno == ENOENT) {
+            ThrowConflict();
+        }
+        if (!IsUnsupported(errno) || !Move(fTarget, fNew.Name(), 0)) {
+            ThrowSystemError(errno);
+        }
+        fNew.SetKept(true);
+        return true;
+    }
+
+    // After the exchange: a program that opened the old file before may still write to it.
+    bool IsOldFileWhole() {
+        try {
+            fHasWriter = fOld.HasWriter();
+            return !fHasWriter && fOld.StandsAt(fTarget.folder, fNew.Name());
+        } catch (...) {
+            TakeBack();
+            throw;
+        }
+    }
+
+    // Puts what was found in the old file's place back there. Somebody may have written to the new
+    // file meanwhile, or replaced it: then what came out now is theirs and stays.
+    void TakeBack() {
+        bool const isBack = Move(fTarget, fNew.Name(), RENAME_EXCHANGE);
+        if (!isBack || fNew.Seen().HasWriter() ||
+            !fNew.Seen().StandsAt(fTarget.folder, fNew.Name())) {
+            throw ConflictError(
+                "changed since it was read, and again meanwhile: what it held is kept as " +
+                fNew.Name() + " in its folder");
+        }
+        fNew.SetKept(false);
+    }
+
+    Target const& fTarget;
+    SeenFile const& fOld;
+    HiddenFile& fNew;
+    SaveWarnings* fWarnings;
+    bool fHasWriter = false;
+};
+
+// Gives a new file the target's name, which nothing has. Not every file system can refuse to
+// replace, and not every one has hard links.
+void TakeFreeName(Target const& target, HiddenFile& file) {
+    int const folder = target.folder.Number();
+    struct stat status {};
+    bool isMoved = Move(target, file.Name(), RENAME_NOREPLACE);
+    if (!isMoved && IsUnsupported(errno)) {
+        if (linkat(folder, file.Name().c_str(), folder, target.name.c_str(), 0) == 0) {
+            return;
+        }
+        if (errno != EEXIST && !Examine(target.folder, target.name, &status)) {
+            isMoved = Move(target, file.Name(), 0);
+        }
+    }
+    if (!isMoved) {
+        errno == EEXIST ? ThrowConflict() : ThrowSystemError(errno);
+    }
+    file.SetKept(true);
+}
+
+} // namespace
+
+SaveWarnings Replace(
+    Target const& target,
+    std::string_view bytes,
+    std::optional<std::string> const* seen,
+    SaveOptions const& options) {
+    FolderLock const lock(target, Deadline(options.timeout));
+    auto const old = SeenFile::Open(target.folder, target.name);
+    if (old) {
+        old->RequireWritable(target.folder, target.name);
+    }
+    auto const found = old ? std::optional(old->Bytes()) : std::nullopt;
+    if (seen != nullptr && !options.overwriteChanged && found != *seen) {
+        ThrowConflict();
+    }
+    SaveWarnings warnings;
+    if (!lock.Warning().empty()) {
+        warnings.push_back(lock.Warning());
+    }
+    if (lock.IsHeld()) {
+        RemoveLeftovers(target.folder, {found.value_or(""), std::string(bytes)}, &warnings);
+    }
+    HiddenFile file(target, bytes, old ? &old->Traits() : nullptr, &warnings);
+    if (old) {
+        Exchange(target, *old, file, &warnings).Run(Deadline(options.timeout));
+    } else {
+        TakeFreeName(target, file);
+    }
+    // Where the folder cannot be flushed, the file's own flush must do.
+    static_cast<void>(target.isReadable && fsync(target.folder.Number()) == 0);
+    return warnings;
+}
+
+} // namespace pdfsettings::detail

@@ -1,0 +1,44 @@
+// One look at a file.
+#pragma once
+
+#include "host/save/FileTraits.h"
+
+#include <optional>
+#include <string>
+
+namespace pdfsettings::detail {
+
+// A file as it was seen: contents, permissions and identity come from one descriptor, which stays
+// open so that no other file can get the same identity.
+class SeenFile {
+public:
+    // The item of that name in folder, or none. Throws Error for one that is no regular file.
+    static std::optional<SeenFile> Open(Descriptor const& folder, std::string const& name);
+
+    std::string const& Bytes() const noexcept { return fBytes; }
+    FileTraits const& Traits() const noexcept { return fTraits; }
+
+    // Whether it is the same file.
+    bool Is(Descriptor const& file) const { return IsSameFile(StatusOf(file), fStatus); }
+
+    // Throws ReadOnlyError where the owner has no write permission or the caller may not write.
+    // folder and name are those that it was opened by.
+    void RequireWritable(Descriptor const& folder, std::string const& name) const;
+
+    // Whether the item of that name is this file, with contents and permissions as they were seen.
+    bool StandsAt(Descriptor const& folder, std::string const& name) const;
+
+    // Whether a process has the file open for writing; false where the system does not say.
+    bool HasWriter() const;
+
+private:
+    explicit SeenFile(Descriptor file);
+
+    Descriptor fFile;
+    std::string fBytes;
+    FileTraits fTraits;
+    struct stat fStatus {};
+    bool fCanHaveLease = true;
+};
+
+} // namespace pdfsettings::detail

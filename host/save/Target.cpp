@@ -1,0 +1,227 @@
+#include "host/save/Target.h"
+
+#include "pdfsettings/SafeSave.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <sys/sysmacros.h>
+#include <unistd.h>
+
+namespace pdfsettings::detail {
+
+namespace {
+
+// So many links may follow one another: the system's own limit.
+constexpr int kMostLinks = 40;
+
+constexpr mode_t kWritableByOthers = S_IWGRP | S_IWOTH;
+
+// A place on the way: a folder, the name of an item in it and the item itself. Without a name it is
+// the folder, without an open item there is nothing of that name.
+struct Place {
+    Descriptor folder;
+    std::string name;
+    Descriptor item;
+    bool isDescriptor = false;
+};
+
+Descriptor OpenFolder(char const* path) {
+    Descriptor folder(open(path, O_PATH | O_DIRECTORY | O_CLOEXEC));
+    ThrowIfNegative(folder.Number());
+    return folder;
+}
+
+Descriptor Parent(Descriptor const& folder) {
+    Descriptor parent(openat(folder.Number(), "..", O_PATH | O_DIRECTORY | O_CLOEXEC));
+    ThrowIfNegative(parent.Number());
+    return parent;
+}
+
+Descriptor Duplicate(Descriptor const& file) {
+    Descriptor copy(fcntl(file.Number(), F_DUPFD_CLOEXEC, 0));
+    ThrowIfNegative(copy.Number());
+    return copy;
+}
+
+// An item that may be a link. Asked for as a folder first, which mounts what is mounted on demand.
+Descriptor OpenItem(Descriptor const& folder, std::string const& name) {
+    Descriptor item = OpenIn(folder, name, O_PATH | O_DIRECTORY);
+    if (!item.IsOpen() && (errno == ENOTDIR || errno == ELOOP)) {
+        item = OpenIn(folder, name, O_PATH);
+    }
+    return item;
+}
+
+std::string TextOf(Descriptor const& link) {
+    char text[PATH_MAX];
+    ssize_t const size = readlinkat(link.Number(), "", text, sizeof text);
+    ThrowIfNegative(size);
+    return {text, static_cast<std::size_t>(size)};
+}
+
+uid_t OwnerOf(Place const& place) {
+    return StatusOf(place.item.IsOpen() ? place.item : place.folder).st_uid;
+}
+
+bool IsOurs(uid_t owner) {
+    return owner == 0 || owner == geteuid();
+}
+
+bool IsTrusted(struct stat const& link, struct stat const& folder, uid_t ownerOfEnd) {
+    if (link.st_uid == ownerOfEnd) {
+        return true;
+    }
+    return IsOurs(link.st_uid) && link.st_nlink == 1 && IsOurs(folder.st_uid) &&
+           (folder.st_mode & kWritableByOthers) == 0;
+}
+
+// Follows one path and the links on it.
+class Walk {
+public:
+    // Where path leads, from start on if it is relative. shown is what start is called in messages.
+    Place Go(Descriptor start, std::string_view path, std::string shown) {
+        Place place;
+        bool const isFolder = path.ends_with('/');
+        place.folder = path.starts_with('/') ? OpenFolder("/") : std::move(start);
+        if (path.starts_with('/')) {
+            shown = "/";
+            path.remove_prefix(std::min(path.find_first_not_of('/'), path.size()));
+        }
+        while (!path.empty()) {
+            std::size_t const end = std::min(path.find('/'), path.size());
+            std::string const name(path.substr(0, end));
+            bool const isLast = end == path.size();
+            path.remove_prefix(std::min(end + 1, path.size()));
+            Enter(place);
+            Step(place, name, shown);
+            shown += name + (isLast ? "" : "/");
+        }
+        if (isFolder) {
+            Enter(place);
+        }
+        return place;
+    }
+
+private:
+    // Makes the item the folder of what follows. A file there fails by the next step.
+    static void Enter(Place& place) {
+        if (place.name.empty() && !place.isDescriptor) {
+            return;
+        }
+        if (!place.item.IsOpen()) {
+            ThrowSystemError(ENOENT);
+        }
+        place.folder = std::move(place.item);
+        place.item = Descriptor();
+        place.name.clear();
+        place.isDescriptor = false;
+    }
+
+    void Step(Place& place, std::string const& name, std::string const& shown) {
+        if (name.empty() || name == ".") {
+            return;
+        }
+        if (name == "..") {
+            place.folder = Parent(place.folder);
+            return;
+        }
+        place.name = name;
+        place.item = OpenItem(place.folder, name);
+        if (!place.item.IsOpen() && errno != ENOENT) {
+            ThrowSystemError(errno);
+        }
+        if (place.item.IsOpen() && S_ISLNK(StatusOf(place.item).st_mode)) {
+            place = Follow(place, shown);
+        }
+    }
+
+    Place Follow(Place const& link, std::string const& shown) {
+        if (++fLinks > kMostLinks) {
+            ThrowSystemError(ELOOP);
+        }
+        std::string const text = TextOf(link.item);
+        Place end =
+            NamesDescriptor(text) ? AtDescriptor(text) : Go(Duplicate(link.folder), text, shown);
+        if (!IsTrusted(StatusOf(link.item), StatusOf(link.folder), OwnerOf(end))) {
+            throw LinkError(
+                "the link " + shown + link.name +
+                " is not followed: it belongs to another user than what it leads to");
+        }
+        return end;
+    }
+
+    static Place AtDescriptor(std::string const& path) {
+        Place place;
+        place.item = Descriptor(open(path.c_str(), O_PATH | O_CLOEXEC));
+        ThrowIfNegative(place.item.Number());
+        place.isDescriptor = true;
+        return place;
+    }
+
+    int fLinks = 0;
+};
+
+Target AtStream(Descriptor stream) {
+    Target target;
+    target.stream = std::move(stream);
+    return target;
+}
+
+} // namespace
+
+bool NamesDescriptor(std::string_view path) noexcept {
+    constexpr std::string_view kStreams[] = {"/dev/stdin", "/dev/stdout", "/dev/stderr"};
+    constexpr std::string_view kFolders[] = {"/dev/fd/", "/proc/self/fd/"};
+    auto const isNumbered = [path](std::string_view folder) {
+        return path.starts_with(folder) && path.size() > folder.size() &&
+               path.find_first_not_of("0123456789", folder.size()) == std::string_view::npos;
+    };
+    return std::ranges::find(kStreams, path) != std::end(kStreams) ||
+           std::ranges::any_of(kFolders, isNumbered);
+}
+
+bool IsNullDevice(struct stat const& status) noexcept {
+    return S_ISCHR(status.st_mode) && major(status.st_rdev) == 1 && minor(status.st_rdev) == 3;
+}
+
+Target FolderOf(std::string const& path) {
+    std::size_t const slash = path.rfind('/');
+    std::string const folder = slash == std::string::npos ? "." : path.substr(0, slash + 1);
+    Target target;
+    target.folder = Descriptor(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    target.isReadable = target.folder.IsOpen();
+    return target;
+}
+
+Target FindTarget(std::string const& path) {
+    if (path.find('\0') != std::string::npos) {
+        throw Error("the path holds a NUL byte");
+    }
+    if (path.empty()) {
+        ThrowSystemError(ENOENT);
+    }
+    if (NamesDescriptor(path)) {
+        Descriptor stream(open(path.c_str(), O_PATH | O_CLOEXEC));
+        ThrowIfNegative(stream.Number());
+        return AtStream(std::move(stream));
+    }
+    Place place = Walk().Go(OpenFolder("."), path, "");
+    if (place.isDescriptor || (place.item.IsOpen() && IsNullDevice(StatusOf(place.item)))) {
+        return AtStream(std::move(place.item));
+    }
+    if (place.name.empty()) {
+        ThrowSystemError(S_ISDIR(StatusOf(place.folder).st_mode) ? EISDIR : ENOTDIR);
+    }
+    Target target;
+    target.name = std::move(place.name);
+    target.folder =
+        Descriptor(openat(place.folder.Number(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    target.isReadable = target.folder.IsOpen();
+    if (!target.isReadable) {
+        target.folder = std::move(place.folder);
+    }
+    return target;
+}
+
+} // namespace pdfsettings::detail

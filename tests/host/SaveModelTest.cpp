@@ -1,0 +1,248 @@
+// Saves beside programs that take no lock, with failing calls and kills: random ones against a
+// model that knows which bytes may be lost.
+#include "pdfsettings/SafeSave.h"
+
+#include "tests/host/SystemCallsDouble.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <random>
+#include <set>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace pdfsettings;
+using support::ReadBytes;
+using support::SystemCallsDouble;
+
+namespace {
+
+constexpr SaveOptions kShortWait{std::chrono::milliseconds(4), false};
+
+// What a save of "new" says; with seen, if that stands there.
+std::string SaveMessage(std::string const& path, char const* seen = nullptr) {
+    try {
+        seen == nullptr ? SaveSafely(path, "new", kShortWait)
+                        : SaveSafely(path, "new", std::string(seen), kShortWait);
+        return "";
+    } catch (Error const& error) {
+        return error.what();
+    }
+}
+
+// The bytes of all files in a folder.
+std::multiset<std::string> AllBytes(support::TemporaryFolder const& folder) {
+    std::multiset<std::string> all;
+    for (auto const& entry : std::filesystem::directory_iterator(folder.Path())) {
+        all.insert(ReadBytes(entry.path()));
+    }
+    return all;
+}
+
+// A program that changes a file and knows nothing of locks. It keeps a record of whose bytes it
+// wrote over: nobody else may lose what stands there then.
+class OtherWriter {
+public:
+    explicit OtherWriter(support::TemporaryFolder const& folder) : fFolder(folder) {}
+    ~OtherWriter() { Finish(); }
+    OtherWriter(OtherWriter const&) = delete;
+    OtherWriter& operator=(OtherWriter const&) = delete;
+
+    void Act(unsigned long kind) {
+        std::string const file = fFolder / "a";
+        if (fOpen >= 0) {
+            Finish();
+            return;
+        }
+        std::string const text = "other" + std::to_string(fCount++);
+        if (kind % 4 == 3) {
+            // Writes only later what it opens now.
+            fOpen = open(file.c_str(), O_RDWR | O_CLOEXEC);
+            fPending = text;
+            return;
+        }
+        fOverwritten.insert(ReadBytes(file));
+        if (kind % 4 == 0) {
+            fFolder.Make("b", text);
+            std::filesystem::rename(fFolder / "b", file);
+        } else {
+            if (kind % 4 == 1) {
+                std::filesystem::remove(file);
+            }
+            fFolder.Make("a", text);
+        }
+        fWritten.insert(text);
+    }
+
+    // Writes what is still to be written.
+    void Finish() {
+        if (fOpen < 0) {
+            return;
+        }
+        char bytes[20];
+        ssize_t const size = pread(fOpen, bytes, sizeof bytes, 0);
+        fOverwritten.emplace(bytes, static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
+        EXPECT_EQ(ftruncate(fOpen, 0), 0);
+        EXPECT_EQ(
+            write(fOpen, fPending.data(), fPending.size()), static_cast<ssize_t>(fPending.size()));
+        close(fOpen);
+        fOpen = -1;
+        fWritten.insert(fPending);
+    }
+
+    // All that this wrote and did not write over itself.
+    std::set<std::string> Living() const {
+        std::set<std::string> living;
+        for (std::string const& text : fWritten) {
+            if (!fOverwritten.contains(text)) {
+                living.insert(text);
+            }
+        }
+        return living;
+    }
+
+    bool HasOverwritten(std::string const& text) const { return fOverwritten.contains(text); }
+
+private:
+    support::TemporaryFolder const& fFolder;
+    std::set<std::string> fWritten;
+    std::set<std::string> fOverwritten;
+    std::string fPending;
+    int fOpen = -1;
+    int fCount = 0;
+};
+
+// How many calls a save of an old or a new file makes.
+int CountCalls(bool hasOld) {
+    support::TemporaryFolder const folder;
+    SystemCallsDouble calls;
+    if (hasOld) {
+        folder.Make("a", "old");
+    }
+    SaveMessage(folder / "a");
+    return calls.Count();
+}
+
+// Saves in a process of its own that is killed after the nth call.
+void SaveAndDie(std::string const& path, int n, bool isNamed) {
+    pid_t const child = fork();
+    if (child == 0) {
+        SystemCallsDouble calls;
+        if (isNamed) {
+            calls.FailAlways("nameless", EOPNOTSUPP);
+        }
+        calls.AfterEach([n](int call) {
+            if (call == n) {
+                raise(SIGKILL);
+            }
+        });
+        SaveMessage(path);
+        _exit(0);
+    }
+    int status = -1;
+    waitpid(child, &status, 0);
+    EXPECT_TRUE(WIFSIGNALED(status) || status == 0) << n;
+}
+
+} // namespace
+
+TEST(SaveModel, AKillAfterAnyCallLeavesOldOrNewBytesWhole) {
+    int leftovers = 0;
+    for (bool const hasOld : {true, false}) {
+        for (bool const isNamed : {true, false}) {
+            int const count = CountCalls(hasOld);
+            ASSERT_GT(count, 20);
+            for (int n = 1; n <= count; ++n) {
+                support::TemporaryFolder const folder;
+                std::string const file = hasOld ? folder.Make("a", "old") : folder / "a";
+                SaveAndDie(file, n, isNamed);
+                auto const all = AllBytes(folder);
+                std::string const left = ReadBytes(file);
+                EXPECT_TRUE(left == "new" || left == (hasOld ? "old" : "")) << n << left;
+                EXPECT_EQ(std::filesystem::exists(file), hasOld || left == "new") << n;
+                leftovers += all.size() > 1 ? 1 : 0;
+                // A file that has a name from the start may be left half-written.
+                EXPECT_TRUE(isNamed || all.size() < 2 || (all.contains("new") && hasOld)) << n;
+                EXPECT_EQ(SaveMessage(file), "") << n;
+                EXPECT_EQ(ReadBytes(file), "new") << n;
+            }
+        }
+    }
+    EXPECT_GT(leftovers, 0);
+}
+
+TEST(SaveModel, EveryFailingCallGivesTheOldBytesWithAReasonOrTheNewOnes) {
+    for (bool const hasOld : {true, false}) {
+        for (bool const andAllLater : {false, true}) {
+            int const count = CountCalls(hasOld);
+            for (int n = 1; n <= count; ++n) {
+                support::TemporaryFolder const folder;
+                std::string const file = hasOld ? folder.Make("a", "old") : folder / "a";
+                long const descriptors = support::CountDescriptors();
+                std::string message;
+                {
+                    SystemCallsDouble calls;
+                    calls.FailAt(n, EIO, andAllLater);
+                    message = SaveMessage(file);
+                    EXPECT_TRUE(calls.HasFailed()) << n;
+                }
+                EXPECT_EQ(support::CountDescriptors(), descriptors) << n;
+                auto const all = AllBytes(folder);
+                bool const isBoth = all.contains("old") && all.contains("new");
+                if (message.empty()) {
+                    EXPECT_EQ(ReadBytes(file), "new") << n;
+                    EXPECT_TRUE(all.size() == 1 || isBoth) << n;
+                } else {
+                    EXPECT_EQ(all.contains("old"), hasOld) << n << message;
+                    EXPECT_TRUE(andAllLater || all.size() == (hasOld ? 1 : 0)) << n << message;
+                }
+            }
+        }
+    }
+}
+
+TEST(SaveModel, BytesOfOthersAreNeverLostWhateverTheyDoBetweenTheCalls) {
+    constexpr unsigned kRounds = 3000;
+    int conflicts = 0;
+    int kept = 0;
+    for (unsigned seed = 0; seed < kRounds && !testing::Test::HasFailure(); ++seed) {
+        std::mt19937 random(seed);
+        support::TemporaryFolder const folder;
+        folder.Make("a", "old");
+        OtherWriter other(folder);
+        std::set<int> moments;
+        for (auto count = 1 + random() % 3; count > 0; --count) {
+            moments.insert(static_cast<int>(random() % 70));
+        }
+        std::string message;
+        {
+            SystemCallsDouble calls;
+            if (random() % 4 == 0) {
+                calls.FailAt(static_cast<int>(random() % 70), EIO);
+            }
+            calls.AfterEach([&](int n) {
+                if (moments.contains(n)) {
+                    other.Act(random());
+                }
+            });
+            message = SaveMessage(folder / "a", "old");
+        }
+        other.Finish();
+        auto const all = AllBytes(folder);
+        for (std::string const& text : other.Living()) {
+            EXPECT_TRUE(all.contains(text)) << seed << " " << text << " " << message;
+        }
+        std::string const ours = message.empty() ? "new" : "old";
+        EXPECT_TRUE(all.contains(ours) || other.HasOverwritten(ours) || !other.Living().empty())
+            << seed << " " << ours << " " << message;
+        conflicts += message.starts_with("changed") ? 1 : 0;
+        kept += message.find("kept as") != std::string::npos ? 1 : 0;
+    }
+    EXPECT_GT(conflicts, 100);
+    EXPECT_GT(kept, 1);
+}
