@@ -5,15 +5,22 @@ include(CMakePackageConfigHelpers)
 set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/PDFSettings)
 
 # Libraries find each other, and the tool finds them, wherever all of it is put; or where they are, if
-# no prefix moves them.
+# no prefix moves them. What is built has the same path, which also leads to the build's own libraries:
+# CMake would end a path of the build's alone with an empty entry, which stands for the current folder.
 if(IS_ABSOLUTE ${CMAKE_INSTALL_LIBDIR})
     set(library_path ${CMAKE_INSTALL_LIBDIR})
 else()
     file(RELATIVE_PATH bin_to_lib ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
     set(library_path "$ORIGIN/${bin_to_lib}")
 endif()
-set_target_properties(PDFSettingsHost PROPERTIES INSTALL_RPATH "$ORIGIN")
-set_target_properties(joboptions PROPERTIES INSTALL_RPATH "${library_path}")
+set(tool_path "$ORIGIN/../lib" "${library_path}")
+list(REMOVE_DUPLICATES tool_path)
+set_target_properties(PDFSettingsHost PROPERTIES
+    BUILD_WITH_INSTALL_RPATH ON
+    INSTALL_RPATH "$ORIGIN")
+set_target_properties(joboptions PROPERTIES
+    BUILD_WITH_INSTALL_RPATH ON
+    INSTALL_RPATH "${tool_path}")
 
 install(TARGETS BIBRuntime PDFSettingsHost
     EXPORT PDFSettingsTargets
