@@ -27,7 +27,7 @@ class RunningComponent;
 class PDFSETTINGS_API Component {
 public:
     // Loads the component from path and starts it on the runtime. Without a path it is the file
-    // libPDFSettings.so in the folder pdfsettings-1 beside the runtime's own library, where it is
+    // libPDFSettings.so in the folder pdfsettings-2 beside the runtime's own library, where it is
     // installed, or else beside the library itself; a path without a slash is looked for as
     // the system's loader does. Throws Error when it cannot be loaded or does not start, and when
     // the component runs already.
