@@ -1,11 +1,14 @@
 // Settings in files, as a host opens, watches and saves them.
 
 #include <csignal>
+#include <cstdlib>
 #include <fcntl.h>
 #include <sys/resource.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include "tests/support/Settings.h"
+#include "tests/support/SystemFaults.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace support {
@@ -328,6 +331,33 @@ TEST_F(Files, AreGoneWhereTheDiskIsFull) {
     EXPECT_EQ(kWritten, ReadBytes(file));
     EXPECT_EQ(0, fIsDirty(settings));
     Release(settings);
+}
+
+// The component deletes a file before it makes the new one; a program that saves in between must
+// not take the empty one for settings.
+TEST_F(Files, OfAHostThatIsStillWritingAreNotReplaced) {
+    std::string const file = fFolder.Make("a.joboptions", kText);
+    pid_t const host = fork();
+    if (host == 0) {
+        StopBeforeWriting();
+        _exit(Write(NewSettings(kText), Wide(file)).empty() ? 0 : 1);
+    }
+    int status = 0;
+    ASSERT_EQ(host, waitpid(host, &status, WUNTRACED));
+    ASSERT_TRUE(WIFSTOPPED(status));
+    EXPECT_EQ("", ReadBytes(file));
+    std::string const tool = PDFSETTINGS_TOOL " set --wait 0.02 -q ";
+    // The second one has other settings to put there.
+    std::string const other = fFolder.Make("b.joboptions", kText);
+    for (std::string const& arguments : {file, other + " --overwrite-changed -o " + file}) {
+        int const result = std::system((tool + arguments + " EmbedAllFonts=true").c_str());
+        EXPECT_EQ(5, WEXITSTATUS(result)) << arguments;
+    }
+    kill(host, SIGCONT);
+    ASSERT_EQ(host, waitpid(host, &status, 0));
+    EXPECT_EQ(0, status);
+    EXPECT_EQ(kWritten, ReadBytes(file));
+    EXPECT_EQ("a.joboptions b.joboptions ", fFolder.Names());
 }
 
 } // namespace support

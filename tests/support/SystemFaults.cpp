@@ -1,6 +1,7 @@
 #include "tests/support/SystemFaults.h"
 
 #include <cerrno>
+#include <csignal>
 #include <cstdarg>
 #include <dirent.h>
 #include <dlfcn.h>
@@ -8,6 +9,7 @@
 #include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 #include "runtime/FailurePoint.h"
 
@@ -16,6 +18,7 @@ namespace support {
 namespace {
 
 bibrt::FailurePoint gFaults;
+bool gStopsBeforeWriting = false;
 std::string gHome; // in the password database
 
 // The call that this one stands before.
@@ -42,6 +45,10 @@ void FailSystemCall(unsigned long n, bool andAllLater) {
     n == 0 ? gFaults.Disarm() : gFaults.Arm(n, andAllLater);
 }
 
+void StopBeforeWriting() {
+    gStopsBeforeWriting = true;
+}
+
 void SetHomeInDatabase(std::string home) {
     gHome = std::move(home);
 }
@@ -65,6 +72,14 @@ int open(char const* path, int flags, ...) {
     return Fails() ? -1 : Next(&open, "open")(path, flags, mode);
 }
 
+int openat(int folder, char const* path, int flags, ...) {
+    va_list arguments;
+    va_start(arguments, flags);
+    mode_t const mode = (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(arguments, mode_t) : 0;
+    va_end(arguments);
+    return Fails() ? -1 : Next(&openat, "openat")(folder, path, flags, mode);
+}
+
 int close(int file) {
     int const result = Next(&close, "close")(file);
     return Fails() ? -1 : result;
@@ -75,6 +90,9 @@ ssize_t read(int file, void* buffer, size_t size) {
 }
 
 ssize_t write(int file, void const* buffer, size_t size) {
+    if (std::exchange(support::gStopsBeforeWriting, false)) {
+        raise(SIGSTOP);
+    }
     return Fails() ? -1 : Next(&write, "write")(file, buffer, size);
 }
 
@@ -101,6 +119,10 @@ int mkdir(char const* path, mode_t mode) noexcept {
 
 int unlink(char const* path) noexcept {
     return Fails() ? -1 : Next(&unlink, "unlink")(path);
+}
+
+int unlinkat(int folder, char const* path, int flags) noexcept {
+    return Fails() ? -1 : Next(&unlinkat, "unlinkat")(folder, path, flags);
 }
 
 char* getcwd(char* buffer, size_t size) noexcept {

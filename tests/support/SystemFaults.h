@@ -12,6 +12,9 @@ unsigned long CountSystemCalls();
 // file is closed, and a folder read, all the same.
 void FailSystemCall(unsigned long n, bool andAllLater);
 
+// Stops the process, as by SIGSTOP, right before it writes next.
+void StopBeforeWriting();
+
 // The home that the password database gives for every user; that of the system where it is empty.
 void SetHomeInDatabase(std::string home);
 

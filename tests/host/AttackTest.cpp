@@ -1,0 +1,213 @@
+// Another user exchanges what lies in folders that he may write to, while root saves there.
+#include "pdfsettings/Component.h"
+#include "pdfsettings/SafeSave.h"
+#include "pdfsettings/Settings.h"
+
+#include "tests/support/TemporaryFolder.h"
+
+#include <csignal>
+#include <fcntl.h>
+#include <functional>
+#include <grp.h>
+#include <gtest/gtest.h>
+#include <sys/file.h>
+#include <sys/prctl.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace pdfsettings;
+using support::ReadBytes;
+
+namespace {
+
+constexpr uid_t kAttacker = 12345;
+constexpr int kRounds = 300;
+constexpr SaveOptions kOptions{std::chrono::milliseconds(20), false};
+
+// Does the same again and again as another user, until it is destroyed.
+class Attacker {
+public:
+    explicit Attacker(std::function<void()> const& act) : fProcess(fork()) {
+        if (fProcess == 0) {
+            prctl(PR_SET_PDEATHSIG, SIGKILL);
+            bool const isOther = setgroups(0, nullptr) == 0 &&
+                                 setresgid(kAttacker, kAttacker, kAttacker) == 0 &&
+                                 setresuid(kAttacker, kAttacker, kAttacker) == 0;
+            while (isOther) {
+                act();
+            }
+            _exit(1);
+        }
+    }
+    ~Attacker() {
+        kill(fProcess, SIGKILL);
+        int status = 0;
+        waitpid(fProcess, &status, 0);
+        EXPECT_TRUE(WIFSIGNALED(status)) << "it did not become another user";
+    }
+    Attacker(Attacker const&) = delete;
+    Attacker& operator=(Attacker const&) = delete;
+
+private:
+    pid_t fProcess;
+};
+
+class AttackTest : public testing::Test {
+protected:
+    void SetUp() override {
+        if (geteuid() != 0) {
+            GTEST_SKIP() << "only root can make an attacker of another user";
+        }
+        umask(022);
+        chmod(fFolder.Path().c_str(), 0755);
+        std::filesystem::create_directory(fFolder / "roots");
+        fFolder.Make("roots/a", "root's");
+        chmod((fFolder / "roots/a").c_str(), 0644);
+    }
+
+    // A folder that everybody may write to, and a file of the attacker in it.
+    void MakeFolder(std::string const& name, mode_t mode, uid_t owner) const {
+        std::filesystem::create_directory(fFolder / name);
+        fFolder.Make(name + "/a", "old");
+        chmod((fFolder / name).c_str(), mode);
+        chmod((fFolder / name + "/a").c_str(), 0666);
+        ASSERT_EQ(chown((fFolder / name).c_str(), owner, owner), 0);
+        ASSERT_EQ(chown((fFolder / name + "/a").c_str(), kAttacker, kAttacker), 0);
+    }
+
+    // Whether root's file is as it was, and alone.
+    bool IsSafe() const {
+        struct stat status {};
+        return lstat((fFolder / "roots/a").c_str(), &status) == 0 && status.st_uid == 0 &&
+               status.st_gid == 0 && status.st_mode == (S_IFREG | 0644) &&
+               ReadBytes(fFolder / "roots/a") == "root's" &&
+               std::distance(
+                   std::filesystem::directory_iterator(fFolder / "roots"),
+                   std::filesystem::directory_iterator()) == 1;
+    }
+
+    // Attacks each of many saves. How many went through.
+    int Survive(std::function<void()> const& act, std::function<void()> const& save) const {
+        Attacker const attacker(act);
+        int saved = 0;
+        for (int round = 0; round < kRounds && !testing::Test::HasFailure(); ++round) {
+            try {
+                save();
+                ++saved;
+            } catch (Error const&) {
+                // Refused, or lost in the attacker's folder.
+            }
+            EXPECT_TRUE(IsSafe()) << "round " << round;
+        }
+        return saved;
+    }
+
+    static void AddToFile(std::string const& path) {
+        Edit(
+            path,
+            [](EditedFile& edited) { edited.Save(edited.Bytes().value_or("") + "x"); },
+            kOptions);
+    }
+
+    support::TemporaryFolder fFolder;
+};
+
+} // namespace
+
+TEST_F(AttackTest, AFolderExchangedWithALinkLeadsNowhere) {
+    MakeFolder("theirs", 0755, kAttacker);
+    std::filesystem::create_directory(fFolder / "theirs/d");
+    std::filesystem::rename(fFolder / "theirs/a", fFolder / "theirs/d/a");
+    ASSERT_EQ(chown((fFolder / "theirs/d").c_str(), kAttacker, kAttacker), 0);
+    std::string const folder = fFolder / "theirs/d";
+    std::string const aside = fFolder / "theirs/aside";
+    std::string const roots = fFolder / "roots";
+    int const saved = Survive(
+        [&] {
+            rename(folder.c_str(), aside.c_str());
+            static_cast<void>(symlink(roots.c_str(), folder.c_str()));
+            unlink(folder.c_str());
+            rename(aside.c_str(), folder.c_str());
+        },
+        [&] { AddToFile(folder + "/a"); });
+    EXPECT_GT(saved, 0);
+}
+
+TEST_F(AttackTest, AFileInAStickyFolderExchangedWithALinkLeadsNowhere) {
+    MakeFolder("sticky", 01777, 0);
+    std::string const file = fFolder / "sticky/a";
+    std::string const aside = fFolder / "sticky/aside";
+    std::string const roots = fFolder / "roots/a";
+    int const saved = Survive(
+        [&, isHard = false]() mutable {
+            struct stat status {};
+            stat(file.c_str(), &status);
+            rename(file.c_str(), aside.c_str());
+            isHard = !isHard;
+            static_cast<void>(
+                isHard ? link(roots.c_str(), file.c_str()) : symlink(roots.c_str(), file.c_str()));
+            timespec const times[] = {status.st_atim, status.st_mtim};
+            utimensat(AT_FDCWD, file.c_str(), times, AT_SYMLINK_NOFOLLOW);
+            rename(aside.c_str(), file.c_str());
+        },
+        [&] { AddToFile(file); });
+    EXPECT_GT(saved, 0);
+}
+
+TEST_F(AttackTest, ALinkPlantedAtAnOutputIsRefused) {
+    MakeFolder("sticky", 01777, 0);
+    std::string const output = fFolder / "sticky/out";
+    std::string const roots = fFolder / "roots/a";
+    int saved = Survive(
+        [&] { static_cast<void>(symlink(roots.c_str(), output.c_str())); },
+        [&] {
+            while (access((fFolder / "sticky/out").c_str(), F_OK) != 0) {
+            }
+            SaveSafely(output, "new", kOptions);
+        });
+    EXPECT_EQ(saved, 0);
+    saved = Survive(
+        [&] {
+            static_cast<void>(symlink(roots.c_str(), output.c_str()));
+            unlink(output.c_str());
+        },
+        [&] {
+            SaveSafely(output, "new", LookAt(output), kOptions);
+            unlink(output.c_str());
+        });
+    EXPECT_GT(saved, 0);
+}
+
+TEST_F(AttackTest, AFileThatTheComponentHasJustMadeIsNotExchanged) {
+    MakeFolder("theirs", 0755, kAttacker);
+    std::string const file = fFolder / "theirs/a";
+    std::string const roots = fFolder / "roots/a";
+    Component const component;
+    Settings settings = Settings::FromText(component, "<< /A 1 >> setalembicorparams");
+    Survive(
+        [&] {
+            unlink(file.c_str());
+            static_cast<void>(symlink(roots.c_str(), file.c_str()));
+        },
+        [&] { settings.Write(file); });
+}
+
+TEST_F(AttackTest, OneWhoHoldsTheLockOnlyDelaysASave) {
+    MakeFolder("sticky", 01777, 0);
+    std::string const folder = fFolder / "sticky";
+    Attacker const attacker([&] {
+        int const held = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        flock(held, LOCK_EX);
+        pause();
+    });
+    std::string message;
+    while (message.empty()) {
+        try {
+            SaveSafely(folder + "/b", "new", kOptions);
+        } catch (BusyError const& error) {
+            message = error.what();
+        }
+    }
+    EXPECT_EQ(message, "another program is changing files in its folder; try again");
+}
