@@ -2,7 +2,6 @@
 //     change_settings FILE
 #include <iostream>
 #include <pdfsettings/Component.h>
-#include <pdfsettings/SafeSave.h>
 #include <pdfsettings/Schema.h>
 #include <pdfsettings/Settings.h>
 
@@ -10,7 +9,6 @@ using pdfsettings::Component;
 using pdfsettings::Dictionary;
 using pdfsettings::Error;
 using pdfsettings::Finding;
-using pdfsettings::SaveSafely;
 using pdfsettings::Schema;
 using pdfsettings::Settings;
 
@@ -42,8 +40,8 @@ int main(int argc, char** argv) {
         Change(settings, "ColorImageResolution", 150);
         Change(settings, "ColorImageDepth", 3);
 
-        if (settings.Validate().empty() && !settings.IsDirty()) {
-            SaveSafely(argv[1], settings.Text());
+        if (settings.Validate().empty()) {
+            settings.Save();
             std::cout << "saved\n";
         }
     } catch (Error const& error) {

@@ -140,6 +140,21 @@ TEST_F(SafeSaveTest, RefusesWhatTheCallerMayNotWriteThoughTheFolderAllowsIt) {
     EXPECT_EQ(ReadBytes(file), "old");
 }
 
+TEST_F(SafeSaveTest, AsksForTheRightsOfTheEffectiveUser) {
+    constexpr uid_t kNobody = 65534;
+    std::string const file = fFolder.Make("a", "old");
+    chmod(file.c_str(), 0644);
+    chmod(fFolder.Path().c_str(), 0777);
+    if (seteuid(kNobody) != 0) {
+        GTEST_SKIP() << "only root can become another user";
+    }
+    std::string const message = Save(file, "new");
+    EXPECT_TRUE(IsReadOnly(file));
+    EXPECT_EQ(seteuid(0), 0);
+    EXPECT_EQ(message, "read-only: Permission denied");
+    EXPECT_EQ(ReadBytes(file), "old");
+}
+
 TEST_F(SafeSaveTest, RefusesAFileLargerThanASettingsFile) {
     std::string const file = fFolder.Make("a", "");
     std::filesystem::resize_file(file, (std::uintmax_t{256} << 20) + 1);
@@ -272,6 +287,15 @@ TEST_F(SafeSaveTest, SaysWhereOthersAreNotKeptOut) {
         SystemCallsDouble calls;
         calls.FailNext("openat", EACCES);
         EXPECT_EQ(Warning(file), "its folder may not be read, so other programs are not kept out");
+    }
+    for (long const kind : {0x6969L, 0xFF534D42L, 0x01021997L}) { // NFS, SMB, 9P
+        SystemCallsDouble calls;
+        calls.SetFileSystem(kind);
+        EXPECT_EQ(
+            Warning(file),
+            "it lies on a network file system, so programs on other machines are not kept out");
+        EXPECT_EQ(calls.Count("flock"), 2);
+        EXPECT_EQ(calls.Count("lease"), 0) << "none is to be had there";
     }
     for (int const error : {EBADF, EIO}) {
         SystemCallsDouble calls;

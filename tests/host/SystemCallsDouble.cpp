@@ -10,6 +10,7 @@
 #include <sys/random.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
+#include <sys/vfs.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 #include <utility>
@@ -19,6 +20,8 @@ namespace {
 struct Plan {
     bool fIsActive = false;
     int fCalls = 0;
+    std::map<std::string, int, std::less<>> fCounts;
+    long fFileSystem = 0;
     int fFailing = 0;
     bool fFailsLater = false;
     int fError = 0;
@@ -51,6 +54,7 @@ auto Pass(std::string_view name, Call call) -> decltype(call()) {
         return call();
     }
     ++gPlan.fCalls;
+    ++gPlan.fCounts[std::string(name)];
     decltype(call()) result = -1;
     if (int const error = ErrorOf(name); error != 0) {
         gPlan.fHasFailed = true;
@@ -117,6 +121,15 @@ int __wrap_fcntl(int file, int command, long argument) {
     });
 }
 
+int __real_fstatfs(int file, struct statfs* status);
+int __wrap_fstatfs(int file, struct statfs* status) {
+    int const result = Pass("fstatfs", [&] { return __real_fstatfs(file, status); });
+    if (gPlan.fIsActive && gPlan.fFileSystem != 0) {
+        status->f_type = gPlan.fFileSystem;
+    }
+    return result;
+}
+
 int __real_renameat2(
     int oldFolder, char const* from, int newFolder, char const* to, unsigned flags);
 int __wrap_renameat2(
@@ -165,12 +178,21 @@ void SystemCallsDouble::FailAlways(std::string_view name, int error) {
     gPlan.fAlways[name] = error;
 }
 
+void SystemCallsDouble::SetFileSystem(long kind) {
+    gPlan.fFileSystem = kind;
+}
+
 void SystemCallsDouble::AfterEach(std::function<void(int)> action) {
     gPlan.fAction = std::move(action);
 }
 
 int SystemCallsDouble::Count() const {
     return gPlan.fCalls;
+}
+
+int SystemCallsDouble::Count(std::string_view name) const {
+    auto const found = gPlan.fCounts.find(name);
+    return found == gPlan.fCounts.end() ? 0 : found->second;
 }
 
 bool SystemCallsDouble::HasFailed() const {

@@ -24,12 +24,16 @@ public:
     void FailNext(std::string_view name, int error);
     void FailAlways(std::string_view name, int error);
 
+    // All files lie on a file system of that kind (statfs).
+    void SetFileSystem(long kind);
+
     // Calls action after each call, with the number of the call. Calls that action makes are not
     // counted. Not between a lease and its end: whoever opens the file then would wait for it.
     void AfterEach(std::function<void(int)> action);
 
-    // How many calls there were, and whether one failed.
+    // How many calls there were, of all names or of one, and whether one failed.
     int Count() const;
+    int Count(std::string_view name) const;
     bool HasFailed() const;
 };
 
