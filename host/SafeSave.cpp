@@ -19,11 +19,10 @@ std::optional<std::string> BytesOf(std::optional<SeenFile> const& file) {
 }
 
 // What is no file holds nothing that could be lost, and must stay what it is.
-SaveWarnings WriteStream(Target const& target, std::string_view bytes) {
-    std::string const path = "/proc/self/fd/" + std::to_string(target.stream.Number());
-    Descriptor const file(open(path.c_str(), O_WRONLY | O_NOCTTY | O_CLOEXEC));
-    ThrowIfNegative(file.Number());
-    WriteAll(file, bytes);
+SaveWarnings WriteStream(Descriptor const& stream, std::string_view bytes) {
+    if (!IsNullDevice(StatusOf(stream))) {
+        WriteAll(stream, bytes);
+    }
     return {};
 }
 
@@ -32,7 +31,8 @@ SaveWarnings Save(
     std::string_view bytes,
     std::optional<std::string> const* seen,
     SaveOptions const& options) {
-    return target.IsStream() ? WriteStream(target, bytes) : Replace(target, bytes, seen, options);
+    return target.IsStream() ? WriteStream(target.stream, bytes)
+                             : Replace(target, bytes, seen, options);
 }
 
 std::string ReadStream(Descriptor const& file) {
@@ -51,28 +51,45 @@ std::string ReadStream(Descriptor const& file) {
     return bytes;
 }
 
-// Opening a pipe must not wait for its other end. A descriptor of this process has one.
+// What is no file is not opened at all: a device may start its work. Nor does opening wait for a
+// pipe that took the file's place.
 Descriptor OpenForReading(std::string const& path) {
-    int const waiting = NamesDescriptor(path) ? 0 : O_NONBLOCK;
-    Descriptor file(open(path.c_str(), O_RDONLY | O_NOCTTY | O_CLOEXEC | waiting));
+    struct stat status {};
+    if (stat(path.c_str(), &status) == 0 && !IsNullDevice(status)) {
+        RequireRegular(status);
+    }
+    Descriptor file = OpenWithoutWaiting(Deadline(SaveOptions().timeout), [&] {
+        return Descriptor(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    });
     ThrowIfNegative(file.Number());
     return file;
+}
+
+void RequireReplaceable(Target const& target) {
+    if (target.IsStream()) {
+        return;
+    }
+    if (auto const file = SeenFile::Open(target.folder, target.name)) {
+        file->RequireWritable(target.folder, target.name);
+    }
 }
 
 } // namespace
 
 bool IsReadOnly(std::string const& path) {
     try {
-        Target const target = FindTarget(path);
-        if (!target.IsStream()) {
-            if (auto const file = SeenFile::Open(target.folder, target.name)) {
-                file->RequireWritable(target.folder, target.name);
-            }
-        }
+        RequireReplaceable(FindTarget(path));
         return false;
-    } catch (Error const& error) {
-        return dynamic_cast<ReadOnlyError const*>(&error) != nullptr;
+    } catch (ReadOnlyError const&) {
+        return true;
+    } catch (Error const&) {
+        return false;
     }
+}
+
+bool IsStream(std::string const& path) {
+    struct stat status {};
+    return NamesDescriptor(path) || (stat(path.c_str(), &status) == 0 && IsNullDevice(status));
 }
 
 std::optional<std::string> LookAt(std::string const& path) {
@@ -84,10 +101,13 @@ std::string ReadFile(std::string const& path) {
     if (path.find('\0') != std::string::npos) {
         throw Error("the path holds a NUL byte");
     }
+    if (NamesDescriptor(path)) {
+        return ReadStream(DuplicateNamed(path));
+    }
     Descriptor const file = OpenForReading(path);
     struct stat const status = StatusOf(file);
-    if (NamesDescriptor(path) || IsNullDevice(status)) {
-        return ReadStream(file);
+    if (IsNullDevice(status)) {
+        return {};
     }
     RequireRegular(status);
     return ReadAll(file);
@@ -107,32 +127,33 @@ SaveWarnings SaveSafely(
 }
 
 struct EditedFile::State {
-    State(std::string const& path, SaveOptions const& given)
-        : target(FindTarget(path)),
-          options(given) {
-        if (!target.IsStream()) {
-            lock.emplace(target, Deadline(options.timeout));
-            bytes = BytesOf(SeenFile::Open(target.folder, target.name));
+    State(std::string const& path, SaveOptions const& options)
+        : fTarget(FindTarget(path)),
+          fOptions(options) {
+        if (!fTarget.IsStream()) {
+            fLock.emplace(fTarget, Deadline(options.timeout));
+            fBytes =
+                BytesOf(SeenFile::Open(fTarget.folder, fTarget.name, Deadline(options.timeout)));
         }
     }
 
-    Target target;
-    SaveOptions options;
-    std::optional<FolderLock> lock; // releases before the folder is closed
-    std::optional<std::string> bytes;
+    Target fTarget;
+    SaveOptions fOptions;
+    std::optional<FolderLock> fLock; // ends before the folder is closed
+    std::optional<std::string> fBytes;
 };
 
 EditedFile::EditedFile(std::unique_ptr<State> state) : fState(std::move(state)) {}
 EditedFile::~EditedFile() = default;
 
 std::optional<std::string> const& EditedFile::Bytes() const noexcept {
-    return fState->bytes;
+    return fState->fBytes;
 }
 
 SaveWarnings EditedFile::Save(std::string_view bytes) {
     SaveWarnings warnings =
-        pdfsettings::Save(fState->target, bytes, &fState->bytes, fState->options);
-    fState->bytes = bytes;
+        pdfsettings::Save(fState->fTarget, bytes, &fState->fBytes, fState->fOptions);
+    fState->fBytes = bytes;
     return warnings;
 }
 

@@ -1,6 +1,7 @@
 // The contents of files.
 #include <algorithm>
 #include <cerrno>
+#include <ctime>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -36,12 +37,15 @@ OSErr CheckIsFile(FSRef const& ref) noexcept {
     return error == noErr && !status.IsFileOrLink() ? OSErr{ioErr} : error;
 }
 
-// A pipe that took the file's place would make the opening wait for its other end. So there is no
-// waiting, except for the holder of a lease, which only a regular file can have.
+// A pipe that took the file's place would make the opening wait for its other end. So the holder of
+// a lease is waited for by asking again, longer than the system lets it keep the lease by default.
 int OpenRegular(char const* path, int access) noexcept {
+    constexpr int kMostAttempts = 6000;
+    constexpr timespec kPause{0, 10'000'000};
     int file = OpenPath(AT_FDCWD, path, access | O_NONBLOCK);
-    if (file < 0 && errno == EWOULDBLOCK) {
-        file = OpenPath(AT_FDCWD, path, access);
+    for (int i = 0; file < 0 && errno == EWOULDBLOCK && i < kMostAttempts; ++i) {
+        nanosleep(&kPause, nullptr);
+        file = OpenPath(AT_FDCWD, path, access | O_NONBLOCK);
     }
     return file;
 }

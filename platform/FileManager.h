@@ -154,8 +154,8 @@ inline constexpr UInt16 fsFromLEOF = 2;
 using FSIORefNum = int;
 
 // Opens the data of a regular file, of a file that was made through ref that very one; ioErr for
-// anything else, which is not opened at all. Waits while another process gives up its lease on the
-// file, as long as the system lets it. The caller closes it.
+// anything else, which is not opened at all. Waits
+// up to a minute for another process to give up its lease on the file. The caller closes it.
 OSErr FSOpenFork(
     FSRef const* ref,
     UniCharCount forkNameLength,

@@ -19,21 +19,30 @@ bool BelongsToRootAlone(std::string const& folder) {
            (status.st_mode & (S_IWGRP | S_IWOTH)) == 0;
 }
 
-// Looked at from the root on: what lies in folders of root alone cannot be exchanged by others
-// while the way goes on.
-bool IsSafeForRoot(std::string const& folder) {
-    char whole[PATH_MAX];
-    if (realpath(folder.c_str(), whole) == nullptr) {
-        return false;
-    }
-    std::string const path = whole;
-    for (std::size_t slash = path.find('/', 1); slash != std::string::npos;
-         slash = path.find('/', slash + 1)) {
-        if (!BelongsToRootAlone(path.substr(0, slash))) {
+bool IsLinkOfRoot(std::string const& path) {
+    struct stat status {};
+    return lstat(path.c_str(), &status) == 0 && S_ISLNK(status.st_mode) && status.st_uid == 0;
+}
+
+// Whether all on the way is root's. Looked at from the root on: what lies in folders of root alone
+// cannot be exchanged by others while the way goes on.
+bool IsWayOfRoot(std::string const& path) {
+    for (std::size_t end = path.find('/', 1); true; end = path.find('/', end + 1)) {
+        std::string const part = path.substr(0, end);
+        if (!BelongsToRootAlone(part) && !IsLinkOfRoot(part)) {
             return false;
         }
+        if (end == std::string::npos) {
+            return true;
+        }
     }
-    return BelongsToRootAlone("/") && BelongsToRootAlone(path);
+}
+
+// The way itself and the way behind its links.
+bool IsSafeForRoot(std::string const& folder) {
+    char whole[PATH_MAX];
+    return realpath(folder.c_str(), whole) != nullptr && BelongsToRootAlone("/") &&
+           BelongsToRootAlone(whole) && IsWayOfRoot(whole) && IsWayOfRoot(folder);
 }
 
 bool MayMakeFoldersIn(std::string const& folder) {

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <sys/xattr.h>
 #include <unistd.h>
+#include <utility>
 
 namespace pdfsettings::detail {
 
@@ -54,7 +55,8 @@ std::string ReadAttribute(Descriptor const& file, char const* name) {
     return value;
 }
 
-std::vector<std::pair<std::string, std::string>> ReadAttributes(Descriptor const& file) {
+// The names of all attributes of a file, a zero byte behind each.
+std::string ReadNames(Descriptor const& file) {
     std::string names;
     ssize_t const size = ReadSized(&names, [&](char* buffer, std::size_t room) {
         return flistxattr(file.Number(), buffer, room);
@@ -63,28 +65,67 @@ std::vector<std::pair<std::string, std::string>> ReadAttributes(Descriptor const
         ThrowSystemError(errno);
     }
     names.resize(static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
-    std::vector<std::pair<std::string, std::string>> attributes;
-    for (std::size_t at = 0; at < names.size(); at += std::strlen(&names[at]) + 1) {
-        if (IsKept(&names[at])) {
-            attributes.emplace_back(&names[at], ReadAttribute(file, &names[at]));
-        }
-    }
-    std::ranges::sort(attributes);
-    return attributes;
+    return names;
 }
 
-// Takes all permissions from the owning group's entry. The form is the system's: a version and
-// entries of a tag, permissions and an id, 16, 16 and 32 bits each, the low byte first
+// Network file systems have lists of their own.
+bool IsForeignList(std::string_view attribute) {
+    return attribute.starts_with("system.") && attribute.find("acl") != std::string_view::npos &&
+           !attribute.starts_with("system.posix_acl");
+}
+
+void ReadAttributes(Descriptor const& file, FileTraits* traits) {
+    std::string const names = ReadNames(file);
+    for (std::size_t at = 0; at < names.size(); at += std::strlen(&names[at]) + 1) {
+        if (IsKept(&names[at])) {
+            traits->attributes.emplace_back(&names[at], ReadAttribute(file, &names[at]));
+        }
+        traits->hasForeignList = traits->hasForeignList || IsForeignList(&names[at]);
+    }
+    std::ranges::sort(traits->attributes);
+}
+
+// Takes all permissions from the owning group's entry, and from everybody else's what the group did
+// not have: its members are among them now. The form is the system's: a version and entries of a
+// tag, permissions and an id, 16, 16 and 32 bits each, the low byte first
 // (linux/posix_acl_xattr.h).
 void CutOwningGroup(std::string* accessList) {
     constexpr std::size_t kHeader = 4;
     constexpr std::size_t kEntry = 8;
     constexpr char kOwningGroup = 0x04;
+    constexpr char kMask = 0x10;
+    constexpr char kOthers = 0x20;
+    char kept = 0;
     for (std::size_t at = kHeader; at + kEntry <= accessList->size(); at += kEntry) {
-        if ((*accessList)[at] == kOwningGroup && (*accessList)[at + 1] == 0) {
-            (*accessList)[at + 2] = 0;
+        char& permissions = (*accessList)[at + 2];
+        switch ((*accessList)[at]) {
+        case kOwningGroup:
+            kept = std::exchange(permissions, 0);
+            break;
+        case kMask: // cuts the group's entry too
+            kept = static_cast<char>(kept & permissions);
+            break;
+        case kOthers: // stands last
+            permissions = static_cast<char>(permissions & kept);
+            break;
+        default:
+            break;
         }
     }
+}
+
+// What everybody else's entry, the last one, allows.
+mode_t OthersIn(std::string const& accessList) {
+    constexpr std::size_t kFromEnd = 6;
+    return accessList.size() < kFromEnd
+               ? 0
+               : static_cast<mode_t>(accessList[accessList.size() - kFromEnd]) & S_IRWXO;
+}
+
+// The same for a file whose mode says it all.
+mode_t WithoutOwningGroup(mode_t mode) {
+    mode_t const others = (mode & S_IRWXG) >> 3;
+    return mode & ~mode_t{S_IRWXG} & (~mode_t{S_IRWXO} | others);
 }
 
 // Moves traits to a file and notes what could not be moved.
@@ -122,7 +163,8 @@ private:
             fWarnings.emplace_back("its group could not be kept: the group's permissions are gone");
             fAccessList = fTraits.accessList;
             CutOwningGroup(&fAccessList);
-            fMode &= fTraits.accessList.empty() ? ~mode_t{S_IRWXG} : ~mode_t{0};
+            fMode = fTraits.accessList.empty() ? WithoutOwningGroup(fMode)
+                                               : (fMode & ~mode_t{S_IRWXO}) | OthersIn(fAccessList);
         } else {
             fAccessList = fTraits.accessList;
         }
@@ -137,7 +179,7 @@ private:
                 ? fremovexattr(fFile.Number(), kAccessList)
                 : fsetxattr(fFile.Number(), kAccessList, fAccessList.data(), fAccessList.size(), 0);
         bool const hasNone = fAccessList.empty() && (errno == ENODATA || IsUnsupported(errno));
-        if (result != 0 && !hasNone) {
+        if ((result != 0 && !hasNone) || fTraits.hasForeignList) {
             fMode &= kOwnerPermissions;
             fWarnings.emplace_back(
                 "its access control list could not be kept: it is for its owner alone");
@@ -168,7 +210,7 @@ FileTraits ReadTraits(Descriptor const& file) {
     traits.owner = status.st_uid;
     traits.group = status.st_gid;
     traits.accessList = ReadAttribute(file, kAccessList);
-    traits.attributes = ReadAttributes(file);
+    ReadAttributes(file, &traits);
     return traits;
 }
 

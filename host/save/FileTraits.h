@@ -17,7 +17,8 @@ struct FileTraits {
     mode_t mode = 0; // permissions without set-id bits
     uid_t owner = 0;
     gid_t group = 0;
-    std::string accessList; // as the system stores it; empty where the mode says it all
+    std::string accessList;      // as the system stores it; empty where the mode says it all
+    bool hasForeignList = false; // of another kind, which cannot be kept
     std::vector<std::pair<std::string, std::string>> attributes; // "user." and security labels
 
     bool operator==(FileTraits const&) const = default;

@@ -8,6 +8,7 @@
 #include <linux/magic.h>
 #include <sys/file.h>
 #include <sys/vfs.h>
+#include <unistd.h>
 #include <vector>
 
 namespace pdfsettings::detail {
@@ -56,13 +57,14 @@ FolderLock::FolderLock(Target const& target, Deadline deadline) {
     }
     fFolder = StatusOf(target.folder);
     fIsHeld = FindHeld(fFolder) != gHeldFolders.end();
+    // All that could fail comes before the lock is taken.
+    if (IsOnNetwork(target.folder)) {
+        fWarning =
+            "it lies on a network file system, so programs on other machines are not kept out";
+    }
     if (!fIsHeld) {
         gHeldFolders.reserve(gHeldFolders.size() + 1);
         Take(target, deadline);
-    }
-    if (fIsHeld && IsOnNetwork(target.folder)) {
-        fWarning =
-            "it lies on a network file system, so programs on other machines are not kept out";
     }
 }
 
@@ -81,12 +83,14 @@ void FolderLock::Take(Target const& target, Deadline deadline) {
     }
     gHeldFolders.push_back(fFolder);
     fNumber = target.folder.Number();
+    fProcess = getpid();
     fIsHeld = true;
 }
 
-// A child process may have a copy of the descriptor, so closing it would not be enough.
+// A child process may have a copy of the descriptor, so closing it would not be enough; and the
+// child must not end the lock of its parent.
 FolderLock::~FolderLock() {
-    if (fNumber >= 0) {
+    if (fNumber >= 0 && fProcess == getpid()) {
         gHeldFolders.erase(FindHeld(fFolder));
         flock(fNumber, LOCK_UN);
     }

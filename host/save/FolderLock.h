@@ -20,9 +20,6 @@ public:
     FolderLock(FolderLock const&) = delete;
     FolderLock& operator=(FolderLock const&) = delete;
 
-    // False where the folder cannot be locked.
-    bool IsHeld() const noexcept { return fIsHeld; }
-
     // Who is not kept out, and why; empty when all are who take the lock.
     std::string const& Warning() const noexcept { return fWarning; }
 
@@ -31,6 +28,7 @@ private:
 
     struct stat fFolder {};
     int fNumber = -1; // of the locked descriptor; -1 when this locked nothing itself
+    pid_t fProcess = 0;
     bool fIsHeld = false;
     std::string fWarning;
 };

@@ -13,6 +13,9 @@ namespace pdfsettings::detail {
 
 namespace {
 
+// So many are looked at; there are more only where somebody makes them.
+constexpr std::size_t kMostLeftovers = 20;
+
 // A stream of its own: reading moves the descriptor's place.
 std::vector<std::string> HiddenNames(Descriptor const& folder) {
     int const file = openat(folder.Number(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
@@ -22,7 +25,8 @@ std::vector<std::string> HiddenNames(Descriptor const& folder) {
         static_cast<void>(Descriptor(file));
         return names;
     }
-    while (dirent const* const entry = readdir(stream.get())) {
+    dirent const* entry = nullptr;
+    while (names.size() < kMostLeftovers && (entry = readdir(stream.get())) != nullptr) {
         if (IsHiddenName(entry->d_name)) {
             names.emplace_back(entry->d_name);
         }
@@ -30,10 +34,20 @@ std::vector<std::string> HiddenNames(Descriptor const& folder) {
     return names;
 }
 
+// Others may have put files of that kind there, to be waited for or read for long: what cannot be
+// one of the contents is not opened, and what is leased is not waited for.
 bool HoldsOneOf(
     Descriptor const& folder, std::string const& name, std::vector<std::string> const& contents) {
+    struct stat status {};
+    bool const isPossible = Examine(folder, name, &status) && S_ISREG(status.st_mode) &&
+                            std::ranges::any_of(contents, [&](std::string const& content) {
+                                return static_cast<std::size_t>(status.st_size) == content.size();
+                            });
+    if (!isPossible) {
+        return false;
+    }
     try {
-        auto const file = SeenFile::Open(folder, name);
+        auto const file = SeenFile::Open(folder, name, Deadline(std::chrono::milliseconds(0)));
         return file && std::ranges::find(contents, file->Bytes()) != contents.end();
     } catch (Error const&) {
         return false;

@@ -11,6 +11,7 @@ namespace pdfsettings::detail {
 // Deletes the hidden files of earlier saves in folder that hold one of these contents: nothing is
 // lost with them. What holds anything else may be the only copy of a change; it stays, and goes
 // into *warnings by its name. Never throws but for memory: what cannot be looked at stays.
+// Looks at a few only, so that nobody can make a save long by leaving many.
 // REQUIRES: the folder is locked, so that none of them belongs to a save that goes on.
 void RemoveLeftovers(
     Descriptor const& folder,

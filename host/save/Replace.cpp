@@ -28,10 +28,7 @@ bool Move(Target const& target, std::string const& name, unsigned flags) {
 class Exchange {
 public:
     Exchange(
-        Target const& target,
-        SeenFile const& oldFile,
-        HiddenFile& newFile,
-        SaveWarnings* warnings)
+        Target const& target, SeenFile const& oldFile, HiddenFile& newFile, SaveWarnings* warnings)
         : fTarget(target),
           fOld(oldFile),
           fNew(newFile),
@@ -54,7 +51,7 @@ private:
         if (!Move(fTarget, fNew.Name(), RENAME_EXCHANGE)) {
             return ReplaceAtOnce();
         }
-        fNew.SetKept(true);
+        fNew.SetKept(/*isKept=*/true);
         if (IsOldFileWhole()) {
             if (unlinkat(fTarget.folder.Number(), fNew.Name().c_str(), 0) != 0) {
                 fWarnings->push_back("what it held before is still there as " + fNew.Name());
@@ -76,7 +73,7 @@ private:
         if (!IsUnsupported(errno) || !Move(fTarget, fNew.Name(), 0)) {
             ThrowSystemError(errno);
         }
-        fNew.SetKept(true);
+        fNew.SetKept(/*isKept=*/true);
         return true;
     }
 
@@ -101,7 +98,7 @@ private:
                 "changed since it was read, and again meanwhile: what it held is kept as " +
                 fNew.Name() + " in its folder");
         }
-        fNew.SetKept(false);
+        fNew.SetKept(/*isKept=*/false);
     }
 
     Target const& fTarget;
@@ -128,7 +125,7 @@ void TakeFreeName(Target const& target, HiddenFile& file) {
     if (!isMoved) {
         errno == EEXIST ? ThrowConflict() : ThrowSystemError(errno);
     }
-    file.SetKept(true);
+    file.SetKept(/*isKept=*/true);
 }
 
 } // namespace
@@ -139,7 +136,7 @@ SaveWarnings Replace(
     std::optional<std::string> const* seen,
     SaveOptions const& options) {
     FolderLock const lock(target, Deadline(options.timeout));
-    auto const old = SeenFile::Open(target.folder, target.name);
+    auto const old = SeenFile::Open(target.folder, target.name, Deadline(options.timeout));
     if (old) {
         old->RequireWritable(target.folder, target.name);
     }
@@ -151,14 +148,16 @@ SaveWarnings Replace(
     if (!lock.Warning().empty()) {
         warnings.push_back(lock.Warning());
     }
-    if (lock.IsHeld()) {
-        RemoveLeftovers(target.folder, {found.value_or(""), std::string(bytes)}, &warnings);
-    }
     HiddenFile file(target, bytes, old ? &old->Traits() : nullptr, &warnings);
     if (old) {
         Exchange(target, *old, file, &warnings).Run(Deadline(options.timeout));
     } else {
         TakeFreeName(target, file);
+    }
+    // Only now: before, a leftover could be the only copy of these bytes. And only where no other
+    // save can be going on.
+    if (lock.Warning().empty()) {
+        RemoveLeftovers(target.folder, {found.value_or(""), std::string(bytes)}, &warnings);
     }
     // Where the folder cannot be flushed, the file's own flush must do.
     static_cast<void>(target.isReadable && fsync(target.folder.Number()) == 0);

@@ -15,21 +15,11 @@ namespace {
 // Opening a pipe that took the file's place must not wait for its other end.
 constexpr int kReading = O_RDONLY | O_NONBLOCK | O_NOCTTY;
 
-// Another program may have a lease on the file, which the system asks it to give up.
-Descriptor OpenForReading(Descriptor const& folder, std::string const& name) {
-    Deadline deadline{SaveOptions().timeout};
-    Descriptor file;
-    do {
-        file = OpenIn(folder, name, kReading);
-    } while (!file.IsOpen() && errno == EWOULDBLOCK && deadline.Pause());
-    return file;
-}
-
 // Asks whether the caller may write the file, with the rights of the effective user. 0, or errno.
 int AskToWrite(Descriptor const& file, Descriptor const& folder, std::string const& name) {
     int result = faccessat(file.Number(), "", W_OK, AT_EACCESS | AT_EMPTY_PATH);
-    // An older system does not know the flag for an open file.
-    if (result != 0 && IsUnsupported(errno)) {
+    // An older system does not know the flag for an open file, and a sandbox may refuse the call.
+    if (result != 0 && (IsUnsupported(errno) || errno == EPERM)) {
         result = faccessat(folder.Number(), name.c_str(), W_OK, AT_EACCESS | AT_SYMLINK_NOFOLLOW);
     }
     return result == 0 ? 0 : errno;
@@ -37,7 +27,8 @@ int AskToWrite(Descriptor const& file, Descriptor const& folder, std::string con
 
 } // namespace
 
-std::optional<SeenFile> SeenFile::Open(Descriptor const& folder, std::string const& name) {
+std::optional<SeenFile>
+SeenFile::Open(Descriptor const& folder, std::string const& name, Deadline deadline) {
     // What is no file is not opened at all: a device may start its work.
     struct stat status {};
     if (!Examine(folder, name, &status)) {
@@ -47,7 +38,7 @@ std::optional<SeenFile> SeenFile::Open(Descriptor const& folder, std::string con
         return std::nullopt;
     }
     RequireRegular(status);
-    Descriptor file = OpenForReading(folder, name);
+    Descriptor file = OpenWithoutWaiting(deadline, [&] { return OpenIn(folder, name, kReading); });
     if (!file.IsOpen()) {
         ThrowSystemError(errno);
     }

@@ -1,19 +1,40 @@
 // One look at a file.
 #pragma once
 
+#include "host/save/Deadline.h"
 #include "host/save/FileTraits.h"
+#include "pdfsettings/SafeSave.h"
 
+#include <cerrno>
 #include <optional>
 #include <string>
 
 namespace pdfsettings::detail {
 
+// What open gives, which opens a file without waiting: another program may have a lease on the
+// file, which the system asks it to give up. Throws BusyError when it does not.
+template <class Open>
+Descriptor OpenWithoutWaiting(Deadline deadline, Open open) {
+    Descriptor file = open();
+    while (!file.IsOpen() && errno == EWOULDBLOCK) {
+        if (!deadline.Pause()) {
+            throw BusyError("another program does not give up its lease on it; try again");
+        }
+        file = open();
+    }
+    return file;
+}
+
 // A file as it was seen: contents, permissions and identity come from one descriptor, which stays
 // open so that no other file can get the same identity.
 class SeenFile {
 public:
-    // The item of that name in folder, or none. Throws Error for one that is no regular file.
-    static std::optional<SeenFile> Open(Descriptor const& folder, std::string const& name);
+    // The item of that name in folder, or none. Waits for a program that has a lease on it. Throws
+    // BusyError when the time is over, and Error, also for an item that is no regular file.
+    static std::optional<SeenFile> Open(
+        Descriptor const& folder,
+        std::string const& name,
+        Deadline deadline = Deadline(SaveOptions().timeout));
 
     std::string const& Bytes() const noexcept { return fBytes; }
     FileTraits const& Traits() const noexcept { return fTraits; }

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <climits>
+#include <cstdlib>
 #include <sys/sysmacros.h>
 #include <unistd.h>
 
@@ -20,10 +21,10 @@ constexpr mode_t kWritableByOthers = S_IWGRP | S_IWOTH;
 // A place on the way: a folder, the name of an item in it and the item itself. Without a name it is
 // the folder, without an open item there is nothing of that name.
 struct Place {
-    Descriptor folder;
-    std::string name;
-    Descriptor item;
-    bool isDescriptor = false;
+    Descriptor fFolder;
+    std::string fName;
+    Descriptor fItem;
+    bool fIsDescriptor = false;
 };
 
 Descriptor OpenFolder(char const* path) {
@@ -61,7 +62,7 @@ std::string TextOf(Descriptor const& link) {
 }
 
 uid_t OwnerOf(Place const& place) {
-    return StatusOf(place.item.IsOpen() ? place.item : place.folder).st_uid;
+    return StatusOf(place.fItem.IsOpen() ? place.fItem : place.fFolder).st_uid;
 }
 
 bool IsOurs(uid_t owner) {
@@ -83,7 +84,7 @@ public:
     Place Go(Descriptor start, std::string_view path, std::string shown) {
         Place place;
         bool const isFolder = path.ends_with('/');
-        place.folder = path.starts_with('/') ? OpenFolder("/") : std::move(start);
+        place.fFolder = path.starts_with('/') ? OpenFolder("/") : std::move(start);
         if (path.starts_with('/')) {
             shown = "/";
             path.remove_prefix(std::min(path.find_first_not_of('/'), path.size()));
@@ -106,16 +107,16 @@ public:
 private:
     // Makes the item the folder of what follows. A file there fails by the next step.
     static void Enter(Place& place) {
-        if (place.name.empty() && !place.isDescriptor) {
+        if (place.fName.empty() && !place.fIsDescriptor) {
             return;
         }
-        if (!place.item.IsOpen()) {
+        if (!place.fItem.IsOpen()) {
             ThrowSystemError(ENOENT);
         }
-        place.folder = std::move(place.item);
-        place.item = Descriptor();
-        place.name.clear();
-        place.isDescriptor = false;
+        place.fFolder = std::move(place.fItem);
+        place.fItem = Descriptor();
+        place.fName.clear();
+        place.fIsDescriptor = false;
     }
 
     void Step(Place& place, std::string const& name, std::string const& shown) {
@@ -123,15 +124,15 @@ private:
             return;
         }
         if (name == "..") {
-            place.folder = Parent(place.folder);
+            place.fFolder = Parent(place.fFolder);
             return;
         }
-        place.name = name;
-        place.item = OpenItem(place.folder, name);
-        if (!place.item.IsOpen() && errno != ENOENT) {
+        place.fName = name;
+        place.fItem = OpenItem(place.fFolder, name);
+        if (!place.fItem.IsOpen() && errno != ENOENT) {
             ThrowSystemError(errno);
         }
-        if (place.item.IsOpen() && S_ISLNK(StatusOf(place.item).st_mode)) {
+        if (place.fItem.IsOpen() && S_ISLNK(StatusOf(place.fItem).st_mode)) {
             place = Follow(place, shown);
         }
     }
@@ -140,12 +141,12 @@ private:
         if (++fLinks > kMostLinks) {
             ThrowSystemError(ELOOP);
         }
-        std::string const text = TextOf(link.item);
+        std::string const text = TextOf(link.fItem);
         Place end =
-            NamesDescriptor(text) ? AtDescriptor(text) : Go(Duplicate(link.folder), text, shown);
-        if (!IsTrusted(StatusOf(link.item), StatusOf(link.folder), OwnerOf(end))) {
+            NamesDescriptor(text) ? AtDescriptor(text) : Go(Duplicate(link.fFolder), text, shown);
+        if (!IsTrusted(StatusOf(link.fItem), StatusOf(link.fFolder), OwnerOf(end))) {
             throw LinkError(
-                "the link " + shown + link.name +
+                "the link " + shown + link.fName +
                 " is not followed: it belongs to another user than what it leads to");
         }
         return end;
@@ -153,9 +154,8 @@ private:
 
     static Place AtDescriptor(std::string const& path) {
         Place place;
-        place.item = Descriptor(open(path.c_str(), O_PATH | O_CLOEXEC));
-        ThrowIfNegative(place.item.Number());
-        place.isDescriptor = true;
+        place.fItem = DuplicateNamed(path);
+        place.fIsDescriptor = true;
         return place;
     }
 
@@ -181,6 +181,17 @@ bool NamesDescriptor(std::string_view path) noexcept {
            std::ranges::any_of(kFolders, isNumbered);
 }
 
+Descriptor DuplicateNamed(std::string const& path) {
+    constexpr std::string_view kStreams[] = {"/dev/stdin", "/dev/stdout", "/dev/stderr"};
+    auto const stream = std::ranges::find(kStreams, path);
+    long const number = stream != std::end(kStreams)
+                            ? stream - std::begin(kStreams)
+                            : std::strtol(path.c_str() + path.rfind('/') + 1, nullptr, 10);
+    Descriptor copy(fcntl(static_cast<int>(std::min(number, long{INT_MAX})), F_DUPFD_CLOEXEC, 0));
+    ThrowIfNegative(copy.Number());
+    return copy;
+}
+
 bool IsNullDevice(struct stat const& status) noexcept {
     return S_ISCHR(status.st_mode) && major(status.st_rdev) == 1 && minor(status.st_rdev) == 3;
 }
@@ -202,24 +213,22 @@ Target FindTarget(std::string const& path) {
         ThrowSystemError(ENOENT);
     }
     if (NamesDescriptor(path)) {
-        Descriptor stream(open(path.c_str(), O_PATH | O_CLOEXEC));
-        ThrowIfNegative(stream.Number());
-        return AtStream(std::move(stream));
+        return AtStream(DuplicateNamed(path));
     }
     Place place = Walk().Go(OpenFolder("."), path, "");
-    if (place.isDescriptor || (place.item.IsOpen() && IsNullDevice(StatusOf(place.item)))) {
-        return AtStream(std::move(place.item));
+    if (place.fIsDescriptor || (place.fItem.IsOpen() && IsNullDevice(StatusOf(place.fItem)))) {
+        return AtStream(std::move(place.fItem));
     }
-    if (place.name.empty()) {
-        ThrowSystemError(S_ISDIR(StatusOf(place.folder).st_mode) ? EISDIR : ENOTDIR);
+    if (place.fName.empty()) {
+        ThrowSystemError(S_ISDIR(StatusOf(place.fFolder).st_mode) ? EISDIR : ENOTDIR);
     }
     Target target;
-    target.name = std::move(place.name);
+    target.name = std::move(place.fName);
     target.folder =
-        Descriptor(openat(place.folder.Number(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        Descriptor(openat(place.fFolder.Number(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     target.isReadable = target.folder.IsOpen();
     if (!target.isReadable) {
-        target.folder = std::move(place.folder);
+        target.folder = std::move(place.fFolder);
     }
     return target;
 }

@@ -35,6 +35,11 @@ Target FolderOf(std::string const& path);
 // Whether path names a descriptor of this process, which is a stream even if a file is behind it.
 bool NamesDescriptor(std::string_view path) noexcept;
 
+// A copy of the descriptor that path names, with its place and its rights: opening it anew would
+// begin at the start of a file, and wait for the other end of a pipe. Throws Error. REQUIRES:
+// NamesDescriptor(path).
+Descriptor DuplicateNamed(std::string const& path);
+
 // Whether the file is the null device.
 bool IsNullDevice(struct stat const& status) noexcept;
 

@@ -11,6 +11,7 @@
 #include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 
@@ -81,6 +82,13 @@ TEST_F(SafeSaveTest, WritesIntoDescriptorsAndTheNullDeviceAndIntoNothingElseThat
     EXPECT_EQ(Save(fFolder / "link", "nt"), "");
     close(pipe[1]);
     EXPECT_EQ(ReadFile("/proc/self/fd/" + std::to_string(pipe[0])), "sent");
+    // Where a descriptor stands counts, and what it may do.
+    int const log = open(fFolder.Make("log", "first,").c_str(), O_WRONLY | O_APPEND | O_CLOEXEC);
+    EXPECT_EQ(Save("/dev/fd/" + std::to_string(log), "second"), "");
+    EXPECT_EQ(ReadBytes(fFolder / "log"), "first,second");
+    EXPECT_EQ(
+        MessageOf([&] { ReadFile("/dev/fd/" + std::to_string(log)); }), "Bad file descriptor");
+    close(log);
     close(pipe[0]);
     ASSERT_EQ(mkfifo((fFolder / "pipe").c_str(), 0666), 0);
     for (std::string const& path : {fFolder / "pipe", std::string("/dev/full")}) {
@@ -324,6 +332,68 @@ TEST_F(SafeSaveTest, WaitsForAWriterAndGivesUpInTime) {
     EXPECT_EQ(fFolder.Names(), "a ");
 }
 
+TEST_F(SafeSaveTest, KeepsANewFileThatSomebodyBeganToWriteBeforeItWasTakenBack) {
+    std::string const file = fFolder.Make("a", "old");
+    int writer = -1;
+    std::string message;
+    {
+        SystemCallsDouble calls;
+        calls.AfterEach([&](int) {
+            if (calls.Count("exchange") != 1 || writer >= 0) {
+                return;
+            }
+            writer = open(file.c_str(), O_WRONLY | O_CLOEXEC);
+            // Another one, who was done with the old file, makes it a conflict.
+            std::string const names = fFolder.Names();
+            fFolder.Make(names.substr(0, names.find(' ')), "OLD");
+        });
+        message = Save(file, "new");
+    }
+    ASSERT_EQ(write(writer, "NEW", 3), 3);
+    close(writer);
+    std::string const names = fFolder.Names();
+    std::string const kept = names.substr(0, names.find(' '));
+    EXPECT_EQ(
+        message,
+        "changed since it was read, and again meanwhile: what it held is kept as " + kept +
+            " in its folder");
+    EXPECT_EQ(ReadBytes(file), "OLD");
+    EXPECT_EQ(ReadBytes(fFolder / kept), "NEW");
+}
+
+TEST_F(SafeSaveTest, AChildNeitherKeepsNorEndsTheLockOfAnEdit) {
+    std::string const file = fFolder.Make("a", "old");
+    pid_t const parent = getpid();
+    int toChild[2];
+    ASSERT_EQ(::pipe(toChild), 0);
+    try {
+        Edit(file, [&](EditedFile&) {
+            pid_t const leaving = fork();
+            if (leaving == 0) {
+                throw Error("the child leaves the edit");
+            }
+            waitpid(leaving, nullptr, 0);
+            std::string other;
+            std::thread([&] { other = Save(file, "new", kNoWaiting); }).join();
+            EXPECT_NE(other, "") << "the child has ended the lock";
+            if (fork() == 0) {
+                // Stays, with a copy of all descriptors, until the parent is done.
+                close(toChild[1]);
+                char byte = 0;
+                _exit(static_cast<int>(read(toChild[0], &byte, 1)));
+            }
+        });
+    } catch (Error const&) {
+        if (getpid() != parent) {
+            _exit(0);
+        }
+    }
+    EXPECT_EQ(Save(file, "new", kNoWaiting), "") << "the child has kept the lock";
+    close(toChild[0]);
+    close(toChild[1]);
+    wait(nullptr);
+}
+
 TEST_F(SafeSaveTest, DeletesWhatWasLeftBehindOnlyIfNothingIsLost) {
     std::string const file = fFolder.Make("a", "old");
     std::string const digits = "0123456789abcdef0123456789abcde";
@@ -332,6 +402,15 @@ TEST_F(SafeSaveTest, DeletesWhatWasLeftBehindOnlyIfNothingIsLost) {
     fFolder.Make(name('2'), "new");
     fFolder.Make(name('3'), "else");
     fFolder.Make(".joboptions-other.new", "old");
+    ASSERT_EQ(mkfifo((fFolder / name('4')).c_str(), 0600), 0);
+    std::filesystem::remove(fFolder / name('4'));
+    {
+        // As long as the save has not succeeded, these may be the only copy of its bytes.
+        SystemCallsDouble calls;
+        calls.FailAlways("write", ENOSPC);
+        EXPECT_EQ(Save(file, "new"), "No space left on device");
+        EXPECT_EQ(ReadBytes(fFolder / name('2')), "new");
+    }
     EXPECT_EQ(
         Warning(file),
         "an interrupted save left " + name('3') +

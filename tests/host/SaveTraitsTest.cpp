@@ -20,8 +20,9 @@ namespace {
 constexpr char kAccess[] = "system.posix_acl_access";
 constexpr char kDefault[] = "system.posix_acl_default";
 
-// A list in the system's form: user::rw-, user:7777:rw-, group::PERMISSIONS, mask::rw-, other::---.
-std::string List(char groupPermissions) {
+// A list in the system's form: user::rw-, user:7777:rw-, group::PERMISSIONS, mask::rw-,
+// other::PERMISSIONS.
+std::string List(char groupPermissions, char otherPermissions = 0) {
     std::string list("\2\0\0\0", 4);
     auto const add = [&list](char tag, char permissions, std::string const& id) {
         list += {tag, 0, permissions, 0};
@@ -32,7 +33,7 @@ std::string List(char groupPermissions) {
     add(0x02, 6, std::string("\x61\x1E\0\0", 4));
     add(0x04, groupPermissions, none);
     add(0x10, 6, none);
-    add(0x20, 0, none);
+    add(0x20, otherPermissions, none);
     return list;
 }
 
@@ -97,29 +98,42 @@ TEST_F(SaveTraitsTest, AreCutAndNeverWidenedWhereTheyCannotBeKept) {
     struct {
         char const* fCall;
         int fError;
-        bool fHasList;
-        gid_t fGroup; // of the old file, as far as the save can see
+        std::string fOldList; // empty for the old mode alone
+        mode_t fOldMode;
+        gid_t fGroup; // of the old file
         mode_t fMode;
         std::string fList;
         SaveWarnings fWarnings;
     } const kCases[] = {
         {"fchown",
          EPERM,
-         false,
+         "",
+         0664,
          54321,
-         0606,
+         0604,
+         "",
+         {"its group could not be kept: the group's permissions are gone"}},
+        // Members of the old group are anybody now: they must not get what they did not have.
+        {"fchown",
+         EPERM,
+         "",
+         0626,
+         54321,
+         0602,
          "",
          {"its group could not be kept: the group's permissions are gone"}},
         {"fchown",
          EPERM,
-         true,
+         List(4, 6),
+         0666,
          54321,
-         0660,
-         List(0),
+         0664,
+         List(0, 4),
          {"its group could not be kept: the group's permissions are gone"}},
         {"fsetxattr",
          EPERM,
-         true,
+         List(6, 4),
+         0664,
          getgid(),
          0600,
          "",
@@ -127,20 +141,21 @@ TEST_F(SaveTraitsTest, AreCutAndNeverWidenedWhereTheyCannotBeKept) {
           "its attribute user.note could not be kept"}},
         {"fremovexattr",
          EPERM,
-         false,
+         "",
+         0666,
          getgid(),
          0600,
          "",
          {"its access control list could not be kept: it is for its owner alone"}},
     };
-    for (auto const& [call, error, hasList, group, mode, list, warnings] : kCases) {
+    for (auto const& [call, error, oldList, oldMode, group, mode, list, warnings] : kCases) {
         std::filesystem::remove(fFile);
         fFolder.Make("a", "old");
-        chmod(fFile.c_str(), 0666);
         ASSERT_EQ(setxattr(fFile.c_str(), "user.note", "n", 1, 0), 0);
-        if (hasList) {
-            SetList(fFile, kAccess, List(6));
+        if (!oldList.empty()) {
+            SetList(fFile, kAccess, oldList);
         }
+        chmod(fFile.c_str(), oldMode);
         if (group != getgid() && chown(fFile.c_str(), getuid(), group) != 0) {
             continue; // only root can make a file of a foreign group
         }
@@ -168,6 +183,20 @@ TEST_F(SaveTraitsTest, KeepOwnerAndGroupWhereTheSystemAllowsIt) {
     stat(fFile.c_str(), &status);
     EXPECT_EQ(status.st_uid, getuid());
     EXPECT_EQ(status.st_gid, 54321U);
+}
+
+TEST_F(SaveTraitsTest, AreNeverWiderWhileTheNewFileIsMade) {
+    chmod(fFile.c_str(), 0600);
+    SystemCallsDouble calls;
+    calls.FailAlways("nameless", EOPNOTSUPP);
+    calls.AfterEach([&](int n) {
+        for (auto const& entry : std::filesystem::directory_iterator(fFolder.Path())) {
+            struct stat status {};
+            stat(entry.path().c_str(), &status);
+            EXPECT_EQ(status.st_mode & 077U, 0U) << n;
+        }
+    });
+    SaveSafely(fFile, "new");
 }
 
 TEST_F(SaveTraitsTest, ThatChangeDuringASaveAreNotUndone) {

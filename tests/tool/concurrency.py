@@ -73,7 +73,7 @@ def changes_meanwhile_are_conflicts(program):
 
     for arguments in (["a.joboptions"], ["a.joboptions", "-o", "./a.joboptions"]):
         write("a.joboptions", "<< /A 1 >> setalembicorparams\n")
-        expect("a change in place", (5, refusal.format("a.joboptions")),
+        expect("a change in place", (5, refusal.format(arguments[-1])),
                change_meanwhile(program, arguments, rewrite))
         expect("the other's bytes", "<< /A 2 >> setalembicorparams\n", read("a.joboptions"))
     for text in (None, "old"):
@@ -115,6 +115,23 @@ def a_lock_is_waited_for_in_time(program):
            run("set", "--wait", "0", "a.joboptions", "EmbedAllFonts=true"))
 
 
+def an_output_is_never_the_input(program):
+    """Another name of the same file is a file of its own, and what stands there is compared too."""
+    write("a.joboptions", "<< /A 1 >> setalembicorparams\n")
+    os.link("a.joboptions", "b")
+    words = [program, "set", "-q", "a.joboptions", "A=2", "-o"]
+    expect("a hard link", 0, subprocess.run([*words, "b"], check=False).returncode)
+    expect("the input", "<< /A 1 >> setalembicorparams\n", read("a.joboptions"))
+    expect("the output", "<< /A 2 >> setalembicorparams\n", read("b"))
+    expect("another spelling", 0, subprocess.run([*words, "./a.joboptions"], check=False).returncode)
+    expect("the changed input", "<< /A 2 >> setalembicorparams\n", read("a.joboptions"))
+    with open("log", "w", encoding="ascii") as log:
+        log.write("first\n")
+        log.flush()
+        subprocess.run([program, "get", "b", "A", "-o", "/dev/stdout"], stdout=log, check=False)
+    expect("where standard output stands", "first\n2\n", read("log"))
+
+
 def what_is_no_file_is_refused_at_once(program):
     """A pipe by name would be waited for; one by descriptor is what the caller asked for."""
     os.mkfifo("pipe")
@@ -133,7 +150,8 @@ def what_is_no_file_is_refused_at_once(program):
 def main():
     program = os.path.abspath(sys.argv[1])
     for test in (five_processes_lose_no_change, changes_meanwhile_are_conflicts,
-                 a_lock_is_waited_for_in_time, what_is_no_file_is_refused_at_once):
+                 a_lock_is_waited_for_in_time, an_output_is_never_the_input,
+                 what_is_no_file_is_refused_at_once):
         with tempfile.TemporaryDirectory() as folder:
             os.chdir(folder)
             test(program)

@@ -158,6 +158,11 @@ TEST_F(FileManager, MakesNoFolderThatAnotherUserCouldExchange) {
     // A way through a link counts as what it leads to.
     std::filesystem::create_directory_symlink("open", fFolder / "link");
     EXPECT_EQ(isRoot ? afpAccessDenied : noErr, make("link", 'e'));
+    std::filesystem::create_directory(fFolder / "target");
+    std::filesystem::create_directory_symlink(fFolder / "target", fFolder / "other/planted");
+    std::filesystem::create_directory_symlink(fFolder / "target", fFolder / "ours");
+    EXPECT_EQ(isRoot ? afpAccessDenied : noErr, make("other/planted", 'e'));
+    EXPECT_EQ(noErr, make("ours", 'f'));
     EXPECT_EQ(dupFNErr, make("own", 'd'));
     support::SetRaisedRights(true);
     EXPECT_EQ(afpAccessDenied, make("own", 'e'));

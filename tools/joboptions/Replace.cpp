@@ -6,7 +6,6 @@
 #include "tools/joboptions/Utf8.h"
 
 #include <cerrno>
-#include <filesystem>
 #include <fmt/format.h>
 #include <system_error>
 
@@ -14,35 +13,46 @@ namespace joboptions {
 
 namespace {
 
-// Whatever the spelling, and through links.
-bool AreSameFile(std::string const& a, std::string const& b) {
-    std::error_code error;
-    return a == b || std::filesystem::equivalent(a, b, error);
-}
-
 std::string const& TargetOf(std::string const& file, Options const& options) {
     return options.output.empty() ? file : options.output;
 }
 
-// What is no file cannot be replaced, nor be locked.
+// Another spelling of the same file is another output, for what lies on the way there counts; it is
+// compared with what stood there, which is all that is needed. What is no file cannot be locked.
 bool IsInPlace(std::string const& file, Options const& options) {
-    std::error_code error;
-    return (options.output.empty() || AreSameFile(options.output, file)) &&
-           std::filesystem::is_regular_file(file, error);
+    return (options.output.empty() || options.output == file) && file != "-" &&
+           !pdfsettings::IsStream(file);
+}
+
+// The failure of a command for an error before it has read file.
+Failure UnreadFailure(std::string const& file, pdfsettings::Error const& error) {
+    bool const isRefused = dynamic_cast<pdfsettings::RefusedError const*>(&error) != nullptr;
+    return {
+        isRefused ? Status::kRefused : Status::kBadInput,
+        fmt::format("{}: {}", InputName(file), error.what())};
+}
+
+Status ChangeEdited(
+    pdfsettings::EditedFile& edited,
+    std::string const& file,
+    Options const& options,
+    ChangeText const& change) {
+    // A copy: saving changes the bytes.
+    std::string const text = *edited.Bytes();
+    return change(text, [&](std::string const& changed) {
+        WriteBy(file, options, [&] { return edited.Save(changed); });
+    });
 }
 
 Status EditFile(std::string const& file, Options const& options, ChangeText const& change) {
     Status status = Status::kDone;
     bool isRead = false;
     auto const edit = [&](pdfsettings::EditedFile& edited) {
-        if (!edited.Bytes()) {
+        isRead = edited.Bytes().has_value();
+        if (!isRead) {
             throw pdfsettings::Error(std::generic_category().message(ENOENT));
         }
-        isRead = true;
-        // A copy: saving changes the bytes.
-        status = change(std::string(*edited.Bytes()), [&](std::string const& text) {
-            WriteBy(file, options, [&] { return edited.Save(text); });
-        });
+        status = ChangeEdited(edited, file, options, change);
     };
     try {
         Edit(file, edit, SaveOptionsOf(options));
@@ -50,10 +60,7 @@ Status EditFile(std::string const& file, Options const& options, ChangeText cons
         if (isRead) {
             throw;
         }
-        bool const isRefused = dynamic_cast<pdfsettings::RefusedError const*>(&error) != nullptr;
-        throw Failure(
-            isRefused ? Status::kRefused : Status::kBadInput,
-            fmt::format("{}: {}", InputName(file), error.what()));
+        throw UnreadFailure(file, error);
     }
     return status;
 }

@@ -62,9 +62,11 @@ void LookAtOutput(Options& options) {
 }
 
 pdfsettings::SaveOptions SaveOptionsOf(Options const& options) {
+    // Also where it is no number.
+    double const seconds = options.wait > 0 ? options.wait : 0;
     return {
         std::chrono::duration_cast<std::chrono::milliseconds>(
-            std::chrono::duration<double>(options.wait)),
+            std::chrono::duration<double>(seconds)),
         options.overwriteChanged};
 }
 

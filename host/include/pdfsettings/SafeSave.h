@@ -62,14 +62,17 @@ using SaveWarnings = std::vector<std::string>;
 // when it cannot be examined.
 PDFSETTINGS_API bool IsReadOnly(std::string const& path);
 
+// Whether path names the null device or a descriptor of this process (/dev/stdout, /dev/fd/3): that
+// is read and written as it is, and never locked.
+PDFSETTINGS_API bool IsStream(std::string const& path);
+
 // The bytes of the file at path as a save would find it, or none where there is no file; none too
-// for the null device and for a descriptor of this process (/dev/stdout, /dev/fd/3), which are
-// written in place. Throws LinkError, and Error with the system's reason, also for any other file
+// for a stream. Throws LinkError, and Error with the system's reason, also for any other file
 // that is not a regular one and for one larger than 256 MiB.
 PDFSETTINGS_API std::optional<std::string> LookAt(std::string const& path);
 
-// The bytes of the file at path, through all links; the null device and descriptors of this process
-// are read to their end. Throws Error as LookAt, and for a file that is not there.
+// The bytes of the file at path, through all links; a stream is read to its end. Throws Error as
+// LookAt, and for a file that is not there.
 PDFSETTINGS_API std::string ReadFile(std::string const& path);
 
 // Makes bytes the contents of the file at path: whatever happens, the file holds the old bytes or
