@@ -92,9 +92,11 @@ bool IsStream(std::string const& path) {
     return NamesDescriptor(path) || (stat(path.c_str(), &status) == 0 && IsNullDevice(status));
 }
 
-std::optional<std::string> LookAt(std::string const& path) {
+std::optional<std::string> LookAt(std::string const& path, SaveOptions const& options) {
     Target const target = FindTarget(path);
-    return target.IsStream() ? std::nullopt : BytesOf(SeenFile::Open(target.folder, target.name));
+    return target.IsStream()
+               ? std::nullopt
+               : BytesOf(SeenFile::Open(target.folder, target.name, Deadline(options.timeout)));
 }
 
 std::string ReadFile(std::string const& path) {
@@ -131,9 +133,9 @@ struct EditedFile::State {
         : fTarget(FindTarget(path)),
           fOptions(options) {
         if (!fTarget.IsStream()) {
-            fLock.emplace(fTarget, Deadline(options.timeout));
-            fBytes =
-                BytesOf(SeenFile::Open(fTarget.folder, fTarget.name, Deadline(options.timeout)));
+            Deadline const deadline(options.timeout);
+            fLock.emplace(fTarget, deadline);
+            fBytes = BytesOf(SeenFile::Open(fTarget.folder, fTarget.name, deadline));
         }
     }
 

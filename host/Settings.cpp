@@ -160,11 +160,11 @@ SaveWarnings Settings::Save(SaveOptions const& options) {
     return warnings;
 }
 
-void Settings::Write(std::string const& path) {
+SaveWarnings Settings::Write(std::string const& path) {
     // The folder before the turn, as an edit has it.
     detail::Target const folder = detail::FolderOf(path);
     std::optional<detail::FolderLock> lock;
-    if (folder.isReadable) {
+    if (folder.folder.IsOpen()) {
         lock.emplace(folder, detail::Deadline(SaveOptions().timeout));
     }
     detail::Turn const turn(*fState->fRunning);
@@ -184,6 +184,8 @@ void Settings::Write(std::string const& path) {
     }
     fState->fPath = Absolute(path);
     fState->fBytes = std::move(text);
+    bool const isWarned = lock && !lock->Warning().empty();
+    return isWarned ? SaveWarnings{lock->Warning()} : SaveWarnings();
 }
 
 std::vector<Finding> Settings::Validate() const {

@@ -3,13 +3,14 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "platform/FileManager.h"
 
 namespace platform {
 
-// Holds the new file and its folder open. So nobody who may change the folder can lead what is
-// written, or taken back, to another file of that name.
+// Holds the new file and its folder open: what is written goes to this file and only this file is
+// deleted, whatever is renamed in the folder meanwhile.
 class CreatedFile {
 public:
     // Makes an empty file of that name in the folder at a path, which must not have one. dupFNErr

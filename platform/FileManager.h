@@ -139,7 +139,7 @@ OSErr FSCreateDirectoryUnicode(
 
 // Deletes a file or a link to one; paramErr for a folder, a device or a pipe. fLckdErr, for every
 // user, when the item or what it leads to is immutable or its owner may not write it; but through
-// the reference that FSCreateFileUnicode gave, its maker may take back any file.
+// the reference that FSCreateFileUnicode gave, its maker may delete any file.
 OSErr FSDeleteObject(FSRef const* ref) noexcept;
 
 // The name of the part of a file that holds its data: an empty name. There is no other part.
@@ -153,9 +153,9 @@ inline constexpr UInt16 fsFromLEOF = 2;
 // An open file.
 using FSIORefNum = int;
 
-// Opens the data of a regular file, of a file that was made through ref that very one; ioErr for
-// anything else, which is not opened at all. Waits
-// up to a minute for another process to give up its lease on the file. The caller closes it.
+// Opens the data of a regular file; through the reference that FSCreateFileUnicode gave, of the
+// file just created. ioErr for anything else, which is not opened at all. Waits up to a minute for
+// another process to give up its lease on the file. The caller closes it.
 OSErr FSOpenFork(
     FSRef const* ref,
     UniCharCount forkNameLength,
@@ -230,8 +230,9 @@ inline constexpr Boolean kDontCreateFolder = 0;
 inline constexpr Boolean kCreateFolder = 1;
 
 // A standard folder; fnfErr when it does not exist. Only the user's application support folder is
-// ever created, for the user alone; where it cannot be, its path is given all the same, since a
-// host puts files below the path that it gets.
+// ever created, for the user alone. Where it cannot be created, or cannot be examined, its path is
+// given all the same, since a host puts files below the path that it gets; dirNFErr where a file is
+// in its place.
 OSErr FSFindFolder(
     SInt16 domain, UInt32 folderType, Boolean createFolder, FSRef* foundRef) noexcept;
 

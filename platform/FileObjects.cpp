@@ -21,7 +21,6 @@ OSErr CreateFile(FSRef const& parent, std::string const& name, FSRef* made) {
     made->path = platform::ChildPath(parent, name);
     made->isFile = true;
     std::shared_ptr<platform::CreatedFile> file;
-    // The root's path is its slash, that of the current folder may be empty.
     OSErr const error = platform::CreatedFile::Make(platform::ChildPath(parent, ""), name, &file);
     made->created = file;
     return error;

@@ -67,7 +67,7 @@ std::string FindFolder(SInt16 domain, UInt32 folderType) {
 }
 
 // Makes the folder at path and what is missing above it; another program may do so too meanwhile.
-// Failures show when the folder is looked at.
+// Failures show when somebody uses the folder.
 void MakeFolders(std::string const& path) {
     for (std::size_t slash = path.find('/', 1); slash != std::string::npos;
          slash = path.find('/', slash + 1)) {
@@ -95,8 +95,8 @@ OSErr FSFindFolder(
         }
         FileStatus status;
         OSErr const error = status.Read(path);
-        bool const isMissing = isToExist && error == fnfErr;
-        if (!isMissing && (error != noErr || !status.IsDirectory())) {
+        bool const isInTheWay = error == noErr && !status.IsDirectory();
+        if (isInTheWay || (error != noErr && !isToExist)) {
             return error == noErr ? dirNFErr : error;
         }
         *foundRef = {std::move(path)};

@@ -1,6 +1,5 @@
 #include "platform/NewFolders.h"
 
-#include <cerrno>
 #include <climits>
 #include <cstdlib>
 #include <sys/auxv.h>
@@ -24,9 +23,9 @@ bool IsLinkOfRoot(std::string const& path) {
     return lstat(path.c_str(), &status) == 0 && S_ISLNK(status.st_mode) && status.st_uid == 0;
 }
 
-// Whether all on the way is root's. Looked at from the root on: what lies in folders of root alone
-// cannot be exchanged by others while the way goes on.
-bool IsWayOfRoot(std::string const& path) {
+// Whether each part of the path is a folder of root alone or a link of root. From the root on: what
+// lies in folders of root alone cannot be exchanged by others before the next part is looked at.
+bool BelongsToRootThroughout(std::string const& path) {
     for (std::size_t end = path.find('/', 1); true; end = path.find('/', end + 1)) {
         std::string const part = path.substr(0, end);
         if (!BelongsToRootAlone(part) && !IsLinkOfRoot(part)) {
@@ -38,20 +37,12 @@ bool IsWayOfRoot(std::string const& path) {
     }
 }
 
-// The way itself and the way behind its links.
-bool IsSafeForRoot(std::string const& folder) {
+// The folder without links, for root to make another one in; empty where others could exchange it.
+std::string FolderForRoot(std::string const& folder) {
     char whole[PATH_MAX];
-    return realpath(folder.c_str(), whole) != nullptr && BelongsToRootAlone("/") &&
-           BelongsToRootAlone(whole) && IsWayOfRoot(whole) && IsWayOfRoot(folder);
-}
-
-bool MayMakeFoldersIn(std::string const& folder) {
-    return getauxval(AT_SECURE) == 0 && (geteuid() != 0 || IsSafeForRoot(folder));
-}
-
-std::string ParentOf(std::string const& path) {
-    std::size_t const slash = path.rfind('/');
-    return slash == std::string::npos ? "." : path.substr(0, slash + 1);
+    bool const isSafe = realpath(folder.c_str(), whole) != nullptr && BelongsToRootAlone("/") &&
+                        BelongsToRootThroughout(whole) && BelongsToRootThroughout(folder);
+    return isSafe ? std::string(whole) + "/" : "";
 }
 
 } // namespace
@@ -61,10 +52,15 @@ OSErr MakeFolder(std::string const& path, mode_t mode) {
     if (lstat(path.c_str(), &status) == 0) {
         return dupFNErr;
     }
-    if (!MayMakeFoldersIn(ParentOf(path))) {
+    std::size_t const name = path.rfind('/') + 1; // 0 without a slash
+    std::string folder = name == 0 ? "./" : path.substr(0, name);
+    if (geteuid() == 0) {
+        folder = FolderForRoot(folder);
+    }
+    if (getauxval(AT_SECURE) != 0 || folder.empty()) {
         return afpAccessDenied;
     }
-    return CodeOfResult(mkdir(path.c_str(), mode));
+    return CodeOfResult(mkdir((folder + path.substr(name)).c_str(), mode));
 }
 
 } // namespace platform

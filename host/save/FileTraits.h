@@ -3,7 +3,6 @@
 
 #include "host/save/SystemCalls.h"
 
-#include <compare>
 #include <string>
 #include <utility>
 #include <vector>

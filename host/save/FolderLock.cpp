@@ -56,13 +56,12 @@ FolderLock::FolderLock(Target const& target, Deadline deadline) {
         return;
     }
     fFolder = StatusOf(target.folder);
-    fIsHeld = FindHeld(fFolder) != gHeldFolders.end();
     // All that could fail comes before the lock is taken.
     if (IsOnNetwork(target.folder)) {
         fWarning =
             "it lies on a network file system, so programs on other machines are not kept out";
     }
-    if (!fIsHeld) {
+    if (FindHeld(fFolder) == gHeldFolders.end()) {
         gHeldFolders.reserve(gHeldFolders.size() + 1);
         Take(target, deadline);
     }
@@ -84,7 +83,6 @@ void FolderLock::Take(Target const& target, Deadline deadline) {
     gHeldFolders.push_back(fFolder);
     fNumber = target.folder.Number();
     fProcess = getpid();
-    fIsHeld = true;
 }
 
 // A child process may have a copy of the descriptor, so closing it would not be enough; and the

@@ -29,7 +29,6 @@ private:
     struct stat fFolder {};
     int fNumber = -1; // of the locked descriptor; -1 when this locked nothing itself
     pid_t fProcess = 0;
-    bool fIsHeld = false;
     std::string fWarning;
 };
 

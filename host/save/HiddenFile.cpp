@@ -7,7 +7,6 @@
 #include <cstdio>
 #include <sys/random.h>
 #include <unistd.h>
-#include <utility>
 
 namespace pdfsettings::detail {
 
@@ -49,7 +48,7 @@ HiddenFile::HiddenFile(
     std::string_view bytes,
     FileTraits const* traits,
     std::vector<std::string>* warnings)
-    : HiddenFile(target) { // whole from here on, so that a failure takes the file back
+    : HiddenFile(target) { // whole from here on, so that a failure deletes the file
     // A file without a name leaves nothing half-written behind when the process ends, but not every
     // system has such files, or gives them names.
     if (!Make(/*isNameless=*/true, bytes, traits) && !Make(/*isNameless=*/false, bytes, traits)) {
@@ -91,7 +90,7 @@ bool HiddenFile::MakeFile(bool isNameless, mode_t mode) {
 void HiddenFile::Look() {
     fSeen = SeenFile::Open(fTarget.folder, fName);
     if (!fSeen || !fSeen->Is(fFile)) {
-        throw Error("the new file was taken away");
+        throw Error("the new file was replaced");
     }
     fFile = Descriptor();
 }

@@ -48,7 +48,8 @@ bool HoldsOneOf(
     }
     try {
         auto const file = SeenFile::Open(folder, name, Deadline(std::chrono::milliseconds(0)));
-        return file && std::ranges::find(contents, file->Bytes()) != contents.end();
+        return file && !file->HasWriter() &&
+               std::ranges::find(contents, file->Bytes()) != contents.end();
     } catch (Error const&) {
         return false;
     }

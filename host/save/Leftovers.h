@@ -12,7 +12,7 @@ namespace pdfsettings::detail {
 // lost with them. What holds anything else may be the only copy of a change; it stays, and goes
 // into *warnings by its name. Never throws but for memory: what cannot be looked at stays.
 // Looks at a few only, so that nobody can make a save long by leaving many.
-// REQUIRES: the folder is locked, so that none of them belongs to a save that goes on.
+// REQUIRES: the folder is locked, unless contents is empty.
 void RemoveLeftovers(
     Descriptor const& folder,
     std::vector<std::string> const& contents,

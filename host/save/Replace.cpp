@@ -22,8 +22,8 @@ bool Move(Target const& target, std::string const& name, unsigned flags) {
     return renameat2(folder, name.c_str(), folder, target.name.c_str(), flags) == 0;
 }
 
-// Lets a new file take the place of an old one, which is deleted only when it is sure that nothing
-// is lost by that: the two are exchanged, and then the old one can be looked at where nobody else
+// Lets a new file take the place of an old one, which is deleted only when nothing can be lost by
+// that: the two are exchanged, and then the old one can be looked at where nobody else
 // finds it any more.
 class Exchange {
 public:
@@ -135,8 +135,9 @@ SaveWarnings Replace(
     std::string_view bytes,
     std::optional<std::string> const* seen,
     SaveOptions const& options) {
-    FolderLock const lock(target, Deadline(options.timeout));
-    auto const old = SeenFile::Open(target.folder, target.name, Deadline(options.timeout));
+    Deadline const deadline(options.timeout);
+    FolderLock const lock(target, deadline);
+    auto const old = SeenFile::Open(target.folder, target.name, deadline);
     if (old) {
         old->RequireWritable(target.folder, target.name);
     }
@@ -150,17 +151,24 @@ SaveWarnings Replace(
     }
     HiddenFile file(target, bytes, old ? &old->Traits() : nullptr, &warnings);
     if (old) {
-        Exchange(target, *old, file, &warnings).Run(Deadline(options.timeout));
+        Exchange(target, *old, file, &warnings).Run(deadline);
     } else {
         TakeFreeName(target, file);
     }
-    // Only now: before, a leftover could be the only copy of these bytes. And only where no other
-    // save can be going on.
+    // Only now: before, a leftover could be the only copy of these bytes. Where the lock does not
+    // keep all others out, one may belong to a save that goes on.
+    std::vector<std::string> ours;
     if (lock.Warning().empty()) {
-        RemoveLeftovers(target.folder, {found.value_or(""), std::string(bytes)}, &warnings);
+        ours.emplace_back(bytes);
+        if (found) {
+            ours.push_back(*found);
+        }
     }
-    // Where the folder cannot be flushed, the file's own flush must do.
-    static_cast<void>(target.isReadable && fsync(target.folder.Number()) == 0);
+    RemoveLeftovers(target.folder, ours, &warnings);
+    if (!target.isReadable || fsync(target.folder.Number()) != 0) {
+        warnings.emplace_back(
+            "its folder could not be flushed: after a power failure it may be the old file");
+    }
     return warnings;
 }
 

@@ -202,6 +202,9 @@ Target FolderOf(std::string const& path) {
     Target target;
     target.folder = Descriptor(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     target.isReadable = target.folder.IsOpen();
+    if (!target.isReadable) {
+        target.folder = Descriptor(open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    }
     return target;
 }
 
@@ -215,7 +218,7 @@ Target FindTarget(std::string const& path) {
     if (NamesDescriptor(path)) {
         return AtStream(DuplicateNamed(path));
     }
-    Place place = Walk().Go(OpenFolder("."), path, "");
+    Place place = Walk().Go(path.starts_with('/') ? Descriptor() : OpenFolder("."), path, "");
     if (place.fIsDescriptor || (place.fItem.IsOpen() && IsNullDevice(StatusOf(place.fItem)))) {
         return AtStream(std::move(place.fItem));
     }

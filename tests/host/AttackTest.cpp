@@ -2,7 +2,9 @@
 #include "pdfsettings/Component.h"
 #include "pdfsettings/SafeSave.h"
 #include "pdfsettings/Settings.h"
+#include "pdfsettings/SettingsList.h"
 
+#include "tests/support/EnvironmentVariable.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <csignal>
@@ -10,6 +12,7 @@
 #include <functional>
 #include <grp.h>
 #include <gtest/gtest.h>
+#include <set>
 #include <sys/file.h>
 #include <sys/prctl.h>
 #include <sys/stat.h>
@@ -191,6 +194,28 @@ TEST_F(AttackTest, AFileThatTheComponentHasJustMadeIsNotExchanged) {
             static_cast<void>(symlink(roots.c_str(), file.c_str()));
         },
         [&] { settings.Write(file); });
+}
+
+// Root with another user's environment.
+TEST_F(AttackTest, NoFolderIsMadeWhereAnotherUserLeads) {
+    MakeFolder("theirs", 0755, kAttacker);
+    std::string const way = fFolder / "theirs/d";
+    std::string const roots = fFolder / "roots";
+    Component const component;
+    support::EnvironmentVariable const data("XDG_DATA_HOME", (way + "/data").c_str());
+    umask(0);
+    std::set<std::string> answers;
+    Survive(
+        [&] {
+            static_cast<void>(symlink(roots.c_str(), way.c_str()));
+            unlink(way.c_str());
+            mkdir(way.c_str(), 0755);
+            rmdir(way.c_str());
+        },
+        [&] { answers.insert(SettingsList::UserFolder(component)); });
+    umask(022);
+    EXPECT_EQ(answers, std::set<std::string>{way + "/data/Ardeo/Ardeo PDF/Settings"});
+    EXPECT_FALSE(std::filesystem::exists(way + "/data"));
 }
 
 TEST_F(AttackTest, OneWhoHoldsTheLockOnlyDelaysASave) {

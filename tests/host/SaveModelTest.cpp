@@ -9,12 +9,14 @@
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
+#include <functional>
 #include <gtest/gtest.h>
 #include <random>
 #include <set>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <utility>
 
 using namespace pdfsettings;
 using support::ReadBytes;
@@ -128,25 +130,33 @@ int CountCalls(bool hasOld) {
     return calls.Count();
 }
 
-// Saves in a process of its own that is killed after the nth call.
-void SaveAndDie(std::string const& path, int n, bool isNamed) {
+// Saves in a process of its own, which does something after each call that may end it.
+void SaveAndDie(
+    std::string const& path,
+    char const* seen,
+    std::function<void(int)> const& action,
+    bool isNamed = false) {
     pid_t const child = fork();
     if (child == 0) {
         SystemCallsDouble calls;
         if (isNamed) {
             calls.FailAlways("nameless", EOPNOTSUPP);
         }
-        calls.AfterEach([n](int call) {
-            if (call == n) {
-                raise(SIGKILL);
-            }
-        });
-        SaveMessage(path);
+        calls.AfterEach(action);
+        SaveMessage(path, seen);
         _exit(0);
     }
     int status = -1;
     waitpid(child, &status, 0);
-    EXPECT_TRUE(WIFSIGNALED(status) || status == 0) << n;
+    EXPECT_TRUE(WIFSIGNALED(status) || status == 0);
+}
+
+std::function<void(int)> KillAt(int n) {
+    return [n](int call) {
+        if (call == n) {
+            raise(SIGKILL);
+        }
+    };
 }
 
 } // namespace
@@ -160,7 +170,7 @@ TEST(SaveModel, AKillAfterAnyCallLeavesOldOrNewBytesWhole) {
             for (int n = 1; n <= count; ++n) {
                 support::TemporaryFolder const folder;
                 std::string const file = hasOld ? folder.Make("a", "old") : folder / "a";
-                SaveAndDie(file, n, isNamed);
+                SaveAndDie(file, nullptr, KillAt(n), isNamed);
                 auto const all = AllBytes(folder);
                 std::string const left = ReadBytes(file);
                 EXPECT_TRUE(left == "new" || left == (hasOld ? "old" : "")) << n << left;
@@ -174,6 +184,36 @@ TEST(SaveModel, AKillAfterAnyCallLeavesOldOrNewBytesWhole) {
         }
     }
     EXPECT_GT(leftovers, 0);
+}
+
+// One other writer at a random moment, and a kill at a later one.
+TEST(SaveModel, AKillBesideAnotherWriterLeavesEverybodysBytes) {
+    constexpr unsigned kRounds = 600;
+    int exchanged = 0;
+    for (unsigned seed = 0; seed < kRounds && !testing::Test::HasFailure(); ++seed) {
+        std::mt19937 random(seed);
+        support::TemporaryFolder const folder;
+        folder.Make("a", "old");
+        // Most of what can go wrong lies around the exchange.
+        int const moment = 17 + static_cast<int>(random() % 60);
+        int const end = moment + 1 + static_cast<int>(random() % 30);
+        unsigned long const kind = random() % 3;
+        OtherWriter other(folder);
+        SaveAndDie(folder / "a", "old", [&, hasActed = false](int call) mutable {
+            if (call >= moment && !std::exchange(hasActed, true)) {
+                other.Act(kind);
+            } else if (hasActed && call >= end) {
+                raise(SIGKILL);
+            }
+        });
+        auto const all = AllBytes(folder);
+        std::string const left = ReadBytes(folder / "a");
+        bool const hasActed = all.contains("other0");
+        EXPECT_TRUE(hasActed || all.size() == 1) << seed << left;
+        EXPECT_TRUE(left == "other0" || left == "old" || left == "new") << seed << left;
+        exchanged += hasActed && left == "new" ? 1 : 0;
+    }
+    EXPECT_GT(exchanged, 0) << "none was killed between the exchanges";
 }
 
 TEST(SaveModel, EveryFailingCallGivesTheOldBytesWithAReasonOrTheNewOnes) {

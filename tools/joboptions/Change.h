@@ -1,4 +1,4 @@
-// Changes of a file in its own text: judged, shown, saved.
+// Changes of a file in its own text: validated, shown, saved.
 #pragma once
 
 #include "pdfsettings/Component.h"

@@ -60,7 +60,8 @@ void AddJson(CLI::App& command, Options& options) {
 
 void AddSchema(CLI::App& command, Options& options) {
     command
-        .add_option("--schema", options.schema, "Judge by this schema, not by the standard schema")
+        .add_option(
+            "--schema", options.schema, "Validate with this schema, not with the standard schema")
         ->type_name("FILE");
 }
 

@@ -78,7 +78,17 @@ Status ChangeFile(std::string const& file, Options const& options, ChangeText co
 
 void RequireReplaceable(std::string const& file, Options const& options) {
     std::string const& target = TargetOf(file, options);
-    if (target != "-" && pdfsettings::IsReadOnly(target)) {
+    if (target == "-") {
+        return;
+    }
+    try {
+        pdfsettings::LookAt(target, SaveOptionsOf(options));
+    } catch (pdfsettings::RefusedError const& error) {
+        throw Failure(Status::kRefused, fmt::format("{}: {}", VisibleText(target), error.what()));
+    } catch (pdfsettings::Error const&) {
+        // A dry run writes nothing that could fail.
+    }
+    if (pdfsettings::IsReadOnly(target)) {
         throw Failure(Status::kRefused, VisibleText(target) + ": read-only");
     }
 }

@@ -21,8 +21,8 @@ using ChangeText = std::function<Status(std::string const& text, SaveText const&
 // and whatever change throws.
 Status ChangeFile(std::string const& file, Options const& options, ChangeText const& change);
 
-// Throws Failure with Status::kRefused when the result of a change could not be saved, for a
-// read-only file.
+// Throws Failure with Status::kRefused when the result of a change would be refused: for a
+// read-only file or a planted link.
 void RequireReplaceable(std::string const& file, Options const& options);
 
 // Throws Failure with Status::kWrongCall when standard output would have to take both JSON and the

@@ -56,8 +56,9 @@ void WriteFile(std::string const& file, std::string_view text, Options const& op
 
 void LookAtOutput(Options& options) {
     if (IsFile(options.output) && !options.dryRun) {
-        AsWriting(
-            options.output, [&] { options.seenOutput = pdfsettings::LookAt(options.output); });
+        AsWriting(options.output, [&] {
+            options.seenOutput = pdfsettings::LookAt(options.output, SaveOptionsOf(options));
+        });
     }
 }
 

@@ -16,7 +16,8 @@
 
 namespace pdfsettings {
 
-// Says that a file is not replaced, for the reason that what() gives. The file is as it was.
+// Says that a file is not replaced, for the reason that what() gives. The file is as it was, unless
+// what() names a file in which the bytes of another program are kept.
 class PDFSETTINGS_API RefusedError : public Error {
 public:
     using Error::Error;
@@ -34,7 +35,8 @@ public:
     using RefusedError::RefusedError;
 };
 
-// Another program kept the folder locked, or the file open for writing, until the time was over.
+// Another program kept the folder locked, the file open for writing, or a lease on it, until the
+// time was over.
 class PDFSETTINGS_API BusyError : public RefusedError {
 public:
     using RefusedError::RefusedError;
@@ -67,20 +69,21 @@ PDFSETTINGS_API bool IsReadOnly(std::string const& path);
 PDFSETTINGS_API bool IsStream(std::string const& path);
 
 // The bytes of the file at path as a save would find it, or none where there is no file; none too
-// for a stream. Throws LinkError, and Error with the system's reason, also for any other file
-// that is not a regular one and for one larger than 256 MiB.
-PDFSETTINGS_API std::optional<std::string> LookAt(std::string const& path);
+// for a stream. Of options only the timeout counts. Throws LinkError, BusyError, and Error with the
+// system's reason, also for what is no regular file and for a file larger than 256 MiB.
+PDFSETTINGS_API std::optional<std::string>
+LookAt(std::string const& path, SaveOptions const& options = {});
 
-// The bytes of the file at path, through all links; a stream is read to its end. Throws Error as
-// LookAt, and for a file that is not there.
+// The bytes of the file at path, through all links; a stream is read to its end. Throws BusyError,
+// and Error as LookAt and for a file that is not there.
 PDFSETTINGS_API std::string ReadFile(std::string const& path);
 
 // Makes bytes the contents of the file at path: whatever happens, the file holds the old bytes or
-// the new ones, on disk too once this returns. A replaced file keeps its owner, mode, access
-// control list, user attributes and security label; what cannot be kept is cut, never widened, and
-// said in the warnings. A link is followed; other hard links keep the old bytes. Programs that use
-// this library wait for each other. Throws RefusedError, and Error with the system's reason; then
-// the file is as it was.
+// the new ones, on disk too once this returns unless a warning says otherwise. A replaced file
+// keeps its owner, mode, access control list, user attributes and security label; what cannot be
+// kept is cut, never widened, and said in the warnings. A link is followed; other hard links keep
+// the old bytes. Programs that use this library wait for each other. Throws RefusedError, and Error
+// with the system's reason; then the file is as it was.
 PDFSETTINGS_API SaveWarnings
 SaveSafely(std::string const& path, std::string_view bytes, SaveOptions const& options = {});
 
@@ -91,7 +94,7 @@ PDFSETTINGS_API SaveWarnings SaveSafely(
     std::optional<std::string> const& seen,
     SaveOptions const& options = {});
 
-// A file that is being changed, see Edit.
+// A file that is being changed, see Edit. Valid only while Edit runs.
 class PDFSETTINGS_API EditedFile {
 public:
     EditedFile(EditedFile const&) = delete;
@@ -101,7 +104,8 @@ public:
     // The bytes as they were read, or were saved last; none where there is no file.
     std::optional<std::string> const& Bytes() const noexcept;
 
-    // As SaveSafely. May be called more than once.
+    // As SaveSafely, if the file still holds Bytes(): else throws ConflictError. May be called more
+    // than once.
     SaveWarnings Save(std::string_view bytes);
 
 private:

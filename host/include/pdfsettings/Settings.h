@@ -31,8 +31,9 @@ public:
     static Settings
     FromText(Component const& component, std::string_view text, std::string const& schema = {});
 
-    // Settings from the file at path, which they are bound to; schema as above. Throws Error with
-    // the system's reason when the file cannot be read (see ReadFile), else with the reported one.
+    // Settings from the file at path, which they are bound to unless it is a stream; schema as
+    // above. Throws Error with the system's reason when the file cannot be read (see ReadFile),
+    // else with the reported one.
     static Settings
     FromFile(Component const& component, std::string const& path, std::string const& schema = {});
 
@@ -79,11 +80,12 @@ public:
 
     // Writes the settings, valid or not, to the file at path, whose folder must exist, and binds
     // them to it. An existing file is deleted before the new one is made: see Save and SaveSafely
-    // for a replacement that cannot lose it. Waits for programs that hold the folder's lock. Throws
+    // for a replacement that cannot lose it, keeps permissions and refuses planted links. Waits for
+    // programs that hold the folder's lock; the warnings say where others are not kept out. Throws
     // BusyError, Error as Text, for a path that is no UTF-8 or has a NUL byte, with the system's
     // reason, as far as it can be found out afterwards, and when the file does not hold the whole
     // text in the end.
-    void Write(std::string const& path);
+    SaveWarnings Write(std::string const& path);
 
 private:
     friend class RawAccess;
