@@ -165,9 +165,11 @@ SaveWarnings Replace(
         }
     }
     RemoveLeftovers(target.folder, ours, &warnings);
-    if (!target.isReadable || fsync(target.folder.Number()) != 0) {
+    // A folder that may not be read has its warning already, and not every file system flushes
+    // folders.
+    if (target.isReadable && fsync(target.folder.Number()) != 0 && !IsUnsupported(errno)) {
         warnings.emplace_back(
-            "its folder could not be flushed: after a power failure it may be the old file");
+            "its folder could not be flushed, so a power failure may undo the save");
     }
     return warnings;
 }
