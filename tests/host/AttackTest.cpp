@@ -37,10 +37,12 @@ public:
             bool const isOther = setgroups(0, nullptr) == 0 &&
                                  setresgid(kAttacker, kAttacker, kAttacker) == 0 &&
                                  setresuid(kAttacker, kAttacker, kAttacker) == 0;
-            while (isOther) {
+            if (!isOther) {
+                _exit(1);
+            }
+            for (;;) {
                 act();
             }
-            _exit(1);
         }
     }
     ~Attacker() {

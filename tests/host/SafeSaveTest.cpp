@@ -49,6 +49,26 @@ protected:
         return warnings.empty() ? "" : warnings.front();
     }
 
+    std::string FirstName() const { return fFolder.Names().substr(0, fFolder.Names().find(' ')); }
+
+    // A process that leaves an edit by an exception, as this one does not.
+    static void Leave() {
+        pid_t const leaving = fork();
+        if (leaving == 0) {
+            throw Error("the child leaves the edit");
+        }
+        waitpid(leaving, nullptr, 0);
+    }
+
+    // A process that has a copy of all descriptors until the other end of the pipe is closed.
+    static void Stay(int const (&pipe)[2]) {
+        if (fork() == 0) {
+            close(pipe[1]);
+            char byte = 0;
+            _exit(static_cast<int>(read(pipe[0], &byte, 1)));
+        }
+    }
+
     support::TemporaryFolder fFolder;
     long fDescriptors = support::CountDescriptors();
 };
@@ -244,16 +264,15 @@ TEST_F(SafeSaveTest, EditsOneAfterTheOther) {
     auto const add = [&](EditedFile& edited) {
         edited.Save(std::to_string(std::stoi(*edited.Bytes()) + 1));
     };
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([&] {
-            for (int round = 0; round < 25; ++round) {
-                Edit(file, add, {std::chrono::minutes(2), false});
-            }
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
+    auto const addOften = [&] {
+        for (int round = 0; round < 25; ++round) {
+            Edit(file, add, {std::chrono::minutes(2), false});
+        }
+    };
+    {
+        std::jthread const threads[] = {
+            std::jthread(addOften), std::jthread(addOften), std::jthread(addOften)};
+        addOften();
     }
     EXPECT_EQ(ReadBytes(file), "100");
 }
@@ -339,20 +358,18 @@ TEST_F(SafeSaveTest, KeepsANewFileThatSomebodyBeganToWriteBeforeItWasTakenBack) 
     {
         SystemCallsDouble calls;
         calls.AfterEach([&](int) {
-            if (calls.Count("exchange") != 1 || writer >= 0) {
-                return;
+            bool const isNow = calls.Count("exchange") == 1 && writer < 0;
+            if (isNow) {
+                writer = open(file.c_str(), O_WRONLY | O_CLOEXEC);
+                // Another one, who was done with the old file, makes it a conflict.
+                fFolder.Make(FirstName(), "OLD");
             }
-            writer = open(file.c_str(), O_WRONLY | O_CLOEXEC);
-            // Another one, who was done with the old file, makes it a conflict.
-            std::string const names = fFolder.Names();
-            fFolder.Make(names.substr(0, names.find(' ')), "OLD");
         });
         message = Save(file, "new");
     }
-    ASSERT_EQ(write(writer, "NEW", 3), 3);
+    EXPECT_EQ(write(writer, "NEW", 3), 3);
     close(writer);
-    std::string const names = fFolder.Names();
-    std::string const kept = names.substr(0, names.find(' '));
+    std::string const kept = FirstName();
     EXPECT_EQ(
         message,
         "changed since it was read, and again meanwhile: what it held is kept as " + kept +
@@ -364,30 +381,19 @@ TEST_F(SafeSaveTest, KeepsANewFileThatSomebodyBeganToWriteBeforeItWasTakenBack) 
 TEST_F(SafeSaveTest, AChildNeitherKeepsNorEndsTheLockOfAnEdit) {
     std::string const file = fFolder.Make("a", "old");
     pid_t const parent = getpid();
-    int toChild[2];
-    ASSERT_EQ(::pipe(toChild), 0);
+    int toChild[2] = {-1, -1};
+    std::string other;
+    EXPECT_EQ(::pipe(toChild), 0);
     try {
         Edit(file, [&](EditedFile&) {
-            pid_t const leaving = fork();
-            if (leaving == 0) {
-                throw Error("the child leaves the edit");
-            }
-            waitpid(leaving, nullptr, 0);
-            std::string other;
+            Leave();
             std::thread([&] { other = Save(file, "new", kNoWaiting); }).join();
-            EXPECT_NE(other, "") << "the child has ended the lock";
-            if (fork() == 0) {
-                // Stays, with a copy of all descriptors, until the parent is done.
-                close(toChild[1]);
-                char byte = 0;
-                _exit(static_cast<int>(read(toChild[0], &byte, 1)));
-            }
+            Stay(toChild);
         });
     } catch (Error const&) {
-        if (getpid() != parent) {
-            _exit(0);
-        }
+        _exit(getpid() == parent ? 1 : 0);
     }
+    EXPECT_NE(other, "") << "the child has ended the lock";
     EXPECT_EQ(Save(file, "new", kNoWaiting), "") << "the child has kept the lock";
     close(toChild[0]);
     close(toChild[1]);
@@ -402,8 +408,6 @@ TEST_F(SafeSaveTest, DeletesWhatWasLeftBehindOnlyIfNothingIsLost) {
     fFolder.Make(name('2'), "new");
     fFolder.Make(name('3'), "else");
     fFolder.Make(".joboptions-other.new", "old");
-    ASSERT_EQ(mkfifo((fFolder / name('4')).c_str(), 0600), 0);
-    std::filesystem::remove(fFolder / name('4'));
     {
         // As long as the save has not succeeded, these may be the only copy of its bytes.
         SystemCallsDouble calls;

@@ -159,127 +159,145 @@ std::function<void(int)> KillAt(int n) {
     };
 }
 
+// A save that is killed after the nth call; whether it left its new file behind.
+bool CheckKill(int n, bool hasOld, bool isNamed) {
+    support::TemporaryFolder const folder;
+    std::string const file = hasOld ? folder.Make("a", "old") : folder / "a";
+    SaveAndDie(file, nullptr, KillAt(n), isNamed);
+    auto const all = AllBytes(folder);
+    std::string const left = ReadBytes(file);
+    EXPECT_TRUE(left == "new" || left == (hasOld ? "old" : "")) << n << left;
+    EXPECT_EQ(std::filesystem::exists(file), hasOld || left == "new") << n;
+    // A file that has a name from the start may be left half-written.
+    EXPECT_TRUE(isNamed || all.size() < 2 || (all.contains("new") && hasOld)) << n;
+    EXPECT_EQ(SaveMessage(file), "") << n;
+    EXPECT_EQ(ReadBytes(file), "new") << n;
+    return all.size() > 1;
+}
+
+// One other writer at a random moment, and a kill at a later one. Whether it came when both files
+// were exchanged.
+bool CheckKillBesideAnotherWriter(unsigned seed) {
+    std::mt19937 random(seed);
+    support::TemporaryFolder const folder;
+    folder.Make("a", "old");
+    // Most of what can go wrong lies around the exchange.
+    int const moment = 17 + static_cast<int>(random() % 60);
+    int const end = moment + 1 + static_cast<int>(random() % 30);
+    unsigned long const kind = random() % 3;
+    OtherWriter other(folder);
+    SaveAndDie(folder / "a", "old", [&, hasActed = false](int call) mutable {
+        if (call >= moment && !std::exchange(hasActed, true)) {
+            other.Act(kind);
+        } else if (hasActed && call >= end) {
+            raise(SIGKILL);
+        }
+    });
+    auto const all = AllBytes(folder);
+    std::string const left = ReadBytes(folder / "a");
+    bool const hasActed = all.contains("other0");
+    EXPECT_TRUE(hasActed || all.size() == 1) << seed << left;
+    EXPECT_TRUE(left == "other0" || left == "old" || left == "new") << seed << left;
+    return hasActed && left == "new";
+}
+
+// A save whose nth call fails.
+void CheckFailure(int n, bool hasOld, bool andAllLater) {
+    support::TemporaryFolder const folder;
+    std::string const file = hasOld ? folder.Make("a", "old") : folder / "a";
+    long const descriptors = support::CountDescriptors();
+    std::string message;
+    {
+        SystemCallsDouble calls;
+        calls.FailAt(n, EIO, andAllLater);
+        message = SaveMessage(file);
+        EXPECT_TRUE(calls.HasFailed()) << n;
+    }
+    EXPECT_EQ(support::CountDescriptors(), descriptors) << n;
+    auto const all = AllBytes(folder);
+    if (message.empty()) {
+        EXPECT_EQ(ReadBytes(file), "new") << n;
+        EXPECT_TRUE(all.size() == 1 || (all.contains("old") && all.contains("new"))) << n;
+    } else {
+        EXPECT_EQ(all.contains("old"), hasOld) << n << message;
+        EXPECT_TRUE(andAllLater || all.size() == (hasOld ? 1 : 0)) << n << message;
+    }
+}
+
+// What a save says beside another writer who acts at random moments, and perhaps with a failing
+// call.
+std::string SaveBeside(OtherWriter& other, std::string const& path, std::mt19937& random) {
+    std::set<int> moments;
+    for (auto count = 1 + random() % 3; count > 0; --count) {
+        moments.insert(static_cast<int>(random() % 70));
+    }
+    SystemCallsDouble calls;
+    if (random() % 4 == 0) {
+        calls.FailAt(static_cast<int>(random() % 70), EIO);
+    }
+    calls.AfterEach([&](int n) {
+        if (moments.contains(n)) {
+            other.Act(random());
+        }
+    });
+    return SaveMessage(path, "old");
+}
+
+std::string CheckOthersBytes(unsigned seed) {
+    std::mt19937 random(seed);
+    support::TemporaryFolder const folder;
+    folder.Make("a", "old");
+    OtherWriter other(folder);
+    std::string const message = SaveBeside(other, folder / "a", random);
+    other.Finish();
+    auto const all = AllBytes(folder);
+    for (std::string const& text : other.Living()) {
+        EXPECT_TRUE(all.contains(text)) << seed << " " << text << " " << message;
+    }
+    std::string const ours = message.empty() ? "new" : "old";
+    EXPECT_TRUE(all.contains(ours) || other.HasOverwritten(ours) || !other.Living().empty())
+        << seed << " " << ours << " " << message;
+    return message;
+}
+
 } // namespace
 
 TEST(SaveModel, AKillAfterAnyCallLeavesOldOrNewBytesWhole) {
     int leftovers = 0;
-    for (bool const hasOld : {true, false}) {
-        for (bool const isNamed : {true, false}) {
-            int const count = CountCalls(hasOld);
-            ASSERT_GT(count, 20);
-            for (int n = 1; n <= count; ++n) {
-                support::TemporaryFolder const folder;
-                std::string const file = hasOld ? folder.Make("a", "old") : folder / "a";
-                SaveAndDie(file, nullptr, KillAt(n), isNamed);
-                auto const all = AllBytes(folder);
-                std::string const left = ReadBytes(file);
-                EXPECT_TRUE(left == "new" || left == (hasOld ? "old" : "")) << n << left;
-                EXPECT_EQ(std::filesystem::exists(file), hasOld || left == "new") << n;
-                leftovers += all.size() > 1 ? 1 : 0;
-                // A file that has a name from the start may be left half-written.
-                EXPECT_TRUE(isNamed || all.size() < 2 || (all.contains("new") && hasOld)) << n;
-                EXPECT_EQ(SaveMessage(file), "") << n;
-                EXPECT_EQ(ReadBytes(file), "new") << n;
-            }
+    for (auto const& [hasOld, isNamed] :
+         {std::pair(true, true), {true, false}, {false, true}, {false, false}}) {
+        int const count = CountCalls(hasOld);
+        for (int n = 1; n <= count; ++n) {
+            leftovers += CheckKill(n, hasOld, isNamed) ? 1 : 0;
         }
     }
     EXPECT_GT(leftovers, 0);
 }
 
-// One other writer at a random moment, and a kill at a later one.
 TEST(SaveModel, AKillBesideAnotherWriterLeavesEverybodysBytes) {
-    constexpr unsigned kRounds = 600;
     int exchanged = 0;
-    for (unsigned seed = 0; seed < kRounds && !testing::Test::HasFailure(); ++seed) {
-        std::mt19937 random(seed);
-        support::TemporaryFolder const folder;
-        folder.Make("a", "old");
-        // Most of what can go wrong lies around the exchange.
-        int const moment = 17 + static_cast<int>(random() % 60);
-        int const end = moment + 1 + static_cast<int>(random() % 30);
-        unsigned long const kind = random() % 3;
-        OtherWriter other(folder);
-        SaveAndDie(folder / "a", "old", [&, hasActed = false](int call) mutable {
-            if (call >= moment && !std::exchange(hasActed, true)) {
-                other.Act(kind);
-            } else if (hasActed && call >= end) {
-                raise(SIGKILL);
-            }
-        });
-        auto const all = AllBytes(folder);
-        std::string const left = ReadBytes(folder / "a");
-        bool const hasActed = all.contains("other0");
-        EXPECT_TRUE(hasActed || all.size() == 1) << seed << left;
-        EXPECT_TRUE(left == "other0" || left == "old" || left == "new") << seed << left;
-        exchanged += hasActed && left == "new" ? 1 : 0;
+    for (unsigned seed = 0; seed < 600 && !testing::Test::HasFailure(); ++seed) {
+        exchanged += CheckKillBesideAnotherWriter(seed) ? 1 : 0;
     }
     EXPECT_GT(exchanged, 0) << "none was killed between the exchanges";
 }
 
 TEST(SaveModel, EveryFailingCallGivesTheOldBytesWithAReasonOrTheNewOnes) {
-    for (bool const hasOld : {true, false}) {
-        for (bool const andAllLater : {false, true}) {
-            int const count = CountCalls(hasOld);
-            for (int n = 1; n <= count; ++n) {
-                support::TemporaryFolder const folder;
-                std::string const file = hasOld ? folder.Make("a", "old") : folder / "a";
-                long const descriptors = support::CountDescriptors();
-                std::string message;
-                {
-                    SystemCallsDouble calls;
-                    calls.FailAt(n, EIO, andAllLater);
-                    message = SaveMessage(file);
-                    EXPECT_TRUE(calls.HasFailed()) << n;
-                }
-                EXPECT_EQ(support::CountDescriptors(), descriptors) << n;
-                auto const all = AllBytes(folder);
-                bool const isBoth = all.contains("old") && all.contains("new");
-                if (message.empty()) {
-                    EXPECT_EQ(ReadBytes(file), "new") << n;
-                    EXPECT_TRUE(all.size() == 1 || isBoth) << n;
-                } else {
-                    EXPECT_EQ(all.contains("old"), hasOld) << n << message;
-                    EXPECT_TRUE(andAllLater || all.size() == (hasOld ? 1 : 0)) << n << message;
-                }
-            }
+    for (auto const& [hasOld, andAllLater] :
+         {std::pair(true, true), {true, false}, {false, true}, {false, false}}) {
+        int const count = CountCalls(hasOld);
+        ASSERT_GT(count, 20);
+        for (int n = 1; n <= count; ++n) {
+            CheckFailure(n, hasOld, andAllLater);
         }
     }
 }
 
 TEST(SaveModel, BytesOfOthersAreNeverLostWhateverTheyDoBetweenTheCalls) {
-    constexpr unsigned kRounds = 3000;
     int conflicts = 0;
     int kept = 0;
-    for (unsigned seed = 0; seed < kRounds && !testing::Test::HasFailure(); ++seed) {
-        std::mt19937 random(seed);
-        support::TemporaryFolder const folder;
-        folder.Make("a", "old");
-        OtherWriter other(folder);
-        std::set<int> moments;
-        for (auto count = 1 + random() % 3; count > 0; --count) {
-            moments.insert(static_cast<int>(random() % 70));
-        }
-        std::string message;
-        {
-            SystemCallsDouble calls;
-            if (random() % 4 == 0) {
-                calls.FailAt(static_cast<int>(random() % 70), EIO);
-            }
-            calls.AfterEach([&](int n) {
-                if (moments.contains(n)) {
-                    other.Act(random());
-                }
-            });
-            message = SaveMessage(folder / "a", "old");
-        }
-        other.Finish();
-        auto const all = AllBytes(folder);
-        for (std::string const& text : other.Living()) {
-            EXPECT_TRUE(all.contains(text)) << seed << " " << text << " " << message;
-        }
-        std::string const ours = message.empty() ? "new" : "old";
-        EXPECT_TRUE(all.contains(ours) || other.HasOverwritten(ours) || !other.Living().empty())
-            << seed << " " << ours << " " << message;
+    for (unsigned seed = 0; seed < 3000 && !testing::Test::HasFailure(); ++seed) {
+        std::string const message = CheckOthersBytes(seed);
         conflicts += message.starts_with("changed") ? 1 : 0;
         kept += message.find("kept as") != std::string::npos ? 1 : 0;
     }

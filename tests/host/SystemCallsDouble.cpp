@@ -140,14 +140,12 @@ int __wrap_renameat2(
     return Pass(name, [&] { return __real_renameat2(oldFolder, from, newFolder, to, flags); });
 }
 
-long __real_syscall(long number, long a, long b, long c, long d);
-long __wrap_syscall(long number, long a, long b, long c, long d) {
-    auto const isNameless = [&] {
-        return number == SYS_openat2 &&
-               (reinterpret_cast<open_how const*>(c)->flags & O_TMPFILE) == O_TMPFILE;
-    };
+// openat2, which the library has no function for.
+long __real_syscall(long number, long a, char const* b, open_how const* c, long d);
+long __wrap_syscall(long number, long a, char const* b, open_how const* c, long d) {
+    bool const isNameless = number == SYS_openat2 && (c->flags & O_TMPFILE) == O_TMPFILE;
     return Pass(
-        isNameless() ? "nameless" : "syscall", [&] { return __real_syscall(number, a, b, c, d); });
+        isNameless ? "nameless" : "syscall", [&] { return __real_syscall(number, a, b, c, d); });
 }
 
 } // extern "C"

@@ -164,9 +164,9 @@ TEST_F(FileManager, MakesNoFolderThatAnotherUserCouldExchange) {
     EXPECT_EQ(isRoot ? afpAccessDenied : noErr, make("other/planted", 'e'));
     EXPECT_EQ(noErr, make("ours", 'f'));
     EXPECT_EQ(dupFNErr, make("own", 'd'));
-    support::SetRaisedRights(true);
+    support::SetRaisedRights(/*areRaised=*/true);
     EXPECT_EQ(afpAccessDenied, make("own", 'e'));
-    support::SetRaisedRights(false);
+    support::SetRaisedRights(/*areRaised=*/false);
     EXPECT_EQ(noErr, make("own", 'e'));
 }
 
