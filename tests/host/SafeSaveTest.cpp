@@ -8,6 +8,7 @@
 #include <csignal>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <optional>
 #include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -50,6 +51,19 @@ protected:
     }
 
     std::string FirstName() const { return fFolder.Names().substr(0, fFolder.Names().find(' ')); }
+
+    // Right after an exchange: opens the new file for writing and changes the old one, as somebody
+    // who was done with it would have.
+    int Disturb(std::string const& file) const {
+        fFolder.Make(FirstName(), "OLD");
+        return open(file.c_str(), O_WRONLY | O_CLOEXEC);
+    }
+
+    static std::string SaveByAnotherThread(std::string const& path) {
+        std::string message;
+        std::thread([&] { message = Save(path, "new", kNoWaiting); }).join();
+        return message;
+    }
 
     // A process that leaves an edit by an exception, as this one does not.
     static void Leave() {
@@ -286,7 +300,7 @@ TEST_F(SafeSaveTest, TheThreadOfAnEditUsesItsLockAndOthersWait) {
         edited.Save("new");
         edited.Save("newer");
         EXPECT_EQ(edited.Bytes(), "newer");
-        std::thread([&] { other = Save(fFolder / "b", "late", kNoWaiting); }).join();
+        other = SaveByAnotherThread(fFolder / "b");
     });
     EXPECT_EQ(other, "another program is changing files in its folder; try again");
     EXPECT_EQ(ReadBytes(file), "newer");
@@ -354,19 +368,12 @@ TEST_F(SafeSaveTest, WaitsForAWriterAndGivesUpInTime) {
 TEST_F(SafeSaveTest, KeepsANewFileThatSomebodyBeganToWriteBeforeItWasTakenBack) {
     std::string const file = fFolder.Make("a", "old");
     int writer = -1;
-    std::string message;
-    {
-        SystemCallsDouble calls;
-        calls.AfterEach([&](int) {
-            bool const isNow = calls.Count("exchange") == 1 && writer < 0;
-            if (isNow) {
-                writer = open(file.c_str(), O_WRONLY | O_CLOEXEC);
-                // Another one, who was done with the old file, makes it a conflict.
-                fFolder.Make(FirstName(), "OLD");
-            }
-        });
-        message = Save(file, "new");
-    }
+    std::optional<SystemCallsDouble> calls(std::in_place);
+    calls->AfterEach([&](int) {
+        writer = calls->Count("exchange") == 1 && writer < 0 ? Disturb(file) : writer;
+    });
+    std::string const message = Save(file, "new");
+    calls.reset();
     EXPECT_EQ(write(writer, "NEW", 3), 3);
     close(writer);
     std::string const kept = FirstName();
@@ -387,7 +394,7 @@ TEST_F(SafeSaveTest, AChildNeitherKeepsNorEndsTheLockOfAnEdit) {
     try {
         Edit(file, [&](EditedFile&) {
             Leave();
-            std::thread([&] { other = Save(file, "new", kNoWaiting); }).join();
+            other = SaveByAnotherThread(file);
             Stay(toChild);
         });
     } catch (Error const&) {

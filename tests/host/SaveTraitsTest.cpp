@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <functional>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
@@ -61,6 +62,24 @@ protected:
         struct stat status {};
         stat(fFile.c_str(), &status);
         return status.st_mode & 07777;
+    }
+
+    // Somebody takes permissions away at a call.
+    std::function<void(int)> NarrowAt(int moment) const {
+        return [this, moment, isDone = false](int call) mutable {
+            if (call >= moment && !std::exchange(isDone, true)) {
+                chmod(fFile.c_str(), 0600);
+            }
+        };
+    }
+
+    bool IsSaved(std::string const& bytes) const {
+        try {
+            SaveSafely(fFile, bytes);
+            return true;
+        } catch (ConflictError const&) {
+            return false;
+        }
     }
 
     support::TemporaryFolder fFolder;
@@ -204,22 +223,10 @@ TEST_F(SaveTraitsTest, ThatChangeDuringASaveAreNotUndone) {
     int last = 0;
     calls.AfterEach([&](int n) { last = n; });
     SaveSafely(fFile, "counted");
-    auto const isSaved = [&](int n) {
-        try {
-            SaveSafely(fFile, std::to_string(n));
-            return true;
-        } catch (ConflictError const&) {
-            return false;
-        }
-    };
     for (int n = 1; n < last; ++n) {
         chmod(fFile.c_str(), 0666);
-        calls.AfterEach([&, start = calls.Count(), isDone = false](int call) mutable {
-            if (call - start >= n && !std::exchange(isDone, true)) {
-                chmod(fFile.c_str(), 0600);
-            }
-        });
-        bool const hasSaved = isSaved(n);
+        calls.AfterEach(NarrowAt(calls.Count() + n));
+        bool const hasSaved = IsSaved(std::to_string(n));
         EXPECT_EQ(support::ReadBytes(fFile) == std::to_string(n), hasSaved) << n;
         EXPECT_EQ(Mode(), 0600U) << n;
     }

@@ -223,19 +223,19 @@ TEST_F(SettingsTest, AWriteWaitsForTheEditOfAnotherThread) {
     Settings settings = Settings::FromText(fComponent, "<</A 1 >>setalembicorparams");
     std::promise<void> started;
     std::jthread writer;
-    std::string const message = MessageOf([&] {
-        Edit(file, [&](EditedFile& edited) {
-            writer = std::jthread([&] {
-                started.set_value();
-                settings.Write(file);
-            });
-            started.get_future().wait();
-            // A write without the lock would make one of these a conflict.
-            for (int i = 0; i < 20; ++i) {
-                edited.Save(std::to_string(i));
-            }
-        });
-    });
+    auto const write = [&] {
+        started.set_value();
+        settings.Write(file);
+    };
+    auto const edit = [&](EditedFile& edited) {
+        writer = std::jthread(write);
+        started.get_future().wait();
+        // A write without the lock would make one of these a conflict.
+        for (int i = 0; i < 20; ++i) {
+            edited.Save(std::to_string(i));
+        }
+    };
+    std::string const message = MessageOf([&] { Edit(file, edit); });
     writer.join();
     EXPECT_EQ(message, "accepted");
     EXPECT_EQ(support::ReadBytes(file).substr(0, 2), "<<");
