@@ -100,7 +100,6 @@ SUPPORT_WRAP(int, fsync, (int a), (a))
 SUPPORT_WRAP(ssize_t, getrandom, (void* a, size_t b, unsigned c), (a, b, c))
 SUPPORT_WRAP(int, linkat, (int a, char const* b, int c, char const* d, int e), (a, b, c, d, e))
 SUPPORT_WRAP(int, open, (char const* a, int b, mode_t c), (a, b, c))
-SUPPORT_WRAP(int, openat, (int a, char const* b, int c, mode_t d), (a, b, c, d))
 SUPPORT_WRAP(ssize_t, pread, (int a, void* b, size_t c, off_t d), (a, b, c, d))
 SUPPORT_WRAP(ssize_t, read, (int a, void* b, size_t c), (a, b, c))
 SUPPORT_WRAP(ssize_t, readlinkat, (int a, char const* b, char* c, size_t d), (a, b, c, d))
@@ -119,6 +118,14 @@ int __wrap_fcntl(int file, int command, long argument) {
     return Pass(command == F_SETLEASE ? "lease" : "fcntl", [&] {
         return __real_fcntl(file, command, argument);
     });
+}
+
+int __real_openat(int folder, char const* path, int flags, mode_t mode);
+int __wrap_openat(int folder, char const* path, int flags, mode_t mode) {
+    bool const isNameless = (flags & O_TMPFILE) == O_TMPFILE;
+    bool const isFolder = (flags & O_DIRECTORY) != 0 && (flags & O_PATH) == 0;
+    std::string_view const name = isNameless ? "nameless" : isFolder ? "folder" : "openat";
+    return Pass(name, [&] { return __real_openat(folder, path, flags, mode); });
 }
 
 int __real_fstatfs(int file, struct statfs* status);

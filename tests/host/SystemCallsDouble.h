@@ -20,7 +20,8 @@ public:
     void FailAt(int n, int error, bool andAllLater = false);
 
     // So do the next call of that name, and all calls of it. openat2 is "syscall"; "lease",
-    // "exchange", "noreplace" and "nameless" are what fcntl, renameat2 and openat2 do by a flag.
+    // "exchange", "noreplace", "nameless" and "folder" are what fcntl, renameat2 and the two ways
+    // to open do by a flag.
     void FailNext(std::string_view name, int error);
     void FailAlways(std::string_view name, int error);
 
