@@ -104,8 +104,7 @@ Settings::FromFile(Component const& component, std::string const& path, std::str
     Settings settings = FromText(component, bytes, schema);
     // A descriptor cannot be read again.
     if (!detail::NamesDescriptor(path)) {
-        settings.fState->fPath = Absolute(path);
-        settings.fState->fBytes = std::move(bytes);
+        settings.fState->Bind(Absolute(path), std::move(bytes));
     }
     return settings;
 }
@@ -147,16 +146,18 @@ std::string Settings::Text() const {
 }
 
 bool Settings::IsDirty() const {
-    return fState->fPath.empty() || BytesAt(fState->fPath) != fState->fBytes;
+    auto const [path, bytes] = fState->Bound();
+    return path.empty() || BytesAt(path) != bytes;
 }
 
 SaveWarnings Settings::Save(SaveOptions const& options) {
-    if (fState->fPath.empty()) {
+    auto const [path, bytes] = fState->Bound();
+    if (path.empty()) {
         throw Error("these settings are bound to no file");
     }
     std::string text = Text();
-    SaveWarnings warnings = SaveSafely(fState->fPath, text, fState->fBytes, options);
-    fState->fBytes = std::move(text);
+    SaveWarnings warnings = SaveSafely(path, text, bytes, options);
+    fState->Bind(path, std::move(text));
     return warnings;
 }
 
@@ -182,8 +183,7 @@ SaveWarnings Settings::Write(std::string const& path) {
     if (BytesAt(path) != text) {
         throw Error("the settings could not be written whole: " + path);
     }
-    fState->fPath = Absolute(path);
-    fState->fBytes = std::move(text);
+    fState->Bind(Absolute(path), std::move(text));
     bool const isWarned = lock && !lock->Warning().empty();
     return isWarned ? SaveWarnings{lock->Warning()} : SaveWarnings();
 }

@@ -5,6 +5,7 @@
 #include "pdfsettings/Settings.h"
 
 #include <memory>
+#include <mutex>
 #include <string>
 #include <utility>
 
@@ -25,8 +26,26 @@ struct Settings::State {
 
     std::shared_ptr<detail::RunningComponent> fRunning;
     detail::RunningComponent::OwnedSettings::iterator fSettings;
-    std::string fPath;  // absolute; empty while bound to no file
-    std::string fBytes; // of that file, as they were read or written last
+
+    // The file that the settings are bound to, as it was read or written last.
+    struct Binding {
+        std::string fPath; // absolute; empty while there is none
+        std::string fBytes;
+    };
+
+    Binding Bound() const {
+        std::lock_guard const guard(fBindingInUse);
+        return fBinding;
+    }
+
+    void Bind(std::string path, std::string bytes) {
+        std::lock_guard const guard(fBindingInUse);
+        fBinding = {std::move(path), std::move(bytes)};
+    }
+
+private:
+    mutable std::mutex fBindingInUse;
+    Binding fBinding;
 };
 
 } // namespace pdfsettings
