@@ -1,5 +1,6 @@
 #include "tests/support/SystemFaults.h"
 
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <cstdarg>
@@ -9,7 +10,6 @@
 #include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
-#include <utility>
 
 #include "runtime/FailurePoint.h"
 
@@ -18,7 +18,7 @@ namespace support {
 namespace {
 
 bibrt::FailurePoint gFaults;
-bool gStopsBeforeWriting = false;
+std::atomic<bool> gStopsBeforeWriting = false;
 std::string gHome; // in the password database
 
 // The call that this one stands before.
@@ -90,7 +90,7 @@ ssize_t read(int file, void* buffer, size_t size) {
 }
 
 ssize_t write(int file, void const* buffer, size_t size) {
-    if (std::exchange(support::gStopsBeforeWriting, false)) {
+    if (support::gStopsBeforeWriting.exchange(false)) {
         raise(SIGSTOP);
     }
     return Fails() ? -1 : Next(&write, "write")(file, buffer, size);
