@@ -1,7 +1,5 @@
 #include "runtime/Cache.h"
 
-#include <algorithm>
-
 namespace bibrt {
 
 Cache& Cache::The() {
@@ -147,27 +145,43 @@ void Cache::DeleteSet(BIBCacheSet& set) noexcept {
     }
 }
 
-void Cache::CallClientPurges() {
-    for (std::size_t i = 0;; ++i) {
-        // By position, since a procedure may add and remove some.
-        auto* const purge =
-            Locked([&] { return i < fClientPurges.size() ? fClientPurges[i] : nullptr; });
-        if (!purge) {
-            return;
+void (*Cache::NextClientPurge(unsigned long& after, unsigned long until) noexcept)() {
+    return Locked([&]() -> void (*)() {
+        for (auto const& [proc, added] : fClientPurges) {
+            if (added > after) {
+                after = added;
+                return added <= until ? proc : nullptr;
+            }
         }
+        return nullptr;
+    });
+}
+
+// By the time of adding, not by position: a procedure may remove itself and others, and add some,
+// which are not called any more.
+void Cache::CallClientPurges() {
+    unsigned long const until = Locked([&] { return fTime; });
+    unsigned long after = 0;
+    while (auto* const purge = NextClientPurge(after, until)) {
         purge();
     }
 }
 
 void Cache::AddClientPurge(void (*purge)()) {
     std::lock_guard const guard(fLock);
-    if (std::find(fClientPurges.begin(), fClientPurges.end(), purge) == fClientPurges.end()) {
-        fClientPurges.push_back(purge);
+    for (auto const& known : fClientPurges) {
+        if (known.fProc == purge) {
+            return;
+        }
     }
+    fClientPurges.push_back({purge, ++fTime});
 }
 
 void Cache::RemoveClientPurge(void (*purge)()) noexcept {
-    Locked([&] { std::erase(fClientPurges, purge); });
+    Locked([&] {
+        std::erase_if(
+            fClientPurges, [=](ClientPurge const& known) { return known.fProc == purge; });
+    });
 }
 
 } // namespace bibrt

@@ -133,11 +133,18 @@ private:
     static void LeaveSet(BIBCacheID& id) noexcept;
     DroppedData DropFirst(BIBCacheSet& set) noexcept;
 
+    struct ClientPurge {
+        void (*fProc)();
+        unsigned long fAdded; // when
+    };
+    // The first that was added after a time and not after another; null for none.
+    void (*NextClientPurge(unsigned long& after, unsigned long until) noexcept)();
+
     std::mutex fLock;
     RingLink<BIBCacheID> fByAge{nullptr}; // the ids with data, the one used longest ago first
     unsigned long fTime = 0;
     unsigned long fSize = 0;
-    ResidentVector<void (*)()> fClientPurges;
+    ResidentVector<ClientPurge> fClientPurges; // in the order of their adding
 };
 
 } // namespace bibrt

@@ -17,6 +17,11 @@ void ThrowFromPurge() {
     throw 3;
 }
 
+void RemoveItself() {
+    support::LoadTable<_t_BIBCacheInterface>(&BIBRuntimeLookup).RemoveClientPurge(&RemoveItself, 0);
+    CountPurge();
+}
+
 class CacheTest : public RuntimeTest {
 protected:
     void SetUp() override {
@@ -133,6 +138,13 @@ TEST_F(CacheTest, ClientProceduresAreCalledOnceEach) {
     fCache.RemoveClientPurge(&CountPurge, 0);
     fCache.PurgeAllStaticCaches();
     EXPECT_EQ(gClientPurges, 2);
+    fCache.AddClientPurge(&RemoveItself, 0);
+    fCache.AddClientPurge(&CountPurge, 0);
+    fCache.PurgeAllStaticCaches();
+    EXPECT_EQ(gClientPurges, 4);
+    fCache.PurgeAllStaticCaches();
+    EXPECT_EQ(gClientPurges, 5);
+    fCache.RemoveClientPurge(&CountPurge, 0);
 }
 
 TEST_F(CacheTest, NullsAreAcceptedAndMemoryFailureGivesNull) {
