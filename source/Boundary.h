@@ -6,26 +6,35 @@
 
 namespace PDFSettingsImpl {
 
-// Tells the host of an error.
-inline void ReportError(BIB_T_NMT::CBIBError const& error) {
+// Reports message to the host. What the host's own procedure throws ends here: there is nobody else
+// to report to.
+inline void Report(char const* message) noexcept {
     try {
-        BIB_T_NMT::BIBReportError(error.what());
+        BIB_T_NMT::BIBReportError(message);
+    } catch (...) {
+    }
+}
+
+// The text of an error, as CBIBError::what gives it.
+inline char const* TextOf(BIB_T_NMT::CBIBError const& error) noexcept {
+    try {
+        return error.what();
     } catch (...) {
         // what() makes an atom of this text for an invalid error, and there was no memory for it.
-        BIB_T_NMT::BIBReportError("Invalid CBIBError");
+        return "Invalid CBIBError";
     }
 }
 
 // Gives the result of work. If it throws, reports the reason to the host and gives the result of
-// makeFailure, which is called only then.
+// makeFailure, which is called only then and does not throw.
 template <class MakeFailure, class Work>
 auto AtBoundary(MakeFailure makeFailure, Work work) noexcept -> decltype(work()) {
     try {
         return work();
     } catch (BIB_T_NMT::CBIBError const& error) {
-        ReportError(error);
+        Report(TextOf(error));
     } catch (...) {
-        BIB_T_NMT::BIBReportError("unknown BIB error");
+        Report("unknown BIB error");
     }
     return makeFailure();
 }

@@ -39,4 +39,26 @@ TEST_F(BoundaryTrap, ReportsEachExceptionOnceAndMakesTheFailureValue) {
     }
 }
 
+// A host's report procedure may throw: the call gives its failure value all the same.
+TEST_F(BoundaryTrap, EndsWhatTheReportProcedureThrows) {
+    static int reports = 0;
+    reports = 0;
+    BIBRuntimeSetErrorChannel(
+        [](char const* /*message*/, void* /*client*/) {
+            ++reports;
+            throw 1;
+        },
+        nullptr);
+    for (void (*const fail)() :
+         {+[] { CBIBError::ThrowError("text", "", 0, nullptr, nullptr); }, +[] { throw 1; }}) {
+        auto const work = [fail] {
+            fail();
+            return 1;
+        };
+        EXPECT_EQ(-1, AtBoundary([] { return -1; }, work));
+    }
+    EXPECT_EQ(2, reports);
+    BIBRuntimeSetErrorChannel(nullptr, nullptr);
+}
+
 } // namespace PDFSettingsImpl
