@@ -23,9 +23,9 @@ void DeletePDFSettingsImpl(void* instance) {
 }
 
 PDFSettingsObject::PDFSettingsObject(BIB_T_NMT::CPOSDict const& settings, char const* schema)
-    : fTimeStamp(0),
-      fSettings(settings),
-      fSchema(schema, std::strlen(schema) + 1) {}
+    : fSettings(settings),
+      fSchema(schema, std::strlen(schema) + 1),
+      fTimeStamp(0) {}
 
 bool PDFSettingsObject::IsDirty() {
     if (fTimeStamp.GetSize() == 0) {

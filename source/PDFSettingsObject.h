@@ -81,17 +81,17 @@ public:
     // The object in a container, which owns it. Throws the runtime's error for another container.
     static PDFSettingsObject* GetInstance(PDFSettings const* container);
 
-protected:
-    // The file that was last read or written; empty while there is none.
-    UnicodeEncodingNS::Unicode16 fPath;
-    // That file's time stamp at that moment; its size is 0 while there is none.
-    FileMgmtUtil::TimeStamp fTimeStamp;
-
 private:
     void WriteText(UnicodeEncodingNS::Unicode16 const& path) const;
 
     BIB_T_NMT::CPOSDict fSettings;
     BIB_T_NMT::TBIBMemoryBuffer<char, BIB_T_NMT::CBIBMemory> fSchema;
+
+protected:
+    // The file that was last read or written; empty while there is none.
+    UnicodeEncodingNS::Unicode16 fPath;
+    // That file's time stamp at that moment; its size is 0 while there is none.
+    FileMgmtUtil::TimeStamp fTimeStamp;
 };
 
 } // namespace PDFSettingsImpl
