@@ -24,7 +24,8 @@ typedef long (*BIBContainerNotifyProc)(BIBContainer* container, long event, long
 typedef long (*BIBInstanceNotifyProc)(void* instance, long event);
 
 // Makes a container around instance, which is destroyed through deleteProc (may be null) together
-// with it. *result is unowned: alive, with a count of zero, until somebody adds a reference.
+// with it. *result is unowned: alive, with a count of zero, until somebody adds a reference. On an
+// error instance still belongs to the caller: deleteProc is not called.
 typedef BIBError* (*BIBNewFullContainerV5Proc)(
     BIBContainer** result,
     void* instance,
