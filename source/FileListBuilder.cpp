@@ -3,18 +3,16 @@
 #include <algorithm>
 #include <optional>
 #include <span>
-#include <string_view>
 
 #include "bib/BIBStringAtom.h"
-#include "bib/POSDictIterator.h"
 #include "bib/POSNumber.h"
+#include "bib/POSUnicodeString.h"
 #include "platform/Utf8.h"
 #include "source/PDFSettingsError.h"
 
 using BIB_T_NMT::CBIBStringAtom;
 using BIB_T_NMT::CPOSArray;
 using BIB_T_NMT::CPOSDict;
-using BIB_T_NMT::CPOSDictIterator;
 using BIB_T_NMT::CPOSNumber;
 using BIB_T_NMT::CPOSObject;
 using BIB_T_NMT::CPOSUnicodeString;
@@ -29,10 +27,22 @@ CPOSUnicodeString TextIn(CPOSDict const& info, CBIBStringAtom const& key) {
     return info.GetUnicodeString(key, /*quiet=*/false);
 }
 
-std::string_view BytesOf(CPOSUnicodeString const& text) {
+std::string BytesOf(CPOSUnicodeString const& text) {
     unsigned short const* const units = text.Get();
     return {
         reinterpret_cast<char const*>(units), CPOSUnicodeString::GetLength(units) * sizeof *units};
+}
+
+// The display name of a file: that of the first pair with its name. Invalid for none.
+CPOSObject DisplayName(CPOSArray const& pairs, CPOSUnicodeString const& name) {
+    auto const count = static_cast<unsigned int>(pairs.Count());
+    for (unsigned int i = 0; i < count; ++i) {
+        CPOSArray const pair(pairs[i], /*quiet=*/false);
+        if (name == pair[0]) {
+            return pair[1];
+        }
+    }
+    return {};
 }
 
 // The key of a file in the cloak table: its name in UTF-8 without as many units as the extension
@@ -54,10 +64,7 @@ FileListBuilder::FileListBuilder(
     ForWhichDirectory which, CPOSArray const& displayNames, CPOSDict const& cloakSettings)
     : fWhichDirectory(which),
       fDisplayNames(displayNames),
-      fCloakSettings(cloakSettings) {
-    NotePairs();
-    NoteCloaked();
-}
+      fCloakSettings(cloakSettings) {}
 
 void FileListBuilder::AppendFileToList(CPOSDict& info) const {
     ConvertToDisplayName(info);
@@ -68,27 +75,13 @@ void FileListBuilder::AppendFileToList(CPOSDict& info) const {
     if (fWhichDirectory == kAdminSettingsDirectory) {
         info.Put(fKeys.fReadOnly, CPOSNumber(1));
     }
-    if (!info.HasKey(fKeys.fSettingsName)) {
-        fFileList.Append(info);
-        return;
-    }
-    auto const place = fNames.insert(NameIn(info)).first;
-    if (fFileList.Append(info) == 0) {
-        fNames.erase(place);
-    }
+    Append(info);
 }
 
 void FileListBuilder::ConvertToDisplayName(CPOSDict& info) const {
-    if (fPairs.empty()) {
-        return;
-    }
     try {
-        auto const found = fPairs.find(NameIn(info));
-        if (found == fPairs.end()) {
-            return;
-        }
-        CPOSArray const pair(fDisplayNames[found->second], /*quiet=*/false);
-        CPOSObject const displayName = pair[1];
+        CPOSObject const displayName =
+            DisplayName(fDisplayNames, TextIn(info, fKeys.fSettingsName));
         if (displayName.IsValid()) {
             // Before the name changes: a failure must not leave half of the two.
             CPOSNumber const readOnly(1);
@@ -100,43 +93,8 @@ void FileListBuilder::ConvertToDisplayName(CPOSDict& info) const {
     }
 }
 
-void FileListBuilder::NotePair(CPOSUnicodeString const& fileName, unsigned int place) {
-    if (fileName.IsValid()) {
-        fPairs.emplace(fileName, place);
-    }
-}
-
-void FileListBuilder::NotePairs() {
-    try {
-        auto const count = static_cast<unsigned int>(fDisplayNames.Count());
-        for (unsigned int i = 0; i < count; ++i) {
-            CPOSArray const pair(fDisplayNames[i], /*quiet=*/false);
-            NotePair(CPOSUnicodeString(pair[0], /*quiet=*/true), i);
-        }
-    } catch (...) {
-        // Files of pairs that could not be looked at keep their names.
-    }
-}
-
-// A list without this would look whole and show what is to be hidden: a failure ends its making.
-void FileListBuilder::NoteCloaked() {
-    CPOSDictIterator const files(fCloakSettings);
-    for (files.Begin(); !files.IsDone(); files.Next()) {
-        fCloaked.emplace(files.CurKey());
-    }
-}
-
-CPOSUnicodeString FileListBuilder::NameIn(CPOSDict const& info) const {
-    return TextIn(info, fKeys.fSettingsName);
-}
-
-std::size_t FileListBuilder::TextHash::operator()(CPOSUnicodeString const& text) const {
-    return std::hash<std::string_view>()(BytesOf(text));
-}
-
-bool FileListBuilder::SameText::operator()(
-    CPOSUnicodeString const& a, CPOSUnicodeString const& b) const {
-    return BytesOf(a) == BytesOf(b);
+std::string FileListBuilder::NameIn(CPOSDict const& info) const {
+    return BytesOf(TextIn(info, fKeys.fSettingsName));
 }
 
 bool FileListBuilder::SettingAlreadyExists(CPOSDict const& info) const {
@@ -154,10 +112,22 @@ bool FileListBuilder::SettingFileInfoHasSameName(CPOSDict const& a, CPOSDict con
     return BytesOf(TextIn(a, settingsName)) == BytesOf(TextIn(b, settingsName));
 }
 
+// What the runtime answers says nothing certain: the record is in when the list has grown. The name
+// of a record that is not must not keep a later file out.
+void FileListBuilder::Append(CPOSDict const& info) const {
+    bool const hasName = info.HasKey(fKeys.fSettingsName);
+    auto const place = hasName ? fNames.insert(NameIn(info)).first : fNames.end();
+    unsigned long const count = fFileList.Count();
+    fFileList.Append(info);
+    if (hasName && fFileList.Count() == count) {
+        fNames.erase(place);
+    }
+}
+
 void FileListBuilder::AddCloakingInfo(CPOSDict& info) const {
     try {
         auto const key = CloakKey(TextIn(info, fKeys.fFullFilePath));
-        if (key && fCloaked.contains(*key)) {
+        if (key && fCloakSettings.HasKey(key->c_str())) {
             info.Put(fKeys.fShowHide, fCloakSettings.Get(key->c_str(), /*quiet=*/false));
         }
     } catch (...) {

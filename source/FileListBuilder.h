@@ -10,13 +10,11 @@
 #pragma once
 
 #include <string>
-#include <unordered_map>
 #include <unordered_set>
 
 #include "bib/BIBClientBase.h"
 #include "bib/POSArray.h"
 #include "bib/POSDict.h"
-#include "bib/POSUnicodeString.h"
 #include "source/SettingsFileInfo.h"
 
 namespace PDFSettingsImpl {
@@ -26,7 +24,7 @@ enum ForWhichDirectory : int { kAdminSettingsDirectory = 0, kUserSettingsDirecto
 // Builds one list. Displayed names and cloak table are as SettingsDataStore gives them.
 class FileListBuilder : public BIB_T_NMT::CBIBClientBase {
 public:
-    // An empty list. Throws CBIBError and std::bad_alloc: without all cloak keys there is none.
+    // An empty list. Throws CBIBError.
     FileListBuilder(
         ForWhichDirectory which,
         BIB_T_NMT::CPOSArray const& displayNames,
@@ -48,8 +46,8 @@ public:
     // for a record without a name, except for the first one, and for every record behind that.
     void AppendFileToList(BIB_T_NMT::CPOSDict& info) const;
 
-    // The steps of that, in their order. Gives the file its display name, if it has one, and makes
-    // it read-only then.
+    // The steps of that, in their order. Gives the file the display name of the first pair that has
+    // its name, by the runtime's comparison of values, and makes it read-only then.
     void ConvertToDisplayName(BIB_T_NMT::CPOSDict& info) const;
 
     // Whether the list has an entry of that name.
@@ -63,33 +61,16 @@ public:
     void AddCloakingInfo(BIB_T_NMT::CPOSDict& info) const;
 
 private:
-    // By the units of a text, exactly. A text lives in the runtime and is not copied for it.
-    struct TextHash {
-        std::size_t operator()(BIB_T_NMT::CPOSUnicodeString const& text) const;
-    };
-    struct SameText {
-        bool operator()(
-            BIB_T_NMT::CPOSUnicodeString const& a, BIB_T_NMT::CPOSUnicodeString const& b) const;
-    };
-
-    // Fills fPairs, up to the first pair that is none.
-    void NotePairs();
-    void NotePair(BIB_T_NMT::CPOSUnicodeString const& fileName, unsigned int place);
-    // Fills fCloaked.
-    void NoteCloaked();
-    BIB_T_NMT::CPOSUnicodeString NameIn(BIB_T_NMT::CPOSDict const& info) const;
+    void Append(BIB_T_NMT::CPOSDict const& info) const;
+    std::string NameIn(BIB_T_NMT::CPOSDict const& info) const;
 
     BIB_T_NMT::CPOSArray fFileList;
     ForWhichDirectory fWhichDirectory;
     BIB_T_NMT::CPOSArray fDisplayNames;
     BIB_T_NMT::CPOSDict fCloakSettings;
     SettingsFileInfoKeys const fKeys;
-    // The place of the first pair for each file, so that no file is compared with every pair.
-    std::unordered_map<BIB_T_NMT::CPOSUnicodeString, unsigned int, TextHash, SameText> fPairs;
-    // The keys of the cloak table, so that no other name is made an atom.
-    std::unordered_set<std::string> fCloaked;
-    // The names in the list, so that no record is compared with every other one.
-    mutable std::unordered_set<BIB_T_NMT::CPOSUnicodeString, TextHash, SameText> fNames;
+    // The names in the list, as bytes, so that no record is compared with every other one.
+    mutable std::unordered_set<std::string> fNames;
 };
 
 } // namespace PDFSettingsImpl

@@ -11,6 +11,7 @@ namespace PDFSettingsImpl {
 
 using BIB_T_NMT::CPOSArray;
 using BIB_T_NMT::CPOSDict;
+using BIB_T_NMT::CPOSUnicodeString;
 
 class ListBuilder : public support::BoundClientTest {
 protected:
@@ -84,6 +85,46 @@ TEST_F(ListBuilder, BearsARecordWithoutANameAloneOnly) {
     EXPECT_EQ(kFailure, Append(nameless, "/a/b.joboptions"));
     EXPECT_EQ(kFailure, Append(nameless, "/a.joboptions/c"));
     EXPECT_EQ(1U, nameless.GetFileList().Count());
+}
+
+// What the runtime answers to Append means nothing; a name is taken when its record is in the list.
+TEST_F(ListBuilder, GoesByTheListAndNotByTheAnswer) {
+    static auto const kTables = support::LoadTable<_t_POSArrayInterface>(&BIBRuntimeLookup);
+    static bool isIn = true;
+    fLookup.Replace(
+        "POSArrayInterface.Append", +[](POSArray* list, POSObject* value) -> long {
+            isIn ? static_cast<void>(kTables.Append(list, value)) : void();
+            return isIn ? 0 : 1;
+        });
+    MoveCounter();
+    FileListBuilder const builder(kUserSettingsDirectory, CPOSArray(), CPOSDict());
+    for (bool const takes : {false, true, true}) {
+        isIn = takes;
+        EXPECT_EQ("nothing", Append(builder, "/a/b.joboptions"));
+    }
+    EXPECT_EQ(1U, builder.GetFileList().Count());
+}
+
+// One that is no pair ends the search.
+TEST_F(ListBuilder, TakesTheDisplayNameOfTheFirstPair) {
+    auto const text = [](char16_t const* name) {
+        return CPOSUnicodeString(reinterpret_cast<unsigned short const*>(name));
+    };
+    CPOSArray pairs;
+    for (auto const& [name, shown] :
+         {std::pair(u"\uFEFFb", u"\uFEFFfirst"), {u"\uFEFFb", u"\uFEFFsecond"}}) {
+        CPOSArray const pair;
+        pair.Append(text(name));
+        pair.Append(text(shown));
+        pairs.Append(pair);
+    }
+    pairs.Append(text(u"no pair"));
+    FileListBuilder const builder(kUserSettingsDirectory, pairs, CPOSDict());
+    EXPECT_EQ("nothing", Append(builder, "/a/b.joboptions"));
+    EXPECT_EQ("nothing", Append(builder, "/a/c.joboptions"));
+    support::Describer const describe(fTables);
+    EXPECT_NE(std::string::npos, describe(builder.GetFileList()[0]).find("^\"first\""));
+    EXPECT_NE(std::string::npos, describe(builder.GetFileList()[1]).find("^\"c\""));
 }
 
 } // namespace PDFSettingsImpl
