@@ -38,8 +38,7 @@ CFRef<CFStringRef> MakeString(std::string const& text) {
         CFStringCreateWithCString(kCFAllocatorDefault, text.c_str(), kCFStringEncodingMacRoman));
 }
 
-// The property list in a file; null where there is none. The path is taken for Mac Roman, as the
-// component takes it.
+// The property list in a file; null where there is none.
 CFRef<CFPropertyListRef> ReadPropertyList(std::string const& path) {
     CFRef<CFURLRef> const url(CFURLCreateWithFileSystemPath(
         kCFAllocatorDefault, MakeString(path).get(), kCFURLPOSIXPathStyle, /*isDirectory=*/0));

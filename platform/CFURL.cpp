@@ -37,9 +37,9 @@ public:
     std::vector<UInt8> const fBytes;
 };
 
-// A path in UTF-8; empty for a text that is none.
+// The bytes of a path; empty for a text that is none.
 std::string PathIn(CFStringRef string) {
-    std::string path = platform::BytesOf(string, kCFStringEncodingUTF8).value_or("");
+    std::string path = platform::BytesOf(string, kCFStringEncodingMacRoman).value_or("");
     return path.find('\0') == std::string::npos ? path : std::string();
 }
 

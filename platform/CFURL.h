@@ -10,7 +10,9 @@ using CFURLPathStyle = CFIndex;
 inline constexpr CFURLPathStyle kCFURLPOSIXPathStyle = 0;
 
 // A new URL of a path, with one reference for the caller; null for a null or empty path, for
-// another style and when memory runs out. isDirectory is not looked at.
+// another style and when memory runs out. isDirectory is not looked at. Callers make the text of
+// the bytes of a path as Mac Roman (encoding 0), which has a character for each byte; so the path
+// has these bytes again, in whatever encoding they are. A character that Mac Roman lacks: null.
 CFURLRef CFURLCreateWithFileSystemPath(
     CFAllocatorRef allocator,
     CFStringRef filePath,

@@ -17,6 +17,8 @@ using namespace std::string_literals;
 
 std::filesystem::path const kAdminSupport = PDFSETTINGS_ADMIN_SUPPORT_FOLDER;
 std::filesystem::path const kAdminPreferences = PDFSETTINGS_ADMIN_PREFERENCES_FOLDER;
+// The bytes of a folder's name count, whatever characters they are.
+constexpr char kConfig[] = "home of j\xC3\xB6rg \xFF/config";
 std::filesystem::path const kSettings = "Ardeo/Ardeo PDF/Settings";
 
 void ClearAdminFolders() {
@@ -64,7 +66,7 @@ protected:
         WriteBytes(kAdminPreferences / "com.ardeo.PDFAdminSettings.plist", bytes);
     }
     void WriteUserList(std::string const& bytes) const {
-        WriteBytes(fFolder.Path() / "config/com.ardeo.PDFSettings.plist", bytes);
+        WriteBytes(fFolder.Path() / kConfig / "com.ardeo.PDFSettings.plist", bytes);
     }
 
     // The list in alphabetical order of "name path ReadOnly ShowHide", folders left out. The
@@ -125,7 +127,7 @@ protected:
 
     TemporaryFolder fFolder{support::OwnPlace()};
     EnvironmentVariable fData{"XDG_DATA_HOME", (fFolder / "data").c_str()};
-    EnvironmentVariable fConfig{"XDG_CONFIG_HOME", (fFolder / "config").c_str()};
+    EnvironmentVariable fConfig{"XDG_CONFIG_HOME", (fFolder / kConfig).c_str()};
     long fDescriptors = CountDescriptors();
     PDFSettingsGetDefaultPDFSettingsDirectoryProc fGetFolder = nullptr;
     PDFSettingsGetListofPDFSettingsProc fGetList = nullptr;
