@@ -8,7 +8,6 @@
 #include "bib/POSArray.h"
 #include "bib/POSNumber.h"
 #include "platform/NumberText.h"
-#include "platform/StackRoom.h"
 #include "source/FarSearches.h"
 #include "source/PDFSettingsError.h"
 
@@ -142,8 +141,8 @@ CPOSBinData MakeBinData(char const* typeName, char const* begin, char const* end
         static_cast<unsigned long>(end - begin));
 }
 
-void RequireRoom() {
-    if (!platform::StackWatch::HasRoom()) {
+Nesting::Nesting() {
+    if (!fLevel.HasRoom()) {
         CBIBMemory::ThrowMemError();
     }
 }
@@ -242,7 +241,7 @@ bool IsArray(char** cursor, CPOSObject* value) {
     if (!StandsOnByte(*cursor, '[')) {
         return false;
     }
-    RequireRoom();
+    Nesting const nesting;
     CPOSArray const array;
     ProgressGuard guard;
     ++*cursor;
@@ -262,7 +261,7 @@ bool IsDict(char** cursor, CPOSObject* value) {
     if (!StandsOn(*cursor, "<<")) {
         return false;
     }
-    RequireRoom();
+    Nesting const nesting;
     CPOSDict const dict;
     ProgressGuard guard;
     *cursor += 2;

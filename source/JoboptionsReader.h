@@ -13,6 +13,7 @@
 #include "bib/POSDict.h"
 #include "bib/POSObject.h"
 #include "bib/POSString.h"
+#include "platform/StackRoom.h"
 
 namespace JoboptionsParserUtils {
 
@@ -53,9 +54,15 @@ BIB_T_NMT::CPOSBinData MakeBinData(char const* typeName, char const* begin, char
 // text.
 void SkipWhiteSpace(char** cursor);
 
-// Throws the memory error where the stack has no room for a value. Stands before a text and before
-// each step into a value: the parts are read by the same functions once more.
-void RequireRoom();
+// One level of nesting, while it lives: the settings themselves, and each dictionary and array in
+// them. Throws the memory error where the stack has no room for it.
+class Nesting {
+public:
+    Nesting();
+
+private:
+    platform::StackLevel fLevel;
+};
 
 // The next key, without its slash. Whatever stands before it is passed over.
 BIB_T_NMT::CPOSString GetKey(char** cursor);

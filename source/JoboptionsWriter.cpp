@@ -169,6 +169,18 @@ void WriteElement(CPOSObject const& value, CBIBPositionableStream& stream, unsig
     throw NestingException();
 }
 
+class Nesting {
+public:
+    Nesting() {
+        if (!fLevel.HasRoom()) {
+            ThrowTooDeep();
+        }
+    }
+
+private:
+    platform::StackLevel fLevel;
+};
+
 [[noreturn, gnu::noinline]] void ThrowUnknownType() {
     // sic: hosts compare this text
     throw PDFSettingsImpl::CPDFSettingsError(
@@ -186,7 +198,7 @@ void WriteText(char const* text, CBIBPositionableStream& stream) {
 }
 
 void GetValue(CPOSObject const& value, CBIBPositionableStream& stream, unsigned long level) {
-    if (level > kDeepestLevel || !platform::StackWatch::HasRoom()) {
+    if (level > kDeepestLevel) {
         ThrowTooDeep();
     }
     bool const isWritten = IsName(value, stream) || IsString(value, stream) ||
@@ -265,6 +277,7 @@ bool IsArray(CPOSObject const& value, CBIBPositionableStream& stream, unsigned l
         if (!array.IsValid()) {
             return false;
         }
+        Nesting const nesting;
         WriteText("[\r\n", stream);
         unsigned long const count = array.Count();
         for (unsigned int index = 0; index < count; ++index) {
@@ -285,6 +298,7 @@ bool IsDict(CPOSObject const& value, CBIBPositionableStream& stream, unsigned lo
         if (!dict.IsValid()) {
             return false;
         }
+        Nesting const nesting;
         WriteText("<<\r\n", stream);
         BIB_T_NMT::CPOSDictIterator const cursor(dict);
         for (cursor.Begin(); !cursor.IsDone(); cursor.Next()) {

@@ -92,7 +92,7 @@ char* FindSettings(StreamText& text) {
 }
 
 void ReadEntries(char** cursor, CPOSDict const& settings) {
-    RequireRoom();
+    Nesting const nesting;
     ProgressGuard guard;
     // The first look comes before any skip: blanks behind the opening make the loop run once.
     while (**cursor != '\0' && !StandsOn(*cursor, ">>")) {

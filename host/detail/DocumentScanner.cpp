@@ -2,7 +2,6 @@
 
 #include "host/detail/FaultText.h"
 #include "platform/NumberText.h"
-#include "platform/StackRoom.h"
 
 #include <algorithm>
 #include <utility>
@@ -115,6 +114,7 @@ void DocumentScanner::RefuseOtherEncodings() {
 
 // The first look comes before any skip: blanks behind the opening make the loop run once.
 void DocumentScanner::ScanSettings() {
+    platform::StackLevel const level;
     if (fText.StandsOn(fText.Skip(fCursor), ">>") && !fText.StandsOn(fCursor, ">>")) {
         fEmptyDictionary = Span{fCursor - 2, fText.Skip(fCursor) + 2};
     }
@@ -206,11 +206,14 @@ Span DocumentScanner::ScanKey() {
     return {slash, end};
 }
 
-Value DocumentScanner::ScanValue() {
-    if (!platform::StackWatch::HasRoom()) {
+void DocumentScanner::RequireRoom(platform::StackLevel const& level) {
+    if (!level.HasRoom()) {
         fIsTooDeep = true;
         Refuse(Refusal::kMemory, "nesting", {fCursor, fCursor}, "nested too deeply");
     }
+}
+
+Value DocumentScanner::ScanValue() {
     fCursor = fText.Skip(fCursor);
     Span value{fCursor, 0};
     std::size_t const place = fEntries.size();
@@ -310,6 +313,8 @@ Value DocumentScanner::ScanNumber() {
 
 Value DocumentScanner::ScanArray() {
     std::size_t const begin = fCursor;
+    platform::StackLevel const level;
+    RequireRoom(level);
     std::size_t const outer = std::exchange(fOpenArray, begin);
     std::size_t last = kNone;
     Array values;
@@ -344,6 +349,8 @@ void DocumentScanner::ScanElement(Array& values) {
 // The first entry is read before any look for the end. A single ">" in either of two places ends
 // it, whatever the other byte is.
 Value DocumentScanner::ScanDictionary() {
+    platform::StackLevel const level;
+    RequireRoom(level);
     std::size_t const begin = fCursor;
     std::size_t last = kNone;
     Dictionary values;

@@ -4,6 +4,7 @@
 #include "host/detail/FaultLog.h"
 #include "host/detail/ScannedText.h"
 #include "pdfsettings/Document.h"
+#include "platform/StackRoom.h"
 
 #include <optional>
 #include <string>
@@ -46,6 +47,7 @@ private:
 
     void ScanEntry(Dictionary& values);
     Span ScanKey();
+    void RequireRoom(platform::StackLevel const& level);
     Value ScanValue();
     std::optional<Value> ScanKnownValue();
     Value ScanName();

@@ -1,0 +1,200 @@
+// How deep settings may be nested on stacks of all kinds: on one whose limit the host lowers, on
+// one that cannot grow, and on a coroutine's.
+
+#include <fstream>
+#include <functional>
+
+#include <sys/mman.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <ucontext.h>
+#include <unistd.h>
+
+#include "tests/support/Settings.h"
+
+namespace support {
+
+namespace {
+
+constexpr std::size_t kKiB = 1024;
+
+// What must be free of a stack below a call, in KiB.
+constexpr std::size_t kFree = 64;
+
+// What sanitizers add to a stack and to a process is no use of the component's.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool kIsSanitized = true;
+#elif defined(__has_feature)
+constexpr bool kIsSanitized = __has_feature(address_sanitizer) || __has_feature(thread_sanitizer);
+#else
+constexpr bool kIsSanitized = false;
+#endif
+
+void Limit(decltype(RLIMIT_AS) resource, rlim_t limit) {
+    rlimit now{};
+    getrlimit(resource, &now);
+    now.rlim_cur = limit;
+    setrlimit(resource, &now);
+}
+
+// In bytes.
+std::size_t AddressSpaceInUse() {
+    std::size_t pages = 0;
+    std::ifstream("/proc/self/statm") >> pages;
+    return pages * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+}
+
+// Does work that many bytes further down the stack.
+[[gnu::noinline]] void Deeper(std::size_t bytes, std::function<void()> const& work) {
+    char volatile page[4096];
+    page[0] = 0;
+    bytes > sizeof page ? Deeper(bytes - sizeof page, work) : work();
+    page[1] = 0;
+}
+
+// Does work in a process of its own: its result, or the number of the signal that ended it,
+// negated.
+int InProcess(std::function<int()> const& work) {
+    pid_t const process = fork();
+    if (process == 0) {
+        _exit(work());
+    }
+    int status = 0;
+    waitpid(process, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+}
+
+// Does work on a stack of that size, with a closed page below it.
+void OnCoroutine(std::size_t size, std::function<void()> work) {
+    static std::function<void()> current;
+    current = std::move(work);
+    auto const page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    void* const memory =
+        mmap(nullptr, page + size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    ASSERT_NE(MAP_FAILED, memory);
+    mprotect(memory, page, PROT_NONE);
+    ucontext_t caller{};
+    ucontext_t coroutine{};
+    getcontext(&coroutine);
+    coroutine.uc_stack.ss_sp = static_cast<char*>(memory) + page;
+    coroutine.uc_stack.ss_size = size;
+    coroutine.uc_link = &caller;
+    makecontext(
+        &coroutine, [] { current(); }, 0);
+    swapcontext(&caller, &coroutine);
+    munmap(memory, page + size);
+}
+
+} // namespace
+
+class Stacks : public SettingsTest {
+protected:
+    static std::string Nested(std::size_t levels) {
+        return "<< /A " + std::string(levels, '[') + " 1 " + std::string(levels, ']') +
+               " >> setalembicorparams";
+    }
+
+    static constexpr int kFlat = 1;
+    static constexpr int kThousand = 2; // levels
+    static constexpr int kHundredThousand = 4;
+
+    // Which of these texts can be read.
+    int Readable(int texts) const {
+        int result = 0;
+        for (int bit = 0; bit < 3; ++bit) {
+            if ((texts & 1 << bit) != 0) {
+                PDFSettings* const settings = fNewFromStream(fTexts[bit], "");
+                result |= settings != nullptr ? 1 << bit : 0;
+                AddRef(settings);
+                Release(settings);
+            }
+        }
+        return result;
+    }
+
+    // Whether the text can be read and its settings be written again on a coroutine's stack.
+    std::pair<bool, bool> OnSmallCoroutine(std::size_t levels) const {
+        BIBPositionableStream* const text = NewStream(Nested(levels));
+        PDFSettings* const settings = NewSettings(Nested(levels));
+        std::pair<bool, bool> result;
+        OnCoroutine((kIsSanitized ? 8 * kFree : kFree) * kKiB, [&] {
+            PDFSettings* const read = fNewFromStream(text, "");
+            BIBPositionableStream* const written = fGetJobOptionsData(settings);
+            result = {read != nullptr, written != nullptr};
+            for (auto* const object :
+                 {reinterpret_cast<BIBContainer*>(read),
+                  reinterpret_cast<BIBContainer*>(written)}) {
+                AddRef(object);
+                Release(object);
+            }
+        });
+        Release(settings);
+        Release(text);
+        return result;
+    }
+
+    ~Stacks() override {
+        for (auto* const text : fTexts) {
+            Release(text);
+        }
+    }
+
+    BIBPositionableStream* const fTexts[3] = {
+        NewStream("<< /A 1 >> setalembicorparams"),
+        NewStream(Nested(1000)),
+        NewStream(Nested(100000))};
+};
+
+// The first call is a flat one, so that the stack has not grown for it.
+TEST_F(Stacks, MayBeLimitedAfterTheFirstCall) {
+    int const readable = kIsSanitized ? kFlat : kFlat | kThousand;
+    EXPECT_EQ(readable, InProcess([&] {
+                  Readable(kFlat);
+                  Limit(RLIMIT_STACK, 512 * kKiB);
+                  return Readable(readable | kHundredThousand);
+              }));
+}
+
+TEST_F(Stacks, MayBeDeeperThanALaterLimit) {
+    EXPECT_EQ(kFlat, InProcess([&] {
+                  int result = 0;
+                  // So much is there below, but not more.
+                  Deeper((1024 + kFree) * kKiB, [] {});
+                  Readable(kFlat);
+                  Deeper(1024 * kKiB, [&] {
+                      Limit(RLIMIT_STACK, 512 * kKiB);
+                      result = Readable(kFlat | kHundredThousand);
+                  });
+                  return result;
+              }));
+}
+
+// Flat texts are read all the same, and nested ones while there is memory.
+TEST_F(Stacks, MayBeUnableToGrow) {
+    if (kIsSanitized) {
+        GTEST_SKIP() << "no process of a sanitizer has so little memory";
+    }
+    EXPECT_EQ(kFlat | kThousand, InProcess([&] {
+                  int result = kFlat | kThousand;
+                  Limit(RLIMIT_AS, 4UL * kKiB * kKiB * kKiB);
+                  for (std::size_t const depth : {0UL, 590UL, 1200UL}) {
+                      Deeper(depth * kKiB, [&] { result &= Readable(result); });
+                  }
+                  return result;
+              }));
+    EXPECT_EQ(kFlat, InProcess([&] {
+                  Readable(kFlat);
+                  Limit(RLIMIT_AS, AddressSpaceInUse());
+                  return Readable(kFlat | kHundredThousand);
+              }));
+}
+
+TEST_F(Stacks, OfCoroutinesTakeThirtyTwoLevels) {
+    for (auto const& [levels, isTaken] :
+         {std::pair(0, true), {32, true}, {33, false}, {1000, false}}) {
+        EXPECT_EQ(std::pair(isTaken, isTaken), OnSmallCoroutine(static_cast<std::size_t>(levels)))
+            << levels;
+    }
+}
+
+} // namespace support
