@@ -40,6 +40,7 @@ private:
     std::size_t BeginValue(std::size_t offset);
     std::size_t MatchKey(std::size_t from, std::string_view key) const noexcept;
     std::size_t MatchIndex(std::size_t from, std::size_t index) const;
+    std::size_t MatchStep(std::size_t from, std::string_view step) const noexcept;
     void Note(OpenPlace& place, std::size_t match, std::size_t offset) noexcept;
 
     NotationScanner fScanner;
@@ -127,28 +128,27 @@ void PlaceFinder::Note(OpenPlace& place, std::size_t match, std::size_t offset) 
 
 // Where the step to key ends that begins at from; kNone when there is another.
 std::size_t PlaceFinder::MatchKey(std::size_t from, std::string_view key) const noexcept {
+    return MatchStep(from, ShownKey(key));
+}
+
+std::size_t PlaceFinder::MatchIndex(std::size_t from, std::size_t index) const {
+    String step;
+    AppendIndexStep(step, index);
+    return MatchStep(from, step);
+}
+
+std::size_t PlaceFinder::MatchStep(std::size_t from, std::string_view step) const noexcept {
     if (from == kNone || from == fPath.size() || (from > 0 && fPath[from] != '/')) {
         return kNone;
     }
     std::size_t const start = from + (from > 0 ? 1 : 0);
-    std::string_view const step = ShownKey(key);
     std::string_view const rest = fPath.substr(start);
-    bool const isKey = step.size() <= rest.size() &&
-                       std::equal(step.begin(), step.end(), rest.begin(), [](char c, char shown) {
-                           return PathByte(c) == PathByte(shown);
-                       });
-    bool const isWhole = isKey && (step.size() == rest.size() || rest[step.size()] == '/' ||
-                                   rest[step.size()] == '[');
+    bool const isStep = step.size() <= rest.size() &&
+                        std::equal(step.begin(), step.end(), rest.begin(), [](char c, char shown) {
+                            return PathByte(c) == PathByte(shown);
+                        });
+    bool const isWhole = isStep && (step.size() == rest.size() || rest[step.size()] == '/');
     return isWhole ? start + step.size() : kNone;
-}
-
-std::size_t PlaceFinder::MatchIndex(std::size_t from, std::size_t index) const {
-    if (from == kNone || from == fPath.size() || fPath[from] != '[') {
-        return kNone;
-    }
-    String step;
-    AppendIndexStep(step, index);
-    return fPath.substr(from, step.size()) == step ? from + step.size() : kNone;
 }
 
 // The offset in text of what path leads to, or kNone.

@@ -112,10 +112,10 @@ void SchemaCheck::Run() {
 
 void SchemaCheck::CheckStructure(DictEntry const& entry) {
     if (IsKindName(entry.fKey->Text())) {
-        Report(Join({"says ", entry.fKey->Text(), ", which is a kind and names no structure"}));
+        Report(Join({"says ", entry.fKey->Text(), ", which is a kind and cannot name a structure"}));
     }
     if (KindOf(*entry.fValue) != ValueKind::kDictionary) {
-        Report(Join({"says ", FoundText(*entry.fValue), ", which is no structure"}));
+        Report(Join({"says ", FoundText(*entry.fValue), ", which is not a structure"}));
         return;
     }
     auto const& structure = static_cast<POSDict const&>(*entry.fValue);
@@ -135,14 +135,14 @@ void SchemaCheck::CheckOptional(POSDict const& structure) {
     }
     PathStep const step(fPath, kOptional);
     if (KindOf(*optional) != ValueKind::kDictionary) {
-        Report(Join({"says ", FoundText(*optional), ", which is no dictionary"}));
+        Report(Join({"says ", FoundText(*optional), ", which is not a dictionary"}));
         return;
     }
     ForEachEntry(static_cast<POSDict const&>(*optional), [&](DictEntry const& setting) {
         char const* const key = setting.fKey->Text();
         PathStep const keyStep(fPath, key);
         if (std::string_view(key) != kOptional && structure.fEntries.Get(setting.fKey)) {
-            Report(Join({"says ", ShownText(key), ", which is a required setting as well"}));
+            Report(Join({"says ", ShownText(key), ", which is also a required setting"}));
         }
         CheckRules(*setting.fValue);
     });
@@ -189,7 +189,7 @@ void SchemaCheck::CheckUnused(SchemaRule const& rule, bool isSound) {
     POSObject const* const doc = rule.Part(RuleKey::kDoc);
     if (doc && !IsOfType(doc, gStringType)) {
         PathStep const step(fPath, NameOf(RuleKey::kDoc));
-        Report(Join({"says ", FoundText(*doc), ", which is no text"}));
+        Report(Join({"says ", FoundText(*doc), ", which is not a text"}));
     }
 }
 

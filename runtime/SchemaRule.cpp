@@ -53,11 +53,11 @@ struct Fit {
 };
 
 constexpr Fit kFits[] = {
-    {RuleKey::kIn, kListed, "numbers, names, strings and booleans", &IsArray, "array"},
-    {RuleKey::kMin, kNumbers, "numbers", &IsBound, "number"},
-    {RuleKey::kMax, kNumbers, "numbers", &IsBound, "number"},
+    {RuleKey::kIn, kListed, "numbers, names, strings and booleans", &IsArray, "an array"},
+    {RuleKey::kMin, kNumbers, "numbers", &IsBound, "a number"},
+    {RuleKey::kMax, kNumbers, "numbers", &IsBound, "a number"},
     {RuleKey::kOf, Bit(RuleType::kArray), "arrays", nullptr, ""},
-    {RuleKey::kCount, Bit(RuleType::kArray), "arrays", &IsCount, "whole number from 0"}};
+    {RuleKey::kCount, Bit(RuleType::kArray), "arrays", &IsCount, "a whole number from 0"}};
 
 // The bytes of a word or text of a schema; empty for anything else.
 std::string_view WordOf(POSObject const& value) noexcept {
@@ -119,7 +119,7 @@ void RuleReader::ReadParts(POSDict& source) {
     }
     POSObject* const word = fRule.Part(RuleKey::kType);
     if (!word) {
-        AddFault(nullptr, Join({"says no type"}));
+        AddFault(nullptr, Join({"has no type"}));
     } else if (ReadType(NameOf(RuleKey::kType), *word)) {
         for (Fit const& fit : kFits) {
             CheckFit(fit);
@@ -134,7 +134,7 @@ void RuleReader::ReadPart(BIBStringAtom const& key, POSObject* value) {
     auto const* const name =
         std::find(std::begin(kKeyNames), std::end(kKeyNames), std::string_view(key.Text()));
     if (name == std::end(kKeyNames)) {
-        AddFault(key.Text(), Join({"says ", ShownText(key.Text()), ", which is no key of a rule"}));
+        AddFault(key.Text(), Join({"says ", ShownText(key.Text()), ", which is not a key of a rule"}));
     } else {
         fRule.fParts[name - std::begin(kKeyNames)] = value;
     }
@@ -157,7 +157,7 @@ bool RuleReader::ReadType(char const* key, POSObject& word) {
     if (!isKnown) {
         AddFault(
             key,
-            Join({"says ", SaidText(word), ", which is no kind, structure or registered check"}));
+            Join({"says ", SaidText(word), ", which is not a kind, structure or registered check"}));
     }
     return isKnown;
 }
@@ -169,9 +169,9 @@ void RuleReader::CheckFit(Fit const& fit) {
         return;
     }
     if ((fit.fTypes & Bit(fRule.fType)) == 0) {
-        AddFault(name, Join({"says ", name, ", which fits only ", fit.fFits}));
+        AddFault(name, Join({"says ", name, ", which applies only to ", fit.fFits}));
     } else if (fit.fIsValue && !fit.fIsValue(*value)) {
-        AddFault(name, Join({"says ", FoundText(*value), ", which is no ", fit.fExpected}));
+        AddFault(name, Join({"says ", FoundText(*value), ", which is not ", fit.fExpected}));
     }
 }
 
@@ -221,7 +221,7 @@ void RuleReader::ReadExtraCheck() {
     if (!fRule.fExtraCheck.fProc) {
         AddFault(
             NameOf(RuleKey::kCheck),
-            Join({"says ", SaidText(*name), ", which is no registered check"}));
+            Join({"says ", SaidText(*name), ", which is not a registered check"}));
     }
 }
 

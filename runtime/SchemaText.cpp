@@ -145,7 +145,7 @@ void AppendKeyStep(String& path, std::string_view key) {
 void AppendIndexStep(String& path, std::size_t index) {
     char digits[24];
     char* const last = std::to_chars(digits, digits + sizeof(digits), index).ptr;
-    path.append("[").append(digits, last).append("]");
+    path.append(path.empty() ? "" : "/").append(digits, last);
 }
 
 String MessageText(std::string_view path, std::string_view text) {

@@ -101,7 +101,7 @@ void SettingsWalk::JudgeBy(POSObject& ruleSource, POSObject* value) {
     if (!faults.empty()) {
         // A schema's own judgement tells it elsewhere.
         if (fMode == JudgeMode::kSettings) {
-            Report(Join({"cannot be judged: the schema ", faults.front().fText}));
+            Report(Join({"cannot be validated: the schema ", faults.front().fText}));
         }
     } else if (value) {
         Judge(rule, *value);
@@ -170,9 +170,9 @@ void SettingsWalk::EnterDict(POSDict& structure, POSObject& value) {
     POSObject const* const optional = FindPart(structure, kOptional);
     if (optional && KindOf(*optional) != ValueKind::kDictionary) {
         Report(Join(
-            {"cannot be judged: the schema says ",
+            {"cannot be validated: the schema says ",
              FoundText(*optional),
-             ", which is no dictionary"}));
+             ", which is not a dictionary"}));
         return;
     }
     Push({&value, 0, nullptr, &structure, &structure, /*fIsOptional=*/false, nullptr});
@@ -180,7 +180,7 @@ void SettingsWalk::EnterDict(POSDict& structure, POSObject& value) {
 
 void SettingsWalk::Push(Frame const& frame) {
     if (!fStack.Push(frame)) {
-        Report("cannot be judged: it contains itself");
+        Report("cannot be validated: it contains itself");
         fIsCircle = true;
     }
 }
@@ -200,7 +200,7 @@ String SettingsWalk::Path() const {
     std::size_t step = frames.size();
     for (std::size_t length = 0; step > 0 && length <= kMaxPathLength + 1;) {
         --step;
-        length += frames[step].fElement ? 1 : frames[step].fKey->fLength + 1;
+        length += 1 + (frames[step].fElement ? 1 : frames[step].fKey->fLength);
     }
     String path(PathEnd(frames.empty() ? fPath : fPathInside));
     for (; step < frames.size(); ++step) {
@@ -221,7 +221,7 @@ void JudgeSettings(
     String path;
     AppendKeyStep(path, TextIn(&structure));
     if (!rule.fStructure) {
-        sink.Report(path, "cannot be judged: the schema has no such structure");
+        sink.Report(path, "cannot be validated: the schema has no such structure");
         return;
     }
     SettingsWalk(validator, sink, JudgeMode::kSettings).Judge(rule, object, path, {});

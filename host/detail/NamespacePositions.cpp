@@ -13,7 +13,7 @@ namespace pdfsettings::detail {
 namespace {
 
 constexpr char kNamespaces[] = "OtherNamespaces";
-constexpr std::string_view kBeforePosition = "OtherNamespaces[";
+constexpr std::string_view kBeforePosition = "OtherNamespaces/";
 
 // Every element that is judged is one too many.
 constexpr char kNoElement[] =

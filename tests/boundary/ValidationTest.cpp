@@ -158,7 +158,7 @@ TEST_F(Validation, JudgesTheNamespacesOfCertainProductsAlone) {
         EXPECT_EQ(row.fErrors, found) << entries << ": " << errors;
     }
     EXPECT_EQ(
-        "[<<Key /OtherNamespaces[0]/Must" + missing + " <<Key /OtherNamespaces[1]/Must" + missing +
+        "[<<Key /OtherNamespaces/0/Must" + missing + " <<Key /OtherNamespaces/1/Must" + missing +
             "]",
         Validate(
             "/OtherNamespaces [ << /Namespace [ (x) (x) (x) ] >> << /A 1 >> "

@@ -49,8 +49,8 @@ TEST_F(SchemaTest, AFaultHasItsPlaceInTheText) {
         {"\n < >", "2:2 the structure PDFSettings is missing\n"},
         {"<\n  PDFSettings < A any >\n>", "2:3 PDFSettings has no dictionary optional\n"},
         {"< PDFSettings < optional <\n A numbr\n B < type integer min x >\n> > >",
-         "2:2 PDFSettings/optional/A: says numbr, which is no kind, structure or registered check\n"
-         "3:19 PDFSettings/optional/B/min: says the name x, which is no number\n"},
+         "2:2 PDFSettings/optional/A: says numbr, which is not a kind, structure or registered check\n"
+         "3:19 PDFSettings/optional/B/min: says the name x, which is not a number\n"},
     };
     for (auto const& [text, faults] : cases) {
         EXPECT_EQ(Faults(text), faults) << text;

@@ -53,7 +53,7 @@ TEST_F(DeepNestingTest, SettingsAreJudgedAndSoIsASchema) {
 
 TEST_F(DeepNestingTest, AValueIsLocated) {
     support::OnSmallStack([] {
-        std::string const path = "a[0]";
+        std::string const path = "a/0";
         std::string const text = "< b " + Nest("[ ", "", " ]") + " a [ 1 ] >";
         unsigned long line = 0;
         unsigned long column = 0;

@@ -27,18 +27,18 @@ constexpr SchemaCase kWholeCases[] = {
      "PDFSettings < Level name optional < Embed boolean Image I > > >",
      ""},
     {"< number <> PDFSettings [] >",
-     "number says number, which is a kind and names no structure"
-     "|PDFSettings says an array, which is no structure"},
-    {"< S < optional 3 > >", "S/optional says the number 3, which is no dictionary"},
+     "number says number, which is a kind and cannot name a structure"
+     "|PDFSettings says an array, which is not a structure"},
+    {"< S < optional 3 > >", "S/optional says the number 3, which is not a dictionary"},
     {"< S < a T optional < a name optional any > > T <> >",
-     "S/optional/a says a, which is a required setting as well"},
+     "S/optional/a says a, which is also a required setting"},
     {"< T <> PDFSettings < a < type array of < type array of U > > > U < b U > V < b W > W <> >",
      "T cannot be reached from PDFSettings|V cannot be reached from PDFSettings"
      "|W cannot be reached from PDFSettings"},
     {"< S <> T <> >", "T cannot be reached from S"},
     {"< S < optional < a < type number min x > b < type T foo 1 > > > T < (c d) [] > >",
-     "S/optional/a/min says the name x, which is no number"
-     "|S/optional/b/foo says foo, which is no key of a rule"
+     "S/optional/a/min says the name x, which is not a number"
+     "|S/optional/b/foo says foo, which is not a key of a rule"
      "|T/c_d says an array, which is neither a word nor a dictionary"}};
 
 // The rule of S/K; messages stand behind that path.
@@ -53,30 +53,30 @@ constexpr SchemaCase kRuleCases[] = {
     {"< type hexstring default (FEFF) >", ""},
     {"< type number check R default 1 >", ""},
     {"3", " says the number 3, which is neither a word nor a dictionary"},
-    {"<>", " says no type"},
-    {"numbr", " says numbr, which is no kind, structure or registered check"},
-    {"< type 3 >", "/type says the number 3, which is no kind, structure or registered check"},
-    {"< type name check D >", "/check says D, which is no registered check"},
-    {"< type name min 1 >", "/min says min, which fits only numbers"},
-    {"< type C max 1 >", "/max says max, which fits only numbers"},
+    {"<>", " has no type"},
+    {"numbr", " says numbr, which is not a kind, structure or registered check"},
+    {"< type 3 >", "/type says the number 3, which is not a kind, structure or registered check"},
+    {"< type name check D >", "/check says D, which is not a registered check"},
+    {"< type name min 1 >", "/min says min, which applies only to numbers"},
+    {"< type C max 1 >", "/max says max, which applies only to numbers"},
     {"< type array in [ 1 ] >",
-     "/in says in, which fits only numbers, names, strings and booleans"},
-    {"< type name of name >", "/of says of, which fits only arrays"},
-    {"< type any count 1 >", "/count says count, which fits only arrays"},
+     "/in says in, which applies only to numbers, names, strings and booleans"},
+    {"< type name of name >", "/of says of, which applies only to arrays"},
+    {"< type any count 1 >", "/count says count, which applies only to arrays"},
     {"< type number min 3 max 2 >", "/min says a min of 3, which is above the max of 2"},
-    {"< type number in 3 >", "/in says the number 3, which is no array"},
+    {"< type number in 3 >", "/in says the number 3, which is not an array"},
     {"< type number in [] >", "/in says an empty array, which allows nothing"},
     {"< type integer in [ 1 1.5 ] >", "/in allows the number 1.5, which is of another type"},
     {"< type string in [ 1 ] >", "/in allows the number 1, which is of another type"},
-    {"< type array count 1.5 >", "/count says the number 1.5, which is no whole number from 0"},
-    {"< type array count x >", "/count says the name x, which is no whole number from 0"},
-    {"< type array count -1 >", "/count says the number -1, which is no whole number from 0"},
-    {"< type name doc 3 >", "/doc says the number 3, which is no text"},
+    {"< type array count 1.5 >", "/count says the number 1.5, which is not a whole number from 0"},
+    {"< type array count x >", "/count says the name x, which is not a whole number from 0"},
+    {"< type array count -1 >", "/count says the number -1, which is not a whole number from 0"},
+    {"< type name doc 3 >", "/doc says the number 3, which is not a text"},
     {"< type number max 3 default 4 >", "/default expected a number of at most 3, found 4"},
     {"< type array of S default [ < K [] > x ] >",
-     "/default[1] expected a dictionary, found the name x"},
+     "/default/1 expected a dictionary, found the name x"},
     {"< type array of < type array of < type nam > > >",
-     "/of/of/type says nam, which is no kind, structure or registered check"}};
+     "/of/of/type says nam, which is not a kind, structure or registered check"}};
 
 TEST_F(SchemaCheckTest, TellsEachFaultOfASchemaWithItsPlace) {
     for (SchemaCase const& row : kWholeCases) {
@@ -105,7 +105,7 @@ TEST_F(SchemaCheckTest, ARuleThatContainsItselfIsToldAndJudgesWhatEnds) {
         EXPECT_EQ(validator.JudgeSchema(), "S/K says a rule that contains itself");
         EXPECT_EQ(
             validator.Judge(NewSettings("< K [ [ [] 1 ] ] >")),
-            "K[0][1] expected an array, found the number 1");
+            "K/0/1 expected an array, found the number 1");
     }
     Dicts().Remove(rule, Atom("of"));
 }

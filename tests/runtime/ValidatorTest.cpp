@@ -74,25 +74,25 @@ constexpr RuleCase kRuleCases[] = {
     {"< type array count 1 check Six >", "[ 1 2 ]", "K expected 1 element, found 2"},
     {"< type array count 1 of T >",
      "[ <> 1 ]",
-     "K expected 1 element, found 2|K[0]/n expected a number, found nothing"
-     "|K[1] expected a dictionary, found the number 1"},
+     "K expected 1 element, found 2|K/0/n expected a number, found nothing"
+     "|K/1 expected a dictionary, found the number 1"},
     {"< type array of < type array of integer > >",
      "[ [ 1 ] [ 2 x ] ]",
-     "K[1][1] expected an integer, found the name x"},
+     "K/1/1 expected an integer, found the name x"},
     {"Six", "6", ""},
-    {"Six", "Foo", "K expected what the check Six accepts, found the name Foo"},
-    {"Six", "", "K expected what the check Six accepts, found nothing"},
-    {"< type number check Six >", "5", "K expected what the check Six accepts, found the number 5"},
+    {"Six", "Foo", "K expected a value that the check Six allows, found the name Foo"},
+    {"Six", "", "K expected a value that the check Six allows, found nothing"},
+    {"< type number check Six >", "5", "K expected a value that the check Six allows, found the number 5"},
     {"< type number max 4 check Six >", "5", "K expected a number of at most 4, found 5"},
     {"Speaks", "5", "K says so"},
     {"numbr",
      "1",
-     "K cannot be judged: the schema says numbr, which is no kind, structure or registered check"},
+     "K cannot be validated: the schema says numbr, which is not a kind, structure or registered check"},
     {"numbr",
      "",
-     "K cannot be judged: the schema says numbr, which is no kind, structure or registered check"},
-    {"< typ number >", "1", "K cannot be judged: the schema says typ, which is no key of a rule"},
-    {"U", "<>", "K cannot be judged: the schema says an array, which is no dictionary"}};
+     "K cannot be validated: the schema says numbr, which is not a kind, structure or registered check"},
+    {"< typ number >", "1", "K cannot be validated: the schema says typ, which is not a key of a rule"},
+    {"U", "<>", "K cannot be validated: the schema says an array, which is not a dictionary"}};
 
 TEST_F(ValidatorTest, EachKindOfRuleHasItsMessage) {
     double const six = 6;
@@ -131,7 +131,7 @@ TEST_F(ValidatorTest, TheValueItselfStandsUnderTheStructuresName) {
     EXPECT_EQ(validator.Judge(NewSettings("3")), "S expected a dictionary, found the number 3");
     EXPECT_EQ(
         validator.Judge(NewSettings("<>"), "T"),
-        "T cannot be judged: the schema has no such structure");
+        "T cannot be validated: the schema has no such structure");
     EXPECT_EQ(validator.Judge(NewSettings("<>"), "a b"), "k expected a number, found nothing");
     Validator const odd("< S < (a\\nb c) number > >");
     EXPECT_EQ(odd.Judge(NewSettings("<>")), "a_b_c expected a number, found nothing");
@@ -281,7 +281,7 @@ TEST_F(ValidatorTest, AValueThatContainsItselfEndsTheJudgement) {
     Held const settings(As<POSDict>(NewSettings("< n x >")));
     Put(settings, "a", settings.Value());
     Put(settings, "b", settings.Value());
-    EXPECT_EQ(validator.Judge(settings.Value()), "a cannot be judged: it contains itself");
+    EXPECT_EQ(validator.Judge(settings.Value()), "a cannot be validated: it contains itself");
     Dicts().Remove(settings, Atom("a"));
     Dicts().Remove(settings, Atom("b"));
 }

@@ -222,10 +222,6 @@ TEST_F(Preferences, AreReadAsFarAsTheyAreGood) {
     ExpectLimitOfPath();
     fConfig.Set((fFolder / "missing").c_str());
     EXPECT_FALSE(MacRegistryHelper(kUserDomain, kFile, false).IsValid());
-    // The path of the folder is taken for Mac Roman, whatever it is.
-    support::WriteBytes(fFolder / "\xC3\xA9/test.plist", PropertyList(""));
-    fConfig.Set((fFolder / "\xC3\xA9").c_str());
-    EXPECT_FALSE(MacRegistryHelper(kUserDomain, kFile, false).IsValid());
 }
 
 TEST_F(Preferences, AreNotNeededByADataStore) {

@@ -40,15 +40,9 @@ Span SpanOf(Document const& document, std::string const& path) {
     return {body < 2 ? 0 : body - 2, body};
 }
 
-// A path in a finding names elements as "[2]", other paths as "/2".
-std::string PathOf(std::string const& key) {
-    static std::regex const kPosition("\\[([0-9]+)\\]");
-    return std::regex_replace(key, kPosition, "/$1");
-}
-
 // The rule's form of a path names all elements as "[]".
 SettingRule const* FindRule(std::vector<SettingRule> const& rules, std::string const& key) {
-    static std::regex const kPosition("\\[[0-9]+\\]");
+    static std::regex const kPosition("/[0-9]+(?=/|$)");
     std::string const ruleKey = std::regex_replace(key, kPosition, "[]");
     auto const rule = std::ranges::find(rules, ruleKey, &SettingRule::key);
     return rule == rules.end() ? nullptr : &*rule;
@@ -181,7 +175,7 @@ std::string NameHint(
     std::vector<SettingRule> const& rules,
     pdfsettings::Finding const& finding) {
     SettingRule const* const rule = FindRule(rules, finding.key);
-    auto const* const value = pdfsettings::Find(values, PathOf(finding.key));
+    auto const* const value = pdfsettings::Find(values, finding.key);
     auto const* const word = value == nullptr ? nullptr : value->If<pdfsettings::Word>();
     if (rule == nullptr || word == nullptr) {
         return "";
@@ -211,7 +205,7 @@ std::vector<Diagnostic> SchemaDiagnostics(
             document,
             Severity::kError,
             "value",
-            SpanOf(document, PathOf(finding.key)),
+            SpanOf(document, finding.key),
             finding.key,
             finding.message + hint));
     }

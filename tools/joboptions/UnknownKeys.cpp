@@ -47,7 +47,7 @@ private:
 
     static Level Element(Level& parent) {
         return {
-            true, fmt::format("{}[{}]", parent.fPath, parent.fCount++), parent.fRuleKey + "[]", 0};
+            true, fmt::format("{}/{}", parent.fPath, parent.fCount++), parent.fRuleKey + "[]", 0};
     }
 
     Level Setting(Level const& parent, DocumentEntry const& entry) {

@@ -7,7 +7,7 @@ namespace pdfsettings {
 
 // One fault of settings.
 struct Finding {
-    std::string key;     // the path of the setting: "ColorImageDict/QFactor", "OtherNamespaces[2]"
+    std::string key;     // the path of the setting: "ColorImageDict/QFactor", "OtherNamespaces/2"
     std::string message; // what was expected and what was found
 
     bool operator==(Finding const&) const = default;
