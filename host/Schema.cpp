@@ -4,6 +4,7 @@
 #include "host/detail/ReadValues.h"
 #include "host/detail/Ref.h"
 #include "host/detail/RunningComponent.h"
+#include "host/detail/SchemaSettings.h"
 #include "pdfsettings/Component.h"
 
 #include <cstdio>
@@ -125,18 +126,22 @@ SchemaError::SchemaError(std::vector<SchemaFault> faults)
     : Error(Describe(faults.front())),
       fFaults(std::move(faults)) {}
 
-Schema::Schema(std::string text, Dictionary structures)
+Schema::Schema(std::string text, std::vector<SettingRule> settings)
     : fText(std::move(text)),
-      fStructures(std::move(structures)) {}
+      fSettings(std::move(settings)) {}
 
 Schema Schema::FromText(Component const& component, std::string text) {
     detail::Turn const turn(*component.fRunning);
     Bindings const& tables = turn.Tables();
     Ref<POSDict> const dict = ReadDict(tables, text);
     ThrowIfAny(LocateMessages(text, ValidateSchema(tables, dict.get())));
-    Dictionary structures = detail::ReadValues(tables, dict.get());
+    Dictionary const structures = detail::ReadValues(tables, dict.get());
     ThrowIfAny(FindMissing(text, structures));
-    return Schema(std::move(text), std::move(structures));
+    auto [settings, structure, fault] = detail::ListSettings(structures);
+    if (!fault.empty()) {
+        throw SchemaError({FaultAt(text, structure, structure + ": " + fault)});
+    }
+    return Schema(std::move(text), std::move(settings));
 }
 
 } // namespace pdfsettings

@@ -1,13 +1,16 @@
-// The rules of a schema as a list of settings.
-#include "pdfsettings/Schema.h"
+#include "host/detail/SchemaSettings.h"
 
 #include <algorithm>
 
-namespace pdfsettings {
+namespace pdfsettings::detail {
 
 namespace {
 
 constexpr char kOptional[] = "optional";
+
+// What people write has tens of rules, in two or three levels.
+constexpr std::size_t kDeepest = 100;
+constexpr std::size_t kMostRules = 10000;
 
 std::string TextOf(Value const* value) {
     auto const* const word = value == nullptr ? nullptr : value->If<Word>();
@@ -58,9 +61,9 @@ class Lister {
 public:
     explicit Lister(Dictionary const& structures) : fStructures(structures) {}
 
-    std::vector<SettingRule> List(std::string const& root) {
+    SchemaSettings List(std::string const& root) {
         ListStructure(root, "");
-        return std::move(fSettings);
+        return std::move(fList);
     }
 
 private:
@@ -68,7 +71,7 @@ private:
         Value const* const value = fStructures.Get(name);
         auto const* const structure = value == nullptr ? nullptr : value->If<Dictionary>();
         bool const isInItself = std::ranges::find(fInside, name) != fInside.end();
-        if (structure == nullptr || isInItself) {
+        if (structure == nullptr || isInItself || !HasRoom(name)) {
             return;
         }
         fInside.push_back(name);
@@ -96,11 +99,24 @@ private:
         if (auto const* const details = rule.If<Dictionary>()) {
             ReadDetails(*details, setting);
         }
-        fSettings.push_back(setting);
-        fSettings.back().kind = PlainKind(setting.kind);
-        fSettings.back().element = PlainKind(setting.element);
+        fList.fRules.push_back(setting);
+        fList.fRules.back().kind = PlainKind(setting.kind);
+        fList.fRules.back().element = PlainKind(setting.element);
         ListStructure(setting.kind, key + "/");
         ListStructure(setting.element, key + "[]/");
+    }
+
+    bool HasRoom(std::string const& structure) {
+        if (!fList.fFault.empty()) {
+            return false;
+        }
+        if (fInside.size() == kDeepest) {
+            fList.fFault = "structures are nested more than 100 deep";
+        } else if (fList.fRules.size() > kMostRules) {
+            fList.fFault = "the schema describes more than 10,000 settings";
+        }
+        fList.fStructure = fList.fFault.empty() ? "" : structure;
+        return fList.fFault.empty();
     }
 
     // The name of a structure says nothing outside the schema.
@@ -110,13 +126,13 @@ private:
 
     Dictionary const& fStructures;
     std::vector<std::string> fInside;
-    std::vector<SettingRule> fSettings;
+    SchemaSettings fList;
 };
 
 } // namespace
 
-std::vector<SettingRule> Schema::Settings() const {
-    return Lister(fStructures).List("PDFSettings");
+SchemaSettings ListSettings(Dictionary const& structures) {
+    return Lister(structures).List("PDFSettings");
 }
 
-} // namespace pdfsettings
+} // namespace pdfsettings::detail

@@ -49,12 +49,34 @@ TEST_F(SchemaTest, AFaultHasItsPlaceInTheText) {
         {"\n < >", "2:2 the structure PDFSettings is missing\n"},
         {"<\n  PDFSettings < A any >\n>", "2:3 PDFSettings has no dictionary optional\n"},
         {"< PDFSettings < optional <\n A numbr\n B < type integer min x >\n> > >",
-         "2:2 PDFSettings/optional/A: says numbr, which is not a kind, structure or registered check\n"
+         "2:2 PDFSettings/optional/A: says numbr, which is not a kind, structure or registered "
+         "check\n"
          "3:19 PDFSettings/optional/B/min: says the name x, which is not a number\n"},
     };
     for (auto const& [text, faults] : cases) {
         EXPECT_EQ(Faults(text), faults) << text;
     }
+}
+
+// A text of a few lines can describe more settings than any memory holds.
+TEST_F(SchemaTest, StructuresHaveLimitsOfDepthAndNumber) {
+    // So many structures, each of which is named by the one before under each of the keys.
+    auto const chain = [](int structures, std::string const& keys) {
+        std::string text = "<";
+        for (int i = 0; i < structures; ++i) {
+            text += (i == 0 ? " PDFSettings" : "\nS" + std::to_string(i)) + " < optional <";
+            for (char const key : keys) {
+                text += std::string(" ") + key + " S" + std::to_string(i + 1);
+            }
+            text += " > >";
+        }
+        return text + "\nS" + std::to_string(structures) + " < optional < > > >";
+    };
+    EXPECT_EQ(Faults(chain(99, "A")), "");
+    EXPECT_EQ(Faults(chain(12000, "A")), "101:1 S100: structures are nested more than 100 deep\n");
+    EXPECT_EQ(Faults(chain(12, "AB")), "");
+    EXPECT_EQ(
+        Faults(chain(40, "AB")), "41:1 S40: the schema describes more than 10,000 settings\n");
 }
 
 TEST_F(SchemaTest, TheStandardSchemaIsSoundAndAcceptsEveryExample) {

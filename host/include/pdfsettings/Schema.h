@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace pdfsettings {
@@ -51,7 +52,8 @@ struct SettingRule {
 class PDFSETTINGS_API Schema {
 public:
     // Reads text, which is in the runtime's object notation. Throws SchemaError with every fault
-    // that was found, and Error when memory runs out.
+    // that was found, also where structures are nested more than 100 deep or describe more than
+    // 10,000 settings, and Error when memory runs out.
     static Schema FromText(Component const& component, std::string text);
 
     // The schema of the usual PDF conversion parameters, which is always there.
@@ -62,13 +64,14 @@ public:
 
     // The settings of a set in the schema's order, each before those that are nested in it. A
     // structure within itself is not followed.
-    std::vector<SettingRule> Settings() const;
+    std::vector<SettingRule> const& Settings() const& noexcept { return fSettings; }
+    std::vector<SettingRule> Settings() && { return std::move(fSettings); }
 
 private:
-    Schema(std::string text, Dictionary structures);
+    Schema(std::string text, std::vector<SettingRule> settings);
 
     std::string fText;
-    Dictionary fStructures;
+    std::vector<SettingRule> fSettings;
 };
 
 } // namespace pdfsettings
