@@ -18,10 +18,6 @@ Json NewDocument() {
     return Json{{"version", 1}};
 }
 
-std::string Finish(Json const& document) {
-    return document.dump(2) + "\n";
-}
-
 Json ValueOrNull(Value const* value, std::string const& file) {
     return value == nullptr ? Json() : ToJson(*value, file);
 }
@@ -42,7 +38,7 @@ Json FindingsJson(std::vector<Finding> const& findings) {
     Json list = Json::array();
     for (Finding const& finding : findings) {
         list.push_back(
-            {{"key", VisibleText(finding.key)}, {"message", VisibleText(finding.message)}});
+            {{"key", WellFormedText(finding.key)}, {"message", WellFormedText(finding.message)}});
     }
     return list;
 }
@@ -57,14 +53,14 @@ Json DiagnosticsJson(std::vector<Diagnostic> const& diagnostics) {
              {"length", diagnostic.span.Size()},
              {"severity", isError ? "error" : "warning"},
              {"id", diagnostic.id},
-             {"key", diagnostic.key.empty() ? Json() : Json(VisibleText(diagnostic.key))},
-             {"message", VisibleText(diagnostic.message)}});
+             {"key", diagnostic.key.empty() ? Json() : Json(WellFormedText(diagnostic.key))},
+             {"message", WellFormedText(diagnostic.message)}});
     }
     return list;
 }
 
 Json ErrorJson(std::string const& error) {
-    return error.empty() ? Json() : Json(VisibleText(error));
+    return error.empty() ? Json() : Json(WellFormedText(error));
 }
 
 void AddNumber(Json& object, char const* name, std::optional<double> const& number) {
@@ -97,14 +93,14 @@ std::string
 JsonDocument(char const* member, pdfsettings::Dictionary const& values, std::string const& file) {
     Json document = NewDocument();
     document[member] = ToJson(values, file);
-    return Finish(document);
+    return JsonText(document);
 }
 
 std::string
 DifferencesDocument(std::vector<Difference> const& differences, std::string const& file) {
     Json document = NewDocument();
     document["differences"] = DifferencesJson(differences, file);
-    return Finish(document);
+    return JsonText(document);
 }
 
 std::string ChangeDocument(
@@ -116,7 +112,7 @@ std::string ChangeDocument(
     document["differences"] = DifferencesJson(differences, file);
     document["findings"] = FindingsJson(findings);
     document["warnings"] = FindingsJson(warnings);
-    return Finish(document);
+    return JsonText(document);
 }
 
 std::string CheckDocument(std::vector<Judgement> const& judgements) {
@@ -124,11 +120,11 @@ std::string CheckDocument(std::vector<Judgement> const& judgements) {
     document["files"] = Json::array();
     for (Judgement const& judgement : judgements) {
         document["files"].push_back(
-            {{"file", VisibleText(judgement.file)},
+            {{"file", WellFormedText(judgement.file)},
              {"error", ErrorJson(judgement.error)},
              {"findings", DiagnosticsJson(judgement.diagnostics)}});
     }
-    return Finish(document);
+    return JsonText(document);
 }
 
 std::string LayoutDocument(std::vector<LayoutJudgement> const& judgements) {
@@ -136,11 +132,11 @@ std::string LayoutDocument(std::vector<LayoutJudgement> const& judgements) {
     document["files"] = Json::array();
     for (LayoutJudgement const& judgement : judgements) {
         document["files"].push_back(
-            {{"file", VisibleText(judgement.file)},
+            {{"file", WellFormedText(judgement.file)},
              {"error", ErrorJson(judgement.error)},
              {"differs", judgement.differs}});
     }
-    return Finish(document);
+    return JsonText(document);
 }
 
 std::string RulesDocument(std::vector<SettingRule> const& rules) {
@@ -149,7 +145,7 @@ std::string RulesDocument(std::vector<SettingRule> const& rules) {
     for (SettingRule const& rule : rules) {
         document["settings"].push_back(RuleJson(rule));
     }
-    return Finish(document);
+    return JsonText(document);
 }
 
 } // namespace joboptions

@@ -76,7 +76,7 @@ Status FolderCommand::Run() const {
         }
         return Status::kNo;
     }
-    WriteResult(fOptions, fOptions.json ? FolderDocument(folder) : folder + "\n");
+    WriteResult(fOptions, fOptions.json ? FolderDocument(folder) : VisibleText(folder) + "\n");
     return Status::kDone;
 }
 

@@ -1,6 +1,7 @@
 #include "tools/joboptions/ListText.h"
 
 #include "tools/joboptions/Utf8.h"
+#include "tools/joboptions/ValueJson.h"
 
 #include <algorithm>
 #include <ctime>
@@ -118,12 +119,12 @@ std::string ListDocument(std::vector<ListEntry> const& entries) {
              {"showHide", applications},
              {"shadows", entry.shadowed}});
     }
-    return document.dump(2) + "\n";
+    return JsonText(document);
 }
 
 std::string FolderDocument(std::string const& folder) {
-    nlohmann::ordered_json const document{{"version", 1}, {"folder", VisibleText(folder)}};
-    return document.dump(2) + "\n";
+    nlohmann::ordered_json const document{{"version", 1}, {"folder", folder}};
+    return JsonText(document);
 }
 
 } // namespace joboptions

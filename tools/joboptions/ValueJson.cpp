@@ -159,6 +159,12 @@ Json ToJson(Value const& value, std::string const& file) {
     return std::visit(Converter(file), value.Get());
 }
 
+std::string JsonText(Json const& document) {
+    constexpr int kIndent = 2;
+    auto const replace = Json::error_handler_t::replace;
+    return JsonEscapes(document.dump(kIndent, ' ', /*ensure_ascii=*/false, replace)) + "\n";
+}
+
 std::string JsonKey(std::string_view name) {
     if (name.starts_with('/') || !IsPlainText(name)) {
         return "/" + Hex(name);

@@ -35,6 +35,9 @@ nlohmann::ordered_json ToJson(pdfsettings::Value const& value, std::string const
 // A name or key as it stands in JSON, without the slash that begins a name.
 std::string JsonKey(std::string_view name);
 
+// A document as commands write it, which says nothing that a terminal must not see.
+std::string JsonText(nlohmann::ordered_json const& document);
+
 // The key that JsonKey wrote, and the value that the text of a JSON string stands for; isTail: the
 // value of the tail's key, which has no form of its own. None for a text that was not written so.
 std::optional<std::string> KeyFromJson(std::string_view key);
