@@ -7,17 +7,21 @@ its body, '#' lines before the first directive are comments:
   @input NAME       makes a file of the body, and the folders for it
   @admin NAME       the same in the administrator's folder, which is emptied before and after
   @mode NAME MODE   gives it permissions in octal
+  @size NAME SIZE   makes it so many bytes large, without filling them
+  @link NAME PLACE  makes a link that leads to a place in the case's folder
   @mtime NAME TIME  lets it have changed last so many seconds after 1970
   @run ARGS...      runs the program; the body is the expected standard output. In front of it:
   @stdin NAME         for the next run: standard input comes from that file (else it is empty)
   @stdout-to PATH     for the next run: standard output goes there
                     and behind it:
   @stderr             the body is the expected standard error (else none)
+  @stderr-lines N     it has so many lines, whatever they say
   @status N           the expected exit status (else 0)
 
 In bodies and arguments \\xHH is a byte, \\{N*TEXT} is TEXT repeated N times and \\c at the end of a line
 drops its line end. Each file runs in an empty folder of its own, which is home too: its settings lie
-in data/ and its preferences in config/. In what is written, HOME and ADMIN stand for the two folders.
+in data/ and its preferences in config/. In what is written, HOME and ADMIN stand for the two folders;
+so does ADMIN in names, and ADMIN/ in files.
 """
 
 import difflib
@@ -29,6 +33,7 @@ import subprocess
 import sys
 import tempfile
 
+NEWLINE = b"\n"
 TIME_LIMIT = 120  # seconds; only a program that hangs meets it
 
 
@@ -49,6 +54,7 @@ class Run:
         self.title = arguments
         self.stdout = stdout
         self.stderr = b""
+        self.stderr_lines = None
         self.status = 0
         self.stdin_from = os.devnull
         self.stdout_to = None
@@ -60,7 +66,7 @@ def parse(path):
         parts = re.split(r"^@", file.read(), flags=re.MULTILINE)
     if any(line and not line.startswith("#") for line in parts[0].splitlines()):
         raise ValueError("text before the first directive")
-    inputs, admin, modes, times, runs, pending = {}, {}, {}, {}, [], {}
+    inputs, admin, modes, times, sizes, links, runs, pending = {}, {}, {}, {}, {}, {}, [], {}
     for part in parts[1:]:
         line, _, body = part.partition("\n")
         directive, _, argument = line.partition(" ")
@@ -74,6 +80,12 @@ def parse(path):
         elif directive == "mode":
             name, _, mode = argument.rpartition(" ")
             modes[name] = int(mode, 8)
+        elif directive == "size":
+            name, _, size = argument.rpartition(" ")
+            sizes[name] = int(size)
+        elif directive == "link":
+            name, _, place = argument.rpartition(" ")
+            links[name] = place
         elif directive in ("stdin", "stdout-to"):
             pending[directive] = argument
         elif directive == "run":
@@ -82,13 +94,15 @@ def parse(path):
             runs[-1].stdout_to = pending.pop("stdout-to", None)
         elif directive == "stderr":
             runs[-1].stderr = decode(body)
+        elif directive == "stderr-lines":
+            runs[-1].stderr_lines = int(argument)
         elif directive == "status":
             runs[-1].status = int(argument)
         else:
             raise ValueError(f"unknown directive @{directive}")
     if not runs or pending:
         raise ValueError("nothing to run")
-    return inputs, admin, modes, times, runs
+    return inputs, admin, modes, times, sizes, links, runs
 
 
 def visible(data):
@@ -133,7 +147,10 @@ def execute(program, run, places):
     for place, name in places.items():
         stdout, stderr = (text.replace(place.encode(), name) for text in (stdout, stderr))
     problems = difference("standard output", run.stdout, stdout)
-    problems += difference("standard error", run.stderr, stderr)
+    if run.stderr_lines is None:
+        problems += difference("standard error", run.stderr, stderr)
+    elif stderr.count(NEWLINE) != run.stderr_lines:
+        problems.append(f"{stderr.count(NEWLINE)} lines of errors, expected {run.stderr_lines}")
     if result.returncode != run.status:
         problems.append(f"exit status {result.returncode}, expected {run.status}")
     return problems
@@ -141,19 +158,26 @@ def execute(program, run, places):
 
 def main():
     program, case_file, *admin_folder = (os.path.abspath(path) for path in sys.argv[1:])
-    inputs, admin, modes, times, runs = parse(case_file)
+    inputs, admin, modes, times, sizes, links, runs = parse(case_file)
+    admin_place = "".join(admin_folder)
     failures = 0
     for place in admin_folder:
         clear(place)
         make(place, admin)
     with tempfile.TemporaryDirectory() as folder:
         os.chdir(folder)
-        make(folder, inputs)
+        make(folder, {
+            name: content.replace(b"ADMIN/", admin_place.encode() + b"/") for name, content in inputs.items()})
         places = {os.getcwd(): b"HOME"} | {place: b"ADMIN" for place in admin_folder}
         for name, mode in modes.items():
             os.chmod(name, mode)
+        for name, size in sizes.items():
+            with open(name, "wb") as file:
+                file.truncate(size)
+        for name, place in links.items():
+            os.symlink(os.path.join(os.getcwd(), place), name.replace("ADMIN", admin_place))
         for name, seconds in times.items():
-            os.utime(name.replace("ADMIN", "".join(admin_folder)), (seconds, seconds))
+            os.utime(name.replace("ADMIN", admin_place), (seconds, seconds))
         for run in runs:
             problems = execute(program, run, places)
             failures += bool(problems)

@@ -56,8 +56,9 @@ ListEntry MakeEntry(
     ListedSettings settings,
     std::filesystem::path const& adminFolder,
     std::optional<std::string> const& application) {
-    auto const folder = std::filesystem::path(settings.path).parent_path().lexically_normal();
-    bool const isUsers = folder != adminFolder.lexically_normal();
+    auto const folder = std::filesystem::path(settings.path).parent_path();
+    std::error_code error;
+    bool const isUsers = !std::filesystem::equivalent(folder, adminFolder, error);
     bool const isHidden = application && settings.IsHiddenFrom(*application);
     auto reasons = ReasonsFor(settings, isUsers);
     return {std::move(settings), isUsers, isHidden, std::move(reasons), {}};
