@@ -10,8 +10,9 @@
 #include "tools/joboptions/SchemaOption.h"
 #include "tools/joboptions/Utf8.h"
 
-#include <algorithm>
 #include <fmt/format.h>
+#include <set>
+#include <utility>
 
 namespace joboptions {
 
@@ -63,11 +64,12 @@ void MarkOldFindings(
     if (findings.empty()) {
         return;
     }
-    auto const before = settings.Validate();
+    std::set<std::pair<std::string, std::string>> before;
+    for (pdfsettings::Finding& old : settings.Validate()) {
+        before.emplace(std::move(old.key), std::move(old.message));
+    }
     for (pdfsettings::Finding& finding : findings) {
-        bool const isOld = std::ranges::any_of(before, [&](pdfsettings::Finding const& old) {
-            return old.key == finding.key && old.message == finding.message;
-        });
+        bool const isOld = before.contains({finding.key, finding.message});
         finding.message += isOld ? " (as before the change)" : "";
     }
 }
