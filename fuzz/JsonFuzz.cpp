@@ -1,8 +1,9 @@
-// What is read from JSON is written so that it is read as the same again.
+// What is read from JSON is written so that it is read as the same again, and nothing hides in it.
 #include "fuzz/Require.h"
 #include "tools/joboptions/Failure.h"
 #include "tools/joboptions/JsonDocuments.h"
 #include "tools/joboptions/JsonReader.h"
+#include "tools/joboptions/Utf8.h"
 
 #include <cstdint>
 #include <string>
@@ -16,6 +17,9 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
         return 0;
     }
     std::string const written = joboptions::JsonDocument("settings", values, "input");
+    std::string lines = written;
+    std::erase(lines, '\n');
+    fuzz::Require(joboptions::VisibleText(lines) == lines, "hides something: " + written);
     auto const again = joboptions::ReadJsonDocument("settings", written, "input");
     std::string const rewritten = joboptions::JsonDocument("settings", again, "input");
     fuzz::Require(written == rewritten, "written: " + written + "\nand then: " + rewritten);
