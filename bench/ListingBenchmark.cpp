@@ -23,6 +23,7 @@ public:
     explicit Home(std::int64_t files) {
         Enter();
         fFolder = pdfsettings::SettingsList::UserFolder(bench::SharedComponent());
+        std::filesystem::create_directories(fFolder); // not for everybody everywhere
         for (std::int64_t i = 0; i < files; ++i) {
             std::ofstream(fFolder / ("settings " + std::to_string(i) + ".joboptions"));
         }
