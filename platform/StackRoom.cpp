@@ -6,6 +6,7 @@
 #include <sys/random.h>
 #include <sys/resource.h>
 #include <unistd.h>
+#include <utility>
 
 namespace platform {
 
@@ -17,8 +18,9 @@ constexpr std::uintptr_t kReserve = std::uintptr_t{64} * 1024;
 // How far the main thread goes down where its stack may not grow as far as its limit.
 constexpr std::uintptr_t kGrownRoom = std::uintptr_t{640} * 1024;
 
-constexpr unsigned long kAnyDepth = std::numeric_limits<unsigned long>::max();
-constexpr unsigned long kDepthOnUnknownStack = 1 + 32;
+// The settings themselves, and more levels than real ones have: for them no question to the system
+// is worth its time.
+constexpr unsigned long kLevelsOnAnyStack = 1 + 32;
 
 // The thread's own stack; all zero until queried.
 struct Stack {
@@ -28,10 +30,9 @@ struct Stack {
 };
 thread_local Stack gStack = {};
 
-// Stacks grow down: no level may begin at or below this address, nor more than so many.
-thread_local std::uintptr_t gLimit = 0;
-thread_local unsigned long gDeepest = 0;
 thread_local unsigned long gLevels = 0;
+// Stacks grow down: no level may begin at or below this address; 0 until it is needed.
+thread_local std::uintptr_t gLimit = 0;
 
 std::uintptr_t CurrentAddress() noexcept {
     return reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
@@ -80,27 +81,26 @@ std::uintptr_t LowestOnMainStack(Stack const& stack) noexcept {
     return hasMemory ? allowed : here;
 }
 
-} // namespace
-
-StackWatch::StackWatch() noexcept
-    : fOuterLimit(gLimit),
-      fOuterLevels(gLevels),
-      fOuterDeepest(gDeepest) {
+std::uintptr_t FindLimit() noexcept {
     if (gStack.fHigh == 0) {
         gStack = QueryStack();
     }
     std::uintptr_t const here = CurrentAddress();
-    bool const isOwn = here >= gStack.fLow && here < gStack.fHigh;
-    std::uintptr_t const low = gStack.fIsMain && isOwn ? LowestOnMainStack(gStack) : gStack.fLow;
-    gLimit = isOwn ? low + kReserve : 0;
-    gDeepest = isOwn ? kAnyDepth : kDepthOnUnknownStack;
-    gLevels = 0;
+    if (here < gStack.fLow || here >= gStack.fHigh) {
+        return std::numeric_limits<std::uintptr_t>::max();
+    }
+    return kReserve + (gStack.fIsMain ? LowestOnMainStack(gStack) : gStack.fLow);
 }
 
+} // namespace
+
+StackWatch::StackWatch() noexcept
+    : fOuterLevels(std::exchange(gLevels, 0)),
+      fOuterLimit(std::exchange(gLimit, 0)) {}
+
 StackWatch::~StackWatch() {
-    gLimit = fOuterLimit;
     gLevels = fOuterLevels;
-    gDeepest = fOuterDeepest;
+    gLimit = fOuterLimit;
 }
 
 StackLevel::StackLevel() noexcept {
@@ -112,7 +112,13 @@ StackLevel::~StackLevel() {
 }
 
 bool StackLevel::HasRoom() const noexcept {
-    return gLevels <= 1 || (CurrentAddress() > gLimit && gLevels <= gDeepest);
+    if (gLevels <= kLevelsOnAnyStack) {
+        return true;
+    }
+    if (gLimit == 0) {
+        gLimit = FindLimit();
+    }
+    return CurrentAddress() > gLimit;
 }
 
 } // namespace platform

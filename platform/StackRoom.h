@@ -6,8 +6,8 @@
 namespace platform {
 
 // Bounds the recursion of one piece of work on the current thread, while it lives; such objects
-// nest. The limit that the system sets for the main thread's stack is asked for each time, since a
-// host may lower it. Costs a few system calls there, and on any thread for the first one.
+// nest. How far the stack reaches is asked for in each piece of work that goes deep, since a host
+// may change the limits of its process.
 class StackWatch {
 public:
     StackWatch() noexcept;
@@ -16,9 +16,8 @@ public:
     StackWatch& operator=(StackWatch const&) = delete;
 
 private:
-    std::uintptr_t fOuterLimit;
     unsigned long fOuterLevels;
-    unsigned long fOuterDeepest;
+    std::uintptr_t fOuterLimit;
 };
 
 // One level of recursion on the current thread, while it lives. REQUIRES: a StackWatch lives on
@@ -31,8 +30,9 @@ public:
     StackLevel& operator=(StackLevel const&) = delete;
 
     // Whether there is room for this level, for everything that is called from it, and for an
-    // exception on its way out. There always is for the outermost one below a watch, and on a stack
-    // that is not the thread's own, such as that of a coroutine, for 32 more.
+    // exception on its way out. There is for the outermost level below a watch and 32 more on any
+    // stack, which must have 64 KiB for them; and for more on the thread's own stack, not on
+    // another one, such as a coroutine's.
     bool HasRoom() const noexcept;
 };
 

@@ -1,9 +1,11 @@
 // How deep settings may be nested on stacks of all kinds: on one whose limit the host lowers, on
 // one that cannot grow, and on a coroutine's.
 
+#include <algorithm>
 #include <fstream>
 #include <functional>
 
+#include <malloc.h>
 #include <sys/mman.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -42,6 +44,18 @@ std::size_t AddressSpaceInUse() {
     std::size_t pages = 0;
     std::ifstream("/proc/self/statm") >> pages;
     return pages * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+}
+
+// Lets the heap have room for values without more memory from the system.
+void FillHeap() {
+    constexpr int kLarge = 64 << 20;
+    mallopt(M_MMAP_THRESHOLD, kLarge / 2);
+    mallopt(M_TRIM_THRESHOLD, kLarge * 2);
+    void* blocks[16];
+    for (void*& block : blocks) {
+        block = malloc(kLarge / 16);
+    }
+    std::for_each(std::begin(blocks), std::end(blocks), &free);
 }
 
 // Does work that many bytes further down the stack.
@@ -95,13 +109,14 @@ protected:
     }
 
     static constexpr int kFlat = 1;
-    static constexpr int kThousand = 2; // levels
-    static constexpr int kHundredThousand = 4;
+    static constexpr int kForty = 2; // levels
+    static constexpr int kThousand = 4;
+    static constexpr int kHundredThousand = 8;
 
     // Which of these texts can be read.
     int Readable(int texts) const {
         int result = 0;
-        for (int bit = 0; bit < 3; ++bit) {
+        for (int bit = 0; bit < 4; ++bit) {
             if ((texts & 1 << bit) != 0) {
                 PDFSettings* const settings = fNewFromStream(fTexts[bit], "");
                 result |= settings != nullptr ? 1 << bit : 0;
@@ -139,17 +154,18 @@ protected:
         }
     }
 
-    BIBPositionableStream* const fTexts[3] = {
+    BIBPositionableStream* const fTexts[4] = {
         NewStream("<< /A 1 >> setalembicorparams"),
+        NewStream(Nested(40)),
         NewStream(Nested(1000)),
         NewStream(Nested(100000))};
 };
 
-// The first call is a flat one, so that the stack has not grown for it.
+// The first call asks for the bounds of the stack, but does not make it grow.
 TEST_F(Stacks, MayBeLimitedAfterTheFirstCall) {
     int const readable = kIsSanitized ? kFlat : kFlat | kThousand;
     EXPECT_EQ(readable, InProcess([&] {
-                  Readable(kFlat);
+                  Readable(kForty);
                   Limit(RLIMIT_STACK, 512 * kKiB);
                   return Readable(readable | kHundredThousand);
               }));
@@ -160,7 +176,7 @@ TEST_F(Stacks, MayBeDeeperThanALaterLimit) {
                   int result = 0;
                   // So much is there below, but not more.
                   Deeper((1024 + kFree) * kKiB, [] {});
-                  Readable(kFlat);
+                  Readable(kForty);
                   Deeper(1024 * kKiB, [&] {
                       Limit(RLIMIT_STACK, 512 * kKiB);
                       result = Readable(kFlat | kHundredThousand);
@@ -183,7 +199,8 @@ TEST_F(Stacks, MayBeUnableToGrow) {
                   return result;
               }));
     EXPECT_EQ(kFlat, InProcess([&] {
-                  Readable(kFlat);
+                  FillHeap();
+                  Readable(kForty);
                   Limit(RLIMIT_AS, AddressSpaceInUse());
                   return Readable(kFlat | kHundredThousand);
               }));
