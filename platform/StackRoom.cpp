@@ -57,10 +57,11 @@ std::uintptr_t LimitOf(decltype(RLIMIT_AS) resource) noexcept {
     return getrlimit(resource, &limit) == 0 ? limit.rlim_cur : RLIM_INFINITY;
 }
 
-// Whether the main thread's stack reaches down to an unused address, or can grow to it. For the
+// Whether the main thread's stack reaches so many bytes down from here, or can grow so far. For the
 // program itself, a stack that cannot grow is the end; a system call gets an error.
-bool Reaches(std::uintptr_t address) noexcept {
-    return getrandom(reinterpret_cast<void*>(address), 1, GRND_NONBLOCK) == 1;
+bool Reaches(std::uintptr_t distance) noexcept {
+    return getrandom(static_cast<char*>(__builtin_frame_address(0)) - distance, 1, GRND_NONBLOCK) ==
+           1;
 }
 
 // The lowest address that the caller may use of the main thread's stack. The limit of its size may
@@ -75,7 +76,7 @@ std::uintptr_t LowestOnMainStack(Stack const& stack) noexcept {
     if (hasMemory && allowed <= near) {
         return allowed;
     }
-    if (Reaches(near)) {
+    if (Reaches(here - near)) {
         return near;
     }
     return hasMemory ? allowed : here;

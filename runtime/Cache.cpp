@@ -1,5 +1,7 @@
 #include "runtime/Cache.h"
 
+#include <algorithm>
+
 namespace bibrt {
 
 Cache& Cache::The() {
@@ -146,15 +148,16 @@ void Cache::DeleteSet(BIBCacheSet& set) noexcept {
 }
 
 void (*Cache::NextClientPurge(unsigned long& after, unsigned long until) noexcept)() {
-    return Locked([&]() -> void (*)() {
-        for (auto const& [proc, added] : fClientPurges) {
-            if (added > after) {
-                after = added;
-                return added <= until ? proc : nullptr;
-            }
-        }
+    std::lock_guard const guard(fLock);
+    auto const next =
+        std::find_if(fClientPurges.begin(), fClientPurges.end(), [after](ClientPurge const& purge) {
+            return purge.fAdded > after;
+        });
+    if (next == fClientPurges.end() || next->fAdded > until) {
         return nullptr;
-    });
+    }
+    after = next->fAdded;
+    return next->fProc;
 }
 
 // By the time of adding, not by position: a procedure may remove itself and others, and add some,

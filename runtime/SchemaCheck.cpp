@@ -112,7 +112,8 @@ void SchemaCheck::Run() {
 
 void SchemaCheck::CheckStructure(DictEntry const& entry) {
     if (IsKindName(entry.fKey->Text())) {
-        Report(Join({"says ", entry.fKey->Text(), ", which is a kind and cannot name a structure"}));
+        Report(
+            Join({"says ", entry.fKey->Text(), ", which is a kind and cannot name a structure"}));
     }
     if (KindOf(*entry.fValue) != ValueKind::kDictionary) {
         Report(Join({"says ", FoundText(*entry.fValue), ", which is not a structure"}));

@@ -134,7 +134,8 @@ void RuleReader::ReadPart(BIBStringAtom const& key, POSObject* value) {
     auto const* const name =
         std::find(std::begin(kKeyNames), std::end(kKeyNames), std::string_view(key.Text()));
     if (name == std::end(kKeyNames)) {
-        AddFault(key.Text(), Join({"says ", ShownText(key.Text()), ", which is not a key of a rule"}));
+        AddFault(
+            key.Text(), Join({"says ", ShownText(key.Text()), ", which is not a key of a rule"}));
     } else {
         fRule.fParts[name - std::begin(kKeyNames)] = value;
     }
@@ -157,7 +158,8 @@ bool RuleReader::ReadType(char const* key, POSObject& word) {
     if (!isKnown) {
         AddFault(
             key,
-            Join({"says ", SaidText(word), ", which is not a kind, structure or registered check"}));
+            Join(
+                {"says ", SaidText(word), ", which is not a kind, structure or registered check"}));
     }
     return isKnown;
 }

@@ -160,7 +160,8 @@ String CountMessage(SchemaRule const& rule, POSObject const& value) {
 }
 
 String CheckMessage(POSObject const& name, std::string_view found) {
-    return Join({"expected a value that the check ", ShownText(BytesOf(name)), " allows, found ", found});
+    return Join(
+        {"expected a value that the check ", ShownText(BytesOf(name)), " allows, found ", found});
 }
 
 } // namespace bibrt

@@ -127,6 +127,13 @@ protected:
         return result;
     }
 
+    // The same so many bytes further down the stack.
+    int ReadableAt(std::size_t depth, int texts) const {
+        int result = 0;
+        Deeper(depth, [&] { result = Readable(texts); });
+        return result;
+    }
+
     // Whether the text can be read and its settings be written again on a coroutine's stack.
     std::pair<bool, bool> OnSmallCoroutine(std::size_t levels) const {
         BIBPositionableStream* const text = NewStream(Nested(levels));
@@ -190,13 +197,11 @@ TEST_F(Stacks, MayBeUnableToGrow) {
     if (kIsSanitized) {
         GTEST_SKIP() << "no process of a sanitizer has so little memory";
     }
-    EXPECT_EQ(kFlat | kThousand, InProcess([&] {
-                  int result = kFlat | kThousand;
+    int const readable = kFlat | kThousand;
+    EXPECT_EQ(readable, InProcess([&] {
                   Limit(RLIMIT_AS, 4UL * kKiB * kKiB * kKiB);
-                  for (std::size_t const depth : {0UL, 590UL, 1200UL}) {
-                      Deeper(depth * kKiB, [&] { result &= Readable(result); });
-                  }
-                  return result;
+                  return ReadableAt(0, readable) & ReadableAt(590 * kKiB, readable) &
+                         ReadableAt(1200 * kKiB, readable);
               }));
     EXPECT_EQ(kFlat, InProcess([&] {
                   FillHeap();

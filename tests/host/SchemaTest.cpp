@@ -27,6 +27,19 @@ protected:
         return faults;
     }
 
+    // So many structures, each of which is named by the one before under each of the keys.
+    static std::string Chain(int structures, std::string const& keys) {
+        std::string text = "< PDFSettings";
+        for (int i = 1; i <= structures; ++i) {
+            text += " < optional <";
+            for (char const key : keys) {
+                text += std::string(" ") + key + " S" + std::to_string(i);
+            }
+            text += " > >\nS" + std::to_string(i);
+        }
+        return text + " < optional < > > >";
+    }
+
     static std::string ReadFile(std::string const& name) {
         std::ifstream stream(PDFSETTINGS_DATA "/" + name);
         return std::string(std::istreambuf_iterator<char>(stream), {});
@@ -60,23 +73,11 @@ TEST_F(SchemaTest, AFaultHasItsPlaceInTheText) {
 
 // A text of a few lines can describe more settings than any memory holds.
 TEST_F(SchemaTest, StructuresHaveLimitsOfDepthAndNumber) {
-    // So many structures, each of which is named by the one before under each of the keys.
-    auto const chain = [](int structures, std::string const& keys) {
-        std::string text = "<";
-        for (int i = 0; i < structures; ++i) {
-            text += (i == 0 ? " PDFSettings" : "\nS" + std::to_string(i)) + " < optional <";
-            for (char const key : keys) {
-                text += std::string(" ") + key + " S" + std::to_string(i + 1);
-            }
-            text += " > >";
-        }
-        return text + "\nS" + std::to_string(structures) + " < optional < > > >";
-    };
-    EXPECT_EQ(Faults(chain(99, "A")), "");
-    EXPECT_EQ(Faults(chain(12000, "A")), "101:1 S100: structures are nested more than 100 deep\n");
-    EXPECT_EQ(Faults(chain(12, "AB")), "");
+    EXPECT_EQ(Faults(Chain(99, "A")), "");
+    EXPECT_EQ(Faults(Chain(12000, "A")), "101:1 S100: structures are nested more than 100 deep\n");
+    EXPECT_EQ(Faults(Chain(12, "AB")), "");
     EXPECT_EQ(
-        Faults(chain(40, "AB")), "41:1 S40: the schema describes more than 10,000 settings\n");
+        Faults(Chain(40, "AB")), "41:1 S40: the schema describes more than 10,000 settings\n");
 }
 
 TEST_F(SchemaTest, TheStandardSchemaIsSoundAndAcceptsEveryExample) {

@@ -82,16 +82,22 @@ constexpr RuleCase kRuleCases[] = {
     {"Six", "6", ""},
     {"Six", "Foo", "K expected a value that the check Six allows, found the name Foo"},
     {"Six", "", "K expected a value that the check Six allows, found nothing"},
-    {"< type number check Six >", "5", "K expected a value that the check Six allows, found the number 5"},
+    {"< type number check Six >",
+     "5",
+     "K expected a value that the check Six allows, found the number 5"},
     {"< type number max 4 check Six >", "5", "K expected a number of at most 4, found 5"},
     {"Speaks", "5", "K says so"},
     {"numbr",
      "1",
-     "K cannot be validated: the schema says numbr, which is not a kind, structure or registered check"},
+     "K cannot be validated: the schema says numbr, which is not a kind, structure or registered "
+     "check"},
     {"numbr",
      "",
-     "K cannot be validated: the schema says numbr, which is not a kind, structure or registered check"},
-    {"< typ number >", "1", "K cannot be validated: the schema says typ, which is not a key of a rule"},
+     "K cannot be validated: the schema says numbr, which is not a kind, structure or registered "
+     "check"},
+    {"< typ number >",
+     "1",
+     "K cannot be validated: the schema says typ, which is not a key of a rule"},
     {"U", "<>", "K cannot be validated: the schema says an array, which is not a dictionary"}};
 
 TEST_F(ValidatorTest, EachKindOfRuleHasItsMessage) {
