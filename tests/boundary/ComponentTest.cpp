@@ -15,11 +15,40 @@ namespace support {
 
 namespace {
 
-std::vector<std::string> gUnregistered;
+std::vector<std::string> gRegistered;
+std::vector<std::string> gStopped; // the steps of a stop
+
+int RecordRegister(
+    char const* interfaceName, char const* procName, char const* procType, void* proc) {
+    static auto const kRegister = reinterpret_cast<BIBRegisterProcAddressProc>(
+        BIBRuntimeLookup("BIB", "BIBRegisterProcAddress", "BIBRegisterProcAddress"));
+    if (gRegistered.empty() || gRegistered.back() != interfaceName) {
+        gRegistered.emplace_back(interfaceName);
+    }
+    return kRegister(interfaceName, procName, procType, proc);
+}
 
 int RecordUnregister(char const* interfaceName) {
-    gUnregistered.emplace_back(interfaceName);
+    gStopped.emplace_back(interfaceName);
     return 1;
+}
+
+void RecordRelease(BIBError* error) {
+    static auto const kRelease = reinterpret_cast<BIBErrorReleaseProc>(
+        BIBRuntimeLookup("BIBErrorInterface", "Release", "BIBErrorReleaseProc"));
+    gStopped.emplace_back("Release");
+    kRelease(error);
+}
+
+int ThrowFromUnregister(char const* /*interfaceName*/) {
+    throw 1;
+}
+
+void Unregister(std::initializer_list<char const*> interfaces) {
+    for (char const* const name : interfaces) {
+        reinterpret_cast<BIBUnregisterInterfaceProc>(
+            BIBRuntimeLookup("BIB", "BIBUnregisterInterface", "BIBUnregisterInterface"))(name);
+    }
 }
 
 void* FindNewFromDict() {
@@ -65,23 +94,39 @@ TEST(Component, TellsItsVersionInEveryStateAndStartsAndStopsOnce) {
 
 TEST(Component, LooksUpTheBootstrapFirstAndUnregistersInOrder) {
     LookupDouble lookup;
+    lookup.Replace("BIB.BIBRegisterProcAddress", &RecordRegister);
     lookup.Replace("BIB.BIBUnregisterInterface", &RecordUnregister);
-    gUnregistered.clear();
+    gRegistered.clear();
+    lookup.Replace("BIBErrorInterface.Release", &RecordRelease);
     Component const component;
     EXPECT_EQ(1, component.Initialize(&LookupDouble::Lookup));
     auto const bootstrap = BootstrapRows();
     ASSERT_GT(lookup.fAsked.size(), bootstrap.size());
     EXPECT_TRUE(std::equal(bootstrap.begin(), bootstrap.end(), lookup.fAsked.begin()));
     EXPECT_EQ("BIBContainerInterface.GetOffsetToPrimaryInstance", lookup.fAsked[bootstrap.size()]);
+    EXPECT_EQ(
+        (std::vector<std::string>{"PDFSettingsStatics", "PDFSettingsInterface"}), gRegistered);
+    gStopped.clear();
     component.Terminate();
+    gStopped.resize(4);
     EXPECT_EQ(
         (std::vector<std::string>{
-            "PDFSettingsStatics", "PDFSettingsInterface", "PDFSettingsVirtualInterface"}),
-        gUnregistered);
-    for (char const* const name : {"PDFSettingsStatics", "PDFSettingsInterface"}) {
-        reinterpret_cast<BIBUnregisterInterfaceProc>(
-            BIBRuntimeLookup("BIB", "BIBUnregisterInterface", "BIBUnregisterInterface"))(name);
-    }
+            "PDFSettingsStatics",
+            "PDFSettingsInterface",
+            "PDFSettingsVirtualInterface",
+            "Release"}),
+        gStopped);
+    Unregister({"PDFSettingsStatics", "PDFSettingsInterface"});
+}
+
+TEST(Component, EndsWhatAStopThrows) {
+    LookupDouble lookup;
+    lookup.Replace("BIB.BIBUnregisterInterface", &ThrowFromUnregister);
+    Component const component;
+    EXPECT_EQ(1, component.Initialize(&LookupDouble::Lookup));
+    component.Terminate();
+    EXPECT_EQ(0, component.Initialize(nullptr));
+    Unregister({"PDFSettingsStatics", "PDFSettingsInterface"});
 }
 
 TEST(Component, StaysStoppedWithoutALookup) {

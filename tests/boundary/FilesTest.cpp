@@ -115,7 +115,7 @@ protected:
         return isOpen ? "" : fLog.fMessages.back();
     }
 
-    // The message of the error that writing gives; empty for success.
+    // The message and id of the error that writing gives; empty for success.
     std::string Write(PDFSettings* settings, std::u16string const& path) const {
         auto const errors = LoadTable<_t_BIBErrorInterface>(&BIBRuntimeLookup);
         BIBError* const error =
@@ -124,8 +124,9 @@ protected:
             return "";
         }
         std::string const message = fTables.fStringAtom.GetCString(errors.GetErrorMessage(error));
+        std::string const id = std::to_string(errors.GetID(error));
         errors.Release(error);
-        return message;
+        return message + " " + id;
     }
 
     TemporaryFolder fFolder;
@@ -288,15 +289,17 @@ TEST_F(Files, ThatCannotBeWrittenLeaveNothingBehind) {
     };
     PDFSettings* const settings = NewSettings(kText);
     for (std::u16string const& path : kPaths) {
-        EXPECT_EQ("Error", Write(settings, path)) << std::string(path.begin(), path.end());
+        EXPECT_EQ("Error 2", Write(settings, path)) << std::string(path.begin(), path.end());
         EXPECT_EQ(1, fIsDirty(settings));
     }
+    // What a result says is not reported besides, and settings without a file are no failure.
+    EXPECT_TRUE(fLog.fMessages.empty());
     EXPECT_EQ("folder link pipe readonly void ", fFolder.Names());
     EXPECT_EQ("kept", ReadBytes(fFolder / "readonly"));
     EXPECT_EQ("kept", ReadBytes(fFolder / "folder/inside"));
     // What is no settings object is a failure from outside.
     auto* const dict = NewValue<PDFSettings>("< >");
-    EXPECT_EQ("Write Failed", Write(dict, folder + u"/name"));
+    EXPECT_EQ("Write Failed 7", Write(dict, folder + u"/name"));
     Release(dict);
     Release(settings);
 }
@@ -310,14 +313,14 @@ TEST_F(Files, ThatTheUserMayNotTouchStayAsTheyAre) {
     chmod((fFolder / "folder").c_str(), 0555);
     PDFSettings* const settings = NewSettings(kText);
     EXPECT_EQ("Error", OpenError(Wide(fFolder / "kept")));
-    EXPECT_EQ("Error", Write(settings, Wide(fFolder / "folder/new")));
-    EXPECT_EQ("Error", Write(settings, Wide(fFolder / "folder/kept")));
+    EXPECT_EQ("Error 2", Write(settings, Wide(fFolder / "folder/new")));
+    EXPECT_EQ("Error 2", Write(settings, Wide(fFolder / "folder/kept")));
     EXPECT_EQ("kept", ReadBytes(fFolder / "folder/kept"));
     EXPECT_FALSE(std::filesystem::exists(fFolder / "folder/new"));
     // A link whose target cannot be looked at is not taken for a file of its own.
     std::filesystem::create_symlink("folder/kept", fFolder / "link");
     chmod((fFolder / "folder").c_str(), 0);
-    EXPECT_EQ("Error", Write(settings, Wide(fFolder / "link")));
+    EXPECT_EQ("Error 2", Write(settings, Wide(fFolder / "link")));
     EXPECT_TRUE(std::filesystem::is_symlink(fFolder / "link"));
     chmod((fFolder / "folder").c_str(), 0755);
     Release(settings);
@@ -335,7 +338,7 @@ TEST_F(Files, AreGoneWhereTheDiskIsFull) {
     std::string const error = Write(settings, Wide(file));
     setrlimit(RLIMIT_FSIZE, &before);
 
-    EXPECT_EQ("Error", error);
+    EXPECT_EQ("Error 2", error);
     EXPECT_EQ("", fFolder.Names());
     EXPECT_EQ(1, fIsDirty(settings));
     EXPECT_EQ("", Write(settings, Wide(file)));

@@ -58,6 +58,7 @@ TEST_F(JoboptionsReader, FramesTheSettings) {
     Check({
         {"", "<<>>"},
         {"\0<</A 1 >>"s, "<<>>"},
+        {" \0<</A 1 >>setalembicorparams"s, kInvalid},
         {" \t\r\n% a comment\n", "<<>>"},
         {"% a comment without a line end", "<<>>"},
         {"junk", kInvalid},
@@ -118,6 +119,9 @@ TEST_F(JoboptionsReader, TakesTheFirstByteOfANameWhateverItIs) {
         {File("/A/ /B 1 "), "<<A /  B 1>>"},
         {File("/A /)x/B 1 "), "<<A /)x B 1>>"},
         {File("/A /n\f1 /B 2 "), "<<A /n B 2>>"},
+        // A vertical tab is no blank.
+        {File("/A\v /n\vm /B 2 "), "<<A\v /n\vm B 2>>"},
+        {File("/A \v1 "), kUnknownType},
         {File("/A /n{1}/B 2 /C /n%c\n/D 3 "), "<<A /n B 2 C /n D 3>>"},
     });
 }
@@ -148,6 +152,56 @@ TEST_F(JoboptionsReader, ReadsNumbersWithBaseZeroAndLeavesTheRest) {
         {File("/A 1.0e999 /B 1.0e-999 /C -inf. /D 1 "), "<<A inf B 0 C -inf D 1>>"},
         {File("/A 0x1.8p1 "), "<<A 3>>"},
     });
+}
+
+// With a point it is real, and base 0 is none of it.
+TEST_F(JoboptionsReader, LooksForThePointToTheEndOfTheToken) {
+    for (unsigned long rest = 0; rest < 40; ++rest) {
+        std::string const token = "010" + std::string(rest, 'x');
+        Check({
+            {File("/A " + token + ". /B 1 "), "<<A 10 B 1>>"},
+            {File("/A " + token + " ./B 1 "), "<<A 8 B 1>>"},
+        });
+    }
+}
+
+TEST_F(JoboptionsReader, EndsATextAtAShortRead) {
+    std::string const text = File("/A 1 /B (" + std::string(2000, 'x') + ")");
+    struct Source {
+        std::string const fText;
+        std::size_t fAt = 0;
+        unsigned long fMost = 0;
+    };
+    BIBClientStreamProcs procs{};
+    procs.read = [](void* source, unsigned long* count, unsigned char* buffer, unsigned long size) {
+        auto& self = *static_cast<Source*>(source);
+        std::string const part = self.fText.substr(self.fAt, std::min(size, self.fMost));
+        std::memcpy(buffer, part.data(), part.size());
+        self.fAt += * count = part.size();
+        return static_cast<BIBError*>(nullptr);
+    };
+    procs.mark = [](void* source, unsigned long* position) {
+        *position = static_cast<Source*>(source)->fAt;
+        return static_cast<BIBError*>(nullptr);
+    };
+    procs.seek = [](void* source, long offset, BIBPositionableStream_SeekOrigin origin) {
+        auto& self = *static_cast<Source*>(source);
+        self.fAt =
+            (origin == kBIBSeekFromEnd ? self.fText.size() : 0) + static_cast<std::size_t>(offset);
+        return static_cast<BIBError*>(nullptr);
+    };
+    for (unsigned long const most : {1024UL, 1023UL}) {
+        Source source{text, 0, most};
+        BIBPositionableStream* stream = nullptr;
+        EXPECT_EQ(nullptr, fTables.fStreams.NewClientPositionableStream(&stream, &procs, &source));
+        AddRef(stream);
+        PDFSettings* const settings = fNewFromStream(stream, "");
+        EXPECT_EQ(most == 1024, settings != nullptr);
+        AddRef(settings);
+        Release(settings);
+        Release(stream);
+    }
+    EXPECT_EQ(std::vector<std::string>{kInvalid}, fLog.fMessages);
 }
 
 TEST_F(JoboptionsReader, EndsANestedDictionaryInItsOwnWay) {

@@ -28,6 +28,15 @@ TEST_F(SettingsObject, SharesTheDictionaryItIsMadeFrom) {
     EXPECT_TRUE(fLog.fMessages.empty());
 }
 
+TEST_F(SettingsObject, StandsInItsContainerUnderFixedNames) {
+    PDFSettings* const settings = NewSettings("<</A 1 >>setalembicorparams");
+    auto const* const record = reinterpret_cast<BIBPrimaryRecord const*>(
+        reinterpret_cast<char const*>(settings) + fTables.fContainer.GetOffsetToPrimaryInstance());
+    EXPECT_STREQ("PDFSettingsImpl", record->instanceName);
+    EXPECT_STREQ("PDFSettingsInterface", record->signature);
+    Release(settings);
+}
+
 TEST_F(SettingsObject, KeepsItsStreamAlive) {
     BIBPositionableStream* const stream = NewStream("<</A 1 >>setalembicorparams");
     PDFSettings* const settings = fNewFromStream(stream, "< a schema that does not parse");
