@@ -2,6 +2,7 @@
 
 #include <sstream>
 
+#include "tests/support/LookupDouble.h"
 #include "tests/support/Settings.h"
 
 namespace support {
@@ -256,6 +257,71 @@ TEST_F(Validation, SharesTheValuesOfAChangeAndReplacesTheDictionary) {
     Release(before);
     Release(changes);
     EXPECT_NE(std::string::npos, Text(settings).find("/C [\r\n    1\r\n  ]\r\n"));
+    Release(settings);
+}
+
+// What a runtime's own validator is given, and which dictionary is walked to find what it is not to
+// see.
+class ObservedValidator {
+protected:
+    ObservedValidator() {
+        fLookup.Replace("BIBContainerInterface.GetMethod", &GetMethod);
+        fLookup.Replace("POSDictIteratorInterface.NewPOSDictIterator", &NewIterator);
+    }
+
+    static BIBError* GetMethod(
+        void** result,
+        BIBContainer const* container,
+        BIBStringAtom* name,
+        BIBStringAtom* procType,
+        long optional) {
+        static HostTables const kTables;
+        if (std::string(kTables.fStringAtom.GetCString(name)) == "Validate") {
+            *result = reinterpret_cast<void*>(&Validate);
+            return nullptr;
+        }
+        return kTables.fContainer.GetMethod(result, container, name, procType, optional);
+    }
+
+    static long Validate(
+        POSValidator* /*self*/,
+        POSObject* object,
+        BIBStringAtom* key,
+        POSValidatorErrorCallback /*errorProc*/) {
+        static HostTables const kTables;
+        fSeen = kTables.fStringAtom.GetCString(key) + (" " + Describer(kTables)(object));
+        return 1;
+    }
+
+    static POSDictIterator* NewIterator(POSDict* dict) {
+        static HostTables const kTables;
+        fWalked = dict;
+        return kTables.fDictIterator.NewPOSDictIterator(dict);
+    }
+
+    static inline std::string fSeen;
+    static inline POSDict* fWalked = nullptr;
+
+private:
+    LookupDouble fLookup;
+};
+
+// The runtime is there before the component starts on it.
+class ValidatorOfARuntime : protected ObservedValidator, public SettingsTest {
+protected:
+    ValidatorOfARuntime() : SettingsTest(&LookupDouble::Lookup) {}
+};
+
+TEST_F(ValidatorOfARuntime, SeesKnownSettingsAloneInACopy) {
+    PDFSettings* const settings = NewSettings(
+        File("/No 1 /A 2 /Nor 3 /B 4 /optional 5 /OtherNamespaces [ << /Namespace [ 1 2 3 ] >> ]"),
+        "< PDFSettings < B any optional < A any OtherNamespaces any > > >");
+    POSArray* const errors = fIsPDFSettingsValid(settings);
+    AddRef(errors);
+    EXPECT_EQ(0U, fTables.fArray.Count(errors));
+    EXPECT_EQ("PDFSettings <<A 2 B 4 optional 5 OtherNamespaces []>>", fSeen);
+    EXPECT_EQ(fGetSettings(settings), fWalked);
+    Release(errors);
     Release(settings);
 }
 
