@@ -37,7 +37,7 @@ SaveWarnings Save(
 
 std::string ReadStream(Descriptor const& file) {
     std::string bytes;
-    char buffer[65536];
+    char buffer[16384];
     ssize_t count = 0;
     do {
         count = read(file.Number(), buffer, sizeof buffer);

@@ -21,7 +21,8 @@ using platform::ArrayObject;
 using platform::DictionaryObject;
 using platform::ObjectRef;
 
-constexpr std::size_t kDeepestLevel = 256;
+// Real ones have three levels. A value of many is destroyed by recursion.
+constexpr std::size_t kDeepestLevel = 64;
 
 // A value of one of the types that nobody asks for the contents of.
 class ScalarObject : public platform::CFObject {

@@ -1,10 +1,10 @@
 #include "platform/StackRoom.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <limits>
 #include <pthread.h>
-#include <sys/random.h>
-#include <sys/resource.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 #include <utility>
 
@@ -15,8 +15,8 @@ namespace {
 // What must stay free below the deepest level.
 constexpr std::uintptr_t kReserve = std::uintptr_t{64} * 1024;
 
-// How far the main thread goes down where its stack may not grow as far as its limit.
-constexpr std::uintptr_t kGrownRoom = std::uintptr_t{640} * 1024;
+// By how much the main thread's stack grows at once, and by less where it cannot.
+constexpr std::uintptr_t kStep = std::uintptr_t{640} * 1024;
 
 // The settings themselves, and more levels than real ones have: for them no question to the system
 // is worth its time.
@@ -51,35 +51,29 @@ Stack QueryStack() noexcept {
     return isKnown ? Stack{start, start + size, gettid() == getpid()} : Stack{};
 }
 
-// In bytes; the largest number for no limit.
-std::uintptr_t LimitOf(decltype(RLIMIT_AS) resource) noexcept {
-    rlimit limit{};
-    return getrlimit(resource, &limit) == 0 ? limit.rlim_cur : RLIM_INFINITY;
-}
-
-// Whether the main thread's stack reaches so many bytes down from here, or can grow so far. For the
-// program itself, a stack that cannot grow is the end; a system call gets an error.
+// Whether the stack of the main thread reaches so many bytes down from here, or can grow so far:
+// the kernel alone knows all that may keep it from growing. For the program itself, a stack that
+// cannot grow is the end; a system call gets an error. This one looks at the address and changes
+// nothing.
 bool Reaches(std::uintptr_t distance) noexcept {
-    return getrandom(static_cast<char*>(__builtin_frame_address(0)) - distance, 1, GRND_NONBLOCK) ==
-           1;
+    constexpr int kNoSuchChange = -1;
+    constexpr std::size_t kMaskSize = 8; // of the kernel's signal masks
+    char const* const address = static_cast<char*>(__builtin_frame_address(0)) - distance;
+    int const outer = errno;
+    syscall(SYS_rt_sigprocmask, kNoSuchChange, address, nullptr, kMaskSize);
+    return std::exchange(errno, outer) == EINVAL;
 }
 
-// The lowest address that the caller may use of the main thread's stack. The limit of its size may
-// have been lowered since the thread began, to less than is in use even, and a limit on the memory
-// of the process counts at the moment when the stack grows.
+// How low the main thread's stack goes now, in steps.
 std::uintptr_t LowestOnMainStack(Stack const& stack) noexcept {
     std::uintptr_t const here = CurrentAddress();
-    std::uintptr_t const size = stack.fHigh - stack.fLow;
-    std::uintptr_t const allowed = stack.fHigh - std::min(size, LimitOf(RLIMIT_STACK));
-    std::uintptr_t const near = std::max(stack.fLow, here - kGrownRoom);
-    bool const hasMemory = LimitOf(RLIMIT_AS) == RLIM_INFINITY;
-    if (hasMemory && allowed <= near) {
-        return allowed;
+    for (std::uintptr_t room = kStep; room > kReserve; room /= 2) {
+        std::uintptr_t const low = std::max(stack.fLow, here - room);
+        if (Reaches(here - low)) {
+            return low;
+        }
     }
-    if (Reaches(here - near)) {
-        return near;
-    }
-    return hasMemory ? allowed : here;
+    return here;
 }
 
 std::uintptr_t FindLimit() noexcept {
@@ -116,7 +110,7 @@ bool StackLevel::HasRoom() const noexcept {
     if (gLevels <= kLevelsOnAnyStack) {
         return true;
     }
-    if (gLimit == 0) {
+    if (gLimit == 0 || CurrentAddress() <= gLimit) {
         gLimit = FindLimit();
     }
     return CurrentAddress() > gLimit;

@@ -6,8 +6,8 @@
 namespace platform {
 
 // Bounds the recursion of one piece of work on the current thread, while it lives; such objects
-// nest. How far the stack reaches is asked for in each piece of work that goes deep, since a host
-// may change the limits of its process.
+// nest. How far the stack reaches is asked for in each piece of work that goes deep: what lets a
+// stack grow may change at any time.
 class StackWatch {
 public:
     StackWatch() noexcept;

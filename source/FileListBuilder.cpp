@@ -115,12 +115,11 @@ bool FileListBuilder::SettingFileInfoHasSameName(CPOSDict const& a, CPOSDict con
 // What the runtime answers says nothing certain: the record is in when the list has grown. The name
 // of a record that is not must not keep a later file out.
 void FileListBuilder::Append(CPOSDict const& info) const {
-    bool const hasName = info.HasKey(fKeys.fSettingsName);
-    auto const place = hasName ? fNames.insert(NameIn(info)).first : fNames.end();
     unsigned long const count = fFileList.Count();
     fFileList.Append(info);
-    if (hasName && fFileList.Count() == count) {
-        fNames.erase(place);
+    CPOSUnicodeString const name(info.Get(fKeys.fSettingsName, /*quiet=*/true), /*quiet=*/true);
+    if (name.IsValid() && fFileList.Count() != count) {
+        fNames.insert(BytesOf(name));
     }
 }
 

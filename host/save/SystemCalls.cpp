@@ -100,7 +100,7 @@ void RequireSize(std::size_t size) {
 
 std::string ReadAll(Descriptor const& file) {
     std::string bytes;
-    char buffer[65536];
+    char buffer[16384];
     auto const size = static_cast<std::size_t>(StatusOf(file).st_size);
     RequireSize(size);
     bytes.reserve(size);

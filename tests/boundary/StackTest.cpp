@@ -179,10 +179,11 @@ TEST_F(Stacks, MayBeLimitedAfterTheFirstCall) {
 }
 
 TEST_F(Stacks, MayBeDeeperThanALaterLimit) {
+    std::function<void()> const nothing = [] {};
     EXPECT_EQ(kFlat, InProcess([&] {
                   int result = 0;
                   // So much is there below, but not more.
-                  Deeper((1024 + kFree) * kKiB, [] {});
+                  Deeper((1024 + kFree) * kKiB, nothing);
                   Readable(kForty);
                   Deeper(1024 * kKiB, [&] {
                       Limit(RLIMIT_STACK, 512 * kKiB);

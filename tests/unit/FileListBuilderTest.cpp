@@ -89,20 +89,32 @@ TEST_F(ListBuilder, BearsARecordWithoutANameAloneOnly) {
 
 // What the runtime answers to Append means nothing; a name is taken when its record is in the list.
 TEST_F(ListBuilder, GoesByTheListAndNotByTheAnswer) {
+    enum class Outcome { kThrown, kLost, kIn };
     static auto const kTables = support::LoadTable<_t_POSArrayInterface>(&BIBRuntimeLookup);
-    static bool isIn = true;
+    static auto outcome = Outcome::kThrown;
     fLookup.Replace(
         "POSArrayInterface.Append", +[](POSArray* list, POSObject* value) -> long {
-            isIn ? static_cast<void>(kTables.Append(list, value)) : void();
-            return isIn ? 0 : 1;
+            if (outcome == Outcome::kThrown) {
+                throw 1;
+            }
+            if (outcome == Outcome::kIn) {
+                kTables.Append(list, value);
+            }
+            return outcome == Outcome::kIn ? 0 : 1;
         });
     MoveCounter();
     FileListBuilder const builder(kUserSettingsDirectory, CPOSArray(), CPOSDict());
-    for (bool const takes : {false, true, true}) {
-        isIn = takes;
-        EXPECT_EQ("nothing", Append(builder, "/a/b.joboptions"));
+    for (auto const& [next, count] :
+         {std::pair(Outcome::kThrown, 0UL),
+          {Outcome::kLost, 0UL},
+          {Outcome::kIn, 1UL},
+          {Outcome::kIn, 1UL}}) {
+        outcome = next;
+        EXPECT_EQ(
+            next == Outcome::kThrown ? "something else" : "nothing",
+            Append(builder, "/a/b.joboptions"));
+        EXPECT_EQ(count, builder.GetFileList().Count());
     }
-    EXPECT_EQ(1U, builder.GetFileList().Count());
 }
 
 // One that is no pair ends the search.
