@@ -1,6 +1,7 @@
 #include "host/detail/SchemaSettings.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace pdfsettings::detail {
 
@@ -11,6 +12,7 @@ constexpr char kOptional[] = "optional";
 // What people write has tens of rules, in two or three levels.
 constexpr std::size_t kDeepest = 100;
 constexpr std::size_t kMostRules = 10000;
+constexpr std::size_t kMostBytes = std::size_t{16} << 20;
 
 std::string TextOf(Value const* value) {
     auto const* const word = value == nullptr ? nullptr : value->If<Word>();
@@ -56,6 +58,38 @@ void ReadDetails(Dictionary const& rule, SettingRule& setting) {
     }
 }
 
+// About as many bytes as a value takes.
+std::size_t SizeOf(Value const& value) {
+    std::size_t size = 0;
+    std::vector<Value const*> waiting{&value};
+    while (!waiting.empty()) {
+        Value const& next = *waiting.back();
+        waiting.pop_back();
+        size += sizeof next;
+        if (auto const* const array = next.If<Array>()) {
+            for (std::size_t place = 0; place < array->Size(); ++place) {
+                waiting.push_back(&(*array)[place]);
+            }
+        } else if (auto const* const dictionary = next.If<Dictionary>()) {
+            for (std::size_t place = 0; place < dictionary->Size(); ++place) {
+                size += dictionary->KeyAt(place).size();
+                waiting.push_back(&dictionary->ValueAt(place));
+            }
+        } else if (auto const* const word = next.If<Word>()) {
+            size += word->text.size();
+        }
+    }
+    return size;
+}
+
+std::size_t SizeOf(SettingRule const& setting) {
+    std::size_t size = sizeof setting + setting.key.size() + setting.help.size();
+    for (Value const& value : setting.allowed) {
+        size += SizeOf(value);
+    }
+    return size + (setting.standard ? SizeOf(*setting.standard) : 0);
+}
+
 // Lists the settings of nested structures with a path of the structures that it is in.
 class Lister {
 public:
@@ -71,8 +105,11 @@ private:
         Value const* const value = fStructures.Get(name);
         auto const* const structure = value == nullptr ? nullptr : value->If<Dictionary>();
         bool const isInItself = std::ranges::find(fInside, name) != fInside.end();
-        if (structure == nullptr || isInItself || !HasRoom(name)) {
+        if (structure == nullptr || isInItself) {
             return;
+        }
+        if (fInside.size() == kDeepest) {
+            End(name, "structures are nested more than 100 deep");
         }
         fInside.push_back(name);
         ListRules(*structure, prefix, /*isRequired=*/true);
@@ -84,7 +121,7 @@ private:
     }
 
     void ListRules(Dictionary const& rules, std::string const& prefix, bool isRequired) {
-        for (std::size_t place = 0; place < rules.Size(); ++place) {
+        for (std::size_t place = 0; place < rules.Size() && fList.fFault.empty(); ++place) {
             if (!isRequired || rules.KeyAt(place) != kOptional) {
                 ListRule(prefix + rules.KeyAt(place), rules.ValueAt(place), isRequired);
             }
@@ -99,24 +136,22 @@ private:
         if (auto const* const details = rule.If<Dictionary>()) {
             ReadDetails(*details, setting);
         }
-        fList.fRules.push_back(setting);
-        fList.fRules.back().kind = PlainKind(setting.kind);
-        fList.fRules.back().element = PlainKind(setting.element);
-        ListStructure(setting.kind, key + "/");
-        ListStructure(setting.element, key + "[]/");
+        fBytes += SizeOf(setting);
+        if (fList.fRules.size() == kMostRules || fBytes > kMostBytes) {
+            End(fInside.back(),
+                "the schema describes more than 10,000 settings, or 16 MiB of them");
+            return;
+        }
+        std::string const kind = std::exchange(setting.kind, PlainKind(setting.kind));
+        std::string const element = std::exchange(setting.element, PlainKind(setting.element));
+        fList.fRules.push_back(std::move(setting));
+        ListStructure(kind, key + "/");
+        ListStructure(element, key + "[]/");
     }
 
-    bool HasRoom(std::string const& structure) {
-        if (!fList.fFault.empty()) {
-            return false;
-        }
-        if (fInside.size() == kDeepest) {
-            fList.fFault = "structures are nested more than 100 deep";
-        } else if (fList.fRules.size() > kMostRules) {
-            fList.fFault = "the schema describes more than 10,000 settings";
-        }
-        fList.fStructure = fList.fFault.empty() ? "" : structure;
-        return fList.fFault.empty();
+    void End(std::string const& structure, char const* fault) {
+        fList.fStructure = structure;
+        fList.fFault = fault;
     }
 
     // The name of a structure says nothing outside the schema.
@@ -126,6 +161,7 @@ private:
 
     Dictionary const& fStructures;
     std::vector<std::string> fInside;
+    std::size_t fBytes = 0;
     SchemaSettings fList;
 };
 

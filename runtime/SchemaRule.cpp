@@ -19,6 +19,9 @@ constexpr std::string_view kKindNames[] = {
     "boolean", "number", "integer", "name", "string", "hexstring", "array", "dictionary", "any"};
 static_assert(std::size(kKindNames) == static_cast<std::size_t>(RuleType::kStructure));
 
+// Each value of a setting is compared with all of them.
+constexpr std::size_t kMostAllowed = 1000;
+
 constexpr unsigned Bit(RuleType type) noexcept {
     return 1U << static_cast<unsigned>(type);
 }
@@ -188,6 +191,8 @@ void RuleReader::CheckAllowed() {
     });
     if (items.empty()) {
         AddFault(NameOf(RuleKey::kIn), Join({"says an empty array, which allows nothing"}));
+    } else if (items.size() > kMostAllowed) {
+        AddFault(NameOf(RuleKey::kIn), Join({"says an array of more than 1000 values"}));
     } else if (odd != items.end()) {
         AddFault(
             NameOf(RuleKey::kIn),

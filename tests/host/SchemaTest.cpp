@@ -3,6 +3,7 @@
 #include "pdfsettings/Component.h"
 #include "pdfsettings/Settings.h"
 
+#include <algorithm>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <iterator>
@@ -10,6 +11,9 @@
 using namespace pdfsettings;
 
 namespace {
+
+std::string const kTooMany =
+    ": the schema describes more than 10,000 settings, or 16 MiB of them\n";
 
 class SchemaTest : public testing::Test {
 protected:
@@ -76,8 +80,35 @@ TEST_F(SchemaTest, StructuresHaveLimitsOfDepthAndNumber) {
     EXPECT_EQ(Faults(Chain(99, "A")), "");
     EXPECT_EQ(Faults(Chain(12000, "A")), "101:1 S100: structures are nested more than 100 deep\n");
     EXPECT_EQ(Faults(Chain(12, "AB")), "");
+    EXPECT_EQ(Faults(Chain(40, "AB")), "40:1 S39" + kTooMany);
+}
+
+TEST_F(SchemaTest, SettingsHaveALimitOfNumberAndSize) {
+    std::string rules;
+    for (int i = 0; i < 10000; ++i) {
+        rules += " K" + std::to_string(i) + " T";
+    }
+    auto const schema = [](std::string const& all, std::size_t size) {
+        return "< PDFSettings < optional <" + all + " > >\nT < optional < A < type name doc (" +
+               std::string(size, 'd') + ") > > > >";
+    };
+    EXPECT_EQ(Faults("< PDFSettings < optional <" + rules + " > > T < optional < > > >"), "");
     EXPECT_EQ(
-        Faults(Chain(40, "AB")), "41:1 S40: the schema describes more than 10,000 settings\n");
+        Faults("< PDFSettings < optional <" + rules + " K T > > T < optional < > > >"),
+        "1:3 PDFSettings" + kTooMany);
+    std::string const half = rules.substr(0, rules.find(" K5000 "));
+    EXPECT_EQ(Faults(schema(half, 1000)), "");
+    EXPECT_EQ(Faults(schema(half, 4000)), "2:1 T" + kTooMany);
+}
+
+TEST_F(SchemaTest, ManyFaultsAreCounted) {
+    std::string structures;
+    for (int i = 0; i < 10000; ++i) {
+        structures += " T" + std::to_string(i) + " < optional < > >";
+    }
+    std::string const faults = Faults("< PDFSettings < optional < > >" + structures + " >");
+    EXPECT_EQ(std::ranges::count(faults, '\n'), 101);
+    EXPECT_TRUE(faults.ends_with("1:1 and 9900 more\n"));
 }
 
 TEST_F(SchemaTest, TheStandardSchemaIsSoundAndAcceptsEveryExample) {

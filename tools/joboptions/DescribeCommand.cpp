@@ -1,5 +1,6 @@
 #include "tools/joboptions/DescribeCommand.h"
 
+#include "tools/joboptions/Failure.h"
 #include "tools/joboptions/JsonDocuments.h"
 #include "tools/joboptions/Nearest.h"
 #include "tools/joboptions/Result.h"
@@ -47,12 +48,21 @@ Status DescribeCommand::Run() const {
     auto const rules = ReadSchema(component, fOptions).Settings();
     Status status = Status::kDone;
     auto const chosen = fKeys.empty() ? rules : Choose(rules, status);
-    if (fOptions.json) {
-        WriteResult(fOptions, RulesDocument(chosen));
-    } else {
-        WriteResult(fOptions, fKeys.empty() ? RuleLines(chosen) : RuleParagraphs(chosen));
-    }
+    WriteResult(fOptions, fOptions.json ? AsJson(chosen) : AsText(chosen));
     return status;
+}
+
+std::string DescribeCommand::AsText(std::vector<SettingRule> const& rules) const {
+    return fKeys.empty() ? RuleLines(rules) : RuleParagraphs(rules);
+}
+
+// A default may be nested too deep for JSON.
+std::string DescribeCommand::AsJson(std::vector<SettingRule> const& rules) const {
+    try {
+        return RulesDocument(rules, fOptions.schema);
+    } catch (Failure const& failure) {
+        throw Failure(Status::kBadSchema, failure.what());
+    }
 }
 
 std::vector<SettingRule>

@@ -24,6 +24,8 @@ public:
 private:
     std::vector<pdfsettings::SettingRule>
     Choose(std::vector<pdfsettings::SettingRule> const& rules, Status& status) const;
+    std::string AsText(std::vector<pdfsettings::SettingRule> const& rules) const;
+    std::string AsJson(std::vector<pdfsettings::SettingRule> const& rules) const;
     void
     ReportMissing(std::string const& key, std::vector<pdfsettings::SettingRule> const& rules) const;
 

@@ -14,6 +14,7 @@
 #include <fmt/format.h>
 #include <optional>
 #include <regex>
+#include <set>
 
 namespace joboptions {
 
@@ -107,11 +108,15 @@ bool IsOfNumber(Difference const& difference) {
     return isNumber(difference.before) && isNumber(difference.after);
 }
 
-// What the document finds too is said once.
-bool IsFound(Document const& document, Span span) {
-    return std::ranges::any_of(document.Findings(), [span](auto const& finding) {
-        return finding.id == "rounded" && finding.span == span;
-    });
+// Where the values begin that the document finds rounded: that is said once.
+std::set<std::size_t> FoundRounded(Document const& document) {
+    std::set<std::size_t> begins;
+    for (auto const& finding : document.Findings()) {
+        if (finding.id == "rounded") {
+            begins.insert(finding.span.begin);
+        }
+    }
+    return begins;
 }
 
 std::vector<Diagnostic> RoundedNumbers(
@@ -119,9 +124,10 @@ std::vector<Diagnostic> RoundedNumbers(
     pdfsettings::Dictionary const& before,
     pdfsettings::Dictionary const& after) {
     std::vector<Diagnostic> diagnostics;
+    auto const found = FoundRounded(document);
     for (Difference const& difference : Compare(before, after)) {
         Span const span = SpanOf(document, difference.path);
-        if (IsOfNumber(difference) && !IsFound(document, span)) {
+        if (IsOfNumber(difference) && !found.contains(span.begin)) {
             diagnostics.push_back(MakeDiagnostic(
                 document,
                 Severity::kWarning,

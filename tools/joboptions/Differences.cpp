@@ -53,11 +53,23 @@ private:
         return areNaN || before == after;
     }
 
+    // No path is made for what is the same at first sight.
+    template <class MakePath>
+    void Push(Value const& before, Value const* after, MakePath makePath) {
+        if (after == nullptr || IsCollection(before) || !AreSame(before, *after)) {
+            fPending.push_back({makePath(), &before, after});
+        }
+    }
+
+    static bool IsCollection(Value const& value) {
+        return value.If<Array>() != nullptr || value.If<Dictionary>() != nullptr;
+    }
+
     void PushEntries(std::string const& prefix, Dictionary const& before, Dictionary const& after) {
         std::size_t const begin = fPending.size();
         for (std::size_t place = 0; place < before.Size(); ++place) {
             std::string const& key = before.KeyAt(place);
-            fPending.push_back({prefix + key, &before.ValueAt(place), after.Get(key)});
+            Push(before.ValueAt(place), after.Get(key), [&] { return prefix + key; });
         }
         for (std::size_t place = 0; place < after.Size(); ++place) {
             std::string const& key = after.KeyAt(place);
@@ -77,8 +89,9 @@ private:
         }
         std::size_t const begin = fPending.size();
         for (std::size_t index = 0; index < before->Size(); ++index) {
-            fPending.push_back(
-                {fmt::format("{}/{}", pair.path, index), &(*before)[index], &(*after)[index]});
+            Push((*before)[index], &(*after)[index], [&] {
+                return fmt::format("{}/{}", pair.path, index);
+            });
         }
         TurnFrom(begin);
         return true;

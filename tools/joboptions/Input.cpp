@@ -44,7 +44,8 @@ std::string ReadStandardInput() {
 std::string
 ReasonFor(std::string const& file, std::string const& text, pdfsettings::Error const& error) {
     std::string const refusal = RefusalText(file, pdfsettings::Document(text));
-    return refusal.empty() ? fmt::format("{}: {}", InputName(file), error.what()) : refusal;
+    return refusal.empty() ? fmt::format("{}: {}", InputName(file), VisibleText(error.what()))
+                           : refusal;
 }
 
 } // namespace
@@ -56,7 +57,7 @@ std::string ReadBytes(std::string const& file) {
     try {
         return pdfsettings::ReadFile(file);
     } catch (pdfsettings::Error const& error) {
-        ThrowBadInput(file, error.what());
+        ThrowBadInput(file, VisibleText(error.what()));
     }
 }
 

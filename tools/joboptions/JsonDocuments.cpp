@@ -69,7 +69,7 @@ void AddNumber(Json& object, char const* name, std::optional<double> const& numb
     }
 }
 
-Json RuleJson(SettingRule const& rule) {
+Json RuleJson(SettingRule const& rule, std::string const& file) {
     Json object{{"key", rule.key}, {"required", rule.isRequired}, {"kind", rule.kind}};
     if (!rule.element.empty()) {
         object["of"] = rule.element;
@@ -78,10 +78,10 @@ Json RuleJson(SettingRule const& rule) {
     AddNumber(object, "min", rule.least);
     AddNumber(object, "max", rule.greatest);
     for (Value const& value : rule.allowed) {
-        object["in"].push_back(ToJson(value, ""));
+        object["in"].push_back(ToJson(value, file));
     }
     if (rule.standard) {
-        object["default"] = ToJson(*rule.standard, "");
+        object["default"] = ToJson(*rule.standard, file);
     }
     object["doc"] = rule.help;
     return object;
@@ -139,11 +139,11 @@ std::string LayoutDocument(std::vector<LayoutJudgement> const& judgements) {
     return JsonText(document);
 }
 
-std::string RulesDocument(std::vector<SettingRule> const& rules) {
+std::string RulesDocument(std::vector<SettingRule> const& rules, std::string const& file) {
     Json document = NewDocument();
     document["settings"] = Json::array();
     for (SettingRule const& rule : rules) {
-        document["settings"].push_back(RuleJson(rule));
+        document["settings"].push_back(RuleJson(rule, file));
     }
     return JsonText(document);
 }

@@ -38,7 +38,9 @@ std::string CheckDocument(std::vector<Judgement> const& judgements);
 // {"version", "files": [{"file", "error", "differs"}]}
 std::string LayoutDocument(std::vector<LayoutJudgement> const& judgements);
 
-// {"version", "settings": [{"key", "required", "kind", …}]} with what the schema says of each.
-std::string RulesDocument(std::vector<pdfsettings::SettingRule> const& rules);
+// {"version", "settings": [{"key", "required", "kind", …}]} with what the schema in file says of
+// each.
+std::string
+RulesDocument(std::vector<pdfsettings::SettingRule> const& rules, std::string const& file);
 
 } // namespace joboptions

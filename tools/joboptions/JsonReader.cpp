@@ -18,6 +18,12 @@ using pdfsettings::Value;
 
 namespace {
 
+// As much of an input as a message repeats, made visible.
+std::string Quoted(std::string const& text) {
+    constexpr std::size_t kMost = 300;
+    return VisibleText(text.substr(0, kMost)) + (text.size() > kMost ? "..." : "");
+}
+
 // Builds values while the JSON library reads. It keeps an own list of what is open, so that no
 // nesting is too deep, and sees every key, also one that comes twice.
 class Builder {
@@ -53,7 +59,7 @@ public:
             RefuseInMember(fmt::format(
                 "\"{}\" stands for no value: expected \"/NAME\", \"u:TEXT\", \"b:HEX\", "
                 "\"x:TEXT\", \"xb:HEX\" or \"n:inf\"",
-                VisibleText(text)));
+                Quoted(text)));
         }
         return Store(value ? std::move(*value) : Value());
     }
@@ -67,7 +73,7 @@ public:
         auto key = KeyFromJson(text);
         if (!key) {
             open.fKey.clear();
-            RefuseInMember(fmt::format("\"{}\" stands for no key", VisibleText(text)));
+            RefuseInMember(fmt::format("\"{}\" stands for no key", Quoted(text)));
         }
         open.fKey = key ? std::move(*key) : text;
         if (open.fValue.If<Dictionary>()->Get(open.fKey) != nullptr) {
@@ -85,7 +91,7 @@ public:
             fmt::format(
                 "{}: {}",
                 InputName(fFile),
-                VisibleText(name == std::string::npos ? words : words.substr(name + 2))));
+                Quoted(name == std::string::npos ? words : words.substr(name + 2))));
     }
     // NOLINTEND(readability-identifier-naming)
 

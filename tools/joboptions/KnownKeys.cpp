@@ -3,8 +3,6 @@
 #include "pdfsettings/Path.h"
 #include "tools/joboptions/Nearest.h"
 
-#include <algorithm>
-
 namespace joboptions {
 
 KnownKeys::KnownKeys(std::vector<pdfsettings::SettingRule> const& rules) {
@@ -15,12 +13,12 @@ KnownKeys::KnownKeys(std::vector<pdfsettings::SettingRule> const& rules) {
 
 bool KnownKeys::Has(std::string const& parent, std::string const& key) const {
     auto const names = fNames.find(parent);
-    return names == fNames.end() || std::ranges::find(names->second, key) != names->second.end();
+    return names == fNames.end() || names->second.fAll.contains(key);
 }
 
 std::string KnownKeys::Hint(std::string const& parent, std::string const& key) const {
     auto const names = fNames.find(parent);
-    return names == fNames.end() ? std::string() : MeantText(Nearest(key, names->second));
+    return names == fNames.end() ? std::string() : MeantText(Nearest(key, names->second.fInOrder));
 }
 
 bool KnownKeys::HasAnyIn(std::string const& parent) const {
@@ -50,7 +48,8 @@ void KnownKeys::Add(std::string const& key) {
     std::string const parent = slash == std::string::npos ? std::string() : key.substr(0, slash);
     std::string const name = slash == std::string::npos ? key : key.substr(slash + 1);
     if (name.find('[') == std::string::npos) {
-        fNames[parent].push_back(name);
+        fNames[parent].fInOrder.push_back(name);
+        fNames[parent].fAll.insert(name);
     }
 }
 

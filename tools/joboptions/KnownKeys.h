@@ -6,6 +6,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 namespace joboptions {
@@ -35,7 +36,13 @@ private:
     void Add(std::string const& key);
     bool IsBegun(std::string const& prefix) const;
 
-    std::map<std::string, std::vector<std::string>> fNames;
+    // In the schema's order, and to be found among thousands.
+    struct Names {
+        std::vector<std::string> fInOrder;
+        std::unordered_set<std::string> fAll;
+    };
+
+    std::map<std::string, Names> fNames;
 };
 
 } // namespace joboptions

@@ -104,9 +104,10 @@ std::string ListParagraphs(std::vector<ListEntry> const& entries) {
 std::string ListDocument(std::vector<ListEntry> const& entries) {
     nlohmann::ordered_json document{{"version", 1}, {"settings", nlohmann::ordered_json::array()}};
     for (ListEntry const& entry : entries) {
-        nlohmann::ordered_json applications = nlohmann::ordered_json::object();
+        // Added without a search among those before: their names differ.
+        nlohmann::ordered_json::object_t applications;
         for (auto const& [name, isShown] : entry.settings.isShownIn) {
-            applications[name] = isShown;
+            applications.emplace_back(name, isShown);
         }
         document["settings"].push_back(
             {{"name", entry.settings.name},
@@ -116,7 +117,7 @@ std::string ListDocument(std::vector<ListEntry> const& entries) {
              {"reasons", entry.readOnlyReasons},
              {"modified", TimeText(entry.settings.modified, &gmtime_r, "%Y-%m-%dT%H:%M:%SZ")},
              {"hidden", entry.isHidden},
-             {"showHide", applications},
+             {"showHide", std::move(applications)},
              {"shadows", entry.shadowed}});
     }
     return JsonText(document);

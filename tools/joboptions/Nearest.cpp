@@ -12,7 +12,7 @@ namespace joboptions {
 namespace {
 
 // Longer words are never compared letter by letter.
-constexpr std::size_t kLongestWord = 255;
+constexpr std::size_t kLongestWord = 64;
 
 std::string InSmallLetters(std::string word) {
     std::ranges::transform(word, word.begin(), [](char letter) {
@@ -21,8 +21,12 @@ std::string InSmallLetters(std::string word) {
     return word;
 }
 
-// How many letters have to be put in, taken out or exchanged to make one word of the other.
-std::size_t Distance(std::string const& from, std::string const& to) {
+// How many letters have to be put in, taken out or exchanged to make one word of the other; most
+// where it is that or more.
+std::size_t Distance(std::string const& from, std::string const& to, std::size_t most) {
+    if (std::max(from.size(), to.size()) - std::min(from.size(), to.size()) >= most) {
+        return most;
+    }
     std::vector<std::size_t> row(to.size() + 1);
     std::iota(row.begin(), row.end(), std::size_t{0});
     for (std::size_t i = 0; i < from.size(); ++i) {
@@ -32,8 +36,11 @@ std::size_t Distance(std::string const& from, std::string const& to) {
             diagonal = row[j + 1];
             row[j + 1] = std::min({exchanged, diagonal + 1, row[j] + 1});
         }
+        if (*std::ranges::min_element(row) >= most) {
+            return most;
+        }
     }
-    return row.back();
+    return std::min(row.back(), most);
 }
 
 } // namespace
@@ -45,7 +52,8 @@ std::string Nearest(std::string const& word, std::vector<std::string> const& cho
     std::string const small = InSmallLetters(word);
     for (std::string const& choice : choices) {
         bool const isLong = std::max(word.size(), choice.size()) > kLongestWord;
-        std::size_t const distance = isLong ? least : Distance(small, InSmallLetters(choice));
+        std::size_t const distance =
+            isLong ? least : Distance(small, InSmallLetters(choice), least);
         if (distance < least && distance < choice.size()) {
             least = distance;
             nearest = choice;

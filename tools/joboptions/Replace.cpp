@@ -29,7 +29,7 @@ Failure UnreadFailure(std::string const& file, pdfsettings::Error const& error) 
     bool const isRefused = dynamic_cast<pdfsettings::RefusedError const*>(&error) != nullptr;
     return {
         isRefused ? Status::kRefused : Status::kBadInput,
-        fmt::format("{}: {}", InputName(file), error.what())};
+        fmt::format("{}: {}", InputName(file), VisibleText(error.what()))};
 }
 
 Status ChangeEdited(
@@ -84,7 +84,9 @@ void RequireReplaceable(std::string const& file, Options const& options) {
     try {
         pdfsettings::LookAt(target, SaveOptionsOf(options));
     } catch (pdfsettings::RefusedError const& error) {
-        throw Failure(Status::kRefused, fmt::format("{}: {}", VisibleText(target), error.what()));
+        throw Failure(
+            Status::kRefused,
+            fmt::format("{}: {}", VisibleText(target), VisibleText(error.what())));
     } catch (pdfsettings::Error const&) {
         // A dry run writes nothing that could fail.
     }

@@ -19,9 +19,12 @@ void AsWriting(std::string const& file, Work work) {
     try {
         work();
     } catch (pdfsettings::RefusedError const& error) {
-        throw Failure(Status::kRefused, fmt::format("{}: {}", VisibleText(file), error.what()));
+        throw Failure(
+            Status::kRefused, fmt::format("{}: {}", VisibleText(file), VisibleText(error.what())));
     } catch (pdfsettings::Error const& error) {
-        throw Failure(Status::kNotWritten, fmt::format("{}: {}", VisibleText(file), error.what()));
+        throw Failure(
+            Status::kNotWritten,
+            fmt::format("{}: {}", VisibleText(file), VisibleText(error.what())));
     }
 }
 
@@ -37,7 +40,7 @@ void WriteBy(
         return;
     }
     for (std::string const& warning : warnings) {
-        WriteWarning(fmt::format("{}: {}", VisibleText(file), warning));
+        WriteWarning(fmt::format("{}: {}", VisibleText(file), VisibleText(warning)));
     }
 }
 

@@ -45,7 +45,7 @@ pdfsettings::Schema ReadSchema(pdfsettings::Component const& component, Options 
     } catch (pdfsettings::SchemaError const& error) {
         ThrowFaults(name, error.Faults());
     } catch (pdfsettings::Error const& error) {
-        throw Failure(Status::kBadSchema, fmt::format("{}: {}", name, error.what()));
+        throw Failure(Status::kBadSchema, fmt::format("{}: {}", name, VisibleText(error.what())));
     }
 }
 

@@ -13,6 +13,9 @@ using pdfsettings::Document;
 using pdfsettings::DocumentEntry;
 using pdfsettings::SettingRule;
 
+// The end of a longer path is what counts.
+constexpr std::size_t kLongestPath = 1000;
+
 // A dictionary or an array on the way to an entry.
 struct Level {
     bool fIsNamed = true; // whether the schema names anything in it
@@ -74,7 +77,7 @@ private:
             pdfsettings::Severity::kWarning,
             "unknown-key",
             entry.key,
-            path,
+            path.size() <= kLongestPath ? path : "..." + path.substr(path.size() - kLongestPath),
             kUnknownKeyText + hint));
     }
 

@@ -153,6 +153,13 @@ private:
     int fLevel = 0;
 };
 
+bool IsDeeper(Json const& value, int levels) {
+    return value.is_structured() &&
+           (levels == 0 || std::ranges::any_of(value, [=](auto const& part) {
+                return IsDeeper(part, levels - 1);
+            }));
+}
+
 } // namespace
 
 Json ToJson(Value const& value, std::string const& file) {
@@ -160,9 +167,11 @@ Json ToJson(Value const& value, std::string const& file) {
 }
 
 std::string JsonText(Json const& document) {
-    constexpr int kIndent = 2;
+    // In a deep one, the blanks would take many times as much as the rest.
+    constexpr int kDeepestIndent = 50;
+    int const indent = IsDeeper(document, kDeepestIndent) ? -1 : 2;
     auto const replace = Json::error_handler_t::replace;
-    return JsonEscapes(document.dump(kIndent, ' ', /*ensure_ascii=*/false, replace)) + "\n";
+    return JsonEscapes(document.dump(indent, ' ', /*ensure_ascii=*/false, replace)) + "\n";
 }
 
 std::string JsonKey(std::string_view name) {

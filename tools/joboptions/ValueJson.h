@@ -35,7 +35,8 @@ nlohmann::ordered_json ToJson(pdfsettings::Value const& value, std::string const
 // A name or key as it stands in JSON, without the slash that begins a name.
 std::string JsonKey(std::string_view name);
 
-// A document as commands write it, which says nothing that a terminal must not see.
+// A document as commands write it, which says nothing that a terminal must not see. One that is
+// nested deeper than 50 levels stands in one line.
 std::string JsonText(nlohmann::ordered_json const& document);
 
 // The key that JsonKey wrote, and the value that the text of a JSON string stands for; isTail: the

@@ -51,9 +51,10 @@ struct SettingRule {
 // A schema that the component can judge settings by. A value, independent of the component.
 class PDFSETTINGS_API Schema {
 public:
-    // Reads text, which is in the runtime's object notation. Throws SchemaError with every fault
-    // that was found, also where structures are nested more than 100 deep or describe more than
-    // 10,000 settings, and Error when memory runs out.
+    // Reads text, which is in the runtime's object notation. Throws SchemaError with the faults
+    // that were found (of more than 100 the first ones, and how many more), also where structures
+    // are nested more than 100 deep or describe more than 10,000 settings, and Error when memory
+    // runs out.
     static Schema FromText(Component const& component, std::string text);
 
     // The schema of the usual PDF conversion parameters, which is always there.
