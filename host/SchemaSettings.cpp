@@ -58,6 +58,17 @@ void ReadDetails(Dictionary const& rule, SettingRule& setting) {
     }
 }
 
+void AddParts(Value const& value, std::vector<Value const*>& parts) {
+    auto const* const array = value.If<Array>();
+    for (std::size_t place = 0; array != nullptr && place < array->Size(); ++place) {
+        parts.push_back(&(*array)[place]);
+    }
+    auto const* const dictionary = value.If<Dictionary>();
+    for (std::size_t place = 0; dictionary != nullptr && place < dictionary->Size(); ++place) {
+        parts.push_back(&dictionary->ValueAt(place));
+    }
+}
+
 // About as many bytes as a value takes.
 std::size_t SizeOf(Value const& value) {
     std::size_t size = 0;
@@ -65,19 +76,8 @@ std::size_t SizeOf(Value const& value) {
     while (!waiting.empty()) {
         Value const& next = *waiting.back();
         waiting.pop_back();
-        size += sizeof next;
-        if (auto const* const array = next.If<Array>()) {
-            for (std::size_t place = 0; place < array->Size(); ++place) {
-                waiting.push_back(&(*array)[place]);
-            }
-        } else if (auto const* const dictionary = next.If<Dictionary>()) {
-            for (std::size_t place = 0; place < dictionary->Size(); ++place) {
-                size += dictionary->KeyAt(place).size();
-                waiting.push_back(&dictionary->ValueAt(place));
-            }
-        } else if (auto const* const word = next.If<Word>()) {
-            size += word->text.size();
-        }
+        size += sizeof next + TextOf(&next).size();
+        AddParts(next, waiting);
     }
     return size;
 }

@@ -1,5 +1,7 @@
 // What the component makes of job options text.
 
+#include <algorithm>
+
 #include "tests/support/Settings.h"
 #include "tests/support/SmallStack.h"
 
@@ -176,7 +178,7 @@ TEST_F(JoboptionsReader, EndsATextAtAShortRead) {
     procs.read = [](void* source, unsigned long* count, unsigned char* buffer, unsigned long size) {
         auto& self = *static_cast<Source*>(source);
         std::string const part = self.fText.substr(self.fAt, std::min(size, self.fMost));
-        std::memcpy(buffer, part.data(), part.size());
+        std::copy(part.begin(), part.end(), buffer);
         self.fAt += * count = part.size();
         return static_cast<BIBError*>(nullptr);
     };
