@@ -224,6 +224,27 @@ TEST_F(Listing, FollowsTheAdministratorEachTimeAnew) {
     }
 }
 
+// The table's name for a file is its own without as many units as the extension has, and the record
+// has the table's entry itself.
+TEST_F(Listing, LooksForCloaksByTheNameWithoutElevenUnits) {
+    WriteBytes(UserFolder() / "ab.joboptions2", "");
+    WriteBytes(UserFolder() / "ab.joboptions3", "");
+    WriteAdminList(
+        PropertyList(DictEntry("ShowHide", DictEntry("Webrix", StringEntry("ab.", "1")))));
+    POSArray* const list = fGetList("Webrix");
+    AddRef(list);
+    ASSERT_EQ(2U, fTables.fArray.Count(list));
+    auto const entry = [&](unsigned long i) {
+        auto* const record = reinterpret_cast<POSDict*>(fTables.fArray.GetAt(list, i));
+        return WithAtom(
+            "ShowHide", [&](BIBStringAtom* atom) { return fTables.fDict.Get(record, atom); });
+    };
+    ASSERT_NE(nullptr, entry(0));
+    EXPECT_EQ("<<Webrix 1>>", Describer(fTables)(entry(0)));
+    EXPECT_EQ(entry(0), entry(1));
+    Release(list);
+}
+
 TEST_F(Listing, LooksWherePreferencesLead) {
     std::string const user = fFolder / "moved/user";
     std::string const admin = fFolder / "moved/admin";

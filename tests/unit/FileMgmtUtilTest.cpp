@@ -53,6 +53,8 @@ TEST_F(FolderUtilities, MakeWhatIsMissingOfAnAbsolutePath) {
         {folder + "/file/x/y/z", false},
         // Where a level cannot be made, the last one still is, in the last folder that was well.
         {folder + "/" + std::string(256, 'n') + "/last", true},
+        // What is left then is one name, which cannot be.
+        {folder + "/" + std::string(256, 'n') + "/middle/last", false},
         {"settings-relative/folder", true},
         {"", false},
         {"/", true},
