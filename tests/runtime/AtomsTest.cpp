@@ -33,6 +33,19 @@ TEST_F(AtomsTest, TextStaysAfterTheLastReferenceAndComesBackAtItsPlace) {
     EXPECT_STREQ(text, "short-lived");
 }
 
+TEST_F(AtomsTest, KeepsThoseThatWereReleasedLast) {
+    constexpr int kMany = 20000;
+    for (int i = 0; i < kMany; ++i) {
+        Atom const passing(std::to_string(i));
+    }
+    bibrt::FailAllocation(1, /*andAllLater=*/true);
+    BIBStringAtom* const newest = Atoms().NewStringAtom(std::to_string(kMany - 1).c_str());
+    EXPECT_NE(newest, nullptr);
+    EXPECT_EQ(Atoms().NewStringAtom("0"), nullptr);
+    bibrt::ResetFailures();
+    Atoms().DeleteStringAtom(newest);
+}
+
 TEST_F(AtomsTest, ReleasedAtomsDoNotCountAsLive) {
     unsigned long const before = bibrt::CountLive().fAtoms;
     {

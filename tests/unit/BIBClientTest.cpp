@@ -13,6 +13,7 @@
 #include "bib/POSDictIterator.h"
 #include "bib/POSNumber.h"
 #include "tests/support/BoundClient.h"
+#include "tests/support/RuntimeTables.h"
 
 namespace BIB_T_NMT {
 
@@ -30,6 +31,43 @@ TEST(BIBClientUnbound, RefusesNullAndStopsHarmlessly) {
     EXPECT_EQ(nullptr, BIBGetProcAddress("BIB", "BIBReportError", "BIBReportError"));
     gErrorProc = nullptr;
     EXPECT_EQ(0, BIBReportError("lost"));
+}
+
+// Of the runtime's own errors, the start needs the unknown one alone.
+TEST_F(BIBClient, StartsWithoutAMemoryError) {
+    static BRVErrorID missing = kBRVMemoryError;
+    static auto const kErrors = support::LoadTable<_t_BIBErrorInterface>(&BIBRuntimeLookup);
+    fLookup.Replace(
+        "BIBErrorInterface.GetCoreError", +[](BRVErrorID id) -> BIBError* {
+            return id == missing ? nullptr : kErrors.GetCoreError(id);
+        });
+    for (auto const& [id, starts] : {std::pair(kBRVUnknownError, false), {kBRVMemoryError, true}}) {
+        MoveCounter();
+        BIBClientTerminate();
+        missing = id;
+        EXPECT_EQ(starts, BIBClientInit(&LookupDouble::Lookup));
+    }
+    MoveCounter();
+}
+
+// What is unregistered while a table is loaded makes it stale at once.
+TEST_F(BIBClient, LoadsATableAgainThatWasUnregisteredMeanwhile) {
+    struct Table {
+        void (*fRow)();
+    };
+    static int loads = 0;
+    loads = 0;
+    auto const load = +[](Table* /*table*/) {
+        loads == 0 ? MoveCounter() : void();
+        ++loads;
+        return 1;
+    };
+    Table table{};
+    unsigned long stamp = 0;
+    for (int const expected : {1, 2, 2}) {
+        EXPECT_EQ(&table, GuardGlobalProcs(table, stamp, load));
+        EXPECT_EQ(expected, loads);
+    }
 }
 
 TEST(BIBClientUnbound, CountsAFailedStartAsBound) {
