@@ -1,0 +1,249 @@
+// Collections, cursors and streams against standard containers, under random operations of which
+// some have no memory.
+#include <algorithm>
+#include <random>
+#include <vector>
+
+#include "RuntimeFixture.h"
+
+namespace runtimetest {
+namespace {
+
+constexpr int kRounds = 200;
+constexpr int kSteps = 200;
+
+class ModelTest : public RuntimeTest {
+protected:
+    unsigned long Random(unsigned long below) {
+        return std::uniform_int_distribution<unsigned long>(0, below - 1)(fRandom);
+    }
+
+    // Does work, now and then without memory for its n-th allocation.
+    template <class Work>
+    auto Try(Work work) {
+        if (Random(100) == 0) {
+            bibrt::FailAllocation(1 + Random(2), /*andAllLater=*/Random(2) == 0);
+        }
+        auto const result = work();
+        bibrt::ResetFailures();
+        return result;
+    }
+
+private:
+    std::mt19937 fRandom{1};
+};
+
+// A dictionary as entries in the order of their first putting, and a cursor that stands on one of
+// them, which may be gone.
+struct DictModel {
+    struct Entry {
+        unsigned long fNumber;
+        std::string fKey;
+        double fValue;
+    };
+
+    std::vector<Entry>::iterator Find(std::string const& key) {
+        return std::ranges::find(fEntries, key, &Entry::fKey);
+    }
+    void Put(std::string const& key, double value) {
+        auto const entry = Find(key);
+        if (entry != fEntries.end()) {
+            entry->fValue = value;
+        } else {
+            fEntries.push_back({++fLast, key, value});
+        }
+    }
+    // The cursor on the first entry behind a number.
+    void MoveBehind(unsigned long number) {
+        auto const next = std::ranges::upper_bound(fEntries, number, {}, &Entry::fNumber);
+        fIsDone = next == fEntries.end();
+        fCurrent = fIsDone ? Entry{} : *next;
+    }
+
+    std::vector<Entry> fEntries;
+    unsigned long fLast = 0;
+    Entry fCurrent{};
+    bool fIsDone = true;
+    bool fHasLost = false; // a value: no reference can be added any more
+};
+
+class DictModelTest : public ModelTest {
+protected:
+    void Step(POSDict* dict, POSDictIterator* cursor, DictModel& model) {
+        std::string const key = "k" + std::to_string(Random(30));
+        switch (Random(6)) {
+        case 0:
+        case 1:
+            PutBoth(dict, model, key);
+            break;
+        case 2:
+            RemoveBoth(dict, model, key);
+            break;
+        case 3:
+            Cursors().Begin(cursor);
+            model.MoveBehind(0);
+            break;
+        default:
+            if (!model.fIsDone) {
+                Cursors().Next(cursor);
+                model.MoveBehind(model.fCurrent.fNumber);
+            }
+        }
+    }
+
+    void PutBoth(POSDict* dict, DictModel& model, std::string const& key) {
+        auto const value = static_cast<double>(Random(1000));
+        Held const number(NewNumber(value));
+        Atom const atom(key);
+        if (Try([&] { return Dicts().Put(dict, atom, number); }) != 0) {
+            model.Put(key, value);
+        } else {
+            model.fHasLost = true;
+        }
+    }
+
+    void RemoveBoth(POSDict* dict, DictModel& model, std::string const& key) {
+        Atom const atom(key);
+        bool const isRemoved = Try([&] { return Dicts().Remove(dict, atom); }) != 0;
+        EXPECT_EQ(isRemoved, model.Find(key) != model.fEntries.end());
+        if (isRemoved) {
+            model.fEntries.erase(model.Find(key));
+        }
+    }
+
+    static void Compare(POSDict* dict, POSDictIterator* cursor, DictModel const& model) {
+        Held const all(Cursors().NewPOSDictIterator(dict));
+        Cursors().Begin(all);
+        for (auto const& entry : model.fEntries) {
+            ASSERT_STREQ(Cursors().CurKey(all), entry.fKey.c_str());
+            ASSERT_EQ(NumberAt(Dicts().Get(dict, Atom(entry.fKey))), entry.fValue);
+            Cursors().Next(all);
+        }
+        ASSERT_NE(Cursors().IsDone(all), 0);
+        ASSERT_EQ(Cursors().IsDone(cursor) != 0, model.fIsDone);
+        if (!model.fIsDone) {
+            ASSERT_STREQ(Cursors().CurKey(cursor), model.fCurrent.fKey.c_str());
+        }
+    }
+};
+
+TEST_F(DictModelTest, BehavesLikeAListOfEntries) {
+    for (int round = 0; round < kRounds && !HasFatalFailure(); ++round) {
+        Held const dict(Dicts().NewPOSDict());
+        Held const cursor(Cursors().NewPOSDictIterator(dict));
+        Cursors().Begin(cursor);
+        DictModel model;
+        for (int step = 0; step < kSteps && !HasFatalFailure() && !model.fHasLost; ++step) {
+            SCOPED_TRACE(testing::Message() << round << " " << step);
+            Compare(dict, cursor, model);
+            Step(dict, cursor, model);
+        }
+        EXPECT_EQ(Containers().AddRef(dict.Container()) == 0, model.fHasLost);
+        Containers().DecrementWithoutDelete(model.fHasLost ? nullptr : dict.Container());
+    }
+}
+
+class ArrayModelTest : public ModelTest {
+protected:
+    static std::vector<double> ValuesIn(POSArray* array) {
+        std::vector<double> values(Arrays().Count(array));
+        for (unsigned long index = 0; index < values.size(); ++index) {
+            values[index] = NumberAt(Arrays().GetAt(array, index));
+        }
+        return values;
+    }
+
+    // False when the array has lost a value: no reference can be added to it any more.
+    bool Step(POSArray* array, std::vector<double>& model) {
+        unsigned long const index = Random(model.size() + 2);
+        auto const value = static_cast<double>(Random(1000));
+        Held const number(NewNumber(value));
+        bool const isIn = index < model.size();
+        switch (Random(4)) {
+        case 0:
+            EXPECT_EQ(Try([&] { return Arrays().SetAt(array, index, number); }) != 0, isIn);
+            if (isIn) {
+                model[index] = value;
+            }
+            break;
+        case 1:
+            EXPECT_EQ(Try([&] { return Arrays().Remove(array, index); }) != 0, isIn);
+            if (isIn) {
+                model.erase(model.begin() + static_cast<std::ptrdiff_t>(index));
+            }
+            break;
+        default:
+            if (Try([&] { return Arrays().Append(array, number); }) == 0) {
+                return false;
+            }
+            model.push_back(value);
+        }
+        return true;
+    }
+};
+
+TEST_F(ArrayModelTest, BehavesLikeAVector) {
+    for (int round = 0; round < kRounds; ++round) {
+        Held const array(Arrays().NewPOSArray());
+        std::vector<double> model;
+        bool isWhole = true;
+        for (int step = 0; step < kSteps && isWhole; ++step) {
+            isWhole = Step(array, model);
+            ASSERT_EQ(ValuesIn(array), model);
+        }
+        EXPECT_EQ(Containers().AddRef(array.Container()) != 0, isWhole);
+        Containers().DecrementWithoutDelete(isWhole ? array.Container() : nullptr);
+    }
+}
+
+class StreamModelTest : public ModelTest {
+protected:
+    void Step(StreamMethods const& stream, std::string& model, std::size_t& position) {
+        std::string const text(Random(40), static_cast<char>('a' + Random(26)));
+        switch (Random(3)) {
+        case 0:
+            if (Try([&] { return stream.Write(text); }).empty()) {
+                model.resize(std::max(model.size(), position + text.size()));
+                model.replace(position, text.size(), text);
+                position += text.size();
+            }
+            break;
+        case 1: {
+            std::string const expected = model.substr(position, text.size());
+            EXPECT_EQ(stream.Read(text.size()), expected);
+            position += expected.size();
+            break;
+        }
+        default:
+            Seek(stream, model, position);
+        }
+        EXPECT_EQ(stream.Mark(), position);
+    }
+
+    void Seek(StreamMethods const& stream, std::string const& model, std::size_t& position) {
+        int const origin = static_cast<int>(Random(3));
+        long const from =
+            origin == 0 ? 0 : static_cast<long>(origin == 1 ? position : model.size());
+        long const offset = static_cast<long>(Random(100)) - 50;
+        bool const isIn = from + offset >= 0 && from + offset <= static_cast<long>(model.size());
+        EXPECT_EQ(stream.Seek(offset, origin).empty(), isIn);
+        position = isIn ? static_cast<std::size_t>(from + offset) : position;
+    }
+};
+
+TEST_F(StreamModelTest, BehavesLikeAString) {
+    for (int round = 0; round < kRounds; ++round) {
+        Held const held(NewMemoryStream());
+        StreamMethods const stream(held);
+        std::string model;
+        std::size_t position = 0;
+        for (int step = 0; step < kSteps; ++step) {
+            Step(stream, model, position);
+        }
+        stream.Seek(0, 0);
+        ASSERT_EQ(stream.Read(model.size() + 1), model);
+    }
+}
+
+} // namespace
+} // namespace runtimetest
