@@ -141,7 +141,7 @@ CPOSBinData MakeBinData(char const* typeName, char const* begin, char const* end
         static_cast<unsigned long>(end - begin));
 }
 
-Nesting::Nesting() {
+OpenCollection::OpenCollection() {
     if (!fLevel.HasRoom()) {
         CBIBMemory::ThrowMemError();
     }
@@ -241,16 +241,15 @@ bool IsArray(char** cursor, CPOSObject* value) {
     if (!StandsOnByte(*cursor, '[')) {
         return false;
     }
-    Nesting const nesting;
     CPOSArray const array;
-    ProgressGuard guard;
+    OpenCollection open;
     ++*cursor;
     SkipWhiteSpace(cursor);
     // No look for the end of the text: there, the next value fails.
     while (!StandsOnByte(*cursor, ']')) {
         AppendElement(cursor, array);
         SkipWhiteSpace(cursor);
-        guard.Check(*cursor);
+        open.CheckProgress(*cursor);
     }
     ++*cursor;
     *value = array;
@@ -261,16 +260,15 @@ bool IsDict(char** cursor, CPOSObject* value) {
     if (!StandsOn(*cursor, "<<")) {
         return false;
     }
-    Nesting const nesting;
     CPOSDict const dict;
-    ProgressGuard guard;
+    OpenCollection open;
     *cursor += 2;
     SkipWhiteSpace(cursor);
     // The body runs before any test: an empty dictionary takes the next key of the enclosing text.
     // And a single ">" in either of two places ends it, whatever the other byte is.
     ReadEntry(cursor, dict);
     while ((*cursor)[0] != '>' && (*cursor)[1] != '>') {
-        guard.Check(*cursor);
+        open.CheckProgress(*cursor);
         ReadEntry(cursor, dict);
     }
     *cursor += 2;

@@ -28,12 +28,16 @@ class PDFSettingsParserException : public BIB_T_NMT::CBIBVirtualClientBase {};
 // Throws the CPDFSettingsError for a text that is no job options text.
 [[noreturn]] void ThrowInvalidFile();
 
-// Refuses a loop that can only repeat itself: one that leaves the cursor where the turn before left
-// it.
-class ProgressGuard {
+// A dictionary or an array that is being read, or the settings themselves: one level of nesting,
+// and a loop over its parts. One object for both, since each takes stack in every level.
+class OpenCollection {
 public:
-    // To be called at the end of each turn. Throws as ThrowInvalidFile().
-    void Check(char const* cursor) {
+    // Throws the memory error where the stack has no room for the level.
+    OpenCollection();
+
+    // To be called at the end of each turn. A loop can only repeat itself that leaves the cursor
+    // where the turn before left it: throws as ThrowInvalidFile().
+    void CheckProgress(char const* cursor) {
         if (cursor == fLast) {
             ThrowInvalidFile();
         }
@@ -41,6 +45,7 @@ public:
     }
 
 private:
+    platform::StackLevel fLevel;
     char const* fLast = nullptr;
 };
 
@@ -53,16 +58,6 @@ BIB_T_NMT::CPOSBinData MakeBinData(char const* typeName, char const* begin, char
 // Moves the cursor over blanks, line ends and comments. A comment ends with its line, or with the
 // text.
 void SkipWhiteSpace(char** cursor);
-
-// One level of nesting, while it lives: the settings themselves, and each dictionary and array in
-// them. Throws the memory error where the stack has no room for it.
-class Nesting {
-public:
-    Nesting();
-
-private:
-    platform::StackLevel fLevel;
-};
 
 // The next key, without its slash. Whatever stands before it is passed over.
 BIB_T_NMT::CPOSString GetKey(char** cursor);

@@ -92,12 +92,11 @@ char* FindSettings(StreamText& text) {
 }
 
 void ReadEntries(char** cursor, CPOSDict const& settings) {
-    Nesting const nesting;
-    ProgressGuard guard;
+    OpenCollection open;
     // The first look comes before any skip: blanks behind the opening make the loop run once.
     while (**cursor != '\0' && !StandsOn(*cursor, ">>")) {
         ReadEntry(cursor, settings);
-        guard.Check(*cursor);
+        open.CheckProgress(*cursor);
     }
 }
 
