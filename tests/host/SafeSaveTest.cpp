@@ -430,3 +430,37 @@ TEST_F(SafeSaveTest, DeletesWhatWasLeftBehindOnlyIfNothingIsLost) {
             " in its folder; delete it if you do not need what it holds");
     EXPECT_EQ(fFolder.Names(), name('3') + " .joboptions-other.new a ");
 }
+
+// The other may still write what nobody else has.
+TEST_F(SafeSaveTest, DeletesNothingThatIsBeingWritten) {
+    std::string const file = fFolder.Make("a", "old");
+    std::string const left = ".joboptions-0123456789abcdef0123456789abcdef.new";
+    int const writer = open(fFolder.Make(left, "old").c_str(), O_WRONLY | O_CLOEXEC);
+    EXPECT_EQ(Warning(file).find("an interrupted save left " + left), 0U);
+    EXPECT_EQ(ReadBytes(fFolder / left), "old");
+    close(writer);
+    EXPECT_EQ(Warning(file).find("an interrupted save left "), 0U);
+    fFolder.Make(left, "new");
+    EXPECT_EQ(Warning(file), "");
+    EXPECT_EQ(fFolder.Names(), "a ");
+}
+
+// The bytes are on the disk before the name leads to them, and then the name is.
+TEST_F(SafeSaveTest, FlushesTheFileAndThenItsFolder) {
+    std::string const file = fFolder.Make("a", "old");
+    {
+        SystemCallsDouble calls;
+        calls.FailNext("fsync", EIO);
+        EXPECT_EQ(Save(file, "new"), "Input/output error");
+        EXPECT_EQ(ReadBytes(file), "old");
+    }
+    SystemCallsDouble calls;
+    calls.AfterEach([&calls](int /*call*/) {
+        if (calls.Count("fsync") == 1) {
+            calls.FailNext("fsync", EIO);
+        }
+    });
+    EXPECT_EQ(
+        Warning(file), "its folder could not be flushed, so a power failure may undo the save");
+    EXPECT_EQ(ReadBytes(file), "new");
+}
