@@ -303,3 +303,39 @@ TEST_F(SettingsTest, MovedSettingsStayWhole) {
     second = std::move(first);
     EXPECT_EQ(second.Values(), OneEntry("A", 1.0));
 }
+
+// The component counts only the namespaces that it validates.
+TEST_F(SettingsTest, FindingsHaveThePositionsOfTheSettingsThatAreMeant) {
+    std::string const schema = "< PDFSettings < optional < OtherNamespaces < type array of T > > > "
+                               "T < Must number optional < > > >";
+    std::string const other = " << /Namespace [ (x) (x) (x) ] >> ";
+    std::string const checked = " << /A 1 >> ";
+    auto const text = [](std::string const& namespaces) {
+        return "<</OtherNamespaces [" + namespaces + "] /B 1 >>setalembicorparams";
+    };
+    Settings settings = Settings::FromText(fComponent, text(other + checked), schema);
+    Dictionary const changes = Read("/OtherNamespaces [" + other + other + checked + "]");
+    auto const keyOf = [](std::vector<Finding> const& findings) {
+        return findings.size() == 1 ? findings[0].key : "not one finding";
+    };
+    EXPECT_EQ(keyOf(settings.Validate()), "OtherNamespaces/1/Must");
+    EXPECT_EQ(keyOf(settings.Set(changes)), "OtherNamespaces/2/Must");
+    EXPECT_EQ(keyOf(settings.Set(OneEntry("B", 2.0))), "OtherNamespaces/1/Must");
+}
+
+// What is bound is a file, not a name in whatever folder is the current one.
+TEST_F(SettingsTest, ARelativePathIsBoundWhereItWasOpened) {
+    support::TemporaryFolder const folder;
+    std::string const file = folder.Make("a", "<</A 1 >>setalembicorparams");
+    std::filesystem::path const current = std::filesystem::current_path();
+    std::filesystem::current_path(folder.Path());
+    Settings opened = Settings::FromFile(fComponent, "a");
+    Settings written = Settings::FromText(fComponent, "<</B 1 >>setalembicorparams");
+    written.Write("b");
+    std::filesystem::current_path(current);
+    EXPECT_FALSE(opened.IsDirty());
+    EXPECT_FALSE(written.IsDirty());
+    opened.Save();
+    EXPECT_EQ(folder.Names(), "a b ");
+    EXPECT_NE(support::ReadBytes(file), "<</A 1 >>setalembicorparams");
+}
