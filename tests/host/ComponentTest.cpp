@@ -6,11 +6,13 @@
 
 #include "api/BIBRuntime.h"
 #include "api/PDFSettings.h"
+#include "host/detail/FolderPath.h"
 #include "runtime/Diagnostics.h"
 
 #include <cstdio>
 #include <cstdlib>
 #include <dlfcn.h>
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <optional>
 
@@ -125,6 +127,32 @@ TEST(Component, StartsWholeOrNotAtAll) {
     }
     EXPECT_GT(failures, 10);
     EXPECT_EQ("started", StartError(Component::DefaultPath()));
+}
+
+TEST(Component, GivesTheErrorChannelBack) {
+    auto const report = reinterpret_cast<BIBReportErrorProc>(
+        BIBRuntimeLookup("BIB", "BIBReportError", "BIBReportError"));
+    testing::internal::CaptureStderr();
+    {
+        Component const component;
+        report("while it runs");
+    }
+    report("afterwards");
+    std::string const written = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(written.find("while it runs"), std::string::npos);
+    EXPECT_NE(written.find("afterwards"), std::string::npos);
+}
+
+TEST(FolderPath, IsAbsoluteAndEndsInNoSlash) {
+    std::string const current = std::filesystem::current_path().string();
+    for (auto const& [folder, path] :
+         {std::pair<std::string, std::string>("", ""),
+          {"/", "/"},
+          {"//", "/"},
+          {"/a/b//", "/a/b"},
+          {"a/", current + "/a"}}) {
+        EXPECT_EQ(detail::FolderPath(folder), path) << folder;
+    }
 }
 
 TEST(RawAccess, GivesTheTablesAndTheObjectAndKeepsTheComponentRunning) {
