@@ -26,11 +26,15 @@ namespace {
 
 constexpr SaveOptions kShortWait{std::chrono::milliseconds(4), false};
 
-// What a save of "new" says; with seen, if that stands there.
-std::string SaveMessage(std::string const& path, char const* seen = nullptr) {
+// What a save of "new" says; with seen, if that stands there. Warnings are stored where wanted.
+std::string
+SaveMessage(std::string const& path, char const* seen = nullptr, SaveWarnings* warnings = nullptr) {
     try {
-        seen == nullptr ? SaveSafely(path, "new", kShortWait)
-                        : SaveSafely(path, "new", std::string(seen), kShortWait);
+        auto const given = seen == nullptr ? SaveSafely(path, "new", kShortWait)
+                                           : SaveSafely(path, "new", std::string(seen), kShortWait);
+        if (warnings != nullptr) {
+            *warnings = given;
+        }
         return "";
     } catch (Error const& error) {
         return error.what();
@@ -44,6 +48,27 @@ std::multiset<std::string> AllBytes(support::TemporaryFolder const& folder) {
         all.insert(ReadBytes(entry.path()));
     }
     return all;
+}
+
+constexpr mode_t kOldMode = 0640;
+
+std::string MakeOld(support::TemporaryFolder const& folder) {
+    std::string file = folder.Make("a", "old");
+    chmod(file.c_str(), kOldMode);
+    return file;
+}
+
+mode_t ModeOf(std::filesystem::path const& file) {
+    struct stat status {};
+    EXPECT_EQ(stat(file.c_str(), &status), 0);
+    return status.st_mode & 07777;
+}
+
+// Whatever stands in the folder: nobody may read what they could not read before.
+void ExpectNoWiderAccess(support::TemporaryFolder const& folder) {
+    for (auto const& entry : std::filesystem::directory_iterator(folder.Path())) {
+        EXPECT_EQ(ModeOf(entry.path()) & ~kOldMode, 0U) << entry.path();
+    }
 }
 
 // A program that changes a file and knows nothing of locks. It keeps a record of whose bytes it
@@ -162,10 +187,13 @@ std::function<void(int)> KillAt(int n) {
 // A save that is killed after the nth call; whether it left its new file behind.
 bool CheckKill(int n, bool hasOld, bool isNamed) {
     support::TemporaryFolder const folder;
-    std::string const file = hasOld ? folder.Make("a", "old") : folder / "a";
+    std::string const file = hasOld ? MakeOld(folder) : folder / "a";
     SaveAndDie(file, nullptr, KillAt(n), isNamed);
     auto const all = AllBytes(folder);
     std::string const left = ReadBytes(file);
+    if (hasOld) {
+        ExpectNoWiderAccess(folder);
+    }
     EXPECT_TRUE(left == "new" || left == (hasOld ? "old" : "")) << n << left;
     EXPECT_EQ(std::filesystem::exists(file), hasOld || left == "new") << n;
     // A file that has a name from the start may be left half-written.
@@ -204,19 +232,24 @@ bool CheckKillBesideAnotherWriter(unsigned seed) {
 // A save whose nth call fails.
 void CheckFailure(int n, bool hasOld, bool andAllLater) {
     support::TemporaryFolder const folder;
-    std::string const file = hasOld ? folder.Make("a", "old") : folder / "a";
+    std::string const file = hasOld ? MakeOld(folder) : folder / "a";
     long const descriptors = support::CountDescriptors();
     std::string message;
+    SaveWarnings warnings;
     {
         SystemCallsDouble calls;
         calls.FailAt(n, EIO, andAllLater);
-        message = SaveMessage(file);
+        message = SaveMessage(file, nullptr, &warnings);
         EXPECT_TRUE(calls.HasFailed()) << n;
     }
     EXPECT_EQ(support::CountDescriptors(), descriptors) << n;
     auto const all = AllBytes(folder);
+    if (hasOld) {
+        ExpectNoWiderAccess(folder);
+    }
     if (message.empty()) {
         EXPECT_EQ(ReadBytes(file), "new") << n;
+        EXPECT_TRUE(!hasOld || !warnings.empty() || ModeOf(file) == kOldMode) << n;
         EXPECT_TRUE(all.size() == 1 || (all.contains("old") && all.contains("new"))) << n;
     } else {
         EXPECT_EQ(all.contains("old"), hasOld) << n << message;
