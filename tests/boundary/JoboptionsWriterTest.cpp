@@ -234,17 +234,19 @@ TEST_F(JoboptionsWriter, WritesBinaryDataWithAllItsBytes) {
 }
 
 TEST_F(JoboptionsWriter, IndentsEveryLevel) {
+    constexpr unsigned long kLevels = 30;
     std::string notation;
     std::string expected = "  /A [\n";
     std::string closing;
-    for (unsigned long level = 1; level < 40; ++level) {
+    for (unsigned long level = 1; level < kLevels; ++level) {
         notation += "[ ";
         expected += std::string(2 * level + 2, ' ') + "[\n";
         closing.insert(0, std::string(2 * level + 2, ' ') + "]\n");
     }
-    expected += std::string(82, ' ') + "1\n" + closing + "  ]\n";
+    expected += std::string(2 * kLevels + 2, ' ') + "1\n" + closing + "  ]\n";
     EXPECT_EQ(
-        Written(expected), WriteNotation("<A [ " + notation + "1" + std::string(40, ']') + ">"));
+        Written(expected),
+        WriteNotation("<A [ " + notation + "1" + std::string(kLevels, ']') + ">"));
 }
 
 // A boolean whose line fails once is written as a name, which is the same value.
