@@ -101,7 +101,7 @@ void CheckCommand::JudgeText(
         return;
     }
     auto const settings = ParseSettings(component, judgement.file, document.Text(), schema.Text());
-    auto const rules = schema.Settings();
+    auto const& rules = schema.Settings();
     auto& all = judgement.diagnostics;
     Append(all, SchemaDiagnostics(document, settings.Validate(), rules));
     Append(all, WritingDiagnostics(component, document, settings));

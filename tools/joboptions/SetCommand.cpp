@@ -89,7 +89,7 @@ Status SetCommand::Set(Editing const& editing) const {
     auto const& [component, schema, file, text, save] = editing;
     auto settings = ParseSettings(component, file, text, schema.Text());
     pdfsettings::Dictionary const before = settings.Values();
-    auto const rules = schema.Settings();
+    auto const& rules = schema.Settings();
     auto const assignments = ReadAssignments(component, before, rules, fAssignments);
     auto findings = settings.Set(assignments.changes);
     MarkOldFindings(settings, findings);
