@@ -69,6 +69,14 @@ void AddParts(Value const& value, std::vector<Value const*>& parts) {
     }
 }
 
+std::size_t TextSize(Value const& value) {
+    auto const* const string = value.If<String>();
+    auto const* const hexString = value.If<HexString>();
+    return string != nullptr      ? string->bytes.size()
+           : hexString != nullptr ? hexString->text.size()
+                                  : TextOf(&value).size();
+}
+
 // About as many bytes as a value takes.
 std::size_t SizeOf(Value const& value) {
     std::size_t size = 0;
@@ -76,7 +84,7 @@ std::size_t SizeOf(Value const& value) {
     while (!waiting.empty()) {
         Value const& next = *waiting.back();
         waiting.pop_back();
-        size += sizeof next + TextOf(&next).size();
+        size += sizeof next + TextSize(next);
         AddParts(next, waiting);
     }
     return size;
@@ -110,6 +118,7 @@ private:
         }
         if (fInside.size() == kDeepest) {
             End(name, "structures are nested more than 100 deep");
+            return;
         }
         fInside.push_back(name);
         ListRules(*structure, prefix, /*isRequired=*/true);

@@ -99,6 +99,13 @@ TEST_F(SchemaTest, SettingsHaveALimitOfNumberAndSize) {
     std::string const half = rules.substr(0, rules.find(" K5000 "));
     EXPECT_EQ(Faults(schema(half, 1000)), "");
     EXPECT_EQ(Faults(schema(half, 4000)), "2:1 T" + kTooMany);
+    // So many bytes of a default, whatever their kind.
+    for (char const* const kind : {"name", "string", "hexstring"}) {
+        std::string const text = "< PDFSettings < optional <" + half +
+                                 " > >\nT < optional < A < type " + kind + " default (" +
+                                 std::string(4000, 'd') + ") > > > >";
+        EXPECT_TRUE(Faults(text).ends_with(kTooMany)) << kind;
+    }
 }
 
 TEST_F(SchemaTest, ManyFaultsAreCounted) {

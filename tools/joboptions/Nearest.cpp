@@ -21,7 +21,7 @@ std::string InSmallLetters(std::string word) {
     return word;
 }
 
-// How many letters have to be put in, taken out or exchanged to make one word of the other; most
+// How many letters have to be inserted, removed or replaced to make one word of the other; most
 // where it is that or more.
 std::size_t Distance(std::string const& from, std::string const& to, std::size_t most) {
     if (std::max(from.size(), to.size()) - std::min(from.size(), to.size()) >= most) {
