@@ -22,6 +22,15 @@ void RemoveItself() {
     CountPurge();
 }
 
+// Not called again by the purge that runs.
+void AddItselfAgain() {
+    auto const cache = support::LoadTable<_t_BIBCacheInterface>(&BIBRuntimeLookup);
+    cache.RemoveClientPurge(&AddItselfAgain, 0);
+    if (++gClientPurges < 100) {
+        cache.AddClientPurge(&AddItselfAgain, 0);
+    }
+}
+
 class CacheTest : public RuntimeTest {
 protected:
     void SetUp() override {
@@ -145,6 +154,10 @@ TEST_F(CacheTest, ClientProceduresAreCalledOnceEach) {
     fCache.PurgeAllStaticCaches();
     EXPECT_EQ(gClientPurges, 5);
     fCache.RemoveClientPurge(&CountPurge, 0);
+    fCache.AddClientPurge(&AddItselfAgain, 0);
+    fCache.PurgeAllStaticCaches();
+    EXPECT_EQ(gClientPurges, 6);
+    fCache.RemoveClientPurge(&AddItselfAgain, 0);
 }
 
 TEST_F(CacheTest, NullsAreAcceptedAndMemoryFailureGivesNull) {
