@@ -2,6 +2,7 @@
 #include "pdfsettings/SafeSave.h"
 
 #include "tests/host/SystemCallsDouble.h"
+#include "tests/support/AccessList.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <algorithm>
@@ -14,48 +15,29 @@
 #include <utility>
 
 using namespace pdfsettings;
+using support::Attribute;
+using support::kAccessList;
+using support::kDefaultList;
 using support::SystemCallsDouble;
 
 namespace {
 
-constexpr char kAccess[] = "system.posix_acl_access";
-constexpr char kDefault[] = "system.posix_acl_default";
-
-// A list in the system's form: user::rw-, user:7777:rw-, group::PERMISSIONS, mask::rw-,
-// other::PERMISSIONS.
+// user::rw-, user:7777:rw-, group::GROUP, group:4000:---, mask::rw-, other::OTHERS.
 std::string List(char groupPermissions, char otherPermissions = 0) {
-    std::string list("\2\0\0\0", 4);
-    auto const add = [&list](char tag, char permissions, std::string const& id) {
-        list += {tag, 0, permissions, 0};
-        list += id;
-    };
-    std::string const none(4, '\xFF');
-    add(0x01, 6, none);
-    add(0x02, 6, std::string("\x61\x1E\0\0", 4));
-    add(0x04, groupPermissions, none);
-    add(0x10, 6, none);
-    add(0x20, otherPermissions, none);
-    return list;
+    return support::AccessList({6, 6, groupPermissions, 0, 6, otherPermissions});
 }
 
 class SaveTraitsTest : public testing::Test {
 protected:
     void SetUp() override {
-        if (setxattr(fFile.c_str(), kAccess, List(4).data(), List(4).size(), 0) != 0) {
+        if (!support::SetAttribute(fFile, kAccessList, List(4))) {
             GTEST_SKIP() << "no access control lists on this file system";
         }
-        removexattr(fFile.c_str(), kAccess);
+        removexattr(fFile.c_str(), kAccessList);
     }
 
     void SetList(std::string const& path, char const* name, std::string const& list) const {
-        ASSERT_EQ(setxattr(path.c_str(), name, list.data(), list.size(), 0), 0);
-    }
-
-    static std::string Attribute(std::string const& path, char const* name) {
-        std::string value(1000, '\0');
-        ssize_t const size = getxattr(path.c_str(), name, value.data(), value.size());
-        value.resize(static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
-        return value;
+        ASSERT_TRUE(support::SetAttribute(path, name, list));
     }
 
     mode_t Mode() const {
@@ -95,22 +77,22 @@ TEST_F(SaveTraitsTest, AreKeptWithoutSetIdBits) {
         EXPECT_EQ(Mode(), mode & 01777U);
     }
     chmod(fFile.c_str(), 0660);
-    SetList(fFile, kAccess, List(0));
-    ASSERT_EQ(setxattr(fFile.c_str(), "user.note", "n", 1, 0), 0);
+    SetList(fFile, kAccessList, List(0));
+    ASSERT_TRUE(support::SetAttribute(fFile, "user.note", "n"));
     EXPECT_EQ(SaveSafely(fFile, "listed"), SaveWarnings());
-    EXPECT_EQ(Attribute(fFile, kAccess), List(0));
+    EXPECT_EQ(Attribute(fFile, kAccessList), List(0));
     EXPECT_EQ(Attribute(fFile, "user.note"), "n");
     EXPECT_EQ(Mode(), 0660U);
 }
 
 TEST_F(SaveTraitsTest, ComeFromTheFolderForANewFileAlone) {
-    SetList(fFolder.Path(), kDefault, List(6));
+    SetList(fFolder.Path(), kDefaultList, List(6));
     chmod(fFile.c_str(), 0640);
     SaveSafely(fFile, "new");
-    EXPECT_EQ(Attribute(fFile, kAccess), "");
+    EXPECT_EQ(Attribute(fFile, kAccessList), "");
     EXPECT_EQ(Mode(), 0640U);
     SaveSafely(fFolder / "b", "made");
-    EXPECT_EQ(Attribute(fFolder / "b", kAccess), List(6));
+    EXPECT_EQ(Attribute(fFolder / "b", kAccessList), List(6));
 }
 
 TEST_F(SaveTraitsTest, AreCutAndNeverWidenedWhereTheyCannotBeKept) {
@@ -170,38 +152,31 @@ TEST_F(SaveTraitsTest, AreCutAndNeverWidenedWhereTheyCannotBeKept) {
     for (auto const& [call, error, oldList, oldMode, group, mode, list, warnings] : kCases) {
         std::filesystem::remove(fFile);
         fFolder.Make("a", "old");
-        ASSERT_EQ(setxattr(fFile.c_str(), "user.note", "n", 1, 0), 0);
+        ASSERT_TRUE(support::SetAttribute(fFile, "user.note", "n"));
         if (!oldList.empty()) {
-            SetList(fFile, kAccess, oldList);
+            SetList(fFile, kAccessList, oldList);
         }
         chmod(fFile.c_str(), oldMode);
-        if (group != getgid() && chown(fFile.c_str(), getuid(), group) != 0) {
-            continue; // only root can make a file of a foreign group
-        }
         SystemCallsDouble calls;
+        calls.PretendOwners();
+        SystemCallsDouble::SetOwner(fFile, {getuid(), group});
         calls.FailAlways(call, error);
         EXPECT_EQ(SaveSafely(fFile, "new"), warnings) << call;
         EXPECT_EQ(Mode(), mode) << call;
-        EXPECT_EQ(Attribute(fFile, kAccess), list) << call;
+        EXPECT_EQ(Attribute(fFile, kAccessList), list) << call;
     }
 }
 
 TEST_F(SaveTraitsTest, KeepOwnerAndGroupWhereTheSystemAllowsIt) {
-    if (chown(fFile.c_str(), 12345, 54321) != 0) {
-        GTEST_SKIP() << "only root can give files away";
-    }
-    EXPECT_EQ(SaveSafely(fFile, "new"), SaveWarnings());
-    struct stat status {};
-    stat(fFile.c_str(), &status);
-    EXPECT_EQ(status.st_uid, 12345U);
-    EXPECT_EQ(status.st_gid, 54321U);
     SystemCallsDouble calls;
+    calls.PretendOwners();
+    SystemCallsDouble::SetOwner(fFile, {12345, 54321});
+    EXPECT_EQ(SaveSafely(fFile, "new"), SaveWarnings());
+    EXPECT_EQ(SystemCallsDouble::OwnerOf(fFile), (support::Owner{12345, 54321}));
     calls.FailNext("fchown", EPERM);
     EXPECT_EQ(
         SaveSafely(fFile, "newer"), SaveWarnings{"its owner could not be kept: it is yours now"});
-    stat(fFile.c_str(), &status);
-    EXPECT_EQ(status.st_uid, getuid());
-    EXPECT_EQ(status.st_gid, 54321U);
+    EXPECT_EQ(SystemCallsDouble::OwnerOf(fFile), (support::Owner{getuid(), 54321}));
 }
 
 TEST_F(SaveTraitsTest, AreNeverWiderWhileTheNewFileIsMade) {

@@ -1,0 +1,404 @@
+// Saves in folders of random files, with failing calls, kills and other programs, against a model
+// that knows what may stand there afterwards: names, bytes, owners, permissions, links and times.
+#include "pdfsettings/SafeSave.h"
+
+#include "tests/host/SystemCallsDouble.h"
+#include "tests/support/AccessList.h"
+#include "tests/support/Rounds.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <map>
+#include <random>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <utility>
+
+using namespace pdfsettings;
+using support::Owner;
+using support::SystemCallsDouble;
+
+namespace {
+
+constexpr gid_t kOurGroup = 2000;
+constexpr gid_t kForeignGroup = 3000;
+constexpr uid_t kOtherUser = 1234;
+constexpr char kLeftover[] = ".joboptions-00000000000000000000000000000000.new";
+
+// What can be seen of an item of a folder.
+struct Item {
+    std::string fBytes; // where a link leads
+    mode_t fMode = 0;   // with its kind
+    Owner fOwner{};
+    std::string fList;
+    std::string fNote; // an attribute
+    ino_t fFile = 0;
+    long fModified = 0; // nanoseconds
+
+    bool operator==(Item const&) const = default;
+};
+
+using Items = std::map<std::string, Item>;
+
+void PrintTo(Item const& item, std::ostream* out) {
+    *out << item.fBytes << " mode " << std::oct << item.fMode << std::dec << " owner "
+         << item.fOwner.fUser << ":" << item.fOwner.fGroup << " list "
+         << testing::PrintToString(item.fList) << " note " << item.fNote << " file " << item.fFile
+         << " at " << item.fModified;
+}
+
+Item LookAtItem(std::string const& path) {
+    struct stat status {};
+    EXPECT_EQ(lstat(path.c_str(), &status), 0);
+    bool const isLink = S_ISLNK(status.st_mode);
+    return {
+        isLink ? std::filesystem::read_symlink(path).string() : support::ReadBytes(path),
+        status.st_mode,
+        SystemCallsDouble::OwnerOf(path),
+        isLink ? "" : support::Attribute(path, support::kAccessList),
+        isLink ? "" : support::Attribute(path, "user.note"),
+        status.st_ino,
+        status.st_mtim.tv_sec * 1'000'000'000 + status.st_mtim.tv_nsec};
+}
+
+Items LookAtAll(support::TemporaryFolder const& folder) {
+    Items items;
+    for (auto const& entry : std::filesystem::directory_iterator(folder.Path())) {
+        items[entry.path().filename()] = LookAtItem(entry.path());
+    }
+    return items;
+}
+
+// Nobody but the owners, old and new, may do with an item what they could not do with old.
+void ExpectNoWiderAccess(Item const& item, Item const& old) {
+    for (uid_t const user : {uid_t{7777}, uid_t{8888}}) {
+        for (gid_t const group : {getegid(), kOurGroup, kForeignGroup, gid_t{4000}}) {
+            int const before =
+                support::RightsOf(user, group, old.fOwner.fGroup, old.fMode, old.fList);
+            int const now =
+                support::RightsOf(user, group, item.fOwner.fGroup, item.fMode, item.fList);
+            EXPECT_EQ(now & ~before, 0) << user << ":" << group << "\n"
+                                        << testing::PrintToString(old) << "\n"
+                                        << testing::PrintToString(item);
+        }
+    }
+}
+
+// One save in one folder.
+class World {
+public:
+    explicit World(unsigned seed) : fRandom(seed) {
+        fCalls.PretendOwners(std::set<gid_t>{getegid(), kOurGroup});
+        fHasOld = Below(8) != 0;
+        if (fHasOld) {
+            MakeRandomFile("a", "old");
+        } else if (Below(2) == 0) {
+            support::SetAttribute(fFolder.Path(), support::kDefaultList, RandomList(6));
+        }
+        MakeRandomFile("b", "other");
+        std::filesystem::create_symlink("a", fFolder / "link");
+        if (fHasOld && Below(3) == 0) {
+            std::filesystem::create_hard_link(fFolder / "a", fFolder / "hard");
+        }
+        if (Below(4) == 0) {
+            static char const* const kTexts[] = {"old", "new", "mine"};
+            MakeRandomFile(kLeftover, kTexts[Below(3)]);
+        }
+        fPath = fFolder / (Below(3) == 0 ? "link" : "a");
+        fBefore = LookAtAll(fFolder);
+    }
+
+    // The ways to run it; each checks what stands there afterwards.
+    void Save() {
+        Run();
+        CheckOthers();
+        bool const isReadOnly = fHasOld && (Old().fMode & S_IWUSR) == 0;
+        EXPECT_EQ(fMessage, isReadOnly ? "read-only" : "");
+        isReadOnly ? CheckUnchanged() : CheckSaved(/*isExact=*/true);
+    }
+
+    void SaveWithFailure() {
+        // The last one only once: a call that a signal interrupts is made again.
+        static int const kErrors[] = {EIO, ENOSPC, EPERM, EINVAL, EINTR};
+        fMayLeaveFiles = Below(4) == 0;
+        int const error = kErrors[Below(fMayLeaveFiles ? 4 : 5)];
+        fCalls.FailAt(1 + static_cast<int>(Below(80)), error, fMayLeaveFiles);
+        Run();
+        CheckOthers();
+        if (fMessage.find("kept as") != std::string::npos) {
+            EXPECT_TRUE(fMayLeaveFiles) << fMessage;
+            EXPECT_TRUE(std::ranges::any_of(fNow, [&](auto const& named) {
+                return IsHidden(named.first) && named.second == Old();
+            })) << fMessage;
+            return;
+        }
+        fMessage.empty() ? CheckSaved(!fCalls.HasFailed()) : CheckUnchanged();
+    }
+
+    // Whether the new file was in its place already.
+    bool SaveAndDie() {
+        fMayLeaveFiles = true;
+        int const moment = 1 + static_cast<int>(Below(80));
+        if (Below(2) == 0) {
+            fCalls.FailAlways("nameless", EOPNOTSUPP);
+        }
+        fCalls.AfterEach([end = fCalls.Count() + moment](int call) {
+            if (call == end) {
+                raise(SIGKILL);
+            }
+        });
+        pid_t const child = fork();
+        if (child == 0) {
+            Run();
+            _exit(0);
+        }
+        waitpid(child, nullptr, 0);
+        fCalls.AfterEach(nullptr);
+        fNow = LookAtAll(fFolder);
+        fMessage = "killed";
+        CheckOthers();
+        bool const isSaved = fNow.contains("a") && fNow["a"].fBytes == "new";
+        isSaved ? CheckNewFile(/*isExact=*/true) : CheckUnchanged();
+        return isSaved;
+    }
+
+    // Somebody takes all permissions of others, moves the file away or deletes it at a random call.
+    void SaveBesideAnother() {
+        unsigned long const kind = Below(3);
+        bool hasActed = false;
+        fCalls.AfterEach([&, end = fCalls.Count() + 1 + static_cast<int>(Below(80))](int call) {
+            if (call >= end && !std::exchange(hasActed, true)) {
+                Act(kind);
+            }
+        });
+        Run();
+        fCalls.AfterEach(nullptr);
+        if (fHasOld && hasActed && kind == 0) {
+            EXPECT_EQ(fNow["a"].fMode & 077U, 0U) << fMessage;
+            ExpectNoWiderAccess(fNow["a"], Old());
+        }
+        if (fHasOld && hasActed && kind == 1) {
+            EXPECT_TRUE(fNow["moved"].fFile == Old().fFile || fNow["moved"].fBytes == "new");
+            ExpectNoWiderAccess(fNow["moved"], Old());
+        }
+        for (auto const& [name, item] : fNow) {
+            bool const isFile = item.fFile == Old().fFile || IsHidden(name);
+            EXPECT_TRUE(isFile || name == "a" || name == "moved" || item == fBefore[name]) << name;
+        }
+    }
+
+private:
+    std::size_t Below(std::size_t end) { return fRandom() % end; }
+    char RandomRights() { return static_cast<char>(Below(8)); }
+
+    std::string RandomList(char ownerRights) {
+        return support::AccessList(
+            {ownerRights,
+             RandomRights(),
+             RandomRights(),
+             RandomRights(),
+             RandomRights(),
+             RandomRights()});
+    }
+
+    void MakeRandomFile(std::string const& name, std::string const& bytes) {
+        std::string const file = fFolder.Make(name, bytes);
+        char const ownerRights = Below(8) == 0 ? 4 : 6;
+        bool const hasList = Below(2) == 0;
+        if (Below(2) == 0) {
+            support::SetAttribute(file, "user.note", "note on " + bytes);
+        }
+        chmod(
+            file.c_str(),
+            static_cast<mode_t>(ownerRights << 6 | RandomRights() << 3 | RandomRights()));
+        if (hasList) {
+            support::SetAttribute(file, support::kAccessList, RandomList(ownerRights));
+        }
+        gid_t const groups[] = {getegid(), kOurGroup, kForeignGroup};
+        fCalls.SetOwner(file, {Below(4) == 0 ? kOtherUser : geteuid(), groups[Below(3)]});
+        timespec const times[] = {{1'000'000'000, 0}, {1'000'000'000, 0}};
+        utimensat(AT_FDCWD, file.c_str(), times, 0);
+    }
+
+    void Act(unsigned long kind) {
+        std::string const file = fFolder / "a";
+        if (kind == 0) {
+            chmod(file.c_str(), 0600);
+        } else if (kind == 1) {
+            rename(file.c_str(), (fFolder / "moved").c_str());
+        } else {
+            unlink(file.c_str());
+        }
+    }
+
+    void Run() {
+        long const descriptors = support::CountDescriptors();
+        try {
+            fWarnings = SaveSafely(
+                fPath,
+                "new",
+                fHasOld ? std::optional<std::string>("old") : std::nullopt,
+                {std::chrono::milliseconds(0), false});
+        } catch (Error const& error) {
+            fMessage = error.what();
+        }
+        fCalls.FailAt(-1, 0);
+        EXPECT_EQ(support::CountDescriptors(), descriptors);
+        fNow = LookAtAll(fFolder);
+    }
+
+    Item const& Old() { return fBefore["a"]; }
+
+    static bool IsHidden(std::string const& name) {
+        return name.starts_with(".joboptions-") && name.ends_with(".new");
+    }
+
+    bool IsWarned(std::string const& part) const {
+        return std::ranges::any_of(fWarnings, [&](std::string const& warning) {
+            return warning.find(part) != std::string::npos;
+        });
+    }
+
+    // All but the target.
+    void CheckOthers() {
+        for (auto const& [name, item] : fBefore) {
+            if (name != "a" && name != kLeftover) {
+                EXPECT_EQ(fNow[name], item) << name << " " << fMessage;
+            }
+        }
+        for (auto const& [name, item] : fNow) {
+            if (IsHidden(name) && name != kLeftover) {
+                EXPECT_TRUE(fMayLeaveFiles || IsWarned(name)) << name << " " << fMessage;
+                EXPECT_TRUE(item == Old() || std::string("new").starts_with(item.fBytes)) << name;
+                if (fHasOld) {
+                    ExpectNoWiderAccess(item, Old());
+                }
+            } else {
+                EXPECT_TRUE(name == "a" || fBefore.contains(name)) << name << " " << fMessage;
+            }
+        }
+        CheckLeftover();
+    }
+
+    // It goes only with bytes that are safe elsewhere.
+    void CheckLeftover() {
+        if (!fBefore.contains(kLeftover)) {
+            return;
+        }
+        Item const& before = fBefore[kLeftover];
+        if (fNow.contains(kLeftover)) {
+            EXPECT_EQ(fNow[kLeftover], before);
+            EXPECT_TRUE(fCalls.HasFailed() || !fMessage.empty() || IsWarned(kLeftover));
+        } else {
+            EXPECT_TRUE(before.fBytes == "new" || (before.fBytes == "old" && fHasOld));
+            EXPECT_EQ(fNow["a"].fBytes, "new");
+        }
+    }
+
+    void CheckUnchanged() {
+        EXPECT_EQ(fNow.contains("a"), fHasOld) << fMessage;
+        if (fHasOld) {
+            EXPECT_EQ(fNow["a"], Old()) << fMessage;
+        }
+    }
+
+    void CheckSaved(bool isExact) {
+        CheckNewFile(isExact);
+        if (isExact) {
+            SaveWarnings expected;
+            if (fHasOld && Old().fOwner.fUser != geteuid()) {
+                expected.emplace_back("its owner could not be kept: it is yours now");
+            }
+            if (fHasOld && Old().fOwner.fGroup == kForeignGroup) {
+                expected.emplace_back(
+                    "its group could not be kept: the group's permissions are gone");
+            }
+            if (fNow.contains(kLeftover)) {
+                expected.push_back(
+                    std::string("an interrupted save left ") + kLeftover +
+                    " in its folder; delete it if you do not need what it holds");
+            }
+            EXPECT_EQ(fWarnings, expected);
+        }
+    }
+
+    void CheckNewFile(bool isExact) {
+        Item& item = fNow["a"];
+        EXPECT_EQ(item.fBytes, "new");
+        EXPECT_NE(item.fFile, Old().fFile);
+        EXPECT_NE(item.fModified, Old().fModified);
+        EXPECT_EQ(item.fOwner.fUser, geteuid());
+        if (fHasOld) {
+            ExpectNoWiderAccess(item, Old());
+        }
+        if (isExact && fHasOld) {
+            CheckKept(item);
+        } else if (!fHasOld) {
+            CheckAsAnyNewFile(item);
+        }
+    }
+
+    void CheckKept(Item const& item) {
+        bool const hasGroup = Old().fOwner.fGroup != kForeignGroup;
+        EXPECT_EQ(item.fOwner.fGroup, hasGroup ? Old().fOwner.fGroup : getegid());
+        EXPECT_EQ(item.fNote, Old().fNote);
+        EXPECT_EQ(item.fMode & S_IRWXU, Old().fMode & S_IRWXU);
+        if (hasGroup) {
+            EXPECT_EQ(item.fMode, Old().fMode);
+            EXPECT_EQ(item.fList, Old().fList);
+        }
+    }
+
+    void CheckAsAnyNewFile(Item const& item) {
+        std::string const path = fFolder / "made";
+        close(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL, 0666));
+        Item const made = LookAtItem(path);
+        EXPECT_EQ(item.fMode, made.fMode);
+        EXPECT_EQ(item.fList, made.fList);
+    }
+
+    std::mt19937 fRandom;
+    support::TemporaryFolder fFolder;
+    SystemCallsDouble fCalls;
+    std::string fPath;
+    bool fHasOld = false;
+    bool fMayLeaveFiles = false;
+    Items fBefore;
+    Items fNow;
+    std::string fMessage;
+    SaveWarnings fWarnings;
+};
+
+template <class Work>
+void ForEachWorld(int usual, Work work) {
+    for (int seed = 0; seed < support::Rounds(usual) && !testing::Test::HasFailure(); ++seed) {
+        SCOPED_TRACE(seed);
+        World world(static_cast<unsigned>(seed));
+        work(world);
+    }
+}
+
+} // namespace
+
+TEST(SaveFolder, KeepsAllTraitsThatItMayAndTouchesNothingElse) {
+    ForEachWorld(500, [](World& world) { world.Save(); });
+}
+
+TEST(SaveFolder, IsAsItWasWhereACallFailsOrTheFileIsSavedWithNoWiderAccess) {
+    ForEachWorld(1000, [](World& world) { world.SaveWithFailure(); });
+}
+
+TEST(SaveFolder, HoldsTheOldFileOrTheNewOneWithAllTraitsAfterAKill) {
+    int saved = 0;
+    ForEachWorld(500, [&](World& world) { saved += world.SaveAndDie() ? 1 : 0; });
+    EXPECT_GT(saved, 10);
+}
+
+TEST(SaveFolder, LosesNothingOfWhatAnotherProgramDoesWithTheFile) {
+    ForEachWorld(1000, [](World& world) { world.SaveBesideAnother(); });
+}

@@ -1,0 +1,80 @@
+// Access control lists of files, as the system stores them: a version, and entries of a tag,
+// permissions and an id, 16, 16 and 32 bits each, the low byte first (linux/posix_acl_xattr.h).
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <string>
+#include <sys/types.h>
+#include <sys/xattr.h>
+
+namespace support {
+
+constexpr char kAccessList[] = "system.posix_acl_access";
+constexpr char kDefaultList[] = "system.posix_acl_default";
+
+// Whom lists of tests name.
+constexpr uid_t kNamedUser = 7777;
+constexpr gid_t kNamedGroup = 4000;
+
+// Permissions, rwx from the high bit on.
+struct Rights {
+    char fOwner;
+    char fNamedUser;
+    char fGroup;
+    char fNamedGroup;
+    char fMask;
+    char fOthers;
+};
+
+inline std::string AccessList(Rights const& rights) {
+    std::string list("\2\0\0\0", 4);
+    auto const add = [&list](char tag, char permissions, std::uint32_t id = 0xFFFFFFFF) {
+        list += {tag, 0, permissions, 0};
+        for (int byte = 0; byte < 4; ++byte) {
+            list += static_cast<char>(id >> (8 * byte));
+        }
+    };
+    add(0x01, rights.fOwner);
+    add(0x02, rights.fNamedUser, kNamedUser);
+    add(0x04, rights.fGroup);
+    add(0x08, rights.fNamedGroup, kNamedGroup);
+    add(0x10, rights.fMask);
+    add(0x20, rights.fOthers);
+    return list;
+}
+
+// What somebody who is not the owner, in one group, may do with a file: a list's user counts before
+// its groups, these before the others, and the mask cuts all but the others.
+inline int
+RightsOf(uid_t user, gid_t group, gid_t groupOfFile, mode_t mode, std::string const& list) {
+    if (list.empty()) {
+        return static_cast<int>(group == groupOfFile ? mode >> 3 & 7U : mode & 7U);
+    }
+    int const mask = list[4 + 4 * 8 + 2];
+    if (user == kNamedUser) {
+        return list[4 + 1 * 8 + 2] & mask;
+    }
+    bool const isInGroup = group == groupOfFile;
+    bool const isInNamed = group == kNamedGroup;
+    if (isInGroup || isInNamed) {
+        return ((isInGroup ? list[4 + 2 * 8 + 2] : 0) | (isInNamed ? list[4 + 3 * 8 + 2] : 0)) &
+               mask;
+    }
+    return list[4 + 5 * 8 + 2];
+}
+
+inline bool SetAttribute(std::string const& path, char const* name, std::string const& value) {
+    return setxattr(path.c_str(), name, value.data(), value.size(), 0) == 0;
+}
+
+// The value of an attribute; empty where there is none.
+inline std::string Attribute(std::string const& path, char const* name) {
+    std::string value(1000, '\0');
+    ssize_t const size = getxattr(path.c_str(), name, value.data(), value.size());
+    value.resize(static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
+    return value;
+}
+
+} // namespace support
