@@ -23,7 +23,7 @@ std::string const kWritten = "<<\r\n  /A 1\r\n>> setalembicorparams\r\ntail";
 
 // An ASCII text in UTF-16.
 std::u16string Wide(std::string const& text) {
-    return std::u16string(text.begin(), text.end());
+    return std::filesystem::path(text).u16string();
 }
 
 std::u16string Swapped(std::u16string text) {
@@ -60,8 +60,7 @@ private:
 int SetByTool(std::initializer_list<std::string> words) {
     std::string call = PDFSETTINGS_TOOL " set --wait 0.02 -q";
     for (std::string const& word : words) {
-        call += " ";
-        call += word;
+        call += " '" + word + "'";
     }
     call += " EmbedAllFonts=true";
     return WEXITSTATUS(std::system(call.c_str()));

@@ -137,8 +137,7 @@ TEST_F(Listing, IsEmptyWithoutFilesAndMakesTheUsersFolder) {
     EXPECT_TRUE(List().empty());
     EXPECT_TRUE(std::filesystem::is_directory(UserFolder()));
     EXPECT_FALSE(std::filesystem::exists(AdminFolder()));
-    std::string const folder = UserFolder().string();
-    std::u16string expected = u"\uFEFF" + std::u16string(folder.begin(), folder.end());
+    std::u16string expected = u"\uFEFF" + UserFolder().u16string();
     expected.push_back(0);
     EXPECT_EQ(expected, FolderUnits());
 }
@@ -259,7 +258,7 @@ TEST_F(Listing, LooksWherePreferencesLead) {
     EXPECT_TRUE(List().empty());
     EXPECT_TRUE(std::filesystem::is_directory(user));
     EXPECT_FALSE(std::filesystem::exists(admin));
-    std::u16string const marked = u"\uFEFF" + std::u16string(user.begin(), user.end()) + u"/";
+    std::u16string const marked = u"\uFEFF" + std::filesystem::path(user).u16string() + u"/";
     EXPECT_EQ(marked + std::u16string(1, u'\0'), FolderUnits());
     WriteBytes(user + "/u.joboptions", "");
     WriteBytes(admin + "/a.joboptions", "");

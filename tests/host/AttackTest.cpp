@@ -235,3 +235,21 @@ TEST_F(AttackTest, OneWhoHoldsTheLockOnlyDelaysASave) {
     }
     EXPECT_EQ(message, "another program is changing files in its folder; try again");
 }
+
+TEST_F(AttackTest, AsksForTheRightsOfTheEffectiveUser) {
+    MakeFolder("open", 0777, 0);
+    std::string const file = fFolder / "open/a";
+    ASSERT_EQ(chown(file.c_str(), 0, 0), 0);
+    chmod(file.c_str(), 0644);
+    std::string message;
+    ASSERT_EQ(seteuid(kAttacker), 0);
+    try {
+        SaveSafely(file, "new");
+    } catch (ReadOnlyError const& error) {
+        message = error.what();
+    }
+    EXPECT_TRUE(IsReadOnly(file));
+    EXPECT_EQ(seteuid(0), 0);
+    EXPECT_EQ(message, "read-only: Permission denied");
+    EXPECT_EQ(ReadBytes(file), "old");
+}

@@ -183,21 +183,6 @@ TEST_F(SafeSaveTest, RefusesWhatTheCallerMayNotWriteThoughTheFolderAllowsIt) {
     EXPECT_EQ(ReadBytes(file), "old");
 }
 
-TEST_F(SafeSaveTest, AsksForTheRightsOfTheEffectiveUser) {
-    constexpr uid_t kNobody = 65534;
-    std::string const file = fFolder.Make("a", "old");
-    chmod(file.c_str(), 0644);
-    chmod(fFolder.Path().c_str(), 0777);
-    if (seteuid(kNobody) != 0) {
-        GTEST_SKIP() << "only root can become another user";
-    }
-    std::string const message = Save(file, "new");
-    EXPECT_TRUE(IsReadOnly(file));
-    EXPECT_EQ(seteuid(0), 0);
-    EXPECT_EQ(message, "read-only: Permission denied");
-    EXPECT_EQ(ReadBytes(file), "old");
-}
-
 TEST_F(SafeSaveTest, RefusesAFileLargerThanASettingsFile) {
     std::string const file = fFolder.Make("a", "");
     std::filesystem::resize_file(file, (std::uintmax_t{256} << 20) + 1);

@@ -272,17 +272,20 @@ private:
             }
         }
         for (auto const& [name, item] : fNow) {
-            if (IsHidden(name) && name != kLeftover) {
-                EXPECT_TRUE(fMayLeaveFiles || IsWarned(name)) << name << " " << fMessage;
-                EXPECT_TRUE(item == Old() || std::string("new").starts_with(item.fBytes)) << name;
-                if (fHasOld) {
-                    ExpectNoWiderAccess(item, Old());
-                }
-            } else {
-                EXPECT_TRUE(name == "a" || fBefore.contains(name)) << name << " " << fMessage;
+            if (name != "a" && !fBefore.contains(name)) {
+                CheckAdded(name, item);
             }
         }
         CheckLeftover();
+    }
+
+    // What a save may leave behind.
+    void CheckAdded(std::string const& name, Item const& item) {
+        EXPECT_TRUE(IsHidden(name) && (fMayLeaveFiles || IsWarned(name))) << name << fMessage;
+        EXPECT_TRUE(item == Old() || std::string("new").starts_with(item.fBytes)) << name;
+        if (fHasOld) {
+            ExpectNoWiderAccess(item, Old());
+        }
     }
 
     // It goes only with bytes that are safe elsewhere.

@@ -50,19 +50,22 @@ inline std::string AccessList(Rights const& rights) {
 inline int
 RightsOf(uid_t user, gid_t group, gid_t groupOfFile, mode_t mode, std::string const& list) {
     if (list.empty()) {
-        return static_cast<int>(group == groupOfFile ? mode >> 3 & 7U : mode & 7U);
+        return static_cast<int>((group == groupOfFile ? mode >> 3 : mode) & 7U);
     }
-    int const mask = list[4 + 4 * 8 + 2];
+    // The entries in the order of the list.
+    auto const rights = [&list](std::size_t entry) {
+        return static_cast<unsigned char>(list[4 + entry * 8 + 2]);
+    };
+    int const mask = rights(4);
     if (user == kNamedUser) {
-        return list[4 + 1 * 8 + 2] & mask;
+        return rights(1) & mask;
     }
     bool const isInGroup = group == groupOfFile;
     bool const isInNamed = group == kNamedGroup;
     if (isInGroup || isInNamed) {
-        return ((isInGroup ? list[4 + 2 * 8 + 2] : 0) | (isInNamed ? list[4 + 3 * 8 + 2] : 0)) &
-               mask;
+        return ((isInGroup ? rights(2) : 0) | (isInNamed ? rights(3) : 0)) & mask;
     }
-    return list[4 + 5 * 8 + 2];
+    return rights(5);
 }
 
 inline bool SetAttribute(std::string const& path, char const* name, std::string const& value) {

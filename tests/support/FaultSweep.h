@@ -233,25 +233,23 @@ protected:
         return {get, [] {}, Reports::kAny};
     }
 
-    // The path in a buffer, in ASCII, without a mark at its head and a slash at its end. The buffer
-    // goes.
+    // The path in a buffer, without a mark at its head and a slash at its end. The buffer goes.
     std::string ReadPath(BIBSharedBuffer* buffer) const {
-        std::string path;
+        std::u16string units;
         if (buffer != nullptr) {
-            auto const* const units = static_cast<char16_t const*>(fBuffers.GetBuffer(buffer));
-            unsigned long const count = fBuffers.GetSize(buffer) / sizeof(char16_t);
-            for (char16_t const unit : std::u16string_view(units, count)) {
-                path += unit != 0 && unit < 0x80 ? std::string(1, static_cast<char>(unit)) : "";
-            }
+            units.assign(
+                static_cast<char16_t const*>(fBuffers.GetBuffer(buffer)),
+                fBuffers.GetSize(buffer) / sizeof(char16_t));
+            std::erase_if(units, [](char16_t unit) { return unit == 0 || unit == 0xFEFF; });
         }
         fBuffers.Release(buffer);
+        std::string const path = std::filesystem::path(units).string();
         return path.empty() || path.back() != '/' ? path : path.substr(0, path.size() - 1);
     }
 
     // Makes a buffer for the path of a file in the folder.
     BIBSharedBuffer* NewPath(std::string const& name) const {
-        std::string const path = fFolder / name;
-        return NewBuffer(std::u16string(path.begin(), path.end()));
+        return NewBuffer((fFolder.Path() / name).u16string());
     }
 
     BIBSharedBuffer* NewBuffer(std::u16string const& units) const {

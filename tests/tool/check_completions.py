@@ -32,7 +32,7 @@ def script(shell):
 def bash_offers(path, words):
     """The function of the script, called as bash calls it."""
     line = " ".join(f"'{word}'" for word in ["joboptions", *words])
-    command = (f"source {path}; COMP_WORDS=({line}); COMP_CWORD={len(words)}; _joboptions; "
+    command = (f"source '{path}'; COMP_WORDS=({line}); COMP_CWORD={len(words)}; _joboptions; "
                "printf '%s\\n' \"${COMPREPLY[@]}\"")
     return subprocess.run(
         ["bash", "-c", command], check=True, capture_output=True, text=True).stdout.split("\n")
@@ -40,7 +40,7 @@ def bash_offers(path, words):
 
 def fish_offers(path, words):
     """What fish itself offers; each line is an offer and its description."""
-    command = f"source {path}; complete -C 'joboptions {' '.join(words)}'"
+    command = f"source '{path}'; complete -C 'joboptions {' '.join(words)}'"
     lines = subprocess.run(
         ["fish", "--no-config", "-c", command], check=True, capture_output=True, text=True)
     return [line.split("\t")[0] for line in lines.stdout.split("\n")]
