@@ -99,9 +99,11 @@ void DocumentScanner::NoteKeyword() {
         "setalembicorparams stands inside a dictionary: a >> is missing before it");
 }
 
-// The name that the last entry has as its value; empty for a value of another kind.
+// The name that the last entry of the dictionary has as its value; empty for a value of another
+// kind.
 std::string_view DocumentScanner::NameTakenForValue() const {
-    bool const isName = !fEntries.empty() && fText.At(fEntries.back().value.begin) == '/';
+    bool const isName = !fEntries.empty() && fEntries.back().depth == fDepth &&
+                        fText.At(fEntries.back().value.begin) == '/';
     return isName ? fText.Bytes(fEntries.back().value) : std::string_view();
 }
 

@@ -5,6 +5,7 @@
 #include "pdfsettings/SettingsList.h"
 
 #include "tests/support/EnvironmentVariable.h"
+#include "tests/support/Rounds.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <csignal>
@@ -25,7 +26,6 @@ using support::ReadBytes;
 namespace {
 
 constexpr uid_t kAttacker = 12345;
-constexpr int kRounds = 300;
 constexpr SaveOptions kOptions{std::chrono::milliseconds(20), false};
 
 // Does the same again and again as another user, until it is destroyed.
@@ -96,7 +96,7 @@ protected:
     int Survive(std::function<void()> const& act, std::function<void()> const& save) const {
         Attacker const attacker(act);
         int saved = 0;
-        for (int round = 0; round < kRounds && !testing::Test::HasFailure(); ++round) {
+        for (int round = 0; round < support::Rounds(300) && !testing::Test::HasFailure(); ++round) {
             try {
                 save();
                 ++saved;

@@ -4,6 +4,7 @@
 #include "pdfsettings/Splice.h"
 
 #include "tests/support/Agreement.h"
+#include "tests/support/Rounds.h"
 
 #include <algorithm>
 #include <random>
@@ -14,38 +15,48 @@ namespace pdfsettings {
 
 namespace {
 
-constexpr int kTexts = 3000;
-
 // A value as it stands in a file, what the component makes of it, and what there is to find.
 struct Sample {
     std::string fText;
     Value fValue;
-    char const* fFinding; // null for nothing
-    bool fLeavesRest;     // behind the value, which only a dictionary passes over
+    char const* fFinding = nullptr; // with its message; null for nothing
+    bool fLeavesRest = false;       // behind the value, which only a dictionary passes over
 };
 
 std::vector<Sample> const& Samples() {
     static std::vector<Sample> const kSamples = {
-        {"12", 12.0, nullptr, false},
-        {"-1.5", -1.5, nullptr, false},
-        {"0x10", 16.0, nullptr, false},
-        {"/All", Word{"All"}, nullptr, false},
-        {"/A#", Word{"A#"}, nullptr, false},
-        {"true", Word{"true"}, nullptr, false},
-        {"()", String{""}, nullptr, false},
-        {"(a \\) / << % b)", String{"a \\) / << % b"}, nullptr, false},
-        {"(one\r\ntwo)", String{"one\r\ntwo"}, nullptr, false},
-        {"<FEFF 0041>", HexString{"FEFF 0041"}, nullptr, false},
-        {"010", 8.0, "octal", false},
-        {"(a(b)c)", String{"a(b"}, "nested-brackets", true},
-        {"(a\\\\\\)", String{"a\\\\\\"}, "backslashes", false},
-        {"<0 g>", HexString{"0 g"}, "bad-hex", false},
-        {"/ x", Word{" x"}, "odd-name", false},
-        {"12abc", 12.0, "stuck", true},
-        {"1e5", 1.0, "stuck", true},
-        {"08", 0.0, "stuck", true},
-        {"trueish", Word{"true"}, "stuck", true},
-        {"-", 0.0, "no-number", true},
+        {"12", 12.0},
+        {"-1.5", -1.5},
+        {"0x10", 16.0},
+        {"/All", Word{"All"}},
+        {"/A#", Word{"A#"}},
+        {"true", Word{"true"}},
+        {"()", String{""}},
+        {"(a \\) / << % b)", String{"a \\) / << % b"}},
+        {"(one\r\ntwo)", String{"one\r\ntwo"}},
+        {"<FEFF 0041>", HexString{"FEFF 0041"}},
+        {"010", 8.0, "octal: the leading 0 makes 010 octal, and it is read as 8: write 10"},
+        {"(a(b)c)",
+         String{"a(b"},
+         "nested-brackets: brackets do not nest, and the string ends at the first ): write \\( and "
+         "\\) inside",
+         true},
+        {"(a\\\\\\)",
+         String{"a\\\\\\"},
+         "backslashes: only a backslash alone escapes a ): behind three of them the string ends"},
+        {"<0 g>",
+         HexString{"0 g"},
+         "bad-hex: a hexadecimal string holds digits 0 to 9 and A to F only"},
+        {"/ x", Word{" x"}, "odd-name: a name begins with a blank or a delimiter"},
+        {"12abc", 12.0, "stuck: \"12abc\" is read as 12: remove \"abc\"", true},
+        {"1e5",
+         1.0,
+         "stuck: \"1e5\" is read as 1, for an exponent needs a point: write 1.0e5",
+         true},
+        {"1,5", 1.0, "stuck: \"1,5\" is read as 1: write 1.5, or leave the comma out", true},
+        {"08", 0.0, "stuck: \"08\" is read as 0, for a leading 0 makes it octal: write 8", true},
+        {"trueish", Word{"true"}, "stuck: \"trueish\" is read as true: remove \"ish\"", true},
+        {"-", 0.0, "no-number: a sign without digits is read as 0", true},
     };
     return kSamples;
 }
@@ -89,17 +100,23 @@ private:
         return {begin, fText.size()};
     }
 
-    void Find(char const* id, Span span) {
-        fFindings.push_back(std::to_string(span.begin) + "-" + std::to_string(span.end) + " " + id);
+    void Find(std::string const& finding, Span span) {
+        fFindings.push_back(
+            std::to_string(span.begin) + "-" + std::to_string(span.end) + " " + finding);
     }
 
     Dictionary Settings(std::string const& prefix, int depth) {
         Dictionary values;
+        fName.clear();
         Separate();
         for (std::size_t count = 1 + Below(4); count > 0; --count) {
             // What is passed over already is found once.
             if (!fHasRest && Below(8) == 0) {
-                Find("stray", Add("junk"));
+                Find(
+                    "stray: \"junk\" is passed over: " +
+                        (fName.empty() ? "it belongs to no key, or is a / missing before it?"
+                                       : fName + " is read as the value of the key before it"),
+                    Add("junk"));
                 Separate(/*isAfterRest=*/true);
             }
             bool const isLast = count == 1;
@@ -115,11 +132,14 @@ private:
         Span const span = Add("/" + key);
         fHasRest = false;
         if (values.Get(key) != nullptr) {
-            Find("duplicate", span);
+            Find("duplicate: /" + key + " stands here again: the value before is lost", span);
             Forget(prefix + key);
         }
         Separate();
-        values.Set(key, AddValue(prefix + key, span, depth, mayLeaveRest));
+        Value const value = AddValue(prefix + key, span, depth, mayLeaveRest);
+        fName = value.If<Word>() != nullptr ? fText.substr(fEntries.back().fValue.begin) : "";
+        fName = fName.starts_with('/') ? fName : "";
+        values.Set(key, value);
     }
 
     // What a lost value holds is lost too.
@@ -180,6 +200,7 @@ private:
 
     std::mt19937 fRandom;
     bool fHasRest = false;
+    std::string fName; // the last value, if it is one
 };
 
 std::vector<std::string> FindingsOf(Document const& document) {
@@ -188,7 +209,7 @@ std::vector<std::string> FindingsOf(Document const& document) {
         EXPECT_EQ(finding.severity, Severity::kWarning);
         findings.push_back(
             std::to_string(finding.span.begin) + "-" + std::to_string(finding.span.end) + " " +
-            finding.id);
+            finding.id + ": " + finding.message);
     }
     return findings;
 }
@@ -202,8 +223,8 @@ Dictionary WithoutTail(Dictionary values) {
 
 TEST(DocumentModel, FindsWhatAGeneratorPutIn) {
     Component const component;
-    for (unsigned seed = 0; seed < kTexts && !testing::Test::HasFailure(); ++seed) {
-        Generator const made(seed);
+    for (int seed = 0; seed < support::Rounds(3000) && !testing::Test::HasFailure(); ++seed) {
+        Generator const made(static_cast<unsigned>(seed));
         SCOPED_TRACE(made.fText);
         Document const document(made.fText);
         ASSERT_EQ(document.WhyRefused(), Refusal::kNone);
@@ -224,8 +245,8 @@ TEST(DocumentModel, FindsWhatAGeneratorPutIn) {
 }
 
 TEST(DocumentModel, ChangesNothingButTheValueThatIsSet) {
-    for (unsigned seed = 0; seed < kTexts && !testing::Test::HasFailure(); ++seed) {
-        Generator made(seed);
+    for (int seed = 0; seed < support::Rounds(3000) && !testing::Test::HasFailure(); ++seed) {
+        Generator made(static_cast<unsigned>(seed));
         SCOPED_TRACE(made.fText);
         Known const& known = made.fEntries[made.Below(made.fEntries.size())];
         if (known.fIsWhole) {

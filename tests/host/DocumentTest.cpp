@@ -3,6 +3,7 @@
 
 #include "tests/support/Agreement.h"
 #include "tests/support/GeneratedTexts.h"
+#include "tests/support/Rounds.h"
 #include "tests/support/SmallStack.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -81,7 +82,7 @@ TEST(Document, AgreesWithTheComponentOnGeneratedTexts) {
     Component const component;
     support::GeneratedTexts texts(kGood);
     std::size_t readable = 0;
-    for (int i = 0; i < 100000 && !HasFailure(); ++i) {
+    for (int i = 0; i < support::Rounds(100000) && !HasFailure(); ++i) {
         readable += ExpectAgreement(component, texts.Next()) ? 1U : 0U;
     }
     EXPECT_GT(readable, 10000U);

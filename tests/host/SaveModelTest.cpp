@@ -3,6 +3,7 @@
 #include "pdfsettings/SafeSave.h"
 
 #include "tests/host/SystemCallsDouble.h"
+#include "tests/support/Rounds.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <algorithm>
@@ -309,8 +310,8 @@ TEST(SaveModel, AKillAfterAnyCallLeavesOldOrNewBytesWhole) {
 
 TEST(SaveModel, AKillBesideAnotherWriterLeavesEverybodysBytes) {
     int exchanged = 0;
-    for (unsigned seed = 0; seed < 600 && !testing::Test::HasFailure(); ++seed) {
-        exchanged += CheckKillBesideAnotherWriter(seed) ? 1 : 0;
+    for (int seed = 0; seed < support::Rounds(600) && !testing::Test::HasFailure(); ++seed) {
+        exchanged += CheckKillBesideAnotherWriter(static_cast<unsigned>(seed)) ? 1 : 0;
     }
     EXPECT_GT(exchanged, 0) << "none was killed between the exchanges";
 }
@@ -329,8 +330,8 @@ TEST(SaveModel, EveryFailingCallGivesTheOldBytesWithAReasonOrTheNewOnes) {
 TEST(SaveModel, BytesOfOthersAreNeverLostWhateverTheyDoBetweenTheCalls) {
     int conflicts = 0;
     int kept = 0;
-    for (unsigned seed = 0; seed < 3000 && !testing::Test::HasFailure(); ++seed) {
-        std::string const message = CheckOthersBytes(seed);
+    for (int seed = 0; seed < support::Rounds(3000) && !testing::Test::HasFailure(); ++seed) {
+        std::string const message = CheckOthersBytes(static_cast<unsigned>(seed));
         conflicts += message.starts_with("changed") ? 1 : 0;
         kept += message.find("kept as") != std::string::npos ? 1 : 0;
     }

@@ -3,6 +3,7 @@
 
 #include "pdfsettings/Path.h"
 #include "tests/support/GeneratedTexts.h"
+#include "tests/support/Rounds.h"
 
 #include <gtest/gtest.h>
 
@@ -112,7 +113,7 @@ std::size_t ExpectChanges(Document const& document) {
 TEST(Splice, DoesWhatIsAskedInGeneratedTexts) {
     support::GeneratedTexts texts(kGood);
     std::size_t changes = ExpectChanges(Document(kGood));
-    for (int i = 0; i < 10000 && !testing::Test::HasFailure(); ++i) {
+    for (int i = 0; i < support::Rounds(10000) && !testing::Test::HasFailure(); ++i) {
         Document const document(texts.Next());
         changes += IsSound(document) ? ExpectChanges(document) : 0;
     }

@@ -5,11 +5,11 @@
 #include <vector>
 
 #include "RuntimeFixture.h"
+#include "tests/support/Rounds.h"
 
 namespace runtimetest {
 namespace {
 
-constexpr int kRounds = 200;
 constexpr int kSteps = 200;
 
 class ModelTest : public RuntimeTest {
@@ -128,7 +128,7 @@ protected:
 };
 
 TEST_F(DictModelTest, BehavesLikeAListOfEntries) {
-    for (int round = 0; round < kRounds && !HasFatalFailure(); ++round) {
+    for (int round = 0; round < support::Rounds(200) && !HasFatalFailure(); ++round) {
         Held const dict(Dicts().NewPOSDict());
         Held const cursor(Cursors().NewPOSDictIterator(dict));
         Cursors().Begin(cursor);
@@ -183,7 +183,7 @@ protected:
 };
 
 TEST_F(ArrayModelTest, BehavesLikeAVector) {
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < support::Rounds(200); ++round) {
         Held const array(Arrays().NewPOSArray());
         std::vector<double> model;
         bool isWhole = true;
@@ -232,7 +232,7 @@ protected:
 };
 
 TEST_F(StreamModelTest, BehavesLikeAString) {
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < support::Rounds(200); ++round) {
         Held const held(NewMemoryStream());
         StreamMethods const stream(held);
         std::string model;

@@ -10,6 +10,8 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/Rounds.h"
+
 namespace platform {
 
 namespace {
@@ -61,7 +63,7 @@ TEST(NumberText, ReadsAsTheCLibraryDoesInItsOwnLocale) {
 TEST(NumberText, AgreesWithTheCLibraryOnRandomTokens) {
     std::mt19937 random(1); // NOLINT(cert-msc51-cpp): the same tokens in every run
     std::string const alphabet = "0012356789..--xXeEpPaf+";
-    for (int round = 0; round < 100000; ++round) {
+    for (int round = 0; round < support::Rounds(100000); ++round) {
         std::string token(1, "-0123456789"[random() % 11]);
         for (auto length = random() % 12; length > 0; --length) {
             token += alphabet[random() % alphabet.size()];
