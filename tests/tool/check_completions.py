@@ -46,6 +46,16 @@ def fish_offers(path, words):
     return [line.split("\t")[0] for line in lines.stdout.split("\n")]
 
 
+def zsh_offers(path, words):
+    """What the function of the script hands to zsh, which takes what begins with the word."""
+    line = " ".join(f"'{word}'" for word in ["joboptions", *words])
+    command = ("compdef() {}; compadd() { print -l -- $@; }; _files() { print FILES; }; "
+               "_describe() { print -l -- ${${(P)2}%%:*}; }; compset() { PREFIX=${PREFIX#*=}; }; "
+               f"source '{path}'; words=({line}); CURRENT={len(words) + 1}; PREFIX='{words[-1]}'; _joboptions")
+    lines = subprocess.run(["zsh", "-f", "-c", command], check=True, capture_output=True, text=True)
+    return [line for line in lines.stdout.split("\n") if line.startswith(words[-1].split("=")[-1])]
+
+
 def check(shell, offers, words, wanted, unwanted):
     missing = [word for word in wanted if word not in offers]
     wrong = [word for word in unwanted if word in offers]
@@ -67,6 +77,7 @@ def main():
         for words, wanted, unwanted in CASES:
             failures += check("bash", bash_offers(paths["bash"], words), words, wanted, unwanted)
             failures += check("fish", fish_offers(paths["fish"], words), words, wanted, unwanted)
+            failures += check("zsh", zsh_offers(paths["zsh"], words), words, wanted, unwanted)
         # Assignments: bash makes three words of them.
         words = ["set", "f", "AutoRotatePages", "=", "/P"]
         failures += check("bash", bash_offers(paths["bash"], words), words, ["/PageByPage"], ["/All"])
@@ -75,6 +86,7 @@ def main():
         words = ["set", "f", "AutoRotatePages=/P"]
         failures += check(
             "fish", fish_offers(paths["fish"], words), words, ["AutoRotatePages=/PageByPage"], [])
+        failures += check("zsh", zsh_offers(paths["zsh"], words), words, ["/PageByPage"], ["/All"])
     return 1 if failures else 0
 
 

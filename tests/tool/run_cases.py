@@ -11,8 +11,9 @@ its body, '#' lines before the first directive are comments:
   @link NAME PLACE  makes a link that leads to a place in the case's folder
   @mtime NAME TIME  lets it have changed last so many seconds after 1970
   @run ARGS...      runs the program; the body is the expected standard output. In front of it:
-  @stdin NAME         for the next run: standard input comes from that file (else it is empty)
+  @stdin PATH         for the next run: standard input comes from there (else it is empty)
   @stdout-to PATH     for the next run: standard output goes there
+  @largest SIZE       for the next run: no file may grow beyond so many bytes
                     and behind it:
   @stderr             the body is the expected standard error (else none)
   @stderr-lines N     it has so many lines, whatever they say
@@ -27,6 +28,7 @@ so does ADMIN in names, and ADMIN/ in files.
 import difflib
 import os
 import re
+import resource
 import shlex
 import shutil
 import subprocess
@@ -58,6 +60,7 @@ class Run:
         self.status = 0
         self.stdin_from = os.devnull
         self.stdout_to = None
+        self.largest = None
 
 
 def parse(path):
@@ -86,12 +89,13 @@ def parse(path):
         elif directive == "link":
             name, _, place = argument.rpartition(" ")
             links[name] = place
-        elif directive in ("stdin", "stdout-to"):
+        elif directive in ("stdin", "stdout-to", "largest"):
             pending[directive] = argument
         elif directive == "run":
             runs.append(Run(argument, decode(body)))
             runs[-1].stdin_from = pending.pop("stdin", os.devnull)
             runs[-1].stdout_to = pending.pop("stdout-to", None)
+            runs[-1].largest = pending.pop("largest", None)
         elif directive == "stderr":
             runs[-1].stderr = decode(body)
         elif directive == "stderr-lines":
@@ -137,12 +141,21 @@ def execute(program, run, places):
     """The differences between what a run gives and what is expected."""
     environment = {key: os.environ[key] for key in os.environ if key != "NO_COLOR"}
     environment.update(
-        LC_ALL="C", TZ="UTC", HOME=os.getcwd(), XDG_DATA_HOME=os.path.join(os.getcwd(), "data"),
+        LC_ALL="C", TZ="EAT-3", HOME=os.getcwd(), XDG_DATA_HOME=os.path.join(os.getcwd(), "data"),
         XDG_CONFIG_HOME=os.path.join(os.getcwd(), "config"))
-    with open(run.stdin_from, "rb") as stdin, open(run.stdout_to or os.devnull, "wb") as stdout:
+
+    def limit_files():
+        if run.largest:
+            resource.setrlimit(resource.RLIMIT_FSIZE, (int(run.largest), resource.RLIM_INFINITY))
+
+    # A folder can be standard input too, but Python opens none.
+    stdin = os.open(run.stdin_from, os.O_RDONLY)
+    with open(run.stdout_to or os.devnull, "wb") as stdout:
         result = subprocess.run(
             [program.encode(), *run.arguments], stdin=stdin, env=environment, timeout=TIME_LIMIT,
-            stdout=stdout if run.stdout_to else subprocess.PIPE, stderr=subprocess.PIPE, check=False)
+            stdout=stdout if run.stdout_to else subprocess.PIPE, stderr=subprocess.PIPE, check=False,
+            preexec_fn=limit_files)
+    os.close(stdin)
     stdout, stderr = result.stdout or b"", result.stderr
     for place, name in places.items():
         stdout, stderr = (text.replace(place.encode(), name) for text in (stdout, stderr))

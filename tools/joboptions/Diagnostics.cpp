@@ -14,7 +14,6 @@
 #include <fmt/format.h>
 #include <optional>
 #include <regex>
-#include <set>
 
 namespace joboptions {
 
@@ -108,31 +107,18 @@ bool IsOfNumber(Difference const& difference) {
     return isNumber(difference.before) && isNumber(difference.after);
 }
 
-// Where the values begin that the document finds rounded: that is said once.
-std::set<std::size_t> FoundRounded(Document const& document) {
-    std::set<std::size_t> begins;
-    for (auto const& finding : document.Findings()) {
-        if (finding.id == "rounded") {
-            begins.insert(finding.span.begin);
-        }
-    }
-    return begins;
-}
-
 std::vector<Diagnostic> RoundedNumbers(
     Document const& document,
     pdfsettings::Dictionary const& before,
     pdfsettings::Dictionary const& after) {
     std::vector<Diagnostic> diagnostics;
-    auto const found = FoundRounded(document);
     for (Difference const& difference : Compare(before, after)) {
-        Span const span = SpanOf(document, difference.path);
-        if (IsOfNumber(difference) && !found.contains(span.begin)) {
+        if (IsOfNumber(difference)) {
             diagnostics.push_back(MakeDiagnostic(
                 document,
                 Severity::kWarning,
                 "rounded",
-                span,
+                SpanOf(document, difference.path),
                 difference.path,
                 fmt::format(
                     "{} is written as {}",
