@@ -173,6 +173,7 @@ TEST_F(JoboptionsReader, EndsATextAtAShortRead) {
         std::string const fText;
         std::size_t fAt = 0;
         unsigned long fMost = 0;
+        int fReads = 0;
     };
     BIBClientStreamProcs procs{};
     procs.read = [](void* source, unsigned long* count, unsigned char* buffer, unsigned long size) {
@@ -180,6 +181,7 @@ TEST_F(JoboptionsReader, EndsATextAtAShortRead) {
         std::string const part = self.fText.substr(self.fAt, std::min(size, self.fMost));
         std::copy(part.begin(), part.end(), buffer);
         self.fAt += * count = part.size();
+        ++self.fReads;
         return static_cast<BIBError*>(nullptr);
     };
     procs.mark = [](void* source, unsigned long* position) {
@@ -199,6 +201,7 @@ TEST_F(JoboptionsReader, EndsATextAtAShortRead) {
         AddRef(stream);
         PDFSettings* const settings = fNewFromStream(stream, "");
         EXPECT_EQ(most == 1024, settings != nullptr);
+        EXPECT_EQ(most == 1024 ? 2 : 1, source.fReads);
         AddRef(settings);
         Release(settings);
         Release(stream);

@@ -50,6 +50,18 @@ TEST_F(BIBErrorHandle, IsInvalidByDefaultAndSaysSo) {
     EXPECT_EQ(nullptr, static_cast<BIBError*>(copy));
 }
 
+TEST_F(BIBErrorHandle, LeavesTheMessageToTheError) {
+    unsigned long const before = bibrt::CountLive().fAtoms;
+    {
+        CBIBError const error("a message of its own", "component", 5, nullptr, nullptr);
+        EXPECT_STREQ("a message of its own", error.what());
+        EXPECT_EQ(before + 2, bibrt::CountLive().fAtoms);
+        EXPECT_STREQ("a message of its own", error.what());
+        EXPECT_EQ(before + 2, bibrt::CountLive().fAtoms);
+    }
+    EXPECT_EQ(before, bibrt::CountLive().fAtoms);
+}
+
 TEST_F(BIBErrorHandle, AdoptsCopiesThrowsAndAssignsWithOneReferenceEach) {
     try {
         BIBThrowError(NewError());

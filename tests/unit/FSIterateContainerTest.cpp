@@ -133,6 +133,13 @@ TEST_F(Iteration, VisitsTheItemThatComesWithTheEnd) {
     EXPECT_EQ(1U, WalkFailing(second, ioErr, ioErr, true));
 }
 
+TEST_F(Iteration, PassesOverAnItemThatCannotBeLookedAt) {
+    fFolder.Make("a", "");
+    std::filesystem::create_symlink(std::string(300, 'x'), fFolder / "b");
+    fFolder.Make("c", "");
+    EXPECT_EQ(2U, WalkFailing(0, noErr, noErr));
+}
+
 TEST_F(Iteration, IsDeniedByFoldersThatMayNotBeRead) {
     FSRef const closed{fFolder.Path().string()};
     chmod(closed.path.c_str(), 0);

@@ -7,6 +7,7 @@
 #include <fcntl.h>
 #include <linux/fs.h>
 #include <sys/ioctl.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include "tests/support/TemporaryFolder.h"
@@ -244,6 +245,23 @@ TEST_F(FileManager, MovesAllBytesOrFails) {
     EXPECT_EQ(paramErr, FSGetForkSize(-1, &size));
     EXPECT_EQ(paramErr, FSReadFork(-1, fsFromStart, 0, 1, bytes, &count));
     EXPECT_EQ(paramErr, FSCloseFork(-1));
+}
+
+TEST_F(FileManager, FindsTheDiskFullWhereAFileMayNotGrowAndKeepsTheHostsSignals) {
+    FSRef const ref{fFolder.Make("file", "0123456789")};
+    FSIORefNum fork = -1;
+    ASSERT_EQ(noErr, FSOpenFork(&ref, 0, nullptr, fsRdWrPerm, &fork));
+    rlimit before{};
+    getrlimit(RLIMIT_FSIZE, &before);
+    rlimit const limit{10, before.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &limit);
+    OSErr const error = FSWriteFork(fork, fsFromLEOF, 0, 3, "abc", nullptr);
+    setrlimit(RLIMIT_FSIZE, &before);
+    EXPECT_EQ(dskFulErr, error);
+    EXPECT_EQ(noErr, FSCloseFork(fork));
+    sigset_t blocked;
+    EXPECT_EQ(0, pthread_sigmask(SIG_SETMASK, nullptr, &blocked));
+    EXPECT_EQ(0, sigismember(&blocked, SIGXFSZ));
 }
 
 // A file server may hold a lease on a file that its clients have open.
