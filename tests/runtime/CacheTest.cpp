@@ -97,6 +97,11 @@ TEST_F(CacheTest, PurgesWhatWasUsedLongestAgoAndIsUnlocked) {
     EXPECT_EQ(fPurged[2], 1);
     fCache.DeleteCachePurge(purge);
     fCache.DeleteCachePurge(nullptr);
+    // What was used last when a purge began is part of it.
+    BIBCachePurge* const all = fCache.NewCachePurge();
+    EXPECT_NE(fCache.PurgeNextBlock(all, nullptr), 0);
+    EXPECT_EQ(fPurged[2], 2);
+    fCache.DeleteCachePurge(all);
 }
 
 TEST_F(CacheTest, ASetHoldsIdsButNoReference) {

@@ -111,8 +111,11 @@ TEST_F(ContainersTest, HoldsFurtherInstancesByName) {
         TakeMessage(Containers().NGetInstance(&found, container, Atom("Third"))),
         "no such instance");
     EXPECT_EQ(found, nullptr);
+    Atom const name("First");
+    unsigned long const atoms = bibrt::CountLive().fAtoms;
     Containers().DeleteUnownedContainer(container);
     EXPECT_EQ(first + second, 2);
+    EXPECT_EQ(bibrt::CountLive().fAtoms, atoms - 2) << "the type and the second name";
 }
 
 TEST_F(ContainersTest, AValueTakesFurtherInstancesToo) {

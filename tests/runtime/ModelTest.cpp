@@ -1,7 +1,10 @@
 // Collections, cursors and streams against standard containers, under random operations of which
 // some have no memory.
 #include <algorithm>
+#include <deque>
+#include <map>
 #include <random>
+#include <utility>
 #include <vector>
 
 #include "RuntimeFixture.h"
@@ -242,6 +245,104 @@ TEST_F(StreamModelTest, BehavesLikeAString) {
         }
         stream.Seek(0, 0);
         ASSERT_EQ(stream.Read(model.size() + 1), model);
+    }
+}
+
+// Which atoms there are: those that are held, and those that were released last, in that order.
+class AtomModelTest : public ModelTest {
+protected:
+    static constexpr std::size_t kMostReleased = 1024;
+
+    // Makes the released atoms known.
+    void SetUp() override {
+        ModelTest::SetUp();
+        for (std::size_t i = 0; i < kMostReleased; ++i) {
+            std::string const text = "first" + std::to_string(i);
+            BIBStringAtom* const atom = Atoms().NewStringAtom(text.c_str());
+            Atoms().DeleteStringAtom(atom);
+            fReleased.emplace_back(text, atom);
+        }
+        fOthers = bibrt::CountLive().fAtoms;
+    }
+    void TearDown() override {
+        while (!fHeld.empty()) {
+            ReleaseOne();
+        }
+        ModelTest::TearDown();
+    }
+
+    void Take() {
+        std::string const text = std::to_string(Random(3000));
+        auto const held = fHeld.find(text);
+        auto const released =
+            std::ranges::find(fReleased, text, &std::pair<std::string, BIBStringAtom*>::first);
+        bool const isThere = held != fHeld.end() || released != fReleased.end();
+        bool const hasNoMemory = Random(3) == 0;
+        if (hasNoMemory) {
+            bibrt::FailAllocation(1, /*andAllLater=*/true);
+        }
+        BIBStringAtom* const atom = Atoms().NewStringAtom(text.c_str());
+        bibrt::ResetFailures();
+        if (hasNoMemory && !isThere) {
+            ASSERT_EQ(atom, nullptr) << text;
+            return;
+        }
+        ASSERT_STREQ(Atoms().GetCString(atom), text.c_str());
+        if (held != fHeld.end()) {
+            ASSERT_EQ(atom, held->second.fAtom);
+            ++held->second.fReferences;
+            return;
+        }
+        if (released != fReleased.end()) {
+            ASSERT_EQ(atom, released->second);
+            fReleased.erase(released);
+        }
+        fHeld[text] = {atom, 1};
+    }
+
+    void ReleaseOne() {
+        auto const held =
+            std::next(fHeld.begin(), static_cast<std::ptrdiff_t>(Random(fHeld.size())));
+        Atoms().DeleteStringAtom(held->second.fAtom);
+        if (--held->second.fReferences > 0) {
+            return;
+        }
+        fReleased.emplace_back(held->first, held->second.fAtom);
+        fHeld.erase(held);
+        if (fReleased.size() > kMostReleased) {
+            fReleased.pop_front();
+        }
+    }
+
+    void AddOne() {
+        auto const held =
+            std::next(fHeld.begin(), static_cast<std::ptrdiff_t>(Random(fHeld.size())));
+        Atoms().AddRef(held->second.fAtom);
+        ++held->second.fReferences;
+    }
+
+    struct Held {
+        BIBStringAtom* fAtom;
+        int fReferences;
+    };
+
+    std::map<std::string, Held> fHeld;
+    std::deque<std::pair<std::string, BIBStringAtom*>> fReleased;
+    unsigned long fOthers = 0;
+};
+
+TEST_F(AtomModelTest, BehavesLikeAMapOfTextsAndAQueueOfThoseReleasedLast) {
+    for (int step = 0; step < support::Rounds(20000) && !HasFatalFailure(); ++step) {
+        bool const isFull = fHeld.size() > 200;
+        unsigned long const kind = fHeld.empty() ? 0 : Random(isFull ? 4 : 8);
+        if (kind == 1) {
+            AddOne();
+        } else if (kind == 2 || kind == 3) {
+            ReleaseOne();
+        } else {
+            Take();
+        }
+        ASSERT_EQ(bibrt::CountLive().fAtoms, fOthers + fHeld.size());
     }
 }
 

@@ -32,6 +32,7 @@ struct HostData {
     unsigned long fPosition = 0;
     int fDeleted = 0;
     bool fThrows = false;
+    bool fLosesAll = false; // when it is read
 };
 
 HostData& DataOf(void* clientData) {
@@ -42,6 +43,10 @@ BIBError* HostRead(void* data, unsigned long* count, unsigned char* buffer, unsi
     HostData& host = DataOf(data);
     if (host.fThrows) {
         throw 7;
+    }
+    if (host.fLosesAll) {
+        host.fBytes.clear();
+        return Errors().NewError("host lost all", "host", 1, nullptr, nullptr);
     }
     *count = host.fBytes.copy(reinterpret_cast<char*>(buffer), size, host.fPosition);
     host.fPosition += *count;
@@ -258,6 +263,10 @@ TEST_F(StreamsTest, ClientStreamPassesErrorsAndExceptionsOn) {
     data.fThrows = false;
     EXPECT_EQ(second.Read(9), "bytes");
     EXPECT_EQ(data.fPosition, 3U);
+    // The way back fails too.
+    Held const third(Second(methods));
+    data.fLosesAll = true;
+    EXPECT_EQ(StreamMethods(third).Read(1), "host lost all");
 }
 
 TEST_F(StreamsTest, ClientLevelsServeTheirMethodsAndMissingProceduresAreErrors) {
