@@ -173,6 +173,8 @@ TEST_F(ContainersTest, ParentsFormNoCircle) {
     EXPECT_EQ(declare("C", "A"), circle);
     EXPECT_EQ(declare("A", "C"), "the signature has another parent");
     Unregister("A");
+    EXPECT_EQ(declare("A", "D"), "") << "the parent goes with the interface";
+    Unregister("A");
     Unregister("B");
 }
 

@@ -1,3 +1,5 @@
+#include <thread>
+
 #include "RuntimeFixture.h"
 
 namespace runtimetest {
@@ -78,6 +80,21 @@ TEST_F(RegistryTest, ErrorsGoToTheChannelThatWasSet) {
     EXPECT_EQ(report("second"), 1);
     EXPECT_EQ(::testing::internal::GetCapturedStderr(), "second\n");
     EXPECT_EQ(shown, "first;");
+}
+
+TEST_F(RegistryTest, ThreadsFindWhatIsThereWhileOthersRegister) {
+    ASSERT_NE(Register("Hosts", "A", &gSomething), 0);
+    std::thread other([&] {
+        for (int i = 0; i < 2000; ++i) {
+            Register("Others", std::to_string(i).c_str(), &gSomething);
+        }
+        Unregister("Others");
+    });
+    for (int i = 0; i < 2000; ++i) {
+        EXPECT_EQ(BIBRuntimeLookup("Hosts", "A", "Proc"), &gSomething);
+    }
+    other.join();
+    Unregister("Hosts");
 }
 
 TEST_F(RegistryTest, RuntimeIsMultiThreaded) {
