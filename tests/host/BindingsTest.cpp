@@ -1,7 +1,9 @@
 #include "host/detail/Bindings.h"
+#include "host/detail/Ref.h"
 
 #include "api/BIBRuntime.h"
 #include "pdfsettings/Error.h"
+#include "runtime/Diagnostics.h"
 
 #include <cstring>
 #include <gtest/gtest.h>
@@ -56,4 +58,13 @@ TEST(Bindings, AMissingRowIsNamed) {
     for (auto const& [missing, message] : cases) {
         EXPECT_EQ(MessageWithout(missing), message);
     }
+}
+
+TEST(Bindings, AnObjectThatCannotBeOwnedIsDeleted) {
+    gMissingOperation = nullptr;
+    detail::Bindings tables(&LookupWithoutOne);
+    bibrt::LiveCounts const live = bibrt::CountLive();
+    tables.containers.AddRef = [](BIBContainer* /*container*/) { return 0L; };
+    EXPECT_THROW(detail::Share(tables, tables.dicts.NewPOSDict()), Error);
+    EXPECT_EQ(live, bibrt::CountLive());
 }

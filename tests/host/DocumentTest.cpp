@@ -88,6 +88,15 @@ TEST(Document, AgreesWithTheComponentOnGeneratedTexts) {
     EXPECT_GT(readable, 10000U);
 }
 
+TEST(Document, FindsAllThatIsWrongInOnePlace) {
+    Document const document("<< /AlembicorData 1 /AlembicorData 2 >> setalembicorparams");
+    std::vector<std::string> ids;
+    for (TextFinding const& finding : document.Findings()) {
+        ids.push_back(std::to_string(finding.span.begin) + " " + finding.id);
+    }
+    EXPECT_EQ(ids, (std::vector<std::string>{"3 reserved-key", "20 duplicate", "20 reserved-key"}));
+}
+
 // As deep as the component reads on the same stack, and deeper.
 TEST(Document, ReadsNestedTextsOnASmallStack) {
     Component const component;

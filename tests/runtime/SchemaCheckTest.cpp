@@ -63,6 +63,7 @@ constexpr SchemaCase kRuleCases[] = {
      "/in says in, which applies only to numbers, names, strings and booleans"},
     {"< type name of name >", "/of says of, which applies only to arrays"},
     {"< type any count 1 >", "/count says count, which applies only to arrays"},
+    {"< type number min 3 max 3 >", ""},
     {"< type number min 3 max 2 >", "/min says a min of 3, which is above the max of 2"},
     {"< type number in 3 >", "/in says the number 3, which is not an array"},
     {"< type number in [] >", "/in says an empty array, which allows nothing"},
