@@ -1,6 +1,7 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <limits>
 #include <unistd.h>
 
@@ -156,6 +157,9 @@ TEST_F(StreamsTest, MemoryStreamReadsWhatWasWritten) {
 TEST_F(StreamsTest, FileStreamReadsWhatWasWritten) {
     TemporaryFile const file;
     CheckWritable(OpenFile(file.Path(), /*writable=*/true));
+    std::ofstream(file.Path()) << "kept";
+    Held const again(OpenFile(file.Path(), /*writable=*/true));
+    EXPECT_EQ(StreamMethods(again).Read(9), "kept");
 }
 
 TEST_F(StreamsTest, ClientStreamReadsWhatWasWritten) {
