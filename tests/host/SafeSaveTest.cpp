@@ -125,6 +125,7 @@ TEST_F(SafeSaveTest, WritesIntoDescriptorsAndTheNullDeviceAndIntoNothingElseThat
         MessageOf([&] { ReadFile("/dev/fd/" + std::to_string(log)); }), "Bad file descriptor");
     close(log);
     close(pipe[0]);
+    EXPECT_EQ(MessageOf([&] { ReadFile("/dev/fd/4294967296"); }), "Bad file descriptor");
     ASSERT_EQ(mkfifo((fFolder / "pipe").c_str(), 0666), 0);
     for (std::string const& path : {fFolder / "pipe", std::string("/dev/full")}) {
         EXPECT_EQ(Save(path, "new"), "not a regular file") << path;

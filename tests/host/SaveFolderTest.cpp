@@ -313,6 +313,10 @@ private:
     void CheckSaved(bool isExact) {
         CheckNewFile(isExact);
         if (isExact) {
+            bool const isNeeded =
+                fBefore.contains(kLeftover) && fBefore[kLeftover].fBytes == "mine";
+            bool const isOld = fBefore.contains(kLeftover) && fBefore[kLeftover].fBytes == "old";
+            EXPECT_EQ(fNow.contains(kLeftover), isNeeded || (isOld && !fHasOld));
             SaveWarnings expected;
             if (fHasOld && Old().fOwner.fUser != geteuid()) {
                 expected.emplace_back("its owner could not be kept: it is yours now");

@@ -58,6 +58,12 @@ TEST_F(SaveLinksTest, AreFollowedToTheirEnd) {
     Link("absolute", fFolder / "folder");
     EXPECT_EQ(Save(fFolder / "absolute/../absolute/./inside"), "");
     EXPECT_EQ(ReadBytes(fFolder / "folder/inside"), "new");
+    Link("link1", "target");
+    for (int count = 2; count <= 41; ++count) {
+        Link("link" + std::to_string(count), "link" + std::to_string(count - 1));
+    }
+    EXPECT_EQ(Save(fFolder / "link40"), "");
+    EXPECT_EQ(Save(fFolder / "link41"), "Too many levels of symbolic links");
     EXPECT_EQ(Save(Link("loop", "loop")), "Too many levels of symbolic links");
     EXPECT_EQ(Save(Link("up", "..") + "/"), "Is a directory");
     EXPECT_EQ(Save(Link("nowhere", "missing/a")), "No such file or directory");
