@@ -191,6 +191,19 @@ TEST_F(SafeSaveTest, RefusesAFileLargerThanASettingsFile) {
     EXPECT_EQ(MessageOf([&] { ReadFile(file); }), "larger than 256 MiB");
 }
 
+TEST_F(SafeSaveTest, PutsNoOtherFileInPlaceThanTheOneThatItWrote) {
+    std::string const file = fFolder.Make("a", "old");
+    fFolder.Make("other", "other");
+    SystemCallsDouble calls;
+    calls.AfterEach([&](int /*call*/) {
+        if (FirstName().starts_with(".joboptions-") && std::filesystem::exists(fFolder / "other")) {
+            std::filesystem::rename(fFolder / "other", fFolder / FirstName());
+        }
+    });
+    EXPECT_EQ(Save(file, "new"), "the new file was replaced");
+    EXPECT_EQ(ReadBytes(file), "old");
+}
+
 TEST_F(SafeSaveTest, ReplacesOnlyWhatWasSeen) {
     std::string const file = fFolder.Make("a", "old");
     auto const seen = LookAt(file);
