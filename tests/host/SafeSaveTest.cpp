@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
+#include <functional>
 #include <gtest/gtest.h>
 #include <optional>
 #include <sys/file.h>
@@ -189,6 +190,30 @@ TEST_F(SafeSaveTest, RefusesAFileLargerThanASettingsFile) {
     std::filesystem::resize_file(file, (std::uintmax_t{256} << 20) + 1);
     EXPECT_EQ(Save(file, "new"), "larger than 256 MiB");
     EXPECT_EQ(MessageOf([&] { ReadFile(file); }), "larger than 256 MiB");
+}
+
+TEST_F(SafeSaveTest, WaitsForALeaseNoLongerThanItMay) {
+    std::string const file = fFolder.Make("a", "old");
+    int const leased = open(file.c_str(), O_RDWR | O_CLOEXEC);
+    auto const handler = std::signal(SIGIO, SIG_IGN);
+    if (fcntl(leased, F_SETLEASE, F_WRLCK) == 0) {
+        std::function<void()> const kWays[] = {
+            [&] { LookAt(file, kNoWaiting); },
+            [&] { SaveSafely(file, "new", kNoWaiting); },
+            [&] {
+                Edit(
+                    file, [](EditedFile&) {}, kNoWaiting);
+            }};
+        for (auto const& way : kWays) {
+            SystemCallsDouble const calls;
+            EXPECT_EQ(
+                MessageOf(way), "another program does not give up its lease on it; try again");
+            EXPECT_LT(calls.Count(), 40);
+        }
+    }
+    close(leased);
+    std::signal(SIGIO, handler);
+    EXPECT_EQ(ReadBytes(file), "old");
 }
 
 TEST_F(SafeSaveTest, PutsNoOtherFileInPlaceThanTheOneThatItWrote) {
