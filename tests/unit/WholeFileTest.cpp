@@ -1,5 +1,6 @@
 #include "source/WholeFile.h"
 
+#include <chrono>
 #include <cstring>
 #include <unistd.h>
 
@@ -89,9 +90,11 @@ TEST_F(WholeFile, BindsSettingsAsFarAsTheWritingWent) {
     EXPECT_EQ("7 FileMgmtUtil::GetTimeStamp FSPathMakeRef failed", write("two", calls - 1));
     EXPECT_EQ("3 MacOSErr", write("three", calls));
     EXPECT_TRUE(std::filesystem::exists(fFolder / "three"));
-    std::filesystem::last_write_time(
-        fFolder / "three", std::filesystem::last_write_time(fFolder / "one"));
     fService.FailCall(0);
+    auto const time = std::filesystem::last_write_time(fFolder / "one");
+    std::filesystem::last_write_time(fFolder / "three", time + std::chrono::seconds(10));
+    EXPECT_TRUE(settings.IsDirty());
+    std::filesystem::last_write_time(fFolder / "three", time);
     EXPECT_FALSE(settings.IsDirty());
     // The stream's failure is no failure of the file.
     bibrt::FailStreamOperation(1, /*andAllLater=*/true);
