@@ -94,7 +94,13 @@ TEST_F(UnicodeEncodingValue, ConvertsBothWays) {
 
 TEST_F(UnicodeEncodingValue, IsEmptyForTextThatCannotBeDecoded) {
     for (auto const& bad :
-         {""s, "\xFF"s, "a\x80"s, "\xED\xA0\x80"s, "\xF5\x80\x80\x80"s, "\xC3"s, "\xC3 more than eight"s}) {
+         {""s,
+          "\xFF"s,
+          "a\x80"s,
+          "\xED\xA0\x80"s,
+          "\xF5\x80\x80\x80"s,
+          "\xC3"s,
+          "\xC3 more than eight"s}) {
         EXPECT_EQ(u"", Plain(CreateUnicode16(MakeBuffer(bad))));
     }
     for (auto const& bad : {u"\xD83D"s, u""s, u"\xDE00"s, u"a\xD83D"s, u"\xD83D\xE000"s}) {
