@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "source/FileMgmt.h"
+#include "source/FileMgmt_Mac.h"
 #include "source/SettingsFileInfo.h"
 #include "tests/support/BoundClient.h"
 #include "tests/support/Describe.h"
@@ -115,6 +115,43 @@ TEST_F(ListBuilder, GoesByTheListAndNotByTheAnswer) {
             Append(builder, "/a/b.joboptions"));
         EXPECT_EQ(count, builder.GetFileList().Count());
     }
+}
+
+// A name without room for the extension has no cloak key, not even the empty one.
+TEST_F(ListBuilder, GivesCloakSettingsToNamesThatAreLongEnough) {
+    CPOSDict const cloaks;
+    cloaks.Put("", CPOSDict());
+    FileListBuilder const builder(kUserSettingsDirectory, CPOSArray(), cloaks);
+    EXPECT_EQ("nothing", Append(builder, "/a.joboptions/b"));
+    support::Describer const describe(fTables);
+    EXPECT_EQ(std::string::npos, describe(builder.GetFileList()[0]).find("ShowHide"));
+}
+
+TEST_F(ListBuilder, GoesOnWhateverItsStepsThrow) {
+    CPOSDict const cloaks;
+    cloaks.Put("b", CPOSDict());
+    FileListBuilder builder(kUserSettingsDirectory, CPOSArray(), cloaks);
+    UnicodeEncodingNS::Unicode16 const folder =
+        UnicodeEncodingNS::CreateUnicode16(UnicodeEncodingNS::Unicode8("/a"));
+    fLookup.Replace(
+        "POSDictInterface.HasKey", +[](POSDict*, BIBStringAtom*) -> long { throw 1; });
+    MoveCounter();
+    EXPECT_EQ("nothing", Append(builder, "/a/b.joboptions"));
+    EXPECT_EQ(1U, builder.GetFileList().Count());
+    fLookup.Replace(
+        "POSArrayInterface.Append", +[](POSArray*, POSObject*) -> long { throw 1; });
+    MoveCounter();
+    CPOSArray const binds; // the row anew
+    FSRef const file{"/a/c.joboptions"};
+    HFSUniStr255 const name{12, {'c', '.', 'j', 'o', 'b', 'o', 'p', 't', 'i', 'o', 'n', 's'}};
+    FSCatalogInfo const info{0, kDate, {}};
+    EXPECT_EQ(0, CallbackIterProc(0, 1, &info, &file, nullptr, &name, &builder));
+    fLookup.Replace(
+        "BIBSharedBuffInterface.NewBuffer",
+        +[](unsigned long, void*, void (*)(void*), void*, void*) -> BIBSharedBuffer* { throw 1; });
+    MoveCounter();
+    FileMgmt_Mac(nullptr).GetFilesInDirectory(folder, 1, builder);
+    EXPECT_EQ(1U, builder.GetFileList().Count());
 }
 
 // One that is no pair ends the search.

@@ -224,6 +224,21 @@ TEST_F(Preferences, AreReadAsFarAsTheyAreGood) {
     EXPECT_FALSE(MacRegistryHelper(kUserDomain, kFile, false).IsValid());
 }
 
+TEST_F(Preferences, AreUsedAsFarAsTheyCameWhateverIsThrown) {
+    std::string const files = "<dict><key>f</key><string>0</string></dict>";
+    std::string const pair = "<array><string>a</string><string>A</string></array>";
+    MacRegistryHelper const helper = Read(PropertyList(
+        DictEntry("ShowHide", Entry("W", files)) + DictEntry("PDFSettings", Entry("W", pair))));
+    CPOSDict const table;
+    fLookup.Replace(
+        "POSDictInterface.HasKey", +[](POSDict*, BIBStringAtom*) -> long { throw 1; });
+    fLookup.Replace(
+        "POSArrayInterface.Append", +[](POSArray*, POSObject*) -> long { throw 1; });
+    MoveCounter();
+    EXPECT_EQ("nothing", support::WhatItThrows([&] { helper.GenerateCloakSettings(table); }));
+    EXPECT_EQ("[]", Describe(helper.GenerateDisplayNames("W")));
+}
+
 TEST_F(Preferences, AreNotNeededByADataStore) {
     SettingsDataStoreImpl const store({}, {}, nullptr);
     EXPECT_EQ(SettingsDataStoreImpl::CreateDefaultCloakSettings(), store.GenerateCloakSettings());
