@@ -133,10 +133,13 @@ TEST_F(ListBuilder, GoesOnWhateverItsStepsThrow) {
     FileListBuilder builder(kUserSettingsDirectory, CPOSArray(), cloaks);
     UnicodeEncodingNS::Unicode16 const folder =
         UnicodeEncodingNS::CreateUnicode16(UnicodeEncodingNS::Unicode8("/a"));
+    CPOSDict record;
+    Make("/a/b.joboptions", 0, 0600, &record);
     fLookup.Replace(
-        "POSDictInterface.HasKey", +[](POSDict*, BIBStringAtom*) -> long { throw 1; });
+        "POSDictInterface.Put", +[](POSDict*, BIBStringAtom*, POSObject*) -> long { throw 1; });
     MoveCounter();
-    EXPECT_EQ("nothing", Append(builder, "/a/b.joboptions"));
+    CPOSDict const bindsToo; // the row anew
+    EXPECT_EQ("nothing", support::WhatItThrows([&] { builder.AppendFileToList(record); }));
     EXPECT_EQ(1U, builder.GetFileList().Count());
     fLookup.Replace(
         "POSArrayInterface.Append", +[](POSArray*, POSObject*) -> long { throw 1; });

@@ -231,7 +231,7 @@ TEST_F(Preferences, AreUsedAsFarAsTheyCameWhateverIsThrown) {
         DictEntry("ShowHide", Entry("W", files)) + DictEntry("PDFSettings", Entry("W", pair))));
     CPOSDict const table;
     fLookup.Replace(
-        "POSDictInterface.HasKey", +[](POSDict*, BIBStringAtom*) -> long { throw 1; });
+        "POSDictInterface.Put", +[](POSDict*, BIBStringAtom*, POSObject*) -> long { throw 1; });
     fLookup.Replace(
         "POSArrayInterface.Append", +[](POSArray*, POSObject*) -> long { throw 1; });
     MoveCounter();
