@@ -38,7 +38,7 @@ install(DIRECTORY public/include/api
     COMPONENT development
     PATTERN UnicodeEncoding.h EXCLUDE
     PATTERN SettingsPlaces.h EXCLUDE)
-install(DIRECTORY host/include/pdfsettings
+install(DIRECTORY host/include/pdfsettings document/include/pdfsettings
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
     COMPONENT development)
 

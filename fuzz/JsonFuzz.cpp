@@ -1,9 +1,9 @@
 // What is read from JSON is written so that it is read as the same again, and nothing hides in it.
 #include "fuzz/Require.h"
-#include "tools/joboptions/Failure.h"
-#include "tools/joboptions/JsonDocuments.h"
-#include "tools/joboptions/JsonReader.h"
-#include "tools/joboptions/Utf8.h"
+#include "tools/joboptions/commands/Failure.h"
+#include "tools/joboptions/json/JsonDocuments.h"
+#include "tools/joboptions/json/JsonReader.h"
+#include "tools/joboptions/text/Utf8.h"
 
 #include <cstdint>
 #include <string>

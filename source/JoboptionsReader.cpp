@@ -7,7 +7,7 @@
 #include "bib/BIBMemory.h"
 #include "bib/POSArray.h"
 #include "bib/POSNumber.h"
-#include "platform/NumberText.h"
+#include "format/NumberText.h"
 #include "source/FarSearches.h"
 #include "source/PDFSettingsError.h"
 
@@ -228,8 +228,7 @@ bool IsNumber(char** cursor, CPOSObject* value) {
         return false;
     }
     NumberToken const token = FindNumber(*cursor);
-    platform::ScannedNumber const number =
-        platform::ScanNumber({*cursor, token.fEnd}, token.fIsReal);
+    format::ScannedNumber const number = format::ScanNumber({*cursor, token.fEnd}, token.fIsReal);
     *value = CPOSNumber(number.fValue);
     // The number's own end: what stands behind it up to the stop is left on the text. Without any
     // digit the cursor stays.

@@ -6,7 +6,7 @@
 
 #include "api/BIBContainerInterface.h"
 #include "api/BIBMemoryInterface.h"
-#include "runtime/Diagnostics.h"
+#include "runtime/objects/Diagnostics.h"
 #include "tests/support/Component.h"
 #include "tests/support/ErrorLog.h"
 #include "tests/support/LookupDouble.h"

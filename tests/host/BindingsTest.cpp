@@ -3,7 +3,7 @@
 
 #include "api/BIBRuntime.h"
 #include "pdfsettings/Error.h"
-#include "runtime/Diagnostics.h"
+#include "runtime/objects/Diagnostics.h"
 
 #include <cstring>
 #include <gtest/gtest.h>

@@ -7,7 +7,7 @@
 #include "api/BIBRuntime.h"
 #include "api/PDFSettings.h"
 #include "host/detail/FolderPath.h"
-#include "runtime/Diagnostics.h"
+#include "runtime/objects/Diagnostics.h"
 
 #include <cstdio>
 #include <cstdlib>

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "runtime/Diagnostics.h"
+#include "runtime/objects/Diagnostics.h"
 
 namespace {
 

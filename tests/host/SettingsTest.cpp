@@ -3,7 +3,7 @@
 #include "pdfsettings/Component.h"
 #include "pdfsettings/Error.h"
 #include "pdfsettings/Path.h"
-#include "runtime/Diagnostics.h"
+#include "runtime/objects/Diagnostics.h"
 #include "tests/support/SmallStack.h"
 #include "tests/support/TemporaryFolder.h"
 

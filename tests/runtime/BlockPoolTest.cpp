@@ -1,5 +1,5 @@
 // The pool by itself: builds for tools that watch memory use none.
-#include "runtime/BlockPool.h"
+#include "runtime/objects/BlockPool.h"
 
 #include <array>
 #include <cstdint>

@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "api/BIBRuntime.h"
-#include "runtime/Diagnostics.h"
+#include "runtime/objects/Diagnostics.h"
 #include "tests/support/RuntimeTables.h"
 
 namespace runtimetest {

@@ -8,7 +8,7 @@
 #include "bib/BIBClient.h"
 #include "bib/BIBError.h"
 #include "bib/POSException.h"
-#include "runtime/Diagnostics.h"
+#include "runtime/objects/Diagnostics.h"
 #include "tests/support/LookupDouble.h"
 
 namespace support {

@@ -1,7 +1,7 @@
 // The in-process runtime, on which the operations that can fail do so on demand.
 #pragma once
 
-#include "runtime/FailurePoint.h"
+#include "runtime/objects/FailurePoint.h"
 #include "tests/support/LookupDouble.h"
 #include "tests/support/RuntimeTables.h"
 

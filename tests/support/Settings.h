@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-#include "runtime/Diagnostics.h"
+#include "runtime/objects/Diagnostics.h"
 #include "tests/support/Component.h"
 #include "tests/support/Describe.h"
 #include "tests/support/ErrorLog.h"

@@ -11,7 +11,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "runtime/FailurePoint.h"
+#include "runtime/objects/FailurePoint.h"
 
 namespace support {
 

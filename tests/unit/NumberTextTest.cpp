@@ -1,4 +1,4 @@
-#include "platform/NumberText.h"
+#include "format/NumberText.h"
 
 #include <bit>
 #include <clocale>
@@ -12,7 +12,7 @@
 
 #include "tests/support/Rounds.h"
 
-namespace platform {
+namespace format {
 
 namespace {
 
@@ -82,4 +82,4 @@ TEST(NumberText, ReadsAPointWhateverTheHostsLocale) {
     EXPECT_EQ(3U, number.fSize);
 }
 
-} // namespace platform
+} // namespace format

@@ -1,0 +1,389 @@
+#include "document/DocumentScanner.h"
+
+#include "document/FaultText.h"
+#include "format/NumberText.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace pdfsettings::detail {
+
+namespace {
+
+constexpr std::size_t kNone = ScannedText::kNone;
+constexpr std::size_t kMaxNameSize = 255;
+
+// The component keeps names as texts that end at a zero byte.
+std::string NameIn(std::string_view bytes) {
+    return std::string(bytes.substr(0, bytes.find('\0')));
+}
+
+} // namespace
+
+DocumentScanner::DocumentScanner(std::string const& text) : fFaults(text.size()), fText(text) {}
+
+void DocumentScanner::Scan() {
+    platform::StackWatch const watch;
+    try {
+        ScanText();
+    } catch (Refused const& refused) {
+        fRefusal = refused.fWhy;
+        fValues = Dictionary();
+        fBody.reset();
+    }
+    // A name may begin with the first byte behind the text, and a refusal leaves entries open.
+    for (DocumentEntry& entry : fEntries) {
+        entry.key = Within(entry.key);
+        entry.value = Within(entry.value);
+        entry.next = entry.next == 0 ? fEntries.size() : entry.next;
+    }
+}
+
+void DocumentScanner::ScanText() {
+    if (fText.At(0) == '\0') {
+        NoteZeroHead();
+        return;
+    }
+    if (!FindSettings()) {
+        return;
+    }
+    std::size_t const begin = fCursor;
+    ScanSettings();
+    fBody = Span{begin, fCursor};
+    ScanEnd();
+    ScanTail();
+}
+
+// The search for the opening knows nothing of comments.
+bool DocumentScanner::FindSettings() {
+    std::size_t const open = fText.FindText(0, "<<");
+    std::size_t const start = open == 0 ? 0 : fText.Skip(0);
+    if (open == kNone && start >= fText.Size()) {
+        return false;
+    }
+    if (start != open) {
+        RefuseOtherEncodings();
+    }
+    if (open == kNone) {
+        RefuseWithoutEnd(
+            Refusal::kInvalidFile,
+            "no-settings",
+            {start, fText.EndOfLine(start)},
+            "there are no settings: expected <<");
+    }
+    if (start > open) {
+        Refuse(
+            Refusal::kInvalidFile,
+            "prolog",
+            {open, open + 2},
+            "a comment before the settings must not contain <<");
+    }
+    if (start != open) {
+        Refuse(
+            Refusal::kInvalidFile,
+            "prolog",
+            fText.WithoutBlanksBehind({start, std::min(open, fText.EndOfLine(start))}),
+            PrologText());
+    }
+    fCursor = open + 2;
+    return true;
+}
+
+// What editors put before a text that is no settings text then.
+void DocumentScanner::RefuseOtherEncodings() {
+    constexpr std::string_view kMark8 = "\xEF\xBB\xBF";
+    std::string_view const head = fText.Bytes({0, std::min<std::size_t>(fText.Size(), 2)});
+    bool const isWide = head == "\xFF\xFE" || head == "\xFE\xFF" ||
+                        (head.size() == 2 && (head[0] == '\0') != (head[1] == '\0'));
+    if (isWide) {
+        Refuse(
+            Refusal::kInvalidFile,
+            "encoding",
+            {0, 2},
+            "the file is in UTF-16: save it as plain text, such as UTF-8 without a byte order "
+            "mark");
+    }
+    if (fText.StandsOn(0, kMark8)) {
+        Refuse(
+            Refusal::kInvalidFile,
+            "encoding",
+            {0, kMark8.size()},
+            "the file begins with a byte order mark: save it without one");
+    }
+}
+
+// The first look comes before any skip: blanks behind the opening make the loop run once.
+void DocumentScanner::ScanSettings() {
+    platform::StackLevel const level;
+    if (fText.StandsOn(fText.Skip(fCursor), ">>") && !fText.StandsOn(fCursor, ">>")) {
+        fEmptyDictionary = Span{fCursor - 2, fText.Skip(fCursor) + 2};
+    }
+    std::size_t const open = fCursor - 2;
+    std::size_t last = kNone;
+    while (fText.At(fCursor) != '\0' && !fText.StandsOn(fCursor, ">>")) {
+        ScanEntry(fValues);
+        CheckProgress(last, open);
+    }
+    if (fText.At(fCursor) == '\0') {
+        RefuseWithoutEnd(
+            Refusal::kInvalidFile,
+            "unclosed",
+            {fCursor, fCursor + 1},
+            "the settings do not end: expected >> setalembicorparams");
+    }
+}
+
+void DocumentScanner::ScanEnd() {
+    fCursor = fText.Skip(fCursor + 2);
+    if (!fText.StandsOn(fCursor, kKeyword)) {
+        if (fText.At(fCursor) == '\0') {
+            RefuseWithoutEnd(Refusal::kInvalidFile, "keyword", {fCursor, fCursor}, KeywordText(""));
+        }
+        Span const found = Within({fCursor, fText.EndOfName(fCursor)});
+        Refuse(Refusal::kInvalidFile, "keyword", found, KeywordText(fText.Bytes(found)));
+    }
+    fCursor += kKeyword.size();
+    std::size_t const end = fText.EndOfWord(fCursor);
+    if (end != fCursor) {
+        fFaults.Warn(
+            "stuck",
+            {fCursor - kKeyword.size(), end},
+            "setalembicorparams ends here, and what is stuck to it begins the tail");
+    }
+}
+
+void DocumentScanner::ScanTail() {
+    fCursor = fText.Skip(fCursor);
+    if (fCursor < fText.Size()) {
+        std::string const bytes(fText.Bytes({fCursor, fText.Size()}));
+        fValues.Set(kTailKey, Binary{kTailKey, bytes});
+    }
+}
+
+void DocumentScanner::ScanEntry(Dictionary& values) {
+    std::size_t const place = fEntries.size();
+    std::size_t const depth = fDepth;
+    std::size_t const array = fOpenArray;
+    try {
+        Span const key = ScanKey();
+        fEntries.push_back({key, {}, 0, fDepth});
+        Value value = ScanValue();
+        fEntries[place].next = fEntries.size();
+        std::string const name = NameIn(fText.Bytes({key.begin + 1, key.end}));
+        if (values.Get(name) != nullptr) {
+            fFaults.Warn("duplicate", key, DuplicateText(name));
+        }
+        if (fDepth == 0 && name == kTailKey) {
+            fFaults.Warn(
+                "reserved-key",
+                key,
+                "this key is the tail's: the setting is lost when there is a tail");
+        }
+        values.Set(name, std::move(value));
+    } catch (EntryLost const&) {
+        fEntries.resize(place);
+        fDepth = depth;
+        fOpenArray = array;
+    }
+    fCursor = fText.Skip(fCursor);
+}
+
+// Whatever stands before the next key is passed over.
+Span DocumentScanner::ScanKey() {
+    fCursor = fText.Skip(fCursor);
+    std::size_t const slash = fText.Find(fCursor, '/');
+    if (slash == kNone) {
+        NoteLeftover();
+        throw EntryLost();
+    }
+    NoteKey(fCursor, slash);
+    std::size_t const end = fText.EndOfName(slash + 1);
+    if (end - slash - 1 > kMaxNameSize) {
+        fFaults.WarnAstray("long-key", {slash, end}, "a key has at most 255 bytes");
+        throw EntryLost();
+    }
+    fCursor = end;
+    return {slash, end};
+}
+
+void DocumentScanner::RequireRoom(platform::StackLevel const& level) {
+    if (!level.HasRoom()) {
+        fIsTooDeep = true;
+        Refuse(Refusal::kMemory, "nesting", {fCursor, fCursor}, "nested too deeply");
+    }
+}
+
+Value DocumentScanner::ScanValue() {
+    fCursor = fText.Skip(fCursor);
+    Span value{fCursor, 0};
+    std::size_t const place = fEntries.size();
+    auto known = ScanKnownValue();
+    if (!known) {
+        NoteUnknownValue();
+    }
+    value.end = fCursor;
+    fEntries[place - 1].value = value;
+    NoteWhatIsStuck(value);
+    return std::move(*known);
+}
+
+// The probes in the order of the component. A zero byte counts as the start of a number.
+std::optional<Value> DocumentScanner::ScanKnownValue() {
+    switch (fText.At(fCursor)) {
+    case '/':
+        return ScanName();
+    case '(':
+        return ScanString();
+    case '[':
+        return ScanArray();
+    case '<':
+        return fText.StandsOn(fCursor, "<<") ? ScanDictionary() : ScanHexString();
+    case 't':
+    case 'f':
+        return ScanBoolean();
+    default:
+        bool const isNumber =
+            std::string_view("-0123456789\0", 12).find(fText.At(fCursor)) != std::string_view::npos;
+        return isNumber ? std::optional(ScanNumber()) : std::nullopt;
+    }
+}
+
+Value DocumentScanner::ScanName() {
+    std::size_t const begin = ++fCursor;
+    std::size_t const end = fText.EndOfName(begin);
+    if (end - begin > kMaxNameSize) {
+        bool const isElement = fEntries.back().key.Size() == 0;
+        char const* const kText = "a name has at most 255 bytes: the entry is lost";
+        if (isElement) {
+            fFaults.WarnAstray("long-name", {begin - 1, end}, kText);
+        } else {
+            fFaults.Warn("long-name", {begin - 1, end}, kText);
+        }
+        fFaults.NoteRest(fText.Skip(begin));
+        throw EntryLost();
+    }
+    if (!IsNameByte(fText.At(begin))) {
+        fFaults.Warn("odd-name", {begin - 1, end}, "a name begins with a blank or a delimiter");
+    }
+    fCursor = end;
+    return Word{NameIn(fText.Bytes({begin, end}))};
+}
+
+Value DocumentScanner::ScanString() {
+    std::size_t const begin = ++fCursor;
+    std::size_t const end = fText.EndOfString(begin);
+    if (end == kNone) {
+        NoteOpenString(begin);
+        fFaults.NoteRest(fText.Skip(begin));
+        throw EntryLost();
+    }
+    fCursor = end + 1;
+    NoteString({begin, end});
+    return String{std::string(fText.Bytes({begin, end}))};
+}
+
+std::optional<Value> DocumentScanner::ScanBoolean() {
+    for (std::string_view const word : {"true", "false"}) {
+        if (fText.StandsOn(fCursor, word)) {
+            fCursor += word.size();
+            return Word{std::string(word)};
+        }
+    }
+    return std::nullopt;
+}
+
+Value DocumentScanner::ScanNumber() {
+    std::size_t const begin = fCursor;
+    std::size_t const stop = fText.EndOfNumber(begin);
+    if (stop == kNone) {
+        bool const isMissing = fText.At(begin) == '\0';
+        RefuseWithoutEnd(
+            Refusal::kMemory,
+            isMissing ? "missing-value" : "open-number",
+            {begin, fText.EndOfWord(begin)},
+            isMissing ? "the text ends where a value is expected"
+                      : "the number has no end: expected a blank behind it");
+    }
+    bool const isReal = fText.Point(begin) < stop;
+    auto const number = format::ScanNumber(fText.Bytes({begin, stop}), isReal);
+    fCursor += number.fSize;
+    NoteNumber({begin, stop}, {begin, fCursor}, isReal);
+    return number.fValue;
+}
+
+Value DocumentScanner::ScanArray() {
+    std::size_t const begin = fCursor;
+    platform::StackLevel const level;
+    RequireRoom(level);
+    std::size_t const outer = std::exchange(fOpenArray, begin);
+    std::size_t last = kNone;
+    Array values;
+    ++fDepth;
+    NoteDepth();
+    fCursor = fText.Skip(fCursor + 1);
+    while (fText.At(fCursor) != ']') {
+        if (fText.At(fCursor) == '\0') {
+            RefuseWithoutEnd(
+                Refusal::kMemory,
+                "open-array",
+                {begin, begin + 1},
+                "the array has no end: expected ]");
+        }
+        ScanElement(values);
+        CheckProgress(last, begin);
+    }
+    ++fCursor;
+    --fDepth;
+    fOpenArray = outer;
+    return values;
+}
+
+void DocumentScanner::ScanElement(Array& values) {
+    std::size_t const place = fEntries.size();
+    fEntries.push_back({{fCursor, fCursor}, {}, 0, fDepth});
+    values.Append(ScanValue());
+    fEntries[place].next = fEntries.size();
+    fCursor = fText.Skip(fCursor);
+}
+
+// The first entry is read before any look for the end. A single ">" in either of two places ends
+// it, whatever the other byte is.
+Value DocumentScanner::ScanDictionary() {
+    platform::StackLevel const level;
+    RequireRoom(level);
+    std::size_t const begin = fCursor;
+    std::size_t last = kNone;
+    Dictionary values;
+    ++fDepth;
+    NoteDepth();
+    fCursor = fText.Skip(fCursor + 2);
+    if (fText.At(fCursor) == '>') {
+        fEmptyDictionary = Span{begin, fCursor + (fText.StandsOn(fCursor, ">>") ? 2 : 1)};
+    }
+    ScanEntry(values);
+    while (fText.At(fCursor) != '>' && fText.At(fCursor + 1) != '>') {
+        CheckProgress(last, begin);
+        ScanEntry(values);
+    }
+    NoteEndOfDictionary();
+    fCursor += 2;
+    --fDepth;
+    return values;
+}
+
+Value DocumentScanner::ScanHexString() {
+    std::size_t const begin = fCursor + 1;
+    std::size_t const end = fText.Find(begin, '>');
+    if (end == kNone) {
+        RefuseWithoutEnd(
+            Refusal::kMemory,
+            "open-hexstring",
+            {fCursor, fText.EndOfLine(fCursor)},
+            "the hexadecimal string has no end: expected >");
+    }
+    fCursor = end + 1;
+    NoteHexString({begin, end});
+    return HexString{std::string(fText.Bytes({begin, end}))};
+}
+
+} // namespace pdfsettings::detail

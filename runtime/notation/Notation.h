@@ -1,0 +1,28 @@
+// Reading and writing values as text in the object notation, see NotationScanner.h for its tokens.
+//
+// A text holds one value: a dictionary of keys and values, an array of values, a number, or a word
+// or text in brackets, both of which are 8-bit strings. A key is a word or a text. A word that has
+// the form of a number is one. No locale matters, and nothing uses more stack for deeper nesting.
+#pragma once
+
+#include <string_view>
+
+#include "runtime/notation/NotationScanner.h"
+#include "runtime/values/PosCollections.h"
+
+namespace bibrt {
+
+// The value that text holds, unowned. Throws NotationFault and std::bad_alloc.
+POSObject* ReadNotation(std::string_view text);
+
+// Appends object to out, each value on a line of its own. Reading it gives an equal value, as far
+// as the notation has the kinds. The others become a text with a comment that tells the kind:
+// 16-bit strings in UTF-8, binary data in hexadecimal digits, numbers that are not finite, objects
+// of hosts. False for a value that contains itself. Throws std::bad_alloc.
+bool WriteNotation(POSObject& object, String& out);
+
+// Appends a number in the fewest digits that give it back; "inf" or "nan", with a sign, for what is
+// not finite. Throws std::bad_alloc.
+void AppendDigits(String& out, double value);
+
+} // namespace bibrt

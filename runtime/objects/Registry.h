@@ -1,0 +1,88 @@
+// What is registered: procedures under three texts, and which signature is whose parent.
+#pragma once
+
+#include <map>
+#include <shared_mutex>
+#include <string_view>
+#include <tuple>
+
+#include "runtime/objects/Memory.h"
+#include "runtime/objects/Tables.h"
+
+namespace bibrt {
+
+// The names of a procedure; null texts are left to the callers to refuse.
+struct ProcName {
+    std::string_view fInterface;
+    std::string_view fName;
+    std::string_view fProcType;
+
+    friend bool operator<(ProcName const& a, ProcName const& b) noexcept {
+        return std::tie(a.fInterface, a.fName, a.fProcType) <
+               std::tie(b.fInterface, b.fName, b.fProcType);
+    }
+};
+
+// Thread safe. There is one, which is never destroyed.
+class Registry {
+public:
+    enum class ParentResult { kDone, kCircle, kHasOther };
+
+    static Registry& The();
+
+    // Adds a procedure. False when the names are taken. Throws std::bad_alloc.
+    bool Add(ProcName const& name, void* proc);
+
+    // Adds the rows of a table that are not there yet. Throws std::bad_alloc.
+    void AddTable(BuiltInTable const& table);
+
+    // The procedure, or null.
+    void* Find(ProcName const& name) const noexcept;
+
+    // The same, and then under the parents of the interface one after the other.
+    void* FindMethod(ProcName const& name) const noexcept;
+
+    // The same, beginning with the parent of the interface.
+    void* FindParentMethod(ProcName const& name) const noexcept;
+
+    // Removes the rows of an interface and its parent, and raises the counter. True when there were
+    // rows.
+    bool Remove(std::string_view interfaceName) noexcept;
+
+    // Declares the parent of signature. Nothing changes unless it answers kDone. Throws
+    // std::bad_alloc.
+    ParentResult SetParent(std::string_view signature, std::string_view parent);
+
+    // Where the unregister counter stands. It starts at 1 and is never 0.
+    unsigned long* CounterAddress() noexcept { return &fUnregisterCount; }
+
+private:
+    struct Key {
+        explicit Key(ProcName const& name)
+            : fInterface(name.fInterface),
+              fName(name.fName),
+              fProcType(name.fProcType) {}
+        operator ProcName() const noexcept { return {fInterface, fName, fProcType}; }
+
+        ResidentString fInterface;
+        ResidentString fName;
+        ResidentString fProcType;
+    };
+    struct Less {
+        using is_transparent = void;
+        bool operator()(ProcName const& a, ProcName const& b) const noexcept { return a < b; }
+    };
+    template <class K, class V, class Compare>
+    using Map = std::map<K, V, Compare, ResidentAllocator<std::pair<K const, V>>>;
+
+    void* FindLocked(ProcName const& name) const noexcept;
+    void* FindMethodLocked(ProcName name) const noexcept;
+    bool ParentLocked(std::string_view signature, std::string_view& parent) const noexcept;
+
+    mutable std::shared_mutex fLock;
+    Map<Key, void*, Less> fProcs;
+    Map<ResidentString, ResidentString, std::less<>> fParents;
+    unsigned long fUnregisterCount = 1;
+};
+
+} // namespace bibrt

@@ -1,0 +1,256 @@
+// Judging a schema itself.
+#include <unordered_set>
+
+#include "runtime/schema/SchemaRule.h"
+#include "runtime/schema/SchemaText.h"
+#include "runtime/schema/SettingsWalk.h"
+
+namespace bibrt {
+
+namespace {
+
+constexpr char const* kMainStructure = "PDFSettings";
+
+using AtomSet = std::unordered_set<
+    BIBStringAtom const*,
+    std::hash<BIBStringAtom const*>,
+    std::equal_to<>,
+    CallerAllocator<BIBStringAtom const*>>;
+
+// Takes a step on a path, and goes back in the end.
+class PathStep {
+public:
+    PathStep(String& path, std::string_view key) : fPath(path), fLength(path.size()) {
+        AppendKeyStep(path, key);
+    }
+    PathStep(PathStep const&) = delete;
+    PathStep& operator=(PathStep const&) = delete;
+    ~PathStep() { fPath.resize(fLength); }
+
+private:
+    String& fPath;
+    std::size_t fLength;
+};
+
+// Calls visit(entry) for each entry of dict.
+template <class Visit>
+void ForEachEntry(POSDict const& dict, Visit visit) {
+    std::size_t position = 0;
+    while (DictEntry const* const entry = dict.fEntries.Next(position)) {
+        visit(*entry);
+    }
+}
+
+// Calls visit(rule) for each rule of structure but the rules of elements.
+template <class Visit>
+void ForEachRule(POSDict const& structure, Visit visit) {
+    ForEachEntry(structure, [&](DictEntry const& entry) {
+        if (std::string_view(entry.fKey->Text()) != kOptional) {
+            visit(*entry.fValue);
+        }
+    });
+    POSObject const* const optional = FindPart(structure, kOptional);
+    if (IsOfType(optional, gDictType)) {
+        ForEachEntry(*static_cast<POSDict const*>(optional), [&](DictEntry const& entry) {
+            visit(*entry.fValue);
+        });
+    }
+}
+
+POSObject* ElementRule(POSObject const& rule) noexcept {
+    return FindPart(rule, NameOf(RuleKey::kOf));
+}
+
+// Whether the elements of rule's elements, and so on, have that rule again.
+bool ContainsItself(POSObject& rule) noexcept {
+    POSObject const* mark = &rule;
+    unsigned long steps = 0;
+    unsigned long nextMark = 1;
+    for (POSObject* next = ElementRule(rule); next; next = ElementRule(*next)) {
+        if (next == mark) {
+            return true;
+        }
+        if (++steps == nextMark) {
+            mark = next;
+            nextMark *= 2;
+        }
+    }
+    return false;
+}
+
+class SchemaCheck {
+public:
+    SchemaCheck(POSValidator const& validator, MessageSink& sink) noexcept
+        : fValidator(validator),
+          fSink(sink) {}
+
+    void Run();
+
+private:
+    void CheckStructure(DictEntry const& entry);
+    void CheckOptional(POSDict const& structure);
+    void CheckRules(POSObject& source);
+    bool CheckRule(POSObject& source);
+    void CheckUnused(SchemaRule const& rule, bool isSound);
+    void CheckReach();
+    BIBStringAtom const* FindMain() const noexcept;
+    AtomSet FindReached(BIBStringAtom const* main) const;
+    void Report(std::string_view text) { fSink.Report(fPath, text); }
+
+    POSValidator const& fValidator;
+    MessageSink& fSink;
+    String fPath;
+};
+
+void SchemaCheck::Run() {
+    ForEachEntry(*fValidator.fSchema.Get(), [this](DictEntry const& entry) {
+        PathStep const step(fPath, entry.fKey->Text());
+        CheckStructure(entry);
+    });
+    CheckReach();
+}
+
+void SchemaCheck::CheckStructure(DictEntry const& entry) {
+    if (IsKindName(entry.fKey->Text())) {
+        Report(
+            Join({"says ", entry.fKey->Text(), ", which is a kind and cannot name a structure"}));
+    }
+    if (KindOf(*entry.fValue) != ValueKind::kDictionary) {
+        Report(Join({"says ", FoundText(*entry.fValue), ", which is not a structure"}));
+        return;
+    }
+    auto const& structure = static_cast<POSDict const&>(*entry.fValue);
+    ForEachEntry(structure, [this](DictEntry const& setting) {
+        if (std::string_view(setting.fKey->Text()) != kOptional) {
+            PathStep const step(fPath, setting.fKey->Text());
+            CheckRules(*setting.fValue);
+        }
+    });
+    CheckOptional(structure);
+}
+
+void SchemaCheck::CheckOptional(POSDict const& structure) {
+    POSObject const* const optional = FindPart(structure, kOptional);
+    if (!optional) {
+        return;
+    }
+    PathStep const step(fPath, kOptional);
+    if (KindOf(*optional) != ValueKind::kDictionary) {
+        Report(Join({"says ", FoundText(*optional), ", which is not a dictionary"}));
+        return;
+    }
+    ForEachEntry(static_cast<POSDict const&>(*optional), [&](DictEntry const& setting) {
+        char const* const key = setting.fKey->Text();
+        PathStep const keyStep(fPath, key);
+        if (std::string_view(key) != kOptional && structure.fEntries.Get(setting.fKey)) {
+            Report(Join({"says ", ShownText(key), ", which is also a required setting"}));
+        }
+        CheckRules(*setting.fValue);
+    });
+}
+
+// A rule, the rule of its elements, and so on.
+void SchemaCheck::CheckRules(POSObject& source) {
+    if (ContainsItself(source)) {
+        Report("says a rule that contains itself");
+        return;
+    }
+    std::size_t const length = fPath.size();
+    for (POSObject* rule = &source; rule && CheckRule(*rule); rule = ElementRule(*rule)) {
+        AppendKeyStep(fPath, NameOf(RuleKey::kOf));
+    }
+    fPath.resize(length);
+}
+
+// False when the rule of its elements is of no use.
+bool SchemaCheck::CheckRule(POSObject& source) {
+    RuleFaults faults;
+    SchemaRule const rule = ReadRule(fValidator, source, faults);
+    for (RuleFault const& fault : faults) {
+        std::size_t const length = fPath.size();
+        if (fault.fKey) {
+            AppendKeyStep(fPath, fault.fKey);
+        }
+        Report(fault.fText);
+        fPath.resize(length);
+    }
+    CheckUnused(rule, faults.empty());
+    return rule.fType == RuleType::kArray;
+}
+
+// What validation makes no use of.
+void SchemaCheck::CheckUnused(SchemaRule const& rule, bool isSound) {
+    POSObject* const defaultValue = rule.Part(RuleKey::kDefault);
+    if (defaultValue && isSound) {
+        PathStep const step(fPath, NameOf(RuleKey::kDefault));
+        String const path(PathEnd(fPath));
+        SettingsWalk(fValidator, fSink, JudgeMode::kDefaults)
+            .Judge(rule, *defaultValue, path, path);
+    }
+    POSObject const* const doc = rule.Part(RuleKey::kDoc);
+    if (doc && !IsOfType(doc, gStringType)) {
+        PathStep const step(fPath, NameOf(RuleKey::kDoc));
+        Report(Join({"says ", FoundText(*doc), ", which is not a text"}));
+    }
+}
+
+void SchemaCheck::CheckReach() {
+    BIBStringAtom const* const main = FindMain();
+    if (!main) {
+        return;
+    }
+    AtomSet const reached = FindReached(main);
+    ForEachEntry(*fValidator.fSchema.Get(), [&](DictEntry const& entry) {
+        bool const isStructure =
+            fValidator.FindStructure(entry.fKey) && !IsKindName(entry.fKey->Text());
+        if (isStructure && reached.count(entry.fKey) == 0) {
+            PathStep const step(fPath, entry.fKey->Text());
+            Report(Join({"cannot be reached from ", ShownText(main->Text())}));
+        }
+    });
+}
+
+// The structure from which every other must be reached; null when there is none.
+BIBStringAtom const* SchemaCheck::FindMain() const noexcept {
+    BIBStringAtom const* const main = FindAtom(kMainStructure);
+    if (fValidator.FindStructure(main)) {
+        return main;
+    }
+    std::size_t position = 0;
+    DictEntry const* entry = nullptr;
+    do {
+        entry = fValidator.fSchema->fEntries.Next(position);
+    } while (entry && !fValidator.FindStructure(entry->fKey));
+    return entry ? entry->fKey : nullptr;
+}
+
+AtomSet SchemaCheck::FindReached(BIBStringAtom const* main) const {
+    AtomSet reached;
+    Vector<BIBStringAtom const*> waiting;
+    auto const reach = [&](BIBStringAtom const* name) {
+        if (name && reached.insert(name).second) {
+            waiting.push_back(name);
+        }
+    };
+    auto const reachByRule = [&](POSObject& source) {
+        bool const isEndless = ContainsItself(source);
+        for (POSObject* rule = &source; rule && !isEndless; rule = ElementRule(*rule)) {
+            reach(FindStructureName(fValidator, *rule));
+        }
+    };
+    reach(main);
+    while (!waiting.empty()) {
+        POSDict const& structure = *fValidator.FindStructure(waiting.back());
+        waiting.pop_back();
+        ForEachRule(structure, reachByRule);
+    }
+    return reached;
+}
+
+} // namespace
+
+void JudgeSchema(POSValidator const& validator, MessageSink& sink) {
+    SchemaCheck(validator, sink).Run();
+}
+
+} // namespace bibrt

@@ -1,0 +1,265 @@
+#include "runtime/schema/SchemaRule.h"
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+
+#include "runtime/schema/SchemaText.h"
+
+namespace bibrt {
+
+namespace {
+
+constexpr char const* kKeyNames[] = {
+    "type", "in", "min", "max", "of", "count", "check", "default", "doc"};
+static_assert(std::size(kKeyNames) == kRuleKeys);
+
+// In the order of RuleType.
+constexpr std::string_view kKindNames[] = {
+    "boolean", "number", "integer", "name", "string", "hexstring", "array", "dictionary", "any"};
+static_assert(std::size(kKindNames) == static_cast<std::size_t>(RuleType::kStructure));
+
+// Each value of a setting is compared with all of them.
+constexpr std::size_t kMostAllowed = 1000;
+
+constexpr unsigned Bit(RuleType type) noexcept {
+    return 1U << static_cast<unsigned>(type);
+}
+
+constexpr unsigned kNumbers = Bit(RuleType::kNumber) | Bit(RuleType::kInteger);
+constexpr unsigned kListed =
+    kNumbers | Bit(RuleType::kName) | Bit(RuleType::kString) | Bit(RuleType::kBoolean);
+
+bool IsArray(POSObject const& value) noexcept {
+    return KindOf(value) == ValueKind::kArray;
+}
+
+bool IsBound(POSObject const& value) noexcept {
+    return IsOfType(&value, gNumberType) &&
+           !std::isnan(static_cast<POSNumber const&>(value).fValue);
+}
+
+bool IsCount(POSObject const& value) noexcept {
+    return IsBound(value) && std::isfinite(static_cast<POSNumber const&>(value).fValue) &&
+           static_cast<POSNumber const&>(value).fValue >= 0 &&
+           std::trunc(static_cast<POSNumber const&>(value).fValue) ==
+               static_cast<POSNumber const&>(value).fValue;
+}
+
+// Which types a key fits, and what its value must be.
+struct Fit {
+    RuleKey fKey;
+    unsigned fTypes;
+    char const* fFits;
+    bool (*fIsValue)(POSObject const&) noexcept; // null: judged as a rule of its own
+    char const* fExpected;
+};
+
+constexpr Fit kFits[] = {
+    {RuleKey::kIn, kListed, "numbers, names, strings and booleans", &IsArray, "an array"},
+    {RuleKey::kMin, kNumbers, "numbers", &IsBound, "a number"},
+    {RuleKey::kMax, kNumbers, "numbers", &IsBound, "a number"},
+    {RuleKey::kOf, Bit(RuleType::kArray), "arrays", nullptr, ""},
+    {RuleKey::kCount, Bit(RuleType::kArray), "arrays", &IsCount, "a whole number from 0"}};
+
+// The bytes of a word or text of a schema; empty for anything else.
+std::string_view WordOf(POSObject const& value) noexcept {
+    return IsOfType(&value, gStringType) ? BytesOf(value) : std::string_view();
+}
+
+// The atom of a word, or null: an empty one names nothing.
+BIBStringAtom const* AtomOf(POSObject const& word) noexcept {
+    return WordOf(word).empty() ? nullptr : FindAtom(WordOf(word));
+}
+
+// What a schema says where it should say a word.
+String SaidText(POSObject const& value) {
+    return IsOfType(&value, gStringType) ? ShownText(BytesOf(value)) : FoundText(value);
+}
+
+class RuleReader {
+public:
+    RuleReader(POSValidator const& validator, RuleFaults& faults) noexcept
+        : fValidator(validator),
+          fFaults(faults) {}
+
+    SchemaRule Read(POSObject& source);
+
+private:
+    void ReadParts(POSDict& source);
+    void ReadPart(BIBStringAtom const& key, POSObject* value);
+    bool ReadType(char const* key, POSObject& word);
+    void CheckFit(Fit const& fit);
+    void CheckAllowed();
+    void CheckBounds();
+    void ReadExtraCheck();
+    void AddFault(char const* key, String text) { fFaults.push_back({key, std::move(text)}); }
+
+    POSValidator const& fValidator;
+    RuleFaults& fFaults;
+    SchemaRule fRule;
+};
+
+SchemaRule RuleReader::Read(POSObject& source) {
+    POSObject*& word = fRule.fParts[static_cast<std::size_t>(RuleKey::kType)];
+    if (IsOfType(&source, gStringType)) {
+        word = &source;
+        ReadType(nullptr, source);
+    } else if (KindOf(source) != ValueKind::kDictionary) {
+        AddFault(
+            nullptr,
+            Join({"says ", FoundText(source), ", which is neither a word nor a dictionary"}));
+    } else {
+        ReadParts(static_cast<POSDict&>(source));
+    }
+    return fRule;
+}
+
+void RuleReader::ReadParts(POSDict& source) {
+    std::size_t position = 0;
+    while (DictEntry const* const entry = source.fEntries.Next(position)) {
+        ReadPart(*entry->fKey, entry->fValue);
+    }
+    POSObject* const word = fRule.Part(RuleKey::kType);
+    if (!word) {
+        AddFault(nullptr, Join({"has no type"}));
+    } else if (ReadType(NameOf(RuleKey::kType), *word)) {
+        for (Fit const& fit : kFits) {
+            CheckFit(fit);
+        }
+        CheckAllowed();
+        CheckBounds();
+    }
+    ReadExtraCheck();
+}
+
+void RuleReader::ReadPart(BIBStringAtom const& key, POSObject* value) {
+    auto const* const name =
+        std::find(std::begin(kKeyNames), std::end(kKeyNames), std::string_view(key.Text()));
+    if (name == std::end(kKeyNames)) {
+        AddFault(
+            key.Text(), Join({"says ", ShownText(key.Text()), ", which is not a key of a rule"}));
+    } else {
+        fRule.fParts[name - std::begin(kKeyNames)] = value;
+    }
+}
+
+// False when nothing is known by the word.
+bool RuleReader::ReadType(char const* key, POSObject& word) {
+    auto const* const kind = std::find(std::begin(kKindNames), std::end(kKindNames), WordOf(word));
+    BIBStringAtom const* const atom = AtomOf(word);
+    bool isKnown = true;
+    if (kind != std::end(kKindNames)) {
+        fRule.fType = static_cast<RuleType>(kind - std::begin(kKindNames));
+    } else if ((fRule.fStructure = fValidator.FindStructure(atom))) {
+        fRule.fType = RuleType::kStructure;
+    } else {
+        fRule.fType = RuleType::kCheck;
+        fRule.fTypeCheck = fValidator.FindCheck(atom);
+        isKnown = fRule.fTypeCheck.fProc != nullptr;
+    }
+    if (!isKnown) {
+        AddFault(
+            key,
+            Join(
+                {"says ", SaidText(word), ", which is not a kind, structure or registered check"}));
+    }
+    return isKnown;
+}
+
+void RuleReader::CheckFit(Fit const& fit) {
+    POSObject* const value = fRule.Part(fit.fKey);
+    char const* const name = NameOf(fit.fKey);
+    if (!value) {
+        return;
+    }
+    if ((fit.fTypes & Bit(fRule.fType)) == 0) {
+        AddFault(name, Join({"says ", name, ", which applies only to ", fit.fFits}));
+    } else if (fit.fIsValue && !fit.fIsValue(*value)) {
+        AddFault(name, Join({"says ", FoundText(*value), ", which is not ", fit.fExpected}));
+    }
+}
+
+void RuleReader::CheckAllowed() {
+    POSObject const* const allowed = fRule.Part(RuleKey::kIn);
+    if (!allowed || !IsArray(*allowed) || (kListed & Bit(fRule.fType)) == 0) {
+        return;
+    }
+    auto const& items = static_cast<POSArray const*>(allowed)->fItems;
+    auto const odd = std::find_if(items.begin(), items.end(), [this](POSObject const* item) {
+        return !IsOfRuleType(fRule, *item, JudgeMode::kDefaults);
+    });
+    if (items.empty()) {
+        AddFault(NameOf(RuleKey::kIn), Join({"says an empty array, which allows nothing"}));
+    } else if (items.size() > kMostAllowed) {
+        AddFault(NameOf(RuleKey::kIn), Join({"says an array of more than 1000 values"}));
+    } else if (odd != items.end()) {
+        AddFault(
+            NameOf(RuleKey::kIn),
+            Join({"allows ", FoundText(**odd), ", which is of another type"}));
+    }
+}
+
+void RuleReader::CheckBounds() {
+    POSObject const* const min = fRule.Part(RuleKey::kMin);
+    POSObject const* const max = fRule.Part(RuleKey::kMax);
+    if (!min || !max || !IsBound(*min) || !IsBound(*max)) {
+        return;
+    }
+    double const least = static_cast<POSNumber const*>(min)->fValue;
+    double const greatest = static_cast<POSNumber const*>(max)->fValue;
+    if (least > greatest) {
+        AddFault(
+            NameOf(RuleKey::kMin),
+            Join(
+                {"says a min of ",
+                 NumberText(least),
+                 ", which is above the max of ",
+                 NumberText(greatest)}));
+    }
+}
+
+void RuleReader::ReadExtraCheck() {
+    POSObject const* const name = fRule.Part(RuleKey::kCheck);
+    if (!name) {
+        return;
+    }
+    fRule.fExtraCheck = fValidator.FindCheck(AtomOf(*name));
+    if (!fRule.fExtraCheck.fProc) {
+        AddFault(
+            NameOf(RuleKey::kCheck),
+            Join({"says ", SaidText(*name), ", which is not a registered check"}));
+    }
+}
+
+} // namespace
+
+char const* NameOf(RuleKey key) noexcept {
+    return kKeyNames[static_cast<std::size_t>(key)];
+}
+
+SchemaRule ReadRule(POSValidator const& validator, POSObject& source, RuleFaults& faults) {
+    return RuleReader(validator, faults).Read(source);
+}
+
+POSObject* FindPart(POSObject const& source, char const* key) noexcept {
+    return IsOfType(&source, gDictType)
+               ? static_cast<POSDict const&>(source).fEntries.Get(FindAtom(key))
+               : nullptr;
+}
+
+BIBStringAtom const* FindStructureName(POSValidator const& validator, POSObject& rule) noexcept {
+    POSObject const* const word =
+        IsOfType(&rule, gDictType) ? FindPart(rule, NameOf(RuleKey::kType)) : &rule;
+    if (!word || IsKindName(WordOf(*word))) {
+        return nullptr;
+    }
+    BIBStringAtom const* const name = AtomOf(*word);
+    return validator.FindStructure(name) ? name : nullptr;
+}
+
+bool IsKindName(std::string_view name) noexcept {
+    return std::find(std::begin(kKindNames), std::end(kKindNames), name) != std::end(kKindNames);
+}
+
+} // namespace bibrt

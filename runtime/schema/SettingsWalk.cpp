@@ -1,0 +1,230 @@
+#include "runtime/schema/SettingsWalk.h"
+
+#include <cstring>
+#include <memory>
+
+#include "runtime/objects/Boundary.h"
+#include "runtime/objects/SharedBuffers.h"
+#include "runtime/schema/SchemaText.h"
+
+namespace bibrt {
+
+namespace {
+
+constexpr unsigned long kMessageSize = 256;
+
+struct ReleaseBufferDeleter {
+    void operator()(BIBSharedBuffer* buffer) const noexcept { ReleaseBuffer(buffer); }
+};
+using BufferRef = std::unique_ptr<BIBSharedBuffer, ReleaseBufferDeleter>;
+
+// An empty message for a check to fill.
+BufferRef MakeMessageBuffer() {
+    BufferRef buffer(NewObjectWith<BIBSharedBuffer>(kMessageSize, nullptr, kMessageSize, nullptr));
+    std::memset(buffer->fData, 0, kMessageSize);
+    return buffer;
+}
+
+// What a check wrote. Without a NUL, all of the buffer.
+std::string_view MessageIn(BIBSharedBuffer const& buffer) noexcept {
+    std::string_view const all(static_cast<char const*>(buffer.fData), kMessageSize);
+    return all.substr(0, all.find('\0'));
+}
+
+std::string_view TextIn(BIBStringAtom const* atom) noexcept {
+    return {atom->Text(), atom->fLength};
+}
+
+} // namespace
+
+void SettingsWalk::Judge(
+    SchemaRule const& rule, POSObject& value, std::string_view path, std::string_view pathInside) {
+    fPath = path;
+    fPathInside = pathInside;
+    Judge(rule, value);
+    while (!fStack.IsEmpty() && !fIsCircle) {
+        Step();
+    }
+}
+
+void SettingsWalk::Step() {
+    Frame& frame = fStack.Top();
+    if (frame.fElement) {
+        StepArray(frame);
+    } else {
+        StepDict(frame);
+    }
+}
+
+void SettingsWalk::StepArray(Frame& frame) {
+    if (POSObject* const element = NextChild(*frame.fSource, frame.fPosition).fValue) {
+        JudgeBy(*frame.fElement, element);
+    } else {
+        fStack.Pop();
+    }
+}
+
+void SettingsWalk::StepDict(Frame& frame) {
+    if (DictEntry const* const entry = frame.fRules->fEntries.Next(frame.fPosition)) {
+        JudgeSetting(frame, *entry);
+        return;
+    }
+    POSObject* const optional = FindPart(*frame.fStructure, kOptional);
+    if (!optional || frame.fIsOptional) {
+        fStack.Pop();
+        return;
+    }
+    frame.fRules = static_cast<POSDict*>(optional);
+    frame.fIsOptional = true;
+    frame.fPosition = 0;
+}
+
+// A rule of a structure, or of its optional part, and the setting that it is for.
+void SettingsWalk::JudgeSetting(Frame& frame, DictEntry const& entry) {
+    bool const isRequired = !frame.fIsOptional;
+    bool const isWordOptional = TextIn(entry.fKey) == kOptional;
+    if (isRequired ? isWordOptional
+                   : !isWordOptional && frame.fStructure->fEntries.Get(entry.fKey)) {
+        return;
+    }
+    frame.fKey = entry.fKey;
+    POSObject* const value = static_cast<POSDict*>(frame.fSource)->fEntries.Get(entry.fKey);
+    if (value || isRequired) {
+        JudgeBy(*entry.fValue, value);
+    }
+}
+
+// Reads the rule first. A null value is a missing setting.
+void SettingsWalk::JudgeBy(POSObject& ruleSource, POSObject* value) {
+    RuleFaults faults;
+    SchemaRule const rule = ReadRule(fValidator, ruleSource, faults);
+    if (!faults.empty()) {
+        // A schema's own judgement tells it elsewhere.
+        if (fMode == JudgeMode::kSettings) {
+            Report(Join({"cannot be validated: the schema ", faults.front().fText}));
+        }
+    } else if (value) {
+        Judge(rule, *value);
+    } else {
+        Report(TypeMessage(rule, "nothing"));
+    }
+}
+
+void SettingsWalk::Judge(SchemaRule const& rule, POSObject& value) {
+    if (PassesType(rule, value)) {
+        PassesParts(rule, value);
+        Enter(rule, value);
+    }
+}
+
+bool SettingsWalk::PassesType(SchemaRule const& rule, POSObject& value) {
+    if (!IsOfRuleType(rule, value, fMode)) {
+        Report(TypeMessage(rule, FoundText(value)));
+        return false;
+    }
+    return rule.fType != RuleType::kCheck ||
+           PassesCheck(rule.fTypeCheck, *rule.Part(RuleKey::kType), value);
+}
+
+bool SettingsWalk::PassesParts(SchemaRule const& rule, POSObject& value) {
+    if (!IsAmongAllowed(rule, value)) {
+        Report(AllowedMessage(rule, value));
+        return false;
+    }
+    if (!IsWithinBounds(rule, value)) {
+        Report(BoundsMessage(rule, value));
+        return false;
+    }
+    if (!HasCount(rule, value)) {
+        Report(CountMessage(rule, value));
+        return false;
+    }
+    return !rule.fExtraCheck.fProc ||
+           PassesCheck(rule.fExtraCheck, *rule.Part(RuleKey::kCheck), value);
+}
+
+bool SettingsWalk::PassesCheck(Check const& check, POSObject const& name, POSObject& value) {
+    if (fMode == JudgeMode::kDefaults) {
+        return true;
+    }
+    BufferRef const buffer = MakeMessageBuffer();
+    bool const isAccepted =
+        CallCaller([&] { return check.fProc(&value, Key(), buffer.get(), check.fUserData) != 0; });
+    if (isAccepted) {
+        return true;
+    }
+    std::string_view const message = MessageIn(*buffer);
+    Report(message.empty() ? CheckMessage(name, FoundText(value)) : String(message));
+    return false;
+}
+
+void SettingsWalk::Enter(SchemaRule const& rule, POSObject& value) {
+    if (rule.fType == RuleType::kStructure) {
+        EnterDict(*rule.fStructure, value);
+    } else if (POSObject* const element = rule.Part(RuleKey::kOf)) {
+        Push({&value, 0, Key(), nullptr, nullptr, /*fIsOptional=*/false, element});
+    }
+}
+
+void SettingsWalk::EnterDict(POSDict& structure, POSObject& value) {
+    POSObject const* const optional = FindPart(structure, kOptional);
+    if (optional && KindOf(*optional) != ValueKind::kDictionary) {
+        Report(Join(
+            {"cannot be validated: the schema says ",
+             FoundText(*optional),
+             ", which is not a dictionary"}));
+        return;
+    }
+    Push({&value, 0, nullptr, &structure, &structure, /*fIsOptional=*/false, nullptr});
+}
+
+void SettingsWalk::Push(Frame const& frame) {
+    if (!fStack.Push(frame)) {
+        Report("cannot be validated: it contains itself");
+        fIsCircle = true;
+    }
+}
+
+// The name of the setting that is being judged; none for the value that was handed in.
+BIBStringAtom* SettingsWalk::Key() noexcept {
+    return fStack.IsEmpty() ? nullptr : fStack.Top().fKey;
+}
+
+void SettingsWalk::Report(std::string_view text) const {
+    fSink.Report(Path(), text);
+}
+
+// Only the steps that a message shows, so that messages from the depth take no longer than others.
+String SettingsWalk::Path() const {
+    Vector<Frame> const& frames = fStack.Frames();
+    std::size_t step = frames.size();
+    for (std::size_t length = 0; step > 0 && length <= kMaxPathLength + 1;) {
+        --step;
+        length += 1 + (frames[step].fElement ? 1 : frames[step].fKey->fLength);
+    }
+    String path(PathEnd(frames.empty() ? fPath : fPathInside));
+    for (; step < frames.size(); ++step) {
+        if (frames[step].fElement) {
+            AppendIndexStep(path, frames[step].fPosition - 1);
+        } else {
+            AppendKeyStep(path, TextIn(frames[step].fKey));
+        }
+    }
+    return path;
+}
+
+void JudgeSettings(
+    POSValidator const& validator, POSObject& object, BIBStringAtom& structure, MessageSink& sink) {
+    SchemaRule rule;
+    rule.fType = RuleType::kStructure;
+    rule.fStructure = validator.FindStructure(&structure);
+    String path;
+    AppendKeyStep(path, TextIn(&structure));
+    if (!rule.fStructure) {
+        sink.Report(path, "cannot be validated: the schema has no such structure");
+        return;
+    }
+    SettingsWalk(validator, sink, JudgeMode::kSettings).Judge(rule, object, path, {});
+}
+
+} // namespace bibrt

@@ -1,0 +1,155 @@
+// The source on a file.
+#include <cerrno>
+#include <fcntl.h>
+#include <limits>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
+
+#include "runtime/objects/Errors.h"
+#include "runtime/objects/Memory.h"
+#include "runtime/streams/StreamSource.h"
+
+namespace bibrt {
+
+namespace {
+
+constexpr mode_t kNewFileMode = 0666;
+
+// "PATH: what could not be done: why", for the error that errno names.
+BIBError* FileFailure(char const* path, char const* action, int code) {
+    String text(path);
+    text.append(": ").append(action).append(": ");
+    text.append(std::generic_category().message(code).c_str());
+    return Failure(text.c_str());
+}
+
+// Owns a descriptor.
+class Descriptor {
+public:
+    explicit Descriptor(int descriptor) noexcept : fDescriptor(descriptor) {}
+    Descriptor(Descriptor&& other) noexcept
+        : fDescriptor(std::exchange(other.fDescriptor, kNone)) {}
+    Descriptor(Descriptor const&) = delete;
+    Descriptor& operator=(Descriptor const&) = delete;
+    Descriptor& operator=(Descriptor&&) = delete;
+    ~Descriptor() {
+        if (fDescriptor != kNone) {
+            ::close(fDescriptor);
+        }
+    }
+
+    int Get() const noexcept { return fDescriptor; }
+    bool IsOpen() const noexcept { return fDescriptor != kNone; }
+
+private:
+    static constexpr int kNone = -1;
+
+    int fDescriptor;
+};
+
+// Calls transfer(done) until size bytes are through, it gives none or it fails. The bytes that went
+// through; errno tells of a failure and is 0 without one.
+template <class Transfer>
+unsigned long TransferAll(unsigned long size, Transfer transfer) {
+    unsigned long done = 0;
+    errno = 0;
+    while (done < size) {
+        ssize_t const count = transfer(done);
+        if (count < 0 && errno == EINTR) {
+            errno = 0;
+            continue;
+        }
+        if (count <= 0) {
+            break;
+        }
+        done += static_cast<unsigned long>(count);
+    }
+    return done;
+}
+
+class FileSource final : public StreamSource {
+public:
+    FileSource(Descriptor descriptor, char const* path, bool isWritable)
+        : fDescriptor(std::move(descriptor)),
+          fPath(path),
+          fIsWritable(isWritable) {}
+
+    BIBError* ReadAt(
+        unsigned long offset,
+        unsigned char* buffer,
+        unsigned long size,
+        unsigned long& bytesRead) override {
+        bytesRead = TransferAll(size, [&](unsigned long done) {
+            return ::pread(
+                fDescriptor.Get(), buffer + done, size - done, static_cast<off_t>(offset + done));
+        });
+        return errno == 0 ? nullptr : FileFailure(fPath.c_str(), "cannot read", errno);
+    }
+
+    BIBError*
+    WriteAt(unsigned long offset, unsigned char const* buffer, unsigned long size) override {
+        if (!fIsWritable) {
+            return FileFailure(fPath.c_str(), "cannot write", EBADF);
+        }
+        if (size > kMaxOffset - offset) {
+            return FileFailure(fPath.c_str(), "cannot write", EFBIG);
+        }
+        unsigned long const done = TransferAll(size, [&](unsigned long sofar) {
+            return ::pwrite(
+                fDescriptor.Get(),
+                buffer + sofar,
+                size - sofar,
+                static_cast<off_t>(offset + sofar));
+        });
+        return done == size ? nullptr
+                            : FileFailure(fPath.c_str(), "cannot write", errno == 0 ? EIO : errno);
+    }
+
+    BIBError* GetLength(unsigned long& length) override {
+        struct stat status = {};
+        if (::fstat(fDescriptor.Get(), &status) != 0) {
+            return FileFailure(fPath.c_str(), "cannot measure", errno);
+        }
+        length = static_cast<unsigned long>(status.st_size);
+        return nullptr;
+    }
+
+private:
+    static constexpr unsigned long kMaxOffset = std::numeric_limits<off_t>::max();
+
+    Descriptor fDescriptor;
+    String fPath; // for error texts
+    bool fIsWritable;
+};
+
+int OpenFlags(bool isWritable) noexcept {
+    return O_CLOEXEC | (isWritable ? O_RDWR | O_CREAT : O_RDONLY);
+}
+
+// Why no positionable stream can stand on an open file; 0 when one can.
+int FaultOfFile(Descriptor const& descriptor) noexcept {
+    struct stat status = {};
+    if (::fstat(descriptor.Get(), &status) != 0) {
+        return errno;
+    }
+    if (S_ISDIR(status.st_mode)) {
+        return EISDIR;
+    }
+    return ::lseek(descriptor.Get(), 0, SEEK_CUR) < 0 ? errno : 0;
+}
+
+} // namespace
+
+BIBError* OpenFileSource(SourcePtr& result, char const* path, bool writable) {
+    Descriptor descriptor(::open(path, OpenFlags(writable), kNewFileMode));
+    int const fault = descriptor.IsOpen() ? FaultOfFile(descriptor) : errno;
+    if (fault != 0) {
+        return FileFailure(path, "cannot open", fault);
+    }
+    result = std::allocate_shared<FileSource>(
+        CallerAllocator<FileSource>(), std::move(descriptor), path, writable);
+    return nullptr;
+}
+
+} // namespace bibrt

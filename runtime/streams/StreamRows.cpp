@@ -1,0 +1,164 @@
+// The methods of streams, and of streams as sources of data.
+#include "api/BIBDataInterface.h"
+#include "api/BIBStreamInterface.h"
+
+#include "runtime/objects/Boundary.h"
+#include "runtime/objects/Tables.h"
+#include "runtime/streams/Streams.h"
+
+// As sources of data these are the streams on a source.
+struct BIBDataBlockStream : BIBPositionableStream {};
+struct BIBSizedDataStore : BIBPositionableStream {};
+struct BIBDataStore : BIBPositionableStream {};
+
+namespace bibrt {
+
+namespace {
+
+// Counts the operation, makes it fail on demand, and runs work with the stream's body.
+template <class Work>
+BIBError* AtStreamRow(BIBSimpleStream* self, bool areArgumentsGood, Work work) {
+    if (!IsStream(self) || !areArgumentsGood) {
+        return BadArgument();
+    }
+    if (StreamPoint().Attempt()) {
+        return Failure("stream operation failed");
+    }
+    return AtStatusRow([&] { return work(*self->fBody); });
+}
+
+BIBError*
+Read(BIBSimpleStream* self, unsigned long* bytesRead, unsigned char* buffer, unsigned long size) {
+    if (bytesRead) {
+        *bytesRead = 0;
+    }
+    return AtStreamRow(self, bytesRead && (buffer || size == 0), [&](StreamBody& body) {
+        return body.Read(buffer, size, *bytesRead);
+    });
+}
+
+BIBError* Write(BIBSimpleStream* self, unsigned char const* buffer, unsigned long size) {
+    return AtStreamRow(
+        self, buffer || size == 0, [&](StreamBody& body) { return body.Write(buffer, size); });
+}
+
+// Makes a second stream on the data of self.
+template <class Stream>
+BIBError* CreateIndependent(Stream* self, Stream** result) {
+    if (result) {
+        *result = nullptr;
+    }
+    return AtStreamRow(self, result != nullptr, [&](StreamBody& body) {
+        SourcePtr source;
+        BIBError* const error = body.GetSource(source);
+        if (!error) {
+            *result = MakeSourceStream(std::move(source));
+        }
+        return error;
+    });
+}
+
+BIBError*
+CreateIndependentlyRewindableStream(BIBRewindableStream* self, BIBRewindableStream** result) {
+    return CreateIndependent(self, result);
+}
+
+BIBError* Rewind(BIBRewindableStream* self) {
+    return AtStreamRow(
+        self, /*areArgumentsGood=*/true, [](StreamBody& body) { return body.Rewind(); });
+}
+
+BIBError*
+CreateIndependentlyPositionableStream(BIBPositionableStream* self, BIBPositionableStream** result) {
+    return CreateIndependent(self, result);
+}
+
+BIBError* Mark(BIBPositionableStream* self, unsigned long* position) {
+    return AtStreamRow(
+        self, position != nullptr, [&](StreamBody& body) { return body.Mark(*position); });
+}
+
+BIBError* Seek(BIBPositionableStream* self, long offset, BIBPositionableStream_SeekOrigin origin) {
+    return AtStreamRow(self, /*areArgumentsGood=*/true, [&](StreamBody& body) {
+        return body.Seek(offset, origin);
+    });
+}
+
+BIBError* GetNextBlock(BIBDataBlockStream* self, unsigned char const** block, unsigned long* size) {
+    return AtStreamRow(
+        self, block && size, [&](StreamBody& body) { return body.NextBlock(*block, *size); });
+}
+
+BIBError* Rewind(BIBDataBlockStream* self) {
+    return Rewind(static_cast<BIBRewindableStream*>(self));
+}
+
+BIBError* GetSize(BIBSizedDataStore* self, unsigned long* size) {
+    return AtStreamRow(self, size != nullptr, [&](StreamBody& body) {
+        SourcePtr source;
+        BIBError* const error = body.GetSource(source);
+        return error ? error : source->GetLength(*size);
+    });
+}
+
+BIBError* GetBlock(
+    BIBDataStore* self,
+    unsigned long offset,
+    unsigned char* buffer,
+    unsigned long size,
+    unsigned long* bytesRead) {
+    if (bytesRead) {
+        *bytesRead = 0;
+    }
+    return AtStreamRow(self, bytesRead && (buffer || size == 0), [&](StreamBody& body) {
+        SourcePtr source;
+        BIBError* const error = body.GetSource(source);
+        return error ? error : source->ReadAt(offset, buffer, size, *bytesRead);
+    });
+}
+
+} // namespace
+
+BIBRT_DEFINE_TABLE(
+    SimpleStreamTable,
+    "BIBSimpleStreamObject",
+    _t_BIBSimpleStreamInterface,
+    BIB_SIMPLE_STREAM_INTERFACE_ROWS,
+    2)
+
+BIBRT_DEFINE_TABLE(
+    RewindableStreamTable,
+    "BIBRewindableStreamObject",
+    _t_BIBRewindableStreamInterface,
+    BIB_REWINDABLE_STREAM_INTERFACE_ROWS,
+    2)
+
+BIBRT_DEFINE_TABLE(
+    PositionableStreamTable,
+    "BIBPositionableStreamObject",
+    _t_BIBPositionableStreamInterface,
+    BIB_POSITIONABLE_STREAM_INTERFACE_ROWS,
+    3)
+
+BIBRT_DEFINE_TABLE(
+    DataBlockStreamTable,
+    "BIBSourceStreamObject",
+    _t_BIBDataBlockStreamInterface,
+    BIB_DATA_BLOCK_STREAM_INTERFACE_ROWS,
+    2)
+
+BIBRT_DEFINE_TABLE(
+    SizedDataStoreTable,
+    "BIBSourceStreamObject",
+    _t_BIBSizedDataStoreInterface,
+    BIB_SIZED_DATA_STORE_INTERFACE_ROWS,
+    1)
+
+BIBRT_DEFINE_TABLE(
+    DataStoreTable,
+    "BIBSourceStreamObject",
+    _t_BIBDataStoreInterface,
+    BIB_DATA_STORE_INTERFACE_ROWS,
+    1)
+
+} // namespace bibrt

@@ -1,0 +1,151 @@
+#include "runtime/values/PosObject.h"
+
+#include <cmath>
+#include <cstring>
+
+#include "runtime/objects/Methods.h"
+
+namespace bibrt {
+
+namespace {
+
+constexpr char const* kValueParent = "POSObjectVirtualInterface";
+
+bool AreStringsEqual(POSString const& a, POSString const& b) noexcept {
+    return a.fLength == b.fLength && std::memcmp(a.Text(), b.Text(), a.fLength) == 0;
+}
+
+bool AreUnitsEqual(POSUnicodeString const& a, POSUnicodeString const& b) noexcept {
+    return a.fLength == b.fLength &&
+           std::memcmp(a.Units(), b.Units(), a.fLength * sizeof(unsigned short)) == 0;
+}
+
+bool IsBinDataEqual(POSBinData const& a, POSBinData const& b) noexcept {
+    return a.fSize == b.fSize && std::memcmp(a.Data(), b.Data(), a.fSize) == 0 &&
+           std::strcmp(a.TypeName(), b.TypeName()) == 0;
+}
+
+bool AreNumbersEqual(double a, double b) noexcept {
+    return a == b || (std::isnan(a) && std::isnan(b));
+}
+
+POSObject* CloneByMethod(POSObject& source) {
+    auto const clone = FindTypedMethod<POSObjectCloneProc>(source, "Clone", "POSObjectCloneProc");
+    return clone ? clone(&source) : nullptr;
+}
+
+bool IsEqualByMethod(POSObject& a, POSObject& b) {
+    auto const isEqual =
+        FindTypedMethod<POSObjectIsEqualProc>(a, "IsEqual", "POSObjectIsEqualProc");
+    return isEqual && isEqual(&a, &b) != 0;
+}
+
+} // namespace
+
+constexpr bool kIsScalar = true;
+
+constinit ContainerType gNumberType = {
+    "POSNumber", "POSNumberValue", kValueParent, &DestroyAs<POSNumber>, kIsScalar};
+constinit ContainerType gStringType = {
+    "POSString", "POSStringValue", kValueParent, &DestroyAs<POSString>, kIsScalar};
+constinit ContainerType gUnicodeStringType = {
+    "POSUnicodeString",
+    "POSUnicodeStringValue",
+    kValueParent,
+    &DestroyAs<POSUnicodeString>,
+    kIsScalar};
+constinit ContainerType gBinDataType = {
+    "POSBinData", "POSBinDataValue", kValueParent, &DestroyAs<POSBinData>, kIsScalar};
+
+POSNumber* MakeNumber(double value) {
+    return NewObject<POSNumber>(value);
+}
+
+POSString* MakeString(std::string_view text) {
+    return NewObjectWith<POSString>(text.size() + 1, text);
+}
+
+POSUnicodeString* MakeUnicodeString(unsigned short const* units, unsigned long length) {
+    return NewObjectWith<POSUnicodeString>((length + 1) * sizeof(unsigned short), units, length);
+}
+
+POSBinData* MakeBinData(std::string_view typeName, unsigned char const* data, unsigned long size) {
+    if (size > kMaxExtra) {
+        throw std::bad_alloc();
+    }
+    return NewObjectWith<POSBinData>(size + typeName.size() + 1, typeName, data, size);
+}
+
+POSObject* CloneLeaf(POSObject& source) {
+    if (IsOfType(&source, gNumberType)) {
+        return MakeNumber(static_cast<POSNumber&>(source).fValue);
+    }
+    if (IsOfType(&source, gStringType)) {
+        auto const& string = static_cast<POSString&>(source);
+        return MakeString({string.Text(), string.fLength});
+    }
+    if (IsOfType(&source, gUnicodeStringType)) {
+        auto const& string = static_cast<POSUnicodeString&>(source);
+        return MakeUnicodeString(string.Units(), string.fLength);
+    }
+    if (IsOfType(&source, gBinDataType)) {
+        auto const& binData = static_cast<POSBinData&>(source);
+        return MakeBinData(binData.TypeName(), binData.Data(), binData.fSize);
+    }
+    return CloneByMethod(source);
+}
+
+bool AreLeavesEqual(POSObject& a, POSObject& b) {
+    if (a.fType != b.fType) {
+        return false;
+    }
+    if (IsOfType(&a, gNumberType)) {
+        return AreNumbersEqual(
+            static_cast<POSNumber&>(a).fValue, static_cast<POSNumber&>(b).fValue);
+    }
+    if (IsOfType(&a, gStringType)) {
+        return AreStringsEqual(static_cast<POSString&>(a), static_cast<POSString&>(b));
+    }
+    if (IsOfType(&a, gUnicodeStringType)) {
+        return AreUnitsEqual(static_cast<POSUnicodeString&>(a), static_cast<POSUnicodeString&>(b));
+    }
+    if (IsOfType(&a, gBinDataType)) {
+        return IsBinDataEqual(static_cast<POSBinData&>(a), static_cast<POSBinData&>(b));
+    }
+    return IsEqualByMethod(a, b);
+}
+
+} // namespace bibrt
+
+POSNumber::POSNumber(double value) noexcept : POSObject(bibrt::gNumberType), fValue(value) {}
+
+POSString::POSString(std::string_view text) noexcept
+    : POSObject(bibrt::gStringType),
+      fLength(text.size()) {
+    char* const copy = reinterpret_cast<char*>(this + 1);
+    text.copy(copy, text.size());
+    copy[text.size()] = '\0';
+}
+
+POSUnicodeString::POSUnicodeString(unsigned short const* units, unsigned long length) noexcept
+    : POSObject(bibrt::gUnicodeStringType),
+      fLength(length) {
+    auto* const copy = reinterpret_cast<unsigned short*>(this + 1);
+    if (length != 0) {
+        std::memcpy(copy, units, length * sizeof(unsigned short));
+    }
+    copy[length] = 0;
+}
+
+POSBinData::POSBinData(
+    std::string_view typeName, unsigned char const* data, unsigned long size) noexcept
+    : POSObject(bibrt::gBinDataType),
+      fSize(size) {
+    auto* const copy = reinterpret_cast<unsigned char*>(this + 1);
+    if (size != 0) {
+        std::memcpy(copy, data, size);
+    }
+    auto* const name = reinterpret_cast<char*>(copy + size);
+    typeName.copy(name, typeName.size());
+    name[typeName.size()] = '\0';
+}

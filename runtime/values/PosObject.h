@@ -1,0 +1,94 @@
+// The values: what each kind holds, and making, cloning and comparing them.
+//
+// A scalar never changes and lies in one block with its text or bytes. Values are not thread safe,
+// apart from their reference counts. Nothing here uses more stack for deeper nesting.
+#pragma once
+
+#include <string_view>
+
+#include "api/POSObjectInterface.h"
+#include "api/POSScalarInterfaces.h"
+#include "runtime/objects/Container.h"
+
+struct POSObject : BIBContainer {
+    using BIBContainer::BIBContainer;
+};
+
+struct POSNumber : POSObject {
+    explicit POSNumber(double value) noexcept;
+
+    double fValue;
+};
+
+// The text and its closing NUL stand behind the structure.
+struct POSString : POSObject {
+    explicit POSString(std::string_view text) noexcept;
+
+    char const* Text() const noexcept { return reinterpret_cast<char const*>(this + 1); }
+
+    unsigned long fLength;
+};
+
+// The units and the closing zero unit stand behind the structure.
+struct POSUnicodeString : POSObject {
+    POSUnicodeString(unsigned short const* units, unsigned long length) noexcept;
+
+    unsigned short const* Units() const noexcept {
+        return reinterpret_cast<unsigned short const*>(this + 1);
+    }
+
+    unsigned long fLength;
+};
+
+// The bytes stand behind the structure, then the type's name with its closing NUL.
+struct POSBinData : POSObject {
+    POSBinData(std::string_view typeName, unsigned char const* data, unsigned long size) noexcept;
+
+    unsigned char const* Data() const noexcept {
+        return reinterpret_cast<unsigned char const*>(this + 1);
+    }
+    char const* TypeName() const noexcept { return reinterpret_cast<char const*>(Data() + fSize); }
+
+    unsigned long fSize;
+};
+
+namespace bibrt {
+
+extern ContainerType gNumberType;
+extern ContainerType gStringType;
+extern ContainerType gUnicodeStringType;
+extern ContainerType gBinDataType;
+extern ContainerType gArrayType;
+extern ContainerType gDictType;
+extern ContainerType gDictIteratorType;
+
+inline bool IsOfType(BIBContainer const* container, ContainerType const& type) noexcept {
+    return container && container->fType == &type;
+}
+
+inline bool IsCollection(BIBContainer const* container) noexcept {
+    return IsOfType(container, gArrayType) || IsOfType(container, gDictType);
+}
+
+// New scalars, unowned. They throw std::bad_alloc.
+POSNumber* MakeNumber(double value);
+POSString* MakeString(std::string_view text);
+POSUnicodeString* MakeUnicodeString(unsigned short const* units, unsigned long length);
+POSBinData* MakeBinData(std::string_view typeName, unsigned char const* data, unsigned long size);
+
+// A copy of a scalar, or of a value of a host's kind through its own method; null when it has none.
+POSObject* CloneLeaf(POSObject& source);
+
+// Whether two values that are no collections are equal. A NaN equals a NaN, so that every value
+// equals its clone.
+bool AreLeavesEqual(POSObject& a, POSObject& b);
+
+// A deep copy, unowned; null when a part of source has no copy, and for a value that contains
+// itself.
+POSObject* CloneValue(POSObject& source);
+
+// Whether type and contents are equal; false for values that contain themselves. Throws
+// std::bad_alloc.
+bool AreValuesEqual(POSObject& a, POSObject& b);
+
+} // namespace bibrt

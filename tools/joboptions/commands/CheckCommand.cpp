@@ -1,0 +1,126 @@
+#include "tools/joboptions/commands/CheckCommand.h"
+
+#include "tools/joboptions/commands/Input.h"
+#include "tools/joboptions/commands/Locate.h"
+#include "tools/joboptions/commands/Result.h"
+#include "tools/joboptions/commands/SchemaOption.h"
+#include "tools/joboptions/json/JsonDocuments.h"
+#include "tools/joboptions/text/UnknownKeys.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+namespace joboptions {
+
+namespace {
+
+std::string JudgementText(Judgement const& judgement, bool color) {
+    std::string text;
+    for (Diagnostic const& diagnostic : judgement.diagnostics) {
+        text += DiagnosticText(judgement.file, *judgement.document, diagnostic, color);
+    }
+    return text;
+}
+
+void Append(std::vector<Diagnostic>& all, std::vector<Diagnostic> more) {
+    all.insert(
+        all.end(), std::make_move_iterator(more.begin()), std::make_move_iterator(more.end()));
+}
+
+} // namespace
+
+CheckCommand::CheckCommand(CLI::App& program, Options& options)
+    : Command(program, "check", "Say what of the settings is not allowed"),
+      fOptions(options) {
+    Parser()
+        .add_option("FILE", fFiles, "The settings files; - is standard input")
+        ->required()
+        ->type_name("");
+    Parser().add_flag(
+        "--strict",
+        fIsStrict,
+        "Name settings that the schema does not know; warnings count as faults");
+    AddApplication(Parser(), options, kNamesOfApplication);
+    AddSchema(Parser(), options);
+    AddJson(Parser(), options);
+    AddOptions(Parser(), options);
+    Parser().footer("Examples:\n"
+                    "  joboptions check *.joboptions\n"
+                    "  joboptions check --schema company.schema office.joboptions\n"
+                    "  joboptions check --strict --json office.joboptions\n"
+                    "  joboptions check -q office.joboptions && echo valid");
+}
+
+Status CheckCommand::Run() const {
+    RequireOneStandardInput(fFiles);
+    pdfsettings::Component const component;
+    pdfsettings::Schema const schema = ReadSchema(component, fOptions);
+    std::vector<Judgement> judgements;
+    Status status = Status::kDone;
+    std::string text;
+    for (std::string const& file : fFiles) {
+        judgements.push_back(Judge(component, schema, file));
+        status = std::max(status, StatusOf(judgements.back()));
+        if (!fOptions.json && !fOptions.quiet) {
+            text += JudgementText(judgements.back(), UseColor(fOptions));
+        }
+    }
+    WriteResult(fOptions, fOptions.json ? CheckDocument(judgements) : text);
+    return status;
+}
+
+Judgement CheckCommand::Judge(
+    pdfsettings::Component const& component,
+    pdfsettings::Schema const& schema,
+    std::string const& file) const {
+    Judgement judgement{file, {}, {}, {}};
+    try {
+        judgement.file = Locate(component, file, fOptions);
+        JudgeText(component, schema, ReadBytes(judgement.file), judgement);
+    } catch (Failure const& failure) {
+        judgement.error = failure.what();
+        if (!fOptions.quiet) {
+            WriteError(failure.what());
+        }
+    }
+    return judgement;
+}
+
+void CheckCommand::JudgeText(
+    pdfsettings::Component const& component,
+    pdfsettings::Schema const& schema,
+    std::string text,
+    Judgement& judgement) const {
+    judgement.document.emplace(std::move(text));
+    pdfsettings::Document const& document = *judgement.document;
+    judgement.diagnostics = TextDiagnostics(document);
+    if (document.WhyRefused() != pdfsettings::Refusal::kNone) {
+        judgement.error = RefusalText(judgement.file, document);
+        return;
+    }
+    auto const settings = ParseSettings(component, judgement.file, document.Text(), schema.Text());
+    auto const& rules = schema.Settings();
+    auto& all = judgement.diagnostics;
+    Append(all, SchemaDiagnostics(document, settings.Validate(), rules));
+    Append(all, WritingDiagnostics(component, document, settings));
+    if (fIsStrict) {
+        Append(all, UnknownKeys(document, rules));
+    }
+    std::ranges::stable_sort(
+        all, {}, [](Diagnostic const& diagnostic) { return diagnostic.span.begin; });
+}
+
+Status CheckCommand::StatusOf(Judgement const& judgement) const {
+    if (!judgement.error.empty()) {
+        return Status::kBadInput;
+    }
+    bool const isFaulty =
+        std::ranges::any_of(judgement.diagnostics, [this](auto const& diagnostic) {
+            return fIsStrict || diagnostic.severity == pdfsettings::Severity::kError;
+        });
+    return isFaulty ? Status::kNo : Status::kDone;
+}
+
+} // namespace joboptions

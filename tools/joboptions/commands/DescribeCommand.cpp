@@ -1,0 +1,95 @@
+#include "tools/joboptions/commands/DescribeCommand.h"
+
+#include "tools/joboptions/commands/Failure.h"
+#include "tools/joboptions/commands/Result.h"
+#include "tools/joboptions/commands/SchemaOption.h"
+#include "tools/joboptions/json/JsonDocuments.h"
+#include "tools/joboptions/text/Nearest.h"
+#include "tools/joboptions/text/RuleText.h"
+#include "tools/joboptions/text/Utf8.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <fmt/format.h>
+#include <iterator>
+
+namespace joboptions {
+
+using pdfsettings::SettingRule;
+
+namespace {
+
+// Whether key is the setting's, or that of one it is nested in.
+bool IsChosenBy(std::string const& key, SettingRule const& rule) {
+    bool const isNested = rule.key.size() > key.size() &&
+                          (rule.key[key.size()] == '/' || rule.key[key.size()] == '[');
+    return rule.key.starts_with(key) && (isNested || rule.key.size() == key.size());
+}
+
+} // namespace
+
+DescribeCommand::DescribeCommand(CLI::App& program, Options& options)
+    : Command(program, "describe", "Say what settings are for and what they may hold"),
+      fOptions(options) {
+    Parser()
+        .add_option("KEY", fKeys, "The settings; without any, a line for each that there is")
+        ->type_name("");
+    AddSchema(Parser(), options);
+    AddJson(Parser(), options);
+    AddOptions(Parser(), options);
+    Parser().footer("Examples:\n"
+                    "  joboptions describe\n"
+                    "  joboptions describe ColorImageResolution ColorImageDict/QFactor\n"
+                    "  joboptions describe --json CompatibilityLevel");
+}
+
+Status DescribeCommand::Run() const {
+    pdfsettings::Component const component;
+    auto const rules = ReadSchema(component, fOptions).Settings();
+    Status status = Status::kDone;
+    auto const chosen = fKeys.empty() ? rules : Choose(rules, status);
+    WriteResult(fOptions, fOptions.json ? AsJson(chosen) : AsText(chosen));
+    return status;
+}
+
+std::string DescribeCommand::AsText(std::vector<SettingRule> const& rules) const {
+    return fKeys.empty() ? RuleLines(rules) : RuleParagraphs(rules);
+}
+
+// A default may be nested too deep for JSON.
+std::string DescribeCommand::AsJson(std::vector<SettingRule> const& rules) const {
+    try {
+        return RulesDocument(rules, fOptions.schema);
+    } catch (Failure const& failure) {
+        throw Failure(Status::kBadSchema, failure.what());
+    }
+}
+
+std::vector<SettingRule>
+DescribeCommand::Choose(std::vector<SettingRule> const& rules, Status& status) const {
+    std::vector<SettingRule> chosen;
+    for (std::string const& key : fKeys) {
+        std::size_t const before = chosen.size();
+        std::ranges::copy_if(rules, std::back_inserter(chosen), [&key](SettingRule const& rule) {
+            return IsChosenBy(key, rule);
+        });
+        if (chosen.size() == before) {
+            status = Status::kNo;
+            ReportMissing(key, rules);
+        }
+    }
+    return chosen;
+}
+
+void DescribeCommand::ReportMissing(
+    std::string const& key, std::vector<SettingRule> const& rules) const {
+    if (fOptions.quiet) {
+        return;
+    }
+    std::vector<std::string> keys;
+    std::ranges::transform(rules, std::back_inserter(keys), &SettingRule::key);
+    WriteError(fmt::format(
+        "the schema has no setting {}{}", VisibleText(key), MeantText(Nearest(key, keys))));
+}
+
+} // namespace joboptions

@@ -1,0 +1,117 @@
+#include "tools/joboptions/commands/Options.h"
+
+#include <CLI/CLI.hpp>
+#include <map>
+
+namespace joboptions {
+
+namespace {
+
+bool Has(CLI::App const& command, char const* option) {
+    return command.get_option_no_throw(option) != nullptr;
+}
+
+// Scripts may give every command the same options; where one has nothing to do, help is silent.
+void AddUnused(CLI::App& command, Options& options) {
+    if (!Has(command, "--dry-run")) {
+        AddDryRun(command, options);
+        command.get_option("--dry-run")->group("");
+    }
+    if (!Has(command, "--wait")) {
+        AddSaving(command, options);
+        command.get_option("--wait")->group("");
+        command.get_option("--overwrite-changed")->group("");
+    }
+    if (!Has(command, "--schema")) {
+        AddSchema(command, options);
+        command.get_option("--schema")->group("");
+    }
+    if (!Has(command, "--app")) {
+        AddApplication(command, options, kNamesOfApplication);
+        command.get_option("--app")->group("");
+    }
+}
+
+} // namespace
+
+void AddOptions(CLI::App& command, Options& options) {
+    std::map<std::string, Color> const colors{
+        {"auto", Color::kAuto}, {"always", Color::kAlways}, {"never", Color::kNever}};
+    command.add_flag(
+        "-q,--quiet", options.quiet, "Write no messages; the exit status tells what happened");
+    command
+        .add_option_function<std::string>(
+            "--color",
+            [&options, colors](std::string const& name) { options.color = colors.at(name); },
+            "Colour the output: auto (on a terminal, unless NO_COLOR is set), always or never")
+        ->check(CLI::IsMember(colors))
+        ->type_name("WHEN")
+        ->default_str("auto");
+
+    if (!Has(command, "--output")) {
+        AddOutput(command, options, "Write there, not to standard output");
+    }
+    AddUnused(command, options);
+}
+
+void AddJson(CLI::App& command, Options& options) {
+    command.add_flag("--json", options.json, "Write JSON");
+}
+
+void AddSchema(CLI::App& command, Options& options) {
+    command
+        .add_option(
+            "--schema", options.schema, "Validate with this schema, not with the standard schema")
+        ->type_name("FILE");
+}
+
+void AddOutput(CLI::App& command, Options& options, char const* help) {
+    command.add_option("-o,--output", options.output, help)
+        ->type_name("FILE")
+        ->check(CLI::Validator(
+            [](std::string const& file) { return file.empty() ? "the name is empty" : ""; }, ""));
+}
+
+void AddDryRun(CLI::App& command, Options& options) {
+    command.add_flag("-n,--dry-run", options.dryRun, "Say what would change, and change nothing");
+}
+
+void AddSaving(CLI::App& command, Options& options) {
+    command
+        .add_option(
+            "--wait",
+            options.wait,
+            "Wait this long for other programs that change files in the same folder")
+        ->type_name("SECONDS")
+        ->check(CLI::Range(0.0, 86400.0).description(""))
+        ->default_str("10");
+    command.add_flag(
+        "--overwrite-changed",
+        options.overwriteChanged,
+        "Save even if the file has changed since it was read");
+}
+
+void AddChangeOptions(CLI::App& command, Options& options) {
+    AddOutput(command, options, "Write the changed settings there, and leave FILE as it is");
+    AddDryRun(command, options);
+    AddSaving(command, options);
+    AddSchema(command, options);
+    AddJson(command, options);
+    AddOptions(command, options);
+}
+
+void AddApplication(CLI::App& command, Options& options, char const* help) {
+    command
+        .add_option_function<std::string>(
+            "--app", [&options](std::string const& name) { options.application = name; }, help)
+        ->type_name("NAME");
+}
+
+void AddFile(CLI::App& command, Options& options, std::string& file) {
+    AddApplication(command, options, kNamesOfApplication);
+    command.add_option("FILE", file, "The settings file; - is standard input")
+        ->required()
+        ->type_name("");
+}
+
+} // namespace joboptions

@@ -1,0 +1,64 @@
+#include "tools/joboptions/commands/Output.h"
+
+#include "tools/joboptions/commands/Failure.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <fmt/format.h>
+#include <system_error>
+#include <unistd.h>
+
+namespace joboptions {
+
+namespace {
+
+bool IsSet(char const* variable) {
+    char const* const value = std::getenv(variable);
+    return value != nullptr && *value != '\0';
+}
+
+bool IsDumbTerminal() {
+    char const* const terminal = std::getenv("TERM");
+    return terminal == nullptr || std::string_view(terminal) == "dumb";
+}
+
+// Where errors cannot be told, the exit status still tells.
+void WriteMessage(char const* severity, std::string_view message) {
+    std::string const line = fmt::format("joboptions: {}: {}\n", severity, message);
+    static_cast<void>(std::fwrite(line.data(), 1, line.size(), stderr));
+}
+
+} // namespace
+
+bool UseColor(Color choice) {
+    if (choice != Color::kAuto) {
+        return choice == Color::kAlways;
+    }
+    return isatty(STDOUT_FILENO) != 0 && !IsSet("NO_COLOR") && !IsDumbTerminal();
+}
+
+std::string Colored(std::string_view text, int number, bool color) {
+    return color ? fmt::format("\x1b[{}m{}\x1b[0m", number, text) : std::string(text);
+}
+
+// A full disk may show only when the bytes leave the buffer.
+void WriteOutput(std::string_view text) {
+    errno = 0;
+    bool const isWritten = std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
+    if (!isWritten || std::fflush(stdout) != 0) {
+        throw Failure(
+            Status::kNotWritten,
+            fmt::format("standard output: {}", std::generic_category().message(errno)));
+    }
+}
+
+void WriteError(std::string_view message) {
+    WriteMessage("error", message);
+}
+
+void WriteWarning(std::string_view message) {
+    WriteMessage("warning", message);
+}
+
+} // namespace joboptions

@@ -1,0 +1,32 @@
+// Changing files in place, and writing results to other places.
+#pragma once
+
+#include "tools/joboptions/commands/Failure.h"
+#include "tools/joboptions/commands/Options.h"
+
+#include <functional>
+#include <string>
+
+namespace joboptions {
+
+// Puts a text where the result of a change belongs. Throws Failure as WriteFile.
+using SaveText = std::function<void(std::string const& text)>;
+
+// What a command makes of the text of a file; it may save once.
+using ChangeText = std::function<Status(std::string const& text, SaveText const& save)>;
+
+// Calls change with the text of file. What it saves goes where options say, else over file; "-" is
+// standard output. A file that is changed in place stays locked meanwhile. Throws Failure with
+// Status::kRefused for a lock that cannot be had, with Status::kBadInput when file cannot be read,
+// and whatever change throws.
+Status ChangeFile(std::string const& file, Options const& options, ChangeText const& change);
+
+// Throws Failure with Status::kRefused when the result of a change would be refused: for a
+// read-only file or a planted link.
+void RequireReplaceable(std::string const& file, Options const& options);
+
+// Throws Failure with Status::kWrongCall when standard output would have to take both JSON and the
+// settings.
+void RequireRoom(std::string const& file, Options const& options);
+
+} // namespace joboptions

@@ -1,0 +1,79 @@
+#include "tools/joboptions/commands/UnsetCommand.h"
+
+#include "pdfsettings/Path.h"
+#include "pdfsettings/Splice.h"
+#include "tools/joboptions/commands/Input.h"
+#include "tools/joboptions/commands/MissingKey.h"
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+namespace joboptions {
+
+using pdfsettings::Dictionary;
+
+namespace {
+
+// Throws Failure for keys that cannot be taken out.
+void RequireKeys(
+    std::string const& file, Dictionary const& settings, std::vector<std::string> const& keys) {
+    std::string faults;
+    for (std::string const& key : keys) {
+        if (key == pdfsettings::kTailKey || Find(settings, key) == nullptr) {
+            faults += fmt::format(
+                "{}{}: {}",
+                faults.empty() ? "" : "\n",
+                InputName(file),
+                MissingKeyText(settings, key));
+        }
+    }
+    if (!faults.empty()) {
+        throw Failure(Status::kNo, faults);
+    }
+}
+
+std::string Remove(std::string text, std::vector<std::string> const& keys) {
+    for (std::string const& key : keys) {
+        auto changed = Without(pdfsettings::Document(text), key);
+        if (changed) {
+            text = std::move(*changed);
+        }
+    }
+    return text;
+}
+
+} // namespace
+
+UnsetCommand::UnsetCommand(CLI::App& program, Options& options)
+    : Command(program, "unset", "Take settings out of a file"),
+      fOptions(options) {
+    AddFile(Parser(), options, fFile);
+    Parser().add_option("KEY", fKeys, "Keys, as for get")->required()->type_name("");
+    AddChangeOptions(Parser(), options);
+    Parser().footer("Examples:\n"
+                    "  joboptions unset office.joboptions ColorImageDict\n"
+                    "  joboptions unset -n office.joboptions ColorImageDict/QFactor NeverEmbed");
+}
+
+Status UnsetCommand::Run() const {
+    return EditSettings(fFile, fOptions, [this](Editing const& editing) { return Unset(editing); });
+}
+
+Status UnsetCommand::Unset(Editing const& editing) const {
+    auto const& [component, schema, file, text, save] = editing;
+    auto const settings = ParseSettings(component, file, text, schema.Text());
+    Dictionary const before = settings.Values();
+    RequireKeys(file, before, fKeys);
+    std::string const changed = Remove(text, fKeys);
+    Dictionary after = before;
+    for (std::string const& key : fKeys) {
+        RemoveAt(after, key);
+    }
+    RequireSettings(
+        component, file, changed, after, "no dictionary may be left empty: unset the whole of it");
+    auto findings = ParseSettings(component, file, changed, schema.Text()).Validate();
+    MarkOldFindings(settings, findings);
+    return Finish({file, save, before, after, findings, {}, changed}, fOptions);
+}
+
+} // namespace joboptions

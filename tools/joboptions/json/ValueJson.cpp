@@ -1,0 +1,216 @@
+#include "tools/joboptions/json/ValueJson.h"
+
+#include "tools/joboptions/commands/Failure.h"
+#include "tools/joboptions/commands/Input.h"
+#include "tools/joboptions/text/Utf8.h"
+#include "tools/joboptions/text/ValueText.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+#include <fmt/format.h>
+#include <iterator>
+#include <limits>
+#include <nlohmann/json.hpp>
+#include <string_view>
+#include <variant>
+
+namespace joboptions {
+
+using Json = nlohmann::ordered_json;
+using pdfsettings::Array;
+using pdfsettings::Dictionary;
+using pdfsettings::Value;
+
+namespace {
+
+// Up to here every whole double is a whole number of JSON too.
+constexpr double kLargestWhole = 9007199254740992.0;
+
+std::string Hex(std::string_view bytes) {
+    std::string digits;
+    for (char const byte : bytes) {
+        fmt::format_to(
+            std::back_inserter(digits), "{:02X}", unsigned{static_cast<unsigned char>(byte)});
+    }
+    return digits;
+}
+
+std::optional<std::string> FromHex(std::string_view digits) {
+    std::string bytes;
+    for (std::size_t at = 0; at < digits.size(); at += 2) {
+        unsigned byte = 0;
+        char const* const end = digits.data() + std::min(at + 2, digits.size());
+        auto const [stop, error] = std::from_chars(digits.data() + at, end, byte, 16);
+        if (error != std::errc() || stop != digits.data() + at + 2) {
+            return std::nullopt;
+        }
+        bytes.push_back(static_cast<char>(static_cast<unsigned char>(byte)));
+    }
+    return bytes;
+}
+
+// A value of a kind that is made of one text.
+template <class Kind>
+std::optional<Value> Made(std::optional<std::string> text) {
+    return text ? std::optional<Value>(Kind{std::move(*text)}) : std::nullopt;
+}
+
+// The numbers that JSON has no form for.
+std::optional<Value> NumberFromName(std::string_view name) {
+    for (double const number :
+         {std::numeric_limits<double>::infinity(),
+          -std::numeric_limits<double>::infinity(),
+          std::numeric_limits<double>::quiet_NaN(),
+          -std::numeric_limits<double>::quiet_NaN()}) {
+        if (NumberText(number) == name) {
+            return Value(number);
+        }
+    }
+    return std::nullopt;
+}
+
+class Converter {
+public:
+    // file is named in the message about too deep a nesting.
+    explicit Converter(std::string const& file) : fFile(file) {}
+
+    Json operator()(pdfsettings::Word const& word) const {
+        if (word.text == "true" || word.text == "false") {
+            return word.text == "true";
+        }
+        return "/" + JsonKey(word.text);
+    }
+
+    Json operator()(double number) const {
+        if (!std::isfinite(number)) {
+            return "n:" + NumberText(number);
+        }
+        bool const isWhole = std::trunc(number) == number && std::abs(number) <= kLargestWhole;
+        bool const isNegativeZero = number == 0 && std::signbit(number);
+        if (isWhole && !isNegativeZero) {
+            return static_cast<std::int64_t>(number);
+        }
+        return number;
+    }
+
+    Json operator()(pdfsettings::String const& string) const {
+        bool const isText =
+            IsPlainText(string.bytes) && string.bytes.find('\\') == std::string::npos;
+        return isText ? "u:" + string.bytes : "b:" + Hex(string.bytes);
+    }
+
+    Json operator()(pdfsettings::HexString const& string) const {
+        return IsPlainText(string.text) ? "x:" + string.text : "xb:" + Hex(string.text);
+    }
+
+    Json operator()(pdfsettings::Binary const& data) const { return "b:" + Hex(data.bytes); }
+
+    // The same as the hexadecimal string that holds this text.
+    Json operator()(pdfsettings::Text16 const& text) const {
+        std::string const brackets = OneLine(text);
+        return "x:" + brackets.substr(1, brackets.size() - 2);
+    }
+
+    Json operator()(Array const& array) {
+        Enter();
+        Json elements = Json::array();
+        for (std::size_t index = 0; index < array.Size(); ++index) {
+            elements.push_back(std::visit(*this, array[index].Get()));
+        }
+        --fLevel;
+        return elements;
+    }
+
+    // Keys of a dictionary differ already: they are added without the library's search for each.
+    Json operator()(Dictionary const& dictionary) {
+        Enter();
+        Json object = Json::object();
+        auto& entries = object.get_ref<Json::object_t&>();
+        for (std::size_t place = 0; place < dictionary.Size(); ++place) {
+            entries.emplace_back(
+                JsonKey(dictionary.KeyAt(place)),
+                std::visit(*this, dictionary.ValueAt(place).Get()));
+        }
+        --fLevel;
+        return object;
+    }
+
+private:
+    void Enter() {
+        if (++fLevel > kDeepestJsonLevel) {
+            throw Failure(
+                Status::kBadInput,
+                fmt::format(
+                    "{}: nested deeper than the {} levels that JSON output takes",
+                    InputName(fFile),
+                    kDeepestJsonLevel));
+        }
+    }
+
+    std::string const& fFile;
+    int fLevel = 0;
+};
+
+bool IsDeeper(Json const& value, int levels) {
+    return value.is_structured() &&
+           (levels == 0 || std::ranges::any_of(value, [=](auto const& part) {
+                return IsDeeper(part, levels - 1);
+            }));
+}
+
+} // namespace
+
+Json ToJson(Value const& value, std::string const& file) {
+    return std::visit(Converter(file), value.Get());
+}
+
+std::string JsonText(Json const& document) {
+    // In a deep one, the blanks would take many times as much as the rest.
+    constexpr int kDeepestIndent = 50;
+    int const indent = IsDeeper(document, kDeepestIndent) ? -1 : 2;
+    auto const replace = Json::error_handler_t::replace;
+    return JsonEscapes(document.dump(indent, ' ', /*ensure_ascii=*/false, replace)) + "\n";
+}
+
+std::string JsonKey(std::string_view name) {
+    if (name.starts_with('/') || !IsPlainText(name)) {
+        return "/" + Hex(name);
+    }
+    return std::string(name);
+}
+
+std::optional<std::string> KeyFromJson(std::string_view key) {
+    auto name = key.starts_with('/') ? FromHex(key.substr(1)) : std::optional(std::string(key));
+    // No name holds a NUL byte.
+    return name && name->find('\0') == std::string::npos ? name : std::nullopt;
+}
+
+std::optional<Value> ValueFromJson(std::string_view text, bool isTail) {
+    if (text.starts_with('/')) {
+        return Made<pdfsettings::Word>(KeyFromJson(text.substr(1)));
+    }
+    std::size_t const colon = std::min(text.find(':'), text.size());
+    std::string_view const kind = text.substr(0, colon);
+    std::string_view const rest = text.substr(std::min(colon + 1, text.size()));
+    if (kind == "b" && isTail) {
+        auto bytes = FromHex(rest);
+        return bytes ? std::optional<Value>(
+                           pdfsettings::Binary{pdfsettings::kTailKey, std::move(*bytes)})
+                     : std::nullopt;
+    }
+    if (kind == "b") {
+        return Made<pdfsettings::String>(FromHex(rest));
+    }
+    if (kind == "xb") {
+        return Made<pdfsettings::HexString>(FromHex(rest));
+    }
+    if (kind == "u" || kind == "x") {
+        return kind == "u" ? Value(pdfsettings::String{std::string(rest)})
+                           : Value(pdfsettings::HexString{std::string(rest)});
+    }
+    return kind == "n" ? NumberFromName(rest) : std::nullopt;
+}
+
+} // namespace joboptions

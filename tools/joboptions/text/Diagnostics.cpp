@@ -1,0 +1,241 @@
+#include "tools/joboptions/text/Diagnostics.h"
+
+#include "pdfsettings/Error.h"
+#include "pdfsettings/Path.h"
+#include "tools/joboptions/commands/Input.h"
+#include "tools/joboptions/commands/Output.h"
+#include "tools/joboptions/text/Differences.h"
+#include "tools/joboptions/text/Layout.h"
+#include "tools/joboptions/text/Nearest.h"
+#include "tools/joboptions/text/Utf8.h"
+#include "tools/joboptions/text/ValueText.h"
+
+#include <algorithm>
+#include <fmt/format.h>
+#include <optional>
+#include <regex>
+
+namespace joboptions {
+
+using pdfsettings::Document;
+using pdfsettings::DocumentEntry;
+using pdfsettings::SettingRule;
+using pdfsettings::Severity;
+using pdfsettings::Span;
+
+namespace {
+
+// Where the value at a path stands; for one that is missing, where it belongs.
+Span SpanOf(Document const& document, std::string const& path) {
+    DocumentEntry const* const entry = document.Find(path);
+    if (entry != nullptr) {
+        return entry->value;
+    }
+    std::size_t const slash = path.rfind('/');
+    if (slash != std::string::npos && slash > 0) {
+        Span const parent = SpanOf(document, path.substr(0, slash));
+        return {parent.begin, std::min(parent.begin + 2, parent.end)};
+    }
+    std::size_t const body = document.Body() ? document.Body()->begin : 0;
+    return {body < 2 ? 0 : body - 2, body};
+}
+
+// The rule's form of a path names all elements as "[]".
+SettingRule const* FindRule(std::vector<SettingRule> const& rules, std::string const& key) {
+    static std::regex const kPosition("/[0-9]+(?=/|$)");
+    std::string const ruleKey = std::regex_replace(key, kPosition, "[]");
+    auto const rule = std::ranges::find(rules, ruleKey, &SettingRule::key);
+    return rule == rules.end() ? nullptr : &*rule;
+}
+
+std::vector<std::string> AllowedWords(SettingRule const& rule) {
+    std::vector<std::string> words;
+    for (pdfsettings::Value const& value : rule.allowed) {
+        if (auto const* const word = value.If<pdfsettings::Word>()) {
+            words.push_back(word->text);
+        }
+    }
+    return words;
+}
+
+// As much of a line as can be shown, around the place that is meant.
+struct Excerpt {
+    std::string fLine;
+    std::string fCarets;
+};
+
+Excerpt MakeExcerpt(Document const& document, Span span) {
+    constexpr std::size_t kBefore = 60;
+    constexpr std::size_t kWidth = 120;
+    std::string const& text = document.Text();
+    Span line = document.LineAt(span.begin);
+    span.end = std::clamp(span.end, span.begin, line.end);
+    bool const isCut = span.begin - line.begin > kBefore;
+    line.begin = isCut ? span.begin - kBefore : line.begin;
+    line.end = std::min(line.end, line.begin + kWidth);
+    span.end = std::clamp(span.end, span.begin, line.end);
+    auto const shown = [&text](std::size_t begin, std::size_t end) {
+        std::string bytes = text.substr(begin, end - begin);
+        std::ranges::replace(bytes, '\t', ' ');
+        return VisibleText(bytes);
+    };
+    std::size_t const width = DisplayWidth(shown(span.begin, span.end));
+    return {
+        shown(line.begin, line.end),
+        std::string(DisplayWidth(shown(line.begin, span.begin)), ' ') +
+            std::string(std::max<std::size_t>(width, 1), '^')};
+}
+
+std::string
+DiagnosticLine(std::string const& file, Diagnostic const& diagnostic, std::string const& severity) {
+    return fmt::format(
+        "{}:{}:{}: {}{}{}{} [{}]",
+        InputName(file),
+        diagnostic.place.line,
+        diagnostic.place.column,
+        severity,
+        VisibleText(diagnostic.key),
+        diagnostic.key.empty() ? "" : ": ",
+        VisibleText(diagnostic.message),
+        diagnostic.id);
+}
+
+bool IsOfNumber(Difference const& difference) {
+    auto const isNumber = [](pdfsettings::Value const* value) {
+        return value != nullptr && value->If<double>() != nullptr;
+    };
+    return isNumber(difference.before) && isNumber(difference.after);
+}
+
+std::vector<Diagnostic> RoundedNumbers(
+    Document const& document,
+    pdfsettings::Dictionary const& before,
+    pdfsettings::Dictionary const& after) {
+    std::vector<Diagnostic> diagnostics;
+    for (Difference const& difference : Compare(before, after)) {
+        if (IsOfNumber(difference)) {
+            diagnostics.push_back(MakeDiagnostic(
+                document,
+                Severity::kWarning,
+                "rounded",
+                SpanOf(document, difference.path),
+                difference.path,
+                fmt::format(
+                    "{} is written as {}",
+                    OneLine(*difference.before),
+                    OneLine(*difference.after))));
+        }
+    }
+    return diagnostics;
+}
+
+// key: the setting that is to blame, if it is a single one.
+Diagnostic Unwritable(Document const& document, std::optional<std::string> const& key) {
+    DocumentEntry const* const entry = key ? document.Find(*key) : nullptr;
+    std::size_t const body = document.Body() ? document.Body()->begin : 0;
+    Span const whole{body < 2 ? 0 : body - 2, body};
+    return MakeDiagnostic(
+        document,
+        Severity::kWarning,
+        "unwritable",
+        entry != nullptr ? entry->value : whole,
+        key.value_or(""),
+        entry != nullptr ? "the component writes this so that the file cannot be read again"
+                         : "the component writes this file so that it cannot be read again");
+}
+
+} // namespace
+
+Diagnostic MakeDiagnostic(
+    Document const& document,
+    Severity severity,
+    std::string id,
+    Span span,
+    std::string key,
+    std::string message) {
+    return {
+        severity,
+        std::move(id),
+        span,
+        document.PlaceOf(span.begin),
+        std::move(key),
+        std::move(message)};
+}
+
+std::string NameHint(
+    pdfsettings::Dictionary const& values,
+    std::vector<SettingRule> const& rules,
+    pdfsettings::Finding const& finding) {
+    SettingRule const* const rule = FindRule(rules, finding.key);
+    auto const* const value = pdfsettings::Find(values, finding.key);
+    auto const* const word = value == nullptr ? nullptr : value->If<pdfsettings::Word>();
+    if (rule == nullptr || word == nullptr) {
+        return "";
+    }
+    std::string const nearest = Nearest(word->text, AllowedWords(*rule));
+    return nearest.empty() ? "" : MeantText("/" + nearest);
+}
+
+std::vector<Diagnostic> TextDiagnostics(Document const& document) {
+    std::vector<Diagnostic> diagnostics;
+    for (auto const& [severity, id, span, message] : document.Findings()) {
+        diagnostics.push_back(MakeDiagnostic(document, severity, id, span, "", message));
+    }
+    return diagnostics;
+}
+
+std::vector<Diagnostic> SchemaDiagnostics(
+    Document const& document,
+    std::vector<pdfsettings::Finding> const& findings,
+    std::vector<SettingRule> const& rules) {
+    std::vector<Diagnostic> diagnostics;
+    for (pdfsettings::Finding const& finding : findings) {
+        std::string const hint = diagnostics.size() < kMostHints
+                                     ? NameHint(document.Values(), rules, finding)
+                                     : std::string();
+        diagnostics.push_back(MakeDiagnostic(
+            document,
+            Severity::kError,
+            "value",
+            SpanOf(document, finding.key),
+            finding.key,
+            finding.message + hint));
+    }
+    return diagnostics;
+}
+
+std::vector<Diagnostic> WritingDiagnostics(
+    pdfsettings::Component const& component,
+    Document const& document,
+    pdfsettings::Settings const& settings) {
+    pdfsettings::Dictionary const before = settings.Values();
+    try {
+        auto const written = pdfsettings::Settings::FromText(component, settings.Text());
+        return RoundedNumbers(document, before, written.Values());
+    } catch (pdfsettings::Error const&) {
+        return {Unwritable(document, UnwritableKey(component, before))};
+    }
+}
+
+std::string DiagnosticText(
+    std::string const& file, Document const& document, Diagnostic const& diagnostic, bool color) {
+    auto const [line, carets] = MakeExcerpt(document, diagnostic.span);
+    bool const isError = diagnostic.severity == Severity::kError;
+    int const number = isError ? kRed : kYellow;
+    std::string const severity = Colored(isError ? "error:" : "warning:", number, color) + " ";
+    return fmt::format(
+        "{}\n{:>5} | {}\n      | {}\n",
+        DiagnosticLine(file, diagnostic, severity),
+        diagnostic.place.line,
+        line,
+        carets.substr(0, carets.find('^')) +
+            Colored(carets.substr(carets.find('^')), number, color));
+}
+
+std::string RefusalText(std::string const& file, Document const& document) {
+    auto const diagnostics = TextDiagnostics(document);
+    auto const error = std::ranges::find(diagnostics, Severity::kError, &Diagnostic::severity);
+    return error == diagnostics.end() ? std::string() : DiagnosticLine(file, *error, "");
+}
+
+} // namespace joboptions

@@ -1,0 +1,100 @@
+#include "tools/joboptions/text/Layout.h"
+
+#include "pdfsettings/Error.h"
+#include "tools/joboptions/commands/Failure.h"
+#include "tools/joboptions/commands/Input.h"
+#include "tools/joboptions/text/Differences.h"
+#include "tools/joboptions/text/Utf8.h"
+
+#include <algorithm>
+#include <fmt/format.h>
+
+namespace joboptions {
+
+namespace {
+
+[[noreturn]] void Refuse(std::string const& file, std::string const& reason) {
+    throw Failure(Status::kRefused, fmt::format("{}: {}", InputName(file), reason));
+}
+
+bool IsRounding(Difference const& difference) {
+    return difference.before != nullptr && difference.after != nullptr &&
+           difference.before->If<double>() != nullptr && difference.after->If<double>() != nullptr;
+}
+
+// A file that writes its own tail is read back without one only if that is empty.
+bool IsEmptyOrDefaultTail(Difference const& difference) {
+    auto const* const tail =
+        difference.before == nullptr ? nullptr : difference.before->If<pdfsettings::Binary>();
+    bool const isAdded = difference.before == nullptr;
+    bool const isEmpty = tail != nullptr && tail->bytes.empty();
+    return difference.path == pdfsettings::kTailKey && (isAdded || isEmpty);
+}
+
+bool ReadsBack(pdfsettings::Component const& component, pdfsettings::Dictionary const& values) {
+    try {
+        auto const settings = pdfsettings::Settings::FromValues(component, values);
+        return pdfsettings::Settings::FromText(component, settings.Text()).Values().Size() ==
+               values.Size();
+    } catch (pdfsettings::Error const&) {
+        return false;
+    }
+}
+
+[[noreturn]] void RefuseUnreadable(
+    pdfsettings::Component const& component,
+    pdfsettings::Dictionary const& values,
+    std::string const& file,
+    std::string const& reason) {
+    if (auto const key = UnwritableKey(component, values)) {
+        Refuse(file, fmt::format("{} cannot be written so that it reads back", VisibleText(*key)));
+    }
+    Refuse(file, "what would be written cannot be read again: " + reason);
+}
+
+pdfsettings::Settings ReadBack(
+    pdfsettings::Component const& component,
+    pdfsettings::Settings const& settings,
+    std::string const& file) {
+    try {
+        return pdfsettings::Settings::FromText(component, settings.Text());
+    } catch (pdfsettings::Error const& error) {
+        RefuseUnreadable(component, settings.Values(), file, error.what());
+    }
+}
+
+} // namespace
+
+std::optional<std::string>
+UnwritableKey(pdfsettings::Component const& component, pdfsettings::Dictionary const& values) {
+    for (std::size_t place = 0; place < values.Size(); ++place) {
+        pdfsettings::Dictionary alone;
+        alone.Set(values.KeyAt(place), values.ValueAt(place));
+        alone.Set(pdfsettings::kTailKey, pdfsettings::Binary{pdfsettings::kTailKey, "tail"});
+        if (!ReadsBack(component, alone)) {
+            return values.KeyAt(place);
+        }
+    }
+    return std::nullopt;
+}
+
+std::string LayOut(
+    pdfsettings::Component const& component,
+    pdfsettings::Settings const& settings,
+    std::string const& file) {
+    pdfsettings::Settings const written = ReadBack(component, settings, file);
+    pdfsettings::Dictionary const before = settings.Values();
+    pdfsettings::Dictionary const after = written.Values();
+    auto const differences = Compare(before, after);
+    auto const lost = std::ranges::find_if_not(differences, [](Difference const& difference) {
+        return IsRounding(difference) || IsEmptyOrDefaultTail(difference);
+    });
+    if (lost != differences.end()) {
+        Refuse(
+            file,
+            fmt::format("{} cannot be written so that it reads back", VisibleText(lost->path)));
+    }
+    return written.Text();
+}
+
+} // namespace joboptions
