@@ -90,10 +90,6 @@ private:
 bool ChangeSharedCount(BIBStringAtom& atom, long floor, long change) noexcept {
     std::atomic_ref const refs(atom.fRefs);
     long before = refs.load(std::memory_order_relaxed);
-    if (before > floor && HasOneThread()) {
-        refs.store(before + change, std::memory_order_relaxed);
-        return true;
-    }
     while (before > floor) {
         if (refs.compare_exchange_weak(before, before + change, std::memory_order_release)) {
             return true;
@@ -123,7 +119,7 @@ BIBStringAtom* AtomTable::Search(std::string_view text, std::size_t hash) noexce
 
 BIBStringAtom* AtomTable::Intern(std::string_view text) {
     std::size_t const hash = HashOf(text);
-    ThreadGuard const guard(fLock);
+    std::lock_guard const guard(fLock);
     BIBStringAtom* atom = Search(text, hash);
     if (!atom) {
         atom = Create(text, hash);
@@ -134,7 +130,7 @@ BIBStringAtom* AtomTable::Intern(std::string_view text) {
 
 BIBStringAtom const* AtomTable::Find(std::string_view text) noexcept {
     std::size_t const hash = HashOf(text);
-    ThreadGuard const guard(fLock);
+    std::lock_guard const guard(fLock);
     return Search(text, hash);
 }
 
@@ -187,19 +183,19 @@ void AtomTable::Retain(BIBStringAtom& atom) noexcept {
     if (atom.fIsImmortal) {
         return;
     }
-    if (AddTo(std::atomic_ref(atom.fRefs), 1L) == 0) {
+    if (std::atomic_ref(atom.fRefs).fetch_add(1, std::memory_order_relaxed) == 0) {
         ++fLive;
         Unpark(atom);
     }
 }
 
 void AtomTable::AddFromZero(BIBStringAtom& atom) noexcept {
-    ThreadGuard const guard(fLock);
+    std::lock_guard const guard(fLock);
     Retain(atom);
 }
 
 void AtomTable::DropToZero(BIBStringAtom& atom) noexcept {
-    ThreadGuard const guard(fLock);
+    std::lock_guard const guard(fLock);
     std::atomic_ref const refs(atom.fRefs);
     if (refs.load(std::memory_order_relaxed) <= 0) {
         return;
@@ -240,18 +236,18 @@ void AtomTable::Evict(BIBStringAtom& atom) noexcept {
     }
     *link = atom.fNextInBucket;
     --fCount;
-    FreeResident(&atom, SizeOfAtom(atom.fLength));
+    FreeResident(&atom);
 }
 
 void AtomTable::MakeImmortal(BIBStringAtom& atom) noexcept {
-    ThreadGuard const guard(fLock);
+    std::lock_guard const guard(fLock);
     if (!std::exchange(atom.fIsImmortal, true)) {
         --fLive;
     }
 }
 
 unsigned long AtomTable::CountLive() noexcept {
-    ThreadGuard const guard(fLock);
+    std::lock_guard const guard(fLock);
     return fLive;
 }
 

@@ -59,7 +59,7 @@ bool AddContainerRef(BIBContainer* container) noexcept {
     if (!container || container->fIsInvalid) {
         return false;
     }
-    AddTo(std::atomic_ref(container->fRefs), 1L);
+    std::atomic_ref(container->fRefs).fetch_add(1, std::memory_order_relaxed);
     return true;
 }
 

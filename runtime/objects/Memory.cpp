@@ -1,10 +1,6 @@
 #include "runtime/objects/Memory.h"
 
-#include <algorithm>
 #include <cstdlib>
-#include <cstring>
-
-#include "runtime/objects/BlockPool.h"
 
 namespace bibrt {
 
@@ -31,24 +27,6 @@ BlockHeader* HeaderOf(void* block) noexcept {
     return static_cast<BlockHeader*>(block) - 1;
 }
 
-// Whether size bytes come out of the pool. There, tools that watch memory would not see what is
-// done to a block: builds for them have no pool.
-constexpr bool IsPooled([[maybe_unused]] std::size_t size) noexcept {
-#ifdef BIBRT_BLOCK_POOL
-    return size != 0 && size <= kMaxPooled;
-#else
-    return false;
-#endif
-}
-
-void* NewRaw(std::size_t size) noexcept {
-    return IsPooled(size) ? AllocPooled(size) : std::malloc(size);
-}
-
-void DeleteRaw(void* bytes, std::size_t size) noexcept {
-    IsPooled(size) ? FreePooled(bytes) : std::free(bytes);
-}
-
 bool MayAlloc(std::size_t size) noexcept {
     return !gAllocationPoint.Attempt() && size <= kMaxBlock;
 }
@@ -56,22 +34,8 @@ bool MayAlloc(std::size_t size) noexcept {
 // A block with its header, or null.
 void* NewBlock(std::size_t size) noexcept {
     std::size_t const whole = size + sizeof(BlockHeader);
-    void* const raw = NewRaw(whole);
+    void* const raw = std::malloc(whole);
     return raw ? new (raw) BlockHeader{size} + 1 : nullptr;
-}
-
-void DeleteBlock(void* block) noexcept {
-    BlockHeader* const header = HeaderOf(block);
-    DeleteRaw(header, header->fSize + sizeof(BlockHeader));
-}
-
-void* MoveBlock(void* block, std::size_t size) noexcept {
-    void* const moved = NewBlock(size);
-    if (moved) {
-        std::memcpy(moved, block, std::min(size, BlockSize(block)));
-        DeleteBlock(block);
-    }
-    return moved;
 }
 
 void* ResizeBlock(void* block, std::size_t size) noexcept {
@@ -92,11 +56,11 @@ void* AllocBlock(std::size_t size) noexcept {
 void* AllocResident(std::size_t size) noexcept {
     bool const may = MayAlloc(size);
     CountEnd();
-    return may ? NewRaw(size) : nullptr;
+    return may ? std::malloc(size) : nullptr;
 }
 
-void FreeResident(void* block, std::size_t size) noexcept {
-    DeleteRaw(block, size);
+void FreeResident(void* block) noexcept {
+    std::free(block);
 }
 
 void* ReallocBlock(void* block, std::size_t size) noexcept {
@@ -105,11 +69,7 @@ void* ReallocBlock(void* block, std::size_t size) noexcept {
     }
     bool const may = MayAlloc(size);
     CountEnd();
-    if (!may) {
-        return nullptr;
-    }
-    bool const isLarge = !IsPooled(std::min(size, BlockSize(block)) + sizeof(BlockHeader));
-    return isLarge ? ResizeBlock(block, size) : MoveBlock(block, size);
+    return may ? ResizeBlock(block, size) : nullptr;
 }
 
 void FreeBlock(void* block) noexcept {
@@ -117,7 +77,7 @@ void FreeBlock(void* block) noexcept {
         return;
     }
     CountEnd();
-    DeleteBlock(block);
+    std::free(HeaderOf(block));
 }
 
 std::size_t BlockSize(void const* block) noexcept {

@@ -29,9 +29,9 @@ void FreeBlock(void* block) noexcept;
 std::size_t BlockSize(void const* block) noexcept;
 
 // The same for resident blocks, each known by its first byte: so leak checkers see that they are
-// held. Their size comes with the end.
+// held.
 void* AllocResident(std::size_t size) noexcept;
-void FreeResident(void* block, std::size_t size) noexcept;
+void FreeResident(void* block) noexcept;
 
 // The blocks that count as live.
 unsigned long CountLiveBlocks() noexcept;
@@ -66,8 +66,8 @@ public:
         }
         return static_cast<T*>(block);
     }
-    void deallocate(T* block, std::size_t count) noexcept {
-        kUse == BlockUse::kCaller ? FreeBlock(block) : FreeResident(block, count * sizeof(T));
+    void deallocate(T* block, std::size_t /*count*/) noexcept {
+        kUse == BlockUse::kCaller ? FreeBlock(block) : FreeResident(block);
     }
     // NOLINTEND(readability-identifier-naming, bugprone-sizeof-expression)
 

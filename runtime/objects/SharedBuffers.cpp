@@ -61,7 +61,7 @@ unsigned long GetSize(BIBSharedBuffer* buffer) {
 
 void AddBufferRef(BIBSharedBuffer* buffer) noexcept {
     if (buffer) {
-        AddTo(std::atomic_ref(buffer->fRefs), 1L);
+        std::atomic_ref(buffer->fRefs).fetch_add(1, std::memory_order_relaxed);
     }
 }
 
