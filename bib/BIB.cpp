@@ -6,7 +6,6 @@
 #include "bib/BIBData.h"
 #include "bib/BIBError.h"
 #include "bib/BIBFilter.h"
-#include "bib/BIBStaticCache.h"
 #include "bib/BIBStream.h"
 #include "bib/LazyTerminate.h"
 

@@ -1,11 +1,11 @@
 #include "bib/BIBClient.h"
 
+#include "bib/BIBCache.h"
 #include "bib/BIBContainer.h"
 #include "bib/BIBError.h"
 #include "bib/BIBInterfaceClient.h"
 #include "bib/BIBMemory.h"
-#include "bib/BIBStaticCache.h"
-#include "bib/BIBStringTraits.h"
+#include "bib/BIBStringAtom.h"
 #include "bib/LazyTerminate.h"
 
 namespace BIB_T_NMT {
@@ -102,6 +102,14 @@ int BIBUnregisterInterface(char const* interfaceName) {
 
 int BIBReportError(char const* message) {
     return gErrorProc != nullptr ? gErrorProc(message) : 0;
+}
+
+void* CBIBClientBase::operator new(std::size_t size) {
+    return CBIBMemory::Alloc(size);
+}
+
+void CBIBClientBase::operator delete(void* block) noexcept {
+    CBIBMemory::Free(block);
 }
 
 } // namespace BIB_T_NMT

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "bib/BIBErrorTraits.h"
+#include "bib/BIBInterfaceClient.h"
 
 namespace BIB_T_NMT {
 

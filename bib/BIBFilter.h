@@ -1,7 +1,7 @@
 // Placeholders for the runtime's filters: sinks that data is written through.
 #pragma once
 
-#include "bib/BIBClientBase.h"
+#include "bib/BIBClient.h"
 
 namespace BIB_T_NMT {
 

@@ -1,6 +1,8 @@
 // The bound tables of the core interfaces, checked against the runtime's unregister counter.
 #pragma once
 
+#include "api/BIBErrorInterface.h"
+#include "api/BIBStringInterface.h"
 #include "bib/BIBClient.h"
 #include "bib/BIBError.h"
 #include "bib/BIBTable.h"
@@ -101,3 +103,11 @@ Table const* Renew(Table const*& known, Table const* bound) noexcept {
     using Interface = Traits
 
 // NOLINTEND(bugprone-macro-parentheses)
+
+namespace BIB_T_NMT {
+
+// The bound tables that the handles on atoms and errors call.
+BIB_DECLARE_INTERFACE(BIBStringInterface, BIBStringTraits, BIB_STRING_INTERFACE_ROWS, 4);
+BIB_DECLARE_INTERFACE(BIBErrorInterface, BIBErrorTraits, BIB_ERROR_INTERFACE_ROWS, 8);
+
+} // namespace BIB_T_NMT

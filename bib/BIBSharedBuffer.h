@@ -4,9 +4,9 @@
 #include <limits>
 
 #include "api/BIBSharedBuffInterface.h"
-#include "bib/BIBClientBase.h"
+#include "bib/BIBClient.h"
 #include "bib/BIBInterfaceClient.h"
-#include "bib/BIBMemoryBuffer.h"
+#include "bib/BIBMemory.h"
 
 namespace BIB_T_NMT {
 

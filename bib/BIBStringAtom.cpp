@@ -1,7 +1,7 @@
 #include "bib/BIBStringAtom.h"
 
+#include "bib/BIBInterfaceClient.h"
 #include "bib/BIBMemory.h"
-#include "bib/BIBStringTraits.h"
 
 namespace BIB_T_NMT {
 

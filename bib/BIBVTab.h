@@ -157,3 +157,21 @@ struct TBIB2VTabList {
     static_assert(sizeof(Table) == (rowCount) * sizeof(void*)); \
     return BIBLoadMethodTable( \
         kRows, rowCount, container, mustExist, reinterpret_cast<void**>(table))
+
+namespace BIB_T_NMT {
+
+// Empties Cache with the binding.
+template <auto& Cache>
+class TVTabTerminate : public LazyTerminate {
+public:
+    void Terminate() override { Cache.DeleteAllElements(); }
+};
+
+// The same, and can walk away from the cache's entries.
+template <auto& Cache>
+class TVTabForgetfulTerminate : public TVTabTerminate<Cache> {
+public:
+    void Kill() override { Cache.ForgetElements(); }
+};
+
+} // namespace BIB_T_NMT

@@ -1,7 +1,7 @@
 // A second life cycle for static objects: set up and torn down with the binding to the runtime.
 #pragma once
 
-#include "bib/BIBClientBase.h"
+#include "bib/BIBClient.h"
 #include "bib/DoubleLinkedList.h"
 
 namespace BIB_T_NMT {

@@ -1,14 +1,9 @@
 // The static objects of the POS client. They stand together because the order of their construction
 // matters, and behind those of the BIB client.
 
-#include "bib/POSArray.h"
-#include "bib/POSBinData.h"
-#include "bib/POSDict.h"
-#include "bib/POSDictIterator.h"
-#include "bib/POSNumber.h"
+#include "bib/POSCollections.h"
 #include "bib/POSObject.h"
-#include "bib/POSString.h"
-#include "bib/POSUnicodeString.h"
+#include "bib/POSScalars.h"
 #include "bib/POSValidator.h"
 
 namespace BIB_T_NMT {

@@ -1,7 +1,15 @@
-// The exception of the value handles.
+// The exceptions of the value handles: a message and nothing else.
 #pragma once
 
-#include "bib/BRVException.h"
+class BRVExceptionNoOpParent {};
+
+// An exception that carries a text. The text is kept by pointer: it must outlive the exception.
+class BRVException : public BRVExceptionNoOpParent {
+public:
+    explicit BRVException(char const* message) noexcept : fMessage(message) {}
+
+    char const* fMessage;
+};
 
 namespace BIB_T_NMT {
 

@@ -10,7 +10,7 @@
 #include "api/POSObjectInterface.h"
 #include "bib/BIBContainer.h"
 #include "bib/BIBGlobalProcs.h"
-#include "bib/VTabTerminate.h"
+#include "bib/BIBVTab.h"
 
 namespace BIB_T_NMT {
 

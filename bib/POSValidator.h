@@ -4,8 +4,8 @@
 #include "api/POSValidatorInterface.h"
 #include "bib/BIBContainer.h"
 #include "bib/BIBGlobalProcs.h"
-#include "bib/POSDict.h"
-#include "bib/VTabTerminate.h"
+#include "bib/BIBVTab.h"
+#include "bib/POSCollections.h"
 
 namespace BIB_T_NMT {
 

@@ -5,7 +5,7 @@
 // comes of a fault that it has, and blames that.
 #pragma once
 
-#include "pdfsettings/TextFinding.h"
+#include "pdfsettings/Document.h"
 
 #include <optional>
 #include <string>

@@ -4,7 +4,7 @@
 // place in it, or at its end, is always one into the buffer.
 #pragma once
 
-#include "pdfsettings/TextFinding.h"
+#include "pdfsettings/Document.h"
 #include "platform/RepeatedSearch.h"
 
 #include <string>

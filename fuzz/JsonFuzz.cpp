@@ -1,6 +1,6 @@
 // What is read from JSON is written so that it is read as the same again, and nothing hides in it.
 #include "fuzz/Require.h"
-#include "tools/joboptions/commands/Failure.h"
+#include "tools/joboptions/commands/Output.h"
 #include "tools/joboptions/json/JsonDocuments.h"
 #include "tools/joboptions/json/JsonReader.h"
 #include "tools/joboptions/text/Utf8.h"

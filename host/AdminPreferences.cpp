@@ -2,8 +2,7 @@
 
 #include "api/SettingsPlaces.h"
 #include "host/detail/CFRef.h"
-#include "host/detail/FolderPath.h"
-#include "platform/CFCollections.h"
+#include "host/detail/FilePath.h"
 #include "platform/CFPropertyList.h"
 #include "platform/CFURL.h"
 #include "platform/FileManager.h"

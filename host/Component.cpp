@@ -1,7 +1,8 @@
 #include "pdfsettings/Component.h"
-
 #include "api/BIBRuntime.h"
 #include "host/detail/RunningComponent.h"
+#include "host/detail/SettingsState.h"
+#include "pdfsettings/RawAccess.h"
 
 #include <dlfcn.h>
 #include <unistd.h>
@@ -29,6 +30,20 @@ Component::~Component() = default;
 
 long Component::Version() const {
     return fRunning->Version();
+}
+
+RawAccess::RawAccess(Component const& component)
+    : fRunning(component.fRunning),
+      fTurn(std::make_unique<detail::Turn>(*fRunning)) {}
+
+RawAccess::~RawAccess() = default;
+
+BIBLookupProc RawAccess::Lookup() const noexcept {
+    return &BIBRuntimeLookup;
+}
+
+::PDFSettings* RawAccess::Object(Settings const& settings) const noexcept {
+    return settings.fState->Get();
 }
 
 } // namespace pdfsettings

@@ -1,9 +1,9 @@
 #include "pdfsettings/Schema.h"
 
 #include "api/BIBRuntime.h"
-#include "host/detail/ReadValues.h"
 #include "host/detail/Ref.h"
 #include "host/detail/RunningComponent.h"
+#include "host/detail/RuntimeValues.h"
 #include "host/detail/SchemaSettings.h"
 #include "pdfsettings/Component.h"
 

@@ -1,11 +1,9 @@
 #include "pdfsettings/Settings.h"
 
-#include "host/detail/BuildValues.h"
 #include "host/detail/FilePath.h"
 #include "host/detail/NamespacePositions.h"
-#include "host/detail/ReadStream.h"
-#include "host/detail/ReadValues.h"
 #include "host/detail/ReportChannel.h"
+#include "host/detail/RuntimeValues.h"
 #include "host/detail/SettingsState.h"
 #include "host/save/FolderLock.h"
 #include "pdfsettings/Component.h"

@@ -1,11 +1,10 @@
 #include "pdfsettings/SettingsList.h"
 
-#include "host/detail/ApplicationName.h"
-#include "host/detail/FolderPath.h"
-#include "host/detail/ReadValues.h"
+#include "host/detail/FilePath.h"
 #include "host/detail/Ref.h"
 #include "host/detail/ReportChannel.h"
 #include "host/detail/RunningComponent.h"
+#include "host/detail/RuntimeValues.h"
 #include "pdfsettings/Component.h"
 #include "pdfsettings/Error.h"
 #include "pdfsettings/Value.h"

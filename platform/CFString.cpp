@@ -10,9 +10,8 @@
 
 #include <utf8.h>
 
-#include "platform/CFStringObject.h"
-#include "platform/MacRoman.h"
-#include "platform/Utf8.h"
+#include "platform/CFObject.h"
+#include "platform/Encodings.h"
 
 namespace {
 

@@ -6,11 +6,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "platform/CreatedFile.h"
 #include "platform/FileManager.h"
 #include "platform/FileSizeSignal.h"
 #include "platform/FileStatus.h"
-#include "platform/SystemErrors.h"
+#include "platform/NewFiles.h"
 
 using platform::CodeOf;
 using platform::CodeOfResult;

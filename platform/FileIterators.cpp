@@ -8,7 +8,6 @@
 #include "platform/FileManager.h"
 #include "platform/FileNames.h"
 #include "platform/FileStatus.h"
-#include "platform/SystemErrors.h"
 
 using platform::AtService;
 using platform::CodeOf;

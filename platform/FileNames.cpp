@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "platform/Utf8.h"
+#include "platform/Encodings.h"
 
 namespace platform {
 

@@ -1,12 +1,10 @@
 // Creating and deleting files and folders.
 #include <unistd.h>
 
-#include "platform/CreatedFile.h"
 #include "platform/FileManager.h"
 #include "platform/FileNames.h"
 #include "platform/FileStatus.h"
-#include "platform/NewFolders.h"
-#include "platform/SystemErrors.h"
+#include "platform/NewFiles.h"
 
 using platform::AtService;
 using platform::CodeOfResult;

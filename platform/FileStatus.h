@@ -1,12 +1,19 @@
-// What the system knows of a file, and opening one. Private to the platform layer.
+// What the system knows of a file, opening one, and the system's errors as result codes. Private to
+// the platform layer.
 #pragma once
+
+#include "platform/FileManager.h"
 
 #include <string>
 #include <sys/stat.h>
 
-#include "platform/FileManager.h"
-
 namespace platform {
+
+// The code for an errno value.
+OSErr CodeOf(int error) noexcept;
+
+// noErr for a result that is not negative, else the code for errno.
+OSErr CodeOfResult(long result) noexcept;
 
 // The status of an item: of a link's target, or of the link itself if it leads nowhere.
 class FileStatus {

@@ -8,8 +8,7 @@
 #include "platform/FileManager.h"
 #include "platform/FileNames.h"
 #include "platform/FileStatus.h"
-#include "platform/NewFolders.h"
-#include "platform/SystemErrors.h"
+#include "platform/NewFiles.h"
 
 using platform::AtService;
 using platform::FileStatus;

@@ -3,7 +3,7 @@
 
 #include <utility>
 
-#include "bib/BIBClientBase.h"
+#include "bib/BIBClient.h"
 #include "platform/CFBase.h"
 
 // One counted reference of the type T, or none.

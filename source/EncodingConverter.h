@@ -1,9 +1,12 @@
 // Conversion of texts from one encoding to another, through the platform's string service.
 #pragma once
 
-#include "bib/BIBClientBase.h"
+#include "api/UnicodeEncoding.h"
+#include "bib/BIBClient.h"
 #include "bib/BIBSharedBuffer.h"
 #include "platform/CFString.h"
+
+#include <span>
 
 namespace UnicodeEncodingNS {
 
@@ -43,5 +46,10 @@ template <
     class Target,
     CFStringEncoding TargetEncoding>
 Target EncodingConverter(Source const& source);
+
+// A 16-bit string of units, all of which belong to it, with a mark at its head as all strings have
+// that are made of texts: one that begins with a mark keeps that too, and is not swapped. Throws
+// CBIBError.
+BIB_T_NMT::CPOSUnicodeString ExactString(std::span<unsigned short const> units);
 
 } // namespace UnicodeEncodingNS

@@ -1,23 +1,51 @@
-// The list of settings files, as it grows.
+// The list of settings files, as it grows, and its records.
 //
-// An entry is a dictionary:
+// A record is a dictionary:
 //     SettingsName  16-bit string: the name to show. Missing for an item whose own name is shorter
 //                   than the extension
 //     FullFilePath  16-bit string: the absolute path
 //     ReadOnly      number: 1 for a file that must not be written
-//     ModDate       binary data "Apple_UTCDateTime": the file's UTCDateTime, 8 bytes as in memory
-//     ShowHide      the file's entry in the cloak table itself; only where there is one
+//     ModDate       binary data "Apple_UTCDateTime": the UTCDateTime of the file, 8 bytes as in
+//     memory ShowHide      the entry of the file in the cloak table itself; only where there is one
 #pragma once
+
+#include "bib/BIBClient.h"
+#include "bib/BIBStringAtom.h"
+#include "bib/POSCollections.h"
+#include "platform/FileManager.h"
 
 #include <string>
 #include <unordered_set>
 
-#include "bib/BIBClientBase.h"
-#include "bib/POSArray.h"
-#include "bib/POSDict.h"
-#include "source/SettingsFileInfo.h"
-
 namespace PDFSettingsImpl {
+
+inline constexpr char kSettingsName[] = "SettingsName";
+
+// The keys of a record, made once for all records of a list. Throws CBIBError.
+struct SettingsFileInfoKeys {
+    BIB_T_NMT::CBIBStringAtom const fSettingsName{kSettingsName};
+    BIB_T_NMT::CBIBStringAtom const fFullFilePath{"FullFilePath"};
+    BIB_T_NMT::CBIBStringAtom const fReadOnly{"ReadOnly"};
+    BIB_T_NMT::CBIBStringAtom const fModDate{"ModDate"};
+    BIB_T_NMT::CBIBStringAtom const fShowHide{"ShowHide"};
+};
+
+// The extension of settings files, 11 units.
+// NOLINTNEXTLINE(readability-identifier-naming): the name that it has always had
+inline constexpr unsigned short unicode_joboptions[] = {
+    '.', 'j', 'o', 'b', 'o', 'p', 't', 'i', 'o', 'n', 's'};
+inline constexpr unsigned long kExtensionLength = 11;
+static_assert(sizeof unicode_joboptions == kExtensionLength * sizeof(unsigned short));
+
+// Makes the record of an item from its path (NUL-terminated UTF-8), its name and its catalog
+// information: node flags, permissions and content modification. False for what is no settings
+// file. Throws CBIBError.
+bool MakeSettingsFileInfo(
+    SettingsFileInfoKeys const& keys,
+    char const* path,
+    HFSUniStr255 const& name,
+    FSCatalogInfo const& catalogInfo,
+    BIB_T_NMT::CPOSDict* info);
 
 enum ForWhichDirectory : int { kAdminSettingsDirectory = 0, kUserSettingsDirectory = 1 };
 

@@ -1,13 +1,14 @@
-// Which settings files there are.
+// Which settings files there are: the listing, and its way over the file service.
 #pragma once
 
-#include <memory>
-
 #include "api/UnicodeEncoding.h"
-#include "bib/BIBClientBase.h"
-#include "bib/POSArray.h"
+#include "bib/BIBClient.h"
+#include "bib/POSCollections.h"
+#include "external/MoreFilesX/FSIterateContainer.h"
 #include "source/FileListBuilder.h"
 #include "source/SettingsDataStore.h"
+
+#include <memory>
 
 namespace PDFSettingsImpl {
 
@@ -58,6 +59,27 @@ private:
     static IFileMgmt* Construct(SettingsDataStore const* store);
 
     std::unique_ptr<IFileMgmt> fImplementation;
+};
+
+// Adds the item that a walk has come to, if it is a settings file, to the FileListBuilder userData.
+// Never ends the walk, and never throws: an item that cannot be recorded is left out.
+Boolean CallbackIterProc(
+    Boolean containerChanged,
+    ItemCount level,
+    FSCatalogInfo const* info,
+    FSRef const* ref,
+    FSSpec const* spec,
+    HFSUniStr255 const* name,
+    void* userData) noexcept;
+
+class FileMgmt_Mac : public FileMgmtBase {
+public:
+    using FileMgmtBase::FileMgmtBase;
+
+    void GetFilesInDirectory(
+        UnicodeEncodingNS::Unicode16 const& directory,
+        unsigned long maxLevels,
+        FileListBuilder& builder) const override;
 };
 
 } // namespace PDFSettingsImpl

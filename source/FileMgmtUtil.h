@@ -1,9 +1,29 @@
-// Settings folders, files and their time stamps. No state; every function may throw CBIBError.
+// Settings folders, files and their time stamps, and paths at the door of the file service. No
+// state.
 #pragma once
 
 #include "api/SettingsPlaces.h"
 #include "api/UnicodeEncoding.h"
-#include "bib/BIBMemoryBuffer.h"
+#include "bib/BIBMemory.h"
+#include "platform/FileManager.h"
+
+namespace UnicodeEncodingNS {
+
+// The file or folder at path. The service's code; bdNamErr for a path with a zero unit in it, which
+// would be cut short. Throws CBIBError.
+OSErr MakeRef(Unicode16 const& path, FSRef* ref);
+
+// The parts of a path: the folder with its last slash, and the name behind it.
+struct SplitPath {
+    Unicode16 fFolder;
+    Buffer16 fName;
+};
+
+// Takes path apart at its last slash. Without one, and for a path that ends in one, the name is
+// empty. A byte order mark that a part begins with is not of its text. Throws CBIBError.
+SplitPath Split(Unicode16 const& path);
+
+} // namespace UnicodeEncodingNS
 
 // The first place of unit in a zero-terminated text, or null; null for a zero unit.
 unsigned short const* my_wcschr(unsigned short const* text, unsigned short unit) noexcept;

@@ -6,7 +6,7 @@
 #include <limits>
 #include <optional>
 
-#include "bib/BIBMemoryBuffer.h"
+#include "bib/BIBMemory.h"
 
 using BIB_T_NMT::CBIBMemory;
 using BIB_T_NMT::CBIBPositionableStream;

@@ -5,8 +5,8 @@
 #include <string_view>
 
 #include "bib/BIBMemory.h"
-#include "bib/POSArray.h"
-#include "bib/POSNumber.h"
+#include "bib/POSCollections.h"
+#include "bib/POSScalars.h"
 #include "format/NumberText.h"
 #include "source/FarSearches.h"
 #include "source/PDFSettingsError.h"

@@ -8,11 +8,10 @@
 // leaves the cursor inside that entry.
 #pragma once
 
-#include "bib/BIBClientBase.h"
-#include "bib/POSBinData.h"
-#include "bib/POSDict.h"
+#include "bib/BIBClient.h"
+#include "bib/POSCollections.h"
 #include "bib/POSObject.h"
-#include "bib/POSString.h"
+#include "bib/POSScalars.h"
 #include "platform/StackRoom.h"
 
 namespace JoboptionsParserUtils {

@@ -4,12 +4,8 @@
 #include <cstring>
 #include <string_view>
 
-#include "bib/POSArray.h"
-#include "bib/POSBinData.h"
-#include "bib/POSDict.h"
-#include "bib/POSDictIterator.h"
-#include "bib/POSNumber.h"
-#include "bib/POSString.h"
+#include "bib/POSCollections.h"
+#include "bib/POSScalars.h"
 #include "platform/StackRoom.h"
 #include "source/JoboptionsNumberWriter.h"
 #include "source/JoboptionsReader.h"

@@ -8,7 +8,7 @@
 // thread.
 #pragma once
 
-#include "bib/BIBClientBase.h"
+#include "bib/BIBClient.h"
 #include "bib/BIBStream.h"
 #include "bib/POSObject.h"
 

@@ -1,7 +1,7 @@
 // The settings of other products that a set carries in its array "OtherNamespaces".
 #pragma once
 
-#include "bib/POSDict.h"
+#include "bib/POSCollections.h"
 
 namespace PDFSettingsImpl {
 

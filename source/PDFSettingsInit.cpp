@@ -3,7 +3,7 @@
 #include "api/PDFSettings.h"
 
 #include "bib/BIBClient.h"
-#include "source/PDFSettingsRegistration.h"
+#include "source/PDFSettingsInterface.h"
 
 namespace {
 

@@ -1,9 +1,15 @@
+// What the class answers without an object.
 #include "source/PDFSettingsInterface.h"
 
+#include "bib/BIBClient.h"
+#include "bib/BIBTable.h"
 #include "source/Boundary.h"
+#include "source/FileMgmt.h"
 #include "source/PDFSettingsError.h"
-#include "source/PDFSettingsFile.h"
-#include "source/PDFSettingsStream.h"
+#include "source/PDFSettingsObject.h"
+
+#include <iterator>
+#include <memory>
 
 using BIB_T_NMT::CBIBPositionableStream;
 using BIB_T_NMT::CPOSArray;
@@ -95,6 +101,94 @@ BIBError* _PDFSettingsWriteProc_Write(PDFSettings* settings, BIBSharedBuffer* pa
     return AtBoundary(makeError, [=]() -> BIBError* {
         return PDFSettingsObject::GetInstance(settings)->Write(MakePath(path));
     });
+}
+
+} // namespace PDFSettingsImpl
+
+using BIB_T_NMT::CPOSArray;
+
+namespace PDFSettingsImpl {
+
+BIBSharedBuffer*
+_PDFSettingsGetDefaultPDFSettingsDirectoryProc_GetDefaultPDFSettingsDirectory() noexcept {
+    return AtBoundary(kNullOnFailure, []() -> BIBSharedBuffer* {
+        return PDFSettingsObject::GetDefaultPDFSettingsDirectory()
+            .GetString(UnicodeEncodingNS::kByteOrderBigEndian, /*terminate=*/true, /*mark=*/true)
+            .GetSharedBuffer();
+    });
+}
+
+POSArray* _PDFSettingsGetListofPDFSettingsProc_GetListofPDFSettings(char const* appName) noexcept {
+    return AtBoundary(kNullOnFailure, [=]() -> POSArray* {
+        CPOSArray list = PDFSettingsObject::GetListofPDFSettings(appName);
+        return reinterpret_cast<POSArray*>(list.UnownedReturn());
+    });
+}
+
+UnicodeEncodingNS::Unicode16 PDFSettingsObject::GetDefaultPDFSettingsDirectory() {
+    std::unique_ptr<SettingsDataStore> const store(SettingsDataStore::Create());
+    ThrowIfFalse(
+        store != nullptr,
+        "PDFSettingsObject::GetDefaultPDFSettingsDirectory: Failed to get data store");
+    return store->GetUserSettingsDirectory();
+}
+
+BIB_T_NMT::CPOSArray PDFSettingsObject::GetListofPDFSettings(char const* appName) {
+    constexpr unsigned long kOwnItemsOnly = 1;
+    std::unique_ptr<SettingsDataStore> const store(SettingsDataStore::Create());
+    ThrowIfFalse(
+        store != nullptr, "PDFSettingsObject::GetListofPDFSettings: Failed to get data store");
+    FileMgmt const files(store.get());
+    return files.GetFilesInWorkingDirectory(kOwnItemsOnly, appName);
+}
+
+} // namespace PDFSettingsImpl
+
+using BIB_T_NMT::_t_BIBFTabRegEntry;
+
+namespace PDFSettingsImpl {
+
+namespace {
+
+constexpr char kStaticsName[] = "PDFSettingsStatics";
+constexpr char kVirtualInterfaceName[] = "PDFSettingsVirtualInterface";
+
+template <unsigned long Size>
+bool Register(_t_BIBFTabRegEntry const (&rows)[Size], char const* interfaceName) {
+    // The closing row is not registered.
+    return BIB_T_NMT::BIBRegisterProcTable(rows, Size - 1, interfaceName) != 0;
+}
+
+} // namespace
+
+// The address of a boundary procedure, checked against its proc type.
+#define BIB_TABLE_PROC(operation, procType) \
+    {#operation, \
+     #procType, \
+     reinterpret_cast<void*>(static_cast<procType>(&_##procType##_##operation))},
+
+bool RegisterPDFSettingsStaticsProcs() {
+    static _t_BIBFTabRegEntry const kRows[] = {
+        PDF_SETTINGS_STATICS_ROWS(BIB_TABLE_PROC){"", "", nullptr}};
+    static_assert(std::size(kRows) == 2 + 1);
+    return Register(kRows, kStaticsName);
+}
+
+bool RegisterPDFSettingsInterfaceProcs() {
+    static _t_BIBFTabRegEntry const kRows[] = {
+        PDF_SETTINGS_INTERFACE_ROWS(BIB_TABLE_PROC){"", "", nullptr}};
+    static_assert(std::size(kRows) == 9 + 1);
+    return Register(kRows, PDFSettingsObject::GetInterfaceName());
+}
+
+bool RegisterPDFSettingsImpl() {
+    return RegisterPDFSettingsStaticsProcs() && RegisterPDFSettingsInterfaceProcs();
+}
+
+void UnregisterPDFSettingsImpl() {
+    BIB_T_NMT::BIBUnregisterInterface(kStaticsName);
+    BIB_T_NMT::BIBUnregisterInterface(PDFSettingsObject::GetInterfaceName());
+    BIB_T_NMT::BIBUnregisterInterface(kVirtualInterfaceName);
 }
 
 } // namespace PDFSettingsImpl

@@ -1,5 +1,6 @@
-// The boundary procedures on settings objects: what stands behind the rows of
-// PDF_SETTINGS_INTERFACE_ROWS in api/PDFSettings.h, where each is described. None throws.
+// The boundary procedures: what stands behind PDF_SETTINGS_INTERFACE_ROWS and
+// PDF_SETTINGS_STATICS_ROWS in api/PDFSettings.h, where each is described; and the tables that they
+// are registered in.
 #pragma once
 
 #include "api/PDFSettings.h"
@@ -28,5 +29,19 @@ POSArray* _PDFSettingsIsPDFSettingsValidProc_IsPDFSettingsValid(PDFSettings* set
 int _PDFSettingsIsDirtyProc_IsDirty(PDFSettings* settings) noexcept;
 
 BIBError* _PDFSettingsWriteProc_Write(PDFSettings* settings, BIBSharedBuffer* path) noexcept;
+
+BIBSharedBuffer*
+_PDFSettingsGetDefaultPDFSettingsDirectoryProc_GetDefaultPDFSettingsDirectory() noexcept;
+
+POSArray* _PDFSettingsGetListofPDFSettingsProc_GetListofPDFSettings(char const* appName) noexcept;
+
+// Registers "PDFSettingsStatics" and then "PDFSettingsInterface". False when a row is refused; what
+// was registered before stays so. REQUIRES: the client layer is bound, here and below.
+bool RegisterPDFSettingsImpl();
+bool RegisterPDFSettingsStaticsProcs();
+bool RegisterPDFSettingsInterfaceProcs();
+
+// Unregisters both, and then "PDFSettingsVirtualInterface".
+void UnregisterPDFSettingsImpl();
 
 } // namespace PDFSettingsImpl

@@ -1,13 +1,14 @@
 #include "source/PDFSettingsObject.h"
 
-#include <cstring>
-
 #include "bib/BIBContainer.h"
 #include "bib/BIBStringAtom.h"
-#include "bib/POSDictIterator.h"
+#include "bib/POSCollections.h"
+#include "source/FileMgmtUtil.h"
 #include "source/PDFSettingsError.h"
 #include "source/PDFSettingsParser.h"
 #include "source/WholeFile.h"
+
+#include <cstring>
 
 using BIB_T_NMT::CBIBContainer;
 using BIB_T_NMT::CBIBError;
@@ -86,6 +87,33 @@ PDFSettingsObject* PDFSettingsObject::GetInstance(PDFSettings const* container) 
     CBIBStringAtom const instanceName(GetInstanceName());
     return BIB_T_NMT::TBIBGetInstance<PDFSettingsObject>(
         reinterpret_cast<BIBContainer const*>(container), instanceName);
+}
+
+PDFSettingsFile::PDFSettingsFile(UnicodeEncodingNS::Unicode16 const& path, char const* schema)
+    : PDFSettingsStream(ConvertFileToBIBStream(path), schema) {
+    fPath = path;
+    fTimeStamp = FileMgmtUtil::GetTimeStamp(path);
+}
+
+BIB_T_NMT::CBIBPositionableStream
+PDFSettingsFile::ConvertFileToBIBStream(UnicodeEncodingNS::Unicode16 const& path) {
+    return BIB_T_NMT::CBIBPositionableStream(UnicodeEncodingNS::ReadFile<CPDFSettingsError>(path));
+}
+
+} // namespace PDFSettingsImpl
+
+using BIB_T_NMT::CBIBPositionableStream;
+
+namespace PDFSettingsImpl {
+
+// The text is read before the base is built, so a refusal leaves nothing to destroy.
+PDFSettingsStream::PDFSettingsStream(CBIBPositionableStream const& stream, char const* schema)
+    : PDFSettingsObject(ConvertJobOptionsToCPOSDict(stream, schema), schema),
+      fStream(stream) {}
+
+BIB_T_NMT::CPOSDict PDFSettingsStream::ConvertJobOptionsToCPOSDict(
+    CBIBPositionableStream const& stream, char const* /*schema*/) {
+    return PDFSettingsParser(stream).GetPDFSettings();
 }
 
 } // namespace PDFSettingsImpl

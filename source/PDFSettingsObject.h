@@ -1,14 +1,14 @@
-// A set of settings: the dictionary, the schema that it is judged by, and the file that it met.
+// Sets of settings: the dictionary, the schema that it is judged by, and the file or stream that it
+// comes from.
 #pragma once
 
 #include "api/PDFSettings.h"
 #include "api/UnicodeEncoding.h"
-#include "bib/BIBClientBase.h"
+#include "bib/BIBClient.h"
 #include "bib/BIBError.h"
-#include "bib/BIBMemoryBuffer.h"
+#include "bib/BIBMemory.h"
 #include "bib/BIBStream.h"
-#include "bib/POSArray.h"
-#include "bib/POSDict.h"
+#include "bib/POSCollections.h"
 #include "source/FileMgmtUtil.h"
 
 namespace PDFSettingsImpl {
@@ -92,6 +92,34 @@ protected:
     UnicodeEncodingNS::Unicode16 fPath;
     // That file's time stamp at that moment; its size is 0 while there is none.
     FileMgmtUtil::TimeStamp fTimeStamp;
+};
+
+// Settings read from a stream, which lives as long as they do.
+class PDFSettingsStream : public PDFSettingsObject {
+public:
+    // Reads the stream from its start. Throws CPDFSettingsError for a text that is refused.
+    PDFSettingsStream(BIB_T_NMT::CBIBPositionableStream const& stream, char const* schema);
+
+    // The settings in a stream. The schema has no part in reading: it is accepted and not looked
+    // at.
+    static BIB_T_NMT::CPOSDict ConvertJobOptionsToCPOSDict(
+        BIB_T_NMT::CBIBPositionableStream const& stream, char const* schema);
+
+private:
+    BIB_T_NMT::CBIBPositionableStream fStream;
+};
+
+// Settings read from a file. They start bound to it: not dirty until somebody else changes it.
+class PDFSettingsFile : public PDFSettingsStream {
+public:
+    // Reads the file at path. Throws CPDFSettingsError for a file that cannot be read, a text that
+    // is refused and a time stamp that cannot be had. A change between the reading of the bytes and
+    // of the time stamp goes unnoticed.
+    PDFSettingsFile(UnicodeEncodingNS::Unicode16 const& path, char const* schema);
+
+    // A stream on the bytes of the file at path. Throws CPDFSettingsError.
+    static BIB_T_NMT::CBIBPositionableStream
+    ConvertFileToBIBStream(UnicodeEncodingNS::Unicode16 const& path);
 };
 
 } // namespace PDFSettingsImpl

@@ -4,8 +4,8 @@
 #include <cstring>
 #include <limits>
 
-#include "bib/BIBMemoryBuffer.h"
-#include "bib/POSBinData.h"
+#include "bib/BIBMemory.h"
+#include "bib/POSScalars.h"
 #include "platform/StackRoom.h"
 #include "source/FarSearches.h"
 #include "source/JoboptionsReader.h"

@@ -1,9 +1,9 @@
 // The job options format, as a value that holds both forms of a set of settings.
 #pragma once
 
-#include "bib/BIBClientBase.h"
+#include "bib/BIBClient.h"
 #include "bib/BIBStream.h"
-#include "bib/POSDict.h"
+#include "bib/POSCollections.h"
 
 namespace PDFSettingsImpl {
 

@@ -1,9 +1,15 @@
 #include "source/RegistryHelper.h"
 
 #include "api/SettingsPlaces.h"
-#include "bib/POSDictIterator.h"
+#include "bib/POSCollections.h"
+#include "bib/POSScalars.h"
+#include "platform/CFPropertyList.h"
 #include "platform/FileManager.h"
-#include "source/MacRegistryHelper.h"
+#include "source/EncodingConverter.h"
+#include "source/PDFSettingsError.h"
+
+#include <cstring>
+#include <new>
 
 using BIB_T_NMT::CPOSDict;
 using BIB_T_NMT::CPOSDictIterator;
@@ -33,6 +39,293 @@ void RegistryHelper::RemoveAppFromSettings(CPOSDict const& table, char const* ap
             // The step that follows passes over the first key: hosts know the table so.
             cursor.Begin();
         }
+    }
+}
+
+} // namespace PDFSettingsImpl
+
+using UnicodeEncodingNS::Buffer16;
+
+namespace PropertyLists {
+
+namespace {
+
+template <class T>
+T AsType(void const* value, CFTypeID type) noexcept {
+    bool const isOfType = value != nullptr && CFGetTypeID(value) == type;
+    return isOfType ? static_cast<T>(value) : nullptr;
+}
+
+void const* Find(CFDictionaryRef dict, char const* key) {
+    return CFDictionaryGetValue(dict, MakeString(key).Get());
+}
+
+Buffer16 UnitsOf(CFStringRef string) {
+    CFIndex const length = CFStringGetLength(string);
+    Buffer16 const units(static_cast<unsigned long>(length), nullptr);
+    CFStringGetCharacters(string, CFRangeMake(0, length), units.GetBuffer());
+    return units;
+}
+
+} // namespace
+
+CFStringRef FindString(CFDictionaryRef dict, char const* key) {
+    return AsString(Find(dict, key));
+}
+
+CFArrayRef FindArray(CFDictionaryRef dict, char const* key) {
+    return AsType<CFArrayRef>(Find(dict, key), CFArrayGetTypeID());
+}
+
+CFDictionaryRef FindDictionary(CFDictionaryRef dict, char const* key) {
+    return AsDictionary(Find(dict, key));
+}
+
+CFStringRef AsString(void const* value) noexcept {
+    return AsType<CFStringRef>(value, CFStringGetTypeID());
+}
+
+CFDictionaryRef AsDictionary(void const* value) noexcept {
+    return AsType<CFDictionaryRef>(value, CFDictionaryGetTypeID());
+}
+
+std::vector<CFStringRef> KeysOf(CFDictionaryRef dict) {
+    std::vector<void const*> keys(static_cast<std::size_t>(CFDictionaryGetCount(dict)));
+    CFDictionaryGetKeysAndValues(dict, keys.data(), nullptr);
+    std::vector<CFStringRef> strings;
+    for (void const* const key : keys) {
+        if (AsString(key) != nullptr) {
+            strings.push_back(AsString(key));
+        }
+    }
+    return strings;
+}
+
+// Every byte is a character of Mac Roman, so that there is but one reason for none.
+AutoCFRelease<CFStringRef> MakeString(char const* text) {
+    AutoCFRelease<CFStringRef> string(
+        CFStringCreateWithCString(kCFAllocatorDefault, text, kCFStringEncodingMacRoman),
+        /*retain=*/false);
+    if (string.Get() == nullptr) {
+        throw std::bad_alloc();
+    }
+    return string;
+}
+
+BIB_T_NMT::CPOSUnicodeString StringOf(CFStringRef string) {
+    Buffer16 const units = UnitsOf(string);
+    return UnicodeEncodingNS::ExactString({units.GetBuffer(), units.GetNumElements()});
+}
+
+UnicodeEncodingNS::Unicode16 PathOf(CFStringRef string) {
+    return UnicodeEncodingNS::CreateUnicode16(UnitsOf(string));
+}
+
+} // namespace PropertyLists
+
+using BIB_T_NMT::CPOSArray;
+using BIB_T_NMT::CPOSDict;
+using BIB_T_NMT::CPOSNumber;
+using BIB_T_NMT::CPOSUnicodeString;
+using PropertyLists::AsDictionary;
+using PropertyLists::AsString;
+using PropertyLists::FindDictionary;
+using PropertyLists::KeysOf;
+using UnicodeEncodingNS::Unicode16;
+
+namespace PDFSettingsImpl {
+
+namespace {
+
+constexpr unsigned long kPathSize = 1024; // in bytes, its terminator included
+constexpr CFIndex kNameSize = 512;        // of an application or a file, likewise
+
+constexpr char kMasterKey[] = "/";
+constexpr char kHidden[] = "0";
+
+// The path of a file in the preferences folder of a domain; false where there is no such folder.
+bool FindPreferences(SInt16 domain, char const* fileName, char (&path)[kPathSize]) {
+    FSRef folder;
+    if (FSFindFolder(domain, kPreferencesFolderType, kDontCreateFolder, &folder) != noErr) {
+        return false;
+    }
+    // A folder whose path alone does not fit must not be taken for the root.
+    bool const fits = FSRefMakePath(&folder, reinterpret_cast<UInt8*>(path), kPathSize) == noErr;
+    std::size_t const length = std::strlen(path);
+    std::size_t const nameSize = std::strlen(fileName) + 1;
+    ThrowIfFalse(
+        fits && length + nameSize <= kPathSize,
+        "GenerateDisplayNames path buffer to small"); // sic
+    std::memcpy(path + length, fileName, nameSize);
+    return true;
+}
+
+AutoCFRelease<CFDataRef> ReadFile(char const* path) {
+    AutoCFRelease<CFDataRef> data;
+    AutoCFRelease<CFStringRef> const text = PropertyLists::MakeString(path);
+    AutoCFRelease<CFURLRef> const url(
+        CFURLCreateWithFileSystemPath(
+            kCFAllocatorDefault, text.Get(), kCFURLPOSIXPathStyle, /*isDirectory=*/1),
+        /*retain=*/false);
+    if (url.Get() != nullptr) {
+        SInt32 errorCode = noErr;
+        CFURLCreateDataAndPropertiesFromResource(
+            kCFAllocatorDefault, url.Get(), data.GetAddr(), nullptr, nullptr, &errorCode);
+    }
+    return data;
+}
+
+AutoCFRelease<CFPropertyListRef> Parse(CFDataRef data) {
+    CFStringRef errorText = nullptr;
+    return {
+        CFPropertyListCreateFromXMLData(
+            kCFAllocatorDefault, data, kCFPropertyListImmutable, &errorText),
+        /*retain=*/false};
+}
+
+// A name as the cloak table has it.
+class TableName {
+public:
+    // False for one that is too long or cannot be converted.
+    bool Take(CFStringRef name) noexcept {
+        return CFStringGetCString(name, fBytes, kNameSize, kCFStringEncodingMacRoman) != 0;
+    }
+    char const* Get() const noexcept { return fBytes; }
+
+private:
+    char fBytes[kNameSize] = {};
+};
+
+bool IsHidden(void const* value) {
+    return CFEqual(value, PropertyLists::MakeString(kHidden).Get()) != 0;
+}
+
+// Lays down for one file whether the application shows it.
+void PutEntry(CPOSDict const& table, char const* file, char const* appName, bool isHidden) {
+    if (!table.HasKey(file)) {
+        table.Put(file, CPOSDict());
+    }
+    CPOSDict const entry = table.GetDict(file, /*quiet=*/false);
+    entry.Put(appName, CPOSNumber(isHidden ? 0 : 1));
+    table.Put(file, entry);
+}
+
+// Without an entry for all files, those of the single files count.
+void MergeApplication(CPOSDict const& table, char const* appName, CFDictionaryRef files) {
+    AutoCFRelease<CFStringRef> const master = PropertyLists::MakeString(kMasterKey);
+    if (IsHidden(CFDictionaryGetValue(files, master.Get()))) {
+        RegistryHelper::RemoveAppFromSettings(table, appName);
+        return;
+    }
+    for (CFStringRef const key : KeysOf(files)) {
+        TableName file;
+        if (file.Take(key)) {
+            PutEntry(table, file.Get(), appName, IsHidden(CFDictionaryGetValue(files, key)));
+        }
+    }
+}
+
+void MergeApplications(CPOSDict const& table, CFDictionaryRef applications) {
+    for (CFStringRef const key : KeysOf(applications)) {
+        CFDictionaryRef const files = AsDictionary(CFDictionaryGetValue(applications, key));
+        TableName appName;
+        if (files != nullptr && appName.Take(key) && CFDictionaryGetCount(files) != 0) {
+            MergeApplication(table, appName.Get(), files);
+        }
+    }
+}
+
+CPOSArray MakePair(CFStringRef fileName, CFStringRef displayName) {
+    CPOSArray pair;
+    for (CFStringRef const name : {fileName, displayName}) {
+        pair.Append(PropertyLists::StringOf(name));
+    }
+    return pair;
+}
+
+// Up to the first element that is no string; a file name without a display name is dropped.
+void AppendPairs(CFArrayRef names, CPOSArray const& pairs) {
+    CFIndex const count = CFArrayGetCount(names);
+    for (CFIndex i = 0; i + 1 < count; i += 2) {
+        CFStringRef const fileName = AsString(CFArrayGetValueAtIndex(names, i));
+        CFStringRef const displayName = AsString(CFArrayGetValueAtIndex(names, i + 1));
+        if (fileName == nullptr || displayName == nullptr) {
+            return;
+        }
+        pairs.Append(MakePair(fileName, displayName));
+    }
+}
+
+} // namespace
+
+MacRegistryHelper::MacRegistryHelper(int domain, char const* fileName, bool prefixedKeys)
+    : fSettings(GetSystemSettings(static_cast<unsigned int>(domain), fileName)),
+      fPrefixedKeys(prefixedKeys) {}
+
+void MacRegistryHelper::SetDirectory(Unicode16 const& /*directory*/) {}
+
+bool MacRegistryHelper::GetDirectory(Unicode16& directory) const {
+    try {
+        CFStringRef const path =
+            IsValid() ? PropertyLists::FindString(
+                            fSettings.Get(),
+                            fPrefixedKeys ? "ArdeoPDFSettingsPath" : SettingsPlaces::kPathKey)
+                      : nullptr;
+        if (path != nullptr) {
+            directory = PropertyLists::PathOf(path);
+        }
+        return path != nullptr;
+    } catch (...) {
+        return false;
+    }
+}
+
+void MacRegistryHelper::GenerateCloakSettings(CPOSDict const& table) const {
+    try {
+        CFDictionaryRef const applications =
+            IsValid() ? FindDictionary(fSettings.Get(), "ShowHide") : nullptr;
+        if (applications != nullptr) {
+            MergeApplications(table, applications);
+        }
+    } catch (...) {
+        // What was merged so far counts.
+    }
+}
+
+CPOSArray MacRegistryHelper::GenerateDisplayNames(char const* appName) const {
+    CPOSArray pairs;
+    try {
+        CFDictionaryRef const applications =
+            IsValid() ? FindDictionary(
+                            fSettings.Get(), fPrefixedKeys ? "ArdeoPDFSettings" : "PDFSettings")
+                      : nullptr;
+        CFArrayRef const names = applications != nullptr && appName != nullptr
+                                     ? PropertyLists::FindArray(applications, appName)
+                                     : nullptr;
+        if (names != nullptr) {
+            AppendPairs(names, pairs);
+        }
+    } catch (...) {
+        // The pairs so far are used.
+    }
+    return pairs;
+}
+
+AutoCFRelease<CFDictionaryRef>
+MacRegistryHelper::GetSystemSettings(unsigned int domain, char const* fileName) const {
+    try {
+        char path[kPathSize] = {};
+        if (!FindPreferences(static_cast<SInt16>(domain), fileName, path)) {
+            return {};
+        }
+        AutoCFRelease<CFDataRef> const data = ReadFile(path);
+        if (data.Get() == nullptr) {
+            return {};
+        }
+        AutoCFRelease<CFPropertyListRef> const root = Parse(data.Get());
+        return {AsDictionary(root.Get()), /*retain=*/true};
+    } catch (...) {
+        return {};
     }
 }
 

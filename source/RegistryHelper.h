@@ -1,10 +1,14 @@
-// What an administrator and a user laid down about settings.
+// What an administrator and a user laid down about settings, in property lists.
 #pragma once
 
 #include "api/UnicodeEncoding.h"
-#include "bib/BIBClientBase.h"
-#include "bib/POSArray.h"
-#include "bib/POSDict.h"
+#include "bib/BIBClient.h"
+#include "bib/POSCollections.h"
+#include "platform/CFPropertyList.h"
+#include "platform/CFString.h"
+#include "source/AutoCFRelease.h"
+
+#include <vector>
 
 namespace PDFSettingsImpl {
 
@@ -36,6 +40,73 @@ public:
     // Each file that goes makes the walk begin anew and pass over the first of the files, which may
     // thus keep its entry.
     static void RemoveAppFromSettings(BIB_T_NMT::CPOSDict const& table, char const* appName);
+};
+
+} // namespace PDFSettingsImpl
+
+namespace PropertyLists {
+
+// The value under a key of dict, borrowed; null when there is none and when it is of another type.
+// Throw std::bad_alloc.
+CFStringRef FindString(CFDictionaryRef dict, char const* key);
+CFArrayRef FindArray(CFDictionaryRef dict, char const* key);
+CFDictionaryRef FindDictionary(CFDictionaryRef dict, char const* key);
+
+// The value itself, borrowed, if it is of that type, else null; null for null.
+CFStringRef AsString(void const* value) noexcept;
+CFDictionaryRef AsDictionary(void const* value) noexcept;
+
+// The keys of dict in their order, borrowed. Throws std::bad_alloc.
+std::vector<CFStringRef> KeysOf(CFDictionaryRef dict);
+
+// A string of a text in Mac Roman, the encoding of keys. Throws std::bad_alloc.
+AutoCFRelease<CFStringRef> MakeString(char const* text);
+
+// A 16-bit string of the same text, a byte order mark at its head included. Throws CBIBError.
+BIB_T_NMT::CPOSUnicodeString StringOf(CFStringRef string);
+
+// The text of a path; a mark at its head is removed or honoured. Throws CBIBError.
+UnicodeEncodingNS::Unicode16 PathOf(CFStringRef string);
+
+} // namespace PropertyLists
+
+namespace PDFSettingsImpl {
+
+// The property list is read when the object is made, and never written. One that is missing, cannot
+// be read or has no dictionary at its root is no preferences at all, and a value of another type
+// than expected is none.
+//
+//     PDFSettingsPath  string: the absolute path of the settings folder
+//     ShowHide         dictionary: application name to a dictionary of file name (without
+//                      extension) to "0", which hides the file, or another value; "0" under "/"
+//                      turns hiding off for the application
+//     PDFSettings      dictionary: application name to an array of file names (without extension),
+//                      each followed by its display name
+//
+// Names of applications and files in keys are compared as Mac Roman text.
+class MacRegistryHelper : public RegistryHelper {
+public:
+    // domain: kUserDomain or kLocalDomain of the file service, for its preferences folder.
+    // fileName: the file in it, with a slash before it. prefixedKeys: the list has the keys
+    // ArdeoPDFSettingsPath and ArdeoPDFSettings instead.
+    MacRegistryHelper(int domain, char const* fileName, bool prefixedKeys);
+
+    bool IsValid() const override { return fSettings.Get() != nullptr; }
+
+    // Does nothing.
+    void SetDirectory(UnicodeEncodingNS::Unicode16 const& directory) override;
+
+    bool GetDirectory(UnicodeEncodingNS::Unicode16& directory) const override;
+    void GenerateCloakSettings(BIB_T_NMT::CPOSDict const& table) const override;
+    BIB_T_NMT::CPOSArray GenerateDisplayNames(char const* appName) const override;
+
+    // The dictionary in that file; empty when there is none to be had.
+    AutoCFRelease<CFDictionaryRef>
+    GetSystemSettings(unsigned int domain, char const* fileName) const;
+
+private:
+    AutoCFRelease<CFDictionaryRef> fSettings;
+    bool fPrefixedKeys;
 };
 
 } // namespace PDFSettingsImpl

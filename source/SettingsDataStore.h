@@ -3,9 +3,11 @@
 #pragma once
 
 #include "api/UnicodeEncoding.h"
-#include "bib/BIBClientBase.h"
-#include "bib/POSArray.h"
-#include "bib/POSDict.h"
+#include "bib/BIBClient.h"
+#include "bib/POSCollections.h"
+#include "source/RegistryHelper.h"
+
+#include <memory>
 
 namespace PDFSettingsImpl {
 
@@ -29,6 +31,28 @@ public:
     // The display names that appName (in Mac Roman; null for none) shows: an array of arrays of two
     // 16-bit strings, the file's name without its extension and the name to show.
     virtual BIB_T_NMT::CPOSArray GenerateDisplayNames(char const* appName) const = 0;
+};
+
+class SettingsDataStoreImpl : public SettingsDataStore {
+public:
+    // helper may be null: then the default cloak table counts, and there are no display names.
+    SettingsDataStoreImpl(
+        UnicodeEncodingNS::Unicode16 const& adminDirectory,
+        UnicodeEncodingNS::Unicode16 const& userDirectory,
+        std::unique_ptr<RegistryHelper> helper);
+
+    UnicodeEncodingNS::Unicode16 GetAdminSettingsDirectory() const override;
+    UnicodeEncodingNS::Unicode16 GetUserSettingsDirectory() const override;
+    BIB_T_NMT::CPOSDict GenerateCloakSettings() const override;
+    BIB_T_NMT::CPOSArray GenerateDisplayNames(char const* appName) const override;
+
+    // The cloak table before an administrator changes it.
+    static BIB_T_NMT::CPOSDict CreateDefaultCloakSettings();
+
+private:
+    UnicodeEncodingNS::Unicode16 fAdminDirectory;
+    UnicodeEncodingNS::Unicode16 fUserDirectory;
+    std::unique_ptr<RegistryHelper> fRegistryHelper;
 };
 
 } // namespace PDFSettingsImpl

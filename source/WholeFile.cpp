@@ -1,6 +1,6 @@
 #include "source/WholeFile.h"
 
-#include "source/FilePaths.h"
+#include "source/FileMgmtUtil.h"
 
 namespace UnicodeEncodingNS {
 

@@ -1,9 +1,13 @@
 #include "host/detail/FilePath.h"
 
+#include "host/detail/CFRef.h"
+#include "host/detail/Ref.h"
 #include "pdfsettings/Error.h"
+#include "platform/CFString.h"
 
 #include <cerrno>
 #include <fcntl.h>
+#include <filesystem>
 #include <iterator>
 #include <sys/stat.h>
 #include <system_error>
@@ -72,6 +76,36 @@ std::string WhyUnwritable(std::string const& path) {
         return SystemMessage(errno);
     }
     return "it cannot be written";
+}
+
+std::string FolderPath(std::string const& folder) {
+    std::error_code error;
+    std::string path = folder.empty() ? folder : std::filesystem::absolute(folder, error).string();
+    if (error) {
+        path = folder;
+    }
+    while (path.size() > 1 && path.ends_with('/')) {
+        path.pop_back();
+    }
+    return path;
+}
+
+namespace {
+
+std::optional<std::string> Convert(char const* text, CFStringEncoding from, CFStringEncoding to) {
+    CFRef<CFStringRef> const string(CFStringCreateWithCString(kCFAllocatorDefault, text, from));
+    return string ? platform::BytesOf(string.get(), to) : std::nullopt;
+}
+
+} // namespace
+
+std::optional<std::string> ToComponent(std::string const& application) {
+    return Convert(WholeText(application), kCFStringEncodingUTF8, kCFStringEncodingMacRoman);
+}
+
+std::string FromComponent(std::string const& application) {
+    return Convert(application.c_str(), kCFStringEncodingMacRoman, kCFStringEncodingUTF8)
+        .value_or("");
 }
 
 } // namespace pdfsettings::detail

@@ -1,8 +1,9 @@
-// Paths for the component, and what is wrong with a file.
+// Paths, folders and names as the component takes and gives them.
 #pragma once
 
 #include "host/detail/Ref.h"
 
+#include <optional>
 #include <string>
 
 namespace pdfsettings::detail {
@@ -14,5 +15,16 @@ BufferRef MakePath(Bindings const& tables, std::string const& path);
 // Why the file at path cannot be written, in the system's words, as far as that can be found out
 // now.
 std::string WhyUnwritable(std::string const& path);
+
+// folder as an absolute path without slashes at its end, so that it is the parent of what is listed
+// in it; empty for an empty one.
+std::string FolderPath(std::string const& folder);
+
+// A name in UTF-8 as the component takes it; nothing for one that Mac Roman cannot hold, which no
+// property list can speak of. Throws Error for a NUL in it, and std::bad_alloc.
+std::optional<std::string> ToComponent(std::string const& application);
+
+// The other way round; every text has a meaning. Throws std::bad_alloc.
+std::string FromComponent(std::string const& application);
 
 } // namespace pdfsettings::detail

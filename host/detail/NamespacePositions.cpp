@@ -1,8 +1,8 @@
 #include "host/detail/NamespacePositions.h"
 
-#include "host/detail/BuildValues.h"
 #include "host/detail/Ref.h"
 #include "host/detail/ReportChannel.h"
+#include "host/detail/RuntimeValues.h"
 
 #include <algorithm>
 #include <charconv>

@@ -1,12 +1,26 @@
-// One change at a time in a folder.
+// One change at a time in a folder, and waiting for others, up to a limit.
 #pragma once
 
-#include "host/save/Deadline.h"
 #include "host/save/Target.h"
 
+#include <chrono>
 #include <string>
 
 namespace pdfsettings::detail {
+
+// The end of a waiting, and its pauses, which grow from one to twenty milliseconds.
+class Deadline {
+public:
+    explicit Deadline(std::chrono::milliseconds limit)
+        : fEnd(std::chrono::steady_clock::now() + limit) {}
+
+    // Sleeps until the next attempt; false, at once, when the time is over.
+    bool Pause();
+
+private:
+    std::chrono::steady_clock::time_point fEnd;
+    std::chrono::milliseconds fPause{1};
+};
 
 // The lock on the folder of a target, held as long as this lives. It lies on the folder and not on
 // the file: so it is there before the file is, survives its replacement, and leaves nothing behind.

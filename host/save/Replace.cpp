@@ -2,7 +2,6 @@
 
 #include "host/save/FolderLock.h"
 #include "host/save/HiddenFile.h"
-#include "host/save/Leftovers.h"
 #include "host/save/SeenFile.h"
 
 #include <cerrno>

@@ -1,8 +1,8 @@
 // One look at a file.
 #pragma once
 
-#include "host/save/Deadline.h"
 #include "host/save/FileTraits.h"
+#include "host/save/FolderLock.h"
 #include "pdfsettings/SafeSave.h"
 
 #include <cerrno>

@@ -4,7 +4,7 @@
 
 #include "runtime/notation/Notation.h"
 #include "runtime/objects/Boundary.h"
-#include "runtime/objects/Methods.h"
+#include "runtime/objects/Container.h"
 #include "runtime/objects/Tables.h"
 #include "runtime/streams/Streams.h"
 

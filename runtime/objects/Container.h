@@ -3,14 +3,14 @@
 // Reference counts are thread safe; nothing else of a container is.
 #pragma once
 
+#include "api/BIBContainerInterface.h"
+#include "runtime/objects/Atoms.h"
+#include "runtime/objects/Memory.h"
+
 #include <atomic>
 #include <cstddef>
 #include <memory>
 #include <utility>
-
-#include "api/BIBContainerInterface.h"
-#include "runtime/objects/Atoms.h"
-#include "runtime/objects/Memory.h"
 
 namespace bibrt {
 
@@ -132,5 +132,17 @@ public:
 private:
     T* fContainer;
 };
+
+// The method under the container's signature or a parent of it; null for none and for a container
+// without a signature.
+void* FindContainerMethod(
+    BIBContainer const& container, char const* name, char const* procType) noexcept;
+
+// The same with the type that the proc type names.
+template <class Proc>
+Proc FindTypedMethod(
+    BIBContainer const& container, char const* name, char const* procType) noexcept {
+    return reinterpret_cast<Proc>(FindContainerMethod(container, name, procType));
+}
 
 } // namespace bibrt

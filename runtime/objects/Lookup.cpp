@@ -1,4 +1,6 @@
-// The start of the runtime, and its one way in.
+// The procedures that a client asks for first, and the error channel behind one of them.
+
+#include "api/BIBBootstrap.h"
 #include "api/BIBRuntime.h"
 #include "runtime/objects/Boundary.h"
 #include "runtime/objects/Registry.h"
@@ -6,6 +8,83 @@
 #include "runtime/schema/StructValidator.h"
 #include "runtime/streams/Streams.h"
 #include "runtime/values/PosObject.h"
+
+#include <cstdio>
+#include <mutex>
+
+namespace bibrt {
+
+namespace {
+
+void WriteToStandardError(char const* message, void* /*client*/) {
+    std::fprintf(stderr, "%s\n", message);
+}
+
+struct ErrorChannel {
+    BIBRuntimeErrorProc fProc = &WriteToStandardError;
+    void* fClient = nullptr;
+};
+
+std::mutex gChannelLock;
+constinit ErrorChannel gChannel;
+
+ErrorChannel CurrentChannel() {
+    std::lock_guard const guard(gChannelLock);
+    return gChannel;
+}
+
+// The rows.
+
+int BIBRegisterProcAddress(
+    char const* interfaceName, char const* procName, char const* procType, void* proc) {
+    if (!interfaceName || !procName || !procType || !proc) {
+        return 0;
+    }
+    return AtRow(0, [&] {
+        return Registry::The().Add({interfaceName, procName, procType}, proc) ? 1 : 0;
+    });
+}
+
+int BIBReportError(char const* message) {
+    ErrorChannel const channel = CurrentChannel();
+    channel.fProc(message ? message : "", channel.fClient);
+    return 1;
+}
+
+int BIBUnregisterInterface(char const* interfaceName) {
+    return interfaceName && Registry::The().Remove(interfaceName) ? 1 : 0;
+}
+
+unsigned long* BIBGetUnregisterCountAddr() {
+    return Registry::The().CounterAddress();
+}
+
+int BIBIsMultiThreaded() {
+    return 1;
+}
+
+struct BootstrapProcs {
+    BIB_BOOTSTRAP_ROWS(BIB_TABLE_SLOT)
+};
+
+} // namespace
+
+// Unlike all other rows these are found under their own name in place of a proc type.
+#define BIBRT_NAME_TWICE(name, procType) {#name, #name},
+
+BuiltInTable BootstrapTable() noexcept {
+    static constexpr RowName kRows[] = {BIB_BOOTSTRAP_ROWS(BIBRT_NAME_TWICE)};
+    static constexpr BootstrapProcs kProcs = {BIB_BOOTSTRAP_ROWS(BIBRT_TABLE_PROC)};
+    static_assert(std::size(kRows) == 5);
+    return MakeTable("BIB", kRows, kProcs);
+}
+
+} // namespace bibrt
+
+void BIBRuntimeSetErrorChannel(BIBRuntimeErrorProc proc, void* client) {
+    std::lock_guard const guard(bibrt::gChannelLock);
+    bibrt::gChannel = proc ? bibrt::ErrorChannel{proc, client} : bibrt::ErrorChannel{};
+}
 
 namespace bibrt {
 

@@ -1,5 +1,8 @@
 #include "runtime/objects/Memory.h"
 
+#include "api/BIBMemoryInterface.h"
+#include "runtime/objects/Tables.h"
+
 #include <cstdlib>
 
 namespace bibrt {
@@ -95,5 +98,28 @@ unsigned long CountLiveBlocks() noexcept {
 FailurePoint& AllocationPoint() noexcept {
     return gAllocationPoint;
 }
+
+namespace {
+
+void* Alloc(unsigned long size) {
+    return AllocBlock(size);
+}
+
+void* Realloc(void* block, unsigned long size) {
+    return ReallocBlock(block, size);
+}
+
+void Free(void* block) {
+    FreeBlock(block);
+}
+
+unsigned long GetBlockSize(void* block) {
+    return BlockSize(block);
+}
+
+} // namespace
+
+BIBRT_DEFINE_TABLE(
+    MemoryTable, "BIBMemoryInterface", _t_BIBMemoryInterface, BIB_MEMORY_INTERFACE_ROWS, 4)
 
 } // namespace bibrt

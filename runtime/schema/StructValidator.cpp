@@ -1,9 +1,11 @@
 #include "runtime/schema/StructValidator.h"
 
-#include <algorithm>
-
+#include "api/POSValidatorInterface.h"
 #include "runtime/objects/Boundary.h"
+#include "runtime/objects/Tables.h"
 #include "runtime/schema/SchemaText.h"
+
+#include <algorithm>
 
 namespace bibrt {
 
@@ -54,3 +56,118 @@ POSDict* POSValidator::FindStructure(BIBStringAtom const* name) const noexcept {
     bool const isStructure = bibrt::IsOfType(entry, bibrt::gDictType) && !entry->fIsInvalid;
     return isStructure ? static_cast<POSDict*>(entry) : nullptr;
 }
+
+namespace bibrt {
+
+namespace {
+
+bool IsValidator(POSValidator const* self) noexcept {
+    return IsOfType(self, gStructValidatorType);
+}
+
+// Keeps a container alive while a caller's procedures run, and leaves one that nobody owned as it
+// was.
+class KeptAlive {
+public:
+    explicit KeptAlive(BIBContainer& container) noexcept
+        : fIsOwned(std::atomic_ref(container.fRefs).load(std::memory_order_relaxed) > 0),
+          fContainer(AddContainerRef(&container) ? &container : nullptr) {}
+    KeptAlive(KeptAlive const&) = delete;
+    KeptAlive& operator=(KeptAlive const&) = delete;
+    ~KeptAlive() {
+        if (fIsOwned) {
+            ReleaseContainer(fContainer);
+        } else {
+            DropContainerRef(fContainer);
+        }
+    }
+
+private:
+    bool fIsOwned;
+    BIBContainer* fContainer;
+};
+
+// The message of a judgement that was not finished. It has no space, so that nobody can take it for
+// a fault of a setting, and needs no memory.
+constexpr char kOutOfMemory[] = "out-of-memory";
+
+// What judge finds on the schema of self.
+template <class Judge>
+long IsClean(POSValidator& self, POSValidatorErrorCallback errorProc, Judge judge) {
+    KeptAlive const keptSelf(self);
+    bool isFinished = false;
+    // A validator that lost a check would find faults that are none.
+    long const isClean = self.fIsInvalid ? 0 : AtCallbackRow<long>(0, [&] {
+        MessageSink sink(errorProc);
+        judge(sink);
+        isFinished = true;
+        return sink.IsClean() ? 1 : 0;
+    });
+    if (!isFinished && errorProc) {
+        errorProc(kOutOfMemory);
+    }
+    return isClean;
+}
+
+long Validate(
+    POSValidator* self,
+    POSObject* object,
+    BIBStringAtom* key,
+    POSValidatorErrorCallback errorProc) {
+    if (!IsValidator(self) || !object || !key) {
+        return 0;
+    }
+    KeptAlive const keptObject(*object);
+    return IsClean(
+        *self, errorProc, [&](MessageSink& sink) { JudgeSettings(*self, *object, *key, sink); });
+}
+
+POSValidator* NewPOSStructValidator(POSDict* schema) {
+    Ref<POSDict> ref(IsOfType(schema, gDictType) ? schema : nullptr);
+    if (!ref) {
+        return nullptr;
+    }
+    return AtRow<POSValidator*>(nullptr, [&] { return MakeStructValidator(std::move(ref)); });
+}
+
+long RegisterCallbackProc(
+    POSValidator* self,
+    BIBStringAtom* name,
+    POSValidatorCheckCallback check,
+    void const* userData) {
+    if (!IsValidator(self) || !name || !check) {
+        return 0;
+    }
+    long const isRegistered = AtRow<long>(0, [&] {
+        self->SetCheck(name, {check, userData});
+        return 1;
+    });
+    self->fIsInvalid |= isRegistered == 0;
+    return isRegistered;
+}
+
+long ValidateSchema(POSValidator* self, POSValidatorErrorCallback errorProc) {
+    // A schema that lost a part has nothing to tell of it.
+    if (!IsValidator(self) || self->fSchema->fIsInvalid) {
+        return 0;
+    }
+    return IsClean(*self, errorProc, [&](MessageSink& sink) { JudgeSchema(*self, sink); });
+}
+
+} // namespace
+
+BIBRT_DEFINE_TABLE(
+    ValidatorVirtualTable,
+    "POSValidatorVirtualInterface",
+    _t_POSValidatorVirtualInterface,
+    POS_VALIDATOR_VIRTUAL_INTERFACE_ROWS,
+    1)
+
+BIBRT_DEFINE_TABLE(
+    StructValidatorTable,
+    "POSStructValidatorInterface",
+    _t_POSStructValidatorInterface,
+    POS_STRUCT_VALIDATOR_INTERFACE_ROWS,
+    3)
+
+} // namespace bibrt

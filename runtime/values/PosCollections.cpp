@@ -1,6 +1,16 @@
+// The cursor over the keys of a dictionary.
+//
+// It remembers the number of its entry and holds the key's atom, never a place in the storage: so
+// it stands firm whatever happens to the dictionary.
 #include "runtime/values/PosCollections.h"
 
+#include "api/POSCollectionInterfaces.h"
 #include "runtime/objects/Boundary.h"
+#include "runtime/objects/Tables.h"
+
+#include <algorithm>
+#include <charconv>
+#include <string_view>
 
 namespace bibrt {
 
@@ -86,3 +96,192 @@ POSArray::~POSArray() {
         bibrt::ReleaseContainer(item);
     }
 }
+
+namespace bibrt {
+
+namespace {
+
+bool IsArray(POSObject const* object) noexcept {
+    return IsOfType(object, gArrayType);
+}
+
+bool IsDict(POSObject const* object) noexcept {
+    return IsOfType(object, gDictType);
+}
+
+POSArray* NewPOSArray() {
+    return AtRow<POSArray*>(nullptr, [] { return MakeArray(); });
+}
+
+long IsPOSArray(POSObject* object) {
+    return IsArray(object) ? 1 : 0;
+}
+
+POSObject* GetAt(POSArray* self, unsigned long index) {
+    return IsArray(self) && index < self->fItems.size() ? self->fItems[index] : nullptr;
+}
+
+unsigned long Count(POSArray* self) {
+    return IsArray(self) ? self->fItems.size() : 0;
+}
+
+long SetAt(POSArray* self, unsigned long index, POSObject* value) {
+    if (!value || !GetAt(self, index)) {
+        return 0;
+    }
+    Ref<POSObject> ref(value);
+    if (!ref) {
+        self->fIsInvalid = true;
+        return 0;
+    }
+    // Last of all: what the release calls may come back to this array.
+    ReleaseContainer(std::exchange(self->fItems[index], ref.Release()));
+    return 1;
+}
+
+long Append(POSArray* self, POSObject* value) {
+    return IsArray(self) && value && AppendTo(*self, *value) ? 1 : 0;
+}
+
+long Remove(POSArray* self, unsigned long index) {
+    POSObject* const old = GetAt(self, index);
+    if (!old) {
+        return 0;
+    }
+    self->fItems.erase(self->fItems.begin() + static_cast<std::ptrdiff_t>(index));
+    ReleaseContainer(old);
+    return 1;
+}
+
+POSDict* NewPOSDict() {
+    return AtRow<POSDict*>(nullptr, [] { return MakeDict(); });
+}
+
+long IsPOSDict(POSObject* object) {
+    return IsDict(object) ? 1 : 0;
+}
+
+POSObject* Get(POSDict* self, BIBStringAtom* key) {
+    return IsDict(self) ? self->fEntries.Get(key) : nullptr;
+}
+
+// The element whose position step spells in digits, or null.
+POSObject* GetAtStep(POSArray* array, std::string_view step) noexcept {
+    unsigned long index = 0;
+    auto const [end, fault] = std::from_chars(step.data(), step.data() + step.size(), index);
+    bool const isIndex = fault == std::errc() && end == step.data() + step.size();
+    return isIndex ? GetAt(array, index) : nullptr;
+}
+
+// What lies one step of a path below value, or null.
+POSObject* Descend(POSObject* value, std::string_view step) noexcept {
+    if (IsDict(value)) {
+        // A text that is no atom is the key of no dictionary.
+        return static_cast<POSDict*>(value)->fEntries.Get(FindAtom(step));
+    }
+    return IsArray(value) ? GetAtStep(static_cast<POSArray*>(value), step) : nullptr;
+}
+
+POSObject* DeepGet(POSDict* self, BIBStringAtom* path) {
+    if (!path) {
+        return nullptr;
+    }
+    std::string_view rest = TextOf(path);
+    POSObject* value = self;
+    while (value) {
+        std::size_t const slash = rest.find('/');
+        value = Descend(value, rest.substr(0, slash));
+        if (slash == std::string_view::npos) {
+            return value;
+        }
+        rest.remove_prefix(slash + 1);
+    }
+    return nullptr;
+}
+
+long Put(POSDict* self, BIBStringAtom* key, POSObject* value) {
+    return IsDict(self) && key && value && PutInto(*self, *key, *value) ? 1 : 0;
+}
+
+long Remove(POSDict* self, BIBStringAtom* key) {
+    return IsDict(self) && self->fEntries.Remove(key) ? 1 : 0;
+}
+
+} // namespace
+
+BIBRT_DEFINE_TABLE(
+    ArrayTable, "POSArrayInterface", _t_POSArrayInterface, POS_ARRAY_INTERFACE_ROWS, 7)
+
+BIBRT_DEFINE_TABLE(DictTable, "POSDictInterface", _t_POSDictInterface, POS_DICT_INTERFACE_ROWS, 6)
+
+} // namespace bibrt
+
+struct POSDictIterator : BIBContainer {
+    explicit POSDictIterator(bibrt::Ref<POSDict> dict) noexcept
+        : BIBContainer(bibrt::gDictIteratorType),
+          fDict(std::move(dict)) {}
+
+    bibrt::Ref<POSDict> fDict;
+    bibrt::AtomRef fKey; // none before Begin and at the end
+    unsigned long fNumber = 0;
+    std::size_t fPosition = 0; // a guess that saves the search for fNumber
+    bool fIsAtEnd = false;
+};
+
+namespace bibrt {
+
+constinit ContainerType gDictIteratorType = {
+    "POSDictIterator", "POSDictIteratorCursor", nullptr, &DestroyAs<POSDictIterator>};
+
+namespace {
+
+bool IsCursor(POSDictIterator const* self) noexcept {
+    return IsOfType(self, gDictIteratorType);
+}
+
+void MoveTo(POSDictIterator& cursor, DictEntry const* entry) noexcept {
+    cursor.fIsAtEnd = !entry;
+    cursor.fKey = AtomRef::Share(entry ? entry->fKey : nullptr);
+    cursor.fNumber = entry ? entry->fNumber : cursor.fNumber;
+}
+
+POSDictIterator* NewPOSDictIterator(POSDict* dict) {
+    Ref<POSDict> ref(IsOfType(dict, gDictType) ? dict : nullptr);
+    if (!ref) {
+        return nullptr;
+    }
+    return AtRow<POSDictIterator*>(
+        nullptr, [&] { return NewObject<POSDictIterator>(std::move(ref)); });
+}
+
+void Begin(POSDictIterator* self) {
+    if (IsCursor(self)) {
+        self->fPosition = 0;
+        MoveTo(*self, self->fDict->fEntries.Next(self->fPosition));
+    }
+}
+
+void Next(POSDictIterator* self) {
+    if (IsCursor(self) && !self->fIsAtEnd) {
+        MoveTo(*self, self->fDict->fEntries.NextAfter(self->fNumber, self->fPosition));
+    }
+}
+
+long IsDone(POSDictIterator* self) {
+    return IsCursor(self) && self->fKey.Get() ? 0 : 1;
+}
+
+char const* CurKey(POSDictIterator* self) {
+    return IsCursor(self) ? TextOf(self->fKey.Get()) : nullptr;
+}
+
+} // namespace
+
+BIBRT_DEFINE_TABLE(
+    DictIteratorTable,
+    "POSDictIteratorInterface",
+    _t_POSDictIteratorInterface,
+    POS_DICT_ITERATOR_INTERFACE_ROWS,
+    5)
+
+} // namespace bibrt

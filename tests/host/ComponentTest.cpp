@@ -6,7 +6,7 @@
 
 #include "api/BIBRuntime.h"
 #include "api/PDFSettings.h"
-#include "host/detail/FolderPath.h"
+#include "host/detail/FilePath.h"
 #include "runtime/objects/Diagnostics.h"
 
 #include <cstdio>

@@ -32,7 +32,7 @@ def script(shell):
 def bash_offers(path, words):
     """The function of the script, called as bash calls it."""
     line = " ".join(f"'{word}'" for word in ["joboptions", *words])
-    command = (f"source '{path}'; COMP_WORDS=({line}); COMP_CWORD={len(words)}; _joboptions; "
+    command = (f"source '{path}'; COMP_WORDS=({line}); COMP_CWORD={len(words)}; _joboptions joboptions; "
                "printf '%s\\n' \"${COMPREPLY[@]}\"")
     return subprocess.run(
         ["bash", "-c", command], check=True, capture_output=True, text=True).stdout.split("\n")
@@ -47,13 +47,13 @@ def fish_offers(path, words):
 
 
 def zsh_offers(path, words):
-    """What the function of the script hands to zsh, which takes what begins with the word."""
+    """What the function of the script hands to zsh."""
     line = " ".join(f"'{word}'" for word in ["joboptions", *words])
-    command = ("compdef() {}; compadd() { print -l -- $@; }; _files() { print FILES; }; "
-               "_describe() { print -l -- ${${(P)2}%%:*}; }; compset() { PREFIX=${PREFIX#*=}; }; "
+    command = ("compdef() {}; _files() { print FILES; }; "
+               "_describe() { print -l -- ${${(P)2}%%:*}; }; "
                f"source '{path}'; words=({line}); CURRENT={len(words) + 1}; PREFIX='{words[-1]}'; _joboptions")
     lines = subprocess.run(["zsh", "-f", "-c", command], check=True, capture_output=True, text=True)
-    return [line for line in lines.stdout.split("\n") if line.startswith(words[-1].split("=")[-1])]
+    return lines.stdout.split("\n")
 
 
 def check(shell, offers, words, wanted, unwanted):
@@ -68,6 +68,7 @@ def main():
     failures = 0
     with tempfile.TemporaryDirectory() as folder:
         os.environ["HOME"] = folder
+        os.environ["PATH"] = os.path.dirname(PROGRAM) + ":" + os.environ["PATH"]
         paths = {}
         for shell in ("bash", "zsh", "fish"):
             paths[shell] = os.path.join(folder, shell)
@@ -84,9 +85,9 @@ def main():
         words = ["set", "f", "EmbedAll"]
         failures += check("bash", bash_offers(paths["bash"], words), words, ["EmbedAllFonts="], [])
         words = ["set", "f", "AutoRotatePages=/P"]
-        failures += check(
-            "fish", fish_offers(paths["fish"], words), words, ["AutoRotatePages=/PageByPage"], [])
-        failures += check("zsh", zsh_offers(paths["zsh"], words), words, ["/PageByPage"], ["/All"])
+        wanted = ["AutoRotatePages=/PageByPage"]
+        failures += check("fish", fish_offers(paths["fish"], words), words, wanted, [])
+        failures += check("zsh", zsh_offers(paths["zsh"], words), words, wanted, [])
     return 1 if failures else 0
 
 

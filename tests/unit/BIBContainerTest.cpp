@@ -1,7 +1,7 @@
 #include "bib/BIBContainer.h"
 
-#include "bib/POSDict.h"
-#include "bib/POSNumber.h"
+#include "bib/POSCollections.h"
+#include "bib/POSScalars.h"
 #include "tests/support/BoundClient.h"
 
 namespace BIB_T_NMT {

@@ -1,9 +1,9 @@
 #include "bib/BIBError.h"
 
 #include "bib/BIBContainer.h"
-#include "bib/BIBErrorTraits.h"
+#include "bib/BIBInterfaceClient.h"
 #include "bib/BIBMemory.h"
-#include "bib/BIBStringTraits.h"
+#include "bib/BIBStringAtom.h"
 #include "source/JoboptionsReader.h"
 #include "source/PDFSettingsError.h"
 #include "tests/support/BoundClient.h"

@@ -1,4 +1,4 @@
-#include "bib/BIBMemoryBuffer.h"
+#include "bib/BIBMemory.h"
 
 #include <cstring>
 #include <limits>

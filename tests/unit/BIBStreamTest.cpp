@@ -1,6 +1,5 @@
 #include "bib/BIBStream.h"
 
-#include "bib/BIBStreamFactory.h"
 #include "tests/support/BoundClient.h"
 
 namespace BIB_T_NMT {

@@ -2,8 +2,8 @@
 
 #include "bib/BIBData.h"
 #include "bib/BIBError.h"
-#include "bib/POSNumber.h"
 #include "bib/POSObject.h"
+#include "bib/POSScalars.h"
 #include "tests/support/BoundClient.h"
 
 namespace BIB_T_NMT {

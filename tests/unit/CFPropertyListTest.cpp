@@ -5,7 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/CFCollections.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace {

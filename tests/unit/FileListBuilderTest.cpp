@@ -2,8 +2,7 @@
 
 #include <algorithm>
 
-#include "source/FileMgmt_Mac.h"
-#include "source/SettingsFileInfo.h"
+#include "source/FileMgmt.h"
 #include "tests/support/BoundClient.h"
 #include "tests/support/Describe.h"
 

@@ -1,7 +1,7 @@
-#include "source/MacRegistryHelper.h"
+#include "source/RegistryHelper.h"
 
 #include "platform/FileManager.h"
-#include "source/SettingsDataStoreImpl.h"
+#include "source/SettingsDataStore.h"
 #include "tests/support/BoundClient.h"
 #include "tests/support/Describe.h"
 #include "tests/support/EnvironmentVariable.h"

@@ -2,13 +2,8 @@
 
 #include <functional>
 
-#include "bib/POSArray.h"
-#include "bib/POSBinData.h"
-#include "bib/POSDict.h"
-#include "bib/POSDictIterator.h"
-#include "bib/POSNumber.h"
-#include "bib/POSString.h"
-#include "bib/POSUnicodeString.h"
+#include "bib/POSCollections.h"
+#include "bib/POSScalars.h"
 #include "tests/support/BoundClient.h"
 
 namespace BIB_T_NMT {

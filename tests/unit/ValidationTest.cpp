@@ -1,11 +1,10 @@
 #include <string>
 
 #include "bib/BIBSharedBuffer.h"
-#include "bib/POSDict.h"
-#include "bib/POSNumber.h"
-#include "bib/POSString.h"
+#include "bib/POSCollections.h"
+#include "bib/POSScalars.h"
 #include "source/PDFSettingsObject.h"
-#include "source/POSValidatorErrorProc.h"
+#include "source/PDFSettingsValidation.h"
 #include "tests/support/BoundClient.h"
 
 namespace PDFSettingsImpl {

@@ -5,9 +5,9 @@
 #include <unistd.h>
 
 #include "api/BIBRuntime.h"
-#include "bib/POSDict.h"
+#include "bib/POSCollections.h"
 #include "source/PDFSettingsError.h"
-#include "source/PDFSettingsFile.h"
+#include "source/PDFSettingsObject.h"
 #include "tests/support/BoundClient.h"
 #include "tests/support/RuntimeTables.h"
 #include "tests/support/TemporaryFolder.h"

@@ -1,18 +1,7 @@
 // The command line tool for settings files: options in, one command, an exit status out.
-#include "tools/joboptions/commands/CheckCommand.h"
-#include "tools/joboptions/commands/DescribeCommand.h"
-#include "tools/joboptions/commands/DiffCommand.h"
-#include "tools/joboptions/commands/FmtCommand.h"
-#include "tools/joboptions/commands/GetCommand.h"
-#include "tools/joboptions/commands/JsonCommands.h"
-#include "tools/joboptions/commands/ListCommands.h"
-#include "tools/joboptions/commands/ManualCommand.h"
+#include "tools/joboptions/commands/Command.h"
 #include "tools/joboptions/commands/Output.h"
-#include "tools/joboptions/commands/Result.h"
-#include "tools/joboptions/commands/SetCommand.h"
-#include "tools/joboptions/commands/ShowCommand.h"
-#include "tools/joboptions/commands/UnsetCommand.h"
-#include "tools/joboptions/completion/CompletionCommand.h"
+#include "tools/joboptions/commands/Replace.h"
 #include "tools/joboptions/text/Utf8.h"
 
 #include <CLI/CLI.hpp>
@@ -42,20 +31,25 @@ public:
                        "Exit status: 0 done or yes, 1 the answer is no, 2 wrong call, 3 input\n"
                        "unreadable or refused, 4 schema unusable, 5 change refused, 6 output not\n"
                        "written.");
-        Add<ShowCommand>();
-        Add<GetCommand>();
-        Add<SetCommand>();
-        Add<UnsetCommand>();
-        Add<CheckCommand>();
-        Add<DiffCommand>();
-        Add<FmtCommand>();
-        Add<ExportCommand>();
-        Add<ImportCommand>();
-        Add<ListCommand>();
-        Add<FolderCommand>();
-        Add<DescribeCommand>();
-        Add<CompletionCommand>();
-        Add<ManualCommand>();
+        for (auto* const make : {
+                 MakeShowCommand,
+                 MakeGetCommand,
+                 MakeSetCommand,
+                 MakeUnsetCommand,
+                 MakeCheckCommand,
+                 MakeDiffCommand,
+                 MakeFmtCommand,
+                 MakeExportCommand,
+                 MakeImportCommand,
+                 MakeListCommand,
+                 MakeFolderCommand,
+                 MakeDescribeCommand,
+                 MakeCompletionCommand,
+                 MakeManualCommand,
+                 MakeCompleteCommand,
+             }) {
+            fCommands.push_back(make(fParser, fOptions));
+        }
     }
 
     Status Run(int argc, char** argv) {
@@ -68,11 +62,6 @@ public:
     }
 
 private:
-    template <class Chosen>
-    void Add() {
-        fCommands.push_back(std::make_unique<Chosen>(fParser, fOptions));
-    }
-
     // REQUIRES: the parser has seen one of the commands.
     Status RunCommand() {
         try {

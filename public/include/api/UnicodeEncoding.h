@@ -8,7 +8,7 @@
 #pragma once
 
 #include "bib/BIBSharedBuffer.h"
-#include "bib/POSUnicodeString.h"
+#include "bib/POSScalars.h"
 
 namespace UnicodeEncodingNS {
 

@@ -4,7 +4,7 @@
 #include "pdfsettings/Error.h"
 #include "pdfsettings/Path.h"
 #include "pdfsettings/Settings.h"
-#include "tools/joboptions/commands/Failure.h"
+#include "tools/joboptions/commands/Output.h"
 #include "tools/joboptions/text/Utf8.h"
 #include "tools/joboptions/text/ValueText.h"
 

@@ -2,12 +2,12 @@
 
 #include "pdfsettings/Error.h"
 #include "tools/joboptions/commands/Input.h"
-#include "tools/joboptions/commands/Locate.h"
+#include "tools/joboptions/commands/ListEntries.h"
+#include "tools/joboptions/commands/Options.h"
 #include "tools/joboptions/commands/Output.h"
-#include "tools/joboptions/commands/SchemaOption.h"
 #include "tools/joboptions/json/JsonDocuments.h"
+#include "tools/joboptions/text/Diagnostics.h"
 #include "tools/joboptions/text/Differences.h"
-#include "tools/joboptions/text/Findings.h"
 #include "tools/joboptions/text/Utf8.h"
 
 #include <fmt/format.h>

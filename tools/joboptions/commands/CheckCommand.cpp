@@ -1,20 +1,56 @@
-#include "tools/joboptions/commands/CheckCommand.h"
+// joboptions check: judges files by a schema.
+#include "tools/joboptions/commands/Command.h"
 
+#include "pdfsettings/Component.h"
+#include "pdfsettings/Schema.h"
 #include "tools/joboptions/commands/Input.h"
-#include "tools/joboptions/commands/Locate.h"
-#include "tools/joboptions/commands/Result.h"
-#include "tools/joboptions/commands/SchemaOption.h"
+#include "tools/joboptions/commands/ListEntries.h"
+#include "tools/joboptions/commands/Options.h"
+#include "tools/joboptions/commands/Replace.h"
 #include "tools/joboptions/json/JsonDocuments.h"
-#include "tools/joboptions/text/UnknownKeys.h"
+#include "tools/joboptions/text/Diagnostics.h"
+#include "tools/joboptions/text/KnownKeys.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iterator>
+#include <memory>
+#include <string>
 #include <utility>
+#include <vector>
 
 namespace joboptions {
 
 namespace {
+
+// Says of each file what of it is lost or taken otherwise than it looks, and what the schema does
+// not allow.
+class CheckCommand final : public Command {
+public:
+    CheckCommand(CLI::App& program, Options& options);
+
+    // Status::kDone when all files are valid, Status::kNo when one has faults (warnings count if
+    // strict), Status::kBadInput when one cannot be read or parsed; the others are judged all the
+    // same.
+    Status Run() const override;
+
+private:
+    Judgement Judge(
+        pdfsettings::Component const& component,
+        pdfsettings::Schema const& schema,
+        std::string const& file) const;
+
+    void JudgeText(
+        pdfsettings::Component const& component,
+        pdfsettings::Schema const& schema,
+        std::string text,
+        Judgement& judgement) const;
+    Status StatusOf(Judgement const& judgement) const;
+
+    Options const& fOptions;
+    std::vector<std::string> fFiles;
+    bool fIsStrict = false;
+};
 
 std::string JudgementText(Judgement const& judgement, bool color) {
     std::string text;
@@ -28,8 +64,6 @@ void Append(std::vector<Diagnostic>& all, std::vector<Diagnostic> more) {
     all.insert(
         all.end(), std::make_move_iterator(more.begin()), std::make_move_iterator(more.end()));
 }
-
-} // namespace
 
 CheckCommand::CheckCommand(CLI::App& program, Options& options)
     : Command(program, "check", "Say what of the settings is not allowed"),
@@ -121,6 +155,12 @@ Status CheckCommand::StatusOf(Judgement const& judgement) const {
             return fIsStrict || diagnostic.severity == pdfsettings::Severity::kError;
         });
     return isFaulty ? Status::kNo : Status::kDone;
+}
+
+} // namespace
+
+std::unique_ptr<Command> MakeCheckCommand(CLI::App& program, Options& options) {
+    return std::make_unique<CheckCommand>(program, options);
 }
 
 } // namespace joboptions

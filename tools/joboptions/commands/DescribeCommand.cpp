@@ -1,10 +1,12 @@
-#include "tools/joboptions/commands/DescribeCommand.h"
+// joboptions describe: what the schema says of settings.
+#include "tools/joboptions/commands/Command.h"
 
-#include "tools/joboptions/commands/Failure.h"
-#include "tools/joboptions/commands/Result.h"
-#include "tools/joboptions/commands/SchemaOption.h"
+#include "pdfsettings/Schema.h"
+#include "tools/joboptions/commands/Options.h"
+#include "tools/joboptions/commands/Output.h"
+#include "tools/joboptions/commands/Replace.h"
 #include "tools/joboptions/json/JsonDocuments.h"
-#include "tools/joboptions/text/Nearest.h"
+#include "tools/joboptions/text/KnownKeys.h"
 #include "tools/joboptions/text/RuleText.h"
 #include "tools/joboptions/text/Utf8.h"
 
@@ -12,12 +14,37 @@
 #include <algorithm>
 #include <fmt/format.h>
 #include <iterator>
+#include <memory>
+#include <string>
+#include <vector>
 
 namespace joboptions {
 
-using pdfsettings::SettingRule;
-
 namespace {
+
+// Writes what settings are for and what they may hold: a line for each, or all that the schema says
+// of the ones that are named.
+class DescribeCommand final : public Command {
+public:
+    DescribeCommand(CLI::App& program, Options& options);
+
+    // Status::kDone, or Status::kNo when the schema lacks a key: the others are written all the
+    // same.
+    Status Run() const override;
+
+private:
+    std::vector<pdfsettings::SettingRule>
+    Choose(std::vector<pdfsettings::SettingRule> const& rules, Status& status) const;
+    std::string AsText(std::vector<pdfsettings::SettingRule> const& rules) const;
+    std::string AsJson(std::vector<pdfsettings::SettingRule> const& rules) const;
+    void
+    ReportMissing(std::string const& key, std::vector<pdfsettings::SettingRule> const& rules) const;
+
+    Options const& fOptions;
+    std::vector<std::string> fKeys;
+};
+
+using pdfsettings::SettingRule;
 
 // Whether key is the setting's, or that of one it is nested in.
 bool IsChosenBy(std::string const& key, SettingRule const& rule) {
@@ -25,8 +52,6 @@ bool IsChosenBy(std::string const& key, SettingRule const& rule) {
                           (rule.key[key.size()] == '/' || rule.key[key.size()] == '[');
     return rule.key.starts_with(key) && (isNested || rule.key.size() == key.size());
 }
-
-} // namespace
 
 DescribeCommand::DescribeCommand(CLI::App& program, Options& options)
     : Command(program, "describe", "Say what settings are for and what they may hold"),
@@ -90,6 +115,12 @@ void DescribeCommand::ReportMissing(
     std::ranges::transform(rules, std::back_inserter(keys), &SettingRule::key);
     WriteError(fmt::format(
         "the schema has no setting {}{}", VisibleText(key), MeantText(Nearest(key, keys))));
+}
+
+} // namespace
+
+std::unique_ptr<Command> MakeDescribeCommand(CLI::App& program, Options& options) {
+    return std::make_unique<DescribeCommand>(program, options);
 }
 
 } // namespace joboptions

@@ -1,14 +1,34 @@
-#include "tools/joboptions/commands/DiffCommand.h"
+// joboptions diff: what differs between two files.
+#include "tools/joboptions/commands/Command.h"
 
 #include "tools/joboptions/commands/Input.h"
-#include "tools/joboptions/commands/Locate.h"
-#include "tools/joboptions/commands/Result.h"
+#include "tools/joboptions/commands/ListEntries.h"
+#include "tools/joboptions/commands/Options.h"
+#include "tools/joboptions/commands/Replace.h"
 #include "tools/joboptions/json/JsonDocuments.h"
 #include "tools/joboptions/text/Differences.h"
 
 #include <CLI/CLI.hpp>
+#include <memory>
+#include <string>
 
 namespace joboptions {
+
+namespace {
+
+// Compares two files by key and value.
+class DiffCommand final : public Command {
+public:
+    DiffCommand(CLI::App& program, Options& options);
+
+    // Status::kDone when the settings are the same, else Status::kNo.
+    Status Run() const override;
+
+private:
+    Options const& fOptions;
+    std::string fBefore;
+    std::string fAfter;
+};
 
 DiffCommand::DiffCommand(CLI::App& program, Options& options)
     : Command(program, "diff", "Say what differs between two files, by key and value"),
@@ -42,6 +62,12 @@ Status DiffCommand::Run() const {
         WriteResult(fOptions, DifferencesText(differences, UseColor(fOptions)));
     }
     return differences.empty() ? Status::kDone : Status::kNo;
+}
+
+} // namespace
+
+std::unique_ptr<Command> MakeDiffCommand(CLI::App& program, Options& options) {
+    return std::make_unique<DiffCommand>(program, options);
 }
 
 } // namespace joboptions

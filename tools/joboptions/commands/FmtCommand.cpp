@@ -1,18 +1,50 @@
-#include "tools/joboptions/commands/FmtCommand.h"
+// joboptions fmt: writes files in the component's own layout.
+#include "tools/joboptions/commands/Command.h"
 
+#include "pdfsettings/Component.h"
 #include "pdfsettings/Document.h"
-
 #include "tools/joboptions/commands/Input.h"
-#include "tools/joboptions/commands/Locate.h"
+#include "tools/joboptions/commands/ListEntries.h"
+#include "tools/joboptions/commands/Options.h"
+#include "tools/joboptions/commands/Replace.h"
 #include "tools/joboptions/json/JsonDocuments.h"
-#include "tools/joboptions/text/Comments.h"
+#include "tools/joboptions/text/Diagnostics.h"
 #include "tools/joboptions/text/Layout.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <fmt/format.h>
+#include <memory>
+#include <string>
+#include <vector>
 
 namespace joboptions {
+
+namespace {
+
+// Rewrites files as the component writes settings.
+class FmtCommand final : public Command {
+public:
+    FmtCommand(CLI::App& program, Options& options);
+
+    // Status::kDone; with --check Status::kNo when a file is laid out otherwise; Status::kRefused
+    // for a file with comments, which would be lost. The worst status of all files.
+    Status Run() const override;
+
+private:
+    Status
+    FormatOrReport(pdfsettings::Component const& component, LayoutJudgement& judgement) const;
+    Status Format(pdfsettings::Component const& component, LayoutJudgement& judgement) const;
+    Status FormatText(
+        pdfsettings::Component const& component,
+        LayoutJudgement& judgement,
+        std::string const& text,
+        SaveText const& save) const;
+    Status Announce(std::string const& file) const;
+    Options const& fOptions;
+    std::vector<std::string> fFiles;
+    bool fIsCheck = false;
+};
 
 FmtCommand::FmtCommand(CLI::App& program, Options& options)
     : Command(program, "fmt", "Lay files out as the component writes them"),
@@ -111,6 +143,12 @@ Status FmtCommand::Announce(std::string const& file) const {
         WriteOutput(InputName(file) + "\n");
     }
     return fIsCheck ? Status::kNo : Status::kDone;
+}
+
+} // namespace
+
+std::unique_ptr<Command> MakeFmtCommand(CLI::App& program, Options& options) {
+    return std::make_unique<FmtCommand>(program, options);
 }
 
 } // namespace joboptions

@@ -1,17 +1,40 @@
-#include "tools/joboptions/commands/GetCommand.h"
+// joboptions get: single values of a file.
+#include "tools/joboptions/commands/Command.h"
 
 #include "pdfsettings/Path.h"
 #include "tools/joboptions/commands/Input.h"
-#include "tools/joboptions/commands/Locate.h"
-#include "tools/joboptions/commands/MissingKey.h"
-#include "tools/joboptions/commands/Result.h"
+#include "tools/joboptions/commands/ListEntries.h"
+#include "tools/joboptions/commands/Options.h"
+#include "tools/joboptions/commands/Replace.h"
 #include "tools/joboptions/json/JsonDocuments.h"
+#include "tools/joboptions/text/KnownKeys.h"
 #include "tools/joboptions/text/ValueText.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
+#include <memory>
+#include <string>
+#include <vector>
 
 namespace joboptions {
+
+namespace {
+
+// Reads a file and writes the values under the given keys, a line for each or as JSON.
+class GetCommand final : public Command {
+public:
+    GetCommand(CLI::App& program, Options& options);
+
+    // Status::kDone, or Status::kNo when a key is missing: what was found is written all the same.
+    Status Run() const override;
+
+private:
+    void WriteMissing(std::vector<std::string> const& messages) const;
+
+    Options const& fOptions;
+    std::string fFile;
+    std::vector<std::string> fKeys;
+};
 
 GetCommand::GetCommand(CLI::App& program, Options& options)
     : Command(program, "get", "Show single values of a file"),
@@ -56,6 +79,12 @@ void GetCommand::WriteMissing(std::vector<std::string> const& messages) const {
             WriteError(fmt::format("{}: {}", InputName(fFile), message));
         }
     }
+}
+
+} // namespace
+
+std::unique_ptr<Command> MakeGetCommand(CLI::App& program, Options& options) {
+    return std::make_unique<GetCommand>(program, options);
 }
 
 } // namespace joboptions

@@ -1,17 +1,49 @@
-#include "tools/joboptions/commands/JsonCommands.h"
+// joboptions export and import: settings as JSON and back.
+#include "tools/joboptions/commands/Command.h"
 
 #include "pdfsettings/Component.h"
 #include "pdfsettings/Settings.h"
 #include "tools/joboptions/commands/Input.h"
-#include "tools/joboptions/commands/Locate.h"
-#include "tools/joboptions/commands/Result.h"
+#include "tools/joboptions/commands/ListEntries.h"
+#include "tools/joboptions/commands/Options.h"
+#include "tools/joboptions/commands/Replace.h"
 #include "tools/joboptions/json/JsonDocuments.h"
 #include "tools/joboptions/json/JsonReader.h"
 #include "tools/joboptions/text/Layout.h"
 
 #include <CLI/CLI.hpp>
+#include <memory>
+#include <string>
 
 namespace joboptions {
+
+namespace {
+
+// Writes all settings of a file as JSON, without loss.
+class ExportCommand final : public Command {
+public:
+    ExportCommand(CLI::App& program, Options& options);
+
+    // Status::kDone.
+    Status Run() const override;
+
+private:
+    Options const& fOptions;
+    std::string fFile;
+};
+
+// Writes the settings that were exported in the component's own layout.
+class ImportCommand final : public Command {
+public:
+    ImportCommand(CLI::App& program, Options& options);
+
+    // Status::kDone.
+    Status Run() const override;
+
+private:
+    Options const& fOptions;
+    std::string fFile = "-";
+};
 
 ExportCommand::ExportCommand(CLI::App& program, Options& options)
     : Command(program, "export", "Write all settings of a file as JSON"),
@@ -50,6 +82,16 @@ Status ImportCommand::Run() const {
     auto const settings = pdfsettings::Settings::FromValues(component, values);
     WriteResult(fOptions, LayOut(component, settings, fFile));
     return Status::kDone;
+}
+
+} // namespace
+
+std::unique_ptr<Command> MakeExportCommand(CLI::App& program, Options& options) {
+    return std::make_unique<ExportCommand>(program, options);
+}
+
+std::unique_ptr<Command> MakeImportCommand(CLI::App& program, Options& options) {
+    return std::make_unique<ImportCommand>(program, options);
 }
 
 } // namespace joboptions

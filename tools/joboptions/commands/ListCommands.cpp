@@ -1,17 +1,47 @@
-#include "tools/joboptions/commands/ListCommands.h"
+// joboptions list, folder: which settings there are and where they lie.
+#include "tools/joboptions/commands/Command.h"
 
 #include "pdfsettings/AdminPreferences.h"
 #include "pdfsettings/Component.h"
-#include "tools/joboptions/commands/Result.h"
+#include "tools/joboptions/commands/Options.h"
+#include "tools/joboptions/commands/Replace.h"
 #include "tools/joboptions/text/ListText.h"
 #include "tools/joboptions/text/Utf8.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
+#include <memory>
 
 namespace joboptions {
 
 namespace {
+
+// Writes the settings of both folders, without those that are hidden from the application.
+class ListCommand final : public Command {
+public:
+    ListCommand(CLI::App& program, Options& options);
+
+    // Status::kDone, also for an empty list.
+    Status Run() const override;
+
+private:
+    Options const& fOptions;
+    bool fIsAll = false;
+    bool fIsLong = false;
+};
+
+// Writes the path of the user's settings folder or of the administrator's.
+class FolderCommand final : public Command {
+public:
+    FolderCommand(CLI::App& program, Options& options);
+
+    // Status::kDone, or Status::kNo when there is no such folder.
+    Status Run() const override;
+
+private:
+    Options const& fOptions;
+    bool fIsAdmins = false;
+};
 
 // Such a list has no effect, and nothing else tells why.
 void WarnOfUnusable(pdfsettings::AdminPreferences const& preferences, Options const& options) {
@@ -21,8 +51,6 @@ void WarnOfUnusable(pdfsettings::AdminPreferences const& preferences, Options co
             VisibleText(preferences.File())));
     }
 }
-
-} // namespace
 
 ListCommand::ListCommand(CLI::App& program, Options& options)
     : Command(program, "list", "List the settings of the administrator's and the user's folder"),
@@ -78,6 +106,16 @@ Status FolderCommand::Run() const {
     }
     WriteResult(fOptions, fOptions.json ? FolderDocument(folder) : VisibleText(folder) + "\n");
     return Status::kDone;
+}
+
+} // namespace
+
+std::unique_ptr<Command> MakeListCommand(CLI::App& program, Options& options) {
+    return std::make_unique<ListCommand>(program, options);
+}
+
+std::unique_ptr<Command> MakeFolderCommand(CLI::App& program, Options& options) {
+    return std::make_unique<FolderCommand>(program, options);
 }
 
 } // namespace joboptions

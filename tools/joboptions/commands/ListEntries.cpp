@@ -1,11 +1,19 @@
 #include "tools/joboptions/commands/ListEntries.h"
 
 #include "pdfsettings/AdminPreferences.h"
-#include "tools/joboptions/commands/Shadows.h"
+#include "tools/joboptions/commands/Output.h"
+#include "tools/joboptions/text/Utf8.h"
 
 #include <algorithm>
 #include <fcntl.h>
+#include <filesystem>
+#include <fmt/format.h>
+#include <iterator>
+#include <map>
+#include <set>
 #include <sys/stat.h>
+#include <system_error>
+#include <unordered_map>
 #include <utility>
 
 namespace joboptions {
@@ -85,6 +93,105 @@ std::vector<ListEntry> ReadEntries(
     });
     AddShadowed(preferences, SettingsList::UserFolder(component), application, entries);
     return entries;
+}
+
+namespace {
+
+// The paths of a folder that could be listed.
+std::vector<std::filesystem::path> SettingsIn(std::string const& folder) {
+    std::vector<std::filesystem::path> paths;
+    std::error_code error;
+    std::filesystem::directory_iterator file(folder, error);
+    for (; !error && file != std::filesystem::directory_iterator(); file.increment(error)) {
+        std::string const name = file->path().filename().string();
+        std::size_t const dot = std::min(name.rfind('.'), name.size());
+        if (name.substr(dot).starts_with(kExtension) && IsPlainText(name)) {
+            paths.push_back(file->path().lexically_normal());
+        }
+    }
+    std::ranges::sort(paths);
+    return paths;
+}
+
+} // namespace
+
+void AddShadowed(
+    pdfsettings::AdminPreferences const& preferences,
+    std::string const& userFolder,
+    std::optional<std::string> const& application,
+    std::vector<ListEntry>& entries) {
+    std::unordered_map<std::string, ListEntry*> byName;
+    std::set<std::filesystem::path> known;
+    for (ListEntry& entry : entries) {
+        byName.emplace(entry.settings.name, &entry);
+        known.insert(std::filesystem::path(entry.settings.path).lexically_normal());
+    }
+    auto paths = SettingsIn(preferences.SettingsFolder());
+    std::ranges::move(SettingsIn(userFolder), std::back_inserter(paths));
+    auto const names =
+        application ? preferences.DisplayNames(*application) : std::map<std::string, std::string>();
+    for (auto const& path : paths) {
+        auto const shown = names.find(OwnName(path));
+        auto const found = byName.find(shown == names.end() ? OwnName(path) : shown->second);
+        if (found != byName.end() && known.insert(path).second) {
+            found->second->shadowed.push_back(path.string());
+        }
+    }
+}
+
+namespace {
+
+ListEntry FindEntry(
+    pdfsettings::Component const& component, std::string const& name, Options const& options) {
+    auto const entries = ReadEntries(component, options.application);
+    auto const found = std::ranges::find_if(
+        entries, [&name](ListEntry const& entry) { return entry.settings.name == name; });
+    if (found == entries.end()) {
+        throw Failure(
+            Status::kBadInput,
+            fmt::format(
+                "{}: no settings are listed under this name; see joboptions list --all --app {}",
+                VisibleText(name),
+                VisibleText(*options.application)));
+    }
+    return *found;
+}
+
+bool IsListedName(std::string const& file, Options const& options) {
+    if (!options.application || file == "-") {
+        return false;
+    }
+    // A listed name may have a slash; a path leads to a file.
+    std::error_code error;
+    return file.find('/') == std::string::npos || !std::filesystem::exists(file, error);
+}
+
+} // namespace
+
+std::string
+Locate(pdfsettings::Component const& component, std::string const& file, Options const& options) {
+    return IsListedName(file, options) ? FindEntry(component, file, options).settings.path : file;
+}
+
+std::string LocateForChange(
+    pdfsettings::Component const& component, std::string const& file, Options const& options) {
+    if (!IsListedName(file, options)) {
+        return file;
+    }
+    ListEntry const entry = FindEntry(component, file, options);
+    if (entry.settings.isReadOnly && options.output.empty()) {
+        throw Failure(
+            Status::kRefused,
+            fmt::format(
+                "{}: read-only: {}; copy it with -o [read-only]",
+                VisibleText(file),
+                fmt::join(entry.readOnlyReasons, "; ")));
+    }
+    return entry.settings.path;
+}
+
+std::string Locate(std::string const& file, Options const& options) {
+    return IsListedName(file, options) ? Locate(pdfsettings::Component(), file, options) : file;
 }
 
 } // namespace joboptions

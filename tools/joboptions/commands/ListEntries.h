@@ -1,7 +1,10 @@
-// The settings that are listed, with what the command line tells of them.
+// The settings that are listed, what the command line tells of them, and finding one by its name.
 #pragma once
 
+#include "pdfsettings/AdminPreferences.h"
+#include "pdfsettings/Component.h"
 #include "pdfsettings/SettingsList.h"
+#include "tools/joboptions/commands/Options.h"
 
 #include <filesystem>
 #include <optional>
@@ -27,5 +30,28 @@ std::string OwnName(std::filesystem::path const& path);
 // All of them by their names, for an application or for none.
 std::vector<ListEntry>
 ReadEntries(pdfsettings::Component const& component, std::optional<std::string> const& application);
+
+// Gives each entry the files of both folders that would be listed under its name and are not. A
+// folder that cannot be read has none.
+void AddShadowed(
+    pdfsettings::AdminPreferences const& preferences,
+    std::string const& userFolder,
+    std::optional<std::string> const& application,
+    std::vector<ListEntry>& entries);
+
+// The path of the settings that file means: those of that name in the list for the application that
+// options name. Without one, for a path with a slash and for "-" it is file itself. Throws Failure
+// with Status::kBadInput when no settings are listed under the name.
+std::string
+Locate(pdfsettings::Component const& component, std::string const& file, Options const& options);
+
+// The same for settings that are to be changed in their place. Throws Failure with Status::kRefused
+// and all reasons when they are listed as read-only, unless options say that the result goes
+// elsewhere.
+std::string LocateForChange(
+    pdfsettings::Component const& component, std::string const& file, Options const& options);
+
+// As Locate, where no component runs.
+std::string Locate(std::string const& file, Options const& options);
 
 } // namespace joboptions

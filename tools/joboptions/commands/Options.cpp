@@ -1,6 +1,11 @@
 #include "tools/joboptions/commands/Options.h"
 
+#include "tools/joboptions/commands/Input.h"
+#include "tools/joboptions/commands/Output.h"
+#include "tools/joboptions/text/Utf8.h"
+
 #include <CLI/CLI.hpp>
+#include <fmt/format.h>
 #include <map>
 
 namespace joboptions {
@@ -107,11 +112,68 @@ void AddApplication(CLI::App& command, Options& options, char const* help) {
         ->type_name("NAME");
 }
 
+std::vector<std::string> NamesOf(CLI::Option const& option) {
+    std::vector<std::string> names;
+    for (std::string const& name : option.get_snames()) {
+        names.push_back("-" + name);
+    }
+    for (std::string const& name : option.get_lnames()) {
+        names.push_back("--" + name);
+    }
+    return names;
+}
+
+std::vector<CLI::App const*> ListedCommands(CLI::App const& program) {
+    return program.get_subcommands(
+        [](CLI::App const* command) { return !command->get_group().empty(); });
+}
+
 void AddFile(CLI::App& command, Options& options, std::string& file) {
     AddApplication(command, options, kNamesOfApplication);
     command.add_option("FILE", file, "The settings file; - is standard input")
         ->required()
         ->type_name("");
+}
+
+namespace {
+
+[[noreturn]] void
+ThrowFaults(std::string const& name, std::vector<pdfsettings::SchemaFault> const& faults) {
+    std::string message;
+    for (pdfsettings::SchemaFault const& fault : faults) {
+        message += fmt::format(
+            "{}{}:{}:{}: {}",
+            message.empty() ? "" : "\n",
+            name,
+            fault.line,
+            fault.column,
+            VisibleText(fault.message));
+    }
+    throw Failure(Status::kBadSchema, message);
+}
+
+std::string ReadText(std::string const& file) {
+    try {
+        return ReadBytes(file);
+    } catch (Failure const& failure) {
+        throw Failure(Status::kBadSchema, failure.what());
+    }
+}
+
+} // namespace
+
+pdfsettings::Schema ReadSchema(pdfsettings::Component const& component, Options const& options) {
+    bool const isStandard = options.schema.empty();
+    std::string const name = isStandard ? "standard schema" : InputName(options.schema);
+    std::string text =
+        isStandard ? std::string(pdfsettings::Schema::StandardText()) : ReadText(options.schema);
+    try {
+        return pdfsettings::Schema::FromText(component, std::move(text));
+    } catch (pdfsettings::SchemaError const& error) {
+        ThrowFaults(name, error.Faults());
+    } catch (pdfsettings::Error const& error) {
+        throw Failure(Status::kBadSchema, fmt::format("{}: {}", name, VisibleText(error.what())));
+    }
 }
 
 } // namespace joboptions

@@ -1,6 +1,8 @@
 // The options that the commands share.
 #pragma once
 
+#include "pdfsettings/Component.h"
+#include "pdfsettings/Schema.h"
 #include "tools/joboptions/commands/Output.h"
 
 #include <CLI/App.hpp>
@@ -50,7 +52,18 @@ void AddApplication(CLI::App& command, Options& options, char const* help);
 inline constexpr char kNamesOfApplication[] =
     "A name without a slash is one that list --app shows for this application";
 
+// The names of an option with their dashes, the short ones first.
+std::vector<std::string> NamesOf(CLI::Option const& option);
+
+// The commands of a program that its help names, in their order.
+std::vector<CLI::App const*> ListedCommands(CLI::App const& program);
+
 // The settings file that a command reads, and --app for its name.
 void AddFile(CLI::App& command, Options& options, std::string& file);
+
+// The schema in the file that options name, else the standard schema. Throws Failure with
+// Status::kBadSchema: the reason when the file cannot be read, or all faults, each with line and
+// column, when the schema cannot be used.
+pdfsettings::Schema ReadSchema(pdfsettings::Component const& component, Options const& options);
 
 } // namespace joboptions

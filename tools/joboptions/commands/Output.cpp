@@ -1,7 +1,5 @@
 #include "tools/joboptions/commands/Output.h"
 
-#include "tools/joboptions/commands/Failure.h"
-
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>

@@ -1,20 +1,42 @@
-#include "tools/joboptions/commands/SetCommand.h"
+// joboptions set: changes settings of a file.
+#include "tools/joboptions/commands/Command.h"
 
 #include "pdfsettings/Splice.h"
 #include "tools/joboptions/commands/Assignment.h"
+#include "tools/joboptions/commands/Change.h"
 #include "tools/joboptions/commands/Input.h"
+#include "tools/joboptions/commands/Options.h"
 #include "tools/joboptions/text/Diagnostics.h"
 #include "tools/joboptions/text/KnownKeys.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <fmt/format.h>
+#include <memory>
+#include <string>
+#include <vector>
 
 namespace joboptions {
 
-using pdfsettings::Dictionary;
-
 namespace {
+
+// Changes values in a file, all of them or, if the schema refuses a single one, none.
+class SetCommand final : public Command {
+public:
+    SetCommand(CLI::App& program, Options& options);
+
+    // Status::kDone, or Status::kRefused with all faults when the schema does not allow the result.
+    Status Run() const override;
+
+private:
+    Status Set(Editing const& editing) const;
+
+    Options const& fOptions;
+    std::string fFile;
+    std::vector<std::string> fAssignments;
+};
+
+using pdfsettings::Dictionary;
 
 // The text with the values of all assignments. A text without settings gets some.
 std::string Splice(std::string text, std::vector<ValueText> const& values) {
@@ -58,8 +80,6 @@ std::vector<pdfsettings::Finding> UnknownKeys(
     }
     return warnings;
 }
-
-} // namespace
 
 SetCommand::SetCommand(CLI::App& program, Options& options)
     : Command(program, "set", "Change settings of a file, if all new values are allowed"),
@@ -105,6 +125,12 @@ Status SetCommand::Set(Editing const& editing) const {
     return Finish(
         {file, save, before, after, findings, UnknownKeys(rules, assignments.texts), changed},
         fOptions);
+}
+
+} // namespace
+
+std::unique_ptr<Command> MakeSetCommand(CLI::App& program, Options& options) {
+    return std::make_unique<SetCommand>(program, options);
 }
 
 } // namespace joboptions

@@ -1,14 +1,32 @@
-#include "tools/joboptions/commands/ShowCommand.h"
+// joboptions show: all settings of a file.
+#include "tools/joboptions/commands/Command.h"
 
 #include "tools/joboptions/commands/Input.h"
-#include "tools/joboptions/commands/Locate.h"
-#include "tools/joboptions/commands/Result.h"
+#include "tools/joboptions/commands/ListEntries.h"
+#include "tools/joboptions/commands/Options.h"
+#include "tools/joboptions/commands/Replace.h"
 #include "tools/joboptions/json/JsonDocuments.h"
 #include "tools/joboptions/text/Tree.h"
 
 #include <CLI/CLI.hpp>
+#include <memory>
 
 namespace joboptions {
+
+namespace {
+
+// Reads a file and writes all of its settings, as a tree or as JSON.
+class ShowCommand final : public Command {
+public:
+    ShowCommand(CLI::App& program, Options& options);
+
+    // Status::kDone.
+    Status Run() const override;
+
+private:
+    Options const& fOptions;
+    std::string fFile;
+};
 
 ShowCommand::ShowCommand(CLI::App& program, Options& options)
     : Command(program, "show", "Show all settings of a file"),
@@ -30,6 +48,12 @@ Status ShowCommand::Run() const {
         fOptions.json ? JsonDocument("settings", settings, file)
                       : TreeText(settings, UseColor(fOptions)));
     return Status::kDone;
+}
+
+} // namespace
+
+std::unique_ptr<Command> MakeShowCommand(CLI::App& program, Options& options) {
+    return std::make_unique<ShowCommand>(program, options);
 }
 
 } // namespace joboptions

@@ -1,18 +1,41 @@
-#include "tools/joboptions/commands/UnsetCommand.h"
+// joboptions unset: takes settings out of a file.
+#include "tools/joboptions/commands/Command.h"
 
 #include "pdfsettings/Path.h"
 #include "pdfsettings/Splice.h"
+#include "tools/joboptions/commands/Change.h"
 #include "tools/joboptions/commands/Input.h"
-#include "tools/joboptions/commands/MissingKey.h"
+#include "tools/joboptions/commands/Options.h"
+#include "tools/joboptions/text/KnownKeys.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
+#include <memory>
+#include <string>
+#include <vector>
 
 namespace joboptions {
 
-using pdfsettings::Dictionary;
-
 namespace {
+
+// Takes keys out of a file, all of them or, if one is missing or the schema refuses the rest, none.
+class UnsetCommand final : public Command {
+public:
+    UnsetCommand(CLI::App& program, Options& options);
+
+    // Status::kDone, Status::kNo when there is no such key, or Status::kRefused with all faults
+    // when the schema does not allow the result.
+    Status Run() const override;
+
+private:
+    Status Unset(Editing const& editing) const;
+
+    Options const& fOptions;
+    std::string fFile;
+    std::vector<std::string> fKeys;
+};
+
+using pdfsettings::Dictionary;
 
 // Throws Failure for keys that cannot be taken out.
 void RequireKeys(
@@ -41,8 +64,6 @@ std::string Remove(std::string text, std::vector<std::string> const& keys) {
     }
     return text;
 }
-
-} // namespace
 
 UnsetCommand::UnsetCommand(CLI::App& program, Options& options)
     : Command(program, "unset", "Take settings out of a file"),
@@ -74,6 +95,12 @@ Status UnsetCommand::Unset(Editing const& editing) const {
     auto findings = ParseSettings(component, file, changed, schema.Text()).Validate();
     MarkOldFindings(settings, findings);
     return Finish({file, save, before, after, findings, {}, changed}, fOptions);
+}
+
+} // namespace
+
+std::unique_ptr<Command> MakeUnsetCommand(CLI::App& program, Options& options) {
+    return std::make_unique<UnsetCommand>(program, options);
 }
 
 } // namespace joboptions

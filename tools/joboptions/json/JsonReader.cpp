@@ -1,6 +1,6 @@
 #include "tools/joboptions/json/JsonReader.h"
 
-#include "tools/joboptions/commands/Failure.h"
+#include "tools/joboptions/commands/Output.h"
 #include "tools/joboptions/commands/Input.h"
 #include "tools/joboptions/json/ValueJson.h"
 #include "tools/joboptions/text/Utf8.h"

@@ -5,8 +5,8 @@
 #include "tools/joboptions/commands/Input.h"
 #include "tools/joboptions/commands/Output.h"
 #include "tools/joboptions/text/Differences.h"
+#include "tools/joboptions/text/KnownKeys.h"
 #include "tools/joboptions/text/Layout.h"
-#include "tools/joboptions/text/Nearest.h"
 #include "tools/joboptions/text/Utf8.h"
 #include "tools/joboptions/text/ValueText.h"
 
@@ -16,6 +16,20 @@
 #include <regex>
 
 namespace joboptions {
+
+std::string FindingText(std::string const& file, pdfsettings::Finding const& finding) {
+    return fmt::format(
+        "{}: {}: {}", InputName(file), VisibleText(finding.key), VisibleText(finding.message));
+}
+
+std::string
+FindingsText(std::string const& file, std::vector<pdfsettings::Finding> const& findings) {
+    std::string text;
+    for (pdfsettings::Finding const& finding : findings) {
+        text += (text.empty() ? "" : "\n") + FindingText(file, finding);
+    }
+    return text;
+}
 
 using pdfsettings::Document;
 using pdfsettings::DocumentEntry;

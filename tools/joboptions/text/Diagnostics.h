@@ -7,10 +7,18 @@
 #include "pdfsettings/Schema.h"
 #include "pdfsettings/Settings.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace joboptions {
+
+// "file: key: message" without a line end.
+std::string FindingText(std::string const& file, pdfsettings::Finding const& finding);
+
+// The same of all findings, in lines.
+std::string
+FindingsText(std::string const& file, std::vector<pdfsettings::Finding> const& findings);
 
 // One finding with its place.
 struct Diagnostic {
@@ -66,5 +74,20 @@ std::string DiagnosticText(
 
 // Why the component refuses a text, "file:line:column: message [id]"; empty for one that it reads.
 std::string RefusalText(std::string const& file, pdfsettings::Document const& document);
+
+// Of its text and its values.
+struct Judgement {
+    std::string file;
+    std::string error; // why it could not be read or parsed; empty if it could
+    std::optional<pdfsettings::Document> document; // none for a file that could not be read
+    std::vector<Diagnostic> diagnostics;           // in the order of the text
+};
+
+// Of its layout.
+struct LayoutJudgement {
+    std::string file;
+    std::string error; // why it could not be read, or why it was left as it is; empty if it was not
+    bool differs = false; // it is, or was, laid out otherwise
+};
 
 } // namespace joboptions

@@ -1,9 +1,73 @@
 #include "tools/joboptions/text/KnownKeys.h"
 
 #include "pdfsettings/Path.h"
-#include "tools/joboptions/text/Nearest.h"
+#include "tools/joboptions/text/Utf8.h"
+
+#include <algorithm>
+#include <cctype>
+#include <fmt/format.h>
+#include <numeric>
+#include <utility>
+#include <vector>
 
 namespace joboptions {
+
+namespace {
+
+// Longer words are never compared letter by letter.
+constexpr std::size_t kLongestWord = 64;
+
+std::string InSmallLetters(std::string word) {
+    std::ranges::transform(word, word.begin(), [](char letter) {
+        return static_cast<char>(std::tolower(static_cast<unsigned char>(letter)));
+    });
+    return word;
+}
+
+// How many letters have to be inserted, removed or replaced to make one word of the other; most
+// where it is that or more.
+std::size_t Distance(std::string const& from, std::string const& to, std::size_t most) {
+    if (std::max(from.size(), to.size()) - std::min(from.size(), to.size()) >= most) {
+        return most;
+    }
+    std::vector<std::size_t> row(to.size() + 1);
+    std::iota(row.begin(), row.end(), std::size_t{0});
+    for (std::size_t i = 0; i < from.size(); ++i) {
+        std::size_t diagonal = std::exchange(row[0], i + 1);
+        for (std::size_t j = 0; j < to.size(); ++j) {
+            std::size_t const exchanged = diagonal + (from[i] == to[j] ? 0 : 1);
+            diagonal = row[j + 1];
+            row[j + 1] = std::min({exchanged, diagonal + 1, row[j] + 1});
+        }
+        if (*std::ranges::min_element(row) >= most) {
+            return most;
+        }
+    }
+    return std::min(row.back(), most);
+}
+
+} // namespace
+
+std::string Nearest(std::string const& word, std::vector<std::string> const& choices) {
+    std::string nearest;
+    // Capitals count for nothing, and one letter in four may be wrong.
+    std::size_t least = word.size() / 4 + 2;
+    std::string const small = InSmallLetters(word);
+    for (std::string const& choice : choices) {
+        bool const isLong = std::max(word.size(), choice.size()) > kLongestWord;
+        std::size_t const distance =
+            isLong ? least : Distance(small, InSmallLetters(choice), least);
+        if (distance < least && distance < choice.size()) {
+            least = distance;
+            nearest = choice;
+        }
+    }
+    return nearest;
+}
+
+std::string MeantText(std::string const& meant) {
+    return meant.empty() ? "" : "; did you mean " + VisibleText(meant) + "?";
+}
 
 KnownKeys::KnownKeys(std::vector<pdfsettings::SettingRule> const& rules) {
     for (auto const& rule : rules) {
@@ -56,6 +120,126 @@ void KnownKeys::Add(std::string const& key) {
 bool KnownKeys::IsBegun(std::string const& prefix) const {
     auto const found = fNames.lower_bound(prefix);
     return found != fNames.end() && found->first.starts_with(prefix);
+}
+
+namespace {
+
+using pdfsettings::Document;
+using pdfsettings::DocumentEntry;
+using pdfsettings::SettingRule;
+
+// The end of a longer path is what counts.
+constexpr std::size_t kLongestPath = 1000;
+
+// A dictionary or an array on the way to an entry.
+struct Level {
+    bool fIsNamed = true; // whether the schema names anything in it
+    std::string fPath;    // in the form of findings
+    std::string fRuleKey; // in the rule's form
+    std::size_t fCount = 0;
+};
+
+class Search {
+public:
+    Search(Document const& document, std::vector<SettingRule> const& rules)
+        : fDocument(document),
+          fKnown(rules) {}
+
+    std::vector<Diagnostic> Run() {
+        for (DocumentEntry const& entry : fDocument.Entries()) {
+            fLevels.resize(entry.depth + 1);
+            // Nothing is said, and no path is kept, of what lies below an unknown setting.
+            fLevels.push_back(fLevels.back().fIsNamed ? Visit(entry) : Level{false, "", "", 0});
+        }
+        return std::move(fFound);
+    }
+
+private:
+    // Judges an entry; the level that it opens if it holds others.
+    Level Visit(DocumentEntry const& entry) {
+        Level& parent = fLevels.back();
+        Level level = entry.key.Size() == 0 ? Element(parent) : Setting(parent, entry);
+        level.fIsNamed = fKnown.HasAnyIn(level.fRuleKey);
+        return level;
+    }
+
+    static Level Element(Level& parent) {
+        return {
+            true, fmt::format("{}/{}", parent.fPath, parent.fCount++), parent.fRuleKey + "[]", 0};
+    }
+
+    Level Setting(Level const& parent, DocumentEntry const& entry) {
+        std::string const key = fDocument.KeyOf(entry);
+        auto const below = [&key](std::string const& path) {
+            return path.empty() ? key : path + "/" + key;
+        };
+        Level level{true, below(parent.fPath), below(parent.fRuleKey), 0};
+        if (!fKnown.Has(parent.fRuleKey, key)) {
+            Report(entry, level.fPath, parent.fRuleKey, key);
+        }
+        return level;
+    }
+
+    void Report(
+        DocumentEntry const& entry,
+        std::string const& path,
+        std::string const& ruleParent,
+        std::string const& key) {
+        std::string const hint =
+            fFound.size() < kMostHints ? fKnown.Hint(ruleParent, key) : std::string();
+        fFound.push_back(MakeDiagnostic(
+            fDocument,
+            pdfsettings::Severity::kWarning,
+            "unknown-key",
+            entry.key,
+            path.size() <= kLongestPath ? path : "..." + path.substr(path.size() - kLongestPath),
+            kUnknownKeyText + hint));
+    }
+
+    Document const& fDocument;
+    KnownKeys fKnown;
+    std::vector<Level> fLevels{1};
+    std::vector<Diagnostic> fFound;
+};
+
+} // namespace
+
+std::vector<Diagnostic>
+UnknownKeys(Document const& document, std::vector<SettingRule> const& rules) {
+    return Search(document, rules).Run();
+}
+
+using pdfsettings::Dictionary;
+
+namespace {
+
+std::string NearestKey(Dictionary const& values, std::string const& key) {
+    std::vector<std::string> keys;
+    for (std::size_t place = 0; place < values.Size(); ++place) {
+        bool const isSetting = values.KeyAt(place) != pdfsettings::kTailKey;
+        keys.push_back(isSetting ? values.KeyAt(place) : "");
+    }
+    return Nearest(key, keys);
+}
+
+// The path that is meant: beside the one that is missing, or at the top, as keys stand in files
+// with a slash before them.
+std::string KeyMeant(Dictionary const& settings, std::string const& key) {
+    std::size_t const slash = key.rfind('/');
+    if (slash == std::string::npos || slash == 0) {
+        return NearestKey(settings, key);
+    }
+    auto const* const parent = pdfsettings::Find(settings, key.substr(0, slash));
+    auto const* const values = parent == nullptr ? nullptr : parent->If<Dictionary>();
+    std::string const nearest =
+        values == nullptr ? std::string() : NearestKey(*values, key.substr(slash + 1));
+    return nearest.empty() ? nearest : key.substr(0, slash + 1) + nearest;
+}
+
+} // namespace
+
+std::string MissingKeyText(Dictionary const& settings, std::string const& key) {
+    return "no such key: " + VisibleText(key) + MeantText(KeyMeant(settings, key));
 }
 
 } // namespace joboptions

@@ -1,7 +1,9 @@
-// The settings that a schema names.
+// The settings that a schema names, and keys that a schema or a file does not have.
 #pragma once
 
 #include "pdfsettings/Schema.h"
+#include "pdfsettings/Value.h"
+#include "tools/joboptions/text/Diagnostics.h"
 
 #include <map>
 #include <optional>
@@ -10,6 +12,12 @@
 #include <vector>
 
 namespace joboptions {
+
+// The one of choices that word may be a misspelling of; empty for none.
+std::string Nearest(std::string const& word, std::vector<std::string> const& choices);
+
+// "; did you mean …?" with control bytes made visible; empty for nothing.
+std::string MeantText(std::string const& meant);
 
 // What is said of a setting that a schema does not name.
 inline constexpr char kUnknownKeyText[] = "the schema has no such setting";
@@ -44,5 +52,13 @@ private:
 
     std::map<std::string, Names> fNames;
 };
+
+// The settings of a file that the schema does not know, each with the one that may be meant. Where
+// the schema leaves a dictionary open, nothing in it is unknown.
+std::vector<Diagnostic> UnknownKeys(
+    pdfsettings::Document const& document, std::vector<pdfsettings::SettingRule> const& rules);
+
+// "no such key: KEY", with the key of settings that is probably meant.
+std::string MissingKeyText(pdfsettings::Dictionary const& settings, std::string const& key);
 
 } // namespace joboptions

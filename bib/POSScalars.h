@@ -1,0 +1,116 @@
+// The handles on the runtime's numbers, texts and binary data.
+#pragma once
+
+#include "api/POSScalarInterfaces.h"
+#include "bib/POSObject.h"
+
+namespace BIB_T_NMT {
+
+BIB_DECLARE_GLOBAL_PROCS(POSNumberInterface);
+
+// A number.
+class CPOSNumber : public CPOSObject {
+public:
+    // A new value. Throws CBIBError.
+    explicit CPOSNumber(double value);
+
+    // object as a number. Another type, and an invalid handle: an invalid handle if quiet, else
+    // POSException "downcast from CPOSObject to CPOSNumber failed".
+    CPOSNumber(CPOSObject const& object, bool quiet);
+
+    // The value, not counted.
+    operator POSNumber*() const noexcept { return As<POSNumber>(); }
+
+    double Get() const { return fProcs->Get(As<POSNumber>()); }
+    operator double() const { return Get(); }
+
+    // The table, stored for use by every handle of the class; null when it cannot be bound.
+    static _t_POSNumberInterface const* GetProcs();
+
+private:
+    static _t_POSNumberInterface const* fProcs;
+};
+
+BIB_DECLARE_GLOBAL_PROCS(POSStringInterface);
+
+// An 8-bit string. Names, booleans and other words of the settings are strings.
+class CPOSString : public CPOSObject {
+public:
+    // A new value. Throws CBIBError.
+    explicit CPOSString(char const* text);
+
+    // object as an 8-bit string. Another type, and an invalid handle: an invalid handle if quiet,
+    // else POSException "downcast from CPOSObject to CPOSString failed".
+    CPOSString(CPOSObject const& object, bool quiet);
+
+    // The value, not counted.
+    operator POSString*() const noexcept { return As<POSString>(); }
+
+    // The NUL-terminated text, which belongs to the value.
+    char const* Get() const { return fProcs->Get(As<POSString>()); }
+    operator char const*() const { return Get(); }
+
+    // The table, stored for use by every handle of the class; null when it cannot be bound.
+    static _t_POSStringInterface const* GetProcs();
+
+private:
+    static _t_POSStringInterface const* fProcs;
+};
+
+BIB_DECLARE_GLOBAL_PROCS(POSUnicodeStringInterface);
+
+// A 16-bit string: UTF-16 in the machine's byte order, ended by a zero unit.
+class CPOSUnicodeString : public CPOSObject {
+public:
+    // A new value. Throws CBIBError.
+    explicit CPOSUnicodeString(unsigned short const* text);
+
+    // object as a 16-bit string. Another type, and an invalid handle: an invalid handle if quiet,
+    // else POSException "downcast from CPOSObject to CPOSUnicodeString failed".
+    CPOSUnicodeString(CPOSObject const& object, bool quiet);
+
+    // The value, not counted.
+    operator POSUnicodeString*() const noexcept { return As<POSUnicodeString>(); }
+
+    // The text, which belongs to the value.
+    unsigned short const* Get() const { return fProcs->Get(As<POSUnicodeString>()); }
+
+    // The number of units before the zero unit, counted at each call.
+    unsigned int GetLength() const { return GetLength(Get()); }
+    static unsigned int GetLength(unsigned short const* text) noexcept;
+
+    // The table, stored for use by every handle of the class; null when it cannot be bound.
+    static _t_POSUnicodeStringInterface const* GetProcs();
+
+private:
+    static _t_POSUnicodeStringInterface const* fProcs;
+};
+
+BIB_DECLARE_GLOBAL_PROCS(POSBinDataInterface);
+
+// Binary data with the name of its type.
+class CPOSBinData : public CPOSObject {
+public:
+    // A new value. Throws CBIBError.
+    CPOSBinData(char const* typeName, unsigned char const* data, unsigned long size);
+
+    // object as binary data. Another type, and an invalid handle: an invalid handle if quiet,
+    // else POSException "downcast from CPOSObject to CPOSBinData failed".
+    CPOSBinData(CPOSObject const& object, bool quiet);
+
+    // The value, not counted.
+    operator POSBinData*() const noexcept { return As<POSBinData>(); }
+
+    // The name and the bytes, which belong to the value, and the number of bytes.
+    char const* GetTypeName() const { return fProcs->GetTypeName(As<POSBinData>()); }
+    unsigned char const* GetBinData() const { return fProcs->GetBinData(As<POSBinData>()); }
+    unsigned long GetSize() const { return fProcs->GetSize(As<POSBinData>()); }
+
+    // The table, stored for use by every handle of the class; null when it cannot be bound.
+    static _t_POSBinDataInterface const* GetProcs();
+
+private:
+    static _t_POSBinDataInterface const* fProcs;
+};
+
+} // namespace BIB_T_NMT

@@ -1,0 +1,207 @@
+// joboptions complete: what the shells' scripts ask for.
+#include "tools/joboptions/commands/Command.h"
+#include "tools/joboptions/commands/Replace.h"
+#include "tools/joboptions/text/ValueText.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <fmt/format.h>
+#include <iterator>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace joboptions {
+
+namespace {
+
+// Shells look into the words that they are to choose from.
+bool IsPlainWord(std::string const& word) {
+    return std::ranges::all_of(word, [](char letter) {
+        bool const isLetter = (letter >= 'a' && letter <= 'z') || (letter >= 'A' && letter <= 'Z');
+        return isLetter || std::string_view("0123456789_./+-").find(letter) != std::string::npos;
+    });
+}
+
+std::vector<std::string> ValuesOf(pdfsettings::SettingRule const& rule) {
+    if (rule.allowed.empty() && rule.kind == "boolean") {
+        return {"true", "false"};
+    }
+    std::vector<std::string> values;
+    std::ranges::transform(rule.allowed, std::back_inserter(values), &OneLine);
+    return values;
+}
+
+// Collects what begins like the word that is being typed.
+class Offers {
+public:
+    explicit Offers(std::string prefix) : fPrefix(std::move(prefix)) {}
+
+    void Add(std::string const& word, std::string const& help = {}) {
+        if (word.starts_with(fPrefix)) {
+            fText += help.empty() ? word + "\n" : fmt::format("{}\t{}\n", word, help);
+        }
+    }
+
+    void Add(std::initializer_list<char const*> words) {
+        for (char const* const word : words) {
+            Add(std::string(word));
+        }
+    }
+
+    // A line for each: the word and, behind a tab, what it is.
+    std::string const& Text() const noexcept { return fText; }
+
+private:
+    std::string fPrefix;
+    std::string fText;
+};
+
+// The line as far as it is typed: a command, what stands behind it, and the word at the cursor.
+class Line {
+public:
+    Line(CLI::App const& program, std::vector<std::string> const& words)
+        : fProgram(program),
+          fIsFirst(words.size() < 2),
+          fWord(words.empty() ? std::string() : words.back()) {
+        if (!fIsFirst) {
+            Read({words.begin(), words.end() - 1});
+        }
+    }
+
+    // The schema that the line names; empty for none.
+    std::string const& Schema() const noexcept { return fSchema; }
+
+    // Whether settings are wanted, rather than words of the program's own.
+    bool WantsKeys() const { return AtArguments() && (Has("KEY") || Has("KEY=VALUE")); }
+
+    void OfferKeys(std::vector<pdfsettings::SettingRule> const& rules, Offers& offers) const {
+        for (pdfsettings::SettingRule const& rule : rules) {
+            if (!IsPlainWord(rule.key)) {
+                continue;
+            }
+            if (!Has("KEY=VALUE")) {
+                offers.Add(rule.key, rule.help);
+            } else if (fWord.starts_with(rule.key + "=")) {
+                OfferValues(rule, offers);
+            } else {
+                offers.Add(rule.key + "=", rule.help);
+            }
+        }
+    }
+
+    void OfferWords(Offers& offers) const {
+        if (fIsFirst) {
+            for (CLI::App const* const command : ListedCommands(fProgram)) {
+                offers.Add(command->get_name(), command->get_description());
+            }
+        } else if (fCommand == nullptr) {
+            return;
+        } else if (fOption != nullptr) {
+            if (fOption->check_lname("color")) {
+                offers.Add({"auto", "always", "never"});
+            }
+        } else if (fWord.starts_with('-')) {
+            OfferOptions(offers);
+        } else if (Has("SHELL")) {
+            offers.Add({"bash", "zsh", "fish"});
+        }
+    }
+
+private:
+    void Read(std::vector<std::string> const& words) {
+        auto const commands = ListedCommands(fProgram);
+        auto const command = std::ranges::find(commands, words.front(), &CLI::App::get_name);
+        fCommand = command == commands.end() ? nullptr : *command;
+        for (auto word = words.begin() + 1; word != words.end(); ++word) {
+            bool const isOption = word->size() > 1 && word->starts_with('-');
+            CLI::Option const* const option =
+                fCommand != nullptr && isOption ? fCommand->get_option_no_throw(*word) : nullptr;
+            if (option == nullptr || option->get_items_expected_max() == 0) {
+                fArguments += isOption ? 0 : 1;
+            } else if (++word == words.end()) {
+                fOption = option;
+                break;
+            } else if (option->check_lname("schema")) {
+                fSchema = *word;
+            }
+        }
+    }
+
+    // Whether the word at the cursor is an argument behind the file, where the command has one.
+    bool AtArguments() const {
+        bool const hasFile = Has("FILE");
+        return fOption == nullptr && !fWord.starts_with('-') && (!hasFile || fArguments > 0);
+    }
+
+    bool Has(char const* argument) const {
+        return fCommand != nullptr && fCommand->get_option_no_throw(argument) != nullptr;
+    }
+
+    void OfferOptions(Offers& offers) const {
+        for (CLI::Option const* const option : fCommand->get_options()) {
+            if (option->get_positional() || option->get_group().empty()) {
+                continue;
+            }
+            for (std::string const& name : NamesOf(*option)) {
+                offers.Add(name, option->get_description());
+            }
+        }
+    }
+
+    static void OfferValues(pdfsettings::SettingRule const& rule, Offers& offers) {
+        for (std::string const& value : ValuesOf(rule)) {
+            if (IsPlainWord(value)) {
+                offers.Add(rule.key + "=" + value);
+            }
+        }
+    }
+
+    CLI::App const& fProgram;
+    bool fIsFirst;                        // the word at the cursor is the command
+    CLI::App const* fCommand = nullptr;   // null where there is none of that name
+    CLI::Option const* fOption = nullptr; // whose value is at the cursor, if any
+    std::size_t fArguments = 0;           // before the cursor
+    std::string fSchema;
+    std::string fWord;
+};
+
+class CompleteCommand final : public Command {
+public:
+    CompleteCommand(CLI::App& program, Options& options)
+        : Command(program, "complete", "Offer words for the last of WORDS"),
+          fProgram(program),
+          fOptions(options) {
+        Parser().group("");
+        Parser().add_option("WORDS", fWords)->type_name("");
+    }
+
+    // Status::kDone, also where there is nothing to offer.
+    Status Run() const override {
+        Line const line(fProgram, fWords);
+        Offers offers(fWords.empty() ? std::string() : fWords.back());
+        if (!line.WantsKeys()) {
+            line.OfferWords(offers);
+        } else {
+            Options options = fOptions;
+            options.schema = line.Schema();
+            pdfsettings::Component const component;
+            line.OfferKeys(ReadSchema(component, options).Settings(), offers);
+        }
+        WriteResult(fOptions, offers.Text());
+        return Status::kDone;
+    }
+
+private:
+    CLI::App const& fProgram;
+    Options const& fOptions;
+    std::vector<std::string> fWords;
+};
+
+} // namespace
+
+std::unique_ptr<Command> MakeCompleteCommand(CLI::App& program, Options& options) {
+    return std::make_unique<CompleteCommand>(program, options);
+}
+
+} // namespace joboptions
