@@ -47,7 +47,7 @@ void DocumentScanner::CheckProgress(std::size_t& last, std::size_t start) {
     if (fFaults.IsRest(fCursor)) {
         fFaults.BlameRest();
     }
-    if (fText.StandsOn(fCursor, kKeyword)) {
+    if (fText.StandsOn(fCursor, format::kKeyword)) {
         NoteKeyword();
     }
     RefuseWithoutEnd(
@@ -74,7 +74,7 @@ void DocumentScanner::NoteKey(std::size_t from, std::size_t slash) {
     if (from == slash) {
         return;
     }
-    if (fText.StandsOn(from, kKeyword)) {
+    if (fText.StandsOn(from, format::kKeyword)) {
         NoteKeyword();
         return;
     }
@@ -95,7 +95,7 @@ void DocumentScanner::NoteKey(std::size_t from, std::size_t slash) {
 void DocumentScanner::NoteKeyword() {
     fFaults.WarnAstray(
         "unclosed",
-        {fCursor, fCursor + kKeyword.size()},
+        {fCursor, fCursor + format::kKeyword.size()},
         "setalembicorparams stands inside a dictionary: a >> is missing before it");
 }
 
@@ -110,8 +110,8 @@ std::string_view DocumentScanner::NameTakenForValue() const {
 // What stands between the last value and the end, with no further key in the text.
 void DocumentScanner::NoteLeftover() {
     fEmptyDictionary.reset();
-    bool const isEnd =
-        fText.At(fCursor) == '\0' || fText.At(fCursor) == '>' || fText.StandsOn(fCursor, kKeyword);
+    bool const isEnd = fText.At(fCursor) == '\0' || fText.At(fCursor) == '>' ||
+                       fText.StandsOn(fCursor, format::kKeyword);
     if (isEnd) {
         return;
     }
@@ -263,7 +263,7 @@ Span DocumentScanner::Within(Span span) const noexcept {
 // stands here is the author's mistake.
 bool DocumentScanner::HasPassedEnd() const noexcept {
     auto const astray = fFaults.GoneAstrayAt();
-    return astray && fText.Bytes({*astray, std::max(*astray, fCursor)}).find(kKeyword) !=
+    return astray && fText.Bytes({*astray, std::max(*astray, fCursor)}).find(format::kKeyword) !=
                          std::string_view::npos;
 }
 

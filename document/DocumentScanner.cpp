@@ -11,7 +11,6 @@ namespace pdfsettings::detail {
 namespace {
 
 constexpr std::size_t kNone = ScannedText::kNone;
-constexpr std::size_t kMaxNameSize = 255;
 
 // The component keeps names as texts that end at a zero byte.
 std::string NameIn(std::string_view bytes) {
@@ -135,19 +134,19 @@ void DocumentScanner::ScanSettings() {
 
 void DocumentScanner::ScanEnd() {
     fCursor = fText.Skip(fCursor + 2);
-    if (!fText.StandsOn(fCursor, kKeyword)) {
+    if (!fText.StandsOn(fCursor, format::kKeyword)) {
         if (fText.At(fCursor) == '\0') {
             RefuseWithoutEnd(Refusal::kInvalidFile, "keyword", {fCursor, fCursor}, KeywordText(""));
         }
         Span const found = Within({fCursor, fText.EndOfName(fCursor)});
         Refuse(Refusal::kInvalidFile, "keyword", found, KeywordText(fText.Bytes(found)));
     }
-    fCursor += kKeyword.size();
+    fCursor += format::kKeyword.size();
     std::size_t const end = fText.EndOfWord(fCursor);
     if (end != fCursor) {
         fFaults.Warn(
             "stuck",
-            {fCursor - kKeyword.size(), end},
+            {fCursor - format::kKeyword.size(), end},
             "setalembicorparams ends here, and what is stuck to it begins the tail");
     }
 }
@@ -198,7 +197,7 @@ Span DocumentScanner::ScanKey() {
     }
     NoteKey(fCursor, slash);
     std::size_t const end = fText.EndOfName(slash + 1);
-    if (end - slash - 1 > kMaxNameSize) {
+    if (end - slash - 1 > format::kMaxNameSize) {
         fFaults.WarnAstray("long-key", {slash, end}, "a key has at most 255 bytes");
         throw EntryLost();
     }
@@ -242,16 +241,15 @@ std::optional<Value> DocumentScanner::ScanKnownValue() {
     case 'f':
         return ScanBoolean();
     default:
-        bool const isNumber =
-            std::string_view("-0123456789\0", 12).find(fText.At(fCursor)) != std::string_view::npos;
-        return isNumber ? std::optional(ScanNumber()) : std::nullopt;
+        return format::kNumberStarts.Has(fText.At(fCursor)) ? std::optional(ScanNumber())
+                                                            : std::nullopt;
     }
 }
 
 Value DocumentScanner::ScanName() {
     std::size_t const begin = ++fCursor;
     std::size_t const end = fText.EndOfName(begin);
-    if (end - begin > kMaxNameSize) {
+    if (end - begin > format::kMaxNameSize) {
         bool const isElement = fEntries.back().key.Size() == 0;
         char const* const kText = "a name has at most 255 bytes: the entry is lost";
         if (isElement) {
@@ -294,8 +292,8 @@ std::optional<Value> DocumentScanner::ScanBoolean() {
 
 Value DocumentScanner::ScanNumber() {
     std::size_t const begin = fCursor;
-    std::size_t const stop = fText.EndOfNumber(begin);
-    if (stop == kNone) {
+    auto const token = fText.NumberAt(begin);
+    if (!token) {
         bool const isMissing = fText.At(begin) == '\0';
         RefuseWithoutEnd(
             Refusal::kMemory,
@@ -304,10 +302,9 @@ Value DocumentScanner::ScanNumber() {
             isMissing ? "the text ends where a value is expected"
                       : "the number has no end: expected a blank behind it");
     }
-    bool const isReal = fText.Point(begin) < stop;
-    auto const number = format::ScanNumber(fText.Bytes({begin, stop}), isReal);
+    auto const number = format::ScanNumber(fText.Bytes(token->fToken), token->fHasPoint);
     fCursor += number.fSize;
-    NoteNumber({begin, stop}, {begin, fCursor}, isReal);
+    NoteNumber(token->fToken, {begin, fCursor}, token->fHasPoint);
     return number.fValue;
 }
 

@@ -28,7 +28,6 @@ public:
     FaultLog fFaults;
 
 private:
-    static constexpr std::string_view kKeyword = "setalembicorparams";
     static constexpr char kZeroByteText[] = "a zero byte ends the text before the settings end";
 
     // Gives an entry up; the reading goes on with the next key. Never leaves the scanner.

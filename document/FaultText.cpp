@@ -1,6 +1,7 @@
 #include "document/FaultText.h"
 
-#include <charconv>
+#include "format/NumberText.h"
+
 #include <utility>
 
 namespace pdfsettings::detail {
@@ -17,19 +18,6 @@ std::string Shown(std::string_view text) {
 
 std::string Quoted(std::string_view text) {
     return "\"" + Shown(text) + "\"";
-}
-
-std::string NumberText(double value) {
-    char text[32];
-    auto const result = std::to_chars(text, text + sizeof text, value);
-    return std::string(text, result.ptr);
-}
-
-// A whole number with all its digits.
-std::string WholeText(double value) {
-    char text[400];
-    auto const result = std::to_chars(text, text + sizeof text, value, std::chars_format::fixed, 0);
-    return std::string(text, result.ptr);
 }
 
 // The number without the zeros that make it octal.
@@ -75,7 +63,7 @@ bool IsOctal(std::string_view number) noexcept {
 
 bool IsInexact(std::string_view number, double value) {
     bool const isDecimal = number.find_first_not_of("-0123456789") == std::string_view::npos;
-    return isDecimal && !IsOctal(number) && number != "-0" && WholeText(value) != number;
+    return isDecimal && !IsOctal(number) && number != "-0" && format::WholeText(value) != number;
 }
 
 bool HasBracket(std::string_view string) noexcept {
@@ -143,16 +131,16 @@ std::string StrayBeforeEndText(std::string_view stray, std::string_view name) {
 
 std::string OctalText(std::string_view number, double value) {
     return "the leading 0 makes " + std::string(number) + " octal, and it is read as " +
-           NumberText(value) + ": write " + Decimal(number);
+           format::ShortestText(value) + ": write " + Decimal(number);
 }
 
 std::string InexactText(std::string_view number, double value) {
-    return Shown(number) + " is read as " + WholeText(value);
+    return Shown(number) + " is read as " + format::WholeText(value);
 }
 
 std::string FarPointText(std::string_view number, double value) {
     return "the point in what sticks to it makes " + Shown(number) + " the number " +
-           NumberText(value) + ": put a blank behind the number";
+           format::ShortestText(value) + ": put a blank behind the number";
 }
 
 std::string NestedBracketsText() {

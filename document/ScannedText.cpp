@@ -7,34 +7,14 @@ namespace pdfsettings::detail {
 
 namespace {
 
-// A scan may step over the first byte behind the text and then looks at two more.
-constexpr std::size_t kZerosBehind = 4;
-
-constexpr std::string_view kSkipped = "\t\n\r ";
-constexpr std::string_view kEndOfName("\0\t\n\f\r ()<>[]{}/%", 16);
-
 std::size_t PlaceIn(std::string const& bytes, char const* found) noexcept {
     return found == nullptr ? ScannedText::kNone : static_cast<std::size_t>(found - bytes.data());
 }
 
-// Only the two bytes before a parenthesis decide whether it is escaped. Before the first byte of a
-// string stands its own parenthesis.
-char const* FindEndOfString(char const* first) noexcept {
-    char const* end = std::strchr(first, ')');
-    while (end != nullptr && end[-1] == '\\' && end[-2] != '\\') {
-        end = std::strchr(end + 1, ')');
-    }
-    return end;
-}
-
 } // namespace
 
-bool IsNameByte(char byte) noexcept {
-    return kEndOfName.find(byte) == std::string_view::npos;
-}
-
 ScannedText::ScannedText(std::string const& text)
-    : fBytes(text + std::string(kZerosBehind, '\0')),
+    : fBytes(text + std::string(format::kZerosBehindText, '\0')),
       fSize(text.size()) {}
 
 bool ScannedText::StandsOn(std::size_t offset, std::string_view literal) const noexcept {
@@ -54,7 +34,7 @@ std::size_t ScannedText::FindText(std::size_t offset, char const* literal) const
 }
 
 std::size_t ScannedText::Skip(std::size_t offset) noexcept {
-    while (At(offset) == '%' || kSkipped.find(At(offset)) != std::string_view::npos) {
+    while (At(offset) == '%' || format::kBlanks.Has(At(offset))) {
         offset = At(offset) == '%' ? EndOfLine(offset) : offset + 1;
     }
     return offset;
@@ -72,19 +52,13 @@ std::size_t ScannedText::EndOfWord(std::size_t offset) const noexcept {
 }
 
 std::size_t ScannedText::EndOfString(std::size_t offset) noexcept {
-    return PlaceIn(fBytes, fStringEnds.From(fBytes.data() + offset, &FindEndOfString));
+    return PlaceIn(fBytes, format::EndOfString(fBytes.data() + offset, &fSearches));
 }
 
-std::size_t ScannedText::EndOfNumber(std::size_t offset) noexcept {
-    return PlaceIn(fBytes, fNumberEnds.From(fBytes.data() + offset, [](char const* from) {
-        return std::strpbrk(from, " \n\r\t]>");
-    }));
-}
-
-std::size_t ScannedText::Point(std::size_t offset) noexcept {
-    return PlaceIn(fBytes, fPoints.From(fBytes.data() + offset, [](char const* from) {
-        return std::strchr(from, '.');
-    }));
+std::optional<ScannedText::Number> ScannedText::NumberAt(std::size_t offset) noexcept {
+    auto const [end, hasPoint] = format::FindNumber(fBytes.data() + offset, &fSearches);
+    return end == nullptr ? std::nullopt
+                          : std::optional(Number{{offset, PlaceIn(fBytes, end)}, hasPoint});
 }
 
 std::size_t ScannedText::ZeroByte(std::size_t offset) noexcept {
@@ -103,7 +77,7 @@ std::size_t ScannedText::EndOfLine(std::size_t offset) noexcept {
 }
 
 Span ScannedText::WithoutBlanksBehind(Span span) const noexcept {
-    while (span.Size() > 0 && kSkipped.find(At(span.end - 1)) != std::string_view::npos) {
+    while (span.Size() > 0 && format::kBlanks.Has(At(span.end - 1))) {
         --span.end;
     }
     return span;

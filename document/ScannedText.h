@@ -4,9 +4,10 @@
 // place in it, or at its end, is always one into the buffer.
 #pragma once
 
+#include "format/Tokens.h"
 #include "pdfsettings/Document.h"
-#include "platform/RepeatedSearch.h"
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -44,9 +45,12 @@ public:
     // The ")" that ends the string whose bytes begin at offset.
     std::size_t EndOfString(std::size_t offset) noexcept;
 
-    // The byte that ends the number token at offset, and the next "." from there on.
-    std::size_t EndOfNumber(std::size_t offset) noexcept;
-    std::size_t Point(std::size_t offset) noexcept;
+    // The token of the number at offset, if it has an end, and whether there is a point in it.
+    struct Number {
+        Span fToken;
+        bool fHasPoint;
+    };
+    std::optional<Number> NumberAt(std::size_t offset) noexcept;
 
     // The zero byte of the text at offset or behind it.
     std::size_t ZeroByte(std::size_t offset) noexcept;
@@ -60,14 +64,14 @@ public:
 private:
     std::string fBytes;
     std::size_t fSize;
-    platform::RepeatedSearch fStringEnds;
-    platform::RepeatedSearch fNumberEnds;
-    platform::RepeatedSearch fPoints;
-    platform::RepeatedSearch fLineEnds;
-    platform::RepeatedSearch fZeroBytes;
+    format::FarSearches fSearches;
+    format::RepeatedSearch fLineEnds;
+    format::RepeatedSearch fZeroBytes;
 };
 
 // Whether a name goes on with that byte.
-bool IsNameByte(char byte) noexcept;
+inline bool IsNameByte(char byte) noexcept {
+    return !format::kNameEnds.Has(byte);
+}
 
 } // namespace pdfsettings::detail

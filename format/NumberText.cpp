@@ -1,10 +1,11 @@
 #include "format/NumberText.h"
 
 #include <algorithm>
-#include <charconv>
+#include <cmath>
 #include <cstdint>
 #include <cstdlib>
-#include <limits>
+#include <iterator>
+#include <optional>
 
 namespace format {
 
@@ -160,7 +161,40 @@ ScannedNumber ScanInteger(std::string_view token) noexcept {
         static_cast<unsigned long>(result.ptr - token.data())};
 }
 
+// The whole number that value is in single precision, if 32 bits can hold it.
+std::optional<std::int32_t> AsWholeNumber(double value) noexcept {
+    // Below, every conversion is of a value in its range. Not-a-number fails this as well.
+    if (!(std::fabs(value) < 0x1p32)) {
+        return std::nullopt;
+    }
+    float const single = static_cast<float>(value);
+    if (single < -0x1p31F || single >= 0x1p31F) {
+        return std::nullopt;
+    }
+    auto const whole = static_cast<std::int32_t>(single);
+    return static_cast<float>(whole) == single ? std::optional(whole) : std::nullopt;
+}
+
 } // namespace
+
+std::to_chars_result FormatNumber(char* begin, char* end, double value) noexcept {
+    auto const whole = AsWholeNumber(value);
+    return whole ? std::to_chars(begin, end, *whole) : FormatDecimals(begin, end, value, kDecimals);
+}
+
+std::to_chars_result FormatDecimals(char* begin, char* end, double value, int decimals) noexcept {
+    return std::to_chars(begin, end, value, std::chars_format::fixed, decimals);
+}
+
+std::string ShortestText(double value) {
+    char text[32];
+    return {text, std::to_chars(std::begin(text), std::end(text), value).ptr};
+}
+
+std::string WholeText(double value) {
+    char text[kLargestNumber];
+    return {text, FormatDecimals(std::begin(text), std::end(text), value, 0).ptr};
+}
 
 ScannedNumber ScanNumber(std::string_view token) noexcept {
     return ScanNumber(token, token.find('.') != std::string_view::npos);

@@ -1,14 +1,14 @@
 #include "source/JoboptionsReader.h"
 
-#include <array>
 #include <cstring>
 #include <string_view>
+#include <utility>
 
 #include "bib/BIBMemory.h"
 #include "bib/POSCollections.h"
 #include "bib/POSScalars.h"
 #include "format/NumberText.h"
-#include "source/FarSearches.h"
+#include "format/Tokens.h"
 #include "source/PDFSettingsError.h"
 
 using BIB_T_NMT::CBIBMemory;
@@ -24,41 +24,16 @@ namespace JoboptionsParserUtils {
 
 namespace {
 
-// The longest key or name, in bytes.
-constexpr unsigned long kMaxNameSize = 255;
-
 constexpr std::string_view kBooleans[] = {"true", "false"};
 
-// Bytes, each found in one step.
-class CharSet {
-public:
-    explicit constexpr CharSet(std::string_view chars) noexcept {
-        for (char const c : chars) {
-            fHas[static_cast<unsigned char>(c)] = true;
-        }
-    }
-
-    constexpr bool Has(char c) const noexcept { return fHas[static_cast<unsigned char>(c)]; }
-
-private:
-    std::array<bool, 256> fHas{};
-};
-
-// Form feed ends a name and is not skipped between tokens; a zero byte ends a name and is not
-// passed.
-constexpr CharSet kSkipped("\t\n\r %");
-constexpr CharSet kNameEnds(std::string_view("\0\t\n\f\r ()<>[]{}/%", 16));
-
-// The terminator counts as a start, so a value that is missing at the end of the text gets as far
-// as the search for its end.
-constexpr CharSet kNumberStarts(std::string_view("\0-0123456789", 12));
-
-constexpr CharSet kNumberEnds(" \n\r\t]>");
+// What is remembered of the text that is read on this thread; null while no RememberedSearches
+// lives.
+thread_local format::FarSearches* gSearches = nullptr;
 
 // Where a name or key that begins at first ends. The first byte belongs to it whatever it is.
 char* EndOfName(char* first) noexcept {
     char* end = first + 1;
-    while (!kNameEnds.Has(*end)) {
+    while (!format::kNameEnds.Has(*end)) {
         ++end;
     }
     return end;
@@ -68,10 +43,10 @@ char* EndOfName(char* first) noexcept {
 // inlined: its buffer must not stand in the frames that a nested value is read from.
 [[gnu::noinline]] CPOSString MakeName(char const* first, char const* end) {
     auto const size = static_cast<unsigned long>(end - first);
-    if (size > kMaxNameSize) {
+    if (size > format::kMaxNameSize) {
         throw PDFSettingsParserException();
     }
-    char text[kMaxNameSize + 1];
+    char text[format::kMaxNameSize + 1];
     std::memcpy(text, first, size);
     text[size] = '\0';
     return CPOSString(text);
@@ -90,36 +65,17 @@ T* RequireEnd(T* end) {
     return end;
 }
 
-// Where the token of a number ends, and whether a point is in it.
-struct NumberToken {
-    char const* fEnd;
-    bool fIsReal;
-};
-
-NumberToken FindFarNumber(char const* first) {
-    char const* const end = RequireEnd(FarSearches::EndOfNumber(first));
-    char const* const point = FarSearches::Point(first);
-    return {end, point != nullptr && point < end};
-}
-
-// Nearly every token is short, and to search it is not worth remembering then.
-NumberToken FindNumber(char const* first) {
-    constexpr std::ptrdiff_t kNear = 32;
-    bool isReal = false;
-    for (char const* end = first; *end != '\0' && end - first < kNear; ++end) {
-        if (kNumberEnds.Has(*end)) {
-            return {end, isReal};
-        }
-        isReal = isReal || *end == '.';
-    }
-    return FindFarNumber(first);
-}
-
 void AppendElement(char** cursor, CPOSArray const& array) {
     array.Append(GetValue(cursor));
 }
 
 } // namespace
+
+RememberedSearches::RememberedSearches() noexcept : fOuter(std::exchange(gSearches, &fSearches)) {}
+
+RememberedSearches::~RememberedSearches() {
+    gSearches = fOuter;
+}
 
 void ThrowInvalidFile() {
     throw CPDFSettingsError(
@@ -148,8 +104,14 @@ OpenCollection::OpenCollection() {
 }
 
 void SkipWhiteSpace(char** cursor) {
-    while (kSkipped.Has(**cursor)) {
-        *cursor += StandsOnByte(*cursor, '%') ? std::strcspn(*cursor, "\r\n") : 1;
+    for (;;) {
+        if (format::kBlanks.Has(**cursor)) {
+            ++*cursor;
+        } else if (StandsOnByte(*cursor, '%')) {
+            *cursor += std::strcspn(*cursor, "\r\n");
+        } else {
+            return;
+        }
     }
 }
 
@@ -203,7 +165,7 @@ bool IsString(char** cursor, CPOSObject* value) {
         return false;
     }
     ++*cursor;
-    char const* const end = FarSearches::EndOfString(*cursor);
+    char const* const end = format::EndOfString(*cursor, gSearches);
     if (end == nullptr) {
         throw PDFSettingsParserException();
     }
@@ -224,11 +186,12 @@ bool IsBoolean(char** cursor, CPOSObject* value) {
 }
 
 bool IsNumber(char** cursor, CPOSObject* value) {
-    if (!kNumberStarts.Has(**cursor)) {
+    if (!format::kNumberStarts.Has(**cursor)) {
         return false;
     }
-    NumberToken const token = FindNumber(*cursor);
-    format::ScannedNumber const number = format::ScanNumber({*cursor, token.fEnd}, token.fIsReal);
+    format::NumberToken const token = format::FindNumber(*cursor, gSearches);
+    format::ScannedNumber const number =
+        format::ScanNumber({*cursor, RequireEnd(token.fEnd)}, token.fHasPoint);
     *value = CPOSNumber(number.fValue);
     // The number's own end: what stands behind it up to the stop is left on the text. Without any
     // digit the cursor stays.

@@ -12,6 +12,7 @@
 #include "bib/POSCollections.h"
 #include "bib/POSObject.h"
 #include "bib/POSScalars.h"
+#include "format/Tokens.h"
 #include "platform/StackRoom.h"
 
 namespace JoboptionsParserUtils {
@@ -20,6 +21,21 @@ namespace JoboptionsParserUtils {
 // as they stand in the text.
 inline constexpr char kJoboptionsStringBinType[] = "JoboptionsString";
 inline constexpr char kJoboptionsUnicodeStringBinType[] = "JoboptionsUnicodeString";
+
+// Keeps the time for a text in proportion to its length while it is read on the current thread: a
+// search for a far end is made once. Such objects nest. Without one, every search is made anew.
+// REQUIRES: the text does not change while the object lives.
+class RememberedSearches {
+public:
+    RememberedSearches() noexcept;
+    ~RememberedSearches();
+    RememberedSearches(RememberedSearches const&) = delete;
+    RememberedSearches& operator=(RememberedSearches const&) = delete;
+
+private:
+    format::FarSearches fSearches;
+    format::FarSearches* fOuter;
+};
 
 // Says that an entry cannot be read. Never leaves the reader.
 class PDFSettingsParserException : public BIB_T_NMT::CBIBVirtualClientBase {};

@@ -4,13 +4,15 @@
 #include <cstring>
 #include <string_view>
 
+#include "bib/BIBMemory.h"
 #include "bib/POSCollections.h"
 #include "bib/POSScalars.h"
+#include "format/NumberText.h"
 #include "platform/StackRoom.h"
-#include "source/JoboptionsNumberWriter.h"
 #include "source/JoboptionsReader.h"
 #include "source/PDFSettingsError.h"
 
+using BIB_T_NMT::CBIBMemory;
 using BIB_T_NMT::CBIBPositionableStream;
 using BIB_T_NMT::CPOSArray;
 using BIB_T_NMT::CPOSBinData;
@@ -24,6 +26,7 @@ namespace POSObjectParserUtils {
 namespace {
 
 constexpr char kLineEnd[] = "\r\n";
+constexpr unsigned long kLineEndSize = sizeof kLineEnd - 1;
 
 // Indentation takes memory and time with the square of the levels, so that a large stack alone
 // would let values that contain themselves fill the memory.
@@ -102,6 +105,32 @@ private:
     line.Add(kLineEnd);
     line.Flush();
     return true;
+}
+
+// Writes a number as print makes it, as std::to_chars does, in a buffer of so many bytes. False
+// when that is too small.
+template <class Print>
+bool WriteThrough(
+    unsigned long bufferSize, CBIBPositionableStream const& stream, Print const& print) {
+    BIB_T_NMT::TBIBMemoryBuffer<char, CBIBMemory> buffer(bufferSize);
+    char* const begin = buffer.GetBuffer();
+    std::to_chars_result const result = print(begin, begin + bufferSize - kLineEndSize);
+    if (result.ec != std::errc()) {
+        return false;
+    }
+    std::memcpy(result.ptr, kLineEnd, kLineEndSize);
+    auto const size = static_cast<unsigned long>(result.ptr + kLineEndSize - begin);
+    stream.Write(static_cast<void const*>(begin), size);
+    return true;
+}
+
+// Only a number that nobody writes needs the second buffer.
+template <class Print>
+[[gnu::noinline]] void WriteNumber(CBIBPositionableStream const& stream, Print const& print) {
+    constexpr unsigned long kUsualSize = 256;
+    if (!WriteThrough(kUsualSize, stream, print)) {
+        WriteThrough(format::kLargestNumber + kLineEndSize, stream, print);
+    }
 }
 
 [[gnu::noinline]] void WriteName(char const* text, CBIBPositionableStream& stream) {
@@ -248,7 +277,9 @@ bool IsNumber(CPOSObject const& value, CBIBPositionableStream& stream) {
     return Probe([&] {
         CPOSNumber const number(value, /*quiet=*/true);
         if (number.IsValid()) {
-            WriteNumber(number.Get(), stream);
+            WriteNumber(stream, [value = number.Get()](char* begin, char* end) {
+                return format::FormatNumber(begin, end, value);
+            });
         }
         return number.IsValid();
     });
@@ -262,7 +293,9 @@ bool SpecialKeyFormatting(
     }
     CPOSNumber const number(value, /*quiet=*/true);
     if (number.IsValid()) {
-        WriteDecimals(number.Get(), decimals, stream);
+        WriteNumber(stream, [value = number.Get(), decimals](char* begin, char* end) {
+            return format::FormatDecimals(begin, end, value, decimals);
+        });
     }
     return number.IsValid();
 }

@@ -6,8 +6,8 @@
 
 #include "bib/BIBMemory.h"
 #include "bib/POSScalars.h"
+#include "format/Tokens.h"
 #include "platform/StackRoom.h"
-#include "source/FarSearches.h"
 #include "source/JoboptionsReader.h"
 #include "source/JoboptionsWriter.h"
 
@@ -25,13 +25,7 @@ namespace PDFSettingsImpl {
 
 namespace {
 
-// A scanner may step one byte past the terminator and then looks at two bytes.
-constexpr unsigned long kTerminatorSize = 4;
-
 constexpr unsigned long kReadChunk = 1024;
-
-constexpr char kKeyword[] = "setalembicorparams";
-constexpr unsigned long kKeywordSize = sizeof kKeyword - 1;
 
 // The whole text of a stream, ended by zero bytes.
 class StreamText {
@@ -55,10 +49,10 @@ private:
     }
 
     static unsigned long SizeWithTerminator(unsigned long size) {
-        if (size > std::numeric_limits<unsigned long>::max() - kTerminatorSize) {
+        if (size > std::numeric_limits<unsigned long>::max() - format::kZerosBehindText) {
             CBIBMemory::ThrowMemError();
         }
-        return size + kTerminatorSize;
+        return size + format::kZerosBehindText;
     }
 
     // A short read ends it. A stream is never asked for more than it measured, nor for nothing.
@@ -106,10 +100,10 @@ void ReadKeyword(char** cursor) {
     }
     *cursor += 2;
     SkipWhiteSpace(cursor);
-    if (!StandsOn(*cursor, kKeyword)) {
+    if (!StandsOn(*cursor, format::kKeyword.data())) {
         ThrowInvalidFile();
     }
-    *cursor += kKeywordSize;
+    *cursor += format::kKeyword.size();
     SkipWhiteSpace(cursor);
 }
 
@@ -177,7 +171,7 @@ CPOSDict PDFSettingsParser::Joboptions_To_CPOSDict(CBIBPositionableStream const&
     platform::StackWatch const watch;
     CPOSDict settings;
     StreamText text(stream);
-    FarSearches const searches;
+    RememberedSearches const searches;
     if (*text.Begin() == '\0') {
         return settings;
     }

@@ -1,5 +1,6 @@
 #include "tools/joboptions/text/Layout.h"
 
+#include "format/Tokens.h"
 #include "pdfsettings/Error.h"
 #include "tools/joboptions/commands/Input.h"
 #include "tools/joboptions/commands/Output.h"
@@ -19,7 +20,7 @@ using pdfsettings::Document;
 // Where the settings end and what is kept whole begins.
 std::size_t EndOfSettings(Document const& document) {
     auto const body = document.Body();
-    return document.Text().find("setalembicorparams", body ? body->end : 0);
+    return document.Text().find(format::kKeyword, body ? body->end : 0);
 }
 
 bool HasPercent(std::string_view text, std::size_t begin, std::size_t end) {

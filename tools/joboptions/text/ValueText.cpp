@@ -1,9 +1,9 @@
 #include "tools/joboptions/text/ValueText.h"
 
+#include "format/NumberText.h"
 #include "tools/joboptions/text/Utf8.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <fmt/format.h>
 #include <iterator>
@@ -93,9 +93,7 @@ std::string OneLine(Value const& value) {
 // The reader takes a number without a point for a whole number of 64 bits: 1e5 would read as 1, and
 // what has no such form needs the point.
 std::string NumberText(double number) {
-    char buffer[32];
-    auto const result = std::to_chars(std::begin(buffer), std::end(buffer), number);
-    std::string text(buffer, result.ptr);
+    std::string text = format::ShortestText(number);
     std::size_t const exponent = std::min(text.find('e'), text.size());
     bool const isNegativeZero = number == 0 && std::signbit(number);
     bool const isWholeForm = std::abs(number) < 0x1p63 && exponent == text.size();
