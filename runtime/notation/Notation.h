@@ -12,8 +12,19 @@
 
 namespace bibrt {
 
+// Hears of each value while a text is read, before what lies in it. The value lies in a collection
+// that is so deep, 0 for the value of the text itself: its key stands at offset, or itself.
+class PlaceListener {
+public:
+    virtual void OnKey(std::size_t depth, std::string_view key, std::size_t offset) = 0;
+    virtual void OnElement(std::size_t depth, std::size_t index, std::size_t offset) = 0;
+
+protected:
+    ~PlaceListener() = default;
+};
+
 // The value that text holds, unowned. Throws NotationFault and std::bad_alloc.
-POSObject* ReadNotation(std::string_view text);
+POSObject* ReadNotation(std::string_view text, PlaceListener* listener = nullptr);
 
 // Appends object to out, each value on a line of its own. Reading it gives an equal value, as far
 // as the notation has the kinds. The others become a text with a comment that tells the kind:

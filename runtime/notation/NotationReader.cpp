@@ -15,7 +15,9 @@ struct OpenCollection {
 
 class NotationReader {
 public:
-    explicit NotationReader(std::string_view text) noexcept : fScanner(text) {}
+    NotationReader(std::string_view text, PlaceListener* listener) noexcept
+        : fScanner(text),
+          fListener(listener) {}
 
     Unowned<POSObject> Read();
 
@@ -24,12 +26,14 @@ private:
     void Take(Token const& token);
     void TakeKey(Token const& token);
     void Close(Token const& token, ContainerType const& type);
+    void TellElement(std::size_t offset);
     void Store(Unowned<POSObject> value);
     void Open(Unowned<POSObject> collection, std::size_t offset);
     [[noreturn]] void ThrowUnclosed(Token const& end) const;
     [[noreturn]] void ThrowNoValue(Token const& token) const;
 
     NotationScanner fScanner;
+    PlaceListener* fListener; // may be null
     Vector<OpenCollection> fOpen;
     Unowned<POSObject> fRoot; // holds every other value
 };
@@ -80,9 +84,11 @@ bool NotationReader::IsKeyExpected() const noexcept {
 void NotationReader::Take(Token const& token) {
     switch (token.fKind) {
     case TokenKind::kOpenDict:
+        TellElement(token.fOffset);
         Open(Unowned<POSObject>(MakeDict()), token.fOffset);
         break;
     case TokenKind::kOpenArray:
+        TellElement(token.fOffset);
         Open(Unowned<POSObject>(MakeArray()), token.fOffset);
         break;
     case TokenKind::kCloseArray:
@@ -90,6 +96,7 @@ void NotationReader::Take(Token const& token) {
         break;
     case TokenKind::kWord:
     case TokenKind::kText:
+        TellElement(token.fOffset);
         Store(ReadScalar(token));
         break;
     case TokenKind::kCloseDict:
@@ -104,6 +111,9 @@ void NotationReader::TakeKey(Token const& token) {
     case TokenKind::kWord:
     case TokenKind::kText:
         fOpen.back().fKey = AtomRef(InternText(token.fText));
+        if (fListener) {
+            fListener->OnKey(fOpen.size(), token.fText, token.fOffset);
+        }
         break;
     case TokenKind::kCloseDict:
         Close(token, gDictType);
@@ -112,6 +122,15 @@ void NotationReader::TakeKey(Token const& token) {
         ThrowUnclosed(token);
     default:
         ThrowFault(token.fOffset, "expected a key or '>'");
+    }
+}
+
+// Tells of what stands in an array, or alone.
+void NotationReader::TellElement(std::size_t offset) {
+    bool const isUnderKey = !fOpen.empty() && fOpen.back().fKey.Get();
+    if (fListener && !isUnderKey) {
+        std::size_t const index = fOpen.empty() ? 0 : CountChildren(*fOpen.back().fCollection);
+        fListener->OnElement(fOpen.size(), index, offset);
     }
 }
 
@@ -168,8 +187,8 @@ void NotationReader::ThrowNoValue(Token const& token) const {
 
 } // namespace
 
-POSObject* ReadNotation(std::string_view text) {
-    return NotationReader(text).Read().release();
+POSObject* ReadNotation(std::string_view text, PlaceListener* listener) {
+    return NotationReader(text, listener).Read().release();
 }
 
 } // namespace bibrt
