@@ -15,10 +15,12 @@
 #include <string_view>
 
 using BIB_T_NMT::CBIBStringAtom;
+using BIB_T_NMT::CPOSArray;
 using BIB_T_NMT::CPOSBinData;
 using BIB_T_NMT::CPOSDict;
 using BIB_T_NMT::CPOSNumber;
 using BIB_T_NMT::CPOSObject;
+using BIB_T_NMT::CPOSUnicodeString;
 using UnicodeEncodingNS::CreateCPOSUnicodeString;
 using UnicodeEncodingNS::CreateUnicode16;
 
@@ -96,17 +98,6 @@ bool MakeSettingsFileInfo(
     Put(*info, keys.fModDate, MakeDate(catalogInfo.contentModDate));
     return true;
 }
-
-} // namespace PDFSettingsImpl
-
-using BIB_T_NMT::CBIBStringAtom;
-using BIB_T_NMT::CPOSArray;
-using BIB_T_NMT::CPOSDict;
-using BIB_T_NMT::CPOSNumber;
-using BIB_T_NMT::CPOSObject;
-using BIB_T_NMT::CPOSUnicodeString;
-
-namespace PDFSettingsImpl {
 
 namespace {
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <iterator>
 
 #include "source/JoboptionsReader.h"
 
@@ -14,39 +13,29 @@ namespace PDFSettingsImpl {
 
 namespace {
 
-// A product whose namespaces are judged. Without versions, all of them are.
-struct JudgedProduct {
-    char const* fName;
-    char const* fVersions[2];
+// The namespaces that are judged. Without a version, all of a product are.
+struct JudgedNamespace {
+    char const* fProduct;
+    char const* fVersion;
 };
 
-constexpr JudgedProduct kJudgedProducts[] = {
-    {kPagemint, {"4.0", "5.0"}},
-    {kVPandPMPrivate, {}},
-    {kVectrapaint, {}},
-    {kWebrix, {"8.0"}},
-    {kTessellaSuite, {"2.0"}},
+constexpr JudgedNamespace kJudged[] = {
+    {kPagemint, "4.0"},
+    {kPagemint, "5.0"},
+    {kVPandPMPrivate, nullptr},
+    {kVectrapaint, nullptr},
+    {kWebrix, "8.0"},
+    {kTessellaSuite, "2.0"},
 };
-
-bool IsJudgedVersion(JudgedProduct const& product, CPOSObject const& version) {
-    auto const isIt = [&version](char const* judged) {
-        return judged != nullptr && version == GetJOString(judged);
-    };
-    return product.fVersions[0] == nullptr || std::ranges::any_of(product.fVersions, isIt);
-}
 
 bool IsJudged(CPOSArray const& name) {
     CPOSObject const maker = name.GetAt(0, /*quiet=*/false);
-    CPOSObject const productName = name.GetAt(1, /*quiet=*/false);
+    CPOSObject const product = name.GetAt(1, /*quiet=*/false);
     CPOSObject const version = name.GetAt(2, /*quiet=*/false);
-    if (maker != GetJOString(kArdeo)) {
-        return false;
-    }
-    auto const* const product =
-        std::ranges::find_if(kJudgedProducts, [&productName](JudgedProduct const& candidate) {
-            return productName == GetJOString(candidate.fName);
-        });
-    return product != std::end(kJudgedProducts) && IsJudgedVersion(*product, version);
+    return maker == GetJOString(kArdeo) && std::ranges::any_of(kJudged, [&](auto const& judged) {
+               return product == GetJOString(judged.fProduct) &&
+                      (judged.fVersion == nullptr || version == GetJOString(judged.fVersion));
+           });
 }
 
 bool MustGo(CPOSObject const& element) {

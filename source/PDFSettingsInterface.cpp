@@ -11,6 +11,7 @@
 #include <iterator>
 #include <memory>
 
+using BIB_T_NMT::_t_BIBFTabRegEntry;
 using BIB_T_NMT::CBIBPositionableStream;
 using BIB_T_NMT::CPOSArray;
 using BIB_T_NMT::CPOSDict;
@@ -103,12 +104,6 @@ BIBError* _PDFSettingsWriteProc_Write(PDFSettings* settings, BIBSharedBuffer* pa
     });
 }
 
-} // namespace PDFSettingsImpl
-
-using BIB_T_NMT::CPOSArray;
-
-namespace PDFSettingsImpl {
-
 BIBSharedBuffer*
 _PDFSettingsGetDefaultPDFSettingsDirectoryProc_GetDefaultPDFSettingsDirectory() noexcept {
     return AtBoundary(kNullOnFailure, []() -> BIBSharedBuffer* {
@@ -141,12 +136,6 @@ BIB_T_NMT::CPOSArray PDFSettingsObject::GetListofPDFSettings(char const* appName
     FileMgmt const files(store.get());
     return files.GetFilesInWorkingDirectory(kOwnItemsOnly, appName);
 }
-
-} // namespace PDFSettingsImpl
-
-using BIB_T_NMT::_t_BIBFTabRegEntry;
-
-namespace PDFSettingsImpl {
 
 namespace {
 

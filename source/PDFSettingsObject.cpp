@@ -100,12 +100,6 @@ PDFSettingsFile::ConvertFileToBIBStream(UnicodeEncodingNS::Unicode16 const& path
     return BIB_T_NMT::CBIBPositionableStream(UnicodeEncodingNS::ReadFile<CPDFSettingsError>(path));
 }
 
-} // namespace PDFSettingsImpl
-
-using BIB_T_NMT::CBIBPositionableStream;
-
-namespace PDFSettingsImpl {
-
 // The text is read before the base is built, so a refusal leaves nothing to destroy.
 PDFSettingsStream::PDFSettingsStream(CBIBPositionableStream const& stream, char const* schema)
     : PDFSettingsObject(ConvertJobOptionsToCPOSDict(stream, schema), schema),

@@ -12,14 +12,13 @@
 #include "source/JoboptionsWriter.h"
 
 using namespace JoboptionsParserUtils; // NOLINT(google-build-using-namespace)
-using POSObjectParserUtils::IsDict;
-using POSObjectParserUtils::WriteText;
-
 using BIB_T_NMT::CBIBMemory;
 using BIB_T_NMT::CBIBPositionableStream;
 using BIB_T_NMT::CBIBStringAtom;
 using BIB_T_NMT::CPOSBinData;
 using BIB_T_NMT::CPOSDict;
+using POSObjectParserUtils::IsDict;
+using POSObjectParserUtils::WriteText;
 
 namespace PDFSettingsImpl {
 

@@ -17,8 +17,15 @@
 #include <string_view>
 
 using BIB_T_NMT::CBIBMemory;
+using BIB_T_NMT::CBIBStringAtom;
+using BIB_T_NMT::CPOSArray;
 using BIB_T_NMT::CPOSDict;
+using BIB_T_NMT::CPOSDictIterator;
+using BIB_T_NMT::CPOSNumber;
+using BIB_T_NMT::CPOSObject;
 using BIB_T_NMT::CPOSString;
+using BIB_T_NMT::CPOSStructValidator;
+using BIB_T_NMT::TBIBSharedBuffer;
 
 namespace PDFSettingsImpl {
 
@@ -57,14 +64,6 @@ void POSValidatorErrorProc::errproc(char const* message) {
     gPOSValidatorErrorProc->Append(record);
 }
 
-} // namespace PDFSettingsImpl
-
-using BIB_T_NMT::CPOSNumber;
-using BIB_T_NMT::CPOSObject;
-using BIB_T_NMT::TBIBSharedBuffer;
-
-namespace PDFSettingsImpl {
-
 namespace {
 
 constexpr double kCompatibilityLevels[] = {1.2, 1.3, 1.4, 1.5, 1.6, 1.7};
@@ -82,16 +81,6 @@ void WriteMessage(BIBSharedBuffer* message, std::string_view text) {
     }
 }
 
-// Whether the value is a number that is accepted.
-template <class Accepts>
-bool IsAccepted(POSObject* value, Accepts accepts) noexcept {
-    try {
-        return accepts(CPOSNumber(CPOSObject(value), /*quiet=*/false).Get());
-    } catch (...) {
-        return false;
-    }
-}
-
 // What the runtime gets to hear: nothing is thrown, and whatever fails is a refusal.
 template <class Accepts>
 long Check(
@@ -99,26 +88,27 @@ long Check(
     BIBSharedBuffer* message,
     std::string_view refusal,
     Accepts accepts) noexcept {
-    if (IsAccepted(value, accepts)) {
-        return 1;
+    try {
+        if (accepts(CPOSNumber(CPOSObject(value), /*quiet=*/false).Get())) {
+            return 1;
+        }
+    } catch (...) {
+        // A value of another type is refused like a wrong number.
     }
     try {
         WriteMessage(message, refusal);
     } catch (...) {
         // The validator has words of its own.
-        return 0;
     }
     return 0;
 }
 
 // Single precision makes the check tolerant of what arithmetic leaves of a level.
 bool IsCompatibilityLevel(double value) noexcept {
-    auto const isSameInSinglePrecision = [value](double level) {
+    return std::ranges::any_of(kCompatibilityLevels, [value](double level) {
         // The magnitude first: not every double has a single-precision value.
         return std::fabs(value) < 2 && static_cast<float>(value) == static_cast<float>(level);
-    };
-    return std::ranges::any_of(kCompatibilityLevels, isSameInSinglePrecision) ||
-           std::ranges::find(kCompatibilityLevels, value) != std::end(kCompatibilityLevels);
+    });
 }
 
 bool IsImageDepth(double value) noexcept {
@@ -136,17 +126,6 @@ long PDFSettingsObject::ImageDepthValidator(
     POSObject* value, BIBStringAtom* /*key*/, BIBSharedBuffer* message, void const* /*userData*/) {
     return Check(value, message, "Invalid ImageDepth", IsImageDepth);
 }
-
-} // namespace PDFSettingsImpl
-
-using BIB_T_NMT::CBIBStringAtom;
-using BIB_T_NMT::CPOSArray;
-using BIB_T_NMT::CPOSDict;
-using BIB_T_NMT::CPOSDictIterator;
-using BIB_T_NMT::CPOSObject;
-using BIB_T_NMT::CPOSStructValidator;
-
-namespace PDFSettingsImpl {
 
 namespace {
 

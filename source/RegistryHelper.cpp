@@ -11,40 +11,17 @@
 #include <cstring>
 #include <new>
 
+using BIB_T_NMT::CPOSArray;
 using BIB_T_NMT::CPOSDict;
 using BIB_T_NMT::CPOSDictIterator;
-
-namespace PDFSettingsImpl {
-
-RegistryHelper* RegistryHelper::CreateUserHelper() {
-    return new MacRegistryHelper(
-        kUserDomain, SettingsPlaces::kUserPreferences, /*prefixedKeys=*/false);
-}
-
-RegistryHelper* RegistryHelper::CreateAdminHelper() {
-    return new MacRegistryHelper(
-        kLocalDomain, SettingsPlaces::kAdminPreferences, /*prefixedKeys=*/false);
-}
-
-void RegistryHelper::RemoveAppFromSettings(CPOSDict const& table, char const* appName) {
-    CPOSDictIterator const cursor(table);
-    for (cursor.Begin(); !cursor.IsDone(); cursor.Next()) {
-        CPOSDict const entry = table.GetDict(cursor.CurKey(), /*quiet=*/true);
-        if (!entry.IsValid() || !entry.HasKey(appName)) {
-            continue;
-        }
-        entry.Remove(appName);
-        if (entry.IsEmpty()) {
-            table.Remove(cursor.CurKey());
-            // The step that follows passes over the first key: hosts know the table so.
-            cursor.Begin();
-        }
-    }
-}
-
-} // namespace PDFSettingsImpl
-
+using BIB_T_NMT::CPOSNumber;
+using BIB_T_NMT::CPOSUnicodeString;
+using PropertyLists::AsDictionary;
+using PropertyLists::AsString;
+using PropertyLists::FindDictionary;
+using PropertyLists::KeysOf;
 using UnicodeEncodingNS::Buffer16;
+using UnicodeEncodingNS::Unicode16;
 
 namespace PropertyLists {
 
@@ -122,16 +99,6 @@ UnicodeEncodingNS::Unicode16 PathOf(CFStringRef string) {
 }
 
 } // namespace PropertyLists
-
-using BIB_T_NMT::CPOSArray;
-using BIB_T_NMT::CPOSDict;
-using BIB_T_NMT::CPOSNumber;
-using BIB_T_NMT::CPOSUnicodeString;
-using PropertyLists::AsDictionary;
-using PropertyLists::AsString;
-using PropertyLists::FindDictionary;
-using PropertyLists::KeysOf;
-using UnicodeEncodingNS::Unicode16;
 
 namespace PDFSettingsImpl {
 
@@ -257,6 +224,32 @@ void AppendPairs(CFArrayRef names, CPOSArray const& pairs) {
 }
 
 } // namespace
+
+RegistryHelper* RegistryHelper::CreateUserHelper() {
+    return new MacRegistryHelper(
+        kUserDomain, SettingsPlaces::kUserPreferences, /*prefixedKeys=*/false);
+}
+
+RegistryHelper* RegistryHelper::CreateAdminHelper() {
+    return new MacRegistryHelper(
+        kLocalDomain, SettingsPlaces::kAdminPreferences, /*prefixedKeys=*/false);
+}
+
+void RegistryHelper::RemoveAppFromSettings(CPOSDict const& table, char const* appName) {
+    CPOSDictIterator const cursor(table);
+    for (cursor.Begin(); !cursor.IsDone(); cursor.Next()) {
+        CPOSDict const entry = table.GetDict(cursor.CurKey(), /*quiet=*/true);
+        if (!entry.IsValid() || !entry.HasKey(appName)) {
+            continue;
+        }
+        entry.Remove(appName);
+        if (entry.IsEmpty()) {
+            table.Remove(cursor.CurKey());
+            // The step that follows passes over the first key: hosts know the table so.
+            cursor.Begin();
+        }
+    }
+}
 
 MacRegistryHelper::MacRegistryHelper(int domain, char const* fileName, bool prefixedKeys)
     : fSettings(GetSystemSettings(static_cast<unsigned int>(domain), fileName)),
