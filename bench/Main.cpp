@@ -1,10 +1,7 @@
-// The benchmarks' main function. With --second_thread the process has a second thread, which does
-// nothing: as programs on the desktop have, and then every count that is shared costs more.
-#include <algorithm>
+// The benchmarks' main function. The process has a second thread, which does nothing: programs on
+// the desktop have one, and then every count that is shared costs more.
 #include <benchmark/benchmark.h>
 #include <future>
-#include <optional>
-#include <string_view>
 #include <thread>
 
 namespace {
@@ -25,22 +22,10 @@ private:
     std::thread fThread;
 };
 
-// Takes the flag out of the arguments; whether it was there.
-bool TakeFlag(int& argc, char** argv, std::string_view flag) {
-    char** const end = std::remove(argv + 1, argv + argc, flag);
-    bool const isThere = end != argv + argc;
-    argc = static_cast<int>(end - argv);
-    return isThere;
-}
-
 } // namespace
 
 int main(int argc, char** argv) {
-    std::optional<SecondThread> second;
-    if (TakeFlag(argc, argv, "--second_thread")) {
-        second.emplace();
-        benchmark::AddCustomContext("threads", "2");
-    }
+    SecondThread const second;
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
 }

@@ -33,11 +33,6 @@ RATIOS = [
     ("open a file, 10 KB", "OpenSettings/1", "ReadFileThenSettings/1", 1.1, False),
     ("save a file, 10 KB", "SaveSettings/1", "ReplaceFilePlainly/1", None, False),
     ("load, start, stop, unload", "StartComponent", "LoadLibrary", 1.1, False),
-    ("read, 10 KB, two threads", "ReadSettings/few/1, two threads", "ReadRapidJson/few/1, two threads", None, False),
-    ("read, 10 KB, two threads", "ReadSettings/few/1, two threads", "ReadJsonC/few/1, two threads", None, False),
-    ("read, 10 KB, two threads", "ReadSettings/few/1, two threads", "ReadPlist/few/1, two threads", None, False),
-    ("write, 10 KB, two threads", "WriteSettings/1, two threads", "WriteRapidJson/1, two threads", None, False),
-    ("write, 10 KB, two threads", "WriteSettings/1, two threads", "WritePlist/1, two threads", None, False),
 ]
 
 PEERS = ["RapidJSON", "json-c", "libplist-2.0", "gio-2.0"]
@@ -48,10 +43,9 @@ def measurements(paths):
     for path in paths:
         with open(path, encoding="utf-8") as file:
             results = json.load(file)
-        suffix = ", two threads" if results["context"].get("threads") == "2" else ""
         for run in results["benchmarks"]:
             if run["run_type"] == "iteration" and not run.get("error_occurred"):
-                yield run["run_name"] + suffix, run
+                yield run["run_name"], run
 
 
 def medians(paths):
