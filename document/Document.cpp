@@ -22,7 +22,7 @@ struct Document::Reading {
         fRefusal = scanner->fRefusal;
         fValues = std::move(scanner->fValues);
         fEntries = std::move(scanner->fEntries);
-        fFindings = scanner->fFaults.Take();
+        fFindings = scanner->fFindings.Take();
         fBody = scanner->fBody;
         fTree = detail::EntryTree(fText, fEntries);
     }

@@ -1,6 +1,6 @@
 #include "document/DocumentScanner.h"
 
-#include "document/FaultText.h"
+#include "document/FindingText.h"
 #include "format/NumberText.h"
 
 #include <algorithm>
@@ -19,7 +19,7 @@ std::string NameIn(std::string_view bytes) {
 
 } // namespace
 
-DocumentScanner::DocumentScanner(std::string const& text) : fFaults(text.size()), fText(text) {}
+DocumentScanner::DocumentScanner(std::string const& text) : fFindings(text.size()), fText(text) {}
 
 void DocumentScanner::Scan() {
     platform::StackWatch const watch;
@@ -144,7 +144,7 @@ void DocumentScanner::ScanEnd() {
     fCursor += format::kKeyword.size();
     std::size_t const end = fText.EndOfWord(fCursor);
     if (end != fCursor) {
-        fFaults.Warn(
+        fFindings.Warn(
             "stuck",
             {fCursor - format::kKeyword.size(), end},
             "setalembicorparams ends here, and what is stuck to it begins the tail");
@@ -170,10 +170,10 @@ void DocumentScanner::ScanEntry(Dictionary& values) {
         fEntries[place].next = fEntries.size();
         std::string const name = NameIn(fText.Bytes({key.begin + 1, key.end}));
         if (values.Get(name) != nullptr) {
-            fFaults.Warn("duplicate", key, DuplicateText(name));
+            fFindings.Warn("duplicate", key, DuplicateText(name));
         }
         if (fDepth == 0 && name == kTailKey) {
-            fFaults.Warn(
+            fFindings.Warn(
                 "reserved-key",
                 key,
                 "this key is the tail's: the setting is lost when there is a tail");
@@ -198,7 +198,7 @@ Span DocumentScanner::ScanKey() {
     NoteKey(fCursor, slash);
     std::size_t const end = fText.EndOfName(slash + 1);
     if (end - slash - 1 > format::kMaxNameSize) {
-        fFaults.WarnAstray("long-key", {slash, end}, "a key has at most 255 bytes");
+        fFindings.WarnAstray("long-key", {slash, end}, "a key has at most 255 bytes");
         throw EntryLost();
     }
     fCursor = end;
@@ -253,15 +253,15 @@ Value DocumentScanner::ScanName() {
         bool const isElement = fEntries.back().key.Size() == 0;
         char const* const kText = "a name has at most 255 bytes: the entry is lost";
         if (isElement) {
-            fFaults.WarnAstray("long-name", {begin - 1, end}, kText);
+            fFindings.WarnAstray("long-name", {begin - 1, end}, kText);
         } else {
-            fFaults.Warn("long-name", {begin - 1, end}, kText);
+            fFindings.Warn("long-name", {begin - 1, end}, kText);
         }
-        fFaults.NoteRest(fText.Skip(begin));
+        fFindings.NoteRest(fText.Skip(begin));
         throw EntryLost();
     }
     if (!IsNameByte(fText.At(begin))) {
-        fFaults.Warn("odd-name", {begin - 1, end}, "a name begins with a blank or a delimiter");
+        fFindings.Warn("odd-name", {begin - 1, end}, "a name begins with a blank or a delimiter");
     }
     fCursor = end;
     return Word{NameIn(fText.Bytes({begin, end}))};
@@ -272,7 +272,7 @@ Value DocumentScanner::ScanString() {
     std::size_t const end = fText.EndOfString(begin);
     if (end == kNone) {
         NoteOpenString(begin);
-        fFaults.NoteRest(fText.Skip(begin));
+        fFindings.NoteRest(fText.Skip(begin));
         throw EntryLost();
     }
     fCursor = end + 1;

@@ -1,7 +1,7 @@
 // Reads a settings text as the component does, step by step, and keeps what that loses.
 #pragma once
 
-#include "document/FaultLog.h"
+#include "document/FindingLog.h"
 #include "document/ScannedText.h"
 #include "pdfsettings/Document.h"
 #include "platform/StackRoom.h"
@@ -25,7 +25,7 @@ public:
     Dictionary fValues;
     std::vector<DocumentEntry> fEntries;
     std::optional<Span> fBody;
-    FaultLog fFaults;
+    FindingLog fFindings;
 
 private:
     static constexpr char kZeroByteText[] = "a zero byte ends the text before the settings end";

@@ -74,18 +74,18 @@ BIBError* DebugDumpRewind(POSObject* object, BIBPositionableStream* stream) {
 }
 
 // The message of the thread's last CreateFromText that failed on its text.
-constinit thread_local char gFaultText[256];
+constinit thread_local char gFindingText[256];
 
 char const* Describe(std::string_view text, NotationFault const& fault) noexcept {
     NotationPlace const place = PlaceOf(text, fault.fOffset);
     std::snprintf(
-        gFaultText,
-        sizeof(gFaultText),
+        gFindingText,
+        sizeof(gFindingText),
         "line %lu, column %lu: %s",
         place.fLine,
         place.fColumn,
         fault.fMessage);
-    return gFaultText;
+    return gFindingText;
 }
 
 // The value, or null with the reason in fault.

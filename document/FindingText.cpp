@@ -1,4 +1,4 @@
-#include "document/FaultText.h"
+#include "document/FindingText.h"
 
 #include "format/NumberText.h"
 

@@ -13,10 +13,10 @@
 
 namespace pdfsettings::detail {
 
-class FaultLog {
+class FindingLog {
 public:
     // Spans are cut to a text of so many bytes.
-    explicit FaultLog(std::size_t textSize) noexcept : fTextSize(textSize) {}
+    explicit FindingLog(std::size_t textSize) noexcept : fTextSize(textSize) {}
 
     // Adds a warning. One that is in the log already is not added again: a reading without progress
     // meets its last fault twice.
@@ -56,7 +56,7 @@ public:
     std::vector<TextFinding> Take();
 
 private:
-    struct Fault {
+    struct Logged {
         TextFinding fFinding;
         bool fLeadsAstray;
     };
@@ -65,9 +65,9 @@ private:
     Span Within(Span span) const noexcept;
 
     std::size_t fTextSize;
-    std::vector<Fault> fFaults;
+    std::vector<Logged> fLogged;
     std::optional<std::size_t> fRest;       // where the rest of the last such fault begins
-    std::size_t fRestFault = 0;             // the fault itself
+    std::size_t fRestCause = 0;             // the finding itself
     std::optional<std::size_t> fGoneAstray; // the fault that led there
 };
 

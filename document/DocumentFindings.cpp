@@ -1,6 +1,6 @@
 // What the scanner says of faults, and when it gives a text up.
 #include "document/DocumentScanner.h"
-#include "document/FaultText.h"
+#include "document/FindingText.h"
 #include "format/NumberText.h"
 
 #include <algorithm>
@@ -44,8 +44,8 @@ void DocumentScanner::CheckProgress(std::size_t& last, std::size_t start) {
         last = fCursor;
         return;
     }
-    if (fFaults.IsRest(fCursor)) {
-        fFaults.BlameRest();
+    if (fFindings.IsRest(fCursor)) {
+        fFindings.BlameRest();
     }
     if (fText.StandsOn(fCursor, format::kKeyword)) {
         NoteKeyword();
@@ -61,12 +61,12 @@ void DocumentScanner::CheckProgress(std::size_t& last, std::size_t start) {
 void DocumentScanner::NoteKey(std::size_t from, std::size_t slash) {
     auto const empty = std::exchange(fEmptyDictionary, std::nullopt);
     if (empty) {
-        fFaults.WarnAstray("empty-dictionary", *empty, EmptyDictionaryText(fDepth));
+        fFindings.WarnAstray("empty-dictionary", *empty, EmptyDictionaryText(fDepth));
         return;
     }
     char const first = fText.At(slash + 1);
     if (!IsNameByte(first) && slash + 1 < fText.Size()) {
-        fFaults.Warn(
+        fFindings.Warn(
             "odd-key",
             {slash, slash + 2},
             "a key begins with a blank or a delimiter: is its name missing?");
@@ -79,21 +79,21 @@ void DocumentScanner::NoteKey(std::size_t from, std::size_t slash) {
         return;
     }
     Span const stray = StrayIn(fText, from, slash);
-    bool const isRest = fFaults.IsRest(from);
+    bool const isRest = fFindings.IsRest(from);
     bool const hasEnd = HasEndIn(fText, from, slash);
     if (isRest && hasEnd) {
-        fFaults.BlameRest();
+        fFindings.BlameRest();
     } else if (hasEnd) {
-        fFaults.WarnAstray(
+        fFindings.WarnAstray(
             "stray", stray, StrayBeforeEndText(fText.Bytes(stray), NameTakenForValue()));
     } else if (!isRest) {
-        fFaults.Warn("stray", stray, StrayText(fText.Bytes(stray), NameTakenForValue()));
+        fFindings.Warn("stray", stray, StrayText(fText.Bytes(stray), NameTakenForValue()));
     }
 }
 
 // The keyword stands at the cursor, and the settings have not ended yet.
 void DocumentScanner::NoteKeyword() {
-    fFaults.WarnAstray(
+    fFindings.WarnAstray(
         "unclosed",
         {fCursor, fCursor + format::kKeyword.size()},
         "setalembicorparams stands inside a dictionary: a >> is missing before it");
@@ -115,31 +115,32 @@ void DocumentScanner::NoteLeftover() {
     if (isEnd) {
         return;
     }
-    if (fFaults.IsRest(fCursor)) {
-        fFaults.BlameRest();
+    if (fFindings.IsRest(fCursor)) {
+        fFindings.BlameRest();
         return;
     }
     Span const stray = StrayIn(fText, fCursor, fText.EndOfLine(fCursor));
-    fFaults.WarnAstray("stray", stray, StrayBeforeEndText(fText.Bytes(stray), NameTakenForValue()));
-    fFaults.NoteRest(fCursor);
+    fFindings.WarnAstray(
+        "stray", stray, StrayBeforeEndText(fText.Bytes(stray), NameTakenForValue()));
+    fFindings.NoteRest(fCursor);
 }
 
 void DocumentScanner::NoteNumber(Span token, Span number, bool hasPoint) {
     std::string_view const own = fText.Bytes(number);
     if (own.empty()) {
         Span const sign{number.begin, number.begin + 1};
-        fFaults.WarnOfRest("no-number", sign, number.end, "a sign without digits is read as 0");
+        fFindings.WarnOfRest("no-number", sign, number.end, "a sign without digits is read as 0");
         return;
     }
     bool const isReal = own.find('.') != std::string_view::npos;
     auto const alone = format::ScanNumber(own);
     auto const found = format::ScanNumber(fText.Bytes(token), hasPoint);
     if (!isReal && hasPoint && alone.fValue != found.fValue) {
-        fFaults.WarnOfRest("far-point", token, number.end, FarPointText(own, found.fValue));
+        fFindings.WarnOfRest("far-point", token, number.end, FarPointText(own, found.fValue));
     } else if (!isReal && !hasPoint && IsInexact(own, found.fValue)) {
-        fFaults.Warn("rounded", number, InexactText(own, found.fValue));
+        fFindings.Warn("rounded", number, InexactText(own, found.fValue));
     } else if (!isReal && IsOctal(own) && !IsNameByte(fText.At(number.end))) {
-        fFaults.Warn("octal", number, OctalText(own, found.fValue));
+        fFindings.Warn("octal", number, OctalText(own, found.fValue));
     }
 }
 
@@ -147,7 +148,7 @@ void DocumentScanner::NoteNumber(Span token, Span number, bool hasPoint) {
 void DocumentScanner::NoteDepth() {
     constexpr std::size_t kSafeDepth = 1000;
     if (fDepth == kSafeDepth + 1) {
-        fFaults.Warn(
+        fFindings.Warn(
             "nesting",
             {fCursor, fCursor + 1},
             "nested deeper than 1000 levels: whether this is read depends on the stack");
@@ -156,7 +157,7 @@ void DocumentScanner::NoteDepth() {
 
 void DocumentScanner::NoteZeroHead() {
     if (fText.Size() > 0) {
-        fFaults.Warn(
+        fFindings.Warn(
             "zero-byte",
             {0, 1},
             "a zero byte begins the text, and nothing of it is read: is it in UTF-16?");
@@ -167,9 +168,9 @@ void DocumentScanner::NoteZeroHead() {
 void DocumentScanner::NoteOpenString(std::size_t begin) {
     std::size_t const zero = fText.ZeroByte(begin);
     if (zero != kNone) {
-        fFaults.WarnAstray("zero-byte", {zero, zero + 1}, kZeroByteText);
+        fFindings.WarnAstray("zero-byte", {zero, zero + 1}, kZeroByteText);
     } else {
-        fFaults.WarnAstray(
+        fFindings.WarnAstray(
             "open-string",
             {begin - 1, fText.EndOfLine(begin)},
             "the string has no end: expected ); the entry is lost");
@@ -181,20 +182,20 @@ void DocumentScanner::NoteString(Span bytes) {
     Span const whole{bytes.begin - 1, bytes.end + 1};
     bool const isNested = HasBracket(string);
     if (LooksLikeEntries(string) || (isNested && string.find('/') != std::string_view::npos)) {
-        fFaults.WarnAstray(
+        fFindings.WarnAstray(
             "runaway-string",
             {whole.begin, std::min(fText.EndOfLine(whole.begin), whole.end)},
             "the string goes on over what looks like settings: is a ) missing?");
     } else if (isNested) {
         std::size_t const end = fText.EndOfString(whole.end);
         bool const isClosed = end != kNone && end < fText.EndOfLine(whole.begin);
-        fFaults.WarnOfRest(
+        fFindings.WarnOfRest(
             "nested-brackets",
             {whole.begin, isClosed ? end + 1 : whole.end},
             whole.end,
             NestedBracketsText());
     } else if (EndsInOddBackslashes(string)) {
-        fFaults.Warn(
+        fFindings.Warn(
             "backslashes",
             whole,
             "only a backslash alone escapes a ): behind three of them the string ends");
@@ -205,12 +206,13 @@ void DocumentScanner::NoteHexString(Span bytes) {
     std::string_view const text = fText.Bytes(bytes);
     Span const whole{bytes.begin - 1, bytes.end + 1};
     if (text.find('/') != std::string_view::npos) {
-        fFaults.WarnAstray(
+        fFindings.WarnAstray(
             "runaway-hexstring",
             {whole.begin, std::min(fText.EndOfLine(whole.begin), whole.end)},
             "the hexadecimal string goes on over a / that looks like a key's: is a > missing?");
     } else if (text.find_first_not_of("0123456789abcdefABCDEF \t\r\n\f") != text.npos) {
-        fFaults.Warn("bad-hex", whole, "a hexadecimal string holds digits 0 to 9 and A to F only");
+        fFindings.Warn(
+            "bad-hex", whole, "a hexadecimal string holds digits 0 to 9 and A to F only");
     }
 }
 
@@ -219,11 +221,11 @@ void DocumentScanner::NoteWhatIsStuck(Span value) {
     char const first = fText.At(value.begin);
     char const next = fText.At(value.end);
     bool const isStuck = IsNameByte(next) || (first == '(' && next == ')');
-    if (value.Size() == 0 || !isStuck || fFaults.IsRest(value.end)) {
+    if (value.Size() == 0 || !isStuck || fFindings.IsRest(value.end)) {
         return;
     }
     Span const token{value.begin, next == ')' ? value.end + 1 : fText.EndOfWord(value.end)};
-    fFaults.WarnOfRest(
+    fFindings.WarnOfRest(
         "stuck", token, value.end, StuckText(fText.Bytes(token), fText.Bytes(value)));
 }
 
@@ -247,12 +249,12 @@ void DocumentScanner::NoteEndOfDictionary() {
         return;
     }
     Span const end = Within({fCursor, fCursor + 2});
-    if (fFaults.IsRest(fCursor)) {
-        fFaults.BlameRest();
+    if (fFindings.IsRest(fCursor)) {
+        fFindings.BlameRest();
         return;
     }
-    fFaults.WarnOfRest("single-close", end, fCursor + 2, SingleCloseText(fText.Bytes(end)));
-    fFaults.BlameRest();
+    fFindings.WarnOfRest("single-close", end, fCursor + 2, SingleCloseText(fText.Bytes(end)));
+    fFindings.BlameRest();
 }
 
 Span DocumentScanner::Within(Span span) const noexcept {
@@ -262,13 +264,13 @@ Span DocumentScanner::Within(Span span) const noexcept {
 // Whether the settings ended between the fault that led astray and the cursor: then nothing that
 // stands here is the author's mistake.
 bool DocumentScanner::HasPassedEnd() const noexcept {
-    auto const astray = fFaults.GoneAstrayAt();
+    auto const astray = fFindings.GoneAstrayAt();
     return astray && fText.Bytes({*astray, std::max(*astray, fCursor)}).find(format::kKeyword) !=
                          std::string_view::npos;
 }
 
 void DocumentScanner::Refuse(Refusal why, char const* id, Span span, std::string const& message) {
-    fFaults.Refuse(id, span, message, FaultLog::Blame::kAstray);
+    fFindings.Refuse(id, span, message, FindingLog::Blame::kAstray);
     throw Refused{why};
 }
 
@@ -283,11 +285,11 @@ void DocumentScanner::RefuseWithoutEnd(
 }
 
 void DocumentScanner::RefuseUnknownValue(char const* id, Span span, std::string const& message) {
-    bool const isRest = fFaults.IsRest(fCursor);
-    auto const blame = HasPassedEnd() ? FaultLog::Blame::kAstray
-                       : isRest       ? FaultLog::Blame::kRest
-                                      : FaultLog::Blame::kNothing;
-    fFaults.Refuse(id, span, message, blame);
+    bool const isRest = fFindings.IsRest(fCursor);
+    auto const blame = HasPassedEnd() ? FindingLog::Blame::kAstray
+                       : isRest       ? FindingLog::Blame::kRest
+                                      : FindingLog::Blame::kNothing;
+    fFindings.Refuse(id, span, message, blame);
     throw Refused{Refusal::kUnknownValue};
 }
 
