@@ -1,9 +1,8 @@
 #include "document/DocumentPlaces.h"
 
-#include "pdfsettings/Path.h"
+#include "format/SettingPath.h"
 
 #include <algorithm>
-#include <charconv>
 #include <tuple>
 #include <utf8.h>
 
@@ -13,14 +12,6 @@ namespace {
 
 bool IsElement(DocumentEntry const& entry) {
     return entry.key.Size() == 0;
-}
-
-// The position that a part of a path names, if it is one.
-std::optional<std::size_t> PositionIn(std::string_view part) {
-    std::size_t position = 0;
-    auto const result = std::from_chars(part.data(), part.data() + part.size(), position);
-    bool const isWhole = result.ec == std::errc() && result.ptr == part.data() + part.size();
-    return isWhole ? std::optional(position) : std::nullopt;
 }
 
 // The part of sorted, which is sorted by what keyOf gives, with that key. The ranges library's own
@@ -52,7 +43,7 @@ std::optional<std::size_t> EntryTree::Find(
     std::string_view text, std::span<DocumentEntry const> entries, std::string_view path) const {
     std::size_t parent = 0;
     for (;;) {
-        std::string_view const part = FirstPart(path);
+        std::string_view const part = format::FirstPart(path);
         auto const found = FindChild(text, entries, parent, part);
         if (!found || part.size() == path.size()) {
             return found;
@@ -75,7 +66,7 @@ std::optional<std::size_t> EntryTree::FindChild(
         return std::nullopt;
     }
     if (IsElement(entries[children.front().fEntry])) {
-        std::size_t const position = PositionIn(part).value_or(children.size());
+        std::size_t const position = format::PositionIn(part).value_or(children.size());
         bool const isThere = position < children.size();
         return isThere ? std::optional(children[position].fEntry) : std::nullopt;
     }

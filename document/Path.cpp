@@ -1,34 +1,16 @@
 #include "pdfsettings/Path.h"
 
-#include <algorithm>
-#include <charconv>
+#include "format/SettingPath.h"
+
 #include <utility>
 
 namespace pdfsettings {
 
 namespace {
 
-// The length of the first part of path. A slash that begins a part belongs to it.
-std::size_t PartSize(std::string_view path) {
-    return std::min(path.find('/', 1), path.size());
-}
-
-// The length of a path without its last part; 0 for a path of one part.
-std::size_t ParentSize(std::string_view path) {
-    std::size_t parentSize = 0;
-    for (std::size_t size = PartSize(path); size < path.size();) {
-        parentSize = size;
-        size += 1 + PartSize(path.substr(size + 1));
-    }
-    return parentSize;
-}
-
 Value const* AtPosition(Array const& array, std::string_view part) {
-    std::size_t position = 0;
-    char const* const end = part.data() + part.size();
-    auto const [stop, error] = std::from_chars(part.data(), end, position);
-    bool const isPosition = error == std::errc() && stop == end && position < array.Size();
-    return isPosition ? &array[position] : nullptr;
+    std::size_t const position = format::PositionIn(part).value_or(array.Size());
+    return position < array.Size() ? &array[position] : nullptr;
 }
 
 Value const* Step(Value const& value, std::string_view part) {
@@ -42,23 +24,22 @@ Value const* Step(Value const& value, std::string_view part) {
 } // namespace
 
 Value const* Find(Dictionary const& settings, std::string_view path) {
-    std::size_t size = PartSize(path);
-    Value const* value = settings.Get(path.substr(0, size));
-    while (value != nullptr && size < path.size()) {
-        path.remove_prefix(size + 1);
-        size = PartSize(path);
-        value = Step(*value, path.substr(0, size));
+    std::string_view part = FirstPart(path);
+    Value const* value = settings.Get(part);
+    while (value != nullptr && part.size() < path.size()) {
+        path.remove_prefix(part.size() + 1);
+        part = FirstPart(path);
+        value = Step(*value, part);
     }
     return value;
 }
 
 std::string_view FirstPart(std::string_view path) {
-    return path.substr(0, PartSize(path));
+    return format::FirstPart(path);
 }
 
 std::string_view LastPart(std::string_view path) {
-    std::size_t const parentSize = ParentSize(path);
-    return parentSize == 0 ? path : path.substr(parentSize + 1);
+    return format::LastPart(path);
 }
 
 bool SetAt(Dictionary& settings, std::string_view path, Value value) {
@@ -66,12 +47,12 @@ bool SetAt(Dictionary& settings, std::string_view path, Value value) {
         *present = std::move(value);
         return true;
     }
-    std::size_t const parentSize = ParentSize(path);
-    if (parentSize == 0) {
+    std::string_view const parentPath = format::ParentPath(path);
+    if (parentPath.empty()) {
         settings.Set(std::string(path), std::move(value));
         return true;
     }
-    Value* const parent = Find(settings, path.substr(0, parentSize));
+    Value* const parent = Find(settings, parentPath);
     auto* const dictionary = parent == nullptr ? nullptr : parent->If<Dictionary>();
     if (dictionary != nullptr) {
         dictionary->Set(std::string(LastPart(path)), std::move(value));
@@ -80,11 +61,11 @@ bool SetAt(Dictionary& settings, std::string_view path, Value value) {
 }
 
 bool RemoveAt(Dictionary& settings, std::string_view path) {
-    std::size_t const parentSize = ParentSize(path);
-    if (parentSize == 0) {
+    std::string_view const parentPath = format::ParentPath(path);
+    if (parentPath.empty()) {
         return settings.Remove(path);
     }
-    Value* const parent = Find(settings, path.substr(0, parentSize));
+    Value* const parent = Find(settings, parentPath);
     std::string_view const last = LastPart(path);
     if (parent == nullptr) {
         return false;

@@ -1,7 +1,7 @@
 #include "pdfsettings/Splice.h"
 
 #include "document/ScannedText.h"
-#include "pdfsettings/Path.h"
+#include "format/SettingPath.h"
 
 #include <algorithm>
 #include <vector>
@@ -16,10 +16,6 @@ constexpr std::string_view kIndent = "  ";
 
 bool IsOneOf(char byte, std::string_view bytes) noexcept {
     return bytes.find(byte) != std::string_view::npos;
-}
-
-bool IsBlank(char byte) noexcept {
-    return IsOneOf(byte, kBlanks) || IsOneOf(byte, kLineEnds);
 }
 
 // The last line end before offset, else the first one of the text; LF for a text of one line.
@@ -67,7 +63,7 @@ std::size_t BehindLineEnd(std::string const& text, std::size_t offset) {
 bool RunsOn(std::string_view value, char next) {
     bool const isWord = detail::IsNameByte(value.back());
     bool const isWhole = isWord && value.front() != '/' && value.find('.') == value.npos;
-    bool const isApart = IsBlank(next) || next == '>' || next == ']';
+    bool const isApart = format::kBlanks.Has(next) || next == '>' || next == ']';
     return isWord && !isApart && (isWhole || detail::IsNameByte(next));
 }
 
@@ -151,11 +147,6 @@ std::string InsertAlone(Document const& document, Parent const& parent, std::str
            (hasLineEnd ? "" : lineEnd + indent) + text.substr(parent.fBody.end);
 }
 
-std::string_view ParentPath(std::string_view path) {
-    std::size_t const last = LastPart(path).size();
-    return last == path.size() ? std::string_view() : path.substr(0, path.size() - last - 1);
-}
-
 // What to take out with span: its line when nothing else stands there, else the blanks behind it.
 Span WithBlanks(std::string const& text, Span span) {
     std::size_t const indent = BeforeBlanks(text, span.begin, kBlanks);
@@ -190,10 +181,10 @@ std::vector<Span> SpansOf(Document const& document, std::string_view path) {
         return {found.value};
     }
     std::vector<Span> spans;
-    auto const parent = FindParent(document, ParentPath(path));
+    auto const parent = FindParent(document, format::ParentPath(path));
     for (std::size_t i = parent->fFirst; i < parent->fEnd; i = document.Entries()[i].next) {
         DocumentEntry const& entry = document.Entries()[i];
-        if (document.KeyOf(entry) != LastPart(path)) {
+        if (document.KeyOf(entry) != format::LastPart(path)) {
             continue;
         }
         std::size_t const before = BeforeBlanks(document.Text(), entry.key.begin, kBlanks);
@@ -212,7 +203,7 @@ void RemoveBlankBody(std::string& text, Span before, std::size_t removed) {
     std::size_t const size = before.Size() - std::min(removed, before.Size());
     auto const begin = text.begin() + static_cast<std::ptrdiff_t>(before.begin);
     auto const end = begin + static_cast<std::ptrdiff_t>(size);
-    if (std::all_of(begin, end, &IsBlank)) {
+    if (std::all_of(begin, end, [](char byte) { return format::kBlanks.Has(byte); })) {
         text.erase(begin, end);
     }
 }
@@ -225,11 +216,11 @@ WithValue(Document const& document, std::string_view path, std::string_view valu
         return document.Body() ? std::optional(Replaced(document.Text(), present->value, value))
                                : std::nullopt;
     }
-    auto const parent = FindParent(document, ParentPath(path));
+    auto const parent = FindParent(document, format::ParentPath(path));
     if (!parent) {
         return std::nullopt;
     }
-    std::string const entry = "/" + std::string(LastPart(path)) + " " + std::string(value);
+    std::string const entry = "/" + std::string(format::LastPart(path)) + " " + std::string(value);
     DocumentEntry const* const last = LastEntry(document, *parent);
     return last == nullptr ? InsertAlone(document, *parent, entry)
                            : InsertBehind(document, *last, entry);
