@@ -5,37 +5,22 @@
 #include "bib/BIBClient.h"
 #include "bib/BIBSharedBuffer.h"
 #include "platform/CFString.h"
+#include "source/AutoCFRelease.h"
 
 #include <span>
 
 namespace UnicodeEncodingNS {
 
-// Releases one reference of the platform at the end of a scope. Lives on one thread.
+// Releases one reference of the platform at the end of a scope.
 template <class T>
-class UnicodeEncoding_AutoCFRelease : public BIB_T_NMT::CBIBClientBase {
+class UnicodeEncoding_AutoCFRelease : public AutoCFRelease<T> {
 public:
-    // A guard on reference, which may be null. retain: the guard adds a reference of its own;
-    // otherwise the caller's goes over to it.
-    UnicodeEncoding_AutoCFRelease(T const& reference, bool retain) noexcept
-        : fReference(reference) {
-        if (fReference != nullptr && retain) {
-            CFRetain(fReference);
-        }
-    }
-
+    using AutoCFRelease<T>::AutoCFRelease;
     UnicodeEncoding_AutoCFRelease(UnicodeEncoding_AutoCFRelease const&) = delete;
     UnicodeEncoding_AutoCFRelease& operator=(UnicodeEncoding_AutoCFRelease const&) = delete;
+    ~UnicodeEncoding_AutoCFRelease() = default;
 
-    ~UnicodeEncoding_AutoCFRelease() {
-        if (fReference != nullptr) {
-            CFRelease(fReference);
-        }
-    }
-
-    operator T() const noexcept { return fReference; }
-
-private:
-    T fReference;
+    operator T() const noexcept { return this->Get(); }
 };
 
 // The text of source in TargetEncoding; an empty buffer when nothing of it can be converted. Throws
