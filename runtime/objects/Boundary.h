@@ -1,7 +1,6 @@
 // What stands between the runtime's rows and its own exceptions.
 #pragma once
 
-#include <exception>
 #include <new>
 #include <stdexcept>
 
@@ -9,45 +8,23 @@
 
 namespace bibrt {
 
-// The result of work, or failure when memory runs out in it. An exception of a caller's procedure
-// passes.
+// The result of work, or failure when memory runs out in it. Other exceptions pass, and all of them
+// while isInCaller tells that work is in a caller's procedure.
 template <class Result, class Work>
-Result AtRow(Result failure, Work work) {
+Result AtRow(Result failure, Work work, bool const& isInCaller = false) {
     try {
         return work();
     } catch (std::bad_alloc const&) {
-        return failure;
+        if (isInCaller) {
+            throw;
+        }
     } catch (std::length_error const&) {
         // A standard container was asked for more than its size type can count.
-        return failure;
+        if (isInCaller) {
+            throw;
+        }
     }
-}
-
-// An exception of a caller's procedure that AtRow would take for one of the runtime's own.
-struct CallerException {
-    std::exception_ptr fException;
-};
-
-// What call, a call of a caller's procedure, gives. REQUIRES: runs within AtCallbackRow.
-template <class Call>
-auto CallCaller(Call call) -> decltype(call()) {
-    try {
-        return call();
-    } catch (std::bad_alloc const&) {
-        throw CallerException{std::current_exception()};
-    } catch (std::length_error const&) {
-        throw CallerException{std::current_exception()};
-    }
-}
-
-// The same as AtRow; every exception passes that a procedure in CallCaller throws.
-template <class Result, class Work>
-Result AtCallbackRow(Result failure, Work work) {
-    try {
-        return AtRow<Result>(failure, work);
-    } catch (CallerException const& thrown) {
-        std::rethrow_exception(thrown.fException);
-    }
+    return failure;
 }
 
 // The status that work gives, or the memory error when memory runs out in it.

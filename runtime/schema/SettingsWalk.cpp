@@ -148,8 +148,9 @@ bool SettingsWalk::PassesCheck(Check const& check, POSObject const& name, POSObj
         return true;
     }
     BufferRef const buffer = MakeMessageBuffer();
-    bool const isAccepted =
-        CallCaller([&] { return check.fProc(&value, Key(), buffer.get(), check.fUserData) != 0; });
+    fSink.fIsInCaller = true;
+    bool const isAccepted = check.fProc(&value, Key(), buffer.get(), check.fUserData) != 0;
+    fSink.fIsInCaller = false;
     if (isAccepted) {
         return true;
     }

@@ -23,7 +23,9 @@ void MessageSink::Report(std::string_view path, std::string_view text) {
     fIsClean = false;
     if (fProc) {
         String const message = MessageText(path, text);
-        CallCaller([&] { fProc(message.c_str()); });
+        fIsInCaller = true;
+        fProc(message.c_str());
+        fIsInCaller = false;
     }
 }
 
@@ -95,14 +97,15 @@ constexpr char kOutOfMemory[] = "out-of-memory";
 template <class Judge>
 long IsClean(POSValidator& self, POSValidatorErrorCallback errorProc, Judge judge) {
     KeptAlive const keptSelf(self);
+    MessageSink sink(errorProc);
     bool isFinished = false;
-    // A validator that lost a check would find faults that are none.
-    long const isClean = self.fIsInvalid ? 0 : AtCallbackRow<long>(0, [&] {
-        MessageSink sink(errorProc);
+    auto const work = [&] {
         judge(sink);
         isFinished = true;
         return sink.IsClean() ? 1 : 0;
-    });
+    };
+    // A validator that lost a check would find faults that are none.
+    long const isClean = self.fIsInvalid ? 0 : AtRow<long>(0, work, sink.fIsInCaller);
     if (!isFinished && errorProc) {
         errorProc(kOutOfMemory);
     }

@@ -57,6 +57,9 @@ public:
 
     bool IsClean() const noexcept { return fIsClean; }
 
+    // Set while a caller's procedure runs, whose exceptions are not the runtime's own.
+    bool fIsInCaller = false;
+
 private:
     POSValidatorErrorCallback fProc;
     bool fIsClean = true;
