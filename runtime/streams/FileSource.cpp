@@ -24,29 +24,21 @@ BIBError* FileFailure(char const* path, char const* action, int code) {
     return Failure(text.c_str());
 }
 
-// Owns a descriptor.
-class Descriptor {
-public:
-    explicit Descriptor(int descriptor) noexcept : fDescriptor(descriptor) {}
-    Descriptor(Descriptor&& other) noexcept
-        : fDescriptor(std::exchange(other.fDescriptor, kNone)) {}
-    Descriptor(Descriptor const&) = delete;
-    Descriptor& operator=(Descriptor const&) = delete;
-    Descriptor& operator=(Descriptor&&) = delete;
-    ~Descriptor() {
-        if (fDescriptor != kNone) {
-            ::close(fDescriptor);
-        }
+int OpenFlags(bool isWritable) noexcept {
+    return O_CLOEXEC | (isWritable ? O_RDWR | O_CREAT : O_RDONLY);
+}
+
+// Why no positionable stream can stand on an open file; 0 when one can.
+int FaultOfFile(int descriptor) noexcept {
+    struct stat status = {};
+    if (::fstat(descriptor, &status) != 0) {
+        return errno;
     }
-
-    int Get() const noexcept { return fDescriptor; }
-    bool IsOpen() const noexcept { return fDescriptor != kNone; }
-
-private:
-    static constexpr int kNone = -1;
-
-    int fDescriptor;
-};
+    if (S_ISDIR(status.st_mode)) {
+        return EISDIR;
+    }
+    return ::lseek(descriptor, 0, SEEK_CUR) < 0 ? errno : 0;
+}
 
 // Calls transfer(done) until size bytes are through, it gives none or it fails. The bytes that went
 // through; errno tells of a failure and is 0 without one.
@@ -70,10 +62,22 @@ unsigned long TransferAll(unsigned long size, Transfer transfer) {
 
 class FileSource final : public StreamSource {
 public:
-    FileSource(Descriptor descriptor, char const* path, bool isWritable)
-        : fDescriptor(std::move(descriptor)),
-          fPath(path),
-          fIsWritable(isWritable) {}
+    // Opens the file; Fault tells how that went.
+    FileSource(char const* path, bool isWritable)
+        : fPath(path),
+          fIsWritable(isWritable),
+          fDescriptor(::open(path, OpenFlags(isWritable), kNewFileMode)),
+          fFault(fDescriptor == kNone ? errno : FaultOfFile(fDescriptor)) {}
+    FileSource(FileSource const&) = delete;
+    FileSource& operator=(FileSource const&) = delete;
+    ~FileSource() override {
+        if (fDescriptor != kNone) {
+            ::close(fDescriptor);
+        }
+    }
+
+    // Why no stream can stand on it; 0 when one can.
+    int Fault() const noexcept { return fFault; }
 
     BIBError* ReadAt(
         unsigned long offset,
@@ -82,7 +86,7 @@ public:
         unsigned long& bytesRead) override {
         bytesRead = TransferAll(size, [&](unsigned long done) {
             return ::pread(
-                fDescriptor.Get(), buffer + done, size - done, static_cast<off_t>(offset + done));
+                fDescriptor, buffer + done, size - done, static_cast<off_t>(offset + done));
         });
         return errno == 0 ? nullptr : FileFailure(fPath.c_str(), "cannot read", errno);
     }
@@ -97,10 +101,7 @@ public:
         }
         unsigned long const done = TransferAll(size, [&](unsigned long sofar) {
             return ::pwrite(
-                fDescriptor.Get(),
-                buffer + sofar,
-                size - sofar,
-                static_cast<off_t>(offset + sofar));
+                fDescriptor, buffer + sofar, size - sofar, static_cast<off_t>(offset + sofar));
         });
         return done == size ? nullptr
                             : FileFailure(fPath.c_str(), "cannot write", errno == 0 ? EIO : errno);
@@ -108,7 +109,7 @@ public:
 
     BIBError* GetLength(unsigned long& length) override {
         struct stat status = {};
-        if (::fstat(fDescriptor.Get(), &status) != 0) {
+        if (::fstat(fDescriptor, &status) != 0) {
             return FileFailure(fPath.c_str(), "cannot measure", errno);
         }
         length = static_cast<unsigned long>(status.st_size);
@@ -118,37 +119,23 @@ public:
 private:
     static constexpr unsigned long kMaxOffset = std::numeric_limits<off_t>::max();
 
-    Descriptor fDescriptor;
+    static constexpr int kNone = -1;
+
     String fPath; // for error texts
     bool fIsWritable;
+    int fDescriptor;
+    int fFault;
 };
-
-int OpenFlags(bool isWritable) noexcept {
-    return O_CLOEXEC | (isWritable ? O_RDWR | O_CREAT : O_RDONLY);
-}
-
-// Why no positionable stream can stand on an open file; 0 when one can.
-int FaultOfFile(Descriptor const& descriptor) noexcept {
-    struct stat status = {};
-    if (::fstat(descriptor.Get(), &status) != 0) {
-        return errno;
-    }
-    if (S_ISDIR(status.st_mode)) {
-        return EISDIR;
-    }
-    return ::lseek(descriptor.Get(), 0, SEEK_CUR) < 0 ? errno : 0;
-}
 
 } // namespace
 
 BIBError* OpenFileSource(SourcePtr& result, char const* path, bool writable) {
-    Descriptor descriptor(::open(path, OpenFlags(writable), kNewFileMode));
-    int const fault = descriptor.IsOpen() ? FaultOfFile(descriptor) : errno;
-    if (fault != 0) {
-        return FileFailure(path, "cannot open", fault);
+    auto const source =
+        std::allocate_shared<FileSource>(CallerAllocator<FileSource>(), path, writable);
+    if (source->Fault() != 0) {
+        return FileFailure(path, "cannot open", source->Fault());
     }
-    result = std::allocate_shared<FileSource>(
-        CallerAllocator<FileSource>(), std::move(descriptor), path, writable);
+    result = source;
     return nullptr;
 }
 

@@ -25,48 +25,6 @@ unsigned long CopyOut(
     return count;
 }
 
-// Bytes in one block that doubles when it is full.
-class GrowingBytes {
-public:
-    GrowingBytes() = default;
-    GrowingBytes(GrowingBytes const&) = delete;
-    GrowingBytes& operator=(GrowingBytes const&) = delete;
-    ~GrowingBytes() { FreeBlock(fBlock); }
-
-    unsigned char const* Begin() const noexcept { return fBlock; }
-    unsigned long Size() const noexcept { return fSize; }
-
-    // Writes all of size bytes at offset, or throws std::bad_alloc and writes nothing. REQUIRES:
-    // offset <= Size(), and the sum of offset and size is in range.
-    void Write(unsigned long offset, unsigned char const* bytes, unsigned long size) {
-        unsigned long const end = offset + size;
-        if (end > fCapacity) {
-            Grow(end);
-        }
-        if (size != 0) {
-            std::memcpy(fBlock + offset, bytes, size);
-        }
-        fSize = std::max(fSize, end);
-    }
-
-private:
-    static constexpr unsigned long kFirstCapacity = 256;
-
-    void Grow(unsigned long wanted) {
-        unsigned long const capacity = std::max({wanted, fCapacity * 2, kFirstCapacity});
-        void* const block = ReallocBlock(fBlock, capacity);
-        if (!block) {
-            throw std::bad_alloc();
-        }
-        fBlock = static_cast<unsigned char*>(block);
-        fCapacity = capacity;
-    }
-
-    unsigned char* fBlock = nullptr;
-    unsigned long fSize = 0;
-    unsigned long fCapacity = 0;
-};
-
 class MemorySource final : public StreamSource {
 public:
     BIBError* ReadAt(
@@ -74,23 +32,26 @@ public:
         unsigned char* buffer,
         unsigned long size,
         unsigned long& bytesRead) override {
-        bytesRead = CopyOut(fBytes.Begin(), fBytes.Size(), offset, buffer, size);
+        bytesRead = CopyOut(fBytes.data(), fBytes.size(), offset, buffer, size);
         return nullptr;
     }
 
     BIBError*
     WriteAt(unsigned long offset, unsigned char const* buffer, unsigned long size) override {
-        fBytes.Write(offset, buffer, size);
+        // What goes behind the end first, for which there may be no memory.
+        unsigned long const inside = std::min(size, fBytes.size() - offset);
+        fBytes.insert(fBytes.end(), buffer + inside, buffer + size);
+        std::copy_n(buffer, inside, fBytes.data() + offset);
         return nullptr;
     }
 
     BIBError* GetLength(unsigned long& length) override {
-        length = fBytes.Size();
+        length = fBytes.size();
         return nullptr;
     }
 
 private:
-    GrowingBytes fBytes;
+    Vector<unsigned char> fBytes;
 };
 
 class BufferSource final : public StreamSource {
