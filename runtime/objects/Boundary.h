@@ -33,4 +33,14 @@ BIBError* AtStatusRow(Work work) {
     return AtRow<BIBError*>(MemoryError(), work);
 }
 
+// The status of a row that gives something through result: null there to begin with, and work runs
+// for good arguments only.
+template <class T, class Work>
+BIBError* AtResultRow(T** result, bool areArgumentsGood, Work work) {
+    if (result) {
+        *result = nullptr;
+    }
+    return result && areArgumentsGood ? AtStatusRow(work) : BadArgument();
+}
+
 } // namespace bibrt

@@ -170,14 +170,10 @@ BIBError* NewFullContainer(
     BIBContainerNotifyProc /*containerProc*/,
     BIBInstanceNotifyProc /*instanceProc*/,
     void* /*clientData*/) {
-    if (!result) {
-        return BadArgument();
-    }
-    *result = nullptr;
-    if (!instanceName) {
-        return Failure("an instance needs a name");
-    }
-    return AtStatusRow([&]() -> BIBError* {
+    return AtResultRow(result, /*areArgumentsGood=*/true, [&]() -> BIBError* {
+        if (!instanceName) {
+            return Failure("an instance needs a name");
+        }
         Unowned<BIBContainer> container = MakeHostContainer(signature);
         AddInstance(*container, instance, instanceName, deleteProc);
         *result = container.release();
@@ -186,11 +182,7 @@ BIBError* NewFullContainer(
 }
 
 BIBError* NewContainer(BIBContainer** result, BIBStringAtom* signature) {
-    if (!result) {
-        return BadArgument();
-    }
-    *result = nullptr;
-    return AtStatusRow([&]() -> BIBError* {
+    return AtResultRow(result, /*areArgumentsGood=*/true, [&]() -> BIBError* {
         *result = MakeHostContainer(signature).release();
         return nullptr;
     });
@@ -268,17 +260,12 @@ BIBError* GetMethodBy(
     BIBStringAtom const* name,
     BIBStringAtom const* procType,
     long optional) {
-    if (!result) {
-        return BadArgument();
-    }
-    *result = nullptr;
-    if (!container || !name || !procType) {
-        return BadArgument();
-    }
-    if (char const* const signature = container->fPrimary.signature) {
-        *result = find(ProcName{signature, TextOf(name), TextOf(procType)});
-    }
-    return *result || optional ? nullptr : Failure("no such method");
+    return AtResultRow(result, container && name && procType, [&] {
+        if (char const* const signature = container->fPrimary.signature) {
+            *result = find(ProcName{signature, TextOf(name), TextOf(procType)});
+        }
+        return *result || optional ? nullptr : Failure("no such method");
+    });
 }
 
 BIBError* GetMethod(
@@ -312,14 +299,9 @@ void* GetInstance(BIBContainer const* container, BIBStringAtom* name) {
 }
 
 BIBError* NGetInstance(void** result, BIBContainer const* container, BIBStringAtom* name) {
-    if (!result) {
-        return BadArgument();
-    }
-    *result = nullptr;
-    if (!container || !name) {
-        return BadArgument();
-    }
-    return FindInstance(*container, name, *result) ? nullptr : Failure("no such instance");
+    return AtResultRow(result, container && name, [&] {
+        return FindInstance(*container, name, *result) ? nullptr : Failure("no such instance");
+    });
 }
 
 BIBStringAtom* GetSignature(BIBContainer const* container) {

@@ -164,25 +164,14 @@ BIBRT_DEFINE_TABLE(
 namespace {
 
 BIBError* NewPositionableMemoryStream(BIBPositionableStream** result) {
-    if (!result) {
-        return BadArgument();
-    }
-    *result = nullptr;
-    return AtStatusRow([&]() -> BIBError* {
+    return AtResultRow(result, /*areArgumentsGood=*/true, [&]() -> BIBError* {
         *result = MakeSourceStream(MakeMemorySource());
         return nullptr;
     });
 }
 
 BIBError* NewPositionableBufferStream(BIBPositionableStream** result, BIBSharedBuffer* buffer) {
-    if (!result) {
-        return BadArgument();
-    }
-    *result = nullptr;
-    if (!buffer) {
-        return BadArgument();
-    }
-    return AtStatusRow([&]() -> BIBError* {
+    return AtResultRow(result, buffer != nullptr, [&]() -> BIBError* {
         *result = MakeSourceStream(MakeBufferSource(buffer));
         return nullptr;
     });
@@ -190,14 +179,7 @@ BIBError* NewPositionableBufferStream(BIBPositionableStream** result, BIBSharedB
 
 BIBError*
 NewPositionableFileStream(BIBPositionableStream** result, char const* path, int writable) {
-    if (!result) {
-        return BadArgument();
-    }
-    *result = nullptr;
-    if (!path) {
-        return BadArgument();
-    }
-    return AtStatusRow([&] {
+    return AtResultRow(result, path != nullptr, [&] {
         SourcePtr source;
         BIBError* const error = OpenFileSource(source, path, writable != 0);
         if (!error) {
@@ -213,14 +195,7 @@ BIBError* NewClientStream(
     ContainerType const& type,
     BIBClientStreamProcs const* procs,
     void* clientData) {
-    if (!result) {
-        return BadArgument();
-    }
-    *result = nullptr;
-    if (!procs) {
-        return BadArgument();
-    }
-    return AtStatusRow([&]() -> BIBError* {
+    return AtResultRow(result, procs != nullptr, [&]() -> BIBError* {
         *result = MakeClientStream(type, *procs, clientData);
         return nullptr;
     });
