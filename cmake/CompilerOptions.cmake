@@ -10,6 +10,7 @@ set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(PDFSETTINGS_SANITIZE "" CACHE STRING "Sanitizers to build with: address, undefined, thread")
 option(PDFSETTINGS_FUZZ "Build the fuzz targets, with clang" OFF)
 option(PDFSETTINGS_BENCHMARKS "Build the benchmarks, which need the libraries they compare with" OFF)
+option(PDFSETTINGS_FAILURE_HOOKS "Let tests make allocations and stream operations fail" OFF)
 option(PDFSETTINGS_COVERAGE "Count which lines and branches run" OFF)
 
 # The presets of the checks make errors of them; other projects and other compilers see warnings.

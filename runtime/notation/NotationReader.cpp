@@ -76,8 +76,7 @@ Unowned<POSObject> NotationReader::Read() {
 }
 
 bool NotationReader::IsKeyExpected() const noexcept {
-    return !fOpen.empty() && !fOpen.back().fKey.Get() &&
-           IsOfType(fOpen.back().fCollection, gDictType);
+    return !fOpen.empty() && !fOpen.back().fKey && IsOfType(fOpen.back().fCollection, gDictType);
 }
 
 // Takes what stands in the place of a value.
@@ -141,7 +140,7 @@ void NotationReader::Store(Unowned<POSObject> value) {
     }
     OpenCollection& top = fOpen.back();
     AtomRef const key = std::move(top.fKey);
-    if (!AddTo(*top.fCollection, key.Get(), *value)) {
+    if (!AddTo(*top.fCollection, key, *value)) {
         throw std::bad_alloc();
     }
     // The collection keeps it alive from here on.
@@ -155,7 +154,7 @@ void NotationReader::Open(Unowned<POSObject> collection, std::size_t offset) {
 }
 
 void NotationReader::Close(Token const& token, ContainerType const& type) {
-    if (fOpen.empty() || !IsOfType(fOpen.back().fCollection, type) || fOpen.back().fKey.Get()) {
+    if (fOpen.empty() || !IsOfType(fOpen.back().fCollection, type) || fOpen.back().fKey) {
         ThrowNoValue(token);
     }
     fOpen.pop_back();
@@ -176,7 +175,7 @@ void NotationReader::ThrowNoValue(Token const& token) const {
     if (fOpen.empty()) {
         ThrowFault(token.fOffset, "expected a value");
     }
-    if (BIBStringAtom const* const key = fOpen.back().fKey.Get()) {
+    if (BIBStringAtom const* const key = fOpen.back().fKey) {
         ThrowFault(token.fOffset, "expected a value for the key \"%.60s\"", key->Text());
     }
     if (token.fKind == TokenKind::kEnd) {

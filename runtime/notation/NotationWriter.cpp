@@ -140,7 +140,7 @@ bool AppendNext(String& out, WalkStack<WriteFrame>& stack) {
     }
     AppendIndent(out, stack.Depth());
     if (child.fKey) {
-        AppendWord(out, {child.fKey->Text(), child.fKey->fLength});
+        AppendWord(out, child.fKey->fText);
         out.push_back(' ');
     }
     return AppendStart(out, stack, *child.fValue);

@@ -5,24 +5,23 @@
 // again. Everything here is thread safe.
 #pragma once
 
-#include <cstddef>
+#include <list>
+#include <string>
 #include <string_view>
 #include <utility>
 
 #include "api/BIBStringInterface.h"
 
-// The text and its closing NUL stand behind the structure. All but the count belongs to the table.
+// All but the text belongs to the table.
 struct BIBStringAtom {
-    long fRefs;
-    BIBStringAtom* fNextInBucket;
-    BIBStringAtom* fNewer; // among the released atoms
-    BIBStringAtom* fOlder;
-    std::size_t fHash;
-    std::size_t fLength;
-    bool fIsReleased; // stands among the released atoms
-    bool fIsImmortal; // never counted
+    explicit BIBStringAtom(std::string_view text) : fText(text) {}
 
-    char const* Text() const noexcept { return reinterpret_cast<char const*>(this + 1); }
+    char const* Text() const noexcept { return fText.c_str(); }
+
+    std::string const fText; // its place never changes
+    unsigned long fRefs = 0;
+    bool fIsImmortal = false;                  // never counted
+    std::list<BIBStringAtom>::iterator fPlace; // in one of the table's lists
 };
 
 namespace bibrt {
@@ -72,6 +71,8 @@ public:
     }
 
     BIBStringAtom* Get() const noexcept { return fAtom; }
+    operator BIBStringAtom*() const noexcept { return fAtom; }
+    BIBStringAtom* operator->() const noexcept { return fAtom; }
     // Hands the reference to the caller.
     BIBStringAtom* Release() noexcept { return std::exchange(fAtom, nullptr); }
 

@@ -1,211 +1,148 @@
-#include "runtime/objects/Cache.h"
-
+// The cache: ids that name data which may be dropped at any time.
+//
+// One lock guards everything; the procedures of callers are called outside it, and any thread may
+// call any row.
 #include "api/BIBCacheInterface.h"
-#include "runtime/objects/Boundary.h"
-#include "runtime/objects/Tables.h"
 
 #include <algorithm>
+#include <list>
+#include <memory>
+#include <mutex>
+#include <utility>
+#include <vector>
+
+#include "runtime/objects/Boundary.h"
+#include "runtime/objects/Container.h"
+#include "runtime/objects/Tables.h"
 
 namespace bibrt {
 
-Cache& Cache::The() {
+namespace {
+
+using CacheIDs = std::list<BIBCacheID*, CallerAllocator<BIBCacheID*>>;
+
+// The node of an id, which enters lists and leaves them without memory.
+class CacheLink {
+public:
+    explicit CacheLink(BIBCacheID* id) : fHome{id} {}
+
+    // Leaves its list and goes to the end of that one.
+    void MoveTo(CacheIDs& list) noexcept {
+        list.splice(list.end(), *fList, fNode);
+        fList = &list;
+    }
+    void Leave() noexcept { MoveTo(fHome); }
+
+private:
+    CacheIDs fHome; // where the node is while it stands in no list
+    CacheIDs* fList = &fHome;
+    CacheIDs::iterator fNode = fHome.begin();
+};
+
+struct Purger {
+    void operator()(void* data) const noexcept { CallDeleteProc(fProc, data); }
+
+    void (*fProc)(void*) = nullptr;
+};
+
+// Data on its way out of the cache. Declared before the lock is taken: its purge procedure is
+// called when this goes.
+using DroppedData = std::unique_ptr<void, Purger>;
+
+} // namespace
+
+} // namespace bibrt
+
+struct BIBCacheID {
+    long fRefs = 1;
+    void* fData = nullptr;
+    void (*fPurgeProc)(void*) = nullptr;
+    unsigned long fCost = 0;
+    unsigned long fLocks = 0;
+    unsigned long fLastUse = 0;
+    BIBCacheSet* fSet = nullptr;
+    bibrt::CacheLink fAge{this};        // among the ids with data
+    bibrt::CacheLink fMembership{this}; // in its set
+};
+
+struct BIBCacheSet {
+    long fRefs = 1;
+    bibrt::CacheIDs fMembers;
+};
+
+struct BIBCachePurge {
+    unsigned long fLatestUse; // entries that were used after this stay
+};
+
+namespace bibrt {
+
+namespace {
+
+struct ClientPurge {
+    void (*fProc)();
+    unsigned long fAdded; // when
+};
+
+struct Cache {
+    std::mutex fLock;
+    CacheIDs fByAge; // the ids with data, the one used longest ago first
+    unsigned long fTime = 0;
+    unsigned long fSize = 0;
+    std::vector<ClientPurge> fClientPurges; // in the order of their adding
+};
+
+// Never destroyed.
+Cache& TheCache() {
     static auto* const kCache = new Cache;
     return *kCache;
 }
 
-DroppedData Cache::Drop(BIBCacheID& id) noexcept {
-    fSize -= id.fCost;
+class Lock {
+public:
+    Cache* operator->() const noexcept { return &TheCache(); }
+
+private:
+    std::lock_guard<std::mutex> fGuard{TheCache().fLock};
+};
+
+DroppedData Drop(Lock const& cache, BIBCacheID& id) noexcept {
+    cache->fSize -= id.fCost;
     id.fCost = 0;
     id.fLocks = 0;
     id.fAge.Leave();
-    return {std::exchange(id.fData, nullptr), std::exchange(id.fPurgeProc, nullptr)};
+    return DroppedData(std::exchange(id.fData, nullptr), {std::exchange(id.fPurgeProc, nullptr)});
 }
 
-void Cache::Use(BIBCacheID& id) noexcept {
-    id.fLastUse = ++fTime;
-    id.fAge.EnterBefore(fByAge);
+void Use(Lock const& cache, BIBCacheID& id) noexcept {
+    id.fLastUse = ++cache->fTime;
+    id.fAge.MoveTo(cache->fByAge);
 }
 
-void Cache::LeaveSet(BIBCacheID& id) noexcept {
+void LeaveSet(Lock const& /*cache*/, BIBCacheID& id) noexcept {
     id.fSet = nullptr;
     id.fMembership.Leave();
 }
 
-void Cache::Release(BIBCacheID& id) noexcept {
-    bool isLast = false;
-    DroppedData const dropped = Locked([&]() -> DroppedData {
-        isLast = --id.fRefs == 0;
-        if (!isLast) {
-            return {};
-        }
-        LeaveSet(id);
-        return Drop(id);
-    });
-    if (isLast) {
-        DeleteObject(&id);
-    }
-}
-
-void Cache::Attach(BIBCacheID& id, BIBCacheSet* set) noexcept {
-    Locked([&] {
-        LeaveSet(id);
-        if (set) {
-            id.fSet = set;
-            id.fMembership.EnterBefore(set->fMembers);
-        }
-    });
-}
-
-void Cache::Add(BIBCacheID& id, void* data, unsigned long cost, void (*purgeProc)(void*)) noexcept {
-    DroppedData const dropped = Locked([&] {
-        DroppedData old = Drop(id);
-        if (data) {
-            id.fData = data;
-            id.fPurgeProc = purgeProc;
-            id.fCost = cost;
-            fSize += cost;
-            Use(id);
-        }
-        return old;
-    });
-}
-
-void Cache::UpdateCost(BIBCacheID& id, unsigned long cost) noexcept {
-    Locked([&] {
-        if (id.fData) {
-            fSize += cost - id.fCost;
-            id.fCost = cost;
-        }
-    });
-}
-
-void* Cache::MarkNoPurge(BIBCacheID& id) noexcept {
-    return Locked([&]() -> void* {
-        if (id.fData) {
-            ++id.fLocks;
-            Use(id);
-        }
-        return id.fData;
-    });
-}
-
-bool Cache::PurgeOldest(unsigned long latestUse, unsigned long& cost) noexcept {
-    bool isFound = false;
-    DroppedData const dropped = Locked([&]() -> DroppedData {
-        RingLink<BIBCacheID> const* link = fByAge.fNext;
-        while (link->fOwner && link->fOwner->fLocks != 0) {
-            link = link->fNext;
-        }
-        isFound = link->fOwner && link->fOwner->fLastUse <= latestUse;
-        if (!isFound) {
-            return {};
-        }
-        cost = link->fOwner->fCost;
-        return Drop(*link->fOwner);
-    });
-    return isFound;
-}
-
-void Cache::RemoveID(BIBCacheID& id) noexcept {
-    DroppedData const dropped = Locked([&] { return Drop(id); });
-}
-
-// Moves the first id of a set to its end and drops its data.
-DroppedData Cache::DropFirst(BIBCacheSet& set) noexcept {
-    RingLink<BIBCacheID>& first = *set.fMembers.fNext;
-    if (!first.fOwner) {
-        return {};
-    }
-    first.EnterBefore(set.fMembers);
-    return Drop(*first.fOwner);
-}
-
-void Cache::RemoveIDs(BIBCacheSet& set) noexcept {
-    unsigned long count = Locked([&] {
-        // A purge procedure may give up what seemed the last reference.
-        ++set.fRefs;
-        unsigned long members = 0;
-        for (auto const* link = set.fMembers.fNext; link->fOwner; link = link->fNext) {
-            ++members;
-        }
-        return members;
-    });
-    for (; count != 0; --count) {
-        DroppedData const dropped = Locked([&] { return DropFirst(set); });
-    }
-    DeleteSet(set);
-}
-
-void Cache::DeleteSet(BIBCacheSet& set) noexcept {
-    bool const isLast = Locked([&] {
-        if (--set.fRefs != 0) {
-            return false;
-        }
-        while (!set.fMembers.IsAlone()) {
-            LeaveSet(*set.fMembers.fNext->fOwner);
-        }
-        return true;
-    });
-    if (isLast) {
-        DeleteObject(&set);
-    }
-}
-
-void (*Cache::NextClientPurge(unsigned long& after, unsigned long until) noexcept)() {
-    std::lock_guard const guard(fLock);
-    auto const next =
-        std::find_if(fClientPurges.begin(), fClientPurges.end(), [after](ClientPurge const& purge) {
-            return purge.fAdded > after;
-        });
-    if (next == fClientPurges.end() || next->fAdded > until) {
-        return nullptr;
-    }
-    after = next->fAdded;
-    return next->fProc;
-}
-
-// By the time of adding, not by position: a procedure may remove itself and others, and add some,
-// which are not called any more.
-void Cache::CallClientPurges() {
-    unsigned long const until = Locked([&] { return fTime; });
-    unsigned long after = 0;
-    while (auto* const purge = NextClientPurge(after, until)) {
-        purge();
-    }
-}
-
-void Cache::AddClientPurge(void (*purge)()) {
-    std::lock_guard const guard(fLock);
-    for (auto const& known : fClientPurges) {
-        if (known.fProc == purge) {
-            return;
-        }
-    }
-    fClientPurges.push_back({purge, ++fTime});
-}
-
-void Cache::RemoveClientPurge(void (*purge)()) noexcept {
-    Locked([&] {
-        std::erase_if(
-            fClientPurges, [=](ClientPurge const& known) { return known.fProc == purge; });
-    });
-}
-
-namespace {
+// The rows.
 
 BIBCacheID* NewCacheID() {
     return AtRow<BIBCacheID*>(nullptr, [] { return NewObject<BIBCacheID>(); });
 }
 
 void AddRef(BIBCacheID* id) {
+    Lock const cache;
     if (id) {
-        Cache::The().Locked([&] { ++id->fRefs; });
+        ++id->fRefs;
     }
 }
 
 void Release(BIBCacheID* id) {
-    if (id) {
-        Cache::The().Release(*id);
+    DroppedData dropped;
+    Lock const cache;
+    if (id && --id->fRefs == 0) {
+        LeaveSet(cache, *id);
+        dropped = Drop(cache, *id);
+        DeleteObject(id);
     }
 }
 
@@ -213,42 +150,67 @@ int Attach(BIBCacheID* id, BIBCacheSet* set) {
     if (!id) {
         return 0;
     }
-    Cache::The().Attach(*id, set);
+    Lock const cache;
+    LeaveSet(cache, *id);
+    if (set) {
+        id->fSet = set;
+        id->fMembership.MoveTo(set->fMembers);
+    }
     return 1;
 }
 
 void Add(BIBCacheID* id, void* data, unsigned long cost, void (*purgeProc)(void*)) {
-    if (id) {
-        Cache::The().Add(*id, data, cost, purgeProc);
+    if (!id) {
+        return;
+    }
+    DroppedData dropped;
+    Lock const cache;
+    dropped = Drop(cache, *id);
+    if (data) {
+        id->fData = data;
+        id->fPurgeProc = purgeProc;
+        id->fCost = cost;
+        cache->fSize += cost;
+        Use(cache, *id);
     }
 }
 
 void UpdateCost(BIBCacheID* id, unsigned long cost) {
-    if (id) {
-        Cache::The().UpdateCost(*id, cost);
+    Lock const cache;
+    if (id && id->fData) {
+        cache->fSize += cost - id->fCost;
+        id->fCost = cost;
     }
 }
 
 unsigned long ReturnCost(BIBCacheID* id) {
-    return id ? Cache::The().Locked([&] { return id->fCost; }) : 0;
+    Lock const cache;
+    return id ? id->fCost : 0;
 }
 
 void* MarkNoPurge(BIBCacheID* id) {
-    return id ? Cache::The().MarkNoPurge(*id) : nullptr;
+    Lock const cache;
+    if (!id || !id->fData) {
+        return nullptr;
+    }
+    ++id->fLocks;
+    Use(cache, *id);
+    return id->fData;
 }
 
 void MarkPurge(BIBCacheID* id) {
-    if (id) {
-        Cache::The().Locked([&] { id->fLocks -= id->fLocks != 0 ? 1 : 0; });
+    Lock const cache;
+    if (id && id->fLocks != 0) {
+        --id->fLocks;
     }
 }
 
 unsigned long GetCacheTime() {
-    return Cache::The().Locked([] { return Cache::The().Time(); });
+    return Lock()->fTime;
 }
 
 unsigned long CurrentCacheSize() {
-    return Cache::The().Locked([] { return Cache::The().Size(); });
+    return Lock()->fSize;
 }
 
 BIBCachePurge* NewCachePurge() {
@@ -256,11 +218,19 @@ BIBCachePurge* NewCachePurge() {
         nullptr, [] { return NewObject<BIBCachePurge>(BIBCachePurge{GetCacheTime()}); });
 }
 
+// Drops the entry that was used longest ago, unlocked, and not after the purge began.
 int PurgeNextBlock(BIBCachePurge* purge, unsigned long* cost) {
-    unsigned long dropped = 0;
-    bool const isFound = purge && Cache::The().PurgeOldest(purge->fLatestUse, dropped);
+    DroppedData dropped;
+    Lock const cache;
+    auto const oldest =
+        std::ranges::find(cache->fByAge, 0U, [](BIBCacheID const* id) { return id->fLocks; });
+    bool const isFound =
+        purge && oldest != cache->fByAge.end() && (*oldest)->fLastUse <= purge->fLatestUse;
     if (cost) {
-        *cost = dropped;
+        *cost = isFound ? (*oldest)->fCost : 0;
+    }
+    if (isFound) {
+        dropped = Drop(cache, **oldest);
     }
     return isFound ? 1 : 0;
 }
@@ -269,22 +239,48 @@ void DeleteCachePurge(BIBCachePurge* purge) {
     DeleteObject(purge);
 }
 
-void PurgeAllStaticCaches() {
-    Cache::The().CallClientPurges();
+// The first that was added after a time and not after another; null for none.
+void (*NextClientPurge(unsigned long& after, unsigned long until))() {
+    Lock const cache;
+    auto const next =
+        std::ranges::upper_bound(cache->fClientPurges, after, {}, &ClientPurge::fAdded);
+    if (next == cache->fClientPurges.end() || next->fAdded > until) {
+        return nullptr;
+    }
+    after = next->fAdded;
+    return next->fProc;
 }
 
-void AddClientPurge(void (*purge)(), long flags) {
-    if (purge && flags == 0) {
-        AtRow(/*failure=*/false, [&] {
-            Cache::The().AddClientPurge(purge);
-            return true;
-        });
+// By the time of adding, not by position: a procedure may remove itself and others, and add some,
+// which are not called any more. One that throws ends it.
+void PurgeAllStaticCaches() {
+    unsigned long const until = GetCacheTime();
+    unsigned long after = 0;
+    while (auto* const purge = NextClientPurge(after, until)) {
+        purge();
     }
 }
 
+void AddClientPurge(void (*purge)(), long flags) {
+    if (!purge || flags != 0) {
+        return;
+    }
+    AtRow(/*failure=*/false, [&] {
+        Lock const cache;
+        auto& known = cache->fClientPurges;
+        if (std::ranges::find(known, purge, &ClientPurge::fProc) == known.end()) {
+            ExpectMemory();
+            known.push_back({purge, ++cache->fTime});
+        }
+        return true;
+    });
+}
+
 void RemoveClientPurge(void (*purge)(), long flags) {
+    Lock const cache;
     if (purge && flags == 0) {
-        Cache::The().RemoveClientPurge(purge);
+        std::erase_if(
+            cache->fClientPurges, [=](ClientPurge const& known) { return known.fProc == purge; });
     }
 }
 
@@ -293,31 +289,62 @@ BIBCacheSet* NewCacheSet() {
 }
 
 void AddRefCacheSet(BIBCacheSet* set) {
+    Lock const cache;
     if (set) {
-        Cache::The().Locked([&] { ++set->fRefs; });
+        ++set->fRefs;
     }
 }
 
 void DeleteCacheSet(BIBCacheSet* set) {
-    if (set) {
-        Cache::The().DeleteSet(*set);
+    Lock const cache;
+    if (!set || --set->fRefs != 0) {
+        return;
     }
+    while (!set->fMembers.empty()) {
+        LeaveSet(cache, *set->fMembers.front());
+    }
+    DeleteObject(set);
 }
 
 int SearchForID(BIBCacheSet* set, BIBCacheID* id) {
-    return set && id && Cache::The().Locked([&] { return id->fSet == set && id->fData; }) ? 1 : 0;
+    Lock const cache;
+    return set && id && id->fSet == set && id->fData ? 1 : 0;
 }
 
 void RemoveID(BIBCacheID* id) {
+    DroppedData dropped;
+    Lock const cache;
     if (id) {
-        Cache::The().RemoveID(*id);
+        dropped = Drop(cache, *id);
+    }
+}
+
+std::size_t CountMembers(BIBCacheSet const& set) {
+    Lock const cache;
+    return set.fMembers.size();
+}
+
+// Moves the first id of a set to its end and drops its data.
+void DropFirst(BIBCacheSet& set) {
+    DroppedData dropped;
+    Lock const cache;
+    if (!set.fMembers.empty()) {
+        BIBCacheID& first = *set.fMembers.front();
+        first.fMembership.MoveTo(set.fMembers);
+        dropped = Drop(cache, first);
     }
 }
 
 void RemoveIDs(BIBCacheSet* set) {
-    if (set) {
-        Cache::The().RemoveIDs(*set);
+    if (!set) {
+        return;
     }
+    // A purge procedure may give up what seemed the last reference.
+    AddRefCacheSet(set);
+    for (std::size_t count = CountMembers(*set); count != 0; --count) {
+        DropFirst(*set);
+    }
+    DeleteCacheSet(set);
 }
 
 } // namespace

@@ -3,7 +3,6 @@
 #include "api/BIBContainerInterface.h"
 #include "api/POSObjectInterface.h"
 #include "runtime/objects/Boundary.h"
-#include "runtime/objects/Counting.h"
 #include "runtime/objects/Registry.h"
 #include "runtime/objects/Tables.h"
 #include "runtime/values/PosObject.h"
@@ -18,8 +17,6 @@ constinit ContainerType gHostContainerType = {
 
 namespace {
 
-constinit Counter gLiveContainers;
-
 // The containers that this thread has still to destroy, and whether it is at it.
 struct Doomed {
     BIBContainer* fFirst = nullptr;
@@ -27,6 +24,15 @@ struct Doomed {
 };
 
 constinit thread_local Doomed gDoomed;
+
+// Takes one reference off if there is any; how many there were.
+long TakeOne(BIBContainer& container) noexcept {
+    std::atomic_ref const refs(container.fRefs);
+    long before = refs;
+    while (before > 0 && !refs.compare_exchange_weak(before, before - 1)) {
+    }
+    return before;
+}
 
 void Destroy(BIBContainer* container) noexcept {
     if (container->fType->fIsScalar) {
@@ -65,24 +71,24 @@ bool AddContainerRef(BIBContainer* container) noexcept {
     if (!container || container->fIsInvalid) {
         return false;
     }
-    std::atomic_ref(container->fRefs).fetch_add(1, std::memory_order_relaxed);
+    ++std::atomic_ref(container->fRefs);
     return true;
 }
 
 void ReleaseContainer(BIBContainer* container) noexcept {
-    if (container && TakeOne(std::atomic_ref(container->fRefs)) == 1) {
+    if (container && TakeOne(*container) == 1) {
         Destroy(container);
     }
 }
 
 void DropContainerRef(BIBContainer* container) noexcept {
     if (container) {
-        TakeOne(std::atomic_ref(container->fRefs));
+        TakeOne(*container);
     }
 }
 
 bool DeleteUnownedContainer(BIBContainer* container) noexcept {
-    if (!container || std::atomic_ref(container->fRefs).load(std::memory_order_acquire) > 0) {
+    if (!container || std::atomic_ref(container->fRefs) > 0) {
         return false;
     }
     Destroy(container);
@@ -107,7 +113,7 @@ bool FindInstance(
         return true;
     }
     ContainerInstance const* entry = container.fInstances;
-    while (entry && entry->fName.Get() != name) {
+    while (entry && entry->fName != name) {
         entry = entry->fNext;
     }
     if (entry) {
@@ -116,17 +122,11 @@ bool FindInstance(
     return entry != nullptr;
 }
 
-unsigned long CountLiveContainers() noexcept {
-    return gLiveContainers.Get();
-}
-
 } // namespace bibrt
 
 BIBContainer::BIBContainer(bibrt::ContainerType const& type) noexcept
     : fPrimary{type.fInstanceName, type.fSignature, type.fInstanceName ? this : nullptr},
-      fType(&type) {
-    bibrt::gLiveContainers.Up();
-}
+      fType(&type) {}
 
 BIBContainer::~BIBContainer() {
     while (bibrt::ContainerInstance* const entry = fInstances) {
@@ -141,7 +141,6 @@ BIBContainer::~BIBContainer() {
     if (fPrimary.signature != fType->fSignature) {
         bibrt::ReleaseAtom(bibrt::AtomOfText(fPrimary.signature));
     }
-    bibrt::gLiveContainers.Down();
 }
 
 namespace bibrt {

@@ -5,6 +5,7 @@
 
 #include "api/BIBContainerInterface.h"
 #include "runtime/objects/Atoms.h"
+#include "runtime/objects/Counting.h"
 #include "runtime/objects/Memory.h"
 
 #include <atomic>
@@ -46,7 +47,7 @@ struct ContainerInstance {
 
 // A new container is unowned: its count is 0. Derived structures have no virtual function, so that
 // each begins with its container.
-struct BIBContainer {
+struct BIBContainer : bibrt::Counted<BIBContainer> {
     // REQUIRES: the texts of type are interned.
     explicit BIBContainer(bibrt::ContainerType const& type) noexcept;
     BIBContainer(BIBContainer const&) = delete;
@@ -97,9 +98,6 @@ void AddInstance(
 
 // The instance of that name through result. False when there is none.
 bool FindInstance(BIBContainer const& container, BIBStringAtom const* name, void*& result) noexcept;
-
-// The containers that exist.
-unsigned long CountLiveContainers() noexcept;
 
 struct UnownedDeleter {
     void operator()(BIBContainer* container) const noexcept { DeleteUnownedContainer(container); }

@@ -1,30 +1,27 @@
-// Counts that several threads may change.
+// How many objects of a class are alive.
 #pragma once
 
 #include <atomic>
 
 namespace bibrt {
 
-// Takes one reference off if there is any; how many there were.
-inline long TakeOne(std::atomic_ref<long> refs) noexcept {
-    long before = refs.load(std::memory_order_acquire);
-    while (before > 0 &&
-           !refs.compare_exchange_weak(before, before - 1, std::memory_order_acq_rel)) {
-    }
-    return before;
-}
-
-// A number of things or events.
-class Counter {
+// The base of a class whose objects are counted. Thread safe.
+template <class T>
+class Counted {
 public:
-    // Counts one more and gives the number that makes.
-    unsigned long Up() noexcept { return fCount.fetch_add(1, std::memory_order_relaxed) + 1; }
-    void Down() noexcept { fCount.fetch_sub(1, std::memory_order_relaxed); }
+    static unsigned long CountLive() noexcept { return fLive; }
 
-    unsigned long Get() const noexcept { return fCount.load(std::memory_order_relaxed); }
+    Counted() noexcept { ++fLive; }
+    Counted(Counted const&) = delete;
+    Counted& operator=(Counted const&) = delete;
+    ~Counted() { --fLive; }
+
+protected:
+    // For an object that the runtime keeps.
+    static void LeaveOut() noexcept { --fLive; }
 
 private:
-    std::atomic<unsigned long> fCount = 0;
+    static inline std::atomic<unsigned long> fLive = 0;
 };
 
 } // namespace bibrt

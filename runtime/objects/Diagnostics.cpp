@@ -1,42 +1,47 @@
 #include "runtime/objects/Diagnostics.h"
 
-#include "runtime/objects/Atoms.h"
 #include "runtime/objects/Container.h"
 #include "runtime/objects/Errors.h"
-#include "runtime/objects/Memory.h"
+#include "runtime/objects/FailureHooks.h"
 #include "runtime/objects/SharedBuffers.h"
-#include "runtime/streams/Streams.h"
 
 namespace bibrt {
 
 LiveCounts CountLive() noexcept {
     return {
-        .fContainers = CountLiveContainers(),
+        .fContainers = BIBContainer::CountLive(),
         .fBlocks = CountLiveBlocks(),
         .fAtoms = CountLiveAtoms(),
-        .fErrors = CountLiveErrors(),
-        .fSharedBuffers = CountLiveBuffers()};
+        .fErrors = BIBError::CountLive(),
+        .fSharedBuffers = BIBSharedBuffer::CountLive()};
 }
 
+#ifdef PDFSETTINGS_FAILURE_HOOKS
+
+constinit FailurePoint gAllocationPoint;
+constinit FailurePoint gStreamPoint;
+
 unsigned long CountAllocations() noexcept {
-    return AllocationPoint().Count();
+    return gAllocationPoint.Count();
 }
 
 unsigned long CountStreamOperations() noexcept {
-    return StreamPoint().Count();
+    return gStreamPoint.Count();
 }
 
 void FailAllocation(unsigned long n, bool andAllLater) noexcept {
-    AllocationPoint().Arm(n, andAllLater);
+    gAllocationPoint.Arm(n, andAllLater);
 }
 
 void FailStreamOperation(unsigned long n, bool andAllLater) noexcept {
-    StreamPoint().Arm(n, andAllLater);
+    gStreamPoint.Arm(n, andAllLater);
 }
 
 void ResetFailures() noexcept {
-    AllocationPoint().Disarm();
-    StreamPoint().Disarm();
+    gAllocationPoint.Disarm();
+    gStreamPoint.Disarm();
 }
+
+#endif
 
 } // namespace bibrt

@@ -23,6 +23,8 @@ struct LiveCounts {
 // The things that are alive now.
 BIBRT_EXPORT LiveCounts CountLive() noexcept;
 
+// All that follows exists in builds with PDFSETTINGS_FAILURE_HOOKS only.
+
 // The allocations and the stream operations that were attempted so far, failed ones among them.
 BIBRT_EXPORT unsigned long CountAllocations() noexcept;
 BIBRT_EXPORT unsigned long CountStreamOperations() noexcept;

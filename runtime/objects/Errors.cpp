@@ -11,8 +11,6 @@ namespace {
 
 constexpr char const* kComponent = "BIB";
 
-constinit Counter gLiveErrors;
-
 // Set at the start, before any row can be reached, and never freed.
 BIBError* gUnknownError = nullptr;
 BIBError* gMemoryError = nullptr;
@@ -24,8 +22,7 @@ void MakeCoreError(BIBError*& slot, char const* message, BRVErrorID id) {
     BIBStringAtom* const text = AtomOfText(InternForever(message));
     BIBStringAtom* const component = AtomOfText(InternForever(kComponent));
     slot = new BIBError(AtomRef(text), AtomRef(component), id);
-    slot->fIsImmortal = true;
-    gLiveErrors.Down();
+    slot->MakeImmortal();
 }
 
 BIBError* MakeError(char const* message, char const* component, long id) {
@@ -60,7 +57,7 @@ BIBError* GetCoreError(BRVErrorID id) {
 
 BIBError* AddRef(BIBError* error) {
     if (error && !error->fIsImmortal) {
-        error->fRefs.fetch_add(1, std::memory_order_relaxed);
+        ++error->fRefs;
     }
     return error;
 }
@@ -100,10 +97,7 @@ BIBError* BadArgument() noexcept {
 }
 
 void ReleaseError(BIBError* error) noexcept {
-    if (!error || error->fIsImmortal) {
-        return;
-    }
-    if (error->fRefs.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+    if (error && !error->fIsImmortal && --error->fRefs == 0) {
         DeleteObject(error);
     }
 }
@@ -113,23 +107,11 @@ void StartErrors() {
     MakeCoreError(gMemoryError, "out of memory", kBRVMemoryError);
 }
 
-unsigned long CountLiveErrors() noexcept {
-    return gLiveErrors.Get();
-}
-
 BIBRT_DEFINE_TABLE(
     ErrorTable, "BIBErrorInterface", _t_BIBErrorInterface, BIB_ERROR_INTERFACE_ROWS, 8)
 
 } // namespace bibrt
 
-BIBError::BIBError(bibrt::AtomRef message, bibrt::AtomRef component, long id) noexcept
-    : fMessage(std::move(message)),
-      fComponent(std::move(component)),
-      fID(id) {
-    bibrt::gLiveErrors.Up();
-}
-
 BIBError::~BIBError() {
     bibrt::CallDeleteProc(fInfoFreeProc, fInfo);
-    bibrt::gLiveErrors.Down();
 }

@@ -5,15 +5,25 @@
 
 #include "api/BIBErrorInterface.h"
 #include "runtime/objects/Atoms.h"
+#include "runtime/objects/Counting.h"
 
 // A counted error. Core errors live as long as the process and are not counted.
-struct BIBError {
-    BIBError(bibrt::AtomRef message, bibrt::AtomRef component, long id) noexcept;
+struct BIBError : bibrt::Counted<BIBError> {
+    BIBError(bibrt::AtomRef message, bibrt::AtomRef component, long id) noexcept
+        : fMessage(std::move(message)),
+          fComponent(std::move(component)),
+          fID(id) {}
     BIBError(BIBError const&) = delete;
     BIBError& operator=(BIBError const&) = delete;
     ~BIBError();
 
-    std::atomic<long> fRefs{1};
+    // The runtime keeps it from now on.
+    void MakeImmortal() noexcept {
+        fIsImmortal = true;
+        LeaveOut();
+    }
+
+    std::atomic<long> fRefs = 1;
     bibrt::AtomRef fMessage;
     bibrt::AtomRef fComponent;
     long fID;
@@ -39,8 +49,5 @@ void ReleaseError(BIBError* error) noexcept;
 
 // Makes the core errors. Throws std::bad_alloc; may be called again then.
 void StartErrors();
-
-// The errors that callers hold.
-unsigned long CountLiveErrors() noexcept;
 
 } // namespace bibrt

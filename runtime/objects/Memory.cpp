@@ -1,8 +1,10 @@
 #include "runtime/objects/Memory.h"
 
 #include "api/BIBMemoryInterface.h"
+#include "runtime/objects/FailureHooks.h"
 #include "runtime/objects/Tables.h"
 
+#include <atomic>
 #include <cstdlib>
 
 namespace bibrt {
@@ -16,71 +18,40 @@ struct alignas(std::max_align_t) BlockHeader {
 // Sanitized allocators stop the program for sizes from twice this on instead of giving null.
 constexpr std::size_t kMaxBlock = std::size_t(1) << 39;
 
-// Attempts that left no live block behind, and live blocks that were freed. Together with the count
-// of attempts this gives the live ones at the price of one addition for each.
-constinit Counter gEnded;
-
-constinit FailurePoint gAllocationPoint;
-
-void CountEnd() noexcept {
-    gEnded.Up();
-}
+constinit std::atomic<unsigned long> gLiveBlocks = 0;
 
 BlockHeader* HeaderOf(void* block) noexcept {
     return static_cast<BlockHeader*>(block) - 1;
 }
 
-bool MayAlloc(std::size_t size) noexcept {
-    return !gAllocationPoint.Attempt() && size <= kMaxBlock;
-}
-
-// A block with its header, or null.
-void* NewBlock(std::size_t size) noexcept {
-    std::size_t const whole = size + sizeof(BlockHeader);
-    void* const raw = std::malloc(whole);
-    return raw ? new (raw) BlockHeader{size} + 1 : nullptr;
-}
-
-void* ResizeBlock(void* block, std::size_t size) noexcept {
-    void* const raw = std::realloc(HeaderOf(block), size + sizeof(BlockHeader));
+// The header null stands for a new block.
+void* ResizeBlock(BlockHeader* header, std::size_t size) noexcept {
+    if (gAllocationPoint.Attempt() || size > kMaxBlock) {
+        return nullptr;
+    }
+    void* const raw = std::realloc(header, sizeof(BlockHeader) + size);
     return raw ? new (raw) BlockHeader{size} + 1 : nullptr;
 }
 
 } // namespace
 
 void* AllocBlock(std::size_t size) noexcept {
-    void* const block = MayAlloc(size) ? NewBlock(size) : nullptr;
-    if (!block) {
-        CountEnd();
+    void* const block = ResizeBlock(nullptr, size);
+    if (block) {
+        ++gLiveBlocks;
     }
     return block;
 }
 
-void* AllocResident(std::size_t size) noexcept {
-    bool const may = MayAlloc(size);
-    CountEnd();
-    return may ? std::malloc(size) : nullptr;
-}
-
-void FreeResident(void* block) noexcept {
-    std::free(block);
-}
-
 void* ReallocBlock(void* block, std::size_t size) noexcept {
-    if (!block) {
-        return AllocBlock(size);
-    }
-    bool const may = MayAlloc(size);
-    CountEnd();
-    return may ? ResizeBlock(block, size) : nullptr;
+    return block ? ResizeBlock(HeaderOf(block), size) : AllocBlock(size);
 }
 
 void FreeBlock(void* block) noexcept {
-    if (!block) {
-        return;
+    if (block) {
+        --gLiveBlocks;
+        std::free(HeaderOf(block));
     }
-    CountEnd();
-    std::free(HeaderOf(block));
 }
 
 std::size_t BlockSize(void const* block) noexcept {
@@ -88,15 +59,13 @@ std::size_t BlockSize(void const* block) noexcept {
 }
 
 unsigned long CountLiveBlocks() noexcept {
-    // The ends are read first: a block that ends in between then counts as live, never as less than
-    // none.
-    unsigned long const ended = gEnded.Get();
-    unsigned long const attempts = gAllocationPoint.Count();
-    return attempts > ended ? attempts - ended : 0;
+    return gLiveBlocks;
 }
 
-FailurePoint& AllocationPoint() noexcept {
-    return gAllocationPoint;
+void ExpectMemory() {
+    if (gAllocationPoint.Attempt()) {
+        throw std::bad_alloc();
+    }
 }
 
 namespace {

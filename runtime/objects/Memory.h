@@ -1,6 +1,8 @@
-// The one allocator of the runtime: everything that it makes for callers and for its own tables.
-// Blocks of callers carry their size in front and count as live. Resident blocks, which hold what
-// the runtime keeps until the process ends, do neither. Thread safe.
+// The one allocator of the runtime, for all that it makes for callers. Blocks carry their size in
+// front and are counted. Thread safe.
+//
+// The tables that the runtime keeps until the process ends use the standard allocator and call
+// ExpectMemory, so that no caller's count shows them.
 #pragma once
 
 #include <cstddef>
@@ -9,8 +11,6 @@
 #include <string>
 #include <utility>
 #include <vector>
-
-#include "runtime/objects/FailurePoint.h"
 
 namespace bibrt {
 
@@ -28,73 +28,40 @@ void FreeBlock(void* block) noexcept;
 // The size that was asked for; 0 for null.
 std::size_t BlockSize(void const* block) noexcept;
 
-// The same for resident blocks, each known by its first byte: so leak checkers see that they are
-// held.
-void* AllocResident(std::size_t size) noexcept;
-void FreeResident(void* block) noexcept;
-
-// The blocks that count as live.
+// The blocks that are there.
 unsigned long CountLiveBlocks() noexcept;
 
-// Where allocations are counted and made to fail.
-FailurePoint& AllocationPoint() noexcept;
-
-// Whose a block is.
-enum class BlockUse { kCaller, kResident };
+// Counts as an allocation. Throws std::bad_alloc when it is to fail on demand.
+void ExpectMemory();
 
 // Gives standard containers the allocator. Throws std::bad_alloc.
-template <class T, BlockUse kUse>
-class TrackedAllocator {
-public:
-    using value_type = T;
-    template <class U>
-    struct rebind {
-        using other = TrackedAllocator<U, kUse>;
-    };
-
-    TrackedAllocator() noexcept = default;
-    template <class U>
-    TrackedAllocator(TrackedAllocator<U, kUse> const&) noexcept {}
-
+template <class T>
+struct CallerAllocator {
     // NOLINTBEGIN(readability-identifier-naming, bugprone-sizeof-expression): the standard's names,
     // and any type, pointers among them.
+    using value_type = T;
+
+    CallerAllocator() noexcept = default;
+    template <class U>
+    CallerAllocator(CallerAllocator<U> const&) noexcept {}
+
     T* allocate(std::size_t count) {
         void* const block =
-            count <= std::size_t(-1) / sizeof(T) ? Alloc(count * sizeof(T)) : nullptr;
+            count <= std::size_t(-1) / sizeof(T) ? AllocBlock(count * sizeof(T)) : nullptr;
         if (!block) {
             throw std::bad_alloc();
         }
         return static_cast<T*>(block);
     }
-    void deallocate(T* block, std::size_t /*count*/) noexcept {
-        kUse == BlockUse::kCaller ? FreeBlock(block) : FreeResident(block);
-    }
+    void deallocate(T* block, std::size_t /*count*/) noexcept { FreeBlock(block); }
     // NOLINTEND(readability-identifier-naming, bugprone-sizeof-expression)
 
-    friend bool operator==(TrackedAllocator const&, TrackedAllocator const&) noexcept {
-        return true;
-    }
-
-private:
-    static void* Alloc(std::size_t size) noexcept {
-        return kUse == BlockUse::kCaller ? AllocBlock(size) : AllocResident(size);
-    }
+    friend bool operator==(CallerAllocator const&, CallerAllocator const&) noexcept { return true; }
 };
 
 template <class T>
-using CallerAllocator = TrackedAllocator<T, BlockUse::kCaller>;
-template <class T>
-using ResidentAllocator = TrackedAllocator<T, BlockUse::kResident>;
-
-// What belongs to a caller's object.
-template <class T>
 using Vector = std::vector<T, CallerAllocator<T>>;
 using String = std::basic_string<char, std::char_traits<char>, CallerAllocator<char>>;
-
-// What belongs to the runtime's own tables.
-template <class T>
-using ResidentVector = std::vector<T, ResidentAllocator<T>>;
-using ResidentString = std::basic_string<char, std::char_traits<char>, ResidentAllocator<char>>;
 
 struct FreeBlockDeleter {
     void operator()(void* block) const noexcept { FreeBlock(block); }

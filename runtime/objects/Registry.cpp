@@ -4,6 +4,8 @@
 #include <cstring>
 #include <mutex>
 
+#include "runtime/objects/Memory.h"
+
 namespace bibrt {
 
 Registry& Registry::The() {
@@ -16,7 +18,11 @@ bool Registry::Add(ProcName const& name, void* proc) {
     if (FindLocked(name)) {
         return false;
     }
-    fProcs.emplace(Key(name), proc);
+    ExpectMemory();
+    fProcs.emplace(
+        ProcNames{
+            std::string(name.fInterface), std::string(name.fName), std::string(name.fProcType)},
+        proc);
     return true;
 }
 
@@ -98,6 +104,7 @@ Registry::ParentResult Registry::SetParent(std::string_view signature, std::stri
             return ParentResult::kCircle;
         }
     } while (ParentLocked(ancestor, ancestor));
+    ExpectMemory();
     fParents.emplace(signature, parent);
     return ParentResult::kDone;
 }

@@ -3,25 +3,29 @@
 
 #include <map>
 #include <shared_mutex>
+#include <string>
 #include <string_view>
 #include <tuple>
 
-#include "runtime/objects/Memory.h"
 #include "runtime/objects/Tables.h"
 
 namespace bibrt {
 
 // The names of a procedure; null texts are left to the callers to refuse.
-struct ProcName {
-    std::string_view fInterface;
-    std::string_view fName;
-    std::string_view fProcType;
+template <class Text>
+struct ProcNames {
+    Text fInterface;
+    Text fName;
+    Text fProcType;
 
-    friend bool operator<(ProcName const& a, ProcName const& b) noexcept {
-        return std::tie(a.fInterface, a.fName, a.fProcType) <
-               std::tie(b.fInterface, b.fName, b.fProcType);
-    }
+    auto Tie() const noexcept { return std::tie(fInterface, fName, fProcType); }
 };
+using ProcName = ProcNames<std::string_view>;
+
+template <class A, class B>
+bool operator<(ProcNames<A> const& a, ProcNames<B> const& b) noexcept {
+    return a.Tie() < b.Tie();
+}
 
 // Thread safe. There is one, which is never destroyed.
 class Registry {
@@ -57,31 +61,13 @@ public:
     unsigned long* CounterAddress() noexcept { return &fUnregisterCount; }
 
 private:
-    struct Key {
-        explicit Key(ProcName const& name)
-            : fInterface(name.fInterface),
-              fName(name.fName),
-              fProcType(name.fProcType) {}
-        operator ProcName() const noexcept { return {fInterface, fName, fProcType}; }
-
-        ResidentString fInterface;
-        ResidentString fName;
-        ResidentString fProcType;
-    };
-    struct Less {
-        using is_transparent = void;
-        bool operator()(ProcName const& a, ProcName const& b) const noexcept { return a < b; }
-    };
-    template <class K, class V, class Compare>
-    using Map = std::map<K, V, Compare, ResidentAllocator<std::pair<K const, V>>>;
-
     void* FindLocked(ProcName const& name) const noexcept;
     void* FindMethodLocked(ProcName name) const noexcept;
     bool ParentLocked(std::string_view signature, std::string_view& parent) const noexcept;
 
     mutable std::shared_mutex fLock;
-    Map<Key, void*, Less> fProcs;
-    Map<ResidentString, ResidentString, std::less<>> fParents;
+    std::map<ProcNames<std::string>, void*, std::less<>> fProcs;
+    std::map<std::string, std::string, std::less<>> fParents;
     unsigned long fUnregisterCount = 1;
 };
 

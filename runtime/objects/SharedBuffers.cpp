@@ -2,15 +2,12 @@
 
 #include "runtime/objects/Boundary.h"
 #include "runtime/objects/Container.h"
-#include "runtime/objects/Counting.h"
 #include "runtime/objects/Memory.h"
 #include "runtime/objects/Tables.h"
 
 namespace bibrt {
 
 namespace {
-
-constinit Counter gLiveBuffers;
 
 BIBSharedBuffer* NewBuffer(
     unsigned long size,
@@ -29,12 +26,8 @@ BIBSharedBuffer* NewBuffer(
 }
 
 int DeleteUnowned(BIBSharedBuffer* buffer) {
-    if (!buffer) {
-        return 0;
-    }
     long only = 1;
-    std::atomic_ref const refs(buffer->fRefs);
-    if (!refs.compare_exchange_strong(only, 0, std::memory_order_acq_rel)) {
+    if (!buffer || !buffer->fRefs.compare_exchange_strong(only, 0)) {
         return 0;
     }
     DeleteObject(buffer);
@@ -61,18 +54,14 @@ unsigned long GetSize(BIBSharedBuffer* buffer) {
 
 void AddBufferRef(BIBSharedBuffer* buffer) noexcept {
     if (buffer) {
-        std::atomic_ref(buffer->fRefs).fetch_add(1, std::memory_order_relaxed);
+        ++buffer->fRefs;
     }
 }
 
 void ReleaseBuffer(BIBSharedBuffer* buffer) noexcept {
-    if (buffer && TakeOne(std::atomic_ref(buffer->fRefs)) == 1) {
+    if (buffer && --buffer->fRefs == 0) {
         DeleteObject(buffer);
     }
-}
-
-unsigned long CountLiveBuffers() noexcept {
-    return gLiveBuffers.Get();
 }
 
 BIBRT_DEFINE_TABLE(
@@ -84,15 +73,6 @@ BIBRT_DEFINE_TABLE(
 
 } // namespace bibrt
 
-BIBSharedBuffer::BIBSharedBuffer(
-    void* block, unsigned long size, void (*deleteProc)(void*)) noexcept
-    : fData(block ? block : this + 1),
-      fSize(size),
-      fDeleteProc(deleteProc) {
-    bibrt::gLiveBuffers.Up();
-}
-
 BIBSharedBuffer::~BIBSharedBuffer() {
     bibrt::CallDeleteProc(fDeleteProc, fData);
-    bibrt::gLiveBuffers.Down();
 }

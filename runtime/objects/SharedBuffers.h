@@ -5,16 +5,20 @@
 #include <cstddef>
 
 #include "api/BIBSharedBuffInterface.h"
+#include "runtime/objects/Counting.h"
 
 // A buffer whose bytes stand behind the structure or in a block that was taken over.
-struct alignas(std::max_align_t) BIBSharedBuffer {
-    BIBSharedBuffer(void* block, unsigned long size, void (*deleteProc)(void*)) noexcept;
+struct alignas(std::max_align_t) BIBSharedBuffer : bibrt::Counted<BIBSharedBuffer> {
+    BIBSharedBuffer(void* block, unsigned long size, void (*deleteProc)(void*)) noexcept
+        : fData(block ? block : this + 1),
+          fSize(size),
+          fDeleteProc(deleteProc) {}
     BIBSharedBuffer(BIBSharedBuffer const&) = delete;
     BIBSharedBuffer& operator=(BIBSharedBuffer const&) = delete;
     ~BIBSharedBuffer();
 
-    long fRefs = 1; // atomic
-    void* fData;    // never null
+    std::atomic<long> fRefs = 1;
+    void* fData; // never null
     unsigned long fSize;
     void (*fDeleteProc)(void*); // null: nothing is called on the bytes
 };
@@ -24,8 +28,5 @@ namespace bibrt {
 // Adds a reference, gives one up. Both accept null.
 void AddBufferRef(BIBSharedBuffer* buffer) noexcept;
 void ReleaseBuffer(BIBSharedBuffer* buffer) noexcept;
-
-// The buffers that somebody holds.
-unsigned long CountLiveBuffers() noexcept;
 
 } // namespace bibrt

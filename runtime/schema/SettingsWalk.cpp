@@ -32,7 +32,7 @@ std::string_view MessageIn(BIBSharedBuffer const& buffer) noexcept {
 }
 
 std::string_view TextIn(BIBStringAtom const* atom) noexcept {
-    return {atom->Text(), atom->fLength};
+    return atom->fText;
 }
 
 } // namespace
@@ -201,7 +201,7 @@ String SettingsWalk::Path() const {
     std::size_t step = frames.size();
     for (std::size_t length = 0; step > 0 && length <= kMaxPathLength + 1;) {
         --step;
-        length += 1 + (frames[step].fElement ? 1 : frames[step].fKey->fLength);
+        length += 1 + (frames[step].fElement ? 1 : frames[step].fKey->fText.size());
     }
     String path(PathEnd(frames.empty() ? fPath : fPathInside));
     for (; step < frames.size(); ++step) {

@@ -37,7 +37,7 @@ POSValidator::POSValidator(bibrt::Ref<POSDict> schema) noexcept
 
 void POSValidator::SetCheck(BIBStringAtom* name, bibrt::Check const& check) {
     auto const found = std::find_if(fChecks.begin(), fChecks.end(), [&](NamedCheck const& entry) {
-        return entry.fName.Get() == name;
+        return entry.fName == name;
     });
     if (found != fChecks.end()) {
         found->fCheck = check;
@@ -48,7 +48,7 @@ void POSValidator::SetCheck(BIBStringAtom* name, bibrt::Check const& check) {
 
 bibrt::Check POSValidator::FindCheck(BIBStringAtom const* name) const noexcept {
     auto const found = std::find_if(fChecks.begin(), fChecks.end(), [&](NamedCheck const& entry) {
-        return entry.fName.Get() == name;
+        return entry.fName == name;
     });
     return found != fChecks.end() ? found->fCheck : bibrt::Check();
 }

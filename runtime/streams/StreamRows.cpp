@@ -3,6 +3,7 @@
 #include "api/BIBDataInterface.h"
 #include "api/BIBStreamInterface.h"
 #include "runtime/objects/Boundary.h"
+#include "runtime/objects/FailureHooks.h"
 #include "runtime/objects/Tables.h"
 #include "runtime/streams/Streams.h"
 
@@ -21,7 +22,7 @@ BIBError* AtStreamRow(BIBSimpleStream* self, bool areArgumentsGood, Work work) {
     if (!IsStream(self) || !areArgumentsGood) {
         return BadArgument();
     }
-    if (StreamPoint().Attempt()) {
+    if (gStreamPoint.Attempt()) {
         return Failure("stream operation failed");
     }
     return AtStatusRow([&] { return work(*self->fBody); });

@@ -30,8 +30,6 @@ namespace {
 constexpr std::size_t kBlockSize = 4096;
 constexpr unsigned long kMaxPosition = std::numeric_limits<long>::max();
 
-constinit FailurePoint gStreamPoint;
-
 // The target of a seek by offset from base, or an error. length is where the data end.
 BIBError* FindTarget(unsigned long base, long offset, unsigned long length, unsigned long& target) {
     // The magnitude by way of unsigned arithmetic, which has one for the least number too.
@@ -140,10 +138,6 @@ BIBPositionableStream* MakeSourceStream(SourcePtr source) {
 
 bool IsStream(BIBContainer const* container) noexcept {
     return container && container->fType->fDestroy == &DestroyAs<BIBPositionableStream>;
-}
-
-FailurePoint& StreamPoint() noexcept {
-    return gStreamPoint;
 }
 
 } // namespace bibrt

@@ -81,7 +81,4 @@ BodyPtr MakeBody(Args&&... args) {
     return BodyPtr(NewObject<Body>(std::forward<Args>(args)...));
 }
 
-// Where stream operations are counted and made to fail.
-FailurePoint& StreamPoint() noexcept;
-
 } // namespace bibrt
