@@ -118,12 +118,15 @@ public:
     Ref(Ref&& other) noexcept : fContainer(std::exchange(other.fContainer, nullptr)) {}
     Ref(Ref const&) = delete;
     Ref& operator=(Ref const&) = delete;
-    Ref& operator=(Ref&&) = delete;
+    Ref& operator=(Ref&& other) noexcept {
+        std::swap(fContainer, other.fContainer);
+        return *this;
+    }
     ~Ref() { ReleaseContainer(fContainer); }
 
     T* Get() const noexcept { return fContainer; }
+    operator T*() const noexcept { return fContainer; }
     T* operator->() const noexcept { return fContainer; }
-    explicit operator bool() const noexcept { return fContainer != nullptr; }
     // Hands the reference to the caller.
     T* Release() noexcept { return std::exchange(fContainer, nullptr); }
 

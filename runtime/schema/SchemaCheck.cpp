@@ -103,7 +103,7 @@ private:
 };
 
 void SchemaCheck::Run() {
-    ForEachEntry(*fValidator.fSchema.Get(), [this](DictEntry const& entry) {
+    ForEachEntry(*fValidator.fSchema, [this](DictEntry const& entry) {
         PathStep const step(fPath, entry.fKey->Text());
         CheckStructure(entry);
     });
@@ -200,7 +200,7 @@ void SchemaCheck::CheckReach() {
         return;
     }
     AtomSet const reached = FindReached(main);
-    ForEachEntry(*fValidator.fSchema.Get(), [&](DictEntry const& entry) {
+    ForEachEntry(*fValidator.fSchema, [&](DictEntry const& entry) {
         bool const isStructure =
             fValidator.FindStructure(entry.fKey) && !IsKindName(entry.fKey->Text());
         if (isStructure && reached.count(entry.fKey) == 0) {
@@ -221,7 +221,7 @@ BIBStringAtom const* SchemaCheck::FindMain() const noexcept {
     do {
         entry = fValidator.fSchema->fEntries.Next(position);
     } while (entry && !fValidator.FindStructure(entry->fKey));
-    return entry ? entry->fKey : nullptr;
+    return entry ? entry->fKey.Get() : nullptr;
 }
 
 AtomSet SchemaCheck::FindReached(BIBStringAtom const* main) const {

@@ -2,150 +2,97 @@
 
 #include <algorithm>
 #include <bit>
-#include <limits>
-#include <stdexcept>
+#include <cstdint>
 
 namespace bibrt {
 
 namespace {
 
-constexpr std::size_t kFewEntries = 8;
-constexpr std::size_t kManyEntries = 128;
-
-// Positions must fit an index slot.
-constexpr std::size_t kMaxEntries = std::numeric_limits<std::uint32_t>::max() - 1;
-
-std::size_t WithSpare(std::size_t count) noexcept {
-    return count + count / 3 + 1;
-}
+constexpr std::size_t kFirstCapacity = 8;
 
 } // namespace
 
-DictStorage::~DictStorage() {
-    for (DictEntry const& entry : fEntries) {
-        if (entry.fKey) {
-            ReleaseAtom(entry.fKey);
-            ReleaseContainer(entry.fValue);
+std::size_t DictStorage::SlotOf(BIBStringAtom const* key) const noexcept {
+    // The high bits of the product depend on all bits of the address.
+    auto const product = reinterpret_cast<std::uintptr_t>(key) * 0x9E3779B97F4A7C15u;
+    std::size_t slot = product >> 32;
+    for (;; ++slot) {
+        slot &= fIndex.size() - 1;
+        if (fIndex[slot] == 0 || fEntries[fIndex[slot] - 1].fKey == key) {
+            return slot;
         }
     }
 }
 
-std::size_t DictStorage::FirstSlot(BIBStringAtom const* key) const noexcept {
-    // The high bits of the product depend on all bits of the address.
-    auto const product = reinterpret_cast<std::uintptr_t>(key) * 0x9E3779B97F4A7C15u;
-    return (product >> 32) & (fIndex.size() - 1);
-}
-
 std::size_t DictStorage::Find(BIBStringAtom const* key) const noexcept {
-    if (fIndex.empty()) {
-        auto const found =
-            std::find_if(fEntries.begin(), fEntries.end(), [key](DictEntry const& entry) {
-                return entry.fKey == key;
-            });
-        return found == fEntries.end() ? kNone : static_cast<std::size_t>(found - fEntries.begin());
-    }
-    std::size_t slot = FirstSlot(key);
-    while (fIndex[slot] != 0 && fEntries[fIndex[slot] - 1].fKey != key) {
-        slot = (slot + 1) & (fIndex.size() - 1);
-    }
-    return fIndex[slot] == 0 ? kNone : fIndex[slot] - 1;
+    return key && fCount != 0 ? fIndex[SlotOf(key)] : 0;
 }
 
 POSObject* DictStorage::Get(BIBStringAtom const* key) const noexcept {
-    std::size_t const position = key ? Find(key) : kNone;
-    return position == kNone ? nullptr : fEntries[position].fValue;
+    std::size_t const found = Find(key);
+    return found == 0 ? nullptr : fEntries[found - 1].fValue.Get();
 }
 
 void DictStorage::Put(BIBStringAtom* key, Ref<POSObject>& value) {
-    std::size_t const position = Find(key);
-    if (position == kNone) {
-        Append(key, value);
+    if (std::size_t const found = Find(key)) {
+        // The caller releases the old one last of all: that may come back to this dictionary.
+        std::swap(fEntries[found - 1].fValue, value);
         return;
     }
-    POSObject* const old = std::exchange(fEntries[position].fValue, value.Release());
-    // Last of all: what the release calls may come back to this dictionary.
-    ReleaseContainer(old);
-}
-
-void DictStorage::Append(BIBStringAtom* key, Ref<POSObject>& value) {
     Reserve(fCount + 1);
     if (fEntries.size() == fEntries.capacity()) {
         CloseGaps();
     }
-    AddAtomRef(key);
-    fEntries.push_back({key, value.Release(), ++fLastNumber});
+    fIndex[SlotOf(key)] = fEntries.size() + 1;
+    fEntries.push_back({std::move(value), AtomRef::Share(key), ++fLastNumber});
     ++fCount;
-    if (!fIndex.empty()) {
-        AddToIndex(fEntries.size() - 1);
-    }
-}
-
-void DictStorage::Reserve(std::size_t count) {
-    std::size_t const wanted = WithSpare(count);
-    if (wanted <= fEntries.capacity()) {
-        return;
-    }
-    if (wanted > kMaxEntries) {
-        throw std::length_error("too many keys");
-    }
-    // Settings have about a hundred keys: to get there takes few steps.
-    std::size_t const growth = fEntries.capacity() < kManyEntries ? 4 : 2;
-    std::size_t const capacity = std::max({wanted, fEntries.capacity() * growth, kFewEntries});
-    if (capacity > kFewEntries) {
-        // Gaps keep their slots until they are closed: half of the slots stay free at the worst.
-        Vector<std::uint32_t> index(std::bit_ceil(capacity * 2));
-        fEntries.reserve(capacity);
-        fIndex.swap(index);
-        FillIndex();
-    } else {
-        fEntries.reserve(capacity);
-    }
 }
 
 bool DictStorage::Remove(BIBStringAtom const* key) noexcept {
-    std::size_t const position = key ? Find(key) : kNone;
-    if (position == kNone) {
+    std::size_t const found = Find(key);
+    if (found == 0) {
         return false;
     }
-    DictEntry& entry = fEntries[position];
-    AtomRef const oldKey(std::exchange(entry.fKey, nullptr));
-    POSObject* const old = std::exchange(entry.fValue, nullptr);
+    // Released last of all: that may come back to this dictionary.
+    AtomRef const oldKey(std::move(fEntries[found - 1].fKey));
+    Ref const oldValue(std::move(fEntries[found - 1].fValue));
     --fCount;
     while (fFirst < fEntries.size() && !fEntries[fFirst].fKey) {
         ++fFirst;
     }
-    if (fEntries.size() > kFewEntries && fEntries.size() - fCount > fEntries.size() / 2) {
+    if (fEntries.size() > kFirstCapacity && fCount < fEntries.size() / 2) {
         CloseGaps();
     }
-    // Last of all: what the release calls may come back to this dictionary.
-    ReleaseContainer(old);
     return true;
+}
+
+void DictStorage::Reserve(std::size_t count) {
+    std::size_t const wanted = count + count / 3 + 1;
+    if (wanted <= fEntries.capacity()) {
+        return;
+    }
+    std::size_t const capacity = std::max({wanted, fEntries.capacity() * 2, kFirstCapacity});
+    // Gaps keep their slots until they are closed: half of the slots stay free at the worst.
+    Vector<std::size_t> index(std::bit_ceil(capacity * 2));
+    fEntries.reserve(capacity);
+    fIndex.swap(index);
+    FillIndex();
 }
 
 void DictStorage::CloseGaps() noexcept {
     std::erase_if(fEntries, [](DictEntry const& entry) { return !entry.fKey; });
     fFirst = 0;
+    std::ranges::fill(fIndex, 0U);
     FillIndex();
 }
 
+// REQUIRES: every slot is free.
 void DictStorage::FillIndex() noexcept {
-    if (fIndex.empty()) {
-        return;
-    }
-    std::fill(fIndex.begin(), fIndex.end(), 0U);
     for (std::size_t position = 0; position < fEntries.size(); ++position) {
-        if (fEntries[position].fKey) {
-            AddToIndex(position);
+        if (BIBStringAtom const* const key = fEntries[position].fKey) {
+            fIndex[SlotOf(key)] = position + 1;
         }
     }
-}
-
-void DictStorage::AddToIndex(std::size_t position) noexcept {
-    std::size_t slot = FirstSlot(fEntries[position].fKey);
-    while (fIndex[slot] != 0) {
-        slot = (slot + 1) & (fIndex.size() - 1);
-    }
-    fIndex[slot] = static_cast<std::uint32_t>(position + 1);
 }
 
 DictEntry const* DictStorage::Next(std::size_t& position) const noexcept {
@@ -159,18 +106,9 @@ DictEntry const* DictStorage::Next(std::size_t& position) const noexcept {
     return nullptr;
 }
 
-DictEntry const*
-DictStorage::NextAfter(unsigned long number, std::size_t& position) const noexcept {
-    bool const isInPlace =
-        position > 0 && position <= fEntries.size() && fEntries[position - 1].fNumber == number;
-    if (!isInPlace) {
-        auto const found = std::upper_bound(
-            fEntries.begin(),
-            fEntries.end(),
-            number,
-            [](unsigned long wanted, DictEntry const& entry) { return wanted < entry.fNumber; });
-        position = static_cast<std::size_t>(found - fEntries.begin());
-    }
+DictEntry const* DictStorage::NextAfter(unsigned long number) const noexcept {
+    auto const found = std::ranges::upper_bound(fEntries, number, {}, &DictEntry::fNumber);
+    auto position = static_cast<std::size_t>(found - fEntries.begin());
     return Next(position);
 }
 

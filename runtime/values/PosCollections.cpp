@@ -48,10 +48,8 @@ POSDict* MakeDict() {
 }
 
 bool AppendTo(POSArray& array, POSObject& value) noexcept {
-    return StoreIn(array, value, [&](Ref<POSObject>& ref) {
-        array.fItems.push_back(ref.Get());
-        ref.Release();
-    });
+    return StoreIn(
+        array, value, [&](Ref<POSObject>& ref) { array.fItems.push_back(std::move(ref)); });
 }
 
 bool PutInto(POSDict& dict, BIBStringAtom& key, POSObject& value) noexcept {
@@ -89,16 +87,6 @@ Child NextChild(POSObject& collection, std::size_t& position) noexcept {
     return position < items.size() ? Child{nullptr, items[position++]} : Child{};
 }
 
-} // namespace bibrt
-
-POSArray::~POSArray() {
-    for (POSObject* const item : fItems) {
-        bibrt::ReleaseContainer(item);
-    }
-}
-
-namespace bibrt {
-
 namespace {
 
 bool IsArray(POSObject const* object) noexcept {
@@ -118,7 +106,7 @@ long IsPOSArray(POSObject* object) {
 }
 
 POSObject* GetAt(POSArray* self, unsigned long index) {
-    return IsArray(self) && index < self->fItems.size() ? self->fItems[index] : nullptr;
+    return IsArray(self) && index < self->fItems.size() ? self->fItems[index].Get() : nullptr;
 }
 
 unsigned long Count(POSArray* self) {
@@ -134,8 +122,8 @@ long SetAt(POSArray* self, unsigned long index, POSObject* value) {
         self->fIsInvalid = true;
         return 0;
     }
-    // Last of all: what the release calls may come back to this array.
-    ReleaseContainer(std::exchange(self->fItems[index], ref.Release()));
+    // The old value goes last of all, with ref: what its release calls may come back to this array.
+    self->fItems[index] = std::move(ref);
     return 1;
 }
 
@@ -144,12 +132,12 @@ long Append(POSArray* self, POSObject* value) {
 }
 
 long Remove(POSArray* self, unsigned long index) {
-    POSObject* const old = GetAt(self, index);
-    if (!old) {
+    if (!GetAt(self, index)) {
         return 0;
     }
+    // Goes last of all, too.
+    Ref const old(std::move(self->fItems[index]));
     self->fItems.erase(self->fItems.begin() + static_cast<std::ptrdiff_t>(index));
-    ReleaseContainer(old);
     return 1;
 }
 
@@ -224,7 +212,6 @@ struct POSDictIterator : BIBContainer {
     bibrt::Ref<POSDict> fDict;
     bibrt::AtomRef fKey; // none before Begin and at the end
     unsigned long fNumber = 0;
-    std::size_t fPosition = 0; // a guess that saves the search for fNumber
     bool fIsAtEnd = false;
 };
 
@@ -241,7 +228,7 @@ bool IsCursor(POSDictIterator const* self) noexcept {
 
 void MoveTo(POSDictIterator& cursor, DictEntry const* entry) noexcept {
     cursor.fIsAtEnd = !entry;
-    cursor.fKey = AtomRef::Share(entry ? entry->fKey : nullptr);
+    cursor.fKey = AtomRef::Share(entry ? entry->fKey.Get() : nullptr);
     cursor.fNumber = entry ? entry->fNumber : cursor.fNumber;
 }
 
@@ -256,23 +243,22 @@ POSDictIterator* NewPOSDictIterator(POSDict* dict) {
 
 void Begin(POSDictIterator* self) {
     if (IsCursor(self)) {
-        self->fPosition = 0;
-        MoveTo(*self, self->fDict->fEntries.Next(self->fPosition));
+        MoveTo(*self, self->fDict->fEntries.NextAfter(0));
     }
 }
 
 void Next(POSDictIterator* self) {
     if (IsCursor(self) && !self->fIsAtEnd) {
-        MoveTo(*self, self->fDict->fEntries.NextAfter(self->fNumber, self->fPosition));
+        MoveTo(*self, self->fDict->fEntries.NextAfter(self->fNumber));
     }
 }
 
 long IsDone(POSDictIterator* self) {
-    return IsCursor(self) && self->fKey.Get() ? 0 : 1;
+    return IsCursor(self) && self->fKey ? 0 : 1;
 }
 
 char const* CurKey(POSDictIterator* self) {
-    return IsCursor(self) ? TextOf(self->fKey.Get()) : nullptr;
+    return IsCursor(self) ? TextOf(self->fKey) : nullptr;
 }
 
 } // namespace

@@ -6,11 +6,8 @@
 
 struct POSArray : POSObject {
     POSArray() noexcept : POSObject(bibrt::gArrayType) {}
-    POSArray(POSArray const&) = delete;
-    POSArray& operator=(POSArray const&) = delete;
-    ~POSArray();
 
-    bibrt::Vector<POSObject*> fItems; // each with a reference
+    bibrt::Vector<bibrt::Ref<POSObject>> fItems;
 };
 
 struct POSDict : POSObject {
