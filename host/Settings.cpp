@@ -1,14 +1,14 @@
 #include "pdfsettings/Settings.h"
 
 #include "host/detail/FilePath.h"
-#include "host/detail/NamespacePositions.h"
-#include "host/detail/ReportChannel.h"
 #include "host/detail/RuntimeValues.h"
 #include "host/detail/SettingsState.h"
 #include "host/save/FolderLock.h"
 #include "pdfsettings/Component.h"
 #include "pdfsettings/Error.h"
 
+#include <algorithm>
+#include <charconv>
 #include <filesystem>
 #include <optional>
 
@@ -18,7 +18,8 @@ namespace {
 
 using detail::Bindings;
 using detail::Ref;
-using detail::ReportedCall;
+using detail::Reported;
+using detail::Share;
 
 // Runs the component's writing of a file. It reports all failures of the file service by the same
 // word; the system's reason takes its place.
@@ -38,7 +39,7 @@ Ref<BIBPositionableStream> MakeStream(Bindings const& tables, std::string_view b
     detail::BufferRef const buffer = detail::MakeBuffer(tables, bytes);
     BIBPositionableStream* stream = nullptr;
     detail::ThrowIfError(tables, tables.streams.NewPositionableBufferStream(&stream, buffer.get()));
-    return detail::Share(tables, stream);
+    return Share(tables, stream);
 }
 
 // The component gives no error for a value that it cannot write, but one of these two texts.
@@ -59,21 +60,73 @@ std::string Absolute(std::string const& path) {
     return std::filesystem::absolute(path).string();
 }
 
-std::string TextOf(Dictionary const& record, char const* key) {
-    Value const* const value = record.Get(key);
-    auto const* const word = value == nullptr ? nullptr : value->If<Word>();
-    return word == nullptr ? std::string() : word->text;
+Ref<::PDFSettings>
+NewFromDict(Bindings const& tables, Dictionary const& values, std::string const& schema) {
+    Ref<POSDict> const dict = detail::BuildValues(tables, values);
+    char const* const schemaText = detail::WholeText(schema);
+    auto const make = tables.settings.NewFromDict;
+    return Share(tables, Reported("NewFromDict", make, dict.get(), schemaText));
 }
 
 std::vector<Finding> ReadFindings(Bindings const& tables, POSArray* errors) {
+    Ref<POSArray> const held = Share(tables, errors);
     std::vector<Finding> findings;
-    Array const records = detail::ReadValues(tables, errors);
-    for (std::size_t place = 0; place < records.Size(); ++place) {
-        if (auto const* const record = records[place].If<Dictionary>()) {
-            findings.push_back({TextOf(*record, "Key"), TextOf(*record, "ErrorMsg")});
-        }
+    for (Dictionary const& record : detail::ReadRecords(tables, errors)) {
+        findings.push_back(
+            {detail::FieldOf<Word>(record, "Key").text,
+             detail::FieldOf<Word>(record, "ErrorMsg").text});
     }
     return findings;
+}
+
+std::vector<Finding> Judge(Bindings const& tables, ::PDFSettings* settings) {
+    auto const judge = tables.settings.IsPDFSettingsValid;
+    return ReadFindings(tables, Reported("IsPDFSettingsValid", judge, settings));
+}
+
+constexpr char kNamespaces[] = "OtherNamespaces";
+constexpr std::string_view kBeforePosition = "OtherNamespaces/";
+
+// Which elements are judged is the component's knowledge: it is asked about each alone, by a schema
+// for which every element that is judged is one too many.
+std::vector<std::size_t> JudgedPositions(Bindings const& tables, Array const& namespaces) {
+    constexpr char kNoElement[] =
+        "< PDFSettings < optional < OtherNamespaces < type array count 0 > > > >";
+    std::vector<std::size_t> positions;
+    for (std::size_t position = 0; position < namespaces.Size(); ++position) {
+        Dictionary alone;
+        alone.Set(kNamespaces, Array::Of({namespaces[position]}));
+        if (!Judge(tables, NewFromDict(tables, alone, kNoElement).get()).empty()) {
+            positions.push_back(position);
+        }
+    }
+    return positions;
+}
+
+// The component leaves out the elements of OtherNamespaces that it does not judge before it counts
+// them. Makes the positions in findings those of settings, which were judged.
+void RestorePositions(
+    Bindings const& tables, Dictionary const& settings, std::vector<Finding>& findings) {
+    auto const isAboutElement = [](Finding const& finding) {
+        return finding.key.starts_with(kBeforePosition);
+    };
+    auto const* const namespaces = detail::As<Array>(settings.Get(kNamespaces));
+    if (namespaces == nullptr || std::ranges::none_of(findings, isAboutElement)) {
+        return;
+    }
+    auto const positions = JudgedPositions(tables, *namespaces);
+    for (Finding& finding : findings) {
+        if (isAboutElement(finding)) {
+            char const* const begin = finding.key.data() + kBeforePosition.size();
+            char const* const end = finding.key.data() + finding.key.size();
+            std::size_t position = positions.size();
+            char const* const rest = std::from_chars(begin, end, position).ptr;
+            if (position < positions.size()) {
+                finding.key = std::string(kBeforePosition) + std::to_string(positions[position]) +
+                              std::string(rest, end);
+            }
+        }
+    }
 }
 
 } // namespace
@@ -89,10 +142,8 @@ Settings::FromText(Component const& component, std::string_view text, std::strin
     Bindings const& tables = turn.Tables();
     Ref<BIBPositionableStream> const stream = MakeStream(tables, text);
     char const* const schemaText = detail::WholeText(schema);
-    Ref<::PDFSettings> made =
-        detail::Share(tables, ReportedCall("NewFromStream", [&] {
-                          return tables.settings.NewFromStream(stream.get(), schemaText);
-                      }));
+    auto const make = tables.settings.NewFromStream;
+    auto made = Share(tables, Reported("NewFromStream", make, stream.get(), schemaText));
     return Settings(std::make_unique<State>(component.fRunning, std::move(made)));
 }
 
@@ -110,32 +161,23 @@ Settings::FromFile(Component const& component, std::string const& path, std::str
 Settings Settings::FromValues(
     Component const& component, Dictionary const& values, std::string const& schema) {
     detail::Turn const turn(*component.fRunning);
-    Bindings const& tables = turn.Tables();
-    Ref<POSDict> const dict = detail::BuildValues(tables, values);
-    char const* const schemaText = detail::WholeText(schema);
-    Ref<::PDFSettings> made =
-        detail::Share(tables, ReportedCall("NewFromDict", [&] {
-                          return tables.settings.NewFromDict(dict.get(), schemaText);
-                      }));
+    auto made = NewFromDict(turn.Tables(), values, schema);
     return Settings(std::make_unique<State>(component.fRunning, std::move(made)));
 }
 
 Dictionary Settings::Values() const {
     detail::Turn const turn(*fState->fRunning);
     Bindings const& tables = turn.Tables();
-    Ref<POSDict> const dict = detail::Share(tables, ReportedCall("GetSettings", [&] {
-                                                return tables.settings.GetSettings(fState->Get());
-                                            }));
+    auto* const values = Reported("GetSettings", tables.settings.GetSettings, fState->Get());
+    Ref<POSDict> const dict = Share(tables, values);
     return detail::ReadValues(tables, dict.get());
 }
 
 std::string Settings::Text() const {
     detail::Turn const turn(*fState->fRunning);
     Bindings const& tables = turn.Tables();
-    Ref<BIBPositionableStream> const stream =
-        detail::Share(tables, ReportedCall("GetJobOptionsData", [&] {
-                          return tables.settings.GetJobOptionsData(fState->Get());
-                      }));
+    auto const write = tables.settings.GetJobOptionsData;
+    auto const stream = Share(tables, Reported("GetJobOptionsData", write, fState->Get()));
     std::string text = detail::ReadStream(tables, stream.get());
     if (IsTextOfAFailure(text)) {
         throw Error("a value of these settings has no form in a settings file");
@@ -189,13 +231,9 @@ SaveWarnings Settings::Write(std::string const& path) {
 std::vector<Finding> Settings::Validate() const {
     detail::Turn const turn(*fState->fRunning);
     Bindings const& tables = turn.Tables();
-    Ref<POSArray> const errors =
-        detail::Share(tables, ReportedCall("IsPDFSettingsValid", [&] {
-                          return tables.settings.IsPDFSettingsValid(fState->Get());
-                      }));
-    auto findings = ReadFindings(tables, errors.get());
+    auto findings = Judge(tables, fState->Get());
     if (!findings.empty()) {
-        detail::RestorePositions(tables, Values(), findings);
+        RestorePositions(tables, Values(), findings);
     }
     return findings;
 }
@@ -204,14 +242,11 @@ std::vector<Finding> Settings::Set(Dictionary const& changes) {
     detail::Turn const turn(*fState->fRunning);
     Bindings const& tables = turn.Tables();
     Ref<POSDict> const dict = detail::BuildValues(tables, changes);
-    Ref<POSArray> const errors =
-        detail::Share(tables, ReportedCall("SetSettings", [&] {
-                          return tables.settings.SetSettings(fState->Get(), dict.get());
-                      }));
-    auto findings = ReadFindings(tables, errors.get());
-    bool const isChanged = changes.Get("OtherNamespaces") != nullptr;
+    auto const set = tables.settings.SetSettings;
+    auto findings = ReadFindings(tables, Reported("SetSettings", set, fState->Get(), dict.get()));
+    bool const isChanged = changes.Get(kNamespaces) != nullptr;
     if (!findings.empty()) {
-        detail::RestorePositions(tables, isChanged ? changes : Values(), findings);
+        RestorePositions(tables, isChanged ? changes : Values(), findings);
     }
     return findings;
 }

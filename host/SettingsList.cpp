@@ -1,8 +1,6 @@
 #include "pdfsettings/SettingsList.h"
 
 #include "host/detail/FilePath.h"
-#include "host/detail/Ref.h"
-#include "host/detail/ReportChannel.h"
 #include "host/detail/RunningComponent.h"
 #include "host/detail/RuntimeValues.h"
 #include "pdfsettings/Component.h"
@@ -20,6 +18,8 @@ namespace pdfsettings {
 namespace {
 
 using detail::Bindings;
+using detail::FieldOf;
+using detail::Reported;
 
 constexpr char16_t kMark = 0xFEFF;
 
@@ -34,13 +34,6 @@ std::string ToUtf8(std::u16string_view units) {
         throw Error("a name of settings is no UTF-16");
     }
     return text;
-}
-
-template <class Kind>
-Kind Find(Dictionary const& record, char const* key) {
-    Value const* const value = record.Get(key);
-    auto const* const found = value == nullptr ? nullptr : value->If<Kind>();
-    return found == nullptr ? Kind() : *found;
 }
 
 // From 1904-01-01 to 1970-01-01: 66 years with 17 leap days.
@@ -73,11 +66,11 @@ std::map<std::string, bool> ApplicationsOf(Dictionary const& entry) {
 
 ListedSettings ReadRecord(Dictionary const& record) {
     return {
-        ToUtf8(Find<Text16>(record, "SettingsName")),
-        ToUtf8(Find<Text16>(record, "FullFilePath")),
-        Find<double>(record, "ReadOnly") != 0,
-        TimeOf(Find<Binary>(record, "ModDate").bytes),
-        ApplicationsOf(Find<Dictionary>(record, "ShowHide"))};
+        ToUtf8(FieldOf<Text16>(record, "SettingsName")),
+        ToUtf8(FieldOf<Text16>(record, "FullFilePath")),
+        FieldOf<double>(record, "ReadOnly") != 0,
+        TimeOf(FieldOf<Binary>(record, "ModDate").bytes),
+        ApplicationsOf(FieldOf<Dictionary>(record, "ShowHide"))};
 }
 
 } // namespace
@@ -92,16 +85,12 @@ SettingsList::Read(Component const& component, std::optional<std::string> const&
     detail::Turn const turn(*component.fRunning);
     Bindings const& tables = turn.Tables();
     auto const appName = application ? detail::ToComponent(*application) : std::nullopt;
-    auto const list = detail::Share(tables, detail::ReportedCall("GetListofPDFSettings", [&] {
-                                        return tables.statics.GetListofPDFSettings(
-                                            appName ? appName->c_str() : nullptr);
-                                    }));
-    Array const records = detail::ReadValues(tables, list.get());
+    auto const read = tables.statics.GetListofPDFSettings;
+    char const* const name = appName ? appName->c_str() : nullptr;
+    auto const list = detail::Share(tables, Reported("GetListofPDFSettings", read, name));
     std::vector<ListedSettings> settings;
-    for (std::size_t place = 0; place < records.Size(); ++place) {
-        if (auto const* const record = records[place].If<Dictionary>()) {
-            settings.push_back(ReadRecord(*record));
-        }
+    for (Dictionary const& record : detail::ReadRecords(tables, list.get())) {
+        settings.push_back(ReadRecord(record));
     }
     return settings;
 }
@@ -109,11 +98,9 @@ SettingsList::Read(Component const& component, std::optional<std::string> const&
 std::string SettingsList::UserFolder(Component const& component) {
     detail::Turn const turn(*component.fRunning);
     Bindings const& tables = turn.Tables();
+    auto const find = tables.statics.GetDefaultPDFSettingsDirectory;
     detail::BufferRef const buffer(
-        detail::ReportedCall(
-            "GetDefaultPDFSettingsDirectory",
-            [&] { return tables.statics.GetDefaultPDFSettingsDirectory(); }),
-        tables.buffers.Release);
+        Reported("GetDefaultPDFSettingsDirectory", find), tables.buffers.Release);
     auto const* const units = static_cast<char16_t const*>(tables.buffers.GetBuffer(buffer.get()));
     std::size_t const size = tables.buffers.GetSize(buffer.get()) / sizeof(char16_t);
     std::u16string_view const text(units, size);

@@ -5,6 +5,8 @@
 #include <atomic>
 #include <cstdlib>
 #include <dlfcn.h>
+#include <exception>
+#include <utility>
 
 namespace pdfsettings::detail {
 
@@ -16,38 +18,55 @@ std::atomic<bool> gClaimed = false;
 std::mutex gExitLock;
 RunningComponent* gRunning = nullptr;
 
+// Of the thread, since the component reports on the thread of the call.
+thread_local std::string gReport;
+
+// A report that finds no memory is lost; the call's fallback text stands in for it.
+void KeepReport(char const* message, void* /*client*/) noexcept {
+    try {
+        gReport = message;
+    } catch (std::exception const&) {
+        gReport.clear();
+    }
+}
+
 [[noreturn]] void ThrowInUse() {
     throw Error("the settings component is in use already: a process can run it only once");
 }
 
-std::string LastLoaderError() {
-    char const* const text = dlerror();
-    return text == nullptr ? "unknown error of the loader" : text;
+} // namespace
+
+void ForgetReport() noexcept {
+    gReport.clear();
 }
 
-} // namespace
+void ThrowReport(std::string const& fallback) {
+    std::string const report = std::exchange(gReport, {});
+    throw Error(report.empty() ? fallback : report);
+}
 
 Claim::Claim() {
     if (gClaimed.exchange(true)) {
         ThrowInUse();
     }
+    BIBRuntimeSetErrorChannel(&KeepReport, nullptr);
 }
 
 Claim::~Claim() {
+    BIBRuntimeSetErrorChannel(nullptr, nullptr);
     gClaimed = false;
 }
 
 // Everything is looked up at once: what is missing later would end the process.
 Module::Module(std::string const& path)
     : fPath(path),
-      fHandle(dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL)) {
+      fHandle(dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL), &dlclose) {
     if (fHandle == nullptr) {
-        throw Error("cannot load the settings component: " + LastLoaderError());
+        char const* const reason = dlerror();
+        throw Error(
+            std::string("cannot load the settings component: ") +
+            (reason == nullptr ? "unknown error of the loader" : reason));
     }
-}
-
-Module::~Module() {
-    dlclose(fHandle);
 }
 
 void Module::KeepLoaded() const noexcept {
@@ -55,7 +74,7 @@ void Module::KeepLoaded() const noexcept {
 }
 
 void* Module::FindSymbol(char const* name) const {
-    void* const symbol = dlsym(fHandle, name);
+    void* const symbol = dlsym(fHandle.get(), name);
     if (symbol == nullptr) {
         throw Error(fPath + " is no settings component: it has no " + name);
     }
@@ -82,10 +101,6 @@ Start::Start(Module const& module)
     }
 }
 
-Start::~Start() {
-    fTerminate();
-}
-
 RunningComponent::RunningComponent(std::string const& path)
     : fModule(path),
       fStart(fModule),
@@ -93,7 +108,7 @@ RunningComponent::RunningComponent(std::string const& path)
     // The component registered the end of its static objects when it was loaded. What is registered
     // now comes before that, and stays so as long as the component is not loaded anew.
     fModule.KeepLoaded();
-    static bool const kIsRegistered = std::atexit([] { StopAtExit(); }) == 0;
+    static bool const kIsRegistered = std::atexit(&StopAtExit) == 0;
     static_cast<void>(kIsRegistered);
     std::lock_guard const guard(gExitLock);
     gRunning = this;
@@ -107,14 +122,10 @@ RunningComponent::~RunningComponent() {
 void RunningComponent::StopAtExit() noexcept {
     std::lock_guard const guard(gExitLock);
     if (gRunning != nullptr) {
-        gRunning->Stop();
+        std::lock_guard const turn(gRunning->fInUse);
+        gRunning->fSettings.clear();
+        gRunning->fStart.reset();
     }
-}
-
-void RunningComponent::Stop() noexcept {
-    std::lock_guard const guard(fInUse);
-    fSettings.clear();
-    fStart.reset();
 }
 
 RunningComponent::OwnedSettings::iterator RunningComponent::Own(Ref<::PDFSettings> settings) {

@@ -1,19 +1,37 @@
-// One start of the component, from the loading of its file to its stop.
+// One start of the component, from the loading of its file to its stop, and what it reports.
 #pragma once
 
 #include "host/detail/Bindings.h"
 #include "host/detail/Ref.h"
-#include "host/detail/ReportChannel.h"
 #include "pdfsettings/Error.h"
 
 #include <list>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
 
 namespace pdfsettings::detail {
 
-// The right to run the component, of which a process has one.
+// Forgets what was reported on this thread, before a call whose report is asked for.
+void ForgetReport() noexcept;
+
+// Throws Error with the last report on this thread, or with fallback when there is none.
+[[noreturn]] void ThrowReport(std::string const& fallback);
+
+// What a procedure of the component gives. Throws Error with what it reported when that is null.
+template <class Procedure, class... Arguments>
+auto* Reported(char const* operation, Procedure procedure, Arguments... arguments) {
+    ForgetReport();
+    auto* const result = procedure(arguments...);
+    if (result == nullptr) {
+        ThrowReport(std::string(operation) + " failed without a reason");
+    }
+    return result;
+}
+
+// The right to run the component, of which a process has one. While it lives, the runtime's reports
+// are kept for the text of an exception; afterwards they go where they go by default.
 class Claim {
 public:
     // Throws Error when the right is taken.
@@ -28,9 +46,6 @@ class Module {
 public:
     // Throws Error when path cannot be loaded.
     explicit Module(std::string const& path);
-    ~Module();
-    Module(Module const&) = delete;
-    Module& operator=(Module const&) = delete;
 
     // An exported procedure; throws Error when there is none of that name.
     template <class Proc>
@@ -45,7 +60,7 @@ private:
     void* FindSymbol(char const* name) const;
 
     std::string fPath;
-    void* fHandle;
+    std::unique_ptr<void, int (*)(void*)> fHandle;
 };
 
 // A component that runs.
@@ -53,7 +68,7 @@ class Start {
 public:
     // Throws Error when the component does not start. REQUIRES: module outlives this.
     explicit Start(Module const& module);
-    ~Start();
+    ~Start() { fTerminate(); }
     Start(Start const&) = delete;
     Start& operator=(Start const&) = delete;
 
@@ -86,11 +101,9 @@ private:
     friend class Turn;
 
     static void StopAtExit() noexcept;
-    void Stop() noexcept;
 
     std::recursive_mutex fInUse;
     Claim fClaim;
-    ReportChannel fReports;
     Module fModule;
     std::optional<Start> fStart; // none when it has stopped
     Bindings fTables;

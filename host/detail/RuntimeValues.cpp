@@ -212,9 +212,15 @@ Dictionary ReadValues(Bindings const& tables, POSDict* dict) {
     return std::move(*values.If<Dictionary>());
 }
 
-Array ReadValues(Bindings const& tables, POSArray* array) {
-    Value values = Reader(tables).Read(reinterpret_cast<POSObject*>(array));
-    return std::move(*values.If<Array>());
+std::vector<Dictionary> ReadRecords(Bindings const& tables, POSArray* array) {
+    Value const values = Reader(tables).Read(reinterpret_cast<POSObject*>(array));
+    std::vector<Dictionary> records;
+    for (std::size_t place = 0; place < values.If<Array>()->Size(); ++place) {
+        if (auto const* const record = (*values.If<Array>())[place].If<Dictionary>()) {
+            records.push_back(*record);
+        }
+    }
+    return records;
 }
 
 namespace {

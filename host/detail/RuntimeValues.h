@@ -6,6 +6,7 @@
 #include "pdfsettings/Value.h"
 
 #include <string>
+#include <vector>
 
 namespace pdfsettings::detail {
 
@@ -16,9 +17,24 @@ inline constexpr char const* kHexStringType = "JoboptionsUnicodeString";
 // key, a word, the name of a binary type or a 16-bit text: the runtime ends all of these with one.
 Ref<POSDict> BuildValues(Bindings const& tables, Dictionary const& values);
 
-// Deep copies. They throw Error when memory runs out and for a value of an unknown kind.
+// A deep copy. Throws Error when memory runs out and for a value of an unknown kind.
 Dictionary ReadValues(Bindings const& tables, POSDict* dict);
-Array ReadValues(Bindings const& tables, POSArray* array);
+
+// Copies of the dictionaries in array; other elements are passed over. Throws the same.
+std::vector<Dictionary> ReadRecords(Bindings const& tables, POSArray* array);
+
+// value if there is one of that kind, else null.
+template <class Kind>
+Kind const* As(Value const* value) {
+    return value == nullptr ? nullptr : value->If<Kind>();
+}
+
+// The value under key if it is of that kind, else an empty one.
+template <class Kind>
+Kind FieldOf(Dictionary const& record, char const* key) {
+    auto const* const field = As<Kind>(record.Get(key));
+    return field == nullptr ? Kind() : *field;
+}
 
 // What stream holds from its position on. Throws Error with the stream's reason.
 std::string ReadStream(Bindings const& tables, BIBPositionableStream* stream);
