@@ -1,22 +1,23 @@
 #include "pdfsettings/Schema.h"
 
 #include "api/BIBRuntime.h"
-#include "host/detail/Ref.h"
 #include "host/detail/RunningComponent.h"
 #include "host/detail/RuntimeValues.h"
-#include "host/detail/SchemaSettings.h"
 #include "pdfsettings/Component.h"
 
+#include <algorithm>
 #include <cstdio>
 
 namespace pdfsettings {
 
 namespace {
 
+using detail::As;
 using detail::Bindings;
 using detail::Ref;
 
 constexpr char kRootStructure[] = "PDFSettings";
+constexpr char kOptional[] = "optional";
 
 // The checks that the component registers when it judges settings.
 constexpr char const* kChecks[] = {"CompatibilityLevelParams", "ImageDepthParams"};
@@ -115,12 +116,158 @@ std::vector<SchemaFault> FindMissing(std::string const& text, Dictionary const& 
         return {FaultAt(text, "", std::string("the structure ") + kRootStructure + " is missing")};
     }
     auto const* const settings = root->If<Dictionary>();
-    if (settings != nullptr && settings->Get("optional") == nullptr) {
+    if (settings != nullptr && settings->Get(kOptional) == nullptr) {
         return {FaultAt(
             text, kRootStructure, std::string(kRootStructure) + " has no dictionary optional")};
     }
     return {};
 }
+
+// What people write has tens of rules, in two or three levels.
+constexpr std::size_t kDeepest = 100;
+constexpr std::size_t kMostRules = 10000;
+constexpr std::size_t kMostBytes = std::size_t{16} << 20;
+
+std::string TextOf(Value const* value) {
+    auto const* const word = As<Word>(value);
+    return word == nullptr ? std::string() : word->text;
+}
+
+std::optional<double> NumberOf(Value const* value) {
+    auto const* const number = As<double>(value);
+    return number == nullptr ? std::nullopt : std::optional(*number);
+}
+
+// The word that a rule names its kind by, whichever of the two forms it has.
+std::string KindOf(Value const& rule) {
+    auto const* const dictionary = rule.If<Dictionary>();
+    return TextOf(dictionary == nullptr ? &rule : dictionary->Get("type"));
+}
+
+// A schema writes strings as words: the notation has no other form for text.
+Value AsSetting(Value const& value, std::string const& kind) {
+    auto const* const word = value.If<Word>();
+    if (word == nullptr || (kind != "string" && kind != "hexstring")) {
+        return value;
+    }
+    return kind == "string" ? Value(String{word->text}) : Value(HexString{word->text});
+}
+
+void ReadDetails(Dictionary const& rule, SettingRule& setting) {
+    setting.count = NumberOf(rule.Get("count"));
+    setting.least = NumberOf(rule.Get("min"));
+    setting.greatest = NumberOf(rule.Get("max"));
+    setting.help = TextOf(rule.Get("doc"));
+    if (Value const* const element = rule.Get("of")) {
+        setting.element = KindOf(*element);
+    }
+    if (Value const* const standard = rule.Get("default")) {
+        setting.standard = AsSetting(*standard, setting.kind);
+    }
+    if (auto const* const values = As<Array>(rule.Get("in"))) {
+        for (std::size_t place = 0; place < values->Size(); ++place) {
+            setting.allowed.push_back(AsSetting((*values)[place], setting.kind));
+        }
+    }
+}
+
+// About as many bytes as a rule takes, whose values may be nested.
+std::size_t SizeOf(Value const& rule) {
+    std::size_t size = 0;
+    std::vector<Value const*> waiting{&rule};
+    while (!waiting.empty()) {
+        Value const& value = *waiting.back();
+        waiting.pop_back();
+        size += sizeof value + TextOf(&value).size();
+        auto const* const array = value.If<Array>();
+        for (std::size_t place = 0; array != nullptr && place < array->Size(); ++place) {
+            waiting.push_back(&(*array)[place]);
+        }
+        auto const* const dictionary = value.If<Dictionary>();
+        for (std::size_t place = 0; dictionary != nullptr && place < dictionary->Size(); ++place) {
+            waiting.push_back(&dictionary->ValueAt(place));
+        }
+    }
+    return size;
+}
+
+// Lists the settings that the structures of a schema describe, with a path of the structures that
+// it is in. A text of a few lines may name more than any memory holds, so there are limits of depth
+// and number.
+class Lister {
+public:
+    Lister(std::string const& text, Dictionary const& structures)
+        : fText(text),
+          fStructures(structures) {}
+
+    // Throws SchemaError.
+    std::vector<SettingRule> List() {
+        ListStructure(kRootStructure, "");
+        return std::move(fRules);
+    }
+
+private:
+    void ListStructure(std::string const& name, std::string const& prefix) {
+        auto const* const structure = As<Dictionary>(fStructures.Get(name));
+        bool const isInItself = std::ranges::find(fInside, name) != fInside.end();
+        if (structure == nullptr || isInItself) {
+            return;
+        }
+        if (fInside.size() == kDeepest) {
+            Refuse(name, "structures are nested more than 100 deep");
+        }
+        fInside.push_back(name);
+        ListRules(*structure, prefix, /*isRequired=*/true);
+        if (auto const* const rules = As<Dictionary>(structure->Get(kOptional))) {
+            ListRules(*rules, prefix, /*isRequired=*/false);
+        }
+        fInside.pop_back();
+    }
+
+    void ListRules(Dictionary const& rules, std::string const& prefix, bool isRequired) {
+        for (std::size_t place = 0; place < rules.Size(); ++place) {
+            if (!isRequired || rules.KeyAt(place) != kOptional) {
+                ListRule(prefix + rules.KeyAt(place), rules.ValueAt(place), isRequired);
+            }
+        }
+    }
+
+    void ListRule(std::string const& key, Value const& rule, bool isRequired) {
+        fBytes += sizeof(SettingRule) + key.size() + SizeOf(rule);
+        if (fRules.size() == kMostRules || fBytes > kMostBytes) {
+            Refuse(
+                fInside.back(),
+                "the schema describes more than 10,000 settings, or 16 MiB of them");
+        }
+        SettingRule setting;
+        setting.key = key;
+        setting.isRequired = isRequired;
+        setting.kind = KindOf(rule);
+        if (auto const* const details = rule.If<Dictionary>()) {
+            ReadDetails(*details, setting);
+        }
+        std::string const kind = std::exchange(setting.kind, PlainKind(setting.kind));
+        std::string const element = std::exchange(setting.element, PlainKind(setting.element));
+        fRules.push_back(std::move(setting));
+        ListStructure(kind, key + "/");
+        ListStructure(element, key + "[]/");
+    }
+
+    [[noreturn]] void Refuse(std::string const& structure, char const* reason) const {
+        throw SchemaError({FaultAt(fText, structure, structure + ": " + reason)});
+    }
+
+    // The name of a structure says nothing outside the schema.
+    std::string PlainKind(std::string const& kind) const {
+        return fStructures.Get(kind) == nullptr ? kind : "dictionary";
+    }
+
+    std::string const& fText;
+    Dictionary const& fStructures;
+    std::vector<std::string> fInside;
+    std::size_t fBytes = 0;
+    std::vector<SettingRule> fRules;
+};
 
 void ThrowIfAny(std::vector<SchemaFault> faults) {
     if (!faults.empty()) {
@@ -145,10 +292,7 @@ Schema Schema::FromText(Component const& component, std::string text) {
     ThrowIfAny(LocateMessages(text, ValidateSchema(tables, dict.get())));
     Dictionary const structures = detail::ReadValues(tables, dict.get());
     ThrowIfAny(FindMissing(text, structures));
-    auto [settings, structure, fault] = detail::ListSettings(structures);
-    if (!fault.empty()) {
-        throw SchemaError({FaultAt(text, structure, structure + ": " + fault)});
-    }
+    auto settings = Lister(text, structures).List();
     return Schema(std::move(text), std::move(settings));
 }
 
