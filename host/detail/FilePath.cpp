@@ -1,7 +1,7 @@
 #include "host/detail/FilePath.h"
 
 #include "host/detail/CFRef.h"
-#include "host/detail/Ref.h"
+#include "host/save/SystemCalls.h"
 #include "pdfsettings/Error.h"
 #include "platform/CFString.h"
 
@@ -28,27 +28,9 @@ std::u16string ToUtf16(std::string const& path) {
     return units;
 }
 
-std::string FolderOf(std::string const& path) {
-    std::size_t const slash = path.rfind('/');
-    return slash == std::string::npos ? "." : path.substr(0, slash + 1);
-}
-
-std::string SystemMessage(int error) {
-    return std::generic_category().message(error);
-}
-
-// What is at path that is no file; empty for a file and for nothing.
-std::string OtherKind(std::string const& path) {
-    struct stat status {};
-    if (stat(path.c_str(), &status) != 0 || S_ISREG(status.st_mode)) {
-        return {};
-    }
-    return S_ISDIR(status.st_mode) ? SystemMessage(EISDIR) : "not a regular file";
-}
-
-bool IsReadOnly(std::string const& path) {
-    struct stat status {};
-    return stat(path.c_str(), &status) == 0 && (status.st_mode & S_IWUSR) == 0;
+std::optional<std::string> Convert(char const* text, CFStringEncoding from, CFStringEncoding to) {
+    CFRef<CFStringRef> const string(CFStringCreateWithCString(kCFAllocatorDefault, text, from));
+    return string ? platform::BytesOf(string.get(), to) : std::nullopt;
 }
 
 } // namespace
@@ -60,22 +42,21 @@ BufferRef MakePath(Bindings const& tables, std::string const& path) {
 }
 
 std::string WhyUnwritable(std::string const& path) {
-    std::string kind = OtherKind(path);
-    if (!kind.empty()) {
-        return kind;
+    try {
+        struct stat status {};
+        if (stat(path.c_str(), &status) == 0) {
+            RequireRegular(status);
+            if ((status.st_mode & S_IWUSR) == 0) {
+                return "read-only";
+            }
+        } else if (path.empty() || errno != ENOENT) {
+            ThrowSystemError(errno);
+        }
+        ThrowIfNegative(faccessat(AT_FDCWD, FolderPart(path).c_str(), W_OK, AT_EACCESS));
+        return "it cannot be written";
+    } catch (Error const& error) {
+        return error.what();
     }
-    if (IsReadOnly(path)) {
-        return "read-only";
-    }
-    struct stat status {};
-    if (path.empty()) {
-        return SystemMessage(ENOENT);
-    }
-    bool const isRefusedName = stat(path.c_str(), &status) != 0 && errno != ENOENT;
-    if (isRefusedName || faccessat(AT_FDCWD, FolderOf(path).c_str(), W_OK, AT_EACCESS) != 0) {
-        return SystemMessage(errno);
-    }
-    return "it cannot be written";
 }
 
 std::string FolderPath(std::string const& folder) {
@@ -89,15 +70,6 @@ std::string FolderPath(std::string const& folder) {
     }
     return path;
 }
-
-namespace {
-
-std::optional<std::string> Convert(char const* text, CFStringEncoding from, CFStringEncoding to) {
-    CFRef<CFStringRef> const string(CFStringCreateWithCString(kCFAllocatorDefault, text, from));
-    return string ? platform::BytesOf(string.get(), to) : std::nullopt;
-}
-
-} // namespace
 
 std::optional<std::string> ToComponent(std::string const& application) {
     return Convert(WholeText(application), kCFStringEncodingUTF8, kCFStringEncodingMacRoman);

@@ -18,20 +18,6 @@ namespace {
 
 constexpr std::chrono::milliseconds kLongestPause(20);
 
-} // namespace
-
-bool Deadline::Pause() {
-    auto const now = std::chrono::steady_clock::now();
-    if (now >= fEnd) {
-        return false;
-    }
-    std::this_thread::sleep_until(std::min(now + fPause, fEnd));
-    fPause = std::min(2 * fPause, kLongestPause);
-    return true;
-}
-
-namespace {
-
 // Not all systems' headers have these.
 constexpr unsigned long kCifsMagic = 0xFF534D42;
 constexpr unsigned long kSmb2Magic = 0xFE534D42;
@@ -57,6 +43,16 @@ auto FindHeld(struct stat const& folder) {
 }
 
 } // namespace
+
+bool Deadline::Pause() {
+    auto const now = std::chrono::steady_clock::now();
+    if (now >= fEnd) {
+        return false;
+    }
+    std::this_thread::sleep_until(std::min(now + fPause, fEnd));
+    fPause = std::min(2 * fPause, kLongestPause);
+    return true;
+}
 
 bool IsOnNetwork(Descriptor const& file) noexcept {
     struct statfs status {};

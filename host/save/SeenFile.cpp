@@ -1,8 +1,5 @@
 #include "host/save/SeenFile.h"
 
-#include "host/save/FolderLock.h"
-#include "pdfsettings/SafeSave.h"
-
 #include <cerrno>
 #include <csignal>
 #include <system_error>
@@ -11,9 +8,6 @@
 namespace pdfsettings::detail {
 
 namespace {
-
-// Opening a pipe that took the file's place must not wait for its other end.
-constexpr int kReading = O_RDONLY | O_NONBLOCK | O_NOCTTY;
 
 // Asks whether the caller may write the file, with the rights of the effective user. 0, or errno.
 int AskToWrite(Descriptor const& file, Descriptor const& folder, std::string const& name) {
@@ -38,10 +32,9 @@ SeenFile::Open(Descriptor const& folder, std::string const& name, Deadline deadl
         return std::nullopt;
     }
     RequireRegular(status);
-    Descriptor file = OpenWithoutWaiting(deadline, [&] { return OpenIn(folder, name, kReading); });
-    if (!file.IsOpen()) {
-        ThrowSystemError(errno);
-    }
+    Descriptor file =
+        OpenWithoutWaiting(deadline, [&] { return OpenIn(folder, name, kReadingAtOnce); });
+    ThrowIfNegative(file.Number());
     RequireRegular(StatusOf(file));
     return SeenFile(std::move(file));
 }

@@ -11,6 +11,9 @@
 
 namespace pdfsettings::detail {
 
+// Opening a pipe that took a file's place must not wait for its other end.
+inline constexpr int kReadingAtOnce = O_RDONLY | O_NONBLOCK | O_NOCTTY;
+
 // What open gives, which opens a file without waiting: another program may have a lease on the
 // file, which the system asks it to give up. Throws BusyError when it does not.
 template <class Open>

@@ -53,6 +53,16 @@ Descriptor::~Descriptor() {
     }
 }
 
+Descriptor Opened(int number) {
+    ThrowIfNegative(number);
+    return Descriptor(number);
+}
+
+std::string FolderPart(std::string const& path) {
+    std::size_t const slash = path.rfind('/');
+    return slash == std::string::npos ? "." : path.substr(0, slash + 1);
+}
+
 Descriptor OpenIn(Descriptor const& folder, std::string const& name, int flags, mode_t mode) {
     int const all = flags | O_NOFOLLOW | O_CLOEXEC;
     open_how how{};
@@ -98,22 +108,39 @@ void RequireSize(std::size_t size) {
     }
 }
 
-std::string ReadAll(Descriptor const& file) {
-    std::string bytes;
+namespace {
+
+// Appends to bytes what read gives for a buffer, until it gives nothing more.
+template <class Read>
+std::string ReadToEnd(std::string bytes, Read read) {
     char buffer[16384];
-    auto const size = static_cast<std::size_t>(StatusOf(file).st_size);
-    RequireSize(size);
-    bytes.reserve(size);
     ssize_t count = 0;
     do {
-        count = Repeat([&] {
-            return pread(file.Number(), buffer, sizeof buffer, static_cast<off_t>(bytes.size()));
-        });
+        auto const at = static_cast<off_t>(bytes.size());
+        count = Repeat([&] { return read(buffer, sizeof buffer, at); });
         ThrowIfNegative(count);
         bytes.append(buffer, static_cast<std::size_t>(count));
         RequireSize(bytes.size());
     } while (count > 0);
     return bytes;
+}
+
+} // namespace
+
+std::string ReadAll(Descriptor const& file) {
+    auto const size = static_cast<std::size_t>(StatusOf(file).st_size);
+    RequireSize(size);
+    std::string bytes;
+    bytes.reserve(size);
+    return ReadToEnd(std::move(bytes), [&](char* buffer, std::size_t room, off_t at) {
+        return pread(file.Number(), buffer, room, at);
+    });
+}
+
+std::string ReadStream(Descriptor const& stream) {
+    return ReadToEnd({}, [&](char* buffer, std::size_t room, off_t /*at*/) {
+        return read(stream.Number(), buffer, room);
+    });
 }
 
 void WriteAll(Descriptor const& file, std::string_view bytes) {

@@ -36,6 +36,12 @@ private:
     int fNumber = -1;
 };
 
+// The descriptor of that number. Throws what errno says when it is negative.
+Descriptor Opened(int number);
+
+// What path says of the folder that it leads into: all up to its last slash, or ".".
+std::string FolderPart(std::string const& path);
+
 // Opens the item of that name in folder itself, never what a link of that name leads to. name has
 // no slash. Not open, with the reason in errno, when that fails.
 Descriptor OpenIn(Descriptor const& folder, std::string const& name, int flags, mode_t mode = 0);
@@ -56,8 +62,10 @@ void RequireRegular(struct stat const& status);
 // limit keeps a huge or endless one from filling the memory.
 void RequireSize(std::size_t size);
 
-// All bytes of an open file from its beginning. Throws Error, also for too many.
+// All bytes of an open file from its beginning, and those of a stream from its place on. Throw
+// Error, also for too many.
 std::string ReadAll(Descriptor const& file);
+std::string ReadStream(Descriptor const& stream);
 
 // Writes all bytes, whatever interrupts it.
 void WriteAll(Descriptor const& file, std::string_view bytes);

@@ -27,22 +27,19 @@ struct Place {
     bool fIsDescriptor = false;
 };
 
+// The names of the first three descriptors.
+constexpr std::string_view kStreams[] = {"/dev/stdin", "/dev/stdout", "/dev/stderr"};
+
 Descriptor OpenFolder(char const* path) {
-    Descriptor folder(open(path, O_PATH | O_DIRECTORY | O_CLOEXEC));
-    ThrowIfNegative(folder.Number());
-    return folder;
+    return Opened(open(path, O_PATH | O_DIRECTORY | O_CLOEXEC));
 }
 
 Descriptor Parent(Descriptor const& folder) {
-    Descriptor parent(openat(folder.Number(), "..", O_PATH | O_DIRECTORY | O_CLOEXEC));
-    ThrowIfNegative(parent.Number());
-    return parent;
+    return Opened(openat(folder.Number(), "..", O_PATH | O_DIRECTORY | O_CLOEXEC));
 }
 
-Descriptor Duplicate(Descriptor const& file) {
-    Descriptor copy(fcntl(file.Number(), F_DUPFD_CLOEXEC, 0));
-    ThrowIfNegative(copy.Number());
-    return copy;
+Descriptor Duplicate(int number) {
+    return Opened(fcntl(number, F_DUPFD_CLOEXEC, 0));
 }
 
 // An item that may be a link. Asked for as a folder first, which mounts what is mounted on demand.
@@ -142,8 +139,8 @@ private:
             ThrowSystemError(ELOOP);
         }
         std::string const text = TextOf(link.fItem);
-        Place end =
-            NamesDescriptor(text) ? AtDescriptor(text) : Go(Duplicate(link.fFolder), text, shown);
+        Place end = NamesDescriptor(text) ? AtDescriptor(text)
+                                          : Go(Duplicate(link.fFolder.Number()), text, shown);
         if (!IsTrusted(StatusOf(link.fItem), StatusOf(link.fFolder), OwnerOf(end))) {
             throw LinkError(
                 "the link " + shown + link.fName +
@@ -170,8 +167,13 @@ Target AtStream(Descriptor stream) {
 
 } // namespace
 
+void RequireWhole(std::string const& path) {
+    if (path.find('\0') != std::string::npos) {
+        throw Error("the path holds a NUL byte");
+    }
+}
+
 bool NamesDescriptor(std::string_view path) noexcept {
-    constexpr std::string_view kStreams[] = {"/dev/stdin", "/dev/stdout", "/dev/stderr"};
     constexpr std::string_view kFolders[] = {"/dev/fd/", "/proc/self/fd/"};
     auto const isNumbered = [path](std::string_view folder) {
         return path.starts_with(folder) && path.size() > folder.size() &&
@@ -182,14 +184,11 @@ bool NamesDescriptor(std::string_view path) noexcept {
 }
 
 Descriptor DuplicateNamed(std::string const& path) {
-    constexpr std::string_view kStreams[] = {"/dev/stdin", "/dev/stdout", "/dev/stderr"};
     auto const stream = std::ranges::find(kStreams, path);
     long const number = stream != std::end(kStreams)
                             ? stream - std::begin(kStreams)
                             : std::strtol(path.c_str() + path.rfind('/') + 1, nullptr, 10);
-    Descriptor copy(fcntl(static_cast<int>(std::min(number, long{INT_MAX})), F_DUPFD_CLOEXEC, 0));
-    ThrowIfNegative(copy.Number());
-    return copy;
+    return Duplicate(static_cast<int>(std::min(number, long{INT_MAX})));
 }
 
 bool IsNullDevice(struct stat const& status) noexcept {
@@ -197,8 +196,7 @@ bool IsNullDevice(struct stat const& status) noexcept {
 }
 
 Target FolderOf(std::string const& path) {
-    std::size_t const slash = path.rfind('/');
-    std::string const folder = slash == std::string::npos ? "." : path.substr(0, slash + 1);
+    std::string const folder = FolderPart(path);
     Target target;
     target.folder = Descriptor(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     target.isReadable = target.folder.IsOpen();
@@ -209,9 +207,7 @@ Target FolderOf(std::string const& path) {
 }
 
 Target FindTarget(std::string const& path) {
-    if (path.find('\0') != std::string::npos) {
-        throw Error("the path holds a NUL byte");
-    }
+    RequireWhole(path);
     if (path.empty()) {
         ThrowSystemError(ENOENT);
     }

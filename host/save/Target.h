@@ -32,6 +32,9 @@ Target FindTarget(std::string const& path);
 // open folder where there is none.
 Target FolderOf(std::string const& path);
 
+// Throws Error for a path with a NUL byte, which would end it before its end.
+void RequireWhole(std::string const& path);
+
 // Whether path names a descriptor of this process, which is a stream even if a file is behind it.
 bool NamesDescriptor(std::string_view path) noexcept;
 
