@@ -33,52 +33,36 @@ private:
 
 // A table is filled by its list of rows, with the local `rows` on its interface.
 #define PDFSETTINGS_FOUND_ROW(operation, procType) rows.Find<procType>(#operation, #procType),
-#define PDFSETTINGS_FOUND_TABLE(Table, interfaceName, ROWS) \
-    [lookup]() -> Table { \
-        Rows const rows(lookup, interfaceName); \
-        return {ROWS(PDFSETTINGS_FOUND_ROW)}; \
+#define PDFSETTINGS_FOUND_TABLE(interfaceName, ROWS) \
+    [lookup] { \
+        Rows const rows(lookup, #interfaceName); \
+        return _t_##interfaceName{ROWS(PDFSETTINGS_FOUND_ROW)}; \
     }()
 
 } // namespace
 
 // clang-format off
 Bindings::Bindings(BIBLookupProc lookup)
-    : containers(PDFSETTINGS_FOUND_TABLE(
-          _t_BIBContainerInterface, "BIBContainerInterface", BIB_CONTAINER_INTERFACE_ROWS)),
-      errors(PDFSETTINGS_FOUND_TABLE(
-          _t_BIBErrorInterface, "BIBErrorInterface", BIB_ERROR_INTERFACE_ROWS)),
-      buffers(PDFSETTINGS_FOUND_TABLE(
-          _t_BIBSharedBuffInterface, "BIBSharedBuffInterface", BIB_SHARED_BUFF_INTERFACE_ROWS)),
+    : containers(PDFSETTINGS_FOUND_TABLE(BIBContainerInterface, BIB_CONTAINER_INTERFACE_ROWS)),
+      errors(PDFSETTINGS_FOUND_TABLE(BIBErrorInterface, BIB_ERROR_INTERFACE_ROWS)),
+      buffers(PDFSETTINGS_FOUND_TABLE(BIBSharedBuffInterface, BIB_SHARED_BUFF_INTERFACE_ROWS)),
       streams(PDFSETTINGS_FOUND_TABLE(
-          _t_BIBStreamFactoryInterface, "BIBStreamFactoryInterface",
-          BIB_STREAM_FACTORY_INTERFACE_ROWS)),
-      atoms(PDFSETTINGS_FOUND_TABLE(
-          _t_BIBStringInterface, "BIBStringInterface", BIB_STRING_INTERFACE_ROWS)),
-      objects(PDFSETTINGS_FOUND_TABLE(
-          _t_POSObjectStatics, "POSObjectStatics", POS_OBJECT_STATICS_ROWS)),
-      numbers(PDFSETTINGS_FOUND_TABLE(
-          _t_POSNumberInterface, "POSNumberInterface", POS_NUMBER_INTERFACE_ROWS)),
-      strings(PDFSETTINGS_FOUND_TABLE(
-          _t_POSStringInterface, "POSStringInterface", POS_STRING_INTERFACE_ROWS)),
+          BIBStreamFactoryInterface, BIB_STREAM_FACTORY_INTERFACE_ROWS)),
+      atoms(PDFSETTINGS_FOUND_TABLE(BIBStringInterface, BIB_STRING_INTERFACE_ROWS)),
+      objects(PDFSETTINGS_FOUND_TABLE(POSObjectStatics, POS_OBJECT_STATICS_ROWS)),
+      numbers(PDFSETTINGS_FOUND_TABLE(POSNumberInterface, POS_NUMBER_INTERFACE_ROWS)),
+      strings(PDFSETTINGS_FOUND_TABLE(POSStringInterface, POS_STRING_INTERFACE_ROWS)),
       unicodeStrings(PDFSETTINGS_FOUND_TABLE(
-          _t_POSUnicodeStringInterface, "POSUnicodeStringInterface",
-          POS_UNICODE_STRING_INTERFACE_ROWS)),
-      binData(PDFSETTINGS_FOUND_TABLE(
-          _t_POSBinDataInterface, "POSBinDataInterface", POS_BIN_DATA_INTERFACE_ROWS)),
-      arrays(PDFSETTINGS_FOUND_TABLE(
-          _t_POSArrayInterface, "POSArrayInterface", POS_ARRAY_INTERFACE_ROWS)),
-      dicts(PDFSETTINGS_FOUND_TABLE(
-          _t_POSDictInterface, "POSDictInterface", POS_DICT_INTERFACE_ROWS)),
+          POSUnicodeStringInterface, POS_UNICODE_STRING_INTERFACE_ROWS)),
+      binData(PDFSETTINGS_FOUND_TABLE(POSBinDataInterface, POS_BIN_DATA_INTERFACE_ROWS)),
+      arrays(PDFSETTINGS_FOUND_TABLE(POSArrayInterface, POS_ARRAY_INTERFACE_ROWS)),
+      dicts(PDFSETTINGS_FOUND_TABLE(POSDictInterface, POS_DICT_INTERFACE_ROWS)),
       iterators(PDFSETTINGS_FOUND_TABLE(
-          _t_POSDictIteratorInterface, "POSDictIteratorInterface",
-          POS_DICT_ITERATOR_INTERFACE_ROWS)),
+          POSDictIteratorInterface, POS_DICT_ITERATOR_INTERFACE_ROWS)),
       validators(PDFSETTINGS_FOUND_TABLE(
-          _t_POSStructValidatorInterface, "POSStructValidatorInterface",
-          POS_STRUCT_VALIDATOR_INTERFACE_ROWS)),
-      settings(PDFSETTINGS_FOUND_TABLE(
-          ComponentTable, "PDFSettingsInterface", PDF_SETTINGS_INTERFACE_ROWS)),
-      statics(PDFSETTINGS_FOUND_TABLE(
-          StaticsTable, "PDFSettingsStatics", PDF_SETTINGS_STATICS_ROWS)) {}
+          POSStructValidatorInterface, POS_STRUCT_VALIDATOR_INTERFACE_ROWS)),
+      settings(PDFSETTINGS_FOUND_TABLE(PDFSettingsInterface, PDF_SETTINGS_INTERFACE_ROWS)),
+      statics(PDFSETTINGS_FOUND_TABLE(PDFSettingsStatics, PDF_SETTINGS_STATICS_ROWS)) {}
 // clang-format on
 
 } // namespace pdfsettings::detail

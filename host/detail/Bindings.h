@@ -15,13 +15,13 @@
 
 namespace pdfsettings::detail {
 
-// The component's table.
-struct ComponentTable {
+// The component's table, named as the headers name the others.
+struct _t_PDFSettingsInterface {
     PDF_SETTINGS_INTERFACE_ROWS(BIB_TABLE_SLOT)
 };
 
 // What it does without settings.
-struct StaticsTable {
+struct _t_PDFSettingsStatics {
     PDF_SETTINGS_STATICS_ROWS(BIB_TABLE_SLOT)
 };
 
@@ -45,8 +45,8 @@ struct Bindings {
     _t_POSDictInterface dicts;
     _t_POSDictIteratorInterface iterators;
     _t_POSStructValidatorInterface validators;
-    ComponentTable settings;
-    StaticsTable statics;
+    _t_PDFSettingsInterface settings;
+    _t_PDFSettingsStatics statics;
 };
 
 } // namespace pdfsettings::detail
