@@ -5,6 +5,7 @@
 #include "pdfsettings/Path.h"
 #include "pdfsettings/Settings.h"
 #include "tools/joboptions/commands/Output.h"
+#include "tools/joboptions/text/KnownKeys.h"
 #include "tools/joboptions/text/Utf8.h"
 #include "tools/joboptions/text/ValueText.h"
 
@@ -49,20 +50,11 @@ std::optional<Value> ReadEntry(
     try {
         Dictionary const entries =
             pdfsettings::Settings::FromText(component, EntryFile(key, value)).Values();
-        Value const* const entry = entries.Size() == 1 ? entries.Get(key) : nullptr;
-        auto const* const array = entry == nullptr ? nullptr : entry->If<Array>();
+        auto const* const array = entries.Size() == 1 ? As<Array>(entries.Get(key)) : nullptr;
         return array != nullptr && array->Size() == 1 ? std::optional((*array)[0]) : std::nullopt;
     } catch (pdfsettings::Error const&) {
         return std::nullopt;
     }
-}
-
-std::string ListText(std::vector<Value> const& values) {
-    std::string text;
-    for (Value const& value : values) {
-        text += (text.empty() ? "" : ", ") + OneLine(value);
-    }
-    return text;
 }
 
 // What a value of the kind looks like in a file; empty for a kind with several forms.
@@ -82,7 +74,7 @@ std::string FormOf(std::string const& kind) {
 
 std::string ExpectedText(SettingRule const* rule) {
     if (rule != nullptr && !rule->allowed.empty()) {
-        return "one of " + ListText(rule->allowed);
+        return "one of " + CommaList(rule->allowed);
     }
     std::string const form = rule == nullptr ? "" : FormOf(rule->kind);
     return form.empty() ? "true, false, a number, /Name, (text), <FEFF>, [ … ] or << … >>" : form;
@@ -150,12 +142,11 @@ private:
 
     [[noreturn]] void ThrowUnreadable(std::string const& path, std::string const& text) const {
         SettingRule const* const rule = FindRule(path);
-        std::string const name = NameMeant(rule, text);
         throw BadAssignment(fmt::format(
             "cannot read the value \"{}\"; expected {}{}",
             VisibleText(text),
             ExpectedText(rule),
-            name.empty() ? "" : fmt::format("; did you mean /{}?", VisibleText(name))));
+            MeantText(NameMeant(rule, text), "/")));
     }
 
     // The name that text would be with a slash and the right capitals; empty for none.

@@ -3,8 +3,6 @@
 #include "pdfsettings/Error.h"
 #include "tools/joboptions/commands/Input.h"
 #include "tools/joboptions/commands/ListEntries.h"
-#include "tools/joboptions/commands/Options.h"
-#include "tools/joboptions/commands/Output.h"
 #include "tools/joboptions/json/JsonDocuments.h"
 #include "tools/joboptions/text/Diagnostics.h"
 #include "tools/joboptions/text/Differences.h"
@@ -15,16 +13,6 @@
 #include <utility>
 
 namespace joboptions {
-
-namespace {
-
-void Warn(pdfsettings::Finding const& warning, Options const& options) {
-    if (!options.quiet) {
-        WriteWarning(VisibleText(warning.key) + ": " + warning.message);
-    }
-}
-
-} // namespace
 
 Status EditSettings(
     std::string const& name,
@@ -45,7 +33,7 @@ Status Finish(Change const& change, Options const& options) {
         WriteOutput(ChangeDocument(differences, change.findings, change.warnings, change.file));
     }
     for (pdfsettings::Finding const& warning : change.warnings) {
-        Warn(warning, options);
+        WriteWarning(VisibleText(warning.key) + ": " + warning.message, options.quiet);
     }
     if (!change.findings.empty()) {
         throw Failure(Status::kRefused, FindingsText(change.file, change.findings));
@@ -87,12 +75,10 @@ void RequireSettings(
     } catch (pdfsettings::Error const&) {
         // Said below.
     }
-    throw Failure(
+    Fail(
         Status::kRefused,
-        fmt::format(
-            "{}: this change cannot be made in its text so that it reads back; {}",
-            InputName(file),
-            instead));
+        file,
+        fmt::format("this change cannot be made in its text so that it reads back; {}", instead));
 }
 
 } // namespace joboptions

@@ -123,9 +123,7 @@ Status FmtCommand::FormatText(
         return judgement.differs ? Announce(file) : Status::kDone;
     }
     if (!fOptions.force && HasComments(pdfsettings::Document(text))) {
-        throw Failure(
-            Status::kRefused,
-            fmt::format("{}: its comments would be lost; use --force", InputName(file)));
+        Fail(Status::kRefused, file, "its comments would be lost; use --force");
     }
     if (fOptions.dryRun) {
         RequireReplaceable(file, fOptions);

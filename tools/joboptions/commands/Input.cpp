@@ -3,7 +3,6 @@
 #include "pdfsettings/Document.h"
 #include "pdfsettings/Error.h"
 #include "pdfsettings/SafeSave.h"
-#include "tools/joboptions/commands/Output.h"
 #include "tools/joboptions/text/Diagnostics.h"
 #include "tools/joboptions/text/Utf8.h"
 
@@ -20,10 +19,6 @@ namespace {
 // The limit of files, for an endless input too.
 constexpr std::size_t kLargestInput = std::size_t{256} << 20;
 
-[[noreturn]] void ThrowBadInput(std::string const& file, std::string const& reason) {
-    throw Failure(Status::kBadInput, fmt::format("{}: {}", InputName(file), reason));
-}
-
 std::string ReadStandardInput() {
     std::string bytes;
     char buffer[65536];
@@ -31,21 +26,13 @@ std::string ReadStandardInput() {
     while ((count = std::fread(buffer, 1, sizeof buffer, stdin)) > 0) {
         bytes.append(buffer, count);
         if (bytes.size() > kLargestInput) {
-            ThrowBadInput("-", "larger than 256 MiB");
+            Fail(Status::kBadInput, "-", "larger than 256 MiB");
         }
     }
     if (std::ferror(stdin) != 0) {
-        ThrowBadInput("-", std::generic_category().message(errno));
+        Fail(Status::kBadInput, "-", std::generic_category().message(errno));
     }
     return bytes;
-}
-
-// What is wrong with text at its place, else the component's own words.
-std::string
-ReasonFor(std::string const& file, std::string const& text, pdfsettings::Error const& error) {
-    std::string const refusal = RefusalText(file, pdfsettings::Document(text));
-    return refusal.empty() ? fmt::format("{}: {}", InputName(file), VisibleText(error.what()))
-                           : refusal;
 }
 
 } // namespace
@@ -57,7 +44,7 @@ std::string ReadBytes(std::string const& file) {
     try {
         return pdfsettings::ReadFile(file);
     } catch (pdfsettings::Error const& error) {
-        ThrowBadInput(file, VisibleText(error.what()));
+        Fail(Status::kBadInput, file, VisibleText(error.what()));
     }
 }
 
@@ -69,7 +56,12 @@ pdfsettings::Settings ParseSettings(
     try {
         return pdfsettings::Settings::FromText(component, text, schema);
     } catch (pdfsettings::Error const& error) {
-        throw Failure(Status::kBadInput, ReasonFor(file, text, error));
+        // What is wrong with text at its place, else the component's own words.
+        std::string const refusal = RefusalText(file, pdfsettings::Document(text));
+        if (!refusal.empty()) {
+            throw Failure(Status::kBadInput, refusal);
+        }
+        Fail(Status::kBadInput, file, VisibleText(error.what()));
     }
 }
 
@@ -78,6 +70,10 @@ std::string InputName(std::string const& file) {
         return "\"\"";
     }
     return file == "-" ? "standard input" : VisibleText(file);
+}
+
+void Fail(Status status, std::string const& file, std::string const& reason) {
+    throw Failure(status, fmt::format("{}: {}", InputName(file), reason));
 }
 
 void RequireOneStandardInput(std::vector<std::string> const& files) {

@@ -4,6 +4,7 @@
 #include "pdfsettings/Component.h"
 #include "pdfsettings/Settings.h"
 #include "pdfsettings/Value.h"
+#include "tools/joboptions/commands/Output.h"
 
 #include <string>
 #include <vector>
@@ -12,6 +13,9 @@ namespace joboptions {
 
 // How messages name a file: its path with control bytes made visible.
 std::string InputName(std::string const& file);
+
+// Throws Failure with that status and "FILE: reason".
+[[noreturn]] void Fail(Status status, std::string const& file, std::string const& reason);
 
 // Standard input can be read once. Throws Failure with Status::kWrongCall when more than one of
 // files is "-".

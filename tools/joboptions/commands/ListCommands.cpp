@@ -45,10 +45,11 @@ private:
 
 // Such a list has no effect, and nothing else tells why.
 void WarnOfUnusable(pdfsettings::AdminPreferences const& preferences, Options const& options) {
-    if (preferences.IsUnusable() && !options.quiet) {
-        WriteWarning(fmt::format(
-            "{}: cannot be read as a property list, and has no effect",
-            VisibleText(preferences.File())));
+    if (preferences.IsUnusable()) {
+        WriteWarning(
+            VisibleText(preferences.File()) +
+                ": cannot be read as a property list, and has no effect",
+            options.quiet);
     }
 }
 

@@ -22,7 +22,10 @@ bool IsDumbTerminal() {
 }
 
 // Where errors cannot be told, the exit status still tells.
-void WriteMessage(char const* severity, std::string_view message) {
+void WriteMessage(char const* severity, std::string_view message, bool quiet) {
+    if (quiet) {
+        return;
+    }
     std::string const line = fmt::format("joboptions: {}: {}\n", severity, message);
     static_cast<void>(std::fwrite(line.data(), 1, line.size(), stderr));
 }
@@ -51,12 +54,12 @@ void WriteOutput(std::string_view text) {
     }
 }
 
-void WriteError(std::string_view message) {
-    WriteMessage("error", message);
+void WriteError(std::string_view message, bool quiet) {
+    WriteMessage("error", message, quiet);
 }
 
-void WriteWarning(std::string_view message) {
-    WriteMessage("warning", message);
+void WriteWarning(std::string_view message, bool quiet) {
+    WriteMessage("warning", message, quiet);
 }
 
 } // namespace joboptions

@@ -49,8 +49,9 @@ std::string Colored(std::string_view text, int number, bool color);
 // reason.
 void WriteOutput(std::string_view text);
 
-// Write a line to standard error that begins with the program's name and "error" or "warning".
-void WriteError(std::string_view message);
-void WriteWarning(std::string_view message);
+// Write a line to standard error that begins with the program's name and "error" or "warning",
+// unless quiet.
+void WriteError(std::string_view message, bool quiet = false);
+void WriteWarning(std::string_view message, bool quiet);
 
 } // namespace joboptions

@@ -23,12 +23,9 @@ void AsWriting(std::string const& file, Work work) {
     try {
         work();
     } catch (pdfsettings::RefusedError const& error) {
-        throw Failure(
-            Status::kRefused, fmt::format("{}: {}", VisibleText(file), VisibleText(error.what())));
+        Fail(Status::kRefused, file, VisibleText(error.what()));
     } catch (pdfsettings::Error const& error) {
-        throw Failure(
-            Status::kNotWritten,
-            fmt::format("{}: {}", VisibleText(file), VisibleText(error.what())));
+        Fail(Status::kNotWritten, file, VisibleText(error.what()));
     }
 }
 
@@ -40,11 +37,8 @@ void WriteBy(
     std::function<pdfsettings::SaveWarnings()> const& save) {
     pdfsettings::SaveWarnings warnings;
     AsWriting(file, [&] { warnings = save(); });
-    if (options.quiet) {
-        return;
-    }
     for (std::string const& warning : warnings) {
-        WriteWarning(fmt::format("{}: {}", VisibleText(file), VisibleText(warning)));
+        WriteWarning(fmt::format("{}: {}", VisibleText(file), VisibleText(warning)), options.quiet);
     }
 }
 
@@ -104,14 +98,6 @@ bool IsInPlace(std::string const& file, Options const& options) {
            !pdfsettings::IsStream(file);
 }
 
-// The failure of a command for an error before it has read file.
-Failure UnreadFailure(std::string const& file, pdfsettings::Error const& error) {
-    bool const isRefused = dynamic_cast<pdfsettings::RefusedError const*>(&error) != nullptr;
-    return {
-        isRefused ? Status::kRefused : Status::kBadInput,
-        fmt::format("{}: {}", InputName(file), VisibleText(error.what()))};
-}
-
 Status ChangeEdited(
     pdfsettings::EditedFile& edited,
     std::string const& file,
@@ -140,7 +126,8 @@ Status EditFile(std::string const& file, Options const& options, ChangeText cons
         if (isRead) {
             throw;
         }
-        throw UnreadFailure(file, error);
+        bool const isRefused = dynamic_cast<pdfsettings::RefusedError const*>(&error) != nullptr;
+        Fail(isRefused ? Status::kRefused : Status::kBadInput, file, VisibleText(error.what()));
     }
     return status;
 }
@@ -164,14 +151,12 @@ void RequireReplaceable(std::string const& file, Options const& options) {
     try {
         pdfsettings::LookAt(target, SaveOptionsOf(options));
     } catch (pdfsettings::RefusedError const& error) {
-        throw Failure(
-            Status::kRefused,
-            fmt::format("{}: {}", VisibleText(target), VisibleText(error.what())));
+        Fail(Status::kRefused, target, VisibleText(error.what()));
     } catch (pdfsettings::Error const&) {
         // A dry run writes nothing that could fail.
     }
     if (pdfsettings::IsReadOnly(target)) {
-        throw Failure(Status::kRefused, VisibleText(target) + ": read-only");
+        Fail(Status::kRefused, target, "read-only");
     }
 }
 

@@ -1,9 +1,9 @@
 #include "tools/joboptions/json/JsonReader.h"
 
-#include "tools/joboptions/commands/Output.h"
 #include "tools/joboptions/commands/Input.h"
 #include "tools/joboptions/json/ValueJson.h"
 #include "tools/joboptions/text/Utf8.h"
+#include "tools/joboptions/text/ValueText.h"
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
@@ -86,12 +86,10 @@ public:
         // The library's words begin with its own name and number.
         std::string const words = error.what();
         std::size_t const name = words.find("] ");
-        throw Failure(
+        Fail(
             Status::kBadInput,
-            fmt::format(
-                "{}: {}",
-                InputName(fFile),
-                Quoted(name == std::string::npos ? words : words.substr(name + 2))));
+            fFile,
+            Quoted(name == std::string::npos ? words : words.substr(name + 2)));
     }
     // NOLINTEND(readability-identifier-naming)
 
@@ -103,14 +101,7 @@ private:
 
     [[noreturn]] void Refuse(std::string const& reason) const {
         std::string const place = Place();
-        throw Failure(
-            Status::kBadInput,
-            fmt::format(
-                "{}: {}{}{}",
-                InputName(fFile),
-                VisibleText(place),
-                place.empty() ? "" : ": ",
-                reason));
+        Fail(Status::kBadInput, fFile, VisibleText(place) + (place.empty() ? "" : ": ") + reason);
     }
 
     // What stands elsewhere in the document is passed over.
@@ -168,10 +159,6 @@ private:
     Value fRoot;
 };
 
-[[noreturn]] void ThrowNoDocument(std::string const& file, std::string const& reason) {
-    throw Failure(Status::kBadInput, fmt::format("{}: {}", InputName(file), reason));
-}
-
 } // namespace
 
 Dictionary ReadJsonDocument(char const* member, std::string const& text, std::string const& file) {
@@ -179,12 +166,11 @@ Dictionary ReadJsonDocument(char const* member, std::string const& text, std::st
     auto const* const document = builder.Root().If<Dictionary>();
     Value const* const version = document == nullptr ? nullptr : document->Get("version");
     if (version == nullptr || *version != Value(1.0)) {
-        ThrowNoDocument(file, "expected a JSON object with \"version\": 1");
+        Fail(Status::kBadInput, file, "expected a JSON object with \"version\": 1");
     }
-    Value const* const values = document->Get(member);
-    auto const* const dictionary = values == nullptr ? nullptr : values->If<Dictionary>();
+    auto const* const dictionary = As<Dictionary>(document->Get(member));
     if (dictionary == nullptr) {
-        ThrowNoDocument(file, fmt::format("expected an object under \"{}\"", member));
+        Fail(Status::kBadInput, file, fmt::format("expected an object under \"{}\"", member));
     }
     return *dictionary;
 }

@@ -1,6 +1,5 @@
 #include "tools/joboptions/json/ValueJson.h"
 
-#include "tools/joboptions/commands/Output.h"
 #include "tools/joboptions/commands/Input.h"
 #include "tools/joboptions/text/Utf8.h"
 #include "tools/joboptions/text/ValueText.h"
@@ -140,12 +139,11 @@ public:
 private:
     void Enter() {
         if (++fLevel > kDeepestJsonLevel) {
-            throw Failure(
+            Fail(
                 Status::kBadInput,
+                fFile,
                 fmt::format(
-                    "{}: nested deeper than the {} levels that JSON output takes",
-                    InputName(fFile),
-                    kDeepestJsonLevel));
+                    "nested deeper than the {} levels that JSON output takes", kDeepestJsonLevel));
         }
     }
 

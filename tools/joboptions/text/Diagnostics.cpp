@@ -39,6 +39,12 @@ using pdfsettings::Span;
 
 namespace {
 
+// Where settings begin, or would.
+Span BeginOf(Document const& document) {
+    std::size_t const body = document.Body() ? document.Body()->begin : 0;
+    return {body < 2 ? 0 : body - 2, body};
+}
+
 // Where the value at a path stands; for one that is missing, where it belongs.
 Span SpanOf(Document const& document, std::string const& path) {
     DocumentEntry const* const entry = document.Find(path);
@@ -50,8 +56,7 @@ Span SpanOf(Document const& document, std::string const& path) {
         Span const parent = SpanOf(document, path.substr(0, slash));
         return {parent.begin, std::min(parent.begin + 2, parent.end)};
     }
-    std::size_t const body = document.Body() ? document.Body()->begin : 0;
-    return {body < 2 ? 0 : body - 2, body};
+    return BeginOf(document);
 }
 
 // The rule's form of a path names all elements as "[]".
@@ -114,20 +119,13 @@ DiagnosticLine(std::string const& file, Diagnostic const& diagnostic, std::strin
         diagnostic.id);
 }
 
-bool IsOfNumber(Difference const& difference) {
-    auto const isNumber = [](pdfsettings::Value const* value) {
-        return value != nullptr && value->If<double>() != nullptr;
-    };
-    return isNumber(difference.before) && isNumber(difference.after);
-}
-
 std::vector<Diagnostic> RoundedNumbers(
     Document const& document,
     pdfsettings::Dictionary const& before,
     pdfsettings::Dictionary const& after) {
     std::vector<Diagnostic> diagnostics;
     for (Difference const& difference : Compare(before, after)) {
-        if (IsOfNumber(difference)) {
+        if (IsOfNumbers(difference)) {
             diagnostics.push_back(MakeDiagnostic(
                 document,
                 Severity::kWarning,
@@ -146,13 +144,11 @@ std::vector<Diagnostic> RoundedNumbers(
 // key: the setting that is to blame, if it is a single one.
 Diagnostic Unwritable(Document const& document, std::optional<std::string> const& key) {
     DocumentEntry const* const entry = key ? document.Find(*key) : nullptr;
-    std::size_t const body = document.Body() ? document.Body()->begin : 0;
-    Span const whole{body < 2 ? 0 : body - 2, body};
     return MakeDiagnostic(
         document,
         Severity::kWarning,
         "unwritable",
-        entry != nullptr ? entry->value : whole,
+        entry != nullptr ? entry->value : BeginOf(document),
         key.value_or(""),
         entry != nullptr ? "the component writes this so that the file cannot be read again"
                          : "the component writes this file so that it cannot be read again");
@@ -181,13 +177,11 @@ std::string NameHint(
     std::vector<SettingRule> const& rules,
     pdfsettings::Finding const& finding) {
     SettingRule const* const rule = FindRule(rules, finding.key);
-    auto const* const value = pdfsettings::Find(values, finding.key);
-    auto const* const word = value == nullptr ? nullptr : value->If<pdfsettings::Word>();
+    auto const* const word = As<pdfsettings::Word>(Find(values, finding.key));
     if (rule == nullptr || word == nullptr) {
         return "";
     }
-    std::string const nearest = Nearest(word->text, AllowedWords(*rule));
-    return nearest.empty() ? "" : MeantText("/" + nearest);
+    return MeantText(Nearest(word->text, AllowedWords(*rule)), "/");
 }
 
 std::vector<Diagnostic> TextDiagnostics(Document const& document) {

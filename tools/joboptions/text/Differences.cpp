@@ -61,10 +61,6 @@ private:
         }
     }
 
-    static bool IsCollection(Value const& value) {
-        return value.If<Array>() != nullptr || value.If<Dictionary>() != nullptr;
-    }
-
     void PushEntries(std::string const& prefix, Dictionary const& before, Dictionary const& after) {
         std::size_t const begin = fPending.size();
         for (std::size_t place = 0; place < before.Size(); ++place) {
@@ -106,6 +102,10 @@ private:
 };
 
 } // namespace
+
+bool IsOfNumbers(Difference const& difference) {
+    return As<double>(difference.before) != nullptr && As<double>(difference.after) != nullptr;
+}
 
 std::vector<Difference> Compare(Dictionary const& before, Dictionary const& after) {
     return Comparison().Run(before, after);

@@ -2,6 +2,7 @@
 
 #include "pdfsettings/Path.h"
 #include "tools/joboptions/text/Utf8.h"
+#include "tools/joboptions/text/ValueText.h"
 
 #include <algorithm>
 #include <cctype>
@@ -65,8 +66,8 @@ std::string Nearest(std::string const& word, std::vector<std::string> const& cho
     return nearest;
 }
 
-std::string MeantText(std::string const& meant) {
-    return meant.empty() ? "" : "; did you mean " + VisibleText(meant) + "?";
+std::string MeantText(std::string const& meant, char const* before) {
+    return meant.empty() ? "" : fmt::format("; did you mean {}{}?", before, VisibleText(meant));
 }
 
 KnownKeys::KnownKeys(std::vector<pdfsettings::SettingRule> const& rules) {
@@ -229,8 +230,7 @@ std::string KeyMeant(Dictionary const& settings, std::string const& key) {
     if (slash == std::string::npos || slash == 0) {
         return NearestKey(settings, key);
     }
-    auto const* const parent = pdfsettings::Find(settings, key.substr(0, slash));
-    auto const* const values = parent == nullptr ? nullptr : parent->If<Dictionary>();
+    auto const* const values = As<Dictionary>(Find(settings, key.substr(0, slash)));
     std::string const nearest =
         values == nullptr ? std::string() : NearestKey(*values, key.substr(slash + 1));
     return nearest.empty() ? nearest : key.substr(0, slash + 1) + nearest;

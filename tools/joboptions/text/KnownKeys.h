@@ -16,8 +16,9 @@ namespace joboptions {
 // The one of choices that word may be a misspelling of; empty for none.
 std::string Nearest(std::string const& word, std::vector<std::string> const& choices);
 
-// "; did you mean …?" with control bytes made visible; empty for nothing.
-std::string MeantText(std::string const& meant);
+// "; did you mean …?" with control bytes made visible, and with what stands before meant in a file;
+// empty for nothing.
+std::string MeantText(std::string const& meant, char const* before = "");
 
 // What is said of a setting that a schema does not name.
 inline constexpr char kUnknownKeyText[] = "the schema has no such setting";

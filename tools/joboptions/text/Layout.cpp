@@ -3,12 +3,10 @@
 #include "format/Tokens.h"
 #include "pdfsettings/Error.h"
 #include "tools/joboptions/commands/Input.h"
-#include "tools/joboptions/commands/Output.h"
 #include "tools/joboptions/text/Differences.h"
 #include "tools/joboptions/text/Utf8.h"
 
 #include <algorithm>
-#include <fmt/format.h>
 #include <string_view>
 
 namespace joboptions {
@@ -48,13 +46,8 @@ bool HasComments(Document const& document) {
 
 namespace {
 
-[[noreturn]] void Refuse(std::string const& file, std::string const& reason) {
-    throw Failure(Status::kRefused, fmt::format("{}: {}", InputName(file), reason));
-}
-
-bool IsRounding(Difference const& difference) {
-    return difference.before != nullptr && difference.after != nullptr &&
-           difference.before->If<double>() != nullptr && difference.after->If<double>() != nullptr;
+[[noreturn]] void RefuseKey(std::string const& file, std::string const& key) {
+    Fail(Status::kRefused, file, VisibleText(key) + " cannot be written so that it reads back");
 }
 
 // A file that writes its own tail is read back without one only if that is empty.
@@ -82,9 +75,9 @@ bool ReadsBack(pdfsettings::Component const& component, pdfsettings::Dictionary 
     std::string const& file,
     std::string const& reason) {
     if (auto const key = UnwritableKey(component, values)) {
-        Refuse(file, fmt::format("{} cannot be written so that it reads back", VisibleText(*key)));
+        RefuseKey(file, *key);
     }
-    Refuse(file, "what would be written cannot be read again: " + reason);
+    Fail(Status::kRefused, file, "what would be written cannot be read again: " + reason);
 }
 
 pdfsettings::Settings ReadBack(
@@ -122,12 +115,10 @@ std::string LayOut(
     pdfsettings::Dictionary const after = written.Values();
     auto const differences = Compare(before, after);
     auto const lost = std::ranges::find_if_not(differences, [](Difference const& difference) {
-        return IsRounding(difference) || IsEmptyOrDefaultTail(difference);
+        return IsOfNumbers(difference) || IsEmptyOrDefaultTail(difference);
     });
     if (lost != differences.end()) {
-        Refuse(
-            file,
-            fmt::format("{} cannot be written so that it reads back", VisibleText(lost->path)));
+        RefuseKey(file, lost->path);
     }
     return written.Text();
 }

@@ -30,14 +30,6 @@ std::string KindText(SettingRule const& rule) {
            (rule.count ? ", " + BoundText(*rule.count) + " elements" : "");
 }
 
-std::string AllowedText(SettingRule const& rule) {
-    std::string text;
-    for (pdfsettings::Value const& value : rule.allowed) {
-        text += (text.empty() ? "" : ", ") + OneLine(value);
-    }
-    return text;
-}
-
 std::string RangeText(SettingRule const& rule) {
     if (rule.least && rule.greatest) {
         return fmt::format("{} to {}", BoundText(*rule.least), BoundText(*rule.greatest));
@@ -56,7 +48,7 @@ std::string Line(char const* label, std::string const& text) {
 std::string Paragraph(SettingRule const& rule) {
     return VisibleText(rule.key) + "\n" +
            (rule.help.empty() ? "" : "  " + VisibleText(rule.help) + "\n") +
-           Line("Kind", VisibleText(KindText(rule))) + Line("Allowed", AllowedText(rule)) +
+           Line("Kind", VisibleText(KindText(rule))) + Line("Allowed", CommaList(rule.allowed)) +
            Line("Range", RangeText(rule)) +
            Line("Default", rule.standard ? OneLine(*rule.standard) : "") +
            Line("Required", rule.isRequired ? "yes" : "");

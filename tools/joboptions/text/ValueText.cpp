@@ -8,7 +8,6 @@
 #include <fmt/format.h>
 #include <iterator>
 #include <variant>
-#include <vector>
 
 namespace joboptions {
 
@@ -88,6 +87,18 @@ private:
 
 std::string OneLine(Value const& value) {
     return Writer().Write(value);
+}
+
+std::string CommaList(std::vector<Value> const& values) {
+    std::string text;
+    for (Value const& value : values) {
+        text += (text.empty() ? "" : ", ") + OneLine(value);
+    }
+    return text;
+}
+
+bool IsCollection(Value const& value) {
+    return value.If<Array>() != nullptr || value.If<Dictionary>() != nullptr;
 }
 
 // The reader takes a number without a point for a whole number of 64 bits: 1e5 would read as 1, and

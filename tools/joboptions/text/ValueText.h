@@ -1,9 +1,10 @@
-// Values in the syntax of a settings file.
+// Values in the syntax of a settings file, and what kind they are of.
 #pragma once
 
 #include "pdfsettings/Value.h"
 
 #include <string>
+#include <vector>
 
 namespace joboptions {
 
@@ -13,7 +14,19 @@ namespace joboptions {
 // string.
 std::string OneLine(pdfsettings::Value const& value);
 
+// Values so, with commas between them.
+std::string CommaList(std::vector<pdfsettings::Value> const& values);
+
 // A number in its shortest form that reads back as the same number.
 std::string NumberText(double number);
+
+// value if there is one of that kind, else null.
+template <class Kind>
+Kind const* As(pdfsettings::Value const* value) {
+    return value == nullptr ? nullptr : value->If<Kind>();
+}
+
+// Whether value is an array or a dictionary.
+bool IsCollection(pdfsettings::Value const& value);
 
 } // namespace joboptions
