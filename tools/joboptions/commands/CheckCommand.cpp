@@ -23,35 +23,6 @@ namespace joboptions {
 
 namespace {
 
-// Says of each file what of it is lost or taken otherwise than it looks, and what the schema does
-// not allow.
-class CheckCommand final : public Command {
-public:
-    CheckCommand(CLI::App& program, Options& options);
-
-    // Status::kDone when all files are valid, Status::kNo when one has faults (warnings count if
-    // strict), Status::kBadInput when one cannot be read or parsed; the others are judged all the
-    // same.
-    Status Run() const override;
-
-private:
-    Judgement Judge(
-        pdfsettings::Component const& component,
-        pdfsettings::Schema const& schema,
-        std::string const& file) const;
-
-    void JudgeText(
-        pdfsettings::Component const& component,
-        pdfsettings::Schema const& schema,
-        std::string text,
-        Judgement& judgement) const;
-    Status StatusOf(Judgement const& judgement) const;
-
-    Options const& fOptions;
-    std::vector<std::string> fFiles;
-    bool fIsStrict = false;
-};
-
 std::string JudgementText(Judgement const& judgement, bool color) {
     std::string text;
     for (Diagnostic const& diagnostic : judgement.diagnostics) {
@@ -65,97 +36,105 @@ void Append(std::vector<Diagnostic>& all, std::vector<Diagnostic> more) {
         all.end(), std::make_move_iterator(more.begin()), std::make_move_iterator(more.end()));
 }
 
-CheckCommand::CheckCommand(CLI::App& program, Options& options)
-    : Command(program, "check", "Say what of the settings is not allowed"),
-      fOptions(options) {
-    Parser()
-        .add_option("FILE", fFiles, "The settings files; - is standard input")
-        ->required()
-        ->type_name("");
-    Parser().add_flag(
-        "--strict",
-        fIsStrict,
-        "Name settings that the schema does not know; warnings count as faults");
-    AddApplication(Parser(), options, kNamesOfApplication);
-    AddSchema(Parser(), options);
-    AddJson(Parser(), options);
-    AddOptions(Parser(), options);
-    Parser().footer("Examples:\n"
-                    "  joboptions check *.joboptions\n"
-                    "  joboptions check --schema company.schema office.joboptions\n"
-                    "  joboptions check --strict --json office.joboptions\n"
-                    "  joboptions check -q office.joboptions && echo valid");
-}
+// Says of each file what of it is lost or taken otherwise than it looks, and what the schema does
+// not allow.
+class CheckCommand final : public Command {
+public:
+    CheckCommand(CLI::App& program, Options& options)
+        : Command(program, options, "check", "Say what of the settings is not allowed") {
+        AddArgument(Parser(), "FILE", fFiles, "The settings files; - is standard input")
+            ->required();
+        Parser().add_flag(
+            "--strict",
+            fIsStrict,
+            "Name settings that the schema does not know; warnings count as faults");
+        AddApplication(Parser(), options, kNamesOfApplication);
+        AddSchema(Parser(), options);
+        AddJson(Parser(), options);
+        AddOptions(Parser(), options);
+        Parser().footer("Examples:\n"
+                        "  joboptions check *.joboptions\n"
+                        "  joboptions check --schema company.schema office.joboptions\n"
+                        "  joboptions check --strict --json office.joboptions\n"
+                        "  joboptions check -q office.joboptions && echo valid");
+    }
 
-Status CheckCommand::Run() const {
-    RequireOneStandardInput(fFiles);
-    pdfsettings::Component const component;
-    pdfsettings::Schema const schema = ReadSchema(component, fOptions);
-    std::vector<Judgement> judgements;
-    Status status = Status::kDone;
-    std::string text;
-    for (std::string const& file : fFiles) {
-        judgements.push_back(Judge(component, schema, file));
-        status = std::max(status, StatusOf(judgements.back()));
-        if (!fOptions.json && !fOptions.quiet) {
-            text += JudgementText(judgements.back(), UseColor(fOptions));
+    // Status::kDone when all files are valid, Status::kNo when one has faults (warnings count if
+    // strict), Status::kBadInput when one cannot be read or parsed; the others are judged all the
+    // same.
+    Status Run() const override {
+        RequireOneStandardInput(fFiles);
+        pdfsettings::Component const component;
+        pdfsettings::Schema const schema = ReadSchema(component, fOptions);
+        std::vector<Judgement> judgements;
+        Status status = Status::kDone;
+        std::string text;
+        for (std::string const& file : fFiles) {
+            judgements.push_back(Judge(component, schema, file));
+            status = std::max(status, StatusOf(judgements.back()));
+            if (!fOptions.json && !fOptions.quiet) {
+                text += JudgementText(judgements.back(), UseColor(fOptions));
+            }
         }
+        WriteResult(fOptions, fOptions.json ? CheckDocument(judgements) : text);
+        return status;
     }
-    WriteResult(fOptions, fOptions.json ? CheckDocument(judgements) : text);
-    return status;
-}
 
-Judgement CheckCommand::Judge(
-    pdfsettings::Component const& component,
-    pdfsettings::Schema const& schema,
-    std::string const& file) const {
-    Judgement judgement{file, {}, {}, {}};
-    try {
-        judgement.file = Locate(component, file, fOptions);
-        JudgeText(component, schema, ReadBytes(judgement.file), judgement);
-    } catch (Failure const& failure) {
-        judgement.error = failure.what();
-        if (!fOptions.quiet) {
-            WriteError(failure.what());
+private:
+    Judgement Judge(
+        pdfsettings::Component const& component,
+        pdfsettings::Schema const& schema,
+        std::string const& file) const {
+        Judgement judgement{file, {}, {}, {}};
+        try {
+            judgement.file = Locate(component, file, fOptions);
+            JudgeText(component, schema, ReadBytes(judgement.file), judgement);
+        } catch (Failure const& failure) {
+            judgement.error = failure.what();
+            WriteError(failure.what(), fOptions.quiet);
         }
+        return judgement;
     }
-    return judgement;
-}
 
-void CheckCommand::JudgeText(
-    pdfsettings::Component const& component,
-    pdfsettings::Schema const& schema,
-    std::string text,
-    Judgement& judgement) const {
-    judgement.document.emplace(std::move(text));
-    pdfsettings::Document const& document = *judgement.document;
-    judgement.diagnostics = TextDiagnostics(document);
-    if (document.WhyRefused() != pdfsettings::Refusal::kNone) {
-        judgement.error = RefusalText(judgement.file, document);
-        return;
+    void JudgeText(
+        pdfsettings::Component const& component,
+        pdfsettings::Schema const& schema,
+        std::string text,
+        Judgement& judgement) const {
+        judgement.document.emplace(std::move(text));
+        pdfsettings::Document const& document = *judgement.document;
+        judgement.diagnostics = TextDiagnostics(document);
+        if (document.WhyRefused() != pdfsettings::Refusal::kNone) {
+            judgement.error = RefusalText(judgement.file, document);
+            return;
+        }
+        auto const settings =
+            ParseSettings(component, judgement.file, document.Text(), schema.Text());
+        auto const& rules = schema.Settings();
+        auto& all = judgement.diagnostics;
+        Append(all, SchemaDiagnostics(document, settings.Validate(), rules));
+        Append(all, WritingDiagnostics(component, document, settings));
+        if (fIsStrict) {
+            Append(all, UnknownKeys(document, rules));
+        }
+        std::ranges::stable_sort(
+            all, {}, [](Diagnostic const& diagnostic) { return diagnostic.span.begin; });
     }
-    auto const settings = ParseSettings(component, judgement.file, document.Text(), schema.Text());
-    auto const& rules = schema.Settings();
-    auto& all = judgement.diagnostics;
-    Append(all, SchemaDiagnostics(document, settings.Validate(), rules));
-    Append(all, WritingDiagnostics(component, document, settings));
-    if (fIsStrict) {
-        Append(all, UnknownKeys(document, rules));
-    }
-    std::ranges::stable_sort(
-        all, {}, [](Diagnostic const& diagnostic) { return diagnostic.span.begin; });
-}
 
-Status CheckCommand::StatusOf(Judgement const& judgement) const {
-    if (!judgement.error.empty()) {
-        return Status::kBadInput;
+    Status StatusOf(Judgement const& judgement) const {
+        if (!judgement.error.empty()) {
+            return Status::kBadInput;
+        }
+        bool const isFaulty =
+            std::ranges::any_of(judgement.diagnostics, [this](auto const& diagnostic) {
+                return fIsStrict || diagnostic.severity == pdfsettings::Severity::kError;
+            });
+        return isFaulty ? Status::kNo : Status::kDone;
     }
-    bool const isFaulty =
-        std::ranges::any_of(judgement.diagnostics, [this](auto const& diagnostic) {
-            return fIsStrict || diagnostic.severity == pdfsettings::Severity::kError;
-        });
-    return isFaulty ? Status::kNo : Status::kDone;
-}
+
+    std::vector<std::string> fFiles;
+    bool fIsStrict = false;
+};
 
 } // namespace
 

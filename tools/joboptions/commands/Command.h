@@ -23,12 +23,15 @@ public:
     virtual Status Run() const = 0;
 
 protected:
-    // REQUIRES: program outlives this.
-    Command(CLI::App& program, char const* name, char const* purpose)
-        : fCommand(program.add_subcommand(name, purpose)) {}
+    // REQUIRES: program and options outlive this.
+    Command(CLI::App& program, Options const& options, char const* name, char const* purpose)
+        : fOptions(options),
+          fCommand(program.add_subcommand(name, purpose)) {}
 
     // Its part of the command line. Parsing stores into what is added here.
     CLI::App& Parser() { return *fCommand; }
+
+    Options const& fOptions;
 
 private:
     CLI::App* fCommand;
@@ -36,20 +39,22 @@ private:
 
 // The commands, each described in its own file. Each adds itself to program; program and options
 // outlive it.
-std::unique_ptr<Command> MakeShowCommand(CLI::App& program, Options& options);
-std::unique_ptr<Command> MakeGetCommand(CLI::App& program, Options& options);
-std::unique_ptr<Command> MakeSetCommand(CLI::App& program, Options& options);
-std::unique_ptr<Command> MakeUnsetCommand(CLI::App& program, Options& options);
-std::unique_ptr<Command> MakeCheckCommand(CLI::App& program, Options& options);
-std::unique_ptr<Command> MakeDiffCommand(CLI::App& program, Options& options);
-std::unique_ptr<Command> MakeFmtCommand(CLI::App& program, Options& options);
-std::unique_ptr<Command> MakeExportCommand(CLI::App& program, Options& options);
-std::unique_ptr<Command> MakeImportCommand(CLI::App& program, Options& options);
-std::unique_ptr<Command> MakeListCommand(CLI::App& program, Options& options);
-std::unique_ptr<Command> MakeFolderCommand(CLI::App& program, Options& options);
-std::unique_ptr<Command> MakeDescribeCommand(CLI::App& program, Options& options);
-std::unique_ptr<Command> MakeManualCommand(CLI::App& program, Options& options);
-std::unique_ptr<Command> MakeCompleteCommand(CLI::App& program, Options& options);
-std::unique_ptr<Command> MakeCompletionCommand(CLI::App& program, Options& options);
+using MakeCommand = std::unique_ptr<Command>(CLI::App& program, Options& options);
+
+MakeCommand MakeShowCommand;
+MakeCommand MakeGetCommand;
+MakeCommand MakeSetCommand;
+MakeCommand MakeUnsetCommand;
+MakeCommand MakeCheckCommand;
+MakeCommand MakeDiffCommand;
+MakeCommand MakeFmtCommand;
+MakeCommand MakeExportCommand;
+MakeCommand MakeImportCommand;
+MakeCommand MakeListCommand;
+MakeCommand MakeFolderCommand;
+MakeCommand MakeDescribeCommand;
+MakeCommand MakeManualCommand;
+MakeCommand MakeCompleteCommand;
+MakeCommand MakeCompletionCommand;
 
 } // namespace joboptions

@@ -22,28 +22,6 @@ namespace joboptions {
 
 namespace {
 
-// Writes what settings are for and what they may hold: a line for each, or all that the schema says
-// of the ones that are named.
-class DescribeCommand final : public Command {
-public:
-    DescribeCommand(CLI::App& program, Options& options);
-
-    // Status::kDone, or Status::kNo when the schema lacks a key: the others are written all the
-    // same.
-    Status Run() const override;
-
-private:
-    std::vector<pdfsettings::SettingRule>
-    Choose(std::vector<pdfsettings::SettingRule> const& rules, Status& status) const;
-    std::string AsText(std::vector<pdfsettings::SettingRule> const& rules) const;
-    std::string AsJson(std::vector<pdfsettings::SettingRule> const& rules) const;
-    void
-    ReportMissing(std::string const& key, std::vector<pdfsettings::SettingRule> const& rules) const;
-
-    Options const& fOptions;
-    std::vector<std::string> fKeys;
-};
-
 using pdfsettings::SettingRule;
 
 // Whether key is the setting's, or that of one it is nested in.
@@ -53,69 +31,77 @@ bool IsChosenBy(std::string const& key, SettingRule const& rule) {
     return rule.key.starts_with(key) && (isNested || rule.key.size() == key.size());
 }
 
-DescribeCommand::DescribeCommand(CLI::App& program, Options& options)
-    : Command(program, "describe", "Say what settings are for and what they may hold"),
-      fOptions(options) {
-    Parser()
-        .add_option("KEY", fKeys, "The settings; without any, a line for each that there is")
-        ->type_name("");
-    AddSchema(Parser(), options);
-    AddJson(Parser(), options);
-    AddOptions(Parser(), options);
-    Parser().footer("Examples:\n"
-                    "  joboptions describe\n"
-                    "  joboptions describe ColorImageResolution ColorImageDict/QFactor\n"
-                    "  joboptions describe --json CompatibilityLevel");
-}
-
-Status DescribeCommand::Run() const {
-    pdfsettings::Component const component;
-    auto const rules = ReadSchema(component, fOptions).Settings();
-    Status status = Status::kDone;
-    auto const chosen = fKeys.empty() ? rules : Choose(rules, status);
-    WriteResult(fOptions, fOptions.json ? AsJson(chosen) : AsText(chosen));
-    return status;
-}
-
-std::string DescribeCommand::AsText(std::vector<SettingRule> const& rules) const {
-    return fKeys.empty() ? RuleLines(rules) : RuleParagraphs(rules);
-}
-
-// A default may be nested too deep for JSON.
-std::string DescribeCommand::AsJson(std::vector<SettingRule> const& rules) const {
-    try {
-        return RulesDocument(rules, fOptions.schema);
-    } catch (Failure const& failure) {
-        throw Failure(Status::kBadSchema, failure.what());
+// Writes what settings are for and what they may hold: a line for each, or all that the schema says
+// of the ones that are named.
+class DescribeCommand final : public Command {
+public:
+    DescribeCommand(CLI::App& program, Options& options)
+        : Command(
+              program, options, "describe", "Say what settings are for and what they may hold") {
+        AddArgument(
+            Parser(), "KEY", fKeys, "The settings; without any, a line for each that there is");
+        AddSchema(Parser(), options);
+        AddJson(Parser(), options);
+        AddOptions(Parser(), options);
+        Parser().footer("Examples:\n"
+                        "  joboptions describe\n"
+                        "  joboptions describe ColorImageResolution ColorImageDict/QFactor\n"
+                        "  joboptions describe --json CompatibilityLevel");
     }
-}
 
-std::vector<SettingRule>
-DescribeCommand::Choose(std::vector<SettingRule> const& rules, Status& status) const {
-    std::vector<SettingRule> chosen;
-    for (std::string const& key : fKeys) {
-        std::size_t const before = chosen.size();
-        std::ranges::copy_if(rules, std::back_inserter(chosen), [&key](SettingRule const& rule) {
-            return IsChosenBy(key, rule);
-        });
-        if (chosen.size() == before) {
-            status = Status::kNo;
-            ReportMissing(key, rules);
+    // Status::kDone, or Status::kNo when the schema lacks a key: the others are written all the
+    // same.
+    Status Run() const override {
+        pdfsettings::Component const component;
+        auto const rules = ReadSchema(component, fOptions).Settings();
+        Status status = Status::kDone;
+        auto const chosen = fKeys.empty() ? rules : Choose(rules, status);
+        WriteResult(fOptions, fOptions.json ? AsJson(chosen) : AsText(chosen));
+        return status;
+    }
+
+private:
+    std::vector<SettingRule> Choose(std::vector<SettingRule> const& rules, Status& status) const {
+        std::vector<SettingRule> chosen;
+        for (std::string const& key : fKeys) {
+            std::size_t const before = chosen.size();
+            std::ranges::copy_if(
+                rules, std::back_inserter(chosen), [&key](SettingRule const& rule) {
+                    return IsChosenBy(key, rule);
+                });
+            if (chosen.size() == before) {
+                status = Status::kNo;
+                ReportMissing(key, rules);
+            }
+        }
+        return chosen;
+    }
+
+    std::string AsText(std::vector<SettingRule> const& rules) const {
+        return fKeys.empty() ? RuleLines(rules) : RuleParagraphs(rules);
+    }
+
+    // A default may be nested too deep for JSON.
+    std::string AsJson(std::vector<SettingRule> const& rules) const {
+        try {
+            return RulesDocument(rules, fOptions.schema);
+        } catch (Failure const& failure) {
+            throw Failure(Status::kBadSchema, failure.what());
         }
     }
-    return chosen;
-}
 
-void DescribeCommand::ReportMissing(
-    std::string const& key, std::vector<SettingRule> const& rules) const {
-    if (fOptions.quiet) {
-        return;
+    void ReportMissing(std::string const& key, std::vector<SettingRule> const& rules) const {
+        if (fOptions.quiet) {
+            return;
+        }
+        std::vector<std::string> keys;
+        std::ranges::transform(rules, std::back_inserter(keys), &SettingRule::key);
+        WriteError(fmt::format(
+            "the schema has no setting {}{}", VisibleText(key), MeantText(Nearest(key, keys))));
     }
-    std::vector<std::string> keys;
-    std::ranges::transform(rules, std::back_inserter(keys), &SettingRule::key);
-    WriteError(fmt::format(
-        "the schema has no setting {}{}", VisibleText(key), MeantText(Nearest(key, keys))));
-}
+
+    std::vector<std::string> fKeys;
+};
 
 } // namespace
 

@@ -19,50 +19,41 @@ namespace {
 // Compares two files by key and value.
 class DiffCommand final : public Command {
 public:
-    DiffCommand(CLI::App& program, Options& options);
+    DiffCommand(CLI::App& program, Options& options)
+        : Command(
+              program, options, "diff", "Say what differs between two files, by key and value") {
+        AddArgument(Parser(), "A", fBefore, "A settings file; - is standard input")->required();
+        AddArgument(Parser(), "B", fAfter, "The settings file that is compared with it")
+            ->required();
+        AddApplication(Parser(), options, kNamesOfApplication);
+        AddJson(Parser(), options);
+        AddOptions(Parser(), options);
+        Parser().footer(
+            "A line for each setting that differs: - only in A, + only in B, ~ changed.\n"
+            "\n"
+            "Examples:\n"
+            "  joboptions diff screen.joboptions press.joboptions\n"
+            "  joboptions diff --json old.joboptions new.joboptions");
+    }
 
     // Status::kDone when the settings are the same, else Status::kNo.
-    Status Run() const override;
+    Status Run() const override {
+        RequireOneStandardInput({fBefore, fAfter});
+        pdfsettings::Dictionary const before = ReadSettings(Locate(fBefore, fOptions));
+        pdfsettings::Dictionary const after = ReadSettings(Locate(fAfter, fOptions));
+        auto const differences = Compare(before, after);
+        if (fOptions.json) {
+            WriteResult(fOptions, DifferencesDocument(differences, fBefore));
+        } else if (!fOptions.quiet) {
+            WriteResult(fOptions, DifferencesText(differences, UseColor(fOptions)));
+        }
+        return differences.empty() ? Status::kDone : Status::kNo;
+    }
 
 private:
-    Options const& fOptions;
     std::string fBefore;
     std::string fAfter;
 };
-
-DiffCommand::DiffCommand(CLI::App& program, Options& options)
-    : Command(program, "diff", "Say what differs between two files, by key and value"),
-      fOptions(options) {
-    Parser()
-        .add_option("A", fBefore, "A settings file; - is standard input")
-        ->required()
-        ->type_name("");
-    Parser()
-        .add_option("B", fAfter, "The settings file that is compared with it")
-        ->required()
-        ->type_name("");
-    AddApplication(Parser(), options, kNamesOfApplication);
-    AddJson(Parser(), options);
-    AddOptions(Parser(), options);
-    Parser().footer("A line for each setting that differs: - only in A, + only in B, ~ changed.\n"
-                    "\n"
-                    "Examples:\n"
-                    "  joboptions diff screen.joboptions press.joboptions\n"
-                    "  joboptions diff --json old.joboptions new.joboptions");
-}
-
-Status DiffCommand::Run() const {
-    RequireOneStandardInput({fBefore, fAfter});
-    pdfsettings::Dictionary const before = ReadSettings(Locate(fBefore, fOptions));
-    pdfsettings::Dictionary const after = ReadSettings(Locate(fAfter, fOptions));
-    auto const differences = Compare(before, after);
-    if (fOptions.json) {
-        WriteResult(fOptions, DifferencesDocument(differences, fBefore));
-    } else if (!fOptions.quiet) {
-        WriteResult(fOptions, DifferencesText(differences, UseColor(fOptions)));
-    }
-    return differences.empty() ? Status::kDone : Status::kNo;
-}
 
 } // namespace
 

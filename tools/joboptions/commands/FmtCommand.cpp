@@ -25,123 +25,104 @@ namespace {
 // Rewrites files as the component writes settings.
 class FmtCommand final : public Command {
 public:
-    FmtCommand(CLI::App& program, Options& options);
+    FmtCommand(CLI::App& program, Options& options)
+        : Command(program, options, "fmt", "Lay files out as the component writes them") {
+        AddArgument(
+            Parser(), "FILE", fFiles, "The settings files; - is standard input, to standard output")
+            ->required();
+        Parser().add_flag(
+            "--check", fIsCheck, "Name the files that are laid out otherwise, change none");
+        Parser().add_flag("--force", options.force, "Drop comments");
+        AddSaving(Parser(), options);
+        AddOutput(Parser(), options, "Write there, and leave the one FILE as it is");
+        AddApplication(Parser(), options, kNamesOfApplication);
+        AddDryRun(Parser(), options);
+        AddJson(Parser(), options);
+        AddOptions(Parser(), options);
+        Parser().footer("Examples:\n"
+                        "  joboptions fmt --check *.joboptions\n"
+                        "  joboptions fmt office.joboptions -o tidy.joboptions\n"
+                        "  joboptions fmt --force office.joboptions");
+    }
 
     // Status::kDone; with --check Status::kNo when a file is laid out otherwise; Status::kRefused
     // for a file with comments, which would be lost. The worst status of all files.
-    Status Run() const override;
+    Status Run() const override {
+        if (fFiles.size() > 1 && !fOptions.output.empty()) {
+            throw Failure(Status::kWrongCall, "--output takes a single FILE");
+        }
+        RequireOneStandardInput(fFiles);
+        pdfsettings::Component const component;
+        std::vector<LayoutJudgement> judgements;
+        Status status = Status::kDone;
+        for (std::string const& file : fFiles) {
+            judgements.push_back({file, {}, false});
+            status = std::max(status, FormatOrReport(component, judgements.back()));
+        }
+        if (fOptions.json) {
+            WriteOutput(LayoutDocument(judgements));
+        }
+        return status;
+    }
 
 private:
+    // One file that fails does not keep the others from being laid out.
     Status
-    FormatOrReport(pdfsettings::Component const& component, LayoutJudgement& judgement) const;
-    Status Format(pdfsettings::Component const& component, LayoutJudgement& judgement) const;
+    FormatOrReport(pdfsettings::Component const& component, LayoutJudgement& judgement) const {
+        try {
+            judgement.file = fIsCheck ? Locate(component, judgement.file, fOptions)
+                                      : LocateForChange(component, judgement.file, fOptions);
+            return Format(component, judgement);
+        } catch (Failure const& failure) {
+            judgement.error = failure.what();
+            WriteError(failure.what(), fOptions.quiet);
+            return failure.ExitStatus();
+        }
+    }
+
+    Status Format(pdfsettings::Component const& component, LayoutJudgement& judgement) const {
+        std::string const& file = judgement.file;
+        auto const format = [&](std::string const& text, SaveText const& save) {
+            return FormatText(component, judgement, text, save);
+        };
+        return fIsCheck ? format(ReadBytes(file), nullptr) : ChangeFile(file, fOptions, format);
+    }
+
     Status FormatText(
         pdfsettings::Component const& component,
         LayoutJudgement& judgement,
         std::string const& text,
-        SaveText const& save) const;
-    Status Announce(std::string const& file) const;
-    Options const& fOptions;
+        SaveText const& save) const {
+        std::string const& file = judgement.file;
+        std::string const laidOut = LayOut(component, ParseSettings(component, file, text), file);
+        judgement.differs = text != laidOut;
+        if (fIsCheck) {
+            return judgement.differs ? Announce(file) : Status::kDone;
+        }
+        if (!fOptions.force && HasComments(pdfsettings::Document(text))) {
+            Fail(Status::kRefused, file, "its comments would be lost; use --force");
+        }
+        if (fOptions.dryRun) {
+            RequireReplaceable(file, fOptions);
+            return judgement.differs ? Announce(file) : Status::kDone;
+        }
+        if (judgement.differs || !fOptions.output.empty() || file == "-") {
+            RequireRoom(file, fOptions);
+            save(laidOut);
+        }
+        return Status::kDone;
+    }
+
+    Status Announce(std::string const& file) const {
+        if (!fOptions.quiet && !fOptions.json) {
+            WriteOutput(InputName(file) + "\n");
+        }
+        return fIsCheck ? Status::kNo : Status::kDone;
+    }
+
     std::vector<std::string> fFiles;
     bool fIsCheck = false;
 };
-
-FmtCommand::FmtCommand(CLI::App& program, Options& options)
-    : Command(program, "fmt", "Lay files out as the component writes them"),
-      fOptions(options) {
-    Parser()
-        .add_option("FILE", fFiles, "The settings files; - is standard input, to standard output")
-        ->required()
-        ->type_name("");
-    Parser().add_flag(
-        "--check", fIsCheck, "Name the files that are laid out otherwise, change none");
-    Parser().add_flag("--force", options.force, "Drop comments");
-    AddSaving(Parser(), options);
-    AddOutput(Parser(), options, "Write there, and leave the one FILE as it is");
-    AddApplication(Parser(), options, kNamesOfApplication);
-    AddDryRun(Parser(), options);
-    AddJson(Parser(), options);
-    AddOptions(Parser(), options);
-    Parser().footer("Examples:\n"
-                    "  joboptions fmt --check *.joboptions\n"
-                    "  joboptions fmt office.joboptions -o tidy.joboptions\n"
-                    "  joboptions fmt --force office.joboptions");
-}
-
-Status FmtCommand::Run() const {
-    if (fFiles.size() > 1 && !fOptions.output.empty()) {
-        throw Failure(Status::kWrongCall, "--output takes a single FILE");
-    }
-    RequireOneStandardInput(fFiles);
-    pdfsettings::Component const component;
-    std::vector<LayoutJudgement> judgements;
-    Status status = Status::kDone;
-    for (std::string const& file : fFiles) {
-        judgements.push_back({file, {}, false});
-        status = std::max(status, FormatOrReport(component, judgements.back()));
-    }
-    if (fOptions.json) {
-        WriteOutput(LayoutDocument(judgements));
-    }
-    return status;
-}
-
-// One file that fails does not keep the others from being laid out.
-Status FmtCommand::FormatOrReport(
-    pdfsettings::Component const& component, LayoutJudgement& judgement) const {
-    try {
-        judgement.file = fIsCheck ? Locate(component, judgement.file, fOptions)
-                                  : LocateForChange(component, judgement.file, fOptions);
-        return Format(component, judgement);
-    } catch (Failure const& failure) {
-        judgement.error = failure.what();
-        if (!fOptions.quiet) {
-            WriteError(failure.what());
-        }
-        return failure.ExitStatus();
-    }
-}
-
-Status
-FmtCommand::Format(pdfsettings::Component const& component, LayoutJudgement& judgement) const {
-    std::string const& file = judgement.file;
-    auto const format = [&](std::string const& text, SaveText const& save) {
-        return FormatText(component, judgement, text, save);
-    };
-    return fIsCheck ? format(ReadBytes(file), nullptr) : ChangeFile(file, fOptions, format);
-}
-
-Status FmtCommand::FormatText(
-    pdfsettings::Component const& component,
-    LayoutJudgement& judgement,
-    std::string const& text,
-    SaveText const& save) const {
-    std::string const& file = judgement.file;
-    std::string const laidOut = LayOut(component, ParseSettings(component, file, text), file);
-    judgement.differs = text != laidOut;
-    if (fIsCheck) {
-        return judgement.differs ? Announce(file) : Status::kDone;
-    }
-    if (!fOptions.force && HasComments(pdfsettings::Document(text))) {
-        Fail(Status::kRefused, file, "its comments would be lost; use --force");
-    }
-    if (fOptions.dryRun) {
-        RequireReplaceable(file, fOptions);
-        return judgement.differs ? Announce(file) : Status::kDone;
-    }
-    if (judgement.differs || !fOptions.output.empty() || file == "-") {
-        RequireRoom(file, fOptions);
-        save(laidOut);
-    }
-    return Status::kDone;
-}
-
-Status FmtCommand::Announce(std::string const& file) const {
-    if (!fOptions.quiet && !fOptions.json) {
-        WriteOutput(InputName(file) + "\n");
-    }
-    return fIsCheck ? Status::kNo : Status::kDone;
-}
 
 } // namespace
 

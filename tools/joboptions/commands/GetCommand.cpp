@@ -23,63 +23,54 @@ namespace {
 // Reads a file and writes the values under the given keys, a line for each or as JSON.
 class GetCommand final : public Command {
 public:
-    GetCommand(CLI::App& program, Options& options);
+    GetCommand(CLI::App& program, Options& options)
+        : Command(program, options, "get", "Show single values of a file") {
+        AddFile(Parser(), options, fFile);
+        AddArgument(
+            Parser(),
+            "KEY",
+            fKeys,
+            "Keys, with those of nested settings and positions from 0 behind /")
+            ->required();
+        AddJson(Parser(), options);
+        AddOptions(Parser(), options);
+        Parser().footer("Examples:\n"
+                        "  joboptions get office.joboptions CompatibilityLevel\n"
+                        "  joboptions get office.joboptions ColorImageDict/QFactor NeverEmbed/0\n"
+                        "  joboptions get --json office.joboptions ColorImageDict");
+    }
 
     // Status::kDone, or Status::kNo when a key is missing: what was found is written all the same.
-    Status Run() const override;
+    Status Run() const override {
+        std::string const file = Locate(fFile, fOptions);
+        pdfsettings::Dictionary const settings = ReadSettings(file);
+        pdfsettings::Dictionary found;
+        std::string lines;
+        std::vector<std::string> missing;
+        for (std::string const& key : fKeys) {
+            pdfsettings::Value const* const value = Find(settings, key);
+            if (value == nullptr) {
+                missing.push_back(MissingKeyText(settings, key));
+                continue;
+            }
+            lines += OneLine(*value) + "\n";
+            found.Set(key, *value);
+        }
+        WriteResult(fOptions, fOptions.json ? JsonDocument("values", found, file) : lines);
+        WriteMissing(missing);
+        return missing.empty() ? Status::kDone : Status::kNo;
+    }
 
 private:
-    void WriteMissing(std::vector<std::string> const& messages) const;
+    void WriteMissing(std::vector<std::string> const& messages) const {
+        for (std::string const& message : messages) {
+            WriteError(fmt::format("{}: {}", InputName(fFile), message), fOptions.quiet);
+        }
+    }
 
-    Options const& fOptions;
     std::string fFile;
     std::vector<std::string> fKeys;
 };
-
-GetCommand::GetCommand(CLI::App& program, Options& options)
-    : Command(program, "get", "Show single values of a file"),
-      fOptions(options) {
-    AddFile(Parser(), options, fFile);
-    Parser()
-        .add_option(
-            "KEY", fKeys, "Keys, with those of nested settings and positions from 0 behind /")
-        ->required()
-        ->type_name("");
-    AddJson(Parser(), options);
-    AddOptions(Parser(), options);
-    Parser().footer("Examples:\n"
-                    "  joboptions get office.joboptions CompatibilityLevel\n"
-                    "  joboptions get office.joboptions ColorImageDict/QFactor NeverEmbed/0\n"
-                    "  joboptions get --json office.joboptions ColorImageDict");
-}
-
-Status GetCommand::Run() const {
-    std::string const file = Locate(fFile, fOptions);
-    pdfsettings::Dictionary const settings = ReadSettings(file);
-    pdfsettings::Dictionary found;
-    std::string lines;
-    std::vector<std::string> missing;
-    for (std::string const& key : fKeys) {
-        pdfsettings::Value const* const value = Find(settings, key);
-        if (value == nullptr) {
-            missing.push_back(MissingKeyText(settings, key));
-            continue;
-        }
-        lines += OneLine(*value) + "\n";
-        found.Set(key, *value);
-    }
-    WriteResult(fOptions, fOptions.json ? JsonDocument("values", found, file) : lines);
-    WriteMissing(missing);
-    return missing.empty() ? Status::kDone : Status::kNo;
-}
-
-void GetCommand::WriteMissing(std::vector<std::string> const& messages) const {
-    for (std::string const& message : messages) {
-        if (!fOptions.quiet) {
-            WriteError(fmt::format("{}: {}", InputName(fFile), message));
-        }
-    }
-}
 
 } // namespace
 

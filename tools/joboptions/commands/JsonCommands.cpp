@@ -22,67 +22,55 @@ namespace {
 // Writes all settings of a file as JSON, without loss.
 class ExportCommand final : public Command {
 public:
-    ExportCommand(CLI::App& program, Options& options);
+    ExportCommand(CLI::App& program, Options& options)
+        : Command(program, options, "export", "Write all settings of a file as JSON") {
+        AddFile(Parser(), options, fFile);
+        AddJson(Parser(), options);
+        AddOptions(Parser(), options);
+        Parser().footer(
+            "Nothing of the settings is lost: import makes of it what fmt makes of FILE.\n"
+            "\n"
+            "Examples:\n"
+            "  joboptions export office.joboptions -o office.json\n"
+            "  joboptions export office.joboptions | jq .settings.CompatibilityLevel");
+    }
 
     // Status::kDone.
-    Status Run() const override;
+    Status Run() const override {
+        std::string const file = Locate(fFile, fOptions);
+        WriteResult(fOptions, JsonDocument("settings", ReadSettings(file), file));
+        return Status::kDone;
+    }
 
 private:
-    Options const& fOptions;
     std::string fFile;
 };
 
 // Writes the settings that were exported in the component's own layout.
 class ImportCommand final : public Command {
 public:
-    ImportCommand(CLI::App& program, Options& options);
+    ImportCommand(CLI::App& program, Options& options)
+        : Command(program, options, "import", "Make a settings file of exported JSON") {
+        AddArgument(Parser(), "JSON", fFile, "What export wrote; without it, standard input");
+        AddOptions(Parser(), options);
+        Parser().footer("Examples:\n"
+                        "  joboptions import office.json -o office.joboptions\n"
+                        "  joboptions export a.joboptions | joboptions import > b.joboptions");
+    }
 
     // Status::kDone.
-    Status Run() const override;
+    Status Run() const override {
+        pdfsettings::Dictionary const values =
+            ReadJsonDocument("settings", ReadBytes(fFile), fFile);
+        pdfsettings::Component const component;
+        auto const settings = pdfsettings::Settings::FromValues(component, values);
+        WriteResult(fOptions, LayOut(component, settings, fFile));
+        return Status::kDone;
+    }
 
 private:
-    Options const& fOptions;
     std::string fFile = "-";
 };
-
-ExportCommand::ExportCommand(CLI::App& program, Options& options)
-    : Command(program, "export", "Write all settings of a file as JSON"),
-      fOptions(options) {
-    AddFile(Parser(), options, fFile);
-    AddJson(Parser(), options);
-    AddOptions(Parser(), options);
-    Parser().footer("Nothing of the settings is lost: import makes of it what fmt makes of FILE.\n"
-                    "\n"
-                    "Examples:\n"
-                    "  joboptions export office.joboptions -o office.json\n"
-                    "  joboptions export office.joboptions | jq .settings.CompatibilityLevel");
-}
-
-Status ExportCommand::Run() const {
-    std::string const file = Locate(fFile, fOptions);
-    WriteResult(fOptions, JsonDocument("settings", ReadSettings(file), file));
-    return Status::kDone;
-}
-
-ImportCommand::ImportCommand(CLI::App& program, Options& options)
-    : Command(program, "import", "Make a settings file of exported JSON"),
-      fOptions(options) {
-    Parser()
-        .add_option("JSON", fFile, "What export wrote; without it, standard input")
-        ->type_name("");
-    AddOptions(Parser(), options);
-    Parser().footer("Examples:\n"
-                    "  joboptions import office.json -o office.joboptions\n"
-                    "  joboptions export a.joboptions | joboptions import > b.joboptions");
-}
-
-Status ImportCommand::Run() const {
-    pdfsettings::Dictionary const values = ReadJsonDocument("settings", ReadBytes(fFile), fFile);
-    pdfsettings::Component const component;
-    auto const settings = pdfsettings::Settings::FromValues(component, values);
-    WriteResult(fOptions, LayOut(component, settings, fFile));
-    return Status::kDone;
-}
 
 } // namespace
 

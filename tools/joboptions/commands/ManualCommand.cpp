@@ -134,29 +134,23 @@ std::string ManualPage(CLI::App const& program) {
 // Writes the manual page, for those who package the program.
 class ManualCommand final : public Command {
 public:
-    ManualCommand(CLI::App& program, Options& options);
+    ManualCommand(CLI::App& program, Options& options)
+        : Command(program, options, "manual", "Write the manual page"),
+          fProgram(program) {
+        AddOptions(Parser(), options);
+        Parser().footer("Examples:\n"
+                        "  joboptions manual | man -l -");
+    }
 
     // Status::kDone.
-    Status Run() const override;
+    Status Run() const override {
+        WriteResult(fOptions, ManualPage(fProgram));
+        return Status::kDone;
+    }
 
 private:
     CLI::App const& fProgram;
-    Options const& fOptions;
 };
-
-ManualCommand::ManualCommand(CLI::App& program, Options& options)
-    : Command(program, "manual", "Write the manual page"),
-      fProgram(program),
-      fOptions(options) {
-    AddOptions(Parser(), options);
-    Parser().footer("Examples:\n"
-                    "  joboptions manual | man -l -");
-}
-
-Status ManualCommand::Run() const {
-    WriteResult(fOptions, ManualPage(fProgram));
-    return Status::kDone;
-}
 
 } // namespace
 

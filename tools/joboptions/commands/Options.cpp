@@ -130,9 +130,7 @@ std::vector<CLI::App const*> ListedCommands(CLI::App const& program) {
 
 void AddFile(CLI::App& command, Options& options, std::string& file) {
     AddApplication(command, options, kNamesOfApplication);
-    command.add_option("FILE", file, "The settings file; - is standard input")
-        ->required()
-        ->type_name("");
+    AddArgument(command, "FILE", file, "The settings file; - is standard input")->required();
 }
 
 namespace {

@@ -52,6 +52,13 @@ void AddApplication(CLI::App& command, Options& options, char const* help);
 inline constexpr char kNamesOfApplication[] =
     "A name without a slash is one that list --app shows for this application";
 
+// An argument that is no option's: it is stored in target.
+template <class Target>
+CLI::Option*
+AddArgument(CLI::App& command, char const* name, Target& target, char const* help = "") {
+    return command.add_option(name, target, help)->type_name("");
+}
+
 // The names of an option with their dashes, the short ones first.
 std::vector<std::string> NamesOf(CLI::Option const& option);
 

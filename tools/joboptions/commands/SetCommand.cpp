@@ -20,22 +20,6 @@ namespace joboptions {
 
 namespace {
 
-// Changes values in a file, all of them or, if the schema refuses a single one, none.
-class SetCommand final : public Command {
-public:
-    SetCommand(CLI::App& program, Options& options);
-
-    // Status::kDone, or Status::kRefused with all faults when the schema does not allow the result.
-    Status Run() const override;
-
-private:
-    Status Set(Editing const& editing) const;
-
-    Options const& fOptions;
-    std::string fFile;
-    std::vector<std::string> fAssignments;
-};
-
 using pdfsettings::Dictionary;
 
 // The text with the values of all assignments. A text without settings gets some.
@@ -81,51 +65,60 @@ std::vector<pdfsettings::Finding> UnknownKeys(
     return warnings;
 }
 
-SetCommand::SetCommand(CLI::App& program, Options& options)
-    : Command(program, "set", "Change settings of a file, if all new values are allowed"),
-      fOptions(options) {
-    AddFile(Parser(), options, fFile);
-    Parser()
-        .add_option(
+// Changes values in a file, all of them or, if the schema refuses a single one, none.
+class SetCommand final : public Command {
+public:
+    SetCommand(CLI::App& program, Options& options)
+        : Command(
+              program, options, "set", "Change settings of a file, if all new values are allowed") {
+        AddFile(Parser(), options, fFile);
+        AddArgument(
+            Parser(),
             "KEY=VALUE",
             fAssignments,
             "A key, as for get, and a value as it stands in a file: true, 1.5, /Name, (text), "
             "[ 1 2 ]")
-        ->required()
-        ->type_name("");
-    AddChangeOptions(Parser(), options);
-    Parser().footer(
-        "Examples:\n"
-        "  joboptions set office.joboptions ColorImageResolution=150\n"
-        "  joboptions set -n office.joboptions ColorImageDict/QFactor=0.76\n"
-        "  joboptions set office.joboptions 'NeverEmbed=[ /Courier ]' -o new.joboptions");
-}
+            ->required();
+        AddChangeOptions(Parser(), options);
+        Parser().footer(
+            "Examples:\n"
+            "  joboptions set office.joboptions ColorImageResolution=150\n"
+            "  joboptions set -n office.joboptions ColorImageDict/QFactor=0.76\n"
+            "  joboptions set office.joboptions 'NeverEmbed=[ /Courier ]' -o new.joboptions");
+    }
 
-Status SetCommand::Run() const {
-    return EditSettings(fFile, fOptions, [this](Editing const& editing) { return Set(editing); });
-}
+    // Status::kDone, or Status::kRefused with all faults when the schema does not allow the result.
+    Status Run() const override {
+        return EditSettings(
+            fFile, fOptions, [this](Editing const& editing) { return Set(editing); });
+    }
 
-Status SetCommand::Set(Editing const& editing) const {
-    auto const& [component, schema, file, text, save] = editing;
-    auto settings = ParseSettings(component, file, text, schema.Text());
-    pdfsettings::Dictionary const before = settings.Values();
-    auto const& rules = schema.Settings();
-    auto const assignments = ReadAssignments(component, before, rules, fAssignments);
-    auto findings = settings.Set(assignments.changes);
-    MarkOldFindings(settings, findings);
-    AddHints(findings, Changed(before, assignments.changes), rules);
-    pdfsettings::Dictionary const after = settings.Values();
-    std::string const changed = findings.empty() ? Splice(text, assignments.texts) : text;
-    RequireSettings(
-        component,
-        file,
-        changed,
-        after,
-        "an empty dictionary can only stand last, and other files need joboptions fmt first");
-    return Finish(
-        {file, save, before, after, findings, UnknownKeys(rules, assignments.texts), changed},
-        fOptions);
-}
+private:
+    Status Set(Editing const& editing) const {
+        auto const& [component, schema, file, text, save] = editing;
+        auto settings = ParseSettings(component, file, text, schema.Text());
+        pdfsettings::Dictionary const before = settings.Values();
+        auto const& rules = schema.Settings();
+        auto const assignments = ReadAssignments(component, before, rules, fAssignments);
+        auto findings = settings.Set(assignments.changes);
+        MarkOldFindings(settings, findings);
+        AddHints(findings, Changed(before, assignments.changes), rules);
+        pdfsettings::Dictionary const after = settings.Values();
+        std::string const changed = findings.empty() ? Splice(text, assignments.texts) : text;
+        RequireSettings(
+            component,
+            file,
+            changed,
+            after,
+            "an empty dictionary can only stand last, and other files need joboptions fmt first");
+        return Finish(
+            {file, save, before, after, findings, UnknownKeys(rules, assignments.texts), changed},
+            fOptions);
+    }
+
+    std::string fFile;
+    std::vector<std::string> fAssignments;
+};
 
 } // namespace
 

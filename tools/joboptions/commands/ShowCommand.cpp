@@ -18,37 +18,31 @@ namespace {
 // Reads a file and writes all of its settings, as a tree or as JSON.
 class ShowCommand final : public Command {
 public:
-    ShowCommand(CLI::App& program, Options& options);
+    ShowCommand(CLI::App& program, Options& options)
+        : Command(program, options, "show", "Show all settings of a file") {
+        AddFile(Parser(), options, fFile);
+        AddJson(Parser(), options);
+        AddOptions(Parser(), options);
+        Parser().footer("Examples:\n"
+                        "  joboptions show office.joboptions\n"
+                        "  joboptions show --json office.joboptions > office.json\n"
+                        "  joboptions show - < office.joboptions");
+    }
 
     // Status::kDone.
-    Status Run() const override;
+    Status Run() const override {
+        std::string const file = Locate(fFile, fOptions);
+        pdfsettings::Dictionary const settings = ReadSettings(file);
+        WriteResult(
+            fOptions,
+            fOptions.json ? JsonDocument("settings", settings, file)
+                          : TreeText(settings, UseColor(fOptions)));
+        return Status::kDone;
+    }
 
 private:
-    Options const& fOptions;
     std::string fFile;
 };
-
-ShowCommand::ShowCommand(CLI::App& program, Options& options)
-    : Command(program, "show", "Show all settings of a file"),
-      fOptions(options) {
-    AddFile(Parser(), options, fFile);
-    AddJson(Parser(), options);
-    AddOptions(Parser(), options);
-    Parser().footer("Examples:\n"
-                    "  joboptions show office.joboptions\n"
-                    "  joboptions show --json office.joboptions > office.json\n"
-                    "  joboptions show - < office.joboptions");
-}
-
-Status ShowCommand::Run() const {
-    std::string const file = Locate(fFile, fOptions);
-    pdfsettings::Dictionary const settings = ReadSettings(file);
-    WriteResult(
-        fOptions,
-        fOptions.json ? JsonDocument("settings", settings, file)
-                      : TreeText(settings, UseColor(fOptions)));
-    return Status::kDone;
-}
 
 } // namespace
 

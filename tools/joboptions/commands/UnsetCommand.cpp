@@ -18,23 +18,6 @@ namespace joboptions {
 
 namespace {
 
-// Takes keys out of a file, all of them or, if one is missing or the schema refuses the rest, none.
-class UnsetCommand final : public Command {
-public:
-    UnsetCommand(CLI::App& program, Options& options);
-
-    // Status::kDone, Status::kNo when there is no such key, or Status::kRefused with all faults
-    // when the schema does not allow the result.
-    Status Run() const override;
-
-private:
-    Status Unset(Editing const& editing) const;
-
-    Options const& fOptions;
-    std::string fFile;
-    std::vector<std::string> fKeys;
-};
-
 using pdfsettings::Dictionary;
 
 // Throws Failure for keys that cannot be taken out.
@@ -65,37 +48,52 @@ std::string Remove(std::string text, std::vector<std::string> const& keys) {
     return text;
 }
 
-UnsetCommand::UnsetCommand(CLI::App& program, Options& options)
-    : Command(program, "unset", "Take settings out of a file"),
-      fOptions(options) {
-    AddFile(Parser(), options, fFile);
-    Parser().add_option("KEY", fKeys, "Keys, as for get")->required()->type_name("");
-    AddChangeOptions(Parser(), options);
-    Parser().footer("Examples:\n"
-                    "  joboptions unset office.joboptions ColorImageDict\n"
-                    "  joboptions unset -n office.joboptions ColorImageDict/QFactor NeverEmbed");
-}
-
-Status UnsetCommand::Run() const {
-    return EditSettings(fFile, fOptions, [this](Editing const& editing) { return Unset(editing); });
-}
-
-Status UnsetCommand::Unset(Editing const& editing) const {
-    auto const& [component, schema, file, text, save] = editing;
-    auto const settings = ParseSettings(component, file, text, schema.Text());
-    Dictionary const before = settings.Values();
-    RequireKeys(file, before, fKeys);
-    std::string const changed = Remove(text, fKeys);
-    Dictionary after = before;
-    for (std::string const& key : fKeys) {
-        RemoveAt(after, key);
+// Takes keys out of a file, all of them or, if one is missing or the schema refuses the rest, none.
+class UnsetCommand final : public Command {
+public:
+    UnsetCommand(CLI::App& program, Options& options)
+        : Command(program, options, "unset", "Take settings out of a file") {
+        AddFile(Parser(), options, fFile);
+        AddArgument(Parser(), "KEY", fKeys, "Keys, as for get")->required();
+        AddChangeOptions(Parser(), options);
+        Parser().footer(
+            "Examples:\n"
+            "  joboptions unset office.joboptions ColorImageDict\n"
+            "  joboptions unset -n office.joboptions ColorImageDict/QFactor NeverEmbed");
     }
-    RequireSettings(
-        component, file, changed, after, "no dictionary may be left empty: unset the whole of it");
-    auto findings = ParseSettings(component, file, changed, schema.Text()).Validate();
-    MarkOldFindings(settings, findings);
-    return Finish({file, save, before, after, findings, {}, changed}, fOptions);
-}
+
+    // Status::kDone, Status::kNo when there is no such key, or Status::kRefused with all faults
+    // when the schema does not allow the result.
+    Status Run() const override {
+        return EditSettings(
+            fFile, fOptions, [this](Editing const& editing) { return Unset(editing); });
+    }
+
+private:
+    Status Unset(Editing const& editing) const {
+        auto const& [component, schema, file, text, save] = editing;
+        auto const settings = ParseSettings(component, file, text, schema.Text());
+        Dictionary const before = settings.Values();
+        RequireKeys(file, before, fKeys);
+        std::string const changed = Remove(text, fKeys);
+        Dictionary after = before;
+        for (std::string const& key : fKeys) {
+            RemoveAt(after, key);
+        }
+        RequireSettings(
+            component,
+            file,
+            changed,
+            after,
+            "no dictionary may be left empty: unset the whole of it");
+        auto findings = ParseSettings(component, file, changed, schema.Text()).Validate();
+        MarkOldFindings(settings, findings);
+        return Finish({file, save, before, after, findings, {}, changed}, fOptions);
+    }
+
+    std::string fFile;
+    std::vector<std::string> fKeys;
+};
 
 } // namespace
 

@@ -169,11 +169,10 @@ private:
 class CompleteCommand final : public Command {
 public:
     CompleteCommand(CLI::App& program, Options& options)
-        : Command(program, "complete", "Offer words for the last of WORDS"),
-          fProgram(program),
-          fOptions(options) {
+        : Command(program, options, "complete", "Offer words for the last of WORDS"),
+          fProgram(program) {
         Parser().group("");
-        Parser().add_option("WORDS", fWords)->type_name("");
+        AddArgument(Parser(), "WORDS", fWords);
     }
 
     // Status::kDone, also where there is nothing to offer.
@@ -194,7 +193,6 @@ public:
 
 private:
     CLI::App const& fProgram;
-    Options const& fOptions;
     std::vector<std::string> fWords;
 };
 

@@ -68,8 +68,7 @@ complete -c joboptions -f -n '__joboptions | string length -q' -a '(__joboptions
 class CompletionCommand final : public Command {
 public:
     CompletionCommand(CLI::App& program, Options& options)
-        : Command(program, "completion", "Write completions for a shell"),
-          fOptions(options) {
+        : Command(program, options, "completion", "Write completions for a shell") {
         Parser()
             .add_option("SHELL", fShell, "bash, zsh or fish")
             ->required()
@@ -92,7 +91,6 @@ public:
     }
 
 private:
-    Options const& fOptions;
     std::string fShell;
 };
 
