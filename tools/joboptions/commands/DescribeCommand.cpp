@@ -7,11 +7,12 @@
 #include "tools/joboptions/commands/Replace.h"
 #include "tools/joboptions/json/JsonDocuments.h"
 #include "tools/joboptions/text/KnownKeys.h"
-#include "tools/joboptions/text/RuleText.h"
 #include "tools/joboptions/text/Utf8.h"
+#include "tools/joboptions/text/ValueText.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <charconv>
 #include <fmt/format.h>
 #include <iterator>
 #include <memory>
@@ -29,6 +30,68 @@ bool IsChosenBy(std::string const& key, SettingRule const& rule) {
     bool const isNested = rule.key.size() > key.size() &&
                           (rule.key[key.size()] == '/' || rule.key[key.size()] == '[');
     return rule.key.starts_with(key) && (isNested || rule.key.size() == key.size());
+}
+
+// For people, who like no exponents.
+std::string BoundText(double number) {
+    char digits[400];
+    auto const result =
+        std::to_chars(std::begin(digits), std::end(digits), number, std::chars_format::fixed);
+    return std::string(digits, result.ptr);
+}
+
+std::string KindText(SettingRule const& rule) {
+    return rule.kind + (rule.element.empty() ? "" : " of " + rule.element) +
+           (rule.count ? ", " + BoundText(*rule.count) + " elements" : "");
+}
+
+std::string RangeText(SettingRule const& rule) {
+    if (rule.least && rule.greatest) {
+        return fmt::format("{} to {}", BoundText(*rule.least), BoundText(*rule.greatest));
+    }
+    if (rule.least) {
+        return fmt::format("{} or more", BoundText(*rule.least));
+    }
+    return rule.greatest ? fmt::format("{} or less", BoundText(*rule.greatest)) : "";
+}
+
+// Nothing for an empty text.
+std::string Line(char const* label, std::string const& text) {
+    return text.empty() ? "" : fmt::format("  {:<9}{}\n", label, text);
+}
+
+std::string Paragraph(SettingRule const& rule) {
+    return VisibleText(rule.key) + "\n" +
+           (rule.help.empty() ? "" : "  " + VisibleText(rule.help) + "\n") +
+           Line("Kind", VisibleText(KindText(rule))) + Line("Allowed", CommaList(rule.allowed)) +
+           Line("Range", RangeText(rule)) +
+           Line("Default", rule.standard ? OneLine(*rule.standard) : "") +
+           Line("Required", rule.isRequired ? "yes" : "");
+}
+
+// A line for each setting: its key and its help, aligned.
+std::string RuleLines(std::vector<SettingRule> const& rules) {
+    std::size_t width = 0;
+    for (SettingRule const& rule : rules) {
+        width = Widened(width, VisibleText(rule.key));
+    }
+    std::string text;
+    for (SettingRule const& rule : rules) {
+        std::string const key = VisibleText(rule.key);
+        text += rule.help.empty()
+                    ? key + "\n"
+                    : fmt::format("{}  {}\n", Padded(key, width), VisibleText(rule.help));
+    }
+    return text;
+}
+
+// A paragraph for each setting with all that there is to say of it.
+std::string RuleParagraphs(std::vector<SettingRule> const& rules) {
+    std::string text;
+    for (SettingRule const& rule : rules) {
+        text += (text.empty() ? "" : "\n") + Paragraph(rule);
+    }
+    return text;
 }
 
 // Writes what settings are for and what they may hold: a line for each, or all that the schema says
@@ -91,13 +154,10 @@ private:
     }
 
     void ReportMissing(std::string const& key, std::vector<SettingRule> const& rules) const {
-        if (fOptions.quiet) {
-            return;
-        }
         std::vector<std::string> keys;
         std::ranges::transform(rules, std::back_inserter(keys), &SettingRule::key);
-        WriteError(fmt::format(
-            "the schema has no setting {}{}", VisibleText(key), MeantText(Nearest(key, keys))));
+        std::string const hint = MeantText(Nearest(key, keys));
+        WriteError("the schema has no setting " + VisibleText(key) + hint, fOptions.quiet);
     }
 
     std::vector<std::string> fKeys;

@@ -23,6 +23,15 @@ using pdfsettings::SettingsList;
 
 namespace {
 
+constexpr std::string_view kExtension = ".joboptions";
+
+// The name under which a file would be shown without a display name.
+std::string OwnName(std::filesystem::path const& path) {
+    std::string const name = path.filename().string();
+    bool const hasExtension = name.size() > kExtension.size() && name.ends_with(kExtension);
+    return hasExtension ? name.substr(0, name.size() - kExtension.size()) : name;
+}
+
 // Whether its owner may write a file, and whether nobody may.
 struct Rights {
     bool fMayOwnerWrite = true;
@@ -72,31 +81,6 @@ ListEntry MakeEntry(
     return {std::move(settings), isUsers, isHidden, std::move(reasons), {}};
 }
 
-} // namespace
-
-std::string OwnName(std::filesystem::path const& path) {
-    std::string const name = path.filename().string();
-    bool const hasExtension = name.size() > kExtension.size() && name.ends_with(kExtension);
-    return hasExtension ? name.substr(0, name.size() - kExtension.size()) : name;
-}
-
-std::vector<ListEntry> ReadEntries(
-    pdfsettings::Component const& component, std::optional<std::string> const& application) {
-    auto const preferences = pdfsettings::AdminPreferences::Read();
-    std::vector<ListEntry> entries;
-    for (ListedSettings& settings : SettingsList::Read(component, application)) {
-        entries.push_back(
-            MakeEntry(std::move(settings), preferences.SettingsFolder(), application));
-    }
-    std::ranges::sort(entries, {}, [](ListEntry const& entry) -> std::string const& {
-        return entry.settings.name;
-    });
-    AddShadowed(preferences, SettingsList::UserFolder(component), application, entries);
-    return entries;
-}
-
-namespace {
-
 // The paths of a folder that could be listed.
 std::vector<std::filesystem::path> SettingsIn(std::string const& folder) {
     std::vector<std::filesystem::path> paths;
@@ -113,8 +97,8 @@ std::vector<std::filesystem::path> SettingsIn(std::string const& folder) {
     return paths;
 }
 
-} // namespace
-
+// Gives each entry the files of both folders that would be listed under its name and are not. A
+// folder that cannot be read has none.
 void AddShadowed(
     pdfsettings::AdminPreferences const& preferences,
     std::string const& userFolder,
@@ -138,8 +122,6 @@ void AddShadowed(
         }
     }
 }
-
-namespace {
 
 ListEntry FindEntry(
     pdfsettings::Component const& component, std::string const& name, Options const& options) {
@@ -167,6 +149,21 @@ bool IsListedName(std::string const& file, Options const& options) {
 }
 
 } // namespace
+
+std::vector<ListEntry> ReadEntries(
+    pdfsettings::Component const& component, std::optional<std::string> const& application) {
+    auto const preferences = pdfsettings::AdminPreferences::Read();
+    std::vector<ListEntry> entries;
+    for (ListedSettings& settings : SettingsList::Read(component, application)) {
+        entries.push_back(
+            MakeEntry(std::move(settings), preferences.SettingsFolder(), application));
+    }
+    std::ranges::sort(entries, {}, [](ListEntry const& entry) -> std::string const& {
+        return entry.settings.name;
+    });
+    AddShadowed(preferences, SettingsList::UserFolder(component), application, entries);
+    return entries;
+}
 
 std::string
 Locate(pdfsettings::Component const& component, std::string const& file, Options const& options) {

@@ -1,15 +1,12 @@
 // The settings that are listed, what the command line tells of them, and finding one by its name.
 #pragma once
 
-#include "pdfsettings/AdminPreferences.h"
 #include "pdfsettings/Component.h"
 #include "pdfsettings/SettingsList.h"
 #include "tools/joboptions/commands/Options.h"
 
-#include <filesystem>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace joboptions {
@@ -22,22 +19,9 @@ struct ListEntry {
     std::vector<std::string> shadowed;        // the files that are not listed because of it
 };
 
-inline constexpr std::string_view kExtension = ".joboptions";
-
-// The name under which a file would be shown without a display name.
-std::string OwnName(std::filesystem::path const& path);
-
 // All of them by their names, for an application or for none.
 std::vector<ListEntry>
 ReadEntries(pdfsettings::Component const& component, std::optional<std::string> const& application);
-
-// Gives each entry the files of both folders that would be listed under its name and are not. A
-// folder that cannot be read has none.
-void AddShadowed(
-    pdfsettings::AdminPreferences const& preferences,
-    std::string const& userFolder,
-    std::optional<std::string> const& application,
-    std::vector<ListEntry>& entries);
 
 // The path of the settings that file means: those of that name in the list for the application that
 // options name. Without one, for a path with a slash and for "-" it is file itself. Throws Failure

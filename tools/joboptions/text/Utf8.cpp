@@ -9,20 +9,27 @@ namespace joboptions {
 
 namespace {
 
-// The length of the well-formed character at the start of text and its code point; else 0.
-std::size_t Decode(std::string_view text, utf8proc_int32_t& codePoint) {
-    auto const* const bytes = reinterpret_cast<utf8proc_uint8_t const*>(text.data());
-    auto const length =
-        utf8proc_iterate(bytes, static_cast<utf8proc_ssize_t>(text.size()), &codePoint);
-    return length > 0 ? static_cast<std::size_t>(length) : 0;
+// In place of the code point of a byte that is no part of a character.
+constexpr utf8proc_int32_t kNone = -1;
+
+// Calls visit with the bytes of each character of text and its code point.
+template <class Visit>
+void ForEachCharacter(std::string_view text, Visit visit) {
+    while (!text.empty()) {
+        auto const* const bytes = reinterpret_cast<utf8proc_uint8_t const*>(text.data());
+        utf8proc_int32_t codePoint = kNone;
+        auto const length =
+            utf8proc_iterate(bytes, static_cast<utf8proc_ssize_t>(text.size()), &codePoint);
+        std::size_t const size = length > 0 ? static_cast<std::size_t>(length) : 1;
+        visit(text.substr(0, size), codePoint);
+        text.remove_prefix(size);
+    }
 }
 
-bool IsControl(utf8proc_int32_t codePoint) {
-    return utf8proc_category(codePoint) == UTF8PROC_CATEGORY_CC;
-}
-
-// Not what ends a line, turns its direction or hides in it.
-bool IsShown(utf8proc_int32_t codePoint) {
+bool IsPrintable(utf8proc_int32_t codePoint) {
+    if (codePoint >= ' ' && codePoint <= '~') {
+        return true;
+    }
     switch (utf8proc_category(codePoint)) {
     case UTF8PROC_CATEGORY_CC:
     case UTF8PROC_CATEGORY_CF:
@@ -30,12 +37,8 @@ bool IsShown(utf8proc_int32_t codePoint) {
     case UTF8PROC_CATEGORY_ZP:
         return false;
     default:
-        return true;
+        return codePoint != kNone;
     }
-}
-
-bool IsPrintableAscii(char character) {
-    return character >= ' ' && character <= '~';
 }
 
 void AppendOctal(std::string& text, std::string_view bytes) {
@@ -55,74 +58,56 @@ void AppendJsonEscape(std::string& escaped, unsigned codePoint) {
 
 } // namespace
 
-Character FirstCharacter(std::string_view text) {
-    if (IsPrintableAscii(text[0])) {
-        return {text.substr(0, 1), true};
-    }
-    utf8proc_int32_t codePoint = 0;
-    std::size_t const length = Decode(text, codePoint);
-    return length == 0 ? Character{text.substr(0, 1), false}
-                       : Character{text.substr(0, length), IsShown(codePoint)};
-}
-
 bool IsPlainText(std::string_view text) {
-    while (!text.empty()) {
-        utf8proc_int32_t codePoint = 0;
-        std::size_t const length = Decode(text, codePoint);
-        if (length == 0 || (codePoint >= 0x20 && IsControl(codePoint))) {
-            return false;
-        }
-        text.remove_prefix(length);
-    }
-    return true;
+    bool isPlain = true;
+    ForEachCharacter(text, [&](std::string_view /*bytes*/, utf8proc_int32_t codePoint) {
+        bool const isControl = utf8proc_category(codePoint) == UTF8PROC_CATEGORY_CC;
+        isPlain = isPlain && codePoint != kNone && (codePoint < ' ' || !isControl);
+    });
+    return isPlain;
 }
 
 std::string VisibleText(std::string_view text) {
     std::string visible;
-    while (!text.empty()) {
-        Character const character = FirstCharacter(text);
-        character.isPrintable ? static_cast<void>(visible += character.bytes)
-                              : AppendOctal(visible, character.bytes);
-        text.remove_prefix(character.bytes.size());
-    }
+    ForEachCharacter(text, [&](std::string_view bytes, utf8proc_int32_t codePoint) {
+        IsPrintable(codePoint) ? static_cast<void>(visible += bytes) : AppendOctal(visible, bytes);
+    });
     return visible;
 }
 
 std::string WellFormedText(std::string_view text) {
     std::string result;
-    while (!text.empty()) {
-        utf8proc_int32_t codePoint = 0;
-        std::size_t const length = Decode(text, codePoint);
-        std::string_view const bytes = text.substr(0, std::max<std::size_t>(length, 1));
-        length != 0 ? static_cast<void>(result += bytes) : AppendOctal(result, bytes);
-        text.remove_prefix(bytes.size());
-    }
+    ForEachCharacter(text, [&](std::string_view bytes, utf8proc_int32_t codePoint) {
+        codePoint != kNone ? static_cast<void>(result += bytes) : AppendOctal(result, bytes);
+    });
     return result;
 }
 
 std::string JsonEscapes(std::string_view json) {
     std::string escaped;
-    while (!json.empty()) {
-        Character const character = FirstCharacter(json);
-        utf8proc_int32_t codePoint = 0;
-        bool const isEscaped = !character.isPrintable && character.bytes != "\n" &&
-                               Decode(character.bytes, codePoint) != 0;
-        isEscaped ? AppendJsonEscape(escaped, static_cast<unsigned>(codePoint))
-                  : static_cast<void>(escaped += character.bytes);
-        json.remove_prefix(character.bytes.size());
-    }
+    ForEachCharacter(json, [&](std::string_view bytes, utf8proc_int32_t codePoint) {
+        bool const isKept = codePoint == kNone || codePoint == '\n' || IsPrintable(codePoint);
+        isKept ? static_cast<void>(escaped += bytes)
+               : AppendJsonEscape(escaped, static_cast<unsigned>(codePoint));
+    });
     return escaped;
 }
 
 std::size_t DisplayWidth(std::string_view visible) {
     std::size_t width = 0;
-    while (!visible.empty()) {
-        utf8proc_int32_t codePoint = 0;
-        std::size_t const length = Decode(visible, codePoint);
-        width += length == 0 ? 1 : static_cast<std::size_t>(utf8proc_charwidth(codePoint));
-        visible.remove_prefix(std::max<std::size_t>(length, 1));
-    }
+    ForEachCharacter(visible, [&](std::string_view /*bytes*/, utf8proc_int32_t codePoint) {
+        width += codePoint == kNone ? 1 : static_cast<std::size_t>(utf8proc_charwidth(codePoint));
+    });
     return width;
+}
+
+std::size_t Widened(std::size_t column, std::string_view visible) {
+    constexpr std::size_t kWidest = 40;
+    return std::min(std::max(column, DisplayWidth(visible)), kWidest);
+}
+
+std::string Padded(std::string const& visible, std::size_t width) {
+    return visible + std::string(width - std::min(DisplayWidth(visible), width), ' ');
 }
 
 } // namespace joboptions
