@@ -133,7 +133,8 @@ public:
     Transfer(FileTraits const& traits, Descriptor const& file)
         : fTraits(traits),
           fFile(file),
-          fMode(traits.mode) {}
+          fMode(traits.mode),
+          fAccessList(traits.accessList) {}
 
     std::vector<std::string> Run() {
         GiveOwner();
@@ -160,12 +161,9 @@ private:
         }
         if (!isInGroup) {
             fWarnings.emplace_back("its group could not be kept: the group's permissions are gone");
-            fAccessList = fTraits.accessList;
             CutOwningGroup(&fAccessList);
             fMode = fTraits.accessList.empty() ? WithoutOwningGroup(fMode)
                                                : (fMode & ~mode_t{S_IRWXO}) | OthersIn(fAccessList);
-        } else {
-            fAccessList = fTraits.accessList;
         }
     }
 
