@@ -14,53 +14,51 @@ using pdfsettings::Value;
 
 namespace {
 
-Json NewDocument() {
-    return Json{{"version", 1}};
-}
-
 Json ValueOrNull(Value const* value, std::string const& file) {
     return value == nullptr ? Json() : ToJson(*value, file);
 }
 
+// Texts come from files and may hold any byte.
+Json TextOrNull(std::string const& text) {
+    return text.empty() ? Json() : Json(WellFormedText(text));
+}
+
+// What make gives for each item.
+template <class Item, class Make>
+Json List(std::vector<Item> const& items, Make make) {
+    Json list = Json::array();
+    for (Item const& item : items) {
+        list.push_back(make(item));
+    }
+    return list;
+}
+
 Json DifferencesJson(std::vector<Difference> const& differences, std::string const& file) {
-    Json list = Json::array();
-    for (auto const& [path, before, after] : differences) {
-        list.push_back(
-            {{"key", JsonKey(path)},
-             {"before", ValueOrNull(before, file)},
-             {"after", ValueOrNull(after, file)}});
-    }
-    return list;
+    return List(differences, [&file](Difference const& difference) {
+        return Json{
+            {"key", JsonKey(difference.path)},
+            {"before", ValueOrNull(difference.before, file)},
+            {"after", ValueOrNull(difference.after, file)}};
+    });
 }
 
-// Keys come from files and may hold any byte.
 Json FindingsJson(std::vector<Finding> const& findings) {
-    Json list = Json::array();
-    for (Finding const& finding : findings) {
-        list.push_back(
-            {{"key", WellFormedText(finding.key)}, {"message", WellFormedText(finding.message)}});
-    }
-    return list;
+    return List(findings, [](Finding const& finding) {
+        return Json{
+            {"key", WellFormedText(finding.key)}, {"message", WellFormedText(finding.message)}};
+    });
 }
 
-Json DiagnosticsJson(std::vector<Diagnostic> const& diagnostics) {
-    Json list = Json::array();
-    for (Diagnostic const& diagnostic : diagnostics) {
-        bool const isError = diagnostic.severity == pdfsettings::Severity::kError;
-        list.push_back(
-            {{"line", diagnostic.place.line},
-             {"column", diagnostic.place.column},
-             {"length", diagnostic.span.Size()},
-             {"severity", isError ? "error" : "warning"},
-             {"id", diagnostic.id},
-             {"key", diagnostic.key.empty() ? Json() : Json(WellFormedText(diagnostic.key))},
-             {"message", WellFormedText(diagnostic.message)}});
-    }
-    return list;
-}
-
-Json ErrorJson(std::string const& error) {
-    return error.empty() ? Json() : Json(WellFormedText(error));
+Json DiagnosticJson(Diagnostic const& diagnostic) {
+    bool const isError = diagnostic.severity == pdfsettings::Severity::kError;
+    return {
+        {"line", diagnostic.place.line},
+        {"column", diagnostic.place.column},
+        {"length", diagnostic.span.Size()},
+        {"severity", isError ? "error" : "warning"},
+        {"id", diagnostic.id},
+        {"key", TextOrNull(diagnostic.key)},
+        {"message", WellFormedText(diagnostic.message)}};
 }
 
 void AddNumber(Json& object, char const* name, std::optional<double> const& number) {
@@ -91,16 +89,12 @@ Json RuleJson(SettingRule const& rule, std::string const& file) {
 
 std::string
 JsonDocument(char const* member, pdfsettings::Dictionary const& values, std::string const& file) {
-    Json document = NewDocument();
-    document[member] = ToJson(values, file);
-    return JsonText(document);
+    return JsonText({{"version", 1}, {member, ToJson(values, file)}});
 }
 
 std::string
 DifferencesDocument(std::vector<Difference> const& differences, std::string const& file) {
-    Json document = NewDocument();
-    document["differences"] = DifferencesJson(differences, file);
-    return JsonText(document);
+    return JsonText({{"version", 1}, {"differences", DifferencesJson(differences, file)}});
 }
 
 std::string ChangeDocument(
@@ -108,44 +102,36 @@ std::string ChangeDocument(
     std::vector<Finding> const& findings,
     std::vector<Finding> const& warnings,
     std::string const& file) {
-    Json document = NewDocument();
-    document["differences"] = DifferencesJson(differences, file);
-    document["findings"] = FindingsJson(findings);
-    document["warnings"] = FindingsJson(warnings);
-    return JsonText(document);
+    return JsonText(
+        {{"version", 1},
+         {"differences", DifferencesJson(differences, file)},
+         {"findings", FindingsJson(findings)},
+         {"warnings", FindingsJson(warnings)}});
 }
 
 std::string CheckDocument(std::vector<Judgement> const& judgements) {
-    Json document = NewDocument();
-    document["files"] = Json::array();
-    for (Judgement const& judgement : judgements) {
-        document["files"].push_back(
-            {{"file", WellFormedText(judgement.file)},
-             {"error", ErrorJson(judgement.error)},
-             {"findings", DiagnosticsJson(judgement.diagnostics)}});
-    }
-    return JsonText(document);
+    auto files = List(judgements, [](Judgement const& judgement) {
+        return Json{
+            {"file", WellFormedText(judgement.file)},
+            {"error", TextOrNull(judgement.error)},
+            {"findings", List(judgement.diagnostics, &DiagnosticJson)}};
+    });
+    return JsonText({{"version", 1}, {"files", std::move(files)}});
 }
 
 std::string LayoutDocument(std::vector<LayoutJudgement> const& judgements) {
-    Json document = NewDocument();
-    document["files"] = Json::array();
-    for (LayoutJudgement const& judgement : judgements) {
-        document["files"].push_back(
-            {{"file", WellFormedText(judgement.file)},
-             {"error", ErrorJson(judgement.error)},
-             {"differs", judgement.differs}});
-    }
-    return JsonText(document);
+    auto files = List(judgements, [](LayoutJudgement const& judgement) {
+        return Json{
+            {"file", WellFormedText(judgement.file)},
+            {"error", TextOrNull(judgement.error)},
+            {"differs", judgement.differs}};
+    });
+    return JsonText({{"version", 1}, {"files", std::move(files)}});
 }
 
 std::string RulesDocument(std::vector<SettingRule> const& rules, std::string const& file) {
-    Json document = NewDocument();
-    document["settings"] = Json::array();
-    for (SettingRule const& rule : rules) {
-        document["settings"].push_back(RuleJson(rule, file));
-    }
-    return JsonText(document);
+    auto settings = List(rules, [&file](SettingRule const& rule) { return RuleJson(rule, file); });
+    return JsonText({{"version", 1}, {"settings", std::move(settings)}});
 }
 
 } // namespace joboptions
