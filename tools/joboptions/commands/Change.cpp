@@ -4,7 +4,6 @@
 #include "tools/joboptions/commands/Input.h"
 #include "tools/joboptions/commands/ListEntries.h"
 #include "tools/joboptions/json/JsonDocuments.h"
-#include "tools/joboptions/text/Diagnostics.h"
 #include "tools/joboptions/text/Differences.h"
 #include "tools/joboptions/text/Utf8.h"
 
@@ -13,6 +12,25 @@
 #include <utility>
 
 namespace joboptions {
+
+namespace {
+
+// "file: key: message" of each, in lines.
+std::string
+FindingsText(std::string const& file, std::vector<pdfsettings::Finding> const& findings) {
+    std::string text;
+    for (auto const& [key, message] : findings) {
+        text += fmt::format(
+            "{}{}: {}: {}",
+            text.empty() ? "" : "\n",
+            InputName(file),
+            VisibleText(key),
+            VisibleText(message));
+    }
+    return text;
+}
+
+} // namespace
 
 Status EditSettings(
     std::string const& name,

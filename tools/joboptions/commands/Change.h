@@ -5,8 +5,6 @@
 #include "pdfsettings/Finding.h"
 #include "pdfsettings/Schema.h"
 #include "pdfsettings/Settings.h"
-#include "tools/joboptions/commands/Options.h"
-#include "tools/joboptions/commands/Output.h"
 #include "tools/joboptions/commands/Replace.h"
 
 #include <functional>

@@ -5,7 +5,6 @@
 #include "pdfsettings/Schema.h"
 #include "tools/joboptions/commands/Input.h"
 #include "tools/joboptions/commands/ListEntries.h"
-#include "tools/joboptions/commands/Options.h"
 #include "tools/joboptions/commands/Replace.h"
 #include "tools/joboptions/json/JsonDocuments.h"
 #include "tools/joboptions/text/Diagnostics.h"
@@ -14,7 +13,6 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iterator>
-#include <memory>
 #include <string>
 #include <utility>
 #include <vector>

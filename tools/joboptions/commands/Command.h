@@ -19,7 +19,7 @@ public:
     // Whether it is the one that was called.
     bool IsChosen() const { return fCommand->parsed(); }
 
-    // Does the work. The exit status; throws Failure.
+    // Does the work. The exit status, Status::kDone if nothing else is said; throws Failure.
     virtual Status Run() const = 0;
 
 protected:

@@ -2,8 +2,6 @@
 #include "tools/joboptions/commands/Command.h"
 
 #include "pdfsettings/Schema.h"
-#include "tools/joboptions/commands/Options.h"
-#include "tools/joboptions/commands/Output.h"
 #include "tools/joboptions/commands/Replace.h"
 #include "tools/joboptions/json/JsonDocuments.h"
 #include "tools/joboptions/text/KnownKeys.h"
@@ -15,7 +13,6 @@
 #include <charconv>
 #include <fmt/format.h>
 #include <iterator>
-#include <memory>
 #include <string>
 #include <vector>
 

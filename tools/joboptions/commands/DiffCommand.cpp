@@ -3,13 +3,11 @@
 
 #include "tools/joboptions/commands/Input.h"
 #include "tools/joboptions/commands/ListEntries.h"
-#include "tools/joboptions/commands/Options.h"
 #include "tools/joboptions/commands/Replace.h"
 #include "tools/joboptions/json/JsonDocuments.h"
 #include "tools/joboptions/text/Differences.h"
 
 #include <CLI/CLI.hpp>
-#include <memory>
 #include <string>
 
 namespace joboptions {

@@ -4,7 +4,6 @@
 #include "pdfsettings/Path.h"
 #include "tools/joboptions/commands/Input.h"
 #include "tools/joboptions/commands/ListEntries.h"
-#include "tools/joboptions/commands/Options.h"
 #include "tools/joboptions/commands/Replace.h"
 #include "tools/joboptions/json/JsonDocuments.h"
 #include "tools/joboptions/text/KnownKeys.h"
@@ -12,7 +11,6 @@
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -57,17 +55,13 @@ public:
             found.Set(key, *value);
         }
         WriteResult(fOptions, fOptions.json ? JsonDocument("values", found, file) : lines);
-        WriteMissing(missing);
+        for (std::string const& message : missing) {
+            WriteError(fmt::format("{}: {}", InputName(fFile), message), fOptions.quiet);
+        }
         return missing.empty() ? Status::kDone : Status::kNo;
     }
 
 private:
-    void WriteMissing(std::vector<std::string> const& messages) const {
-        for (std::string const& message : messages) {
-            WriteError(fmt::format("{}: {}", InputName(fFile), message), fOptions.quiet);
-        }
-    }
-
     std::string fFile;
     std::vector<std::string> fKeys;
 };

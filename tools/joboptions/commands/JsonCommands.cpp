@@ -5,14 +5,12 @@
 #include "pdfsettings/Settings.h"
 #include "tools/joboptions/commands/Input.h"
 #include "tools/joboptions/commands/ListEntries.h"
-#include "tools/joboptions/commands/Options.h"
 #include "tools/joboptions/commands/Replace.h"
 #include "tools/joboptions/json/JsonDocuments.h"
 #include "tools/joboptions/json/JsonReader.h"
 #include "tools/joboptions/text/Layout.h"
 
 #include <CLI/CLI.hpp>
-#include <memory>
 #include <string>
 
 namespace joboptions {
@@ -35,7 +33,6 @@ public:
             "  joboptions export office.joboptions | jq .settings.CompatibilityLevel");
     }
 
-    // Status::kDone.
     Status Run() const override {
         std::string const file = Locate(fFile, fOptions);
         WriteResult(fOptions, JsonDocument("settings", ReadSettings(file), file));
@@ -58,7 +55,6 @@ public:
                         "  joboptions export a.joboptions | joboptions import > b.joboptions");
     }
 
-    // Status::kDone.
     Status Run() const override {
         pdfsettings::Dictionary const values =
             ReadJsonDocument("settings", ReadBytes(fFile), fFile);

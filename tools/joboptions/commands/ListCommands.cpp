@@ -4,7 +4,6 @@
 #include "pdfsettings/AdminPreferences.h"
 #include "pdfsettings/Component.h"
 #include "tools/joboptions/commands/ListEntries.h"
-#include "tools/joboptions/commands/Options.h"
 #include "tools/joboptions/commands/Replace.h"
 #include "tools/joboptions/json/ValueJson.h"
 #include "tools/joboptions/text/Utf8.h"
@@ -12,7 +11,6 @@
 #include <CLI/CLI.hpp>
 #include <ctime>
 #include <fmt/format.h>
-#include <memory>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>

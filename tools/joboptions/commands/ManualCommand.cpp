@@ -1,14 +1,12 @@
 // joboptions manual: the manual page.
 #include "tools/joboptions/commands/Command.h"
 
-#include "tools/joboptions/commands/Options.h"
 #include "tools/joboptions/commands/Replace.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cctype>
 #include <fmt/format.h>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -142,7 +140,6 @@ public:
                         "  joboptions manual | man -l -");
     }
 
-    // Status::kDone.
     Status Run() const override {
         WriteResult(fOptions, ManualPage(fProgram));
         return Status::kDone;

@@ -1,7 +1,6 @@
 #include "tools/joboptions/commands/Options.h"
 
 #include "tools/joboptions/commands/Input.h"
-#include "tools/joboptions/commands/Output.h"
 #include "tools/joboptions/text/Utf8.h"
 
 #include <CLI/CLI.hpp>

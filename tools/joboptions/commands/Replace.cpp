@@ -2,7 +2,6 @@
 
 #include "pdfsettings/SafeSave.h"
 #include "tools/joboptions/commands/Input.h"
-#include "tools/joboptions/commands/Output.h"
 #include "tools/joboptions/text/Utf8.h"
 
 #include <cerrno>
@@ -17,6 +16,15 @@ bool IsFile(std::string const& output) {
     return !output.empty() && output != "-";
 }
 
+pdfsettings::SaveOptions SaveOptionsOf(Options const& options) {
+    // Also where it is no number.
+    double const seconds = options.wait > 0 ? options.wait : 0;
+    return {
+        std::chrono::duration_cast<std::chrono::milliseconds>(
+            std::chrono::duration<double>(seconds)),
+        options.overwriteChanged};
+}
+
 // What work throws as a failure of the command to write file.
 template <class Work>
 void AsWriting(std::string const& file, Work work) {
@@ -29,8 +37,7 @@ void AsWriting(std::string const& file, Work work) {
     }
 }
 
-} // namespace
-
+// Runs save, which saves file. Writes its warnings.
 void WriteBy(
     std::string const& file,
     Options const& options,
@@ -42,6 +49,8 @@ void WriteBy(
     }
 }
 
+// Writes text to a file, which is replaced whole or not at all, unless it changed since the command
+// began; "-" is standard output.
 void WriteFile(std::string const& file, std::string_view text, Options const& options) {
     if (file == "-") {
         WriteOutput(text);
@@ -55,21 +64,14 @@ void WriteFile(std::string const& file, std::string_view text, Options const& op
     });
 }
 
+} // namespace
+
 void LookAtOutput(Options& options) {
     if (IsFile(options.output) && !options.dryRun) {
         AsWriting(options.output, [&] {
             options.seenOutput = pdfsettings::LookAt(options.output, SaveOptionsOf(options));
         });
     }
-}
-
-pdfsettings::SaveOptions SaveOptionsOf(Options const& options) {
-    // Also where it is no number.
-    double const seconds = options.wait > 0 ? options.wait : 0;
-    return {
-        std::chrono::duration_cast<std::chrono::milliseconds>(
-            std::chrono::duration<double>(seconds)),
-        options.overwriteChanged};
 }
 
 void WriteResult(Options const& options, std::string_view text) {

@@ -3,7 +3,6 @@
 
 #include "tools/joboptions/commands/Input.h"
 #include "tools/joboptions/commands/ListEntries.h"
-#include "tools/joboptions/commands/Options.h"
 #include "tools/joboptions/commands/Replace.h"
 #include "tools/joboptions/json/JsonDocuments.h"
 #include "tools/joboptions/text/Utf8.h"
@@ -12,7 +11,6 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <fmt/format.h>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -181,7 +179,6 @@ public:
                         "  joboptions show - < office.joboptions");
     }
 
-    // Status::kDone.
     Status Run() const override {
         std::string const file = Locate(fFile, fOptions);
         pdfsettings::Dictionary const settings = ReadSettings(file);

@@ -5,12 +5,10 @@
 #include "pdfsettings/Splice.h"
 #include "tools/joboptions/commands/Change.h"
 #include "tools/joboptions/commands/Input.h"
-#include "tools/joboptions/commands/Options.h"
 #include "tools/joboptions/text/KnownKeys.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
-#include <memory>
 #include <string>
 #include <vector>
 

@@ -69,11 +69,9 @@ class CompletionCommand final : public Command {
 public:
     CompletionCommand(CLI::App& program, Options& options)
         : Command(program, options, "completion", "Write completions for a shell") {
-        Parser()
-            .add_option("SHELL", fShell, "bash, zsh or fish")
+        AddArgument(Parser(), "SHELL", fShell, "bash, zsh or fish")
             ->required()
-            ->check(CLI::IsMember({"bash", "zsh", "fish"}))
-            ->type_name("");
+            ->check(CLI::IsMember({"bash", "zsh", "fish"}));
         AddOptions(Parser(), options);
         Parser().footer(
             "Examples:\n"
@@ -82,7 +80,6 @@ public:
             "  joboptions completion fish > ~/.config/fish/completions/joboptions.fish");
     }
 
-    // Status::kDone.
     Status Run() const override {
         static std::map<std::string, char const*> const scripts{
             {"bash", kBash}, {"zsh", kZsh}, {"fish", kFish}};

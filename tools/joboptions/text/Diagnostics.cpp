@@ -17,20 +17,6 @@
 
 namespace joboptions {
 
-std::string FindingText(std::string const& file, pdfsettings::Finding const& finding) {
-    return fmt::format(
-        "{}: {}: {}", InputName(file), VisibleText(finding.key), VisibleText(finding.message));
-}
-
-std::string
-FindingsText(std::string const& file, std::vector<pdfsettings::Finding> const& findings) {
-    std::string text;
-    for (pdfsettings::Finding const& finding : findings) {
-        text += (text.empty() ? "" : "\n") + FindingText(file, finding);
-    }
-    return text;
-}
-
 using pdfsettings::Document;
 using pdfsettings::DocumentEntry;
 using pdfsettings::SettingRule;

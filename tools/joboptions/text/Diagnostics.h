@@ -13,13 +13,6 @@
 
 namespace joboptions {
 
-// "file: key: message" without a line end.
-std::string FindingText(std::string const& file, pdfsettings::Finding const& finding);
-
-// The same of all findings, in lines.
-std::string
-FindingsText(std::string const& file, std::vector<pdfsettings::Finding> const& findings);
-
 // One finding with its place.
 struct Diagnostic {
     pdfsettings::Severity severity;

@@ -18,6 +18,8 @@ namespace {
 // Longer words are never compared letter by letter.
 constexpr std::size_t kLongestWord = 64;
 
+constexpr char kUnknownKeyText[] = "the schema has no such setting";
+
 std::string InSmallLetters(std::string word) {
     std::ranges::transform(word, word.begin(), [](char letter) {
         return static_cast<char>(std::tolower(static_cast<unsigned char>(letter)));

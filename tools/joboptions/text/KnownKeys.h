@@ -20,9 +20,6 @@ std::string Nearest(std::string const& word, std::vector<std::string> const& cho
 // empty for nothing.
 std::string MeantText(std::string const& meant, char const* before = "");
 
-// What is said of a setting that a schema does not name.
-inline constexpr char kUnknownKeyText[] = "the schema has no such setting";
-
 // Them by the dictionary or array that they stand in, in the rule's form of a path: "[]" stands for
 // any element of an array.
 class KnownKeys {
