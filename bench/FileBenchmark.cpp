@@ -3,7 +3,6 @@
 #include "bench/Content.h"
 #include "bench/Host.h"
 #include "bench/TemporaryFolder.h"
-
 #include "host/detail/FilePath.h"
 
 #include <benchmark/benchmark.h>

@@ -3,7 +3,6 @@
 // number.
 #include "bench/Host.h"
 #include "bench/TemporaryFolder.h"
-
 #include "pdfsettings/SettingsList.h"
 
 #include <benchmark/benchmark.h>

@@ -2,7 +2,6 @@
 // stand beside those of reading.
 #include "bench/Content.h"
 #include "bench/Host.h"
-
 #include "pdfsettings/Schema.h"
 
 #include <benchmark/benchmark.h>

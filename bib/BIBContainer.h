@@ -5,12 +5,12 @@
 // count.
 #pragma once
 
-#include <cstdint>
-#include <utility>
-
 #include "api/BIBContainerInterface.h"
 #include "bib/BIBInterfaceClient.h"
 #include "bib/BIBStringAtom.h"
+
+#include <cstdint>
+#include <utility>
 
 namespace BIB_T_NMT {
 

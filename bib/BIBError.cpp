@@ -1,8 +1,8 @@
 #include "bib/BIBError.h"
 
-#include <utility>
-
 #include "bib/BIBInterfaceClient.h"
+
+#include <utility>
 
 namespace BIB_T_NMT {
 

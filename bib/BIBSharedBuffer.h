@@ -1,12 +1,12 @@
 // Shared buffers: counted blocks of the runtime.
 #pragma once
 
-#include <limits>
-
 #include "api/BIBSharedBuffInterface.h"
 #include "bib/BIBClient.h"
 #include "bib/BIBInterfaceClient.h"
 #include "bib/BIBMemory.h"
+
+#include <limits>
 
 namespace BIB_T_NMT {
 

@@ -1,8 +1,8 @@
 #include "bib/BIBTable.h"
 
-#include <cstring>
-
 #include "bib/BIBClient.h"
+
+#include <cstring>
 
 namespace BIB_T_NMT {
 

@@ -1,17 +1,16 @@
 #include "platform/CFString.h"
 
+#include "platform/CFObject.h"
+#include "platform/Encodings.h"
+
 #include <algorithm>
 #include <cstring>
 #include <exception>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
-
 #include <utf8.h>
-
-#include "platform/CFObject.h"
-#include "platform/Encodings.h"
+#include <utility>
 
 namespace {
 

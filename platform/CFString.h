@@ -4,10 +4,10 @@
 // threads.
 #pragma once
 
+#include "platform/CFBase.h"
+
 #include <optional>
 #include <string>
-
-#include "platform/CFBase.h"
 
 // A reference on an immutable string of UTF-16 units.
 using CFStringRef = struct __CFString const*;

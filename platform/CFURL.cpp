@@ -1,12 +1,12 @@
 #include "platform/CFURL.h"
 
+#include "platform/CFObject.h"
+#include "platform/FileManager.h"
+
 #include <memory>
 #include <string>
 #include <utility>
 #include <vector>
-
-#include "platform/CFObject.h"
-#include "platform/FileManager.h"
 
 namespace {
 

@@ -1,15 +1,15 @@
 // The contents of files.
+#include "platform/FileManager.h"
+#include "platform/FileSizeSignal.h"
+#include "platform/FileStatus.h"
+#include "platform/NewFiles.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <ctime>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include "platform/FileManager.h"
-#include "platform/FileSizeSignal.h"
-#include "platform/FileStatus.h"
-#include "platform/NewFiles.h"
 
 using platform::CodeOf;
 using platform::CodeOfResult;

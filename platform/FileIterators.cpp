@@ -1,13 +1,13 @@
 // Walks over the items of a folder.
+#include "platform/FileManager.h"
+#include "platform/FileNames.h"
+#include "platform/FileStatus.h"
+
 #include <cerrno>
 #include <dirent.h>
 #include <fcntl.h>
 #include <memory>
 #include <sys/stat.h>
-
-#include "platform/FileManager.h"
-#include "platform/FileNames.h"
-#include "platform/FileStatus.h"
 
 using platform::AtService;
 using platform::CodeOf;

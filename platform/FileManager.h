@@ -7,11 +7,11 @@
 // and FSCreateFileUnicode. Safe across threads.
 #pragma once
 
+#include "platform/CFBase.h"
+
 #include <cstdint>
 #include <memory>
 #include <string>
-
-#include "platform/CFBase.h"
 
 using SInt16 = std::int16_t;
 using UInt16 = std::uint16_t;

@@ -1,8 +1,8 @@
 #include "platform/FileNames.h"
 
-#include <cstring>
-
 #include "platform/Encodings.h"
+
+#include <cstring>
 
 namespace platform {
 

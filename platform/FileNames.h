@@ -2,10 +2,10 @@
 // layer.
 #pragma once
 
+#include "platform/FileManager.h"
+
 #include <string>
 #include <string_view>
-
-#include "platform/FileManager.h"
 
 namespace platform {
 

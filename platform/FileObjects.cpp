@@ -1,10 +1,10 @@
 // Creating and deleting files and folders.
-#include <unistd.h>
-
 #include "platform/FileManager.h"
 #include "platform/FileNames.h"
 #include "platform/FileStatus.h"
 #include "platform/NewFiles.h"
+
+#include <unistd.h>
 
 using platform::AtService;
 using platform::CodeOfResult;

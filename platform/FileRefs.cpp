@@ -1,14 +1,14 @@
 // Items, paths and what is known of an item.
+#include "platform/FileManager.h"
+#include "platform/FileNames.h"
+#include "platform/FileStatus.h"
+
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include "platform/FileManager.h"
-#include "platform/FileNames.h"
-#include "platform/FileStatus.h"
 
 using platform::AtService;
 using platform::CodeOf;

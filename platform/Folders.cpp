@@ -1,14 +1,14 @@
 // The standard folders: the only place where the environment is looked at.
+#include "platform/FileManager.h"
+#include "platform/FileNames.h"
+#include "platform/FileStatus.h"
+#include "platform/NewFiles.h"
+
 #include <cerrno>
 #include <cstdlib>
 #include <pwd.h>
 #include <unistd.h>
 #include <vector>
-
-#include "platform/FileManager.h"
-#include "platform/FileNames.h"
-#include "platform/FileStatus.h"
-#include "platform/NewFiles.h"
 
 using platform::AtService;
 using platform::FileStatus;

@@ -1,10 +1,10 @@
 // The owner of a reference on a CoreFoundation object.
 #pragma once
 
-#include <utility>
-
 #include "bib/BIBClient.h"
 #include "platform/CFBase.h"
+
+#include <utility>
 
 // One counted reference of the type T, or none.
 template <class T>

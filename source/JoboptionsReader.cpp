@@ -1,15 +1,15 @@
 #include "source/JoboptionsReader.h"
 
-#include <cstring>
-#include <string_view>
-#include <utility>
-
 #include "bib/BIBMemory.h"
 #include "bib/POSCollections.h"
 #include "bib/POSScalars.h"
 #include "format/NumberText.h"
 #include "format/Tokens.h"
 #include "source/PDFSettingsError.h"
+
+#include <cstring>
+#include <string_view>
+#include <utility>
 
 using BIB_T_NMT::CBIBMemory;
 using BIB_T_NMT::CPOSArray;

@@ -1,9 +1,5 @@
 #include "source/JoboptionsWriter.h"
 
-#include <algorithm>
-#include <cstring>
-#include <string_view>
-
 #include "bib/BIBMemory.h"
 #include "bib/POSCollections.h"
 #include "bib/POSScalars.h"
@@ -11,6 +7,10 @@
 #include "platform/StackRoom.h"
 #include "source/JoboptionsReader.h"
 #include "source/PDFSettingsError.h"
+
+#include <algorithm>
+#include <cstring>
+#include <string_view>
 
 using BIB_T_NMT::CBIBMemory;
 using BIB_T_NMT::CBIBPositionableStream;

@@ -1,9 +1,9 @@
 #include "source/OtherNamespaces.h"
 
+#include "source/JoboptionsReader.h"
+
 #include <algorithm>
 #include <cstring>
-
-#include "source/JoboptionsReader.h"
 
 using BIB_T_NMT::CPOSArray;
 using BIB_T_NMT::CPOSDict;

@@ -1,15 +1,15 @@
 #include "source/PDFSettingsParser.h"
 
-#include <algorithm>
-#include <cstring>
-#include <limits>
-
 #include "bib/BIBMemory.h"
 #include "bib/POSScalars.h"
 #include "format/Tokens.h"
 #include "platform/StackRoom.h"
 #include "source/JoboptionsReader.h"
 #include "source/JoboptionsWriter.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
 
 using namespace JoboptionsParserUtils; // NOLINT(google-build-using-namespace)
 using BIB_T_NMT::CBIBMemory;

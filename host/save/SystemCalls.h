@@ -1,10 +1,9 @@
 // The system's calls on files, whose failures are errors with the system's reason.
 #pragma once
 
+#include <fcntl.h>
 #include <string>
 #include <string_view>
-
-#include <fcntl.h>
 #include <sys/stat.h>
 
 namespace pdfsettings::detail {

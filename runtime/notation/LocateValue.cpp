@@ -1,11 +1,11 @@
 // Where in a text in the object notation a path leads.
 #include "api/BIBRuntime.h"
 
-#include <algorithm>
-
 #include "runtime/notation/Notation.h"
 #include "runtime/objects/Boundary.h"
 #include "runtime/schema/SchemaText.h"
+
+#include <algorithm>
 
 namespace bibrt {
 

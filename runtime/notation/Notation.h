@@ -5,10 +5,10 @@
 // the form of a number is one. No locale matters, and nothing uses more stack for deeper nesting.
 #pragma once
 
-#include <string_view>
-
 #include "runtime/notation/NotationScanner.h"
 #include "runtime/values/PosCollections.h"
+
+#include <string_view>
 
 namespace bibrt {
 

@@ -1,6 +1,6 @@
-#include <charconv>
-
 #include "runtime/notation/Notation.h"
+
+#include <charconv>
 
 namespace bibrt {
 

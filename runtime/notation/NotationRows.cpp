@@ -1,12 +1,12 @@
 #include "api/POSObjectInterface.h"
 
-#include <cstdio>
-
 #include "runtime/notation/Notation.h"
 #include "runtime/objects/Boundary.h"
 #include "runtime/objects/Container.h"
 #include "runtime/objects/Tables.h"
 #include "runtime/streams/Streams.h"
+
+#include <cstdio>
 
 namespace bibrt {
 

@@ -5,9 +5,9 @@
 // (one to three octal digits). A comment goes from % to the end of the line.
 #pragma once
 
-#include <string_view>
-
 #include "runtime/objects/Memory.h"
+
+#include <string_view>
 
 namespace bibrt {
 

@@ -1,9 +1,9 @@
-#include <charconv>
-#include <cmath>
-
 #include "runtime/notation/Notation.h"
 #include "runtime/values/PosWalk.h"
 #include "runtime/values/Utf16.h"
+
+#include <charconv>
+#include <cmath>
 
 namespace bibrt {
 

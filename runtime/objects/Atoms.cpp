@@ -1,11 +1,11 @@
 #include "runtime/objects/Atoms.h"
 
-#include <mutex>
-#include <unordered_map>
-
 #include "runtime/objects/Boundary.h"
 #include "runtime/objects/Memory.h"
 #include "runtime/objects/Tables.h"
+
+#include <mutex>
+#include <unordered_map>
 
 namespace bibrt {
 

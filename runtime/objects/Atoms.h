@@ -5,12 +5,12 @@
 // again. Everything here is thread safe.
 #pragma once
 
+#include "api/BIBStringInterface.h"
+
 #include <list>
 #include <string>
 #include <string_view>
 #include <utility>
-
-#include "api/BIBStringInterface.h"
 
 // All but the text belongs to the table.
 struct BIBStringAtom {

@@ -1,10 +1,10 @@
 // What stands between the runtime's rows and its own exceptions.
 #pragma once
 
+#include "runtime/objects/Errors.h"
+
 #include <new>
 #include <stdexcept>
-
-#include "runtime/objects/Errors.h"
 
 namespace bibrt {
 

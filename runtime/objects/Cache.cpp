@@ -4,16 +4,16 @@
 // call any row.
 #include "api/BIBCacheInterface.h"
 
+#include "runtime/objects/Boundary.h"
+#include "runtime/objects/Container.h"
+#include "runtime/objects/Tables.h"
+
 #include <algorithm>
 #include <list>
 #include <memory>
 #include <mutex>
 #include <utility>
 #include <vector>
-
-#include "runtime/objects/Boundary.h"
-#include "runtime/objects/Container.h"
-#include "runtime/objects/Tables.h"
 
 namespace bibrt {
 

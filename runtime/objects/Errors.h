@@ -1,11 +1,11 @@
 // The runtime's errors. Reference counts are thread safe; an error never changes.
 #pragma once
 
-#include <atomic>
-
 #include "api/BIBErrorInterface.h"
 #include "runtime/objects/Atoms.h"
 #include "runtime/objects/Counting.h"
+
+#include <atomic>
 
 // A counted error. Core errors live as long as the process and are not counted.
 struct BIBError : bibrt::Counted<BIBError> {

@@ -1,10 +1,10 @@
 #include "runtime/objects/Registry.h"
 
+#include "runtime/objects/Memory.h"
+
 #include <atomic>
 #include <cstring>
 #include <mutex>
-
-#include "runtime/objects/Memory.h"
 
 namespace bibrt {
 

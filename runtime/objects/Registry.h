@@ -1,13 +1,13 @@
 // What is registered: procedures under three texts, and which signature is whose parent.
 #pragma once
 
+#include "runtime/objects/Tables.h"
+
 #include <map>
 #include <shared_mutex>
 #include <string>
 #include <string_view>
 #include <tuple>
-
-#include "runtime/objects/Tables.h"
 
 namespace bibrt {
 

@@ -1,11 +1,11 @@
 // Counted blocks of bytes. Reference counts are thread safe.
 #pragma once
 
-#include <atomic>
-#include <cstddef>
-
 #include "api/BIBSharedBuffInterface.h"
 #include "runtime/objects/Counting.h"
+
+#include <atomic>
+#include <cstddef>
 
 // A buffer whose bytes stand behind the structure or in a block that was taken over.
 struct alignas(std::max_align_t) BIBSharedBuffer : bibrt::Counted<BIBSharedBuffer> {

@@ -2,9 +2,9 @@
 // structure, so that the compiler checks each signature.
 #pragma once
 
-#include <cstddef>
-
 #include "api/BIBTable.h"
+
+#include <cstddef>
 
 namespace bibrt {
 

@@ -1,9 +1,9 @@
 // Judging a schema itself.
-#include <unordered_set>
-
 #include "runtime/schema/SchemaRule.h"
 #include "runtime/schema/SchemaText.h"
 #include "runtime/schema/SettingsWalk.h"
+
+#include <unordered_set>
 
 namespace bibrt {
 

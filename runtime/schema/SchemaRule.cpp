@@ -1,10 +1,10 @@
 #include "runtime/schema/SchemaRule.h"
 
+#include "runtime/schema/SchemaText.h"
+
 #include <algorithm>
 #include <cmath>
 #include <iterator>
-
-#include "runtime/schema/SchemaText.h"
 
 namespace bibrt {
 

@@ -1,11 +1,11 @@
 #include "runtime/schema/SchemaText.h"
 
+#include "runtime/notation/Notation.h"
+
 #include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <limits>
-
-#include "runtime/notation/Notation.h"
 
 namespace bibrt {
 

@@ -1,11 +1,11 @@
 // The texts in the messages of validators: what a value is, and the path to it.
 #pragma once
 
+#include "runtime/values/PosCollections.h"
+
 #include <algorithm>
 #include <initializer_list>
 #include <string_view>
-
-#include "runtime/values/PosCollections.h"
 
 namespace bibrt {
 

@@ -1,10 +1,10 @@
 // Comparing a value with a rule, and saying what is wrong with it.
+#include "runtime/schema/SchemaRule.h"
+#include "runtime/schema/SchemaText.h"
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
-
-#include "runtime/schema/SchemaRule.h"
-#include "runtime/schema/SchemaText.h"
 
 namespace bibrt {
 

@@ -1,11 +1,11 @@
 #include "runtime/schema/SettingsWalk.h"
 
-#include <cstring>
-#include <memory>
-
 #include "runtime/objects/Boundary.h"
 #include "runtime/objects/SharedBuffers.h"
 #include "runtime/schema/SchemaText.h"
+
+#include <cstring>
+#include <memory>
 
 namespace bibrt {
 

@@ -1,14 +1,14 @@
 // The source on a file.
+#include "runtime/objects/Errors.h"
+#include "runtime/objects/Memory.h"
+#include "runtime/streams/StreamSource.h"
+
 #include <cerrno>
 #include <fcntl.h>
 #include <limits>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
-
-#include "runtime/objects/Errors.h"
-#include "runtime/objects/Memory.h"
-#include "runtime/streams/StreamSource.h"
 
 namespace bibrt {
 

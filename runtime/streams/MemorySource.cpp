@@ -1,11 +1,11 @@
 // Sources in memory: one that grows, and one on a shared buffer.
-#include <algorithm>
-#include <cstring>
-
 #include "runtime/objects/Errors.h"
 #include "runtime/objects/Memory.h"
 #include "runtime/objects/SharedBuffers.h"
 #include "runtime/streams/StreamSource.h"
+
+#include <algorithm>
+#include <cstring>
 
 namespace bibrt {
 

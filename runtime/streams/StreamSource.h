@@ -3,9 +3,9 @@
 // Independent streams share one source; it goes with the last of them. Not thread safe.
 #pragma once
 
-#include <memory>
-
 #include "api/BIBStreamInterface.h"
+
+#include <memory>
 
 namespace bibrt {
 

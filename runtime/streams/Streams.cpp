@@ -1,8 +1,8 @@
 #include "runtime/streams/Streams.h"
 
-#include <limits>
-
 #include "runtime/objects/Errors.h"
+
+#include <limits>
 
 namespace bibrt {
 

@@ -2,11 +2,11 @@
 // for all. Not thread safe.
 #pragma once
 
-#include <memory>
-
 #include "api/BIBStreamInterface.h"
 #include "runtime/objects/Container.h"
 #include "runtime/streams/StreamSource.h"
+
+#include <memory>
 
 namespace bibrt {
 

@@ -4,11 +4,11 @@
 // apart from their reference counts. Nothing here uses more stack for deeper nesting.
 #pragma once
 
-#include <string_view>
-
 #include "api/POSObjectInterface.h"
 #include "api/POSScalarInterfaces.h"
 #include "runtime/objects/Container.h"
+
+#include <string_view>
 
 struct POSObject : BIBContainer {
     using BIBContainer::BIBContainer;

@@ -1,15 +1,14 @@
 // Load, start, stop and unload, as a host does it.
 
-#include <algorithm>
-
-#include <gtest/gtest.h>
-
+#include "tests/support/Component.h"
 #include "api/BIBContainerInterface.h"
 #include "api/BIBMemoryInterface.h"
 #include "runtime/objects/Diagnostics.h"
-#include "tests/support/Component.h"
 #include "tests/support/ErrorLog.h"
 #include "tests/support/LookupDouble.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
 
 namespace support {
 

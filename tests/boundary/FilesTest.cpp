@@ -1,15 +1,15 @@
 // Settings in files, as a host opens, watches and saves them.
 
+#include "tests/support/Settings.h"
+#include "tests/support/SystemFaults.h"
+#include "tests/support/TemporaryFolder.h"
+
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
-
-#include "tests/support/Settings.h"
-#include "tests/support/SystemFaults.h"
-#include "tests/support/TemporaryFolder.h"
 
 namespace support {
 

@@ -1,9 +1,9 @@
 // What the component makes of job options text.
 
-#include <algorithm>
-
 #include "tests/support/Settings.h"
 #include "tests/support/SmallStack.h"
+
+#include <algorithm>
 
 namespace support {
 

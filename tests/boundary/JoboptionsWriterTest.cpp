@@ -1,10 +1,10 @@
 // The job options text that the component makes of settings.
 
-#include <clocale>
-#include <cmath>
-
 #include "tests/support/Settings.h"
 #include "tests/support/SmallStack.h"
+
+#include <clocale>
+#include <cmath>
 
 namespace support {
 

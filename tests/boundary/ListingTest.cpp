@@ -1,13 +1,13 @@
 // Which settings a host finds, in a user's folders and in the administrator's of this build.
 
-#include <algorithm>
-#include <fcntl.h>
-#include <sys/stat.h>
-
 #include "tests/support/EnvironmentVariable.h"
 #include "tests/support/PropertyList.h"
 #include "tests/support/Settings.h"
 #include "tests/support/TemporaryFolder.h"
+
+#include <algorithm>
+#include <fcntl.h>
+#include <sys/stat.h>
 
 namespace support {
 

@@ -1,18 +1,17 @@
 // How deep settings may be nested on stacks of all kinds: on one whose limit the host lowers, on
 // one that cannot grow, and on a coroutine's.
 
+#include "tests/support/Settings.h"
+
 #include <algorithm>
 #include <fstream>
 #include <functional>
-
 #include <malloc.h>
 #include <sys/mman.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <ucontext.h>
 #include <unistd.h>
-
-#include "tests/support/Settings.h"
 
 namespace support {
 

@@ -1,10 +1,10 @@
 // Several threads of a host that serialises what it has to: the first calls of each kind, through
 // which the component gets to know the runtime's tables, and every validation.
 
-#include <mutex>
-
 #include "tests/support/FaultSweep.h"
 #include "tests/support/Together.h"
+
+#include <mutex>
 
 namespace support {
 

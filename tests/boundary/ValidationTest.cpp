@@ -1,9 +1,9 @@
 // Settings judged and changed by their schema.
 
-#include <sstream>
-
 #include "tests/support/LookupDouble.h"
 #include "tests/support/Settings.h"
+
+#include <sstream>
 
 namespace support {
 

@@ -3,7 +3,6 @@
 #include "pdfsettings/SafeSave.h"
 #include "pdfsettings/Settings.h"
 #include "pdfsettings/SettingsList.h"
-
 #include "tests/support/EnvironmentVariable.h"
 #include "tests/support/Rounds.h"
 #include "tests/support/TemporaryFolder.h"

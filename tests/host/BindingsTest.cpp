@@ -1,7 +1,6 @@
 #include "host/detail/Bindings.h"
-#include "host/detail/Ref.h"
-
 #include "api/BIBRuntime.h"
+#include "host/detail/Ref.h"
 #include "pdfsettings/Error.h"
 #include "runtime/objects/Diagnostics.h"
 

@@ -1,12 +1,11 @@
 #include "pdfsettings/Component.h"
 
-#include "pdfsettings/Error.h"
-#include "pdfsettings/RawAccess.h"
-#include "pdfsettings/Settings.h"
-
 #include "api/BIBRuntime.h"
 #include "api/PDFSettings.h"
 #include "host/detail/FilePath.h"
+#include "pdfsettings/Error.h"
+#include "pdfsettings/RawAccess.h"
+#include "pdfsettings/Settings.h"
 #include "runtime/objects/Diagnostics.h"
 
 #include <cstdio>

@@ -2,14 +2,12 @@
 // and value, and each finding with its kind and place.
 #include "pdfsettings/Document.h"
 #include "pdfsettings/Splice.h"
-
 #include "tests/support/Agreement.h"
 #include "tests/support/Rounds.h"
 
 #include <algorithm>
-#include <random>
-
 #include <gtest/gtest.h>
+#include <random>
 
 namespace pdfsettings {
 

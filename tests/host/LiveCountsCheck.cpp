@@ -1,8 +1,8 @@
 // Every test of the program gives back all that it had of the runtime.
 
-#include <gtest/gtest.h>
-
 #include "runtime/objects/Diagnostics.h"
+
+#include <gtest/gtest.h>
 
 namespace {
 

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
+#include <gtest/gtest.h>
 #include <linux/openat2.h>
 #include <map>
 #include <optional>
@@ -18,8 +19,6 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 #include <utility>
-
-#include <gtest/gtest.h>
 
 extern "C" int __real_fstat(int file, struct stat* status);
 

@@ -1,8 +1,8 @@
+#include "RuntimeFixture.h"
+
 #include <future>
 #include <thread>
 #include <vector>
-
-#include "RuntimeFixture.h"
 
 namespace runtimetest {
 namespace {

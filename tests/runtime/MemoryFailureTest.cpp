@@ -1,8 +1,8 @@
 // Every operation that needs memory, with each of its allocations failing in turn.
+#include "ValidatorFixture.h"
+
 #include <functional>
 #include <list>
-
-#include "ValidatorFixture.h"
 
 namespace runtimetest {
 namespace {

@@ -1,7 +1,7 @@
+#include "RuntimeFixture.h"
+
 #include <cstdint>
 #include <cstring>
-
-#include "RuntimeFixture.h"
 
 namespace runtimetest {
 namespace {

@@ -1,14 +1,14 @@
 // Collections, cursors and streams against standard containers, under random operations of which
 // some have no memory.
+#include "RuntimeFixture.h"
+#include "tests/support/Rounds.h"
+
 #include <algorithm>
 #include <deque>
 #include <map>
 #include <random>
 #include <utility>
 #include <vector>
-
-#include "RuntimeFixture.h"
-#include "tests/support/Rounds.h"
 
 namespace runtimetest {
 namespace {

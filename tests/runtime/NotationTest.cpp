@@ -1,6 +1,6 @@
-#include <limits>
-
 #include "RuntimeFixture.h"
+
+#include <limits>
 
 namespace runtimetest {
 namespace {

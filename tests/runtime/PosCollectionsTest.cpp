@@ -1,7 +1,7 @@
+#include "RuntimeFixture.h"
+
 #include <cmath>
 #include <vector>
-
-#include "RuntimeFixture.h"
 
 namespace runtimetest {
 namespace {

@@ -1,7 +1,7 @@
+#include "RuntimeFixture.h"
+
 #include <cmath>
 #include <limits>
-
-#include "RuntimeFixture.h"
 
 namespace runtimetest {
 namespace {

@@ -1,6 +1,6 @@
-#include <thread>
-
 #include "RuntimeFixture.h"
+
+#include <thread>
 
 namespace runtimetest {
 namespace {

@@ -2,13 +2,13 @@
 // ends with nothing left alive.
 #pragma once
 
-#include <gtest/gtest.h>
-#include <string>
-#include <utility>
-
 #include "api/BIBRuntime.h"
 #include "runtime/objects/Diagnostics.h"
 #include "tests/support/RuntimeTables.h"
+
+#include <gtest/gtest.h>
+#include <string>
+#include <utility>
 
 namespace runtimetest {
 

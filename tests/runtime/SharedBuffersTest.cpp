@@ -1,6 +1,6 @@
-#include <cstring>
-
 #include "RuntimeFixture.h"
+
+#include <cstring>
 
 namespace runtimetest {
 namespace {

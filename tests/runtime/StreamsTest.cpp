@@ -1,11 +1,11 @@
+#include "RuntimeFixture.h"
+
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <limits>
 #include <unistd.h>
-
-#include "RuntimeFixture.h"
 
 namespace runtimetest {
 namespace {

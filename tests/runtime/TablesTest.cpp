@@ -1,6 +1,6 @@
-#include <vector>
-
 #include "RuntimeFixture.h"
+
+#include <vector>
 
 namespace runtimetest {
 namespace {

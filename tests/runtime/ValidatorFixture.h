@@ -1,10 +1,10 @@
 // What the tests of validators share: a validator on a schema's text, and the messages it gives.
 #pragma once
 
+#include "RuntimeFixture.h"
+
 #include <cstring>
 #include <string>
-
-#include "RuntimeFixture.h"
 
 namespace runtimetest {
 

@@ -1,7 +1,7 @@
+#include "ValidatorFixture.h"
+
 #include <cstring>
 #include <limits>
-
-#include "ValidatorFixture.h"
 
 namespace runtimetest {
 namespace {

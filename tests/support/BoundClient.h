@@ -1,15 +1,14 @@
 // The client layer, bound to the in-process runtime through a lookup that can hide rows.
 #pragma once
 
-#include <string>
-
-#include <gtest/gtest.h>
-
 #include "bib/BIBClient.h"
 #include "bib/BIBError.h"
 #include "bib/POSException.h"
 #include "runtime/objects/Diagnostics.h"
 #include "tests/support/LookupDouble.h"
+
+#include <gtest/gtest.h>
+#include <string>
 
 namespace support {
 

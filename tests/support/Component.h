@@ -1,9 +1,9 @@
 // The component as a host loads it.
 #pragma once
 
-#include <dlfcn.h>
-
 #include "api/PDFSettings.h"
+
+#include <dlfcn.h>
 
 namespace support {
 

@@ -1,13 +1,12 @@
 // Values in one line of text, for tests to compare.
 #pragma once
 
+#include "tests/support/HostTables.h"
+
 #include <cstdio>
 #include <iterator>
 #include <string>
-
 #include <utf8/unchecked.h>
-
-#include "tests/support/HostTables.h"
 
 namespace support {
 

@@ -1,10 +1,10 @@
 // Collects what is reported to the runtime's error channel.
 #pragma once
 
+#include "api/BIBRuntime.h"
+
 #include <string>
 #include <vector>
-
-#include "api/BIBRuntime.h"
 
 namespace support {
 

@@ -1,13 +1,13 @@
 // A host that makes whatever a call of the component needs fail, one thing after the other.
 #pragma once
 
-#include <functional>
-
 #include "tests/support/EnvironmentVariable.h"
 #include "tests/support/ExpectedLeaks.h"
 #include "tests/support/PropertyList.h"
 #include "tests/support/Settings.h"
 #include "tests/support/TemporaryFolder.h"
+
+#include <functional>
 
 namespace support {
 

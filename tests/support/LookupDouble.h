@@ -2,12 +2,12 @@
 // asked.
 #pragma once
 
+#include "api/BIBRuntime.h"
+
 #include <map>
 #include <set>
 #include <string>
 #include <vector>
-
-#include "api/BIBRuntime.h"
 
 namespace support {
 

@@ -6,9 +6,6 @@
 // A row that cannot be found is null in the structure; MissingRows counts them.
 #pragma once
 
-#include <cstddef>
-#include <cstring>
-
 #include "api/BIBBootstrap.h"
 #include "api/BIBCacheInterface.h"
 #include "api/BIBContainerInterface.h"
@@ -22,6 +19,9 @@
 #include "api/POSObjectInterface.h"
 #include "api/POSScalarInterfaces.h"
 #include "api/POSValidatorInterface.h"
+
+#include <cstddef>
+#include <cstring>
 
 namespace support {
 

@@ -2,16 +2,15 @@
 // objects.
 #pragma once
 
-#include <cstring>
-#include <string>
-#include <string_view>
-
-#include <gtest/gtest.h>
-
 #include "runtime/objects/Diagnostics.h"
 #include "tests/support/Component.h"
 #include "tests/support/Describe.h"
 #include "tests/support/ErrorLog.h"
+
+#include <cstring>
+#include <gtest/gtest.h>
+#include <string>
+#include <string_view>
 
 namespace support {
 

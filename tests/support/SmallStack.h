@@ -2,11 +2,9 @@
 #pragma once
 
 #include <functional>
-#include <utility>
-
-#include <pthread.h>
-
 #include <gtest/gtest.h>
+#include <pthread.h>
+#include <utility>
 
 namespace support {
 

@@ -1,5 +1,7 @@
 #include "tests/support/SystemFaults.h"
 
+#include "runtime/objects/FailurePoint.h"
+
 #include <atomic>
 #include <cerrno>
 #include <csignal>
@@ -10,8 +12,6 @@
 #include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include "runtime/objects/FailurePoint.h"
 
 namespace support {
 

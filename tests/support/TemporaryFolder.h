@@ -6,10 +6,9 @@
 #include <fstream>
 #include <iterator>
 #include <string>
-#include <vector>
-
 #include <sys/stat.h>
 #include <unistd.h>
+#include <vector>
 
 namespace support {
 

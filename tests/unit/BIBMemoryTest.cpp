@@ -1,10 +1,10 @@
 #include "bib/BIBMemory.h"
 
-#include <cstring>
-#include <limits>
-
 #include "bib/BIBSharedBuffer.h"
 #include "tests/support/BoundClient.h"
+
+#include <cstring>
+#include <limits>
 
 namespace BIB_T_NMT {
 

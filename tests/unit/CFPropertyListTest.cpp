@@ -1,11 +1,10 @@
 #include "platform/CFPropertyList.h"
 
-#include <memory>
-#include <string>
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
-
-#include "tests/support/TemporaryFolder.h"
+#include <memory>
+#include <string>
 
 namespace {
 

@@ -1,11 +1,10 @@
 #include "external/MoreFilesX/FSIterateContainer.h"
 
-#include <gtest/gtest.h>
-
-#include <unistd.h>
-
 #include "tests/support/TemporaryFolder.h"
 #include "tests/unit/FileServiceDouble.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
 
 namespace {
 

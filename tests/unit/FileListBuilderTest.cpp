@@ -1,10 +1,10 @@
 #include "source/FileListBuilder.h"
 
-#include <algorithm>
-
 #include "source/FileMgmt.h"
 #include "tests/support/BoundClient.h"
 #include "tests/support/Describe.h"
+
+#include <algorithm>
 
 namespace PDFSettingsImpl {
 

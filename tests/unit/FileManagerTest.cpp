@@ -1,17 +1,16 @@
 #include "platform/FileManager.h"
 
-#include <gtest/gtest.h>
+#include "tests/support/TemporaryFolder.h"
+#include "tests/unit/TransferDouble.h"
 
 #include <climits>
 #include <csignal>
 #include <fcntl.h>
+#include <gtest/gtest.h>
 #include <linux/fs.h>
 #include <sys/ioctl.h>
 #include <sys/resource.h>
 #include <unistd.h>
-
-#include "tests/support/TemporaryFolder.h"
-#include "tests/unit/TransferDouble.h"
 
 namespace {
 

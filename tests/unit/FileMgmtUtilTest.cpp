@@ -1,11 +1,11 @@
 #include "source/FileMgmtUtil.h"
 
-#include <sys/stat.h>
-
 #include "platform/FileManager.h"
 #include "tests/support/BoundClient.h"
 #include "tests/support/EnvironmentVariable.h"
 #include "tests/support/TemporaryFolder.h"
+
+#include <sys/stat.h>
 
 namespace FileMgmtUtil {
 

@@ -1,15 +1,14 @@
 #include "bib/LazyTerminate.h"
 
+#include "bib/BIBData.h"
+#include "bib/BIBStream.h"
+#include "bib/POSValidator.h"
+
+#include <gtest/gtest.h>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
-
-#include <gtest/gtest.h>
-
-#include "bib/BIBData.h"
-#include "bib/BIBStream.h"
-#include "bib/POSValidator.h"
 
 namespace BIB_T_NMT {
 

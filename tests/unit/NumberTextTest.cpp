@@ -1,16 +1,15 @@
 #include "format/NumberText.h"
 
+#include "tests/support/Rounds.h"
+
 #include <bit>
 #include <clocale>
 #include <cstdint>
 #include <cstdlib>
+#include <gtest/gtest.h>
 #include <random>
 #include <sstream>
 #include <string>
-
-#include <gtest/gtest.h>
-
-#include "tests/support/Rounds.h"
 
 namespace format {
 

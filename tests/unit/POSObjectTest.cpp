@@ -1,10 +1,10 @@
 #include "bib/POSObject.h"
 
-#include <functional>
-
 #include "bib/POSCollections.h"
 #include "bib/POSScalars.h"
 #include "tests/support/BoundClient.h"
+
+#include <functional>
 
 namespace BIB_T_NMT {
 

@@ -1,8 +1,7 @@
 #include "format/Tokens.h"
 
-#include <string>
-
 #include <gtest/gtest.h>
+#include <string>
 
 namespace format {
 

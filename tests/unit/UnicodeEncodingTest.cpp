@@ -1,12 +1,12 @@
 #include "api/UnicodeEncoding.h"
 
-#include <algorithm>
-#include <string>
-#include <string_view>
-
 #include "platform/CFString.h"
 #include "source/EncodingConverter.h"
 #include "tests/support/BoundClient.h"
+
+#include <algorithm>
+#include <string>
+#include <string_view>
 
 namespace UnicodeEncodingNS {
 

@@ -1,11 +1,11 @@
-#include <string>
-
 #include "bib/BIBSharedBuffer.h"
 #include "bib/POSCollections.h"
 #include "bib/POSScalars.h"
 #include "source/PDFSettingsObject.h"
 #include "source/PDFSettingsValidation.h"
 #include "tests/support/BoundClient.h"
+
+#include <string>
 
 namespace PDFSettingsImpl {
 

@@ -1,9 +1,5 @@
 #include "source/WholeFile.h"
 
-#include <chrono>
-#include <cstring>
-#include <unistd.h>
-
 #include "api/BIBRuntime.h"
 #include "bib/POSCollections.h"
 #include "source/PDFSettingsError.h"
@@ -12,6 +8,10 @@
 #include "tests/support/RuntimeTables.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/unit/FileServiceDouble.h"
+
+#include <chrono>
+#include <cstring>
+#include <unistd.h>
 
 namespace UnicodeEncodingNS {
 
