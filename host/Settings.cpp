@@ -7,7 +7,6 @@
 #include "pdfsettings/Component.h"
 #include "pdfsettings/Error.h"
 
-#include <algorithm>
 #include <charconv>
 #include <filesystem>
 #include <optional>
@@ -103,28 +102,32 @@ std::vector<std::size_t> JudgedPositions(Bindings const& tables, Array const& na
     return positions;
 }
 
+void RestorePosition(std::vector<std::size_t> const& positions, std::string& key) {
+    char const* const end = key.data() + key.size();
+    std::size_t position = positions.size();
+    char const* const rest =
+        std::from_chars(key.data() + kBeforePosition.size(), end, position).ptr;
+    if (position < positions.size()) {
+        key = std::string(kBeforePosition) + std::to_string(positions[position]) +
+              std::string(rest, end);
+    }
+}
+
 // The component leaves out the elements of OtherNamespaces that it does not judge before it counts
 // them. Makes the positions in findings those of settings, which were judged.
 void RestorePositions(
     Bindings const& tables, Dictionary const& settings, std::vector<Finding>& findings) {
-    auto const isAboutElement = [](Finding const& finding) {
-        return finding.key.starts_with(kBeforePosition);
-    };
     auto const* const namespaces = detail::As<Array>(settings.Get(kNamespaces));
-    if (namespaces == nullptr || std::ranges::none_of(findings, isAboutElement)) {
-        return;
-    }
-    auto const positions = JudgedPositions(tables, *namespaces);
+    std::vector<std::string*> keys;
     for (Finding& finding : findings) {
-        if (isAboutElement(finding)) {
-            char const* const begin = finding.key.data() + kBeforePosition.size();
-            char const* const end = finding.key.data() + finding.key.size();
-            std::size_t position = positions.size();
-            char const* const rest = std::from_chars(begin, end, position).ptr;
-            if (position < positions.size()) {
-                finding.key = std::string(kBeforePosition) + std::to_string(positions[position]) +
-                              std::string(rest, end);
-            }
+        if (finding.key.starts_with(kBeforePosition)) {
+            keys.push_back(&finding.key);
+        }
+    }
+    if (namespaces != nullptr && !keys.empty()) {
+        auto const positions = JudgedPositions(tables, *namespaces);
+        for (std::string* const key : keys) {
+            RestorePosition(positions, *key);
         }
     }
 }

@@ -44,13 +44,15 @@ BufferRef MakePath(Bindings const& tables, std::string const& path) {
 std::string WhyUnwritable(std::string const& path) {
     try {
         struct stat status {};
-        if (stat(path.c_str(), &status) == 0) {
-            RequireRegular(status);
-            if ((status.st_mode & S_IWUSR) == 0) {
-                return "read-only";
-            }
-        } else if (path.empty() || errno != ENOENT) {
+        bool const isThere = stat(path.c_str(), &status) == 0;
+        if (!isThere && (path.empty() || errno != ENOENT)) {
             ThrowSystemError(errno);
+        }
+        if (isThere) {
+            RequireRegular(status);
+        }
+        if (isThere && (status.st_mode & S_IWUSR) == 0) {
+            return "read-only";
         }
         ThrowIfNegative(faccessat(AT_FDCWD, FolderPart(path).c_str(), W_OK, AT_EACCESS));
         return "it cannot be written";

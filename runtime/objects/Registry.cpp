@@ -20,7 +20,7 @@ bool Registry::Add(ProcName const& name, void* proc) {
     }
     ExpectMemory();
     fProcs.emplace(
-        ProcNames{
+        ProcNames<std::string>{
             std::string(name.fInterface), std::string(name.fName), std::string(name.fProcType)},
         proc);
     return true;

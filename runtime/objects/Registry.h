@@ -3,11 +3,11 @@
 
 #include "runtime/objects/Tables.h"
 
+#include <array>
 #include <map>
 #include <shared_mutex>
 #include <string>
 #include <string_view>
-#include <tuple>
 
 namespace bibrt {
 
@@ -18,13 +18,15 @@ struct ProcNames {
     Text fName;
     Text fProcType;
 
-    auto Tie() const noexcept { return std::tie(fInterface, fName, fProcType); }
+    std::array<std::string_view, 3> Views() const noexcept {
+        return {fInterface, fName, fProcType};
+    }
 };
 using ProcName = ProcNames<std::string_view>;
 
 template <class A, class B>
 bool operator<(ProcNames<A> const& a, ProcNames<B> const& b) noexcept {
-    return a.Tie() < b.Tie();
+    return a.Views() < b.Views();
 }
 
 // Thread safe. There is one, which is never destroyed.

@@ -1,8 +1,6 @@
 // joboptions check: judges files by a schema.
 #include "tools/joboptions/commands/Command.h"
 
-#include "pdfsettings/Component.h"
-#include "pdfsettings/Schema.h"
 #include "tools/joboptions/commands/Input.h"
 #include "tools/joboptions/commands/ListEntries.h"
 #include "tools/joboptions/commands/Replace.h"

@@ -1,7 +1,6 @@
 // joboptions describe: what the schema says of settings.
 #include "tools/joboptions/commands/Command.h"
 
-#include "pdfsettings/Schema.h"
 #include "tools/joboptions/commands/Replace.h"
 #include "tools/joboptions/json/JsonDocuments.h"
 #include "tools/joboptions/text/KnownKeys.h"

@@ -1,7 +1,6 @@
 // joboptions fmt: writes files in the component's own layout.
 #include "tools/joboptions/commands/Command.h"
 
-#include "pdfsettings/Component.h"
 #include "pdfsettings/Document.h"
 #include "tools/joboptions/commands/Input.h"
 #include "tools/joboptions/commands/ListEntries.h"
@@ -12,7 +11,6 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <fmt/format.h>
 #include <string>
 #include <vector>
 

@@ -33,14 +33,14 @@ namespace {
 
 // A value as it stands in a file, and the path that it is for.
 struct ValueText {
-    std::string path;
-    std::string text;
+    std::string fPath;
+    std::string fText;
 };
 
 // What assignments ask for.
 struct Assignments {
-    Dictionary changes;           // the whole new value of each top-level key that is touched
-    std::vector<ValueText> texts; // one for each, in their order
+    Dictionary fChanges;           // the whole new value of each top-level key that is touched
+    std::vector<ValueText> fTexts; // one for each, in their order
 };
 
 // Says what is wrong with one assignment.
@@ -121,8 +121,8 @@ public:
         }
         RequireKey(path);
         std::string const text = assignment.substr(sign + 1);
-        Apply(path, ReadValue(path, text), result.changes);
-        result.texts.push_back({path, BareText(text)});
+        Apply(path, ReadValue(path, text), result.fChanges);
+        result.fTexts.push_back({path, BareText(text)});
     }
 
 private:
@@ -315,11 +315,11 @@ private:
         Dictionary const before = settings.Values();
         auto const& rules = schema.Settings();
         auto const assignments = ReadAssignments(component, before, rules, fAssignments);
-        auto findings = settings.Set(assignments.changes);
+        auto findings = settings.Set(assignments.fChanges);
         MarkOldFindings(settings, findings);
-        AddHints(findings, Changed(before, assignments.changes), rules);
+        AddHints(findings, Changed(before, assignments.fChanges), rules);
         Dictionary const after = settings.Values();
-        std::string const changed = findings.empty() ? Splice(text, assignments.texts) : text;
+        std::string const changed = findings.empty() ? Splice(text, assignments.fTexts) : text;
         RequireSettings(
             component,
             file,
@@ -327,7 +327,7 @@ private:
             after,
             "an empty dictionary can only stand last, and other files need joboptions fmt first");
         return Finish(
-            {file, save, before, after, findings, UnknownKeys(rules, assignments.texts), changed},
+            {file, save, before, after, findings, UnknownKeys(rules, assignments.fTexts), changed},
             fOptions);
     }
 

@@ -9,7 +9,6 @@
 #include <fmt/format.h>
 #include <numeric>
 #include <utility>
-#include <vector>
 
 namespace joboptions {
 
