@@ -7,13 +7,42 @@
 #include "tools/joboptions/text/Utf8.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstdio>
 #include <fmt/format.h>
+#include <system_error>
 
 namespace joboptions {
 
+namespace {
+
+// The limit of files, for an endless input too.
+constexpr std::size_t kLargestInput = std::size_t{256} << 20;
+
+std::string ReadStandardInput() {
+    std::string bytes;
+    char buffer[65536];
+    std::size_t count = 0;
+    while ((count = std::fread(buffer, 1, sizeof buffer, stdin)) > 0) {
+        bytes.append(buffer, count);
+        if (bytes.size() > kLargestInput) {
+            Fail(Status::kBadInput, "-", "larger than 256 MiB");
+        }
+    }
+    if (std::ferror(stdin) != 0) {
+        Fail(Status::kBadInput, "-", std::generic_category().message(errno));
+    }
+    return bytes;
+}
+
+} // namespace
+
 std::string ReadBytes(std::string const& file) {
+    if (file == "-") {
+        return ReadStandardInput();
+    }
     try {
-        return pdfsettings::ReadFile(file == "-" ? "/dev/stdin" : file);
+        return pdfsettings::ReadFile(file);
     } catch (pdfsettings::Error const& error) {
         Fail(Status::kBadInput, file, VisibleText(error.what()));
     }
