@@ -51,6 +51,19 @@ void AddRefLocked(BIBStringAtom& atom) noexcept {
     }
 }
 
+// Changes a count that stays above least: only the first reference and the last one move an atom to
+// another list, under the lock. False when the count is not above it.
+bool ChangeAbove(unsigned long least, BIBStringAtom& atom, long change) noexcept {
+    unsigned long refs = atom.fRefs.load(std::memory_order_relaxed);
+    while (refs > least) {
+        auto const changed = refs + static_cast<unsigned long>(change);
+        if (atom.fRefs.compare_exchange_weak(refs, changed, std::memory_order_acq_rel)) {
+            return true;
+        }
+    }
+    return false;
+}
+
 // The rows.
 
 BIBStringAtom* NewStringAtom(char const* text) {
@@ -95,14 +108,15 @@ BIBStringAtom const* FindAtom(std::string_view text) noexcept {
 }
 
 void AddAtomRef(BIBStringAtom* atom) noexcept {
-    std::lock_guard const guard(Table().fLock);
-    if (atom) {
-        AddRefLocked(*atom);
+    if (!atom || ChangeAbove(0, *atom, 1)) {
+        return;
     }
+    std::lock_guard const guard(Table().fLock);
+    AddRefLocked(*atom);
 }
 
 void ReleaseAtom(BIBStringAtom* atom) noexcept {
-    if (!atom) {
+    if (!atom || ChangeAbove(1, *atom, -1)) {
         return;
     }
     AtomTable& table = Table();

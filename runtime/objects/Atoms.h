@@ -7,6 +7,7 @@
 
 #include "api/BIBStringInterface.h"
 
+#include <atomic>
 #include <list>
 #include <string>
 #include <string_view>
@@ -19,7 +20,7 @@ struct BIBStringAtom {
     char const* Text() const noexcept { return fText.c_str(); }
 
     std::string const fText; // its place never changes
-    unsigned long fRefs = 0;
+    std::atomic<unsigned long> fRefs = 0;
     bool fIsImmortal = false;                  // never counted
     std::list<BIBStringAtom>::iterator fPlace; // in one of the table's lists
 };

@@ -11,7 +11,8 @@ its body, '#' lines before the first directive are comments:
   @link NAME PLACE  makes a link that leads to a place in the case's folder
   @mtime NAME TIME  lets it have changed last so many seconds after 1970
   @run ARGS...      runs the program; the body is the expected standard output. In front of it:
-  @stdin PATH         for the next run: standard input comes from there (else it is empty)
+  @stdin PATH         for the next run: standard input comes from there (else it is empty); with
+                      socket: before it, through a socket
   @stdout-to PATH     for the next run: standard output goes there
   @largest SIZE       for the next run: no file may grow beyond so many bytes
                     and behind it:
@@ -31,6 +32,7 @@ import re
 import resource
 import shlex
 import shutil
+import socket
 import subprocess
 import sys
 import tempfile
@@ -137,6 +139,16 @@ def clear(folder):
     os.makedirs(folder)
 
 
+def open_input(place):
+    """A descriptor on a file or a folder, or on a socket, which no path leads to."""
+    if not place.startswith("socket:"):
+        return os.open(place, os.O_RDONLY)
+    ours, theirs = socket.socketpair()
+    with ours, open(place.removeprefix("socket:"), "rb") as file:
+        ours.sendall(file.read())
+    return theirs.detach()
+
+
 def execute(program, run, places):
     """The differences between what a run gives and what is expected."""
     environment = {key: os.environ[key] for key in os.environ if key != "NO_COLOR"}
@@ -149,7 +161,7 @@ def execute(program, run, places):
             resource.setrlimit(resource.RLIMIT_FSIZE, (int(run.largest), resource.RLIM_INFINITY))
 
     # A folder can be standard input too, but Python opens none.
-    stdin = os.open(run.stdin_from, os.O_RDONLY)
+    stdin = open_input(run.stdin_from)
     with open(run.stdout_to or os.devnull, "wb") as stdout:
         result = subprocess.run(
             [program.encode(), *run.arguments], stdin=stdin, env=environment, timeout=TIME_LIMIT,
