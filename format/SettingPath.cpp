@@ -23,6 +23,17 @@ std::string_view ParentPath(std::string_view path) noexcept {
     return path.substr(0, parent);
 }
 
+std::string RulePath(std::string_view path) {
+    std::string_view part = FirstPart(path);
+    std::string rule(part);
+    while (part.size() < path.size()) {
+        path.remove_prefix(part.size() + 1);
+        part = FirstPart(path);
+        rule += PositionIn(part) ? "[]" : "/" + std::string(part);
+    }
+    return rule;
+}
+
 std::optional<std::size_t> PositionIn(std::string_view part) noexcept {
     std::size_t position = 0;
     char const* const end = part.data() + part.size();

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace format {
@@ -14,6 +15,10 @@ std::string_view LastPart(std::string_view path) noexcept;
 
 // The path without its last part; empty for a path of one part.
 std::string_view ParentPath(std::string_view path) noexcept;
+
+// The path of the rule for what stands at a path: each position is "[]" there, as in
+// "OtherNamespaces[]/Namespace".
+std::string RulePath(std::string_view path);
 
 // The position that a part names, if it is one.
 std::optional<std::size_t> PositionIn(std::string_view part) noexcept;

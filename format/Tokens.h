@@ -42,6 +42,9 @@ inline constexpr std::size_t kMaxNameSize = 255;
 // A scan may step over the first zero byte behind a text and then looks at two more.
 inline constexpr std::size_t kZerosBehindText = 4;
 
+// What the name of a settings file ends in.
+inline constexpr std::string_view kExtension = ".joboptions";
+
 // Behind the settings; what follows is their tail.
 inline constexpr std::string_view kKeyword = "setalembicorparams";
 

@@ -4,6 +4,7 @@
 #include "bib/BIBMemory.h"
 #include "bib/BIBStringAtom.h"
 #include "bib/POSScalars.h"
+#include "format/Tokens.h"
 #include "platform/Encodings.h"
 #include "source/EncodingConverter.h"
 #include "source/PDFSettingsError.h"
@@ -28,14 +29,12 @@ namespace PDFSettingsImpl {
 
 namespace {
 
-constexpr std::string_view kExtension = ".joboptions";
-
 constexpr UInt16 kOwnerMayWrite = 0x80;
 
 // The last dot may stand in the name of a folder. Longer endings pass.
 bool HasExtension(std::string_view path) noexcept {
     std::size_t const dot = path.rfind('.');
-    return dot != std::string_view::npos && path.substr(dot).starts_with(kExtension);
+    return dot != std::string_view::npos && path.substr(dot).starts_with(format::kExtension);
 }
 
 // The name to show: without its extension if that is the exact one. REQUIRES: it is longer.

@@ -30,7 +30,7 @@ struct SettingsFileInfoKeys {
     BIB_T_NMT::CBIBStringAtom const fShowHide{"ShowHide"};
 };
 
-// The extension of settings files, 11 units.
+// format::kExtension in 16-bit units.
 // NOLINTNEXTLINE(readability-identifier-naming): the name that it has always had
 inline constexpr unsigned short unicode_joboptions[] = {
     '.', 'j', 'o', 'b', 'o', 'p', 't', 'i', 'o', 'n', 's'};

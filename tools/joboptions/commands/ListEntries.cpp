@@ -1,5 +1,6 @@
 #include "tools/joboptions/commands/ListEntries.h"
 
+#include "format/Tokens.h"
 #include "pdfsettings/AdminPreferences.h"
 #include "tools/joboptions/commands/Output.h"
 #include "tools/joboptions/text/Utf8.h"
@@ -23,13 +24,11 @@ using pdfsettings::SettingsList;
 
 namespace {
 
-constexpr std::string_view kExtension = ".joboptions";
-
 // The name under which a file would be shown without a display name.
 std::string OwnName(std::filesystem::path const& path) {
     std::string const name = path.filename().string();
-    bool const hasExtension = name.size() > kExtension.size() && name.ends_with(kExtension);
-    return hasExtension ? name.substr(0, name.size() - kExtension.size()) : name;
+    bool const hasExtension = name.size() > format::kExtension.size() && name.ends_with(format::kExtension);
+    return hasExtension ? name.substr(0, name.size() - format::kExtension.size()) : name;
 }
 
 // Whether its owner may write a file, and whether nobody may.
@@ -89,7 +88,7 @@ std::vector<std::filesystem::path> SettingsIn(std::string const& folder) {
     for (; !error && file != std::filesystem::directory_iterator(); file.increment(error)) {
         std::string const name = file->path().filename().string();
         std::size_t const dot = std::min(name.rfind('.'), name.size());
-        if (name.substr(dot).starts_with(kExtension) && IsPlainText(name)) {
+        if (name.substr(dot).starts_with(format::kExtension) && IsPlainText(name)) {
             paths.push_back(file->path().lexically_normal());
         }
     }

@@ -1,5 +1,6 @@
 #include "tools/joboptions/text/Diagnostics.h"
 
+#include "format/SettingPath.h"
 #include "pdfsettings/Error.h"
 #include "pdfsettings/Path.h"
 #include "tools/joboptions/commands/Input.h"
@@ -12,7 +13,6 @@
 
 #include <algorithm>
 #include <fmt/format.h>
-#include <regex>
 
 namespace joboptions {
 
@@ -44,11 +44,8 @@ Span SpanOf(Document const& document, std::string const& path) {
     return BeginOf(document);
 }
 
-// The rule's form of a path names all elements as "[]".
 SettingRule const* FindRule(std::vector<SettingRule> const& rules, std::string const& key) {
-    static std::regex const kPosition("/[0-9]+(?=/|$)");
-    std::string const ruleKey = std::regex_replace(key, kPosition, "[]");
-    auto const rule = std::ranges::find(rules, ruleKey, &SettingRule::key);
+    auto const rule = std::ranges::find(rules, format::RulePath(key), &SettingRule::key);
     return rule == rules.end() ? nullptr : &*rule;
 }
 

@@ -1,5 +1,6 @@
 #include "tools/joboptions/text/KnownKeys.h"
 
+#include "format/SettingPath.h"
 #include "pdfsettings/Path.h"
 #include "tools/joboptions/text/Utf8.h"
 #include "tools/joboptions/text/ValueText.h"
@@ -96,8 +97,7 @@ std::optional<std::string> KnownKeys::Warning(std::string const& path) const {
     std::string_view rest = path;
     for (;;) {
         std::string const part(pdfsettings::FirstPart(rest));
-        bool const isPosition =
-            !part.empty() && part.find_first_not_of("0123456789") == std::string::npos;
+        bool const isPosition = format::PositionIn(part).has_value();
         if (!isPosition && !Has(parent, part)) {
             return kUnknownKeyText + Hint(parent, part);
         }

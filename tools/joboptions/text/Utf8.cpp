@@ -41,19 +41,33 @@ bool IsPrintable(utf8proc_int32_t codePoint) {
     }
 }
 
-void AppendOctal(std::string& text, std::string_view bytes) {
+void AppendOctal(std::string& text, std::string_view bytes, utf8proc_int32_t /*codePoint*/) {
     for (char const byte : bytes) {
         fmt::format_to(std::back_inserter(text), "\\{:03o}", static_cast<unsigned char>(byte));
     }
 }
 
 // In JSON a character is one or two units of UTF-16.
-void AppendJsonEscape(std::string& escaped, unsigned codePoint) {
+void AppendJsonEscape(std::string& escaped, std::string_view bytes, utf8proc_int32_t codePoint) {
     if (codePoint > 0xFFFF) {
-        AppendJsonEscape(escaped, 0xD800 + ((codePoint - 0x10000) >> 10));
+        AppendJsonEscape(escaped, bytes, 0xD800 + ((codePoint - 0x10000) >> 10));
         codePoint = 0xDC00 + (codePoint & 0x3FF);
     }
     fmt::format_to(std::back_inserter(escaped), "\\u{:04x}", codePoint);
+}
+
+// The text with escapes for the characters that are not kept.
+template <class IsKept, class AppendEscape>
+std::string Escaped(std::string_view text, IsKept isKept, AppendEscape appendEscape) {
+    std::string result;
+    ForEachCharacter(text, [&](std::string_view bytes, utf8proc_int32_t codePoint) {
+        if (isKept(codePoint)) {
+            result += bytes;
+        } else {
+            appendEscape(result, bytes, codePoint);
+        }
+    });
+    return result;
 }
 
 } // namespace
@@ -68,29 +82,19 @@ bool IsPlainText(std::string_view text) {
 }
 
 std::string VisibleText(std::string_view text) {
-    std::string visible;
-    ForEachCharacter(text, [&](std::string_view bytes, utf8proc_int32_t codePoint) {
-        IsPrintable(codePoint) ? static_cast<void>(visible += bytes) : AppendOctal(visible, bytes);
-    });
-    return visible;
+    return Escaped(text, &IsPrintable, &AppendOctal);
 }
 
 std::string WellFormedText(std::string_view text) {
-    std::string result;
-    ForEachCharacter(text, [&](std::string_view bytes, utf8proc_int32_t codePoint) {
-        codePoint != kNone ? static_cast<void>(result += bytes) : AppendOctal(result, bytes);
-    });
-    return result;
+    auto const isCharacter = [](utf8proc_int32_t codePoint) { return codePoint != kNone; };
+    return Escaped(text, isCharacter, &AppendOctal);
 }
 
 std::string JsonEscapes(std::string_view json) {
-    std::string escaped;
-    ForEachCharacter(json, [&](std::string_view bytes, utf8proc_int32_t codePoint) {
-        bool const isKept = codePoint == kNone || codePoint == '\n' || IsPrintable(codePoint);
-        isKept ? static_cast<void>(escaped += bytes)
-               : AppendJsonEscape(escaped, static_cast<unsigned>(codePoint));
-    });
-    return escaped;
+    auto const isKept = [](utf8proc_int32_t codePoint) {
+        return codePoint == kNone || codePoint == '\n' || IsPrintable(codePoint);
+    };
+    return Escaped(json, isKept, &AppendJsonEscape);
 }
 
 std::size_t DisplayWidth(std::string_view visible) {
