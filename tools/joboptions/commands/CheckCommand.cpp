@@ -5,7 +5,7 @@
 #include "tools/joboptions/commands/ListEntries.h"
 #include "tools/joboptions/commands/Replace.h"
 #include "tools/joboptions/json/JsonDocuments.h"
-#include "tools/joboptions/text/Diagnostics.h"
+#include "tools/joboptions/text/Findings.h"
 #include "tools/joboptions/text/KnownKeys.h"
 
 #include <CLI/CLI.hpp>
@@ -21,13 +21,13 @@ namespace {
 
 std::string JudgementText(Judgement const& judgement, bool color) {
     std::string text;
-    for (Diagnostic const& diagnostic : judgement.diagnostics) {
-        text += DiagnosticText(judgement.file, *judgement.document, diagnostic, color);
+    for (PlacedFinding const& finding : judgement.findings) {
+        text += PlacedFindingText(judgement.file, *judgement.document, finding, color);
     }
     return text;
 }
 
-void Append(std::vector<Diagnostic>& all, std::vector<Diagnostic> more) {
+void Append(std::vector<PlacedFinding>& all, std::vector<PlacedFinding> more) {
     all.insert(
         all.end(), std::make_move_iterator(more.begin()), std::make_move_iterator(more.end()));
 }
@@ -99,7 +99,7 @@ private:
         Judgement& judgement) const {
         judgement.document.emplace(std::move(text));
         pdfsettings::Document const& document = *judgement.document;
-        judgement.diagnostics = TextDiagnostics(document);
+        judgement.findings = TextFindings(document);
         if (document.WhyRefused() != pdfsettings::Refusal::kNone) {
             judgement.error = RefusalText(judgement.file, document);
             return;
@@ -107,24 +107,23 @@ private:
         auto const settings =
             ParseSettings(component, judgement.file, document.Text(), schema.Text());
         auto const& rules = schema.Settings();
-        auto& all = judgement.diagnostics;
-        Append(all, SchemaDiagnostics(document, settings.Validate(), rules));
-        Append(all, WritingDiagnostics(component, document, settings));
+        auto& all = judgement.findings;
+        Append(all, SchemaFindings(document, settings.Validate(), rules));
+        Append(all, WritingFindings(component, document, settings));
         if (fIsStrict) {
             Append(all, UnknownKeys(document, rules));
         }
         std::ranges::stable_sort(
-            all, {}, [](Diagnostic const& diagnostic) { return diagnostic.span.begin; });
+            all, {}, [](PlacedFinding const& finding) { return finding.span.begin; });
     }
 
     Status StatusOf(Judgement const& judgement) const {
         if (!judgement.error.empty()) {
             return Status::kBadInput;
         }
-        bool const isFaulty =
-            std::ranges::any_of(judgement.diagnostics, [this](auto const& diagnostic) {
-                return fIsStrict || diagnostic.severity == pdfsettings::Severity::kError;
-            });
+        bool const isFaulty = std::ranges::any_of(judgement.findings, [this](auto const& finding) {
+            return fIsStrict || finding.severity == pdfsettings::Severity::kError;
+        });
         return isFaulty ? Status::kNo : Status::kDone;
     }
 

@@ -6,7 +6,7 @@
 #include "tools/joboptions/commands/ListEntries.h"
 #include "tools/joboptions/commands/Replace.h"
 #include "tools/joboptions/json/JsonDocuments.h"
-#include "tools/joboptions/text/Diagnostics.h"
+#include "tools/joboptions/text/Findings.h"
 #include "tools/joboptions/text/Layout.h"
 
 #include <CLI/CLI.hpp>

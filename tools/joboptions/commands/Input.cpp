@@ -3,7 +3,7 @@
 #include "pdfsettings/Document.h"
 #include "pdfsettings/Error.h"
 #include "pdfsettings/SafeSave.h"
-#include "tools/joboptions/text/Diagnostics.h"
+#include "tools/joboptions/text/Findings.h"
 #include "tools/joboptions/text/Utf8.h"
 
 #include <algorithm>

@@ -7,7 +7,7 @@
 #include "pdfsettings/Splice.h"
 #include "tools/joboptions/commands/Change.h"
 #include "tools/joboptions/commands/Input.h"
-#include "tools/joboptions/text/Diagnostics.h"
+#include "tools/joboptions/text/Findings.h"
 #include "tools/joboptions/text/KnownKeys.h"
 #include "tools/joboptions/text/Utf8.h"
 #include "tools/joboptions/text/ValueText.h"

@@ -49,16 +49,16 @@ Json FindingsJson(std::vector<Finding> const& findings) {
     });
 }
 
-Json DiagnosticJson(Diagnostic const& diagnostic) {
-    bool const isError = diagnostic.severity == pdfsettings::Severity::kError;
+Json PlacedFindingJson(PlacedFinding const& finding) {
+    bool const isError = finding.severity == pdfsettings::Severity::kError;
     return {
-        {"line", diagnostic.place.line},
-        {"column", diagnostic.place.column},
-        {"length", diagnostic.span.Size()},
+        {"line", finding.place.line},
+        {"column", finding.place.column},
+        {"length", finding.span.Size()},
         {"severity", isError ? "error" : "warning"},
-        {"id", diagnostic.id},
-        {"key", TextOrNull(diagnostic.key)},
-        {"message", WellFormedText(diagnostic.message)}};
+        {"id", finding.id},
+        {"key", TextOrNull(finding.key)},
+        {"message", WellFormedText(finding.message)}};
 }
 
 void AddNumber(Json& object, char const* name, std::optional<double> const& number) {
@@ -114,7 +114,7 @@ std::string CheckDocument(std::vector<Judgement> const& judgements) {
         return Json{
             {"file", WellFormedText(judgement.file)},
             {"error", TextOrNull(judgement.error)},
-            {"findings", List(judgement.diagnostics, &DiagnosticJson)}};
+            {"findings", List(judgement.findings, &PlacedFindingJson)}};
     });
     return JsonText({{"version", 1}, {"files", std::move(files)}});
 }

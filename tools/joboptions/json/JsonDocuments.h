@@ -4,8 +4,8 @@
 #include "pdfsettings/Finding.h"
 #include "pdfsettings/Schema.h"
 #include "pdfsettings/Value.h"
-#include "tools/joboptions/text/Diagnostics.h"
 #include "tools/joboptions/text/Differences.h"
+#include "tools/joboptions/text/Findings.h"
 
 #include <string>
 #include <vector>

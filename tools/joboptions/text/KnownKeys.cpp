@@ -147,7 +147,7 @@ public:
         : fDocument(document),
           fKnown(rules) {}
 
-    std::vector<Diagnostic> Run() {
+    std::vector<PlacedFinding> Run() {
         for (DocumentEntry const& entry : fDocument.Entries()) {
             fLevels.resize(entry.depth + 1);
             // Nothing is said, and no path is kept, of what lies below an unknown setting.
@@ -189,7 +189,7 @@ private:
         std::string const& key) {
         std::string const hint =
             fFound.size() < kMostHints ? fKnown.Hint(ruleParent, key) : std::string();
-        fFound.push_back(MakeDiagnostic(
+        fFound.push_back(MakeFinding(
             fDocument,
             pdfsettings::Severity::kWarning,
             "unknown-key",
@@ -201,12 +201,12 @@ private:
     Document const& fDocument;
     KnownKeys fKnown;
     std::vector<Level> fLevels{1};
-    std::vector<Diagnostic> fFound;
+    std::vector<PlacedFinding> fFound;
 };
 
 } // namespace
 
-std::vector<Diagnostic>
+std::vector<PlacedFinding>
 UnknownKeys(Document const& document, std::vector<SettingRule> const& rules) {
     return Search(document, rules).Run();
 }

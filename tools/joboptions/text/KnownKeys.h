@@ -3,7 +3,7 @@
 
 #include "pdfsettings/Schema.h"
 #include "pdfsettings/Value.h"
-#include "tools/joboptions/text/Diagnostics.h"
+#include "tools/joboptions/text/Findings.h"
 
 #include <map>
 #include <optional>
@@ -53,7 +53,7 @@ private:
 
 // The settings of a file that the schema does not know, each with the one that may be meant. Where
 // the schema leaves a dictionary open, nothing in it is unknown.
-std::vector<Diagnostic> UnknownKeys(
+std::vector<PlacedFinding> UnknownKeys(
     pdfsettings::Document const& document, std::vector<pdfsettings::SettingRule> const& rules);
 
 // "no such key: KEY", with the key of settings that is probably meant.

@@ -1,4 +1,4 @@
-#include "tools/joboptions/text/Diagnostics.h"
+#include "tools/joboptions/text/Findings.h"
 
 #include "format/SettingPath.h"
 #include "pdfsettings/Error.h"
@@ -88,27 +88,27 @@ Excerpt MakeExcerpt(Document const& document, Span span) {
 }
 
 std::string
-DiagnosticLine(std::string const& file, Diagnostic const& diagnostic, std::string const& severity) {
+FindingLine(std::string const& file, PlacedFinding const& finding, std::string const& severity) {
     return fmt::format(
         "{}:{}:{}: {}{}{}{} [{}]",
         InputName(file),
-        diagnostic.place.line,
-        diagnostic.place.column,
+        finding.place.line,
+        finding.place.column,
         severity,
-        VisibleText(diagnostic.key),
-        diagnostic.key.empty() ? "" : ": ",
-        VisibleText(diagnostic.message),
-        diagnostic.id);
+        VisibleText(finding.key),
+        finding.key.empty() ? "" : ": ",
+        VisibleText(finding.message),
+        finding.id);
 }
 
-std::vector<Diagnostic> RoundedNumbers(
+std::vector<PlacedFinding> RoundedNumbers(
     Document const& document,
     pdfsettings::Dictionary const& before,
     pdfsettings::Dictionary const& after) {
-    std::vector<Diagnostic> diagnostics;
+    std::vector<PlacedFinding> findings;
     for (Difference const& difference : Compare(before, after)) {
         if (IsOfNumbers(difference)) {
-            diagnostics.push_back(MakeDiagnostic(
+            findings.push_back(MakeFinding(
                 document,
                 Severity::kWarning,
                 "rounded",
@@ -120,13 +120,13 @@ std::vector<Diagnostic> RoundedNumbers(
                     OneLine(*difference.after))));
         }
     }
-    return diagnostics;
+    return findings;
 }
 
 // key: the setting that is to blame, if it is a single one.
-Diagnostic Unwritable(Document const& document, std::optional<std::string> const& key) {
+PlacedFinding Unwritable(Document const& document, std::optional<std::string> const& key) {
     DocumentEntry const* const entry = key ? document.Find(*key) : nullptr;
-    return MakeDiagnostic(
+    return MakeFinding(
         document,
         Severity::kWarning,
         "unwritable",
@@ -138,7 +138,7 @@ Diagnostic Unwritable(Document const& document, std::optional<std::string> const
 
 } // namespace
 
-Diagnostic MakeDiagnostic(
+PlacedFinding MakeFinding(
     Document const& document,
     Severity severity,
     std::string id,
@@ -166,24 +166,24 @@ std::string NameHint(
     return MeantText(Nearest(word->text, AllowedWords(*rule)), "/");
 }
 
-std::vector<Diagnostic> TextDiagnostics(Document const& document) {
-    std::vector<Diagnostic> diagnostics;
+std::vector<PlacedFinding> TextFindings(Document const& document) {
+    std::vector<PlacedFinding> findings;
     for (auto const& [severity, id, span, message] : document.Findings()) {
-        diagnostics.push_back(MakeDiagnostic(document, severity, id, span, "", message));
+        findings.push_back(MakeFinding(document, severity, id, span, "", message));
     }
-    return diagnostics;
+    return findings;
 }
 
-std::vector<Diagnostic> SchemaDiagnostics(
+std::vector<PlacedFinding> SchemaFindings(
     Document const& document,
     std::vector<pdfsettings::Finding> const& findings,
     std::vector<SettingRule> const& rules) {
-    std::vector<Diagnostic> diagnostics;
+    std::vector<PlacedFinding> placed;
     for (pdfsettings::Finding const& finding : findings) {
-        std::string const hint = diagnostics.size() < kMostHints
+        std::string const hint = findings.size() < kMostHints
                                      ? NameHint(document.Values(), rules, finding)
                                      : std::string();
-        diagnostics.push_back(MakeDiagnostic(
+        placed.push_back(MakeFinding(
             document,
             Severity::kError,
             "value",
@@ -191,10 +191,10 @@ std::vector<Diagnostic> SchemaDiagnostics(
             finding.key,
             finding.message + hint));
     }
-    return diagnostics;
+    return placed;
 }
 
-std::vector<Diagnostic> WritingDiagnostics(
+std::vector<PlacedFinding> WritingFindings(
     pdfsettings::Component const& component,
     Document const& document,
     pdfsettings::Settings const& settings) {
@@ -207,25 +207,25 @@ std::vector<Diagnostic> WritingDiagnostics(
     }
 }
 
-std::string DiagnosticText(
-    std::string const& file, Document const& document, Diagnostic const& diagnostic, bool color) {
-    auto const [line, carets] = MakeExcerpt(document, diagnostic.span);
-    bool const isError = diagnostic.severity == Severity::kError;
+std::string PlacedFindingText(
+    std::string const& file, Document const& document, PlacedFinding const& finding, bool color) {
+    auto const [line, carets] = MakeExcerpt(document, finding.span);
+    bool const isError = finding.severity == Severity::kError;
     int const number = isError ? kRed : kYellow;
     std::string const severity = Colored(isError ? "error:" : "warning:", number, color) + " ";
     return fmt::format(
         "{}\n{:>5} | {}\n      | {}\n",
-        DiagnosticLine(file, diagnostic, severity),
-        diagnostic.place.line,
+        FindingLine(file, finding, severity),
+        finding.place.line,
         line,
         carets.substr(0, carets.find('^')) +
             Colored(carets.substr(carets.find('^')), number, color));
 }
 
 std::string RefusalText(std::string const& file, Document const& document) {
-    auto const diagnostics = TextDiagnostics(document);
-    auto const error = std::ranges::find(diagnostics, Severity::kError, &Diagnostic::severity);
-    return error == diagnostics.end() ? std::string() : DiagnosticLine(file, *error, "");
+    auto const findings = TextFindings(document);
+    auto const error = std::ranges::find(findings, Severity::kError, &PlacedFinding::severity);
+    return error == findings.end() ? std::string() : FindingLine(file, *error, "");
 }
 
 } // namespace joboptions

@@ -14,7 +14,7 @@
 namespace joboptions {
 
 // One finding with its place.
-struct Diagnostic {
+struct PlacedFinding {
     pdfsettings::Severity severity;
     std::string id; // see docs/findings.md
     pdfsettings::Span span;
@@ -28,7 +28,7 @@ struct Diagnostic {
 constexpr std::size_t kMostHints = 100;
 
 // A finding about the bytes of span.
-Diagnostic MakeDiagnostic(
+PlacedFinding MakeFinding(
     pdfsettings::Document const& document,
     pdfsettings::Severity severity,
     std::string id,
@@ -37,7 +37,7 @@ Diagnostic MakeDiagnostic(
     std::string message);
 
 // What stands in a text otherwise than it looks.
-std::vector<Diagnostic> TextDiagnostics(pdfsettings::Document const& document);
+std::vector<PlacedFinding> TextFindings(pdfsettings::Document const& document);
 
 // "; did you mean …?" where the value at fault is nearly a name that is allowed; else empty.
 std::string NameHint(
@@ -46,23 +46,23 @@ std::string NameHint(
     pdfsettings::Finding const& finding);
 
 // What the schema does not allow; a name that is nearly an allowed one is named.
-std::vector<Diagnostic> SchemaDiagnostics(
+std::vector<PlacedFinding> SchemaFindings(
     pdfsettings::Document const& document,
     std::vector<pdfsettings::Finding> const& findings,
     std::vector<pdfsettings::SettingRule> const& rules);
 
 // What the component writes otherwise than it is: rounded numbers, and what it cannot read again.
-std::vector<Diagnostic> WritingDiagnostics(
+std::vector<PlacedFinding> WritingFindings(
     pdfsettings::Component const& component,
     pdfsettings::Document const& document,
     pdfsettings::Settings const& settings);
 
 // "file:line:column: error: key: message [id]", and the line of the text with carets below what is
 // meant. With line ends. With color, the severity and the carets are coloured for a terminal.
-std::string DiagnosticText(
+std::string PlacedFindingText(
     std::string const& file,
     pdfsettings::Document const& document,
-    Diagnostic const& diagnostic,
+    PlacedFinding const& finding,
     bool color);
 
 // Why the component refuses a text, "file:line:column: message [id]"; empty for one that it reads.
@@ -73,7 +73,7 @@ struct Judgement {
     std::string file;
     std::string error; // why it could not be read or parsed; empty if it could
     std::optional<pdfsettings::Document> document; // none for a file that could not be read
-    std::vector<Diagnostic> diagnostics;           // in the order of the text
+    std::vector<PlacedFinding> findings;           // in the order of the text
 };
 
 // Of its layout.
