@@ -111,10 +111,13 @@ private:
 // when that is too small.
 template <class Print>
 bool WriteThrough(
-    unsigned long bufferSize, CBIBPositionableStream const& stream, Print const& print) {
+    unsigned long bufferSize,
+    double number,
+    CBIBPositionableStream const& stream,
+    Print const& print) {
     BIB_T_NMT::TBIBMemoryBuffer<char, CBIBMemory> buffer(bufferSize);
     char* const begin = buffer.GetBuffer();
-    std::to_chars_result const result = print(begin, begin + bufferSize - kLineEndSize);
+    std::to_chars_result const result = print(begin, begin + bufferSize - kLineEndSize, number);
     if (result.ec != std::errc()) {
         return false;
     }
@@ -124,13 +127,17 @@ bool WriteThrough(
     return true;
 }
 
-// Only a number that nobody writes needs the second buffer.
+// False for a value that is no number. Only a number that nobody writes needs the second buffer.
 template <class Print>
-[[gnu::noinline]] void WriteNumber(CBIBPositionableStream const& stream, Print const& print) {
+[[gnu::noinline]] bool
+WriteNumber(CPOSObject const& value, CBIBPositionableStream const& stream, Print const& print) {
     constexpr unsigned long kUsualSize = 256;
-    if (!WriteThrough(kUsualSize, stream, print)) {
-        WriteThrough(format::kLargestNumber + kLineEndSize, stream, print);
+    constexpr unsigned long kLargestSize = format::kLargestNumber + kLineEndSize;
+    CPOSNumber const number(value, /*quiet=*/true);
+    if (number.IsValid() && !WriteThrough(kUsualSize, number.Get(), stream, print)) {
+        WriteThrough(kLargestSize, number.Get(), stream, print);
     }
+    return number.IsValid();
 }
 
 [[gnu::noinline]] void WriteName(char const* text, CBIBPositionableStream& stream) {
@@ -274,30 +281,16 @@ bool IsUnicodeString(CPOSObject const& value, CBIBPositionableStream& stream) {
 }
 
 bool IsNumber(CPOSObject const& value, CBIBPositionableStream& stream) {
-    return Probe([&] {
-        CPOSNumber const number(value, /*quiet=*/true);
-        if (number.IsValid()) {
-            WriteNumber(stream, [value = number.Get()](char* begin, char* end) {
-                return format::FormatNumber(begin, end, value);
-            });
-        }
-        return number.IsValid();
-    });
+    return Probe([&] { return WriteNumber(value, stream, &format::FormatNumber); });
 }
 
 bool SpecialKeyFormatting(
     char const* key, CPOSObject const& value, CBIBPositionableStream& stream) {
     int const decimals = DecimalsOf(key);
-    if (decimals == 0) {
-        return false;
-    }
-    CPOSNumber const number(value, /*quiet=*/true);
-    if (number.IsValid()) {
-        WriteNumber(stream, [value = number.Get(), decimals](char* begin, char* end) {
-            return format::FormatDecimals(begin, end, value, decimals);
-        });
-    }
-    return number.IsValid();
+    return decimals != 0 &&
+           WriteNumber(value, stream, [decimals](char* begin, char* end, double number) {
+               return format::FormatDecimals(begin, end, number, decimals);
+           });
 }
 
 bool IsArray(CPOSObject const& value, CBIBPositionableStream& stream, unsigned long level) {

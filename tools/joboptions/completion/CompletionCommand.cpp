@@ -81,9 +81,9 @@ public:
     }
 
     Status Run() const override {
-        static std::map<std::string, char const*> const scripts{
+        static std::map<std::string, char const*> const kScripts{
             {"bash", kBash}, {"zsh", kZsh}, {"fish", kFish}};
-        WriteResult(fOptions, scripts.at(fShell));
+        WriteResult(fOptions, kScripts.at(fShell));
         return Status::kDone;
     }
 
