@@ -27,7 +27,8 @@ namespace {
 // The name under which a file would be shown without a display name.
 std::string OwnName(std::filesystem::path const& path) {
     std::string const name = path.filename().string();
-    bool const hasExtension = name.size() > format::kExtension.size() && name.ends_with(format::kExtension);
+    bool const hasExtension =
+        name.size() > format::kExtension.size() && name.ends_with(format::kExtension);
     return hasExtension ? name.substr(0, name.size() - format::kExtension.size()) : name;
 }
 
