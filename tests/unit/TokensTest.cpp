@@ -1,5 +1,7 @@
 #include "format/Tokens.h"
 
+#include "format/SettingPath.h"
+
 #include <gtest/gtest.h>
 #include <string>
 
@@ -65,6 +67,28 @@ TEST(Tokens, EndWhereTheFormatSaysFromEveryPlace) {
             EXPECT_EQ(isOpen ? nullptr : text.c_str() + stop, token.fEnd) << first;
             EXPECT_EQ(!isOpen && text.find('.', first) < stop, token.fHasPoint) << first;
         }
+    }
+}
+
+TEST(SettingPath, IsTakenApartAtTheSlashesThatBeginNoKey) {
+    struct {
+        char const* fPath;
+        char const* fFirst;
+        char const* fParent;
+        char const* fLast;
+        char const* fRule;
+    } const rows[] = {
+        {"A", "A", "", "A", "A"},
+        {"7", "7", "", "7", "7"},
+        {"A/B", "A", "A", "B", "A/B"},
+        {"A//B", "A", "A", "/B", "A//B"},
+        {"A/0/B/12", "A", "A/0/B", "12", "A[]/B[]"},
+        {"A/0x", "A", "A", "0x", "A/0x"}};
+    for (auto const& row : rows) {
+        EXPECT_EQ(row.fFirst, FirstPart(row.fPath));
+        EXPECT_EQ(row.fParent, ParentPath(row.fPath));
+        EXPECT_EQ(row.fLast, LastPart(row.fPath));
+        EXPECT_EQ(row.fRule, RulePath(row.fPath));
     }
 }
 
