@@ -218,19 +218,27 @@ BIBCachePurge* NewCachePurge() {
         nullptr, [] { return NewObject<BIBCachePurge>(BIBCachePurge{GetCacheTime()}); });
 }
 
-// Drops the entry that was used longest ago, unlocked, and not after the purge began.
-int PurgeNextBlock(BIBCachePurge* purge, unsigned long* cost) {
+// Drops the entry that was used longest ago, unlocked, and not after that time. Says whether there
+// was one, and its cost.
+bool PurgeOldest(unsigned long latestUse, unsigned long& cost) {
     DroppedData dropped;
     Lock const cache;
     auto const oldest =
         std::ranges::find(cache->fByAge, 0U, [](BIBCacheID const* id) { return id->fLocks; });
-    bool const isFound =
-        purge && oldest != cache->fByAge.end() && (*oldest)->fLastUse <= purge->fLatestUse;
-    if (cost) {
-        *cost = isFound ? (*oldest)->fCost : 0;
+    if (oldest == cache->fByAge.end() || (*oldest)->fLastUse > latestUse) {
+        return false;
     }
-    if (isFound) {
-        dropped = Drop(cache, **oldest);
+    cost = (*oldest)->fCost;
+    dropped = Drop(cache, **oldest);
+    return true;
+}
+
+int PurgeNextBlock(BIBCachePurge* purge, unsigned long* cost) {
+    unsigned long freed = 0;
+    bool const isFound = purge && PurgeOldest(purge->fLatestUse, freed);
+    // Stored last, once the purge procedure has run: it may look at what the caller has there.
+    if (cost) {
+        *cost = freed;
     }
     return isFound ? 1 : 0;
 }
