@@ -196,20 +196,18 @@ TEST_F(SafeSaveTest, WaitsForALeaseNoLongerThanItMay) {
     std::string const file = fFolder.Make("a", "old");
     int const leased = open(file.c_str(), O_RDWR | O_CLOEXEC);
     auto const handler = std::signal(SIGIO, SIG_IGN);
+    auto const expectEndOf = [](std::function<void()> const& way) {
+        SystemCallsDouble const calls;
+        EXPECT_EQ(MessageOf(way), "another program does not give up its lease on it; try again");
+        EXPECT_LT(calls.Count(), 40);
+    };
     if (fcntl(leased, F_SETLEASE, F_WRLCK) == 0) {
-        std::function<void()> const kWays[] = {
-            [&] { LookAt(file, kNoWaiting); },
-            [&] { SaveSafely(file, "new", kNoWaiting); },
-            [&] {
-                Edit(
-                    file, [](EditedFile&) {}, kNoWaiting);
-            }};
-        for (auto const& way : kWays) {
-            SystemCallsDouble const calls;
-            EXPECT_EQ(
-                MessageOf(way), "another program does not give up its lease on it; try again");
-            EXPECT_LT(calls.Count(), 40);
-        }
+        expectEndOf([&] { LookAt(file, kNoWaiting); });
+        expectEndOf([&] { SaveSafely(file, "new", kNoWaiting); });
+        expectEndOf([&] {
+            Edit(
+                file, [](EditedFile&) {}, kNoWaiting);
+        });
     }
     close(leased);
     std::signal(SIGIO, handler);
