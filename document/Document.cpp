@@ -1,12 +1,244 @@
 #include "pdfsettings/Document.h"
 
-#include "document/DeepStack.h"
-#include "document/DocumentPlaces.h"
 #include "document/DocumentScanner.h"
+#include "format/SettingPath.h"
 
+#include <algorithm>
+#include <exception>
+#include <functional>
+#include <pthread.h>
+#include <span>
+#include <tuple>
+#include <utf8.h>
 #include <utility>
 
 namespace pdfsettings {
+
+namespace {
+
+bool IsElement(DocumentEntry const& entry) {
+    return entry.key.Size() == 0;
+}
+
+// The key of an entry as the component reads it: without its slash, up to a zero byte. Empty for an
+// element.
+std::string_view KeyIn(std::string_view text, DocumentEntry const& entry) {
+    if (IsElement(entry)) {
+        return {};
+    }
+    std::string_view const bytes = text.substr(entry.key.begin + 1, entry.key.Size() - 1);
+    return bytes.substr(0, bytes.find('\0'));
+}
+
+// The part of sorted, which is sorted by what keyOf gives, with that key. The ranges library's own
+// does not compile with every compiler that we use.
+template <class Item, class Key, class KeyOf>
+std::span<Item const> EqualRange(std::span<Item const> sorted, Key const& key, KeyOf const& keyOf) {
+    auto const begin = std::ranges::lower_bound(sorted, key, {}, keyOf);
+    auto const end = std::ranges::upper_bound(sorted, key, {}, keyOf);
+    return sorted.subspan(
+        static_cast<std::size_t>(begin - sorted.begin()), static_cast<std::size_t>(end - begin));
+}
+
+// Knows which entries stand in which, so that looking one up takes hardly longer in a large text.
+// REQUIRES: text and entries outlive it.
+class EntryTree {
+public:
+    EntryTree() = default;
+
+    EntryTree(std::string_view text, std::span<DocumentEntry const> entries)
+        : fText(text),
+          fEntries(entries) {
+        std::vector<std::size_t> parents;
+        for (std::size_t place = 0; place < entries.size(); ++place) {
+            parents.resize(entries[place].depth);
+            fChildren.push_back({parents.empty() ? 0 : parents.back(), place});
+            parents.push_back(place + 1);
+        }
+        auto const order = [&](Child const& child) {
+            return std::tuple(child.fParent, KeyIn(text, entries[child.fEntry]), child.fEntry);
+        };
+        std::ranges::sort(fChildren, {}, order);
+    }
+
+    // The entry at a path of keys and positions; null for none. Of equal keys the last one counts.
+    DocumentEntry const* Find(std::string_view path) const {
+        std::size_t parent = 0;
+        for (;;) {
+            std::string_view const part = format::FirstPart(path);
+            auto const found = FindChild(parent, part);
+            if (!found || part.size() == path.size()) {
+                return found ? &fEntries[*found] : nullptr;
+            }
+            path.remove_prefix(part.size() + 1);
+            parent = *found + 1;
+        }
+    }
+
+private:
+    struct Child {
+        std::size_t fParent; // the place behind its entry; 0 for the settings as a whole
+        std::size_t fEntry;
+    };
+
+    std::optional<std::size_t> FindChild(std::size_t parent, std::string_view part) const {
+        auto const children =
+            EqualRange(std::span<Child const>(fChildren), parent, [](Child const& child) {
+                return child.fParent;
+            });
+        if (children.empty()) {
+            return std::nullopt;
+        }
+        if (IsElement(fEntries[children.front().fEntry])) {
+            std::size_t const position = format::PositionIn(part).value_or(children.size());
+            bool const isThere = position < children.size();
+            return isThere ? std::optional(children[position].fEntry) : std::nullopt;
+        }
+        auto const equal = EqualRange(children, part, [this](Child const& child) {
+            return KeyIn(fText, fEntries[child.fEntry]);
+        });
+        return equal.empty() ? std::nullopt : std::optional(equal.back().fEntry);
+    }
+
+    std::string_view fText;
+    std::span<DocumentEntry const> fEntries;
+    std::vector<Child> fChildren; // by parent, then by key, then by place
+};
+
+constexpr std::size_t kLongestCharacter = 4;
+
+bool ContinuesCharacter(char byte) noexcept {
+    return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
+}
+
+// Whether text begins with a character of so many bytes or more.
+bool BeginsWithCharacter(std::string_view text, std::size_t fewest) {
+    for (std::size_t size = fewest; size <= std::min(text.size(), kLongestCharacter); ++size) {
+        if (utf8::is_valid(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(size))) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// Whether the byte at offset stands in a character of UTF-8 that begins before it.
+bool IsInCharacter(std::string_view text, std::size_t offset) {
+    std::size_t back = 0;
+    while (back < std::min(offset, kLongestCharacter) && ContinuesCharacter(text[offset - back])) {
+        ++back;
+    }
+    return back > 0 && BeginsWithCharacter(text.substr(offset - back), back + 1);
+}
+
+// How many characters begin in a part of the text.
+std::size_t CountCharacters(std::string_view text, std::size_t begin, std::size_t end) {
+    std::size_t count = 0;
+    for (std::size_t offset = begin; offset < end; ++offset) {
+        count += IsInCharacter(text, offset) ? 0U : 1U;
+    }
+    return count;
+}
+
+bool IsLineEnd(char byte) noexcept {
+    return byte == '\r' || byte == '\n';
+}
+
+// Knows where the lines of a text begin and how many characters stand before a place, so that a
+// question costs the same however long a line is. Lines end with CR, LF or CR LF; columns count
+// the characters of UTF-8. REQUIRES: text outlives it.
+class TextLines {
+public:
+    explicit TextLines(std::string_view text) : fText(text) {
+        for (std::size_t end = text.find_first_of("\r\n"); end != std::string_view::npos;
+             end = text.find_first_of("\r\n", end)) {
+            end += text.substr(end).starts_with("\r\n") ? 2U : 1U;
+            fStarts.push_back(end);
+        }
+        std::size_t characters = 0;
+        for (std::size_t begin = 0; begin <= text.size(); begin += kBlock) {
+            fCharacters.push_back(characters);
+            characters += CountCharacters(text, begin, std::min(begin + kBlock, text.size()));
+        }
+    }
+
+    Place PlaceOf(std::size_t offset) const {
+        std::size_t const line = NumberOf(offset);
+        std::size_t const before = CharactersBefore(fStarts[line - 1]);
+        return {line, CharactersBefore(offset) - before + 1};
+    }
+
+    Span LineAt(std::size_t offset) const {
+        std::size_t const line = NumberOf(offset);
+        std::size_t const start = fStarts[line - 1];
+        std::size_t end = line < fStarts.size() ? fStarts[line] : fText.size();
+        bool const isLast = line == fStarts.size();
+        while (!isLast && end > start && IsLineEnd(fText[end - 1])) {
+            --end;
+        }
+        return {start, end};
+    }
+
+private:
+    static constexpr std::size_t kBlock = 1024;
+
+    // The number of the line, counted from 1.
+    std::size_t NumberOf(std::size_t offset) const {
+        auto const next = std::ranges::upper_bound(fStarts, offset);
+        return static_cast<std::size_t>(next - fStarts.begin());
+    }
+
+    // How many characters begin before offset.
+    std::size_t CharactersBefore(std::size_t offset) const {
+        std::size_t const begin = offset - offset % kBlock;
+        return fCharacters[offset / kBlock] + CountCharacters(fText, begin, offset);
+    }
+
+    std::string_view fText;
+    std::vector<std::size_t> fStarts{0};
+    // How many characters begin before each block.
+    std::vector<std::size_t> fCharacters;
+};
+
+struct Task {
+    std::function<void()> const& fWork;
+    std::exception_ptr fError;
+};
+
+void* Run(void* argument) noexcept {
+    auto& task = *static_cast<Task*>(argument);
+    try {
+        task.fWork();
+    } catch (...) {
+        task.fError = std::current_exception();
+    }
+    return nullptr;
+}
+
+// Runs work on a thread whose stack holds more than any that the component is likely to run on,
+// and waits for its end. Throws what work throws. Does nothing when the system has no such thread
+// to give.
+void RunOnDeepStack(std::function<void()> const& work) {
+    // Address space: of memory, as much as the work goes down. The address sanitizer knows no
+    // larger stacks than 64 MiB.
+    constexpr std::size_t kSize = std::size_t{60} << 20;
+    pthread_attr_t attributes;
+    if (pthread_attr_init(&attributes) != 0) {
+        return;
+    }
+    Task task{work, nullptr};
+    pthread_t thread{};
+    bool const isRunning = pthread_attr_setstacksize(&attributes, kSize) == 0 &&
+                           pthread_create(&thread, &attributes, &Run, &task) == 0;
+    pthread_attr_destroy(&attributes);
+    if (isRunning) {
+        pthread_join(thread, nullptr);
+    }
+    if (task.fError) {
+        std::rethrow_exception(task.fError);
+    }
+}
+
+} // namespace
 
 struct Document::Reading {
     explicit Reading(std::string text) : fText(std::move(text)), fLines(fText) {
@@ -14,7 +246,7 @@ struct Document::Reading {
         scanner->Scan();
         // The component goes deeper with the same stack.
         if (scanner->fIsTooDeep) {
-            detail::RunOnDeepStack([this, &scanner] {
+            RunOnDeepStack([this, &scanner] {
                 scanner = std::make_unique<detail::DocumentScanner>(fText);
                 scanner->Scan();
             });
@@ -24,17 +256,17 @@ struct Document::Reading {
         fEntries = std::move(scanner->fEntries);
         fFindings = scanner->fFindings.Take();
         fBody = scanner->fBody;
-        fTree = detail::EntryTree(fText, fEntries);
+        fTree = EntryTree(fText, fEntries);
     }
 
     std::string const fText;
-    detail::TextLines const fLines;
+    TextLines const fLines;
     Refusal fRefusal = Refusal::kNone;
     Dictionary fValues;
     std::vector<DocumentEntry> fEntries;
     std::vector<TextFinding> fFindings;
     std::optional<Span> fBody;
-    detail::EntryTree fTree;
+    EntryTree fTree;
 };
 
 Document::Document(std::string text) : fReading(std::make_shared<Reading const>(std::move(text))) {}
@@ -64,20 +296,19 @@ std::optional<Span> Document::Body() const noexcept {
 }
 
 DocumentEntry const* Document::Find(std::string_view path) const {
-    auto const place = fReading->fTree.Find(Text(), Entries(), path);
-    return place ? &Entries()[*place] : nullptr;
+    return fReading->fTree.Find(path);
 }
 
 std::string Document::KeyOf(DocumentEntry const& entry) const {
-    return std::string(detail::KeyIn(Text(), entry));
+    return std::string(KeyIn(Text(), entry));
 }
 
 Place Document::PlaceOf(std::size_t offset) const {
-    return fReading->fLines.PlaceOf(Text(), offset);
+    return fReading->fLines.PlaceOf(offset);
 }
 
 Span Document::LineAt(std::size_t offset) const {
-    return fReading->fLines.LineAt(Text(), offset);
+    return fReading->fLines.LineAt(offset);
 }
 
 } // namespace pdfsettings

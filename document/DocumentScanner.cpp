@@ -1,6 +1,5 @@
 #include "document/DocumentScanner.h"
 
-#include "document/FindingText.h"
 #include "format/NumberText.h"
 
 #include <algorithm>
@@ -82,7 +81,7 @@ bool DocumentScanner::FindSettings() {
             Refusal::kInvalidFile,
             "prolog",
             fText.WithoutBlanksBehind({start, std::min(open, fText.EndOfLine(start))}),
-            PrologText());
+            "before the settings only comments may stand");
     }
     fCursor = open + 2;
     return true;
@@ -135,11 +134,7 @@ void DocumentScanner::ScanSettings() {
 void DocumentScanner::ScanEnd() {
     fCursor = fText.Skip(fCursor + 2);
     if (!fText.StandsOn(fCursor, format::kKeyword)) {
-        if (fText.At(fCursor) == '\0') {
-            RefuseWithoutEnd(Refusal::kInvalidFile, "keyword", {fCursor, fCursor}, KeywordText(""));
-        }
-        Span const found = Within({fCursor, fText.EndOfName(fCursor)});
-        Refuse(Refusal::kInvalidFile, "keyword", found, KeywordText(fText.Bytes(found)));
+        RefuseOtherKeyword();
     }
     fCursor += format::kKeyword.size();
     std::size_t const end = fText.EndOfWord(fCursor);
@@ -170,7 +165,8 @@ void DocumentScanner::ScanEntry(Dictionary& values) {
         fEntries[place].next = fEntries.size();
         std::string const name = NameIn(fText.Bytes({key.begin + 1, key.end}));
         if (values.Get(name) != nullptr) {
-            fFindings.Warn("duplicate", key, DuplicateText(name));
+            fFindings.Warn(
+                "duplicate", key, "/" + name + " stands here again: the value before is lost");
         }
         if (fDepth == 0 && name == kTailKey) {
             fFindings.Warn(

@@ -62,6 +62,7 @@ private:
     bool HasPassedEnd() const noexcept;
     void CheckProgress(std::size_t& last, std::size_t start);
     void NoteKey(std::size_t from, std::size_t slash);
+    [[noreturn]] void RefuseOtherKeyword();
     void NoteKeyword();
     std::string_view NameTakenForValue() const;
     void NoteLeftover();

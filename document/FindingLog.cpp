@@ -2,38 +2,13 @@
 
 #include <algorithm>
 #include <functional>
-#include <utility>
 
 namespace pdfsettings::detail {
-
-void FindingLog::Warn(char const* id, Span span, std::string message) {
-    Add(id, span, std::move(message), /*leadsAstray=*/false);
-}
-
-void FindingLog::WarnOfRest(char const* id, Span span, std::size_t end, std::string message) {
-    Warn(id, span, std::move(message));
-    NoteRest(end);
-}
 
 void FindingLog::WarnAstray(char const* id, Span span, std::string message) {
     Add(id, span, std::move(message), /*leadsAstray=*/true);
     if (!fGoneAstray) {
         fGoneAstray = fLogged.size() - 1;
-    }
-}
-
-void FindingLog::NoteRest(std::size_t offset) {
-    fRest = offset;
-    fRestCause = fLogged.size() - 1;
-}
-
-bool FindingLog::IsRest(std::size_t offset) const noexcept {
-    return fRest == offset;
-}
-
-void FindingLog::BlameRest() {
-    if (!fGoneAstray) {
-        fGoneAstray = fRestCause;
     }
 }
 

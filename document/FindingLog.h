@@ -9,6 +9,7 @@
 
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace pdfsettings::detail {
@@ -20,24 +21,32 @@ public:
 
     // Adds a warning. One that is in the log already is not added again: a reading without progress
     // meets its last fault twice.
-    void Warn(char const* id, Span span, std::string message);
+    void Warn(char const* id, Span span, std::string message) {
+        Add(id, span, std::move(message), /*leadsAstray=*/false);
+    }
 
     // Adds a warning about something after which the reading goes on at end, in the wrong place:
     // what is found wrong right there is its consequence.
-    void WarnOfRest(char const* id, Span span, std::size_t end, std::string message);
+    void WarnOfRest(char const* id, Span span, std::size_t end, std::string message) {
+        Warn(id, span, std::move(message));
+        NoteRest(end);
+    }
 
     // Adds a warning of something after which the reading has gone astray: a later refusal is its
     // consequence, and so is every warning of this kind in between.
     void WarnAstray(char const* id, Span span, std::string message);
 
     // What stands at offset is the rest of the last fault.
-    void NoteRest(std::size_t offset);
+    void NoteRest(std::size_t offset) {
+        fRest = offset;
+        fRestCause = fLogged.size() - 1;
+    }
 
     // Whether what stands at offset is the rest of a fault that is in the log.
-    bool IsRest(std::size_t offset) const noexcept;
+    bool IsRest(std::size_t offset) const noexcept { return fRest == offset; }
 
     // Makes the fault before such a rest the one that leads astray.
-    void BlameRest();
+    void BlameRest() { fGoneAstray = fGoneAstray.value_or(fRestCause); }
 
     // Where the fault begins that leads astray, if there is one.
     std::optional<std::size_t> GoneAstrayAt() const;

@@ -17,14 +17,6 @@ ScannedText::ScannedText(std::string const& text)
     : fBytes(text + std::string(format::kZerosBehindText, '\0')),
       fSize(text.size()) {}
 
-bool ScannedText::StandsOn(std::size_t offset, std::string_view literal) const noexcept {
-    return std::string_view(fBytes).substr(offset).starts_with(literal);
-}
-
-std::string_view ScannedText::Bytes(Span span) const noexcept {
-    return std::string_view(fBytes).substr(span.begin, span.Size());
-}
-
 std::size_t ScannedText::Find(std::size_t offset, char byte) const noexcept {
     return PlaceIn(fBytes, std::strchr(fBytes.data() + offset, byte));
 }
@@ -38,10 +30,6 @@ std::size_t ScannedText::Skip(std::size_t offset) noexcept {
         offset = At(offset) == '%' ? EndOfLine(offset) : offset + 1;
     }
     return offset;
-}
-
-std::size_t ScannedText::EndOfName(std::size_t offset) const noexcept {
-    return EndOfWord(offset + 1);
 }
 
 std::size_t ScannedText::EndOfWord(std::size_t offset) const noexcept {

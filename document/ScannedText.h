@@ -26,8 +26,12 @@ public:
     std::size_t Size() const noexcept { return fSize; }
 
     char At(std::size_t offset) const { return fBytes[offset]; }
-    bool StandsOn(std::size_t offset, std::string_view literal) const noexcept;
-    std::string_view Bytes(Span span) const noexcept;
+    bool StandsOn(std::size_t offset, std::string_view literal) const noexcept {
+        return std::string_view(fBytes).substr(offset).starts_with(literal);
+    }
+    std::string_view Bytes(Span span) const noexcept {
+        return std::string_view(fBytes).substr(span.begin, span.Size());
+    }
 
     // The first place from offset on of a byte, or of a literal.
     std::size_t Find(std::size_t offset, char byte) const noexcept;
@@ -37,7 +41,7 @@ public:
     std::size_t Skip(std::size_t offset) noexcept;
 
     // Behind the name whose first byte, whatever it is, stands at offset.
-    std::size_t EndOfName(std::size_t offset) const noexcept;
+    std::size_t EndOfName(std::size_t offset) const noexcept { return EndOfWord(offset + 1); }
 
     // Behind the run of bytes at offset that a name may have.
     std::size_t EndOfWord(std::size_t offset) const noexcept;
