@@ -2,7 +2,7 @@
 // tables, as a host does that has a runtime of its own.
 #pragma once
 
-#include "host/detail/Ref.h"
+#include "host/detail/Bindings.h"
 #include "pdfsettings/Component.h"
 
 namespace bench {

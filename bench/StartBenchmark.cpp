@@ -2,7 +2,8 @@
 // looking a hundred procedures up in it.
 #include "bench/Host.h"
 
-#include "host/detail/RunningComponent.h"
+#include "api/BIBRuntime.h"
+#include "api/PDFSettings.h"
 
 #include <benchmark/benchmark.h>
 #include <dlfcn.h>
@@ -11,12 +12,24 @@
 
 namespace {
 
+template <class Proc>
+Proc Find(void* library, char const* name) {
+    return reinterpret_cast<Proc>(dlsym(library, name));
+}
+
 void StartComponent(benchmark::State& state) {
     bench::StopSharedComponent();
     std::string const path = pdfsettings::Component::DefaultPath();
     for (auto const _ : state) {
-        pdfsettings::detail::Module const module(path);
-        pdfsettings::detail::Start const start(module);
+        void* const component = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+        auto const start =
+            Find<decltype(&PDFSettingsInitialize)>(component, "PDFSettingsInitialize");
+        auto const stop = Find<decltype(&PDFSettingsTerminate)>(component, "PDFSettingsTerminate");
+        if (start(&BIBRuntimeLookup) == 0) {
+            state.SkipWithError("the component does not start");
+        }
+        stop();
+        dlclose(component);
     }
 }
 

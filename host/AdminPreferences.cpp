@@ -1,7 +1,6 @@
 #include "pdfsettings/AdminPreferences.h"
 
 #include "api/SettingsPlaces.h"
-#include "host/detail/CFRef.h"
 #include "host/detail/FilePath.h"
 #include "platform/CFPropertyList.h"
 #include "platform/CFURL.h"

@@ -1,6 +1,5 @@
 #include "pdfsettings/SafeSave.h"
 
-#include "host/save/FolderLock.h"
 #include "host/save/HiddenFile.h"
 #include "host/save/SeenFile.h"
 #include "host/save/Target.h"

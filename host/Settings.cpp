@@ -1,14 +1,17 @@
 #include "pdfsettings/Settings.h"
 
+#include "api/BIBRuntime.h"
 #include "host/detail/FilePath.h"
+#include "host/detail/RunningComponent.h"
 #include "host/detail/RuntimeValues.h"
-#include "host/detail/SettingsState.h"
-#include "host/save/FolderLock.h"
+#include "host/save/Target.h"
 #include "pdfsettings/Component.h"
 #include "pdfsettings/Error.h"
+#include "pdfsettings/RawAccess.h"
 
 #include <charconv>
 #include <filesystem>
+#include <mutex>
 #include <optional>
 
 namespace pdfsettings {
@@ -134,6 +137,43 @@ void RestorePositions(
 
 } // namespace
 
+// Belongs to the component, which may end before.
+struct Settings::State {
+    // REQUIRES: the caller has its Turn.
+    State(std::shared_ptr<detail::RunningComponent> owner, detail::Ref<::PDFSettings> made)
+        : fRunning(std::move(owner)),
+          fSettings(fRunning->Own(std::move(made))) {}
+    ~State() { fRunning->GiveBack(fSettings); }
+    State(State const&) = delete;
+    State& operator=(State const&) = delete;
+
+    // REQUIRES: the caller has its Turn.
+    ::PDFSettings* Get() const noexcept { return fSettings->get(); }
+
+    std::shared_ptr<detail::RunningComponent> fRunning;
+    detail::RunningComponent::OwnedSettings::iterator fSettings;
+
+    // The file that the settings are bound to, as it was read or written last.
+    struct Binding {
+        std::string fPath; // absolute; empty while there is none
+        std::string fBytes;
+    };
+
+    Binding Bound() const {
+        std::lock_guard const guard(fBindingInUse);
+        return fBinding;
+    }
+
+    void Bind(std::string path, std::string bytes) {
+        std::lock_guard const guard(fBindingInUse);
+        fBinding = {std::move(path), std::move(bytes)};
+    }
+
+private:
+    mutable std::mutex fBindingInUse;
+    Binding fBinding;
+};
+
 Settings::Settings(std::unique_ptr<State> state) : fState(std::move(state)) {}
 Settings::Settings(Settings&&) noexcept = default;
 Settings& Settings::operator=(Settings&&) noexcept = default;
@@ -252,6 +292,20 @@ std::vector<Finding> Settings::Set(Dictionary const& changes) {
         RestorePositions(tables, isChanged ? changes : Values(), findings);
     }
     return findings;
+}
+
+RawAccess::RawAccess(Component const& component)
+    : fRunning(component.fRunning),
+      fTurn(std::make_unique<detail::Turn>(*fRunning)) {}
+
+RawAccess::~RawAccess() = default;
+
+BIBLookupProc RawAccess::Lookup() const noexcept {
+    return &BIBRuntimeLookup;
+}
+
+::PDFSettings* RawAccess::Object(Settings const& settings) const noexcept {
+    return settings.fState->Get();
 }
 
 } // namespace pdfsettings

@@ -2,7 +2,7 @@
 
 #include "pdfsettings/Error.h"
 
-#include <string>
+#include <cstring>
 
 namespace pdfsettings::detail {
 
@@ -31,38 +31,57 @@ private:
     char const* fInterfaceName;
 };
 
-// A table is filled by its list of rows, with the local `rows` on its interface.
-#define PDFSETTINGS_FOUND_ROW(operation, procType) rows.Find<procType>(#operation, #procType),
-#define PDFSETTINGS_FOUND_TABLE(interfaceName, ROWS) \
-    [lookup] { \
-        Rows const rows(lookup, #interfaceName); \
-        return _t_##interfaceName{ROWS(PDFSETTINGS_FOUND_ROW)}; \
-    }()
-
 } // namespace
 
-// clang-format off
-Bindings::Bindings(BIBLookupProc lookup)
-    : containers(PDFSETTINGS_FOUND_TABLE(BIBContainerInterface, BIB_CONTAINER_INTERFACE_ROWS)),
-      errors(PDFSETTINGS_FOUND_TABLE(BIBErrorInterface, BIB_ERROR_INTERFACE_ROWS)),
-      buffers(PDFSETTINGS_FOUND_TABLE(BIBSharedBuffInterface, BIB_SHARED_BUFF_INTERFACE_ROWS)),
-      streams(PDFSETTINGS_FOUND_TABLE(
-          BIBStreamFactoryInterface, BIB_STREAM_FACTORY_INTERFACE_ROWS)),
-      atoms(PDFSETTINGS_FOUND_TABLE(BIBStringInterface, BIB_STRING_INTERFACE_ROWS)),
-      objects(PDFSETTINGS_FOUND_TABLE(POSObjectStatics, POS_OBJECT_STATICS_ROWS)),
-      numbers(PDFSETTINGS_FOUND_TABLE(POSNumberInterface, POS_NUMBER_INTERFACE_ROWS)),
-      strings(PDFSETTINGS_FOUND_TABLE(POSStringInterface, POS_STRING_INTERFACE_ROWS)),
-      unicodeStrings(PDFSETTINGS_FOUND_TABLE(
-          POSUnicodeStringInterface, POS_UNICODE_STRING_INTERFACE_ROWS)),
-      binData(PDFSETTINGS_FOUND_TABLE(POSBinDataInterface, POS_BIN_DATA_INTERFACE_ROWS)),
-      arrays(PDFSETTINGS_FOUND_TABLE(POSArrayInterface, POS_ARRAY_INTERFACE_ROWS)),
-      dicts(PDFSETTINGS_FOUND_TABLE(POSDictInterface, POS_DICT_INTERFACE_ROWS)),
-      iterators(PDFSETTINGS_FOUND_TABLE(
-          POSDictIteratorInterface, POS_DICT_ITERATOR_INTERFACE_ROWS)),
-      validators(PDFSETTINGS_FOUND_TABLE(
-          POSStructValidatorInterface, POS_STRUCT_VALIDATOR_INTERFACE_ROWS)),
-      settings(PDFSETTINGS_FOUND_TABLE(PDFSettingsInterface, PDF_SETTINGS_INTERFACE_ROWS)),
-      statics(PDFSETTINGS_FOUND_TABLE(PDFSettingsStatics, PDF_SETTINGS_STATICS_ROWS)) {}
-// clang-format on
+// A table is filled by its list of rows.
+#define PDFSETTINGS_FOUND_ROW(operation, procType) rows.Find<procType>(#operation, #procType),
+#define PDFSETTINGS_FIND_TABLE(member, interfaceName, ROWS) \
+    { \
+        Rows const rows(lookup, #interfaceName); \
+        this->member = {ROWS(PDFSETTINGS_FOUND_ROW)}; \
+    }
+
+Bindings::Bindings(BIBLookupProc lookup) {
+    PDFSETTINGS_TABLES(PDFSETTINGS_FIND_TABLE)
+}
+
+void ThrowOutOfMemory() {
+    throw Error("out of memory");
+}
+
+void ThrowIfError(Bindings const& tables, BIBError* error) {
+    std::unique_ptr<BIBError, BIBErrorReleaseProc> const held(error, tables.errors.Release);
+    if (held != nullptr) {
+        throw Error(tables.atoms.GetCString(tables.errors.GetErrorMessage(held.get())));
+    }
+}
+
+AtomRef MakeAtom(Bindings const& tables, std::string const& text) {
+    AtomRef atom(tables.atoms.NewStringAtom(WholeText(text)), tables.atoms.DeleteStringAtom);
+    if (atom == nullptr) {
+        ThrowOutOfMemory();
+    }
+    return atom;
+}
+
+BufferRef MakeBuffer(Bindings const& tables, std::string_view bytes) {
+    BufferRef buffer(
+        tables.buffers.NewBuffer(bytes.size(), nullptr, nullptr, nullptr, nullptr),
+        tables.buffers.Release);
+    if (buffer == nullptr) {
+        ThrowOutOfMemory();
+    }
+    if (!bytes.empty()) {
+        std::memcpy(tables.buffers.GetBuffer(buffer.get()), bytes.data(), bytes.size());
+    }
+    return buffer;
+}
+
+char const* WholeText(std::string const& text) {
+    if (text.find('\0') != std::string::npos) {
+        throw Error("a text of this kind cannot hold a NUL byte");
+    }
+    return text.c_str();
+}
 
 } // namespace pdfsettings::detail

@@ -1,6 +1,5 @@
 #include "host/detail/FilePath.h"
 
-#include "host/detail/CFRef.h"
 #include "host/save/SystemCalls.h"
 #include "pdfsettings/Error.h"
 #include "platform/CFString.h"

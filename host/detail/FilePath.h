@@ -1,12 +1,24 @@
-// Paths, folders and names as the component takes and gives them.
+// Paths, folders and names as the component takes and gives them, and objects of the platform
+// services that they are converted by.
 #pragma once
 
-#include "host/detail/Ref.h"
+#include "host/detail/Bindings.h"
+#include "platform/CFBase.h"
 
+#include <memory>
 #include <optional>
 #include <string>
+#include <type_traits>
 
 namespace pdfsettings::detail {
+
+struct CFReleaser {
+    void operator()(CFTypeRef object) const noexcept { CFRelease(object); }
+};
+
+// An owned object, such as CFRef<CFStringRef>; null for none.
+template <class Ref>
+using CFRef = std::unique_ptr<std::remove_pointer_t<Ref>, CFReleaser>;
 
 // path, which is UTF-8, as the component wants paths. Throws Error for one that is no UTF-8 or
 // holds a NUL, and when memory runs out.

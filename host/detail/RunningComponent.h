@@ -1,8 +1,7 @@
-// One start of the component, from the loading of its file to its stop, and what it reports.
+// One run of the component, from the loading of its file to its stop, and what it reports.
 #pragma once
 
 #include "host/detail/Bindings.h"
-#include "host/detail/Ref.h"
 #include "pdfsettings/Error.h"
 
 #include <list>
@@ -30,58 +29,14 @@ auto* Reported(char const* operation, Procedure procedure, Arguments... argument
     return result;
 }
 
-// The right to run the component, of which a process has one. While it lives, the runtime's reports
-// are kept for the text of an exception; afterwards they go where they go by default.
-class Claim {
-public:
-    // Throws Error when the right is taken.
-    Claim();
-    ~Claim();
-    Claim(Claim const&) = delete;
-    Claim& operator=(Claim const&) = delete;
-};
-
-// A loaded component.
-class Module {
-public:
-    // Throws Error when path cannot be loaded.
-    explicit Module(std::string const& path);
-
-    // An exported procedure; throws Error when there is none of that name.
-    template <class Proc>
-    Proc Find(char const* name) const {
-        return reinterpret_cast<Proc>(FindSymbol(name));
-    }
-
-    // Keeps the component loaded until the program ends, whoever closes it.
-    void KeepLoaded() const noexcept;
-
-private:
-    void* FindSymbol(char const* name) const;
-
-    std::string fPath;
-    std::unique_ptr<void, int (*)(void*)> fHandle;
-};
-
-// A component that runs.
-class Start {
-public:
-    // Throws Error when the component does not start. REQUIRES: module outlives this.
-    explicit Start(Module const& module);
-    ~Start() { fTerminate(); }
-    Start(Start const&) = delete;
-    Start& operator=(Start const&) = delete;
-
-private:
-    decltype(&PDFSettingsTerminate) fTerminate;
-};
-
-// All of it. Whatever uses the tables holds a share of it, so that the component runs until the
-// last object that belongs to it is gone, or until the program ends: then it stops before its own
-// static objects are destroyed, and what is destroyed later finds it stopped.
+// A component that is loaded and runs, which a process has once at a time. While it lives, the
+// runtime's reports are kept for the text of an exception; afterwards they go where they go by
+// default. Whatever uses the tables holds a share of it, so that the component runs until the last
+// object that belongs to it is gone, or until the program ends: then it stops before its own static
+// objects are destroyed, and what is destroyed later finds it stopped.
 class RunningComponent {
 public:
-    // Throws Error; nothing stays started then.
+    // Throws Error; nothing stays started or loaded then.
     explicit RunningComponent(std::string const& path);
     ~RunningComponent();
     RunningComponent(RunningComponent const&) = delete;
@@ -100,13 +55,26 @@ public:
 private:
     friend class Turn;
 
+    // Claims the right to run the component, which the destructor gives back.
+    RunningComponent();
+
+    void Load();
+    void Start();
+    void Stop() noexcept;
     static void StopAtExit() noexcept;
 
+    // An exported procedure. Throws Error when there is none of that name.
+    template <class Proc>
+    Proc Find(char const* name) const {
+        return reinterpret_cast<Proc>(FindSymbol(name));
+    }
+    void* FindSymbol(char const* name) const;
+
     std::recursive_mutex fInUse;
-    Claim fClaim;
-    Module fModule;
-    std::optional<Start> fStart; // none when it has stopped
-    Bindings fTables;
+    std::string fPath;
+    std::unique_ptr<void, int (*)(void*)> fModule;
+    decltype(&PDFSettingsTerminate) fTerminate = nullptr; // null while it does not run
+    std::optional<Bindings> fTables;
     OwnedSettings fSettings;
 };
 
@@ -116,8 +84,8 @@ class Turn {
 public:
     // Waits for the other threads. Throws Error when the component has stopped.
     // REQUIRES: running outlives this.
-    explicit Turn(RunningComponent& running) : fGuard(running.fInUse), fTables(running.fTables) {
-        if (!running.fStart) {
+    explicit Turn(RunningComponent& running) : fGuard(running.fInUse), fTables(*running.fTables) {
+        if (running.fTerminate == nullptr) {
             throw Error("the settings component has stopped: the program is ending");
         }
     }

@@ -1,6 +1,5 @@
 #include "host/detail/RuntimeValues.h"
 
-#include "host/detail/Ref.h"
 #include "pdfsettings/Error.h"
 
 namespace pdfsettings::detail {

@@ -2,7 +2,6 @@
 #pragma once
 
 #include "host/detail/Bindings.h"
-#include "host/detail/Ref.h"
 #include "pdfsettings/Value.h"
 
 #include <string>

@@ -1,6 +1,5 @@
 #include "host/save/HiddenFile.h"
 
-#include "host/save/SeenFile.h"
 #include "pdfsettings/Error.h"
 
 #include <algorithm>

@@ -2,8 +2,6 @@
 #pragma once
 
 #include "host/save/SeenFile.h"
-#include "host/save/SystemCalls.h"
-#include "host/save/Target.h"
 
 #include <string>
 #include <string_view>

@@ -1,6 +1,5 @@
 #include "host/detail/Bindings.h"
 #include "api/BIBRuntime.h"
-#include "host/detail/Ref.h"
 #include "pdfsettings/Error.h"
 #include "runtime/objects/Diagnostics.h"
 
