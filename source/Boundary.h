@@ -1,10 +1,20 @@
-// The line that no exception crosses.
+// The boundary to the host: the tables that the component registers, and the line that no exception
+// crosses.
 #pragma once
 
 #include "bib/BIBClient.h"
 #include "bib/BIBError.h"
 
 namespace PDFSettingsImpl {
+
+// Registers "PDFSettingsStatics" and then "PDFSettingsInterface". False when a row is refused; what
+// was registered before stays so. REQUIRES: the client layer is bound, here and below.
+bool RegisterPDFSettingsImpl();
+bool RegisterPDFSettingsStaticsProcs();
+bool RegisterPDFSettingsInterfaceProcs();
+
+// Unregisters both, and then "PDFSettingsVirtualInterface".
+void UnregisterPDFSettingsImpl();
 
 // Reports message to the host. What the host's own procedure throws ends here: there is nobody else
 // to report to.

@@ -1,17 +1,27 @@
-#include "source/JoboptionsReader.h"
+// The scanner of job options text: one probe for each kind of value.
+//
+// All work on a cursor into a text that ends in four zero bytes, with plain pointer semantics: a
+// zero byte ends every search, and a scanner that has stepped over one reads on from there. A probe
+// answers true when it has stored the value and moved the cursor past it, and false when it has
+// done neither. Every function may throw CBIBError (the memory error, the runtime's errors). Those
+// that read keys or values throw PDFSettingsParserException for an entry that cannot be read; it
+// leaves the cursor inside that entry.
+#include "source/PDFSettingsParser.h"
 
 #include "bib/BIBMemory.h"
-#include "bib/POSCollections.h"
-#include "bib/POSScalars.h"
 #include "format/NumberText.h"
 #include "format/Tokens.h"
+#include "platform/StackRoom.h"
 #include "source/PDFSettingsError.h"
 
+#include <algorithm>
 #include <cstring>
+#include <limits>
 #include <string_view>
 #include <utility>
 
 using BIB_T_NMT::CBIBMemory;
+using BIB_T_NMT::CBIBPositionableStream;
 using BIB_T_NMT::CPOSArray;
 using BIB_T_NMT::CPOSBinData;
 using BIB_T_NMT::CPOSDict;
@@ -24,11 +34,29 @@ namespace JoboptionsParserUtils {
 
 namespace {
 
+// Says that an entry cannot be read. Never leaves the reader.
+class PDFSettingsParserException : public BIB_T_NMT::CBIBVirtualClientBase {};
+
 constexpr std::string_view kBooleans[] = {"true", "false"};
 
 // What is remembered of the text that is read on this thread; null while no RememberedSearches
 // lives.
 thread_local format::FarSearches* gSearches = nullptr;
+
+// Keeps the time for a text in proportion to its length while it is read on the current thread: a
+// search for a far end is made once. Such objects nest. Without one, every search is made anew.
+// REQUIRES: the text does not change while the object lives.
+class RememberedSearches {
+public:
+    RememberedSearches() noexcept : fOuter(std::exchange(gSearches, &fSearches)) {}
+    ~RememberedSearches() { gSearches = fOuter; }
+    RememberedSearches(RememberedSearches const&) = delete;
+    RememberedSearches& operator=(RememberedSearches const&) = delete;
+
+private:
+    format::FarSearches fSearches;
+    format::FarSearches* fOuter;
+};
 
 // Where a name or key that begins at first ends. The first byte belongs to it whatever it is.
 char* EndOfName(char* first) noexcept {
@@ -65,23 +93,14 @@ T* RequireEnd(T* end) {
     return end;
 }
 
-void AppendElement(char** cursor, CPOSArray const& array) {
-    array.Append(GetValue(cursor));
-}
-
 } // namespace
-
-RememberedSearches::RememberedSearches() noexcept : fOuter(std::exchange(gSearches, &fSearches)) {}
-
-RememberedSearches::~RememberedSearches() {
-    gSearches = fOuter;
-}
 
 void ThrowInvalidFile() {
     throw CPDFSettingsError(
         "Joboptions_To_CPOSDict joboptions file is invalid", PDFSettingsImpl::kInvalidFile);
 }
 
+// Whether the text at cursor begins with literal.
 bool StandsOn(char const* cursor, char const* literal) noexcept {
     while (*literal != '\0' && *literal == *cursor) {
         ++literal;
@@ -97,12 +116,33 @@ CPOSBinData MakeBinData(char const* typeName, char const* begin, char const* end
         static_cast<unsigned long>(end - begin));
 }
 
-OpenCollection::OpenCollection() {
-    if (!fLevel.HasRoom()) {
-        CBIBMemory::ThrowMemError();
+// A dictionary or an array that is being read, or the settings themselves: one level of nesting,
+// and a loop over its parts. One object for both, since each takes stack in every level.
+class OpenCollection {
+public:
+    // Throws the memory error where the stack has no room for the level.
+    OpenCollection() {
+        if (!fLevel.HasRoom()) {
+            CBIBMemory::ThrowMemError();
+        }
     }
-}
 
+    // To be called at the end of each turn. A loop can only repeat itself that leaves the cursor
+    // where the turn before left it: throws as ThrowInvalidFile().
+    void CheckProgress(char const* cursor) {
+        if (cursor == fLast) {
+            ThrowInvalidFile();
+        }
+        fLast = cursor;
+    }
+
+private:
+    platform::StackLevel fLevel;
+    char const* fLast = nullptr;
+};
+
+// Moves the cursor over blanks, line ends and comments. A comment ends with its line, or with the
+// text.
 void SkipWhiteSpace(char** cursor) {
     for (;;) {
         if (format::kBlanks.Has(**cursor)) {
@@ -115,6 +155,7 @@ void SkipWhiteSpace(char** cursor) {
     }
 }
 
+// The next key, without its slash. Whatever stands before it is passed over.
 CPOSString GetKey(char** cursor) {
     SkipWhiteSpace(cursor);
     char* const slash = StandsOnByte(*cursor, '/') ? *cursor : std::strchr(*cursor, '/');
@@ -127,18 +168,11 @@ CPOSString GetKey(char** cursor) {
     return key;
 }
 
-CPOSObject GetValue(char** cursor) {
-    CPOSObject value;
-    SkipWhiteSpace(cursor);
-    bool const isKnown = IsName(cursor, &value) || IsString(cursor, &value) ||
-                         IsBoolean(cursor, &value) || IsNumber(cursor, &value) ||
-                         IsArray(cursor, &value) || IsDict(cursor, &value) ||
-                         IsUnicodeString(cursor, &value);
-    // sic: hosts compare this text
-    PDFSettingsImpl::ThrowIfFalse(isKnown, "GetValue for joboptions is unknow type");
-    return value;
-}
+// The next value. Throws CPDFSettingsError for one of no known kind.
+CPOSObject GetValue(char** cursor);
 
+// Reads the next entry into dict, and skips what follows it. An entry that cannot be read is
+// dropped, and the cursor stays where the failure left it.
 void ReadEntry(char** cursor, CPOSDict const& dict) {
     try {
         CPOSString const key = GetKey(cursor);
@@ -148,6 +182,8 @@ void ReadEntry(char** cursor, CPOSDict const& dict) {
     }
     SkipWhiteSpace(cursor);
 }
+
+// The probes, in the order in which GetValue tries them.
 
 bool IsName(char** cursor, CPOSObject* value) {
     if (!StandsOnByte(*cursor, '/')) {
@@ -197,6 +233,10 @@ bool IsNumber(char** cursor, CPOSObject* value) {
     // digit the cursor stays.
     *cursor += number.fSize;
     return true;
+}
+
+void AppendElement(char** cursor, CPOSArray const& array) {
+    array.Append(GetValue(cursor));
 }
 
 bool IsArray(char** cursor, CPOSObject* value) {
@@ -249,4 +289,136 @@ bool IsUnicodeString(char** cursor, CPOSObject* value) {
     return true;
 }
 
+CPOSObject GetValue(char** cursor) {
+    CPOSObject value;
+    SkipWhiteSpace(cursor);
+    bool const isKnown = IsName(cursor, &value) || IsString(cursor, &value) ||
+                         IsBoolean(cursor, &value) || IsNumber(cursor, &value) ||
+                         IsArray(cursor, &value) || IsDict(cursor, &value) ||
+                         IsUnicodeString(cursor, &value);
+    // sic: hosts compare this text
+    PDFSettingsImpl::ThrowIfFalse(isKnown, "GetValue for joboptions is unknow type");
+    return value;
+}
+
 } // namespace JoboptionsParserUtils
+
+namespace PDFSettingsImpl {
+
+using namespace JoboptionsParserUtils; // NOLINT(google-build-using-namespace)
+
+namespace {
+
+constexpr unsigned long kReadChunk = 1024;
+
+// The whole text of a stream, ended by zero bytes.
+class StreamText {
+public:
+    explicit StreamText(CBIBPositionableStream const& stream)
+        : fSize(MeasureAndRewind(stream)),
+          fBytes(SizeWithTerminator(fSize)) {
+        std::memset(fBytes.GetBuffer(), 0, fBytes.GetSize());
+        Read(stream);
+    }
+
+    char* Begin() noexcept { return fBytes.GetBuffer(); }
+    char const* End() const noexcept { return fBytes.GetBuffer() + fSize; }
+
+private:
+    static unsigned long MeasureAndRewind(CBIBPositionableStream const& stream) {
+        stream.Seek(0, kBIBSeekFromEnd);
+        unsigned long const size = stream.Mark();
+        stream.Seek(0);
+        return size;
+    }
+
+    static unsigned long SizeWithTerminator(unsigned long size) {
+        if (size > std::numeric_limits<unsigned long>::max() - format::kZerosBehindText) {
+            CBIBMemory::ThrowMemError();
+        }
+        return size + format::kZerosBehindText;
+    }
+
+    // A short read ends it. A stream is never asked for more than it measured, nor for nothing.
+    void Read(CBIBPositionableStream const& stream) {
+        unsigned long bytesRead = kReadChunk;
+        for (unsigned long offset = 0; bytesRead >= kReadChunk && offset < fSize;
+             offset += kReadChunk) {
+            unsigned long const wanted = std::min(kReadChunk, fSize - offset);
+            bytesRead = stream.Read(static_cast<void*>(Begin() + offset), wanted);
+        }
+    }
+
+    unsigned long fSize; // without the terminator
+    BIB_T_NMT::TBIBMemoryBuffer<char, CBIBMemory> fBytes;
+};
+
+// Finds the opening of the settings and gives the place behind it; null for a text without any,
+// which must then be blank. The search knows nothing of comments, so an opening inside a comment
+// before the settings makes the text invalid.
+char* FindSettings(StreamText& text) {
+    char* const open = std::strstr(text.Begin(), "<<");
+    if (open != text.Begin()) {
+        char* start = text.Begin();
+        SkipWhiteSpace(&start);
+        bool const isBlank = open != nullptr ? start == open : start >= text.End();
+        if (!isBlank) {
+            ThrowInvalidFile();
+        }
+    }
+    return open != nullptr ? open + 2 : nullptr;
+}
+
+void ReadEntries(char** cursor, CPOSDict const& settings) {
+    OpenCollection open;
+    // The first look comes before any skip: blanks behind the opening make the loop run once.
+    while (**cursor != '\0' && !StandsOn(*cursor, ">>")) {
+        ReadEntry(cursor, settings);
+        open.CheckProgress(*cursor);
+    }
+}
+
+void ReadKeyword(char** cursor) {
+    if (**cursor == '\0') {
+        ThrowInvalidFile();
+    }
+    *cursor += 2;
+    SkipWhiteSpace(cursor);
+    if (!StandsOn(*cursor, format::kKeyword.data())) {
+        ThrowInvalidFile();
+    }
+    *cursor += format::kKeyword.size();
+    SkipWhiteSpace(cursor);
+}
+
+void KeepTail(char const* tail, char const* end, CPOSDict const& settings) {
+    if (tail < end) {
+        settings.Put(kAlembicorData, MakeBinData(kAlembicorData, tail, end));
+    }
+}
+
+} // namespace
+
+PDFSettingsParser::PDFSettingsParser(CBIBPositionableStream const& stream)
+    : fSettings(Joboptions_To_CPOSDict(stream)),
+      fJoboptions(stream) {}
+
+CPOSDict PDFSettingsParser::Joboptions_To_CPOSDict(CBIBPositionableStream const& stream) {
+    platform::StackWatch const watch;
+    CPOSDict settings;
+    StreamText text(stream);
+    RememberedSearches const searches;
+    if (*text.Begin() == '\0') {
+        return settings;
+    }
+    char* cursor = FindSettings(text);
+    if (cursor == nullptr) {
+        return settings;
+    }
+    ReadEntries(&cursor, settings);
+    ReadKeyword(&cursor);
+    KeepTail(cursor, text.End(), settings);
+    return settings;
+}
+
+} // namespace PDFSettingsImpl

@@ -1,11 +1,16 @@
-#include "source/JoboptionsWriter.h"
+// The writer of job options text: one probe for each kind of value, the mirror of JoboptionsReader.
+//
+// A probe answers true when it has written the value and its line end, and false when the value is
+// of another kind or could not be written; what it wrote until then stays in the stream. Levels
+// count the dictionaries and arrays around a value. A probe that goes deeper throws
+// NestingException when the stack cannot bear it, and behind 5,000 levels; nothing else leaves a
+// probe but what making an empty stream may throw. REQUIRES: a platform::StackWatch lives on the
+// thread.
+#include "source/PDFSettingsParser.h"
 
 #include "bib/BIBMemory.h"
-#include "bib/POSCollections.h"
-#include "bib/POSScalars.h"
 #include "format/NumberText.h"
 #include "platform/StackRoom.h"
-#include "source/JoboptionsReader.h"
 #include "source/PDFSettingsError.h"
 
 #include <algorithm>
@@ -24,6 +29,12 @@ using BIB_T_NMT::CPOSString;
 namespace POSObjectParserUtils {
 
 namespace {
+
+// Stands for one level of nesting.
+constexpr char kLevelIndentStr[] = "  ";
+
+// Says that a value is nested too deep for the stack. Never leaves the writer.
+class NestingException : public BIB_T_NMT::CBIBVirtualClientBase {};
 
 constexpr char kLineEnd[] = "\r\n";
 constexpr unsigned long kLineEndSize = sizeof kLineEnd - 1;
@@ -183,20 +194,6 @@ int DecimalsOf(char const* key) noexcept {
     return std::strcmp(key, "SyntheticBoldness") == 0 ? 2 : 0;
 }
 
-void WriteEntry(
-    char const* key, CPOSDict const& dict, CBIBPositionableStream& stream, unsigned long level) {
-    WriteKey(key, stream, level);
-    CPOSObject const value = dict.Get(key, /*quiet=*/false);
-    if (!SpecialKeyFormatting(key, value, stream)) {
-        GetValue(value, stream, level);
-    }
-}
-
-void WriteElement(CPOSObject const& value, CBIBPositionableStream& stream, unsigned long level) {
-    WriteIndented("", stream, level);
-    GetValue(value, stream, level);
-}
-
 [[noreturn, gnu::noinline]] void ThrowTooDeep() {
     throw NestingException();
 }
@@ -225,21 +222,13 @@ private:
 
 } // namespace
 
+// Writes a NUL-terminated text. Throws the stream's error.
 void WriteText(char const* text, CBIBPositionableStream& stream) {
     stream.Write(static_cast<void const*>(text), std::strlen(text));
 }
 
-void GetValue(CPOSObject const& value, CBIBPositionableStream& stream, unsigned long level) {
-    if (level > kDeepestLevel) {
-        ThrowTooDeep();
-    }
-    bool const isWritten = IsName(value, stream) || IsString(value, stream) ||
-                           IsNumber(value, stream) || IsArray(value, stream, level) ||
-                           IsDict(value, stream, level) || IsUnicodeString(value, stream);
-    if (!isWritten) {
-        ThrowUnknownType();
-    }
-}
+// The probes, in the order in which GetValue tries them. IsName tries IsBoolean first. When IsDict
+// fails, it exchanges stream for a new, empty one.
 
 bool IsBoolean(CPOSObject const& value, CBIBPositionableStream& stream) {
     return Probe([&] {
@@ -284,6 +273,8 @@ bool IsNumber(CPOSObject const& value, CBIBPositionableStream& stream) {
     return Probe([&] { return WriteNumber(value, stream, &format::FormatNumber); });
 }
 
+// Writes the value of a key whose numbers have a form of their own. False for every other key and
+// for a value that is no number. Throws what writing throws.
 bool SpecialKeyFormatting(
     char const* key, CPOSObject const& value, CBIBPositionableStream& stream) {
     int const decimals = DecimalsOf(key);
@@ -291,6 +282,24 @@ bool SpecialKeyFormatting(
            WriteNumber(value, stream, [decimals](char* begin, char* end, double number) {
                return format::FormatDecimals(begin, end, number, decimals);
            });
+}
+
+// Writes the value of any kind. Throws CPDFSettingsError for one of no known kind, and for one
+// that could not be written.
+void GetValue(CPOSObject const& value, CBIBPositionableStream& stream, unsigned long level);
+
+void WriteEntry(
+    char const* key, CPOSDict const& dict, CBIBPositionableStream& stream, unsigned long level) {
+    WriteKey(key, stream, level);
+    CPOSObject const value = dict.Get(key, /*quiet=*/false);
+    if (!SpecialKeyFormatting(key, value, stream)) {
+        GetValue(value, stream, level);
+    }
+}
+
+void WriteElement(CPOSObject const& value, CBIBPositionableStream& stream, unsigned long level) {
+    WriteIndented("", stream, level);
+    GetValue(value, stream, level);
 }
 
 bool IsArray(CPOSObject const& value, CBIBPositionableStream& stream, unsigned long level) {
@@ -337,4 +346,88 @@ bool IsDict(CPOSObject const& value, CBIBPositionableStream& stream, unsigned lo
     }
 }
 
+void GetValue(CPOSObject const& value, CBIBPositionableStream& stream, unsigned long level) {
+    if (level > kDeepestLevel) {
+        ThrowTooDeep();
+    }
+    bool const isWritten = IsName(value, stream) || IsString(value, stream) ||
+                           IsNumber(value, stream) || IsArray(value, stream, level) ||
+                           IsDict(value, stream, level) || IsUnicodeString(value, stream);
+    if (!isWritten) {
+        ThrowUnknownType();
+    }
+}
+
 } // namespace POSObjectParserUtils
+
+namespace PDFSettingsImpl {
+
+using BIB_T_NMT::CBIBStringAtom;
+using POSObjectParserUtils::IsDict;
+using POSObjectParserUtils::WriteText;
+
+namespace {
+
+// What stands behind the entries of settings that bring no tail of their own.
+constexpr char kDefaultTail[] = "<<\r\n>> setpagedevice\r\n";
+
+// A dictionary without a key for as long as this lives, on every way out.
+class WithoutKey {
+public:
+    // REQUIRES: settings holds value under key; all three outlive this.
+    WithoutKey(CPOSDict const& settings, CBIBStringAtom const& key, CPOSBinData const& value)
+        : fSettings(settings),
+          fKey(key),
+          fValue(value) {
+        fSettings.Remove(fKey);
+    }
+    ~WithoutKey() { fSettings.Put(fKey, fValue); }
+    WithoutKey(WithoutKey const&) = delete;
+    WithoutKey& operator=(WithoutKey const&) = delete;
+
+private:
+    CPOSDict const& fSettings;
+    CBIBStringAtom const& fKey;
+    CPOSBinData const& fValue;
+};
+
+// Where an entry cannot be written, no tail follows: the stream stays empty.
+void WriteWithOwnTail(CPOSDict const& settings, CBIBPositionableStream& stream) {
+    CBIBStringAtom const key(kAlembicorData);
+    CPOSBinData const tail(settings.Get(key, /*quiet=*/false), /*quiet=*/false);
+    auto const writeEntries = [&] {
+        WithoutKey const entries(settings, key, tail);
+        return IsDict(settings, stream, 0);
+    };
+    if (writeEntries()) {
+        stream.Write(tail.GetBinData(), tail.GetSize());
+        stream.Seek(0);
+    }
+}
+
+// Where an entry cannot be written, the tail stands alone, and every reader refuses that.
+void WriteWithDefaultTail(CPOSDict const& settings, CBIBPositionableStream& stream) {
+    IsDict(settings, stream, 0);
+    WriteText(kDefaultTail, stream);
+    stream.Seek(0);
+}
+
+} // namespace
+
+PDFSettingsParser::PDFSettingsParser(CPOSDict const& settings)
+    : fSettings(settings),
+      fJoboptions(CPOSDict_To_Joboptions(settings)) {}
+
+CBIBPositionableStream PDFSettingsParser::CPOSDict_To_Joboptions(CPOSDict const& settings) {
+    platform::StackWatch const watch;
+    CBIBPositionableStream stream;
+    try {
+        bool const hasTail = settings.HasKey(kAlembicorData);
+        (hasTail ? WriteWithOwnTail : WriteWithDefaultTail)(settings, stream);
+    } catch (POSObjectParserUtils::NestingException const&) {
+        CBIBMemory::ThrowMemError();
+    }
+    return stream;
+}
+
+} // namespace PDFSettingsImpl

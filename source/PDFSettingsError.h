@@ -19,17 +19,24 @@ enum PDFSettingsErrorID : long {
 class CPDFSettingsError : public BIB_T_NMT::CBIBError {
 public:
     // "Error", id kFileError: the failure of a whole-file operation.
-    CPDFSettingsError();
+    CPDFSettingsError() : CPDFSettingsError("Error", kFileError) {}
 
     // The message is copied.
-    CPDFSettingsError(char const* message, long id);
+    CPDFSettingsError(char const* message, long id)
+        : CBIBError(message, "PDFSettings", id, nullptr, nullptr) {}
 };
 
 // error, or the runtime's memory error for an invalid one, which could not be made for want of
 // memory: no caller may take it for success.
-BIB_T_NMT::CBIBError NeverEmpty(BIB_T_NMT::CBIBError const& error);
+inline BIB_T_NMT::CBIBError NeverEmpty(BIB_T_NMT::CBIBError const& error) {
+    return error.IsValid() ? error : BIB_T_NMT::CBIBError::GetMemError();
+}
 
 // Throws CPDFSettingsError(message, kInternalError) unless condition holds.
-void ThrowIfFalse(bool condition, char const* message);
+inline void ThrowIfFalse(bool condition, char const* message) {
+    if (!condition) {
+        throw CPDFSettingsError(message, kInternalError);
+    }
+}
 
 } // namespace PDFSettingsImpl

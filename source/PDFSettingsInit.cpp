@@ -3,7 +3,7 @@
 #include "api/PDFSettings.h"
 
 #include "bib/BIBClient.h"
-#include "source/PDFSettingsInterface.h"
+#include "source/Boundary.h"
 
 namespace {
 

@@ -1,9 +1,11 @@
-// What the class answers without an object.
-#include "source/PDFSettingsInterface.h"
+// The boundary procedures: what stands behind PDF_SETTINGS_INTERFACE_ROWS and
+// PDF_SETTINGS_STATICS_ROWS in api/PDFSettings.h, where each is described; the tables that they are
+// registered in; and what the class answers without an object.
+#include "source/Boundary.h"
 
+#include "api/PDFSettings.h"
 #include "bib/BIBClient.h"
 #include "bib/BIBTable.h"
-#include "source/Boundary.h"
 #include "source/FileMgmt.h"
 #include "source/PDFSettingsError.h"
 #include "source/PDFSettingsObject.h"
@@ -33,8 +35,6 @@ PDFSettings* NewSettings(Source const& source, char const* schema) {
 Unicode16 MakePath(BIBSharedBuffer* path) {
     return UnicodeEncodingNS::CreateUnicode16(UnicodeEncodingNS::Buffer16(path, /*adopt=*/false));
 }
-
-} // namespace
 
 PDFSettings* _PDFSettingsNewFromStreamProc_NewFromStream(
     BIBPositionableStream* stream, char const* schema) noexcept {
@@ -119,6 +119,8 @@ POSArray* _PDFSettingsGetListofPDFSettingsProc_GetListofPDFSettings(char const* 
         return reinterpret_cast<POSArray*>(list.UnownedReturn());
     });
 }
+
+} // namespace
 
 UnicodeEncodingNS::Unicode16 PDFSettingsObject::GetDefaultPDFSettingsDirectory() {
     std::unique_ptr<SettingsDataStore> const store(SettingsDataStore::Create());

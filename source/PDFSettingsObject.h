@@ -54,7 +54,7 @@ public:
     // error, with "Key" and "ErrorMsg". The settings are not changed. Throws POSException for a
     // schema that cannot be used, and "CPOSObject::Clone failed". One at a time in the whole
     // process.
-    BIB_T_NMT::CPOSArray IsPDFSettingsValid() const;
+    BIB_T_NMT::CPOSArray IsPDFSettingsValid() const { return IsPDFSettingsValid(fSettings); }
     BIB_T_NMT::CPOSArray IsPDFSettingsValid(BIB_T_NMT::CPOSDict const& settings) const;
 
     // The user's settings folder, and the settings files that there are, for the application

@@ -4,6 +4,22 @@
 #include "bib/BIBClient.h"
 #include "bib/BIBStream.h"
 #include "bib/POSCollections.h"
+#include "bib/POSScalars.h"
+
+namespace JoboptionsParserUtils {
+
+// The type names of the binary data that strings and hexadecimal strings are kept in, byte for byte
+// as they stand in the text.
+inline constexpr char kJoboptionsStringBinType[] = "JoboptionsString";
+inline constexpr char kJoboptionsUnicodeStringBinType[] = "JoboptionsUnicodeString";
+
+// Throws the CPDFSettingsError for a text that is no job options text.
+[[noreturn]] void ThrowInvalidFile();
+
+// Binary data of the bytes from begin to end.
+BIB_T_NMT::CPOSBinData MakeBinData(char const* typeName, char const* begin, char const* end);
+
+} // namespace JoboptionsParserUtils
 
 namespace PDFSettingsImpl {
 
@@ -13,7 +29,7 @@ inline constexpr char kAlembicorData[] = "AlembicorData";
 // A set of settings as a dictionary and as text. Lives on one thread.
 //
 // Booleans and names are 8-bit strings, every number is a double, strings are binary data that hold
-// the text's own bytes (see JoboptionsReader.h), and what follows the keyword is binary data under
+// the text's own bytes (see above), and what follows the keyword is binary data under
 // kAlembicorData.
 class PDFSettingsParser : public BIB_T_NMT::CBIBVirtualClientBase {
 public:

@@ -1,4 +1,5 @@
-// The checks of single values that a schema can name.
+// How settings are judged: what is judged of them at all, and the checks of single values that a
+// schema can name.
 #include "source/PDFSettingsValidation.h"
 
 #include "bib/BIBMemory.h"
@@ -6,9 +7,9 @@
 #include "bib/POSCollections.h"
 #include "bib/POSScalars.h"
 #include "bib/POSValidator.h"
-#include "source/OtherNamespaces.h"
 #include "source/PDFSettingsError.h"
 #include "source/PDFSettingsObject.h"
+#include "source/PDFSettingsParser.h"
 
 #include <algorithm>
 #include <cmath>
@@ -162,11 +163,74 @@ void RemoveUnknown(CPOSDictIterator const& cursor, CPOSDict const& known, CPOSDi
     }
 }
 
-} // namespace
+// The settings of other products that a set carries in its array "OtherNamespaces".
 
-CPOSArray PDFSettingsObject::IsPDFSettingsValid() const {
-    return IsPDFSettingsValid(fSettings);
+// The words that a namespace is named by.
+constexpr char kArdeo[] = "Ardeo";
+constexpr char kPagemint[] = "Pagemint";
+constexpr char kVPandPMPrivate[] = "VPandPMPrivate";
+constexpr char kVectrapaint[] = "Vectrapaint";
+constexpr char kWebrix[] = "Webrix";
+constexpr char kTessellaSuite[] = "TessellaSuite";
+
+// The namespaces that are judged. Without a version, all of a product are.
+struct JudgedNamespace {
+    char const* fProduct;
+    char const* fVersion;
+};
+
+constexpr JudgedNamespace kJudged[] = {
+    {kPagemint, "4.0"},
+    {kPagemint, "5.0"},
+    {kVPandPMPrivate, nullptr},
+    {kVectrapaint, nullptr},
+    {kWebrix, "8.0"},
+    {kTessellaSuite, "2.0"},
+};
+
+// A string as settings hold it, for comparisons.
+CPOSObject GetJOString(char const* text) {
+    return JoboptionsParserUtils::MakeBinData(
+        JoboptionsParserUtils::kJoboptionsStringBinType, text, text + std::strlen(text));
 }
+
+bool IsJudged(CPOSArray const& name) {
+    CPOSObject const maker = name.GetAt(0, /*quiet=*/false);
+    CPOSObject const product = name.GetAt(1, /*quiet=*/false);
+    CPOSObject const version = name.GetAt(2, /*quiet=*/false);
+    return maker == GetJOString(kArdeo) && std::ranges::any_of(kJudged, [&](auto const& judged) {
+               return product == GetJOString(judged.fProduct) &&
+                      (judged.fVersion == nullptr || version == GetJOString(judged.fVersion));
+           });
+}
+
+bool MustGo(CPOSObject const& element) {
+    CPOSDict const dict(element, /*quiet=*/true);
+    if (!dict.IsValid()) {
+        return false;
+    }
+    CPOSArray const name = dict.GetArray("Namespace", /*quiet=*/true);
+    return name.IsValid() && name.Count() > 2 && !IsJudged(name);
+}
+
+// Removes each namespace from the array that no schema is meant to judge: all but those of certain
+// products in certain versions. An element that does not name its namespace, by an array of at
+// least three entries, stays. settings is the caller's own copy, arrays included. Throws CBIBError
+// and POSException.
+void PruneOtherNamespaces(CPOSDict const& settings) {
+    CPOSArray const namespaces = settings.GetArray("OtherNamespaces", /*quiet=*/true);
+    if (!namespaces.IsValid()) {
+        return;
+    }
+    // From the end, so that a removal moves nothing that is still to come.
+    for (unsigned long position = namespaces.Count(); position > 0; --position) {
+        if (MustGo(namespaces.GetAt(position - 1, /*quiet=*/false))) {
+            namespaces.Remove(position - 1);
+        }
+    }
+}
+
+} // namespace
 
 CPOSArray PDFSettingsObject::IsPDFSettingsValid(CPOSDict const& settings) const {
     CPOSArray errors;

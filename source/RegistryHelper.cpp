@@ -3,59 +3,49 @@
 #include "api/SettingsPlaces.h"
 #include "bib/POSCollections.h"
 #include "bib/POSScalars.h"
-#include "platform/CFPropertyList.h"
+#include "platform/CFString.h"
 #include "platform/FileManager.h"
 #include "source/EncodingConverter.h"
 #include "source/PDFSettingsError.h"
 
 #include <cstring>
 #include <new>
+#include <vector>
 
 using BIB_T_NMT::CPOSArray;
 using BIB_T_NMT::CPOSDict;
 using BIB_T_NMT::CPOSDictIterator;
 using BIB_T_NMT::CPOSNumber;
-using BIB_T_NMT::CPOSUnicodeString;
-using PropertyLists::AsDictionary;
-using PropertyLists::AsString;
-using PropertyLists::FindDictionary;
-using PropertyLists::KeysOf;
 using UnicodeEncodingNS::Buffer16;
 using UnicodeEncodingNS::Unicode16;
 
-namespace PropertyLists {
+namespace PDFSettingsImpl {
 
 namespace {
 
+constexpr unsigned long kPathSize = 1024; // in bytes, its terminator included
+constexpr CFIndex kNameSize = 512;        // of an application or a file, likewise
+
+constexpr char kMasterKey[] = "/";
+constexpr char kHidden[] = "0";
+
+// Every byte is a character of Mac Roman, the encoding of keys, so that there is but one reason for
+// none. Throws std::bad_alloc.
+AutoCFRelease<CFStringRef> MakeString(char const* text) {
+    AutoCFRelease<CFStringRef> string(
+        CFStringCreateWithCString(kCFAllocatorDefault, text, kCFStringEncodingMacRoman),
+        /*retain=*/false);
+    if (string.Get() == nullptr) {
+        throw std::bad_alloc();
+    }
+    return string;
+}
+
+// The value itself, borrowed, if it is of that type, else null; null for null.
 template <class T>
 T AsType(void const* value, CFTypeID type) noexcept {
     bool const isOfType = value != nullptr && CFGetTypeID(value) == type;
     return isOfType ? static_cast<T>(value) : nullptr;
-}
-
-void const* Find(CFDictionaryRef dict, char const* key) {
-    return CFDictionaryGetValue(dict, MakeString(key).Get());
-}
-
-Buffer16 UnitsOf(CFStringRef string) {
-    CFIndex const length = CFStringGetLength(string);
-    Buffer16 const units(static_cast<unsigned long>(length), nullptr);
-    CFStringGetCharacters(string, CFRangeMake(0, length), units.GetBuffer());
-    return units;
-}
-
-} // namespace
-
-CFStringRef FindString(CFDictionaryRef dict, char const* key) {
-    return AsString(Find(dict, key));
-}
-
-CFArrayRef FindArray(CFDictionaryRef dict, char const* key) {
-    return AsType<CFArrayRef>(Find(dict, key), CFArrayGetTypeID());
-}
-
-CFDictionaryRef FindDictionary(CFDictionaryRef dict, char const* key) {
-    return AsDictionary(Find(dict, key));
 }
 
 CFStringRef AsString(void const* value) noexcept {
@@ -66,6 +56,12 @@ CFDictionaryRef AsDictionary(void const* value) noexcept {
     return AsType<CFDictionaryRef>(value, CFDictionaryGetTypeID());
 }
 
+// The value under a key of dict, borrowed; null for none. Throws std::bad_alloc.
+void const* Find(CFDictionaryRef dict, char const* key) {
+    return CFDictionaryGetValue(dict, MakeString(key).Get());
+}
+
+// The keys of dict in their order, borrowed. Throws std::bad_alloc.
 std::vector<CFStringRef> KeysOf(CFDictionaryRef dict) {
     std::vector<void const*> keys(static_cast<std::size_t>(CFDictionaryGetCount(dict)));
     CFDictionaryGetKeysAndValues(dict, keys.data(), nullptr);
@@ -78,37 +74,12 @@ std::vector<CFStringRef> KeysOf(CFDictionaryRef dict) {
     return strings;
 }
 
-// Every byte is a character of Mac Roman, so that there is but one reason for none.
-AutoCFRelease<CFStringRef> MakeString(char const* text) {
-    AutoCFRelease<CFStringRef> string(
-        CFStringCreateWithCString(kCFAllocatorDefault, text, kCFStringEncodingMacRoman),
-        /*retain=*/false);
-    if (string.Get() == nullptr) {
-        throw std::bad_alloc();
-    }
-    return string;
+Buffer16 UnitsOf(CFStringRef string) {
+    CFIndex const length = CFStringGetLength(string);
+    Buffer16 const units(static_cast<unsigned long>(length), nullptr);
+    CFStringGetCharacters(string, CFRangeMake(0, length), units.GetBuffer());
+    return units;
 }
-
-BIB_T_NMT::CPOSUnicodeString StringOf(CFStringRef string) {
-    Buffer16 const units = UnitsOf(string);
-    return UnicodeEncodingNS::ExactString({units.GetBuffer(), units.GetNumElements()});
-}
-
-UnicodeEncodingNS::Unicode16 PathOf(CFStringRef string) {
-    return UnicodeEncodingNS::CreateUnicode16(UnitsOf(string));
-}
-
-} // namespace PropertyLists
-
-namespace PDFSettingsImpl {
-
-namespace {
-
-constexpr unsigned long kPathSize = 1024; // in bytes, its terminator included
-constexpr CFIndex kNameSize = 512;        // of an application or a file, likewise
-
-constexpr char kMasterKey[] = "/";
-constexpr char kHidden[] = "0";
 
 // The path of a file in the preferences folder of a domain; false where there is no such folder.
 bool FindPreferences(SInt16 domain, char const* fileName, char (&path)[kPathSize]) {
@@ -129,7 +100,7 @@ bool FindPreferences(SInt16 domain, char const* fileName, char (&path)[kPathSize
 
 AutoCFRelease<CFDataRef> ReadFile(char const* path) {
     AutoCFRelease<CFDataRef> data;
-    AutoCFRelease<CFStringRef> const text = PropertyLists::MakeString(path);
+    AutoCFRelease<CFStringRef> const text = MakeString(path);
     AutoCFRelease<CFURLRef> const url(
         CFURLCreateWithFileSystemPath(
             kCFAllocatorDefault, text.Get(), kCFURLPOSIXPathStyle, /*isDirectory=*/1),
@@ -164,7 +135,7 @@ private:
 };
 
 bool IsHidden(void const* value) {
-    return CFEqual(value, PropertyLists::MakeString(kHidden).Get()) != 0;
+    return CFEqual(value, MakeString(kHidden).Get()) != 0;
 }
 
 // Lays down for one file whether the application shows it.
@@ -179,7 +150,7 @@ void PutEntry(CPOSDict const& table, char const* file, char const* appName, bool
 
 // Without an entry for all files, those of the single files count.
 void MergeApplication(CPOSDict const& table, char const* appName, CFDictionaryRef files) {
-    AutoCFRelease<CFStringRef> const master = PropertyLists::MakeString(kMasterKey);
+    AutoCFRelease<CFStringRef> const master = MakeString(kMasterKey);
     if (IsHidden(CFDictionaryGetValue(files, master.Get()))) {
         RegistryHelper::RemoveAppFromSettings(table, appName);
         return;
@@ -205,7 +176,9 @@ void MergeApplications(CPOSDict const& table, CFDictionaryRef applications) {
 CPOSArray MakePair(CFStringRef fileName, CFStringRef displayName) {
     CPOSArray pair;
     for (CFStringRef const name : {fileName, displayName}) {
-        pair.Append(PropertyLists::StringOf(name));
+        // With a byte order mark at its head, if it has one.
+        Buffer16 const units = UnitsOf(name);
+        pair.Append(UnicodeEncodingNS::ExactString({units.GetBuffer(), units.GetNumElements()}));
     }
     return pair;
 }
@@ -260,12 +233,13 @@ void MacRegistryHelper::SetDirectory(Unicode16 const& /*directory*/) {}
 bool MacRegistryHelper::GetDirectory(Unicode16& directory) const {
     try {
         CFStringRef const path =
-            IsValid() ? PropertyLists::FindString(
+            IsValid() ? AsString(Find(
                             fSettings.Get(),
-                            fPrefixedKeys ? "ArdeoPDFSettingsPath" : SettingsPlaces::kPathKey)
+                            fPrefixedKeys ? "ArdeoPDFSettingsPath" : SettingsPlaces::kPathKey))
                       : nullptr;
         if (path != nullptr) {
-            directory = PropertyLists::PathOf(path);
+            // A mark at its head is removed or honoured.
+            directory = UnicodeEncodingNS::CreateUnicode16(UnitsOf(path));
         }
         return path != nullptr;
     } catch (...) {
@@ -276,7 +250,7 @@ bool MacRegistryHelper::GetDirectory(Unicode16& directory) const {
 void MacRegistryHelper::GenerateCloakSettings(CPOSDict const& table) const {
     try {
         CFDictionaryRef const applications =
-            IsValid() ? FindDictionary(fSettings.Get(), "ShowHide") : nullptr;
+            IsValid() ? AsDictionary(Find(fSettings.Get(), "ShowHide")) : nullptr;
         if (applications != nullptr) {
             MergeApplications(table, applications);
         }
@@ -289,12 +263,13 @@ CPOSArray MacRegistryHelper::GenerateDisplayNames(char const* appName) const {
     CPOSArray pairs;
     try {
         CFDictionaryRef const applications =
-            IsValid() ? FindDictionary(
-                            fSettings.Get(), fPrefixedKeys ? "ArdeoPDFSettings" : "PDFSettings")
+            IsValid() ? AsDictionary(Find(
+                            fSettings.Get(), fPrefixedKeys ? "ArdeoPDFSettings" : "PDFSettings"))
                       : nullptr;
-        CFArrayRef const names = applications != nullptr && appName != nullptr
-                                     ? PropertyLists::FindArray(applications, appName)
-                                     : nullptr;
+        CFArrayRef const names =
+            applications != nullptr && appName != nullptr
+                ? AsType<CFArrayRef>(Find(applications, appName), CFArrayGetTypeID())
+                : nullptr;
         if (names != nullptr) {
             AppendPairs(names, pairs);
         }

@@ -2,8 +2,6 @@
 
 #include "source/FileMgmtUtil.h"
 
-#include <utility>
-
 using BIB_T_NMT::CPOSArray;
 using BIB_T_NMT::CPOSDict;
 using BIB_T_NMT::CPOSObject;
@@ -62,22 +60,6 @@ SettingsDataStore* SettingsDataStore::Create() {
     std::unique_ptr<RegistryHelper> helper(RegistryHelper::CreateAdminHelper());
     Unicode16 const adminDirectory = SettleAdminDirectory(*helper);
     return new SettingsDataStoreImpl(adminDirectory, userDirectory, std::move(helper));
-}
-
-SettingsDataStoreImpl::SettingsDataStoreImpl(
-    Unicode16 const& adminDirectory,
-    Unicode16 const& userDirectory,
-    std::unique_ptr<RegistryHelper> helper)
-    : fAdminDirectory(adminDirectory),
-      fUserDirectory(userDirectory),
-      fRegistryHelper(std::move(helper)) {}
-
-Unicode16 SettingsDataStoreImpl::GetAdminSettingsDirectory() const {
-    return fAdminDirectory;
-}
-
-Unicode16 SettingsDataStoreImpl::GetUserSettingsDirectory() const {
-    return fUserDirectory;
 }
 
 CPOSDict SettingsDataStoreImpl::GenerateCloakSettings() const {

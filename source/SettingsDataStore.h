@@ -8,6 +8,7 @@
 #include "source/RegistryHelper.h"
 
 #include <memory>
+#include <utility>
 
 namespace PDFSettingsImpl {
 
@@ -39,10 +40,17 @@ public:
     SettingsDataStoreImpl(
         UnicodeEncodingNS::Unicode16 const& adminDirectory,
         UnicodeEncodingNS::Unicode16 const& userDirectory,
-        std::unique_ptr<RegistryHelper> helper);
+        std::unique_ptr<RegistryHelper> helper)
+        : fAdminDirectory(adminDirectory),
+          fUserDirectory(userDirectory),
+          fRegistryHelper(std::move(helper)) {}
 
-    UnicodeEncodingNS::Unicode16 GetAdminSettingsDirectory() const override;
-    UnicodeEncodingNS::Unicode16 GetUserSettingsDirectory() const override;
+    UnicodeEncodingNS::Unicode16 GetAdminSettingsDirectory() const override {
+        return fAdminDirectory;
+    }
+    UnicodeEncodingNS::Unicode16 GetUserSettingsDirectory() const override {
+        return fUserDirectory;
+    }
     BIB_T_NMT::CPOSDict GenerateCloakSettings() const override;
     BIB_T_NMT::CPOSArray GenerateDisplayNames(char const* appName) const override;
 

@@ -2,9 +2,46 @@
 
 #include "source/FileMgmtUtil.h"
 
+#include <algorithm>
+
 namespace UnicodeEncodingNS {
 
 namespace {
+
+constexpr unsigned short kSlash = '/';
+
+Buffer16 Copy(unsigned short const* begin, unsigned short const* end) {
+    auto const count = static_cast<unsigned long>(end - begin);
+    Buffer16 const copy(count, nullptr);
+    std::copy(begin, end, copy.GetBuffer());
+    return copy;
+}
+
+Buffer16 Units(Unicode16 const& text) {
+    return text.GetString(kByteOrderBigEndian, /*terminate=*/false, /*mark=*/false);
+}
+
+// The parts of a path: the folder with its last slash, and the name behind it.
+struct SplitPath {
+    Unicode16 fFolder;
+    Buffer16 fName;
+};
+
+// Takes path apart at its last slash. Without one, and for a path that ends in one, the name is
+// empty. A byte order mark that a part begins with is not of its text. Throws CBIBError.
+SplitPath Split(Unicode16 const& path) {
+    Buffer16 const text = Units(path);
+    unsigned short const* const begin = text.GetBuffer();
+    unsigned short const* const end = begin + text.GetNumElements();
+    unsigned short const* name = end;
+    while (name != begin && name[-1] != kSlash) {
+        --name;
+    }
+    if (name == begin) {
+        return {};
+    }
+    return {CreateUnicode16(Copy(begin, name)), Units(CreateUnicode16(Copy(name, end)))};
+}
 
 // The data of a file, closed in the end.
 class OpenFork {

@@ -4,8 +4,8 @@
 #include "bib/BIBInterfaceClient.h"
 #include "bib/BIBMemory.h"
 #include "bib/BIBStringAtom.h"
-#include "source/JoboptionsReader.h"
 #include "source/PDFSettingsError.h"
+#include "source/PDFSettingsParser.h"
 #include "tests/support/BoundClient.h"
 
 namespace BIB_T_NMT {

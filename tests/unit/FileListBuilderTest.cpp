@@ -1,6 +1,5 @@
-#include "source/FileListBuilder.h"
-
 #include "source/FileMgmt.h"
+
 #include "tests/support/BoundClient.h"
 #include "tests/support/Describe.h"
 
