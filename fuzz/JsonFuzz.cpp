@@ -2,7 +2,6 @@
 #include "fuzz/Require.h"
 #include "tools/joboptions/commands/Output.h"
 #include "tools/joboptions/json/JsonDocuments.h"
-#include "tools/joboptions/json/JsonReader.h"
 #include "tools/joboptions/text/Utf8.h"
 
 #include <cstdint>

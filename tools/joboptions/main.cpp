@@ -1,7 +1,6 @@
 // The command line tool for settings files: options in, one command, an exit status out.
 #include "tools/joboptions/commands/Command.h"
-#include "tools/joboptions/commands/Output.h"
-#include "tools/joboptions/commands/Replace.h"
+#include "tools/joboptions/commands/Files.h"
 #include "tools/joboptions/text/Utf8.h"
 
 #include <CLI/CLI.hpp>

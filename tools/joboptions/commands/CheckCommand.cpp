@@ -1,9 +1,8 @@
 // joboptions check: judges files by a schema.
 #include "tools/joboptions/commands/Command.h"
 
-#include "tools/joboptions/commands/Input.h"
+#include "tools/joboptions/commands/Files.h"
 #include "tools/joboptions/commands/ListEntries.h"
-#include "tools/joboptions/commands/Replace.h"
 #include "tools/joboptions/json/JsonDocuments.h"
 #include "tools/joboptions/text/Findings.h"
 #include "tools/joboptions/text/KnownKeys.h"

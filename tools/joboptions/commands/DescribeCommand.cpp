@@ -1,7 +1,7 @@
 // joboptions describe: what the schema says of settings.
 #include "tools/joboptions/commands/Command.h"
 
-#include "tools/joboptions/commands/Replace.h"
+#include "tools/joboptions/commands/Files.h"
 #include "tools/joboptions/json/JsonDocuments.h"
 #include "tools/joboptions/text/KnownKeys.h"
 #include "tools/joboptions/text/Utf8.h"

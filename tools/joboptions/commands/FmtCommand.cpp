@@ -2,9 +2,8 @@
 #include "tools/joboptions/commands/Command.h"
 
 #include "pdfsettings/Document.h"
-#include "tools/joboptions/commands/Input.h"
+#include "tools/joboptions/commands/Files.h"
 #include "tools/joboptions/commands/ListEntries.h"
-#include "tools/joboptions/commands/Replace.h"
 #include "tools/joboptions/json/JsonDocuments.h"
 #include "tools/joboptions/text/Findings.h"
 #include "tools/joboptions/text/Layout.h"

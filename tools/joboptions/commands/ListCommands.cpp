@@ -3,8 +3,8 @@
 
 #include "pdfsettings/AdminPreferences.h"
 #include "pdfsettings/Component.h"
+#include "tools/joboptions/commands/Files.h"
 #include "tools/joboptions/commands/ListEntries.h"
-#include "tools/joboptions/commands/Replace.h"
 #include "tools/joboptions/json/ValueJson.h"
 #include "tools/joboptions/text/Utf8.h"
 

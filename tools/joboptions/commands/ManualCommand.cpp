@@ -1,7 +1,6 @@
 // joboptions manual: the manual page.
 #include "tools/joboptions/commands/Command.h"
-
-#include "tools/joboptions/commands/Replace.h"
+#include "tools/joboptions/commands/Files.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>

@@ -1,10 +1,6 @@
 #include "tools/joboptions/commands/Options.h"
 
-#include "tools/joboptions/commands/Input.h"
-#include "tools/joboptions/text/Utf8.h"
-
 #include <CLI/CLI.hpp>
-#include <fmt/format.h>
 #include <map>
 
 namespace joboptions {
@@ -17,19 +13,18 @@ bool Has(CLI::App const& command, char const* option) {
 
 // Scripts may give every command the same options; where one has nothing to do, help is silent.
 void AddUnused(CLI::App& command, Options& options) {
-    if (!Has(command, "--dry-run")) {
-        AddDryRun(command, options);
-        command.get_option("--dry-run")->group("");
-    }
-    if (!Has(command, "--wait")) {
-        AddSaving(command, options);
-        command.get_option("--wait")->group("");
-        command.get_option("--overwrite-changed")->group("");
-    }
-    if (!Has(command, "--schema")) {
-        AddSchema(command, options);
-        command.get_option("--schema")->group("");
-    }
+    auto const add = [&](char const* first, auto const& addOptions) {
+        if (!Has(command, first)) {
+            std::size_t const before = command.get_options().size();
+            addOptions(command, options);
+            for (std::size_t place = before; place < command.get_options().size(); ++place) {
+                command.get_options()[place]->group("");
+            }
+        }
+    };
+    add("--dry-run", AddDryRun);
+    add("--wait", AddSaving);
+    add("--schema", AddSchema);
     if (!Has(command, "--app")) {
         AddApplication(command, options, kNamesOfApplication);
         command.get_option("--app")->group("");
@@ -130,47 +125,6 @@ std::vector<CLI::App const*> ListedCommands(CLI::App const& program) {
 void AddFile(CLI::App& command, Options& options, std::string& file) {
     AddApplication(command, options, kNamesOfApplication);
     AddArgument(command, "FILE", file, "The settings file; - is standard input")->required();
-}
-
-namespace {
-
-[[noreturn]] void
-ThrowFaults(std::string const& name, std::vector<pdfsettings::SchemaFault> const& faults) {
-    std::string message;
-    for (pdfsettings::SchemaFault const& fault : faults) {
-        message += fmt::format(
-            "{}{}:{}:{}: {}",
-            message.empty() ? "" : "\n",
-            name,
-            fault.line,
-            fault.column,
-            VisibleText(fault.message));
-    }
-    throw Failure(Status::kBadSchema, message);
-}
-
-std::string ReadText(std::string const& file) {
-    try {
-        return ReadBytes(file);
-    } catch (Failure const& failure) {
-        throw Failure(Status::kBadSchema, failure.what());
-    }
-}
-
-} // namespace
-
-pdfsettings::Schema ReadSchema(pdfsettings::Component const& component, Options const& options) {
-    bool const isStandard = options.schema.empty();
-    std::string const name = isStandard ? "standard schema" : InputName(options.schema);
-    std::string text =
-        isStandard ? std::string(pdfsettings::Schema::StandardText()) : ReadText(options.schema);
-    try {
-        return pdfsettings::Schema::FromText(component, std::move(text));
-    } catch (pdfsettings::SchemaError const& error) {
-        ThrowFaults(name, error.Faults());
-    } catch (pdfsettings::Error const& error) {
-        throw Failure(Status::kBadSchema, fmt::format("{}: {}", name, VisibleText(error.what())));
-    }
 }
 
 } // namespace joboptions

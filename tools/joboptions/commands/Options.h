@@ -1,8 +1,6 @@
 // The options that the commands share.
 #pragma once
 
-#include "pdfsettings/Component.h"
-#include "pdfsettings/Schema.h"
 #include "tools/joboptions/commands/Output.h"
 
 #include <CLI/App.hpp>
@@ -67,10 +65,5 @@ std::vector<CLI::App const*> ListedCommands(CLI::App const& program);
 
 // The settings file that a command reads, and --app for its name.
 void AddFile(CLI::App& command, Options& options, std::string& file);
-
-// The schema in the file that options name, else the standard schema. Throws Failure with
-// Status::kBadSchema: the reason when the file cannot be read, or all faults, each with line and
-// column, when the schema cannot be used.
-pdfsettings::Schema ReadSchema(pdfsettings::Component const& component, Options const& options);
 
 } // namespace joboptions

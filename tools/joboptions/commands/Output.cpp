@@ -1,5 +1,7 @@
 #include "tools/joboptions/commands/Output.h"
 
+#include "tools/joboptions/text/Utf8.h"
+
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -31,6 +33,23 @@ void WriteMessage(char const* severity, std::string_view message, bool quiet) {
 }
 
 } // namespace
+
+std::string InputName(std::string const& file) {
+    if (file.empty()) {
+        return "\"\"";
+    }
+    return file == "-" ? "standard input" : VisibleText(file);
+}
+
+void Fail(Status status, std::string const& file, std::string const& reason) {
+    throw Failure(status, fmt::format("{}: {}", InputName(file), reason));
+}
+
+void FailIfAny(Status status, std::vector<std::string> const& messages) {
+    if (!messages.empty()) {
+        throw Failure(status, fmt::format("{}", fmt::join(messages, "\n")));
+    }
+}
 
 bool UseColor(Color choice) {
     if (choice != Color::kAuto) {

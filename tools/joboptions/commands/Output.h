@@ -4,6 +4,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace joboptions {
 
@@ -29,6 +30,15 @@ public:
 private:
     Status fStatus;
 };
+
+// How messages name a file: its path with control bytes made visible.
+std::string InputName(std::string const& file);
+
+// Throws Failure with that status and "FILE: reason".
+[[noreturn]] void Fail(Status status, std::string const& file, std::string const& reason);
+
+// Throws Failure with that status and all messages, if there are any.
+void FailIfAny(Status status, std::vector<std::string> const& messages);
 
 enum class Color { kAuto, kAlways, kNever };
 

@@ -1,4 +1,4 @@
-// What commands write for programs: JSON documents with the version of their form.
+// What commands write for programs, and read again: JSON documents with the version of their form.
 #pragma once
 
 #include "pdfsettings/Finding.h"
@@ -12,8 +12,8 @@
 
 namespace joboptions {
 
-// All end with a line end and throw Failure with Status::kBadInput, in which file is named, when
-// values are nested too deep. Values stand as ValueJson.h says.
+// All that are written end with a line end and throw Failure with Status::kBadInput, in which file
+// is named, when values are nested too deep. Values stand as ValueJson.h says.
 
 // {"version", member: values}
 std::string
@@ -42,5 +42,12 @@ std::string LayoutDocument(std::vector<LayoutJudgement> const& judgements);
 // each.
 std::string
 RulesDocument(std::vector<pdfsettings::SettingRule> const& rules, std::string const& file);
+
+// The values under member in a JSON document of version 1, in the forms that ValueJson.h describes;
+// other members are passed over. file is the input that messages name. Throws Failure with
+// Status::kBadInput, and the place, for a text that is no JSON, for another version, for a key that
+// comes twice and for a value of no known form.
+pdfsettings::Dictionary
+ReadJsonDocument(char const* member, std::string const& text, std::string const& file);
 
 } // namespace joboptions

@@ -1,6 +1,6 @@
 #include "tools/joboptions/json/ValueJson.h"
 
-#include "tools/joboptions/commands/Input.h"
+#include "tools/joboptions/commands/Output.h"
 #include "tools/joboptions/text/Utf8.h"
 #include "tools/joboptions/text/ValueText.h"
 
@@ -12,7 +12,6 @@
 #include <iterator>
 #include <limits>
 #include <nlohmann/json.hpp>
-#include <string_view>
 #include <variant>
 
 namespace joboptions {

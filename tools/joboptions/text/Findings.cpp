@@ -3,7 +3,6 @@
 #include "format/SettingPath.h"
 #include "pdfsettings/Error.h"
 #include "pdfsettings/Path.h"
-#include "tools/joboptions/commands/Input.h"
 #include "tools/joboptions/commands/Output.h"
 #include "tools/joboptions/text/Differences.h"
 #include "tools/joboptions/text/KnownKeys.h"

@@ -8,7 +8,10 @@
 #include <algorithm>
 #include <cctype>
 #include <fmt/format.h>
+#include <map>
 #include <numeric>
+#include <optional>
+#include <unordered_set>
 #include <utility>
 
 namespace joboptions {
@@ -17,8 +20,6 @@ namespace {
 
 // Longer words are never compared letter by letter.
 constexpr std::size_t kLongestWord = 64;
-
-constexpr char kUnknownKeyText[] = "the schema has no such setting";
 
 std::string InSmallLetters(std::string word) {
     std::ranges::transform(word, word.begin(), [](char letter) {
@@ -72,63 +73,84 @@ std::string MeantText(std::string const& meant, char const* before) {
     return meant.empty() ? "" : fmt::format("; did you mean {}{}?", before, VisibleText(meant));
 }
 
-KnownKeys::KnownKeys(std::vector<pdfsettings::SettingRule> const& rules) {
-    for (auto const& rule : rules) {
-        Add(rule.key);
-    }
-}
-
-bool KnownKeys::Has(std::string const& parent, std::string const& key) const {
-    auto const names = fNames.find(parent);
-    return names == fNames.end() || names->second.fAll.contains(key);
-}
-
-std::string KnownKeys::Hint(std::string const& parent, std::string const& key) const {
-    auto const names = fNames.find(parent);
-    return names == fNames.end() ? std::string() : MeantText(Nearest(key, names->second.fInOrder));
-}
-
-bool KnownKeys::HasAnyIn(std::string const& parent) const {
-    return fNames.contains(parent) || IsBegun(parent + "/") || IsBegun(parent + "[");
-}
-
-std::optional<std::string> KnownKeys::Warning(std::string const& path) const {
-    std::string parent;
-    std::string_view rest = path;
-    for (;;) {
-        std::string const part(pdfsettings::FirstPart(rest));
-        bool const isPosition = format::PositionIn(part).has_value();
-        if (!isPosition && !Has(parent, part)) {
-            return kUnknownKeyText + Hint(parent, part);
-        }
-        if (part.size() == rest.size()) {
-            return std::nullopt;
-        }
-        rest.remove_prefix(part.size() + 1);
-        parent += isPosition ? "[]" : (parent.empty() ? "" : "/") + part;
-    }
-}
-
-void KnownKeys::Add(std::string const& key) {
-    std::size_t const slash = key.rfind('/');
-    std::string const parent = slash == std::string::npos ? std::string() : key.substr(0, slash);
-    std::string const name = slash == std::string::npos ? key : key.substr(slash + 1);
-    if (name.find('[') == std::string::npos) {
-        fNames[parent].fInOrder.push_back(name);
-        fNames[parent].fAll.insert(name);
-    }
-}
-
-bool KnownKeys::IsBegun(std::string const& prefix) const {
-    auto const found = fNames.lower_bound(prefix);
-    return found != fNames.end() && found->first.starts_with(prefix);
-}
-
 namespace {
 
 using pdfsettings::Document;
 using pdfsettings::DocumentEntry;
 using pdfsettings::SettingRule;
+
+constexpr char kUnknownKeyText[] = "the schema has no such setting";
+
+// The settings that a schema names, by the dictionary or array that they stand in, in the rule's
+// form of a path: "[]" stands for any element of an array.
+class KnownKeys {
+public:
+    explicit KnownKeys(std::vector<SettingRule> const& rules) {
+        for (SettingRule const& rule : rules) {
+            Add(rule.key);
+        }
+    }
+
+    // Whether the schema names a key of a dictionary. Where it names none, all are as good.
+    bool Has(std::string const& parent, std::string const& key) const {
+        auto const names = fNames.find(parent);
+        return names == fNames.end() || names->second.fAll.contains(key);
+    }
+
+    // "; did you mean …?" for a key that the schema does not name; empty for no idea.
+    std::string Hint(std::string const& parent, std::string const& key) const {
+        auto const names = fNames.find(parent);
+        bool const hasIdea = names != fNames.end();
+        return hasIdea ? MeantText(Nearest(key, names->second.fInOrder)) : std::string();
+    }
+
+    // Whether the schema names anything at all in a dictionary or an array.
+    bool HasAnyIn(std::string const& parent) const {
+        return fNames.contains(parent) || IsBegun(parent + "/") || IsBegun(parent + "[");
+    }
+
+    // What there is to say of a path that the schema does not name.
+    std::optional<std::string> Warning(std::string const& path) const {
+        std::string parent;
+        std::string_view rest = path;
+        for (;;) {
+            std::string const part(pdfsettings::FirstPart(rest));
+            bool const isPosition = format::PositionIn(part).has_value();
+            if (!isPosition && !Has(parent, part)) {
+                return kUnknownKeyText + Hint(parent, part);
+            }
+            if (part.size() == rest.size()) {
+                return std::nullopt;
+            }
+            rest.remove_prefix(part.size() + 1);
+            parent += isPosition ? "[]" : (parent.empty() ? "" : "/") + part;
+        }
+    }
+
+private:
+    void Add(std::string const& key) {
+        std::size_t const slash = key.rfind('/');
+        std::string const parent = slash == std::string::npos ? "" : key.substr(0, slash);
+        std::string const name = slash == std::string::npos ? key : key.substr(slash + 1);
+        if (name.find('[') == std::string::npos) {
+            fNames[parent].fInOrder.push_back(name);
+            fNames[parent].fAll.insert(name);
+        }
+    }
+
+    bool IsBegun(std::string const& prefix) const {
+        auto const found = fNames.lower_bound(prefix);
+        return found != fNames.end() && found->first.starts_with(prefix);
+    }
+
+    // In the schema's order, and to be found among thousands.
+    struct Names {
+        std::vector<std::string> fInOrder;
+        std::unordered_set<std::string> fAll;
+    };
+
+    std::map<std::string, Names> fNames;
+};
 
 // The end of a longer path is what counts.
 constexpr std::size_t kLongestPath = 1000;
@@ -209,6 +231,18 @@ private:
 std::vector<PlacedFinding>
 UnknownKeys(Document const& document, std::vector<SettingRule> const& rules) {
     return Search(document, rules).Run();
+}
+
+std::vector<pdfsettings::Finding>
+UnknownPaths(std::vector<SettingRule> const& rules, std::vector<std::string> const& paths) {
+    KnownKeys const known(rules);
+    std::vector<pdfsettings::Finding> findings;
+    for (std::string const& path : paths) {
+        if (auto const warning = known.Warning(path)) {
+            findings.push_back({path, *warning});
+        }
+    }
+    return findings;
 }
 
 using pdfsettings::Dictionary;

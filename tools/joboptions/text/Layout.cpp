@@ -2,7 +2,7 @@
 
 #include "format/Tokens.h"
 #include "pdfsettings/Error.h"
-#include "tools/joboptions/commands/Input.h"
+#include "tools/joboptions/commands/Output.h"
 #include "tools/joboptions/text/Differences.h"
 #include "tools/joboptions/text/Utf8.h"
 

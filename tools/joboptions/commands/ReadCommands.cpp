@@ -1,10 +1,15 @@
-// joboptions show: all settings of a file.
+// joboptions show, get, diff, export and import: what files hold.
 #include "tools/joboptions/commands/Command.h"
 
-#include "tools/joboptions/commands/Input.h"
+#include "pdfsettings/Component.h"
+#include "pdfsettings/Path.h"
+#include "pdfsettings/Settings.h"
+#include "tools/joboptions/commands/Files.h"
 #include "tools/joboptions/commands/ListEntries.h"
-#include "tools/joboptions/commands/Replace.h"
 #include "tools/joboptions/json/JsonDocuments.h"
+#include "tools/joboptions/text/Differences.h"
+#include "tools/joboptions/text/KnownKeys.h"
+#include "tools/joboptions/text/Layout.h"
 #include "tools/joboptions/text/Utf8.h"
 #include "tools/joboptions/text/ValueText.h"
 
@@ -181,7 +186,7 @@ public:
 
     Status Run() const override {
         std::string const file = Locate(fFile, fOptions);
-        pdfsettings::Dictionary const settings = ReadSettings(file);
+        Dictionary const settings = ReadSettings(file);
         WriteResult(
             fOptions,
             fOptions.json ? JsonDocument("settings", settings, file)
@@ -193,10 +198,163 @@ private:
     std::string fFile;
 };
 
+// Reads a file and writes the values under the given keys, a line for each or as JSON.
+class GetCommand final : public Command {
+public:
+    GetCommand(CLI::App& program, Options& options)
+        : Command(program, options, "get", "Show single values of a file") {
+        AddFile(Parser(), options, fFile);
+        AddArgument(
+            Parser(),
+            "KEY",
+            fKeys,
+            "Keys, with those of nested settings and positions from 0 behind /")
+            ->required();
+        AddJson(Parser(), options);
+        AddOptions(Parser(), options);
+        Parser().footer("Examples:\n"
+                        "  joboptions get office.joboptions CompatibilityLevel\n"
+                        "  joboptions get office.joboptions ColorImageDict/QFactor NeverEmbed/0\n"
+                        "  joboptions get --json office.joboptions ColorImageDict");
+    }
+
+    // Status::kDone, or Status::kNo when a key is missing: what was found is written all the same.
+    Status Run() const override {
+        std::string const file = Locate(fFile, fOptions);
+        Dictionary const settings = ReadSettings(file);
+        Dictionary found;
+        std::string lines;
+        std::vector<std::string> missing;
+        for (std::string const& key : fKeys) {
+            Value const* const value = Find(settings, key);
+            if (value == nullptr) {
+                missing.push_back(MissingKeyText(settings, key));
+                continue;
+            }
+            lines += OneLine(*value) + "\n";
+            found.Set(key, *value);
+        }
+        WriteResult(fOptions, fOptions.json ? JsonDocument("values", found, file) : lines);
+        for (std::string const& message : missing) {
+            WriteError(fmt::format("{}: {}", InputName(fFile), message), fOptions.quiet);
+        }
+        return missing.empty() ? Status::kDone : Status::kNo;
+    }
+
+private:
+    std::string fFile;
+    std::vector<std::string> fKeys;
+};
+
+// Compares two files by key and value.
+class DiffCommand final : public Command {
+public:
+    DiffCommand(CLI::App& program, Options& options)
+        : Command(
+              program, options, "diff", "Say what differs between two files, by key and value") {
+        AddArgument(Parser(), "A", fBefore, "A settings file; - is standard input")->required();
+        AddArgument(Parser(), "B", fAfter, "The settings file that is compared with it")
+            ->required();
+        AddApplication(Parser(), options, kNamesOfApplication);
+        AddJson(Parser(), options);
+        AddOptions(Parser(), options);
+        Parser().footer(
+            "A line for each setting that differs: - only in A, + only in B, ~ changed.\n"
+            "\n"
+            "Examples:\n"
+            "  joboptions diff screen.joboptions press.joboptions\n"
+            "  joboptions diff --json old.joboptions new.joboptions");
+    }
+
+    // Status::kDone when the settings are the same, else Status::kNo.
+    Status Run() const override {
+        RequireOneStandardInput({fBefore, fAfter});
+        Dictionary const before = ReadSettings(Locate(fBefore, fOptions));
+        Dictionary const after = ReadSettings(Locate(fAfter, fOptions));
+        auto const differences = Compare(before, after);
+        if (fOptions.json) {
+            WriteResult(fOptions, DifferencesDocument(differences, fBefore));
+        } else if (!fOptions.quiet) {
+            WriteResult(fOptions, DifferencesText(differences, UseColor(fOptions)));
+        }
+        return differences.empty() ? Status::kDone : Status::kNo;
+    }
+
+private:
+    std::string fBefore;
+    std::string fAfter;
+};
+
+// Writes all settings of a file as JSON, without loss.
+class ExportCommand final : public Command {
+public:
+    ExportCommand(CLI::App& program, Options& options)
+        : Command(program, options, "export", "Write all settings of a file as JSON") {
+        AddFile(Parser(), options, fFile);
+        AddJson(Parser(), options);
+        AddOptions(Parser(), options);
+        Parser().footer(
+            "Nothing of the settings is lost: import makes of it what fmt makes of FILE.\n"
+            "\n"
+            "Examples:\n"
+            "  joboptions export office.joboptions -o office.json\n"
+            "  joboptions export office.joboptions | jq .settings.CompatibilityLevel");
+    }
+
+    Status Run() const override {
+        std::string const file = Locate(fFile, fOptions);
+        WriteResult(fOptions, JsonDocument("settings", ReadSettings(file), file));
+        return Status::kDone;
+    }
+
+private:
+    std::string fFile;
+};
+
+// Writes the settings that were exported in the component's own layout.
+class ImportCommand final : public Command {
+public:
+    ImportCommand(CLI::App& program, Options& options)
+        : Command(program, options, "import", "Make a settings file of exported JSON") {
+        AddArgument(Parser(), "JSON", fFile, "What export wrote; without it, standard input");
+        AddOptions(Parser(), options);
+        Parser().footer("Examples:\n"
+                        "  joboptions import office.json -o office.joboptions\n"
+                        "  joboptions export a.joboptions | joboptions import > b.joboptions");
+    }
+
+    Status Run() const override {
+        Dictionary const values = ReadJsonDocument("settings", ReadBytes(fFile), fFile);
+        pdfsettings::Component const component;
+        auto const settings = pdfsettings::Settings::FromValues(component, values);
+        WriteResult(fOptions, LayOut(component, settings, fFile));
+        return Status::kDone;
+    }
+
+private:
+    std::string fFile = "-";
+};
+
 } // namespace
 
 std::unique_ptr<Command> MakeShowCommand(CLI::App& program, Options& options) {
     return std::make_unique<ShowCommand>(program, options);
+}
+
+std::unique_ptr<Command> MakeGetCommand(CLI::App& program, Options& options) {
+    return std::make_unique<GetCommand>(program, options);
+}
+
+std::unique_ptr<Command> MakeDiffCommand(CLI::App& program, Options& options) {
+    return std::make_unique<DiffCommand>(program, options);
+}
+
+std::unique_ptr<Command> MakeExportCommand(CLI::App& program, Options& options) {
+    return std::make_unique<ExportCommand>(program, options);
+}
+
+std::unique_ptr<Command> MakeImportCommand(CLI::App& program, Options& options) {
+    return std::make_unique<ImportCommand>(program, options);
 }
 
 } // namespace joboptions
