@@ -119,8 +119,8 @@ std::string StrayBeforeEndText(std::string_view stray, std::string_view name) {
     }
     return stray.empty()
                ? "a > too many"
-               : Quoted(stray) + " before the end of a dictionary hides that end: " +
-                     (SlashHint(stray).empty() ? "remove it" : "remove it" + SlashHint(stray));
+               : Quoted(stray) + " before the end of a dictionary hides that end: remove it" +
+                     SlashHint(stray);
 }
 
 std::string OctalText(std::string_view number, double value) {

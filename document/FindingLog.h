@@ -7,6 +7,8 @@
 
 #include "pdfsettings/Document.h"
 
+#include <algorithm>
+#include <functional>
 #include <optional>
 #include <string>
 #include <utility>
@@ -34,7 +36,12 @@ public:
 
     // Adds a warning of something after which the reading has gone astray: a later refusal is its
     // consequence, and so is every warning of this kind in between.
-    void WarnAstray(char const* id, Span span, std::string message);
+    void WarnAstray(char const* id, Span span, std::string message) {
+        Add(id, span, std::move(message), /*leadsAstray=*/true);
+        if (!fGoneAstray) {
+            fGoneAstray = fLogged.size() - 1;
+        }
+    }
 
     // What stands at offset is the rest of the last fault.
     void NoteRest(std::size_t offset) {
@@ -49,7 +56,10 @@ public:
     void BlameRest() { fGoneAstray = fGoneAstray.value_or(fRestCause); }
 
     // Where the fault begins that leads astray, if there is one.
-    std::optional<std::size_t> GoneAstrayAt() const;
+    std::optional<std::size_t> GoneAstrayAt() const {
+        return fGoneAstray ? std::optional(fLogged[*fGoneAstray].fFinding.span.begin)
+                           : std::nullopt;
+    }
 
     // What a refusal is a consequence of.
     enum class Blame {
@@ -59,10 +69,34 @@ public:
     };
 
     // The text is refused: what is to blame becomes the one error.
-    void Refuse(char const* id, Span span, std::string message, Blame blame);
+    void Refuse(char const* id, Span span, std::string message, Blame blame) {
+        auto const culprit = blame == Blame::kNothing ? std::nullopt
+                             : blame == Blame::kRest  ? std::optional(fRestCause)
+                                                      : fGoneAstray;
+        if (!culprit) {
+            span = Within(span);
+            std::erase_if(
+                fLogged, [&](Logged const& logged) { return logged.fFinding.span == span; });
+            fLogged.push_back({{Severity::kError, id, span, std::move(message)}, false});
+            return;
+        }
+        fLogged[*culprit].fFinding.severity = Severity::kError;
+        auto const behind = fLogged.begin() + static_cast<std::ptrdiff_t>(*culprit) + 1;
+        fLogged.erase(
+            std::remove_if(behind, fLogged.end(), std::mem_fn(&Logged::fLeadsAstray)),
+            fLogged.end());
+    }
 
     // All of them in the order of the text.
-    std::vector<TextFinding> Take();
+    std::vector<TextFinding> Take() {
+        std::vector<TextFinding> findings;
+        for (Logged& logged : fLogged) {
+            findings.push_back(std::move(logged.fFinding));
+        }
+        std::ranges::stable_sort(
+            findings, {}, [](TextFinding const& finding) { return finding.span.begin; });
+        return findings;
+    }
 
 private:
     struct Logged {
@@ -70,8 +104,23 @@ private:
         bool fLeadsAstray;
     };
 
-    void Add(char const* id, Span span, std::string message, bool leadsAstray);
-    Span Within(Span span) const noexcept;
+    void Add(char const* id, Span span, std::string message, bool leadsAstray) {
+        // A turn adds a few faults at most.
+        constexpr std::size_t kMostOfTurn = 8;
+        span = Within(span);
+        auto const last =
+            fLogged.end() - static_cast<std::ptrdiff_t>(std::min(fLogged.size(), kMostOfTurn));
+        bool const isRepeated = std::any_of(last, fLogged.end(), [&](Logged const& logged) {
+            return logged.fFinding.id == id && logged.fFinding.span == span;
+        });
+        if (!isRepeated) {
+            fLogged.push_back({{Severity::kWarning, id, span, std::move(message)}, leadsAstray});
+        }
+    }
+
+    Span Within(Span span) const noexcept {
+        return {std::min(span.begin, fTextSize), std::min(span.end, fTextSize)};
+    }
 
     std::size_t fTextSize;
     std::vector<Logged> fLogged;

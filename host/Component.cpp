@@ -57,7 +57,14 @@ RunningComponent::RunningComponent() : fModule(nullptr, &dlclose) {
 // What fails below is undone by the destructor, for the object is whole once the right is claimed.
 RunningComponent::RunningComponent(std::string const& path) : RunningComponent() {
     fPath = path;
-    Load();
+    // Everything is looked up at once: what is missing later would end the process.
+    fModule.reset(dlopen(fPath.c_str(), RTLD_NOW | RTLD_LOCAL));
+    if (fModule == nullptr) {
+        char const* const reason = dlerror();
+        throw Error(
+            std::string("cannot load the settings component: ") +
+            (reason == nullptr ? "unknown error of the loader" : reason));
+    }
     Start();
     fTables.emplace(&BIBRuntimeLookup);
     // The component registered the end of its static objects when it was loaded. What is registered
@@ -80,17 +87,6 @@ RunningComponent::~RunningComponent() {
     fModule.reset();
     BIBRuntimeSetErrorChannel(nullptr, nullptr);
     gClaimed = false;
-}
-
-// Everything is looked up at once: what is missing later would end the process.
-void RunningComponent::Load() {
-    fModule.reset(dlopen(fPath.c_str(), RTLD_NOW | RTLD_LOCAL));
-    if (fModule == nullptr) {
-        char const* const reason = dlerror();
-        throw Error(
-            std::string("cannot load the settings component: ") +
-            (reason == nullptr ? "unknown error of the loader" : reason));
-    }
 }
 
 void* RunningComponent::FindSymbol(char const* name) const {

@@ -209,20 +209,16 @@ Descriptor OpenForReading(std::string const& path) {
     return file;
 }
 
-void RequireReplaceable(Target const& target) {
-    if (target.IsStream()) {
-        return;
-    }
-    if (auto const file = SeenFile::Open(target.folder, target.name)) {
-        file->RequireWritable(target.folder, target.name);
-    }
-}
-
 } // namespace
 
 bool IsReadOnly(std::string const& path) {
     try {
-        RequireReplaceable(FindTarget(path));
+        Target const target = FindTarget(path);
+        auto const file =
+            target.IsStream() ? std::nullopt : SeenFile::Open(target.folder, target.name);
+        if (file) {
+            file->RequireWritable(target.folder, target.name);
+        }
         return false;
     } catch (ReadOnlyError const&) {
         return true;

@@ -287,10 +287,9 @@ Schema::Schema(std::string text, std::vector<SettingRule> settings)
 
 Schema Schema::FromText(Component const& component, std::string text) {
     detail::Turn const turn(*component.fRunning);
-    Bindings const& tables = turn.Tables();
-    Ref<POSDict> const dict = ReadDict(tables, text);
-    ThrowIfAny(LocateMessages(text, ValidateSchema(tables, dict.get())));
-    Dictionary const structures = detail::ReadValues(tables, dict.get());
+    Ref<POSDict> const dict = ReadDict(*turn, text);
+    ThrowIfAny(LocateMessages(text, ValidateSchema(*turn, dict.get())));
+    Dictionary const structures = detail::ReadValues(*turn, dict.get());
     ThrowIfAny(FindMissing(text, structures));
     auto settings = Lister(text, structures).List();
     return Schema(std::move(text), std::move(settings));

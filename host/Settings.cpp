@@ -23,20 +23,6 @@ using detail::Ref;
 using detail::Reported;
 using detail::Share;
 
-// Runs the component's writing of a file. It reports all failures of the file service by the same
-// word; the system's reason takes its place.
-template <class Call>
-void WriteFileBy(Call call, std::string const& path) {
-    try {
-        call();
-    } catch (Error const& error) {
-        if (std::string_view(error.what()) != "Error") {
-            throw;
-        }
-        throw Error(detail::WhyUnwritable(path));
-    }
-}
-
 Ref<BIBPositionableStream> MakeStream(Bindings const& tables, std::string_view bytes) {
     detail::BufferRef const buffer = detail::MakeBuffer(tables, bytes);
     BIBPositionableStream* stream = nullptr;
@@ -182,11 +168,10 @@ Settings::~Settings() = default;
 Settings
 Settings::FromText(Component const& component, std::string_view text, std::string const& schema) {
     detail::Turn const turn(*component.fRunning);
-    Bindings const& tables = turn.Tables();
-    Ref<BIBPositionableStream> const stream = MakeStream(tables, text);
+    Ref<BIBPositionableStream> const stream = MakeStream(*turn, text);
     char const* const schemaText = detail::WholeText(schema);
-    auto const make = tables.settings.NewFromStream;
-    auto made = Share(tables, Reported("NewFromStream", make, stream.get(), schemaText));
+    auto const make = turn->settings.NewFromStream;
+    auto made = Share(*turn, Reported("NewFromStream", make, stream.get(), schemaText));
     return Settings(std::make_unique<State>(component.fRunning, std::move(made)));
 }
 
@@ -204,24 +189,22 @@ Settings::FromFile(Component const& component, std::string const& path, std::str
 Settings Settings::FromValues(
     Component const& component, Dictionary const& values, std::string const& schema) {
     detail::Turn const turn(*component.fRunning);
-    auto made = NewFromDict(turn.Tables(), values, schema);
+    auto made = NewFromDict(*turn, values, schema);
     return Settings(std::make_unique<State>(component.fRunning, std::move(made)));
 }
 
 Dictionary Settings::Values() const {
     detail::Turn const turn(*fState->fRunning);
-    Bindings const& tables = turn.Tables();
-    auto* const values = Reported("GetSettings", tables.settings.GetSettings, fState->Get());
-    Ref<POSDict> const dict = Share(tables, values);
-    return detail::ReadValues(tables, dict.get());
+    auto* const values = Reported("GetSettings", turn->settings.GetSettings, fState->Get());
+    Ref<POSDict> const dict = Share(*turn, values);
+    return detail::ReadValues(*turn, dict.get());
 }
 
 std::string Settings::Text() const {
     detail::Turn const turn(*fState->fRunning);
-    Bindings const& tables = turn.Tables();
-    auto const write = tables.settings.GetJobOptionsData;
-    auto const stream = Share(tables, Reported("GetJobOptionsData", write, fState->Get()));
-    std::string text = detail::ReadStream(tables, stream.get());
+    auto const write = turn->settings.GetJobOptionsData;
+    auto const stream = Share(*turn, Reported("GetJobOptionsData", write, fState->Get()));
+    std::string text = detail::ReadStream(*turn, stream.get());
     if (IsTextOfAFailure(text)) {
         throw Error("a value of these settings has no form in a settings file");
     }
@@ -252,16 +235,22 @@ SaveWarnings Settings::Write(std::string const& path) {
         lock.emplace(folder, detail::Deadline(SaveOptions().timeout));
     }
     detail::Turn const turn(*fState->fRunning);
-    Bindings const& tables = turn.Tables();
     // The component writes what it has even of settings that have no form in a file, and would put
     // that in the place of a good file.
     std::string text = Text();
     // The component wants a folder in the path.
     std::string const whole = path.find('/') == std::string::npos ? "./" + path : path;
-    detail::BufferRef const buffer = detail::MakePath(tables, whole);
-    WriteFileBy(
-        [&] { detail::ThrowIfError(tables, tables.settings.Write(fState->Get(), buffer.get())); },
-        path);
+    detail::BufferRef const buffer = detail::MakePath(*turn, whole);
+    try {
+        detail::ThrowIfError(*turn, turn->settings.Write(fState->Get(), buffer.get()));
+    } catch (Error const& error) {
+        // The component reports all failures of the file service by the same word; the system's
+        // reason takes its place.
+        if (std::string_view(error.what()) != "Error") {
+            throw;
+        }
+        throw Error(detail::WhyUnwritable(path));
+    }
     // The component makes the text once more, and keeps quiet when memory runs out over it.
     if (BytesAt(path) != text) {
         throw Error("the settings could not be written whole: " + path);
@@ -273,23 +262,21 @@ SaveWarnings Settings::Write(std::string const& path) {
 
 std::vector<Finding> Settings::Validate() const {
     detail::Turn const turn(*fState->fRunning);
-    Bindings const& tables = turn.Tables();
-    auto findings = Judge(tables, fState->Get());
+    auto findings = Judge(*turn, fState->Get());
     if (!findings.empty()) {
-        RestorePositions(tables, Values(), findings);
+        RestorePositions(*turn, Values(), findings);
     }
     return findings;
 }
 
 std::vector<Finding> Settings::Set(Dictionary const& changes) {
     detail::Turn const turn(*fState->fRunning);
-    Bindings const& tables = turn.Tables();
-    Ref<POSDict> const dict = detail::BuildValues(tables, changes);
-    auto const set = tables.settings.SetSettings;
-    auto findings = ReadFindings(tables, Reported("SetSettings", set, fState->Get(), dict.get()));
+    Ref<POSDict> const dict = detail::BuildValues(*turn, changes);
+    auto const set = turn->settings.SetSettings;
+    auto findings = ReadFindings(*turn, Reported("SetSettings", set, fState->Get(), dict.get()));
     bool const isChanged = changes.Get(kNamespaces) != nullptr;
     if (!findings.empty()) {
-        RestorePositions(tables, isChanged ? changes : Values(), findings);
+        RestorePositions(*turn, isChanged ? changes : Values(), findings);
     }
     return findings;
 }

@@ -83,13 +83,12 @@ bool ListedSettings::IsHiddenFrom(std::string const& application) const {
 std::vector<ListedSettings>
 SettingsList::Read(Component const& component, std::optional<std::string> const& application) {
     detail::Turn const turn(*component.fRunning);
-    Bindings const& tables = turn.Tables();
     auto const appName = application ? detail::ToComponent(*application) : std::nullopt;
-    auto const read = tables.statics.GetListofPDFSettings;
+    auto const read = turn->statics.GetListofPDFSettings;
     char const* const name = appName ? appName->c_str() : nullptr;
-    auto const list = detail::Share(tables, Reported("GetListofPDFSettings", read, name));
+    auto const list = detail::Share(*turn, Reported("GetListofPDFSettings", read, name));
     std::vector<ListedSettings> settings;
-    for (Dictionary const& record : detail::ReadRecords(tables, list.get())) {
+    for (Dictionary const& record : detail::ReadRecords(*turn, list.get())) {
         settings.push_back(ReadRecord(record));
     }
     return settings;
@@ -97,12 +96,11 @@ SettingsList::Read(Component const& component, std::optional<std::string> const&
 
 std::string SettingsList::UserFolder(Component const& component) {
     detail::Turn const turn(*component.fRunning);
-    Bindings const& tables = turn.Tables();
-    auto const find = tables.statics.GetDefaultPDFSettingsDirectory;
+    auto const find = turn->statics.GetDefaultPDFSettingsDirectory;
     detail::BufferRef const buffer(
-        Reported("GetDefaultPDFSettingsDirectory", find), tables.buffers.Release);
-    auto const* const units = static_cast<char16_t const*>(tables.buffers.GetBuffer(buffer.get()));
-    std::size_t const size = tables.buffers.GetSize(buffer.get()) / sizeof(char16_t);
+        Reported("GetDefaultPDFSettingsDirectory", find), turn->buffers.Release);
+    auto const* const units = static_cast<char16_t const*>(turn->buffers.GetBuffer(buffer.get()));
+    std::size_t const size = turn->buffers.GetSize(buffer.get()) / sizeof(char16_t);
     std::u16string_view const text(units, size);
     return detail::FolderPath(ToUtf8(text.substr(0, text.find(u'\0'))));
 }

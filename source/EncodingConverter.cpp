@@ -1,7 +1,5 @@
 #include "source/EncodingConverter.h"
 
-#include "api/UnicodeEncoding.h"
-
 #include <algorithm>
 #include <cstring>
 #include <iterator>
@@ -13,6 +11,10 @@ namespace {
 
 using Buffer16 = BIB_T_NMT::TBIBSharedBuffer<unsigned short>;
 using Buffer8 = BIB_T_NMT::TBIBSharedBuffer<unsigned char>;
+
+constexpr unsigned short kMark16 = 0xFEFF;
+constexpr unsigned short kSwappedMark16 = 0xFFFE;
+constexpr unsigned char kMark8[] = {0xEF, 0xBB, 0xBF};
 
 // Converts all of string, or only measures if buffer is null: see CFStringGetBytes.
 CFIndex GetAllBytes(
@@ -59,18 +61,13 @@ EncodingConverter<Buffer8, kCFStringEncodingUTF8, Buffer16, kCFStringEncodingUni
     Buffer8 const&);
 
 BIB_T_NMT::CPOSUnicodeString ExactString(std::span<unsigned short const> units) {
-    constexpr unsigned short kMark = 0xFEFF;
     Buffer16 const text(units.size() + 2, nullptr);
-    text[0] = kMark;
+    text[0] = kMark16;
     *std::copy(units.begin(), units.end(), text.GetBuffer() + 1) = 0;
     return BIB_T_NMT::CPOSUnicodeString(text.GetBuffer());
 }
 
 namespace {
-
-constexpr unsigned short kMark16 = 0xFEFF;
-constexpr unsigned short kSwappedMark16 = 0xFFFE;
-constexpr unsigned char kMark8[] = {0xEF, 0xBB, 0xBF};
 
 // The elements of buffer from element skip on, between room for elements before and after them,
 // which is cleared.

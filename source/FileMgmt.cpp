@@ -1,6 +1,5 @@
 #include "source/FileMgmt.h"
 
-#include "api/UnicodeEncoding.h"
 #include "bib/BIBMemory.h"
 #include "bib/POSScalars.h"
 #include "format/Tokens.h"

@@ -1,5 +1,5 @@
-// Settings folders, files and their time stamps, and paths at the door of the file service. No
-// state.
+// Settings folders, files and their time stamps, whole files in and out, and paths at the door of
+// the file service. No state.
 #pragma once
 
 #include "api/SettingsPlaces.h"
@@ -12,6 +12,45 @@ namespace UnicodeEncodingNS {
 // The file or folder at path. The service's code; bdNamErr for a path with a zero unit in it, which
 // would be cut short. Throws CBIBError.
 OSErr MakeRef(Unicode16 const& path, FSRef* ref);
+
+// Whole files in and out.
+//
+// E is thrown, default-constructed, at every failure of the file service, whose own code goes no
+// further. CBIBErrors pass.
+
+// What the templates below do, with the service's code. Descriptors are closed on every way out.
+OSErr ReadFileBytes(Unicode16 const& path, Buffer8* bytes);
+OSErr WriteFileBytes(Unicode16 const& path, Buffer8 const& bytes, bool failIfExists);
+
+template <class E>
+Buffer8 ReadFile_Mac(Unicode16 const& path) {
+    Buffer8 bytes;
+    if (ReadFileBytes(path, &bytes) != noErr) {
+        throw E();
+    }
+    return bytes;
+}
+
+template <class E>
+void WriteFile_Mac(Unicode16 const& path, Buffer8 const& bytes, bool failIfExists) {
+    if (WriteFileBytes(path, bytes, failIfExists) != noErr) {
+        throw E();
+    }
+}
+
+// All bytes of the file at path, in a new buffer of the file's size.
+template <class E>
+Buffer8 ReadFile(Unicode16 const& path) {
+    return ReadFile_Mac<E>(path);
+}
+
+// Makes a file at path, whose folder must exist, of bytes. An existing one is deleted first, or
+// left alone if failIfExists, which is a failure. No temporary file is used: until the end there is
+// no file or a short one. When a new file cannot be completed it is deleted again.
+template <class E>
+void WriteFile(Unicode16 const& path, Buffer8 const& bytes, bool failIfExists) {
+    WriteFile_Mac<E>(path, bytes, failIfExists);
+}
 
 } // namespace UnicodeEncodingNS
 

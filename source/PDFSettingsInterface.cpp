@@ -4,7 +4,6 @@
 #include "source/Boundary.h"
 
 #include "api/PDFSettings.h"
-#include "bib/BIBClient.h"
 #include "bib/BIBTable.h"
 #include "source/FileMgmt.h"
 #include "source/PDFSettingsError.h"

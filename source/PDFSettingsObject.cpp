@@ -2,11 +2,8 @@
 
 #include "bib/BIBContainer.h"
 #include "bib/BIBStringAtom.h"
-#include "bib/POSCollections.h"
-#include "source/FileMgmtUtil.h"
 #include "source/PDFSettingsError.h"
 #include "source/PDFSettingsParser.h"
-#include "source/WholeFile.h"
 
 #include <cstring>
 

@@ -1,14 +1,11 @@
 // How settings are judged: what is judged of them at all, and the checks of single values that a
 // schema can name.
-#include "source/PDFSettingsValidation.h"
+#include "source/PDFSettingsObject.h"
 
-#include "bib/BIBMemory.h"
 #include "bib/BIBSharedBuffer.h"
-#include "bib/POSCollections.h"
 #include "bib/POSScalars.h"
 #include "bib/POSValidator.h"
 #include "source/PDFSettingsError.h"
-#include "source/PDFSettingsObject.h"
 #include "source/PDFSettingsParser.h"
 
 #include <algorithm>

@@ -1,11 +1,9 @@
 #include "source/RegistryHelper.h"
 
 #include "api/SettingsPlaces.h"
-#include "bib/POSCollections.h"
 #include "bib/POSScalars.h"
 #include "platform/CFString.h"
 #include "platform/FileManager.h"
-#include "source/EncodingConverter.h"
 #include "source/PDFSettingsError.h"
 
 #include <cstring>

@@ -5,7 +5,7 @@
 #include "bib/BIBClient.h"
 #include "bib/POSCollections.h"
 #include "platform/CFPropertyList.h"
-#include "source/AutoCFRelease.h"
+#include "source/EncodingConverter.h"
 
 namespace PDFSettingsImpl {
 

@@ -58,7 +58,6 @@ private:
     // Claims the right to run the component, which the destructor gives back.
     RunningComponent();
 
-    void Load();
     void Start();
     void Stop() noexcept;
     static void StopAtExit() noexcept;
@@ -90,7 +89,9 @@ public:
         }
     }
 
-    Bindings const& Tables() const noexcept { return fTables; }
+    // The tables, for as long as this lives.
+    Bindings const& operator*() const noexcept { return fTables; }
+    Bindings const* operator->() const noexcept { return &fTables; }
 
 private:
     std::lock_guard<std::recursive_mutex> fGuard;

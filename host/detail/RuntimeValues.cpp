@@ -6,6 +6,9 @@ namespace pdfsettings::detail {
 
 namespace {
 
+constexpr char const* kStringType = "JoboptionsString";
+constexpr char const* kHexStringType = "JoboptionsUnicodeString";
+
 // Builds level by level: collections that are made empty wait in lists to be filled, so that no
 // nesting is too deep. A waiting object is borrowed from the collection that it was put into.
 class Builder {

@@ -39,12 +39,13 @@ std::string NewName() {
     return std::string(kPrefix) + digits + std::string(kSuffix);
 }
 
-} // namespace
-
+// Whether a file of that name could be one that an interrupted save left behind.
 bool IsHiddenName(std::string_view name) noexcept {
     return name.starts_with(kPrefix) && name.ends_with(kSuffix) &&
            name.size() == kPrefix.size() + 32 + kSuffix.size();
 }
+
+} // namespace
 
 HiddenFile::HiddenFile(
     Target const& target,

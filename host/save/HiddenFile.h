@@ -48,9 +48,6 @@ private:
     std::vector<std::string> fWarnings;
 };
 
-// Whether a file of that name could be one that an interrupted save left behind.
-bool IsHiddenName(std::string_view name) noexcept;
-
 // Deletes the hidden files of earlier saves in folder that hold one of these contents: nothing is
 // lost with them. What holds anything else may be the only copy of a change; it stays, and goes
 // into *warnings by its name. Never throws but for memory: what cannot be looked at stays.

@@ -1,7 +1,6 @@
 #include "host/save/SeenFile.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <csignal>
 #include <cstring>
 #include <sys/xattr.h>

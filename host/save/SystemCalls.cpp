@@ -101,14 +101,16 @@ void RequireRegular(struct stat const& status) {
     }
 }
 
+namespace {
+
+// Throws Error for more bytes than a settings file may have, 256 MiB: it has kilobytes, and the
+// limit keeps a huge or endless one from filling the memory.
 void RequireSize(std::size_t size) {
     constexpr std::size_t kLargest = std::size_t{256} << 20;
     if (size > kLargest) {
         throw Error("larger than 256 MiB");
     }
 }
-
-namespace {
 
 // Appends to bytes what read gives for a buffer, until it gives nothing more.
 template <class Read>

@@ -57,10 +57,6 @@ bool IsSameFile(struct stat const& a, struct stat const& b) noexcept;
 // Throws Error for what is no regular file.
 void RequireRegular(struct stat const& status);
 
-// Throws Error for more bytes than a settings file may have, 256 MiB: it has kilobytes, and the
-// limit keeps a huge or endless one from filling the memory.
-void RequireSize(std::size_t size);
-
 // All bytes of an open file from its beginning, and those of a stream from its place on. Throw
 // Error, also for too many.
 std::string ReadAll(Descriptor const& file);

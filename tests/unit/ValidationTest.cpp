@@ -2,7 +2,6 @@
 #include "bib/POSCollections.h"
 #include "bib/POSScalars.h"
 #include "source/PDFSettingsObject.h"
-#include "source/PDFSettingsValidation.h"
 #include "tests/support/BoundClient.h"
 
 #include <string>

@@ -1,4 +1,4 @@
-#include "source/WholeFile.h"
+#include "source/FileMgmtUtil.h"
 
 #include "api/BIBRuntime.h"
 #include "bib/POSCollections.h"
