@@ -31,21 +31,21 @@ public:
                        "unreadable or refused, 4 schema unusable, 5 change refused, 6 output not\n"
                        "written.");
         for (auto* const make : {
-                 MakeShowCommand,
-                 MakeGetCommand,
-                 MakeSetCommand,
-                 MakeUnsetCommand,
-                 MakeCheckCommand,
-                 MakeDiffCommand,
-                 MakeFmtCommand,
-                 MakeExportCommand,
-                 MakeImportCommand,
-                 MakeListCommand,
-                 MakeFolderCommand,
-                 MakeDescribeCommand,
-                 MakeCompletionCommand,
-                 MakeManualCommand,
-                 MakeCompleteCommand,
+                 kMakeShowCommand,
+                 kMakeGetCommand,
+                 kMakeSetCommand,
+                 kMakeUnsetCommand,
+                 kMakeCheckCommand,
+                 kMakeDiffCommand,
+                 kMakeFmtCommand,
+                 kMakeExportCommand,
+                 kMakeImportCommand,
+                 kMakeListCommand,
+                 kMakeFolderCommand,
+                 kMakeDescribeCommand,
+                 kMakeCompletionCommand,
+                 kMakeManualCommand,
+                 kMakeCompleteCommand,
              }) {
             fCommands.push_back(make(fParser, fOptions));
         }

@@ -7,7 +7,7 @@
 #include "pdfsettings/Splice.h"
 #include "tools/joboptions/commands/Assignments.h"
 #include "tools/joboptions/commands/Files.h"
-#include "tools/joboptions/commands/ListEntries.h"
+#include "tools/joboptions/commands/ListCommands.h"
 #include "tools/joboptions/json/JsonDocuments.h"
 #include "tools/joboptions/text/Differences.h"
 #include "tools/joboptions/text/Findings.h"
@@ -67,6 +67,16 @@ protected:
     ChangeCommand(CLI::App& program, Options& options, char const* name, char const* purpose)
         : Command(program, options, name, purpose) {
         AddFile(Parser(), options, fFile);
+    }
+
+    // The options, which come after the arguments.
+    void AddChangeOptions(Options& options) {
+        AddOutput(Parser(), options, "Write the changed settings there, and leave FILE as it is");
+        AddDryRun(Parser(), options);
+        AddSaving(Parser(), options);
+        AddSchema(Parser(), options);
+        AddJson(Parser(), options);
+        AddOptions(Parser(), options);
     }
 
     // What is asked for. Throws Failure when it cannot be understood or made.
@@ -181,7 +191,7 @@ public:
             "A key, as for get, and a value as it stands in a file: true, 1.5, /Name, (text), "
             "[ 1 2 ]")
             ->required();
-        AddChangeOptions(Parser(), options);
+        AddChangeOptions(options);
         Parser().footer(
             "Examples:\n"
             "  joboptions set office.joboptions ColorImageResolution=150\n"
@@ -244,7 +254,7 @@ public:
     UnsetCommand(CLI::App& program, Options& options)
         : ChangeCommand(program, options, "unset", "Take settings out of a file") {
         AddArgument(Parser(), "KEY", fKeys, "Keys, as for get")->required();
-        AddChangeOptions(Parser(), options);
+        AddChangeOptions(options);
         Parser().footer(
             "Examples:\n"
             "  joboptions unset office.joboptions ColorImageDict\n"
@@ -279,12 +289,7 @@ private:
 
 } // namespace
 
-std::unique_ptr<Command> MakeSetCommand(CLI::App& program, Options& options) {
-    return std::make_unique<SetCommand>(program, options);
-}
-
-std::unique_ptr<Command> MakeUnsetCommand(CLI::App& program, Options& options) {
-    return std::make_unique<UnsetCommand>(program, options);
-}
+MakeCommand* const kMakeSetCommand = &Make<SetCommand>;
+MakeCommand* const kMakeUnsetCommand = &Make<UnsetCommand>;
 
 } // namespace joboptions

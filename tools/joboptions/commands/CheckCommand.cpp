@@ -2,7 +2,7 @@
 #include "tools/joboptions/commands/Command.h"
 
 #include "tools/joboptions/commands/Files.h"
-#include "tools/joboptions/commands/ListEntries.h"
+#include "tools/joboptions/commands/ListCommands.h"
 #include "tools/joboptions/json/JsonDocuments.h"
 #include "tools/joboptions/text/Findings.h"
 #include "tools/joboptions/text/KnownKeys.h"
@@ -132,8 +132,6 @@ private:
 
 } // namespace
 
-std::unique_ptr<Command> MakeCheckCommand(CLI::App& program, Options& options) {
-    return std::make_unique<CheckCommand>(program, options);
-}
+MakeCommand* const kMakeCheckCommand = &Make<CheckCommand>;
 
 } // namespace joboptions

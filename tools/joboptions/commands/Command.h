@@ -37,24 +37,29 @@ private:
     CLI::App* fCommand;
 };
 
-// The commands, each described in its own file. Each adds itself to program; program and options
-// outlive it.
+// Adds a command to program; program and options outlive it.
 using MakeCommand = std::unique_ptr<Command>(CLI::App& program, Options& options);
 
-MakeCommand MakeShowCommand;
-MakeCommand MakeGetCommand;
-MakeCommand MakeSetCommand;
-MakeCommand MakeUnsetCommand;
-MakeCommand MakeCheckCommand;
-MakeCommand MakeDiffCommand;
-MakeCommand MakeFmtCommand;
-MakeCommand MakeExportCommand;
-MakeCommand MakeImportCommand;
-MakeCommand MakeListCommand;
-MakeCommand MakeFolderCommand;
-MakeCommand MakeDescribeCommand;
-MakeCommand MakeManualCommand;
-MakeCommand MakeCompleteCommand;
-MakeCommand MakeCompletionCommand;
+template <class Kind>
+std::unique_ptr<Command> Make(CLI::App& program, Options& options) {
+    return std::make_unique<Kind>(program, options);
+}
+
+// The commands, each described in its own file.
+extern MakeCommand* const kMakeShowCommand;
+extern MakeCommand* const kMakeGetCommand;
+extern MakeCommand* const kMakeSetCommand;
+extern MakeCommand* const kMakeUnsetCommand;
+extern MakeCommand* const kMakeCheckCommand;
+extern MakeCommand* const kMakeDiffCommand;
+extern MakeCommand* const kMakeFmtCommand;
+extern MakeCommand* const kMakeExportCommand;
+extern MakeCommand* const kMakeImportCommand;
+extern MakeCommand* const kMakeListCommand;
+extern MakeCommand* const kMakeFolderCommand;
+extern MakeCommand* const kMakeDescribeCommand;
+extern MakeCommand* const kMakeManualCommand;
+extern MakeCommand* const kMakeCompleteCommand;
+extern MakeCommand* const kMakeCompletionCommand;
 
 } // namespace joboptions

@@ -161,8 +161,6 @@ private:
 
 } // namespace
 
-std::unique_ptr<Command> MakeDescribeCommand(CLI::App& program, Options& options) {
-    return std::make_unique<DescribeCommand>(program, options);
-}
+MakeCommand* const kMakeDescribeCommand = &Make<DescribeCommand>;
 
 } // namespace joboptions

@@ -1,9 +1,10 @@
 // joboptions fmt: writes files in the component's own layout.
 #include "tools/joboptions/commands/Command.h"
 
+#include "format/Tokens.h"
 #include "pdfsettings/Document.h"
 #include "tools/joboptions/commands/Files.h"
-#include "tools/joboptions/commands/ListEntries.h"
+#include "tools/joboptions/commands/ListCommands.h"
 #include "tools/joboptions/json/JsonDocuments.h"
 #include "tools/joboptions/text/Findings.h"
 #include "tools/joboptions/text/Layout.h"
@@ -11,11 +12,41 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace joboptions {
 
 namespace {
+
+// Where the settings end and what is kept whole begins.
+std::size_t EndOfSettings(pdfsettings::Document const& document) {
+    auto const body = document.Body();
+    return document.Text().find(format::kKeyword, body ? body->end : 0);
+}
+
+bool HasPercent(std::string_view text, std::size_t begin, std::size_t end) {
+    return text.substr(begin, end - begin).find('%') != std::string_view::npos;
+}
+
+// Whether a document that is read has a comment that its settings do not keep: before, between or
+// within the values. What follows the settings is kept whole.
+// A percent sign is a comment's anywhere but within a string.
+bool HasComments(pdfsettings::Document const& document) {
+    std::string_view const text =
+        std::string_view(document.Text()).substr(0, EndOfSettings(document));
+    std::size_t begin = 0;
+    for (auto const& entry : document.Entries()) {
+        if (text[entry.value.begin] != '(') {
+            continue;
+        }
+        if (HasPercent(text, begin, entry.value.begin)) {
+            return true;
+        }
+        begin = entry.value.end;
+    }
+    return HasPercent(text, begin, text.size());
+}
 
 // Rewrites files as the component writes settings.
 class FmtCommand final : public Command {
@@ -78,34 +109,26 @@ private:
     Status Format(pdfsettings::Component const& component, LayoutJudgement& judgement) const {
         std::string const& file = judgement.file;
         auto const format = [&](std::string const& text, SaveText const& save) {
-            return FormatText(component, judgement, text, save);
+            std::string const laidOut =
+                LayOut(component, ParseSettings(component, file, text), file);
+            judgement.differs = text != laidOut;
+            if (fIsCheck) {
+                return judgement.differs ? Announce(file) : Status::kDone;
+            }
+            if (!fOptions.force && HasComments(pdfsettings::Document(text))) {
+                Fail(Status::kRefused, file, "its comments would be lost; use --force");
+            }
+            if (fOptions.dryRun) {
+                RequireReplaceable(file, fOptions);
+                return judgement.differs ? Announce(file) : Status::kDone;
+            }
+            if (judgement.differs || !fOptions.output.empty() || file == "-") {
+                RequireRoom(file, fOptions);
+                save(laidOut);
+            }
+            return Status::kDone;
         };
         return fIsCheck ? format(ReadBytes(file), nullptr) : ChangeFile(file, fOptions, format);
-    }
-
-    Status FormatText(
-        pdfsettings::Component const& component,
-        LayoutJudgement& judgement,
-        std::string const& text,
-        SaveText const& save) const {
-        std::string const& file = judgement.file;
-        std::string const laidOut = LayOut(component, ParseSettings(component, file, text), file);
-        judgement.differs = text != laidOut;
-        if (fIsCheck) {
-            return judgement.differs ? Announce(file) : Status::kDone;
-        }
-        if (!fOptions.force && HasComments(pdfsettings::Document(text))) {
-            Fail(Status::kRefused, file, "its comments would be lost; use --force");
-        }
-        if (fOptions.dryRun) {
-            RequireReplaceable(file, fOptions);
-            return judgement.differs ? Announce(file) : Status::kDone;
-        }
-        if (judgement.differs || !fOptions.output.empty() || file == "-") {
-            RequireRoom(file, fOptions);
-            save(laidOut);
-        }
-        return Status::kDone;
     }
 
     Status Announce(std::string const& file) const {
@@ -121,8 +144,6 @@ private:
 
 } // namespace
 
-std::unique_ptr<Command> MakeFmtCommand(CLI::App& program, Options& options) {
-    return std::make_unique<FmtCommand>(program, options);
-}
+MakeCommand* const kMakeFmtCommand = &Make<FmtCommand>;
 
 } // namespace joboptions

@@ -150,8 +150,6 @@ private:
 
 } // namespace
 
-std::unique_ptr<Command> MakeManualCommand(CLI::App& program, Options& options) {
-    return std::make_unique<ManualCommand>(program, options);
-}
+MakeCommand* const kMakeManualCommand = &Make<ManualCommand>;
 
 } // namespace joboptions

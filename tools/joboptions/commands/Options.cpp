@@ -90,15 +90,6 @@ void AddSaving(CLI::App& command, Options& options) {
         "Save even if the file has changed since it was read");
 }
 
-void AddChangeOptions(CLI::App& command, Options& options) {
-    AddOutput(command, options, "Write the changed settings there, and leave FILE as it is");
-    AddDryRun(command, options);
-    AddSaving(command, options);
-    AddSchema(command, options);
-    AddJson(command, options);
-    AddOptions(command, options);
-}
-
 void AddApplication(CLI::App& command, Options& options, char const* help) {
     command
         .add_option_function<std::string>(

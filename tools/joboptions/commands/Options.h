@@ -40,9 +40,6 @@ void AddOutput(CLI::App& command, Options& options, char const* help);
 void AddDryRun(CLI::App& command, Options& options);
 void AddSaving(CLI::App& command, Options& options);
 
-// All options of a command that changes settings of FILE and judges them.
-void AddChangeOptions(CLI::App& command, Options& options);
-
 // --app, whose help says what it does.
 void AddApplication(CLI::App& command, Options& options, char const* help);
 

@@ -5,7 +5,7 @@
 #include "pdfsettings/Path.h"
 #include "pdfsettings/Settings.h"
 #include "tools/joboptions/commands/Files.h"
-#include "tools/joboptions/commands/ListEntries.h"
+#include "tools/joboptions/commands/ListCommands.h"
 #include "tools/joboptions/json/JsonDocuments.h"
 #include "tools/joboptions/text/Differences.h"
 #include "tools/joboptions/text/KnownKeys.h"
@@ -337,24 +337,10 @@ private:
 
 } // namespace
 
-std::unique_ptr<Command> MakeShowCommand(CLI::App& program, Options& options) {
-    return std::make_unique<ShowCommand>(program, options);
-}
-
-std::unique_ptr<Command> MakeGetCommand(CLI::App& program, Options& options) {
-    return std::make_unique<GetCommand>(program, options);
-}
-
-std::unique_ptr<Command> MakeDiffCommand(CLI::App& program, Options& options) {
-    return std::make_unique<DiffCommand>(program, options);
-}
-
-std::unique_ptr<Command> MakeExportCommand(CLI::App& program, Options& options) {
-    return std::make_unique<ExportCommand>(program, options);
-}
-
-std::unique_ptr<Command> MakeImportCommand(CLI::App& program, Options& options) {
-    return std::make_unique<ImportCommand>(program, options);
-}
+MakeCommand* const kMakeShowCommand = &Make<ShowCommand>;
+MakeCommand* const kMakeGetCommand = &Make<GetCommand>;
+MakeCommand* const kMakeDiffCommand = &Make<DiffCommand>;
+MakeCommand* const kMakeExportCommand = &Make<ExportCommand>;
+MakeCommand* const kMakeImportCommand = &Make<ImportCommand>;
 
 } // namespace joboptions

@@ -281,12 +281,7 @@ private:
 
 } // namespace
 
-std::unique_ptr<Command> MakeCompleteCommand(CLI::App& program, Options& options) {
-    return std::make_unique<CompleteCommand>(program, options);
-}
-
-std::unique_ptr<Command> MakeCompletionCommand(CLI::App& program, Options& options) {
-    return std::make_unique<CompletionCommand>(program, options);
-}
+MakeCommand* const kMakeCompleteCommand = &Make<CompleteCommand>;
+MakeCommand* const kMakeCompletionCommand = &Make<CompletionCommand>;
 
 } // namespace joboptions

@@ -1,18 +1,13 @@
-// The component's layout of settings, and the comments of a file.
+// The component's layout of settings.
 #pragma once
 
 #include "pdfsettings/Component.h"
-#include "pdfsettings/Document.h"
 #include "pdfsettings/Settings.h"
 
 #include <optional>
 #include <string>
 
 namespace joboptions {
-
-// Whether a document that is read has a comment that its settings do not keep: before, between or
-// within the values. What follows the settings is kept whole.
-bool HasComments(pdfsettings::Document const& document);
 
 // The text that the component writes of settings once it is at rest: reading and writing it again
 // gives the same text. A number can need a second turn, since one that is rounded to a whole number

@@ -1,27 +1,12 @@
-// The settings that are listed, what the command line tells of them, and finding one by its name.
+// Finding listed settings by their names.
 #pragma once
 
 #include "pdfsettings/Component.h"
-#include "pdfsettings/SettingsList.h"
 #include "tools/joboptions/commands/Options.h"
 
-#include <optional>
 #include <string>
-#include <vector>
 
 namespace joboptions {
-
-struct ListEntry {
-    pdfsettings::ListedSettings settings;
-    bool isUsers;                             // in the user's folder, not in the administrator's
-    bool isHidden;                            // from the application that was asked for
-    std::vector<std::string> readOnlyReasons; // all of them
-    std::vector<std::string> shadowed;        // the files that are not listed because of it
-};
-
-// All of them by their names, for an application or for none.
-std::vector<ListEntry>
-ReadEntries(pdfsettings::Component const& component, std::optional<std::string> const& application);
 
 // The path of the settings that file means: those of that name in the list for the application that
 // options name. Without one, for a path with a slash and for "-" it is file itself. Throws Failure
