@@ -169,18 +169,6 @@ bool IsInPlace(std::string const& file, Options const& options) {
            !pdfsettings::IsStream(file);
 }
 
-Status ChangeEdited(
-    pdfsettings::EditedFile& edited,
-    std::string const& file,
-    Options const& options,
-    ChangeText const& change) {
-    // A copy: saving changes the bytes.
-    std::string const text = *edited.Bytes();
-    return change(text, [&](std::string const& changed) {
-        WriteBy(file, options, [&] { return edited.Save(changed); });
-    });
-}
-
 Status EditFile(std::string const& file, Options const& options, ChangeText const& change) {
     Status status = Status::kDone;
     bool isRead = false;
@@ -189,7 +177,11 @@ Status EditFile(std::string const& file, Options const& options, ChangeText cons
         if (!isRead) {
             throw pdfsettings::Error(std::generic_category().message(ENOENT));
         }
-        status = ChangeEdited(edited, file, options, change);
+        // A copy: saving changes the bytes.
+        std::string const text = *edited.Bytes();
+        status = change(text, [&](std::string const& changed) {
+            WriteBy(file, options, [&] { return edited.Save(changed); });
+        });
     };
     try {
         Edit(file, edit, SaveOptionsOf(options));

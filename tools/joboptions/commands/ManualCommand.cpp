@@ -60,16 +60,12 @@ std::string Entry(std::string const& term, std::string const& help) {
     return ".TP\n" + term + "\n" + Plain(help) + "\n";
 }
 
-std::string PositionalName(CLI::Option const& option) {
-    return option.get_name(/*positional=*/true);
-}
-
 std::string Synopsis(CLI::App const& command) {
     std::string line = Bold("joboptions " + command.get_name()) + " [" + Italic("OPTION") + "...]";
     for (CLI::Option const* const option : command.get_options()) {
         if (option->get_positional()) {
             bool const isMany = option->get_items_expected_max() > 1;
-            line += " " + Italic(PositionalName(*option)) + (isMany ? "..." : "");
+            line += " " + Italic(option->get_name(/*positional=*/true)) + (isMany ? "..." : "");
         }
     }
     return line;
@@ -94,7 +90,8 @@ std::string CommandSection(CLI::App const& command) {
     std::string options;
     for (CLI::Option const* const option : command.get_options()) {
         if (option->get_positional()) {
-            positionals += Entry(Italic(PositionalName(*option)), option->get_description());
+            positionals +=
+                Entry(Italic(option->get_name(/*positional=*/true)), option->get_description());
         } else if (!option->get_group().empty()) {
             options += Entry(OptionTerm(*option), option->get_description());
         }

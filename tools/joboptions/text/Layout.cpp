@@ -34,17 +34,6 @@ bool ReadsBack(pdfsettings::Component const& component, pdfsettings::Dictionary 
     }
 }
 
-[[noreturn]] void RefuseUnreadable(
-    pdfsettings::Component const& component,
-    pdfsettings::Dictionary const& values,
-    std::string const& file,
-    std::string const& reason) {
-    if (auto const key = UnwritableKey(component, values)) {
-        RefuseKey(file, *key);
-    }
-    Fail(Status::kRefused, file, "what would be written cannot be read again: " + reason);
-}
-
 pdfsettings::Settings ReadBack(
     pdfsettings::Component const& component,
     pdfsettings::Settings const& settings,
@@ -52,7 +41,11 @@ pdfsettings::Settings ReadBack(
     try {
         return pdfsettings::Settings::FromText(component, settings.Text());
     } catch (pdfsettings::Error const& error) {
-        RefuseUnreadable(component, settings.Values(), file, error.what());
+        if (auto const key = UnwritableKey(component, settings.Values())) {
+            RefuseKey(file, *key);
+        }
+        std::string const reason = error.what();
+        Fail(Status::kRefused, file, "what would be written cannot be read again: " + reason);
     }
 }
 
