@@ -32,19 +32,19 @@ namespace {
 
 // A settings file that is being changed, and what it is validated with.
 struct Editing {
-    pdfsettings::Component const& component;
-    pdfsettings::Schema const& schema;
-    std::string const& file;
-    std::string const& text;
+    pdfsettings::Component const& fComponent;
+    pdfsettings::Schema const& fSchema;
+    std::string const& fFile;
+    std::string const& fText;
 };
 
 // The settings of a file before and after a change.
 struct Change {
-    Dictionary before;
-    Dictionary after;
-    std::vector<Finding> findings; // faults of the result
-    std::vector<Finding> warnings; // what may be meant otherwise
-    std::string text;              // of the result; not looked at when it has faults
+    Dictionary fBefore;
+    Dictionary fAfter;
+    std::vector<Finding> fFindings; // faults of the result
+    std::vector<Finding> fWarnings; // what may be meant otherwise
+    std::string fText;              // of the result; not looked at when it has faults
 };
 
 // A command that changes settings of FILE: all that is asked for or, if the schema refuses the
@@ -88,21 +88,21 @@ private:
     // and as save.
     void Finish(Change const& change, std::string const& file, SaveText const& save) const {
         RequireRoom(file, fOptions);
-        auto const differences = Compare(change.before, change.after);
+        auto const differences = Compare(change.fBefore, change.fAfter);
         if (fOptions.json) {
-            WriteOutput(ChangeDocument(differences, change.findings, change.warnings, file));
+            WriteOutput(ChangeDocument(differences, change.fFindings, change.fWarnings, file));
         }
-        for (auto const& [key, message] : change.warnings) {
+        for (auto const& [key, message] : change.fWarnings) {
             WriteWarning(VisibleText(key) + ": " + message, fOptions.quiet);
         }
         std::vector<std::string> faults;
-        for (auto const& [key, message] : change.findings) {
+        for (auto const& [key, message] : change.fFindings) {
             faults.push_back(
                 fmt::format("{}: {}: {}", InputName(file), VisibleText(key), VisibleText(message)));
         }
         FailIfAny(Status::kRefused, faults);
         if (!fOptions.dryRun) {
-            save(change.text);
+            save(change.fText);
             return;
         }
         RequireReplaceable(file, fOptions);

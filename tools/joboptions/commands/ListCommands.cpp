@@ -36,11 +36,11 @@ namespace {
 
 // Settings that are listed, and what the command line tells of them.
 struct ListEntry {
-    pdfsettings::ListedSettings settings;
-    bool isUsers;                             // in the user's folder, not in the administrator's
-    bool isHidden;                            // from the application that was asked for
-    std::vector<std::string> readOnlyReasons; // all of them
-    std::vector<std::string> shadowed;        // the files that are not listed because of it
+    pdfsettings::ListedSettings fSettings;
+    bool fIsUsers;                             // in the user's folder, not in the administrator's
+    bool fIsHidden;                            // from the application that was asked for
+    std::vector<std::string> fReadOnlyReasons; // all of them
+    std::vector<std::string> fShadowed;        // the files that are not listed because of it
 };
 
 // The name under which a file would be shown without a display name.
@@ -126,8 +126,8 @@ void AddShadowed(
     std::unordered_map<std::string, ListEntry*> byName;
     std::set<std::filesystem::path> known;
     for (ListEntry& entry : entries) {
-        byName.emplace(entry.settings.name, &entry);
-        known.insert(std::filesystem::path(entry.settings.path).lexically_normal());
+        byName.emplace(entry.fSettings.name, &entry);
+        known.insert(std::filesystem::path(entry.fSettings.path).lexically_normal());
     }
     auto paths = SettingsIn(preferences.SettingsFolder());
     std::ranges::move(SettingsIn(userFolder), std::back_inserter(paths));
@@ -137,7 +137,7 @@ void AddShadowed(
         auto const shown = names.find(OwnName(path));
         auto const found = byName.find(shown == names.end() ? OwnName(path) : shown->second);
         if (found != byName.end() && known.insert(path).second) {
-            found->second->shadowed.push_back(path.string());
+            found->second->fShadowed.push_back(path.string());
         }
     }
 }
@@ -152,7 +152,7 @@ std::vector<ListEntry> ReadEntries(
             MakeEntry(std::move(settings), preferences.SettingsFolder(), application));
     }
     std::ranges::sort(entries, {}, [](ListEntry const& entry) -> std::string const& {
-        return entry.settings.name;
+        return entry.fSettings.name;
     });
     AddShadowed(preferences, SettingsList::UserFolder(component), application, entries);
     return entries;
@@ -162,7 +162,7 @@ ListEntry FindEntry(
     pdfsettings::Component const& component, std::string const& name, Options const& options) {
     auto const entries = ReadEntries(component, options.application);
     auto const found = std::ranges::find_if(
-        entries, [&name](ListEntry const& entry) { return entry.settings.name == name; });
+        entries, [&name](ListEntry const& entry) { return entry.fSettings.name == name; });
     if (found == entries.end()) {
         throw Failure(
             Status::kBadInput,
@@ -197,7 +197,7 @@ std::string TimeText(std::chrono::sys_seconds time, Breakdown breakDown, char co
 }
 
 std::string LocalTime(ListEntry const& entry) {
-    return TimeText(entry.settings.modified, &localtime_r, "%Y-%m-%d %H:%M");
+    return TimeText(entry.fSettings.modified, &localtime_r, "%Y-%m-%d %H:%M");
 }
 
 std::string Join(std::vector<std::string> const& texts, char const* between) {
@@ -212,7 +212,7 @@ std::string Line(char const* label, std::string const& text) {
 // The applications that the settings are hidden from, or are shown in all the same.
 std::string Applications(ListEntry const& entry, bool isShown) {
     std::vector<std::string> names;
-    for (auto const& [name, isShownIn] : entry.settings.isShownIn) {
+    for (auto const& [name, isShownIn] : entry.fSettings.isShownIn) {
         if (isShownIn == isShown) {
             names.push_back(name);
         }
@@ -222,18 +222,18 @@ std::string Applications(ListEntry const& entry, bool isShown) {
 
 // The name to show; a file without one by its path.
 std::string Title(ListEntry const& entry) {
-    std::string const& name = entry.settings.name;
-    return VisibleText(name.empty() ? entry.settings.path : name);
+    std::string const& name = entry.fSettings.name;
+    return VisibleText(name.empty() ? entry.fSettings.path : name);
 }
 
 std::string Paragraph(ListEntry const& entry) {
-    return Title(entry) + "\n" + Line("File", VisibleText(entry.settings.path)) +
-           Line("Folder", entry.isUsers ? "the user's" : "the administrator's") +
+    return Title(entry) + "\n" + Line("File", VisibleText(entry.fSettings.path)) +
+           Line("Folder", entry.fIsUsers ? "the user's" : "the administrator's") +
            Line("Modified", LocalTime(entry)) +
-           Line("Read-only", Join(entry.readOnlyReasons, "; ")) +
+           Line("Read-only", Join(entry.fReadOnlyReasons, "; ")) +
            Line("Hidden in", Applications(entry, /*isShown=*/false)) +
            Line("Shown in", Applications(entry, /*isShown=*/true)) +
-           Line("Shadows", Join(entry.shadowed, ", "));
+           Line("Shadows", Join(entry.fShadowed, ", "));
 }
 
 // A line for each: its name, whether it is read-only and hidden, and when it changed last, by the
@@ -248,8 +248,8 @@ std::string ListLines(std::vector<ListEntry> const& entries) {
         lines += fmt::format(
             "{}  {:<9}  {:<6}  {}\n",
             Padded(Title(entry), width),
-            entry.settings.isReadOnly ? "read-only" : "",
-            entry.isHidden ? "hidden" : "",
+            entry.fSettings.isReadOnly ? "read-only" : "",
+            entry.fIsHidden ? "hidden" : "",
             LocalTime(entry));
     }
     return lines;
@@ -271,19 +271,19 @@ std::string ListDocument(std::vector<ListEntry> const& entries) {
     for (ListEntry const& entry : entries) {
         // Added without a search among those before: their names differ.
         nlohmann::ordered_json::object_t applications;
-        for (auto const& [name, isShown] : entry.settings.isShownIn) {
+        for (auto const& [name, isShown] : entry.fSettings.isShownIn) {
             applications.emplace_back(name, isShown);
         }
         document["settings"].push_back(
-            {{"name", entry.settings.name},
-             {"path", entry.settings.path},
-             {"folder", entry.isUsers ? "user" : "administrator"},
-             {"readOnly", entry.settings.isReadOnly},
-             {"reasons", entry.readOnlyReasons},
-             {"modified", TimeText(entry.settings.modified, &gmtime_r, "%Y-%m-%dT%H:%M:%SZ")},
-             {"hidden", entry.isHidden},
+            {{"name", entry.fSettings.name},
+             {"path", entry.fSettings.path},
+             {"folder", entry.fIsUsers ? "user" : "administrator"},
+             {"readOnly", entry.fSettings.isReadOnly},
+             {"reasons", entry.fReadOnlyReasons},
+             {"modified", TimeText(entry.fSettings.modified, &gmtime_r, "%Y-%m-%dT%H:%M:%SZ")},
+             {"hidden", entry.fIsHidden},
              {"showHide", std::move(applications)},
-             {"shadows", entry.shadowed}});
+             {"shadows", entry.fShadowed}});
     }
     return JsonText(document);
 }
@@ -325,7 +325,7 @@ public:
         WarnOfUnusable(pdfsettings::AdminPreferences::Read(), fOptions);
         auto entries = ReadEntries(component, fOptions.application);
         if (!fIsAll) {
-            std::erase_if(entries, [](ListEntry const& entry) { return entry.isHidden; });
+            std::erase_if(entries, [](ListEntry const& entry) { return entry.fIsHidden; });
         }
         if (fOptions.json) {
             WriteResult(fOptions, ListDocument(entries));
@@ -377,7 +377,7 @@ private:
 
 std::string
 Locate(pdfsettings::Component const& component, std::string const& file, Options const& options) {
-    return IsListedName(file, options) ? FindEntry(component, file, options).settings.path : file;
+    return IsListedName(file, options) ? FindEntry(component, file, options).fSettings.path : file;
 }
 
 std::string LocateForChange(
@@ -386,15 +386,15 @@ std::string LocateForChange(
         return file;
     }
     ListEntry const entry = FindEntry(component, file, options);
-    if (entry.settings.isReadOnly && options.output.empty()) {
+    if (entry.fSettings.isReadOnly && options.output.empty()) {
         throw Failure(
             Status::kRefused,
             fmt::format(
                 "{}: read-only: {}; copy it with -o [read-only]",
                 VisibleText(file),
-                fmt::join(entry.readOnlyReasons, "; ")));
+                fmt::join(entry.fReadOnlyReasons, "; ")));
     }
-    return entry.settings.path;
+    return entry.fSettings.path;
 }
 
 std::string Locate(std::string const& file, Options const& options) {
