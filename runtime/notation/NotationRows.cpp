@@ -110,7 +110,6 @@ POSObject* CreateFromText(char const* objectText, char const** errorText) {
 
 } // namespace
 
-BIBRT_DEFINE_TABLE(
-    ObjectStaticsTable, "POSObjectStatics", _t_POSObjectStatics, POS_OBJECT_STATICS_ROWS, 4)
+BIBRT_DEFINE_TABLE(POSObjectStatics, POS_OBJECT_STATICS_ROWS, 4)
 
 } // namespace bibrt

@@ -144,7 +144,6 @@ unsigned long CountLiveAtoms() noexcept {
     return Table().fHeld.size();
 }
 
-BIBRT_DEFINE_TABLE(
-    StringTable, "BIBStringInterface", _t_BIBStringInterface, BIB_STRING_INTERFACE_ROWS, 4)
+BIBRT_DEFINE_TABLE(BIBStringInterface, BIB_STRING_INTERFACE_ROWS, 4)
 
 } // namespace bibrt

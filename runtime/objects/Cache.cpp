@@ -357,7 +357,6 @@ void RemoveIDs(BIBCacheSet* set) {
 
 } // namespace
 
-BIBRT_DEFINE_TABLE(
-    CacheTable, "BIBCacheInterface", _t_BIBCacheInterface, BIB_CACHE_INTERFACE_ROWS, 23)
+BIBRT_DEFINE_TABLE(BIBCacheInterface, BIB_CACHE_INTERFACE_ROWS, 23)
 
 } // namespace bibrt

@@ -317,11 +317,6 @@ long GetOffsetToPrimaryInstance() {
 
 } // namespace
 
-BIBRT_DEFINE_TABLE(
-    ContainerTable,
-    "BIBContainerInterface",
-    _t_BIBContainerInterface,
-    BIB_CONTAINER_INTERFACE_ROWS,
-    16)
+BIBRT_DEFINE_TABLE(BIBContainerInterface, BIB_CONTAINER_INTERFACE_ROWS, 16)
 
 } // namespace bibrt

@@ -107,8 +107,7 @@ void StartErrors() {
     MakeCoreError(gMemoryError, "out of memory", kBRVMemoryError);
 }
 
-BIBRT_DEFINE_TABLE(
-    ErrorTable, "BIBErrorInterface", _t_BIBErrorInterface, BIB_ERROR_INTERFACE_ROWS, 8)
+BIBRT_DEFINE_TABLE(BIBErrorInterface, BIB_ERROR_INTERFACE_ROWS, 8)
 
 } // namespace bibrt
 

@@ -12,7 +12,39 @@
 #include <cstdio>
 #include <mutex>
 
+// clang-format off
+// The interfaces, whose tables are defined beside their procedures.
+#define BIBRT_INTERFACES(TABLE) \
+    TABLE(BIBMemoryInterface) \
+    TABLE(BIBStringInterface) \
+    TABLE(BIBErrorInterface) \
+    TABLE(BIBSharedBuffInterface) \
+    TABLE(BIBContainerInterface) \
+    TABLE(BIBCacheInterface) \
+    TABLE(BIBStreamFactoryInterface) \
+    TABLE(BIBSimpleStreamInterface) \
+    TABLE(BIBRewindableStreamInterface) \
+    TABLE(BIBPositionableStreamInterface) \
+    TABLE(BIBDataBlockStreamInterface) \
+    TABLE(BIBSizedDataStoreInterface) \
+    TABLE(BIBDataStoreInterface) \
+    TABLE(POSObjectVirtualInterface) \
+    TABLE(POSObjectStatics) \
+    TABLE(POSNumberInterface) \
+    TABLE(POSStringInterface) \
+    TABLE(POSUnicodeStringInterface) \
+    TABLE(POSBinDataInterface) \
+    TABLE(POSArrayInterface) \
+    TABLE(POSDictInterface) \
+    TABLE(POSDictIteratorInterface) \
+    TABLE(POSValidatorVirtualInterface) \
+    TABLE(POSStructValidatorInterface)
+// clang-format on
+
 namespace bibrt {
+
+#define BIBRT_DECLARE_TABLE(interface) BuiltInTable interface##Table() noexcept;
+BIBRT_INTERFACES(BIBRT_DECLARE_TABLE)
 
 namespace {
 
@@ -67,8 +99,6 @@ struct BootstrapProcs {
     BIB_BOOTSTRAP_ROWS(BIB_TABLE_SLOT)
 };
 
-} // namespace
-
 // Unlike all other rows these are found under their own name in place of a proc type.
 #define BIBRT_NAME_TWICE(name, procType) {#name, #name},
 
@@ -79,45 +109,10 @@ BuiltInTable BootstrapTable() noexcept {
     return MakeTable("BIB", kRows, kProcs);
 }
 
-} // namespace bibrt
-
-void BIBRuntimeSetErrorChannel(BIBRuntimeErrorProc proc, void* client) {
-    std::lock_guard const guard(bibrt::gChannelLock);
-    bibrt::gChannel = proc ? bibrt::ErrorChannel{proc, client} : bibrt::ErrorChannel{};
-}
-
-namespace bibrt {
-
-namespace {
-
 using TableFunction = BuiltInTable (*)() noexcept;
 
-constexpr TableFunction kTables[] = {
-    &BootstrapTable,
-    &MemoryTable,
-    &StringTable,
-    &ErrorTable,
-    &SharedBuffTable,
-    &ContainerTable,
-    &CacheTable,
-    &StreamFactoryTable,
-    &SimpleStreamTable,
-    &RewindableStreamTable,
-    &PositionableStreamTable,
-    &DataBlockStreamTable,
-    &SizedDataStoreTable,
-    &DataStoreTable,
-    &ObjectVirtualTable,
-    &ObjectStaticsTable,
-    &NumberTable,
-    &StringValueTable,
-    &UnicodeStringTable,
-    &BinDataTable,
-    &ArrayTable,
-    &DictTable,
-    &DictIteratorTable,
-    &ValidatorVirtualTable,
-    &StructValidatorTable};
+#define BIBRT_TABLE_FUNCTION(interface) &interface##Table,
+constexpr TableFunction kTables[] = {&BootstrapTable, BIBRT_INTERFACES(BIBRT_TABLE_FUNCTION)};
 
 constexpr ContainerType* kTypes[] = {
     &gNumberType,
@@ -161,6 +156,11 @@ bool IsStarted() {
 } // namespace
 
 } // namespace bibrt
+
+void BIBRuntimeSetErrorChannel(BIBRuntimeErrorProc proc, void* client) {
+    std::lock_guard const guard(bibrt::gChannelLock);
+    bibrt::gChannel = proc ? bibrt::ErrorChannel{proc, client} : bibrt::ErrorChannel{};
+}
 
 void* BIBRuntimeLookup(char const* interfaceName, char const* procName, char const* procType) {
     if (!interfaceName || !procName || !procType) {

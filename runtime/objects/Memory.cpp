@@ -88,7 +88,6 @@ unsigned long GetBlockSize(void* block) {
 
 } // namespace
 
-BIBRT_DEFINE_TABLE(
-    MemoryTable, "BIBMemoryInterface", _t_BIBMemoryInterface, BIB_MEMORY_INTERFACE_ROWS, 4)
+BIBRT_DEFINE_TABLE(BIBMemoryInterface, BIB_MEMORY_INTERFACE_ROWS, 4)
 
 } // namespace bibrt

@@ -64,12 +64,7 @@ void ReleaseBuffer(BIBSharedBuffer* buffer) noexcept {
     }
 }
 
-BIBRT_DEFINE_TABLE(
-    SharedBuffTable,
-    "BIBSharedBuffInterface",
-    _t_BIBSharedBuffInterface,
-    BIB_SHARED_BUFF_INTERFACE_ROWS,
-    6)
+BIBRT_DEFINE_TABLE(BIBSharedBuffInterface, BIB_SHARED_BUFF_INTERFACE_ROWS, 6)
 
 } // namespace bibrt
 

@@ -37,43 +37,19 @@ MakeTable(char const* interfaceName, RowName const (&rows)[kCount], Procs const&
 // A row's procedure: the one of its name in scope.
 #define BIBRT_TABLE_PROC(operation, procType) .operation = &operation,
 
-// Defines the table function `function` for an interface whose rows are ROWS and whose structure is
-// structType, and checks the count of its rows.
-#define BIBRT_DEFINE_TABLE(function, interfaceName, structType, ROWS, count)      \
-    BuiltInTable function() noexcept {                                            \
+// Defines the table of an interface, in a function that is named after it, and checks the count of its
+// rows: an interface NAME has a structure _t_NAME and rows ROWS. Method tables are registered under
+// the name of the objects that have them.
+#define BIBRT_DEFINE_OBJECT_TABLE(interface, registeredName, ROWS, count)         \
+    BuiltInTable interface##Table() noexcept {                                    \
         static constexpr RowName kRows[] = {ROWS(BIB_TABLE_NAMES)};               \
-        static constexpr structType kProcs = {ROWS(BIBRT_TABLE_PROC)};            \
+        static constexpr _t_##interface kProcs = {ROWS(BIBRT_TABLE_PROC)};        \
         static_assert(sizeof(kRows) / sizeof(kRows[0]) == (count));               \
-        return MakeTable(interfaceName, kRows, kProcs);                           \
+        return MakeTable(registeredName, kRows, kProcs);                          \
     }
+#define BIBRT_DEFINE_TABLE(interface, ROWS, count) \
+    BIBRT_DEFINE_OBJECT_TABLE(interface, #interface, ROWS, count)
 // clang-format on
 // NOLINTEND(bugprone-macro-parentheses)
-
-// The tables, each defined beside its procedures.
-BuiltInTable BootstrapTable() noexcept;
-BuiltInTable MemoryTable() noexcept;
-BuiltInTable StringTable() noexcept;
-BuiltInTable ErrorTable() noexcept;
-BuiltInTable SharedBuffTable() noexcept;
-BuiltInTable ContainerTable() noexcept;
-BuiltInTable CacheTable() noexcept;
-BuiltInTable StreamFactoryTable() noexcept;
-BuiltInTable SimpleStreamTable() noexcept;
-BuiltInTable RewindableStreamTable() noexcept;
-BuiltInTable PositionableStreamTable() noexcept;
-BuiltInTable DataBlockStreamTable() noexcept;
-BuiltInTable SizedDataStoreTable() noexcept;
-BuiltInTable DataStoreTable() noexcept;
-BuiltInTable ObjectVirtualTable() noexcept;
-BuiltInTable ObjectStaticsTable() noexcept;
-BuiltInTable NumberTable() noexcept;
-BuiltInTable StringValueTable() noexcept;
-BuiltInTable UnicodeStringTable() noexcept;
-BuiltInTable BinDataTable() noexcept;
-BuiltInTable ArrayTable() noexcept;
-BuiltInTable DictTable() noexcept;
-BuiltInTable DictIteratorTable() noexcept;
-BuiltInTable ValidatorVirtualTable() noexcept;
-BuiltInTable StructValidatorTable() noexcept;
 
 } // namespace bibrt

@@ -159,18 +159,8 @@ long ValidateSchema(POSValidator* self, POSValidatorErrorCallback errorProc) {
 
 } // namespace
 
-BIBRT_DEFINE_TABLE(
-    ValidatorVirtualTable,
-    "POSValidatorVirtualInterface",
-    _t_POSValidatorVirtualInterface,
-    POS_VALIDATOR_VIRTUAL_INTERFACE_ROWS,
-    1)
+BIBRT_DEFINE_TABLE(POSValidatorVirtualInterface, POS_VALIDATOR_VIRTUAL_INTERFACE_ROWS, 1)
 
-BIBRT_DEFINE_TABLE(
-    StructValidatorTable,
-    "POSStructValidatorInterface",
-    _t_POSStructValidatorInterface,
-    POS_STRUCT_VALIDATOR_INTERFACE_ROWS,
-    3)
+BIBRT_DEFINE_TABLE(POSStructValidatorInterface, POS_STRUCT_VALIDATOR_INTERFACE_ROWS, 3)
 
 } // namespace bibrt

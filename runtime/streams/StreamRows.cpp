@@ -120,47 +120,29 @@ BIBError* GetBlock(
 
 } // namespace
 
-BIBRT_DEFINE_TABLE(
-    SimpleStreamTable,
-    "BIBSimpleStreamObject",
-    _t_BIBSimpleStreamInterface,
-    BIB_SIMPLE_STREAM_INTERFACE_ROWS,
-    2)
+BIBRT_DEFINE_OBJECT_TABLE(
+    BIBSimpleStreamInterface, "BIBSimpleStreamObject", BIB_SIMPLE_STREAM_INTERFACE_ROWS, 2)
 
-BIBRT_DEFINE_TABLE(
-    RewindableStreamTable,
+BIBRT_DEFINE_OBJECT_TABLE(
+    BIBRewindableStreamInterface,
     "BIBRewindableStreamObject",
-    _t_BIBRewindableStreamInterface,
     BIB_REWINDABLE_STREAM_INTERFACE_ROWS,
     2)
 
-BIBRT_DEFINE_TABLE(
-    PositionableStreamTable,
+BIBRT_DEFINE_OBJECT_TABLE(
+    BIBPositionableStreamInterface,
     "BIBPositionableStreamObject",
-    _t_BIBPositionableStreamInterface,
     BIB_POSITIONABLE_STREAM_INTERFACE_ROWS,
     3)
 
-BIBRT_DEFINE_TABLE(
-    DataBlockStreamTable,
-    "BIBSourceStreamObject",
-    _t_BIBDataBlockStreamInterface,
-    BIB_DATA_BLOCK_STREAM_INTERFACE_ROWS,
-    2)
+BIBRT_DEFINE_OBJECT_TABLE(
+    BIBDataBlockStreamInterface, "BIBSourceStreamObject", BIB_DATA_BLOCK_STREAM_INTERFACE_ROWS, 2)
 
-BIBRT_DEFINE_TABLE(
-    SizedDataStoreTable,
-    "BIBSourceStreamObject",
-    _t_BIBSizedDataStoreInterface,
-    BIB_SIZED_DATA_STORE_INTERFACE_ROWS,
-    1)
+BIBRT_DEFINE_OBJECT_TABLE(
+    BIBSizedDataStoreInterface, "BIBSourceStreamObject", BIB_SIZED_DATA_STORE_INTERFACE_ROWS, 1)
 
-BIBRT_DEFINE_TABLE(
-    DataStoreTable,
-    "BIBSourceStreamObject",
-    _t_BIBDataStoreInterface,
-    BIB_DATA_STORE_INTERFACE_ROWS,
-    1)
+BIBRT_DEFINE_OBJECT_TABLE(
+    BIBDataStoreInterface, "BIBSourceStreamObject", BIB_DATA_STORE_INTERFACE_ROWS, 1)
 
 namespace {
 
@@ -219,11 +201,6 @@ BIBError* NewClientPositionableStream(
 
 } // namespace
 
-BIBRT_DEFINE_TABLE(
-    StreamFactoryTable,
-    "BIBStreamFactoryInterface",
-    _t_BIBStreamFactoryInterface,
-    BIB_STREAM_FACTORY_INTERFACE_ROWS,
-    6)
+BIBRT_DEFINE_TABLE(BIBStreamFactoryInterface, BIB_STREAM_FACTORY_INTERFACE_ROWS, 6)
 
 } // namespace bibrt

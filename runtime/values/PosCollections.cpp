@@ -197,10 +197,9 @@ long Remove(POSDict* self, BIBStringAtom* key) {
 
 } // namespace
 
-BIBRT_DEFINE_TABLE(
-    ArrayTable, "POSArrayInterface", _t_POSArrayInterface, POS_ARRAY_INTERFACE_ROWS, 7)
+BIBRT_DEFINE_TABLE(POSArrayInterface, POS_ARRAY_INTERFACE_ROWS, 7)
 
-BIBRT_DEFINE_TABLE(DictTable, "POSDictInterface", _t_POSDictInterface, POS_DICT_INTERFACE_ROWS, 6)
+BIBRT_DEFINE_TABLE(POSDictInterface, POS_DICT_INTERFACE_ROWS, 6)
 
 } // namespace bibrt
 
@@ -263,11 +262,6 @@ char const* CurKey(POSDictIterator* self) {
 
 } // namespace
 
-BIBRT_DEFINE_TABLE(
-    DictIteratorTable,
-    "POSDictIteratorInterface",
-    _t_POSDictIteratorInterface,
-    POS_DICT_ITERATOR_INTERFACE_ROWS,
-    5)
+BIBRT_DEFINE_TABLE(POSDictIteratorInterface, POS_DICT_ITERATOR_INTERFACE_ROWS, 5)
 
 } // namespace bibrt

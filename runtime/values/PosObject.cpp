@@ -230,21 +230,13 @@ unsigned short const* Get(POSUnicodeString* self) {
 
 } // namespace
 
-BIBRT_DEFINE_TABLE(
-    NumberTable, "POSNumberInterface", _t_POSNumberInterface, POS_NUMBER_INTERFACE_ROWS, 3)
+BIBRT_DEFINE_TABLE(POSNumberInterface, POS_NUMBER_INTERFACE_ROWS, 3)
 
-BIBRT_DEFINE_TABLE(
-    StringValueTable, "POSStringInterface", _t_POSStringInterface, POS_STRING_INTERFACE_ROWS, 3)
+BIBRT_DEFINE_TABLE(POSStringInterface, POS_STRING_INTERFACE_ROWS, 3)
 
-BIBRT_DEFINE_TABLE(
-    UnicodeStringTable,
-    "POSUnicodeStringInterface",
-    _t_POSUnicodeStringInterface,
-    POS_UNICODE_STRING_INTERFACE_ROWS,
-    3)
+BIBRT_DEFINE_TABLE(POSUnicodeStringInterface, POS_UNICODE_STRING_INTERFACE_ROWS, 3)
 
-BIBRT_DEFINE_TABLE(
-    BinDataTable, "POSBinDataInterface", _t_POSBinDataInterface, POS_BIN_DATA_INTERFACE_ROWS, 5)
+BIBRT_DEFINE_TABLE(POSBinDataInterface, POS_BIN_DATA_INTERFACE_ROWS, 5)
 
 namespace {
 
@@ -261,11 +253,6 @@ long IsEqual(POSObject* self, POSObject* other) {
 
 } // namespace
 
-BIBRT_DEFINE_TABLE(
-    ObjectVirtualTable,
-    "POSObjectVirtualInterface",
-    _t_POSObjectVirtualInterface,
-    POS_OBJECT_VIRTUAL_INTERFACE_ROWS,
-    2)
+BIBRT_DEFINE_TABLE(POSObjectVirtualInterface, POS_OBJECT_VIRTUAL_INTERFACE_ROWS, 2)
 
 } // namespace bibrt
