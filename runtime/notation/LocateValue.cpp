@@ -2,7 +2,7 @@
 #include "api/BIBRuntime.h"
 
 #include "runtime/notation/Notation.h"
-#include "runtime/objects/Boundary.h"
+#include "runtime/objects/Errors.h"
 #include "runtime/schema/SchemaText.h"
 
 #include <algorithm>

@@ -1,8 +1,8 @@
 #include "api/POSObjectInterface.h"
 
 #include "runtime/notation/Notation.h"
-#include "runtime/objects/Boundary.h"
 #include "runtime/objects/Container.h"
+#include "runtime/objects/Errors.h"
 #include "runtime/objects/Tables.h"
 #include "runtime/streams/Streams.h"
 

@@ -1,6 +1,6 @@
 #include "runtime/objects/Atoms.h"
 
-#include "runtime/objects/Boundary.h"
+#include "runtime/objects/Errors.h"
 #include "runtime/objects/Memory.h"
 #include "runtime/objects/Tables.h"
 
@@ -26,12 +26,6 @@ struct AtomTable {
 AtomTable& Table() {
     static auto* const kTable = new AtomTable;
     return *kTable;
-}
-
-BIBStringAtom* Find(std::string_view text) noexcept {
-    std::lock_guard const guard(Table().fLock);
-    auto const found = Table().fByText.find(text);
-    return found == Table().fByText.end() ? nullptr : found->second;
 }
 
 // A new atom, which stands among the released ones.
@@ -103,8 +97,10 @@ char const* InternForever(char const* text) {
     return atom->Text();
 }
 
-BIBStringAtom const* FindAtom(std::string_view text) noexcept {
-    return Find(text);
+BIBStringAtom* FindAtom(std::string_view text) noexcept {
+    std::lock_guard const guard(Table().fLock);
+    auto const found = Table().fByText.find(text);
+    return found == Table().fByText.end() ? nullptr : found->second;
 }
 
 void AddAtomRef(BIBStringAtom* atom) noexcept {
@@ -129,14 +125,6 @@ void ReleaseAtom(BIBStringAtom* atom) noexcept {
         table.fByText.erase(table.fReleased.front().fText);
         table.fReleased.pop_front();
     }
-}
-
-BIBStringAtom* AtomOfText(char const* text) noexcept {
-    return text ? Find(text) : nullptr;
-}
-
-char const* TextOf(BIBStringAtom const* atom) noexcept {
-    return atom ? atom->Text() : nullptr;
 }
 
 unsigned long CountLiveAtoms() noexcept {

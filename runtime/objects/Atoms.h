@@ -35,17 +35,21 @@ BIBStringAtom* InternText(std::string_view text);
 char const* InternForever(char const* text);
 
 // The atom of text if there is one, without a reference: good for a comparison of pointers.
-BIBStringAtom const* FindAtom(std::string_view text) noexcept;
+BIBStringAtom* FindAtom(std::string_view text) noexcept;
 
 // Adds a reference, gives one up. Both accept null.
 void AddAtomRef(BIBStringAtom* atom) noexcept;
 void ReleaseAtom(BIBStringAtom* atom) noexcept;
 
 // The atom whose text it is; null for null. REQUIRES: text is the text pointer of an atom.
-BIBStringAtom* AtomOfText(char const* text) noexcept;
+inline BIBStringAtom* AtomOfText(char const* text) noexcept {
+    return text ? FindAtom(text) : nullptr;
+}
 
 // The text; null for null.
-char const* TextOf(BIBStringAtom const* atom) noexcept;
+inline char const* TextOf(BIBStringAtom const* atom) noexcept {
+    return atom ? atom->Text() : nullptr;
+}
 
 // The atoms that somebody holds.
 unsigned long CountLiveAtoms() noexcept;

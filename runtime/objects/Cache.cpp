@@ -4,8 +4,8 @@
 // call any row.
 #include "api/BIBCacheInterface.h"
 
-#include "runtime/objects/Boundary.h"
 #include "runtime/objects/Container.h"
+#include "runtime/objects/Errors.h"
 #include "runtime/objects/Tables.h"
 
 #include <algorithm>

@@ -2,7 +2,7 @@
 
 #include "api/BIBContainerInterface.h"
 #include "api/POSObjectInterface.h"
-#include "runtime/objects/Boundary.h"
+#include "runtime/objects/Errors.h"
 #include "runtime/objects/Registry.h"
 #include "runtime/objects/Tables.h"
 #include "runtime/values/PosObject.h"
@@ -251,9 +251,8 @@ BIBError* RegisterInstance(
 }
 
 // Looks a method up in one of the two ways of the registry.
-template <class Find>
 BIBError* GetMethodBy(
-    Find find,
+    void* (Registry::*find)(ProcName const&) const noexcept,
     void** result,
     BIBContainer const* container,
     BIBStringAtom const* name,
@@ -261,7 +260,7 @@ BIBError* GetMethodBy(
     long optional) {
     return AtResultRow(result, container && name && procType, [&] {
         if (char const* const signature = container->fPrimary.signature) {
-            *result = find(ProcName{signature, TextOf(name), TextOf(procType)});
+            *result = (Registry::The().*find)({signature, TextOf(name), TextOf(procType)});
         }
         return *result || optional ? nullptr : Failure("no such method");
     });
@@ -273,8 +272,7 @@ BIBError* GetMethod(
     BIBStringAtom* name,
     BIBStringAtom* procType,
     long optional) {
-    auto const find = [](ProcName const& method) { return Registry::The().FindMethod(method); };
-    return GetMethodBy(find, result, container, name, procType, optional);
+    return GetMethodBy(&Registry::FindMethod, result, container, name, procType, optional);
 }
 
 BIBError* GetParentMethod(
@@ -283,10 +281,7 @@ BIBError* GetParentMethod(
     BIBStringAtom* name,
     BIBStringAtom* procType,
     long optional) {
-    auto const find = [](ProcName const& method) {
-        return Registry::The().FindParentMethod(method);
-    };
-    return GetMethodBy(find, result, container, name, procType, optional);
+    return GetMethodBy(&Registry::FindParentMethod, result, container, name, procType, optional);
 }
 
 void* GetInstance(BIBContainer const* container, BIBStringAtom* name) {

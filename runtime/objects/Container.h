@@ -5,7 +5,6 @@
 
 #include "api/BIBContainerInterface.h"
 #include "runtime/objects/Atoms.h"
-#include "runtime/objects/Counting.h"
 #include "runtime/objects/Memory.h"
 
 #include <atomic>

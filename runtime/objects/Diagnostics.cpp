@@ -2,7 +2,7 @@
 
 #include "runtime/objects/Container.h"
 #include "runtime/objects/Errors.h"
-#include "runtime/objects/FailureHooks.h"
+#include "runtime/objects/FailurePoint.h"
 #include "runtime/objects/SharedBuffers.h"
 
 namespace bibrt {

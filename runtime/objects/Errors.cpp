@@ -1,6 +1,5 @@
 #include "runtime/objects/Errors.h"
 
-#include "runtime/objects/Boundary.h"
 #include "runtime/objects/Container.h"
 #include "runtime/objects/Memory.h"
 #include "runtime/objects/Tables.h"

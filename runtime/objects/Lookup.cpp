@@ -2,7 +2,7 @@
 
 #include "api/BIBBootstrap.h"
 #include "api/BIBRuntime.h"
-#include "runtime/objects/Boundary.h"
+#include "runtime/objects/Errors.h"
 #include "runtime/objects/Registry.h"
 #include "runtime/objects/Tables.h"
 #include "runtime/schema/StructValidator.h"

@@ -1,7 +1,7 @@
 #include "runtime/objects/Memory.h"
 
 #include "api/BIBMemoryInterface.h"
-#include "runtime/objects/FailureHooks.h"
+#include "runtime/objects/FailurePoint.h"
 #include "runtime/objects/Tables.h"
 
 #include <atomic>
@@ -43,19 +43,11 @@ void* AllocBlock(std::size_t size) noexcept {
     return block;
 }
 
-void* ReallocBlock(void* block, std::size_t size) noexcept {
-    return block ? ResizeBlock(HeaderOf(block), size) : AllocBlock(size);
-}
-
 void FreeBlock(void* block) noexcept {
     if (block) {
         --gLiveBlocks;
         std::free(HeaderOf(block));
     }
-}
-
-std::size_t BlockSize(void const* block) noexcept {
-    return block ? (static_cast<BlockHeader const*>(block) - 1)->fSize : 0;
 }
 
 unsigned long CountLiveBlocks() noexcept {
@@ -75,7 +67,7 @@ void* Alloc(unsigned long size) {
 }
 
 void* Realloc(void* block, unsigned long size) {
-    return ReallocBlock(block, size);
+    return block ? ResizeBlock(HeaderOf(block), size) : AllocBlock(size);
 }
 
 void Free(void* block) {
@@ -83,7 +75,7 @@ void Free(void* block) {
 }
 
 unsigned long GetBlockSize(void* block) {
-    return BlockSize(block);
+    return block ? HeaderOf(block)->fSize : 0;
 }
 
 } // namespace

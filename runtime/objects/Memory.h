@@ -1,10 +1,11 @@
 // The one allocator of the runtime, for all that it makes for callers. Blocks carry their size in
-// front and are counted. Thread safe.
+// front and are counted, as are the objects of the classes that callers hold. Thread safe.
 //
 // The tables that the runtime keeps until the process ends use the standard allocator and call
 // ExpectMemory, so that no caller's count shows them.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <memory>
 #include <new>
@@ -18,15 +19,8 @@ namespace bibrt {
 // machine has.
 void* AllocBlock(std::size_t size) noexcept;
 
-// Moves block (null: a new one) to one of size bytes and keeps the contents that fit. Null when
-// memory runs out, and then block is untouched.
-void* ReallocBlock(void* block, std::size_t size) noexcept;
-
 // Frees a block. Accepts null.
 void FreeBlock(void* block) noexcept;
-
-// The size that was asked for; 0 for null.
-std::size_t BlockSize(void const* block) noexcept;
 
 // The blocks that are there.
 unsigned long CountLiveBlocks() noexcept;
@@ -96,5 +90,24 @@ void DeleteObject(T* object) noexcept {
         FreeBlock(object);
     }
 }
+
+// The base of a class whose objects are counted. Thread safe.
+template <class T>
+class Counted {
+public:
+    static unsigned long CountLive() noexcept { return fLive; }
+
+    Counted() noexcept { ++fLive; }
+    Counted(Counted const&) = delete;
+    Counted& operator=(Counted const&) = delete;
+    ~Counted() { --fLive; }
+
+protected:
+    // For an object that the runtime keeps.
+    static void LeaveOut() noexcept { --fLive; }
+
+private:
+    static inline std::atomic<unsigned long> fLive = 0;
+};
 
 } // namespace bibrt

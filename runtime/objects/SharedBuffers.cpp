@@ -1,7 +1,7 @@
 #include "runtime/objects/SharedBuffers.h"
 
-#include "runtime/objects/Boundary.h"
 #include "runtime/objects/Container.h"
+#include "runtime/objects/Errors.h"
 #include "runtime/objects/Memory.h"
 #include "runtime/objects/Tables.h"
 

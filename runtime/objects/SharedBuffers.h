@@ -2,7 +2,7 @@
 #pragma once
 
 #include "api/BIBSharedBuffInterface.h"
-#include "runtime/objects/Counting.h"
+#include "runtime/objects/Memory.h"
 
 #include <atomic>
 #include <cstddef>

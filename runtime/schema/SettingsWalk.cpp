@@ -1,6 +1,6 @@
 #include "runtime/schema/SettingsWalk.h"
 
-#include "runtime/objects/Boundary.h"
+#include "runtime/objects/Errors.h"
 #include "runtime/objects/SharedBuffers.h"
 #include "runtime/schema/SchemaText.h"
 

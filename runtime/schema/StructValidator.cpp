@@ -1,7 +1,7 @@
 #include "runtime/schema/StructValidator.h"
 
 #include "api/POSValidatorInterface.h"
-#include "runtime/objects/Boundary.h"
+#include "runtime/objects/Errors.h"
 #include "runtime/objects/Tables.h"
 #include "runtime/schema/SchemaText.h"
 

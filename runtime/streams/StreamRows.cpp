@@ -2,8 +2,8 @@
 
 #include "api/BIBDataInterface.h"
 #include "api/BIBStreamInterface.h"
-#include "runtime/objects/Boundary.h"
-#include "runtime/objects/FailureHooks.h"
+#include "runtime/objects/Errors.h"
+#include "runtime/objects/FailurePoint.h"
 #include "runtime/objects/Tables.h"
 #include "runtime/streams/Streams.h"
 

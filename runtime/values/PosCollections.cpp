@@ -5,7 +5,7 @@
 #include "runtime/values/PosCollections.h"
 
 #include "api/POSCollectionInterfaces.h"
-#include "runtime/objects/Boundary.h"
+#include "runtime/objects/Errors.h"
 #include "runtime/objects/Tables.h"
 
 #include <algorithm>

@@ -2,8 +2,8 @@
 
 #include "api/POSObjectInterface.h"
 #include "api/POSScalarInterfaces.h"
-#include "runtime/objects/Boundary.h"
 #include "runtime/objects/Container.h"
+#include "runtime/objects/Errors.h"
 #include "runtime/objects/Tables.h"
 
 #include <cmath>
