@@ -51,7 +51,7 @@ double ReadNumber(Token const& word) {
 
 Unowned<POSObject> ReadScalar(Token const& token) {
     if (token.fKind == TokenKind::kWord && IsNumber(token.fText)) {
-        return Unowned<POSObject>(MakeNumber(ReadNumber(token)));
+        return Unowned<POSObject>(NewObject<POSNumber>(ReadNumber(token)));
     }
     return Unowned<POSObject>(MakeString(token.fText));
 }
@@ -84,11 +84,11 @@ void NotationReader::Take(Token const& token) {
     switch (token.fKind) {
     case TokenKind::kOpenDict:
         TellElement(token.fOffset);
-        Open(Unowned<POSObject>(MakeDict()), token.fOffset);
+        Open(Unowned<POSObject>(NewObject<POSDict>()), token.fOffset);
         break;
     case TokenKind::kOpenArray:
         TellElement(token.fOffset);
-        Open(Unowned<POSObject>(MakeArray()), token.fOffset);
+        Open(Unowned<POSObject>(NewObject<POSArray>()), token.fOffset);
         break;
     case TokenKind::kCloseArray:
         Close(token, gArrayType);

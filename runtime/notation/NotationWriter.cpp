@@ -1,5 +1,4 @@
 #include "runtime/notation/Notation.h"
-#include "runtime/values/PosWalk.h"
 #include "runtime/values/Utf16.h"
 
 #include <charconv>
@@ -105,8 +104,7 @@ void AppendLeaf(String& out, POSObject& object) {
     if (IsOfType(&object, gNumberType)) {
         AppendNumber(out, static_cast<POSNumber&>(object).fValue);
     } else if (IsOfType(&object, gStringType)) {
-        auto const& string = static_cast<POSString&>(object);
-        AppendWord(out, {string.Text(), string.fLength});
+        AppendWord(out, static_cast<POSString&>(object).View());
     } else if (IsOfType(&object, gUnicodeStringType)) {
         AppendUnicodeString(out, static_cast<POSUnicodeString&>(object));
     } else if (IsOfType(&object, gBinDataType)) {

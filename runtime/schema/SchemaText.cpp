@@ -57,8 +57,7 @@ ValueKind KindOf(POSObject const& value) noexcept {
 
 std::string_view BytesOf(POSObject const& value) noexcept {
     if (IsOfType(&value, gStringType)) {
-        auto const& string = static_cast<POSString const&>(value);
-        return {string.Text(), string.fLength};
+        return static_cast<POSString const&>(value).View();
     }
     if (IsOfType(&value, gBinDataType)) {
         auto const& data = static_cast<POSBinData const&>(value);

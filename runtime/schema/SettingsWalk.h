@@ -2,7 +2,6 @@
 #pragma once
 
 #include "runtime/schema/SchemaRule.h"
-#include "runtime/values/PosWalk.h"
 
 namespace bibrt {
 

@@ -15,10 +15,6 @@ constinit ContainerType gStructValidatorType = {
     "POSValidatorVirtualInterface",
     &DestroyAs<POSValidator>};
 
-POSValidator* MakeStructValidator(Ref<POSDict> schema) {
-    return NewObject<POSValidator>(std::move(schema));
-}
-
 void MessageSink::Report(std::string_view path, std::string_view text) {
     fIsClean = false;
     if (fProc) {
@@ -130,7 +126,7 @@ POSValidator* NewPOSStructValidator(POSDict* schema) {
     if (!ref) {
         return nullptr;
     }
-    return AtRow<POSValidator*>(nullptr, [&] { return MakeStructValidator(std::move(ref)); });
+    return AtRow<POSValidator*>(nullptr, [&] { return NewObject<POSValidator>(std::move(ref)); });
 }
 
 long RegisterCallbackProc(

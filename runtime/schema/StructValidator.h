@@ -44,9 +44,6 @@ private:
 
 namespace bibrt {
 
-// A new validator, unowned. Throws std::bad_alloc.
-POSValidator* MakeStructValidator(Ref<POSDict> schema);
-
 // Hands messages to a host's procedure, which may be null.
 class MessageSink {
 public:

@@ -39,14 +39,6 @@ bool StoreIn(POSObject& collection, POSObject& value, Store store) noexcept {
 
 } // namespace
 
-POSArray* MakeArray() {
-    return NewObject<POSArray>();
-}
-
-POSDict* MakeDict() {
-    return NewObject<POSDict>();
-}
-
 bool AppendTo(POSArray& array, POSObject& value) noexcept {
     return StoreIn(
         array, value, [&](Ref<POSObject>& ref) { array.fItems.push_back(std::move(ref)); });
@@ -98,7 +90,7 @@ bool IsDict(POSObject const* object) noexcept {
 }
 
 POSArray* NewPOSArray() {
-    return AtRow<POSArray*>(nullptr, [] { return MakeArray(); });
+    return AtRow<POSArray*>(nullptr, [] { return NewObject<POSArray>(); });
 }
 
 long IsPOSArray(POSObject* object) {
@@ -142,7 +134,7 @@ long Remove(POSArray* self, unsigned long index) {
 }
 
 POSDict* NewPOSDict() {
-    return AtRow<POSDict*>(nullptr, [] { return MakeDict(); });
+    return AtRow<POSDict*>(nullptr, [] { return NewObject<POSDict>(); });
 }
 
 long IsPOSDict(POSObject* object) {

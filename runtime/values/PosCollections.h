@@ -18,10 +18,6 @@ struct POSDict : POSObject {
 
 namespace bibrt {
 
-// New empty collections, unowned. They throw std::bad_alloc.
-POSArray* MakeArray();
-POSDict* MakeDict();
-
 // Adds value to the end of array, or puts it under key. False when value is invalid or memory runs
 // out: then the collection becomes invalid, since it lacks what it should hold.
 bool AppendTo(POSArray& array, POSObject& value) noexcept;
@@ -45,5 +41,42 @@ struct Child {
 // The next child of collection at or behind position, which moves behind it; a null value at the
 // end.
 Child NextChild(POSObject& collection, std::size_t& position) noexcept;
+
+// The work stack of a walk through nested collections, which so uses no more stack for deeper
+// nesting. Frame has a member fSource, the collection that it walks, and fPosition. The stack knows
+// when a collection is met again below itself, by comparing each new frame with one that stands
+// half as deep or deeper: a walk that goes round in a circle meets it sooner or later.
+template <class Frame>
+class WalkStack {
+public:
+    bool IsEmpty() const noexcept { return fFrames.empty(); }
+    std::size_t Depth() const noexcept { return fFrames.size(); }
+    Frame& Top() noexcept { return fFrames.back(); }
+    // The frames from the root to the top.
+    Vector<Frame> const& Frames() const noexcept { return fFrames; }
+
+    // False, and nothing is pushed, when the collection contains itself. Throws std::bad_alloc.
+    bool Push(Frame const& frame) {
+        if (!fFrames.empty() && fFrames[fMark].fSource == frame.fSource) {
+            return false;
+        }
+        fFrames.push_back(frame);
+        if (fFrames.size() > 2 * (fMark + 1)) {
+            fMark = fFrames.size() - 1;
+        }
+        return true;
+    }
+
+    void Pop() noexcept {
+        fFrames.pop_back();
+        if (fMark >= fFrames.size()) {
+            fMark /= 2;
+        }
+    }
+
+private:
+    Vector<Frame> fFrames;
+    std::size_t fMark = 0;
+};
 
 } // namespace bibrt

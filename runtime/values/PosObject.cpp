@@ -6,120 +6,7 @@
 #include "runtime/objects/Errors.h"
 #include "runtime/objects/Tables.h"
 
-#include <cmath>
 #include <cstring>
-
-namespace bibrt {
-
-namespace {
-
-constexpr char const* kValueParent = "POSObjectVirtualInterface";
-
-bool AreStringsEqual(POSString const& a, POSString const& b) noexcept {
-    return a.fLength == b.fLength && std::memcmp(a.Text(), b.Text(), a.fLength) == 0;
-}
-
-bool AreUnitsEqual(POSUnicodeString const& a, POSUnicodeString const& b) noexcept {
-    return a.fLength == b.fLength &&
-           std::memcmp(a.Units(), b.Units(), a.fLength * sizeof(unsigned short)) == 0;
-}
-
-bool IsBinDataEqual(POSBinData const& a, POSBinData const& b) noexcept {
-    return a.fSize == b.fSize && std::memcmp(a.Data(), b.Data(), a.fSize) == 0 &&
-           std::strcmp(a.TypeName(), b.TypeName()) == 0;
-}
-
-bool AreNumbersEqual(double a, double b) noexcept {
-    return a == b || (std::isnan(a) && std::isnan(b));
-}
-
-POSObject* CloneByMethod(POSObject& source) {
-    auto const clone = FindTypedMethod<POSObjectCloneProc>(source, "Clone", "POSObjectCloneProc");
-    return clone ? clone(&source) : nullptr;
-}
-
-bool IsEqualByMethod(POSObject& a, POSObject& b) {
-    auto const isEqual =
-        FindTypedMethod<POSObjectIsEqualProc>(a, "IsEqual", "POSObjectIsEqualProc");
-    return isEqual && isEqual(&a, &b) != 0;
-}
-
-} // namespace
-
-constexpr bool kIsScalar = true;
-
-constinit ContainerType gNumberType = {
-    "POSNumber", "POSNumberValue", kValueParent, &DestroyAs<POSNumber>, kIsScalar};
-constinit ContainerType gStringType = {
-    "POSString", "POSStringValue", kValueParent, &DestroyAs<POSString>, kIsScalar};
-constinit ContainerType gUnicodeStringType = {
-    "POSUnicodeString",
-    "POSUnicodeStringValue",
-    kValueParent,
-    &DestroyAs<POSUnicodeString>,
-    kIsScalar};
-constinit ContainerType gBinDataType = {
-    "POSBinData", "POSBinDataValue", kValueParent, &DestroyAs<POSBinData>, kIsScalar};
-
-POSNumber* MakeNumber(double value) {
-    return NewObject<POSNumber>(value);
-}
-
-POSString* MakeString(std::string_view text) {
-    return NewObjectWith<POSString>(text.size() + 1, text);
-}
-
-POSUnicodeString* MakeUnicodeString(unsigned short const* units, unsigned long length) {
-    return NewObjectWith<POSUnicodeString>((length + 1) * sizeof(unsigned short), units, length);
-}
-
-POSBinData* MakeBinData(std::string_view typeName, unsigned char const* data, unsigned long size) {
-    if (size > kMaxExtra) {
-        throw std::bad_alloc();
-    }
-    return NewObjectWith<POSBinData>(size + typeName.size() + 1, typeName, data, size);
-}
-
-POSObject* CloneLeaf(POSObject& source) {
-    if (IsOfType(&source, gNumberType)) {
-        return MakeNumber(static_cast<POSNumber&>(source).fValue);
-    }
-    if (IsOfType(&source, gStringType)) {
-        auto const& string = static_cast<POSString&>(source);
-        return MakeString({string.Text(), string.fLength});
-    }
-    if (IsOfType(&source, gUnicodeStringType)) {
-        auto const& string = static_cast<POSUnicodeString&>(source);
-        return MakeUnicodeString(string.Units(), string.fLength);
-    }
-    if (IsOfType(&source, gBinDataType)) {
-        auto const& binData = static_cast<POSBinData&>(source);
-        return MakeBinData(binData.TypeName(), binData.Data(), binData.fSize);
-    }
-    return CloneByMethod(source);
-}
-
-bool AreLeavesEqual(POSObject& a, POSObject& b) {
-    if (a.fType != b.fType) {
-        return false;
-    }
-    if (IsOfType(&a, gNumberType)) {
-        return AreNumbersEqual(
-            static_cast<POSNumber&>(a).fValue, static_cast<POSNumber&>(b).fValue);
-    }
-    if (IsOfType(&a, gStringType)) {
-        return AreStringsEqual(static_cast<POSString&>(a), static_cast<POSString&>(b));
-    }
-    if (IsOfType(&a, gUnicodeStringType)) {
-        return AreUnitsEqual(static_cast<POSUnicodeString&>(a), static_cast<POSUnicodeString&>(b));
-    }
-    if (IsOfType(&a, gBinDataType)) {
-        return IsBinDataEqual(static_cast<POSBinData&>(a), static_cast<POSBinData&>(b));
-    }
-    return IsEqualByMethod(a, b);
-}
-
-} // namespace bibrt
 
 POSNumber::POSNumber(double value) noexcept : POSObject(bibrt::gNumberType), fValue(value) {}
 
@@ -158,8 +45,44 @@ namespace bibrt {
 
 namespace {
 
+constexpr char const* kValueParent = "POSObjectVirtualInterface";
+
+constexpr bool kIsScalar = true;
+
+} // namespace
+
+constinit ContainerType gNumberType = {
+    "POSNumber", "POSNumberValue", kValueParent, &DestroyAs<POSNumber>, kIsScalar};
+constinit ContainerType gStringType = {
+    "POSString", "POSStringValue", kValueParent, &DestroyAs<POSString>, kIsScalar};
+constinit ContainerType gUnicodeStringType = {
+    "POSUnicodeString",
+    "POSUnicodeStringValue",
+    kValueParent,
+    &DestroyAs<POSUnicodeString>,
+    kIsScalar};
+constinit ContainerType gBinDataType = {
+    "POSBinData", "POSBinDataValue", kValueParent, &DestroyAs<POSBinData>, kIsScalar};
+
+POSString* MakeString(std::string_view text) {
+    return NewObjectWith<POSString>(text.size() + 1, text);
+}
+
+POSUnicodeString* MakeUnicodeString(unsigned short const* units, unsigned long length) {
+    return NewObjectWith<POSUnicodeString>((length + 1) * sizeof(unsigned short), units, length);
+}
+
+POSBinData* MakeBinData(std::string_view typeName, unsigned char const* data, unsigned long size) {
+    if (size > kMaxExtra) {
+        throw std::bad_alloc();
+    }
+    return NewObjectWith<POSBinData>(size + typeName.size() + 1, typeName, data, size);
+}
+
+namespace {
+
 POSNumber* NewPOSNumber(double value) {
-    return AtRow<POSNumber*>(nullptr, [&] { return MakeNumber(value); });
+    return AtRow<POSNumber*>(nullptr, [&] { return NewObject<POSNumber>(value); });
 }
 
 long IsPOSNumber(POSObject* object) {
@@ -237,22 +160,5 @@ BIBRT_DEFINE_TABLE(POSStringInterface, POS_STRING_INTERFACE_ROWS, 3)
 BIBRT_DEFINE_TABLE(POSUnicodeStringInterface, POS_UNICODE_STRING_INTERFACE_ROWS, 3)
 
 BIBRT_DEFINE_TABLE(POSBinDataInterface, POS_BIN_DATA_INTERFACE_ROWS, 5)
-
-namespace {
-
-POSObject* Clone(POSObject* self) {
-    return self ? AtRow<POSObject*>(nullptr, [&] { return CloneValue(*self); }) : nullptr;
-}
-
-long IsEqual(POSObject* self, POSObject* other) {
-    if (!self || !other) {
-        return 0;
-    }
-    return AtRow<long>(0, [&] { return AreValuesEqual(*self, *other) ? 1 : 0; });
-}
-
-} // namespace
-
-BIBRT_DEFINE_TABLE(POSObjectVirtualInterface, POS_OBJECT_VIRTUAL_INTERFACE_ROWS, 2)
 
 } // namespace bibrt

@@ -1,7 +1,7 @@
-// The values: what each kind holds, and making, cloning and comparing them.
+// The values: what each kind holds, and making them.
 //
 // A scalar never changes and lies in one block with its text or bytes. Values are not thread safe,
-// apart from their reference counts. Nothing here uses more stack for deeper nesting.
+// apart from their reference counts.
 #pragma once
 
 #include "api/POSObjectInterface.h"
@@ -25,6 +25,7 @@ struct POSString : POSObject {
     explicit POSString(std::string_view text) noexcept;
 
     char const* Text() const noexcept { return reinterpret_cast<char const*>(this + 1); }
+    std::string_view View() const noexcept { return {Text(), fLength}; }
 
     unsigned long fLength;
 };
@@ -71,24 +72,8 @@ inline bool IsCollection(BIBContainer const* container) noexcept {
 }
 
 // New scalars, unowned. They throw std::bad_alloc.
-POSNumber* MakeNumber(double value);
 POSString* MakeString(std::string_view text);
 POSUnicodeString* MakeUnicodeString(unsigned short const* units, unsigned long length);
 POSBinData* MakeBinData(std::string_view typeName, unsigned char const* data, unsigned long size);
-
-// A copy of a scalar, or of a value of a host's kind through its own method; null when it has none.
-POSObject* CloneLeaf(POSObject& source);
-
-// Whether two values that are no collections are equal. A NaN equals a NaN, so that every value
-// equals its clone.
-bool AreLeavesEqual(POSObject& a, POSObject& b);
-
-// A deep copy, unowned; null when a part of source has no copy, and for a value that contains
-// itself.
-POSObject* CloneValue(POSObject& source);
-
-// Whether type and contents are equal; false for values that contain themselves. Throws
-// std::bad_alloc.
-bool AreValuesEqual(POSObject& a, POSObject& b);
 
 } // namespace bibrt

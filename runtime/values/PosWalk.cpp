@@ -1,9 +1,80 @@
-// Copying nested values with a work stack of its own.
-#include "runtime/values/PosWalk.h"
+// Copying and comparing values, nested ones with a work stack of its own.
+#include "runtime/objects/Errors.h"
+#include "runtime/objects/Tables.h"
+#include "runtime/values/PosCollections.h"
+
+#include <cmath>
+#include <cstring>
 
 namespace bibrt {
 
 namespace {
+
+bool AreUnitsEqual(POSUnicodeString const& a, POSUnicodeString const& b) noexcept {
+    return a.fLength == b.fLength &&
+           std::memcmp(a.Units(), b.Units(), a.fLength * sizeof(unsigned short)) == 0;
+}
+
+bool IsBinDataEqual(POSBinData const& a, POSBinData const& b) noexcept {
+    return a.fSize == b.fSize && std::memcmp(a.Data(), b.Data(), a.fSize) == 0 &&
+           std::strcmp(a.TypeName(), b.TypeName()) == 0;
+}
+
+bool AreNumbersEqual(double a, double b) noexcept {
+    return a == b || (std::isnan(a) && std::isnan(b));
+}
+
+POSObject* CloneByMethod(POSObject& source) {
+    auto const clone = FindTypedMethod<POSObjectCloneProc>(source, "Clone", "POSObjectCloneProc");
+    return clone ? clone(&source) : nullptr;
+}
+
+bool IsEqualByMethod(POSObject& a, POSObject& b) {
+    auto const isEqual =
+        FindTypedMethod<POSObjectIsEqualProc>(a, "IsEqual", "POSObjectIsEqualProc");
+    return isEqual && isEqual(&a, &b) != 0;
+}
+
+// A copy of a scalar, or of a value of a host's kind through its own method; null when it has none.
+POSObject* CloneLeaf(POSObject& source) {
+    if (IsOfType(&source, gNumberType)) {
+        return NewObject<POSNumber>(static_cast<POSNumber&>(source).fValue);
+    }
+    if (IsOfType(&source, gStringType)) {
+        return MakeString(static_cast<POSString&>(source).View());
+    }
+    if (IsOfType(&source, gUnicodeStringType)) {
+        auto const& string = static_cast<POSUnicodeString&>(source);
+        return MakeUnicodeString(string.Units(), string.fLength);
+    }
+    if (IsOfType(&source, gBinDataType)) {
+        auto const& binData = static_cast<POSBinData&>(source);
+        return MakeBinData(binData.TypeName(), binData.Data(), binData.fSize);
+    }
+    return CloneByMethod(source);
+}
+
+// Whether two values that are no collections are equal. A NaN equals a NaN, so that every value
+// equals its clone.
+bool AreLeavesEqual(POSObject& a, POSObject& b) {
+    if (a.fType != b.fType) {
+        return false;
+    }
+    if (IsOfType(&a, gNumberType)) {
+        return AreNumbersEqual(
+            static_cast<POSNumber&>(a).fValue, static_cast<POSNumber&>(b).fValue);
+    }
+    if (IsOfType(&a, gStringType)) {
+        return static_cast<POSString&>(a).View() == static_cast<POSString&>(b).View();
+    }
+    if (IsOfType(&a, gUnicodeStringType)) {
+        return AreUnitsEqual(static_cast<POSUnicodeString&>(a), static_cast<POSUnicodeString&>(b));
+    }
+    if (IsOfType(&a, gBinDataType)) {
+        return IsBinDataEqual(static_cast<POSBinData&>(a), static_cast<POSBinData&>(b));
+    }
+    return IsEqualByMethod(a, b);
+}
 
 struct CloneFrame {
     POSObject* fSource;
@@ -21,7 +92,8 @@ Unowned<POSObject> CloneEmpty(POSObject& source) {
         return Unowned<POSObject>(CloneLeaf(source));
     }
     Unowned<POSObject> copy(
-        IsOfType(&source, gDictType) ? static_cast<POSObject*>(MakeDict()) : MakeArray());
+        IsOfType(&source, gDictType) ? static_cast<POSObject*>(NewObject<POSDict>())
+                                     : NewObject<POSArray>());
     ReserveChildren(*copy, CountChildren(source));
     return copy;
 }
@@ -43,8 +115,8 @@ bool CloneNext(WalkStack<CloneFrame>& stack) {
     return !IsCollection(target) || stack.Push({child.fValue, target, 0});
 }
 
-} // namespace
-
+// A deep copy, unowned; null when a part of source has no copy, and for a value that contains
+// itself.
 POSObject* CloneValue(POSObject& source) {
     Unowned<POSObject> root = CloneEmpty(source);
     if (!root || !IsCollection(root.get())) {
@@ -59,8 +131,6 @@ POSObject* CloneValue(POSObject& source) {
     }
     return root.release();
 }
-
-namespace {
 
 struct EqualFrame {
     POSObject* fSource;
@@ -99,8 +169,8 @@ bool CompareNext(WalkStack<EqualFrame>& stack) {
     return other && CompareOrPush(stack, *child.fValue, *other);
 }
 
-} // namespace
-
+// Whether type and contents are equal; false for values that contain themselves. Throws
+// std::bad_alloc.
 bool AreValuesEqual(POSObject& a, POSObject& b) {
     WalkStack<EqualFrame> stack;
     if (!CompareOrPush(stack, a, b)) {
@@ -113,5 +183,20 @@ bool AreValuesEqual(POSObject& a, POSObject& b) {
     }
     return true;
 }
+
+POSObject* Clone(POSObject* self) {
+    return self ? AtRow<POSObject*>(nullptr, [&] { return CloneValue(*self); }) : nullptr;
+}
+
+long IsEqual(POSObject* self, POSObject* other) {
+    if (!self || !other) {
+        return 0;
+    }
+    return AtRow<long>(0, [&] { return AreValuesEqual(*self, *other) ? 1 : 0; });
+}
+
+} // namespace
+
+BIBRT_DEFINE_TABLE(POSObjectVirtualInterface, POS_OBJECT_VIRTUAL_INTERFACE_ROWS, 2)
 
 } // namespace bibrt
