@@ -1,7 +1,3 @@
-// The cursor over the keys of a dictionary.
-//
-// It remembers the number of its entry and holds the key's atom, never a place in the storage: so
-// it stands firm whatever happens to the dictionary.
 #include "runtime/values/PosCollections.h"
 
 #include "api/POSCollectionInterfaces.h"
@@ -12,12 +8,27 @@
 #include <charconv>
 #include <string_view>
 
+// The cursor over the keys of a dictionary. It remembers the number of its entry and holds the
+// key's atom, never a place in the storage: so it stands firm whatever happens to the dictionary.
+struct POSDictIterator : BIBContainer {
+    explicit POSDictIterator(bibrt::Ref<POSDict> dict) noexcept
+        : BIBContainer(bibrt::gDictIteratorType),
+          fDict(std::move(dict)) {}
+
+    bibrt::Ref<POSDict> fDict;
+    bibrt::AtomRef fKey; // none before Begin and at the end
+    unsigned long fNumber = 0;
+    bool fIsAtEnd = false;
+};
+
 namespace bibrt {
 
 constinit ContainerType gArrayType = {
     "POSArray", "POSArrayValue", "POSObjectVirtualInterface", &DestroyAs<POSArray>};
 constinit ContainerType gDictType = {
     "POSDict", "POSDictValue", "POSObjectVirtualInterface", &DestroyAs<POSDict>};
+constinit ContainerType gDictIteratorType = {
+    "POSDictIterator", "POSDictIteratorCursor", nullptr, &DestroyAs<POSDictIterator>};
 
 namespace {
 
@@ -187,32 +198,6 @@ long Remove(POSDict* self, BIBStringAtom* key) {
     return IsDict(self) && self->fEntries.Remove(key) ? 1 : 0;
 }
 
-} // namespace
-
-BIBRT_DEFINE_TABLE(POSArrayInterface, POS_ARRAY_INTERFACE_ROWS, 7)
-
-BIBRT_DEFINE_TABLE(POSDictInterface, POS_DICT_INTERFACE_ROWS, 6)
-
-} // namespace bibrt
-
-struct POSDictIterator : BIBContainer {
-    explicit POSDictIterator(bibrt::Ref<POSDict> dict) noexcept
-        : BIBContainer(bibrt::gDictIteratorType),
-          fDict(std::move(dict)) {}
-
-    bibrt::Ref<POSDict> fDict;
-    bibrt::AtomRef fKey; // none before Begin and at the end
-    unsigned long fNumber = 0;
-    bool fIsAtEnd = false;
-};
-
-namespace bibrt {
-
-constinit ContainerType gDictIteratorType = {
-    "POSDictIterator", "POSDictIteratorCursor", nullptr, &DestroyAs<POSDictIterator>};
-
-namespace {
-
 bool IsCursor(POSDictIterator const* self) noexcept {
     return IsOfType(self, gDictIteratorType);
 }
@@ -253,6 +238,10 @@ char const* CurKey(POSDictIterator* self) {
 }
 
 } // namespace
+
+BIBRT_DEFINE_TABLE(POSArrayInterface, POS_ARRAY_INTERFACE_ROWS, 7)
+
+BIBRT_DEFINE_TABLE(POSDictInterface, POS_DICT_INTERFACE_ROWS, 6)
 
 BIBRT_DEFINE_TABLE(POSDictIteratorInterface, POS_DICT_ITERATOR_INTERFACE_ROWS, 5)
 
