@@ -1,16 +1,41 @@
-// Reading and writing values as text in the object notation, see NotationScanner.h for its tokens.
+// Reading and writing values as text in the object notation.
 //
-// A text holds one value: a dictionary of keys and values, an array of values, a number, or a word
-// or text in brackets, both of which are 8-bit strings. A key is a word or a text. A word that has
-// the form of a number is one. No locale matters, and nothing uses more stack for deeper nesting.
+// A text holds one value: a dictionary of keys and values, between < and >, an array of values,
+// between [ and ], a number, or a word or text, both of which are 8-bit strings. A key is a word or
+// a text. A word ends at a blank or one of <>[]()%; one that has the form of a number is one. A
+// text stands in round brackets, which nest, with the escapes \( \) \\ \n \r \t and \ddd (one to
+// three octal digits). A comment goes from % to the end of the line. No locale matters, and nothing
+// uses more stack for deeper nesting.
 #pragma once
 
-#include "runtime/notation/NotationScanner.h"
 #include "runtime/values/PosCollections.h"
 
 #include <string_view>
 
 namespace bibrt {
+
+// A fault in a text and where it lies; the message is cut short if need be.
+struct NotationFault {
+    std::size_t fOffset;
+    char fMessage[160];
+};
+
+// Line and column of a place, both counted from 1; the column in bytes.
+struct NotationPlace {
+    unsigned long fLine;
+    unsigned long fColumn;
+};
+NotationPlace PlaceOf(std::string_view text, std::size_t offset) noexcept;
+
+// Throws a NotationFault with a message made as printf makes it.
+[[noreturn, gnu::format(printf, 2, 3)]] void
+ThrowFault(std::size_t offset, char const* format, ...);
+
+// Whether all of text can stand as a word.
+bool IsPlainWord(std::string_view text) noexcept;
+
+// Whether text has the form of a number: a sign, digits with at most one point, an exponent.
+bool IsNumber(std::string_view text) noexcept;
 
 // Hears of each value while a text is read, before what lies in it. The value lies in a collection
 // that is so deep, 0 for the value of the text itself: its key stands at offset, or itself.

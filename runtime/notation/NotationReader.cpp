@@ -1,41 +1,221 @@
 #include "runtime/notation/Notation.h"
 
+#include <algorithm>
 #include <charconv>
+#include <cstdarg>
+#include <cstdio>
 
 namespace bibrt {
 
 namespace {
+
+constexpr std::string_view kBlanks = " \t\n\r\f\v";
+constexpr std::string_view kBrackets = "<>[]()%";
+constexpr std::string_view kDigits = "0123456789";
+constexpr int kMaxByte = 255;
+constexpr int kOctalDigits = 3;
+
+bool IsOctal(char c) noexcept {
+    return c >= '0' && c <= '7';
+}
+
+// Takes the leading digits off text; how many there were.
+std::size_t TakeDigits(std::string_view& text) noexcept {
+    std::size_t const count = std::min(text.find_first_not_of(kDigits), text.size());
+    text.remove_prefix(count);
+    return count;
+}
+
+bool TakeOneOf(std::string_view& text, std::string_view choices) noexcept {
+    bool const isThere = !text.empty() && choices.find(text.front()) != std::string_view::npos;
+    text.remove_prefix(isThere ? 1 : 0);
+    return isThere;
+}
+
+bool IsDelimiter(char c) noexcept {
+    return kBlanks.find(c) != std::string_view::npos || kBrackets.find(c) != std::string_view::npos;
+}
+
+} // namespace
+
+NotationPlace PlaceOf(std::string_view text, std::size_t offset) noexcept {
+    NotationPlace place = {1, 1};
+    for (std::size_t i = 0; i < offset; ++i) {
+        bool const isLineEnd =
+            text[i] == '\n' || (text[i] == '\r' && (i + 1 == text.size() || text[i + 1] != '\n'));
+        place = isLineEnd ? NotationPlace{place.fLine + 1, 1}
+                          : NotationPlace{place.fLine, place.fColumn + 1};
+    }
+    return place;
+}
+
+void ThrowFault(std::size_t offset, char const* format, ...) {
+    NotationFault fault = {.fOffset = offset, .fMessage = {}};
+    std::va_list arguments;
+    va_start(arguments, format);
+    std::vsnprintf(fault.fMessage, sizeof(fault.fMessage), format, arguments);
+    va_end(arguments);
+    throw NotationFault(fault);
+}
+
+bool IsPlainWord(std::string_view text) noexcept {
+    return !text.empty() && std::all_of(text.begin(), text.end(), [](char c) {
+        return c > ' ' && c <= '~' && !IsDelimiter(c);
+    });
+}
+
+bool IsNumber(std::string_view text) noexcept {
+    TakeOneOf(text, "+-");
+    std::size_t digits = TakeDigits(text);
+    if (TakeOneOf(text, ".")) {
+        digits += TakeDigits(text);
+    }
+    if (digits == 0) {
+        return false;
+    }
+    if (TakeOneOf(text, "eE")) {
+        TakeOneOf(text, "+-");
+        if (TakeDigits(text) == 0) {
+            return false;
+        }
+    }
+    return text.empty();
+}
+
+namespace {
+
+enum class TokenKind { kEnd, kOpenDict, kCloseDict, kOpenArray, kCloseArray, kWord, kText };
+
+// fText is valid until the next token is read.
+struct Token {
+    TokenKind fKind;
+    std::size_t fOffset;
+    std::string_view fText; // of a word or a text, without brackets and escapes
+};
+
+class NotationScanner {
+public:
+    explicit NotationScanner(std::string_view text) noexcept : fText(text) {}
+
+    // The next token. Throws NotationFault and std::bad_alloc.
+    Token Next() {
+        SkipBlanks();
+        if (IsAtEnd()) {
+            return {TokenKind::kEnd, fCursor, {}};
+        }
+        std::size_t const start = fCursor;
+        switch (fText[fCursor]) {
+        case '<':
+            return {TokenKind::kOpenDict, fCursor++, {}};
+        case '>':
+            return {TokenKind::kCloseDict, fCursor++, {}};
+        case '[':
+            return {TokenKind::kOpenArray, fCursor++, {}};
+        case ']':
+            return {TokenKind::kCloseArray, fCursor++, {}};
+        case '(':
+            return ReadText();
+        case ')':
+            ThrowFault(start, "')' without a '(' before it");
+        default:
+            return ReadWord();
+        }
+    }
+
+    std::string_view Text() const noexcept { return fText; }
+
+private:
+    bool IsAtEnd() const noexcept { return fCursor == fText.size(); }
+
+    void SkipBlanks() noexcept {
+        while (!IsAtEnd()) {
+            if (fText[fCursor] == '%') {
+                fCursor = std::min(fText.find_first_of("\n\r", fCursor), fText.size());
+            } else if (kBlanks.find(fText[fCursor]) != std::string_view::npos) {
+                ++fCursor;
+            } else {
+                return;
+            }
+        }
+    }
+
+    Token ReadWord() noexcept {
+        std::size_t const start = fCursor;
+        while (!IsAtEnd() && !IsDelimiter(fText[fCursor])) {
+            ++fCursor;
+        }
+        return {TokenKind::kWord, start, fText.substr(start, fCursor - start)};
+    }
+
+    Token ReadText() {
+        std::size_t const start = fCursor++;
+        std::size_t depth = 1;
+        fDecoded.clear();
+        while (!IsAtEnd()) {
+            char const c = fText[fCursor++];
+            if (c == '\\') {
+                ReadEscape();
+                continue;
+            }
+            depth += c == '(' ? 1 : 0;
+            depth -= c == ')' ? 1 : 0;
+            if (depth == 0) {
+                return {TokenKind::kText, start, fDecoded};
+            }
+            fDecoded.push_back(c);
+        }
+        NotationPlace const opened = PlaceOf(fText, start);
+        ThrowFault(
+            fCursor,
+            "the text opened at line %lu, column %lu is not closed",
+            opened.fLine,
+            opened.fColumn);
+    }
+
+    // The cursor stands behind the backslash.
+    void ReadEscape() {
+        static constexpr std::string_view kNames = "()\\nrt";
+        static constexpr std::string_view kMeanings = "()\\\n\r\t";
+        if (IsAtEnd()) {
+            return;
+        }
+        if (IsOctal(fText[fCursor])) {
+            fDecoded.push_back(ReadOctal());
+            return;
+        }
+        std::size_t const which = kNames.find(fText[fCursor]);
+        if (which == std::string_view::npos) {
+            ThrowFault(fCursor - 1, "unknown escape '\\%c'", fText[fCursor]);
+        }
+        ++fCursor;
+        fDecoded.push_back(kMeanings[which]);
+    }
+
+    char ReadOctal() {
+        std::size_t const start = fCursor;
+        int value = 0;
+        while (fCursor < start + kOctalDigits && !IsAtEnd() && IsOctal(fText[fCursor])) {
+            value = value * 8 + (fText[fCursor++] - '0');
+        }
+        if (value == 0) {
+            ThrowFault(start - 1, "a text cannot hold a zero byte");
+        }
+        if (value > kMaxByte) {
+            ThrowFault(start - 1, "an octal escape goes up to \\377");
+        }
+        return static_cast<char>(value);
+    }
+
+    std::string_view fText;
+    std::size_t fCursor = 0;
+    String fDecoded; // of the last text
+};
 
 // A collection that is open: what it is, the key that waits for its value, where it was opened.
 struct OpenCollection {
     POSObject* fCollection;
     AtomRef fKey;
     std::size_t fOffset;
-};
-
-class NotationReader {
-public:
-    NotationReader(std::string_view text, PlaceListener* listener) noexcept
-        : fScanner(text),
-          fListener(listener) {}
-
-    Unowned<POSObject> Read();
-
-private:
-    bool IsKeyExpected() const noexcept;
-    void Take(Token const& token);
-    void TakeKey(Token const& token);
-    void Close(Token const& token, ContainerType const& type);
-    void TellElement(std::size_t offset);
-    void Store(Unowned<POSObject> value);
-    void Open(Unowned<POSObject> collection, std::size_t offset);
-    [[noreturn]] void ThrowUnclosed(Token const& end) const;
-    [[noreturn]] void ThrowNoValue(Token const& token) const;
-
-    NotationScanner fScanner;
-    PlaceListener* fListener; // may be null
-    Vector<OpenCollection> fOpen;
-    Unowned<POSObject> fRoot; // holds every other value
 };
 
 double ReadNumber(Token const& word) {
@@ -60,129 +240,143 @@ char const* NameOf(POSObject const* collection) noexcept {
     return IsOfType(collection, gDictType) ? "dictionary" : "array";
 }
 
-Unowned<POSObject> NotationReader::Read() {
-    do {
-        Token const token = fScanner.Next();
-        if (IsKeyExpected()) {
-            TakeKey(token);
-        } else {
-            Take(token);
+class NotationReader {
+public:
+    NotationReader(std::string_view text, PlaceListener* listener) noexcept
+        : fScanner(text),
+          fListener(listener) {}
+
+    Unowned<POSObject> Read() {
+        do {
+            Token const token = fScanner.Next();
+            if (IsKeyExpected()) {
+                TakeKey(token);
+            } else {
+                Take(token);
+            }
+        } while (!fOpen.empty());
+        if (Token const rest = fScanner.Next(); rest.fKind != TokenKind::kEnd) {
+            ThrowFault(rest.fOffset, "expected nothing more after the value");
         }
-    } while (!fOpen.empty());
-    if (Token const rest = fScanner.Next(); rest.fKind != TokenKind::kEnd) {
-        ThrowFault(rest.fOffset, "expected nothing more after the value");
+        return std::move(fRoot);
     }
-    return std::move(fRoot);
-}
 
-bool NotationReader::IsKeyExpected() const noexcept {
-    return !fOpen.empty() && !fOpen.back().fKey && IsOfType(fOpen.back().fCollection, gDictType);
-}
-
-// Takes what stands in the place of a value.
-void NotationReader::Take(Token const& token) {
-    switch (token.fKind) {
-    case TokenKind::kOpenDict:
-        TellElement(token.fOffset);
-        Open(Unowned<POSObject>(NewObject<POSDict>()), token.fOffset);
-        break;
-    case TokenKind::kOpenArray:
-        TellElement(token.fOffset);
-        Open(Unowned<POSObject>(NewObject<POSArray>()), token.fOffset);
-        break;
-    case TokenKind::kCloseArray:
-        Close(token, gArrayType);
-        break;
-    case TokenKind::kWord:
-    case TokenKind::kText:
-        TellElement(token.fOffset);
-        Store(ReadScalar(token));
-        break;
-    case TokenKind::kCloseDict:
-    case TokenKind::kEnd:
-        ThrowNoValue(token);
+private:
+    bool IsKeyExpected() const noexcept {
+        return !fOpen.empty() && !fOpen.back().fKey &&
+               IsOfType(fOpen.back().fCollection, gDictType);
     }
-}
 
-// Takes what stands in the place of a key.
-void NotationReader::TakeKey(Token const& token) {
-    switch (token.fKind) {
-    case TokenKind::kWord:
-    case TokenKind::kText:
-        fOpen.back().fKey = AtomRef(InternText(token.fText));
-        if (fListener) {
-            fListener->OnKey(fOpen.size(), token.fText, token.fOffset);
+    // Takes what stands in the place of a value.
+    void Take(Token const& token) {
+        switch (token.fKind) {
+        case TokenKind::kOpenDict:
+            TellElement(token.fOffset);
+            Open(Unowned<POSObject>(NewObject<POSDict>()), token.fOffset);
+            break;
+        case TokenKind::kOpenArray:
+            TellElement(token.fOffset);
+            Open(Unowned<POSObject>(NewObject<POSArray>()), token.fOffset);
+            break;
+        case TokenKind::kCloseArray:
+            Close(token, gArrayType);
+            break;
+        case TokenKind::kWord:
+        case TokenKind::kText:
+            TellElement(token.fOffset);
+            Store(ReadScalar(token));
+            break;
+        case TokenKind::kCloseDict:
+        case TokenKind::kEnd:
+            ThrowNoValue(token);
         }
-        break;
-    case TokenKind::kCloseDict:
-        Close(token, gDictType);
-        break;
-    case TokenKind::kEnd:
-        ThrowUnclosed(token);
-    default:
-        ThrowFault(token.fOffset, "expected a key or '>'");
     }
-}
 
-// Tells of what stands in an array, or alone.
-void NotationReader::TellElement(std::size_t offset) {
-    bool const isUnderKey = !fOpen.empty() && fOpen.back().fKey.Get();
-    if (fListener && !isUnderKey) {
-        std::size_t const index = fOpen.empty() ? 0 : CountChildren(*fOpen.back().fCollection);
-        fListener->OnElement(fOpen.size(), index, offset);
+    // Takes what stands in the place of a key.
+    void TakeKey(Token const& token) {
+        switch (token.fKind) {
+        case TokenKind::kWord:
+        case TokenKind::kText:
+            fOpen.back().fKey = AtomRef(InternText(token.fText));
+            if (fListener) {
+                fListener->OnKey(fOpen.size(), token.fText, token.fOffset);
+            }
+            break;
+        case TokenKind::kCloseDict:
+            Close(token, gDictType);
+            break;
+        case TokenKind::kEnd:
+            ThrowUnclosed(token);
+        default:
+            ThrowFault(token.fOffset, "expected a key or '>'");
+        }
     }
-}
 
-void NotationReader::Store(Unowned<POSObject> value) {
-    if (fOpen.empty()) {
-        fRoot = std::move(value);
-        return;
+    // Tells of what stands in an array, or alone.
+    void TellElement(std::size_t offset) {
+        bool const isUnderKey = !fOpen.empty() && fOpen.back().fKey.Get();
+        if (fListener && !isUnderKey) {
+            std::size_t const index = fOpen.empty() ? 0 : CountChildren(*fOpen.back().fCollection);
+            fListener->OnElement(fOpen.size(), index, offset);
+        }
     }
-    OpenCollection& top = fOpen.back();
-    AtomRef const key = std::move(top.fKey);
-    if (!AddTo(*top.fCollection, key, *value)) {
-        throw std::bad_alloc();
-    }
-    // The collection keeps it alive from here on.
-    static_cast<void>(value.release());
-}
 
-void NotationReader::Open(Unowned<POSObject> collection, std::size_t offset) {
-    POSObject* const opened = collection.get();
-    Store(std::move(collection));
-    fOpen.push_back({opened, {}, offset});
-}
+    void Store(Unowned<POSObject> value) {
+        if (fOpen.empty()) {
+            fRoot = std::move(value);
+            return;
+        }
+        OpenCollection& top = fOpen.back();
+        AtomRef const key = std::move(top.fKey);
+        if (!AddTo(*top.fCollection, key, *value)) {
+            throw std::bad_alloc();
+        }
+        // The collection keeps it alive from here on.
+        static_cast<void>(value.release());
+    }
 
-void NotationReader::Close(Token const& token, ContainerType const& type) {
-    if (fOpen.empty() || !IsOfType(fOpen.back().fCollection, type) || fOpen.back().fKey) {
-        ThrowNoValue(token);
+    void Open(Unowned<POSObject> collection, std::size_t offset) {
+        POSObject* const opened = collection.get();
+        Store(std::move(collection));
+        fOpen.push_back({opened, {}, offset});
     }
-    fOpen.pop_back();
-}
 
-void NotationReader::ThrowUnclosed(Token const& end) const {
-    NotationPlace const opened = PlaceOf(fScanner.Text(), fOpen.back().fOffset);
-    ThrowFault(
-        end.fOffset,
-        "the %s opened at line %lu, column %lu is not closed",
-        NameOf(fOpen.back().fCollection),
-        opened.fLine,
-        opened.fColumn);
-}
+    void Close(Token const& token, ContainerType const& type) {
+        if (fOpen.empty() || !IsOfType(fOpen.back().fCollection, type) || fOpen.back().fKey) {
+            ThrowNoValue(token);
+        }
+        fOpen.pop_back();
+    }
 
-// Says what is missing where no value stands.
-void NotationReader::ThrowNoValue(Token const& token) const {
-    if (fOpen.empty()) {
-        ThrowFault(token.fOffset, "expected a value");
+    [[noreturn]] void ThrowUnclosed(Token const& end) const {
+        NotationPlace const opened = PlaceOf(fScanner.Text(), fOpen.back().fOffset);
+        ThrowFault(
+            end.fOffset,
+            "the %s opened at line %lu, column %lu is not closed",
+            NameOf(fOpen.back().fCollection),
+            opened.fLine,
+            opened.fColumn);
     }
-    if (BIBStringAtom const* const key = fOpen.back().fKey) {
-        ThrowFault(token.fOffset, "expected a value for the key \"%.60s\"", key->Text());
+
+    // Says what is missing where no value stands.
+    [[noreturn]] void ThrowNoValue(Token const& token) const {
+        if (fOpen.empty()) {
+            ThrowFault(token.fOffset, "expected a value");
+        }
+        if (BIBStringAtom const* const key = fOpen.back().fKey) {
+            ThrowFault(token.fOffset, "expected a value for the key \"%.60s\"", key->Text());
+        }
+        if (token.fKind == TokenKind::kEnd) {
+            ThrowUnclosed(token);
+        }
+        ThrowFault(token.fOffset, "expected a value or ']'");
     }
-    if (token.fKind == TokenKind::kEnd) {
-        ThrowUnclosed(token);
-    }
-    ThrowFault(token.fOffset, "expected a value or ']'");
-}
+
+    NotationScanner fScanner;
+    PlaceListener* fListener; // may be null
+    Vector<OpenCollection> fOpen;
+    Unowned<POSObject> fRoot; // holds every other value
+};
 
 } // namespace
 

@@ -1,5 +1,4 @@
 #include "runtime/notation/Notation.h"
-#include "runtime/values/Utf16.h"
 
 #include <charconv>
 #include <cmath>
@@ -91,6 +90,60 @@ void AppendBinData(String& out, POSBinData const& binData) {
     }
     out.push_back(')');
     AppendKind(out, "binary data of type ", binData.TypeName());
+}
+
+constexpr unsigned kFirstHigh = 0xD800;
+constexpr unsigned kFirstLow = 0xDC00;
+constexpr unsigned kPastLow = 0xE000;
+constexpr unsigned kFirstPaired = 0x10000;
+constexpr unsigned kReplacement = 0xFFFD;
+
+bool IsLow(unsigned unit) noexcept {
+    return unit >= kFirstLow && unit < kPastLow;
+}
+
+// The code point at position, which moves behind it.
+unsigned
+NextCodePoint(unsigned short const* units, unsigned long length, unsigned long& position) noexcept {
+    unsigned const unit = units[position++];
+    if (unit < kFirstHigh || unit >= kPastLow) {
+        return unit;
+    }
+    if (IsLow(unit) || position == length || !IsLow(units[position])) {
+        return kReplacement;
+    }
+    unsigned const low = units[position++];
+    return kFirstPaired + ((unit - kFirstHigh) << 10) + (low - kFirstLow);
+}
+
+void AppendTail(String& out, unsigned codePoint, unsigned shift) {
+    out.push_back(static_cast<char>(0x80U | ((codePoint >> shift) & 0x3FU)));
+}
+
+void AppendCodePoint(String& out, unsigned codePoint) {
+    if (codePoint < 0x80) {
+        out.push_back(static_cast<char>(codePoint));
+        return;
+    }
+    if (codePoint < 0x800) {
+        out.push_back(static_cast<char>(0xC0U | (codePoint >> 6)));
+    } else if (codePoint < kFirstPaired) {
+        out.push_back(static_cast<char>(0xE0U | (codePoint >> 12)));
+        AppendTail(out, codePoint, 6);
+    } else {
+        out.push_back(static_cast<char>(0xF0U | (codePoint >> 18)));
+        AppendTail(out, codePoint, 12);
+        AppendTail(out, codePoint, 6);
+    }
+    AppendTail(out, codePoint, 0);
+}
+
+// Appends the length units in UTF-8; half of a surrogate pair becomes U+FFFD.
+void AppendUtf8(String& out, unsigned short const* units, unsigned long length) {
+    unsigned long position = 0;
+    while (position < length) {
+        AppendCodePoint(out, NextCodePoint(units, length, position));
+    }
 }
 
 void AppendUnicodeString(String& out, POSUnicodeString const& string) {
