@@ -27,10 +27,6 @@ struct NotationPlace {
 };
 NotationPlace PlaceOf(std::string_view text, std::size_t offset) noexcept;
 
-// Throws a NotationFault with a message made as printf makes it.
-[[noreturn, gnu::format(printf, 2, 3)]] void
-ThrowFault(std::size_t offset, char const* format, ...);
-
 // Whether all of text can stand as a word.
 bool IsPlainWord(std::string_view text) noexcept;
 

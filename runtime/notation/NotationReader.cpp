@@ -32,6 +32,17 @@ bool TakeOneOf(std::string_view& text, std::string_view choices) noexcept {
     return isThere;
 }
 
+// Throws a NotationFault with a message made as printf makes it.
+[[noreturn, gnu::format(printf, 2, 3)]] void
+ThrowFault(std::size_t offset, char const* format, ...) {
+    NotationFault fault = {.fOffset = offset, .fMessage = {}};
+    std::va_list arguments;
+    va_start(arguments, format);
+    std::vsnprintf(fault.fMessage, sizeof(fault.fMessage), format, arguments);
+    va_end(arguments);
+    throw NotationFault(fault);
+}
+
 bool IsDelimiter(char c) noexcept {
     return kBlanks.find(c) != std::string_view::npos || kBrackets.find(c) != std::string_view::npos;
 }
@@ -47,15 +58,6 @@ NotationPlace PlaceOf(std::string_view text, std::size_t offset) noexcept {
                           : NotationPlace{place.fLine, place.fColumn + 1};
     }
     return place;
-}
-
-void ThrowFault(std::size_t offset, char const* format, ...) {
-    NotationFault fault = {.fOffset = offset, .fMessage = {}};
-    std::va_list arguments;
-    va_start(arguments, format);
-    std::vsnprintf(fault.fMessage, sizeof(fault.fMessage), format, arguments);
-    va_end(arguments);
-    throw NotationFault(fault);
 }
 
 bool IsPlainWord(std::string_view text) noexcept {

@@ -1,7 +1,6 @@
 // Judging a schema itself.
 #include "runtime/schema/SchemaRule.h"
 #include "runtime/schema/SchemaText.h"
-#include "runtime/schema/SettingsWalk.h"
 
 #include <unordered_set>
 
@@ -84,168 +83,157 @@ public:
         : fValidator(validator),
           fSink(sink) {}
 
-    void Run();
+    void Run() {
+        ForEachEntry(*fValidator.fSchema, [this](DictEntry const& entry) {
+            PathStep const step(fPath, entry.fKey->Text());
+            CheckStructure(entry);
+        });
+        CheckReach();
+    }
 
 private:
-    void CheckStructure(DictEntry const& entry);
-    void CheckOptional(POSDict const& structure);
-    void CheckRules(POSObject& source);
-    bool CheckRule(POSObject& source);
-    void CheckUnused(SchemaRule const& rule, bool isSound);
-    void CheckReach();
-    BIBStringAtom const* FindMain() const noexcept;
-    AtomSet FindReached(BIBStringAtom const* main) const;
+    void CheckStructure(DictEntry const& entry) {
+        if (IsKindName(entry.fKey->Text())) {
+            Report(Join(
+                {"says ", entry.fKey->Text(), ", which is a kind and cannot name a structure"}));
+        }
+        if (KindOf(*entry.fValue) != ValueKind::kDictionary) {
+            Report(Join({"says ", FoundText(*entry.fValue), ", which is not a structure"}));
+            return;
+        }
+        auto const& structure = static_cast<POSDict const&>(*entry.fValue);
+        ForEachEntry(structure, [this](DictEntry const& setting) {
+            if (std::string_view(setting.fKey->Text()) != kOptional) {
+                PathStep const step(fPath, setting.fKey->Text());
+                CheckRules(*setting.fValue);
+            }
+        });
+        CheckOptional(structure);
+    }
+
+    void CheckOptional(POSDict const& structure) {
+        POSObject const* const optional = FindPart(structure, kOptional);
+        if (!optional) {
+            return;
+        }
+        PathStep const step(fPath, kOptional);
+        if (KindOf(*optional) != ValueKind::kDictionary) {
+            Report(Join({"says ", FoundText(*optional), ", which is not a dictionary"}));
+            return;
+        }
+        ForEachEntry(static_cast<POSDict const&>(*optional), [&](DictEntry const& setting) {
+            char const* const key = setting.fKey->Text();
+            PathStep const keyStep(fPath, key);
+            if (std::string_view(key) != kOptional && structure.fEntries.Get(setting.fKey)) {
+                Report(Join({"says ", ShownText(key), ", which is also a required setting"}));
+            }
+            CheckRules(*setting.fValue);
+        });
+    }
+
+    // A rule, the rule of its elements, and so on.
+    void CheckRules(POSObject& source) {
+        if (ContainsItself(source)) {
+            Report("says a rule that contains itself");
+            return;
+        }
+        std::size_t const length = fPath.size();
+        for (POSObject* rule = &source; rule && CheckRule(*rule); rule = ElementRule(*rule)) {
+            AppendKeyStep(fPath, NameOf(RuleKey::kOf));
+        }
+        fPath.resize(length);
+    }
+
+    // False when the rule of its elements is of no use.
+    bool CheckRule(POSObject& source) {
+        RuleFaults faults;
+        SchemaRule const rule = ReadRule(fValidator, source, faults);
+        for (RuleFault const& fault : faults) {
+            std::size_t const length = fPath.size();
+            if (fault.fKey) {
+                AppendKeyStep(fPath, fault.fKey);
+            }
+            Report(fault.fText);
+            fPath.resize(length);
+        }
+        CheckUnused(rule, faults.empty());
+        return rule.fType == RuleType::kArray;
+    }
+
+    // What validation makes no use of.
+    void CheckUnused(SchemaRule const& rule, bool isSound) {
+        POSObject* const defaultValue = rule.Part(RuleKey::kDefault);
+        if (defaultValue && isSound) {
+            PathStep const step(fPath, NameOf(RuleKey::kDefault));
+            String const path(PathEnd(fPath));
+            JudgeValue(fValidator, fSink, JudgeMode::kDefaults, rule, *defaultValue, path, path);
+        }
+        POSObject const* const doc = rule.Part(RuleKey::kDoc);
+        if (doc && !IsOfType(doc, gStringType)) {
+            PathStep const step(fPath, NameOf(RuleKey::kDoc));
+            Report(Join({"says ", FoundText(*doc), ", which is not a text"}));
+        }
+    }
+
+    void CheckReach() {
+        BIBStringAtom const* const main = FindMain();
+        if (!main) {
+            return;
+        }
+        AtomSet const reached = FindReached(main);
+        ForEachEntry(*fValidator.fSchema, [&](DictEntry const& entry) {
+            bool const isStructure =
+                fValidator.FindStructure(entry.fKey) && !IsKindName(entry.fKey->Text());
+            if (isStructure && reached.count(entry.fKey) == 0) {
+                PathStep const step(fPath, entry.fKey->Text());
+                Report(Join({"cannot be reached from ", ShownText(main->Text())}));
+            }
+        });
+    }
+
+    // The structure from which every other must be reached; null when there is none.
+    BIBStringAtom const* FindMain() const noexcept {
+        BIBStringAtom const* const main = FindAtom(kMainStructure);
+        if (fValidator.FindStructure(main)) {
+            return main;
+        }
+        std::size_t position = 0;
+        DictEntry const* entry = nullptr;
+        do {
+            entry = fValidator.fSchema->fEntries.Next(position);
+        } while (entry && !fValidator.FindStructure(entry->fKey));
+        return entry ? entry->fKey.Get() : nullptr;
+    }
+
+    AtomSet FindReached(BIBStringAtom const* main) const {
+        AtomSet reached;
+        Vector<BIBStringAtom const*> waiting;
+        auto const reach = [&](BIBStringAtom const* name) {
+            if (name && reached.insert(name).second) {
+                waiting.push_back(name);
+            }
+        };
+        auto const reachByRule = [&](POSObject& source) {
+            bool const isEndless = ContainsItself(source);
+            for (POSObject* rule = &source; rule && !isEndless; rule = ElementRule(*rule)) {
+                reach(FindStructureName(fValidator, *rule));
+            }
+        };
+        reach(main);
+        while (!waiting.empty()) {
+            POSDict const& structure = *fValidator.FindStructure(waiting.back());
+            waiting.pop_back();
+            ForEachRule(structure, reachByRule);
+        }
+        return reached;
+    }
+
     void Report(std::string_view text) { fSink.Report(fPath, text); }
 
     POSValidator const& fValidator;
     MessageSink& fSink;
     String fPath;
 };
-
-void SchemaCheck::Run() {
-    ForEachEntry(*fValidator.fSchema, [this](DictEntry const& entry) {
-        PathStep const step(fPath, entry.fKey->Text());
-        CheckStructure(entry);
-    });
-    CheckReach();
-}
-
-void SchemaCheck::CheckStructure(DictEntry const& entry) {
-    if (IsKindName(entry.fKey->Text())) {
-        Report(
-            Join({"says ", entry.fKey->Text(), ", which is a kind and cannot name a structure"}));
-    }
-    if (KindOf(*entry.fValue) != ValueKind::kDictionary) {
-        Report(Join({"says ", FoundText(*entry.fValue), ", which is not a structure"}));
-        return;
-    }
-    auto const& structure = static_cast<POSDict const&>(*entry.fValue);
-    ForEachEntry(structure, [this](DictEntry const& setting) {
-        if (std::string_view(setting.fKey->Text()) != kOptional) {
-            PathStep const step(fPath, setting.fKey->Text());
-            CheckRules(*setting.fValue);
-        }
-    });
-    CheckOptional(structure);
-}
-
-void SchemaCheck::CheckOptional(POSDict const& structure) {
-    POSObject const* const optional = FindPart(structure, kOptional);
-    if (!optional) {
-        return;
-    }
-    PathStep const step(fPath, kOptional);
-    if (KindOf(*optional) != ValueKind::kDictionary) {
-        Report(Join({"says ", FoundText(*optional), ", which is not a dictionary"}));
-        return;
-    }
-    ForEachEntry(static_cast<POSDict const&>(*optional), [&](DictEntry const& setting) {
-        char const* const key = setting.fKey->Text();
-        PathStep const keyStep(fPath, key);
-        if (std::string_view(key) != kOptional && structure.fEntries.Get(setting.fKey)) {
-            Report(Join({"says ", ShownText(key), ", which is also a required setting"}));
-        }
-        CheckRules(*setting.fValue);
-    });
-}
-
-// A rule, the rule of its elements, and so on.
-void SchemaCheck::CheckRules(POSObject& source) {
-    if (ContainsItself(source)) {
-        Report("says a rule that contains itself");
-        return;
-    }
-    std::size_t const length = fPath.size();
-    for (POSObject* rule = &source; rule && CheckRule(*rule); rule = ElementRule(*rule)) {
-        AppendKeyStep(fPath, NameOf(RuleKey::kOf));
-    }
-    fPath.resize(length);
-}
-
-// False when the rule of its elements is of no use.
-bool SchemaCheck::CheckRule(POSObject& source) {
-    RuleFaults faults;
-    SchemaRule const rule = ReadRule(fValidator, source, faults);
-    for (RuleFault const& fault : faults) {
-        std::size_t const length = fPath.size();
-        if (fault.fKey) {
-            AppendKeyStep(fPath, fault.fKey);
-        }
-        Report(fault.fText);
-        fPath.resize(length);
-    }
-    CheckUnused(rule, faults.empty());
-    return rule.fType == RuleType::kArray;
-}
-
-// What validation makes no use of.
-void SchemaCheck::CheckUnused(SchemaRule const& rule, bool isSound) {
-    POSObject* const defaultValue = rule.Part(RuleKey::kDefault);
-    if (defaultValue && isSound) {
-        PathStep const step(fPath, NameOf(RuleKey::kDefault));
-        String const path(PathEnd(fPath));
-        SettingsWalk(fValidator, fSink, JudgeMode::kDefaults)
-            .Judge(rule, *defaultValue, path, path);
-    }
-    POSObject const* const doc = rule.Part(RuleKey::kDoc);
-    if (doc && !IsOfType(doc, gStringType)) {
-        PathStep const step(fPath, NameOf(RuleKey::kDoc));
-        Report(Join({"says ", FoundText(*doc), ", which is not a text"}));
-    }
-}
-
-void SchemaCheck::CheckReach() {
-    BIBStringAtom const* const main = FindMain();
-    if (!main) {
-        return;
-    }
-    AtomSet const reached = FindReached(main);
-    ForEachEntry(*fValidator.fSchema, [&](DictEntry const& entry) {
-        bool const isStructure =
-            fValidator.FindStructure(entry.fKey) && !IsKindName(entry.fKey->Text());
-        if (isStructure && reached.count(entry.fKey) == 0) {
-            PathStep const step(fPath, entry.fKey->Text());
-            Report(Join({"cannot be reached from ", ShownText(main->Text())}));
-        }
-    });
-}
-
-// The structure from which every other must be reached; null when there is none.
-BIBStringAtom const* SchemaCheck::FindMain() const noexcept {
-    BIBStringAtom const* const main = FindAtom(kMainStructure);
-    if (fValidator.FindStructure(main)) {
-        return main;
-    }
-    std::size_t position = 0;
-    DictEntry const* entry = nullptr;
-    do {
-        entry = fValidator.fSchema->fEntries.Next(position);
-    } while (entry && !fValidator.FindStructure(entry->fKey));
-    return entry ? entry->fKey.Get() : nullptr;
-}
-
-AtomSet SchemaCheck::FindReached(BIBStringAtom const* main) const {
-    AtomSet reached;
-    Vector<BIBStringAtom const*> waiting;
-    auto const reach = [&](BIBStringAtom const* name) {
-        if (name && reached.insert(name).second) {
-            waiting.push_back(name);
-        }
-    };
-    auto const reachByRule = [&](POSObject& source) {
-        bool const isEndless = ContainsItself(source);
-        for (POSObject* rule = &source; rule && !isEndless; rule = ElementRule(*rule)) {
-            reach(FindStructureName(fValidator, *rule));
-        }
-    };
-    reach(main);
-    while (!waiting.empty()) {
-        POSDict const& structure = *fValidator.FindStructure(waiting.back());
-        waiting.pop_back();
-        ForEachRule(structure, reachByRule);
-    }
-    return reached;
-}
 
 } // namespace
 

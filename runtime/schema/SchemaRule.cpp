@@ -35,15 +35,12 @@ bool IsArray(POSObject const& value) noexcept {
 }
 
 bool IsBound(POSObject const& value) noexcept {
-    return IsOfType(&value, gNumberType) &&
-           !std::isnan(static_cast<POSNumber const&>(value).fValue);
+    return IsOfType(&value, gNumberType) && !std::isnan(NumberOf(value));
 }
 
 bool IsCount(POSObject const& value) noexcept {
-    return IsBound(value) && std::isfinite(static_cast<POSNumber const&>(value).fValue) &&
-           static_cast<POSNumber const&>(value).fValue >= 0 &&
-           std::trunc(static_cast<POSNumber const&>(value).fValue) ==
-               static_cast<POSNumber const&>(value).fValue;
+    return IsBound(value) && std::isfinite(NumberOf(value)) && NumberOf(value) >= 0 &&
+           std::trunc(NumberOf(value)) == NumberOf(value);
 }
 
 // Which types a key fits, and what its value must be.
@@ -83,154 +80,149 @@ public:
         : fValidator(validator),
           fFaults(faults) {}
 
-    SchemaRule Read(POSObject& source);
+    SchemaRule Read(POSObject& source) {
+        POSObject*& word = fRule.fParts[static_cast<std::size_t>(RuleKey::kType)];
+        if (IsOfType(&source, gStringType)) {
+            word = &source;
+            ReadType(nullptr, source);
+        } else if (KindOf(source) != ValueKind::kDictionary) {
+            AddFault(
+                nullptr,
+                Join({"says ", FoundText(source), ", which is neither a word nor a dictionary"}));
+        } else {
+            ReadParts(static_cast<POSDict&>(source));
+        }
+        return fRule;
+    }
 
 private:
-    void ReadParts(POSDict& source);
-    void ReadPart(BIBStringAtom const& key, POSObject* value);
-    bool ReadType(char const* key, POSObject& word);
-    void CheckFit(Fit const& fit);
-    void CheckAllowed();
-    void CheckBounds();
-    void ReadExtraCheck();
+    void ReadParts(POSDict& source) {
+        std::size_t position = 0;
+        while (DictEntry const* const entry = source.fEntries.Next(position)) {
+            ReadPart(*entry->fKey, entry->fValue);
+        }
+        POSObject* const word = fRule.Part(RuleKey::kType);
+        if (!word) {
+            AddFault(nullptr, Join({"has no type"}));
+        } else if (ReadType(NameOf(RuleKey::kType), *word)) {
+            for (Fit const& fit : kFits) {
+                CheckFit(fit);
+            }
+            CheckAllowed();
+            CheckBounds();
+        }
+        ReadExtraCheck();
+    }
+
+    void ReadPart(BIBStringAtom const& key, POSObject* value) {
+        auto const* const name =
+            std::find(std::begin(kKeyNames), std::end(kKeyNames), std::string_view(key.Text()));
+        if (name == std::end(kKeyNames)) {
+            AddFault(
+                key.Text(),
+                Join({"says ", ShownText(key.Text()), ", which is not a key of a rule"}));
+        } else {
+            fRule.fParts[name - std::begin(kKeyNames)] = value;
+        }
+    }
+
+    // False when nothing is known by the word.
+    bool ReadType(char const* key, POSObject& word) {
+        auto const* const kind =
+            std::find(std::begin(kKindNames), std::end(kKindNames), WordOf(word));
+        BIBStringAtom const* const atom = AtomOf(word);
+        bool isKnown = true;
+        if (kind != std::end(kKindNames)) {
+            fRule.fType = static_cast<RuleType>(kind - std::begin(kKindNames));
+        } else if ((fRule.fStructure = fValidator.FindStructure(atom))) {
+            fRule.fType = RuleType::kStructure;
+        } else {
+            fRule.fType = RuleType::kCheck;
+            fRule.fTypeCheck = fValidator.FindCheck(atom);
+            isKnown = fRule.fTypeCheck.fProc != nullptr;
+        }
+        if (!isKnown) {
+            AddFault(
+                key,
+                Join(
+                    {"says ",
+                     SaidText(word),
+                     ", which is not a kind, structure or registered check"}));
+        }
+        return isKnown;
+    }
+
+    void CheckFit(Fit const& fit) {
+        POSObject* const value = fRule.Part(fit.fKey);
+        char const* const name = NameOf(fit.fKey);
+        if (!value) {
+            return;
+        }
+        if ((fit.fTypes & Bit(fRule.fType)) == 0) {
+            AddFault(name, Join({"says ", name, ", which applies only to ", fit.fFits}));
+        } else if (fit.fIsValue && !fit.fIsValue(*value)) {
+            AddFault(name, Join({"says ", FoundText(*value), ", which is not ", fit.fExpected}));
+        }
+    }
+
+    void CheckAllowed() {
+        POSObject const* const allowed = fRule.Part(RuleKey::kIn);
+        if (!allowed || !IsArray(*allowed) || (kListed & Bit(fRule.fType)) == 0) {
+            return;
+        }
+        auto const& items = static_cast<POSArray const*>(allowed)->fItems;
+        auto const odd = std::find_if(items.begin(), items.end(), [this](POSObject const* item) {
+            return !IsOfRuleType(fRule, *item, JudgeMode::kDefaults);
+        });
+        if (items.empty()) {
+            AddFault(NameOf(RuleKey::kIn), Join({"says an empty array, which allows nothing"}));
+        } else if (items.size() > kMostAllowed) {
+            AddFault(NameOf(RuleKey::kIn), Join({"says an array of more than 1000 values"}));
+        } else if (odd != items.end()) {
+            AddFault(
+                NameOf(RuleKey::kIn),
+                Join({"allows ", FoundText(**odd), ", which is of another type"}));
+        }
+    }
+
+    void CheckBounds() {
+        POSObject const* const min = fRule.Part(RuleKey::kMin);
+        POSObject const* const max = fRule.Part(RuleKey::kMax);
+        if (!min || !max || !IsBound(*min) || !IsBound(*max)) {
+            return;
+        }
+        double const least = NumberOf(*min);
+        double const greatest = NumberOf(*max);
+        if (least > greatest) {
+            AddFault(
+                NameOf(RuleKey::kMin),
+                Join(
+                    {"says a min of ",
+                     NumberText(least),
+                     ", which is above the max of ",
+                     NumberText(greatest)}));
+        }
+    }
+
+    void ReadExtraCheck() {
+        POSObject const* const name = fRule.Part(RuleKey::kCheck);
+        if (!name) {
+            return;
+        }
+        fRule.fExtraCheck = fValidator.FindCheck(AtomOf(*name));
+        if (!fRule.fExtraCheck.fProc) {
+            AddFault(
+                NameOf(RuleKey::kCheck),
+                Join({"says ", SaidText(*name), ", which is not a registered check"}));
+        }
+    }
+
     void AddFault(char const* key, String text) { fFaults.push_back({key, std::move(text)}); }
 
     POSValidator const& fValidator;
     RuleFaults& fFaults;
     SchemaRule fRule;
 };
-
-SchemaRule RuleReader::Read(POSObject& source) {
-    POSObject*& word = fRule.fParts[static_cast<std::size_t>(RuleKey::kType)];
-    if (IsOfType(&source, gStringType)) {
-        word = &source;
-        ReadType(nullptr, source);
-    } else if (KindOf(source) != ValueKind::kDictionary) {
-        AddFault(
-            nullptr,
-            Join({"says ", FoundText(source), ", which is neither a word nor a dictionary"}));
-    } else {
-        ReadParts(static_cast<POSDict&>(source));
-    }
-    return fRule;
-}
-
-void RuleReader::ReadParts(POSDict& source) {
-    std::size_t position = 0;
-    while (DictEntry const* const entry = source.fEntries.Next(position)) {
-        ReadPart(*entry->fKey, entry->fValue);
-    }
-    POSObject* const word = fRule.Part(RuleKey::kType);
-    if (!word) {
-        AddFault(nullptr, Join({"has no type"}));
-    } else if (ReadType(NameOf(RuleKey::kType), *word)) {
-        for (Fit const& fit : kFits) {
-            CheckFit(fit);
-        }
-        CheckAllowed();
-        CheckBounds();
-    }
-    ReadExtraCheck();
-}
-
-void RuleReader::ReadPart(BIBStringAtom const& key, POSObject* value) {
-    auto const* const name =
-        std::find(std::begin(kKeyNames), std::end(kKeyNames), std::string_view(key.Text()));
-    if (name == std::end(kKeyNames)) {
-        AddFault(
-            key.Text(), Join({"says ", ShownText(key.Text()), ", which is not a key of a rule"}));
-    } else {
-        fRule.fParts[name - std::begin(kKeyNames)] = value;
-    }
-}
-
-// False when nothing is known by the word.
-bool RuleReader::ReadType(char const* key, POSObject& word) {
-    auto const* const kind = std::find(std::begin(kKindNames), std::end(kKindNames), WordOf(word));
-    BIBStringAtom const* const atom = AtomOf(word);
-    bool isKnown = true;
-    if (kind != std::end(kKindNames)) {
-        fRule.fType = static_cast<RuleType>(kind - std::begin(kKindNames));
-    } else if ((fRule.fStructure = fValidator.FindStructure(atom))) {
-        fRule.fType = RuleType::kStructure;
-    } else {
-        fRule.fType = RuleType::kCheck;
-        fRule.fTypeCheck = fValidator.FindCheck(atom);
-        isKnown = fRule.fTypeCheck.fProc != nullptr;
-    }
-    if (!isKnown) {
-        AddFault(
-            key,
-            Join(
-                {"says ", SaidText(word), ", which is not a kind, structure or registered check"}));
-    }
-    return isKnown;
-}
-
-void RuleReader::CheckFit(Fit const& fit) {
-    POSObject* const value = fRule.Part(fit.fKey);
-    char const* const name = NameOf(fit.fKey);
-    if (!value) {
-        return;
-    }
-    if ((fit.fTypes & Bit(fRule.fType)) == 0) {
-        AddFault(name, Join({"says ", name, ", which applies only to ", fit.fFits}));
-    } else if (fit.fIsValue && !fit.fIsValue(*value)) {
-        AddFault(name, Join({"says ", FoundText(*value), ", which is not ", fit.fExpected}));
-    }
-}
-
-void RuleReader::CheckAllowed() {
-    POSObject const* const allowed = fRule.Part(RuleKey::kIn);
-    if (!allowed || !IsArray(*allowed) || (kListed & Bit(fRule.fType)) == 0) {
-        return;
-    }
-    auto const& items = static_cast<POSArray const*>(allowed)->fItems;
-    auto const odd = std::find_if(items.begin(), items.end(), [this](POSObject const* item) {
-        return !IsOfRuleType(fRule, *item, JudgeMode::kDefaults);
-    });
-    if (items.empty()) {
-        AddFault(NameOf(RuleKey::kIn), Join({"says an empty array, which allows nothing"}));
-    } else if (items.size() > kMostAllowed) {
-        AddFault(NameOf(RuleKey::kIn), Join({"says an array of more than 1000 values"}));
-    } else if (odd != items.end()) {
-        AddFault(
-            NameOf(RuleKey::kIn),
-            Join({"allows ", FoundText(**odd), ", which is of another type"}));
-    }
-}
-
-void RuleReader::CheckBounds() {
-    POSObject const* const min = fRule.Part(RuleKey::kMin);
-    POSObject const* const max = fRule.Part(RuleKey::kMax);
-    if (!min || !max || !IsBound(*min) || !IsBound(*max)) {
-        return;
-    }
-    double const least = static_cast<POSNumber const*>(min)->fValue;
-    double const greatest = static_cast<POSNumber const*>(max)->fValue;
-    if (least > greatest) {
-        AddFault(
-            NameOf(RuleKey::kMin),
-            Join(
-                {"says a min of ",
-                 NumberText(least),
-                 ", which is above the max of ",
-                 NumberText(greatest)}));
-    }
-}
-
-void RuleReader::ReadExtraCheck() {
-    POSObject const* const name = fRule.Part(RuleKey::kCheck);
-    if (!name) {
-        return;
-    }
-    fRule.fExtraCheck = fValidator.FindCheck(AtomOf(*name));
-    if (!fRule.fExtraCheck.fProc) {
-        AddFault(
-            NameOf(RuleKey::kCheck),
-            Join({"says ", SaidText(*name), ", which is not a registered check"}));
-    }
-}
 
 } // namespace
 

@@ -74,6 +74,17 @@ bool IsAmongAllowed(SchemaRule const& rule, POSObject const& value) noexcept;
 bool IsWithinBounds(SchemaRule const& rule, POSObject const& value) noexcept;
 bool HasCount(SchemaRule const& rule, POSObject const& value) noexcept;
 
+// Judges value by rule, and all that lies in it. Its own faults stand under path, and those of what
+// lies in it behind pathInside. Throws what callbacks throw, and std::bad_alloc.
+void JudgeValue(
+    POSValidator const& validator,
+    MessageSink& sink,
+    JudgeMode mode,
+    SchemaRule const& rule,
+    POSObject& value,
+    std::string_view path,
+    std::string_view pathInside);
+
 // Messages on a value, where each of the above said no. found is "nothing" for a missing one. They
 // throw std::bad_alloc.
 String TypeMessage(SchemaRule const& rule, std::string_view found);

@@ -99,7 +99,7 @@ String FoundText(POSObject const& value) {
     case ValueKind::kBoolean:
         return Join({"the boolean ", BytesOf(value)});
     case ValueKind::kNumber:
-        return Join({"the number ", NumberText(static_cast<POSNumber const&>(value).fValue)});
+        return Join({"the number ", NumberText(NumberOf(value))});
     case ValueKind::kName:
         return Join({"the name ", ShownText(BytesOf(value))});
     case ValueKind::kString:
@@ -118,7 +118,7 @@ String FoundText(POSObject const& value) {
 
 String ListedText(POSObject const& value, Marks marks) {
     return KindOf(value) == ValueKind::kNumber
-               ? NumberText(static_cast<POSNumber const&>(value).fValue)
+               ? NumberText(NumberOf(value))
                : Join({marks.fBefore, ShownText(BytesOf(value)), marks.fAfter});
 }
 

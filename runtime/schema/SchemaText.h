@@ -17,6 +17,11 @@ ValueKind KindOf(POSObject const& value) noexcept;
 // The bytes of a value that is a name, a boolean or a string of a settings file; empty for others.
 std::string_view BytesOf(POSObject const& value) noexcept;
 
+// The number that a value is. REQUIRES: it is one.
+inline double NumberOf(POSObject const& value) noexcept {
+    return static_cast<POSNumber const&>(value).fValue;
+}
+
 // The texts in one. This and all below throw std::bad_alloc.
 String Join(std::initializer_list<std::string_view> texts);
 

@@ -24,10 +24,6 @@ constexpr std::string_view kExpected[] = {
     "a dictionary"};
 static_assert(std::size(kExpected) == static_cast<std::size_t>(RuleType::kCheck));
 
-double NumberOf(POSObject const& value) noexcept {
-    return static_cast<POSNumber const&>(value).fValue;
-}
-
 bool IsWhole(POSObject const& value) noexcept {
     return std::isfinite(NumberOf(value)) && std::trunc(NumberOf(value)) == NumberOf(value);
 }

@@ -1,7 +1,7 @@
-#include "runtime/schema/SettingsWalk.h"
-
+// Judging a value and all that lies in it.
 #include "runtime/objects/Errors.h"
 #include "runtime/objects/SharedBuffers.h"
+#include "runtime/schema/SchemaRule.h"
 #include "runtime/schema/SchemaText.h"
 
 #include <cstring>
@@ -35,183 +35,216 @@ std::string_view TextIn(BIBStringAtom const* atom) noexcept {
     return atom->fText;
 }
 
+// Uses no more stack for deeper nesting, and time in proportion to what the schema knows of the
+// value, in which a part that lies in several places counts for each. Ends with a message at a
+// value that contains itself.
+class SettingsWalk {
+public:
+    SettingsWalk(POSValidator const& validator, MessageSink& sink, JudgeMode mode) noexcept
+        : fValidator(validator),
+          fSink(sink),
+          fMode(mode) {}
+
+    void Judge(
+        SchemaRule const& rule,
+        POSObject& value,
+        std::string_view path,
+        std::string_view pathInside) {
+        fPath = path;
+        fPathInside = pathInside;
+        Judge(rule, value);
+        while (!fStack.IsEmpty() && !fIsCircle) {
+            Frame& frame = fStack.Top();
+            if (frame.fElement) {
+                StepArray(frame);
+            } else {
+                StepDict(frame);
+            }
+        }
+    }
+
+private:
+    // A dictionary on its way through the rules of its structure, or an array through its elements.
+    struct Frame {
+        POSObject* fSource;
+        std::size_t fPosition;
+        BIBStringAtom* fKey; // of the setting that is being judged; for elements, of their array
+        POSDict* fStructure; // null for an array
+        POSDict* fRules;     // the structure or its optional part
+        bool fIsOptional;    // which of the two
+        POSObject* fElement; // the rule of the elements; null for a dictionary
+    };
+
+    void StepArray(Frame& frame) {
+        if (POSObject* const element = NextChild(*frame.fSource, frame.fPosition).fValue) {
+            JudgeBy(*frame.fElement, element);
+        } else {
+            fStack.Pop();
+        }
+    }
+
+    void StepDict(Frame& frame) {
+        if (DictEntry const* const entry = frame.fRules->fEntries.Next(frame.fPosition)) {
+            JudgeSetting(frame, *entry);
+            return;
+        }
+        POSObject* const optional = FindPart(*frame.fStructure, kOptional);
+        if (!optional || frame.fIsOptional) {
+            fStack.Pop();
+            return;
+        }
+        frame.fRules = static_cast<POSDict*>(optional);
+        frame.fIsOptional = true;
+        frame.fPosition = 0;
+    }
+
+    // A rule of a structure, or of its optional part, and the setting that it is for.
+    void JudgeSetting(Frame& frame, DictEntry const& entry) {
+        bool const isRequired = !frame.fIsOptional;
+        bool const isWordOptional = TextIn(entry.fKey) == kOptional;
+        if (isRequired ? isWordOptional
+                       : !isWordOptional && frame.fStructure->fEntries.Get(entry.fKey)) {
+            return;
+        }
+        frame.fKey = entry.fKey;
+        POSObject* const value = static_cast<POSDict*>(frame.fSource)->fEntries.Get(entry.fKey);
+        if (value || isRequired) {
+            JudgeBy(*entry.fValue, value);
+        }
+    }
+
+    // Reads the rule first. A null value is a missing setting.
+    void JudgeBy(POSObject& ruleSource, POSObject* value) {
+        RuleFaults faults;
+        SchemaRule const rule = ReadRule(fValidator, ruleSource, faults);
+        if (!faults.empty()) {
+            // A schema's own judgement tells it elsewhere.
+            if (fMode == JudgeMode::kSettings) {
+                Report(Join({"cannot be validated: the schema ", faults.front().fText}));
+            }
+        } else if (value) {
+            Judge(rule, *value);
+        } else {
+            Report(TypeMessage(rule, "nothing"));
+        }
+    }
+
+    void Judge(SchemaRule const& rule, POSObject& value) {
+        if (PassesType(rule, value)) {
+            CheckParts(rule, value);
+            Enter(rule, value);
+        }
+    }
+
+    bool PassesType(SchemaRule const& rule, POSObject& value) {
+        if (!IsOfRuleType(rule, value, fMode)) {
+            Report(TypeMessage(rule, FoundText(value)));
+            return false;
+        }
+        return rule.fType != RuleType::kCheck ||
+               PassesCheck(rule.fTypeCheck, *rule.Part(RuleKey::kType), value);
+    }
+
+    void CheckParts(SchemaRule const& rule, POSObject& value) {
+        if (!IsAmongAllowed(rule, value)) {
+            Report(AllowedMessage(rule, value));
+        } else if (!IsWithinBounds(rule, value)) {
+            Report(BoundsMessage(rule, value));
+        } else if (!HasCount(rule, value)) {
+            Report(CountMessage(rule, value));
+        } else if (rule.fExtraCheck.fProc) {
+            PassesCheck(rule.fExtraCheck, *rule.Part(RuleKey::kCheck), value);
+        }
+    }
+
+    bool PassesCheck(Check const& check, POSObject const& name, POSObject& value) {
+        if (fMode == JudgeMode::kDefaults) {
+            return true;
+        }
+        BufferRef const buffer = MakeMessageBuffer();
+        fSink.fIsInCaller = true;
+        bool const isAccepted = check.fProc(&value, Key(), buffer.get(), check.fUserData) != 0;
+        fSink.fIsInCaller = false;
+        if (isAccepted) {
+            return true;
+        }
+        std::string_view const message = MessageIn(*buffer);
+        Report(message.empty() ? CheckMessage(name, FoundText(value)) : String(message));
+        return false;
+    }
+
+    void Enter(SchemaRule const& rule, POSObject& value) {
+        if (rule.fType == RuleType::kStructure) {
+            EnterDict(*rule.fStructure, value);
+        } else if (POSObject* const element = rule.Part(RuleKey::kOf)) {
+            Push({&value, 0, Key(), nullptr, nullptr, /*fIsOptional=*/false, element});
+        }
+    }
+
+    void EnterDict(POSDict& structure, POSObject& value) {
+        POSObject const* const optional = FindPart(structure, kOptional);
+        if (optional && KindOf(*optional) != ValueKind::kDictionary) {
+            Report(Join(
+                {"cannot be validated: the schema says ",
+                 FoundText(*optional),
+                 ", which is not a dictionary"}));
+            return;
+        }
+        Push({&value, 0, nullptr, &structure, &structure, /*fIsOptional=*/false, nullptr});
+    }
+
+    void Push(Frame const& frame) {
+        if (!fStack.Push(frame)) {
+            Report("cannot be validated: it contains itself");
+            fIsCircle = true;
+        }
+    }
+
+    // The name of the setting that is being judged; none for the value that was handed in.
+    BIBStringAtom* Key() noexcept { return fStack.IsEmpty() ? nullptr : fStack.Top().fKey; }
+
+    void Report(std::string_view text) const { fSink.Report(Path(), text); }
+
+    // Only the steps that a message shows, so that messages from the depth take no longer than
+    // others.
+    String Path() const {
+        Vector<Frame> const& frames = fStack.Frames();
+        std::size_t step = frames.size();
+        for (std::size_t length = 0; step > 0 && length <= kMaxPathLength + 1;) {
+            --step;
+            length += 1 + (frames[step].fElement ? 1 : frames[step].fKey->fText.size());
+        }
+        String path(PathEnd(frames.empty() ? fPath : fPathInside));
+        for (; step < frames.size(); ++step) {
+            if (frames[step].fElement) {
+                AppendIndexStep(path, frames[step].fPosition - 1);
+            } else {
+                AppendKeyStep(path, TextIn(frames[step].fKey));
+            }
+        }
+        return path;
+    }
+
+    POSValidator const& fValidator;
+    MessageSink& fSink;
+    JudgeMode fMode;
+    std::string_view fPath;
+    std::string_view fPathInside;
+    WalkStack<Frame> fStack;
+    bool fIsCircle = false;
+};
+
 } // namespace
 
-void SettingsWalk::Judge(
-    SchemaRule const& rule, POSObject& value, std::string_view path, std::string_view pathInside) {
-    fPath = path;
-    fPathInside = pathInside;
-    Judge(rule, value);
-    while (!fStack.IsEmpty() && !fIsCircle) {
-        Step();
-    }
-}
-
-void SettingsWalk::Step() {
-    Frame& frame = fStack.Top();
-    if (frame.fElement) {
-        StepArray(frame);
-    } else {
-        StepDict(frame);
-    }
-}
-
-void SettingsWalk::StepArray(Frame& frame) {
-    if (POSObject* const element = NextChild(*frame.fSource, frame.fPosition).fValue) {
-        JudgeBy(*frame.fElement, element);
-    } else {
-        fStack.Pop();
-    }
-}
-
-void SettingsWalk::StepDict(Frame& frame) {
-    if (DictEntry const* const entry = frame.fRules->fEntries.Next(frame.fPosition)) {
-        JudgeSetting(frame, *entry);
-        return;
-    }
-    POSObject* const optional = FindPart(*frame.fStructure, kOptional);
-    if (!optional || frame.fIsOptional) {
-        fStack.Pop();
-        return;
-    }
-    frame.fRules = static_cast<POSDict*>(optional);
-    frame.fIsOptional = true;
-    frame.fPosition = 0;
-}
-
-// A rule of a structure, or of its optional part, and the setting that it is for.
-void SettingsWalk::JudgeSetting(Frame& frame, DictEntry const& entry) {
-    bool const isRequired = !frame.fIsOptional;
-    bool const isWordOptional = TextIn(entry.fKey) == kOptional;
-    if (isRequired ? isWordOptional
-                   : !isWordOptional && frame.fStructure->fEntries.Get(entry.fKey)) {
-        return;
-    }
-    frame.fKey = entry.fKey;
-    POSObject* const value = static_cast<POSDict*>(frame.fSource)->fEntries.Get(entry.fKey);
-    if (value || isRequired) {
-        JudgeBy(*entry.fValue, value);
-    }
-}
-
-// Reads the rule first. A null value is a missing setting.
-void SettingsWalk::JudgeBy(POSObject& ruleSource, POSObject* value) {
-    RuleFaults faults;
-    SchemaRule const rule = ReadRule(fValidator, ruleSource, faults);
-    if (!faults.empty()) {
-        // A schema's own judgement tells it elsewhere.
-        if (fMode == JudgeMode::kSettings) {
-            Report(Join({"cannot be validated: the schema ", faults.front().fText}));
-        }
-    } else if (value) {
-        Judge(rule, *value);
-    } else {
-        Report(TypeMessage(rule, "nothing"));
-    }
-}
-
-void SettingsWalk::Judge(SchemaRule const& rule, POSObject& value) {
-    if (PassesType(rule, value)) {
-        PassesParts(rule, value);
-        Enter(rule, value);
-    }
-}
-
-bool SettingsWalk::PassesType(SchemaRule const& rule, POSObject& value) {
-    if (!IsOfRuleType(rule, value, fMode)) {
-        Report(TypeMessage(rule, FoundText(value)));
-        return false;
-    }
-    return rule.fType != RuleType::kCheck ||
-           PassesCheck(rule.fTypeCheck, *rule.Part(RuleKey::kType), value);
-}
-
-bool SettingsWalk::PassesParts(SchemaRule const& rule, POSObject& value) {
-    if (!IsAmongAllowed(rule, value)) {
-        Report(AllowedMessage(rule, value));
-        return false;
-    }
-    if (!IsWithinBounds(rule, value)) {
-        Report(BoundsMessage(rule, value));
-        return false;
-    }
-    if (!HasCount(rule, value)) {
-        Report(CountMessage(rule, value));
-        return false;
-    }
-    return !rule.fExtraCheck.fProc ||
-           PassesCheck(rule.fExtraCheck, *rule.Part(RuleKey::kCheck), value);
-}
-
-bool SettingsWalk::PassesCheck(Check const& check, POSObject const& name, POSObject& value) {
-    if (fMode == JudgeMode::kDefaults) {
-        return true;
-    }
-    BufferRef const buffer = MakeMessageBuffer();
-    fSink.fIsInCaller = true;
-    bool const isAccepted = check.fProc(&value, Key(), buffer.get(), check.fUserData) != 0;
-    fSink.fIsInCaller = false;
-    if (isAccepted) {
-        return true;
-    }
-    std::string_view const message = MessageIn(*buffer);
-    Report(message.empty() ? CheckMessage(name, FoundText(value)) : String(message));
-    return false;
-}
-
-void SettingsWalk::Enter(SchemaRule const& rule, POSObject& value) {
-    if (rule.fType == RuleType::kStructure) {
-        EnterDict(*rule.fStructure, value);
-    } else if (POSObject* const element = rule.Part(RuleKey::kOf)) {
-        Push({&value, 0, Key(), nullptr, nullptr, /*fIsOptional=*/false, element});
-    }
-}
-
-void SettingsWalk::EnterDict(POSDict& structure, POSObject& value) {
-    POSObject const* const optional = FindPart(structure, kOptional);
-    if (optional && KindOf(*optional) != ValueKind::kDictionary) {
-        Report(Join(
-            {"cannot be validated: the schema says ",
-             FoundText(*optional),
-             ", which is not a dictionary"}));
-        return;
-    }
-    Push({&value, 0, nullptr, &structure, &structure, /*fIsOptional=*/false, nullptr});
-}
-
-void SettingsWalk::Push(Frame const& frame) {
-    if (!fStack.Push(frame)) {
-        Report("cannot be validated: it contains itself");
-        fIsCircle = true;
-    }
-}
-
-// The name of the setting that is being judged; none for the value that was handed in.
-BIBStringAtom* SettingsWalk::Key() noexcept {
-    return fStack.IsEmpty() ? nullptr : fStack.Top().fKey;
-}
-
-void SettingsWalk::Report(std::string_view text) const {
-    fSink.Report(Path(), text);
-}
-
-// Only the steps that a message shows, so that messages from the depth take no longer than others.
-String SettingsWalk::Path() const {
-    Vector<Frame> const& frames = fStack.Frames();
-    std::size_t step = frames.size();
-    for (std::size_t length = 0; step > 0 && length <= kMaxPathLength + 1;) {
-        --step;
-        length += 1 + (frames[step].fElement ? 1 : frames[step].fKey->fText.size());
-    }
-    String path(PathEnd(frames.empty() ? fPath : fPathInside));
-    for (; step < frames.size(); ++step) {
-        if (frames[step].fElement) {
-            AppendIndexStep(path, frames[step].fPosition - 1);
-        } else {
-            AppendKeyStep(path, TextIn(frames[step].fKey));
-        }
-    }
-    return path;
+void JudgeValue(
+    POSValidator const& validator,
+    MessageSink& sink,
+    JudgeMode mode,
+    SchemaRule const& rule,
+    POSObject& value,
+    std::string_view path,
+    std::string_view pathInside) {
+    SettingsWalk(validator, sink, mode).Judge(rule, value, path, pathInside);
 }
 
 void JudgeSettings(
@@ -225,7 +258,7 @@ void JudgeSettings(
         sink.Report(path, "cannot be validated: the schema has no such structure");
         return;
     }
-    SettingsWalk(validator, sink, JudgeMode::kSettings).Judge(rule, object, path, {});
+    JudgeValue(validator, sink, JudgeMode::kSettings, rule, object, path, {});
 }
 
 } // namespace bibrt
