@@ -7,6 +7,25 @@
 #include "runtime/objects/Tables.h"
 #include "runtime/values/PosObject.h"
 
+BIBContainer::BIBContainer(bibrt::ContainerType const& type) noexcept
+    : fPrimary{type.fInstanceName, type.fSignature, type.fInstanceName ? this : nullptr},
+      fType(&type) {}
+
+BIBContainer::~BIBContainer() {
+    while (bibrt::ContainerInstance* const entry = fInstances) {
+        fInstances = entry->fNext;
+        bibrt::CallDeleteProc(entry->fDeleteProc, entry->fInstance);
+        bibrt::DeleteObject(entry);
+    }
+    // The texts of a type are there forever.
+    if (fPrimary.instanceName != fType->fInstanceName) {
+        bibrt::ReleaseAtom(bibrt::AtomOfText(fPrimary.instanceName));
+    }
+    if (fPrimary.signature != fType->fSignature) {
+        bibrt::ReleaseAtom(bibrt::AtomOfText(fPrimary.signature));
+    }
+}
+
 namespace bibrt {
 
 constinit ContainerType gHostContainerType = {
@@ -121,29 +140,6 @@ bool FindInstance(
     }
     return entry != nullptr;
 }
-
-} // namespace bibrt
-
-BIBContainer::BIBContainer(bibrt::ContainerType const& type) noexcept
-    : fPrimary{type.fInstanceName, type.fSignature, type.fInstanceName ? this : nullptr},
-      fType(&type) {}
-
-BIBContainer::~BIBContainer() {
-    while (bibrt::ContainerInstance* const entry = fInstances) {
-        fInstances = entry->fNext;
-        bibrt::CallDeleteProc(entry->fDeleteProc, entry->fInstance);
-        bibrt::DeleteObject(entry);
-    }
-    // The texts of a type are there forever.
-    if (fPrimary.instanceName != fType->fInstanceName) {
-        bibrt::ReleaseAtom(bibrt::AtomOfText(fPrimary.instanceName));
-    }
-    if (fPrimary.signature != fType->fSignature) {
-        bibrt::ReleaseAtom(bibrt::AtomOfText(fPrimary.signature));
-    }
-}
-
-namespace bibrt {
 
 void* FindContainerMethod(
     BIBContainer const& container, char const* name, char const* procType) noexcept {

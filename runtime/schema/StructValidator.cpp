@@ -7,6 +7,30 @@
 
 #include <algorithm>
 
+POSValidator::POSValidator(bibrt::Ref<POSDict> schema) noexcept
+    : BIBContainer(bibrt::gStructValidatorType),
+      fSchema(std::move(schema)) {}
+
+void POSValidator::SetCheck(BIBStringAtom* name, bibrt::Check const& check) {
+    auto const found = std::ranges::find(fChecks, name, &NamedCheck::Name);
+    if (found != fChecks.end()) {
+        found->fCheck = check;
+    } else {
+        fChecks.push_back({bibrt::AtomRef::Share(name), check});
+    }
+}
+
+bibrt::Check POSValidator::FindCheck(BIBStringAtom const* name) const noexcept {
+    auto const found = std::ranges::find(fChecks, name, &NamedCheck::Name);
+    return found != fChecks.end() ? found->fCheck : bibrt::Check();
+}
+
+POSDict* POSValidator::FindStructure(BIBStringAtom const* name) const noexcept {
+    POSObject* const entry = fSchema->fIsInvalid ? nullptr : fSchema->fEntries.Get(name);
+    bool const isStructure = bibrt::IsOfType(entry, bibrt::gDictType) && !entry->fIsInvalid;
+    return isStructure ? static_cast<POSDict*>(entry) : nullptr;
+}
+
 namespace bibrt {
 
 constinit ContainerType gStructValidatorType = {
@@ -24,38 +48,6 @@ void MessageSink::Report(std::string_view path, std::string_view text) {
         fIsInCaller = false;
     }
 }
-
-} // namespace bibrt
-
-POSValidator::POSValidator(bibrt::Ref<POSDict> schema) noexcept
-    : BIBContainer(bibrt::gStructValidatorType),
-      fSchema(std::move(schema)) {}
-
-void POSValidator::SetCheck(BIBStringAtom* name, bibrt::Check const& check) {
-    auto const found = std::find_if(fChecks.begin(), fChecks.end(), [&](NamedCheck const& entry) {
-        return entry.fName == name;
-    });
-    if (found != fChecks.end()) {
-        found->fCheck = check;
-    } else {
-        fChecks.push_back({bibrt::AtomRef::Share(name), check});
-    }
-}
-
-bibrt::Check POSValidator::FindCheck(BIBStringAtom const* name) const noexcept {
-    auto const found = std::find_if(fChecks.begin(), fChecks.end(), [&](NamedCheck const& entry) {
-        return entry.fName == name;
-    });
-    return found != fChecks.end() ? found->fCheck : bibrt::Check();
-}
-
-POSDict* POSValidator::FindStructure(BIBStringAtom const* name) const noexcept {
-    POSObject* const entry = fSchema->fIsInvalid ? nullptr : fSchema->fEntries.Get(name);
-    bool const isStructure = bibrt::IsOfType(entry, bibrt::gDictType) && !entry->fIsInvalid;
-    return isStructure ? static_cast<POSDict*>(entry) : nullptr;
-}
-
-namespace bibrt {
 
 namespace {
 

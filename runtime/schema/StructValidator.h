@@ -35,6 +35,8 @@ struct POSValidator : BIBContainer {
 
 private:
     struct NamedCheck {
+        BIBStringAtom const* Name() const noexcept { return fName; }
+
         bibrt::AtomRef fName;
         bibrt::Check fCheck;
     };
