@@ -185,7 +185,7 @@ BIBPositionableStream*
 MakeClientStream(ContainerType const& type, BIBClientStreamProcs const& procs, void* clientData) {
     auto const client = std::allocate_shared<Client>(CallerAllocator<Client>(), procs, clientData);
     BIBPositionableStream* const stream =
-        NewObject<BIBPositionableStream>(type, MakeBody<ClientBody>(client));
+        NewObject<BIBPositionableStream>(type, BodyPtr(NewObject<ClientBody>(client)));
     client->Own();
     return stream;
 }
