@@ -5,21 +5,15 @@
 #include "platform/CFString.h"
 
 #include <atomic>
-#include <memory>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <utility>
-#include <vector>
 
 namespace platform {
 
 // A counted object, made with one reference for its maker.
 class CFObject {
 public:
-    CFObject() noexcept = default;
-    CFObject(CFObject const&) = delete;
-    CFObject& operator=(CFObject const&) = delete;
     virtual ~CFObject() = default;
 
     virtual CFTypeID TypeID() const noexcept = 0;
@@ -53,59 +47,29 @@ inline CFObject const* AsObject(CFTypeRef reference) noexcept {
     return static_cast<CFObject const*>(reference);
 }
 
-class StringObject : public CFObject {
-public:
-    explicit StringObject(std::u16string text) noexcept : fText(std::move(text)) {}
+// The same of a reference on a T.
+template <class T>
+T const& ObjectOf(CFTypeRef reference) noexcept {
+    return *static_cast<T const*>(AsObject(reference));
+}
 
-    CFTypeID TypeID() const noexcept override { return kStringType; }
+// An object that is nothing but a value.
+template <CFTypeID kType, class Value>
+class ValueObject final : public CFObject {
+public:
+    explicit ValueObject(Value value) noexcept : fValue(std::move(value)) {}
+
+    CFTypeID TypeID() const noexcept override { return kType; }
     bool Equals(CFObject const& other) const noexcept override {
-        return fText == static_cast<StringObject const&>(other).fText;
+        return fValue == static_cast<ValueObject const&>(other).fValue;
     }
 
-    std::u16string_view Text() const noexcept { return fText; }
-
-private:
-    std::u16string fText;
+    Value const fValue;
 };
+
+using StringObject = ValueObject<kStringType, std::u16string>;
 
 // A new string of UTF-8; null for bytes that are none. Throws std::bad_alloc.
 StringObject* NewString(std::string_view utf8);
-
-struct ReleaseObject {
-    void operator()(CFObject const* object) const noexcept { object->Release(); }
-};
-
-// A reference on an object.
-using ObjectRef = std::unique_ptr<CFObject const, ReleaseObject>;
-
-class ArrayObject : public CFObject {
-public:
-    CFTypeID TypeID() const noexcept override { return kArrayType; }
-    bool Equals(CFObject const& other) const noexcept override;
-
-    std::vector<ObjectRef> fElements;
-};
-
-class DictionaryObject : public CFObject {
-public:
-    CFTypeID TypeID() const noexcept override { return kDictionaryType; }
-    bool Equals(CFObject const& other) const noexcept override;
-
-    // The value under an equal key; null when there is none. Keys are strings.
-    CFObject const* Find(CFObject const& key) const noexcept;
-
-    // Adds an entry; a key that is there keeps its place and gets the new value. Throws
-    // std::bad_alloc. REQUIRES: key is a string.
-    void Set(ObjectRef key, ObjectRef value);
-
-    std::vector<ObjectRef> const& Keys() const noexcept { return fKeys; }
-    std::vector<ObjectRef> const& Values() const noexcept { return fValues; }
-
-private:
-    std::vector<ObjectRef> fKeys;
-    std::vector<ObjectRef> fValues;
-    // The place of each key, whose text it borrows.
-    std::unordered_map<std::u16string_view, std::size_t> fPlaces;
-};
 
 } // namespace platform

@@ -10,73 +10,91 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
-namespace platform {
-
 namespace {
+
+using platform::CFObject;
+using platform::ObjectOf;
+using platform::StringObject;
+
+struct ReleaseObject {
+    void operator()(CFObject const* object) const noexcept { object->Release(); }
+};
+
+// A reference on an object.
+using ObjectRef = std::unique_ptr<CFObject const, ReleaseObject>;
 
 bool AreEqual(ObjectRef const& a, ObjectRef const& b) noexcept {
     return CFEqual(a.get(), b.get()) != 0;
 }
 
-std::u16string_view TextOf(CFObject const& string) noexcept {
-    return static_cast<StringObject const&>(string).Text();
-}
-
-} // namespace
-
-bool ArrayObject::Equals(CFObject const& other) const noexcept {
-    auto const& elements = static_cast<ArrayObject const&>(other).fElements;
-    return std::equal(
-        fElements.begin(), fElements.end(), elements.begin(), elements.end(), &AreEqual);
-}
-
-bool DictionaryObject::Equals(CFObject const& other) const noexcept {
-    auto const& dict = static_cast<DictionaryObject const&>(other);
-    if (fKeys.size() != dict.fKeys.size()) {
-        return false;
+class ArrayObject : public CFObject {
+public:
+    CFTypeID TypeID() const noexcept override { return platform::kArrayType; }
+    bool Equals(CFObject const& other) const noexcept override {
+        auto const& elements = static_cast<ArrayObject const&>(other).fElements;
+        return std::equal(
+            fElements.begin(), fElements.end(), elements.begin(), elements.end(), &AreEqual);
     }
-    for (std::size_t place = 0; place < fKeys.size(); ++place) {
-        if (CFEqual(fValues[place].get(), dict.Find(*fKeys[place])) == 0) {
+
+    std::vector<ObjectRef> fElements;
+};
+
+class DictionaryObject : public CFObject {
+public:
+    CFTypeID TypeID() const noexcept override { return platform::kDictionaryType; }
+    bool Equals(CFObject const& other) const noexcept override {
+        auto const& dict = static_cast<DictionaryObject const&>(other);
+        if (fKeys.size() != dict.fKeys.size()) {
             return false;
         }
+        for (std::size_t place = 0; place < fKeys.size(); ++place) {
+            if (CFEqual(fValues[place].get(), dict.Find(*fKeys[place])) == 0) {
+                return false;
+            }
+        }
+        return true;
     }
-    return true;
-}
 
-CFObject const* DictionaryObject::Find(CFObject const& key) const noexcept {
-    if (key.TypeID() != kStringType) {
-        return nullptr;
+    // The value under an equal key; null when there is none. Keys are strings.
+    CFObject const* Find(CFObject const& key) const noexcept {
+        if (key.TypeID() != platform::kStringType) {
+            return nullptr;
+        }
+        auto const found = fPlaces.find(TextOf(key));
+        return found == fPlaces.end() ? nullptr : fValues[found->second].get();
     }
-    auto const found = fPlaces.find(TextOf(key));
-    return found == fPlaces.end() ? nullptr : fValues[found->second].get();
-}
 
-void DictionaryObject::Set(ObjectRef key, ObjectRef value) {
-    auto const [place, isNew] = fPlaces.emplace(TextOf(*key), fKeys.size());
-    if (!isNew) {
-        fValues[place->second] = std::move(value);
-        return;
+    // Adds an entry; a key that is there keeps its place and gets the new value. Throws
+    // std::bad_alloc. REQUIRES: key is a string.
+    void Set(ObjectRef key, ObjectRef value) {
+        auto const [place, isNew] = fPlaces.emplace(TextOf(*key), fKeys.size());
+        if (!isNew) {
+            fValues[place->second] = std::move(value);
+            return;
+        }
+        fValues.push_back(std::move(value));
+        fKeys.push_back(std::move(key));
     }
-    fValues.push_back(std::move(value));
-    fKeys.push_back(std::move(key));
-}
 
-} // namespace platform
+    std::vector<ObjectRef> const& Keys() const noexcept { return fKeys; }
+    std::vector<ObjectRef> const& Values() const noexcept { return fValues; }
 
-namespace {
+private:
+    static std::u16string_view TextOf(CFObject const& string) noexcept {
+        return static_cast<StringObject const&>(string).fValue;
+    }
 
-platform::ArrayObject const& ArrayOf(CFArrayRef array) noexcept {
-    return *static_cast<platform::ArrayObject const*>(platform::AsObject(array));
-}
+    std::vector<ObjectRef> fKeys;
+    std::vector<ObjectRef> fValues;
+    // The place of each key, whose text it borrows.
+    std::unordered_map<std::u16string_view, std::size_t> fPlaces;
+};
 
-platform::DictionaryObject const& DictionaryOf(CFDictionaryRef dict) noexcept {
-    return *static_cast<platform::DictionaryObject const*>(platform::AsObject(dict));
-}
-
-void CopyAll(std::vector<platform::ObjectRef> const& objects, void const** target) noexcept {
+void CopyAll(std::vector<ObjectRef> const& objects, void const** target) noexcept {
     if (target != nullptr) {
         std::transform(objects.begin(), objects.end(), target, [](auto const& object) {
             return object.get();
@@ -84,64 +102,12 @@ void CopyAll(std::vector<platform::ObjectRef> const& objects, void const** targe
     }
 }
 
-} // namespace
-
-CFTypeID CFArrayGetTypeID() noexcept {
-    return platform::kArrayType;
-}
-
-CFIndex CFArrayGetCount(CFArrayRef array) noexcept {
-    return static_cast<CFIndex>(ArrayOf(array).fElements.size());
-}
-
-void const* CFArrayGetValueAtIndex(CFArrayRef array, CFIndex index) noexcept {
-    return ArrayOf(array).fElements[static_cast<std::size_t>(index)].get();
-}
-
-CFTypeID CFDictionaryGetTypeID() noexcept {
-    return platform::kDictionaryType;
-}
-
-CFIndex CFDictionaryGetCount(CFDictionaryRef dict) noexcept {
-    return static_cast<CFIndex>(DictionaryOf(dict).Keys().size());
-}
-
-void const* CFDictionaryGetValue(CFDictionaryRef dict, void const* key) noexcept {
-    return key == nullptr ? nullptr : DictionaryOf(dict).Find(*platform::AsObject(key));
-}
-
-void CFDictionaryGetKeysAndValues(
-    CFDictionaryRef dict, void const** keys, void const** values) noexcept {
-    CopyAll(DictionaryOf(dict).Keys(), keys);
-    CopyAll(DictionaryOf(dict).Values(), values);
-}
-
-namespace {
-
-using platform::ArrayObject;
-using platform::DictionaryObject;
-using platform::ObjectRef;
-
 // Real ones have three levels. A value of many is destroyed by recursion.
 constexpr std::size_t kDeepestLevel = 64;
 
-// A value of one of the types that nobody asks for the contents of.
-class ScalarObject : public platform::CFObject {
-public:
-    ScalarObject(std::string_view element, std::string text)
-        : fElement(element),
-          fText(std::move(text)) {}
-
-    CFTypeID TypeID() const noexcept override { return platform::kScalarType; }
-    bool Equals(platform::CFObject const& other) const noexcept override {
-        auto const& scalar = static_cast<ScalarObject const&>(other);
-        return fElement == scalar.fElement && fText == scalar.fText;
-    }
-
-private:
-    std::string fElement;
-    std::string fText;
-};
+// A value of one of the types that nobody asks for the contents of: its element and its text.
+using ScalarObject =
+    platform::ValueObject<platform::kScalarType, std::pair<std::string, std::string>>;
 
 constexpr std::string_view kScalars[] = {"integer", "real", "true", "false", "date", "data"};
 
@@ -173,17 +139,91 @@ struct OpenCollection {
 // std::bad_alloc.
 class Builder {
 public:
-    void Start(std::string_view element);
-    void End(std::string_view element);
-    void Text(std::string_view text);
+    void Start(std::string_view element) {
+        Require(!fIsInText);
+        if (!fIsInList) {
+            Require(element == "plist" && fRoot == nullptr);
+            fIsInList = true;
+        } else {
+            OpenValue(element);
+        }
+    }
+
+    void End(std::string_view element) {
+        if (fIsInText) {
+            EndText(element);
+        } else if (fOpen.empty()) {
+            fIsInList = false;
+        } else {
+            Close();
+        }
+    }
+
+    void Text(std::string_view text) {
+        if (fIsInText) {
+            fText.append(text);
+        } else {
+            Require(text.find_first_not_of(" \t\r\n") == std::string_view::npos);
+        }
+    }
+
     ObjectRef TakeRoot() { return std::move(fRoot); }
 
 private:
-    void OpenValue(std::string_view element);
-    void Close(std::string_view element);
-    void EndText(std::string_view element);
-    void Store(ObjectRef value);
-    static ObjectRef MakeString(std::string_view text);
+    void OpenValue(std::string_view element) {
+        if (HoldsText(element)) {
+            fIsInText = true;
+            fText.clear();
+            return;
+        }
+        Require((element == "dict" || element == "array") && fOpen.size() < kDeepestLevel);
+        OpenCollection collection;
+        if (element == "dict") {
+            collection.fDictionary = std::make_unique<DictionaryObject>();
+        } else {
+            collection.fArray = std::make_unique<ArrayObject>();
+        }
+        fOpen.push_back(std::move(collection));
+    }
+
+    void Close() {
+        OpenCollection& top = fOpen.back();
+        Require(!top.fKey);
+        ObjectRef closed(
+            top.fArray ? static_cast<CFObject*>(top.fArray.release()) : top.fDictionary.release());
+        fOpen.pop_back();
+        Store(std::move(closed));
+    }
+
+    void EndText(std::string_view element) {
+        fIsInText = false;
+        if (element == "key") {
+            Require(!fOpen.empty() && fOpen.back().fDictionary && !fOpen.back().fKey);
+            fOpen.back().fKey = MakeString(fText);
+        } else if (element == "string") {
+            Store(MakeString(fText));
+        } else {
+            Store(ObjectRef(new ScalarObject({std::string(element), fText})));
+        }
+    }
+
+    void Store(ObjectRef value) {
+        if (fOpen.empty()) {
+            Require(fRoot == nullptr);
+            fRoot = std::move(value);
+        } else if (fOpen.back().fArray) {
+            fOpen.back().fArray->fElements.push_back(std::move(value));
+        } else {
+            Require(fOpen.back().fKey != nullptr);
+            fOpen.back().fDictionary->Set(std::move(fOpen.back().fKey), std::move(value));
+        }
+    }
+
+    static ObjectRef MakeString(std::string_view text) {
+        ObjectRef string(platform::NewString(text));
+        Require(string != nullptr);
+        return string;
+    }
 
     std::vector<OpenCollection> fOpen;
     std::string fText; // of the element that is open, if it holds text
@@ -191,90 +231,6 @@ private:
     bool fIsInList = false; // between <plist> and </plist>
     ObjectRef fRoot;
 };
-
-void Builder::Start(std::string_view element) {
-    Require(!fIsInText);
-    if (!fIsInList) {
-        Require(element == "plist" && fRoot == nullptr);
-        fIsInList = true;
-    } else {
-        OpenValue(element);
-    }
-}
-
-void Builder::OpenValue(std::string_view element) {
-    if (HoldsText(element)) {
-        fIsInText = true;
-        fText.clear();
-        return;
-    }
-    Require((element == "dict" || element == "array") && fOpen.size() < kDeepestLevel);
-    OpenCollection collection;
-    if (element == "dict") {
-        collection.fDictionary = std::make_unique<DictionaryObject>();
-    } else {
-        collection.fArray = std::make_unique<ArrayObject>();
-    }
-    fOpen.push_back(std::move(collection));
-}
-
-void Builder::Text(std::string_view text) {
-    if (fIsInText) {
-        fText.append(text);
-    } else {
-        Require(text.find_first_not_of(" \t\r\n") == std::string_view::npos);
-    }
-}
-
-void Builder::End(std::string_view element) {
-    if (fIsInText) {
-        EndText(element);
-    } else if (fOpen.empty()) {
-        fIsInList = false;
-    } else {
-        Close(element);
-    }
-}
-
-void Builder::EndText(std::string_view element) {
-    fIsInText = false;
-    if (element == "key") {
-        Require(!fOpen.empty() && fOpen.back().fDictionary && !fOpen.back().fKey);
-        fOpen.back().fKey = MakeString(fText);
-    } else if (element == "string") {
-        Store(MakeString(fText));
-    } else {
-        Store(ObjectRef(new ScalarObject(element, fText)));
-    }
-}
-
-void Builder::Close(std::string_view /*element*/) {
-    OpenCollection& top = fOpen.back();
-    Require(!top.fKey);
-    ObjectRef closed(
-        top.fArray ? static_cast<platform::CFObject*>(top.fArray.release())
-                   : top.fDictionary.release());
-    fOpen.pop_back();
-    Store(std::move(closed));
-}
-
-void Builder::Store(ObjectRef value) {
-    if (fOpen.empty()) {
-        Require(fRoot == nullptr);
-        fRoot = std::move(value);
-    } else if (fOpen.back().fArray) {
-        fOpen.back().fArray->fElements.push_back(std::move(value));
-    } else {
-        Require(fOpen.back().fKey != nullptr);
-        fOpen.back().fDictionary->Set(std::move(fOpen.back().fKey), std::move(value));
-    }
-}
-
-ObjectRef Builder::MakeString(std::string_view text) {
-    ObjectRef string(platform::NewString(text));
-    Require(string != nullptr);
-    return string;
-}
 
 // Expat with a builder. An exception must not pass through it: it ends the parsing.
 class Parser {
@@ -348,6 +304,37 @@ private:
 };
 
 } // namespace
+
+CFTypeID CFArrayGetTypeID() noexcept {
+    return platform::kArrayType;
+}
+
+CFIndex CFArrayGetCount(CFArrayRef array) noexcept {
+    return static_cast<CFIndex>(ObjectOf<ArrayObject>(array).fElements.size());
+}
+
+void const* CFArrayGetValueAtIndex(CFArrayRef array, CFIndex index) noexcept {
+    return ObjectOf<ArrayObject>(array).fElements[static_cast<std::size_t>(index)].get();
+}
+
+CFTypeID CFDictionaryGetTypeID() noexcept {
+    return platform::kDictionaryType;
+}
+
+CFIndex CFDictionaryGetCount(CFDictionaryRef dict) noexcept {
+    return static_cast<CFIndex>(ObjectOf<DictionaryObject>(dict).Keys().size());
+}
+
+void const* CFDictionaryGetValue(CFDictionaryRef dict, void const* key) noexcept {
+    return key == nullptr ? nullptr
+                          : ObjectOf<DictionaryObject>(dict).Find(*platform::AsObject(key));
+}
+
+void CFDictionaryGetKeysAndValues(
+    CFDictionaryRef dict, void const** keys, void const** values) noexcept {
+    CopyAll(ObjectOf<DictionaryObject>(dict).Keys(), keys);
+    CopyAll(ObjectOf<DictionaryObject>(dict).Values(), values);
+}
 
 CFPropertyListRef CFPropertyListCreateFromXMLData(
     CFAllocatorRef /*allocator*/,

@@ -34,7 +34,7 @@ inline constexpr CFOptionFlags kCFPropertyListImmutable = 0;
 
 // The value in xmlData, with one reference for the caller: strings, arrays and dictionaries as
 // such; numbers, dates, data and booleans as objects of a type of their own. Of equal keys the last
-// one counts. Null for what is no property list, for one with entities of its own or more than 256
+// one counts. Null for what is no property list, for one with entities of its own or more than 64
 // levels, and when memory runs out; *errorString (may be null) is null then too: no description is
 // made. mutabilityOption is not looked at.
 CFPropertyListRef CFPropertyListCreateFromXMLData(

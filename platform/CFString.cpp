@@ -17,10 +17,8 @@ namespace {
 using platform::StringObject;
 
 std::u16string_view TextOf(CFStringRef string) noexcept {
-    if (string == nullptr) {
-        return {};
-    }
-    return static_cast<StringObject const*>(platform::AsObject(string))->Text();
+    return string == nullptr ? std::u16string_view()
+                             : platform::ObjectOf<StringObject>(string).fValue;
 }
 
 bool IsLead(char16_t unit) noexcept {
@@ -187,11 +185,7 @@ CFStringRef CFStringCreateWithBytes(
     Boolean /*isExternalRepresentation*/) noexcept {
     try {
         auto text = Decode(bytes, static_cast<std::size_t>(numBytes), encoding);
-        if (!text) {
-            return nullptr;
-        }
-        platform::CFObject const* const object = new StringObject(std::move(*text));
-        return reinterpret_cast<CFStringRef>(object);
+        return text ? platform::AsRef<CFStringRef>(new StringObject(std::move(*text))) : nullptr;
     } catch (std::exception const&) {
         return nullptr;
     }

@@ -13,29 +13,8 @@ namespace {
 // Preferences take kilobytes.
 constexpr SInt64 kLargestFile = SInt64{64} << 20;
 
-class URLObject : public platform::CFObject {
-public:
-    explicit URLObject(std::string path) noexcept : fPath(std::move(path)) {}
-
-    CFTypeID TypeID() const noexcept override { return platform::kURLType; }
-    bool Equals(platform::CFObject const& other) const noexcept override {
-        return fPath == static_cast<URLObject const&>(other).fPath;
-    }
-
-    std::string const fPath;
-};
-
-class DataObject : public platform::CFObject {
-public:
-    explicit DataObject(std::vector<UInt8> bytes) noexcept : fBytes(std::move(bytes)) {}
-
-    CFTypeID TypeID() const noexcept override { return platform::kDataType; }
-    bool Equals(platform::CFObject const& other) const noexcept override {
-        return fBytes == static_cast<DataObject const&>(other).fBytes;
-    }
-
-    std::vector<UInt8> const fBytes;
-};
+using URLObject = platform::ValueObject<platform::kURLType, std::string>;
+using DataObject = platform::ValueObject<platform::kDataType, std::vector<UInt8>>;
 
 // The bytes of a path; empty for a text that is none.
 std::string PathIn(CFStringRef string) {
@@ -86,10 +65,6 @@ OSErr ReadFile(std::string const& path, CFDataRef* data) {
     return error;
 }
 
-DataObject const& DataOf(CFDataRef data) noexcept {
-    return *static_cast<DataObject const*>(platform::AsObject(data));
-}
-
 } // namespace
 
 CFURLRef CFURLCreateWithFileSystemPath(
@@ -116,8 +91,7 @@ Boolean CFURLCreateDataAndPropertiesFromResource(
     OSErr error = paramErr;
     if (properties == nullptr && desiredProperties == nullptr) {
         try {
-            auto const* const object = static_cast<URLObject const*>(platform::AsObject(url));
-            error = ReadFile(object->fPath, resourceData);
+            error = ReadFile(platform::ObjectOf<URLObject>(url).fValue, resourceData);
         } catch (std::exception const&) {
             error = ioErr;
         }
@@ -129,9 +103,9 @@ Boolean CFURLCreateDataAndPropertiesFromResource(
 }
 
 CFIndex CFDataGetLength(CFDataRef data) noexcept {
-    return static_cast<CFIndex>(DataOf(data).fBytes.size());
+    return static_cast<CFIndex>(platform::ObjectOf<DataObject>(data).fValue.size());
 }
 
 UInt8 const* CFDataGetBytePtr(CFDataRef data) noexcept {
-    return DataOf(data).fBytes.data();
+    return platform::ObjectOf<DataObject>(data).fValue.data();
 }
