@@ -3,13 +3,49 @@
 
 #include "bib/BIBCache.h"
 #include "bib/BIBContainer.h"
-#include "bib/BIBData.h"
 #include "bib/BIBError.h"
-#include "bib/BIBFilter.h"
 #include "bib/BIBStream.h"
 #include "bib/LazyTerminate.h"
 
 namespace BIB_T_NMT {
+
+// Placeholders for the runtime's filters: sinks that data is written through.
+
+// The filter interface's procedures. Reserved: nothing binds them.
+using BIBFilterProc = void (*)(void* sink);
+constexpr unsigned long kBIBFilterRelease = 6;
+BIBFilterProc gBIBFilterInterface[kBIBFilterRelease + 1] = {};
+
+// A handle on a sink of the runtime, or none. The argument of the constructors is not read.
+class CBIBDataSink : public CBIBClientBase {
+public:
+    explicit CBIBDataSink(int) noexcept : fSink(nullptr) {}
+    CBIBDataSink(CBIBDataSink const&) = delete;
+    CBIBDataSink& operator=(CBIBDataSink const&) = delete;
+
+    ~CBIBDataSink() {
+        if (fSink != nullptr) {
+            gBIBFilterInterface[kBIBFilterRelease](fSink);
+        }
+    }
+
+private:
+    void* fSink;
+};
+
+class CBIBFilter : public CBIBDataSink {
+public:
+    using CBIBDataSink::CBIBDataSink;
+
+    static CBIBFilter Invalid; // NOLINT(readability-identifier-naming): its fixed name
+};
+
+class CBIBFilterJPEG : public CBIBFilter {
+public:
+    using CBIBFilter::CBIBFilter;
+
+    static CBIBFilterJPEG Invalid; // NOLINT(readability-identifier-naming): its fixed name
+};
 
 namespace {
 
@@ -31,7 +67,6 @@ constinit bool CBIBStaticCacheBase::fAcceptingCaches = false;
 
 CBIBCacheLock::SkipNoPurge_t CBIBCacheLock::SkipNoPurge;
 
-BIBFilterProc gBIBFilterInterface[kBIBFilterRelease + 1] = {};
 CBIBFilter CBIBFilter::Invalid(1);
 CBIBFilterJPEG CBIBFilterJPEG::Invalid(1);
 

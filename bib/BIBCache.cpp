@@ -8,15 +8,13 @@ bool CBIBCache::Init() {
 }
 
 void CBIBCache::AddClientPurge(void (*purge)()) {
-    if (Init()) {
-        GetProcs<BIBCacheInterface>()->AddClientPurge(purge, 0);
-    }
+    Init();
+    GetProcs<BIBCacheInterface>()->AddClientPurge(purge, 0);
 }
 
 void CBIBCache::RemoveClientPurge(void (*purge)()) {
-    if (Init()) {
-        GetProcs<BIBCacheInterface>()->RemoveClientPurge(purge, 0);
-    }
+    Init();
+    GetProcs<BIBCacheInterface>()->RemoveClientPurge(purge, 0);
 }
 
 void CBIBStaticCacheBase::LinkToBIB() {

@@ -4,7 +4,7 @@
 #include "api/BIBCacheInterface.h"
 #include "bib/BIBClient.h"
 #include "bib/BIBInterfaceClient.h"
-#include "bib/DoubleLinkedList.h"
+#include "bib/LazyTerminate.h"
 
 namespace BIB_T_NMT {
 

@@ -8,6 +8,8 @@
 #include "bib/BIBStringAtom.h"
 #include "bib/LazyTerminate.h"
 
+#include <cstring>
+
 namespace BIB_T_NMT {
 
 BIBLookupProc gGetProc = nullptr;
@@ -41,6 +43,14 @@ bool BindBootstrap() {
 bool BindCoreInterfaces() {
     return CBIBContainer::Init() && CBIBError::Init() &&
            PeekProcs<BIBStringInterface>() != nullptr && CBIBMemory::Init();
+}
+
+bool InitializeOne(LazyTerminate& object) noexcept {
+    try {
+        return object.Initialize();
+    } catch (...) {
+        return false;
+    }
 }
 
 } // namespace
@@ -110,6 +120,60 @@ void* CBIBClientBase::operator new(std::size_t size) {
 
 void CBIBClientBase::operator delete(void* block) noexcept {
     CBIBMemory::Free(block);
+}
+
+void StoreProc(void** procs, unsigned long slot, void* proc) noexcept {
+    // Byte by byte: seen through a void*, the slot would be an object of another type.
+    std::memcpy(procs + slot, &proc, sizeof proc);
+}
+
+int BIBLoadProcTable(
+    _t_BIBFTabEntry const* table,
+    unsigned long count,
+    char const* interfaceName,
+    void** procs,
+    int /*unused*/) {
+    for (unsigned long slot = count; slot-- > 0;) {
+        void* const proc = BIBGetProcAddress(interfaceName, table[slot].name, table[slot].procType);
+        StoreProc(procs, slot, proc);
+        if (proc == nullptr) {
+            return 0;
+        }
+    }
+    return 1;
+}
+
+int BIBRegisterProcTable(
+    _t_BIBFTabRegEntry const* table, unsigned long count, char const* interfaceName) {
+    for (unsigned long row = 0; row < count; ++row) {
+        auto const& entry = table[row];
+        if (BIBRegisterProcAddress(interfaceName, entry.name, entry.procType, entry.proc) == 0) {
+            return 0;
+        }
+    }
+    return 1;
+}
+
+bool LazyTerminate::InitializeAll() {
+    LazyTerminate* object = fList.GetFirstElement();
+    while (object != nullptr && InitializeOne(*object)) {
+        object = object->GetNextElement();
+    }
+    if (object == nullptr) {
+        return true;
+    }
+    LazyTerminate const* const failed = object;
+    for (object = fList.GetFirstElement(); object != failed; object = object->GetNextElement()) {
+        object->Terminate();
+    }
+    return false;
+}
+
+void LazyTerminate::TerminateAll() {
+    for (LazyTerminate* object = fList.GetFirstElement(); object != nullptr;
+         object = object->GetNextElement()) {
+        object->Terminate();
+    }
 }
 
 } // namespace BIB_T_NMT

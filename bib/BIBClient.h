@@ -17,9 +17,6 @@ public:
 // The same with a virtual destructor.
 class CBIBVirtualClientBase : public CBIBClientBase {
 public:
-    CBIBVirtualClientBase() = default;
-    CBIBVirtualClientBase(CBIBVirtualClientBase const&) = default;
-    CBIBVirtualClientBase& operator=(CBIBVirtualClientBase const&) = default;
     virtual ~CBIBVirtualClientBase() = default;
 };
 

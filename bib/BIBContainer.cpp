@@ -108,18 +108,4 @@ BIBContainerBaseGeneric::BIBContainerBaseGeneric(BIBContainerBaseGeneric const& 
     }
 }
 
-void BIBContainerBaseGeneric::swap(BIBContainerBaseGeneric& other) noexcept {
-    std::swap(fContainer, other.fContainer);
-}
-
-void BIBContainerBaseGeneric::Invalidate() {
-    CBIBContainer::Release(fContainer);
-    fContainer = nullptr;
-}
-
-BIBContainer* BIBContainerBaseGeneric::UnownedReturn() {
-    CBIBContainer::DecrementWithoutDelete(fContainer);
-    return std::exchange(fContainer, nullptr);
-}
-
 } // namespace BIB_T_NMT

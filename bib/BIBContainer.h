@@ -6,6 +6,7 @@
 #pragma once
 
 #include "api/BIBContainerInterface.h"
+#include "bib/BIBError.h"
 #include "bib/BIBInterfaceClient.h"
 #include "bib/BIBStringAtom.h"
 
@@ -130,14 +131,20 @@ public:
     // The container, not counted.
     operator BIBContainer*() const noexcept { return fContainer; }
 
-    void swap(BIBContainerBaseGeneric& other) noexcept;
+    void swap(BIBContainerBaseGeneric& other) noexcept { std::swap(fContainer, other.fContainer); }
 
     // Gives the reference up.
-    void Invalidate();
+    void Invalidate() {
+        CBIBContainer::Release(fContainer);
+        fContainer = nullptr;
+    }
 
     // Gives the reference up without destroying the container, and returns it; null for an invalid
     // handle.
-    BIBContainer* UnownedReturn();
+    BIBContainer* UnownedReturn() {
+        CBIBContainer::DecrementWithoutDelete(fContainer);
+        return std::exchange(fContainer, nullptr);
+    }
 
 protected:
     BIBContainer* fContainer = nullptr;

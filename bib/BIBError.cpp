@@ -1,7 +1,5 @@
 #include "bib/BIBError.h"
 
-#include "bib/BIBInterfaceClient.h"
-
 #include <utility>
 
 namespace BIB_T_NMT {
@@ -16,14 +14,6 @@ CBIBError& CBIBError::operator=(CBIBError const& other) noexcept {
     CBIBError copy(other);
     std::swap(fError, copy.fError);
     return *this;
-}
-
-BIBError* CBIBError::AddRef() const {
-    return GetProcs<BIBErrorInterface>()->AddRef(fError);
-}
-
-void CBIBError::Release() const {
-    GetProcs<BIBErrorInterface>()->Release(fError);
 }
 
 CBIBStringAtom CBIBError::GetErrorMessage() const {

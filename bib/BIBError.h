@@ -2,6 +2,7 @@
 #pragma once
 
 #include "api/BIBErrorInterface.h"
+#include "bib/BIBInterfaceClient.h"
 #include "bib/BIBStringAtom.h"
 
 // Stands in the error table's AddRef and Release slots until the table is bound.
@@ -43,8 +44,8 @@ public:
     bool IsValid() const noexcept { return fError != nullptr; }
 
     // Straight through to the runtime, also for an invalid error.
-    BIBError* AddRef() const;
-    void Release() const;
+    BIBError* AddRef() const { return GetProcs<BIBErrorInterface>()->AddRef(fError); }
+    void Release() const { GetProcs<BIBErrorInterface>()->Release(fError); }
 
     // The error with a reference for the caller; null for an invalid error.
     operator BIBError*() const { return AddRef(); }
@@ -96,9 +97,5 @@ inline void ThrowOnFailure(BIBError* status) {
         BIBThrowError(status);
     }
 }
-
-// Throws the CBIBError "Missing Interface", component "BIB"; where no error table was ever bound,
-// an invalid one, whose what() must not be called.
-[[noreturn]] void BIBThrowMissingInterfaceError();
 
 } // namespace BIB_T_NMT

@@ -1,13 +1,52 @@
-// The bound tables of the core interfaces, checked against the runtime's unregister counter.
+// Tables of named procedures: their rows, and how a table is bound, checked against the runtime's
+// unregister counter, and registered.
 #pragma once
 
 #include "api/BIBErrorInterface.h"
 #include "api/BIBStringInterface.h"
 #include "bib/BIBClient.h"
-#include "bib/BIBError.h"
-#include "bib/BIBTable.h"
 
 namespace BIB_T_NMT {
+
+// NOLINTBEGIN(readability-identifier-naming): the rows keep the names they have everywhere
+
+// One row of a table to be bound. A table ends in a row of two empty strings that nothing reads.
+struct _t_BIBFTabEntry {
+    char const* name;     // the procedure's name within its interface
+    char const* procType; // the name of the procedure's signature
+};
+
+// One row of a table to be registered. The closing row has a null proc too.
+struct _t_BIBFTabRegEntry {
+    char const* name;     // the procedure's name within its interface
+    char const* procType; // the name of the procedure's signature
+    void* proc;           // the procedure
+};
+
+// NOLINTEND(readability-identifier-naming)
+
+// Fills procs, one slot for each of the count rows (the closing row not among them), from the last
+// row to the first. 1 on success; 0 at the first name that cannot be found, with a null in its slot
+// and the slots before it as they were. Throws CBIBError for such a name once the client is bound.
+// The last argument is not read.
+int BIBLoadProcTable(
+    _t_BIBFTabEntry const* table,
+    unsigned long count,
+    char const* interfaceName,
+    void** procs,
+    int);
+
+// Registers the count rows from the first to the last under interfaceName. 1 on success; 0 at the
+// first row that is refused, and what was registered before stays so.
+int BIBRegisterProcTable(
+    _t_BIBFTabRegEntry const* table, unsigned long count, char const* interfaceName);
+
+// Stores proc in a slot of a table whose slots are procedure pointers of types of their own.
+void StoreProc(void** procs, unsigned long slot, void* proc) noexcept;
+
+// Throws the CBIBError "Missing Interface", component "BIB"; where no error table was ever bound,
+// an invalid one, whose what() must not be called.
+[[noreturn]] void BIBThrowMissingInterfaceError();
 
 // The bound table of one core interface. Interface is a traits class with proctable_type, the names
 // (GetRows, kRowCount) and GetInterfaceName(). All static and, like the counter, without a lock.
@@ -83,6 +122,22 @@ Table const* Renew(Table const*& known, Table const* bound) noexcept {
     return known;
 }
 
+// The table of an interface that is bound on its first use, bound anew through construct if the
+// counter has moved from stamp; null when a name is missing, and then the table's first slot is
+// null too, so that a stale pointer to it shows.
+template <class Table>
+Table const* GuardGlobalProcs(Table& table, unsigned long& stamp, int (*construct)(Table*)) {
+    unsigned long const count = *gBIBUnregisterCount;
+    if (count != stamp) {
+        if (construct(&table) == 0) {
+            StoreProc(reinterpret_cast<void**>(&table), 0, nullptr);
+            return nullptr;
+        }
+        stamp = count;
+    }
+    return &table;
+}
+
 } // namespace BIB_T_NMT
 
 // NOLINTBEGIN(bugprone-macro-parentheses): the arguments are names
@@ -101,6 +156,29 @@ Table const* Renew(Table const*& known, Table const* bound) noexcept {
         } \
     }; \
     using Interface = Traits
+
+// Declares the table of Interface, its stamp (0 for never bound), the function that binds it (1, or
+// 0 when a name is missing) and the one that guards it (see GuardGlobalProcs). The guard throws
+// CBIBError for a missing name once the client is bound. REQUIRES: BIBClientInit has found the
+// counter.
+#define BIB_DECLARE_GLOBAL_PROCS(Interface) \
+    extern _t_##Interface g##Interface; \
+    extern unsigned long g##Interface##Count; \
+    int Construct##Interface##Procs(_t_##Interface* table); \
+    _t_##Interface const* GetGlobal##Interface##Procs()
+
+#define BIB_DEFINE_GLOBAL_PROCS(Interface, ROWS, rowCount) \
+    constinit _t_##Interface g##Interface = {}; \
+    constinit unsigned long g##Interface##Count = 0; \
+    int Construct##Interface##Procs(_t_##Interface* table) { \
+        static constexpr _t_BIBFTabEntry kRows[] = {ROWS(BIB_TABLE_NAMES){"", ""}}; \
+        static_assert(sizeof kRows / sizeof *kRows == (rowCount) + 1); \
+        static_assert(sizeof(_t_##Interface) == (rowCount) * sizeof(void*)); \
+        return BIBLoadProcTable(kRows, rowCount, #Interface, reinterpret_cast<void**>(table), 0); \
+    } \
+    _t_##Interface const* GetGlobal##Interface##Procs() { \
+        return GuardGlobalProcs(g##Interface, g##Interface##Count, &Construct##Interface##Procs); \
+    }
 
 // NOLINTEND(bugprone-macro-parentheses)
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "api/BIBMemoryInterface.h"
+#include "bib/BIBError.h"
 #include "bib/BIBInterfaceClient.h"
 
 #include <cstring>
@@ -23,7 +24,7 @@ public:
     static void* Alloc(unsigned long size);
 
     // Frees a block.
-    static void Free(void* block);
+    static void Free(void* block) { GetProcs<BIBMemoryInterface>()->Free(block); }
 
     // Throws a copy of the runtime's memory error, for which the runtime needs no memory.
     [[noreturn]] static void ThrowMemError();

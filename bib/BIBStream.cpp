@@ -2,56 +2,17 @@
 
 namespace BIB_T_NMT {
 
-int ConstructBIBSimpleStreamInterfaceMethods(
-    BIBContainer const* container, int mustExist, _t_BIBSimpleStreamInterface* table) {
-    BIB_LOAD_METHODS(
-        _t_BIBSimpleStreamInterface,
-        BIB_SIMPLE_STREAM_INTERFACE_ROWS,
-        2,
-        container,
-        mustExist,
-        table);
-}
+BIB_DEFINE_METHOD_LOADER(BIBSimpleStreamInterface, BIB_SIMPLE_STREAM_INTERFACE_ROWS, 2)
 
-int ConstructBIBRewindableStreamInterfaceMethods(
-    BIBContainer const* container, int mustExist, _t_BIBRewindableStreamInterface* table) {
-    BIB_LOAD_METHODS(
-        _t_BIBRewindableStreamInterface,
-        BIB_REWINDABLE_STREAM_INTERFACE_ROWS,
-        2,
-        container,
-        mustExist,
-        table);
-}
+BIB_DEFINE_METHOD_LOADER(BIBRewindableStreamInterface, BIB_REWINDABLE_STREAM_INTERFACE_ROWS, 2)
 
-int ConstructBIBPositionableStreamInterfaceMethods(
-    BIBContainer const* container, int mustExist, _t_BIBPositionableStreamInterface* table) {
-    BIB_LOAD_METHODS(
-        _t_BIBPositionableStreamInterface,
-        BIB_POSITIONABLE_STREAM_INTERFACE_ROWS,
-        3,
-        container,
-        mustExist,
-        table);
-}
+BIB_DEFINE_METHOD_LOADER(BIBPositionableStreamInterface, BIB_POSITIONABLE_STREAM_INTERFACE_ROWS, 3)
 
-CBIBSimpleStream* CBIBSimpleStreamTerminate::InitVTab(CBIBSimpleStream* handle) {
-    handle->fSimpleVTab = CBIBSimpleStream::fSimpleVTabList.GetVTab(
-        *handle, &ConstructBIBSimpleStreamInterfaceMethods);
-    return handle;
-}
+BIB_DEFINE_INIT_PROC(BIBDataBlockStreamInterface, BIB_DATA_BLOCK_STREAM_INTERFACE_ROWS, 2)
 
-CBIBRewindableStream* CBIBRewindableStreamTerminate::InitVTab(CBIBRewindableStream* handle) {
-    handle->fRewindableVTab = CBIBRewindableStream::fRewindableVTabList.GetVTab(
-        *handle, &ConstructBIBRewindableStreamInterfaceMethods);
-    return handle;
-}
+BIB_DEFINE_INIT_PROC(BIBSizedDataStoreInterface, BIB_SIZED_DATA_STORE_INTERFACE_ROWS, 1)
 
-CBIBPositionableStream* CBIBPositionableStreamTerminate::InitVTab(CBIBPositionableStream* handle) {
-    handle->fPositionableVTab = CBIBPositionableStream::fPositionableVTabList.GetVTab(
-        *handle, &ConstructBIBPositionableStreamInterfaceMethods);
-    return handle;
-}
+BIB_DEFINE_INIT_PROC(BIBDataStoreInterface, BIB_DATA_STORE_INTERFACE_ROWS, 1)
 
 CBIBSimpleStream::CBIBSimpleStream(BIBSimpleStream* stream) : TBIBContainerBase(stream) {
     fSimpleTerm.InitVTab(this);
@@ -63,44 +24,14 @@ unsigned long CBIBSimpleStream::Read(unsigned char* buffer, unsigned long size) 
     return bytesRead;
 }
 
-unsigned long CBIBSimpleStream::Read(void* buffer, unsigned long size) const {
-    return Read(static_cast<unsigned char*>(buffer), size);
-}
-
 void CBIBSimpleStream::Write(unsigned char const* buffer, unsigned long size) const {
     ThrowOnFailure(fSimpleVTab->Write(*this, buffer, size));
-}
-
-void CBIBSimpleStream::Write(void const* buffer, unsigned long size) const {
-    Write(static_cast<unsigned char const*>(buffer), size);
-}
-
-TBIBVTabList<_t_BIBSimpleStreamInterface>& CBIBSimpleStream::GetSimpleVTabList() noexcept {
-    return fSimpleVTabList;
-}
-
-CBIBSimpleStreamTerminate& CBIBSimpleStream::GetSimpleTerm() noexcept {
-    return fSimpleTerm;
 }
 
 CBIBRewindableStream::CBIBRewindableStream(BIBRewindableStream* stream)
     : CBIBSimpleStream(reinterpret_cast<BIBSimpleStream*>(stream)) {
     fRewindableTerm.InitVTab(this);
 }
-
-CBIBRewindableStream::operator BIBRewindableStream*() const noexcept {
-    return reinterpret_cast<BIBRewindableStream*>(fContainer);
-}
-
-TBIBVTabList<_t_BIBRewindableStreamInterface>&
-CBIBRewindableStream::GetRewindableVTabList() noexcept {
-    return fRewindableVTabList;
-}
-
-CBIBRewindableStreamTerminate& CBIBRewindableStream::GetRewindableTerm() noexcept {
-    return fRewindableTerm;
-}
-
 CBIBPositionableStream::CBIBPositionableStream()
     : CBIBPositionableStream(CBIBStreamFactory::NewMemoryStream()) {}
 
@@ -111,11 +42,6 @@ CBIBPositionableStream::CBIBPositionableStream(BIBPositionableStream* stream)
     : CBIBRewindableStream(reinterpret_cast<BIBRewindableStream*>(stream)) {
     fPositionableTerm.InitVTab(this);
 }
-
-CBIBPositionableStream::operator BIBPositionableStream*() const noexcept {
-    return reinterpret_cast<BIBPositionableStream*>(fContainer);
-}
-
 unsigned long CBIBPositionableStream::Mark() const {
     unsigned long position = 0;
     ThrowOnFailure(fPositionableVTab->Mark(*this, &position));
@@ -126,28 +52,7 @@ void CBIBPositionableStream::Seek(long offset, BIBPositionableStream_SeekOrigin 
     ThrowOnFailure(fPositionableVTab->Seek(*this, offset, origin));
 }
 
-void CBIBPositionableStream::Seek(unsigned long position) const {
-    Seek(static_cast<long>(position), kBIBSeekFromStart);
-}
-
-BIBPositionableStream* CBIBPositionableStream::UnownedReturn() {
-    return reinterpret_cast<BIBPositionableStream*>(BIBContainerBaseGeneric::UnownedReturn());
-}
-
-TBIBVTabList<_t_BIBPositionableStreamInterface>&
-CBIBPositionableStream::GetPositionableVTabList() noexcept {
-    return fPositionableVTabList;
-}
-
-CBIBPositionableStreamTerminate& CBIBPositionableStream::GetPositionableTerm() noexcept {
-    return fPositionableTerm;
-}
-
 BIB_DEFINE_GLOBAL_PROCS(BIBStreamFactoryInterface, BIB_STREAM_FACTORY_INTERFACE_ROWS, 6)
-
-bool CBIBStreamFactory::Init() {
-    return GetGlobalBIBStreamFactoryInterfaceProcs() != nullptr;
-}
 
 BIBPositionableStream* CBIBStreamFactory::NewMemoryStream() {
     BIBPositionableStream* result = nullptr;

@@ -1,13 +1,14 @@
-// Handles on the runtime's streams, one class for each level.
+// Handles on the runtime's streams, one class for each level, and its further data sources.
 //
 // A handle is a value of one thread, and copies share the stream and its position. Every operation
 // throws the runtime's error as a CBIBError. Constructors from a pointer throw the CBIBErrors
 // "invalid container" (also for null) and "couldn't get signature".
 #pragma once
 
+#include "api/BIBDataInterface.h"
 #include "api/BIBStreamInterface.h"
 #include "bib/BIBContainer.h"
-#include "bib/BIBGlobalProcs.h"
+#include "bib/BIBInterfaceClient.h"
 #include "bib/BIBSharedBuffer.h"
 #include "bib/BIBVTab.h"
 
@@ -33,14 +34,20 @@ public:
     // Reads up to size bytes. The number of bytes read: fewer than size only at the end of the
     // data.
     unsigned long Read(unsigned char* buffer, unsigned long size) const;
-    unsigned long Read(void* buffer, unsigned long size) const;
+    unsigned long Read(void* buffer, unsigned long size) const {
+        return Read(static_cast<unsigned char*>(buffer), size);
+    }
 
     // Writes all size bytes.
     void Write(unsigned char const* buffer, unsigned long size) const;
-    void Write(void const* buffer, unsigned long size) const;
+    void Write(void const* buffer, unsigned long size) const {
+        Write(static_cast<unsigned char const*>(buffer), size);
+    }
 
-    static TBIBVTabList<_t_BIBSimpleStreamInterface>& GetSimpleVTabList() noexcept;
-    static CBIBSimpleStreamTerminate& GetSimpleTerm() noexcept;
+    static TBIBVTabList<_t_BIBSimpleStreamInterface>& GetSimpleVTabList() noexcept {
+        return fSimpleVTabList;
+    }
+    static CBIBSimpleStreamTerminate& GetSimpleTerm() noexcept { return fSimpleTerm; }
 
 private:
     friend CBIBSimpleStreamTerminate;
@@ -58,10 +65,14 @@ public:
     explicit CBIBRewindableStream(BIBRewindableStream* stream);
 
     // The stream, not counted.
-    operator BIBRewindableStream*() const noexcept;
+    operator BIBRewindableStream*() const noexcept {
+        return reinterpret_cast<BIBRewindableStream*>(fContainer);
+    }
 
-    static TBIBVTabList<_t_BIBRewindableStreamInterface>& GetRewindableVTabList() noexcept;
-    static CBIBRewindableStreamTerminate& GetRewindableTerm() noexcept;
+    static TBIBVTabList<_t_BIBRewindableStreamInterface>& GetRewindableVTabList() noexcept {
+        return fRewindableVTabList;
+    }
+    static CBIBRewindableStreamTerminate& GetRewindableTerm() noexcept { return fRewindableTerm; }
 
 private:
     friend CBIBRewindableStreamTerminate;
@@ -85,20 +96,30 @@ public:
     explicit CBIBPositionableStream(BIBPositionableStream* stream);
 
     // The stream, not counted.
-    operator BIBPositionableStream*() const noexcept;
+    operator BIBPositionableStream*() const noexcept {
+        return reinterpret_cast<BIBPositionableStream*>(fContainer);
+    }
 
     // The position: bytes from the start.
     unsigned long Mark() const;
 
     // Moves to offset bytes from origin, or to position.
     void Seek(long offset, BIBPositionableStream_SeekOrigin origin) const;
-    void Seek(unsigned long position) const;
+    void Seek(unsigned long position) const {
+        Seek(static_cast<long>(position), kBIBSeekFromStart);
+    }
 
     // See BIBContainerBaseGeneric.
-    BIBPositionableStream* UnownedReturn();
+    BIBPositionableStream* UnownedReturn() {
+        return reinterpret_cast<BIBPositionableStream*>(BIBContainerBaseGeneric::UnownedReturn());
+    }
 
-    static TBIBVTabList<_t_BIBPositionableStreamInterface>& GetPositionableVTabList() noexcept;
-    static CBIBPositionableStreamTerminate& GetPositionableTerm() noexcept;
+    static TBIBVTabList<_t_BIBPositionableStreamInterface>& GetPositionableVTabList() noexcept {
+        return fPositionableVTabList;
+    }
+    static CBIBPositionableStreamTerminate& GetPositionableTerm() noexcept {
+        return fPositionableTerm;
+    }
 
 private:
     friend CBIBPositionableStreamTerminate;
@@ -110,25 +131,24 @@ private:
     static CBIBPositionableStreamTerminate fPositionableTerm;
 };
 
-// The terminators of the three caches. InitVTab gives a handle its method table, and the handle
-// back.
-class CBIBSimpleStreamTerminate
-    : public TVTabForgetfulTerminate<CBIBSimpleStream::fSimpleVTabList> {
-public:
-    CBIBSimpleStream* InitVTab(CBIBSimpleStream* handle);
-};
+// The terminators of the three caches.
+class CBIBSimpleStreamTerminate : public TVTabForgetfulTerminate<
+                                      CBIBSimpleStream,
+                                      CBIBSimpleStream::fSimpleVTabList,
+                                      &CBIBSimpleStream::fSimpleVTab,
+                                      &ConstructBIBSimpleStreamInterfaceMethods> {};
 
-class CBIBRewindableStreamTerminate
-    : public TVTabForgetfulTerminate<CBIBRewindableStream::fRewindableVTabList> {
-public:
-    CBIBRewindableStream* InitVTab(CBIBRewindableStream* handle);
-};
+class CBIBRewindableStreamTerminate : public TVTabForgetfulTerminate<
+                                          CBIBRewindableStream,
+                                          CBIBRewindableStream::fRewindableVTabList,
+                                          &CBIBRewindableStream::fRewindableVTab,
+                                          &ConstructBIBRewindableStreamInterfaceMethods> {};
 
-class CBIBPositionableStreamTerminate
-    : public TVTabForgetfulTerminate<CBIBPositionableStream::fPositionableVTabList> {
-public:
-    CBIBPositionableStream* InitVTab(CBIBPositionableStream* handle);
-};
+class CBIBPositionableStreamTerminate : public TVTabForgetfulTerminate<
+                                            CBIBPositionableStream,
+                                            CBIBPositionableStream::fPositionableVTabList,
+                                            &CBIBPositionableStream::fPositionableVTab,
+                                            &ConstructBIBPositionableStreamInterfaceMethods> {};
 
 BIB_DECLARE_GLOBAL_PROCS(BIBStreamFactoryInterface);
 
@@ -138,7 +158,7 @@ BIB_DECLARE_GLOBAL_PROCS(BIBStreamFactoryInterface);
 class CBIBStreamFactory {
 public:
     // Whether the table is bound.
-    static bool Init();
+    static bool Init() { return GetGlobalBIBStreamFactoryInterfaceProcs() != nullptr; }
 
     // An empty stream that can be written.
     static BIBPositionableStream* NewMemoryStream();
@@ -146,5 +166,41 @@ public:
     // A stream that reads buffer and keeps it alive.
     static BIBPositionableStream* NewBufferStream(TBIBSharedBuffer<unsigned char> const& buffer);
 };
+
+// Caches for the runtime's further data sources, for which there are no handle classes.
+struct BIBDataBlockStreamTraits {
+    using proctable_type = _t_BIBDataBlockStreamInterface;
+};
+
+struct BIBSizedDataStoreTraits {
+    using proctable_type = _t_BIBSizedDataStoreInterface;
+};
+
+struct BIBDataStoreTraits {
+    using proctable_type = _t_BIBDataStoreInterface;
+};
+
+using BIBDataBlockStreamInterface = BIBDataBlockStreamTraits;
+using BIBSizedDataStoreInterface = BIBSizedDataStoreTraits;
+using BIBDataStoreInterface = BIBDataStoreTraits;
+
+// The loaders: see TBIBMethodLoader.
+template <>
+int TInterfaceConstructor<_t_BIBDataBlockStreamInterface>::InitProc(
+    BIBContainer const* container, int mustExist, _t_BIBDataBlockStreamInterface* table);
+template <>
+int TInterfaceConstructor<_t_BIBSizedDataStoreInterface>::InitProc(
+    BIBContainer const* container, int mustExist, _t_BIBSizedDataStoreInterface* table);
+template <>
+int TInterfaceConstructor<_t_BIBDataStoreInterface>::InitProc(
+    BIBContainer const* container, int mustExist, _t_BIBDataStoreInterface* table);
+
+// Defined with the other static objects: their order matters.
+template <>
+TDelVTabList<_t_BIBDataStoreInterface> TBIB2VTabList<BIBDataStoreInterface>::fVTabList;
+template <>
+TDelVTabList<_t_BIBSizedDataStoreInterface> TBIB2VTabList<BIBSizedDataStoreInterface>::fVTabList;
+template <>
+TDelVTabList<_t_BIBDataBlockStreamInterface> TBIB2VTabList<BIBDataBlockStreamInterface>::fVTabList;
 
 } // namespace BIB_T_NMT

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "bib/BIBContainer.h"
-#include "bib/BIBTable.h"
+#include "bib/BIBInterfaceClient.h"
 #include "bib/LazyTerminate.h"
 
 namespace BIB_T_NMT {
@@ -131,7 +131,9 @@ public:
 
 // Has the loader of T's tables: specialised where the rows of T are.
 template <class T>
-struct TInterfaceConstructor;
+struct TInterfaceConstructor {
+    static int InitProc(BIBContainer const* container, int mustExist, T* table);
+};
 
 template <class T>
 class TDelVTabList : public DelVTabListGeneric {
@@ -150,26 +152,42 @@ struct TBIB2VTabList {
 
 } // namespace BIB_T_NMT
 
-// The body of a loader of the method table Table, whose rows are ROWS.
-#define BIB_LOAD_METHODS(Table, ROWS, rowCount, container, mustExist, table) \
-    static constexpr _t_BIBFTabEntry kRows[] = {ROWS(BIB_TABLE_NAMES){"", ""}}; \
-    static_assert(sizeof kRows / sizeof *kRows == (rowCount) + 1); \
-    static_assert(sizeof(Table) == (rowCount) * sizeof(void*)); \
-    return BIBLoadMethodTable( \
-        kRows, rowCount, container, mustExist, reinterpret_cast<void**>(table))
+// Defines loader as the one of the method tables of Interface, whose rows are ROWS.
+#define BIB_DEFINE_LOADER(loader, Interface, ROWS, rowCount) \
+    int loader(BIBContainer const* container, int mustExist, _t_##Interface* table) { \
+        static constexpr _t_BIBFTabEntry kRows[] = {ROWS(BIB_TABLE_NAMES){"", ""}}; \
+        static_assert(sizeof kRows / sizeof *kRows == (rowCount) + 1); \
+        static_assert(sizeof(_t_##Interface) == (rowCount) * sizeof(void*)); \
+        return BIBLoadMethodTable( \
+            kRows, rowCount, container, mustExist, reinterpret_cast<void**>(table)); \
+    }
+
+// The same of an interface that has handle classes, and of one that has none.
+#define BIB_DEFINE_METHOD_LOADER(Interface, ROWS, rowCount) \
+    BIB_DEFINE_LOADER(Construct##Interface##Methods, Interface, ROWS, rowCount)
+#define BIB_DEFINE_INIT_PROC(Interface, ROWS, rowCount) \
+    template <> \
+    BIB_DEFINE_LOADER(TInterfaceConstructor<_t_##Interface>::InitProc, Interface, ROWS, rowCount)
 
 namespace BIB_T_NMT {
 
-// Empties Cache with the binding.
-template <auto& Cache>
+// The terminator of a cache: empties it with the binding. VTab is where a handle keeps its method
+// table.
+template <class Handle, auto& Cache, auto VTab, auto Loader>
 class TVTabTerminate : public LazyTerminate {
 public:
     void Terminate() override { Cache.DeleteAllElements(); }
+
+    // Gives handle its method table, and returns it.
+    Handle* InitVTab(Handle* handle) {
+        handle->*VTab = Cache.GetVTab(*handle, Loader);
+        return handle;
+    }
 };
 
 // The same, and can walk away from the cache's entries.
-template <auto& Cache>
-class TVTabForgetfulTerminate : public TVTabTerminate<Cache> {
+template <class Handle, auto& Cache, auto VTab, auto Loader>
+class TVTabForgetfulTerminate : public TVTabTerminate<Handle, Cache, VTab, Loader> {
 public:
     void Kill() override { Cache.ForgetElements(); }
 };

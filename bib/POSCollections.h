@@ -3,7 +3,7 @@
 
 #include "api/POSCollectionInterfaces.h"
 #include "bib/BIBContainer.h"
-#include "bib/BIBGlobalProcs.h"
+#include "bib/BIBInterfaceClient.h"
 #include "bib/BIBStringAtom.h"
 #include "bib/POSObject.h"
 #include "bib/POSScalars.h"
@@ -39,7 +39,9 @@ public:
     long Remove(unsigned long index) const { return fProcs->Remove(As<POSArray>(), index); }
 
     // The table, stored for use by every handle of the class; null when it cannot be bound.
-    static _t_POSArrayInterface const* GetProcs();
+    static _t_POSArrayInterface const* GetProcs() {
+        return Renew(fProcs, GetGlobalPOSArrayInterfaceProcs());
+    }
 
 private:
     static _t_POSArrayInterface const* fProcs;
@@ -67,37 +69,53 @@ public:
     // The value under key. No such key: an invalid handle if quiet, else POSException
     // "CPOSDict::Get failed".
     CPOSObject Get(CBIBStringAtom const& key, bool quiet) const;
-    CPOSObject Get(char const* key, bool quiet) const;
+    CPOSObject Get(char const* key, bool quiet) const { return Get(CBIBStringAtom(key), quiet); }
 
     // The same as a value of a type: Get, then the downcast, each quiet or not.
-    CPOSDict GetDict(CBIBStringAtom const& key, bool quiet) const;
-    CPOSDict GetDict(char const* key, bool quiet) const;
-    CPOSArray GetArray(CBIBStringAtom const& key, bool quiet) const;
-    CPOSArray GetArray(char const* key, bool quiet) const;
-    CPOSUnicodeString GetUnicodeString(CBIBStringAtom const& key, bool quiet) const;
+    CPOSDict GetDict(CBIBStringAtom const& key, bool quiet) const {
+        return CPOSDict(Get(key, quiet), quiet);
+    }
+    CPOSDict GetDict(char const* key, bool quiet) const {
+        return GetDict(CBIBStringAtom(key), quiet);
+    }
+    CPOSArray GetArray(CBIBStringAtom const& key, bool quiet) const {
+        return CPOSArray(Get(key, quiet), quiet);
+    }
+    CPOSArray GetArray(char const* key, bool quiet) const {
+        return GetArray(CBIBStringAtom(key), quiet);
+    }
+    CPOSUnicodeString GetUnicodeString(CBIBStringAtom const& key, bool quiet) const {
+        return CPOSUnicodeString(Get(key, quiet), quiet);
+    }
 
     // Whether there is a value under key. The cheap test: it makes no handle.
-    bool HasKey(CBIBStringAtom const& key) const;
-    bool HasKey(char const* key) const;
+    bool HasKey(CBIBStringAtom const& key) const {
+        return fProcs->Get(As<POSDict>(), key) != nullptr;
+    }
+    bool HasKey(char const* key) const { return HasKey(CBIBStringAtom(key)); }
 
     // Store a value under key, and take a key out. The runtime's answer is handed on.
-    long Put(CBIBStringAtom const& key, CPOSObject const& value) const;
-    long Put(char const* key, CPOSObject const& value) const;
-    long Remove(CBIBStringAtom const& key) const;
-    long Remove(char const* key) const;
+    long Put(CBIBStringAtom const& key, CPOSObject const& value) const {
+        return fProcs->Put(As<POSDict>(), key, value);
+    }
+    long Put(char const* key, CPOSObject const& value) const {
+        return Put(CBIBStringAtom(key), value);
+    }
+    long Remove(CBIBStringAtom const& key) const { return fProcs->Remove(As<POSDict>(), key); }
+    long Remove(char const* key) const { return Remove(CBIBStringAtom(key)); }
 
     // The number of keys, and whether there are none; both walk the dictionary.
     unsigned int NumKeys() const;
     bool IsEmpty() const { return NumKeys() == 0; }
 
     // The table, stored for use by every handle of the class; null when it cannot be bound.
-    static _t_POSDictInterface const* GetProcs();
+    static _t_POSDictInterface const* GetProcs() {
+        return Renew(fProcs, GetGlobalPOSDictInterfaceProcs());
+    }
 
 private:
     static _t_POSDictInterface const* fProcs;
 };
-
-class CPOSDict;
 
 BIB_DECLARE_GLOBAL_PROCS(POSDictIteratorInterface);
 
@@ -119,7 +137,9 @@ public:
     char const* CurKey() const { return fProcs->CurKey(*this); }
 
     // The table, stored for use by every handle of the class; null when it cannot be bound.
-    static _t_POSDictIteratorInterface const* GetProcs();
+    static _t_POSDictIteratorInterface const* GetProcs() {
+        return Renew(fProcs, GetGlobalPOSDictIteratorInterfaceProcs());
+    }
 
 private:
     static _t_POSDictIteratorInterface const* fProcs;

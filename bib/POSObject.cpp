@@ -1,6 +1,6 @@
 #include "bib/POSObject.h"
 
-#include "bib/POSException.h"
+#include "bib/POSScalars.h"
 
 namespace BIB_T_NMT {
 
@@ -10,22 +10,7 @@ void _POSSignalError(char const* message) {
     throw POSException(message);
 }
 
-int ConstructPOSObjectVirtualInterfaceMethods(
-    BIBContainer const* container, int mustExist, _t_POSObjectVirtualInterface* table) {
-    BIB_LOAD_METHODS(
-        _t_POSObjectVirtualInterface,
-        POS_OBJECT_VIRTUAL_INTERFACE_ROWS,
-        2,
-        container,
-        mustExist,
-        table);
-}
-
-CPOSObject* CPOSObjectTerminate::InitVTab(CPOSObject* handle) {
-    handle->fVTab =
-        CPOSObject::fVTabList.GetVTab(*handle, &ConstructPOSObjectVirtualInterfaceMethods);
-    return handle;
-}
+BIB_DEFINE_METHOD_LOADER(POSObjectVirtualInterface, POS_OBJECT_VIRTUAL_INTERFACE_ROWS, 2)
 
 CPOSObject::CPOSObject(POSObject* object) : TBIBContainerBase(object) {
     fTerm.InitVTab(this);
@@ -39,26 +24,19 @@ CPOSObject CPOSObject::Clone() const {
     return CPOSObject(clone);
 }
 
-bool CPOSObject::IsEqual(CPOSObject const& other) const {
-    return fVTab->IsEqual(*this, other) != 0;
-}
-
 CPOSObject CPOSObject::CreateFromText(char const* objectText, char const** errorText, bool quiet) {
     if (GetStaticProcs() == nullptr) {
         return CPOSObject();
     }
     POSObject* const object = fStaticProcs->CreateFromText(objectText, errorText);
-    if (object != nullptr) {
-        return CPOSObject(object);
-    }
-    if (!quiet) {
-        _POSSignalError("CreateFromText failed");
-    }
-    return CPOSObject();
+    return HandleOn(object, quiet, "CreateFromText failed");
 }
 
-_t_POSObjectStatics const* CPOSObject::GetStaticProcs() {
-    return Renew(fStaticProcs, GetGlobalPOSObjectStaticsProcs());
+CPOSObject CPOSObject::HandleOn(POSObject* object, bool quiet, char const* message) {
+    if (object == nullptr && !quiet) {
+        _POSSignalError(message);
+    }
+    return object != nullptr ? CPOSObject(object) : CPOSObject();
 }
 
 void CPOSObject::Narrow(bool isOfType, bool quiet, char const* message) {
@@ -69,6 +47,64 @@ void CPOSObject::Narrow(bool isOfType, bool quiet, char const* message) {
         _POSSignalError(message);
     }
     Invalidate();
+}
+
+BIB_DEFINE_GLOBAL_PROCS(POSNumberInterface, POS_NUMBER_INTERFACE_ROWS, 3)
+
+CPOSNumber::CPOSNumber(double value)
+    : CPOSObject(AsObject(GetProcs() != nullptr ? fProcs->NewPOSNumber(value) : nullptr)) {}
+
+CPOSNumber::CPOSNumber(CPOSObject const& object, bool quiet) : CPOSObject(object) {
+    Narrow(
+        GetProcs() != nullptr && fProcs->IsPOSNumber(*this) != 0,
+        quiet,
+        "downcast from CPOSObject to CPOSNumber failed");
+}
+
+BIB_DEFINE_GLOBAL_PROCS(POSStringInterface, POS_STRING_INTERFACE_ROWS, 3)
+
+CPOSString::CPOSString(char const* text)
+    : CPOSObject(AsObject(GetProcs() != nullptr ? fProcs->NewPOSString(text) : nullptr)) {}
+
+CPOSString::CPOSString(CPOSObject const& object, bool quiet) : CPOSObject(object) {
+    Narrow(
+        GetProcs() != nullptr && fProcs->IsPOSString(*this) != 0,
+        quiet,
+        "downcast from CPOSObject to CPOSString failed");
+}
+
+BIB_DEFINE_GLOBAL_PROCS(POSUnicodeStringInterface, POS_UNICODE_STRING_INTERFACE_ROWS, 3)
+
+CPOSUnicodeString::CPOSUnicodeString(unsigned short const* text)
+    : CPOSObject(AsObject(GetProcs() != nullptr ? fProcs->NewPOSUnicodeString(text) : nullptr)) {}
+
+CPOSUnicodeString::CPOSUnicodeString(CPOSObject const& object, bool quiet) : CPOSObject(object) {
+    Narrow(
+        GetProcs() != nullptr && fProcs->IsPOSUnicodeString(*this) != 0,
+        quiet,
+        "downcast from CPOSObject to CPOSUnicodeString failed");
+}
+
+unsigned int CPOSUnicodeString::GetLength(unsigned short const* text) noexcept {
+    unsigned int length = 0;
+    while (text[length] != 0) {
+        ++length;
+    }
+    return length;
+}
+
+BIB_DEFINE_GLOBAL_PROCS(POSBinDataInterface, POS_BIN_DATA_INTERFACE_ROWS, 5)
+
+CPOSBinData::CPOSBinData(char const* typeName, unsigned char const* data, unsigned long size)
+    : CPOSObject(
+          AsObject(GetProcs() != nullptr ? fProcs->NewPOSBinData(typeName, data, size) : nullptr)) {
+}
+
+CPOSBinData::CPOSBinData(CPOSObject const& object, bool quiet) : CPOSObject(object) {
+    Narrow(
+        GetProcs() != nullptr && fProcs->IsPOSBinData(*this) != 0,
+        quiet,
+        "downcast from CPOSObject to CPOSBinData failed");
 }
 
 } // namespace BIB_T_NMT

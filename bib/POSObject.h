@@ -1,4 +1,5 @@
-// The root of the handles on the runtime's values.
+// The root of the handles on the runtime's values, and their exceptions: a message and nothing
+// else.
 //
 // Constructors from a pointer, and those that make a value, throw the CBIBErrors "invalid
 // container" (the runtime made none) and "couldn't get signature": they never leave an invalid
@@ -9,10 +10,30 @@
 
 #include "api/POSObjectInterface.h"
 #include "bib/BIBContainer.h"
-#include "bib/BIBGlobalProcs.h"
+#include "bib/BIBInterfaceClient.h"
 #include "bib/BIBVTab.h"
 
+class BRVExceptionNoOpParent {};
+
+// An exception that carries a text. The text is kept by pointer: it must outlive the exception.
+class BRVException : public BRVExceptionNoOpParent {
+public:
+    explicit BRVException(char const* message) noexcept : fMessage(message) {}
+
+    char const* fMessage;
+};
+
 namespace BIB_T_NMT {
+
+// A failed operation on a value. Shares no base with CBIBError: a clause for one does not see the
+// other.
+class POSException : public BRVException {
+public:
+    using BRVException::BRVException;
+};
+
+// Throws a POSException that holds message, which must outlive it.
+[[noreturn]] void _POSSignalError(char const* message);
 
 BIB_DECLARE_GLOBAL_PROCS(POSObjectStatics);
 
@@ -34,7 +55,7 @@ public:
     CPOSObject Clone() const;
 
     // What the runtime says of the two: equal types and equal contents.
-    bool IsEqual(CPOSObject const& other) const;
+    bool IsEqual(CPOSObject const& other) const { return fVTab->IsEqual(*this, other) != 0; }
     bool operator==(CPOSObject const& other) const { return IsEqual(other); }
     bool operator!=(CPOSObject const& other) const { return !IsEqual(other); }
 
@@ -44,7 +65,9 @@ public:
     static CPOSObject CreateFromText(char const* objectText, char const** errorText, bool quiet);
 
     // The table, stored for use; null when it cannot be bound.
-    static _t_POSObjectStatics const* GetStaticProcs();
+    static _t_POSObjectStatics const* GetStaticProcs() {
+        return Renew(fStaticProcs, GetGlobalPOSObjectStaticsProcs());
+    }
 
     static TBIBVTabList<_t_POSObjectVirtualInterface>& GetVTabList() noexcept { return fVTabList; }
     static CPOSObjectTerminate& GetTerm() noexcept { return fTerm; }
@@ -53,6 +76,9 @@ protected:
     // The end of a downcast: keeps the handle if it is of the type, else invalidates it if quiet,
     // else throws POSException message.
     void Narrow(bool isOfType, bool quiet, char const* message);
+
+    // A handle on object. Null: an invalid handle if quiet, else POSException message.
+    static CPOSObject HandleOn(POSObject* object, bool quiet, char const* message);
 
     // A handle on what a table made, which is nothing if there is no table.
     template <class T>
@@ -77,10 +103,10 @@ private:
 };
 
 // The terminator of the cache.
-class CPOSObjectTerminate : public TVTabTerminate<CPOSObject::fVTabList> {
-public:
-    // Gives handle its method table, and returns it.
-    CPOSObject* InitVTab(CPOSObject* handle);
-};
+class CPOSObjectTerminate : public TVTabTerminate<
+                                CPOSObject,
+                                CPOSObject::fVTabList,
+                                &CPOSObject::fVTab,
+                                &ConstructPOSObjectVirtualInterfaceMethods> {};
 
 } // namespace BIB_T_NMT

@@ -25,7 +25,9 @@ public:
     operator double() const { return Get(); }
 
     // The table, stored for use by every handle of the class; null when it cannot be bound.
-    static _t_POSNumberInterface const* GetProcs();
+    static _t_POSNumberInterface const* GetProcs() {
+        return Renew(fProcs, GetGlobalPOSNumberInterfaceProcs());
+    }
 
 private:
     static _t_POSNumberInterface const* fProcs;
@@ -51,7 +53,9 @@ public:
     operator char const*() const { return Get(); }
 
     // The table, stored for use by every handle of the class; null when it cannot be bound.
-    static _t_POSStringInterface const* GetProcs();
+    static _t_POSStringInterface const* GetProcs() {
+        return Renew(fProcs, GetGlobalPOSStringInterfaceProcs());
+    }
 
 private:
     static _t_POSStringInterface const* fProcs;
@@ -80,7 +84,9 @@ public:
     static unsigned int GetLength(unsigned short const* text) noexcept;
 
     // The table, stored for use by every handle of the class; null when it cannot be bound.
-    static _t_POSUnicodeStringInterface const* GetProcs();
+    static _t_POSUnicodeStringInterface const* GetProcs() {
+        return Renew(fProcs, GetGlobalPOSUnicodeStringInterfaceProcs());
+    }
 
 private:
     static _t_POSUnicodeStringInterface const* fProcs;
@@ -107,7 +113,9 @@ public:
     unsigned long GetSize() const { return fProcs->GetSize(As<POSBinData>()); }
 
     // The table, stored for use by every handle of the class; null when it cannot be bound.
-    static _t_POSBinDataInterface const* GetProcs();
+    static _t_POSBinDataInterface const* GetProcs() {
+        return Renew(fProcs, GetGlobalPOSBinDataInterfaceProcs());
+    }
 
 private:
     static _t_POSBinDataInterface const* fProcs;

@@ -4,22 +4,7 @@ namespace BIB_T_NMT {
 
 BIB_DEFINE_GLOBAL_PROCS(POSStructValidatorInterface, POS_STRUCT_VALIDATOR_INTERFACE_ROWS, 3)
 
-int ConstructPOSValidatorVirtualInterfaceMethods(
-    BIBContainer const* container, int mustExist, _t_POSValidatorVirtualInterface* table) {
-    BIB_LOAD_METHODS(
-        _t_POSValidatorVirtualInterface,
-        POS_VALIDATOR_VIRTUAL_INTERFACE_ROWS,
-        1,
-        container,
-        mustExist,
-        table);
-}
-
-CPOSValidator* CPOSValidatorTerminate::InitVTab(CPOSValidator* handle) {
-    handle->fVTab =
-        CPOSValidator::fVTabList.GetVTab(*handle, &ConstructPOSValidatorVirtualInterfaceMethods);
-    return handle;
-}
+BIB_DEFINE_METHOD_LOADER(POSValidatorVirtualInterface, POS_VALIDATOR_VIRTUAL_INTERFACE_ROWS, 1)
 
 CPOSValidator::CPOSValidator(POSValidator* validator) : TBIBContainerBase(validator) {
     fTerm.InitVTab(this);
@@ -38,10 +23,6 @@ CPOSStructValidator::CPOSStructValidator(CPOSDict const& schema)
 long CPOSStructValidator::RegisterExtraValidationProc(
     CBIBStringAtom const& name, POSValidatorCheckCallback check, void const* userData) {
     return fProcs->RegisterCallbackProc(*this, name, check, userData);
-}
-
-_t_POSStructValidatorInterface const* CPOSStructValidator::GetProcs() {
-    return Renew(fProcs, GetGlobalPOSStructValidatorInterfaceProcs());
 }
 
 } // namespace BIB_T_NMT

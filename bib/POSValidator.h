@@ -3,7 +3,7 @@
 
 #include "api/POSValidatorInterface.h"
 #include "bib/BIBContainer.h"
-#include "bib/BIBGlobalProcs.h"
+#include "bib/BIBInterfaceClient.h"
 #include "bib/BIBVTab.h"
 #include "bib/POSCollections.h"
 
@@ -22,8 +22,6 @@ class CPOSValidator : public TBIBContainerBase<POSValidator> {
 public:
     // Throws CBIBError, for null too.
     explicit CPOSValidator(POSValidator* validator);
-    CPOSValidator(CPOSValidator const&) = default;
-    CPOSValidator& operator=(CPOSValidator const&) = default;
     virtual ~CPOSValidator() = default;
 
     // Checks object against the entry key of the schema. errorProc gets each message, during the
@@ -49,11 +47,11 @@ private:
 };
 
 // The terminator of the cache.
-class CPOSValidatorTerminate : public TVTabTerminate<CPOSValidator::fVTabList> {
-public:
-    // Gives handle its method table, and returns it.
-    CPOSValidator* InitVTab(CPOSValidator* handle);
-};
+class CPOSValidatorTerminate : public TVTabTerminate<
+                                   CPOSValidator,
+                                   CPOSValidator::fVTabList,
+                                   &CPOSValidator::fVTab,
+                                   &ConstructPOSValidatorVirtualInterfaceMethods> {};
 
 // A validator on a schema dictionary, to which named checks can be added.
 class CPOSStructValidator : public CPOSValidator {
@@ -66,7 +64,9 @@ public:
         CBIBStringAtom const& name, POSValidatorCheckCallback check, void const* userData);
 
     // The table, stored for use by every handle of the class; null when it cannot be bound.
-    static _t_POSStructValidatorInterface const* GetProcs();
+    static _t_POSStructValidatorInterface const* GetProcs() {
+        return Renew(fProcs, GetGlobalPOSStructValidatorInterfaceProcs());
+    }
 
 private:
     static _t_POSStructValidatorInterface const* fProcs;

@@ -4,7 +4,7 @@
 #include "source/Boundary.h"
 
 #include "api/PDFSettings.h"
-#include "bib/BIBTable.h"
+#include "bib/BIBInterfaceClient.h"
 #include "source/FileMgmt.h"
 #include "source/PDFSettingsError.h"
 #include "source/PDFSettingsObject.h"

@@ -3,7 +3,7 @@
 
 #include "bib/BIBClient.h"
 #include "bib/BIBError.h"
-#include "bib/POSException.h"
+#include "bib/POSObject.h"
 #include "runtime/objects/Diagnostics.h"
 #include "tests/support/LookupDouble.h"
 

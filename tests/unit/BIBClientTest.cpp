@@ -8,7 +8,6 @@
 #include "bib/BIBMemory.h"
 #include "bib/BIBStream.h"
 #include "bib/BIBStringAtom.h"
-#include "bib/BIBTable.h"
 #include "bib/LazyTerminate.h"
 #include "bib/POSCollections.h"
 #include "bib/POSScalars.h"

@@ -1,7 +1,7 @@
 #include "bib/BIBVTab.h"
 
-#include "bib/BIBData.h"
 #include "bib/BIBError.h"
+#include "bib/BIBStream.h"
 #include "bib/POSObject.h"
 #include "bib/POSScalars.h"
 #include "tests/support/BoundClient.h"

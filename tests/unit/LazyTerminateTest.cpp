@@ -1,6 +1,5 @@
 #include "bib/LazyTerminate.h"
 
-#include "bib/BIBData.h"
 #include "bib/BIBStream.h"
 #include "bib/POSValidator.h"
 
