@@ -5,6 +5,9 @@
 
 #include <cstddef>
 
+// Root of list elements that live in static storage: it has no allocator.
+class BIBDLLEParent {};
+
 namespace BIB_T_NMT {
 
 // Gives its descendants the runtime's allocator. Allocation throws the memory error.
@@ -21,13 +24,6 @@ public:
 };
 
 class CBIBClientBasePMT : public CBIBClientBase {};
-
-} // namespace BIB_T_NMT
-
-// Root of list elements that live in static storage: it has no allocator.
-class BIBDLLEParent {};
-
-namespace BIB_T_NMT {
 
 // The host's lookup; null while the client is not bound.
 extern BIBLookupProc gGetProc;

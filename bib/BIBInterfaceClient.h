@@ -90,16 +90,10 @@ public:
         }
     }
 
-    static proctable_type fProcTable;
+    static inline constinit proctable_type fProcTable = {};
     // The counter's value at the last load; 0 for never.
-    static unsigned long fCount;
+    static inline constinit unsigned long fCount = 0;
 };
-
-template <class Interface>
-constinit typename Interface::proctable_type TBIBInterfaceClient<Interface>::fProcTable = {};
-
-template <class Interface>
-constinit unsigned long TBIBInterfaceClient<Interface>::fCount = 0;
 
 // The table unchecked, and the table checked: see TBIBInterfaceClient.
 template <class Interface>
@@ -137,8 +131,6 @@ Table const* GuardGlobalProcs(Table& table, unsigned long& stamp, int (*construc
     }
     return &table;
 }
-
-} // namespace BIB_T_NMT
 
 // NOLINTBEGIN(bugprone-macro-parentheses): the arguments are names
 
@@ -181,8 +173,6 @@ Table const* GuardGlobalProcs(Table& table, unsigned long& stamp, int (*construc
     }
 
 // NOLINTEND(bugprone-macro-parentheses)
-
-namespace BIB_T_NMT {
 
 // The bound tables that the handles on atoms and errors call.
 BIB_DECLARE_INTERFACE(BIBStringInterface, BIBStringTraits, BIB_STRING_INTERFACE_ROWS, 4);

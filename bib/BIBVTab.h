@@ -150,8 +150,6 @@ struct TBIB2VTabList {
     static TDelVTabList<typename Interface::proctable_type> fVTabList;
 };
 
-} // namespace BIB_T_NMT
-
 // Defines loader as the one of the method tables of Interface, whose rows are ROWS.
 #define BIB_DEFINE_LOADER(loader, Interface, ROWS, rowCount) \
     int loader(BIBContainer const* container, int mustExist, _t_##Interface* table) { \
@@ -168,8 +166,6 @@ struct TBIB2VTabList {
 #define BIB_DEFINE_INIT_PROC(Interface, ROWS, rowCount) \
     template <> \
     BIB_DEFINE_LOADER(TInterfaceConstructor<_t_##Interface>::InitProc, Interface, ROWS, rowCount)
-
-namespace BIB_T_NMT {
 
 // The terminator of a cache: empties it with the binding. VTab is where a handle keeps its method
 // table.

@@ -19,11 +19,8 @@ public:
     // A new, empty array. Throws CBIBError.
     CPOSArray();
 
-    // object as an array. Another type, and an invalid handle: an invalid handle if quiet, else
-    // POSException "downcast from CPOSObject to CPOSArray failed".
     CPOSArray(CPOSObject const& object, bool quiet);
 
-    // The array, not counted.
     operator POSArray*() const noexcept { return As<POSArray>(); }
 
     // The number of elements.
@@ -38,7 +35,6 @@ public:
     long Append(CPOSObject const& value) const { return fProcs->Append(As<POSArray>(), value); }
     long Remove(unsigned long index) const { return fProcs->Remove(As<POSArray>(), index); }
 
-    // The table, stored for use by every handle of the class; null when it cannot be bound.
     static _t_POSArrayInterface const* GetProcs() {
         return Renew(fProcs, GetGlobalPOSArrayInterfaceProcs());
     }
@@ -59,11 +55,8 @@ public:
     // A handle on dict; an invalid one when the interface cannot be bound.
     explicit CPOSDict(POSDict* dict);
 
-    // object as a dictionary. Another type, and an invalid handle: an invalid handle if quiet, else
-    // POSException "downcast from CPOSObject to CPOSDict failed".
     CPOSDict(CPOSObject const& object, bool quiet);
 
-    // The dictionary, not counted.
     operator POSDict*() const noexcept { return As<POSDict>(); }
 
     // The value under key. No such key: an invalid handle if quiet, else POSException
@@ -108,7 +101,6 @@ public:
     unsigned int NumKeys() const;
     bool IsEmpty() const { return NumKeys() == 0; }
 
-    // The table, stored for use by every handle of the class; null when it cannot be bound.
     static _t_POSDictInterface const* GetProcs() {
         return Renew(fProcs, GetGlobalPOSDictInterfaceProcs());
     }
@@ -136,7 +128,6 @@ public:
     // The current key, readable until the cursor moves.
     char const* CurKey() const { return fProcs->CurKey(*this); }
 
-    // The table, stored for use by every handle of the class; null when it cannot be bound.
     static _t_POSDictIteratorInterface const* GetProcs() {
         return Renew(fProcs, GetGlobalPOSDictIteratorInterfaceProcs());
     }

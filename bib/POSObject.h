@@ -6,6 +6,11 @@
 // handle. A quiet failure is an invalid handle, one that is not quiet a POSException. Calling
 // through an invalid handle is the caller's fault, apart from IsValid(), copies and downcasts.
 // Values of one thread.
+//
+// Constructors from a CPOSObject are downcasts: for another type, and for an invalid handle, they
+// fail with "downcast from CPOSObject to CLASS failed". Conversions to a pointer of the runtime
+// count nothing. GetProcs() gives the table of a class, stored for use by every handle of it; null
+// when it cannot be bound.
 #pragma once
 
 #include "api/POSObjectInterface.h"
@@ -64,7 +69,6 @@ public:
     // is not null. Where the interface cannot be bound, an invalid handle in either case.
     static CPOSObject CreateFromText(char const* objectText, char const** errorText, bool quiet);
 
-    // The table, stored for use; null when it cannot be bound.
     static _t_POSObjectStatics const* GetStaticProcs() {
         return Renew(fStaticProcs, GetGlobalPOSObjectStaticsProcs());
     }

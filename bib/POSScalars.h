@@ -14,17 +14,13 @@ public:
     // A new value. Throws CBIBError.
     explicit CPOSNumber(double value);
 
-    // object as a number. Another type, and an invalid handle: an invalid handle if quiet, else
-    // POSException "downcast from CPOSObject to CPOSNumber failed".
     CPOSNumber(CPOSObject const& object, bool quiet);
 
-    // The value, not counted.
     operator POSNumber*() const noexcept { return As<POSNumber>(); }
 
     double Get() const { return fProcs->Get(As<POSNumber>()); }
     operator double() const { return Get(); }
 
-    // The table, stored for use by every handle of the class; null when it cannot be bound.
     static _t_POSNumberInterface const* GetProcs() {
         return Renew(fProcs, GetGlobalPOSNumberInterfaceProcs());
     }
@@ -41,18 +37,14 @@ public:
     // A new value. Throws CBIBError.
     explicit CPOSString(char const* text);
 
-    // object as an 8-bit string. Another type, and an invalid handle: an invalid handle if quiet,
-    // else POSException "downcast from CPOSObject to CPOSString failed".
     CPOSString(CPOSObject const& object, bool quiet);
 
-    // The value, not counted.
     operator POSString*() const noexcept { return As<POSString>(); }
 
     // The NUL-terminated text, which belongs to the value.
     char const* Get() const { return fProcs->Get(As<POSString>()); }
     operator char const*() const { return Get(); }
 
-    // The table, stored for use by every handle of the class; null when it cannot be bound.
     static _t_POSStringInterface const* GetProcs() {
         return Renew(fProcs, GetGlobalPOSStringInterfaceProcs());
     }
@@ -69,11 +61,8 @@ public:
     // A new value. Throws CBIBError.
     explicit CPOSUnicodeString(unsigned short const* text);
 
-    // object as a 16-bit string. Another type, and an invalid handle: an invalid handle if quiet,
-    // else POSException "downcast from CPOSObject to CPOSUnicodeString failed".
     CPOSUnicodeString(CPOSObject const& object, bool quiet);
 
-    // The value, not counted.
     operator POSUnicodeString*() const noexcept { return As<POSUnicodeString>(); }
 
     // The text, which belongs to the value.
@@ -83,7 +72,6 @@ public:
     unsigned int GetLength() const { return GetLength(Get()); }
     static unsigned int GetLength(unsigned short const* text) noexcept;
 
-    // The table, stored for use by every handle of the class; null when it cannot be bound.
     static _t_POSUnicodeStringInterface const* GetProcs() {
         return Renew(fProcs, GetGlobalPOSUnicodeStringInterfaceProcs());
     }
@@ -100,11 +88,8 @@ public:
     // A new value. Throws CBIBError.
     CPOSBinData(char const* typeName, unsigned char const* data, unsigned long size);
 
-    // object as binary data. Another type, and an invalid handle: an invalid handle if quiet,
-    // else POSException "downcast from CPOSObject to CPOSBinData failed".
     CPOSBinData(CPOSObject const& object, bool quiet);
 
-    // The value, not counted.
     operator POSBinData*() const noexcept { return As<POSBinData>(); }
 
     // The name and the bytes, which belong to the value, and the number of bytes.
@@ -112,7 +97,6 @@ public:
     unsigned char const* GetBinData() const { return fProcs->GetBinData(As<POSBinData>()); }
     unsigned long GetSize() const { return fProcs->GetSize(As<POSBinData>()); }
 
-    // The table, stored for use by every handle of the class; null when it cannot be bound.
     static _t_POSBinDataInterface const* GetProcs() {
         return Renew(fProcs, GetGlobalPOSBinDataInterfaceProcs());
     }

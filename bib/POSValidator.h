@@ -63,7 +63,6 @@ public:
     long RegisterExtraValidationProc(
         CBIBStringAtom const& name, POSValidatorCheckCallback check, void const* userData);
 
-    // The table, stored for use by every handle of the class; null when it cannot be bound.
     static _t_POSStructValidatorInterface const* GetProcs() {
         return Renew(fProcs, GetGlobalPOSStructValidatorInterfaceProcs());
     }
