@@ -1,7 +1,7 @@
 // The contents of files.
 #include "platform/FileManager.h"
 #include "platform/FileSizeSignal.h"
-#include "platform/FileStatus.h"
+#include "platform/FileSystem.h"
 #include "platform/NewFiles.h"
 
 #include <algorithm>

@@ -1,7 +1,6 @@
 // Walks over the items of a folder.
 #include "platform/FileManager.h"
-#include "platform/FileNames.h"
-#include "platform/FileStatus.h"
+#include "platform/FileSystem.h"
 
 #include <cerrno>
 #include <dirent.h>

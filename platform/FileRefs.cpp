@@ -1,7 +1,6 @@
 // Items and their paths: what is known of an item, creating and deleting one.
 #include "platform/FileManager.h"
-#include "platform/FileNames.h"
-#include "platform/FileStatus.h"
+#include "platform/FileSystem.h"
 #include "platform/NewFiles.h"
 
 #include <cerrno>

@@ -1,7 +1,6 @@
 // The standard folders: the only place where the environment is looked at.
 #include "platform/FileManager.h"
-#include "platform/FileNames.h"
-#include "platform/FileStatus.h"
+#include "platform/FileSystem.h"
 #include "platform/NewFiles.h"
 
 #include <cerrno>

@@ -1,6 +1,6 @@
 #include "platform/NewFiles.h"
 
-#include "platform/FileStatus.h"
+#include "platform/FileSystem.h"
 
 #include <cerrno>
 #include <climits>

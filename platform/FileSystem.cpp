@@ -1,4 +1,6 @@
-#include "platform/FileStatus.h"
+#include "platform/FileSystem.h"
+
+#include "platform/Encodings.h"
 
 #include <cerrno>
 #include <cstring>
@@ -42,6 +44,14 @@ OSErr CodeOfResult(long result) noexcept {
 }
 
 namespace {
+
+constexpr std::size_t kLongestName = 255; // in bytes
+
+// Whether a file can have the name.
+bool IsUsable(std::string const& name) noexcept {
+    return !name.empty() && name.size() <= kLongestName && name.find('\0') == std::string::npos &&
+           name.find('/') == std::string::npos;
+}
 
 // From 1904-01-01 to 1970-01-01: 66 years with 17 leap days.
 constexpr std::uint64_t kSecondsToUnixEpoch = (66ULL * 365 + 17) * 24 * 60 * 60;
@@ -94,6 +104,34 @@ int OpenPath(int folder, char const* path, int flags, mode_t mode) noexcept {
         file = openat(folder, path, flags | O_NOCTTY | O_CLOEXEC, mode);
     } while (file < 0 && errno == EINTR);
     return file;
+}
+
+bool DecodeName(char const* bytes, HFSUniStr255* name) noexcept {
+    std::size_t const size = std::strlen(bytes);
+    if (size > kLongestName) {
+        return false;
+    }
+    auto const length = DecodeUtf8({bytes, size}, name->unicode);
+    name->length = static_cast<UInt16>(length.value_or(0));
+    return length.has_value();
+}
+
+OSErr EncodeName(UniCharCount nameLength, UniChar const* name, std::string* bytes) {
+    // More units are more bytes, whatever they are.
+    if (nameLength == 0 || nameLength > kLongestName) {
+        return bdNamErr;
+    }
+    auto encoded = EncodeUtf8({name, nameLength});
+    if (!encoded || !IsUsable(*encoded)) {
+        return bdNamErr;
+    }
+    *bytes = std::move(*encoded);
+    return noErr;
+}
+
+std::string ChildPath(FSRef const& parent, std::string const& name) {
+    bool const endsInSlash = !parent.path.empty() && parent.path.back() == '/';
+    return parent.path + (endsInSlash ? "" : "/") + name;
 }
 
 } // namespace platform

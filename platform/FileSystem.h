@@ -1,10 +1,11 @@
-// What the system knows of a file, opening one, and the system's errors as result codes. Private to
-// the platform layer.
+// What stands between the file service and the system: what the system knows of a file, opening
+// one, its errors as result codes and its file names. Private to the platform layer.
 #pragma once
 
 #include "platform/FileManager.h"
 
 #include <string>
+#include <string_view>
 #include <sys/stat.h>
 
 namespace platform {
@@ -43,5 +44,25 @@ private:
 // Opens path, from an open folder on, as the system does, in no child process and as no terminal,
 // also where a signal interrupts it. A descriptor for the caller, or -1 with the reason in errno.
 int OpenPath(int folder, char const* path, int flags, mode_t mode = 0) noexcept;
+
+// A name as the system wants it into *bytes. bdNamErr for one that no file can have (see
+// FileManager.h).
+OSErr EncodeName(UniCharCount nameLength, UniChar const* name, std::string* bytes);
+
+// The path of the item of that name in the folder parent.
+std::string ChildPath(FSRef const& parent, std::string const& name);
+
+// The units of a name in the system's bytes; false for one that is no UTF-8.
+bool DecodeName(char const* bytes, HFSUniStr255* name) noexcept;
+
+// Calls work, which gives a code; ioErr when memory runs out in it.
+template <class Work>
+OSErr AtService(Work work) noexcept {
+    try {
+        return work();
+    } catch (...) {
+        return ioErr;
+    }
+}
 
 } // namespace platform
