@@ -5,7 +5,7 @@
 #include "runtime/objects/Errors.h"
 #include "runtime/objects/Registry.h"
 #include "runtime/objects/Tables.h"
-#include "runtime/schema/StructValidator.h"
+#include "runtime/schema/Schema.h"
 #include "runtime/streams/Streams.h"
 #include "runtime/values/PosObject.h"
 

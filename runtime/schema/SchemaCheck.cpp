@@ -1,5 +1,5 @@
 // Judging a schema itself.
-#include "runtime/schema/SchemaRule.h"
+#include "runtime/schema/Schema.h"
 #include "runtime/schema/SchemaText.h"
 
 #include <unordered_set>

@@ -1,4 +1,4 @@
-#include "runtime/schema/SchemaRule.h"
+#include "runtime/schema/Schema.h"
 
 #include "runtime/schema/SchemaText.h"
 

@@ -1,5 +1,5 @@
 // Comparing a value with a rule, and saying what is wrong with it.
-#include "runtime/schema/SchemaRule.h"
+#include "runtime/schema/Schema.h"
 #include "runtime/schema/SchemaText.h"
 
 #include <algorithm>
@@ -72,6 +72,53 @@ String LimitText(SchemaRule const& rule) {
     return allowed ? Join({" out of ", ListText(*allowed, MarksOf(rule))}) : RangeText(rule);
 }
 
+bool IsAmongAllowed(SchemaRule const& rule, POSObject const& value) noexcept {
+    auto const* const allowed = static_cast<POSArray const*>(rule.Part(RuleKey::kIn));
+    return !allowed ||
+           std::any_of(allowed->fItems.begin(), allowed->fItems.end(), [&](POSObject const* item) {
+               return IsAllowed(*item, value);
+           });
+}
+
+bool IsWithinBounds(SchemaRule const& rule, POSObject const& value) noexcept {
+    POSObject const* const min = rule.Part(RuleKey::kMin);
+    POSObject const* const max = rule.Part(RuleKey::kMax);
+    if (min && !(NumberOf(value) >= NumberOf(*min)) && !AreSame(NumberOf(value), NumberOf(*min))) {
+        return false;
+    }
+    return !max || NumberOf(value) <= NumberOf(*max) || AreSame(NumberOf(value), NumberOf(*max));
+}
+
+bool HasCount(SchemaRule const& rule, POSObject const& value) noexcept {
+    POSObject const* const count = rule.Part(RuleKey::kCount);
+    return !count || NumberOf(*count) == static_cast<double>(CountChildren(value));
+}
+
+String AllowedMessage(SchemaRule const& rule, POSObject const& value) {
+    auto const& allowed = static_cast<POSArray const&>(*rule.Part(RuleKey::kIn));
+    Marks const marks = MarksOf(rule);
+    return Join({ListedText(value, marks), " is not one of ", ListText(allowed, marks)});
+}
+
+String BoundsMessage(SchemaRule const& rule, POSObject const& value) {
+    return Join(
+        {"expected ",
+         ExpectedText(rule),
+         RangeText(rule),
+         ", found ",
+         NumberText(NumberOf(value))});
+}
+
+String CountMessage(SchemaRule const& rule, POSObject const& value) {
+    double const count = NumberOf(*rule.Part(RuleKey::kCount));
+    return Join(
+        {"expected ",
+         NumberText(count),
+         count == 1 ? " element" : " elements",
+         ", found ",
+         NumberText(static_cast<double>(CountChildren(value)))});
+}
+
 } // namespace
 
 bool IsOfRuleType(SchemaRule const& rule, POSObject const& value, JudgeMode mode) noexcept {
@@ -102,57 +149,20 @@ bool IsOfRuleType(SchemaRule const& rule, POSObject const& value, JudgeMode mode
     return true;
 }
 
-bool IsAmongAllowed(SchemaRule const& rule, POSObject const& value) noexcept {
-    auto const* const allowed = static_cast<POSArray const*>(rule.Part(RuleKey::kIn));
-    return !allowed ||
-           std::any_of(allowed->fItems.begin(), allowed->fItems.end(), [&](POSObject const* item) {
-               return IsAllowed(*item, value);
-           });
-}
-
-bool IsWithinBounds(SchemaRule const& rule, POSObject const& value) noexcept {
-    POSObject const* const min = rule.Part(RuleKey::kMin);
-    POSObject const* const max = rule.Part(RuleKey::kMax);
-    if (min && !(NumberOf(value) >= NumberOf(*min)) && !AreSame(NumberOf(value), NumberOf(*min))) {
-        return false;
-    }
-    return !max || NumberOf(value) <= NumberOf(*max) || AreSame(NumberOf(value), NumberOf(*max));
-}
-
-bool HasCount(SchemaRule const& rule, POSObject const& value) noexcept {
-    POSObject const* const count = rule.Part(RuleKey::kCount);
-    return !count || NumberOf(*count) == static_cast<double>(CountChildren(value));
-}
-
 String TypeMessage(SchemaRule const& rule, std::string_view found) {
     return rule.fType == RuleType::kCheck
                ? CheckMessage(*rule.Part(RuleKey::kType), found)
                : Join({"expected ", ExpectedText(rule), LimitText(rule), ", found ", found});
 }
 
-String AllowedMessage(SchemaRule const& rule, POSObject const& value) {
-    auto const& allowed = static_cast<POSArray const&>(*rule.Part(RuleKey::kIn));
-    Marks const marks = MarksOf(rule);
-    return Join({ListedText(value, marks), " is not one of ", ListText(allowed, marks)});
-}
-
-String BoundsMessage(SchemaRule const& rule, POSObject const& value) {
-    return Join(
-        {"expected ",
-         ExpectedText(rule),
-         RangeText(rule),
-         ", found ",
-         NumberText(NumberOf(value))});
-}
-
-String CountMessage(SchemaRule const& rule, POSObject const& value) {
-    double const count = NumberOf(*rule.Part(RuleKey::kCount));
-    return Join(
-        {"expected ",
-         NumberText(count),
-         count == 1 ? " element" : " elements",
-         ", found ",
-         NumberText(static_cast<double>(CountChildren(value)))});
+String PartsMessage(SchemaRule const& rule, POSObject const& value) {
+    if (!IsAmongAllowed(rule, value)) {
+        return AllowedMessage(rule, value);
+    }
+    if (!IsWithinBounds(rule, value)) {
+        return BoundsMessage(rule, value);
+    }
+    return HasCount(rule, value) ? String() : CountMessage(rule, value);
 }
 
 String CheckMessage(POSObject const& name, std::string_view found) {

@@ -1,7 +1,7 @@
 // Judging a value and all that lies in it.
 #include "runtime/objects/Errors.h"
 #include "runtime/objects/SharedBuffers.h"
-#include "runtime/schema/SchemaRule.h"
+#include "runtime/schema/Schema.h"
 #include "runtime/schema/SchemaText.h"
 
 #include <cstring>
@@ -146,12 +146,9 @@ private:
     }
 
     void CheckParts(SchemaRule const& rule, POSObject& value) {
-        if (!IsAmongAllowed(rule, value)) {
-            Report(AllowedMessage(rule, value));
-        } else if (!IsWithinBounds(rule, value)) {
-            Report(BoundsMessage(rule, value));
-        } else if (!HasCount(rule, value)) {
-            Report(CountMessage(rule, value));
+        String const message = PartsMessage(rule, value);
+        if (!message.empty()) {
+            Report(message);
         } else if (rule.fExtraCheck.fProc) {
             PassesCheck(rule.fExtraCheck, *rule.Part(RuleKey::kCheck), value);
         }

@@ -1,4 +1,4 @@
-#include "runtime/schema/StructValidator.h"
+#include "runtime/schema/Schema.h"
 
 #include "api/POSValidatorInterface.h"
 #include "runtime/objects/Errors.h"

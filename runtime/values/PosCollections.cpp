@@ -48,8 +48,6 @@ bool StoreIn(POSObject& collection, POSObject& value, Store store) noexcept {
     return isStored;
 }
 
-} // namespace
-
 bool AppendTo(POSArray& array, POSObject& value) noexcept {
     return StoreIn(
         array, value, [&](Ref<POSObject>& ref) { array.fItems.push_back(std::move(ref)); });
@@ -58,6 +56,8 @@ bool AppendTo(POSArray& array, POSObject& value) noexcept {
 bool PutInto(POSDict& dict, BIBStringAtom& key, POSObject& value) noexcept {
     return StoreIn(dict, value, [&](Ref<POSObject>& ref) { dict.fEntries.Put(&key, ref); });
 }
+
+} // namespace
 
 bool AddTo(POSObject& collection, BIBStringAtom* key, POSObject& value) noexcept {
     return key ? PutInto(static_cast<POSDict&>(collection), *key, value)

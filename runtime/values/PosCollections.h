@@ -18,12 +18,9 @@ struct POSDict : POSObject {
 
 namespace bibrt {
 
-// Adds value to the end of array, or puts it under key. False when value is invalid or memory runs
-// out: then the collection becomes invalid, since it lacks what it should hold.
-bool AppendTo(POSArray& array, POSObject& value) noexcept;
-bool PutInto(POSDict& dict, BIBStringAtom& key, POSObject& value) noexcept;
-
-// The same for either kind; key is null for an array.
+// Puts value under key in a dictionary, or adds it to the end of an array, for which key is null.
+// False when value is invalid or memory runs out: then the collection becomes invalid, since it
+// lacks what it should hold.
 bool AddTo(POSObject& collection, BIBStringAtom* key, POSObject& value) noexcept;
 
 // The number of values in a collection.

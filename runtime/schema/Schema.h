@@ -1,9 +1,78 @@
-// A rule of a schema: reading it, finding what its words mean, and comparing one value with it.
+// The validator on a schema, and what its parts share: its checks, its messages, its rules.
+//
+// docs/schema.md describes schemas, rules and messages. Not thread safe, apart from its reference
+// count.
 #pragma once
 
-#include "runtime/schema/StructValidator.h"
+#include "api/POSValidatorInterface.h"
+#include "runtime/values/PosCollections.h"
 
 namespace bibrt {
+
+extern ContainerType gStructValidatorType;
+
+// A check that a host registered. A copy can be called whatever happens to the validator.
+struct Check {
+    POSValidatorCheckCallback fProc = nullptr; // null: no check
+    void const* fUserData = nullptr;
+};
+
+} // namespace bibrt
+
+struct POSValidator : BIBContainer {
+    explicit POSValidator(bibrt::Ref<POSDict> schema) noexcept;
+
+    // Throws std::bad_alloc.
+    void SetCheck(BIBStringAtom* name, bibrt::Check const& check);
+
+    // No check when none has the name.
+    bibrt::Check FindCheck(BIBStringAtom const* name) const noexcept;
+
+    // The structure of that name, or null; null too when one of the two lost something.
+    POSDict* FindStructure(BIBStringAtom const* name) const noexcept;
+
+    bibrt::Ref<POSDict> fSchema;
+
+private:
+    struct NamedCheck {
+        BIBStringAtom const* Name() const noexcept { return fName; }
+
+        bibrt::AtomRef fName;
+        bibrt::Check fCheck;
+    };
+
+    bibrt::Vector<NamedCheck> fChecks;
+};
+
+namespace bibrt {
+
+// Hands messages to a host's procedure, which may be null.
+class MessageSink {
+public:
+    explicit MessageSink(POSValidatorErrorCallback proc) noexcept : fProc(proc) {}
+
+    // Throws what the procedure throws, and std::bad_alloc.
+    void Report(std::string_view path, std::string_view text);
+
+    bool IsClean() const noexcept { return fIsClean; }
+
+    // Set while a caller's procedure runs, whose exceptions are not the runtime's own.
+    bool fIsInCaller = false;
+
+private:
+    POSValidatorErrorCallback fProc;
+    bool fIsClean = true;
+};
+
+// Judges object by the structure of that name. Throws as MessageSink::Report does, and what a check
+// throws.
+void JudgeSettings(
+    POSValidator const& validator, POSObject& object, BIBStringAtom& structure, MessageSink& sink);
+
+// Judges the schema itself. Throws as MessageSink::Report does.
+void JudgeSchema(POSValidator const& validator, MessageSink& sink);
+
+// The rules: reading one, finding what its words mean, and comparing one value with it.
 
 // What a rule's word names: a kind, or something of the schema's or the host's.
 enum class RuleType {
@@ -69,11 +138,6 @@ enum class JudgeMode {
 // Whether value is of the rule's type; a check is not called and counts as passed.
 bool IsOfRuleType(SchemaRule const& rule, POSObject const& value, JudgeMode mode) noexcept;
 
-// Whether a part of the rule lets value pass. REQUIRES: value is of the rule's type.
-bool IsAmongAllowed(SchemaRule const& rule, POSObject const& value) noexcept;
-bool IsWithinBounds(SchemaRule const& rule, POSObject const& value) noexcept;
-bool HasCount(SchemaRule const& rule, POSObject const& value) noexcept;
-
 // Judges value by rule, and all that lies in it. Its own faults stand under path, and those of what
 // lies in it behind pathInside. Throws what callbacks throw, and std::bad_alloc.
 void JudgeValue(
@@ -85,12 +149,15 @@ void JudgeValue(
     std::string_view path,
     std::string_view pathInside);
 
-// Messages on a value, where each of the above said no. found is "nothing" for a missing one. They
-// throw std::bad_alloc.
+// Why value is not of the rule's type; found is what it is, "nothing" for a missing one. This and
+// all below throw std::bad_alloc.
 String TypeMessage(SchemaRule const& rule, std::string_view found);
-String AllowedMessage(SchemaRule const& rule, POSObject const& value);
-String BoundsMessage(SchemaRule const& rule, POSObject const& value);
-String CountMessage(SchemaRule const& rule, POSObject const& value);
+
+// Why a part of the rule does not let value pass; empty where all do. REQUIRES: value is of the
+// rule's type.
+String PartsMessage(SchemaRule const& rule, POSObject const& value);
+
+// Why value does not pass the check of that name, which said no more.
 String CheckMessage(POSObject const& name, std::string_view found);
 
 } // namespace bibrt
