@@ -211,15 +211,8 @@ void AppendDigits(String& out, double value) {
 
 bool WriteNotation(POSObject& object, String& out) {
     WalkStack<WriteFrame> stack;
-    if (!AppendStart(out, stack, object)) {
-        return false;
-    }
-    while (!stack.IsEmpty()) {
-        if (!AppendNext(out, stack)) {
-            return false;
-        }
-    }
-    return true;
+    return AppendStart(out, stack, object) &&
+           stack.Walk([&](WalkStack<WriteFrame>& frames) { return AppendNext(out, frames); });
 }
 
 } // namespace bibrt

@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <cstddef>
+#include <memory>
 
 // A buffer whose bytes stand behind the structure or in a block that was taken over.
 struct alignas(std::max_align_t) BIBSharedBuffer : bibrt::Counted<BIBSharedBuffer> {
@@ -28,5 +29,12 @@ namespace bibrt {
 // Adds a reference, gives one up. Both accept null.
 void AddBufferRef(BIBSharedBuffer* buffer) noexcept;
 void ReleaseBuffer(BIBSharedBuffer* buffer) noexcept;
+
+struct ReleaseBufferDeleter {
+    void operator()(BIBSharedBuffer* buffer) const noexcept { ReleaseBuffer(buffer); }
+};
+
+// A counted reference, which was the caller's, or none.
+using BufferRef = std::unique_ptr<BIBSharedBuffer, ReleaseBufferDeleter>;
 
 } // namespace bibrt

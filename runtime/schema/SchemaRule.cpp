@@ -88,7 +88,7 @@ public:
         } else if (KindOf(source) != ValueKind::kDictionary) {
             AddFault(
                 nullptr,
-                Join({"says ", FoundText(source), ", which is neither a word nor a dictionary"}));
+                {"says ", FoundText(source), ", which is neither a word nor a dictionary"});
         } else {
             ReadParts(static_cast<POSDict&>(source));
         }
@@ -103,7 +103,7 @@ private:
         }
         POSObject* const word = fRule.Part(RuleKey::kType);
         if (!word) {
-            AddFault(nullptr, Join({"has no type"}));
+            AddFault(nullptr, {"has no type"});
         } else if (ReadType(NameOf(RuleKey::kType), *word)) {
             for (Fit const& fit : kFits) {
                 CheckFit(fit);
@@ -119,8 +119,7 @@ private:
             std::find(std::begin(kKeyNames), std::end(kKeyNames), std::string_view(key.Text()));
         if (name == std::end(kKeyNames)) {
             AddFault(
-                key.Text(),
-                Join({"says ", ShownText(key.Text()), ", which is not a key of a rule"}));
+                key.Text(), {"says ", ShownText(key.Text()), ", which is not a key of a rule"});
         } else {
             fRule.fParts[name - std::begin(kKeyNames)] = value;
         }
@@ -144,10 +143,7 @@ private:
         if (!isKnown) {
             AddFault(
                 key,
-                Join(
-                    {"says ",
-                     SaidText(word),
-                     ", which is not a kind, structure or registered check"}));
+                {"says ", SaidText(word), ", which is not a kind, structure or registered check"});
         }
         return isKnown;
     }
@@ -159,9 +155,9 @@ private:
             return;
         }
         if ((fit.fTypes & Bit(fRule.fType)) == 0) {
-            AddFault(name, Join({"says ", name, ", which applies only to ", fit.fFits}));
+            AddFault(name, {"says ", name, ", which applies only to ", fit.fFits});
         } else if (fit.fIsValue && !fit.fIsValue(*value)) {
-            AddFault(name, Join({"says ", FoundText(*value), ", which is not ", fit.fExpected}));
+            AddFault(name, {"says ", FoundText(*value), ", which is not ", fit.fExpected});
         }
     }
 
@@ -175,13 +171,12 @@ private:
             return !IsOfRuleType(fRule, *item, JudgeMode::kDefaults);
         });
         if (items.empty()) {
-            AddFault(NameOf(RuleKey::kIn), Join({"says an empty array, which allows nothing"}));
+            AddFault(NameOf(RuleKey::kIn), {"says an empty array, which allows nothing"});
         } else if (items.size() > kMostAllowed) {
-            AddFault(NameOf(RuleKey::kIn), Join({"says an array of more than 1000 values"}));
+            AddFault(NameOf(RuleKey::kIn), {"says an array of more than 1000 values"});
         } else if (odd != items.end()) {
             AddFault(
-                NameOf(RuleKey::kIn),
-                Join({"allows ", FoundText(**odd), ", which is of another type"}));
+                NameOf(RuleKey::kIn), {"allows ", FoundText(**odd), ", which is of another type"});
         }
     }
 
@@ -196,11 +191,10 @@ private:
         if (least > greatest) {
             AddFault(
                 NameOf(RuleKey::kMin),
-                Join(
-                    {"says a min of ",
-                     NumberText(least),
-                     ", which is above the max of ",
-                     NumberText(greatest)}));
+                {"says a min of ",
+                 NumberText(least),
+                 ", which is above the max of ",
+                 NumberText(greatest)});
         }
     }
 
@@ -213,11 +207,13 @@ private:
         if (!fRule.fExtraCheck.fProc) {
             AddFault(
                 NameOf(RuleKey::kCheck),
-                Join({"says ", SaidText(*name), ", which is not a registered check"}));
+                {"says ", SaidText(*name), ", which is not a registered check"});
         }
     }
 
-    void AddFault(char const* key, String text) { fFaults.push_back({key, std::move(text)}); }
+    void AddFault(char const* key, std::initializer_list<std::string_view> text) {
+        fFaults.push_back({key, Join(text)});
+    }
 
     POSValidator const& fValidator;
     RuleFaults& fFaults;

@@ -5,18 +5,12 @@
 #include "runtime/schema/SchemaText.h"
 
 #include <cstring>
-#include <memory>
 
 namespace bibrt {
 
 namespace {
 
 constexpr unsigned long kMessageSize = 256;
-
-struct ReleaseBufferDeleter {
-    void operator()(BIBSharedBuffer* buffer) const noexcept { ReleaseBuffer(buffer); }
-};
-using BufferRef = std::unique_ptr<BIBSharedBuffer, ReleaseBufferDeleter>;
 
 // An empty message for a check to fill.
 BufferRef MakeMessageBuffer() {

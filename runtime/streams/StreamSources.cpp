@@ -61,12 +61,7 @@ private:
 
 class BufferSource final : public StreamSource {
 public:
-    explicit BufferSource(BIBSharedBuffer* buffer) noexcept : fBuffer(buffer) {
-        AddBufferRef(fBuffer);
-    }
-    BufferSource(BufferSource const&) = delete;
-    BufferSource& operator=(BufferSource const&) = delete;
-    ~BufferSource() override { ReleaseBuffer(fBuffer); }
+    explicit BufferSource(BufferRef buffer) noexcept : fBuffer(std::move(buffer)) {}
 
     BIBError* ReadAt(
         unsigned long offset,
@@ -88,7 +83,7 @@ public:
     }
 
 private:
-    BIBSharedBuffer* fBuffer;
+    BufferRef fBuffer;
 };
 
 constexpr mode_t kNewFileMode = 0666;
@@ -211,7 +206,8 @@ SourcePtr MakeMemorySource() {
 }
 
 SourcePtr MakeBufferSource(BIBSharedBuffer* buffer) {
-    return std::allocate_shared<BufferSource>(CallerAllocator<BufferSource>(), buffer);
+    AddBufferRef(buffer);
+    return std::allocate_shared<BufferSource>(CallerAllocator<BufferSource>(), BufferRef(buffer));
 }
 
 BIBError* OpenFileSource(SourcePtr& result, char const* path, bool writable) {

@@ -64,6 +64,17 @@ public:
         return true;
     }
 
+    // Calls step until nothing is left, or until it gives false: then false.
+    template <class Step>
+    bool Walk(Step step) {
+        while (!IsEmpty()) {
+            if (!step(*this)) {
+                return false;
+            }
+        }
+        return true;
+    }
+
     void Pop() noexcept {
         fFrames.pop_back();
         if (fMark >= fFrames.size()) {

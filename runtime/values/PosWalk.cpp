@@ -24,17 +24,6 @@ bool AreNumbersEqual(double a, double b) noexcept {
     return a == b || (std::isnan(a) && std::isnan(b));
 }
 
-POSObject* CloneByMethod(POSObject& source) {
-    auto const clone = FindTypedMethod<POSObjectCloneProc>(source, "Clone", "POSObjectCloneProc");
-    return clone ? clone(&source) : nullptr;
-}
-
-bool IsEqualByMethod(POSObject& a, POSObject& b) {
-    auto const isEqual =
-        FindTypedMethod<POSObjectIsEqualProc>(a, "IsEqual", "POSObjectIsEqualProc");
-    return isEqual && isEqual(&a, &b) != 0;
-}
-
 // A copy of a scalar, or of a value of a host's kind through its own method; null when it has none.
 POSObject* CloneLeaf(POSObject& source) {
     if (IsOfType(&source, gNumberType)) {
@@ -51,7 +40,8 @@ POSObject* CloneLeaf(POSObject& source) {
         auto const& binData = static_cast<POSBinData&>(source);
         return MakeBinData(binData.TypeName(), binData.Data(), binData.fSize);
     }
-    return CloneByMethod(source);
+    auto const clone = FindTypedMethod<POSObjectCloneProc>(source, "Clone", "POSObjectCloneProc");
+    return clone ? clone(&source) : nullptr;
 }
 
 // Whether two values that are no collections are equal. A NaN equals a NaN, so that every value
@@ -73,7 +63,9 @@ bool AreLeavesEqual(POSObject& a, POSObject& b) {
     if (IsOfType(&a, gBinDataType)) {
         return IsBinDataEqual(static_cast<POSBinData&>(a), static_cast<POSBinData&>(b));
     }
-    return IsEqualByMethod(a, b);
+    auto const isEqual =
+        FindTypedMethod<POSObjectIsEqualProc>(a, "IsEqual", "POSObjectIsEqualProc");
+    return isEqual && isEqual(&a, &b) != 0;
 }
 
 struct CloneFrame {
@@ -124,12 +116,7 @@ POSObject* CloneValue(POSObject& source) {
     }
     WalkStack<CloneFrame> stack;
     stack.Push({&source, root.get(), 0});
-    while (!stack.IsEmpty()) {
-        if (!CloneNext(stack)) {
-            return nullptr;
-        }
-    }
-    return root.release();
+    return stack.Walk(&CloneNext) ? root.release() : nullptr;
 }
 
 struct EqualFrame {
@@ -173,15 +160,7 @@ bool CompareNext(WalkStack<EqualFrame>& stack) {
 // std::bad_alloc.
 bool AreValuesEqual(POSObject& a, POSObject& b) {
     WalkStack<EqualFrame> stack;
-    if (!CompareOrPush(stack, a, b)) {
-        return false;
-    }
-    while (!stack.IsEmpty()) {
-        if (!CompareNext(stack)) {
-            return false;
-        }
-    }
-    return true;
+    return CompareOrPush(stack, a, b) && stack.Walk(&CompareNext);
 }
 
 POSObject* Clone(POSObject* self) {
