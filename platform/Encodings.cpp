@@ -27,33 +27,6 @@ char const* EndOfAscii(char const* begin, char const* end) noexcept {
         begin, end, [](char byte) { return static_cast<unsigned char>(byte) >= 0x80; });
 }
 
-} // namespace
-
-template <class Unit>
-std::optional<std::size_t> DecodeUtf8(std::string_view bytes, Unit* units) noexcept {
-    char const* const rest = EndOfAscii(bytes.begin(), bytes.end());
-    if (!utf8::is_valid(rest, bytes.end())) {
-        return std::nullopt;
-    }
-    Unit* const last = std::copy(bytes.begin(), rest, units);
-    return static_cast<std::size_t>(utf8::unchecked::utf8to16(rest, bytes.end(), last) - units);
-}
-
-std::optional<std::string> EncodeUtf8(std::span<UniChar const> units) {
-    std::string bytes;
-    try {
-        utf8::utf16to8(units.begin(), units.end(), std::back_inserter(bytes));
-    } catch (utf8::exception const&) {
-        return std::nullopt;
-    }
-    return bytes;
-}
-
-template std::optional<std::size_t> DecodeUtf8(std::string_view, unsigned short*) noexcept;
-template std::optional<std::size_t> DecodeUtf8(std::string_view, char16_t*) noexcept;
-
-namespace {
-
 // The characters of the bytes from 0x80 on, as the Unicode consortium maps them.
 // clang-format off
 constexpr char16_t kUpperHalf[] = {
@@ -78,6 +51,29 @@ constexpr char16_t kUpperHalf[] = {
 static_assert(std::size(kUpperHalf) == 128);
 
 } // namespace
+
+template <class Unit>
+std::optional<std::size_t> DecodeUtf8(std::string_view bytes, Unit* units) noexcept {
+    char const* const rest = EndOfAscii(bytes.begin(), bytes.end());
+    if (!utf8::is_valid(rest, bytes.end())) {
+        return std::nullopt;
+    }
+    Unit* const last = std::copy(bytes.begin(), rest, units);
+    return static_cast<std::size_t>(utf8::unchecked::utf8to16(rest, bytes.end(), last) - units);
+}
+
+std::optional<std::string> EncodeUtf8(std::span<UniChar const> units) {
+    std::string bytes;
+    try {
+        utf8::utf16to8(units.begin(), units.end(), std::back_inserter(bytes));
+    } catch (utf8::exception const&) {
+        return std::nullopt;
+    }
+    return bytes;
+}
+
+template std::optional<std::size_t> DecodeUtf8(std::string_view, unsigned short*) noexcept;
+template std::optional<std::size_t> DecodeUtf8(std::string_view, char16_t*) noexcept;
 
 char16_t FromMacRoman(unsigned char byte) noexcept {
     return byte < 0x80 ? char16_t{byte} : kUpperHalf[byte - 0x80];

@@ -12,14 +12,9 @@
 
 namespace platform {
 
-namespace {
-
-constexpr mode_t kFileMode = 0666;
-
-} // namespace
-
 OSErr CreatedFile::Make(
     std::string const& folder, std::string const& name, std::shared_ptr<CreatedFile>* made) {
+    constexpr mode_t kFileMode = 0666;
     std::shared_ptr<CreatedFile> const file(new CreatedFile(name));
     file->fFolder = OpenPath(AT_FDCWD, folder.c_str(), O_PATH | O_DIRECTORY);
     if (file->fFolder < 0) {

@@ -47,45 +47,6 @@ bool IsDelimiter(char c) noexcept {
     return kBlanks.find(c) != std::string_view::npos || kBrackets.find(c) != std::string_view::npos;
 }
 
-} // namespace
-
-NotationPlace PlaceOf(std::string_view text, std::size_t offset) noexcept {
-    NotationPlace place = {1, 1};
-    for (std::size_t i = 0; i < offset; ++i) {
-        bool const isLineEnd =
-            text[i] == '\n' || (text[i] == '\r' && (i + 1 == text.size() || text[i + 1] != '\n'));
-        place = isLineEnd ? NotationPlace{place.fLine + 1, 1}
-                          : NotationPlace{place.fLine, place.fColumn + 1};
-    }
-    return place;
-}
-
-bool IsPlainWord(std::string_view text) noexcept {
-    return !text.empty() && std::all_of(text.begin(), text.end(), [](char c) {
-        return c > ' ' && c <= '~' && !IsDelimiter(c);
-    });
-}
-
-bool IsNumber(std::string_view text) noexcept {
-    TakeOneOf(text, "+-");
-    std::size_t digits = TakeDigits(text);
-    if (TakeOneOf(text, ".")) {
-        digits += TakeDigits(text);
-    }
-    if (digits == 0) {
-        return false;
-    }
-    if (TakeOneOf(text, "eE")) {
-        TakeOneOf(text, "+-");
-        if (TakeDigits(text) == 0) {
-            return false;
-        }
-    }
-    return text.empty();
-}
-
-namespace {
-
 enum class TokenKind { kEnd, kOpenDict, kCloseDict, kOpenArray, kCloseArray, kWord, kText };
 
 // fText is valid until the next token is read.
@@ -381,6 +342,41 @@ private:
 };
 
 } // namespace
+
+NotationPlace PlaceOf(std::string_view text, std::size_t offset) noexcept {
+    NotationPlace place = {1, 1};
+    for (std::size_t i = 0; i < offset; ++i) {
+        bool const isLineEnd =
+            text[i] == '\n' || (text[i] == '\r' && (i + 1 == text.size() || text[i + 1] != '\n'));
+        place = isLineEnd ? NotationPlace{place.fLine + 1, 1}
+                          : NotationPlace{place.fLine, place.fColumn + 1};
+    }
+    return place;
+}
+
+bool IsPlainWord(std::string_view text) noexcept {
+    return !text.empty() && std::all_of(text.begin(), text.end(), [](char c) {
+        return c > ' ' && c <= '~' && !IsDelimiter(c);
+    });
+}
+
+bool IsNumber(std::string_view text) noexcept {
+    TakeOneOf(text, "+-");
+    std::size_t digits = TakeDigits(text);
+    if (TakeOneOf(text, ".")) {
+        digits += TakeDigits(text);
+    }
+    if (digits == 0) {
+        return false;
+    }
+    if (TakeOneOf(text, "eE")) {
+        TakeOneOf(text, "+-");
+        if (TakeDigits(text) == 0) {
+            return false;
+        }
+    }
+    return text.empty();
+}
 
 POSObject* ReadNotation(std::string_view text, PlaceListener* listener) {
     return NotationReader(text, listener).Read().release();

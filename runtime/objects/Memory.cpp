@@ -33,6 +33,22 @@ void* ResizeBlock(BlockHeader* header, std::size_t size) noexcept {
     return raw ? new (raw) BlockHeader{size} + 1 : nullptr;
 }
 
+void* Alloc(unsigned long size) {
+    return AllocBlock(size);
+}
+
+void* Realloc(void* block, unsigned long size) {
+    return block ? ResizeBlock(HeaderOf(block), size) : AllocBlock(size);
+}
+
+void Free(void* block) {
+    FreeBlock(block);
+}
+
+unsigned long GetBlockSize(void* block) {
+    return block ? HeaderOf(block)->fSize : 0;
+}
+
 } // namespace
 
 void* AllocBlock(std::size_t size) noexcept {
@@ -59,26 +75,6 @@ void ExpectMemory() {
         throw std::bad_alloc();
     }
 }
-
-namespace {
-
-void* Alloc(unsigned long size) {
-    return AllocBlock(size);
-}
-
-void* Realloc(void* block, unsigned long size) {
-    return block ? ResizeBlock(HeaderOf(block), size) : AllocBlock(size);
-}
-
-void Free(void* block) {
-    FreeBlock(block);
-}
-
-unsigned long GetBlockSize(void* block) {
-    return block ? HeaderOf(block)->fSize : 0;
-}
-
-} // namespace
 
 BIBRT_DEFINE_TABLE(BIBMemoryInterface, BIB_MEMORY_INTERFACE_ROWS, 4)
 

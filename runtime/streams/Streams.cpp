@@ -131,19 +131,6 @@ private:
     Vector<unsigned char> fBlock; // what NextBlock gave last
 };
 
-} // namespace
-
-BIBPositionableStream* MakeSourceStream(SourcePtr source) {
-    return NewObject<BIBPositionableStream>(
-        gSourceStreamType, BodyPtr(NewObject<SourceBody>(std::move(source))));
-}
-
-bool IsStream(BIBContainer const* container) noexcept {
-    return container && container->fType->fDestroy == &DestroyAs<BIBPositionableStream>;
-}
-
-namespace {
-
 // Counts the operation, makes it fail on demand, and runs work with the stream's body.
 template <class Work>
 BIBError* AtStreamRow(BIBSimpleStream* self, bool areArgumentsGood, Work work) {
@@ -300,6 +287,15 @@ BIBError* NewClientPositionableStream(
 }
 
 } // namespace
+
+BIBPositionableStream* MakeSourceStream(SourcePtr source) {
+    return NewObject<BIBPositionableStream>(
+        gSourceStreamType, BodyPtr(NewObject<SourceBody>(std::move(source))));
+}
+
+bool IsStream(BIBContainer const* container) noexcept {
+    return container && container->fType->fDestroy == &DestroyAs<BIBPositionableStream>;
+}
 
 BIBRT_DEFINE_OBJECT_TABLE(
     BIBSimpleStreamInterface, "BIBSimpleStreamObject", BIB_SIMPLE_STREAM_INTERFACE_ROWS, 2)

@@ -57,41 +57,6 @@ bool PutInto(POSDict& dict, BIBStringAtom& key, POSObject& value) noexcept {
     return StoreIn(dict, value, [&](Ref<POSObject>& ref) { dict.fEntries.Put(&key, ref); });
 }
 
-} // namespace
-
-bool AddTo(POSObject& collection, BIBStringAtom* key, POSObject& value) noexcept {
-    return key ? PutInto(static_cast<POSDict&>(collection), *key, value)
-               : AppendTo(static_cast<POSArray&>(collection), value);
-}
-
-std::size_t CountChildren(POSObject const& collection) noexcept {
-    return IsOfType(&collection, gDictType)
-               ? static_cast<POSDict const&>(collection).fEntries.Count()
-               : static_cast<POSArray const&>(collection).fItems.size();
-}
-
-void ReserveChildren(POSObject& collection, std::size_t count) {
-    if (count == 0) {
-        return;
-    }
-    if (IsOfType(&collection, gDictType)) {
-        static_cast<POSDict&>(collection).fEntries.Reserve(count);
-    } else {
-        static_cast<POSArray&>(collection).fItems.reserve(count);
-    }
-}
-
-Child NextChild(POSObject& collection, std::size_t& position) noexcept {
-    if (IsOfType(&collection, gDictType)) {
-        DictEntry const* const entry = static_cast<POSDict&>(collection).fEntries.Next(position);
-        return entry ? Child{entry->fKey, entry->fValue} : Child{};
-    }
-    auto const& items = static_cast<POSArray&>(collection).fItems;
-    return position < items.size() ? Child{nullptr, items[position++]} : Child{};
-}
-
-namespace {
-
 bool IsArray(POSObject const* object) noexcept {
     return IsOfType(object, gArrayType);
 }
@@ -238,6 +203,37 @@ char const* CurKey(POSDictIterator* self) {
 }
 
 } // namespace
+
+bool AddTo(POSObject& collection, BIBStringAtom* key, POSObject& value) noexcept {
+    return key ? PutInto(static_cast<POSDict&>(collection), *key, value)
+               : AppendTo(static_cast<POSArray&>(collection), value);
+}
+
+std::size_t CountChildren(POSObject const& collection) noexcept {
+    return IsOfType(&collection, gDictType)
+               ? static_cast<POSDict const&>(collection).fEntries.Count()
+               : static_cast<POSArray const&>(collection).fItems.size();
+}
+
+void ReserveChildren(POSObject& collection, std::size_t count) {
+    if (count == 0) {
+        return;
+    }
+    if (IsOfType(&collection, gDictType)) {
+        static_cast<POSDict&>(collection).fEntries.Reserve(count);
+    } else {
+        static_cast<POSArray&>(collection).fItems.reserve(count);
+    }
+}
+
+Child NextChild(POSObject& collection, std::size_t& position) noexcept {
+    if (IsOfType(&collection, gDictType)) {
+        DictEntry const* const entry = static_cast<POSDict&>(collection).fEntries.Next(position);
+        return entry ? Child{entry->fKey, entry->fValue} : Child{};
+    }
+    auto const& items = static_cast<POSArray&>(collection).fItems;
+    return position < items.size() ? Child{nullptr, items[position++]} : Child{};
+}
 
 BIBRT_DEFINE_TABLE(POSArrayInterface, POS_ARRAY_INTERFACE_ROWS, 7)
 

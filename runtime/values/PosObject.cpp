@@ -49,38 +49,6 @@ constexpr char const* kValueParent = "POSObjectVirtualInterface";
 
 constexpr bool kIsScalar = true;
 
-} // namespace
-
-constinit ContainerType gNumberType = {
-    "POSNumber", "POSNumberValue", kValueParent, &DestroyAs<POSNumber>, kIsScalar};
-constinit ContainerType gStringType = {
-    "POSString", "POSStringValue", kValueParent, &DestroyAs<POSString>, kIsScalar};
-constinit ContainerType gUnicodeStringType = {
-    "POSUnicodeString",
-    "POSUnicodeStringValue",
-    kValueParent,
-    &DestroyAs<POSUnicodeString>,
-    kIsScalar};
-constinit ContainerType gBinDataType = {
-    "POSBinData", "POSBinDataValue", kValueParent, &DestroyAs<POSBinData>, kIsScalar};
-
-POSString* MakeString(std::string_view text) {
-    return NewObjectWith<POSString>(text.size() + 1, text);
-}
-
-POSUnicodeString* MakeUnicodeString(unsigned short const* units, unsigned long length) {
-    return NewObjectWith<POSUnicodeString>((length + 1) * sizeof(unsigned short), units, length);
-}
-
-POSBinData* MakeBinData(std::string_view typeName, unsigned char const* data, unsigned long size) {
-    if (size > kMaxExtra) {
-        throw std::bad_alloc();
-    }
-    return NewObjectWith<POSBinData>(size + typeName.size() + 1, typeName, data, size);
-}
-
-namespace {
-
 POSNumber* NewPOSNumber(double value) {
     return AtRow<POSNumber*>(nullptr, [&] { return NewObject<POSNumber>(value); });
 }
@@ -152,6 +120,34 @@ unsigned short const* Get(POSUnicodeString* self) {
 }
 
 } // namespace
+
+constinit ContainerType gNumberType = {
+    "POSNumber", "POSNumberValue", kValueParent, &DestroyAs<POSNumber>, kIsScalar};
+constinit ContainerType gStringType = {
+    "POSString", "POSStringValue", kValueParent, &DestroyAs<POSString>, kIsScalar};
+constinit ContainerType gUnicodeStringType = {
+    "POSUnicodeString",
+    "POSUnicodeStringValue",
+    kValueParent,
+    &DestroyAs<POSUnicodeString>,
+    kIsScalar};
+constinit ContainerType gBinDataType = {
+    "POSBinData", "POSBinDataValue", kValueParent, &DestroyAs<POSBinData>, kIsScalar};
+
+POSString* MakeString(std::string_view text) {
+    return NewObjectWith<POSString>(text.size() + 1, text);
+}
+
+POSUnicodeString* MakeUnicodeString(unsigned short const* units, unsigned long length) {
+    return NewObjectWith<POSUnicodeString>((length + 1) * sizeof(unsigned short), units, length);
+}
+
+POSBinData* MakeBinData(std::string_view typeName, unsigned char const* data, unsigned long size) {
+    if (size > kMaxExtra) {
+        throw std::bad_alloc();
+    }
+    return NewObjectWith<POSBinData>(size + typeName.size() + 1, typeName, data, size);
+}
 
 BIBRT_DEFINE_TABLE(POSNumberInterface, POS_NUMBER_INTERFACE_ROWS, 3)
 
