@@ -37,9 +37,9 @@ MakeTable(char const* interfaceName, RowName const (&rows)[kCount], Procs const&
 // A row's procedure: the one of its name in scope.
 #define BIBRT_TABLE_PROC(operation, procType) .operation = &operation,
 
-// Defines the table of an interface, in a function that is named after it, and checks the count of its
-// rows: an interface NAME has a structure _t_NAME and rows ROWS. Method tables are registered under
-// the name of the objects that have them.
+// Defines the table of an interface, in a function that is named after it, and checks the count of
+// its rows: an interface NAME has a structure _t_NAME and rows ROWS. Method tables are registered
+// under the name of the objects that have them.
 #define BIBRT_DEFINE_OBJECT_TABLE(interface, registeredName, ROWS, count)         \
     BuiltInTable interface##Table() noexcept {                                    \
         static constexpr RowName kRows[] = {ROWS(BIB_TABLE_NAMES)};               \
