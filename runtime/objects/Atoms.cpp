@@ -4,8 +4,9 @@
 #include "runtime/objects/Memory.h"
 #include "runtime/objects/Tables.h"
 
+#include <array>
 #include <mutex>
-#include <unordered_map>
+#include <unordered_set>
 
 namespace bibrt {
 
@@ -13,13 +14,100 @@ namespace {
 
 constexpr std::size_t kMaxReleased = 1024;
 
-// An atom goes from list to list with its node, which takes no memory.
-struct AtomTable {
+struct ByText {
+    using is_transparent = void; // NOLINT(readability-identifier-naming): the standard's name
+
+    // Not noexcept: for such hashes the standard library keeps the results.
+    std::size_t operator()(std::string_view text) const {
+        return std::hash<std::string_view>()(text);
+    }
+    bool operator()(std::string_view text, std::string_view other) const noexcept {
+        return text == other;
+    }
+};
+
+// Counts fall to zero and rise from it under the lock only, so that an atom that is found cannot be
+// on its way out. A released atom stands in a ring, where the release of another one finds it
+// kMaxReleased releases later, unless somebody holds it again by then.
+class AtomTable {
+public:
+    BIBStringAtom* Find(std::string_view text) noexcept {
+        std::lock_guard const guard(fLock);
+        return FindLocked(text);
+    }
+
+    BIBStringAtom* Intern(std::string_view text) {
+        std::lock_guard const guard(fLock);
+        BIBStringAtom* atom = FindLocked(text);
+        if (!atom) {
+            ExpectMemory();
+            atom = Changeable(*fAtoms.emplace(text).first);
+        }
+        AddLocked(*atom);
+        return atom;
+    }
+
+    void MakeImmortal(BIBStringAtom& atom) noexcept {
+        std::lock_guard const guard(fLock);
+        if (!std::exchange(atom.fIsImmortal, true)) {
+            --fLive;
+        }
+    }
+
+    void AddFromZero(BIBStringAtom& atom) noexcept {
+        std::lock_guard const guard(fLock);
+        AddLocked(atom);
+    }
+
+    void DropToZero(BIBStringAtom& atom) noexcept {
+        std::lock_guard const guard(fLock);
+        if (atom.fIsImmortal || atom.fRefs == 0 || --atom.fRefs != 0) {
+            return;
+        }
+        --fLive;
+        atom.fReleasedAs = fReleases++;
+        BIBStringAtom* const oldest = std::exchange(PlaceOf(atom), &atom);
+        if (oldest) {
+            fAtoms.erase(fAtoms.find(oldest->fText));
+        }
+    }
+
+    unsigned long CountLive() noexcept {
+        std::lock_guard const guard(fLock);
+        return fLive;
+    }
+
+private:
+    // A set takes its elements for constant, since it does not know what tells them apart.
+    static BIBStringAtom* Changeable(BIBStringAtom const& atom) noexcept {
+        return const_cast<BIBStringAtom*>(&atom);
+    }
+
+    BIBStringAtom* FindLocked(std::string_view text) {
+        auto const found = fAtoms.find(text);
+        return found == fAtoms.end() ? nullptr : Changeable(*found);
+    }
+
+    void AddLocked(BIBStringAtom& atom) noexcept {
+        if (atom.fIsImmortal || ++atom.fRefs != 1) {
+            return;
+        }
+        ++fLive;
+        // A new one was never released.
+        if (BIBStringAtom*& place = PlaceOf(atom); place == &atom) {
+            place = nullptr;
+        }
+    }
+
+    BIBStringAtom*& PlaceOf(BIBStringAtom const& atom) noexcept {
+        return fReleased[atom.fReleasedAs % kMaxReleased];
+    }
+
     std::mutex fLock;
-    std::unordered_map<std::string_view, BIBStringAtom*> fByText; // each key is the atom's own
-    std::list<BIBStringAtom> fHeld;
-    std::list<BIBStringAtom> fReleased; // first in, first out
-    std::list<BIBStringAtom> fImmortal;
+    std::unordered_set<BIBStringAtom, ByText, ByText> fAtoms;
+    std::array<BIBStringAtom*, kMaxReleased> fReleased{};
+    std::size_t fReleases = 0;
+    unsigned long fLive = 0;
 };
 
 // Never destroyed: atoms may be released by whatever runs last in the process.
@@ -28,25 +116,7 @@ AtomTable& Table() {
     return *kTable;
 }
 
-// A new atom, which stands among the released ones.
-BIBStringAtom* CreateLocked(std::string_view text) {
-    ExpectMemory();
-    std::list<BIBStringAtom> created;
-    BIBStringAtom& atom = created.emplace_back(text);
-    atom.fPlace = created.begin();
-    Table().fByText.emplace(atom.fText, &atom);
-    Table().fReleased.splice(Table().fReleased.end(), created);
-    return &atom;
-}
-
-void AddRefLocked(BIBStringAtom& atom) noexcept {
-    if (!atom.fIsImmortal && ++atom.fRefs == 1) {
-        Table().fHeld.splice(Table().fHeld.end(), Table().fReleased, atom.fPlace);
-    }
-}
-
-// Changes a count that stays above least: only the first reference and the last one move an atom to
-// another list, under the lock. False when the count is not above it.
+// Changes a count that stays above least, which needs no lock. False when it is not above.
 bool ChangeAbove(unsigned long least, BIBStringAtom& atom, long change) noexcept {
     unsigned long refs = atom.fRefs.load(std::memory_order_relaxed);
     while (refs > least) {
@@ -79,57 +149,33 @@ void AddRef(BIBStringAtom* atom) {
 } // namespace
 
 BIBStringAtom* InternText(std::string_view text) {
-    AtomTable& table = Table();
-    std::lock_guard const guard(table.fLock);
-    auto const found = table.fByText.find(text);
-    BIBStringAtom* const atom = found == table.fByText.end() ? CreateLocked(text) : found->second;
-    AddRefLocked(*atom);
-    return atom;
+    return Table().Intern(text);
 }
 
 char const* InternForever(char const* text) {
     BIBStringAtom* const atom = InternText(text);
-    AtomTable& table = Table();
-    std::lock_guard const guard(table.fLock);
-    if (!std::exchange(atom->fIsImmortal, true)) {
-        table.fImmortal.splice(table.fImmortal.end(), table.fHeld, atom->fPlace);
-    }
+    Table().MakeImmortal(*atom);
     return atom->Text();
 }
 
 BIBStringAtom* FindAtom(std::string_view text) noexcept {
-    std::lock_guard const guard(Table().fLock);
-    auto const found = Table().fByText.find(text);
-    return found == Table().fByText.end() ? nullptr : found->second;
+    return Table().Find(text);
 }
 
 void AddAtomRef(BIBStringAtom* atom) noexcept {
-    if (!atom || ChangeAbove(0, *atom, 1)) {
-        return;
+    if (atom && !ChangeAbove(0, *atom, 1)) {
+        Table().AddFromZero(*atom);
     }
-    std::lock_guard const guard(Table().fLock);
-    AddRefLocked(*atom);
 }
 
 void ReleaseAtom(BIBStringAtom* atom) noexcept {
-    if (!atom || ChangeAbove(1, *atom, -1)) {
-        return;
-    }
-    AtomTable& table = Table();
-    std::lock_guard const guard(table.fLock);
-    if (atom->fIsImmortal || atom->fRefs == 0 || --atom->fRefs != 0) {
-        return;
-    }
-    table.fReleased.splice(table.fReleased.end(), table.fHeld, atom->fPlace);
-    if (table.fReleased.size() > kMaxReleased) {
-        table.fByText.erase(table.fReleased.front().fText);
-        table.fReleased.pop_front();
+    if (atom && !ChangeAbove(1, *atom, -1)) {
+        Table().DropToZero(*atom);
     }
 }
 
 unsigned long CountLiveAtoms() noexcept {
-    std::lock_guard const guard(Table().fLock);
-    return Table().fHeld.size();
+    return Table().CountLive();
 }
 
 BIBRT_DEFINE_TABLE(BIBStringInterface, BIB_STRING_INTERFACE_ROWS, 4)

@@ -8,21 +8,22 @@
 #include "api/BIBStringInterface.h"
 
 #include <atomic>
-#include <list>
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <utility>
 
-// All but the text belongs to the table.
+// An element of the table's set, to which all but the text belongs: that alone is compared.
 struct BIBStringAtom {
     explicit BIBStringAtom(std::string_view text) : fText(text) {}
 
+    operator std::string_view() const noexcept { return fText; }
     char const* Text() const noexcept { return fText.c_str(); }
 
     std::string const fText; // its place never changes
     std::atomic<unsigned long> fRefs = 0;
-    bool fIsImmortal = false;                  // never counted
-    std::list<BIBStringAtom>::iterator fPlace; // in one of the table's lists
+    bool fIsImmortal = false;    // never counted
+    std::size_t fReleasedAs = 0; // of a released one: which release it was
 };
 
 namespace bibrt {

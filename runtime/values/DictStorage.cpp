@@ -3,12 +3,18 @@
 #include <algorithm>
 #include <bit>
 #include <cstdint>
+#include <limits>
+#include <new>
 
 namespace bibrt {
 
 namespace {
 
-constexpr std::size_t kFirstCapacity = 8;
+// So few entries are found without an index as fast.
+constexpr std::size_t kFewEntries = 8;
+
+// More positions than this do not fit the index, which is as small as it can be for the cache.
+constexpr std::size_t kMaxCapacity = std::numeric_limits<std::uint32_t>::max();
 
 } // namespace
 
@@ -25,7 +31,14 @@ std::size_t DictStorage::SlotOf(BIBStringAtom const* key) const noexcept {
 }
 
 std::size_t DictStorage::Find(BIBStringAtom const* key) const noexcept {
-    return key && fCount != 0 ? fIndex[SlotOf(key)] : 0;
+    if (!key || fCount == 0) {
+        return 0;
+    }
+    if (!fIndex.empty()) {
+        return fIndex[SlotOf(key)];
+    }
+    auto const found = std::ranges::find(fEntries, key, &DictEntry::Key);
+    return found == fEntries.end() ? 0 : static_cast<std::size_t>(found - fEntries.begin()) + 1;
 }
 
 POSObject* DictStorage::Get(BIBStringAtom const* key) const noexcept {
@@ -43,9 +56,9 @@ void DictStorage::Put(BIBStringAtom* key, Ref<POSObject>& value) {
     if (fEntries.size() == fEntries.capacity()) {
         CloseGaps();
     }
-    fIndex[SlotOf(key)] = fEntries.size() + 1;
     fEntries.push_back({std::move(value), AtomRef::Share(key), ++fLastNumber});
     ++fCount;
+    AddToIndex(fEntries.size() - 1);
 }
 
 bool DictStorage::Remove(BIBStringAtom const* key) noexcept {
@@ -60,7 +73,7 @@ bool DictStorage::Remove(BIBStringAtom const* key) noexcept {
     while (fFirst < fEntries.size() && !fEntries[fFirst].fKey) {
         ++fFirst;
     }
-    if (fEntries.size() > kFirstCapacity && fCount < fEntries.size() / 2) {
+    if (fEntries.size() > kFewEntries && fCount < fEntries.size() / 2) {
         CloseGaps();
     }
     return true;
@@ -71,9 +84,12 @@ void DictStorage::Reserve(std::size_t count) {
     if (wanted <= fEntries.capacity()) {
         return;
     }
-    std::size_t const capacity = std::max({wanted, fEntries.capacity() * 2, kFirstCapacity});
+    std::size_t const capacity = std::max({wanted, fEntries.capacity() * 2, kFewEntries});
+    if (capacity > kMaxCapacity) {
+        throw std::bad_alloc();
+    }
     // Gaps keep their slots until they are closed: half of the slots stay free at the worst.
-    Vector<std::size_t> index(std::bit_ceil(capacity * 2));
+    Vector<std::uint32_t> index(capacity > kFewEntries ? std::bit_ceil(capacity * 2) : 0);
     fEntries.reserve(capacity);
     fIndex.swap(index);
     FillIndex();
@@ -89,9 +105,14 @@ void DictStorage::CloseGaps() noexcept {
 // REQUIRES: every slot is free.
 void DictStorage::FillIndex() noexcept {
     for (std::size_t position = 0; position < fEntries.size(); ++position) {
-        if (BIBStringAtom const* const key = fEntries[position].fKey) {
-            fIndex[SlotOf(key)] = position + 1;
-        }
+        AddToIndex(position);
+    }
+}
+
+void DictStorage::AddToIndex(std::size_t position) noexcept {
+    BIBStringAtom const* const key = fEntries[position].fKey;
+    if (key && !fIndex.empty()) {
+        fIndex[SlotOf(key)] = static_cast<std::uint32_t>(position + 1);
     }
 }
 

@@ -9,9 +9,13 @@
 
 #include "runtime/values/PosObject.h"
 
+#include <cstdint>
+
 namespace bibrt {
 
 struct DictEntry {
+    BIBStringAtom const* Key() const noexcept { return fKey; }
+
     Ref<POSObject> fValue;
     AtomRef fKey; // none in a gap
     unsigned long fNumber;
@@ -46,11 +50,12 @@ private:
     std::size_t Find(BIBStringAtom const* key) const noexcept;
     void CloseGaps() noexcept;
     void FillIndex() noexcept;
+    void AddToIndex(std::size_t position) noexcept;
 
     Vector<DictEntry> fEntries;
     // Positions plus one, 0 for a free slot. A search starts at a slot that the key determines and
-    // ends at its own or a free one.
-    Vector<std::size_t> fIndex;
+    // ends at its own or a free one. Empty while the entries are few.
+    Vector<std::uint32_t> fIndex;
     std::size_t fCount = 0; // the entries that are no gaps
     std::size_t fFirst = 0; // every entry before it is a gap
     unsigned long fLastNumber = 0;

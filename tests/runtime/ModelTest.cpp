@@ -295,7 +295,7 @@ protected:
         }
         if (released != fReleased.end()) {
             ASSERT_EQ(atom, released->second);
-            fReleased.erase(released);
+            *released = {}; // its turn to be let go remains
         }
         fHeld[text] = {atom, 1};
     }
