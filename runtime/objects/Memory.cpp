@@ -11,6 +11,7 @@ namespace bibrt {
 
 namespace {
 
+// What callers ask for carries its size in front.
 struct alignas(std::max_align_t) BlockHeader {
     std::size_t fSize;
 };
@@ -21,28 +22,28 @@ constexpr std::size_t kMaxBlock = std::size_t(1) << 39;
 constinit std::atomic<unsigned long> gLiveBlocks = 0;
 
 BlockHeader* HeaderOf(void* block) noexcept {
-    return static_cast<BlockHeader*>(block) - 1;
+    return block ? static_cast<BlockHeader*>(block) - 1 : nullptr;
 }
 
-// The header null stands for a new block.
-void* ResizeBlock(BlockHeader* header, std::size_t size) noexcept {
-    if (gAllocationPoint.Attempt() || size > kMaxBlock) {
-        return nullptr;
+bool MayAllocate(std::size_t size) noexcept {
+    return !gAllocationPoint.Attempt() && size <= kMaxBlock;
+}
+
+void* Realloc(void* block, unsigned long size) {
+    void* const raw =
+        MayAllocate(size) ? std::realloc(HeaderOf(block), sizeof(BlockHeader) + size) : nullptr;
+    if (raw && !block) {
+        ++gLiveBlocks;
     }
-    void* const raw = std::realloc(header, sizeof(BlockHeader) + size);
     return raw ? new (raw) BlockHeader{size} + 1 : nullptr;
 }
 
 void* Alloc(unsigned long size) {
-    return AllocBlock(size);
-}
-
-void* Realloc(void* block, unsigned long size) {
-    return block ? ResizeBlock(HeaderOf(block), size) : AllocBlock(size);
+    return Realloc(nullptr, size);
 }
 
 void Free(void* block) {
-    FreeBlock(block);
+    FreeBlock(HeaderOf(block));
 }
 
 unsigned long GetBlockSize(void* block) {
@@ -52,7 +53,7 @@ unsigned long GetBlockSize(void* block) {
 } // namespace
 
 void* AllocBlock(std::size_t size) noexcept {
-    void* const block = ResizeBlock(nullptr, size);
+    void* const block = MayAllocate(size) ? std::malloc(size) : nullptr;
     if (block) {
         ++gLiveBlocks;
     }
@@ -62,7 +63,7 @@ void* AllocBlock(std::size_t size) noexcept {
 void FreeBlock(void* block) noexcept {
     if (block) {
         --gLiveBlocks;
-        std::free(HeaderOf(block));
+        std::free(block);
     }
 }
 
