@@ -1,5 +1,5 @@
-// The one allocator of the runtime, for all that it makes for callers. Blocks are counted, as are the
-// objects of the classes that callers hold. Thread safe.
+// The one allocator of the runtime, for all that it makes for callers. Blocks are counted, as are
+// the objects of the classes that callers hold. Thread safe.
 //
 // The tables that the runtime keeps until the process ends use the standard allocator and call
 // ExpectMemory, so that no caller's count shows them.
