@@ -59,11 +59,11 @@ NewFromDict(Bindings const& tables, Dictionary const& values, std::string const&
 std::vector<Finding> ReadFindings(Bindings const& tables, POSArray* errors) {
     Ref<POSArray> const held = Share(tables, errors);
     std::vector<Finding> findings;
-    for (Dictionary const& record : detail::ReadRecords(tables, errors)) {
+    detail::ReadRecords(tables, errors, [&](Dictionary const& record) {
         findings.push_back(
             {detail::FieldOf<Word>(record, "Key").text,
              detail::FieldOf<Word>(record, "ErrorMsg").text});
-    }
+    });
     return findings;
 }
 

@@ -88,9 +88,9 @@ SettingsList::Read(Component const& component, std::optional<std::string> const&
     char const* const name = appName ? appName->c_str() : nullptr;
     auto const list = detail::Share(*turn, Reported("GetListofPDFSettings", read, name));
     std::vector<ListedSettings> settings;
-    for (Dictionary const& record : detail::ReadRecords(*turn, list.get())) {
+    detail::ReadRecords(*turn, list.get(), [&](Dictionary const& record) {
         settings.push_back(ReadRecord(record));
-    }
+    });
     return settings;
 }
 

@@ -214,15 +214,16 @@ Dictionary ReadValues(Bindings const& tables, POSDict* dict) {
     return std::move(*values.If<Dictionary>());
 }
 
-std::vector<Dictionary> ReadRecords(Bindings const& tables, POSArray* array) {
-    Value const values = Reader(tables).Read(reinterpret_cast<POSObject*>(array));
-    std::vector<Dictionary> records;
-    for (std::size_t place = 0; place < values.If<Array>()->Size(); ++place) {
-        if (auto const* const record = (*values.If<Array>())[place].If<Dictionary>()) {
-            records.push_back(*record);
+void ReadRecords(
+    Bindings const& tables, POSArray* array, std::function<void(Dictionary const&)> const& visit) {
+    Reader reader(tables);
+    unsigned long const count = tables.arrays.Count(array);
+    for (unsigned long index = 0; index < count; ++index) {
+        Value const value = reader.Read(tables.arrays.GetAt(array, index));
+        if (auto const* const record = value.If<Dictionary>()) {
+            visit(*record);
         }
     }
-    return records;
 }
 
 namespace {

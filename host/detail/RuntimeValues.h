@@ -4,8 +4,8 @@
 #include "host/detail/Bindings.h"
 #include "pdfsettings/Value.h"
 
+#include <functional>
 #include <string>
-#include <vector>
 
 namespace pdfsettings::detail {
 
@@ -16,8 +16,10 @@ Ref<POSDict> BuildValues(Bindings const& tables, Dictionary const& values);
 // A deep copy. Throws Error when memory runs out and for a value of an unknown kind.
 Dictionary ReadValues(Bindings const& tables, POSDict* dict);
 
-// Copies of the dictionaries in array; other elements are passed over. Throws the same.
-std::vector<Dictionary> ReadRecords(Bindings const& tables, POSArray* array);
+// Calls visit with a copy of each dictionary in array, one at a time; other elements are passed
+// over. Throws the same.
+void ReadRecords(
+    Bindings const& tables, POSArray* array, std::function<void(Dictionary const&)> const& visit);
 
 // value if there is one of that kind, else null.
 template <class Kind>

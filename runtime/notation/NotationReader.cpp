@@ -9,8 +9,6 @@ namespace bibrt {
 
 namespace {
 
-constexpr std::string_view kBlanks = " \t\n\r\f\v";
-constexpr std::string_view kBrackets = "<>[]()%";
 constexpr std::string_view kDigits = "0123456789";
 constexpr int kMaxByte = 255;
 constexpr int kOctalDigits = 3;
@@ -43,8 +41,13 @@ ThrowFault(std::size_t offset, char const* format, ...) {
     throw NotationFault(fault);
 }
 
+bool IsBlank(char c) noexcept {
+    return c == ' ' || (c >= '\t' && c <= '\r');
+}
+
 bool IsDelimiter(char c) noexcept {
-    return kBlanks.find(c) != std::string_view::npos || kBrackets.find(c) != std::string_view::npos;
+    return IsBlank(c) || c == '<' || c == '>' || c == '[' || c == ']' || c == '(' || c == ')' ||
+           c == '%';
 }
 
 enum class TokenKind { kEnd, kOpenDict, kCloseDict, kOpenArray, kCloseArray, kWord, kText };
@@ -94,7 +97,7 @@ private:
         while (!IsAtEnd()) {
             if (fText[fCursor] == '%') {
                 fCursor = std::min(fText.find_first_of("\n\r", fCursor), fText.size());
-            } else if (kBlanks.find(fText[fCursor]) != std::string_view::npos) {
+            } else if (IsBlank(fText[fCursor])) {
                 ++fCursor;
             } else {
                 return;

@@ -9,21 +9,20 @@
 
 #include <atomic>
 #include <cstddef>
-#include <string>
 #include <string_view>
 #include <utility>
 
-// An element of the table's set, to which all but the text belongs: that alone is compared.
+// In one block with its text, a zero byte behind it. All but the text belongs to the table of
+// atoms.
 struct BIBStringAtom {
-    explicit BIBStringAtom(std::string_view text) : fText(text) {}
+    char const* Text() const noexcept { return fText.data(); }
 
-    operator std::string_view() const noexcept { return fText; }
-    char const* Text() const noexcept { return fText.c_str(); }
-
-    std::string const fText; // its place never changes
+    std::string_view fText;
+    std::size_t fHash;
+    BIBStringAtom* fNext; // in its chain
     std::atomic<unsigned long> fRefs = 0;
-    bool fIsImmortal = false;    // never counted
     std::size_t fReleasedAs = 0; // of a released one: which release it was
+    bool fIsImmortal = false;    // never counted
 };
 
 namespace bibrt {

@@ -37,7 +37,8 @@ public:
         unsigned char* buffer,
         unsigned long size,
         unsigned long& bytesRead) override {
-        bytesRead = CopyOut(fBytes.data(), fBytes.size(), offset, buffer, size);
+        auto const* const data = reinterpret_cast<unsigned char const*>(fBytes.data());
+        bytesRead = CopyOut(data, fBytes.size(), offset, buffer, size);
         return nullptr;
     }
 
@@ -45,7 +46,7 @@ public:
     WriteAt(unsigned long offset, unsigned char const* buffer, unsigned long size) override {
         // What goes behind the end first, for which there may be no memory.
         unsigned long const inside = std::min(size, fBytes.size() - offset);
-        fBytes.insert(fBytes.end(), buffer + inside, buffer + size);
+        fBytes.append(reinterpret_cast<char const*>(buffer + inside), size - inside);
         std::copy_n(buffer, inside, fBytes.data() + offset);
         return nullptr;
     }
@@ -56,7 +57,7 @@ public:
     }
 
 private:
-    Vector<unsigned char> fBytes;
+    String fBytes;
 };
 
 class BufferSource final : public StreamSource {

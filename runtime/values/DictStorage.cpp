@@ -127,9 +127,14 @@ DictEntry const* DictStorage::Next(std::size_t& position) const noexcept {
     return nullptr;
 }
 
-DictEntry const* DictStorage::NextAfter(unsigned long number) const noexcept {
-    auto const found = std::ranges::upper_bound(fEntries, number, {}, &DictEntry::fNumber);
-    auto position = static_cast<std::size_t>(found - fEntries.begin());
+DictEntry const*
+DictStorage::NextAfter(unsigned long number, std::size_t& position) const noexcept {
+    bool const isInPlace =
+        position > 0 && position <= fEntries.size() && fEntries[position - 1].fNumber == number;
+    if (!isInPlace) {
+        auto const found = std::ranges::upper_bound(fEntries, number, {}, &DictEntry::fNumber);
+        position = static_cast<std::size_t>(found - fEntries.begin());
+    }
     return Next(position);
 }
 

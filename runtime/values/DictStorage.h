@@ -41,8 +41,9 @@ public:
     // The first entry at or behind position; position moves behind it. Null at the end.
     DictEntry const* Next(std::size_t& position) const noexcept;
 
-    // The first entry with a greater number than this. Null at the end.
-    DictEntry const* NextAfter(unsigned long number) const noexcept;
+    // The first entry with a greater number than this; position, where the last step ended, becomes
+    // the place behind it. Null at the end.
+    DictEntry const* NextAfter(unsigned long number, std::size_t& position) const noexcept;
 
 private:
     std::size_t SlotOf(BIBStringAtom const* key) const noexcept;

@@ -18,6 +18,7 @@ struct POSDictIterator : BIBContainer {
     bibrt::Ref<POSDict> fDict;
     bibrt::AtomRef fKey; // none before Begin and at the end
     unsigned long fNumber = 0;
+    std::size_t fPosition = 0; // behind the entry, as long as entries do not move
     bool fIsAtEnd = false;
 };
 
@@ -184,13 +185,13 @@ POSDictIterator* NewPOSDictIterator(POSDict* dict) {
 
 void Begin(POSDictIterator* self) {
     if (IsCursor(self)) {
-        MoveTo(*self, self->fDict->fEntries.NextAfter(0));
+        MoveTo(*self, self->fDict->fEntries.NextAfter(0, self->fPosition));
     }
 }
 
 void Next(POSDictIterator* self) {
     if (IsCursor(self) && !self->fIsAtEnd) {
-        MoveTo(*self, self->fDict->fEntries.NextAfter(self->fNumber));
+        MoveTo(*self, self->fDict->fEntries.NextAfter(self->fNumber, self->fPosition));
     }
 }
 
