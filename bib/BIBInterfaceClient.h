@@ -172,6 +172,15 @@ Table const* GuardGlobalProcs(Table& table, unsigned long& stamp, int (*construc
         return GuardGlobalProcs(g##Interface, g##Interface##Count, &Construct##Interface##Procs); \
     }
 
+// At the end of a class: the table of Interface as it was bound last, in fProcs too.
+#define BIB_KEEP_GLOBAL_PROCS(Interface) \
+    static _t_##Interface const* GetProcs() { \
+        return Renew(fProcs, GetGlobal##Interface##Procs()); \
+    } \
+\
+private: \
+    static _t_##Interface const* fProcs;
+
 // NOLINTEND(bugprone-macro-parentheses)
 
 // The bound tables that the handles on atoms and errors call.

@@ -35,12 +35,7 @@ public:
     long Append(CPOSObject const& value) const { return fProcs->Append(As<POSArray>(), value); }
     long Remove(unsigned long index) const { return fProcs->Remove(As<POSArray>(), index); }
 
-    static _t_POSArrayInterface const* GetProcs() {
-        return Renew(fProcs, GetGlobalPOSArrayInterfaceProcs());
-    }
-
-private:
-    static _t_POSArrayInterface const* fProcs;
+    BIB_KEEP_GLOBAL_PROCS(POSArrayInterface)
 };
 
 BIB_DECLARE_GLOBAL_PROCS(POSDictInterface);
@@ -101,12 +96,7 @@ public:
     unsigned int NumKeys() const;
     bool IsEmpty() const { return NumKeys() == 0; }
 
-    static _t_POSDictInterface const* GetProcs() {
-        return Renew(fProcs, GetGlobalPOSDictInterfaceProcs());
-    }
-
-private:
-    static _t_POSDictInterface const* fProcs;
+    BIB_KEEP_GLOBAL_PROCS(POSDictInterface)
 };
 
 BIB_DECLARE_GLOBAL_PROCS(POSDictIteratorInterface);
@@ -128,12 +118,7 @@ public:
     // The current key, readable until the cursor moves.
     char const* CurKey() const { return fProcs->CurKey(*this); }
 
-    static _t_POSDictIteratorInterface const* GetProcs() {
-        return Renew(fProcs, GetGlobalPOSDictIteratorInterfaceProcs());
-    }
-
-private:
-    static _t_POSDictIteratorInterface const* fProcs;
+    BIB_KEEP_GLOBAL_PROCS(POSDictIteratorInterface)
 };
 
 } // namespace BIB_T_NMT

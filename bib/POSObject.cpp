@@ -1,6 +1,15 @@
-#include "bib/POSObject.h"
-
+#include "bib/POSCollections.h"
 #include "bib/POSScalars.h"
+#include "bib/POSValidator.h"
+
+// Defines the constructor that takes a handle on any value: a value of another kind is refused.
+#define POS_DEFINE_NARROWING(Type) \
+    C##Type::C##Type(CPOSObject const& object, bool quiet) : CPOSObject(object) { \
+        Narrow( \
+            GetProcs() != nullptr && fProcs->Is##Type(*this) != 0, \
+            quiet, \
+            "downcast from CPOSObject to C" #Type " failed"); \
+    }
 
 namespace BIB_T_NMT {
 
@@ -54,36 +63,21 @@ BIB_DEFINE_GLOBAL_PROCS(POSNumberInterface, POS_NUMBER_INTERFACE_ROWS, 3)
 CPOSNumber::CPOSNumber(double value)
     : CPOSObject(AsObject(GetProcs() != nullptr ? fProcs->NewPOSNumber(value) : nullptr)) {}
 
-CPOSNumber::CPOSNumber(CPOSObject const& object, bool quiet) : CPOSObject(object) {
-    Narrow(
-        GetProcs() != nullptr && fProcs->IsPOSNumber(*this) != 0,
-        quiet,
-        "downcast from CPOSObject to CPOSNumber failed");
-}
+POS_DEFINE_NARROWING(POSNumber)
 
 BIB_DEFINE_GLOBAL_PROCS(POSStringInterface, POS_STRING_INTERFACE_ROWS, 3)
 
 CPOSString::CPOSString(char const* text)
     : CPOSObject(AsObject(GetProcs() != nullptr ? fProcs->NewPOSString(text) : nullptr)) {}
 
-CPOSString::CPOSString(CPOSObject const& object, bool quiet) : CPOSObject(object) {
-    Narrow(
-        GetProcs() != nullptr && fProcs->IsPOSString(*this) != 0,
-        quiet,
-        "downcast from CPOSObject to CPOSString failed");
-}
+POS_DEFINE_NARROWING(POSString)
 
 BIB_DEFINE_GLOBAL_PROCS(POSUnicodeStringInterface, POS_UNICODE_STRING_INTERFACE_ROWS, 3)
 
 CPOSUnicodeString::CPOSUnicodeString(unsigned short const* text)
     : CPOSObject(AsObject(GetProcs() != nullptr ? fProcs->NewPOSUnicodeString(text) : nullptr)) {}
 
-CPOSUnicodeString::CPOSUnicodeString(CPOSObject const& object, bool quiet) : CPOSObject(object) {
-    Narrow(
-        GetProcs() != nullptr && fProcs->IsPOSUnicodeString(*this) != 0,
-        quiet,
-        "downcast from CPOSObject to CPOSUnicodeString failed");
-}
+POS_DEFINE_NARROWING(POSUnicodeString)
 
 unsigned int CPOSUnicodeString::GetLength(unsigned short const* text) noexcept {
     unsigned int length = 0;
@@ -100,11 +94,72 @@ CPOSBinData::CPOSBinData(char const* typeName, unsigned char const* data, unsign
           AsObject(GetProcs() != nullptr ? fProcs->NewPOSBinData(typeName, data, size) : nullptr)) {
 }
 
-CPOSBinData::CPOSBinData(CPOSObject const& object, bool quiet) : CPOSObject(object) {
-    Narrow(
-        GetProcs() != nullptr && fProcs->IsPOSBinData(*this) != 0,
-        quiet,
-        "downcast from CPOSObject to CPOSBinData failed");
+POS_DEFINE_NARROWING(POSBinData)
+
+BIB_DEFINE_GLOBAL_PROCS(POSArrayInterface, POS_ARRAY_INTERFACE_ROWS, 7)
+
+CPOSArray::CPOSArray()
+    : CPOSObject(AsObject(GetProcs() != nullptr ? fProcs->NewPOSArray() : nullptr)) {}
+
+POS_DEFINE_NARROWING(POSArray)
+
+CPOSObject CPOSArray::GetAt(unsigned long index, bool quiet) const {
+    POSObject* const value = fProcs->GetAt(As<POSArray>(), index);
+    return HandleOn(value, quiet, "CPOSArray::GetAt subscript failed");
+}
+
+BIB_DEFINE_GLOBAL_PROCS(POSDictInterface, POS_DICT_INTERFACE_ROWS, 6)
+
+CPOSDict::CPOSDict()
+    : CPOSObject(AsObject(GetProcs() != nullptr ? fProcs->NewPOSDict() : nullptr)) {}
+
+CPOSDict::CPOSDict(POSDict* dict) : CPOSObject(AsObject(dict)) {
+    if (GetProcs() == nullptr) {
+        Invalidate();
+    }
+}
+
+POS_DEFINE_NARROWING(POSDict)
+
+CPOSObject CPOSDict::Get(CBIBStringAtom const& key, bool quiet) const {
+    return HandleOn(fProcs->Get(As<POSDict>(), key), quiet, "CPOSDict::Get failed");
+}
+
+unsigned int CPOSDict::NumKeys() const {
+    unsigned int count = 0;
+    CPOSDictIterator const iterator(*this);
+    for (iterator.Begin(); !iterator.IsDone(); iterator.Next()) {
+        ++count;
+    }
+    return count;
+}
+
+BIB_DEFINE_GLOBAL_PROCS(POSDictIteratorInterface, POS_DICT_ITERATOR_INTERFACE_ROWS, 5)
+
+CPOSDictIterator::CPOSDictIterator(CPOSDict const& dict)
+    : TBIBContainerBase(GetProcs() != nullptr ? fProcs->NewPOSDictIterator(dict) : nullptr) {}
+
+BIB_DEFINE_GLOBAL_PROCS(POSStructValidatorInterface, POS_STRUCT_VALIDATOR_INTERFACE_ROWS, 3)
+
+BIB_DEFINE_METHOD_LOADER(POSValidatorVirtualInterface, POS_VALIDATOR_VIRTUAL_INTERFACE_ROWS, 1)
+
+CPOSValidator::CPOSValidator(POSValidator* validator) : TBIBContainerBase(validator) {
+    fTerm.InitVTab(this);
+}
+
+bool CPOSValidator::Validate(
+    CPOSObject const& object,
+    CBIBStringAtom const& key,
+    POSValidatorErrorCallback errorProc) const {
+    return fVTab->Validate(*this, object, key, errorProc) != 0;
+}
+
+CPOSStructValidator::CPOSStructValidator(CPOSDict const& schema)
+    : CPOSValidator(GetProcs() != nullptr ? fProcs->NewPOSStructValidator(schema) : nullptr) {}
+
+long CPOSStructValidator::RegisterExtraValidationProc(
+    CBIBStringAtom const& name, POSValidatorCheckCallback check, void const* userData) {
+    return fProcs->RegisterCallbackProc(*this, name, check, userData);
 }
 
 } // namespace BIB_T_NMT

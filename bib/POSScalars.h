@@ -21,12 +21,7 @@ public:
     double Get() const { return fProcs->Get(As<POSNumber>()); }
     operator double() const { return Get(); }
 
-    static _t_POSNumberInterface const* GetProcs() {
-        return Renew(fProcs, GetGlobalPOSNumberInterfaceProcs());
-    }
-
-private:
-    static _t_POSNumberInterface const* fProcs;
+    BIB_KEEP_GLOBAL_PROCS(POSNumberInterface)
 };
 
 BIB_DECLARE_GLOBAL_PROCS(POSStringInterface);
@@ -45,12 +40,7 @@ public:
     char const* Get() const { return fProcs->Get(As<POSString>()); }
     operator char const*() const { return Get(); }
 
-    static _t_POSStringInterface const* GetProcs() {
-        return Renew(fProcs, GetGlobalPOSStringInterfaceProcs());
-    }
-
-private:
-    static _t_POSStringInterface const* fProcs;
+    BIB_KEEP_GLOBAL_PROCS(POSStringInterface)
 };
 
 BIB_DECLARE_GLOBAL_PROCS(POSUnicodeStringInterface);
@@ -72,12 +62,7 @@ public:
     unsigned int GetLength() const { return GetLength(Get()); }
     static unsigned int GetLength(unsigned short const* text) noexcept;
 
-    static _t_POSUnicodeStringInterface const* GetProcs() {
-        return Renew(fProcs, GetGlobalPOSUnicodeStringInterfaceProcs());
-    }
-
-private:
-    static _t_POSUnicodeStringInterface const* fProcs;
+    BIB_KEEP_GLOBAL_PROCS(POSUnicodeStringInterface)
 };
 
 BIB_DECLARE_GLOBAL_PROCS(POSBinDataInterface);
@@ -97,12 +82,7 @@ public:
     unsigned char const* GetBinData() const { return fProcs->GetBinData(As<POSBinData>()); }
     unsigned long GetSize() const { return fProcs->GetSize(As<POSBinData>()); }
 
-    static _t_POSBinDataInterface const* GetProcs() {
-        return Renew(fProcs, GetGlobalPOSBinDataInterfaceProcs());
-    }
-
-private:
-    static _t_POSBinDataInterface const* fProcs;
+    BIB_KEEP_GLOBAL_PROCS(POSBinDataInterface)
 };
 
 } // namespace BIB_T_NMT

@@ -63,12 +63,7 @@ public:
     long RegisterExtraValidationProc(
         CBIBStringAtom const& name, POSValidatorCheckCallback check, void const* userData);
 
-    static _t_POSStructValidatorInterface const* GetProcs() {
-        return Renew(fProcs, GetGlobalPOSStructValidatorInterfaceProcs());
-    }
-
-private:
-    static _t_POSStructValidatorInterface const* fProcs;
+    BIB_KEEP_GLOBAL_PROCS(POSStructValidatorInterface)
 };
 
 } // namespace BIB_T_NMT
