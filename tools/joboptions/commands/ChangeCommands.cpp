@@ -54,6 +54,7 @@ public:
     // Status::kDone, or Status::kRefused with all faults when the schema does not allow the result.
     // The file stays locked while it is changed in its place.
     Status Run() const override {
+        RequireOneStandardInput({fFile}, fOptions);
         pdfsettings::Component const component;
         std::string const file = LocateForChange(component, fFile, fOptions);
         pdfsettings::Schema const schema = ReadSchema(component, fOptions);

@@ -58,7 +58,7 @@ public:
     // strict), Status::kBadInput when one cannot be read or parsed; the others are judged all the
     // same.
     Status Run() const override {
-        RequireOneStandardInput(fFiles);
+        RequireOneStandardInput(fFiles, fOptions);
         pdfsettings::Component const component;
         pdfsettings::Schema const schema = ReadSchema(component, fOptions);
         std::vector<Judgement> judgements;

@@ -13,7 +13,8 @@
 
 namespace joboptions {
 
-void RequireOneStandardInput(std::vector<std::string> const& files) {
+void RequireOneStandardInput(std::vector<std::string> files, Options const& options) {
+    files.push_back(options.schema);
     if (std::ranges::count(files, "-") > 1) {
         throw Failure(Status::kWrongCall, "standard input can be named only once");
     }

@@ -16,8 +16,8 @@
 namespace joboptions {
 
 // Standard input can be read once. Throws Failure with Status::kWrongCall when more than one of
-// files is "-".
-void RequireOneStandardInput(std::vector<std::string> const& files);
+// files and the schema that options name is "-".
+void RequireOneStandardInput(std::vector<std::string> files, Options const& options);
 
 // All bytes of a file; "-" is standard input. Throws Failure with Status::kBadInput and the reason
 // when it cannot be read.

@@ -77,7 +77,7 @@ public:
         if (fFiles.size() > 1 && !fOptions.output.empty()) {
             throw Failure(Status::kWrongCall, "--output takes a single FILE");
         }
-        RequireOneStandardInput(fFiles);
+        RequireOneStandardInput(fFiles, fOptions);
         pdfsettings::Component const component;
         std::vector<LayoutJudgement> judgements;
         Status status = Status::kDone;

@@ -268,7 +268,7 @@ public:
 
     // Status::kDone when the settings are the same, else Status::kNo.
     Status Run() const override {
-        RequireOneStandardInput({fBefore, fAfter});
+        RequireOneStandardInput({fBefore, fAfter}, fOptions);
         Dictionary const before = ReadSettings(Locate(fBefore, fOptions));
         Dictionary const after = ReadSettings(Locate(fAfter, fOptions));
         auto const differences = Compare(before, after);
