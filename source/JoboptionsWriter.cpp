@@ -13,9 +13,7 @@
 #include "platform/StackRoom.h"
 #include "source/PDFSettingsError.h"
 
-#include <algorithm>
 #include <cstring>
-#include <string_view>
 
 using BIB_T_NMT::CBIBMemory;
 using BIB_T_NMT::CBIBPositionableStream;

@@ -1,8 +1,8 @@
 // Interned texts.
 //
-// One text has one atom, and so one text pointer, as long as anybody holds it and for a while
-// after: the atoms that were released last are kept and come back when their text is asked for
-// again. Everything here is thread safe.
+// One text has one atom, and so one text pointer, as long as anybody holds it and until 1,024 more
+// have been released: it comes back when its text is asked for again. Everything here is thread
+// safe.
 #pragma once
 
 #include "api/BIBStringInterface.h"

@@ -84,10 +84,11 @@ void DictStorage::Reserve(std::size_t count) {
     if (wanted <= fEntries.capacity()) {
         return;
     }
-    std::size_t const capacity = std::max({wanted, fEntries.capacity() * 2, kFewEntries});
-    if (capacity > kMaxCapacity) {
+    if (wanted > kMaxCapacity) {
         throw std::bad_alloc();
     }
+    std::size_t const doubled = std::min(fEntries.capacity() * 2, kMaxCapacity);
+    std::size_t const capacity = std::max({wanted, doubled, kFewEntries});
     // Gaps keep their slots until they are closed: half of the slots stay free at the worst.
     Vector<std::uint32_t> index(capacity > kFewEntries ? std::bit_ceil(capacity * 2) : 0);
     fEntries.reserve(capacity);

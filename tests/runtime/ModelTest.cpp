@@ -248,7 +248,8 @@ TEST_F(StreamModelTest, BehavesLikeAString) {
     }
 }
 
-// Which atoms there are: those that are held, and those that were released last, in that order.
+// Which atoms there are: those that are held, and of the last 1,024 releases those that nobody
+// holds.
 class AtomModelTest : public ModelTest {
 protected:
     static constexpr std::size_t kMostReleased = 1024;
@@ -331,7 +332,7 @@ protected:
     unsigned long fOthers = 0;
 };
 
-TEST_F(AtomModelTest, BehavesLikeAMapOfTextsAndAQueueOfThoseReleasedLast) {
+TEST_F(AtomModelTest, BehavesLikeAMapOfTextsAndAQueueOfReleases) {
     for (int step = 0; step < support::Rounds(20000) && !HasFatalFailure(); ++step) {
         bool const isFull = fHeld.size() > 200;
         unsigned long const kind = fHeld.empty() ? 0 : Random(isFull ? 4 : 8);
