@@ -16,10 +16,6 @@ namespace {
 constexpr std::size_t kFirstChains = 256;
 constexpr std::size_t kMaxReleased = 1024;
 
-std::size_t HashOf(std::string_view text) noexcept {
-    return std::hash<std::string_view>()(text);
-}
-
 // A hash table of chains. Standard ones take two or three blocks for an atom and look for it twice
 // when it goes, which makes reading a file of many keys a quarter slower.
 //
@@ -29,13 +25,13 @@ std::size_t HashOf(std::string_view text) noexcept {
 class AtomTable {
 public:
     BIBStringAtom* Find(std::string_view text) noexcept {
-        std::size_t const hash = HashOf(text);
+        std::size_t const hash = std::hash<std::string_view>()(text);
         std::lock_guard const guard(fLock);
         return FindLocked(text, hash);
     }
 
     BIBStringAtom* Intern(std::string_view text) {
-        std::size_t const hash = HashOf(text);
+        std::size_t const hash = std::hash<std::string_view>()(text);
         std::lock_guard const guard(fLock);
         BIBStringAtom* atom = FindLocked(text, hash);
         if (!atom) {

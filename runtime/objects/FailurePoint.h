@@ -48,8 +48,8 @@ extern FailurePoint gStreamPoint;
 struct NeverFails {
     static constexpr bool Attempt() noexcept { return false; }
 };
-inline constexpr NeverFails gAllocationPoint;
-inline constexpr NeverFails gStreamPoint;
+inline NeverFails gAllocationPoint;
+inline NeverFails gStreamPoint;
 #endif
 
 } // namespace bibrt

@@ -170,6 +170,18 @@ bool IsInPlace(std::string const& file, Options const& options) {
            !pdfsettings::IsStream(file);
 }
 
+Status ChangeEdited(
+    pdfsettings::EditedFile& edited,
+    std::string const& file,
+    Options const& options,
+    ChangeText const& change) {
+    // A copy: saving changes the bytes.
+    std::string const text = *edited.Bytes();
+    return change(text, [&](std::string const& changed) {
+        WriteBy(file, options, [&] { return edited.Save(changed); });
+    });
+}
+
 Status EditFile(std::string const& file, Options const& options, ChangeText const& change) {
     Status status = Status::kDone;
     bool isRead = false;
@@ -178,11 +190,7 @@ Status EditFile(std::string const& file, Options const& options, ChangeText cons
         if (!isRead) {
             throw pdfsettings::Error(std::generic_category().message(ENOENT));
         }
-        // A copy: saving changes the bytes.
-        std::string const text = *edited.Bytes();
-        status = change(text, [&](std::string const& changed) {
-            WriteBy(file, options, [&] { return edited.Save(changed); });
-        });
+        status = ChangeEdited(edited, file, options, change);
     };
     try {
         Edit(file, edit, SaveOptionsOf(options));

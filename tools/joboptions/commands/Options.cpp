@@ -12,22 +12,15 @@ bool Has(CLI::App const& command, char const* option) {
 }
 
 // Scripts may give every command the same options; where one has nothing to do, help is silent.
-void AddUnused(CLI::App& command, Options& options) {
-    auto const add = [&](char const* first, auto const& addOptions) {
-        if (!Has(command, first)) {
-            std::size_t const before = command.get_options().size();
-            addOptions(command, options);
-            for (std::size_t place = before; place < command.get_options().size(); ++place) {
-                command.get_options()[place]->group("");
-            }
-        }
-    };
-    add("--dry-run", AddDryRun);
-    add("--wait", AddSaving);
-    add("--schema", AddSchema);
-    if (!Has(command, "--app")) {
-        AddApplication(command, options, kNamesOfApplication);
-        command.get_option("--app")->group("");
+template <class Add>
+void AddUnused(CLI::App& command, char const* first, Add add) {
+    if (Has(command, first)) {
+        return;
+    }
+    std::size_t place = command.get_options().size();
+    add();
+    for (; place < command.get_options().size(); ++place) {
+        command.get_options()[place]->group("");
     }
 }
 
@@ -50,7 +43,10 @@ void AddOptions(CLI::App& command, Options& options) {
     if (!Has(command, "--output")) {
         AddOutput(command, options, "Write there, not to standard output");
     }
-    AddUnused(command, options);
+    AddUnused(command, "--dry-run", [&] { AddDryRun(command, options); });
+    AddUnused(command, "--wait", [&] { AddSaving(command, options); });
+    AddUnused(command, "--schema", [&] { AddSchema(command, options); });
+    AddUnused(command, "--app", [&] { AddApplication(command, options, kNamesOfApplication); });
 }
 
 void AddJson(CLI::App& command, Options& options) {
