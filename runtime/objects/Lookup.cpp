@@ -11,6 +11,7 @@
 
 #include <cstdio>
 #include <mutex>
+#include <utility>
 
 // clang-format off
 // The interfaces, whose tables are defined beside their procedures.
@@ -59,8 +60,18 @@ struct ErrorChannel {
 
 std::mutex gChannelLock;
 constinit ErrorChannel gChannel;
+thread_local constinit ErrorChannel gThreadChannel{nullptr, nullptr};
+
+// Never destroyed: calls may come while the process ends.
+std::recursive_mutex& CallsLock() {
+    static auto& lock = *new std::recursive_mutex;
+    return lock;
+}
 
 ErrorChannel CurrentChannel() {
+    if (gThreadChannel.fProc) {
+        return gThreadChannel;
+    }
     std::lock_guard const guard(gChannelLock);
     return gChannel;
 }
@@ -160,6 +171,23 @@ bool IsStarted() {
 void BIBRuntimeSetErrorChannel(BIBRuntimeErrorProc proc, void* client) {
     std::lock_guard const guard(bibrt::gChannelLock);
     bibrt::gChannel = proc ? bibrt::ErrorChannel{proc, client} : bibrt::ErrorChannel{};
+}
+
+BIBRuntimeErrorProc
+BIBRuntimeSetThreadErrorChannel(BIBRuntimeErrorProc proc, void* client, void** formerClient) {
+    bibrt::ErrorChannel const former = std::exchange(bibrt::gThreadChannel, {proc, client});
+    if (formerClient) {
+        *formerClient = former.fClient;
+    }
+    return former.fProc;
+}
+
+void BIBRuntimeLockCalls() {
+    bibrt::CallsLock().lock();
+}
+
+void BIBRuntimeUnlockCalls() {
+    bibrt::CallsLock().unlock();
 }
 
 void* BIBRuntimeLookup(char const* interfaceName, char const* procName, char const* procType) {

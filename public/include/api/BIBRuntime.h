@@ -21,6 +21,18 @@ typedef void (*BIBRuntimeErrorProc)(char const* message, void* client);
 // error. A call on another thread that has begun may still reach the former proc.
 BIBRT_EXPORT void BIBRuntimeSetErrorChannel(BIBRuntimeErrorProc proc, void* client);
 
+// The same for reports on the calling thread, which then do not go to the channel of all threads. A
+// null proc: they go there again. The result and *formerClient, which may be null, are what was set
+// before on this thread, so that it can be set again.
+BIBRT_EXPORT BIBRuntimeErrorProc
+BIBRuntimeSetThreadErrorChannel(BIBRuntimeErrorProc proc, void* client, void** formerClient);
+
+// A lock for all that call the component in this process and do not know of each other, such as a
+// host and a library with the C++ API, which takes it. A thread that has it may take it again. Hold
+// it around calls that must be made one at a time: starting, stopping and validating.
+BIBRT_EXPORT void BIBRuntimeLockCalls(void);
+BIBRT_EXPORT void BIBRuntimeUnlockCalls(void);
+
 // Finds the place, counted from 1, the column in bytes, of a value in a text in the object
 // notation. path has the form of the paths in the messages of POSStructValidatorInterface, and
 // leads to the entry of a dictionary, whose key is meant, or to an element; an empty one leads to
