@@ -92,9 +92,12 @@ enum class RuleType {
 // The key of a structure under which its optional settings stand.
 inline constexpr char const* kOptional = "optional";
 
+// The entry of a schema, beside the structures, that arranges the settings for people: an array.
+inline constexpr char const* kGroups = "groups";
+
 // The keys of a rule.
-enum class RuleKey { kType, kIn, kMin, kMax, kOf, kCount, kCheck, kDefault, kDoc };
-inline constexpr std::size_t kRuleKeys = 9;
+enum class RuleKey { kType, kIn, kMin, kMax, kOf, kCount, kCheck, kDefault, kDoc, kLabel };
+inline constexpr std::size_t kRuleKeys = 10;
 char const* NameOf(RuleKey key) noexcept;
 
 // Borrows everything from the schema.

@@ -2,6 +2,7 @@
 #include "runtime/schema/Schema.h"
 #include "runtime/schema/SchemaText.h"
 
+#include <string>
 #include <unordered_set>
 
 namespace bibrt {
@@ -56,6 +57,16 @@ void ForEachRule(POSDict const& structure, Visit visit) {
     }
 }
 
+// Calls visit(element) for each element of array, with its position in path.
+template <class Visit>
+void ForEachElement(POSObject const& array, String& path, Visit visit) {
+    std::size_t position = 0;
+    for (Ref<POSObject> const& element : static_cast<POSArray const&>(array).fItems) {
+        PathStep const step(path, std::to_string(position++));
+        visit(*element);
+    }
+}
+
 POSObject* ElementRule(POSObject const& rule) noexcept {
     return FindPart(rule, NameOf(RuleKey::kOf));
 }
@@ -86,7 +97,9 @@ public:
     void Run() {
         ForEachEntry(*fValidator.fSchema, [this](DictEntry const& entry) {
             PathStep const step(fPath, entry.fKey->Text());
-            CheckStructure(entry);
+            bool const isGroups = std::string_view(entry.fKey->Text()) == kGroups &&
+                                  KindOf(*entry.fValue) == ValueKind::kArray;
+            isGroups ? CheckGroups(*entry.fValue) : CheckStructure(entry);
         });
         CheckReach();
     }
@@ -168,10 +181,55 @@ private:
             String const path(PathEnd(fPath));
             JudgeValue(fValidator, fSink, JudgeMode::kDefaults, rule, *defaultValue, path, path);
         }
-        POSObject const* const doc = rule.Part(RuleKey::kDoc);
-        if (doc && !IsOfType(doc, gStringType)) {
-            PathStep const step(fPath, NameOf(RuleKey::kDoc));
-            Report(Join({"says ", FoundText(*doc), ", which is not a text"}));
+        for (RuleKey const key : {RuleKey::kDoc, RuleKey::kLabel}) {
+            if (POSObject const* const text = rule.Part(key)) {
+                PathStep const step(fPath, NameOf(key));
+                CheckText(*text);
+            }
+        }
+    }
+
+    void CheckText(POSObject const& value) {
+        if (!IsOfType(&value, gStringType)) {
+            Report(Join({"says ", FoundText(value), ", which is not a text"}));
+        }
+    }
+
+    void CheckGroups(POSObject const& groups) {
+        AtomSet grouped;
+        ForEachElement(groups, fPath, [&](POSObject const& group) {
+            POSObject const* const label = FindPart(group, "label");
+            POSObject const* const settings = FindPart(group, "settings");
+            if (!label || !settings || KindOf(*settings) != ValueKind::kArray) {
+                Report("says a group that is not a dictionary with a label and an array settings");
+                return;
+            }
+            {
+                PathStep const step(fPath, "label");
+                CheckText(*label);
+            }
+            PathStep const step(fPath, "settings");
+            ForEachElement(
+                *settings, fPath, [&](POSObject const& name) { CheckGrouped(name, grouped); });
+        });
+    }
+
+    // A group names settings of the main structure, each of them once.
+    void CheckGrouped(POSObject const& name, AtomSet& grouped) {
+        BIBStringAtom const* const atom = IsOfType(&name, gStringType)
+                                              ? FindAtom(static_cast<POSString const&>(name).View())
+                                              : nullptr;
+        BIBStringAtom const* const main = FindMain();
+        POSDict const* const structure = main ? fValidator.FindStructure(main) : nullptr;
+        POSObject const* const optional = structure ? FindPart(*structure, kOptional) : nullptr;
+        bool const isSetting = atom && structure &&
+                               (structure->fEntries.Get(atom) ||
+                                (IsOfType(optional, gDictType) &&
+                                 static_cast<POSDict const*>(optional)->fEntries.Get(atom)));
+        if (!isSetting) {
+            Report(Join({"says ", FoundText(name), ", which is not a setting"}));
+        } else if (!grouped.insert(atom).second) {
+            Report(Join({"says ", FoundText(name), ", which is in a group already"}));
         }
     }
 

@@ -11,7 +11,7 @@ namespace bibrt {
 namespace {
 
 constexpr char const* kKeyNames[] = {
-    "type", "in", "min", "max", "of", "count", "check", "default", "doc"};
+    "type", "in", "min", "max", "of", "count", "check", "default", "doc", "label"};
 static_assert(std::size(kKeyNames) == kRuleKeys);
 
 // In the order of RuleType.

@@ -39,14 +39,24 @@ constexpr SchemaCase kWholeCases[] = {
     {"< S < optional < a < type number min x > b < type T foo 1 > > > T < (c d) [] > >",
      "S/optional/a/min says the name x, which is not a number"
      "|S/optional/b/foo says foo, which is not a key of a rule"
-     "|T/c_d says an array, which is neither a word nor a dictionary"}};
+     "|T/c_d says an array, which is neither a word nor a dictionary"},
+    {"< groups [ < label L settings [ a b ] > ] PDFSettings < a any optional < b any > > >", ""},
+    {"< PDFSettings < a any optional < b any > > groups [ x < label [ ] settings [ a c a 1 ] > "
+     "< label L settings 3 > ] >",
+     "groups/0 says a group that is not a dictionary with a label and an array settings"
+     "|groups/1/label says an array, which is not a text"
+     "|groups/1/settings/1 says the name c, which is not a setting"
+     "|groups/1/settings/2 says the name a, which is in a group already"
+     "|groups/1/settings/3 says the number 1, which is not a setting"
+     "|groups/2 says a group that is not a dictionary with a label and an array settings"},
+    {"< groups < a any > PDFSettings < b groups > >", ""}};
 
 // The rule of S/K; messages stand behind that path.
 constexpr SchemaCase kRuleCases[] = {
     {"boolean", ""},
     {"C", ""},
     {"S", ""},
-    {"< type C check C default x doc (some help) >", ""},
+    {"< type C check C default x doc (some help) label (A label) >", ""},
     {"< type integer min 1 max 4 in [ 1 2 ] default 2 >", ""},
     {"< type array count 2 of < type number max 3 default 1 > default [ 1 2 ] >", ""},
     {"< type string in [ a ] default a >", ""},
@@ -73,6 +83,7 @@ constexpr SchemaCase kRuleCases[] = {
     {"< type array count x >", "/count says the name x, which is not a whole number from 0"},
     {"< type array count -1 >", "/count says the number -1, which is not a whole number from 0"},
     {"< type name doc 3 >", "/doc says the number 3, which is not a text"},
+    {"< type name label [ ] >", "/label says an array, which is not a text"},
     {"< type number max 3 default 4 >", "/default expected a number of at most 3, found 4"},
     {"< type array of S default [ < K [] > x ] >",
      "/default/1 expected a dictionary, found the name x"},
