@@ -20,7 +20,6 @@ using pdfsettings::Array;
 using pdfsettings::Dictionary;
 using pdfsettings::HexString;
 using pdfsettings::Value;
-using pdfsettings::Word;
 
 constexpr std::size_t kExampleSize = 10'000;
 
@@ -41,12 +40,16 @@ constexpr char const* kLanguages[] = {
     "SUO",
     "SVE"};
 
+std::string TextOf(Dictionary const& values) {
+    return pdfsettings::Settings::From(values).CanonicalText();
+}
+
 // The example settings with descriptions that bring their text to its size.
 Dictionary Example() {
-    Dictionary values = pdfsettings::Settings::FromFile(SharedComponent(), BENCH_EXAMPLE).Values();
-    values.Remove(pdfsettings::kTailKey);
-    std::size_t const size =
-        pdfsettings::Settings::FromValues(SharedComponent(), values).Text().size();
+    SharedComponent();
+    auto const example = pdfsettings::Settings::Open(BENCH_EXAMPLE);
+    Dictionary values = example.Values();
+    std::size_t const size = TextOf(values).size();
     Dictionary descriptions;
     std::size_t const digits = (kExampleSize - size) / std::size(kLanguages) / 4 * 4;
     for (char const* const language : kLanguages) {
@@ -54,17 +57,17 @@ Dictionary Example() {
         while (text.size() + 20 < digits) {
             text += "0053";
         }
-        descriptions.Set(language, HexString{text});
+        descriptions.SetKey(language, HexString{text});
     }
-    values.Set("Description", std::move(descriptions));
+    values.SetKey("Description", std::move(descriptions));
     return values;
 }
 
 std::size_t CountKeys(Dictionary const& values) {
-    std::size_t count = values.Size();
-    for (std::size_t place = 0; place < values.Size(); ++place) {
-        auto const* const nested = values.ValueAt(place).If<Dictionary>();
-        count += nested != nullptr ? CountKeys(*nested) : 0;
+    std::size_t count = values.size();
+    for (auto const& [key, value] : values) {
+        auto const nested = value.If<Dictionary>();
+        count += nested ? CountKeys(*nested) : 0;
     }
     return count;
 }
@@ -72,12 +75,9 @@ std::size_t CountKeys(Dictionary const& values) {
 // Values with suffix behind every key.
 Dictionary WithSuffix(Dictionary const& values, std::string const& suffix) {
     Dictionary result;
-    for (std::size_t place = 0; place < values.Size(); ++place) {
-        Value const& value = values.ValueAt(place);
-        auto const* const nested = value.If<Dictionary>();
-        result.Set(
-            values.KeyAt(place) + suffix,
-            nested != nullptr ? Value(WithSuffix(*nested, suffix)) : value);
+    for (auto const& [key, value] : values) {
+        auto const nested = value.If<Dictionary>();
+        result.SetKey(key + suffix, nested ? Value(WithSuffix(*nested, suffix)) : value);
     }
     return result;
 }
@@ -91,82 +91,64 @@ Dictionary Copies(std::size_t copies, Keys keys) {
     for (std::size_t copy = 0; copy < copies; ++copy) {
         std::string const number = std::to_string(copy);
         if (keys == Keys::kFew) {
-            result.Set("Set" + number, example);
+            result.SetKey("Set" + number, example);
             continue;
         }
-        Dictionary const renamed = WithSuffix(example, number);
-        for (std::size_t place = 0; place < renamed.Size(); ++place) {
-            result.Set(renamed.KeyAt(place), renamed.ValueAt(place));
+        for (auto const& [key, value] : WithSuffix(example, number)) {
+            result.SetKey(key, value);
         }
     }
     return result;
 }
 
-bool IsBoolean(Word const& word) {
-    return word.text == "true" || word.text == "false";
-}
-
-// What the text of a string of any kind is to the peers.
-std::string PeerText(Value const& value) {
-    if (auto const* const word = value.If<Word>()) {
-        return word->text;
-    }
-    if (auto const* const string = value.If<pdfsettings::String>()) {
-        return string->bytes;
-    }
-    auto const* const digits = value.If<HexString>();
-    return digits != nullptr ? digits->text : "";
-}
-
 using JsonWriter = rapidjson::PrettyWriter<rapidjson::StringBuffer>;
 
 void WriteJson(JsonWriter& writer, Value const& value) {
-    if (auto const* const dictionary = value.If<Dictionary>()) {
+    if (auto const dictionary = value.If<Dictionary>()) {
         writer.StartObject();
-        for (std::size_t place = 0; place < dictionary->Size(); ++place) {
-            writer.Key(dictionary->KeyAt(place).c_str());
-            WriteJson(writer, dictionary->ValueAt(place));
+        for (auto const& [key, nested] : *dictionary) {
+            writer.Key(key.c_str());
+            WriteJson(writer, nested);
         }
         writer.EndObject();
-    } else if (auto const* const array = value.If<Array>()) {
+    } else if (auto const array = value.If<Array>()) {
         writer.StartArray();
-        for (std::size_t index = 0; index < array->Size(); ++index) {
-            WriteJson(writer, (*array)[index]);
+        for (Value const& element : *array) {
+            WriteJson(writer, element);
         }
         writer.EndArray();
-    } else if (auto const* const number = value.If<double>()) {
+    } else if (auto const number = value.If<double>()) {
         auto const whole = static_cast<std::int64_t>(*number);
         static_cast<double>(whole) == *number ? writer.Int64(whole) : writer.Double(*number);
-    } else if (auto const* const word = value.If<Word>(); word != nullptr && IsBoolean(*word)) {
-        writer.Bool(word->text == "true");
+    } else if (auto const flag = value.If<bool>()) {
+        writer.Bool(*flag);
     } else {
-        writer.String(PeerText(value).c_str());
+        writer.String(std::string(value.Bytes()).c_str());
     }
 }
 
 plist_t MakePlist(Value const& value) {
-    if (auto const* const dictionary = value.If<Dictionary>()) {
+    if (auto const dictionary = value.If<Dictionary>()) {
         plist_t const node = plist_new_dict();
-        for (std::size_t place = 0; place < dictionary->Size(); ++place) {
-            plist_dict_set_item(
-                node, dictionary->KeyAt(place).c_str(), MakePlist(dictionary->ValueAt(place)));
+        for (auto const& [key, nested] : *dictionary) {
+            plist_dict_set_item(node, key.c_str(), MakePlist(nested));
         }
         return node;
     }
-    if (auto const* const array = value.If<Array>()) {
+    if (auto const array = value.If<Array>()) {
         plist_t const node = plist_new_array();
-        for (std::size_t index = 0; index < array->Size(); ++index) {
-            plist_array_append_item(node, MakePlist((*array)[index]));
+        for (Value const& element : *array) {
+            plist_array_append_item(node, MakePlist(element));
         }
         return node;
     }
-    if (auto const* const number = value.If<double>()) {
+    if (auto const number = value.If<double>()) {
         return plist_new_real(*number);
     }
-    if (auto const* const word = value.If<Word>(); word != nullptr && IsBoolean(*word)) {
-        return plist_new_bool(word->text == "true" ? 1 : 0);
+    if (auto const flag = value.If<bool>()) {
+        return plist_new_bool(*flag ? 1 : 0);
     }
-    return plist_new_string(PeerText(value).c_str());
+    return plist_new_string(std::string(value.Bytes()).c_str());
 }
 
 std::string PlistText(Value const& value) {
@@ -186,7 +168,7 @@ Content MakeContent(std::size_t copies, Keys keys) {
     JsonWriter writer(json);
     WriteJson(writer, values);
     return {
-        pdfsettings::Settings::FromValues(SharedComponent(), values).Text(),
+        TextOf(values),
         std::string(json.GetString(), json.GetSize()),
         PlistText(values),
         CountKeys(values)};

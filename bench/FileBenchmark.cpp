@@ -3,13 +3,16 @@
 #include "bench/Content.h"
 #include "bench/Host.h"
 #include "bench/TemporaryFolder.h"
-#include "host/detail/FilePath.h"
+#include "pdfsettings/Settings.h"
 
+#include <atomic>
 #include <benchmark/benchmark.h>
 #include <cstdio>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <thread>
 #include <unistd.h>
+#include <vector>
 
 namespace {
 
@@ -48,7 +51,7 @@ void OpenSettings(benchmark::State& state) {
     std::string const file = folder.Path() / "a.joboptions";
     ReplaceFile(file, ContentOf(state).joboptions);
     auto const& tables = bench::Tables();
-    auto const path = pdfsettings::detail::MakePath(tables, file);
+    auto const path = bench::MakePath(file);
     for (auto const _ : state) {
         benchmark::DoNotOptimize(Share(tables, tables.settings.NewFromFile(path.get(), "")));
     }
@@ -59,7 +62,7 @@ void ReadFileThenSettings(benchmark::State& state) {
     std::string const file = folder.Path() / "a.joboptions";
     ReplaceFile(file, ContentOf(state).joboptions);
     for (auto const _ : state) {
-        auto const buffer = pdfsettings::detail::MakeBuffer(bench::Tables(), ReadFile(file));
+        auto const buffer = bench::MakeBuffer(ReadFile(file));
         benchmark::DoNotOptimize(bench::ReadSettings(buffer.get(), ""));
     }
 }
@@ -67,8 +70,8 @@ void ReadFileThenSettings(benchmark::State& state) {
 void SaveSettings(benchmark::State& state) {
     bench::TemporaryFolder const folder;
     auto const& tables = bench::Tables();
-    auto const path = pdfsettings::detail::MakePath(tables, folder.Path() / "a.joboptions");
-    auto const buffer = pdfsettings::detail::MakeBuffer(tables, ContentOf(state).joboptions);
+    auto const path = bench::MakePath(folder.Path() / "a.joboptions");
+    auto const buffer = bench::MakeBuffer(ContentOf(state).joboptions);
     auto const settings = bench::ReadSettings(buffer.get(), "");
     for (auto const _ : state) {
         pdfsettings::detail::ThrowIfError(
@@ -86,6 +89,27 @@ void ReplaceFilePlainly(benchmark::State& state) {
     }
 }
 
+// A hundred files by so many threads, with the C++ API.
+void OpenMany(benchmark::State& state) {
+    constexpr int kFiles = 100;
+    bench::TemporaryFolder const folder;
+    std::string const file = folder.Path() / "a.joboptions";
+    ReplaceFile(file, bench::GetContent(1, Keys::kFew).joboptions);
+    for (auto const _ : state) {
+        std::atomic<int> next = 0;
+        std::vector<std::jthread> pool;
+        for (std::int64_t i = 0; i < state.range(0); ++i) {
+            pool.emplace_back([&] {
+                while (next++ < kFiles) {
+                    benchmark::DoNotOptimize(pdfsettings::Settings::Open(file));
+                }
+            });
+        }
+    }
+    state.SetItemsProcessed(state.iterations() * kFiles);
+}
+
+BENCHMARK(OpenMany)->Arg(1)->Arg(2)->UseRealTime();
 BENCHMARK(OpenSettings)->Arg(1)->Arg(100);
 BENCHMARK(ReadFileThenSettings)->Arg(1)->Arg(100);
 BENCHMARK(SaveSettings)->Arg(1)->Arg(100);

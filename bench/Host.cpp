@@ -2,6 +2,7 @@
 
 #include "api/BIBRuntime.h"
 
+#include <cstring>
 #include <optional>
 
 namespace bench {
@@ -13,7 +14,7 @@ namespace {
 
 // The tables are those of the component that runs.
 struct Running {
-    pdfsettings::Component component;
+    pdfsettings::Component component = pdfsettings::Component::Start();
     Bindings tables{&BIBRuntimeLookup};
 };
 
@@ -41,6 +42,20 @@ void StopSharedComponent() {
 
 Bindings const& Tables() {
     return Shared().tables;
+}
+
+pdfsettings::detail::BufferRef MakeBuffer(std::string_view bytes) {
+    pdfsettings::detail::BufferRef buffer(
+        Tables().buffers.NewBuffer(bytes.size(), nullptr, nullptr, nullptr, nullptr),
+        Tables().buffers.Release);
+    std::memcpy(Tables().buffers.GetBuffer(buffer.get()), bytes.data(), bytes.size());
+    return buffer;
+}
+
+pdfsettings::detail::BufferRef MakePath(std::string const& path) {
+    std::u16string const units(path.begin(), path.end());
+    return MakeBuffer(
+        {reinterpret_cast<char const*>(units.data()), units.size() * sizeof(char16_t)});
 }
 
 StreamRef NewStream(BIBSharedBuffer* buffer) {

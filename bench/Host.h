@@ -5,6 +5,9 @@
 #include "host/detail/Bindings.h"
 #include "pdfsettings/Component.h"
 
+#include <string>
+#include <string_view>
+
 namespace bench {
 
 // The component, started by the first call until the program ends or StopSharedComponent().
@@ -18,6 +21,12 @@ pdfsettings::detail::Bindings const& Tables();
 
 using StreamRef = pdfsettings::detail::Ref<BIBPositionableStream>;
 using SettingsRef = pdfsettings::detail::Ref<PDFSettings>;
+
+// A buffer with a copy of bytes.
+pdfsettings::detail::BufferRef MakeBuffer(std::string_view bytes);
+
+// A path as the component takes it. REQUIRES: path is ASCII.
+pdfsettings::detail::BufferRef MakePath(std::string const& path);
 
 // A stream that reads a buffer.
 StreamRef NewStream(BIBSharedBuffer* buffer);

@@ -21,7 +21,7 @@ class Home {
 public:
     explicit Home(std::int64_t files) {
         Enter();
-        fFolder = pdfsettings::SettingsList::UserFolder(bench::SharedComponent());
+        fFolder = pdfsettings::UserFolder();
         std::filesystem::create_directories(fFolder); // not for everybody everywhere
         for (std::int64_t i = 0; i < files; ++i) {
             std::ofstream(fFolder / ("settings " + std::to_string(i) + ".joboptions"));
@@ -69,7 +69,7 @@ void ListSettings(benchmark::State& state) {
 void ListSettingsAsValues(benchmark::State& state) {
     EnterHome(state.range(0));
     for (auto const _ : state) {
-        CheckCount(state, pdfsettings::SettingsList::Read(bench::SharedComponent()).size());
+        CheckCount(state, pdfsettings::List().size());
     }
     state.SetItemsProcessed(state.iterations() * state.range(0));
 }

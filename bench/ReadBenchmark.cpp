@@ -19,7 +19,7 @@ void SetCounters(benchmark::State& state, std::string const& text, Content const
 
 void ReadSettings(benchmark::State& state, Keys keys) {
     Content const& content = bench::GetContent(static_cast<std::size_t>(state.range(0)), keys);
-    auto const buffer = pdfsettings::detail::MakeBuffer(bench::Tables(), content.joboptions);
+    auto const buffer = bench::MakeBuffer(content.joboptions);
     for (auto const _ : state) {
         benchmark::DoNotOptimize(bench::ReadSettings(buffer.get(), ""));
     }

@@ -1,5 +1,5 @@
-// Judging and changing settings under the standard schema. No peer does the same work: the figures
-// stand beside those of reading.
+// Validating and changing settings under the standard schema. No peer does the same work: the
+// figures stand beside those of reading.
 #include "bench/Content.h"
 #include "bench/Host.h"
 #include "pdfsettings/Schema.h"
@@ -15,9 +15,8 @@ using pdfsettings::detail::Share;
 
 bench::SettingsRef SettingsOf(std::int64_t copies) {
     Content const& content = bench::GetContent(static_cast<std::size_t>(copies), Keys::kFew);
-    auto const buffer = pdfsettings::detail::MakeBuffer(bench::Tables(), content.joboptions);
-    return bench::ReadSettings(
-        buffer.get(), std::string(pdfsettings::Schema::StandardText()).c_str());
+    auto const buffer = bench::MakeBuffer(content.joboptions);
+    return bench::ReadSettings(buffer.get(), pdfsettings::Schema::Standard().Text().c_str());
 }
 
 void Validate(benchmark::State& state) {

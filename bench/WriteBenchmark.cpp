@@ -23,7 +23,7 @@ void SetCounters(benchmark::State& state, std::string const& text) {
 void WriteSettings(benchmark::State& state) {
     Content const& content =
         bench::GetContent(static_cast<std::size_t>(state.range(0)), Keys::kFew);
-    auto const buffer = pdfsettings::detail::MakeBuffer(bench::Tables(), content.joboptions);
+    auto const buffer = bench::MakeBuffer(content.joboptions);
     auto const settings = bench::ReadSettings(buffer.get(), "");
     auto const& tables = bench::Tables();
     for (auto const _ : state) {

@@ -1,11 +1,14 @@
 #include "pdfsettings/Document.h"
 
 #include "document/DocumentScanner.h"
+#include "document/MakeSequence.h"
+#include "document/Spelling.h"
 #include "format/SettingPath.h"
 
 #include <algorithm>
 #include <exception>
 #include <functional>
+#include <mutex>
 #include <pthread.h>
 #include <span>
 #include <tuple>
@@ -44,8 +47,6 @@ std::span<Item const> EqualRange(std::span<Item const> sorted, Key const& key, K
 // REQUIRES: text and entries outlive it.
 class EntryTree {
 public:
-    EntryTree() = default;
-
     EntryTree(std::string_view text, std::span<DocumentEntry const> entries)
         : fText(text),
           fEntries(entries) {
@@ -238,10 +239,39 @@ void RunOnDeepStack(std::function<void()> const& work) {
     }
 }
 
+std::vector<std::string> KeysOf(Dictionary const& values) {
+    std::vector<std::string> keys;
+    for (auto const& [key, value] : values) {
+        keys.push_back(key);
+    }
+    return keys;
+}
+
+// The path that is meant by one that is missing: one beside it, or at the top; empty for no idea.
+std::string NearestPath(Dictionary const& values, std::string_view path) {
+    std::string const key(format::LastPart(path));
+    std::string const parent(format::ParentPath(path));
+    if (parent.empty()) {
+        return detail::Nearest(key, KeysOf(values));
+    }
+    Value const* const value = values.Find(parent);
+    auto const beside = value == nullptr ? std::nullopt : value->If<Dictionary>();
+    std::string const nearest = beside ? detail::Nearest(key, KeysOf(*beside)) : std::string();
+    return nearest.empty() ? nearest : parent + "/" + nearest;
+}
+
+[[noreturn]] void ThrowMissing(Dictionary const& values, std::string_view path) {
+    std::string const meant = NearestPath(values, path);
+    throw Error(
+        Fault::kNoValue,
+        "no such key: " + std::string(path) +
+            (meant.empty() ? "" : "; did you mean " + meant + "?"));
+}
+
 } // namespace
 
 struct Document::Reading {
-    explicit Reading(std::string text) : fText(std::move(text)), fLines(fText) {
+    explicit Reading(std::string text) : fText(std::move(text)) {
         auto scanner = std::make_unique<detail::DocumentScanner>(fText);
         scanner->Scan();
         // The component goes deeper with the same stack.
@@ -253,23 +283,59 @@ struct Document::Reading {
         }
         fRefusal = scanner->fRefusal;
         fValues = std::move(scanner->fValues);
+        fTail = std::move(scanner->fTail);
         fEntries = std::move(scanner->fEntries);
-        fFindings = scanner->fFindings.Take();
+        fFindings = MakeFindings(scanner->fFindings.Take());
         fBody = scanner->fBody;
-        fTree = EntryTree(fText, fEntries);
+    }
+    Reading(Reading const&) = delete;
+    Reading& operator=(Reading const&) = delete;
+    ~Reading() = default;
+
+    pdfsettings::Findings MakeFindings(std::vector<detail::TextFinding> found) const {
+        std::vector<Finding> findings;
+        findings.reserve(found.size());
+        for (detail::TextFinding& finding : found) {
+            findings.emplace_back(
+                finding.severity,
+                finding.id,
+                std::string(),
+                std::move(finding.message),
+                finding.span,
+                Lines().PlaceOf(finding.span.begin));
+        }
+        return detail::MakeSequence::From(std::move(findings));
+    }
+
+    // Most documents are only read: what is looked up by is made when somebody looks.
+    TextLines const& Lines() const {
+        std::call_once(fLinesMade, [this] { fLines.emplace(fText); });
+        return *fLines;
+    }
+    EntryTree const& Tree() const {
+        std::call_once(fTreeMade, [this] { fTree.emplace(fText, fEntries); });
+        return *fTree;
     }
 
     std::string const fText;
-    TextLines const fLines;
     Refusal fRefusal = Refusal::kNone;
     Dictionary fValues;
+    std::string fTail;
     std::vector<DocumentEntry> fEntries;
-    std::vector<TextFinding> fFindings;
+    pdfsettings::Findings fFindings;
     std::optional<Span> fBody;
-    EntryTree fTree;
+
+private:
+    mutable std::once_flag fLinesMade;
+    mutable std::optional<TextLines> fLines;
+    mutable std::once_flag fTreeMade;
+    mutable std::optional<EntryTree> fTree;
 };
 
 Document::Document(std::string text) : fReading(std::make_shared<Reading const>(std::move(text))) {}
+Document::Document(Document const&) noexcept = default;
+Document& Document::operator=(Document const&) noexcept = default;
+Document::~Document() = default;
 
 std::string const& Document::Text() const noexcept {
     return fReading->fText;
@@ -283,11 +349,15 @@ Dictionary const& Document::Values() const noexcept {
     return fReading->fValues;
 }
 
-std::vector<TextFinding> const& Document::Findings() const noexcept {
+std::string const& Document::Tail() const noexcept {
+    return fReading->fTail;
+}
+
+Findings const& Document::Findings() const noexcept {
     return fReading->fFindings;
 }
 
-std::vector<DocumentEntry> const& Document::Entries() const noexcept {
+std::span<DocumentEntry const> Document::Entries() const noexcept {
     return fReading->fEntries;
 }
 
@@ -296,7 +366,15 @@ std::optional<Span> Document::Body() const noexcept {
 }
 
 DocumentEntry const* Document::Find(std::string_view path) const {
-    return fReading->fTree.Find(path);
+    return fReading->Tree().Find(path);
+}
+
+Value const& Document::At(std::string_view path) const {
+    Value const* const value = Values().Find(path);
+    if (value == nullptr) {
+        ThrowMissing(Values(), path);
+    }
+    return *value;
 }
 
 std::string Document::KeyOf(DocumentEntry const& entry) const {
@@ -304,11 +382,19 @@ std::string Document::KeyOf(DocumentEntry const& entry) const {
 }
 
 Place Document::PlaceOf(std::size_t offset) const {
-    return fReading->fLines.PlaceOf(offset);
+    return fReading->Lines().PlaceOf(offset);
 }
 
 Span Document::LineAt(std::size_t offset) const {
-    return fReading->fLines.LineAt(offset);
+    return fReading->Lines().LineAt(offset);
+}
+
+void Document::RequireRead() const {
+    for (Finding const& finding : Findings()) {
+        if (finding.Level() == Severity::kError) {
+            throw Error(Fault::kSyntax, finding.Message(), {}, finding.Where(), {}, finding.Id());
+        }
+    }
 }
 
 } // namespace pdfsettings

@@ -272,7 +272,26 @@ void DocumentScanner::NoteKeyword() {
     fFindings.WarnAstray(
         "unclosed",
         {fCursor, fCursor + format::kKeyword.size()},
-        "setalembicorparams stands inside a dictionary: a >> is missing before it");
+        "setalembicorparams stands inside a dictionary: a >> is missing before it" +
+            UnclosedText());
+}
+
+// The end of a dictionary that stands further to the left than the line in which the dictionary
+// begins is probably the end of another one.
+void DocumentScanner::NoteClose(std::size_t begin) {
+    std::size_t const indent = fText.IndentAt(fCursor);
+    bool const isFirst = indent != kNone && !fMisclosed;
+    if (isFirst && indent < fText.IndentOfLine(begin)) {
+        fMisclosed = begin;
+    }
+}
+
+std::string DocumentScanner::UnclosedText() const {
+    if (fOpen.empty()) {
+        return "";
+    }
+    std::size_t const line = fText.LineOf(fMisclosed.value_or(fOpen.back()));
+    return "; the << in line " + std::to_string(line) + " is not closed";
 }
 
 // The name that the last entry of the dictionary has as its value; empty for a value of another

@@ -27,6 +27,7 @@ void DocumentScanner::Scan() {
     } catch (Refused const& refused) {
         fRefusal = refused.fWhy;
         fValues = Dictionary();
+        fTail.clear();
         fBody.reset();
     }
     // A name may begin with the first byte behind the text, and a refusal leaves entries open.
@@ -117,6 +118,7 @@ void DocumentScanner::ScanSettings() {
         fEmptyDictionary = Span{fCursor - 2, fText.Skip(fCursor) + 2};
     }
     std::size_t const open = fCursor - 2;
+    fOpen.push_back(open);
     std::size_t last = kNone;
     while (fText.At(fCursor) != '\0' && !fText.StandsOn(fCursor, ">>")) {
         ScanEntry(fValues);
@@ -127,7 +129,7 @@ void DocumentScanner::ScanSettings() {
             Refusal::kInvalidFile,
             "unclosed",
             {fCursor, fCursor + 1},
-            "the settings do not end: expected >> setalembicorparams");
+            "the settings do not end: expected >> setalembicorparams" + UnclosedText());
     }
 }
 
@@ -149,8 +151,8 @@ void DocumentScanner::ScanEnd() {
 void DocumentScanner::ScanTail() {
     fCursor = fText.Skip(fCursor);
     if (fCursor < fText.Size()) {
-        std::string const bytes(fText.Bytes({fCursor, fText.Size()}));
-        fValues.Set(kTailKey, Binary{kTailKey, bytes});
+        fTail = fText.Bytes({fCursor, fText.Size()});
+        fValues.Remove(format::kTailKey);
     }
 }
 
@@ -158,27 +160,29 @@ void DocumentScanner::ScanEntry(Dictionary& values) {
     std::size_t const place = fEntries.size();
     std::size_t const depth = fDepth;
     std::size_t const array = fOpenArray;
+    std::size_t const open = fOpen.size();
     try {
         Span const key = ScanKey();
         fEntries.push_back({key, {}, 0, fDepth});
         Value value = ScanValue();
         fEntries[place].next = fEntries.size();
         std::string const name = NameIn(fText.Bytes({key.begin + 1, key.end}));
-        if (values.Get(name) != nullptr) {
+        if (values.FindKey(name) != nullptr) {
             fFindings.Warn(
                 "duplicate", key, "/" + name + " stands here again: the value before is lost");
         }
-        if (fDepth == 0 && name == kTailKey) {
+        if (fDepth == 0 && name == format::kTailKey) {
             fFindings.Warn(
                 "reserved-key",
                 key,
                 "this key is the tail's: the setting is lost when there is a tail");
         }
-        values.Set(name, std::move(value));
+        values.SetKey(name, std::move(value));
     } catch (EntryLost const&) {
         fEntries.resize(place);
         fDepth = depth;
         fOpenArray = array;
+        fOpen.resize(open);
     }
     fCursor = fText.Skip(fCursor);
 }
@@ -260,7 +264,7 @@ Value DocumentScanner::ScanName() {
         fFindings.Warn("odd-name", {begin - 1, end}, "a name begins with a blank or a delimiter");
     }
     fCursor = end;
-    return Word{NameIn(fText.Bytes({begin, end}))};
+    return Name{NameIn(fText.Bytes({begin, end}))};
 }
 
 Value DocumentScanner::ScanString() {
@@ -273,14 +277,14 @@ Value DocumentScanner::ScanString() {
     }
     fCursor = end + 1;
     NoteString({begin, end});
-    return String{std::string(fText.Bytes({begin, end}))};
+    return RawString{std::string(fText.Bytes({begin, end}))};
 }
 
 std::optional<Value> DocumentScanner::ScanBoolean() {
     for (std::string_view const word : {"true", "false"}) {
         if (fText.StandsOn(fCursor, word)) {
             fCursor += word.size();
-            return Word{std::string(word)};
+            return Name{std::string(word)};
         }
     }
     return std::nullopt;
@@ -334,7 +338,7 @@ Value DocumentScanner::ScanArray() {
 void DocumentScanner::ScanElement(Array& values) {
     std::size_t const place = fEntries.size();
     fEntries.push_back({{fCursor, fCursor}, {}, 0, fDepth});
-    values.Append(ScanValue());
+    values.push_back(ScanValue());
     fEntries[place].next = fEntries.size();
     fCursor = fText.Skip(fCursor);
 }
@@ -348,6 +352,7 @@ Value DocumentScanner::ScanDictionary() {
     std::size_t last = kNone;
     Dictionary values;
     ++fDepth;
+    fOpen.push_back(begin);
     NoteDepth();
     fCursor = fText.Skip(fCursor + 2);
     if (fText.At(fCursor) == '>') {
@@ -359,8 +364,10 @@ Value DocumentScanner::ScanDictionary() {
         ScanEntry(values);
     }
     NoteEndOfDictionary();
+    NoteClose(begin);
     fCursor += 2;
     --fDepth;
+    fOpen.pop_back();
     return values;
 }
 

@@ -23,6 +23,7 @@ public:
     Refusal fRefusal = Refusal::kNone;
     bool fIsTooDeep = false; // it is refused for want of stack
     Dictionary fValues;
+    std::string fTail;
     std::vector<DocumentEntry> fEntries;
     std::optional<Span> fBody;
     FindingLog fFindings;
@@ -64,6 +65,8 @@ private:
     void NoteKey(std::size_t from, std::size_t slash);
     [[noreturn]] void RefuseOtherKeyword();
     void NoteKeyword();
+    void NoteClose(std::size_t begin);
+    std::string UnclosedText() const;
     std::string_view NameTakenForValue() const;
     void NoteLeftover();
     void NoteNumber(Span token, Span number, bool hasPoint);
@@ -83,6 +86,10 @@ private:
     ScannedText fText;
     std::size_t fCursor = 0;
     std::size_t fDepth = 0;
+    // Where the dictionaries begin that are open, the outermost first.
+    std::vector<std::size_t> fOpen;
+    // Where one begins that is probably closed by another one's end.
+    std::optional<std::size_t> fMisclosed;
     // Where the array begins whose elements are read.
     std::size_t fOpenArray = 0;
     // The empty dictionary that the next key would be taken into.

@@ -5,16 +5,25 @@
 // comes of a fault that it has, and blames that.
 #pragma once
 
-#include "pdfsettings/Document.h"
+#include "pdfsettings/Finding.h"
 
 #include <algorithm>
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
 namespace pdfsettings::detail {
+
+// One finding in a text.
+struct TextFinding {
+    Severity severity;
+    char const* id;
+    Span span; // may be empty at the end of the text
+    std::string message;
+};
 
 class FindingLog {
 public:
@@ -111,7 +120,7 @@ private:
         auto const last =
             fLogged.end() - static_cast<std::ptrdiff_t>(std::min(fLogged.size(), kMostOfTurn));
         bool const isRepeated = std::any_of(last, fLogged.end(), [&](Logged const& logged) {
-            return logged.fFinding.id == id && logged.fFinding.span == span;
+            return std::string_view(logged.fFinding.id) == id && logged.fFinding.span == span;
         });
         if (!isRepeated) {
             fLogged.push_back({{Severity::kWarning, id, span, std::move(message)}, leadsAstray});

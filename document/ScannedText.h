@@ -102,6 +102,36 @@ public:
         }));
     }
 
+    // How many blanks begin the line of offset; none where the line begins too far before it.
+    std::size_t IndentOfLine(std::size_t offset) const noexcept {
+        constexpr std::size_t kFar = 1000;
+        std::size_t begin = offset;
+        while (begin > 0 && offset - begin < kFar && At(begin - 1) != '\r' &&
+               At(begin - 1) != '\n') {
+            --begin;
+        }
+        std::size_t const first = fBytes.find_first_not_of(" \t", begin);
+        return offset - begin < kFar ? std::min(first, offset) - begin : 0;
+    }
+
+    // The same if what stands at offset is the first of its line, else kNone.
+    std::size_t IndentAt(std::size_t offset) const noexcept {
+        std::size_t const indent = IndentOfLine(offset);
+        bool const isFirst =
+            offset == indent || At(offset - indent - 1) == '\r' || At(offset - indent - 1) == '\n';
+        return isFirst ? indent : kNone;
+    }
+
+    // The number of the line of offset, from 1; CR, LF and CR LF end a line alike.
+    std::size_t LineOf(std::size_t offset) const noexcept {
+        std::size_t line = 1;
+        for (std::size_t i = 0; i < std::min(offset, fSize); ++i) {
+            bool const isEnd = At(i) == '\n' || (At(i) == '\r' && At(i + 1) != '\n');
+            line += isEnd ? 1U : 0U;
+        }
+        return line;
+    }
+
     // span without the blanks and line ends at its end.
     Span WithoutBlanksBehind(Span span) const noexcept {
         while (span.Size() > 0 && format::kBlanks.Has(At(span.end - 1))) {

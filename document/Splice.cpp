@@ -1,9 +1,14 @@
-#include "pdfsettings/Splice.h"
+// Changes of a document, which leave all other bytes as they are.
+#include "pdfsettings/Document.h"
 
+#include "document/ParsedValue.h"
 #include "document/ScannedText.h"
 #include "format/SettingPath.h"
+#include "format/Tokens.h"
 
 #include <algorithm>
+#include <optional>
+#include <utility>
 #include <vector>
 
 namespace pdfsettings {
@@ -81,32 +86,50 @@ std::string Replaced(std::string const& text, Span span, std::string_view value)
     return Spliced(text, span, (needsBlank ? " " : "") + std::string(value));
 }
 
-// A dictionary in a document: what stands between its brackets, and its entries.
+// Where a value ends together with what belongs to it though it is not read as a part of it: of
+// "1,5" only the 1 is read.
+std::size_t EndWithLeftover(Document const& document, DocumentEntry const& entry) {
+    std::string const& text = document.Text();
+    std::size_t const begin = entry.value.begin;
+    auto const beginOf = [](Finding const& finding) { return finding.Bytes()->begin; };
+    std::size_t end = entry.value.end;
+    auto const& findings = document.Findings();
+    auto found = std::ranges::lower_bound(findings, begin, {}, beginOf);
+    for (; found != findings.end() && beginOf(*found) == begin; ++found) {
+        end = std::max(end, found->Bytes()->end);
+        while (found->Id() == "no-number" && end < text.size() && detail::IsNameByte(text[end])) {
+            ++end;
+        }
+    }
+    bool const isLast = entry.next == document.Entries().size();
+    DocumentEntry const* const next = isLast ? nullptr : &document.Entries()[entry.next];
+    std::size_t const limit = next == nullptr ? end : std::max(next->key.begin, entry.value.end);
+    return std::min(end, limit);
+}
+
+// A dictionary or an array in a document: what stands between its brackets, and its entries.
 struct Parent {
     Span fBody;
     std::size_t fFirst; // of its entries
     std::size_t fEnd;   // behind the last one
     std::size_t fDepth; // of them
+    bool fIsArray;
 };
 
-std::optional<Parent> FindParent(Document const& document, std::string_view path) {
-    auto const body = document.Body();
+// REQUIRES: the path leads to a dictionary or an array, or it is empty and there are settings.
+Parent FindParent(Document const& document, std::string_view path) {
     if (path.empty()) {
-        return body ? std::optional<Parent>({*body, 0, document.Entries().size(), 0})
-                    : std::nullopt;
+        return {*document.Body(), 0, document.Entries().size(), 0, false};
     }
-    DocumentEntry const* const entry = document.Find(path);
-    bool const isDictionary =
-        entry != nullptr && document.Text().compare(entry->value.begin, 2, "<<") == 0;
-    if (!body || !isDictionary) {
-        return std::nullopt;
-    }
-    auto const place = static_cast<std::size_t>(entry - document.Entries().data());
-    Span const inside{entry->value.begin + 2, entry->value.end - 2};
-    return Parent{inside, place + 1, entry->next, entry->depth + 1};
+    DocumentEntry const& entry = *document.Find(path);
+    bool const isArray = document.Text()[entry.value.begin] == '[';
+    std::size_t const bracket = isArray ? 1 : 2;
+    auto const place = static_cast<std::size_t>(&entry - document.Entries().data());
+    Span const inside{entry.value.begin + bracket, entry.value.end - bracket};
+    return {inside, place + 1, entry.next, entry.depth + 1, isArray};
 }
 
-// The last entry of a dictionary; null for an empty one.
+// The last entry of a dictionary or an array; null for an empty one.
 DocumentEntry const* LastEntry(Document const& document, Parent const& parent) {
     DocumentEntry const* last = nullptr;
     for (std::size_t i = parent.fFirst; i < parent.fEnd; i = document.Entries()[i].next) {
@@ -147,7 +170,15 @@ std::string InsertAlone(Document const& document, Parent const& parent, std::str
            (hasLineEnd ? "" : lineEnd + indent) + text.substr(parent.fBody.end);
 }
 
-// What to take out with span: its line when nothing else stands there, else the blanks behind it.
+// The text with another element at the end of an array.
+std::string
+InsertElement(Document const& document, Parent const& parent, std::string const& value) {
+    DocumentEntry const* const last = LastEntry(document, parent);
+    std::size_t const place = last == nullptr ? parent.fBody.begin : last->value.end;
+    return Spliced(document.Text(), {place, place}, " " + value);
+}
+
+// What is removed with span: its line when nothing else stands there, else the blanks behind it.
 Span WithBlanks(std::string const& text, Span span) {
     std::size_t const indent = BeforeBlanks(text, span.begin, kBlanks);
     std::size_t const next = std::min(text.find_first_not_of(kBlanks, span.end), text.size());
@@ -178,63 +209,206 @@ std::string Removed(std::string const& text, std::vector<Span> const& spans) {
 std::vector<Span> SpansOf(Document const& document, std::string_view path) {
     DocumentEntry const& found = *document.Find(path);
     if (found.key.Size() == 0) {
-        return {found.value};
+        return {{found.value.begin, EndWithLeftover(document, found)}};
     }
     std::vector<Span> spans;
-    auto const parent = FindParent(document, format::ParentPath(path));
-    for (std::size_t i = parent->fFirst; i < parent->fEnd; i = document.Entries()[i].next) {
+    Parent const parent = FindParent(document, format::ParentPath(path));
+    for (std::size_t i = parent.fFirst; i < parent.fEnd; i = document.Entries()[i].next) {
         DocumentEntry const& entry = document.Entries()[i];
         if (document.KeyOf(entry) != format::LastPart(path)) {
             continue;
         }
         std::size_t const before = BeforeBlanks(document.Text(), entry.key.begin, kBlanks);
+        std::size_t const end = EndWithLeftover(document, entry);
         if (!spans.empty() && spans.back().end == before) {
-            spans.back().end = entry.value.end;
+            spans.back().end = end;
         } else {
-            spans.push_back({entry.key.begin, entry.value.end});
+            spans.push_back({entry.key.begin, end});
         }
     }
     return spans;
 }
 
-// Settings without an entry must have nothing between their brackets. before: the body when it was
-// so many bytes longer.
-void RemoveBlankBody(std::string& text, Span before, std::size_t removed) {
+// Settings without an entry must have nothing between their brackets: comments move before them.
+// before: the body when it was so many bytes longer.
+void EmptyBody(std::string& text, Span before, std::size_t removed) {
     std::size_t const size = before.Size() - std::min(removed, before.Size());
-    auto const begin = text.begin() + static_cast<std::ptrdiff_t>(before.begin);
-    auto const end = begin + static_cast<std::ptrdiff_t>(size);
-    if (std::all_of(begin, end, [](char byte) { return format::kBlanks.Has(byte); })) {
-        text.erase(begin, end);
+    std::string rest = text.substr(before.begin, size);
+    std::size_t const first = std::min(rest.find_first_not_of("\t\n\r "), rest.size());
+    std::size_t const open = before.begin - 2;
+    bool const areComments = first < rest.size() && rest[first] == '%';
+    if (areComments && rest.find("<<") == std::string::npos) {
+        rest.erase(0, first);
+        text.replace(
+            open, 2 + size, rest + (rest.find_last_of("\r\n") == rest.npos ? "\n" : "") + "<<");
+    } else if (first == rest.size()) {
+        text.erase(before.begin, size);
     }
+}
+
+// A document that is read and has settings. Throws Error (kSyntax).
+Document WithBody(Document const& document) {
+    document.RequireRead();
+    if (document.Body()) {
+        return document;
+    }
+    std::string text = document.Text();
+    text += text.empty() || text.ends_with('\n') ? "" : "\n";
+    Document const made(text + "<<\n>> setalembicorparams\n");
+    if (!made.Body()) {
+        throw Error(
+            Fault::kUnwritable, "a zero byte begins the text, and nothing behind it is read");
+    }
+    return made;
+}
+
+// The text with a value at a path, whose parents are made where they are missing.
+// REQUIRES: the document has settings, and the path is one that Dictionary::Set takes.
+std::string TextWith(Document const& document, std::string_view path, std::string value) {
+    if (DocumentEntry const* const present = document.Find(path)) {
+        Span const span{present->value.begin, EndWithLeftover(document, *present)};
+        return Replaced(document.Text(), span, value);
+    }
+    std::string_view parentPath = format::ParentPath(path);
+    while (!parentPath.empty() && document.Find(parentPath) == nullptr) {
+        value.insert(0, "<< /" + std::string(format::LastPart(path)) + " ").append(" >>");
+        path = parentPath;
+        parentPath = format::ParentPath(path);
+    }
+    Parent const parent = FindParent(document, parentPath);
+    if (parent.fIsArray) {
+        return InsertElement(document, parent, value);
+    }
+    std::string const entry = "/" + std::string(format::LastPart(path)) + " " + value;
+    DocumentEntry const* const last = LastEntry(document, parent);
+    return last == nullptr ? InsertAlone(document, parent, entry)
+                           : InsertBehind(document, *last, entry);
+}
+
+// In a file a slash stands before each key, which in a path is none of it.
+[[noreturn]] void ThrowBadKey(std::string_view path, std::string_view last) {
+    bool const isSlashed = last.size() > 1 && last.front() == '/';
+    std::string hint = "a key is up to 255 bytes without blanks and brackets";
+    if (isSlashed) {
+        hint = "write " + std::string(path.substr(0, path.size() - last.size())) +
+               std::string(last.substr(1)) + " without the slash";
+    }
+    throw Error(Fault::kKey, std::string(path) + ": this cannot be the key of a setting; " + hint);
+}
+
+bool IsKey(std::string_view part) {
+    return part.size() <= format::kMaxNameSize &&
+           std::ranges::all_of(part, [](char byte) { return detail::IsNameByte(byte); });
+}
+
+// Throws Error (kKey) for a path whose new keys have no form in a file, or a meaning of their
+// own there.
+void RequireKeys(Document const& document, std::string_view path) {
+    if (path == format::kTailKey) {
+        throw Error(
+            Fault::kKey,
+            std::string(path) + ": this is what follows the settings in their file, not a setting");
+    }
+    std::size_t end = 0;
+    do {
+        std::size_t const begin = end == 0 ? 0 : end + 1;
+        std::string_view const part = format::FirstPart(path.substr(begin));
+        end = begin + part.size();
+        bool const isNew = document.Find(path.substr(0, end)) == nullptr;
+        if (isNew && (part.empty() || !IsKey(part))) {
+            ThrowBadKey(path.substr(0, end), part);
+        }
+    } while (end < path.size());
+}
+
+// The document of text. Throws Error (kUnwritable) where it does not hold those settings.
+Document Require(
+    std::string text,
+    Dictionary const& values,
+    std::string const& tail,
+    std::string_view path,
+    std::string const& reason) {
+    Document changed(std::move(text));
+    bool const isRead = changed.WhyRefused() == Refusal::kNone;
+    if (!isRead || !(changed.Values() == values) || changed.Tail() != tail) {
+        throw Error(Fault::kUnwritable, std::string(path) + ": " + reason);
+    }
+    return changed;
+}
+
+constexpr char const* kEmptyLast = "this change cannot be made in the text so that it reads back; "
+                                   "an empty dictionary can only stand "
+                                   "last";
+
+// Whether a value in that form can stand anywhere.
+bool HasForm(Value const& value, std::string const& text) {
+    Document const alone("<< /K " + text + "\n>> setalembicorparams\n");
+    return alone.Values() == Dictionary::Of({{"K", value}});
+}
+
+// A document with a value at a path in that form. Throws as Document::With.
+Document WithValueText(
+    Document const& original,
+    std::string_view path,
+    Value const& value,
+    std::string text,
+    std::string const& reason) {
+    Document const document = WithBody(original);
+    RequireKeys(document, path);
+    Dictionary values = document.Values();
+    values.Set(path, value);
+    return Require(
+        TextWith(document, path, std::move(text)), values, document.Tail(), path, reason);
 }
 
 } // namespace
 
-std::optional<std::string>
-WithValue(Document const& document, std::string_view path, std::string_view value) {
-    if (DocumentEntry const* const present = document.Find(path)) {
-        return document.Body() ? std::optional(Replaced(document.Text(), present->value, value))
-                               : std::nullopt;
+Document Document::With(std::string_view path, Value const& value) const {
+    constexpr std::size_t kMostShown = 100;
+    std::string const text = value.Text();
+    try {
+        return WithValueText(*this, path, value, text, kEmptyLast);
+    } catch (Error const& error) {
+        if (error.Code() != Fault::kUnwritable || HasForm(value, text)) {
+            throw;
+        }
     }
-    auto const parent = FindParent(document, format::ParentPath(path));
-    if (!parent) {
-        return std::nullopt;
-    }
-    std::string const entry = "/" + std::string(format::LastPart(path)) + " " + std::string(value);
-    DocumentEntry const* const last = LastEntry(document, *parent);
-    return last == nullptr ? InsertAlone(document, *parent, entry)
-                           : InsertBehind(document, *last, entry);
+    throw Error(
+        Fault::kUnwritable,
+        std::string(path) + ": " + text.substr(0, kMostShown) +
+            (text.size() > kMostShown ? "..." : "") +
+            " cannot stand in a settings file so that it reads back as the same");
 }
 
-std::optional<std::string> Without(Document const& document, std::string_view path) {
-    DocumentEntry const* const entry = document.Find(path);
-    if (entry == nullptr || !document.Body()) {
-        return std::nullopt;
-    }
+Document Document::WithText(std::string_view path, std::string_view text) const {
+    auto [value, bare] = detail::ParseValue(text);
+    return WithValueText(*this, path, value, std::move(bare), kEmptyLast);
+}
+
+Document Document::WithCopy(std::string_view path, Document const& from) const {
+    Value const& value = from.At(path);
+    Span const span = from.Find(path)->value;
+    return WithValueText(
+        *this, path, value, from.Text().substr(span.begin, span.Size()), kEmptyLast);
+}
+
+Document Document::Without(std::string_view path) const {
+    RequireRead();
+    At(path);
+    Dictionary values = Values();
+    values.Remove(path);
     // An earlier entry of the same key would count from now on.
-    std::string text = Removed(document.Text(), SpansOf(document, path));
-    RemoveBlankBody(text, *document.Body(), document.Text().size() - text.size());
-    return text;
+    std::string text = Removed(Text(), SpansOf(*this, path));
+    if (values.empty()) {
+        EmptyBody(text, *Body(), Text().size() - text.size());
+    }
+    return Require(
+        std::move(text),
+        values,
+        Tail(),
+        path,
+        "this change cannot be made in the text so that it reads back; no dictionary may be left "
+        "empty: remove the whole of it");
 }
 
 } // namespace pdfsettings

@@ -1,229 +1,282 @@
 #include "pdfsettings/Value.h"
 
+#include "format/SettingPath.h"
+#include "format/StringText.h"
+
+#include <algorithm>
+#include <atomic>
+#include <charconv>
+#include <iterator>
+#include <memory>
+#include <unordered_set>
+#include <utility>
+#include <variant>
+
 namespace pdfsettings {
 
-Value::Value(Word word) : fVariant(std::move(word)) {}
-Value::Value(double number) : fVariant(number) {}
-Value::Value(String string) : fVariant(std::move(string)) {}
-Value::Value(HexString string) : fVariant(std::move(string)) {}
-Value::Value(Binary data) : fVariant(std::move(data)) {}
-Value::Value(Text16 text) : fVariant(std::move(text)) {}
-Value::Value(Array array) : fVariant(std::move(array)) {}
-Value::Value(Dictionary dictionary) : fVariant(std::move(dictionary)) {}
-
-Array::Array() noexcept = default;
-
-Array::Array(Array const& other) {
-    Copies pending{{&other, this}};
-    while (!pending.empty()) {
-        auto const [source, target] = pending.back();
-        pending.pop_back();
-        target->CopyLevel(*source, pending);
-    }
-}
-
-Array::Array(Array&& other) noexcept : fValues(std::exchange(other.fValues, {})) {}
-
-Array& Array::operator=(Array const& other) {
-    Array copy(other);
-    fValues.swap(copy.fValues);
-    return *this;
-}
-
-// The old values go with the local, after other has been emptied: other may be one of them.
-Array& Array::operator=(Array&& other) noexcept {
-    Array taken(std::move(other));
-    fValues.swap(taken.fValues);
-    return *this;
-}
-
-// Values go from the last to the first. A nested collection is first raised to the top, so that no
-// destructor below meets a collection that still has values, and nothing has to be allocated.
-Array::~Array() {
-    while (!fValues.empty()) {
-        std::vector<Value>* const nested = Nested(fValues.back());
-        if (nested == nullptr || nested->empty()) {
-            fValues.pop_back();
-        } else {
-            Raise(*nested);
-        }
-    }
-}
-
-// The values of a nested array or dictionary; null for any other value.
-std::vector<Value>* Array::Nested(Value& value) noexcept {
-    if (auto* const array = value.If<Array>()) {
-        return &array->fValues;
-    }
-    auto* const dictionary = value.If<Dictionary>();
-    return dictionary == nullptr ? nullptr : &dictionary->fValues.fValues;
-}
-
-// Turns the tree: nested, the values of the last value, becomes the top, and the former top takes
-// the place of its first value. Each collection is raised once, so that the destructor ends.
-void Array::Raise(std::vector<Value>& nested) noexcept {
-    std::vector<Value> raised = std::exchange(nested, {});
-    if (fValues.size() > 1) {
-        fValues.back() = std::move(raised.front());
-        Array formerTop;
-        formerTop.fValues.swap(fValues);
-        raised.front() = Value(std::move(formerTop));
-    }
-    fValues = std::move(raised);
-}
-
-// Copies the values but for those of nested collections, whose copying is left on pending.
-void Array::CopyLevel(Array const& source, Copies& pending) {
-    fValues.resize(source.Size());
-    for (std::size_t index = 0; index < fValues.size(); ++index) {
-        Value const& from = source.fValues[index];
-        Value& to = fValues[index];
-        if (auto const* const array = from.If<Array>()) {
-            to = Value(Array());
-            pending.emplace_back(array, to.If<Array>());
-        } else if (auto const* const dictionary = from.If<Dictionary>()) {
-            Dictionary keys;
-            keys.fKeys = dictionary->fKeys;
-            keys.fPlaces = dictionary->fPlaces;
-            to = Value(std::move(keys));
-            pending.emplace_back(&dictionary->fValues, &to.If<Dictionary>()->fValues);
-        } else {
-            to = from;
-        }
-    }
-}
-
-Array Array::Of(std::initializer_list<Value> values) {
-    Array result;
-    result.fValues = values;
-    return result;
-}
-
-std::size_t Array::Size() const noexcept {
-    return fValues.size();
-}
-
-Value const& Array::operator[](std::size_t index) const {
-    return fValues[index];
-}
-Value& Array::operator[](std::size_t index) {
-    return fValues[index];
-}
-
-void Array::Append(Value value) {
-    fValues.push_back(std::move(value));
-}
-
-void Array::Resize(std::size_t count) {
-    fValues.resize(count);
-}
-
-void Array::Remove(std::size_t index) {
-    fValues.erase(fValues.begin() + static_cast<std::ptrdiff_t>(index));
-}
-
-std::size_t Dictionary::Size() const noexcept {
-    return fPlaces.size();
-}
-
-std::string const& Dictionary::KeyAt(std::size_t place) const {
-    return fKeys[place];
-}
-Value const& Dictionary::ValueAt(std::size_t place) const {
-    return fValues[place];
-}
-Value& Dictionary::ValueAt(std::size_t place) {
-    return fValues[place];
-}
-
-Value const* Dictionary::Get(std::string_view key) const {
-    auto const found = fPlaces.find(key);
-    return found == fPlaces.end() ? nullptr : &fValues[found->second];
-}
-
-Value* Dictionary::Get(std::string_view key) {
-    auto const found = fPlaces.find(key);
-    return found == fPlaces.end() ? nullptr : &fValues[found->second];
-}
-
-// The key enters fPlaces last, and only what stands there counts: a Set that runs out of memory
-// leaves the dictionary as it was.
-void Dictionary::Set(std::string const& key, Value value) {
-    if (Value* const present = Get(key)) {
-        *present = std::move(value);
-        return;
-    }
-    std::size_t const place = fPlaces.size();
-    fKeys.resize(place);
-    fValues.Resize(place);
-    fKeys.push_back(key);
-    fValues.Append(std::move(value));
-    fPlaces.emplace(key, place);
-}
-
-bool Dictionary::Remove(std::string_view key) {
-    auto const found = fPlaces.find(key);
-    if (found == fPlaces.end()) {
-        return false;
-    }
-    std::size_t const place = found->second;
-    fPlaces.erase(found);
-    fKeys.erase(fKeys.begin() + static_cast<std::ptrdiff_t>(place));
-    fValues.Remove(place);
-    for (auto& [other, otherPlace] : fPlaces) {
-        otherPlace -= otherPlace > place ? 1U : 0U;
-    }
-    return true;
-}
+namespace detail {
 
 namespace {
 
+using Elements = std::vector<Value>;
+
+// The members of a dictionary in their order. Few are found without an index.
+class Members {
+public:
+    Members() = default;
+    Members(Members const& other) : fList(other.fList) { MakeIndex(); }
+    Members& operator=(Members const&) = delete;
+    ~Members() = default;
+
+    std::vector<Member> const& List() const noexcept { return fList; }
+    Value& At(std::size_t place) noexcept { return fList[place].value; }
+
+    // The place of key; the size for none.
+    std::size_t Find(std::string_view key) const {
+        if (fIndex == nullptr) {
+            auto const found = std::ranges::find(fList, key, &Member::key);
+            return static_cast<std::size_t>(found - fList.begin());
+        }
+        auto const found = fIndex->find(key);
+        return found == fIndex->end() ? fList.size() : *found;
+    }
+
+    void Append(std::string key) {
+        fList.push_back({std::move(key), Value()});
+        if (fIndex != nullptr) {
+            fIndex->insert(fList.size() - 1);
+        } else {
+            MakeIndex();
+        }
+    }
+
+    void Remove(std::size_t place) {
+        // Made anew by the next Append.
+        fIndex.reset();
+        fList.erase(fList.begin() + static_cast<std::ptrdiff_t>(place));
+    }
+
+private:
+    static constexpr std::size_t kFew = 16;
+
+    struct Hash {
+        using is_transparent = void;
+        std::size_t operator()(std::string_view key) const noexcept {
+            return std::hash<std::string_view>()(key);
+        }
+        std::size_t operator()(std::size_t place) const noexcept {
+            return (*this)((*fList)[place].key);
+        }
+        std::vector<Member> const* fList;
+    };
+
+    struct Equal {
+        using is_transparent = void;
+        bool operator()(std::size_t left, std::size_t right) const noexcept {
+            return left == right;
+        }
+        bool operator()(std::string_view key, std::size_t place) const noexcept {
+            return (*fList)[place].key == key;
+        }
+        bool operator()(std::size_t place, std::string_view key) const noexcept {
+            return (*this)(key, place);
+        }
+        std::vector<Member> const* fList;
+    };
+
+    using Index = std::unordered_set<std::size_t, Hash, Equal>;
+
+    void MakeIndex() {
+        if (fList.size() <= kFew) {
+            return;
+        }
+        fIndex = std::make_unique<Index>(2 * fList.size(), Hash{&fList}, Equal{&fList});
+        for (std::size_t place = 0; place < fList.size(); ++place) {
+            fIndex->insert(place);
+        }
+    }
+
+    std::vector<Member> fList;
+    std::unique_ptr<Index> fIndex; // of places, by their keys; null while they are few
+};
+
+} // namespace
+
+// What values share. One that has more than one reference is never changed.
+struct Rep {
+    using Content = std::variant<double, std::string, Elements, Members>;
+
+    template <class T>
+    Rep(Kind kind, std::in_place_type_t<T> type, auto&&... arguments)
+        : fKind(kind),
+          fContent(type, std::forward<decltype(arguments)>(arguments)...) {}
+
+    std::atomic<std::size_t> fReferences = 1;
+    Kind const fKind;
+    Rep* fNextReleased = nullptr;
+    Content fContent;
+
+    template <class T>
+    T& As() noexcept {
+        return *std::get_if<T>(&fContent);
+    }
+
+    static Rep* Share(Rep* rep) noexcept {
+        if (rep != nullptr) {
+            rep->fReferences.fetch_add(1, std::memory_order_relaxed);
+        }
+        return rep;
+    }
+
+    // Iterative destruction: what becomes free waits in a list, which needs no memory.
+    static void Release(Rep* rep) noexcept {
+        Rep* released = nullptr;
+        Drop(rep, released);
+        while (released != nullptr) {
+            std::unique_ptr<Rep> const next(std::exchange(released, released->fNextReleased));
+            next->DropContent(released);
+        }
+    }
+
+    // The content of rep as a T that nobody shares.
+    template <class T>
+    static T& Own(Rep*& rep, Kind kind) {
+        if (rep == nullptr) {
+            rep = new Rep(kind, std::in_place_type<T>);
+        } else if (rep->fReferences.load(std::memory_order_acquire) != 1) {
+            Rep* const copy = new Rep(kind, std::in_place_type<T>, std::as_const(rep->As<T>()));
+            Release(std::exchange(rep, copy));
+        }
+        return rep->As<T>();
+    }
+
+    static Elements& OwnElements(Rep*& rep) { return Own<Elements>(rep, Kind::kArray); }
+    static Members& OwnMembers(Rep*& rep) { return Own<Members>(rep, Kind::kDictionary); }
+
+    static Rep*& Of(Value& value) noexcept { return value.fRep; }
+    static Rep* Of(Value const& value) noexcept { return value.fRep; }
+
+private:
+    void DropContent(Rep*& released) noexcept {
+        if (auto* const elements = std::get_if<Elements>(&fContent)) {
+            for (Value& value : *elements) {
+                Drop(std::exchange(value.fRep, nullptr), released);
+            }
+        } else if (auto* const members = std::get_if<Members>(&fContent)) {
+            for (std::size_t place = 0; place < members->List().size(); ++place) {
+                Drop(std::exchange(members->At(place).fRep, nullptr), released);
+            }
+        }
+    }
+
+    static void Drop(Rep* rep, Rep*& released) noexcept {
+        if (rep != nullptr && rep->fReferences.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+            rep->fNextReleased = std::exchange(released, rep);
+        }
+    }
+};
+
+namespace {
+
+Rep* MakeText(Kind kind, std::string text) {
+    return new Rep(kind, std::in_place_type<std::string>, std::move(text));
+}
+
+std::vector<Member> const& MembersOf(Rep* rep) noexcept {
+    static std::vector<Member> const kNone;
+    return rep == nullptr ? kNone : rep->As<Members>().List();
+}
+
+Elements const& ElementsOf(Rep* rep) noexcept {
+    static Elements const kNone;
+    return rep == nullptr ? kNone : rep->As<Elements>();
+}
+
+Value const* FindMember(Rep* rep, std::string_view key) {
+    if (rep == nullptr) {
+        return nullptr;
+    }
+    auto& members = rep->As<Members>();
+    std::size_t const place = members.Find(key);
+    return place < members.List().size() ? &members.At(place) : nullptr;
+}
+
+Value const* FindElement(Rep* rep, std::string_view part) {
+    auto const& elements = ElementsOf(rep);
+    std::size_t const position = format::PositionIn(part).value_or(elements.size());
+    return position < elements.size() ? &elements[position] : nullptr;
+}
+
+// What a part of a path leads to from a value; null for nothing.
+Value const* Step(Value const& value, std::string_view part) {
+    switch (value.What()) {
+    case Kind::kDictionary:
+        return FindMember(Rep::Of(value), part);
+    case Kind::kArray:
+        return FindElement(Rep::Of(value), part);
+    default:
+        return nullptr;
+    }
+}
+
+// Pairs of values that wait to be compared, so that no nesting is too deep.
 using Pairs = std::vector<std::pair<Value const*, Value const*>>;
 
-// The level functions compare one level and leave the values within on pending.
-bool LevelEqual(Array const& left, Array const& right, Pairs& pending) {
-    if (left.Size() != right.Size()) {
+bool PushElements(Rep* left, Rep* right, Pairs& pending) {
+    auto const& before = ElementsOf(left);
+    auto const& after = ElementsOf(right);
+    if (before.size() != after.size()) {
         return false;
     }
-    for (std::size_t index = 0; index < left.Size(); ++index) {
-        pending.emplace_back(&left[index], &right[index]);
+    for (std::size_t position = 0; position < before.size(); ++position) {
+        pending.emplace_back(&before[position], &after[position]);
     }
     return true;
 }
 
-bool LevelEqual(Dictionary const& left, Dictionary const& right, Pairs& pending) {
-    if (left.Size() != right.Size()) {
+bool PushMembers(Rep* left, Rep* right, Pairs& pending) {
+    if (MembersOf(left).size() != MembersOf(right).size()) {
         return false;
     }
-    for (std::size_t place = 0; place < left.Size(); ++place) {
-        Value const* const other = right.Get(left.KeyAt(place));
+    for (Member const& member : MembersOf(left)) {
+        Value const* const other = FindMember(right, member.key);
         if (other == nullptr) {
             return false;
         }
-        pending.emplace_back(&left.ValueAt(place), other);
+        pending.emplace_back(&member.value, other);
     }
     return true;
 }
 
-bool LevelEqual(Value const& left, Value const& right, Pairs& pending) {
-    if (left.Get().index() != right.Get().index()) {
-        return false;
-    }
-    if (auto const* const array = left.If<Array>()) {
-        return LevelEqual(*array, *right.If<Array>(), pending);
-    }
-    if (auto const* const dictionary = left.If<Dictionary>()) {
-        return LevelEqual(*dictionary, *right.If<Dictionary>(), pending);
-    }
-    return left.Get() == right.Get();
+bool AreSameNumbers(double left, double right) noexcept {
+    return left == right || (std::isnan(left) && std::isnan(right));
 }
 
-template <class Kind>
-bool DeepEqual(Kind const& left, Kind const& right) {
-    Pairs pending;
-    if (!LevelEqual(left, right, pending)) {
+bool LevelEqual(Value const& left, Value const& right, Pairs& pending) {
+    Rep* const one = Rep::Of(left);
+    Rep* const other = Rep::Of(right);
+    if (one == other) {
+        return true;
+    }
+    if (left.What() != right.What()) {
         return false;
     }
+    switch (left.What()) {
+    case Kind::kNumber:
+        return AreSameNumbers(one->As<double>(), other->As<double>());
+    case Kind::kString:
+        return left.Bytes() == right.Bytes() ||
+               format::DecodeString(left.Bytes()) == format::DecodeString(right.Bytes());
+    case Kind::kArray:
+        return PushElements(one, other, pending);
+    case Kind::kDictionary:
+        return PushMembers(one, other, pending);
+    default:
+        return left.Bytes() == right.Bytes();
+    }
+}
+
+bool AllEqual(Pairs& pending) {
     while (!pending.empty()) {
         auto const [one, other] = pending.back();
         pending.pop_back();
@@ -236,16 +289,333 @@ bool DeepEqual(Kind const& left, Kind const& right) {
 
 } // namespace
 
-bool operator==(Array const& left, Array const& right) {
-    return DeepEqual(left, right);
+} // namespace detail
+
+using detail::Rep;
+
+String String::FromRaw(std::string_view raw) {
+    return {format::DecodeString(raw)};
 }
 
-bool operator==(Dictionary const& left, Dictionary const& right) {
-    return DeepEqual(left, right);
+Value::Value(Name name) {
+    bool const isBool = name.text == "true" || name.text == "false";
+    fRep = detail::MakeText(isBool ? Kind::kBool : Kind::kName, std::move(name.text));
+}
+
+Value::Value(String const& string)
+    : fRep(detail::MakeText(Kind::kString, format::EncodeString(string.text))) {}
+Value::Value(RawString string) : fRep(detail::MakeText(Kind::kString, std::move(string.bytes))) {}
+Value::Value(HexString string)
+    : fRep(detail::MakeText(Kind::kHexString, std::move(string.digits))) {}
+
+Value::Value(Array array) : fRep(std::exchange(array.fRep, nullptr)) {
+    if (fRep == nullptr) {
+        Rep::OwnElements(fRep);
+    }
+}
+
+Value::Value(Dictionary dictionary) : fRep(std::exchange(dictionary.fRep, nullptr)) {
+    if (fRep == nullptr) {
+        Rep::OwnMembers(fRep);
+    }
+}
+
+Value::Value(Value const& other) noexcept : fRep(Rep::Share(other.fRep)) {}
+Value::Value(Value&& other) noexcept : fRep(std::exchange(other.fRep, nullptr)) {}
+
+// The new reference comes before the old one goes, which other may depend on.
+Value& Value::operator=(Value const& other) noexcept {
+    Value copy(other);
+    std::swap(fRep, copy.fRep);
+    return *this;
+}
+
+Value& Value::operator=(Value&& other) noexcept {
+    Rep* const taken = std::exchange(other.fRep, nullptr);
+    Rep::Release(std::exchange(fRep, taken));
+    return *this;
+}
+
+Value::~Value() {
+    Rep::Release(fRep);
+}
+
+Kind Value::What() const noexcept {
+    return fRep == nullptr ? Kind::kBool : fRep->fKind;
+}
+
+std::string_view Value::Bytes() const& noexcept {
+    if (fRep == nullptr) {
+        return "false";
+    }
+    auto const* const text = std::get_if<std::string>(&fRep->fContent);
+    return text == nullptr ? std::string_view() : *text;
+}
+
+// With the digits that a reader of the program sees: 0.4, not 0.4000000059604645.
+double detail::ToDouble(float number) {
+    char digits[32];
+    auto const end = std::to_chars(std::begin(digits), std::end(digits), number).ptr;
+    double result = number;
+    std::from_chars(digits, end, result);
+    return result;
+}
+
+void detail::ThrowInexact() {
+    throw Error(Fault::kKind, "a whole number beyond 2^53 cannot be held exactly");
+}
+
+Value Value::FromNumber(double number) {
+    Value value;
+    value.fRep = new Rep(Kind::kNumber, std::in_place_type<double>, number);
+    return value;
+}
+
+std::optional<double> Value::Number() const noexcept {
+    return What() == Kind::kNumber ? std::optional(fRep->As<double>()) : std::nullopt;
+}
+
+std::optional<Array> Value::Elements() const noexcept {
+    if (What() != Kind::kArray) {
+        return std::nullopt;
+    }
+    Array array;
+    array.fRep = Rep::Share(fRep);
+    return array;
+}
+
+std::optional<Dictionary> Value::Members() const noexcept {
+    if (What() != Kind::kDictionary) {
+        return std::nullopt;
+    }
+    Dictionary dictionary;
+    dictionary.fRep = Rep::Share(fRep);
+    return dictionary;
+}
+
+String Value::Decoded() const {
+    return String::FromRaw(Bytes());
+}
+
+void Value::ThrowKind(char const* expected) const {
+    constexpr std::size_t kMost = 100;
+    std::string const text = Text();
+    throw Error(
+        Fault::kKind,
+        std::string("expected ") + expected + "; found " + text.substr(0, kMost) +
+            (text.size() > kMost ? "..." : ""));
 }
 
 bool operator==(Value const& left, Value const& right) {
-    return DeepEqual(left, right);
+    detail::Pairs pending{{&left, &right}};
+    return detail::AllEqual(pending);
+}
+
+Array Array::Of(std::initializer_list<Value> values) {
+    Array array;
+    for (Value const& value : values) {
+        array.push_back(value);
+    }
+    return array;
+}
+
+Array::Array(Array const& other) noexcept : fRep(Rep::Share(other.fRep)) {}
+Array::Array(Array&& other) noexcept : fRep(std::exchange(other.fRep, nullptr)) {}
+
+Array& Array::operator=(Array other) noexcept {
+    std::swap(fRep, other.fRep);
+    return *this;
+}
+
+Array::~Array() {
+    Rep::Release(fRep);
+}
+
+Value const* Array::begin() const noexcept {
+    return detail::ElementsOf(fRep).data();
+}
+
+std::size_t Array::size() const noexcept {
+    return detail::ElementsOf(fRep).size();
+}
+
+void Array::push_back(Value value) {
+    Rep::OwnElements(fRep).push_back(std::move(value));
+}
+
+void Array::Set(std::size_t position, Value value) {
+    Rep::OwnElements(fRep)[position] = std::move(value);
+}
+
+void Array::Remove(std::size_t position) {
+    auto& elements = Rep::OwnElements(fRep);
+    elements.erase(elements.begin() + static_cast<std::ptrdiff_t>(position));
+}
+
+bool operator==(Array const& left, Array const& right) {
+    detail::Pairs pending;
+    return detail::PushElements(left.fRep, right.fRep, pending) && detail::AllEqual(pending);
+}
+
+Dictionary Dictionary::Of(std::initializer_list<Member> members) {
+    Dictionary dictionary;
+    for (Member const& member : members) {
+        dictionary.SetKey(member.key, member.value);
+    }
+    return dictionary;
+}
+
+Dictionary::Dictionary(Dictionary const& other) noexcept : fRep(Rep::Share(other.fRep)) {}
+Dictionary::Dictionary(Dictionary&& other) noexcept : fRep(std::exchange(other.fRep, nullptr)) {}
+
+Dictionary& Dictionary::operator=(Dictionary other) noexcept {
+    std::swap(fRep, other.fRep);
+    return *this;
+}
+
+Dictionary::~Dictionary() {
+    Rep::Release(fRep);
+}
+
+Member const* Dictionary::begin() const noexcept {
+    return detail::MembersOf(fRep).data();
+}
+
+std::size_t Dictionary::size() const noexcept {
+    return detail::MembersOf(fRep).size();
+}
+
+Value const* Dictionary::FindKey(std::string_view key) const& {
+    return detail::FindMember(fRep, key);
+}
+
+Value const* Dictionary::Find(std::string_view path) const& {
+    std::string_view part = format::FirstPart(path);
+    Value const* value = FindKey(part);
+    while (value != nullptr && part.size() < path.size()) {
+        path.remove_prefix(part.size() + 1);
+        part = format::FirstPart(path);
+        value = detail::Step(*value, part);
+    }
+    return value;
+}
+
+namespace detail {
+
+namespace {
+
+// The value at a key, which is made where it is missing.
+Value& SlotAt(Rep*& dictionary, std::string_view key) {
+    auto& members = Rep::OwnMembers(dictionary);
+    std::size_t const place = members.Find(key);
+    if (place == members.List().size()) {
+        members.Append(std::string(key));
+    }
+    return members.At(place);
+}
+
+Value& SlotAtPosition(Rep*& array, std::string_view part) {
+    auto& elements = Rep::OwnElements(array);
+    std::size_t const position = *format::PositionIn(part);
+    if (position == elements.size()) {
+        elements.emplace_back();
+    }
+    return elements[position];
+}
+
+[[noreturn]] void ThrowNoWay(std::string_view path, std::size_t end, char const* reason) {
+    throw Error(
+        Fault::kNoValue, std::string(path) + ": " + std::string(path.substr(0, end)) + reason);
+}
+
+// Throws Error (kNoValue) where a value, which path leads to up to end, has no place for the next
+// part.
+void RequireStep(
+    Value const& value, std::string_view path, std::size_t end, std::string_view part) {
+    if (value.What() == Kind::kDictionary) {
+        return;
+    }
+    if (value.What() != Kind::kArray) {
+        ThrowNoWay(path, end, " is no dictionary and no array");
+    }
+    auto const position = format::PositionIn(part);
+    if (!position || *position > value.As<Array>().size()) {
+        ThrowNoWay(path, end, " has no such position");
+    }
+}
+
+// Throws Error (kNoValue) where values that are there do not let a path through.
+void RequireWay(Dictionary const& root, std::string_view path) {
+    std::string_view part = format::FirstPart(path);
+    std::size_t end = part.size();
+    Value const* value = root.FindKey(part);
+    while (value != nullptr && end < path.size()) {
+        part = format::FirstPart(path.substr(end + 1));
+        RequireStep(*value, path, end, part);
+        value = Step(*value, part);
+        end += 1 + part.size();
+    }
+}
+
+} // namespace
+
+} // namespace detail
+
+void Dictionary::Set(std::string_view path, Value value) {
+    detail::RequireWay(*this, path);
+    std::string_view part = format::FirstPart(path);
+    Value* slot = &detail::SlotAt(fRep, part);
+    while (part.size() < path.size()) {
+        path.remove_prefix(part.size() + 1);
+        part = format::FirstPart(path);
+        bool const isArray = slot->What() == Kind::kArray;
+        if (!isArray && slot->What() != Kind::kDictionary) {
+            *slot = Dictionary();
+        }
+        slot = isArray ? &detail::SlotAtPosition(Rep::Of(*slot), part)
+                       : &detail::SlotAt(Rep::Of(*slot), part);
+    }
+    *slot = std::move(value);
+}
+
+void Dictionary::SetKey(std::string key, Value value) {
+    auto& members = Rep::OwnMembers(fRep);
+    std::size_t const place = members.Find(key);
+    if (place == members.List().size()) {
+        members.Append(std::move(key));
+    }
+    members.At(place) = std::move(value);
+}
+
+bool Dictionary::Remove(std::string_view path) {
+    Value const* const found = Find(path);
+    if (found == nullptr) {
+        return false;
+    }
+    Rep** collection = &fRep;
+    bool isArray = false;
+    std::string_view part = format::FirstPart(path);
+    while (part.size() < path.size()) {
+        Value& slot =
+            isArray ? detail::SlotAtPosition(*collection, part) : detail::SlotAt(*collection, part);
+        isArray = slot.What() == Kind::kArray;
+        collection = &Rep::Of(slot);
+        path.remove_prefix(part.size() + 1);
+        part = format::FirstPart(path);
+    }
+    if (isArray) {
+        auto& elements = Rep::OwnElements(*collection);
+        elements.erase(elements.begin() + static_cast<std::ptrdiff_t>(*format::PositionIn(part)));
+    } else {
+        auto& members = Rep::OwnMembers(*collection);
+        members.Remove(members.Find(part));
+    }
+    return true;
+}
+
+bool operator==(Dictionary const& left, Dictionary const& right) {
+    detail::Pairs pending;
+    return detail::PushMembers(left.fRep, right.fRep, pending) && detail::AllEqual(pending);
 }
 
 } // namespace pdfsettings

@@ -4,12 +4,10 @@
 #include <api/POSCollectionInterfaces.h>
 #include <api/POSScalarInterfaces.h>
 #include <iostream>
-#include <pdfsettings/Component.h>
 #include <pdfsettings/Error.h>
-#include <pdfsettings/RawAccess.h>
 #include <pdfsettings/Settings.h>
+#include <pdfsettings/raw/RawAccess.h>
 
-using pdfsettings::Component;
 using pdfsettings::Error;
 using pdfsettings::RawAccess;
 using pdfsettings::Settings;
@@ -26,11 +24,9 @@ Proc Find(RawAccess const& raw, char const* table, char const* name, char const*
 
 int main() {
     try {
-        Component const component;
-        Settings const settings =
-            Settings::FromText(component, "<< /Optimize true >> setalembicorparams");
+        Settings const settings = Settings::Parse("<< /Optimize true >> setalembicorparams");
 
-        RawAccess const raw(component);
+        RawAccess raw;
         auto const live = Find<PDFSettingsGetSettingsProc>(
             raw, "PDFSettingsInterface", "GetSettings", "PDFSettingsGetSettingsProc");
         auto const get = Find<POSDictGetProc>(raw, "POSDictInterface", "Get", "POSDictGetProc");

@@ -191,6 +191,18 @@ std::string ShortestText(double value) {
     return {text, std::to_chars(std::begin(text), std::end(text), value).ptr};
 }
 
+std::string ExactText(double value) {
+    std::string text = ShortestText(value);
+    std::size_t const exponent = std::min(text.find('e'), text.size());
+    bool const isNegativeZero = value == 0 && std::signbit(value);
+    bool const isWholeForm = std::abs(value) < 0x1p63 && exponent == text.size();
+    bool const hasPoint = text.find('.') != std::string::npos;
+    if (std::isfinite(value) && !hasPoint && (isNegativeZero || !isWholeForm)) {
+        text.insert(exponent, ".0");
+    }
+    return text;
+}
+
 std::string WholeText(double value) {
     char text[kLargestNumber];
     return {text, FormatDecimals(std::begin(text), std::end(text), value, 0).ptr};

@@ -41,6 +41,10 @@ std::to_chars_result FormatDecimals(char* begin, char* end, double value, int de
 // with a sign, for what is not finite.
 std::string ShortestText(double value);
 
+// The same in a form that the reader of the format takes for this number, where there is one: it
+// reads a number without a point as a whole number of 64 bits, so that 1e5 would read as 1.
+std::string ExactText(double value);
+
 // All digits of the whole part of value.
 std::string WholeText(double value);
 

@@ -29,7 +29,8 @@ std::string RulePath(std::string_view path) {
     while (part.size() < path.size()) {
         path.remove_prefix(part.size() + 1);
         part = FirstPart(path);
-        rule += PositionIn(part) ? "[]" : "/" + std::string(part);
+        rule += "/";
+        rule += PositionIn(part) ? "*" : part;
     }
     return rule;
 }

@@ -16,8 +16,8 @@ std::string_view LastPart(std::string_view path) noexcept;
 // The path without its last part; empty for a path of one part.
 std::string_view ParentPath(std::string_view path) noexcept;
 
-// The path of the rule for what stands at a path: each position is "[]" there, as in
-// "OtherNamespaces[]/Namespace".
+// The path of the rule for what stands at a path: each position is "*" there, as in
+// "OtherNamespaces/*/Namespace".
 std::string RulePath(std::string_view path);
 
 // The position that a part names, if it is one.

@@ -45,8 +45,10 @@ inline constexpr std::size_t kZerosBehindText = 4;
 // What the name of a settings file ends in.
 inline constexpr std::string_view kExtension = ".joboptions";
 
-// Behind the settings; what follows is their tail.
+// Behind the settings; what follows is their tail, which the component keeps under a key of its
+// own.
 inline constexpr std::string_view kKeyword = "setalembicorparams";
+inline constexpr std::string_view kTailKey = "AlembicorData";
 
 // One kind of search in one text, which remembers what it passed over: a text in which every value
 // looks for an end that only the last one has is searched once, not once for each value.

@@ -9,18 +9,20 @@
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
     std::string const text(reinterpret_cast<char const*>(data), size);
-    pdfsettings::Dictionary values;
+    joboptions::SettingsOfJson settings;
     try {
-        values = joboptions::ReadJsonDocument("settings", text, "input");
+        settings = joboptions::ReadJsonDocument("settings", text, "input");
     } catch (joboptions::Failure const&) {
         return 0;
     }
-    std::string const written = joboptions::JsonDocument("settings", values, "input");
+    std::string const written =
+        joboptions::JsonDocument("settings", settings.fValues, settings.fTail, "input");
     std::string lines = written;
     std::erase(lines, '\n');
     fuzz::Require(joboptions::VisibleText(lines) == lines, "hides something: " + written);
     auto const again = joboptions::ReadJsonDocument("settings", written, "input");
-    std::string const rewritten = joboptions::JsonDocument("settings", again, "input");
+    std::string const rewritten =
+        joboptions::JsonDocument("settings", again.fValues, again.fTail, "input");
     fuzz::Require(written == rewritten, "written: " + written + "\nand then: " + rewritten);
     return 0;
 }

@@ -1,18 +1,18 @@
 // Any bytes as a schema, in the object notation.
-#include "pdfsettings/Component.h"
+#include "fuzz/Require.h"
 #include "pdfsettings/Schema.h"
 
 #include <cstdint>
 #include <string>
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
-    static pdfsettings::Component const component;
+    std::string const text(reinterpret_cast<char const*>(data), size);
+    bool isSound = true;
     try {
-        std::string text(reinterpret_cast<char const*>(data), size);
-        auto const schema = pdfsettings::Schema::FromText(component, std::move(text));
-        static_cast<void>(schema.Settings());
+        pdfsettings::Schema::Parse(text);
     } catch (pdfsettings::Error const&) {
-        return 0;
+        isSound = false;
     }
+    fuzz::Require(isSound == pdfsettings::Schema::Problems(text).empty(), "problems are missing");
     return 0;
 }

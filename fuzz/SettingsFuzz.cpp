@@ -3,23 +3,25 @@
 // "/" behind no settings are written so that they are refused, and a key with a zero byte so that
 // it is another one.
 #include "fuzz/Require.h"
-#include "pdfsettings/Component.h"
+#include "host/detail/ComponentSettings.h"
 #include "pdfsettings/Error.h"
-#include "pdfsettings/Settings.h"
 
 #include <cstdint>
+#include <new>
 #include <optional>
 #include <regex>
 #include <string>
 
 namespace {
 
-using pdfsettings::Settings;
-
-std::optional<Settings> Read(pdfsettings::Component const& component, std::string const& text) {
+// What the component writes of a text; nothing for one that it refuses.
+std::optional<std::string> Written(std::string const& text) {
+    pdfsettings::detail::Turn const turn;
     try {
-        return Settings::FromText(component, text);
+        return pdfsettings::detail::ComponentSettings(turn, text).Text();
     } catch (pdfsettings::Error const&) {
+        return std::nullopt;
+    } catch (std::bad_alloc const&) {
         return std::nullopt;
     }
 }
@@ -34,19 +36,16 @@ std::string WithoutPoints(std::string const& text) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
-    static pdfsettings::Component const component;
     std::string const text(reinterpret_cast<char const*>(data), size);
-    auto const first = Read(component, text);
-    if (!first || text.find('\0') != std::string::npos) {
+    auto const written = Written(text);
+    if (!written || text.find('\0') != std::string::npos) {
         return 0;
     }
-    std::string const written = first->Text();
-    auto const second = Read(component, written);
-    if (!second) {
+    auto const again = Written(*written);
+    if (!again) {
         return 0;
     }
-    std::string const again = second->Text();
-    bool const isSame = written == again || WithoutPoints(written) == WithoutPoints(again);
-    fuzz::Require(isSame, "written: " + written + "\nand then: " + again);
+    bool const isSame = written == again || WithoutPoints(*written) == WithoutPoints(*again);
+    fuzz::Require(isSame, "written: " + *written + "\nand then: " + *again);
     return 0;
 }

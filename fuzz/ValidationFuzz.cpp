@@ -1,27 +1,34 @@
-// Any settings judged by any schema: up to the first empty line stands the schema, behind it the
-// settings. Settings that are valid can be set to themselves.
+// Any settings validated by any schema: up to the first empty line stands the schema, behind it the
+// settings. A change is refused for what it brings, and for nothing that was there.
 #include "fuzz/Require.h"
-#include "pdfsettings/Component.h"
 #include "pdfsettings/Error.h"
 #include "pdfsettings/Settings.h"
 
 #include <cstdint>
+#include <new>
 #include <string>
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
-    static pdfsettings::Component const component;
     std::string const input(reinterpret_cast<char const*>(data), size);
     std::size_t const end = input.find("\n\n");
     if (end == std::string::npos) {
         return 0;
     }
     try {
-        auto settings =
-            pdfsettings::Settings::FromText(component, input.substr(end + 2), input.substr(0, end));
-        bool const isValid = settings.Validate().empty();
-        bool const isSet = settings.Set(settings.Values()).empty();
-        fuzz::Require(isValid == isSet, "what is judged and what is set differ");
+        auto const schema = pdfsettings::Schema::Parse(input.substr(0, end));
+        auto settings = pdfsettings::Settings::Parse(input.substr(end + 2), schema);
+        auto const before = settings.Validate();
+        auto edit = settings.Change();
+        fuzz::Require(edit.Commit().empty(), "nothing is refused");
+        for (auto const& [key, value] : settings.Values()) {
+            auto same = settings.Change();
+            same.Set(key, value);
+            fuzz::Require(same.Commit().empty(), "the same value is refused: " + key);
+        }
+        fuzz::Require(settings.Validate().size() == before.size(), "other findings");
     } catch (pdfsettings::Error const&) {
+        return 0;
+    } catch (std::bad_alloc const&) {
         return 0;
     }
     return 0;

@@ -3,10 +3,10 @@
 #include "api/BIBRuntime.h"
 #include "host/detail/RunningComponent.h"
 
-#include <atomic>
 #include <cstdlib>
 #include <dlfcn.h>
 #include <exception>
+#include <new>
 #include <unistd.h>
 #include <utility>
 
@@ -14,14 +14,19 @@ namespace pdfsettings::detail {
 
 namespace {
 
-std::atomic<bool> gClaimed = false;
-
-// The one that stops when the program ends.
-std::mutex gExitLock;
-RunningComponent* gRunning = nullptr;
+// Guards what follows. Whoever needs the calls lock too takes that one first.
+std::mutex gLock;
+std::weak_ptr<RunningComponent> gRunning;
+RunningComponent* gUnstopped = nullptr; // what nobody holds any more, and is about to stop
 
 // Of the thread, since the component reports on the thread of the call.
 thread_local std::string gReport;
+// The component that calls of the thread keep alive, and how many of them there are.
+thread_local RunningComponent* gHeld = nullptr;
+thread_local int gTurns = 0;
+// Where the thread's reports go otherwise.
+thread_local BIBRuntimeErrorProc gFormerChannel = nullptr;
+thread_local void* gFormerClient = nullptr;
 
 // A report that finds no memory is lost; the call's fallback text stands in for it.
 void KeepReport(char const* message, void* /*client*/) noexcept {
@@ -32,8 +37,19 @@ void KeepReport(char const* message, void* /*client*/) noexcept {
     }
 }
 
+bool IsRegistered(BIBLookupProc lookup) noexcept {
+    return lookup("PDFSettingsInterface", "NewFromFile", "PDFSettingsNewFromFileProc") != nullptr;
+}
+
+unsigned long UnregisterCount(BIBLookupProc lookup) noexcept {
+    auto const find = reinterpret_cast<BIBGetUnregisterCountAddrProc>(
+        lookup("BIB", "BIBGetUnregisterCountAddr", "BIBGetUnregisterCountAddr"));
+    return find == nullptr ? 0 : *find();
+}
+
 [[noreturn]] void ThrowInUse() {
-    throw Error("the settings component is in use already: a process can run it only once");
+    throw Error(
+        Fault::kInUse, "the settings component is in use already: a process can run it only once");
 }
 
 } // namespace
@@ -44,74 +60,167 @@ void ForgetReport() noexcept {
 
 void ThrowReport(std::string const& fallback) {
     std::string const report = std::exchange(gReport, {});
-    throw Error(report.empty() ? fallback : report);
+    ThrowReported(report.empty() ? fallback : report);
 }
 
-RunningComponent::RunningComponent() : fModule(nullptr, &dlclose) {
-    if (gClaimed.exchange(true)) {
-        ThrowInUse();
-    }
-    BIBRuntimeSetErrorChannel(&KeepReport, nullptr);
-}
-
-// What fails below is undone by the destructor, for the object is whole once the right is claimed.
-RunningComponent::RunningComponent(std::string const& path) : RunningComponent() {
-    fPath = path;
+// What fails below is undone by the destructor, for the object is whole once the lookup is known.
+RunningComponent::RunningComponent(std::string const& path)
+    : fLookup(&BIBRuntimeLookup),
+      fPath(path),
+      fModule(nullptr, &dlclose) {
     // Everything is looked up at once: what is missing later would end the process.
     fModule.reset(dlopen(fPath.c_str(), RTLD_NOW | RTLD_LOCAL));
     if (fModule == nullptr) {
         char const* const reason = dlerror();
         throw Error(
+            Fault::kComponent,
             std::string("cannot load the settings component: ") +
-            (reason == nullptr ? "unknown error of the loader" : reason));
+                (reason == nullptr ? "unknown error of the loader" : reason));
     }
-    Start();
-    fTables.emplace(&BIBRuntimeLookup);
+    Initialize();
+    try {
+        fTables.emplace(fLookup);
+    } catch (...) {
+        Stop();
+        throw;
+    }
     // The component registered the end of its static objects when it was loaded. What is registered
     // now comes before that, and stays so as long as the component is not loaded anew: so it stays
     // loaded until the program ends, whoever closes it.
     dlopen(fPath.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NOLOAD | RTLD_NODELETE);
     static bool const kIsRegistered = std::atexit(&StopAtExit) == 0;
     static_cast<void>(kIsRegistered);
-    std::lock_guard const guard(gExitLock);
-    gRunning = this;
+}
+
+RunningComponent::RunningComponent(BIBLookupProc lookup)
+    : fLookup(lookup),
+      fModule(nullptr, &dlclose) {
+    fTables.emplace(fLookup);
 }
 
 RunningComponent::~RunningComponent() {
-    {
-        std::lock_guard const guard(gExitLock);
-        gRunning = nullptr;
-    }
-    fSettings.clear();
     Stop();
-    fModule.reset();
-    BIBRuntimeSetErrorChannel(nullptr, nullptr);
-    gClaimed = false;
+}
+
+namespace {
+
+// A component that is used until nobody holds it any more.
+struct Run {
+    template <class From>
+    explicit Run(From const& from) : fComponent(from) {
+        gUnstopped = &fComponent;
+    }
+    Run(Run const&) = delete;
+    Run& operator=(Run const&) = delete;
+    ~Run() {
+        CallsLock calls;
+        std::lock_guard const alone(calls);
+        std::lock_guard const guard(gLock);
+        fComponent.Stop();
+        gUnstopped = gUnstopped == &fComponent ? nullptr : gUnstopped;
+    }
+
+    RunningComponent fComponent;
+};
+
+// The one that runs, or null: one that its host has stopped counts for nothing, and what still
+// holds it finds that out by itself. Takes the lock: a share that is let go of takes it too.
+std::shared_ptr<RunningComponent> FindRunning() {
+    std::shared_ptr<RunningComponent> running;
+    {
+        std::lock_guard const guard(gLock);
+        running = gRunning.lock();
+    }
+    bool const isGone = running != nullptr && running->IsHosts() && running->HasStopped();
+    return isGone ? nullptr : running;
+}
+
+// Starts the component at a path, or takes the one behind a lookup. REQUIRES: the calls lock, and
+// that none runs.
+template <class From>
+std::shared_ptr<RunningComponent> Make(From const& from) {
+    std::lock_guard const guard(gLock);
+    if (gUnstopped != nullptr) {
+        // Its last holder waits for the calls lock to stop it.
+        gUnstopped->Stop();
+    }
+    auto const run = std::make_shared<Run>(from);
+    std::shared_ptr<RunningComponent> running(run, &run->fComponent);
+    gRunning = running;
+    return running;
+}
+
+} // namespace
+
+std::shared_ptr<RunningComponent> RunningComponent::Shared() {
+    if (auto running = FindRunning()) {
+        return running;
+    }
+    // Never released: what a program does again and again would start it each time.
+    static auto& kept = *new std::shared_ptr<RunningComponent>;
+    std::shared_ptr<RunningComponent> former;
+    CallsLock calls;
+    std::lock_guard const alone(calls);
+    if (auto running = FindRunning()) {
+        return running;
+    }
+    former = std::exchange(
+        kept,
+        IsRegistered(&BIBRuntimeLookup) && gUnstopped == nullptr
+            ? Make<BIBLookupProc>(&BIBRuntimeLookup)
+            : Make(Component::DefaultPath().string()));
+    return kept;
+}
+
+std::shared_ptr<RunningComponent> RunningComponent::Start(std::string const& path) {
+    CallsLock calls;
+    std::lock_guard const alone(calls);
+    if (FindRunning() != nullptr) {
+        ThrowInUse();
+    }
+    return Make(path);
+}
+
+std::shared_ptr<RunningComponent> RunningComponent::Attach(BIBLookupProc lookup) {
+    CallsLock calls;
+    std::lock_guard const alone(calls);
+    if (FindRunning() != nullptr) {
+        ThrowInUse();
+    }
+    if (!IsRegistered(lookup)) {
+        throw Error(Fault::kStopped, "no settings component runs on this runtime");
+    }
+    return Make(lookup);
+}
+
+bool RunningComponent::HasStopped() const noexcept {
+    return fPath.empty() ? !IsRegistered(fLookup) : fTerminate == nullptr;
 }
 
 void* RunningComponent::FindSymbol(char const* name) const {
-    void* const symbol = dlsym(fModule.get(), name);
+    void* const symbol = fModule == nullptr ? nullptr : dlsym(fModule.get(), name);
     if (symbol == nullptr) {
-        throw Error(fPath + " is no settings component: it has no " + name);
+        throw Error(Fault::kComponent, fPath + " is no settings component: it has no " + name);
     }
     return symbol;
 }
 
 // Also a start that failed has to be undone before the component can be started again. For that it
 // must have found the procedure that undoes it, which a runtime without memory may not give.
-void RunningComponent::Start() {
+void RunningComponent::Initialize() {
     auto const terminate = Find<decltype(&PDFSettingsTerminate)>("PDFSettingsTerminate");
     auto const initialize = Find<decltype(&PDFSettingsInitialize)>("PDFSettingsInitialize");
+    CallsLock calls;
+    std::lock_guard const guard(calls);
     ForgetReport();
-    if (BIBRuntimeLookup("BIB", "BIBUnregisterInterface", "BIBUnregisterInterface") == nullptr) {
-        ThrowOutOfMemory();
+    if (fLookup("BIB", "BIBUnregisterInterface", "BIBUnregisterInterface") == nullptr) {
+        throw std::bad_alloc();
     }
     // Somebody else's component is not stopped below because it cannot be started twice.
-    if (BIBRuntimeLookup("PDFSettingsInterface", "NewFromFile", "PDFSettingsNewFromFileProc") !=
-        nullptr) {
+    if (IsRegistered(fLookup)) {
         ThrowInUse();
     }
-    if (initialize(&BIBRuntimeLookup) == 0) {
+    if (initialize(fLookup) == 0) {
         terminate();
         ThrowReport("the settings component does not start");
     }
@@ -119,34 +228,83 @@ void RunningComponent::Start() {
 }
 
 void RunningComponent::Stop() noexcept {
+    CallsLock calls;
+    std::lock_guard const guard(calls);
     if (fTerminate != nullptr) {
         std::exchange(fTerminate, nullptr)();
     }
 }
 
 void RunningComponent::StopAtExit() noexcept {
-    std::lock_guard const guard(gExitLock);
-    if (gRunning != nullptr) {
-        std::lock_guard const turn(gRunning->fInUse);
-        gRunning->fSettings.clear();
-        gRunning->Stop();
+    std::shared_ptr<RunningComponent> running;
+    {
+        std::lock_guard const guard(gLock);
+        running = gRunning.lock();
     }
-}
-
-RunningComponent::OwnedSettings::iterator RunningComponent::Own(Ref<::PDFSettings> settings) {
-    fSettings.push_back(std::move(settings));
-    return std::prev(fSettings.end());
-}
-
-void RunningComponent::GiveBack(OwnedSettings::iterator settings) noexcept {
-    std::lock_guard const guard(fInUse);
-    if (fTerminate != nullptr) {
-        fSettings.erase(settings);
+    if (running != nullptr) {
+        CallsLock calls;
+        std::lock_guard const alone(calls);
+        std::lock_guard const last(running->fAlive);
+        running->Stop();
     }
 }
 
 long RunningComponent::Version() const {
+    if (IsHosts()) {
+        throw Error(Fault::kComponent, "no table has the version of a component that a host runs");
+    }
     return Find<decltype(&PDFSettingsGetVersion)>("PDFSettingsGetVersion")();
+}
+
+void CallsLock::lock() noexcept {
+    BIBRuntimeLockCalls();
+}
+
+void CallsLock::unlock() noexcept {
+    BIBRuntimeUnlockCalls();
+}
+
+Turn::Turn(std::shared_ptr<RunningComponent> running, Use use)
+    : fRunning(std::move(running)),
+      fAlone(fCalls, std::defer_lock) {
+    // A host may stop its component whenever it has the lock.
+    if (use == Use::kAlone || fRunning->IsHosts() ||
+        fRunning->fListedAt != UnregisterCount(fRunning->fLookup)) {
+        fAlone.lock();
+    }
+    // In this order, as a stop takes both.
+    if (gHeld != fRunning.get()) {
+        fAlive = std::shared_lock(fRunning->fAlive);
+    }
+    RequireRunning();
+    if (fAlive.owns_lock()) {
+        gHeld = fRunning.get();
+    }
+    if (gTurns++ == 0) {
+        gFormerChannel = BIBRuntimeSetThreadErrorChannel(&KeepReport, nullptr, &gFormerClient);
+    }
+}
+
+Turn::~Turn() {
+    if (--gTurns == 0) {
+        BIBRuntimeSetThreadErrorChannel(gFormerChannel, gFormerClient, nullptr);
+    }
+    if (fAlive.owns_lock()) {
+        gHeld = nullptr;
+    }
+}
+
+void Turn::RequireRunning() const {
+    if (fRunning->HasStopped()) {
+        throw Error(
+            Fault::kStopped,
+            fRunning->fPath.empty() ? "the host has stopped the settings component"
+                                    : "the settings component has stopped: the program is ending");
+    }
+}
+
+void Turn::NoteList() noexcept {
+    fRunning->fListedAt = UnregisterCount(fRunning->fLookup);
 }
 
 } // namespace pdfsettings::detail
@@ -155,22 +313,27 @@ namespace pdfsettings {
 
 // The folder of the runtime's library is asked of the loader, since a search on behalf of this code
 // would depend on how the program was linked.
-std::string Component::DefaultPath() {
-    std::string name = "libPDFSettings.so";
+std::filesystem::path Component::DefaultPath() {
+    std::filesystem::path name = "libPDFSettings.so";
     Dl_info runtime{};
     if (dladdr(reinterpret_cast<void*>(&BIBRuntimeLookup), &runtime) == 0) {
         return name;
     }
-    std::string const library = runtime.dli_fname;
-    std::string const folder = library.substr(0, library.rfind('/') + 1);
-    std::string const installed = folder + PDFSETTINGS_MODULE_FOLDER "/" + name;
-    return access(installed.c_str(), F_OK) == 0 ? installed : folder + name;
+    std::filesystem::path const folder = std::filesystem::path(runtime.dli_fname).parent_path();
+    std::filesystem::path const installed = folder / PDFSETTINGS_MODULE_FOLDER / name;
+    return access(installed.c_str(), F_OK) == 0 ? installed : folder / name;
 }
 
-Component::Component(std::string const& path)
-    : fRunning(std::make_shared<detail::RunningComponent>(path)) {}
+Component::Component(std::shared_ptr<detail::RunningComponent> running)
+    : fRunning(std::move(running)) {}
 
-Component::~Component() = default;
+Component Component::Shared() {
+    return Component(detail::RunningComponent::Shared());
+}
+
+Component Component::Start(std::filesystem::path const& library) {
+    return Component(detail::RunningComponent::Start(library.string()));
+}
 
 long Component::Version() const {
     return fRunning->Version();

@@ -1,5 +1,6 @@
 #include "pdfsettings/SafeSave.h"
 
+#include "document/MakeSequence.h"
 #include "host/save/HiddenFile.h"
 #include "host/save/SeenFile.h"
 #include "host/save/Target.h"
@@ -7,6 +8,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <unistd.h>
+#include <vector>
 
 namespace pdfsettings {
 
@@ -14,12 +16,19 @@ using namespace detail;
 
 namespace {
 
+using Warnings = std::vector<std::string>;
+
+struct Saving {
+    std::chrono::milliseconds fWait;
+    OnConflict fOnConflict;
+};
+
 std::optional<std::string> BytesOf(std::optional<SeenFile> const& file) {
     return file ? std::optional(file->Bytes()) : std::nullopt;
 }
 
 [[noreturn]] void ThrowConflict() {
-    throw ConflictError("changed since it was read");
+    throw Error(Fault::kConflict, "changed since it was read");
 }
 
 bool Move(Target const& target, std::string const& name, unsigned flags) {
@@ -32,8 +41,7 @@ bool Move(Target const& target, std::string const& name, unsigned flags) {
 // finds it any more.
 class Exchange {
 public:
-    Exchange(
-        Target const& target, SeenFile const& oldFile, HiddenFile& newFile, SaveWarnings* warnings)
+    Exchange(Target const& target, SeenFile const& oldFile, HiddenFile& newFile, Warnings* warnings)
         : fTarget(target),
           fOld(oldFile),
           fNew(newFile),
@@ -42,7 +50,7 @@ public:
     void Run(Deadline deadline) {
         while (fOld.HasWriter() || !Attempt()) {
             if (!deadline.Pause()) {
-                throw BusyError("another program has it open for writing; try again");
+                throw Error(Fault::kBusy, "another program has it open for writing; try again");
             }
         }
     }
@@ -99,9 +107,10 @@ private:
         bool const isBack = Move(fTarget, fNew.Name(), RENAME_EXCHANGE);
         if (!isBack || fNew.Seen().HasWriter() ||
             !fNew.Seen().StandsAt(fTarget.folder, fNew.Name())) {
-            throw ConflictError(
+            throw Error(
+                Fault::kConflict,
                 "changed since it was read, and again meanwhile: what it held is kept as " +
-                fNew.Name() + " in its folder");
+                    fNew.Name() + " in its folder");
         }
         fNew.SetKept(/*isKept=*/false);
     }
@@ -109,7 +118,7 @@ private:
     Target const& fTarget;
     SeenFile const& fOld;
     HiddenFile& fNew;
-    SaveWarnings* fWarnings;
+    Warnings* fWarnings;
     bool fHasWriter = false;
 };
 
@@ -135,22 +144,22 @@ void TakeFreeName(Target const& target, HiddenFile& file) {
 
 // Makes bytes the contents of the target, under the lock on its folder. seen is what is to stand
 // there now, or null where that does not matter. REQUIRES: target is no stream.
-SaveWarnings Replace(
+Warnings Replace(
     Target const& target,
     std::string_view bytes,
     std::optional<std::string> const* seen,
-    SaveOptions const& options) {
-    Deadline const deadline(options.timeout);
+    Saving const& saving) {
+    Deadline const deadline(saving.fWait);
     FolderLock const lock(target, deadline);
     auto const old = SeenFile::Open(target.folder, target.name, deadline);
     if (old) {
         old->RequireWritable(target.folder, target.name);
     }
     auto const found = old ? std::optional(old->Bytes()) : std::nullopt;
-    if (seen != nullptr && !options.overwriteChanged && found != *seen) {
+    if (seen != nullptr && saving.fOnConflict == OnConflict::kRefuse && found != *seen) {
         ThrowConflict();
     }
-    SaveWarnings warnings;
+    Warnings warnings;
     if (!lock.Warning().empty()) {
         warnings.push_back(lock.Warning());
     }
@@ -180,20 +189,21 @@ SaveWarnings Replace(
 }
 
 // What is no file holds nothing that could be lost, and must stay what it is.
-SaveWarnings WriteStream(Descriptor const& stream, std::string_view bytes) {
+Warnings WriteStream(Descriptor const& stream, std::string_view bytes) {
     if (!IsNullDevice(StatusOf(stream))) {
         WriteAll(stream, bytes);
     }
     return {};
 }
 
-SaveWarnings Save(
+SaveWarnings SaveAt(
     Target const& target,
     std::string_view bytes,
     std::optional<std::string> const* seen,
-    SaveOptions const& options) {
-    return target.IsStream() ? WriteStream(target.stream, bytes)
-                             : Replace(target, bytes, seen, options);
+    Saving const& saving) {
+    return MakeSequence::From(
+        target.IsStream() ? WriteStream(target.stream, bytes)
+                          : Replace(target, bytes, seen, saving));
 }
 
 // What is no file is not opened at all: a device may start its work.
@@ -202,44 +212,14 @@ Descriptor OpenForReading(std::string const& path) {
     if (stat(path.c_str(), &status) == 0 && !IsNullDevice(status)) {
         RequireRegular(status);
     }
-    Descriptor file = OpenWithoutWaiting(Deadline(SaveOptions().timeout), [&] {
+    Descriptor file = OpenWithoutWaiting(Deadline(kUsualWait), [&] {
         return Descriptor(open(path.c_str(), kReadingAtOnce | O_CLOEXEC));
     });
     ThrowIfNegative(file.Number());
     return file;
 }
 
-} // namespace
-
-bool IsReadOnly(std::string const& path) {
-    try {
-        Target const target = FindTarget(path);
-        auto const file =
-            target.IsStream() ? std::nullopt : SeenFile::Open(target.folder, target.name);
-        if (file) {
-            file->RequireWritable(target.folder, target.name);
-        }
-        return false;
-    } catch (ReadOnlyError const&) {
-        return true;
-    } catch (Error const&) {
-        return false;
-    }
-}
-
-bool IsStream(std::string const& path) {
-    struct stat status {};
-    return NamesDescriptor(path) || (stat(path.c_str(), &status) == 0 && IsNullDevice(status));
-}
-
-std::optional<std::string> LookAt(std::string const& path, SaveOptions const& options) {
-    Target const target = FindTarget(path);
-    return target.IsStream()
-               ? std::nullopt
-               : BytesOf(SeenFile::Open(target.folder, target.name, Deadline(options.timeout)));
-}
-
-std::string ReadFile(std::string const& path) {
+std::string ReadWhole(std::string const& path) {
     RequireWhole(path);
     if (NamesDescriptor(path)) {
         return ReadStream(DuplicateNamed(path));
@@ -253,56 +233,106 @@ std::string ReadFile(std::string const& path) {
     return ReadAll(file);
 }
 
+// What work gives. Its errors name the file.
+template <class Work>
+auto On(FilePath const& path, Work work) {
+    try {
+        return work();
+    } catch (Error const& error) {
+        throw error.In(path);
+    }
+}
+
+} // namespace
+
+bool IsReadOnly(FilePath const& path) {
+    try {
+        Target const target = FindTarget(path.native());
+        auto const file =
+            target.IsStream() ? std::nullopt : SeenFile::Open(target.folder, target.name);
+        if (file) {
+            file->RequireWritable(target.folder, target.name);
+        }
+        return false;
+    } catch (Error const& error) {
+        return error.Code() == Fault::kReadOnly;
+    }
+}
+
+bool IsStream(FilePath const& path) {
+    struct stat status {};
+    return NamesDescriptor(path.native()) ||
+           (stat(path.c_str(), &status) == 0 && IsNullDevice(status));
+}
+
+std::optional<std::string> LookAt(FilePath const& path, std::chrono::milliseconds wait) {
+    return On(path, [&] {
+        Target const target = FindTarget(path.native());
+        return target.IsStream()
+                   ? std::nullopt
+                   : BytesOf(SeenFile::Open(target.folder, target.name, Deadline(wait)));
+    });
+}
+
+std::string ReadFile(FilePath const& path) {
+    return On(path, [&] { return ReadWhole(path.native()); });
+}
+
 SaveWarnings
-SaveSafely(std::string const& path, std::string_view bytes, SaveOptions const& options) {
-    return Save(FindTarget(path), bytes, nullptr, options);
+SaveSafely(FilePath const& path, std::string_view bytes, std::chrono::milliseconds wait) {
+    return On(path, [&] {
+        return SaveAt(FindTarget(path.native()), bytes, nullptr, {wait, OnConflict::kRefuse});
+    });
 }
 
 SaveWarnings SaveSafely(
-    std::string const& path,
+    FilePath const& path,
     std::string_view bytes,
     std::optional<std::string> const& seen,
-    SaveOptions const& options) {
-    return Save(FindTarget(path), bytes, &seen, options);
+    OnConflict onConflict,
+    std::chrono::milliseconds wait) {
+    return On(path, [&] {
+        return SaveAt(FindTarget(path.native()), bytes, &seen, {wait, onConflict});
+    });
 }
 
-struct EditedFile::State {
-    State(std::string const& path, SaveOptions const& options)
-        : fTarget(FindTarget(path)),
-          fOptions(options) {
+struct FileLock::State {
+    State(FilePath const& path, std::chrono::milliseconds wait)
+        : fPath(path.empty() ? path : std::filesystem::absolute(path)),
+          fWait(wait),
+          fTarget(FindTarget(path.native())) {
         if (!fTarget.IsStream()) {
-            Deadline const deadline(options.timeout);
+            Deadline const deadline(wait);
             fLock.emplace(fTarget, deadline);
             fBytes = BytesOf(SeenFile::Open(fTarget.folder, fTarget.name, deadline));
         }
     }
 
+    FilePath fPath;
+    std::chrono::milliseconds fWait;
     Target fTarget;
-    SaveOptions fOptions;
     std::optional<FolderLock> fLock; // ends before the folder is closed
     std::optional<std::string> fBytes;
 };
 
-EditedFile::EditedFile(std::unique_ptr<State> state) : fState(std::move(state)) {}
-EditedFile::~EditedFile() = default;
+FileLock::FileLock(FilePath const& path, std::chrono::milliseconds wait)
+    : fState(On(path, [&] { return std::make_unique<State>(path, wait); })) {}
+FileLock::~FileLock() = default;
 
-std::optional<std::string> const& EditedFile::Bytes() const noexcept {
+FilePath const& FileLock::File() const noexcept {
+    return fState->fPath;
+}
+
+std::optional<std::string> const& FileLock::Bytes() const noexcept {
     return fState->fBytes;
 }
 
-SaveWarnings EditedFile::Save(std::string_view bytes) {
-    SaveWarnings warnings =
-        pdfsettings::Save(fState->fTarget, bytes, &fState->fBytes, fState->fOptions);
+SaveWarnings FileLock::Save(std::string_view bytes, OnConflict onConflict) {
+    auto warnings = On(fState->fPath, [&] {
+        return SaveAt(fState->fTarget, bytes, &fState->fBytes, {fState->fWait, onConflict});
+    });
     fState->fBytes = bytes;
     return warnings;
-}
-
-void Edit(
-    std::string const& path,
-    std::function<void(EditedFile&)> const& change,
-    SaveOptions const& options) {
-    EditedFile file(std::make_unique<EditedFile::State>(path, options));
-    change(file);
 }
 
 } // namespace pdfsettings

@@ -1,57 +1,100 @@
 #include "pdfsettings/Schema.h"
 
 #include "api/BIBRuntime.h"
-#include "host/detail/RunningComponent.h"
+#include "document/MakeSequence.h"
+#include "document/Spelling.h"
+#include "format/SettingPath.h"
+#include "host/detail/Bindings.h"
 #include "host/detail/RuntimeValues.h"
-#include "pdfsettings/Component.h"
+#include "pdfsettings/SafeSave.h"
 
 #include <algorithm>
 #include <cstdio>
+#include <iterator>
+#include <map>
+#include <unordered_map>
+#include <unordered_set>
+#include <utility>
+#include <vector>
 
 namespace pdfsettings {
 
+extern std::string_view const kStandardSchema;
+
+struct detail::RuleData {
+    std::string fPath;
+    bool fIsRequired = false;
+    std::string fKind;
+    std::string fElementKind;
+    std::optional<double> fCount;
+    std::optional<double> fMinimum;
+    std::optional<double> fMaximum;
+    std::vector<Value> fAllowed;
+    std::optional<Value> fDefault;
+    std::string fHelp;
+    std::string fLabel;
+    std::string fGroup;
+};
+
 namespace {
 
-using detail::As;
-using detail::Bindings;
 using detail::Ref;
+using detail::RuleData;
+using detail::Tables;
 
 constexpr char kRootStructure[] = "PDFSettings";
 constexpr char kOptional[] = "optional";
 
-// The checks that the component registers when it judges settings.
+// The checks that the component registers when it validates settings.
 constexpr char const* kChecks[] = {"CompatibilityLevelParams", "ImageDepthParams"};
 
-std::string Describe(SchemaFault const& fault) {
-    return "line " + std::to_string(fault.line) + ", column " + std::to_string(fault.column) +
-           ": " + fault.message;
+// The runtime's tables, which are all that a schema needs.
+Tables const& RuntimeTables() {
+    static Tables const kTables(&BIBRuntimeLookup);
+    return kTables;
 }
 
-SchemaFault FaultAt(std::string const& text, std::string const& path, std::string message) {
-    SchemaFault fault{1, 1, std::move(message)};
-    BIBRuntimeLocateValue(text.c_str(), path.c_str(), &fault.line, &fault.column);
-    return fault;
+Finding MakeProblem(std::string path, std::string message, Place place) {
+    return Finding(
+        Severity::kError, "schema", std::move(path), std::move(message), std::nullopt, place);
 }
+
+Finding ProblemAt(std::string const& text, std::string const& path, std::string message) {
+    unsigned long line = 1;
+    unsigned long column = 1;
+    BIBRuntimeLocateValue(text.c_str(), path.c_str(), &line, &column);
+    return MakeProblem(path, std::move(message), {line, column});
+}
+
+// What stops the reading of a schema. Never leaves this file.
+struct Unusable {
+    std::vector<Finding> fProblems;
+};
 
 // Takes the place from the front of the runtime's message.
-SchemaFault ParseFault(char const* message) {
-    SchemaFault fault{1, 1, message};
+Finding ParseProblem(std::string message) {
+    unsigned long line = 1;
+    unsigned long column = 1;
     int size = 0;
-    if (std::sscanf(message, "line %lu, column %lu: %n", &fault.line, &fault.column, &size) == 2) {
-        fault.message.erase(0, static_cast<std::size_t>(size));
+    if (std::sscanf(message.c_str(), "line %lu, column %lu: %n", &line, &column, &size) == 2) {
+        message.erase(0, static_cast<std::size_t>(size));
     }
-    return fault;
+    return MakeProblem("", std::move(message), {line, column});
 }
 
-Ref<POSDict> ReadDict(Bindings const& tables, std::string const& text) {
+Ref<POSDict> ReadDict(Tables const& tables, std::string const& text) {
+    std::size_t const zero = text.find('\0');
+    if (zero != std::string::npos) {
+        throw Unusable{{MakeProblem("", "the schema has a zero byte", Place())}};
+    }
     char const* message = "";
-    POSObject* const value = tables.objects.CreateFromText(detail::WholeText(text), &message);
+    POSObject* const value = tables.objects.CreateFromText(text.c_str(), &message);
     if (value == nullptr) {
-        throw SchemaError({ParseFault(message)});
+        throw Unusable{{ParseProblem(message)}};
     }
     Ref<POSObject> const held = detail::Share(tables, value);
     if (tables.dicts.IsPOSDict(value) == 0) {
-        throw SchemaError({FaultAt(text, "", "expected a dictionary of structures")});
+        throw Unusable{{ProblemAt(text, "", "expected a dictionary of structures")}};
     }
     return detail::Share(tables, reinterpret_cast<POSDict*>(value));
 }
@@ -59,7 +102,7 @@ Ref<POSDict> ReadDict(Bindings const& tables, std::string const& text) {
 // The messages of the validation that runs on this thread.
 thread_local std::vector<std::string>* gMessages = nullptr;
 
-void TakeMessage(char const* message) {
+void KeepMessage(char const* message) {
     gMessages->emplace_back(message);
 }
 
@@ -71,7 +114,7 @@ long AcceptAll(
     return 1;
 }
 
-std::vector<std::string> ValidateSchema(Bindings const& tables, POSDict* schema) {
+std::vector<std::string> ValidateSchema(Tables const& tables, POSDict* schema) {
     Ref<POSValidator> const validator =
         detail::Share(tables, tables.validators.NewPOSStructValidator(schema));
     for (char const* const name : kChecks) {
@@ -80,9 +123,9 @@ std::vector<std::string> ValidateSchema(Bindings const& tables, POSDict* schema)
     }
     std::vector<std::string> messages;
     gMessages = &messages;
-    bool const isSound = tables.validators.ValidateSchema(validator.get(), &TakeMessage) != 0;
+    bool const isSound = tables.validators.ValidateSchema(validator.get(), &KeepMessage) != 0;
     if (!isSound && messages.empty()) {
-        detail::ThrowOutOfMemory();
+        throw std::bad_alloc();
     }
     return messages;
 }
@@ -91,33 +134,34 @@ std::vector<std::string> ValidateSchema(Bindings const& tables, POSDict* schema)
 constexpr std::size_t kMostFaults = 100;
 
 // A message is the path in the schema, a space, and the text.
-std::vector<SchemaFault>
+std::vector<Finding>
 LocateMessages(std::string const& text, std::vector<std::string> const& messages) {
-    std::vector<SchemaFault> faults;
+    std::vector<Finding> problems;
     for (std::string const& message : messages) {
-        if (faults.size() == kMostFaults) {
+        if (problems.size() == kMostFaults) {
             std::size_t const rest = messages.size() - kMostFaults;
-            faults.push_back({1, 1, "and " + std::to_string(rest) + " more"});
+            problems.push_back(MakeProblem("", "and " + std::to_string(rest) + " more", Place()));
             break;
         }
         if (message.find(' ') == std::string::npos) {
-            detail::ThrowOutOfMemory();
+            throw std::bad_alloc();
         }
         std::string const path = message.substr(0, message.find(' '));
-        faults.push_back(FaultAt(text, path, path + ":" + message.substr(path.size())));
+        problems.push_back(ProblemAt(text, path, path + ":" + message.substr(path.size())));
     }
-    return faults;
+    return problems;
 }
 
 // What the component wants of a schema beyond the language.
-std::vector<SchemaFault> FindMissing(std::string const& text, Dictionary const& structures) {
-    Value const* const root = structures.Get(kRootStructure);
+std::vector<Finding> FindMissing(std::string const& text, Dictionary const& structures) {
+    Value const* const root = structures.FindKey(kRootStructure);
     if (root == nullptr) {
-        return {FaultAt(text, "", std::string("the structure ") + kRootStructure + " is missing")};
+        return {
+            ProblemAt(text, "", std::string("the structure ") + kRootStructure + " is missing")};
     }
-    auto const* const settings = root->If<Dictionary>();
-    if (settings != nullptr && settings->Get(kOptional) == nullptr) {
-        return {FaultAt(
+    auto const settings = root->If<Dictionary>();
+    if (settings && settings->FindKey(kOptional) == nullptr) {
+        return {ProblemAt(
             text, kRootStructure, std::string(kRootStructure) + " has no dictionary optional")};
     }
     return {};
@@ -128,67 +172,108 @@ constexpr std::size_t kDeepest = 100;
 constexpr std::size_t kMostRules = 10000;
 constexpr std::size_t kMostBytes = std::size_t{16} << 20;
 
-std::string TextOf(Value const* value) {
-    auto const* const word = As<Word>(value);
-    return word == nullptr ? std::string() : word->text;
+template <class T>
+std::optional<T> As(Value const* value) {
+    return value == nullptr ? std::nullopt : value->If<T>();
 }
 
-std::optional<double> NumberOf(Value const* value) {
-    auto const* const number = As<double>(value);
-    return number == nullptr ? std::nullopt : std::optional(*number);
+std::string TextOf(Value const* value) {
+    auto const name = As<Name>(value);
+    return name ? name->text : std::string();
 }
 
 // The word that a rule names its kind by, whichever of the two forms it has.
 std::string KindOf(Value const& rule) {
-    auto const* const dictionary = rule.If<Dictionary>();
-    return TextOf(dictionary == nullptr ? &rule : dictionary->Get("type"));
+    auto const dictionary = rule.If<Dictionary>();
+    return TextOf(dictionary ? dictionary->FindKey("type") : &rule);
 }
 
 // A schema writes strings as words: the notation has no other form for text.
 Value AsSetting(Value const& value, std::string const& kind) {
-    auto const* const word = value.If<Word>();
-    if (word == nullptr || (kind != "string" && kind != "hexstring")) {
+    auto const word = value.If<Name>();
+    if (!word || (kind != "string" && kind != "hexstring")) {
         return value;
     }
-    return kind == "string" ? Value(String{word->text}) : Value(HexString{word->text});
+    return kind == "string" ? Value(RawString{word->text}) : Value(HexString{word->text});
 }
 
-void ReadDetails(Dictionary const& rule, SettingRule& setting) {
-    setting.count = NumberOf(rule.Get("count"));
-    setting.least = NumberOf(rule.Get("min"));
-    setting.greatest = NumberOf(rule.Get("max"));
-    setting.help = TextOf(rule.Get("doc"));
-    if (Value const* const element = rule.Get("of")) {
-        setting.element = KindOf(*element);
+void ReadDetails(Dictionary const& rule, RuleData& setting) {
+    setting.fCount = As<double>(rule.FindKey("count"));
+    setting.fMinimum = As<double>(rule.FindKey("min"));
+    setting.fMaximum = As<double>(rule.FindKey("max"));
+    setting.fHelp = TextOf(rule.FindKey("doc"));
+    setting.fLabel = TextOf(rule.FindKey("label"));
+    if (Value const* const element = rule.FindKey("of")) {
+        setting.fElementKind = KindOf(*element);
     }
-    if (Value const* const standard = rule.Get("default")) {
-        setting.standard = AsSetting(*standard, setting.kind);
+    if (Value const* const standard = rule.FindKey("default")) {
+        setting.fDefault = AsSetting(*standard, setting.fKind);
     }
-    if (auto const* const values = As<Array>(rule.Get("in"))) {
-        for (std::size_t place = 0; place < values->Size(); ++place) {
-            setting.allowed.push_back(AsSetting((*values)[place], setting.kind));
+    if (auto const values = As<Array>(rule.FindKey("in"))) {
+        for (Value const& value : *values) {
+            setting.fAllowed.push_back(AsSetting(value, setting.fKind));
         }
     }
 }
 
 // About as many bytes as a rule takes, whose values may be nested.
 std::size_t SizeOf(Value const& rule) {
+    constexpr std::size_t kOfValue = 64;
     std::size_t size = 0;
-    std::vector<Value const*> waiting{&rule};
+    std::vector<Value> waiting{rule};
     while (!waiting.empty()) {
-        Value const& value = *waiting.back();
+        Value const value = std::move(waiting.back());
         waiting.pop_back();
-        size += sizeof value + TextOf(&value).size();
-        auto const* const array = value.If<Array>();
-        for (std::size_t place = 0; array != nullptr && place < array->Size(); ++place) {
-            waiting.push_back(&(*array)[place]);
-        }
-        auto const* const dictionary = value.If<Dictionary>();
-        for (std::size_t place = 0; dictionary != nullptr && place < dictionary->Size(); ++place) {
-            waiting.push_back(&dictionary->ValueAt(place));
+        size += kOfValue + value.Bytes().size();
+        auto const array = value.If<Array>().value_or(Array());
+        auto const dictionary = value.If<Dictionary>().value_or(Dictionary());
+        waiting.insert(waiting.end(), array.begin(), array.end());
+        for (Member const& member : dictionary) {
+            waiting.push_back(member.value);
         }
     }
     return size;
+}
+
+using RuleList = std::vector<std::shared_ptr<RuleData>>;
+
+bool IsUpper(char letter) noexcept {
+    return letter >= 'A' && letter <= 'Z';
+}
+
+// "Color image resolution" of "ColorImageResolution"; capitals in a row stay: "Cal RGB profile".
+std::string LabelOf(std::string_view key) {
+    std::string label;
+    for (std::size_t i = 0; i < key.size(); ++i) {
+        bool const isCapital = IsUpper(key[i]);
+        bool const isNextSmall = i + 1 < key.size() && !IsUpper(key[i + 1]);
+        bool const beginsWord =
+            isCapital && i > 0 && (!IsUpper(key[i - 1]) || (isNextSmall && i + 1 < key.size()));
+        label += beginsWord ? " " : "";
+        label += beginsWord && isNextSmall ? static_cast<char>(key[i] - 'A' + 'a') : key[i];
+    }
+    return label;
+}
+
+struct Group {
+    std::string fLabel;
+    std::vector<std::string> fSettings;
+};
+
+// Those of a schema that ValidateSchema has passed.
+std::vector<Group> ReadGroups(Dictionary const& structures) {
+    std::vector<Group> groups;
+    Value const* const entry = structures.FindKey("groups");
+    auto const list = As<Array>(entry).value_or(Array());
+    for (Value const& item : list) {
+        auto const group = item.As<Dictionary>();
+        Group& added = groups.emplace_back();
+        added.fLabel = TextOf(group.FindKey("label"));
+        for (Value const& setting : group.FindKey("settings")->As<Array>()) {
+            added.fSettings.push_back(TextOf(&setting));
+        }
+    }
+    return groups;
 }
 
 // Lists the settings that the structures of a schema describe, with a path of the structures that
@@ -200,17 +285,17 @@ public:
         : fText(text),
           fStructures(structures) {}
 
-    // Throws SchemaError.
-    std::vector<SettingRule> List() {
+    // Throws Unusable.
+    RuleList List() {
         ListStructure(kRootStructure, "");
         return std::move(fRules);
     }
 
 private:
     void ListStructure(std::string const& name, std::string const& prefix) {
-        auto const* const structure = As<Dictionary>(fStructures.Get(name));
+        auto const structure = As<Dictionary>(fStructures.FindKey(name));
         bool const isInItself = std::ranges::find(fInside, name) != fInside.end();
-        if (structure == nullptr || isInItself) {
+        if (!structure || isInItself) {
             return;
         }
         if (fInside.size() == kDeepest) {
@@ -218,81 +303,361 @@ private:
         }
         fInside.push_back(name);
         ListRules(*structure, prefix, /*isRequired=*/true);
-        if (auto const* const rules = As<Dictionary>(structure->Get(kOptional))) {
+        if (auto const rules = As<Dictionary>(structure->FindKey(kOptional))) {
             ListRules(*rules, prefix, /*isRequired=*/false);
         }
         fInside.pop_back();
     }
 
     void ListRules(Dictionary const& rules, std::string const& prefix, bool isRequired) {
-        for (std::size_t place = 0; place < rules.Size(); ++place) {
-            if (!isRequired || rules.KeyAt(place) != kOptional) {
-                ListRule(prefix + rules.KeyAt(place), rules.ValueAt(place), isRequired);
+        for (auto const& [key, rule] : rules) {
+            if (!isRequired || key != kOptional) {
+                ListRule(prefix + key, rule, isRequired);
             }
         }
     }
 
-    void ListRule(std::string const& key, Value const& rule, bool isRequired) {
-        fBytes += sizeof(SettingRule) + key.size() + SizeOf(rule);
+    void ListRule(std::string const& path, Value const& rule, bool isRequired) {
+        fBytes += sizeof(RuleData) + path.size() + SizeOf(rule);
         if (fRules.size() == kMostRules || fBytes > kMostBytes) {
             Refuse(
                 fInside.back(),
                 "the schema describes more than 10,000 settings, or 16 MiB of them");
         }
-        SettingRule setting;
-        setting.key = key;
-        setting.isRequired = isRequired;
-        setting.kind = KindOf(rule);
-        if (auto const* const details = rule.If<Dictionary>()) {
+        RuleData setting;
+        setting.fPath = path;
+        setting.fIsRequired = isRequired;
+        setting.fKind = KindOf(rule);
+        if (auto const details = rule.If<Dictionary>()) {
             ReadDetails(*details, setting);
         }
-        std::string const kind = std::exchange(setting.kind, PlainKind(setting.kind));
-        std::string const element = std::exchange(setting.element, PlainKind(setting.element));
-        fRules.push_back(std::move(setting));
-        ListStructure(kind, key + "/");
-        ListStructure(element, key + "[]/");
+        if (setting.fLabel.empty()) {
+            setting.fLabel = LabelOf(format::LastPart(path));
+        }
+        std::string const kind = std::exchange(setting.fKind, PlainKind(setting.fKind));
+        std::string const element =
+            std::exchange(setting.fElementKind, PlainKind(setting.fElementKind));
+        fRules.push_back(std::make_shared<RuleData>(std::move(setting)));
+        ListStructure(kind, path + "/");
+        ListStructure(element, path + "/*/");
     }
 
     [[noreturn]] void Refuse(std::string const& structure, char const* reason) const {
-        throw SchemaError({FaultAt(fText, structure, structure + ": " + reason)});
+        throw Unusable{{ProblemAt(fText, structure, structure + ": " + reason)}};
     }
 
     // The name of a structure says nothing outside the schema.
     std::string PlainKind(std::string const& kind) const {
-        return fStructures.Get(kind) == nullptr ? kind : "dictionary";
+        return fStructures.FindKey(kind) == nullptr ? kind : "dictionary";
     }
 
     std::string const& fText;
     Dictionary const& fStructures;
     std::vector<std::string> fInside;
     std::size_t fBytes = 0;
-    std::vector<SettingRule> fRules;
+    RuleList fRules;
 };
 
-void ThrowIfAny(std::vector<SchemaFault> faults) {
-    if (!faults.empty()) {
-        throw SchemaError(std::move(faults));
+void ThrowIfAny(std::vector<Finding> problems) {
+    if (!problems.empty()) {
+        throw Unusable{std::move(problems)};
     }
+}
+
+struct Contents {
+    RuleList fRules;
+    std::vector<Group> fGroups;
+};
+
+// Throws Unusable.
+Contents ReadContents(std::string const& text) {
+    Tables const& tables = RuntimeTables();
+    Ref<POSDict> const dict = ReadDict(tables, text);
+    ThrowIfAny(LocateMessages(text, ValidateSchema(tables, dict.get())));
+    Dictionary const structures = detail::ReadValues(tables, dict.get()).fValues;
+    ThrowIfAny(FindMissing(text, structures));
+    Contents contents{Lister(text, structures).List(), ReadGroups(structures)};
+    std::unordered_map<std::string_view, std::string const*> groupOf;
+    for (Group const& group : contents.fGroups) {
+        for (std::string const& setting : group.fSettings) {
+            groupOf.emplace(setting, &group.fLabel);
+        }
+    }
+    for (auto const& rule : contents.fRules) {
+        auto const group = groupOf.find(format::FirstPart(rule->fPath));
+        rule->fGroup = group == groupOf.end() ? "" : *group->second;
+    }
+    return contents;
+}
+
+std::optional<Kind> KindNamed(std::string_view name) {
+    constexpr std::pair<std::string_view, Kind> kKinds[] = {
+        {"boolean", Kind::kBool},
+        {"number", Kind::kNumber},
+        {"integer", Kind::kNumber},
+        {"name", Kind::kName},
+        {"string", Kind::kString},
+        {"hexstring", Kind::kHexString},
+        {"array", Kind::kArray},
+        {"dictionary", Kind::kDictionary}};
+    for (auto const& [word, kind] : kKinds) {
+        if (word == name) {
+            return kind;
+        }
+    }
+    return std::nullopt;
+}
+
+// What values of a kind look like in a file.
+std::string FormOf(std::string_view kind) {
+    constexpr std::pair<std::string_view, char const*> kForms[] = {
+        {"boolean", "true or false"},
+        {"number", "a number"},
+        {"integer", "a whole number"},
+        {"name", "a name, for example /All"},
+        {"string", "a string in parentheses, for example (Dot Gain 20%)"},
+        {"hexstring", "a hexadecimal string, for example <FEFF>"},
+        {"array", "an array, for example [ /Courier ]"},
+        {"dictionary", "a dictionary, for example << /QFactor 0.4 >>"}};
+    for (auto const& [word, form] : kForms) {
+        if (word == kind) {
+            return form;
+        }
+    }
+    return "true, false, a number, /Name, (text), <FEFF>, [ … ] or << … >>";
 }
 
 } // namespace
 
-SchemaError::SchemaError(std::vector<SchemaFault> faults)
-    : Error(Describe(faults.front())),
-      fFaults(std::move(faults)) {}
+Rule::Rule(std::shared_ptr<detail::RuleData const> data) noexcept : fData(std::move(data)) {}
 
-Schema::Schema(std::string text, std::vector<SettingRule> settings)
-    : fText(std::move(text)),
-      fSettings(std::move(settings)) {}
+std::string const& Rule::Path() const noexcept {
+    return fData->fPath;
+}
 
-Schema Schema::FromText(Component const& component, std::string text) {
-    detail::Turn const turn(*component.fRunning);
-    Ref<POSDict> const dict = ReadDict(*turn, text);
-    ThrowIfAny(LocateMessages(text, ValidateSchema(*turn, dict.get())));
-    Dictionary const structures = detail::ReadValues(*turn, dict.get());
-    ThrowIfAny(FindMissing(text, structures));
-    auto settings = Lister(text, structures).List();
-    return Schema(std::move(text), std::move(settings));
+bool Rule::IsRequired() const noexcept {
+    return fData->fIsRequired;
+}
+
+std::string const& Rule::KindName() const noexcept {
+    return fData->fKind;
+}
+
+std::string const& Rule::ElementKindName() const noexcept {
+    return fData->fElementKind;
+}
+
+std::optional<Kind> Rule::What() const noexcept {
+    return KindNamed(fData->fKind);
+}
+
+bool Rule::IsInteger() const noexcept {
+    return fData->fKind == "integer";
+}
+
+std::optional<double> Rule::Count() const noexcept {
+    return fData->fCount;
+}
+
+std::optional<double> Rule::Minimum() const noexcept {
+    return fData->fMinimum;
+}
+
+std::optional<double> Rule::Maximum() const noexcept {
+    return fData->fMaximum;
+}
+
+std::span<Value const> Rule::Allowed() const noexcept {
+    return fData->fAllowed;
+}
+
+Value const* Rule::Default() const noexcept {
+    return fData->fDefault ? &*fData->fDefault : nullptr;
+}
+
+std::string const& Rule::Help() const noexcept {
+    return fData->fHelp;
+}
+
+std::string const& Rule::Label() const noexcept {
+    return fData->fLabel;
+}
+
+std::string const& Rule::Group() const noexcept {
+    return fData->fGroup;
+}
+
+std::string Rule::ExpectedText() const {
+    std::string values;
+    for (Value const& value : fData->fAllowed) {
+        values += (values.empty() ? "one of " : ", ") + value.Text();
+    }
+    return values.empty() ? FormOf(fData->fKind) : values;
+}
+
+struct Schema::Data {
+    explicit Data(std::string text) : fText(std::move(text)) {
+        auto contents = ReadContents(fText);
+        for (auto& rule : contents.fRules) {
+            fPlaces.emplace(rule->fPath, fRules.size());
+            AddName(rule->fPath);
+            fRules.push_back(Rule(std::move(rule)));
+        }
+        fGroups = std::move(contents.fGroups);
+        for (Group const& group : fGroups) {
+            fLabels.push_back(group.fLabel);
+        }
+    }
+
+    // The settings of a dictionary, in the schema's order, and to be found among thousands.
+    struct Names {
+        std::vector<std::string> fInOrder;
+        std::unordered_set<std::string> fAll;
+    };
+
+    void AddName(std::string const& path) {
+        std::string const name(format::LastPart(path));
+        Names& names = fNames[std::string(format::ParentPath(path))];
+        names.fInOrder.push_back(name);
+        names.fAll.insert(name);
+    }
+
+    // Those beside a setting; null where the schema names none.
+    Names const* NamesBeside(std::string_view path) const {
+        auto const names = fNames.find(format::RulePath(format::ParentPath(path)));
+        return names == fNames.end() ? nullptr : &names->second;
+    }
+
+    // The rule for the rest of a path below that of a dictionary or array: a part is a key, or else
+    // the position of an element.
+    Rule const* Match(std::string const& parent, std::string_view rest) const {
+        std::string_view const part = format::FirstPart(rest);
+        std::string const prefix = parent.empty() ? parent : parent + "/";
+        Rule const* rule = MatchPart(prefix + std::string(part), part, rest);
+        if (rule == nullptr && !parent.empty() && format::PositionIn(part)) {
+            rule = MatchPart(prefix + "*", part, rest);
+        }
+        return rule;
+    }
+
+    Rule const*
+    MatchPart(std::string const& path, std::string_view part, std::string_view rest) const {
+        if (part.size() == rest.size()) {
+            auto const found = fPlaces.find(path);
+            return found == fPlaces.end() ? nullptr : &fRules[found->second];
+        }
+        return HasNamesIn(path) ? Match(path, rest.substr(part.size() + 1)) : nullptr;
+    }
+
+    bool HasNamesIn(std::string const& path) const {
+        auto const inside = fNames.lower_bound(path + "/");
+        return fNames.contains(path) ||
+               (inside != fNames.end() && inside->first.starts_with(path + "/"));
+    }
+
+    std::string fText;
+    std::vector<Rule> fRules;
+    std::vector<Group> fGroups;
+    std::vector<std::string> fLabels;
+    std::unordered_map<std::string, std::size_t> fPlaces; // by path
+    std::map<std::string, Names> fNames;                  // by the path of their dictionary
+};
+
+Schema::Schema(std::shared_ptr<Data const> data) noexcept : fData(std::move(data)) {}
+Schema::Schema(Schema const&) noexcept = default;
+Schema& Schema::operator=(Schema const&) noexcept = default;
+Schema::~Schema() = default;
+
+Schema const& Schema::Standard() {
+    // Never destroyed: settings may be used while the program ends.
+    static Schema const& standard = *new Schema(Parse(kStandardSchema));
+    return standard;
+}
+
+Schema Schema::Parse(std::string_view text) {
+    try {
+        return Schema(std::make_shared<Data const>(std::string(text)));
+    } catch (Unusable const& unusable) {
+        Finding const& problem = unusable.fProblems.front();
+        throw Error(Fault::kSchema, problem.Message(), {}, problem.Where());
+    }
+}
+
+Schema Schema::Open(std::filesystem::path const& file) {
+    std::string const text = ReadFile(file);
+    try {
+        return Parse(text);
+    } catch (Error const& error) {
+        throw error.In(file);
+    }
+}
+
+Findings Schema::Problems(std::string_view text) {
+    try {
+        ReadContents(std::string(text));
+        return {};
+    } catch (Unusable& unusable) {
+        return detail::MakeSequence::From(std::move(unusable.fProblems));
+    }
+}
+
+std::string const& Schema::Text() const noexcept {
+    return fData->fText;
+}
+
+std::span<Rule const> Schema::Rules() const noexcept {
+    return fData->fRules;
+}
+
+std::span<std::string const> Schema::Groups() const noexcept {
+    return fData->fLabels;
+}
+
+Sequence<Rule> Schema::RulesOf(std::string_view group) const {
+    std::vector<Rule> rules;
+    auto const found = std::ranges::find(fData->fGroups, group, &Group::fLabel);
+    if (found == fData->fGroups.end()) {
+        return {};
+    }
+    for (std::string const& setting : found->fSettings) {
+        std::ranges::copy_if(fData->fRules, std::back_inserter(rules), [&](Rule const& rule) {
+            return format::FirstPart(rule.Path()) == setting;
+        });
+    }
+    return detail::MakeSequence::From(std::move(rules));
+}
+
+Rule const* Schema::Find(std::string_view path) const {
+    auto const found = fData->fPlaces.find(std::string(path));
+    return found != fData->fPlaces.end() ? &fData->fRules[found->second] : fData->Match("", path);
+}
+
+bool Schema::IsUnknown(std::string_view path) const {
+    std::size_t end = 0;
+    while (end < path.size()) {
+        std::size_t const begin = end == 0 ? 0 : end + 1;
+        std::string_view const part = format::FirstPart(path.substr(begin));
+        end = begin + part.size();
+        bool const isPosition = begin > 0 && format::PositionIn(part).has_value();
+        auto const* const names = isPosition ? nullptr : fData->NamesBeside(path.substr(0, end));
+        if (names != nullptr && !names->fAll.contains(std::string(part))) {
+            return true;
+        }
+        if (part.empty()) {
+            return false;
+        }
+    }
+    return false;
+}
+
+std::string Schema::Suggest(std::string_view path) const {
+    auto const* const names = fData->NamesBeside(path);
+    return names == nullptr ? std::string()
+                            : detail::Nearest(std::string(format::LastPart(path)), names->fInOrder);
+}
+
+bool Schema::HasRulesIn(std::string_view path) const {
+    return fData->HasNamesIn(format::RulePath(path));
 }
 
 } // namespace pdfsettings

@@ -1,298 +1,431 @@
 #include "pdfsettings/Settings.h"
 
-#include "api/BIBRuntime.h"
-#include "host/detail/FilePath.h"
-#include "host/detail/RunningComponent.h"
-#include "host/detail/RuntimeValues.h"
-#include "host/save/Target.h"
-#include "pdfsettings/Component.h"
-#include "pdfsettings/Error.h"
-#include "pdfsettings/RawAccess.h"
+#include "document/MakeSequence.h"
+#include "document/ParsedValue.h"
+#include "format/SettingPath.h"
+#include "format/Tokens.h"
+#include "host/detail/ComponentSettings.h"
+#include "host/detail/Validation.h"
+#include "pdfsettings/raw/RawAccess.h"
 
-#include <charconv>
-#include <filesystem>
-#include <mutex>
+#include <algorithm>
+#include <list>
 #include <optional>
+#include <strings.h>
+#include <system_error>
+#include <vector>
 
 namespace pdfsettings {
 
 namespace {
 
-using detail::Bindings;
-using detail::Ref;
-using detail::Reported;
-using detail::Share;
-
-Ref<BIBPositionableStream> MakeStream(Bindings const& tables, std::string_view bytes) {
-    detail::BufferRef const buffer = detail::MakeBuffer(tables, bytes);
-    BIBPositionableStream* stream = nullptr;
-    detail::ThrowIfError(tables, tables.streams.NewPositionableBufferStream(&stream, buffer.get()));
-    return Share(tables, stream);
+// The document of a text. Throws Error (kSyntax).
+Document Read(std::string text) {
+    Document document(std::move(text));
+    document.RequireRead();
+    return document;
 }
 
-// The component gives no error for a value that it cannot write, but one of these two texts.
-bool IsTextOfAFailure(std::string_view text) {
-    return text.empty() || text == "<<\r\n>> setpagedevice\r\n";
-}
-
-std::optional<std::string> BytesAt(std::string const& path) {
+// The same for the bytes of a file, which the error names.
+Document Read(std::string bytes, FilePath const& file) {
     try {
-        return ReadFile(path);
-    } catch (Error const&) {
-        return std::nullopt;
+        return Read(std::move(bytes));
+    } catch (Error const& error) {
+        throw error.In(file);
     }
 }
 
-// Also where the current folder changes.
-std::string Absolute(std::string const& path) {
-    return std::filesystem::absolute(path).string();
-}
-
-Ref<::PDFSettings>
-NewFromDict(Bindings const& tables, Dictionary const& values, std::string const& schema) {
-    Ref<POSDict> const dict = detail::BuildValues(tables, values);
-    char const* const schemaText = detail::WholeText(schema);
-    auto const make = tables.settings.NewFromDict;
-    return Share(tables, Reported("NewFromDict", make, dict.get(), schemaText));
-}
-
-std::vector<Finding> ReadFindings(Bindings const& tables, POSArray* errors) {
-    Ref<POSArray> const held = Share(tables, errors);
-    std::vector<Finding> findings;
-    detail::ReadRecords(tables, errors, [&](Dictionary const& record) {
-        findings.push_back(
-            {detail::FieldOf<Word>(record, "Key").text,
-             detail::FieldOf<Word>(record, "ErrorMsg").text});
-    });
-    return findings;
-}
-
-std::vector<Finding> Judge(Bindings const& tables, ::PDFSettings* settings) {
-    auto const judge = tables.settings.IsPDFSettingsValid;
-    return ReadFindings(tables, Reported("IsPDFSettingsValid", judge, settings));
-}
-
-constexpr char kNamespaces[] = "OtherNamespaces";
-constexpr std::string_view kBeforePosition = "OtherNamespaces/";
-
-// Which elements are judged is the component's knowledge: it is asked about each alone, by a schema
-// for which every element that is judged is one too many.
-std::vector<std::size_t> JudgedPositions(Bindings const& tables, Array const& namespaces) {
-    constexpr char kNoElement[] =
-        "< PDFSettings < optional < OtherNamespaces < type array count 0 > > > >";
-    std::vector<std::size_t> positions;
-    for (std::size_t position = 0; position < namespaces.Size(); ++position) {
-        Dictionary alone;
-        alone.Set(kNamespaces, Array::Of({namespaces[position]}));
-        if (!Judge(tables, NewFromDict(tables, alone, kNoElement).get()).empty()) {
-            positions.push_back(position);
+// Says which of values cannot be written, alone or behind those before it.
+[[noreturn]] void ThrowUnwritable(Dictionary const& values) {
+    // Each takes as much time as all before it.
+    constexpr std::size_t kMostTogether = 1000;
+    Document document{std::string()};
+    for (auto const& [key, value] : values) {
+        bool const isKey = format::FirstPart(key).size() == key.size() && key != format::kTailKey;
+        if (!isKey) {
+            throw Error(Fault::kKey, key + ": this cannot be the key of a setting");
         }
+        Document const before = values.size() <= kMostTogether ? document : Document(std::string());
+        document = before.With(key, value);
     }
-    return positions;
+    throw Error(Fault::kUnwritable, "these values cannot be written so that they read back");
 }
 
-void RestorePosition(std::vector<std::size_t> const& positions, std::string& key) {
-    char const* const end = key.data() + key.size();
-    std::size_t position = positions.size();
-    char const* const rest =
-        std::from_chars(key.data() + kBeforePosition.size(), end, position).ptr;
-    if (position < positions.size()) {
-        key = std::string(kBeforePosition) + std::to_string(positions[position]) +
-              std::string(rest, end);
-    }
-}
-
-// The component leaves out the elements of OtherNamespaces that it does not judge before it counts
-// them. Makes the positions in findings those of settings, which were judged.
-void RestorePositions(
-    Bindings const& tables, Dictionary const& settings, std::vector<Finding>& findings) {
-    auto const* const namespaces = detail::As<Array>(settings.Get(kNamespaces));
-    std::vector<std::string*> keys;
-    for (Finding& finding : findings) {
-        if (finding.key.starts_with(kBeforePosition)) {
-            keys.push_back(&finding.key);
-        }
-    }
-    if (namespaces != nullptr && !keys.empty()) {
-        auto const positions = JudgedPositions(tables, *namespaces);
-        for (std::string* const key : keys) {
-            RestorePosition(positions, *key);
-        }
-    }
+Findings AsFindings(std::vector<Finding> findings) {
+    return detail::MakeSequence::From(std::move(findings));
 }
 
 } // namespace
 
-// Belongs to the component, which may end before.
 struct Settings::State {
-    // REQUIRES: the caller has its Turn.
-    State(std::shared_ptr<detail::RunningComponent> owner, detail::Ref<::PDFSettings> made)
-        : fRunning(std::move(owner)),
-          fSettings(fRunning->Own(std::move(made))) {}
-    ~State() { fRunning->GiveBack(fSettings); }
-    State(State const&) = delete;
-    State& operator=(State const&) = delete;
+    State(Document const& document, Schema const& schema)
+        : fDocument(document),
+          fSchema(schema),
+          fSaved(fDocument.Text()) {}
 
-    // REQUIRES: the caller has its Turn.
-    ::PDFSettings* Get() const noexcept { return fSettings->get(); }
-
-    std::shared_ptr<detail::RunningComponent> fRunning;
-    detail::RunningComponent::OwnedSettings::iterator fSettings;
-
-    // The file that the settings are bound to, as it was read or written last.
-    struct Binding {
-        std::string fPath; // absolute; empty while there is none
-        std::string fBytes;
-    };
-
-    Binding Bound() const {
-        std::lock_guard const guard(fBindingInUse);
-        return fBinding;
+    // The file that they are bound to.
+    void Bind(FilePath const& file, std::optional<std::string> bytes) {
+        fFile = std::filesystem::absolute(file);
+        fSeen = std::move(bytes);
+        fSaved = fSeen.value_or("");
     }
 
-    void Bind(std::string path, std::string bytes) {
-        std::lock_guard const guard(fBindingInUse);
-        fBinding = {std::move(path), std::move(bytes)};
-    }
-
-private:
-    mutable std::mutex fBindingInUse;
-    Binding fBinding;
+    Document fDocument;
+    Schema fSchema;
+    FilePath fFile;
+    std::optional<std::string> fSeen; // what the file held when it was read or saved last
+    std::string fSaved;               // the text without changes
 };
 
-Settings::Settings(std::unique_ptr<State> state) : fState(std::move(state)) {}
+Settings::Settings(std::shared_ptr<State> state) noexcept : fState(std::move(state)) {}
+Settings::Settings(Settings const& other) : fState(std::make_shared<State>(*other.fState)) {}
 Settings::Settings(Settings&&) noexcept = default;
-Settings& Settings::operator=(Settings&&) noexcept = default;
 Settings::~Settings() = default;
 
-Settings
-Settings::FromText(Component const& component, std::string_view text, std::string const& schema) {
-    detail::Turn const turn(*component.fRunning);
-    Ref<BIBPositionableStream> const stream = MakeStream(*turn, text);
-    char const* const schemaText = detail::WholeText(schema);
-    auto const make = turn->settings.NewFromStream;
-    auto made = Share(*turn, Reported("NewFromStream", make, stream.get(), schemaText));
-    return Settings(std::make_unique<State>(component.fRunning, std::move(made)));
-}
-
-Settings
-Settings::FromFile(Component const& component, std::string const& path, std::string const& schema) {
-    std::string bytes = ReadFile(path);
-    Settings settings = FromText(component, bytes, schema);
-    // A descriptor cannot be read again.
-    if (!detail::NamesDescriptor(path)) {
-        settings.fState->Bind(Absolute(path), std::move(bytes));
+// In place, so that an edit that began before finds out.
+Settings& Settings::operator=(Settings const& other) {
+    if (this != &other) {
+        *this = Settings(other);
     }
-    return settings;
+    return *this;
 }
 
-Settings Settings::FromValues(
-    Component const& component, Dictionary const& values, std::string const& schema) {
-    detail::Turn const turn(*component.fRunning);
-    auto made = NewFromDict(*turn, values, schema);
-    return Settings(std::make_unique<State>(component.fRunning, std::move(made)));
-}
-
-Dictionary Settings::Values() const {
-    detail::Turn const turn(*fState->fRunning);
-    auto* const values = Reported("GetSettings", turn->settings.GetSettings, fState->Get());
-    Ref<POSDict> const dict = Share(*turn, values);
-    return detail::ReadValues(*turn, dict.get());
-}
-
-std::string Settings::Text() const {
-    detail::Turn const turn(*fState->fRunning);
-    auto const write = turn->settings.GetJobOptionsData;
-    auto const stream = Share(*turn, Reported("GetJobOptionsData", write, fState->Get()));
-    std::string text = detail::ReadStream(*turn, stream.get());
-    if (IsTextOfAFailure(text)) {
-        throw Error("a value of these settings has no form in a settings file");
+Settings& Settings::operator=(Settings&& other) noexcept {
+    if (fState != nullptr && other.fState != nullptr && fState != other.fState) {
+        *fState = std::move(*other.fState);
+    } else {
+        fState = std::move(other.fState);
     }
-    return text;
+    return *this;
 }
 
-bool Settings::IsDirty() const {
-    auto const [path, bytes] = fState->Bound();
-    return path.empty() || BytesAt(path) != bytes;
-}
+Settings::Settings(Schema const& schema)
+    : fState(std::make_shared<State>(Document(std::string()), schema)) {}
 
-SaveWarnings Settings::Save(SaveOptions const& options) {
-    auto const [path, bytes] = fState->Bound();
-    if (path.empty()) {
-        throw Error("these settings are bound to no file");
+Settings Settings::Open(FilePath const& file, Schema const& schema) {
+    std::string bytes = ReadFile(file);
+    auto state = std::make_shared<State>(Read(bytes, file), schema);
+    if (!IsStream(file)) {
+        state->Bind(file, std::move(bytes));
     }
-    std::string text = Text();
-    SaveWarnings warnings = SaveSafely(path, text, bytes, options);
-    fState->Bind(path, std::move(text));
+    return Settings(std::move(state));
+}
+
+Settings Settings::Open(FileLock const& lock, Schema const& schema) {
+    if (IsStream(lock.File())) {
+        return Open(lock.File(), schema);
+    }
+    auto state = std::make_shared<State>(Read(lock.Bytes().value_or(""), lock.File()), schema);
+    state->Bind(lock.File(), lock.Bytes());
+    return Settings(std::move(state));
+}
+
+Settings Settings::Parse(std::string_view text, Schema const& schema) {
+    return Settings(std::make_shared<State>(Read(std::string(text)), schema));
+}
+
+Settings Settings::From(Dictionary const& values, std::string_view tail, Schema const& schema) {
+    // Settings without an entry must have nothing between their brackets.
+    std::string text = values.empty() ? "<<" : "<<\n";
+    for (auto const& [key, value] : values) {
+        text += "  /" + key + " " + value.Text() + "\n";
+    }
+    text += ">> setalembicorparams\n";
+    text += tail;
+    Document document(text);
+    bool const isRead = document.WhyRefused() == Refusal::kNone && document.Tail() == tail;
+    bool const isReserved = values.FindKey(format::kTailKey) != nullptr;
+    if (!isRead || isReserved || !(document.Values() == values)) {
+        ThrowUnwritable(values);
+    }
+    auto state = std::make_shared<State>(document, schema);
+    state->fSaved.clear();
+    return Settings(std::move(state));
+}
+
+Dictionary const& Settings::Values() const& noexcept {
+    return fState->fDocument.Values();
+}
+
+std::string const& Settings::Tail() const& noexcept {
+    return fState->fDocument.Tail();
+}
+
+std::string const& Settings::Text() const& noexcept {
+    return fState->fDocument.Text();
+}
+
+Document const& Settings::Source() const& noexcept {
+    return fState->fDocument;
+}
+
+Schema const& Settings::Rules() const noexcept {
+    return fState->fSchema;
+}
+
+Value Settings::GetValue(std::string_view path) const {
+    if (Value const* const value = Values().Find(path)) {
+        return *value;
+    }
+    Rule const* const rule = fState->fSchema.Find(path);
+    if (rule != nullptr && rule->Default() != nullptr) {
+        return *rule->Default();
+    }
+    return fState->fDocument.At(path);
+}
+
+void Settings::ThrowKind(std::string_view path, Value const& value, char const* expected) {
+    try {
+        value.ThrowKind(expected);
+    } catch (Error const& error) {
+        throw Error(error.Code(), std::string(path) + ": " + error.Message());
+    }
+}
+
+Findings Settings::Validate() const {
+    auto findings = detail::Validate(fState->fDocument, fState->fSchema);
+    return AsFindings(detail::WithHints(std::move(findings), fState->fDocument, fState->fSchema));
+}
+
+Findings Settings::Check(std::string_view path, Value const& value) const {
+    Document const& document = fState->fDocument;
+    try {
+        Document const changed = document.With(path, value);
+        auto after = detail::Validate(changed, fState->fSchema);
+        if (!after.empty()) {
+            auto const before = detail::Validate(document, fState->fSchema);
+            after = detail::NewFindings(before, std::move(after), {});
+            after = detail::WithHints(std::move(after), changed, fState->fSchema);
+        }
+        return AsFindings(std::move(after));
+    } catch (Error const& error) {
+        bool const isOfValue = error.Code() == Fault::kNoValue || error.Code() == Fault::kKey ||
+                               error.Code() == Fault::kUnwritable;
+        if (!isOfValue) {
+            throw;
+        }
+        return AsFindings({detail::MakeFinding(
+            document,
+            Severity::kError,
+            "unwritable",
+            detail::SpanOf(document, path),
+            std::string(path),
+            error.Message())});
+    }
+}
+
+bool Settings::IsModified() const noexcept {
+    return fState->fDocument.Text() != fState->fSaved;
+}
+
+bool Settings::IsStale() const {
+    if (fState->fFile.empty()) {
+        return false;
+    }
+    try {
+        return ReadFile(fState->fFile) != fState->fSeen;
+    } catch (Error const& error) {
+        return fState->fSeen || error.System() != std::errc::no_such_file_or_directory;
+    }
+}
+
+FilePath const& Settings::File() const noexcept {
+    return fState->fFile;
+}
+
+void Settings::Reload() {
+    *this = Open(fState->fFile, fState->fSchema);
+}
+
+SaveWarnings Settings::Save(OnConflict onConflict, std::chrono::milliseconds wait) {
+    auto warnings = SaveSafely(fState->fFile, Text(), fState->fSeen, onConflict, wait);
+    fState->Bind(fState->fFile, Text());
     return warnings;
 }
 
-SaveWarnings Settings::Write(std::string const& path) {
-    // The folder before the turn, as an edit has it.
-    detail::Target const folder = detail::FolderOf(path);
-    std::optional<detail::FolderLock> lock;
-    if (folder.folder.IsOpen()) {
-        lock.emplace(folder, detail::Deadline(SaveOptions().timeout));
+SaveWarnings
+Settings::SaveAs(FilePath const& file, OnConflict onConflict, std::chrono::milliseconds wait) {
+    if (onConflict == OnConflict::kRefuse && LookAt(file, wait)) {
+        throw Error(Fault::kConflict, "there is such a file already", file);
     }
-    detail::Turn const turn(*fState->fRunning);
-    // The component writes what it has even of settings that have no form in a file, and would put
-    // that in the place of a good file.
-    std::string text = Text();
-    // The component wants a folder in the path.
-    std::string const whole = path.find('/') == std::string::npos ? "./" + path : path;
-    detail::BufferRef const buffer = detail::MakePath(*turn, whole);
-    try {
-        detail::ThrowIfError(*turn, turn->settings.Write(fState->Get(), buffer.get()));
-    } catch (Error const& error) {
-        // The component reports all failures of the file service by the same word; the system's
-        // reason takes its place.
-        if (std::string_view(error.what()) != "Error") {
-            throw;
+    auto warnings = SaveSafely(file, Text(), std::nullopt, onConflict, wait);
+    if (!IsStream(file)) {
+        fState->Bind(file, Text());
+    }
+    return warnings;
+}
+
+SaveWarnings Settings::Save(FileLock& lock, OnConflict onConflict) {
+    bool const isSame = fState->fFile.empty() || fState->fFile == lock.File();
+    if (onConflict == OnConflict::kRefuse && (!isSame || lock.Bytes() != fState->fSeen)) {
+        char const* const reason =
+            isSame ? "changed since it was read" : "the lock is on another file";
+        throw Error(Fault::kConflict, reason, lock.File());
+    }
+    auto warnings = lock.Save(Text(), onConflict);
+    fState->Bind(lock.File(), Text());
+    return warnings;
+}
+
+std::string Settings::CanonicalText() const {
+    return detail::CanonicalText(fState->fDocument);
+}
+
+struct Settings::Edit::State {
+    explicit State(std::shared_ptr<Settings::State> settings)
+        : fSettings(std::move(settings)),
+          fBase(fSettings->fDocument),
+          fResult(fBase) {}
+
+    // What the schema rejects now and did not before.
+    std::vector<Finding> Check() const {
+        Schema const& schema = fSettings->fSchema;
+        auto after = detail::Validate(fResult, schema);
+        if (after.empty()) {
+            return after;
         }
-        throw Error(detail::WhyUnwritable(path));
+        after = detail::NewFindings(
+            detail::Validate(fBase, schema), std::move(after), fRemovedElements);
+        return detail::WithHints(std::move(after), fResult, schema);
     }
-    // The component makes the text once more, and keeps quiet when memory runs out over it.
-    if (BytesAt(path) != text) {
-        throw Error("the settings could not be written whole: " + path);
-    }
-    fState->Bind(Absolute(path), std::move(text));
-    bool const isWarned = lock && !lock->Warning().empty();
-    return isWarned ? SaveWarnings{lock->Warning()} : SaveWarnings();
+
+    std::shared_ptr<Settings::State> fSettings;
+    Document fBase; // as the settings were when the edit began
+    Document fResult;
+    std::vector<std::string> fRemovedElements; // of arrays, by their paths, in their order
+};
+
+Settings::Edit Settings::Change() & {
+    return Edit(std::make_unique<Edit::State>(fState));
 }
 
-std::vector<Finding> Settings::Validate() const {
-    detail::Turn const turn(*fState->fRunning);
-    auto findings = Judge(*turn, fState->Get());
-    if (!findings.empty()) {
-        RestorePositions(*turn, Values(), findings);
-    }
-    return findings;
+Settings::Edit::Edit(std::unique_ptr<State> state) noexcept : fState(std::move(state)) {}
+Settings::Edit::Edit(Edit&&) noexcept = default;
+Settings::Edit::~Edit() = default;
+
+Settings::Edit& Settings::Edit::Set(std::string_view path, Value const& value) {
+    fState->fResult = fState->fResult.With(path, value);
+    return *this;
 }
 
-std::vector<Finding> Settings::Set(Dictionary const& changes) {
-    detail::Turn const turn(*fState->fRunning);
-    Ref<POSDict> const dict = detail::BuildValues(*turn, changes);
-    auto const set = turn->settings.SetSettings;
-    auto findings = ReadFindings(*turn, Reported("SetSettings", set, fState->Get(), dict.get()));
-    bool const isChanged = changes.Get(kNamespaces) != nullptr;
-    if (!findings.empty()) {
-        RestorePositions(*turn, isChanged ? changes : Values(), findings);
+namespace {
+
+// The name that text would be with a slash and the right capitals; empty for none.
+std::string NameMeant(Rule const* rule, std::string const& text) {
+    bool const isForName = rule == nullptr || rule->What() == Kind::kName;
+    bool const isWord =
+        !text.empty() &&
+        text.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789") ==
+            std::string::npos &&
+        (text[0] < '0' || text[0] > '9');
+    if (!isForName || !isWord) {
+        return {};
     }
-    return findings;
+    if (rule == nullptr || rule->Allowed().empty()) {
+        return text;
+    }
+    for (Value const& value : rule->Allowed()) {
+        auto const name = value.If<Name>();
+        if (name && strcasecmp(name->text.c_str(), text.c_str()) == 0) {
+            return name->text;
+        }
+    }
+    return {};
 }
 
-RawAccess::RawAccess(Component const& component)
-    : fRunning(component.fRunning),
-      fTurn(std::make_unique<detail::Turn>(*fRunning)) {}
+// Says what the schema expects in place of a text that is no value.
+[[noreturn]] void
+ThrowNoValue(Schema const& schema, std::string_view path, std::string const& text) {
+    Rule const* const rule = schema.Find(path);
+    std::string const meant = NameMeant(rule, text);
+    std::string const expected =
+        rule != nullptr ? rule->ExpectedText()
+                        : "true, false, a number, /Name, (text), <FEFF>, [ … ] or << … >>";
+    throw Error(
+        Fault::kSyntax,
+        std::string(path) + ": \"" + text + "\" is not a value; expected " + expected +
+            (meant.empty() ? "" : "; did you mean /" + meant + "?"),
+        {},
+        Place());
+}
 
+} // namespace
+
+Settings::Edit& Settings::Edit::SetText(std::string_view path, std::string_view text) {
+    try {
+        detail::ParseValue(text);
+    } catch (Error const& error) {
+        if (error.Id().empty()) {
+            ThrowNoValue(fState->fSettings->fSchema, path, std::string(text));
+        }
+        throw Error(
+            error.Code(),
+            std::string(path) + ": " + error.Message(),
+            {},
+            error.Where(),
+            {},
+            error.Id());
+    }
+    fState->fResult = fState->fResult.WithText(path, text);
+    return *this;
+}
+
+Settings::Edit& Settings::Edit::Copy(Document const& from, std::string_view path) {
+    fState->fResult = fState->fResult.WithCopy(path, from);
+    return *this;
+}
+
+Settings::Edit& Settings::Edit::Remove(std::string_view path) {
+    Document const& document = fState->fResult;
+    Document const result = document.Without(path);
+    bool const isElement = document.Find(path)->key.Size() == 0;
+    fState->fResult = result;
+    if (isElement) {
+        fState->fRemovedElements.emplace_back(path);
+    }
+    return *this;
+}
+
+Document const& Settings::Edit::Result() const noexcept {
+    return fState->fResult;
+}
+
+Findings Settings::Edit::Check() const {
+    return AsFindings(fState->Check());
+}
+
+Findings Settings::Edit::Commit() {
+    if (fState->fSettings->fDocument.Text() != fState->fBase.Text()) {
+        throw Error(Fault::kConflict, "the settings have changed since this change began");
+    }
+    auto findings = fState->Check();
+    if (findings.empty()) {
+        fState->fSettings->fDocument = fState->fResult;
+        fState->fBase = fState->fResult;
+        fState->fRemovedElements.clear();
+    }
+    return AsFindings(std::move(findings));
+}
+
+struct RawAccess::State {
+    detail::Turn fTurn;
+    std::list<detail::ComponentSettings> fObjects;
+};
+
+RawAccess::RawAccess() : fState(std::make_unique<State>()) {}
 RawAccess::~RawAccess() = default;
 
-BIBLookupProc RawAccess::Lookup() const noexcept {
-    return &BIBRuntimeLookup;
+Component RawAccess::Attach(BIBLookupProc lookup) {
+    return Component(detail::RunningComponent::Attach(lookup));
 }
 
-::PDFSettings* RawAccess::Object(Settings const& settings) const noexcept {
-    return settings.fState->Get();
+BIBLookupProc RawAccess::Lookup() const noexcept {
+    return fState->fTurn.Lookup();
+}
+
+::PDFSettings* RawAccess::Object(Settings const& settings) {
+    return fState->fObjects.emplace_back(fState->fTurn, settings.Text(), settings.Rules().Text())
+        .Get();
 }
 
 } // namespace pdfsettings

@@ -237,3 +237,11 @@ OSErr FSFindFolder(
     SInt16 domain, UInt32 folderType, Boolean createFolder, FSRef* foundRef) noexcept;
 
 } // extern "C"
+
+namespace platform {
+
+// The path of a standard folder of a known domain and type, whether it exists or not; empty where
+// the user has no home. Throws std::bad_alloc.
+std::string StandardFolder(SInt16 domain, UInt32 folderType);
+
+} // namespace platform

@@ -54,8 +54,10 @@ std::string UserFolder(char const* variable, char const* belowHome) {
     return home.empty() ? home : WithoutTrailingSlashes(home) + belowHome;
 }
 
+} // namespace
+
 // No variable moves an administrator's folders, or a user could get around them.
-std::string FindFolder(SInt16 domain, UInt32 folderType) {
+std::string platform::StandardFolder(SInt16 domain, UInt32 folderType) {
     bool const isSupport = folderType == kApplicationSupportFolderType;
     if (domain == kLocalDomain) {
         return isSupport ? PDFSETTINGS_ADMIN_SUPPORT_FOLDER : PDFSETTINGS_ADMIN_PREFERENCES_FOLDER;
@@ -63,6 +65,8 @@ std::string FindFolder(SInt16 domain, UInt32 folderType) {
     return isSupport ? UserFolder("XDG_DATA_HOME", "/.local/share")
                      : UserFolder("XDG_CONFIG_HOME", "/.config");
 }
+
+namespace {
 
 // Makes the folder at path and what is missing above it; another program may do so too meanwhile.
 // Failures show when somebody uses the folder.
@@ -85,7 +89,7 @@ OSErr FSFindFolder(
         return fnfErr;
     }
     return AtService([=] {
-        std::string path = FindFolder(domain, folderType);
+        std::string path = platform::StandardFolder(domain, folderType);
         bool const isToExist = createFolder != kDontCreateFolder && domain == kUserDomain &&
                                folderType == kApplicationSupportFolderType && !path.empty();
         if (isToExist) {

@@ -20,8 +20,9 @@ public:
         void* const proc = fLookup(fInterfaceName, operation, procType);
         if (proc == nullptr) {
             throw Error(
+                Fault::kComponent,
                 std::string("missing procedure ") + fInterfaceName + "/" + operation + " of type " +
-                procType);
+                    procType);
         }
         return reinterpret_cast<Proc>(proc);
     }
@@ -41,47 +42,82 @@ private:
         this->member = {ROWS(PDFSETTINGS_FOUND_ROW)}; \
     }
 
-Bindings::Bindings(BIBLookupProc lookup) {
-    PDFSETTINGS_TABLES(PDFSETTINGS_FIND_TABLE)
+Tables::Tables(BIBLookupProc lookup){PDFSETTINGS_RUNTIME_TABLES(PDFSETTINGS_FIND_TABLE)}
+
+Bindings::Bindings(BIBLookupProc lookup)
+    : Tables(lookup) {
+    PDFSETTINGS_COMPONENT_TABLES(PDFSETTINGS_FIND_TABLE)
 }
 
-void ThrowOutOfMemory() {
-    throw Error("out of memory");
-}
-
-void ThrowIfError(Bindings const& tables, BIBError* error) {
+void ThrowIfError(Tables const& tables, BIBError* error) {
     std::unique_ptr<BIBError, BIBErrorReleaseProc> const held(error, tables.errors.Release);
     if (held != nullptr) {
-        throw Error(tables.atoms.GetCString(tables.errors.GetErrorMessage(held.get())));
+        std::string const message =
+            tables.atoms.GetCString(tables.errors.GetErrorMessage(held.get()));
+        ThrowReported(message);
     }
 }
 
-AtomRef MakeAtom(Bindings const& tables, std::string const& text) {
-    AtomRef atom(tables.atoms.NewStringAtom(WholeText(text)), tables.atoms.DeleteStringAtom);
+void ThrowReported(std::string const& message) {
+    // A container that could not be made whole is invalid, and what the component has no words for
+    // is what it met while it had no memory for words.
+    if (message == "out of memory" || message == "invalid container" ||
+        message == "unknown BIB error") {
+        throw std::bad_alloc();
+    }
+    throw Error(Fault::kComponent, message);
+}
+
+AtomRef MakeAtom(Tables const& tables, std::string const& text) {
+    AtomRef atom(tables.atoms.NewStringAtom(text.c_str()), tables.atoms.DeleteStringAtom);
     if (atom == nullptr) {
-        ThrowOutOfMemory();
+        throw std::bad_alloc();
     }
     return atom;
 }
 
-BufferRef MakeBuffer(Bindings const& tables, std::string_view bytes) {
-    BufferRef buffer(
+Ref<BIBPositionableStream> MakeStream(Tables const& tables, std::string_view bytes) {
+    BufferRef const buffer(
         tables.buffers.NewBuffer(bytes.size(), nullptr, nullptr, nullptr, nullptr),
         tables.buffers.Release);
     if (buffer == nullptr) {
-        ThrowOutOfMemory();
+        throw std::bad_alloc();
     }
     if (!bytes.empty()) {
         std::memcpy(tables.buffers.GetBuffer(buffer.get()), bytes.data(), bytes.size());
     }
-    return buffer;
+    BIBPositionableStream* stream = nullptr;
+    ThrowIfError(tables, tables.streams.NewPositionableBufferStream(&stream, buffer.get()));
+    return Share(tables, stream);
 }
 
-char const* WholeText(std::string const& text) {
-    if (text.find('\0') != std::string::npos) {
-        throw Error("a text of this kind cannot hold a NUL byte");
+namespace {
+
+BIBSimpleStreamReadProc FindRead(Tables const& tables, BIBPositionableStream* stream) {
+    AtomRef const name = MakeAtom(tables, "Read");
+    AtomRef const procType = MakeAtom(tables, "BIBSimpleStreamReadProc");
+    void* method = nullptr;
+    ThrowIfError(
+        tables,
+        tables.containers.GetMethod(
+            &method, AsContainer(stream), name.get(), procType.get(), /*optional=*/0));
+    return reinterpret_cast<BIBSimpleStreamReadProc>(method);
+}
+
+} // namespace
+
+std::string ReadStream(Tables const& tables, BIBPositionableStream* stream) {
+    BIBSimpleStreamReadProc const read = FindRead(tables, stream);
+    auto* const self = reinterpret_cast<BIBSimpleStream*>(stream);
+    std::string text;
+    char buffer[16384];
+    unsigned long size = sizeof buffer;
+    while (size == sizeof buffer) {
+        auto* const target = reinterpret_cast<unsigned char*>(buffer);
+        ThrowIfError(tables, read(self, &size, target, sizeof buffer));
+        text.append(buffer, size);
     }
-    return text.c_str();
+    return text;
 }
 
 } // namespace pdfsettings::detail

@@ -15,6 +15,7 @@
 #include "api/POSValidatorInterface.h"
 
 #include <memory>
+#include <new>
 #include <string>
 #include <string_view>
 
@@ -30,8 +31,8 @@ struct _t_PDFSettingsStatics {
     PDF_SETTINGS_STATICS_ROWS(BIB_TABLE_SLOT)
 };
 
-// The members of Bindings, each with the interface that it is a table of and the list of its rows.
-#define PDFSETTINGS_TABLES(TABLE) \
+// The members of Tables, each with the interface that it is a table of and the list of its rows.
+#define PDFSETTINGS_RUNTIME_TABLES(TABLE) \
     TABLE(containers, BIBContainerInterface, BIB_CONTAINER_INTERFACE_ROWS) \
     TABLE(errors, BIBErrorInterface, BIB_ERROR_INTERFACE_ROWS) \
     TABLE(buffers, BIBSharedBuffInterface, BIB_SHARED_BUFF_INTERFACE_ROWS) \
@@ -45,20 +46,32 @@ struct _t_PDFSettingsStatics {
     TABLE(arrays, POSArrayInterface, POS_ARRAY_INTERFACE_ROWS) \
     TABLE(dicts, POSDictInterface, POS_DICT_INTERFACE_ROWS) \
     TABLE(iterators, POSDictIteratorInterface, POS_DICT_ITERATOR_INTERFACE_ROWS) \
-    TABLE(validators, POSStructValidatorInterface, POS_STRUCT_VALIDATOR_INTERFACE_ROWS) \
+    TABLE(validators, POSStructValidatorInterface, POS_STRUCT_VALIDATOR_INTERFACE_ROWS)
+
+// The members of Bindings beyond those.
+#define PDFSETTINGS_COMPONENT_TABLES(TABLE) \
     TABLE(settings, PDFSettingsInterface, PDF_SETTINGS_INTERFACE_ROWS) \
     TABLE(statics, PDFSettingsStatics, PDF_SETTINGS_STATICS_ROWS)
 
-// Every procedure is found when this is made, so that no call meets a missing one later.
-struct Bindings {
-    // Throws Error with the name of the first row that lookup does not have.
-    // REQUIRES: the component is started on lookup.
+#define PDFSETTINGS_TABLE(member, interfaceName, ROWS) _t_##interfaceName member;
+
+// What a runtime has. Every procedure is found when this is made, so that no call meets a missing
+// one later.
+struct Tables {
+    // Throws Error (kComponent) with the name of the first row that lookup does not have.
+    explicit Tables(BIBLookupProc lookup);
+
+    PDFSETTINGS_RUNTIME_TABLES(PDFSETTINGS_TABLE)
+};
+
+// What a runtime has on which the component is started.
+struct Bindings : Tables {
     explicit Bindings(BIBLookupProc lookup);
 
-#define PDFSETTINGS_TABLE(member, interfaceName, ROWS) _t_##interfaceName member;
-    PDFSETTINGS_TABLES(PDFSETTINGS_TABLE)
-#undef PDFSETTINGS_TABLE
+    PDFSETTINGS_COMPONENT_TABLES(PDFSETTINGS_TABLE)
 };
+
+#undef PDFSETTINGS_TABLE
 
 // Values, streams and settings are all containers.
 template <class T>
@@ -81,33 +94,34 @@ using Ref = std::unique_ptr<T, ReleaseContainer<T>>;
 using AtomRef = std::unique_ptr<BIBStringAtom, BIBDeleteStringAtomProc>;
 using BufferRef = std::unique_ptr<BIBSharedBuffer, BIBSharedBuffReleaseProc>;
 
-// Throws the error of a runtime that has no memory left.
-[[noreturn]] void ThrowOutOfMemory();
+// Throws Error (kComponent) with the message of error, whose reference it takes over, or
+// std::bad_alloc for the memory error. Null: does nothing.
+void ThrowIfError(Tables const& tables, BIBError* error);
 
-// Throws Error with the message of error, whose reference it takes over. Null: does nothing.
-void ThrowIfError(Bindings const& tables, BIBError* error);
+// Throws Error (kComponent) with a message of the runtime, or std::bad_alloc where it says so.
+[[noreturn]] void ThrowReported(std::string const& message);
 
-// A reference on an object that nobody owns yet, or that is borrowed. Throws Error for null and for
-// a container that has become invalid: both mean that memory ran out.
+// A reference on an object that nobody owns yet, or that is borrowed. Throws std::bad_alloc for
+// null and for a container that has become invalid: both mean that memory ran out.
 template <class T>
-Ref<T> Share(Bindings const& tables, T* object) {
+Ref<T> Share(Tables const& tables, T* object) {
     if (object == nullptr) {
-        ThrowOutOfMemory();
+        throw std::bad_alloc();
     }
     if (tables.containers.AddRef(AsContainer(object)) == 0) {
         tables.containers.DeleteUnownedContainer(AsContainer(object));
-        ThrowOutOfMemory();
+        throw std::bad_alloc();
     }
     return Ref<T>(object, ReleaseContainer<T>{tables.containers.Release});
 }
 
-// The atom of text. Throws Error when memory runs out and for a text that holds a NUL byte.
-AtomRef MakeAtom(Bindings const& tables, std::string const& text);
+// The atom of text up to a zero byte. Throws std::bad_alloc.
+AtomRef MakeAtom(Tables const& tables, std::string const& text);
 
-// A buffer that holds a copy of bytes. Throws Error when memory runs out.
-BufferRef MakeBuffer(Bindings const& tables, std::string_view bytes);
+// A stream over a copy of bytes. Throws std::bad_alloc and as ThrowIfError.
+Ref<BIBPositionableStream> MakeStream(Tables const& tables, std::string_view bytes);
 
-// text, for a procedure that reads up to a NUL byte. Throws Error when text holds one itself.
-char const* WholeText(std::string const& text);
+// What stream holds from its position on. Throws Error with the stream's reason.
+std::string ReadStream(Tables const& tables, BIBPositionableStream* stream);
 
 } // namespace pdfsettings::detail

@@ -2,7 +2,6 @@
 // services that they are converted by.
 #pragma once
 
-#include "host/detail/Bindings.h"
 #include "platform/CFBase.h"
 
 #include <memory>
@@ -20,20 +19,12 @@ struct CFReleaser {
 template <class Ref>
 using CFRef = std::unique_ptr<std::remove_pointer_t<Ref>, CFReleaser>;
 
-// path, which is UTF-8, as the component wants paths. Throws Error for one that is no UTF-8 or
-// holds a NUL, and when memory runs out.
-BufferRef MakePath(Bindings const& tables, std::string const& path);
-
-// Why the file at path cannot be written, in the system's words, as far as that can be found out
-// now.
-std::string WhyUnwritable(std::string const& path);
-
 // folder as an absolute path without slashes at its end, so that it is the parent of what is listed
 // in it; empty for an empty one.
 std::string FolderPath(std::string const& folder);
 
 // A name in UTF-8 as the component takes it; nothing for one that Mac Roman cannot hold, which no
-// property list can speak of. Throws Error for a NUL in it, and std::bad_alloc.
+// property list can speak of. Throws std::bad_alloc.
 std::optional<std::string> ToComponent(std::string const& application);
 
 // The other way round; every text has a meaning. Throws std::bad_alloc.

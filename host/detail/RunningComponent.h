@@ -4,10 +4,11 @@
 #include "host/detail/Bindings.h"
 #include "pdfsettings/Error.h"
 
-#include <list>
+#include <atomic>
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <shared_mutex>
 #include <string>
 
 namespace pdfsettings::detail {
@@ -15,10 +16,11 @@ namespace pdfsettings::detail {
 // Forgets what was reported on this thread, before a call whose report is asked for.
 void ForgetReport() noexcept;
 
-// Throws Error with the last report on this thread, or with fallback when there is none.
+// Throws Error (kComponent) with the last report on this thread, or with fallback when there is
+// none; std::bad_alloc where the report says so.
 [[noreturn]] void ThrowReport(std::string const& fallback);
 
-// What a procedure of the component gives. Throws Error with what it reported when that is null.
+// What a procedure of the component gives. Throws what it reported when that is null.
 template <class Procedure, class... Arguments>
 auto* Reported(char const* operation, Procedure procedure, Arguments... arguments) {
     ForgetReport();
@@ -29,37 +31,44 @@ auto* Reported(char const* operation, Procedure procedure, Arguments... argument
     return result;
 }
 
-// A component that is loaded and runs, which a process has once at a time. While it lives, the
-// runtime's reports are kept for the text of an exception; afterwards they go where they go by
-// default. Whatever uses the tables holds a share of it, so that the component runs until the last
-// object that belongs to it is gone, or until the program ends: then it stops before its own static
-// objects are destroyed, and what is destroyed later finds it stopped.
+// The component that this process runs, once at a time: one that was started here, which stops when
+// nobody holds it any more and at the latest before the program's static objects are destroyed, or
+// one that a host runs, which is only used and never stopped.
 class RunningComponent {
 public:
-    // Throws Error; nothing stays started or loaded then.
+    // The one that runs, or the usual one, which is started and then runs until the program ends.
+    // Throws Error.
+    static std::shared_ptr<RunningComponent> Shared();
+
+    // Starts the one at path. Throws Error, with kInUse when one runs already.
+    static std::shared_ptr<RunningComponent> Start(std::string const& path);
+
+    // Uses the one that a host runs on the runtime behind lookup. Throws the same.
+    static std::shared_ptr<RunningComponent> Attach(BIBLookupProc lookup);
+
+    // Loads the component from path and starts it. Throws Error; nothing stays started or loaded
+    // then. REQUIRES, here and below: none runs.
     explicit RunningComponent(std::string const& path);
+    // Uses the one behind lookup.
+    explicit RunningComponent(BIBLookupProc lookup);
     ~RunningComponent();
     RunningComponent(RunningComponent const&) = delete;
     RunningComponent& operator=(RunningComponent const&) = delete;
 
-    using OwnedSettings = std::list<Ref<::PDFSettings>>;
+    BIBLookupProc Lookup() const noexcept { return fLookup; }
+    bool IsHosts() const noexcept { return fPath.empty(); }
+    bool HasStopped() const noexcept;
 
-    // Takes settings over until they are given back. REQUIRES: the caller has its Turn.
-    OwnedSettings::iterator Own(Ref<::PDFSettings> settings);
+    // Does nothing for one that has stopped or that a host runs.
+    void Stop() noexcept;
 
-    // Releases settings. Waits for other threads. Does nothing when the component has stopped.
-    void GiveBack(OwnedSettings::iterator settings) noexcept;
-
+    // Throws Error (kComponent) for one that a host runs, since no row tells its version.
     long Version() const;
 
 private:
     friend class Turn;
 
-    // Claims the right to run the component, which the destructor gives back.
-    RunningComponent();
-
-    void Start();
-    void Stop() noexcept;
+    void Initialize();
     static void StopAtExit() noexcept;
 
     // An exported procedure. Throws Error when there is none of that name.
@@ -69,33 +78,55 @@ private:
     }
     void* FindSymbol(char const* name) const;
 
-    std::recursive_mutex fInUse;
-    std::string fPath;
+    BIBLookupProc fLookup;
+    std::string fPath; // empty for one that a host runs
     std::unique_ptr<void, int (*)(void*)> fModule;
     decltype(&PDFSettingsTerminate) fTerminate = nullptr; // null while it does not run
     std::optional<Bindings> fTables;
-    OwnedSettings fSettings;
+    std::shared_mutex fAlive; // held by calls together, and by the stop alone
+    // The unregister counter at the time of the first list; 0 before.
+    std::atomic<unsigned long> fListedAt = 0;
 };
 
-// The right to call the component and the runtime, which one thread has at a time: the component
-// itself locks nothing. A thread that has it may take it again.
+// The lock around calls into the component, which the runtime has for all that use it.
+struct CallsLock {
+    // NOLINTBEGIN(readability-identifier-naming): the names of the standard's locks
+    void lock() noexcept;
+    void unlock() noexcept;
+    // NOLINTEND(readability-identifier-naming)
+};
+
+// The right to call the component and the runtime. A thread that has it may take it again.
 class Turn {
 public:
-    // Waits for the other threads. Throws Error when the component has stopped.
-    // REQUIRES: running outlives this.
-    explicit Turn(RunningComponent& running) : fGuard(running.fInUse), fTables(*running.fTables) {
-        if (running.fTerminate == nullptr) {
-            throw Error("the settings component has stopped: the program is ending");
-        }
-    }
+    // Lists may be read by many threads at once, except for the first one, which binds what it
+    // needs. Everything else waits for its turn: validation has one list for the whole process.
+    enum class Use { kAlone, kList };
+
+    // Waits for the other threads. Throws Error (kStopped) when the component has stopped.
+    explicit Turn(
+        std::shared_ptr<RunningComponent> running = RunningComponent::Shared(),
+        Use use = Use::kAlone);
+    ~Turn();
+    Turn(Turn const&) = delete;
+    Turn& operator=(Turn const&) = delete;
 
     // The tables, for as long as this lives.
-    Bindings const& operator*() const noexcept { return fTables; }
-    Bindings const* operator->() const noexcept { return &fTables; }
+    Bindings const& operator*() const noexcept { return *fRunning->fTables; }
+    Bindings const* operator->() const noexcept { return &*fRunning->fTables; }
+
+    BIBLookupProc Lookup() const noexcept { return fRunning->Lookup(); }
+
+    // Says that a list was read.
+    void NoteList() noexcept;
 
 private:
-    std::lock_guard<std::recursive_mutex> fGuard;
-    Bindings const& fTables;
+    void RequireRunning() const;
+
+    std::shared_ptr<RunningComponent> fRunning;
+    CallsLock fCalls;
+    std::unique_lock<CallsLock> fAlone;
+    std::shared_lock<std::shared_mutex> fAlive;
 };
 
 } // namespace pdfsettings::detail

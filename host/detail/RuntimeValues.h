@@ -1,4 +1,4 @@
-// From the runtime's values and streams to plain ones, and back.
+// From the runtime's values to plain ones.
 #pragma once
 
 #include "host/detail/Bindings.h"
@@ -6,35 +6,43 @@
 
 #include <functional>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace pdfsettings::detail {
 
-// A new dictionary with copies of all values. Throws Error when memory runs out, and for a NUL in a
-// key, a word, the name of a binary type or a 16-bit text: the runtime ends all of these with one.
-Ref<POSDict> BuildValues(Bindings const& tables, Dictionary const& values);
+struct SettingsValues {
+    Dictionary fValues;
+    std::string fTail; // what follows settings in their file
+};
 
-// A deep copy. Throws Error when memory runs out and for a value of an unknown kind.
-Dictionary ReadValues(Bindings const& tables, POSDict* dict);
+// A deep copy. Throws std::bad_alloc, and Error (kComponent) for a value that no file can hold.
+SettingsValues ReadValues(Tables const& tables, POSDict* dict);
 
-// Calls visit with a copy of each dictionary in array, one at a time; other elements are passed
-// over. Throws the same.
-void ReadRecords(
-    Bindings const& tables, POSArray* array, std::function<void(Dictionary const&)> const& visit);
+// Calls visit with each dictionary in array; other elements are passed over.
+void ForEachDict(Tables const& tables, POSArray* array, std::function<void(POSDict*)> const& visit);
 
-// value if there is one of that kind, else null.
-template <class Kind>
-Kind const* As(Value const* value) {
-    return value == nullptr ? nullptr : value->If<Kind>();
-}
+// Reads the fields of records, whose keys are made once. A field that is missing or of another kind
+// is empty.
+class FieldReader {
+public:
+    // key outlives nothing: it is copied.
+    FieldReader(Tables const& tables, char const* key)
+        : fTables(tables),
+          fKey(MakeAtom(tables, key)) {}
 
-// The value under key if it is of that kind, else an empty one.
-template <class Kind>
-Kind FieldOf(Dictionary const& record, char const* key) {
-    auto const* const field = As<Kind>(record.Get(key));
-    return field == nullptr ? Kind() : *field;
-}
+    std::string Text(POSDict* record) const;
+    std::u16string Text16(POSDict* record) const;
+    double Number(POSDict* record) const;
+    std::string Bytes(POSDict* record) const;
+    // The numbers of a nested dictionary with their keys.
+    std::vector<std::pair<std::string, double>> Numbers(POSDict* record) const;
 
-// What stream holds from its position on. Throws Error with the stream's reason.
-std::string ReadStream(Bindings const& tables, BIBPositionableStream* stream);
+private:
+    POSObject* Get(POSDict* record) const { return fTables.dicts.Get(record, fKey.get()); }
+
+    Tables const& fTables;
+    AtomRef fKey;
+};
 
 } // namespace pdfsettings::detail

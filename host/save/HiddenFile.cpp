@@ -94,7 +94,7 @@ bool HiddenFile::MakeFile(bool isNameless, mode_t mode) {
 void HiddenFile::Look() {
     fSeen = SeenFile::Open(fTarget.folder, fName);
     if (!fSeen || !fSeen->Is(fFile)) {
-        throw Error("the new file was replaced");
+        throw Error(Fault::kSystem, "the new file was replaced");
     }
     fFile = Descriptor();
 }

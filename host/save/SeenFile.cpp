@@ -253,11 +253,11 @@ SeenFile::SeenFile(Descriptor file)
 
 void SeenFile::RequireWritable(Descriptor const& folder, std::string const& name) const {
     if ((fTraits.mode & S_IWUSR) == 0) {
-        throw ReadOnlyError("read-only");
+        throw Error(Fault::kReadOnly, "read-only");
     }
     int const error = AskToWrite(fFile, folder, name);
     if (error == EACCES || error == EPERM || error == EROFS) {
-        throw ReadOnlyError("read-only: " + std::generic_category().message(error));
+        throw Error(Fault::kReadOnly, "read-only: " + std::generic_category().message(error));
     }
     if (error != 0) {
         ThrowSystemError(error);

@@ -16,13 +16,14 @@ namespace pdfsettings::detail {
 inline constexpr int kReadingAtOnce = O_RDONLY | O_NONBLOCK | O_NOCTTY;
 
 // What open gives, which opens a file without waiting: another program may have a lease on the
-// file, which the system asks it to give up. Throws BusyError when it does not.
+// file, which the system asks it to give up. Throws Error (kBusy) when it does not.
 template <class Open>
 Descriptor OpenWithoutWaiting(Deadline deadline, Open open) {
     Descriptor file = open();
     while (!file.IsOpen() && errno == EWOULDBLOCK) {
         if (!deadline.Pause()) {
-            throw BusyError("another program does not give up its lease on it; try again");
+            throw Error(
+                Fault::kBusy, "another program does not give up its lease on it; try again");
         }
         file = open();
     }
@@ -52,11 +53,11 @@ std::vector<std::string> GiveTraits(FileTraits const& traits, Descriptor const& 
 class SeenFile {
 public:
     // The item of that name in folder, or none. Waits for a program that has a lease on it. Throws
-    // BusyError when the time is over, and Error, also for an item that is no regular file.
+    // Error (kBusy) when the time is over, and Error, also for an item that is no regular file.
     static std::optional<SeenFile> Open(
         Descriptor const& folder,
         std::string const& name,
-        Deadline deadline = Deadline(SaveOptions().timeout));
+        Deadline deadline = Deadline(kUsualWait));
 
     std::string const& Bytes() const noexcept { return fBytes; }
     FileTraits const& Traits() const noexcept { return fTraits; }
@@ -64,7 +65,7 @@ public:
     // Whether it is the same file.
     bool Is(Descriptor const& file) const { return IsSameFile(StatusOf(file), fStatus); }
 
-    // Throws ReadOnlyError where the owner has no write permission or the caller may not write.
+    // Throws Error (kReadOnly) where the owner has no write permission or the caller may not write.
     // folder and name are those that it was opened by.
     void RequireWritable(Descriptor const& folder, std::string const& name) const;
 

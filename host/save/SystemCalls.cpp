@@ -27,7 +27,12 @@ auto Repeat(Call call) -> decltype(call()) {
 } // namespace
 
 void ThrowSystemError(int error) {
-    throw Error(std::generic_category().message(error));
+    throw Error(
+        Fault::kSystem,
+        std::generic_category().message(error),
+        {},
+        {},
+        {error, std::generic_category()});
 }
 
 void ThrowIfNegative(long result) {
@@ -97,7 +102,7 @@ void RequireRegular(struct stat const& status) {
         ThrowSystemError(EISDIR);
     }
     if (!S_ISREG(status.st_mode)) {
-        throw Error("not a regular file");
+        throw Error(Fault::kSystem, "not a regular file");
     }
 }
 
@@ -108,7 +113,7 @@ namespace {
 void RequireSize(std::size_t size) {
     constexpr std::size_t kLargest = std::size_t{256} << 20;
     if (size > kLargest) {
-        throw Error("larger than 256 MiB");
+        throw Error(Fault::kSystem, "larger than 256 MiB");
     }
 }
 

@@ -148,9 +148,10 @@ private:
         Place end = NamesDescriptor(text) ? AtDescriptor(text)
                                           : Go(Duplicate(link.fFolder.Number()), text, shown);
         if (!IsTrusted(StatusOf(link.fItem), StatusOf(link.fFolder), OwnerOf(end))) {
-            throw LinkError(
+            throw Error(
+                Fault::kUntrusted,
                 "the link " + shown + link.fName +
-                " is not followed: it belongs to another user than what it leads to");
+                    " is not followed: it belongs to another user than what it leads to");
         }
         return end;
     }
@@ -175,7 +176,7 @@ Target AtStream(Descriptor stream) {
 
 void RequireWhole(std::string const& path) {
     if (path.find('\0') != std::string::npos) {
-        throw Error("the path holds a NUL byte");
+        throw Error(Fault::kSystem, "the path holds a NUL byte");
     }
 }
 
@@ -258,12 +259,44 @@ constexpr unsigned long kNetworkMagics[] = {
     kSmb2Magic,
     kCephMagic};
 
-// The folders that this thread has locked.
-thread_local std::vector<struct stat> gHeldFolders;
+} // namespace
 
-auto FindHeld(struct stat const& folder) {
-    return std::ranges::find_if(
-        gHeldFolders, [&](struct stat const& held) { return IsSameFile(held, folder); });
+// A folder that is locked, by a descriptor of its own.
+struct HeldFolder {
+    explicit HeldFolder(Descriptor folder)
+        : fFolder(std::move(folder)),
+          fStatus(StatusOf(fFolder)) {}
+    HeldFolder(HeldFolder const&) = delete;
+    HeldFolder& operator=(HeldFolder const&) = delete;
+
+    // A child process may have a copy of the descriptor, so closing it would not be enough; and the
+    // child must not end the lock of its parent.
+    ~HeldFolder() {
+        if (fIsLocked && fProcess == getpid()) {
+            flock(fFolder.Number(), LOCK_UN);
+        }
+    }
+
+    Descriptor fFolder;
+    struct stat fStatus;
+    pid_t fProcess = getpid();
+    bool fIsLocked = false;
+};
+
+namespace {
+
+// The folders that this thread has locked.
+thread_local std::vector<std::weak_ptr<HeldFolder>> gHeldFolders;
+
+std::shared_ptr<HeldFolder> FindHeld(struct stat const& folder) {
+    std::erase_if(gHeldFolders, [](auto const& held) { return held.expired(); });
+    for (auto const& weak : gHeldFolders) {
+        auto held = weak.lock();
+        if (held != nullptr && IsSameFile(held->fStatus, folder)) {
+            return held;
+        }
+    }
+    return nullptr;
 }
 
 } // namespace
@@ -292,20 +325,25 @@ FolderLock::FolderLock(Target const& target, Deadline deadline) {
         fWarning = "its folder may not be read, so other programs are not kept out";
         return;
     }
-    fFolder = StatusOf(target.folder);
-    // All that could fail comes before the lock is taken.
     if (IsOnNetwork(target.folder)) {
         fWarning =
             "it lies on a network file system, so programs on other machines are not kept out";
     }
-    if (FindHeld(fFolder) == gHeldFolders.end()) {
+    fHeld = FindHeld(StatusOf(target.folder));
+    if (fHeld == nullptr) {
+        // All that could fail comes before the lock is taken.
         gHeldFolders.reserve(gHeldFolders.size() + 1);
-        Take(target, deadline);
+        fHeld =
+            std::make_shared<HeldFolder>(Opened(fcntl(target.folder.Number(), F_DUPFD_CLOEXEC, 0)));
+        Take(deadline);
+        gHeldFolders.push_back(fHeld);
     }
 }
 
-void FolderLock::Take(Target const& target, Deadline deadline) {
-    while (flock(target.folder.Number(), LOCK_EX | LOCK_NB) != 0) {
+FolderLock::~FolderLock() = default;
+
+void FolderLock::Take(Deadline deadline) {
+    while (flock(fHeld->fFolder.Number(), LOCK_EX | LOCK_NB) != 0) {
         if (errno == ENOLCK || errno == EOPNOTSUPP || errno == ENOSYS) {
             fWarning = "its folder cannot be locked, so other programs are not kept out";
             return;
@@ -314,21 +352,10 @@ void FolderLock::Take(Target const& target, Deadline deadline) {
             ThrowSystemError(errno);
         }
         if (!deadline.Pause()) {
-            throw BusyError("another program is changing files in its folder; try again");
+            throw Error(Fault::kBusy, "another program is changing files in its folder; try again");
         }
     }
-    gHeldFolders.push_back(fFolder);
-    fNumber = target.folder.Number();
-    fProcess = getpid();
-}
-
-// A child process may have a copy of the descriptor, so closing it would not be enough; and the
-// child must not end the lock of its parent.
-FolderLock::~FolderLock() {
-    if (fNumber >= 0 && fProcess == getpid()) {
-        gHeldFolders.erase(FindHeld(fFolder));
-        flock(fNumber, LOCK_UN);
-    }
+    fHeld->fIsLocked = true;
 }
 
 } // namespace pdfsettings::detail

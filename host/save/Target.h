@@ -4,7 +4,9 @@
 
 #include "host/save/SystemCalls.h"
 
+#include <algorithm>
 #include <chrono>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -26,8 +28,8 @@ struct Target {
 
 // Follows path. A link on the way is followed only where no other user can have planted it: it
 // belongs to the owner of what it leads to, or it belongs to root or to the effective user, has one
-// name, and lies in a folder that nobody else owns or may write to. Throws LinkError for another
-// one, and Error with the system's reason.
+// name, and lies in a folder that nobody else owns or may write to. Throws Error (kUntrusted) for
+// another one, and Error with the system's reason.
 Target FindTarget(std::string const& path);
 
 // The folder that path itself lies in, for a lock on it: the last link is not followed. Without an
@@ -52,23 +54,28 @@ bool IsNullDevice(struct stat const& status) noexcept;
 class Deadline {
 public:
     explicit Deadline(std::chrono::milliseconds limit)
-        : fEnd(std::chrono::steady_clock::now() + limit) {}
+        : fEnd(std::chrono::steady_clock::now() + std::min(limit, kLongest)) {}
 
     // Sleeps until the next attempt; false, at once, when the time is over.
     bool Pause();
 
 private:
+    // No clock has an end for the longest duration.
+    static constexpr std::chrono::milliseconds kLongest = std::chrono::hours(24 * 365);
+
     std::chrono::steady_clock::time_point fEnd;
     std::chrono::milliseconds fPause{1};
 };
+
+struct HeldFolder;
 
 // The lock on the folder of a target, held as long as this lives. It lies on the folder and not on
 // the file: so it is there before the file is, survives its replacement, and leaves nothing behind.
 // A thread that holds the lock gets it again.
 class FolderLock {
 public:
-    // Waits for other threads and programs. Throws BusyError when the time is over, and Error.
-    // REQUIRES: target has a folder, and its descriptor outlives this.
+    // Waits for other threads and programs. Throws Error (kBusy) when the time is over, and Error.
+    // REQUIRES: target has a folder.
     FolderLock(Target const& target, Deadline deadline);
     ~FolderLock();
     FolderLock(FolderLock const&) = delete;
@@ -78,11 +85,9 @@ public:
     std::string const& Warning() const noexcept { return fWarning; }
 
 private:
-    void Take(Target const& target, Deadline deadline);
+    void Take(Deadline deadline);
 
-    struct stat fFolder {};
-    int fNumber = -1; // of the locked descriptor; -1 when this locked nothing itself
-    pid_t fProcess = 0;
+    std::shared_ptr<HeldFolder> fHeld; // by all locks of the thread on the folder
     std::string fWarning;
 };
 

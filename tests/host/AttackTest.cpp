@@ -1,13 +1,15 @@
 // Another user exchanges what lies in folders that he may write to, while root saves there.
-#include "pdfsettings/Component.h"
+#include "host/detail/Bindings.h"
 #include "pdfsettings/SafeSave.h"
 #include "pdfsettings/Settings.h"
 #include "pdfsettings/SettingsList.h"
+#include "pdfsettings/raw/RawAccess.h"
 #include "tests/support/EnvironmentVariable.h"
 #include "tests/support/Rounds.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <csignal>
+#include <cstring>
 #include <fcntl.h>
 #include <functional>
 #include <grp.h>
@@ -25,7 +27,7 @@ using support::ReadBytes;
 namespace {
 
 constexpr uid_t kAttacker = 12345;
-constexpr SaveOptions kOptions{std::chrono::milliseconds(20), false};
+constexpr std::chrono::milliseconds kShortWait = std::chrono::milliseconds(20);
 
 // Does the same again and again as another user, until it is destroyed.
 class Attacker {
@@ -108,10 +110,8 @@ protected:
     }
 
     static void AddToFile(std::string const& path) {
-        Edit(
-            path,
-            [](EditedFile& edited) { edited.Save(edited.Bytes().value_or("") + "x"); },
-            kOptions);
+        FileLock lock(path, kShortWait);
+        lock.Save(lock.Bytes().value_or("") + "x");
     }
 
     support::TemporaryFolder fFolder;
@@ -166,7 +166,7 @@ TEST_F(AttackTest, ALinkPlantedAtAnOutputIsRefused) {
         [&] {
             while (access((fFolder / "sticky/out").c_str(), F_OK) != 0) {
             }
-            SaveSafely(output, "new", kOptions);
+            SaveSafely(output, "new", kShortWait);
         });
     EXPECT_EQ(saved, 0);
     Survive(
@@ -175,7 +175,7 @@ TEST_F(AttackTest, ALinkPlantedAtAnOutputIsRefused) {
             unlink(output.c_str());
         },
         [&] {
-            SaveSafely(output, "new", LookAt(output), kOptions);
+            SaveSafely(output, "new", LookAt(output), OnConflict::kRefuse, kShortWait);
             unlink(output.c_str());
         });
 }
@@ -184,14 +184,22 @@ TEST_F(AttackTest, AFileThatTheComponentHasJustMadeIsNotExchanged) {
     MakeFolder("theirs", 0755, kAttacker);
     std::string const file = fFolder / "theirs/a";
     std::string const roots = fFolder / "roots/a";
-    Component const component;
-    Settings settings = Settings::FromText(component, "<< /A 1 >> setalembicorparams");
+    Component const component = Component::Start();
+    RawAccess raw;
+    Settings const settings = Settings::Parse("<< /A 1 >> setalembicorparams");
+    detail::Bindings const tables(raw.Lookup());
+    ::PDFSettings* const object = raw.Object(settings);
+    std::u16string const units(file.begin(), file.end());
+    detail::BufferRef const path(
+        tables.buffers.NewBuffer(2 * units.size(), nullptr, nullptr, nullptr, nullptr),
+        tables.buffers.Release);
+    std::memcpy(tables.buffers.GetBuffer(path.get()), units.data(), 2 * units.size());
     Survive(
         [&] {
             unlink(file.c_str());
             static_cast<void>(symlink(roots.c_str(), file.c_str()));
         },
-        [&] { settings.Write(file); });
+        [&] { detail::ThrowIfError(tables, tables.settings.Write(object, path.get())); });
 }
 
 // Root with another user's environment.
@@ -199,7 +207,7 @@ TEST_F(AttackTest, NoFolderIsMadeWhereAnotherUserLeads) {
     MakeFolder("theirs", 0755, kAttacker);
     std::string const way = fFolder / "theirs/d";
     std::string const roots = fFolder / "roots";
-    Component const component;
+    Component const component = Component::Start();
     support::EnvironmentVariable const data("XDG_DATA_HOME", (way + "/data").c_str());
     umask(0);
     std::set<std::string> answers;
@@ -210,7 +218,7 @@ TEST_F(AttackTest, NoFolderIsMadeWhereAnotherUserLeads) {
             mkdir(way.c_str(), 0755);
             rmdir(way.c_str());
         },
-        [&] { answers.insert(SettingsList::UserFolder(component)); });
+        [&] { answers.insert(UserFolder().string()); });
     umask(022);
     EXPECT_EQ(answers, std::set<std::string>{way + "/data/Ardeo/Ardeo PDF/Settings"});
     EXPECT_FALSE(std::filesystem::exists(way + "/data"));
@@ -227,9 +235,10 @@ TEST_F(AttackTest, OneWhoHoldsTheLockOnlyDelaysASave) {
     std::string message;
     while (message.empty()) {
         try {
-            SaveSafely(folder + "/b", "new", kOptions);
-        } catch (BusyError const& error) {
-            message = error.what();
+            SaveSafely(folder + "/b", "new", kShortWait);
+        } catch (Error const& error) {
+            EXPECT_EQ(error.Code(), Fault::kBusy);
+            message = error.Message();
         }
     }
     EXPECT_EQ(message, "another program is changing files in its folder; try again");
@@ -244,8 +253,9 @@ TEST_F(AttackTest, AsksForTheRightsOfTheEffectiveUser) {
     ASSERT_EQ(seteuid(kAttacker), 0);
     try {
         SaveSafely(file, "new");
-    } catch (ReadOnlyError const& error) {
-        message = error.what();
+    } catch (Error const& error) {
+        EXPECT_EQ(error.Code(), Fault::kReadOnly);
+        message = error.Message();
     }
     EXPECT_TRUE(IsReadOnly(file));
     EXPECT_EQ(seteuid(0), 0);

@@ -5,6 +5,7 @@
 
 #include <cstring>
 #include <gtest/gtest.h>
+#include <new>
 
 using namespace pdfsettings;
 
@@ -30,7 +31,7 @@ std::string MessageWithout(char const* operation) {
     try {
         detail::Bindings const bindings(&LookupWithoutOne);
     } catch (Error const& error) {
-        return error.what();
+        return error.Message();
     }
     return "all rows were found";
 }
@@ -63,6 +64,6 @@ TEST(Bindings, AnObjectThatCannotBeOwnedIsDeleted) {
     detail::Bindings tables(&LookupWithoutOne);
     bibrt::LiveCounts const live = bibrt::CountLive();
     tables.containers.AddRef = [](BIBContainer* /*container*/) { return 0L; };
-    EXPECT_THROW(detail::Share(tables, tables.dicts.NewPOSDict()), Error);
+    EXPECT_THROW(detail::Share(tables, tables.dicts.NewPOSDict()), std::bad_alloc);
     EXPECT_EQ(live, bibrt::CountLive());
 }

@@ -2,112 +2,126 @@
 
 #include "api/BIBRuntime.h"
 #include "api/PDFSettings.h"
-#include "host/detail/FilePath.h"
-#include "pdfsettings/Error.h"
-#include "pdfsettings/RawAccess.h"
+#include "host/detail/RunningComponent.h"
 #include "pdfsettings/Settings.h"
+#include "pdfsettings/raw/RawAccess.h"
 #include "runtime/objects/Diagnostics.h"
+#include "tests/support/ErrorOf.h"
 
 #include <cstdio>
 #include <cstdlib>
 #include <dlfcn.h>
-#include <filesystem>
 #include <gtest/gtest.h>
+#include <new>
 #include <optional>
 
 using namespace pdfsettings;
+using support::CodeOf;
 
 namespace {
 
-std::string StartError(std::string const& path) {
-    try {
-        Component const component(path);
-    } catch (Error const& error) {
-        return error.what();
-    }
-    return "started";
+std::optional<Fault> StartCode() {
+    return CodeOf([] { Component::Start(); });
 }
 
-std::string const kText = "<</A 1>>setalembicorparams";
+// Whether the component validates.
+bool IsUsable() {
+    static Schema const kSchema = Schema::Parse("< PDFSettings < A number optional < > > >");
+    return Settings::Parse("<</A 1>>setalembicorparams", kSchema).Validate().empty();
+}
 
-// What is destroyed last in a program may use its settings once more.
+// What is destroyed last in a program may use the component once more.
 struct Last {
     ~Last() {
-        try {
-            fSettings->Text();
-            std::fputs("used", stderr);
-        } catch (Error const& error) {
-            std::fputs(error.what(), stderr);
-        }
+        std::string const message =
+            support::MessageOf([this] { detail::Turn const turn(fRunning); });
+        std::fputs(message.c_str(), stderr);
     }
 
-    std::optional<Component> fComponent;
-    std::optional<Settings> fSettings;
+    std::shared_ptr<detail::RunningComponent> fRunning;
 };
+
+// Runs the component as a host does that knows nothing of this library.
+class Host {
+public:
+    explicit Host(BIBLookupProc lookup = &BIBRuntimeLookup)
+        : fFile(dlopen(Component::DefaultPath().c_str(), RTLD_NOW | RTLD_LOCAL)) {
+        EXPECT_EQ(Find<decltype(&PDFSettingsInitialize)>("PDFSettingsInitialize")(lookup), 1);
+    }
+    ~Host() {
+        Find<decltype(&PDFSettingsTerminate)>("PDFSettingsTerminate")();
+        dlclose(fFile);
+    }
+    Host(Host const&) = delete;
+    Host& operator=(Host const&) = delete;
+
+    static bool IsRunning() {
+        return BIBRuntimeLookup("PDFSettingsInterface", "IsDirty", "PDFSettingsIsDirtyProc") !=
+               nullptr;
+    }
+
+private:
+    template <class Proc>
+    Proc Find(char const* name) const {
+        return reinterpret_cast<Proc>(dlsym(fFile, name));
+    }
+
+    void* fFile;
+};
+
+int gLookups = 0;
+
+// A runtime of a host's own, as far as this library sees.
+void* CountingLookup(char const* interfaceName, char const* procName, char const* procType) {
+    ++gLookups;
+    return BIBRuntimeLookup(interfaceName, procName, procType);
+}
+
+// What a report is written to while work runs.
+template <class Work>
+std::string Reported(Work work) {
+    testing::internal::CaptureStderr();
+    work();
+    return testing::internal::GetCapturedStderr();
+}
+
+void Report(char const* message) {
+    reinterpret_cast<BIBReportErrorProc>(
+        BIBRuntimeLookup("BIB", "BIBReportError", "BIBReportError"))(message);
+}
 
 } // namespace
 
-TEST(Component, TellsItsVersion) {
-    EXPECT_EQ(Component().Version(), 0x10400);
-}
-
-TEST(Component, RunsOnceAtATime) {
-    Component const running;
-    EXPECT_EQ(
-        StartError(Component::DefaultPath()),
-        "the settings component is in use already: a process can run it only once");
-    EXPECT_EQ(Settings::FromText(running, kText).Values().Size(), 1u);
-}
-
-TEST(Component, LeavesWhatAnotherHostStarted) {
-    void* const file = dlopen(Component::DefaultPath().c_str(), RTLD_NOW | RTLD_LOCAL);
-    auto const find = [file](char const* name) { return dlsym(file, name); };
-    auto const initialize =
-        reinterpret_cast<decltype(&PDFSettingsInitialize)>(find("PDFSettingsInitialize"));
-    auto const terminate =
-        reinterpret_cast<decltype(&PDFSettingsTerminate)>(find("PDFSettingsTerminate"));
-    ASSERT_EQ(1, initialize(&BIBRuntimeLookup));
-    EXPECT_EQ(
-        StartError(Component::DefaultPath()),
-        "the settings component is in use already: a process can run it only once");
-    EXPECT_NE(
-        nullptr, BIBRuntimeLookup("PDFSettingsInterface", "IsDirty", "PDFSettingsIsDirtyProc"));
-    terminate();
-    dlclose(file);
-    EXPECT_EQ(StartError(Component::DefaultPath()), "started");
-}
-
-TEST(Component, MayBeStartedAgain) {
+TEST(Component, RunsOnceAtATimeAndMayBeStartedAgain) {
     for (int round = 0; round < 3; ++round) {
-        Component const component;
-        EXPECT_EQ(Settings::FromText(component, kText).Values().Size(), 1u) << round;
+        std::optional<Component> running(Component::Start());
+        EXPECT_EQ(running->Version(), 0x10400);
+        EXPECT_EQ(StartCode(), Fault::kInUse);
+        Component const shared = Component::Shared();
+        running.reset();
+        EXPECT_TRUE(IsUsable());
+        EXPECT_EQ(StartCode(), Fault::kInUse) << "a handle is left";
     }
+    EXPECT_EQ(StartCode(), std::nullopt);
+    EXPECT_FALSE(Host::IsRunning());
 }
 
-TEST(Component, RunsUntilTheLastSettingsAreGone) {
-    std::optional<Settings> settings;
-    {
-        Component const component;
-        settings = Settings::FromText(component, kText);
-    }
-    EXPECT_EQ(settings->Values().Size(), 1u);
-    EXPECT_NE(StartError(Component::DefaultPath()), "started");
-    settings.reset();
-    EXPECT_EQ(StartError(Component::DefaultPath()), "started");
-}
-
-// The component is loaded after the object is made, and so its own static objects end before.
-TEST(ComponentDeathTest, StopsBeforeTheProgramHasEnded) {
+// Nobody asks for one, and it runs until the program ends.
+TEST(ComponentDeathTest, IsStartedAtFirstUseAndStopsBeforeTheProgramHasEnded) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(
         {
             static Last last;
-            last.fComponent.emplace();
-            last.fSettings = Settings::FromText(*last.fComponent, kText);
-            std::exit(0);
+            last.fRunning = detail::RunningComponent::Shared();
+            std::exit(IsUsable() && StartCode() == Fault::kInUse ? 0 : 1);
         },
         testing::ExitedWithCode(0),
         "the settings component has stopped: the program is ending");
+}
+
+// Whether the component starts; false also where there is no memory for the error.
+static bool Starts() try { return !StartCode(); } catch (std::bad_alloc const&) {
+    return false;
 }
 
 TEST(Component, StartsWholeOrNotAtAll) {
@@ -118,58 +132,14 @@ TEST(Component, StartsWholeOrNotAtAll) {
         for (unsigned long n = 1; isReached; ++n) {
             unsigned long const start = bibrt::CountAllocations();
             bibrt::FailAllocation(n, andAllLater);
-            failures += StartError(Component::DefaultPath()) == "started" ? 0 : 1;
+            failures += Starts() ? 0 : 1;
             isReached = bibrt::CountAllocations() - start >= n;
             bibrt::ResetFailures();
             EXPECT_EQ(live, bibrt::CountLive()) << n;
         }
     }
     EXPECT_GT(failures, 10);
-    EXPECT_EQ("started", StartError(Component::DefaultPath()));
-}
-
-TEST(Component, GivesTheErrorChannelBack) {
-    auto const report = reinterpret_cast<BIBReportErrorProc>(
-        BIBRuntimeLookup("BIB", "BIBReportError", "BIBReportError"));
-    testing::internal::CaptureStderr();
-    {
-        Component const component;
-        report("while it runs");
-    }
-    report("afterwards");
-    std::string const written = testing::internal::GetCapturedStderr();
-    EXPECT_EQ(written.find("while it runs"), std::string::npos);
-    EXPECT_NE(written.find("afterwards"), std::string::npos);
-}
-
-TEST(FolderPath, IsAbsoluteAndEndsInNoSlash) {
-    std::string const current = std::filesystem::current_path().string();
-    for (auto const& [folder, path] :
-         {std::pair<std::string, std::string>("", ""),
-          {"/", "/"},
-          {"//", "/"},
-          {"/a/b//", "/a/b"},
-          {"a/", current + "/a"}}) {
-        EXPECT_EQ(detail::FolderPath(folder), path) << folder;
-    }
-}
-
-TEST(RawAccess, GivesTheTablesAndTheObjectAndKeepsTheComponentRunning) {
-    std::optional<Component> component(std::in_place);
-    std::optional<Settings> settings(Settings::FromText(*component, kText));
-    RawAccess const raw(*component);
-    RawAccess const again(*component);
-    auto const isDirty = reinterpret_cast<PDFSettingsIsDirtyProc>(
-        raw.Lookup()("PDFSettingsInterface", "IsDirty", "PDFSettingsIsDirtyProc"));
-    EXPECT_EQ(1, isDirty(again.Object(*settings))) << "bound to no file";
-    EXPECT_EQ(settings->Text().substr(0, 2), "<<") << "the API goes on working";
-
-    settings.reset();
-    component.reset();
-    EXPECT_NE(
-        nullptr,
-        raw.Lookup()(
-            "PDFSettingsStatics", "GetListofPDFSettings", "PDFSettingsGetListofPDFSettingsProc"));
+    EXPECT_EQ(StartCode(), std::nullopt);
 }
 
 TEST(Component, AFileThatIsNoComponentIsRefused) {
@@ -182,8 +152,58 @@ TEST(Component, AFileThatIsNoComponentIsRefused) {
         {"libm.so.6", "libm.so.6 is no settings component: it has no PDFSettingsTerminate"},
     };
     for (auto const& [path, message] : cases) {
-        std::string const error = StartError(path);
-        EXPECT_EQ(error.substr(0, std::string(message).size()), message);
+        auto const error = support::ErrorOf([&, &file = path] { Component::Start(file); });
+        ASSERT_TRUE(error) << path;
+        EXPECT_EQ(error->Code(), Fault::kComponent);
+        EXPECT_EQ(error->Message().substr(0, std::string(message).size()), message);
     }
-    EXPECT_EQ(StartError(Component::DefaultPath()), "started");
+    EXPECT_EQ(StartCode(), std::nullopt);
+}
+
+// What the host's own calls report goes where the host sends it.
+TEST(Component, UsesOneThatAHostRunsAndNeverStopsIt) {
+    std::optional<Host> host(std::in_place);
+    EXPECT_EQ(StartCode(), Fault::kInUse);
+    EXPECT_TRUE(IsUsable());
+    EXPECT_EQ(CodeOf([] { Component::Shared().Version(); }), Fault::kComponent);
+    EXPECT_NE(Reported([] { Report("the host's"); }).find("the host's"), std::string::npos);
+    {
+        detail::Turn const turn;
+        EXPECT_EQ(Reported([] { Report("this library's"); }), "");
+        detail::Turn const inner;
+    }
+    EXPECT_NE(Reported([] { Report("again"); }).find("again"), std::string::npos);
+    std::shared_ptr<detail::RunningComponent> const held = detail::RunningComponent::Shared();
+    EXPECT_TRUE(Host::IsRunning());
+    host.reset();
+    EXPECT_EQ(CodeOf([&] { detail::Turn const turn(held); }), Fault::kStopped);
+    host.emplace();
+    EXPECT_TRUE(IsUsable());
+    host.reset();
+    EXPECT_EQ(StartCode(), std::nullopt);
+}
+
+TEST(Component, IsAttachedThroughTheLookupOfAHost) {
+    EXPECT_EQ(CodeOf([] { RawAccess::Attach(&CountingLookup); }), Fault::kStopped);
+    Host const host(&CountingLookup);
+    {
+        gLookups = 0;
+        Component const component = RawAccess::Attach(&CountingLookup);
+        EXPECT_GT(gLookups, 50);
+        EXPECT_TRUE(IsUsable());
+        EXPECT_EQ(CodeOf([] { RawAccess::Attach(&CountingLookup); }), Fault::kInUse);
+    }
+    EXPECT_TRUE(Host::IsRunning());
+}
+
+TEST(RawAccess, GivesTheTablesAndAnObjectWithTheSettings) {
+    Component const component = Component::Start();
+    Settings const settings = Settings::Parse("<</A 1>>setalembicorparams");
+    RawAccess raw;
+    RawAccess again;
+    detail::Bindings const tables(raw.Lookup());
+    auto const stream =
+        detail::Share(tables, tables.settings.GetJobOptionsData(again.Object(settings)));
+    EXPECT_EQ(detail::ReadStream(tables, stream.get()).substr(0, 11), "<<\r\n  /A 1\r");
+    EXPECT_TRUE(IsUsable()) << "the API goes on working";
 }

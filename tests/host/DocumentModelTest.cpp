@@ -1,7 +1,7 @@
 // A document against a generator that knows what it puts into a text: each setting with its place
 // and value, and each finding with its kind and place.
+#include "pdfsettings/Component.h"
 #include "pdfsettings/Document.h"
-#include "pdfsettings/Splice.h"
 #include "tests/support/Agreement.h"
 #include "tests/support/Rounds.h"
 
@@ -26,26 +26,26 @@ std::vector<Sample> const& Samples() {
         {"12", 12.0},
         {"-1.5", -1.5},
         {"0x10", 16.0},
-        {"/All", Word{"All"}},
-        {"/A#", Word{"A#"}},
-        {"true", Word{"true"}},
-        {"()", String{""}},
-        {"(a \\) / << % b)", String{"a \\) / << % b"}},
-        {"(one\r\ntwo)", String{"one\r\ntwo"}},
+        {"/All", Name{"All"}},
+        {"/A#", Name{"A#"}},
+        {"true", Name{"true"}},
+        {"()", RawString{""}},
+        {"(a \\) / << % b)", RawString{"a \\) / << % b"}},
+        {"(one\r\ntwo)", RawString{"one\r\ntwo"}},
         {"<FEFF 0041>", HexString{"FEFF 0041"}},
         {"010", 8.0, "octal: the leading 0 makes 010 octal, and it is read as 8: write 10"},
         {"(a(b)c)",
-         String{"a(b"},
+         RawString{"a(b"},
          "nested-brackets: brackets do not nest, and the string ends at the first ): write \\( and "
          "\\) inside",
          true},
         {"(a\\\\\\)",
-         String{"a\\\\\\"},
+         RawString{"a\\\\\\"},
          "backslashes: only a backslash alone escapes a ): behind three of them the string ends"},
         {"<0 g>",
          HexString{"0 g"},
          "bad-hex: a hexadecimal string holds digits 0 to 9 and A to F only"},
-        {"/ x", Word{" x"}, "odd-name: a name begins with a blank or a delimiter"},
+        {"/ x", Name{" x"}, "odd-name: a name begins with a blank or a delimiter"},
         {"12abc", 12.0, "stuck: \"12abc\" is read as 12: remove \"abc\"", true},
         {"1e5",
          1.0,
@@ -53,7 +53,7 @@ std::vector<Sample> const& Samples() {
          true},
         {"1,5", 1.0, "stuck: \"1,5\" is read as 1: write 1.5, or leave the comma out", true},
         {"08", 0.0, "stuck: \"08\" is read as 0, for a leading 0 makes it octal: write 8", true},
-        {"trueish", Word{"true"}, "stuck: \"trueish\" is read as true: remove \"ish\"", true},
+        {"trueish", Name{"true"}, "stuck: \"trueish\" is read as true: remove \"ish\"", true},
         {"-", 0.0, "no-number: a sign without digits is read as 0", true},
     };
     return kSamples;
@@ -129,15 +129,15 @@ private:
         std::string const key = "K" + std::to_string(Below(8));
         Span const span = Add("/" + key);
         fHasRest = false;
-        if (values.Get(key) != nullptr) {
+        if (values.FindKey(key) != nullptr) {
             Find("duplicate: /" + key + " stands here again: the value before is lost", span);
             Forget(prefix + key);
         }
         Separate();
         Value const value = AddValue(prefix + key, span, depth, mayLeaveRest);
-        fName = value.If<Word>() != nullptr ? fText.substr(fEntries.back().fValue.begin) : "";
+        fName = value.If<Name>() ? fText.substr(fEntries.back().fValue.begin) : "";
         fName = fName.starts_with('/') ? fName : "";
-        values.Set(key, value);
+        values.SetKey(key, value);
     }
 
     // What a lost value holds is lost too.
@@ -167,7 +167,7 @@ private:
         for (std::size_t index = 0; index < Below(4); ++index) {
             std::string const element = path + "/" + std::to_string(index);
             Span const none{fText.size(), fText.size()};
-            values.Append(AddValue(element, none, depth + 1, /*mayLeaveRest=*/false));
+            values.push_back(AddValue(element, none, depth + 1, /*mayLeaveRest=*/false));
             Separate();
         }
         fText += "]";
@@ -203,34 +203,26 @@ private:
 
 std::vector<std::string> FindingsOf(Document const& document) {
     std::vector<std::string> findings;
-    for (TextFinding const& finding : document.Findings()) {
-        EXPECT_EQ(finding.severity, Severity::kWarning);
+    for (Finding const& finding : document.Findings()) {
+        EXPECT_EQ(finding.Level(), Severity::kWarning);
         findings.push_back(
-            std::to_string(finding.span.begin) + "-" + std::to_string(finding.span.end) + " " +
-            finding.id + ": " + finding.message);
+            std::to_string(finding.Bytes()->begin) + "-" + std::to_string(finding.Bytes()->end) +
+            " " + finding.Id() + ": " + finding.Message());
     }
     return findings;
-}
-
-Dictionary WithoutTail(Dictionary values) {
-    values.Remove(kTailKey);
-    return values;
 }
 
 } // namespace
 
 TEST(DocumentModel, FindsWhatAGeneratorPutIn) {
-    Component const component;
+    Component const component = Component::Start();
     for (int seed = 0; seed < support::Rounds(3000) && !testing::Test::HasFailure(); ++seed) {
         Generator const made(static_cast<unsigned>(seed));
         SCOPED_TRACE(made.fText);
         Document const document(made.fText);
         ASSERT_EQ(document.WhyRefused(), Refusal::kNone);
-        EXPECT_EQ(
-            support::Describe(WithoutTail(Settings::FromText(component, made.fText).Values())),
-            support::Describe(made.fValues));
-        EXPECT_EQ(
-            support::Describe(WithoutTail(document.Values())), support::Describe(made.fValues));
+        EXPECT_EQ(support::Outcome(made.fText), support::Outcome(document));
+        EXPECT_EQ(support::Describe(document.Values()), support::Describe(made.fValues));
         EXPECT_EQ(FindingsOf(document), made.fFindings);
         for (Known const& known : made.fEntries) {
             DocumentEntry const* const entry = document.Find(known.fPath);
@@ -250,7 +242,7 @@ TEST(DocumentModel, ChangesNothingButTheValueThatIsSet) {
         if (known.fIsWhole) {
             std::string expected = made.fText;
             expected.replace(known.fValue.begin, known.fValue.Size(), "(new)");
-            EXPECT_EQ(WithValue(Document(made.fText), known.fPath, "(new)"), expected)
+            EXPECT_EQ(Document(made.fText).WithText(known.fPath, "(new)").Text(), expected)
                 << known.fPath;
         }
     }

@@ -1,6 +1,7 @@
 // What a document says of a text is what the component makes of it.
 #include "pdfsettings/Document.h"
 
+#include "pdfsettings/Component.h"
 #include "tests/support/Agreement.h"
 #include "tests/support/GeneratedTexts.h"
 #include "tests/support/Rounds.h"
@@ -22,7 +23,7 @@ constexpr char kGood[] = "% prolog\r\n<<\n  /A 1.4 % why\n  /B [ /C (x\\)) 010 <
 
 std::size_t CountErrors(Document const& document) {
     return static_cast<std::size_t>(
-        std::ranges::count(document.Findings(), Severity::kError, &TextFinding::severity));
+        std::ranges::count(document.Findings(), Severity::kError, &Finding::Level));
 }
 
 bool LiesIn(Document const& document, Span span) {
@@ -33,8 +34,9 @@ bool LiesIn(Document const& document, Span span) {
 void ExpectSound(Document const& document) {
     bool const isRefused = document.WhyRefused() != Refusal::kNone;
     EXPECT_EQ(isRefused ? 1U : 0U, CountErrors(document)) << document.Text();
-    for (TextFinding const& finding : document.Findings()) {
-        EXPECT_TRUE(LiesIn(document, finding.span)) << finding.id << ": " << document.Text();
+    for (Finding const& finding : document.Findings()) {
+        EXPECT_TRUE(LiesIn(document, *finding.Bytes())) << finding.Id() << ": " << document.Text();
+        EXPECT_EQ(finding.Where(), document.PlaceOf(finding.Bytes()->begin));
     }
     for (DocumentEntry const& entry : document.Entries()) {
         EXPECT_TRUE(LiesIn(document, entry.key)) << document.Text();
@@ -43,10 +45,10 @@ void ExpectSound(Document const& document) {
 }
 
 // Whether both read the text.
-bool ExpectAgreement(Component const& component, std::string const& text) {
+bool ExpectAgreement(std::string const& text) {
     Document const document(text);
     bool const isRefused = document.WhyRefused() != Refusal::kNone;
-    EXPECT_EQ(support::Outcome(component, text), support::Outcome(document)) << "text: " << text;
+    EXPECT_EQ(support::Outcome(text), support::Outcome(document)) << "text: " << text;
     ExpectSound(document);
     return !isRefused;
 }
@@ -65,12 +67,12 @@ std::string Nested(std::string const& open, int levels) {
 } // namespace
 
 TEST(Document, AgreesWithTheComponentOnFiles) {
-    Component const component;
+    Component const component = Component::Start();
     std::size_t files = 0;
     for (char const* const folder : {"data", "tests/data", "tests/tool/cases"}) {
         for (auto const& file : std::filesystem::directory_iterator(
                  std::filesystem::path(PDFSETTINGS_DATA) / folder)) {
-            ExpectAgreement(component, support::ReadBytes(file.path()));
+            ExpectAgreement(support::ReadBytes(file.path()));
             ++files;
         }
     }
@@ -78,11 +80,11 @@ TEST(Document, AgreesWithTheComponentOnFiles) {
 }
 
 TEST(Document, AgreesWithTheComponentOnGeneratedTexts) {
-    Component const component;
+    Component const component = Component::Start();
     support::GeneratedTexts texts(kGood);
     std::size_t readable = 0;
     for (int i = 0; i < support::Rounds(60000) && !HasFailure(); ++i) {
-        readable += ExpectAgreement(component, texts.Next()) ? 1U : 0U;
+        readable += ExpectAgreement(texts.Next()) ? 1U : 0U;
     }
     EXPECT_GT(readable, 6000U);
 }
@@ -90,21 +92,22 @@ TEST(Document, AgreesWithTheComponentOnGeneratedTexts) {
 TEST(Document, FindsAllThatIsWrongInOnePlace) {
     Document const document("<< /AlembicorData 1 /AlembicorData 2 >> setalembicorparams");
     std::vector<std::string> ids;
-    for (TextFinding const& finding : document.Findings()) {
-        ids.push_back(std::to_string(finding.span.begin) + " " + finding.id);
+    for (Finding const& finding : document.Findings()) {
+        ids.push_back(std::to_string(finding.Bytes()->begin) + " " + finding.Id());
     }
     EXPECT_EQ(ids, (std::vector<std::string>{"3 reserved-key", "20 duplicate", "20 reserved-key"}));
 }
 
 // As deep as the component reads on the same stack, and deeper.
 TEST(Document, ReadsNestedTextsOnASmallStack) {
-    Component const component;
-    support::OnSmallStack([&component] {
+    Component const component = Component::Start();
+    support::OnSmallStack([] {
         for (auto const& [open, levels] :
              {std::pair("[", 1000), std::pair("<</A ", 1000), std::pair("[<</B ", 500)}) {
             std::string const text = Nested(open, levels);
             EXPECT_EQ(Document(text).WhyRefused(), Refusal::kNone) << open;
-            EXPECT_NO_THROW(Settings::FromText(component, text)) << open;
+            detail::Turn const turn;
+            EXPECT_NO_THROW(detail::ComponentSettings(turn, text)) << open;
             Document const deep(Nested(open, 4000));
             EXPECT_EQ(deep.WhyRefused(), Refusal::kNone) << open;
             EXPECT_EQ(deep.Findings().size(), 1U) << open;

@@ -1,6 +1,7 @@
 #include "pdfsettings/SafeSave.h"
 
 #include "tests/host/SystemCallsDouble.h"
+#include "tests/support/ErrorOf.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <atomic>
@@ -18,31 +19,25 @@
 #include <unistd.h>
 
 using namespace pdfsettings;
+using support::CodeOf;
+using support::MessageOf;
 using support::ReadBytes;
 using support::SystemCallsDouble;
 
 namespace {
 
-constexpr SaveOptions kNoWaiting{std::chrono::milliseconds(0), false};
+constexpr std::chrono::milliseconds kNoWaiting = std::chrono::milliseconds(0);
 
 class SafeSaveTest : public testing::Test {
 protected:
     ~SafeSaveTest() override { EXPECT_EQ(fDescriptors, support::CountDescriptors()); }
 
-    template <class Work>
-    static std::string MessageOf(Work work) {
-        try {
-            work();
-            return "";
-        } catch (Error const& error) {
-            return error.what();
-        }
-    }
-
     // What a save says: "" when it goes through.
-    static std::string
-    Save(std::string const& path, std::string const& bytes, SaveOptions const& options = {}) {
-        return MessageOf([&] { SaveSafely(path, bytes, options); });
+    static std::string Save(
+        std::string const& path,
+        std::string const& bytes,
+        std::chrono::milliseconds wait = kUsualWait) {
+        return MessageOf([&] { SaveSafely(path, bytes, wait); });
     }
 
     // The first warning of a save.
@@ -70,7 +65,7 @@ protected:
     static void Leave() {
         pid_t const leaving = fork();
         if (leaving == 0) {
-            throw Error("the child leaves the edit");
+            throw Error(Fault::kSystem, "the child leaves the edit");
         }
         waitpid(leaving, nullptr, 0);
     }
@@ -138,7 +133,7 @@ TEST_F(SafeSaveTest, WritesIntoDescriptorsAndTheNullDeviceAndIntoNothingElseThat
 TEST_F(SafeSaveTest, LeavesTheFileWholeWhereItFails) {
     std::string const readOnly = fFolder.Make("readonly", "old");
     chmod(readOnly.c_str(), 0444);
-    EXPECT_THROW(SaveSafely(readOnly, "new"), ReadOnlyError);
+    EXPECT_EQ(CodeOf([&] { SaveSafely(readOnly, "new"); }), Fault::kReadOnly);
     EXPECT_TRUE(IsReadOnly(readOnly));
     EXPECT_EQ(ReadBytes(readOnly), "old");
     std::string const big = fFolder.Make("big", "old");
@@ -201,11 +196,10 @@ TEST_F(SafeSaveTest, WaitsForALeaseNoLongerThanItMay) {
         EXPECT_EQ(MessageOf(way), "another program does not give up its lease on it; try again");
         EXPECT_LT(calls.Count(), 40);
     };
-    auto const changeNothing = [](EditedFile&) {};
     if (fcntl(leased, F_SETLEASE, F_WRLCK) == 0) {
         expectEndOf([&] { LookAt(file, kNoWaiting); });
         expectEndOf([&] { SaveSafely(file, "new", kNoWaiting); });
-        expectEndOf([&] { Edit(file, changeNothing, kNoWaiting); });
+        expectEndOf([&] { FileLock const lock(file, kNoWaiting); });
     }
     close(leased);
     std::signal(SIGIO, handler);
@@ -231,7 +225,8 @@ TEST_F(SafeSaveTest, ReplacesOnlyWhatWasSeen) {
     auto const absent = LookAt(fFolder / "b");
     auto const save = [&](std::string const& name, auto const& expected, bool overwrites = false) {
         return MessageOf([&] {
-            SaveSafely(fFolder / name, "new", expected, {std::chrono::seconds(1), overwrites});
+            auto const onConflict = overwrites ? OnConflict::kOverwrite : OnConflict::kRefuse;
+            SaveSafely(fFolder / name, "new", expected, onConflict, std::chrono::seconds(1));
         });
     };
     fFolder.Make("a", "OLD");
@@ -245,7 +240,7 @@ TEST_F(SafeSaveTest, ReplacesOnlyWhatWasSeen) {
     EXPECT_EQ(save("a", seen), "changed since it was read");
     fFolder.Make("a", "old");
     EXPECT_EQ(save("a", seen), "");
-    EXPECT_THROW(SaveSafely(file, "newer", seen), ConflictError);
+    EXPECT_EQ(CodeOf([&] { SaveSafely(file, "newer", seen); }), Fault::kConflict);
     EXPECT_EQ(fFolder.Names(), "a b ");
 }
 
@@ -294,14 +289,12 @@ TEST_F(SafeSaveTest, GoesOnWhereTheSystemLacksACallOrIsInterrupted) {
     EXPECT_EQ(fFolder.Names(), "a made moved ");
 }
 
-TEST_F(SafeSaveTest, EditsOneAfterTheOther) {
+TEST_F(SafeSaveTest, LocksAreHadOneAfterTheOther) {
     std::string const file = fFolder.Make("a", "0");
-    auto const add = [&](EditedFile& edited) {
-        edited.Save(std::to_string(std::stoi(*edited.Bytes()) + 1));
-    };
     auto const addOften = [&] {
         for (int round = 0; round < 25; ++round) {
-            Edit(file, add, {std::chrono::minutes(2), false});
+            FileLock lock(file, std::chrono::minutes(2));
+            lock.Save(std::to_string(std::stoi(*lock.Bytes()) + 1));
         }
     };
     {
@@ -312,29 +305,33 @@ TEST_F(SafeSaveTest, EditsOneAfterTheOther) {
     EXPECT_EQ(ReadBytes(file), "100");
 }
 
-TEST_F(SafeSaveTest, TheThreadOfAnEditUsesItsLockAndOthersWait) {
+TEST_F(SafeSaveTest, TheThreadOfALockUsesItAndOthersWait) {
     std::string const file = fFolder.Make("a", "old");
     std::string other;
-    Edit(file, [&](EditedFile& edited) {
-        EXPECT_EQ(edited.Bytes(), "old");
+    {
+        FileLock lock(file);
+        EXPECT_EQ(lock.Bytes(), "old");
         EXPECT_EQ(Save(fFolder / "b", "beside", kNoWaiting), "");
-        edited.Save("new");
-        edited.Save("newer");
-        EXPECT_EQ(edited.Bytes(), "newer");
+        lock.Save("new");
+        lock.Save("newer");
+        EXPECT_EQ(lock.Bytes(), "newer");
         other = SaveByAnotherThread(fFolder / "b");
-    });
+    }
     EXPECT_EQ(other, "another program is changing files in its folder; try again");
     EXPECT_EQ(ReadBytes(file), "newer");
     EXPECT_EQ(ReadBytes(fFolder / "b"), "beside");
     EXPECT_EQ(Save(fFolder / "b", "late", kNoWaiting), "");
 
-    EXPECT_EQ("x", MessageOf([&] { Edit(file, [](EditedFile&) { throw Error("x"); }); }));
-    EXPECT_EQ(Save(file, "unlocked", kNoWaiting), "");
-    Edit(fFolder / "c", [&](EditedFile& edited) {
-        EXPECT_EQ(edited.Bytes(), std::nullopt);
-        fFolder.Make("c", "foreign");
-        EXPECT_THROW(edited.Save("new"), ConflictError);
-    });
+    {
+        std::optional<FileLock> first(std::in_place, file);
+        FileLock const second(file, std::chrono::milliseconds::max());
+        first.reset();
+        EXPECT_NE(SaveByAnotherThread(file), "") << "the second one still holds it";
+    }
+    FileLock lock(fFolder / "c");
+    EXPECT_EQ(lock.Bytes(), std::nullopt);
+    fFolder.Make("c", "foreign");
+    EXPECT_EQ(CodeOf([&] { lock.Save("new"); }), Fault::kConflict);
     EXPECT_EQ(ReadBytes(fFolder / "c"), "foreign");
 }
 
@@ -406,18 +403,17 @@ TEST_F(SafeSaveTest, KeepsANewFileThatSomebodyBeganToWriteBeforeItWasTakenBack) 
     EXPECT_EQ(ReadBytes(fFolder / kept), "NEW");
 }
 
-TEST_F(SafeSaveTest, AChildNeitherKeepsNorEndsTheLockOfAnEdit) {
+TEST_F(SafeSaveTest, AChildNeitherKeepsNorEndsALock) {
     std::string const file = fFolder.Make("a", "old");
     pid_t const parent = getpid();
     int toChild[2] = {-1, -1};
     std::string other;
     EXPECT_EQ(::pipe(toChild), 0);
     try {
-        Edit(file, [&](EditedFile&) {
-            Leave();
-            other = SaveByAnotherThread(file);
-            Stay(toChild);
-        });
+        FileLock const lock(file);
+        Leave();
+        other = SaveByAnotherThread(file);
+        Stay(toChild);
     } catch (Error const&) {
         EXPECT_NE(getpid(), parent);
         raise(SIGKILL); // ends without what a program does at its end

@@ -243,9 +243,10 @@ private:
                 fPath,
                 "new",
                 fHasOld ? std::optional<std::string>("old") : std::nullopt,
-                {std::chrono::milliseconds(0), false});
+                OnConflict::kRefuse,
+                std::chrono::milliseconds(0));
         } catch (Error const& error) {
-            fMessage = error.what();
+            fMessage = error.Message();
         }
         fCalls.FailAt(-1, 0);
         EXPECT_EQ(support::CountDescriptors(), descriptors);
@@ -317,7 +318,7 @@ private:
                 fBefore.contains(kLeftover) && fBefore[kLeftover].fBytes == "mine";
             bool const isOld = fBefore.contains(kLeftover) && fBefore[kLeftover].fBytes == "old";
             EXPECT_EQ(fNow.contains(kLeftover), isNeeded || (isOld && !fHasOld));
-            SaveWarnings expected;
+            std::vector<std::string> expected;
             if (fHasOld && Old().fOwner.fUser != geteuid()) {
                 expected.emplace_back("its owner could not be kept: it is yours now");
             }
@@ -378,7 +379,7 @@ private:
     Items fBefore;
     Items fNow;
     std::string fMessage;
-    SaveWarnings fWarnings;
+    std::vector<std::string> fWarnings;
 };
 
 template <class Work>

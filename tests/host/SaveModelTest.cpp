@@ -25,20 +25,24 @@ using support::SystemCallsDouble;
 
 namespace {
 
-constexpr SaveOptions kShortWait{std::chrono::milliseconds(4), false};
+constexpr std::chrono::milliseconds kShortWait = std::chrono::milliseconds(4);
 
 // What a save of "new" says; with seen, if that stands there. Warnings are stored where wanted.
-std::string
-SaveMessage(std::string const& path, char const* seen = nullptr, SaveWarnings* warnings = nullptr) {
+std::string SaveMessage(
+    std::string const& path,
+    char const* seen = nullptr,
+    std::vector<std::string>* warnings = nullptr) {
     try {
-        auto const given = seen == nullptr ? SaveSafely(path, "new", kShortWait)
-                                           : SaveSafely(path, "new", std::string(seen), kShortWait);
+        auto const given =
+            seen == nullptr
+                ? SaveSafely(path, "new", kShortWait)
+                : SaveSafely(path, "new", std::string(seen), OnConflict::kRefuse, kShortWait);
         if (warnings != nullptr) {
             *warnings = given;
         }
         return "";
     } catch (Error const& error) {
-        return error.what();
+        return error.Message();
     }
 }
 
@@ -236,7 +240,7 @@ void CheckFailure(int n, bool hasOld, bool andAllLater) {
     std::string const file = hasOld ? MakeOld(folder) : folder / "a";
     long const descriptors = support::CountDescriptors();
     std::string message;
-    SaveWarnings warnings;
+    std::vector<std::string> warnings;
     {
         SystemCallsDouble calls;
         calls.FailAt(n, EIO, andAllLater);

@@ -1,341 +1,439 @@
 #include "pdfsettings/Settings.h"
 
+#include "host/detail/FilePath.h"
+#include "pdfsettings/Compare.h"
 #include "pdfsettings/Component.h"
-#include "pdfsettings/Error.h"
-#include "pdfsettings/Path.h"
+#include "pdfsettings/Review.h"
 #include "runtime/objects/Diagnostics.h"
-#include "tests/support/SmallStack.h"
+#include "tests/support/ErrorOf.h"
 #include "tests/support/TemporaryFolder.h"
 
-#include <future>
 #include <gtest/gtest.h>
+#include <new>
 #include <optional>
+#include <sys/stat.h>
 #include <thread>
+#include <unistd.h>
 
 using namespace pdfsettings;
 using namespace std::string_literals;
+using support::CodeOf;
+using support::MessageOf;
+using support::ReadBytes;
 
 namespace {
 
+constexpr char kText[] = "% a set\n<<\n  /A 1 % why\n  /D << /X (x) /Y 2 >>\n  /L [ 1 2 ]\n"
+                         "  /Bad 2\n>> setalembicorparams\n<< >> setpagedevice\n";
+
 class SettingsTest : public testing::Test {
 protected:
-    Dictionary Read(std::string const& entries, std::string const& tail = "") const {
-        std::string const text = "<<" + entries + ">>setalembicorparams" + tail;
-        return Settings::FromText(fComponent, text).Values();
-    }
+    Component const fComponent = Component::Start();
+    Schema const fSchema = Schema::Parse(
+        "< PDFSettings < optional < A number D D L < type array of integer > Bad < type name in "
+        "[ One Two ] > Def < type string default (d) > > >"
+        " D < optional < X string Y < type integer min 1 max 9 > > > >");
+    support::TemporaryFolder fFolder;
 
-    Dictionary ThroughComponent(Dictionary const& values) const {
-        return Settings::FromValues(fComponent, values).Values();
-    }
-
-    std::string Refusal(std::string const& text, std::string const& schema = {}) const {
-        return MessageOf([&] { Settings::FromText(fComponent, text, schema); });
-    }
-
-    std::string Refusal(Dictionary const& values) const {
-        return MessageOf([&] { Settings::FromValues(fComponent, values); });
-    }
-
-    template <class Work>
-    static std::string MessageOf(Work work) {
-        try {
-            work();
-        } catch (Error const& error) {
-            return error.what();
-        }
-        return "accepted";
-    }
-
-    Component fComponent;
+    Settings Parsed(std::string_view text = kText) const { return Settings::Parse(text, fSchema); }
 };
 
-Dictionary OneEntry(std::string const& key, Value value) {
-    Dictionary dictionary;
-    dictionary.Set(key, std::move(value));
-    return dictionary;
+// The findings, "PATH: message" each.
+std::vector<std::string> Texts(Findings const& findings) {
+    std::vector<std::string> texts;
+    for (Finding const& finding : findings) {
+        texts.push_back(finding.Path() + ": " + finding.Message());
+    }
+    return texts;
 }
+
+using Expected = std::vector<std::string>;
+
+std::string const kOld = "Bad: expected a name out of /One, /Two, found the number 2";
 
 } // namespace
 
-TEST_F(SettingsTest, EachKindOfValueIsRead) {
+TEST_F(SettingsTest, GiveValuesByPathWithDefaults) {
+    Settings const settings = Parsed();
+    EXPECT_EQ(settings.Get<int>("D/Y"), 2);
+    EXPECT_EQ(settings.Get<String>("D/X").text, "x");
+    EXPECT_EQ(settings.Get<std::vector<int>>("L"), (std::vector<int>{1, 2}));
+    EXPECT_EQ(settings.Get<String>("Def").text, "d");
+    EXPECT_EQ(settings.Get<bool>("None", true), true);
+    EXPECT_EQ(settings.Get<int>("A", 7), 1);
+    EXPECT_TRUE(settings.Has("D/Y") && !settings.Has("Def"));
+    EXPECT_EQ(settings.Tail(), "<< >> setpagedevice\n");
+    EXPECT_EQ(settings.Text(), kText);
     struct {
-        char const* fText;
-        Value fExpected;
-    } const cases[] = {
-        {"/All", Word{"All"}},
-        {"/\xFF\x01", Word{"\xFF\x01"}},
-        {"true", Word{"true"}},
-        {"0.25", 0.25},
-        {"-12", -12.0},
-        {"(a\\)b)", String{"a\\)b"}},
-        {"()", String{""}},
-        {"<FE FF>", HexString{"FE FF"}},
-        {"[ 1 /A (s) ]", Array::Of({1.0, Word{"A"}, String{"s"}})},
-        {"[ ]", Array()},
-        {"<< /In 2 >>", OneEntry("In", 2.0)},
-    };
-    for (auto const& [text, expected] : cases) {
-        EXPECT_EQ(Read("/Key "s + text + " "), OneEntry("Key", expected)) << text;
-    }
-}
-
-TEST_F(SettingsTest, TheTailIsBinaryWithItsNulBytes) {
-    std::string const tail = "<<>>\0 setpagedevice\r\n"s;
-    EXPECT_EQ(Read("/A 1 ", tail).Get(kTailKey)->If<Binary>()->bytes, tail);
-    EXPECT_EQ(Read("/A 1 ").Get(kTailKey), nullptr);
-}
-
-TEST_F(SettingsTest, ARefusedTextGivesTheReportedReason) {
-    EXPECT_EQ(Refusal("junk"), "Joboptions_To_CPOSDict joboptions file is invalid");
-    EXPECT_EQ(Refusal("<</A .5>>setalembicorparams"), "GetValue for joboptions is unknow type");
-    EXPECT_EQ(Refusal("<</A 1>>setalembicorparams"), "accepted");
-    EXPECT_EQ(Refusal("", "a\0b"s), "a text of this kind cannot hold a NUL byte");
-}
-
-TEST_F(SettingsTest, EachKindOfValuePassesThroughTheComponent) {
-    Dictionary values = OneEntry("Word", Word{"All"});
-    values.Set("Number", 0.1);
-    values.Set("String", String{"a\0b"s});
-    values.Set("Empty", String{});
-    values.Set("Hex", HexString{"FEFF"});
-    values.Set("Other", Binary{"Other type", "\0"s});
-    values.Set("Text", Text16(u"\u20AC"));
-    values.Set("Array", Array::Of({1.0, Value(Array()), Value(OneEntry("In", 2.0))}));
-    Dictionary const read = ThroughComponent(values);
-    EXPECT_EQ(read, values);
-    for (std::size_t place = 0; place < values.Size(); ++place) {
-        EXPECT_EQ(read.KeyAt(place), values.KeyAt(place));
-    }
-}
-
-TEST_F(SettingsTest, ATextThatWouldBeCutShortIsRefused) {
-    struct {
-        char const* fWhere;
-        Dictionary fValues;
+        char const* fPath;
+        Fault fCode;
         char const* fMessage;
     } const cases[] = {
-        {"key", OneEntry("a\0b"s, 1.0), "a text of this kind cannot hold a NUL byte"},
-        {"word", OneEntry("a", Word{"a\0b"s}), "a text of this kind cannot hold a NUL byte"},
-        {"type", OneEntry("a", Binary{"a\0b"s, ""}), "a text of this kind cannot hold a NUL byte"},
-        {"text", OneEntry("a", Text16(u"a\0b", 3)), "a 16-bit text cannot hold a NUL"},
-    };
-    for (auto const& [where, values, message] : cases) {
-        EXPECT_EQ(Refusal(values), message) << where;
+        {"D/X", Fault::kKind, "D/X: expected a whole number in range; found (x)"},
+        {"D/Z", Fault::kNoValue, "no such key: D/Z"},
+        {"LL", Fault::kNoValue, "no such key: LL"},
+        {"bad", Fault::kNoValue, "no such key: bad; did you mean Bad?"}};
+    for (auto const& [path, code, message] : cases) {
+        auto const error =
+            support::ErrorOf([&, &key = path] { static_cast<void>(settings.Get<int>(key)); });
+        ASSERT_TRUE(error) << path;
+        EXPECT_EQ(error->Code(), code) << path;
+        EXPECT_EQ(error->Message(), message) << path;
     }
+    EXPECT_EQ(CodeOf([&] { static_cast<void>(settings.Get<bool>("A", true)); }), Fault::kKind);
 }
 
-TEST_F(SettingsTest, DeepValuesPassThroughTheComponent) {
-    std::optional<bool> equal;
-    support::OnSmallStack([&] {
-        Value value = 1.0;
-        for (int level = 0; level < 20'000; ++level) {
-            Array array;
-            array.Append(std::move(value));
-            value = OneEntry("D", std::move(array));
-        }
-        Dictionary const values = OneEntry("Deep", std::move(value));
-        equal = ThroughComponent(values) == values;
-    });
-    EXPECT_EQ(equal, true);
-}
-
-TEST_F(SettingsTest, AChangeIsMadeWholeOrNotAtAll) {
-    Settings settings = Settings::FromText(
-        fComponent,
-        "<</A 1 /B 2 >>setalembicorparams tail",
-        "< PDFSettings < optional < A number B number > > >");
-    Dictionary changes = OneEntry("A", 3.0);
-    changes.Set("B", Word{"x"});
-    std::vector<Finding> const faults = {{"B", "expected a number, found the name x"}};
-    EXPECT_EQ(settings.Set(changes), faults);
-    EXPECT_EQ(*settings.Values().Get("A"), Value(1.0));
-    changes.Set("B", 4.5);
-    EXPECT_EQ(settings.Set(changes), std::vector<Finding>());
-    EXPECT_EQ(settings.Validate(), std::vector<Finding>());
-    EXPECT_EQ(settings.Text(), "<<\r\n  /A 3\r\n  /B 4.50000\r\n>> setalembicorparams\r\ntail");
-}
-
-TEST_F(SettingsTest, AValueWithoutAFormInAFileHasNoText) {
-    for (Value const& value : {Value(Text16(u"x")), Value(Binary{"Other", "x"})}) {
-        Dictionary values = OneEntry("A", value);
-        support::TemporaryFolder const folder;
-        std::string const file = folder.Make("a", "kept");
-        EXPECT_THROW(Settings::FromValues(fComponent, values).Write(file), Error);
-        EXPECT_EQ(support::ReadBytes(file), "kept");
-        EXPECT_THROW(Settings::FromValues(fComponent, values).Text(), Error);
-        values.Set(kTailKey, Binary{kTailKey, "tail"});
-        EXPECT_THROW(Settings::FromValues(fComponent, values).Text(), Error);
-    }
-}
-
-TEST_F(SettingsTest, AFileIsOpenedWatchedAndWritten) {
-    support::TemporaryFolder const folder;
-    std::string const text = "<</A 1 >>setalembicorparams tail";
-    std::string const file = folder.Make("a", text);
-    Settings settings = Settings::FromFile(fComponent, file);
-    EXPECT_FALSE(settings.IsDirty());
-    EXPECT_EQ(*settings.Values().Get("A"), Value(1.0));
-    // Other bytes of the same time and size count, the same bytes of another time do not.
-    auto const time = std::filesystem::last_write_time(file);
-    folder.Make("a", "<</A 2 >>setalembicorparams tail");
-    std::filesystem::last_write_time(file, time);
-    EXPECT_TRUE(settings.IsDirty());
-    folder.Make("a", text);
-    std::filesystem::last_write_time(file, std::filesystem::file_time_type());
-    EXPECT_FALSE(settings.IsDirty());
-    std::filesystem::remove(file);
-    EXPECT_TRUE(settings.IsDirty());
-    std::string const other = folder / "\u20AC \U0001F600";
-    settings.Write(other);
-    EXPECT_FALSE(settings.IsDirty());
-    EXPECT_EQ(support::ReadBytes(other), settings.Text());
-    EXPECT_TRUE(Settings::FromText(fComponent, "").IsDirty());
-}
-
-TEST_F(SettingsTest, ASaveStaysBoundAndSeesWhatOthersChanged) {
-    support::TemporaryFolder const folder;
-    std::string const file = folder.Make("a", "<</A 1 >>setalembicorparams tail");
-    Settings settings =
-        Settings::FromFile(fComponent, file, "< PDFSettings < optional < A number > > >");
-    for (double const value : {2.0, 3.0}) {
-        EXPECT_EQ(settings.Set(OneEntry("A", value)), std::vector<Finding>());
-        EXPECT_EQ(settings.Save(), SaveWarnings());
-        EXPECT_FALSE(settings.IsDirty());
-        EXPECT_EQ(support::ReadBytes(file), settings.Text());
-    }
-    folder.Make("a", "other");
-    EXPECT_THROW(settings.Save(), ConflictError);
-    EXPECT_EQ(support::ReadBytes(file), "other");
-    EXPECT_EQ(settings.Save({std::chrono::seconds(1), /*overwriteChanged=*/true}), SaveWarnings());
-    EXPECT_EQ(support::ReadBytes(file), settings.Text());
-    settings.Write(folder / "b");
-    EXPECT_EQ(settings.Save(), SaveWarnings());
-    EXPECT_EQ(folder.Names(), "a b ");
+TEST_F(SettingsTest, AChangeKeepsAllElseAndIsMadeWholeOrNotAtAll) {
+    Settings settings = Parsed();
+    Settings const copy = settings;
+    auto edit = settings.Change();
+    edit.Set("A", 2).Set("D/X", String{"end\\"}).Set("N/e/w", true).Remove("L/0");
+    edit.SetText("D/Y", " 0x3 % hex");
+    EXPECT_EQ(settings.Text(), kText) << "nothing has changed yet";
+    EXPECT_EQ(Texts(edit.Check()), Expected());
+    EXPECT_EQ(Texts(edit.Commit()), Expected()) << "what was wrong before refuses nothing";
     EXPECT_EQ(
-        MessageOf([&] { Settings::FromText(fComponent, "").Save(); }),
-        "these settings are bound to no file");
+        settings.Text(),
+        "% a set\n<<\n  /A 2 % why\n  /D << /X (end\\\\) /Y 0x3 >>\n  /L [ 2 ]\n  /Bad 2\n"
+        "  /N << /e << /w true >> >>\n>> setalembicorparams\n<< >> setpagedevice\n");
+    EXPECT_EQ(settings.Get<int>("D/Y"), 3);
+    EXPECT_TRUE(settings.IsModified());
+    EXPECT_EQ(copy.Text(), kText);
+    EXPECT_FALSE(copy.IsModified());
+    EXPECT_EQ(Texts(settings.Validate()), Expected{kOld});
+
+    std::string const before = settings.Text();
+    EXPECT_EQ(
+        Texts(settings.Change().Set("A", 5).Set("D/Y", 10).Set("L/0", Name{"x"}).Commit()),
+        (Expected{
+            "D/Y: expected an integer from 1 to 9, found 10",
+            "L/0: expected an integer, found the name x"}));
+    EXPECT_EQ(settings.Text(), before);
+    settings.Change().Set("A", 5); // dropped
+    EXPECT_EQ(settings.Text(), before);
 }
 
-// The lock of an edit covers the component's own writing, which deletes before it creates.
-TEST_F(SettingsTest, AWriteWaitsForTheEditOfAnotherThread) {
-    support::TemporaryFolder const folder;
-    std::string const file = folder.Make("a", "old");
-    Settings settings = Settings::FromText(fComponent, "<</A 1 >>setalembicorparams");
-    std::promise<void> started;
-    std::jthread writer;
-    auto const write = [&] {
-        started.set_value();
-        settings.Write(file);
-    };
-    auto const edit = [&](EditedFile& edited) {
-        writer = std::jthread(write);
-        started.get_future().wait();
-        // A write without the lock would make one of these a conflict.
-        for (int i = 0; i < 20; ++i) {
-            edited.Save(std::to_string(i));
-        }
-    };
-    std::string const message = MessageOf([&] { Edit(file, edit); });
-    writer.join();
-    EXPECT_EQ(message, "accepted");
-    EXPECT_EQ(support::ReadBytes(file).substr(0, 2), "<<");
+TEST_F(SettingsTest, WhatCannotBeMadeLeavesTheEditAsItWas) {
+    Settings settings = Parsed();
+    auto edit = settings.Change();
+    edit.Set("A", 3);
+    EXPECT_EQ(CodeOf([&] { edit.Set("A/B", 1); }), Fault::kNoValue);
+    EXPECT_EQ(CodeOf([&] { edit.Set("Foo bar", 1); }), Fault::kKey);
+    EXPECT_EQ(CodeOf([&] { edit.Set("D/X", Name{"a b"}); }), Fault::kUnwritable);
+    EXPECT_EQ(CodeOf([&] { edit.Remove("D/Z"); }), Fault::kNoValue);
+    EXPECT_EQ(
+        MessageOf([&] { edit.SetText("Bad", "two"); }),
+        "Bad: \"two\" is not a value; expected one of /One, /Two; did you mean /Two?");
+    EXPECT_EQ(
+        MessageOf([&] { edit.SetText("A", "010"); }),
+        "A: the leading 0 makes 010 octal, and it is read as 8: write 10");
+    EXPECT_EQ(edit.Commit().size(), 0U);
+    EXPECT_EQ(Texts(Sequence<Finding>()), Expected());
+    EXPECT_EQ(Compare(Document(kText), settings.Source()).size(), 1U);
 }
 
-TEST_F(SettingsTest, AFileIsWrittenWholeOrTheFailureIsTold) {
-    support::TemporaryFolder const folder;
-    std::string const path = folder / "a";
-    Settings settings = Settings::FromText(fComponent, "<</A 1 >>setalembicorparams");
-    std::string const text = settings.Text();
-    int refusals = 0;
-    bool isReached = true;
-    for (unsigned long n = 1; isReached; ++n) {
-        folder.Make("a", "old");
-        unsigned long const start = bibrt::CountAllocations();
-        bibrt::FailAllocation(n, /*andAllLater=*/false);
-        bool const isDone = MessageOf([&] { settings.Write(path); }) == "accepted";
-        isReached = bibrt::CountAllocations() - start >= n;
-        bibrt::ResetFailures();
-        EXPECT_TRUE(!isDone || support::ReadBytes(path) == text) << n;
-        refusals += isDone ? 0 : 1;
+TEST_F(SettingsTest, AValueIsCheckedAlone) {
+    Settings const settings = Parsed();
+    EXPECT_EQ(Texts(settings.Check("D/Y", 5)), Expected());
+    EXPECT_EQ(Texts(settings.Check("Bad", Name{"One"})), Expected());
+    EXPECT_EQ(
+        Texts(settings.Check("D/Y", 50)),
+        Expected{"D/Y: expected an integer from 1 to 9, found 50"});
+    EXPECT_EQ(
+        Texts(settings.Check("Bad", Name{"Too"})),
+        Expected{"Bad: /Too is not one of /One, /Two; did you mean /Two?"});
+    EXPECT_EQ(
+        Texts(settings.Check("A", std::numeric_limits<double>::infinity())),
+        Expected{"A: A: inf cannot stand in a settings file so that it reads back as the same"});
+    EXPECT_EQ(settings.Text(), kText);
+}
+
+TEST_F(SettingsTest, AChangeThatBeganBeforeAnotherIsRefused) {
+    std::string const file = fFolder.Make("a", kText);
+    Settings settings = Settings::Open(file, fSchema);
+    auto first = settings.Change();
+    auto second = settings.Change();
+    EXPECT_EQ(first.Set("A", 2).Commit().size(), 0U);
+    EXPECT_EQ(first.Set("A", 3).Commit().size(), 0U);
+    EXPECT_EQ(CodeOf([&] { second.Set("A", 4).Commit().size(); }), Fault::kConflict);
+    auto third = settings.Change();
+    settings.Reload();
+    EXPECT_EQ(CodeOf([&] { third.Commit().size(); }), Fault::kConflict);
+    Settings moved = std::move(settings);
+    auto last = moved.Change();
+    Settings const again = std::move(moved);
+    EXPECT_EQ(last.Set("A", 9).Commit().size(), 0U);
+    EXPECT_EQ(again.Get<int>("A"), 9);
+}
+
+// Hints come with a few findings only, and make none of them new.
+TEST_F(SettingsTest, OneOfManyProblemsMayBeMended) {
+    std::string text = "<<";
+    std::string rules;
+    for (int i = 0; i < 100; ++i) {
+        text += " /K" + std::to_string(i) + " /Onee";
+        rules += " K" + std::to_string(i) + " < type name in [ One ] >";
     }
-    EXPECT_GT(refusals, 10);
+    Schema const schema = Schema::Parse("< PDFSettings < optional <" + rules + " > > >");
+    Settings settings = Settings::Parse(text + " >> setalembicorparams", schema);
+    EXPECT_EQ(settings.Change().Set("K0", Name{"One"}).Commit().size(), 0U);
+    EXPECT_EQ(settings.Change().Set("K0", Name{"Onee"}).Commit().size(), 1U);
 }
 
-TEST_F(SettingsTest, AFileThatCannotBeUsedGivesTheSystemsReason) {
-    support::TemporaryFolder const folder;
-    folder.Make("junk", "junk");
-    folder.Make("readonly", "kept");
-    chmod((folder / "readonly").c_str(), 0444);
-    Settings settings = Settings::FromText(fComponent, "<</A 1 >>setalembicorparams");
-    auto const read = [&](std::string const& path) {
-        return MessageOf([&] { Settings::FromFile(fComponent, path); });
-    };
-    auto const write = [&](std::string const& path) {
-        return MessageOf([&] { settings.Write(path); });
-    };
-    EXPECT_EQ(read(folder / "missing"), "No such file or directory");
-    EXPECT_EQ(read(folder / ""), "Is a directory");
-    EXPECT_EQ(read(folder / "junk/below"), "Not a directory");
-    EXPECT_EQ(read(folder / std::string(256, 'n')), "File name too long");
-    EXPECT_EQ(read("\xFF"), "No such file or directory");
-    EXPECT_EQ(read("a\0b"s), "the path holds a NUL byte");
-    EXPECT_EQ(read("/dev/full"), "not a regular file");
-    EXPECT_EQ(read(folder / "junk"), "Joboptions_To_CPOSDict joboptions file is invalid");
-    EXPECT_EQ(write("\xFF"), "the path is no UTF-8");
-    EXPECT_EQ(write(folder / "readonly"), "read-only");
-    EXPECT_EQ(write(folder / ""), "Is a directory");
-    EXPECT_EQ(write(folder / "missing/a"), "No such file or directory");
-    EXPECT_EQ(write(folder / "junk/a"), "Not a directory");
-    EXPECT_EQ(write(folder / std::string(256, 'n')), "File name too long");
-    EXPECT_EQ(folder.Names(), "junk readonly ");
+// What was wrong with an element is nothing new where it stands now.
+TEST_F(SettingsTest, ElementsThatMoveBringNoNewFindings) {
+    Settings settings = Parsed("<< /L [ 1 /x 2 /y ] >> setalembicorparams");
+    EXPECT_EQ(settings.Change().Remove("L/0").Commit().size(), 0U);
+    EXPECT_EQ(settings.Change().Remove("L/0").Set("L/1", Name{"z"}).Commit().size(), 1U);
+    EXPECT_EQ(settings.Change().Remove("L/0").Set("L/0", Name{"x"}).Commit().size(), 1U);
 }
 
-TEST_F(SettingsTest, AnUnusableSchemaIsReported) {
-    Settings settings = Settings::FromText(fComponent, "<</A 1 >>setalembicorparams", "<");
-    EXPECT_THROW(static_cast<void>(settings.Validate()), Error);
-    EXPECT_THROW(static_cast<void>(settings.Set(OneEntry("A", 2.0))), Error);
-    EXPECT_EQ(settings.Values(), OneEntry("A", 1.0));
-}
+TEST_F(SettingsTest, AFileIsBoundSavedAndComparedWithWhatWasRead) {
+    std::string const file = fFolder.Make("a", kText);
+    Settings settings = Settings::Open(file, fSchema);
+    EXPECT_EQ(settings.File(), file);
+    EXPECT_FALSE(settings.IsModified() || settings.IsStale());
+    EXPECT_EQ(settings.Change().Set("A", 2).Commit().size(), 0U);
+    EXPECT_TRUE(settings.IsModified());
+    EXPECT_EQ(settings.Save().size(), 0U);
+    EXPECT_FALSE(settings.IsModified() || settings.IsStale());
+    EXPECT_EQ(ReadBytes(file), settings.Text());
 
-TEST_F(SettingsTest, MovedSettingsStayWhole) {
-    Settings first = Settings::FromText(fComponent, "<</A 1>>setalembicorparams");
-    Settings second = Settings::FromText(fComponent, "<</B 1>>setalembicorparams");
-    second = std::move(first);
-    EXPECT_EQ(second.Values(), OneEntry("A", 1.0));
-}
+    fFolder.Make("a", "<</A 9>>setalembicorparams");
+    EXPECT_TRUE(settings.IsStale());
+    auto const conflict = support::ErrorOf([&] { settings.Save(); });
+    ASSERT_TRUE(conflict);
+    EXPECT_EQ(conflict->Code(), Fault::kConflict);
+    EXPECT_EQ(conflict->File(), file);
+    EXPECT_EQ(conflict->what(), file + ": changed since it was read");
+    Settings const stale = settings;
+    settings.Reload();
+    EXPECT_EQ(settings.Get<int>("A"), 9);
+    EXPECT_FALSE(settings.IsStale());
+    settings = stale;
+    EXPECT_EQ(settings.Save(OnConflict::kOverwrite).size(), 0U);
+    EXPECT_EQ(ReadBytes(file), stale.Text());
 
-// The component counts only the namespaces that it validates.
-TEST_F(SettingsTest, FindingsHaveThePositionsOfTheSettingsThatAreMeant) {
-    std::string const schema = "< PDFSettings < optional < OtherNamespaces < type array of T > > > "
-                               "T < Must number optional < > > >";
-    std::string const other = " << /Namespace [ (x) (x) (x) ] >> ";
-    std::string const checked = " << /A 1 >> ";
-    auto const text = [](std::string const& namespaces) {
-        return "<</OtherNamespaces [" + namespaces + "] /B 1 >>setalembicorparams";
-    };
-    Settings settings = Settings::FromText(fComponent, text(other + checked), schema);
-    Dictionary const changes = Read("/OtherNamespaces [" + other + other + checked + "]");
-    auto const keyOf = [](std::vector<Finding> const& findings) {
-        return findings.size() == 1 ? findings[0].key : "not one finding";
-    };
-    EXPECT_EQ(keyOf(settings.Validate()), "OtherNamespaces/1/Must");
-    EXPECT_EQ(keyOf(settings.Set(changes)), "OtherNamespaces/2/Must");
-    EXPECT_EQ(keyOf(settings.Set(OneEntry("B", 2.0))), "OtherNamespaces/1/Must");
+    fFolder.Make("b", "old");
+    EXPECT_EQ(MessageOf([&] { settings.SaveAs(fFolder / "b"); }), "there is such a file already");
+    EXPECT_EQ(settings.File(), file);
+    settings.SaveAs(fFolder / "b", OnConflict::kOverwrite);
+    EXPECT_EQ(settings.File(), fFolder / "b");
+    chmod((fFolder / "b").c_str(), 0444);
+    EXPECT_EQ(CodeOf([&] { settings.Save(); }), Fault::kReadOnly);
+    EXPECT_EQ(ReadBytes(fFolder / "b"), settings.Text());
+    std::filesystem::remove(fFolder / "b");
+    EXPECT_TRUE(settings.IsStale());
+    EXPECT_FALSE(Parsed().IsStale());
+    EXPECT_EQ(fFolder.Names(), "a ");
 }
 
 // What is bound is a file, not a name in whatever folder is the current one.
 TEST_F(SettingsTest, ARelativePathIsBoundWhereItWasOpened) {
-    support::TemporaryFolder const folder;
-    std::string const file = folder.Make("a", "<</A 1 >>setalembicorparams");
+    fFolder.Make("a", kText);
     std::filesystem::path const current = std::filesystem::current_path();
-    std::filesystem::current_path(folder.Path());
-    Settings opened = Settings::FromFile(fComponent, "a");
-    Settings written = Settings::FromText(fComponent, "<</B 1 >>setalembicorparams");
-    written.Write("b");
+    std::filesystem::current_path(fFolder.Path());
+    Settings opened = Settings::Open("a");
     std::filesystem::current_path(current);
-    EXPECT_FALSE(opened.IsDirty());
-    EXPECT_FALSE(written.IsDirty());
+    EXPECT_EQ(opened.Change().Set("A", 2).Commit().size(), 0U);
     opened.Save();
-    EXPECT_EQ(folder.Names(), "a b ");
-    EXPECT_NE(support::ReadBytes(file), "<</A 1 >>setalembicorparams");
+    EXPECT_EQ(ReadBytes(fFolder / "a"), opened.Text());
+}
+
+TEST_F(SettingsTest, TwoChangesUnderALockAreBothMade) {
+    std::string const file = fFolder.Make("a", "<</A 0>>setalembicorparams");
+    auto const addOften = [&] {
+        for (int round = 0; round < 20; ++round) {
+            FileLock lock(file, std::chrono::minutes(2));
+            Settings settings = Settings::Open(lock, fSchema);
+            EXPECT_EQ(settings.Change().Set("A", settings.Get<int>("A") + 1).Commit().size(), 0U);
+            settings.Save(lock);
+        }
+    };
+    {
+        std::jthread const thread(addOften);
+        addOften();
+    }
+    EXPECT_EQ(Settings::Open(file).Get<int>("A"), 40);
+    {
+        Settings stale = Settings::Open(file, fSchema);
+        fFolder.Make("a", "<</A 41>>setalembicorparams");
+        FileLock other(fFolder / "b");
+        EXPECT_EQ(CodeOf([&] { stale.Save(other); }), Fault::kConflict);
+        FileLock held(file);
+        EXPECT_EQ(CodeOf([&] { stale.Save(held); }), Fault::kConflict);
+        EXPECT_EQ(stale.Save(held, OnConflict::kOverwrite).size(), 0U);
+    }
+    FileLock lock(fFolder / "new");
+    Settings made = Settings::Open(lock);
+    EXPECT_EQ(made.Change().Set("Optimize", true).Commit().size(), 0U);
+    made.Save(lock);
+    EXPECT_EQ(ReadBytes(fFolder / "new"), "<<\n  /Optimize true\n>> setalembicorparams\n");
+}
+
+TEST_F(SettingsTest, AFileThatCannotBeReadGivesTheReasonAndThePlace) {
+    fFolder.Make("junk", "<<\n /A ??\n>>");
+    struct {
+        std::string fPath;
+        Fault fCode;
+        std::string fMessage;
+    } const cases[] = {
+        {fFolder / "missing", Fault::kSystem, "No such file or directory"},
+        {fFolder.Path(), Fault::kSystem, "Is a directory"},
+        {"a\0b"s, Fault::kSystem, "the path holds a NUL byte"},
+        {"/dev/full", Fault::kSystem, "not a regular file"},
+        {fFolder / "junk", Fault::kSyntax, "\"??\" is no value: expected true, false, a number, "},
+    };
+    for (auto const& [path, code, message] : cases) {
+        auto const error = support::ErrorOf([&, &file = path] { Settings::Open(file); });
+        ASSERT_TRUE(error) << path;
+        EXPECT_EQ(error->Code(), code) << path;
+        EXPECT_EQ(error->Message().substr(0, message.size()), message) << path;
+        EXPECT_EQ(error->File(), path);
+    }
+    auto const error = support::ErrorOf([&] { Settings::Open(fFolder / "junk"); });
+    EXPECT_EQ(error->Where(), (Place{2, 5}));
+    EXPECT_EQ(error->Id(), "unknown-value");
+    EXPECT_TRUE(std::string(error->what()).starts_with(fFolder / "junk:2:5: "));
+    auto const missing = support::ErrorOf([&] { Settings::Open(fFolder / "missing"); });
+    EXPECT_EQ(missing->System(), std::errc::no_such_file_or_directory);
+}
+
+TEST_F(SettingsTest, AreMadeOfValues) {
+    Dictionary const values = Dictionary::Of(
+        {{"A", 1.5}, {"D", Dictionary::Of({{"X", String{"(\\"}}})}, {"L", Array::Of({1})}});
+    Settings const made = Settings::From(values, "tail", fSchema);
+    EXPECT_EQ(made.Values(), values);
+    EXPECT_EQ(
+        made.Text(),
+        "<<\n  /A 1.5\n  /D << /X (\\(\\\\) >>\n  /L [ 1 ]\n>> setalembicorparams\ntail");
+    EXPECT_EQ(
+        made.CanonicalText(),
+        "<<\r\n  /A 1.50000\r\n  /D <<\r\n    /X (\\(\\\\)\r\n  >>\r\n  /L [\r\n    1\r\n  ]\r\n>> "
+        "setalembicorparams\r\ntail");
+    EXPECT_EQ(
+        MessageOf([] {
+            Settings::From(Dictionary::Of({{"A", 1}, {"B", Name{""}}}));
+        }),
+        "B: / cannot stand in a settings file so that it reads back as the same");
+    Dictionary slashed;
+    slashed.SetKey("a/b", 1);
+    EXPECT_EQ(CodeOf([&] { Settings::From(slashed); }), Fault::kKey);
+    EXPECT_EQ(CodeOf([&] { Settings::From(Dictionary::Of({{"AlembicorData", 1}})); }), Fault::kKey);
+    Settings const tail = Settings::From({}, "<< /X 1 >> x");
+    EXPECT_EQ(tail.Tail(), "<< /X 1 >> x");
+    EXPECT_EQ(
+        MessageOf([] {
+            Settings::From(Dictionary::Of({{"A", Dictionary()}, {"B", 1}}));
+        }).front(),
+        'B');
+    Settings const reserved = Settings::Parse("<< /AlembicorData 1 >> setalembicorparams");
+    EXPECT_EQ(CodeOf([&] { static_cast<void>(reserved.CanonicalText()); }), Fault::kUnwritable);
+    EXPECT_FALSE(Settings(fSchema).Has("A"));
+}
+
+TEST_F(SettingsTest, AreExplainedGroupByGroup) {
+    Schema const schema = Schema::Parse(
+        "< groups [ < label G settings [ B ] > ] PDFSettings < A < type number default 1 > "
+        "optional <"
+        " B < type number default 2 > C any D < type array of E > > > E < optional < X any > > >");
+    Settings const settings = Settings::Parse("<</A 1 /B 3>>setalembicorparams", schema);
+    std::string text;
+    for (auto const& [rule, value, isStored, isChanged] : Explain(settings)) {
+        text += rule.Path() + "=" + (value ? value->Text() : "") + (isStored ? "s" : "") +
+                (isChanged ? "c" : "") + " ";
+    }
+    EXPECT_EQ(text, "B=3sc A=1s C= D= ");
+}
+
+TEST_F(SettingsTest, ValuesAreCopiedAsTheyStand) {
+    Document const from("<</D << /X (a(b) % why\n /Y 0x2 >> /L [1%x\n2] >>setalembicorparams");
+    Settings settings = Parsed("<< /D << /Z 1 >> /A 1 >> setalembicorparams");
+    EXPECT_EQ(settings.Change().Copy(from, "D/X").Copy(from, "L").Commit().size(), 0U);
+    EXPECT_EQ(settings.Text(), "<< /D << /Z 1 /X (a(b) >> /A 1 /L [1%x\n2] >> setalembicorparams");
+    EXPECT_EQ(CodeOf([&] { settings.Change().Copy(from, "D/Q"); }), Fault::kNoValue);
+    fFolder.Make("broken", "<<");
+    EXPECT_EQ(OpenDocument(fFolder / "broken").WhyRefused(), Refusal::kInvalidFile);
+}
+
+TEST_F(SettingsTest, AReviewSaysAllWithPlaces) {
+    auto const review = [&](std::string const& text) {
+        std::vector<std::string> findings;
+        for (Finding const& finding : Review(Document(text), fSchema, ReviewScope::kStrict)) {
+            findings.push_back(
+                std::to_string(finding.Where()->line) + ":" +
+                std::to_string(finding.Where()->column) + " " + finding.Id() + " " +
+                finding.Path());
+        }
+        return findings;
+    };
+    EXPECT_EQ(
+        review("<<\n/A 1.123456789 /Bed 010\n/D << /Y 0 /Z 1 >> /L [ 1.5 ]\n>> setalembicorparams"),
+        (Expected{
+            "2:4 rounded A",
+            "2:16 unknown-key Bed",
+            "2:21 octal ",
+            "3:10 value D/Y",
+            "3:12 unknown-key D/Z",
+            "3:25 value L/0"}));
+    EXPECT_EQ(review(" % nothing\n"), Expected{"2:1 empty "});
+    EXPECT_EQ(review("<< /A 1 "), Expected{"1:9 unclosed "});
+}
+
+// The component counts only the namespaces that it validates.
+TEST_F(SettingsTest, FindingsHaveThePositionsOfTheSettingsThatAreMeant) {
+    Schema const schema =
+        Schema::Parse("< PDFSettings < optional < OtherNamespaces < type array of T > > > "
+                      "T < Must number optional < > > >");
+    std::string const other = " << /Namespace [ (x) (x) (x) ] >> ";
+    std::string const text =
+        "<</OtherNamespaces [" + other + other + "<< /A 1 >>] >>setalembicorparams";
+    Settings const settings = Settings::Parse(text, schema);
+    ASSERT_EQ(settings.Validate().size(), 1U);
+    Finding const finding = settings.Validate().front();
+    EXPECT_EQ(finding.Path(), "OtherNamespaces/2/Must");
+    EXPECT_EQ(finding.Bytes()->begin, text.find("<< /A 1")) << "where it belongs";
+}
+
+// The findings, with the nth allocation and only that one failing; nothing for std::bad_alloc.
+static std::optional<Expected> ValidatedWithFailure(Settings const& settings, unsigned long n) try {
+    bibrt::FailAllocation(n, /*andAllLater=*/false);
+    return Texts(settings.Validate());
+} catch (std::bad_alloc const&) {
+    return std::nullopt;
+}
+
+// How many single failures of memory were told; -1 where one changed the findings.
+static int CountFailures(Settings const& settings) {
+    int failures = 0;
+    bool isReached = true;
+    for (unsigned long n = 1; isReached; ++n) {
+        unsigned long const start = bibrt::CountAllocations();
+        auto const found = ValidatedWithFailure(settings, n);
+        isReached = bibrt::CountAllocations() - start >= n;
+        bibrt::ResetFailures();
+        if (found && *found != Expected{kOld}) {
+            return -1;
+        }
+        failures += found ? 0 : 1;
+    }
+    return failures;
+}
+
+// In a process of its own: where only a container fails, the component cannot free what was to go
+// into it.
+TEST_F(SettingsTest, MemoryThatRunsOutIsAlwaysBadAlloc) {
+    EXPECT_EXIT(_exit(CountFailures(Parsed()) > 10 ? 0 : 1), testing::ExitedWithCode(0), "");
+}
+
+TEST(FolderPath, IsAbsoluteAndEndsInNoSlash) {
+    std::string const current = std::filesystem::current_path().string();
+    for (auto const& [folder, path] :
+         {std::pair<std::string, std::string>("", ""),
+          {"/", "/"},
+          {"//", "/"},
+          {"/a/b//", "/a/b"},
+          {"a/", current + "/a"}}) {
+        EXPECT_EQ(detail::FolderPath(folder), path) << folder;
+    }
 }

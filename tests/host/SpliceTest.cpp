@@ -1,11 +1,13 @@
 // Changes in the text are the changes that were asked for, and nothing else moves.
-#include "pdfsettings/Splice.h"
+#include "pdfsettings/Document.h"
 
-#include "pdfsettings/Path.h"
+#include "pdfsettings/Error.h"
+#include "tests/support/ErrorOf.h"
 #include "tests/support/GeneratedTexts.h"
 #include "tests/support/Rounds.h"
 
 #include <gtest/gtest.h>
+#include <limits>
 
 namespace pdfsettings {
 
@@ -52,10 +54,9 @@ bool IsSound(Document const& document) {
 }
 
 void ExpectReplaced(Document const& document, std::string const& path, std::string const& value) {
-    Document const changed(WithValue(document, path, value).value());
+    Document const changed = document.WithText(path, value);
     Dictionary expected = document.Values();
-    Document const alone("<</V " + value + " >>setalembicorparams");
-    EXPECT_TRUE(SetAt(expected, path, alone.Values().ValueAt(0)));
+    expected.Set(path, Value::Parse(value));
     EXPECT_TRUE(expected == changed.Values())
         << path << " = " << value << " in " << document.Text() << " gave " << changed.Text();
     Span const place = document.Find(path)->value;
@@ -63,32 +64,46 @@ void ExpectReplaced(Document const& document, std::string const& path, std::stri
     EXPECT_TRUE(changed.Text().ends_with(document.Text().substr(place.end)));
 }
 
-void ExpectAdded(Document const& document, std::string const& parent) {
-    std::string const path = (parent.empty() ? "" : parent + "/") + "New";
-    auto const text = WithValue(document, path, "[ 1 ]");
-    if (!text) {
-        return; // no dictionary
-    }
+void ExpectAddedAt(Document const& document, std::string const& path) {
     Dictionary expected = document.Values();
-    EXPECT_TRUE(SetAt(expected, path, Array::Of({1.0})));
-    EXPECT_TRUE(expected == Document(*text).Values())
-        << path << " in " << document.Text() << " gave " << *text;
+    auto const code = support::CodeOf([&] { expected.Set(path, Array::Of({1})); });
+    if (code) {
+        EXPECT_EQ(support::CodeOf([&] { document.WithText(path, "[ 1 ]"); }), code) << path;
+        return;
+    }
+    Document const changed = document.WithText(path, "[ 1 ]");
+    EXPECT_TRUE(expected == changed.Values())
+        << path << " in " << document.Text() << " gave " << changed.Text();
+}
+
+// With parents that are missing, in a dictionary; as the next element of an array.
+void ExpectAdded(Document const& document, std::string const& parent) {
+    Value const* const value = document.Values().Find(parent);
+    auto const array = value == nullptr ? std::nullopt : value->If<Array>();
+    std::string const prefix = parent.empty() ? "" : parent + "/";
+    for (std::string const& path :
+         {prefix + "New", prefix + "N/e/w", prefix + std::to_string(array ? array->size() : 0)}) {
+        ExpectAddedAt(document, path);
+    }
 }
 
 void ExpectRemoved(Document const& document, std::string const& path) {
-    Document const changed(Without(document, path).value());
     Dictionary expected = document.Values();
-    EXPECT_TRUE(RemoveAt(expected, path));
+    EXPECT_TRUE(expected.Remove(path));
     std::size_t const slash = path.rfind('/');
     Value const* const parent =
-        slash == std::string::npos ? nullptr : Find(expected, path.substr(0, slash));
-    auto const* const dictionary = parent == nullptr ? nullptr : parent->If<Dictionary>();
+        slash == std::string::npos ? nullptr : expected.Find(path.substr(0, slash));
     // No dictionary can be left empty, nor can settings with a comment.
     bool const isLeftEmpty = parent == nullptr
                                  ? document.Entries().front().next == document.Entries().size()
-                                 : dictionary != nullptr && dictionary->Size() == 0;
-    EXPECT_TRUE(isLeftEmpty || expected == changed.Values())
-        << path << " out of " << document.Text() << " gave " << changed.Text();
+                                 : *parent == Value(Dictionary());
+    auto const code = support::CodeOf([&] {
+        Document const changed = document.Without(path);
+        EXPECT_TRUE(expected == changed.Values())
+            << path << " out of " << document.Text() << " gave " << changed.Text();
+    });
+    EXPECT_TRUE(!code || (isLeftEmpty && code == Fault::kUnwritable))
+        << path << " out of " << document.Text();
 }
 
 // All changes of one text. How many values were replaced.
@@ -120,14 +135,68 @@ TEST(Splice, DoesWhatIsAskedInGeneratedTexts) {
     EXPECT_GT(changes, 5000U);
 }
 
-TEST(Splice, HasNoPlaceWhereThereIsNone) {
-    Document const document("<< /A [ 1 ] /B 2 >> setalembicorparams");
-    for (char const* const path : {"C/D", "B/C", "A/1", "A/X"}) {
-        EXPECT_FALSE(WithValue(document, path, "1")) << path;
-        EXPECT_FALSE(Without(document, path)) << path;
+TEST(Splice, IsRefusedWhereThereIsNoWayOrNoForm) {
+    struct {
+        std::string_view fText;
+        char const* fPath;
+        Value fValue;
+        Fault fCode;
+    } const cases[] = {
+        {"<< /A 1 >>", "A", 1, Fault::kSyntax},
+        {"", "Foo bar", 1, Fault::kKey},
+        {"", "A/(", 1, Fault::kKey},
+        {"", "", 1, Fault::kKey},
+        {"", "A//B", 1, Fault::kKey},
+        {"", "AlembicorData", 1, Fault::kKey},
+        {"<< /A [ 1 ] /B 2 >> setalembicorparams", "B/C", 1, Fault::kNoValue},
+        {"<< /A [ 1 ] /B 2 >> setalembicorparams", "A/2", 1, Fault::kNoValue},
+        {"<< /A [ 1 ] /B 2 >> setalembicorparams", "A/X", 1, Fault::kNoValue},
+        {"<< /A [ 1 ] /B 2 >> setalembicorparams", "A", Dictionary(), Fault::kUnwritable},
+        {"", "A", Name{"a b"}, Fault::kUnwritable},
+        {"", "A", Name{""}, Fault::kUnwritable},
+        {"", "A", std::numeric_limits<double>::infinity(), Fault::kUnwritable},
+        {"", "A", RawString{"a\\"}, Fault::kUnwritable},
+        {"", "A", RawString{"a) /B (c"}, Fault::kUnwritable},
+        {std::string_view("\0x", 2), "A", 1, Fault::kUnwritable},
+        {"", "two words/A", 1, Fault::kKey},
+        {"", "A", HexString{"g>"}, Fault::kUnwritable},
+        {"", "A", Dictionary::Of({{"two words", 1}}), Fault::kUnwritable},
+    };
+    for (auto const& example : cases) {
+        EXPECT_EQ(
+            support::CodeOf(
+                [&] { Document(std::string(example.fText)).With(example.fPath, example.fValue); }),
+            example.fCode)
+            << example.fPath;
     }
-    EXPECT_FALSE(WithValue(Document("% nothing"), "A", "1"));
-    EXPECT_FALSE(WithValue(Document("<< /A 1 >>"), "A", "1"));
+    // What a file holds can be set, though it is read otherwise than it looks.
+    for (Value const& value : {Value(RawString{"a(b"}), Value(HexString{"FF zz"})}) {
+        EXPECT_EQ(Document(std::string()).With("A", value).At("A"), value);
+    }
+    Document const document("<< /A << /B 1 >> /C 2 >> setalembicorparams");
+    EXPECT_EQ(support::CodeOf([&] { document.Without("A/C"); }), Fault::kNoValue);
+    EXPECT_EQ(support::CodeOf([&] { document.Without("A/B"); }), Fault::kUnwritable);
+}
+
+TEST(Splice, KeepsCommentsWhereNoSettingIsLeft) {
+    Document const document("% a\n<<\n  % b\n  /A 1 % c\n>> setalembicorparams\n<< /X 1 >> x\n");
+    Document const without = document.Without("A");
+    EXPECT_EQ(without.Text(), "% a\n% b\n  % c\n<<>> setalembicorparams\n<< /X 1 >> x\n");
+    EXPECT_EQ(without.With("B", 1).Values(), Dictionary::Of({{"B", 1}}));
+}
+
+TEST(Splice, TakesWhatBelongsToABrokenValueWithIt) {
+    struct {
+        char const* fValue;
+        char const* fBehind;
+    } const cases[] = {{"1,5", ""}, {"-x", ""}, {"(a(b)c)", ""}, {"12abc", ""}, {"1", " ,5"}};
+    for (auto const& [value, behind] : cases) {
+        std::string const text =
+            std::string("<< /A ") + value + behind + " /B 2 >> setalembicorparams";
+        EXPECT_EQ(
+            Document(text).With("A", 7).Text(),
+            std::string("<< /A 7") + behind + " /B 2 >> setalembicorparams");
+    }
 }
 
 } // namespace pdfsettings

@@ -1,12 +1,15 @@
+#include "api/BIBRuntime.h"
 #include "pdfsettings/Component.h"
-#include "pdfsettings/Error.h"
 #include "pdfsettings/Schema.h"
 #include "pdfsettings/Settings.h"
 #include "pdfsettings/SettingsList.h"
+#include "pdfsettings/raw/RawAccess.h"
 #include "tests/support/EnvironmentVariable.h"
+#include "tests/support/ErrorOf.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/Together.h"
 
+#include <cstdlib>
 #include <gtest/gtest.h>
 
 using namespace pdfsettings;
@@ -17,97 +20,115 @@ namespace {
 constexpr int kThreads = 4;
 constexpr int kRounds = 20;
 
-constexpr char kSchema[] = "< PDFSettings < A number optional < B array > > >";
+Schema const& SmallSchema() {
+    static Schema const kSchema =
+        Schema::Parse("< PDFSettings < A number optional < B array > > >");
+    return kSchema;
+}
 
 std::string TextWith(int number) {
     return "<</A " + std::to_string(number) + " /B [ /x (y) ] >>setalembicorparams";
 }
 
-Dictionary OneEntry(std::string const& key, Value value) {
-    Dictionary dictionary;
-    dictionary.Set(key, std::move(value));
-    return dictionary;
-}
-
-double NumberIn(Settings const& settings) {
-    return *settings.Values().Get("A")->If<double>();
-}
-
-// What work throws; nothing for success.
-template <class Work>
-std::string MessageOf(Work work) {
-    try {
-        work();
-    } catch (Error const& error) {
-        return error.what();
-    }
-    return "";
-}
-
-// Does nothing where another thread runs the component.
-void UseComponentIfFree(int number) {
-    std::string const message = MessageOf([&] {
-        Component const component;
-        EXPECT_EQ(number, NumberIn(Settings::FromText(component, TextWith(number))));
-    });
-    EXPECT_TRUE(message.empty() || message.find("in use already") != std::string::npos) << message;
-}
-
 // The whole way of one file, and what can go wrong on it.
-void UseSettings(Component const& component, std::string const& path, int number) {
-    Settings settings = Settings::FromText(component, TextWith(number), kSchema);
-    EXPECT_EQ(number, NumberIn(settings));
+void UseSettings(std::string const& path, int number) {
+    Settings settings = Settings::Parse(TextWith(number), SmallSchema());
+    EXPECT_EQ(number, settings.Get<int>("A"));
     EXPECT_TRUE(settings.Validate().empty());
-    EXPECT_EQ(1U, settings.Set(OneEntry("A", Array())).size());
-    EXPECT_TRUE(settings.Set(OneEntry("A", number + 0.5)).empty());
-    settings.Write(path);
-    EXPECT_FALSE(settings.IsDirty());
-    EXPECT_EQ(number + 0.5, NumberIn(Settings::FromFile(component, path)));
-    EXPECT_NE("", MessageOf([&] { Settings::FromText(component, "<</A"); }));
-    EXPECT_NE("", MessageOf([&] { Schema::FromText(component, "<"); }));
-    EXPECT_EQ("", MessageOf([&] { Schema::FromText(component, kSchema); }));
-    EXPECT_EQ(
-        number, NumberIn(Settings::FromValues(component, OneEntry("A", double(number)), kSchema)));
-    EXPECT_NE("", SettingsList::UserFolder(component));
-    SettingsList::Read(component);
+    EXPECT_EQ(1U, settings.Change().Set("A", Array()).Commit().size());
+    EXPECT_TRUE(settings.Change().Set("A", number + 0.5).Commit().empty());
+    settings.SaveAs(path, OnConflict::kOverwrite);
+    EXPECT_FALSE(settings.IsStale());
+    EXPECT_EQ(number + 0.5, Settings::Open(path).Get<double>("A"));
+    EXPECT_EQ(Fault::kSyntax, support::CodeOf([&] { Settings::Parse("<</A"); }));
+    EXPECT_EQ(Fault::kSchema, support::CodeOf([&] { Schema::Parse("<"); }));
+    EXPECT_NE("", UserFolder());
+    EXPECT_LE(2U, List().size());
 }
+
+class Threads : public testing::Test {
+protected:
+    TemporaryFolder fFolder;
+    support::EnvironmentVariable fHome{"HOME", fFolder.Path().c_str()};
+    support::EnvironmentVariable fData{"XDG_DATA_HOME", nullptr};
+    support::EnvironmentVariable fConfig{"XDG_CONFIG_HOME", nullptr};
+};
 
 } // namespace
 
-TEST(Threads, EachUseTheirOwnSettingsOfOneComponent) {
-    TemporaryFolder const folder;
-    support::EnvironmentVariable const home("HOME", folder.Path().c_str());
-    support::EnvironmentVariable const data("XDG_DATA_HOME", nullptr);
-    support::EnvironmentVariable const config("XDG_CONFIG_HOME", nullptr);
-    Component const component;
+TEST_F(Threads, EachUseTheirOwnSettings) {
+    Component const component = Component::Start();
+    std::filesystem::create_directories(UserFolder());
+    for (char const* const name : {"/a.joboptions", "/b.joboptions"}) {
+        SaveSafely(UserFolder().string() + name, "x");
+    }
     support::DoTogether(kThreads, [&](int number) {
         for (int round = 0; round < kRounds; ++round) {
-            UseSettings(component, folder / std::to_string(number), number);
+            UseSettings(fFolder / std::to_string(number), number);
         }
     });
 }
 
-TEST(Threads, MayShareSettings) {
-    TemporaryFolder const folder;
-    Component const component;
-    Settings settings = Settings::FromText(component, TextWith(0), kSchema);
+TEST_F(Threads, ReadTheSameSettingsAndValues) {
+    Component const component = Component::Start();
+    Settings const settings = Settings::Parse(TextWith(7), SmallSchema());
     support::DoTogether(kThreads, [&](int number) {
         for (int round = 0; round < kRounds; ++round) {
-            EXPECT_TRUE(settings.Set(OneEntry("A", double(number))).empty());
-            double const found = NumberIn(settings);
-            EXPECT_TRUE(found >= 0 && found < kThreads) << found;
-            EXPECT_NE(std::string::npos, settings.Text().find("/B"));
-            settings.Write(folder / std::to_string(number));
-            settings.IsDirty();
+            Settings copy = settings;
+            Dictionary values = settings.Values();
+            values.Set("B/0", number);
+            EXPECT_EQ(values.Find("B/0")->As<int>(), number);
+            EXPECT_TRUE(copy.Change().Set("A", number).Commit().empty());
+            EXPECT_EQ(copy.Get<int>("A"), number);
+            EXPECT_EQ(settings.Get<int>("A"), 7);
+            EXPECT_EQ(settings.Values().Find("B/0")->As<Name>().text, "x");
+            EXPECT_TRUE(settings.Validate().empty());
+            EXPECT_FALSE(settings.CanonicalText().empty());
         }
     });
+}
+
+void StartAndStop() {
+    auto const code = support::CodeOf([] {
+        Component const component = Component::Start();
+        EXPECT_TRUE(Settings::Parse(TextWith(1), SmallSchema()).Validate().empty());
+    });
+    EXPECT_TRUE(!code || code == Fault::kInUse);
 }
 
 // One of them at a time: the others are told so.
-TEST(Threads, StartAndStopTheComponent) {
-    support::DoTogether(kThreads, [](int number) {
+TEST_F(Threads, StartAndStopTheComponent) {
+    support::DoTogether(kThreads, [](int /*number*/) {
         for (int round = 0; round < kRounds; ++round) {
-            UseComponentIfFree(number);
+            StartAndStop();
         }
+    });
+}
+
+// A host takes the lock around what it does while this library starts its component. In a process
+// of its own, where it runs until the end.
+TEST(ThreadsDeathTest, ShareTheLockWithAHost) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    auto const useTogether = [] {
+        support::DoTogether(kThreads, [](int number) {
+            number == 0 ? BIBRuntimeLockCalls() : static_cast<void>(number);
+            Settings::Parse(TextWith(1), SmallSchema()).Validate();
+            number == 0 ? BIBRuntimeUnlockCalls() : static_cast<void>(number);
+        });
+        std::exit(0);
+    };
+    EXPECT_EXIT(useTogether(), testing::ExitedWithCode(0), "");
+}
+
+// What waits for nobody must go on while another thread has the component.
+TEST_F(Threads, ReadWhileTheComponentIsInUse) {
+    Component const component = Component::Start();
+    RawAccess const raw;
+    support::DoTogether(kThreads, [&](int number) {
+        Settings settings = Settings::Parse(TextWith(number), SmallSchema());
+        settings.SaveAs(fFolder / std::to_string(number));
+        EXPECT_FALSE(settings.IsStale());
+        settings.Change().Set("A", 1).Remove("B");
+        EXPECT_EQ(Schema::Parse(SmallSchema().Text()).Rules().size(), 2U);
     });
 }

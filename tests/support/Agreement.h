@@ -1,19 +1,19 @@
 // Whether a document and the component make the same of a text.
 #pragma once
 
-#include "pdfsettings/Component.h"
+#include "host/detail/ComponentSettings.h"
 #include "pdfsettings/Document.h"
 #include "pdfsettings/Error.h"
-#include "pdfsettings/Settings.h"
 
 #include <bit>
 #include <cstdint>
+#include <new>
 #include <string>
-#include <variant>
 
 namespace support {
 
 using pdfsettings::Dictionary;
+using pdfsettings::Kind;
 using pdfsettings::Refusal;
 using pdfsettings::Value;
 
@@ -22,39 +22,28 @@ inline std::string Describe(Value const& value);
 
 inline std::string Describe(Dictionary const& values) {
     std::string text;
-    for (std::size_t place = 0; place < values.Size(); ++place) {
-        text += "/" + values.KeyAt(place) + " " + Describe(values.ValueAt(place)) + ";";
+    for (auto const& [key, value] : values) {
+        text += "/" + key + " " + Describe(value) + ";";
     }
     return "<<" + text + ">>";
 }
 
-struct ValueDescriber {
-    std::string operator()(pdfsettings::Word const& word) const { return "/" + word.text; }
-    std::string operator()(double number) const {
-        return std::to_string(std::bit_cast<std::uint64_t>(number));
-    }
-    std::string operator()(pdfsettings::String const& string) const {
-        return "(" + string.bytes + ")";
-    }
-    std::string operator()(pdfsettings::HexString const& string) const {
-        return "<" + string.text + ">";
-    }
-    std::string operator()(pdfsettings::Binary const& data) const {
-        return data.type + "{" + data.bytes + "}";
-    }
-    std::string operator()(pdfsettings::Text16 const&) const { return "text"; }
-    std::string operator()(Dictionary const& values) const { return Describe(values); }
-    std::string operator()(pdfsettings::Array const& values) const {
-        std::string text;
-        for (std::size_t index = 0; index < values.Size(); ++index) {
-            text += Describe(values[index]) + ",";
+inline std::string Describe(Value const& value) {
+    std::string text;
+    switch (value.What()) {
+    case Kind::kNumber:
+        return std::to_string(std::bit_cast<std::uint64_t>(value.As<double>()));
+    case Kind::kDictionary:
+        return Describe(value.As<Dictionary>());
+    case Kind::kArray:
+        for (Value const& element : value.As<pdfsettings::Array>()) {
+            text += Describe(element) + ",";
         }
         return "[" + text + "]";
+    default:
+        return std::to_string(static_cast<int>(value.What())) + "(" + std::string(value.Bytes()) +
+               ")";
     }
-};
-
-inline std::string Describe(Value const& value) {
-    return std::visit(ValueDescriber(), value.Get());
 }
 
 inline char const* Name(Refusal refusal) {
@@ -63,24 +52,24 @@ inline char const* Name(Refusal refusal) {
 }
 
 // What the component makes of a text.
-inline std::string Outcome(pdfsettings::Component const& component, std::string const& text) {
+inline std::string Outcome(std::string const& text) {
     try {
-        return Describe(pdfsettings::Settings::FromText(component, text).Values());
+        pdfsettings::detail::Turn const turn;
+        pdfsettings::detail::ComponentSettings settings(turn, text);
+        auto const [values, tail] = settings.Values();
+        return Describe(values) + tail;
+    } catch (std::bad_alloc const&) {
+        return Name(Refusal::kMemory);
     } catch (pdfsettings::Error const& error) {
-        std::string const reason = error.what();
-        bool const isInvalid = reason.find("file is invalid") != std::string::npos;
-        bool const isUnknown = reason.find("is unknow type") != std::string::npos;
-        return Name(
-            isInvalid   ? Refusal::kInvalidFile
-            : isUnknown ? Refusal::kUnknownValue
-                        : Refusal::kMemory);
+        bool const isInvalid = error.Message().find("file is invalid") != std::string::npos;
+        return Name(isInvalid ? Refusal::kInvalidFile : Refusal::kUnknownValue);
     }
 }
 
 // What a document makes of it, in the same words.
 inline std::string Outcome(pdfsettings::Document const& document) {
     bool const isRefused = document.WhyRefused() != Refusal::kNone;
-    return isRefused ? Name(document.WhyRefused()) : Describe(document.Values());
+    return isRefused ? Name(document.WhyRefused()) : Describe(document.Values()) + document.Tail();
 }
 
 } // namespace support

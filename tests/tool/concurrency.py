@@ -31,7 +31,7 @@ def five_processes_lose_no_change(program):
     """Each of five processes changes a key of its own, again and again."""
     rounds, keys = 20, [f"K{number}" for number in range(5)]
     write("a.joboptions", "<< /A 1 >> setalembicorparams\n")
-    loop = (f'for i in $(seq {rounds}); do "{program}" set -q --wait 120 a.joboptions $0=$i '
+    loop = (f'for i in $(seq {rounds}); do "{program}" set -q --allow-unknown --wait 120 a.joboptions $0=$i '
             "|| exit 1; done")
     processes = [subprocess.Popen(["bash", "-c", loop, key]) for key in keys]
     expect("all changes go through", [0] * 5, [p.wait(timeout=TIME_LIMIT) for p in processes])
@@ -42,18 +42,21 @@ def five_processes_lose_no_change(program):
 
 
 def change_meanwhile(program, arguments, change):
-    """Runs set, which stops in the middle, until the pipe for its many warnings is read; what it says."""
+    """Runs set, which stops in the middle, until the pipe for its long report is read; what it says."""
     keys = [f"k{number:0249}" for number in range(40)]
     end, start = os.pipe()
     fcntl.fcntl(start, fcntl.F_SETPIPE_SZ, 4096)
-    with open(end, "rb", buffering=0) as errors:
+    with open(end, "rb", buffering=0) as report:
         process = subprocess.Popen(
-            [program, "set", *arguments, *(key + "=1" for key in keys)], stderr=start)
+            [program, "set", "--allow-unknown", "--json", *arguments, *(key + "=1" for key in keys)],
+            stdout=start, stderr=subprocess.PIPE, encoding="utf-8")
         os.close(start)
-        text = errors.read(1)
+        report.read(1)
         change()
-        text += b"".join(iter(lambda: errors.read(65536), b""))
-    return process.wait(timeout=TIME_LIMIT), text.decode().splitlines()[-1]
+        while report.read(65536):
+            pass
+    errors = process.communicate(timeout=TIME_LIMIT)[1]
+    return process.returncode, errors.removesuffix("\n")
 
 
 def changes_meanwhile_are_conflicts(program):
@@ -119,7 +122,7 @@ def an_output_is_never_the_input(program):
     """Another name of the same file is a file of its own, and what stands there is compared too."""
     write("a.joboptions", "<< /A 1 >> setalembicorparams\n")
     os.link("a.joboptions", "b")
-    words = [program, "set", "-q", "a.joboptions", "A=2", "-o"]
+    words = [program, "set", "-q", "--allow-unknown", "a.joboptions", "A=2", "-o"]
     expect("a hard link", 0, subprocess.run([*words, "b"], check=False).returncode)
     expect("the input", "<< /A 1 >> setalembicorparams\n", read("a.joboptions"))
     expect("the output", "<< /A 2 >> setalembicorparams\n", read("b"))

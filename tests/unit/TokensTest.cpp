@@ -82,7 +82,7 @@ TEST(SettingPath, IsTakenApartAtTheSlashesThatBeginNoKey) {
         {"7", "7", "", "7", "7"},
         {"A/B", "A", "A", "B", "A/B"},
         {"A//B", "A", "A", "/B", "A//B"},
-        {"A/0/B/12", "A", "A/0/B", "12", "A[]/B[]"},
+        {"A/0/B/12", "A", "A/0/B", "12", "A/*/B/*"},
         {"A/0x", "A", "A", "0x", "A/0x"}};
     for (auto const& row : rows) {
         EXPECT_EQ(row.fFirst, FirstPart(row.fPath));

@@ -8,6 +8,7 @@
 #include <csignal>
 #include <fmt/format.h>
 #include <memory>
+#include <new>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -70,6 +71,8 @@ private:
             return (*chosen)->Run();
         } catch (Failure const& failure) {
             return Report(failure.what(), failure.ExitStatus());
+        } catch (std::bad_alloc const&) {
+            return Report("out of memory", Status::kBadInput);
         } catch (std::exception const& error) {
             return Report(error.what(), Status::kBadInput);
         }

@@ -1,56 +1,28 @@
-// A settings file as a text: where each setting stands, and what the component makes of it.
+// A settings file as a text: where each setting stands, what is read of it, and changes that leave
+// all other bytes as they are.
 //
 // The component keeps no places and drops what it cannot read without a word. A Document reads the
 // same format in the same way and keeps both. It needs no running component.
 #pragma once
 
 #include "pdfsettings/Export.h"
+#include "pdfsettings/Finding.h"
 #include "pdfsettings/Value.h"
 
 #include <cstddef>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace pdfsettings {
-
-enum class Severity {
-    kWarning, // something is lost, or is taken otherwise than it looks
-    kError    // because of it the text is refused
-};
-
-// A run of bytes in a text.
-struct Span {
-    std::size_t begin = 0; // in bytes from the start of the text
-    std::size_t end = 0;   // behind its last byte
-
-    std::size_t Size() const noexcept { return end - begin; }
-    bool operator==(Span const&) const = default;
-};
-
-// One fault in a text.
-struct TextFinding {
-    Severity severity;
-    std::string id; // stable: a word such as "octal", listed in docs/findings.md
-    Span span;      // of the text that is to be looked at; may be empty at the end of the text
-    std::string message;
-};
-
-// Where a byte stands.
-struct Place {
-    std::size_t line = 1;   // from 1; CR, LF and CR LF end a line alike
-    std::size_t column = 1; // from 1, in characters of UTF-8; a byte that belongs to none is one
-
-    bool operator==(Place const&) const = default;
-};
 
 // Where a setting, or an element of an array, stands.
 struct DocumentEntry {
     Span key;              // with its slash; empty for an element
     Span value;            // from its first to its last byte
-    std::size_t next = 0;  // the place in Document::Entries() behind all that it holds
+    std::size_t next = 0;  // the index in Document::Entries() behind all that it holds
     std::size_t depth = 0; // of the dictionary or array that it stands in; 0 for a setting
 };
 
@@ -62,35 +34,44 @@ enum class Refusal {
     kMemory        // its memory error: something has no end, or is nested too deeply
 };
 
-// Immutable, and safe to read from any thread. Copies share what was read.
+// Immutable, and safe to read from any thread. Copies share what was read. What its functions give
+// is valid as long as one of them lives.
 class PDFSETTINGS_API Document {
 public:
     // Reads text, which may hold any bytes. Throws std::bad_alloc only.
     explicit Document(std::string text);
 
     // There is no move: no document is without a text.
-    Document(Document const&) noexcept = default;
-    Document& operator=(Document const&) noexcept = default;
-    ~Document() = default;
+    Document(Document const&) noexcept;
+    Document& operator=(Document const&) noexcept;
+    ~Document();
 
     std::string const& Text() const noexcept;
 
-    // kNone when the component reads the text, and then the settings that it reads. No settings for
-    // a text that it refuses.
+    // kNone when the component reads the text.
     Refusal WhyRefused() const noexcept;
-    Dictionary const& Values() const noexcept;
 
-    // What is refused, lost or taken otherwise than it looks, in the order of the text, each fault
+    // Throws Error (kSyntax), with the place and the id, for a text that is refused.
+    void RequireRead() const;
+
+    // The settings that it reads, and what follows them in their file; both empty for a text that
+    // it refuses.
+    Dictionary const& Values() const noexcept;
+    std::string const& Tail() const noexcept;
+
+    // What is refused, lost or read otherwise than it looks, in the order of the text, each finding
     // once. A refused text has exactly one error.
-    std::vector<TextFinding> const& Findings() const noexcept;
+    pdfsettings::Findings const& Findings() const noexcept;
 
     // The settings and elements in the order of the text, each before what it holds; those of a
     // refused text up to where it is refused. Of equal keys in one dictionary the last one counts.
-    std::vector<DocumentEntry> const& Entries() const noexcept;
+    std::span<DocumentEntry const> Entries() const noexcept;
 
-    // The entry at a path of keys and positions, as in Find() of Path.h; null when there is none.
-    // Valid as long as the document.
+    // The entry at a path, as in Dictionary::Find; null when there is none.
     DocumentEntry const* Find(std::string_view path) const;
+
+    // The value at a path. Throws Error (kNoValue) with a similar path that there is.
+    Value const& At(std::string_view path) const;
 
     // The key of an entry as the component reads it.
     std::string KeyOf(DocumentEntry const& entry) const;
@@ -99,11 +80,31 @@ public:
     // for one that is refused.
     std::optional<Span> Body() const noexcept;
 
-    // Where the byte at offset stands. REQUIRES: offset <= Text().size().
+    // The position of the byte at offset. REQUIRES: offset <= Text().size().
     Place PlaceOf(std::size_t offset) const;
 
     // The line that offset lies in, without its line end. REQUIRES: as PlaceOf.
     Span LineAt(std::size_t offset) const;
+
+    // A document with a value at a path, as Dictionary::Set stores it: in the place of the present
+    // one, or as a new entry with the indent and the line end of the entry before it. All other
+    // bytes stay: comments, order, number forms and line ends. Throws Error: kNoValue as
+    // Dictionary::Set, kKey, kSyntax for a text that is refused, and kUnwritable where the changed
+    // text would not read back as the changed values.
+    Document With(std::string_view path, Value const& value) const;
+
+    // The same for a value as it stands in a file, whose form is kept. Throws Error (kSyntax) for a
+    // text that is no value.
+    Document WithText(std::string_view path, std::string_view text) const;
+
+    // The same for the value at a path of another document, byte for byte as it stands there.
+    // Throws Error (kNoValue) when there is none.
+    Document WithCopy(std::string_view path, Document const& from) const;
+
+    // A document without the value at a path, and without its line when nothing else stands there.
+    // All entries of that key are removed. Throws the same, and Error (kNoValue) when there is
+    // none.
+    Document Without(std::string_view path) const;
 
 private:
     struct Reading;

@@ -3,8 +3,8 @@
 
 #include "pdfsettings/Export.h"
 
+#include <filesystem>
 #include <memory>
-#include <string>
 
 namespace pdfsettings {
 
@@ -12,41 +12,38 @@ namespace detail {
 class RunningComponent;
 }
 
-// The component, loaded and started. Settings are made with one, see Settings. A process runs the
-// component once at a time; it may be started again after it was stopped. It stops when this object
-// and all Settings that were made with it are gone, and stays loaded. At the latest it stops when
-// the program ends: objects that are destroyed after that throw Error when they are used.
+// A handle on the component that runs in this process, which a process does once at a time. Nothing
+// in this library asks for one: whatever needs the component (validation, lists) takes the one that
+// runs, also one that a host runs on the runtime of this library, or starts the one at
+// DefaultPath(), which then runs until the program ends. What a host started is never stopped here.
 //
-// While it runs it has the runtime's error channel (BIBRuntimeSetErrorChannel), where reports
-// become the texts of Error; afterwards the channel is the runtime's default.
-//
-// Threads: this object and all its Settings may be used from any thread. Calls into the component
-// come one after the other, so a long one keeps the others waiting. No object may be moved or
-// destroyed while another thread uses it. A process that was made by fork() while another thread
-// was in a call must not use them: that thread's call never ends there.
+// Threads: this library may be used from any thread. Validations are made one after the other. A
+// process that was made by fork() while another thread validated must not use the component: that
+// thread's call never ends there.
 class PDFSETTINGS_API Component {
 public:
-    // Loads the component from path and starts it on the runtime. Without a path it is the file
-    // libPDFSettings.so in the folder pdfsettings-2 beside the runtime's own library, where it is
-    // installed, or else beside the library itself; a path without a slash is looked for as
-    // the system's loader does. Throws Error when it cannot be loaded or does not start, and when
-    // the component runs already.
-    explicit Component(std::string const& path = DefaultPath());
-    ~Component();
-    Component(Component const&) = delete;
-    Component& operator=(Component const&) = delete;
+    // The one that runs, or the one at DefaultPath(), which is started. Throws Error when it cannot
+    // be loaded or does not start.
+    static Component Shared();
 
-    // Where the component is looked for without a path.
-    static std::string DefaultPath();
+    // Loads the component from a file and starts it on the runtime; a path without a slash is
+    // looked for as the system's loader does. It stops when all handles are gone, may then be
+    // started again, and stays loaded. Throws Error when it cannot be loaded or does not start, and
+    // with kInUse when the component runs already.
+    static Component Start(std::filesystem::path const& library = DefaultPath());
 
-    // The component's version, as major * 65536 + minor * 256 + revision.
+    // The file libPDFSettings.so in the folder pdfsettings-2 beside the runtime's own library,
+    // where it is installed, or else beside that library itself.
+    static std::filesystem::path DefaultPath();
+
+    // The component's version, as major * 65536 + minor * 256 + revision. Throws Error for one that
+    // a host runs.
     long Version() const;
 
 private:
     friend class RawAccess;
-    friend class Schema;
-    friend class Settings;
-    friend class SettingsList;
+
+    PDFSETTINGS_LOCAL explicit Component(std::shared_ptr<detail::RunningComponent> running);
 
     std::shared_ptr<detail::RunningComponent> fRunning;
 };

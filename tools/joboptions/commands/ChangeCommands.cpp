@@ -1,65 +1,65 @@
 // joboptions set and unset: changes of a file in its own text, validated, shown and saved.
 #include "tools/joboptions/commands/Command.h"
 
-#include "pdfsettings/Document.h"
+#include "pdfsettings/Compare.h"
 #include "pdfsettings/Error.h"
-#include "pdfsettings/Path.h"
-#include "pdfsettings/Splice.h"
-#include "tools/joboptions/commands/Assignments.h"
+#include "pdfsettings/Settings.h"
 #include "tools/joboptions/commands/Files.h"
 #include "tools/joboptions/commands/ListCommands.h"
 #include "tools/joboptions/json/JsonDocuments.h"
-#include "tools/joboptions/text/Differences.h"
-#include "tools/joboptions/text/Findings.h"
-#include "tools/joboptions/text/KnownKeys.h"
 #include "tools/joboptions/text/Utf8.h"
+#include "tools/joboptions/text/ValueText.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <fmt/format.h>
-#include <iterator>
-#include <set>
 #include <string>
 #include <utility>
 #include <vector>
 
 namespace joboptions {
 
-using pdfsettings::Dictionary;
+using pdfsettings::Document;
+using pdfsettings::Error;
+using pdfsettings::Fault;
 using pdfsettings::Finding;
+using pdfsettings::Settings;
 
 namespace {
 
-// A settings file that is being changed, and what it is validated with.
-struct Editing {
-    pdfsettings::Component const& fComponent;
-    pdfsettings::Schema const& fSchema;
-    std::string const& fFile;
-    std::string const& fText;
+// What a command asks of settings, and what is to be said of it.
+struct Request {
+    Settings::Edit fEdit;
+    Settings const& fSettings;               // as they are
+    std::vector<std::string> fProblems = {}; // why it is refused
+    Status fStatus = Status::kDone;          // that of the gravest problem
+    std::vector<Finding> fFindings = {};     // those that are problems of settings
+    std::vector<Finding> fWarnings = {};     // what may be meant otherwise
 };
 
-// The settings of a file before and after a change.
-struct Change {
-    Dictionary fBefore;
-    Dictionary fAfter;
-    std::vector<Finding> fFindings; // faults of the result
-    std::vector<Finding> fWarnings; // what may be meant otherwise
-    std::string fText;              // of the result; not looked at when it has faults
-};
+// Of problems of several kinds, one in the call itself says most.
+void AddProblem(Request& request, Status status, std::string problem) {
+    bool const isGraver = request.fStatus == Status::kDone || status == Status::kWrongCall;
+    request.fStatus = isGraver ? status : request.fStatus;
+    request.fProblems.push_back(std::move(problem));
+}
 
-// A command that changes settings of FILE: all that is asked for or, if the schema refuses the
-// result, nothing.
+// A command that changes settings of FILE: all that is asked for or, if one thing is refused,
+// nothing.
 class ChangeCommand : public Command {
 public:
-    // Status::kDone, or Status::kRefused with all faults when the schema does not allow the result.
-    // The file stays locked while it is changed in its place.
+    // Status::kDone, or Status::kRefused with all findings when the schema rejects the result. The
+    // file stays locked while it is changed in its place.
     Status Run() const override {
         RequireOneStandardInput({fFile}, fOptions);
-        pdfsettings::Component const component;
-        std::string const file = LocateForChange(component, fFile, fOptions);
-        pdfsettings::Schema const schema = ReadSchema(component, fOptions);
+        std::string const file = LocateForChange(fFile, fOptions);
+        pdfsettings::Schema const schema = ReadSchema(fOptions);
         return ChangeFile(file, fOptions, [&](std::string const& text, SaveText const& save) {
-            Finish(Make({component, schema, file, text}), file, save);
+            Settings settings = ParseSettings(file, text, schema);
+            Settings const before = settings;
+            Request request{settings.Change(), before};
+            Apply(request, file);
+            Finish(request, file, save);
             return Status::kDone;
         });
     }
@@ -80,30 +80,39 @@ protected:
         AddOptions(Parser(), options);
     }
 
-    // What is asked for. Throws Failure when it cannot be understood or made.
-    virtual Change Make(Editing const& editing) const = 0;
+    // Makes the changes that are asked for, with a problem for each that cannot be made.
+    virtual void Apply(Request& request, std::string const& file) const = 0;
 
 private:
-    // Shows the change, or saves it. Throws Failure with Status::kRefused for a result with faults,
-    // with Status::kWrongCall when standard output would have to take both JSON and the settings,
-    // and as save.
-    void Finish(Change const& change, std::string const& file, SaveText const& save) const {
+    // Shows the change, or saves it. Throws Failure with all problems, with Status::kWrongCall when
+    // standard output would have to take both JSON and the settings, and as save.
+    void Finish(Request& request, std::string const& file, SaveText const& save) const {
         RequireRoom(file, fOptions);
-        auto const differences = Compare(change.fBefore, change.fAfter);
-        if (fOptions.json) {
-            WriteOutput(ChangeDocument(differences, change.fFindings, change.fWarnings, file));
+        for (Finding const& finding : request.fEdit.Check()) {
+            request.fFindings.push_back(finding);
+            AddProblem(
+                request,
+                Status::kRefused,
+                fmt::format(
+                    "{}: {}: {}",
+                    InputName(file),
+                    VisibleText(finding.Path()),
+                    VisibleText(finding.Message())));
         }
-        for (auto const& [key, message] : change.fWarnings) {
-            WriteWarning(VisibleText(key) + ": " + message, fOptions.quiet);
+        Document const& after =
+            request.fProblems.empty() ? request.fEdit.Result() : request.fSettings.Source();
+        auto const differences = Compare(request.fSettings.Values(), after.Values());
+        if (fOptions.json && request.fStatus != Status::kWrongCall) {
+            WriteOutput(ChangeDocument(differences, request.fFindings, request.fWarnings, file));
         }
-        std::vector<std::string> faults;
-        for (auto const& [key, message] : change.fFindings) {
-            faults.push_back(
-                fmt::format("{}: {}: {}", InputName(file), VisibleText(key), VisibleText(message)));
+        for (Finding const& warning : request.fWarnings) {
+            WriteWarning(
+                VisibleText(warning.Path()) + ": " + VisibleText(warning.Message()),
+                fOptions.quiet);
         }
-        FailIfAny(Status::kRefused, faults);
+        FailIfAny(request.fStatus, request.fProblems);
         if (!fOptions.dryRun) {
-            save(change.fText);
+            save(after.Text());
             return;
         }
         RequireReplaceable(file, fOptions);
@@ -113,73 +122,7 @@ private:
     std::string fFile;
 };
 
-// Says of those findings that settings had before their change that they are old.
-void MarkOldFindings(pdfsettings::Settings const& settings, std::vector<Finding>& findings) {
-    if (findings.empty()) {
-        return;
-    }
-    std::set<std::pair<std::string, std::string>> before;
-    for (Finding& old : settings.Validate()) {
-        before.emplace(std::move(old.key), std::move(old.message));
-    }
-    for (Finding& finding : findings) {
-        bool const isOld = before.contains({finding.key, finding.message});
-        finding.message += isOld ? " (as before the change)" : "";
-    }
-}
-
-// Makes sure that text gives those settings. Throws Failure with Status::kRefused, which names file
-// and says what to do instead, when it does not.
-void RequireSettings(
-    pdfsettings::Component const& component,
-    std::string const& file,
-    std::string const& text,
-    pdfsettings::Dictionary const& settings,
-    char const* instead) {
-    try {
-        if (pdfsettings::Settings::FromText(component, text).Values() == settings) {
-            return;
-        }
-    } catch (pdfsettings::Error const&) {
-        // Said below.
-    }
-    Fail(
-        Status::kRefused,
-        file,
-        fmt::format("this change cannot be made in its text so that it reads back; {}", instead));
-}
-
-// The text with the values of all assignments. A text without settings gets some.
-std::string Splice(std::string text, std::vector<ValueText> const& values) {
-    if (!pdfsettings::Document(text).Body()) {
-        text += (text.empty() || text.ends_with('\n') ? "" : "\n");
-        text += "<<\n>> setalembicorparams\n";
-    }
-    for (auto const& [path, value] : values) {
-        if (auto changed = WithValue(pdfsettings::Document(text), path, value)) {
-            text = std::move(*changed);
-        }
-    }
-    return text;
-}
-
-Dictionary Changed(Dictionary values, Dictionary const& changes) {
-    for (std::size_t place = 0; place < changes.Size(); ++place) {
-        values.Set(changes.KeyAt(place), changes.ValueAt(place));
-    }
-    return values;
-}
-
-void AddHints(
-    std::vector<Finding>& findings,
-    Dictionary const& values,
-    std::vector<pdfsettings::SettingRule> const& rules) {
-    for (std::size_t i = 0; i < std::min(findings.size(), kMostHints); ++i) {
-        findings[i].message += NameHint(values, rules, findings[i]);
-    }
-}
-
-// Changes values in a file, all of them or, if the schema refuses a single one, none.
+// Changes values in a file, all of them or, if a single one is refused, none.
 class SetCommand final : public ChangeCommand {
 public:
     SetCommand(CLI::App& program, Options& options)
@@ -189,9 +132,11 @@ public:
             Parser(),
             "KEY=VALUE",
             fAssignments,
-            "A key, as for get, and a value as it stands in a file: true, 1.5, /Name, (text), "
-            "[ 1 2 ]")
+            "A key or path, as for get, and a value as it stands in a file: true, 1.5, /Name, "
+            "(text), [ 1 2 ]")
             ->required();
+        Parser().add_flag(
+            "--allow-unknown", fAllowsUnknown, "Write keys that neither the schema nor FILE knows");
         AddChangeOptions(options);
         Parser().footer(
             "Examples:\n"
@@ -201,60 +146,81 @@ public:
     }
 
 private:
-    Change Make(Editing const& editing) const override {
-        auto const& [component, schema, file, text] = editing;
-        auto settings = ParseSettings(component, file, text, schema.Text());
-        Dictionary const before = settings.Values();
-        auto const& rules = schema.Settings();
-        auto const assignments = ReadAssignments(component, before, rules, fAssignments);
-        auto findings = settings.Set(assignments.fChanges);
-        MarkOldFindings(settings, findings);
-        AddHints(findings, Changed(before, assignments.fChanges), rules);
-        Dictionary const after = settings.Values();
-        std::string const changed = findings.empty() ? Splice(text, assignments.fTexts) : text;
-        RequireSettings(
-            component,
-            file,
-            changed,
-            after,
-            "an empty dictionary can only stand last, and other files need joboptions fmt first");
-        // A misspelled key is allowed, for settings may hold what no schema knows.
+    void Apply(Request& request, std::string const& file) const override {
         std::vector<std::string> paths;
-        std::ranges::transform(assignments.fTexts, std::back_inserter(paths), &ValueText::fPath);
-        return {before, after, findings, UnknownPaths(rules, paths), changed};
+        for (std::string const& assignment : fAssignments) {
+            std::size_t const sign = assignment.find('=');
+            std::string const path = assignment.substr(0, sign);
+            if (sign == std::string::npos) {
+                AddProblem(request, Status::kWrongCall, VisibleText(path) + ": expected KEY=VALUE");
+            } else if (Assign(request, path, assignment.substr(sign + 1), file)) {
+                paths.push_back(path);
+            }
+        }
+        for (std::string const& path : paths) {
+            WarnOfFindings(request, path);
+        }
+    }
+
+    // Whether it was done.
+    bool Assign(
+        Request& request,
+        std::string const& path,
+        std::string const& text,
+        std::string const& file) const {
+        try {
+            request.fEdit.SetText(path, text);
+        } catch (Error const& error) {
+            bool const isOfFile = error.Code() == Fault::kUnwritable;
+            AddProblem(
+                request,
+                isOfFile ? Status::kRefused : Status::kWrongCall,
+                (isOfFile ? InputName(file) + ": " : "") + VisibleText(error.Message()));
+            return false;
+        }
+        if (!fAllowsUnknown && IsUnknown(request, path)) {
+            std::string const meant = request.fSettings.Rules().Suggest(path);
+            std::string const message = "the schema has no such setting" +
+                                        (meant.empty() ? "" : "; did you mean " + meant + "?");
+            request.fFindings.emplace_back(
+                pdfsettings::Severity::kError, "unknown-key", path, message);
+            AddProblem(
+                request,
+                Status::kRefused,
+                fmt::format(
+                    "{}: {} (--allow-unknown writes it)", VisibleText(path), VisibleText(message)));
+        }
+        return true;
+    }
+
+    static bool IsUnknown(Request const& request, std::string const& path) {
+        return request.fSettings.Rules().IsUnknown(path) && !request.fSettings.Has(path);
+    }
+
+    // What of the new value is still read otherwise than it looks.
+    static void WarnOfFindings(Request& request, std::string const& path) {
+        Document const& result = request.fEdit.Result();
+        auto const* const entry = result.Find(path);
+        std::size_t const first = entry->key.Size() == 0 ? entry->value.begin : entry->key.begin;
+        for (Finding const& finding : result.Findings()) {
+            std::size_t const begin = finding.Bytes()->begin;
+            if (first <= begin && begin <= entry->value.end) {
+                request.fWarnings.emplace_back(
+                    finding.Level(), finding.Id(), path, finding.Message());
+            }
+        }
     }
 
     std::vector<std::string> fAssignments;
+    bool fAllowsUnknown = false;
 };
 
-// Throws Failure for keys that cannot be taken out.
-void RequireKeys(
-    std::string const& file, Dictionary const& settings, std::vector<std::string> const& keys) {
-    std::vector<std::string> faults;
-    for (std::string const& key : keys) {
-        if (key == pdfsettings::kTailKey || Find(settings, key) == nullptr) {
-            faults.push_back(InputName(file) + ": " + MissingKeyText(settings, key));
-        }
-    }
-    FailIfAny(Status::kNo, faults);
-}
-
-std::string Remove(std::string text, std::vector<std::string> const& keys) {
-    for (std::string const& key : keys) {
-        auto changed = Without(pdfsettings::Document(text), key);
-        if (changed) {
-            text = std::move(*changed);
-        }
-    }
-    return text;
-}
-
-// Takes keys out of a file, all of them or, if one is missing or the schema refuses the rest, none.
+// Removes keys from a file, all of them or, if one is missing or the schema rejects the rest, none.
 class UnsetCommand final : public ChangeCommand {
 public:
     UnsetCommand(CLI::App& program, Options& options)
-        : ChangeCommand(program, options, "unset", "Take settings out of a file") {
-        AddArgument(Parser(), "KEY", fKeys, "Keys, as for get")->required();
+        : ChangeCommand(program, options, "unset", "Remove settings from a file") {
+        AddArgument(Parser(), "KEY", fKeys, "Keys or paths, as for get")->required();
         AddChangeOptions(options);
         Parser().footer(
             "Examples:\n"
@@ -263,26 +229,19 @@ public:
     }
 
 private:
-    // Throws Failure with Status::kNo when there is no such key.
-    Change Make(Editing const& editing) const override {
-        auto const& [component, schema, file, text] = editing;
-        auto const settings = ParseSettings(component, file, text, schema.Text());
-        Dictionary const before = settings.Values();
-        RequireKeys(file, before, fKeys);
-        std::string const changed = Remove(text, fKeys);
-        Dictionary after = before;
+    // A missing key is Status::kNo.
+    void Apply(Request& request, std::string const& file) const override {
         for (std::string const& key : fKeys) {
-            RemoveAt(after, key);
+            try {
+                request.fEdit.Remove(key);
+            } catch (Error const& error) {
+                bool const isMissing = error.Code() == Fault::kNoValue;
+                AddProblem(
+                    request,
+                    isMissing ? Status::kNo : Status::kRefused,
+                    InputName(file) + ": " + VisibleText(error.Message()));
+            }
         }
-        RequireSettings(
-            component,
-            file,
-            changed,
-            after,
-            "no dictionary may be left empty: unset the whole of it");
-        auto findings = ParseSettings(component, file, changed, schema.Text()).Validate();
-        MarkOldFindings(settings, findings);
-        return {before, after, findings, {}, changed};
     }
 
     std::vector<std::string> fKeys;

@@ -1,48 +1,43 @@
-// joboptions check: judges files by a schema.
+// joboptions check: problems in files.
 #include "tools/joboptions/commands/Command.h"
 
+#include "pdfsettings/Review.h"
 #include "tools/joboptions/commands/Files.h"
 #include "tools/joboptions/commands/ListCommands.h"
 #include "tools/joboptions/json/JsonDocuments.h"
 #include "tools/joboptions/text/Findings.h"
-#include "tools/joboptions/text/KnownKeys.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <iterator>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace joboptions {
 
+using pdfsettings::Finding;
+
 namespace {
 
-std::string JudgementText(Judgement const& judgement, bool color) {
+std::string FindingsText(CheckedFile const& checked, bool color) {
     std::string text;
-    for (PlacedFinding const& finding : judgement.findings) {
-        text += PlacedFindingText(judgement.file, *judgement.document, finding, color);
+    for (Finding const& finding : checked.findings) {
+        text += FindingText(checked.file, *checked.document, finding, color);
     }
     return text;
 }
 
-void Append(std::vector<PlacedFinding>& all, std::vector<PlacedFinding> more) {
-    all.insert(
-        all.end(), std::make_move_iterator(more.begin()), std::make_move_iterator(more.end()));
-}
-
-// Says of each file what of it is lost or taken otherwise than it looks, and what the schema does
-// not allow.
+// Reports for each file what of it is lost or read otherwise than it looks, and what the schema
+// rejects.
 class CheckCommand final : public Command {
 public:
     CheckCommand(CLI::App& program, Options& options)
-        : Command(program, options, "check", "Say what of the settings is not allowed") {
+        : Command(program, options, "check", "Report problems in settings files") {
         AddArgument(Parser(), "FILE", fFiles, "The settings files; - is standard input")
             ->required();
         Parser().add_flag(
             "--strict",
             fIsStrict,
-            "Name settings that the schema does not know; warnings count as faults");
+            "Report settings that the schema does not know too; warnings count as errors");
         AddApplication(Parser(), options, kNamesOfApplication);
         AddSchema(Parser(), options);
         AddJson(Parser(), options);
@@ -54,76 +49,68 @@ public:
                         "  joboptions check -q office.joboptions && echo valid");
     }
 
-    // Status::kDone when all files are valid, Status::kNo when one has faults (warnings count if
-    // strict), Status::kBadInput when one cannot be read or parsed; the others are judged all the
+    // Status::kDone when all files are valid, Status::kNo when one has findings (warnings count if
+    // strict), Status::kBadInput when one cannot be read or parsed; the others are checked all the
     // same.
     Status Run() const override {
         RequireOneStandardInput(fFiles, fOptions);
-        pdfsettings::Component const component;
-        pdfsettings::Schema const schema = ReadSchema(component, fOptions);
-        std::vector<Judgement> judgements;
+        pdfsettings::Schema const schema = ReadSchema(fOptions);
+        std::vector<CheckedFile> files;
         Status status = Status::kDone;
         std::string text;
         for (std::string const& file : fFiles) {
-            judgements.push_back(Judge(component, schema, file));
-            status = std::max(status, StatusOf(judgements.back()));
+            files.push_back(Check(schema, file));
+            status = std::max(status, StatusOf(files.back()));
             if (!fOptions.json && !fOptions.quiet) {
-                text += JudgementText(judgements.back(), UseColor(fOptions));
+                text += FindingsText(files.back(), UseColor(fOptions));
             }
         }
-        WriteResult(fOptions, fOptions.json ? CheckDocument(judgements) : text);
+        WriteResult(fOptions, fOptions.json ? CheckDocument(files) : text);
         return status;
     }
 
 private:
-    Judgement Judge(
-        pdfsettings::Component const& component,
-        pdfsettings::Schema const& schema,
-        std::string const& file) const {
-        Judgement judgement{file, {}, {}, {}};
+    CheckedFile Check(pdfsettings::Schema const& schema, std::string const& file) const {
+        CheckedFile checked{file, {}, {}, {}};
         try {
-            judgement.file = Locate(component, file, fOptions);
-            JudgeText(component, schema, ReadBytes(judgement.file), judgement);
+            checked.file = Locate(file, fOptions);
+            checked.document.emplace(ReadBytes(checked.file));
+            checked.findings = Review(
+                *checked.document,
+                schema,
+                fIsStrict ? pdfsettings::ReviewScope::kStrict : pdfsettings::ReviewScope::kUsual);
+            if (checked.document->WhyRefused() != pdfsettings::Refusal::kNone) {
+                checked.error = RefusalText(checked);
+            }
         } catch (Failure const& failure) {
-            judgement.error = failure.what();
-            WriteError(failure.what(), fOptions.quiet);
+            checked.error = failure.what();
+        } catch (pdfsettings::Error const& error) {
+            checked.error = ErrorText(checked.file, error);
         }
-        return judgement;
+        bool const isRead = checked.error.empty() || !checked.findings.empty();
+        WriteError(checked.error, isRead || fOptions.quiet);
+        return checked;
     }
 
-    void JudgeText(
-        pdfsettings::Component const& component,
-        pdfsettings::Schema const& schema,
-        std::string text,
-        Judgement& judgement) const {
-        judgement.document.emplace(std::move(text));
-        pdfsettings::Document const& document = *judgement.document;
-        judgement.findings = TextFindings(document);
-        if (document.WhyRefused() != pdfsettings::Refusal::kNone) {
-            judgement.error = RefusalText(judgement.file, document);
-            return;
+    // Why the document is refused.
+    static std::string RefusalText(CheckedFile const& checked) {
+        try {
+            checked.document->RequireRead();
+            return {};
+        } catch (pdfsettings::Error const& error) {
+            return ErrorText(checked.file, error);
         }
-        auto const settings =
-            ParseSettings(component, judgement.file, document.Text(), schema.Text());
-        auto const& rules = schema.Settings();
-        auto& all = judgement.findings;
-        Append(all, SchemaFindings(document, settings.Validate(), rules));
-        Append(all, WritingFindings(component, document, settings));
-        if (fIsStrict) {
-            Append(all, UnknownKeys(document, rules));
-        }
-        std::ranges::stable_sort(
-            all, {}, [](PlacedFinding const& finding) { return finding.span.begin; });
     }
 
-    Status StatusOf(Judgement const& judgement) const {
-        if (!judgement.error.empty()) {
+    Status StatusOf(CheckedFile const& checked) const {
+        if (!checked.error.empty()) {
             return Status::kBadInput;
         }
-        bool const isFaulty = std::ranges::any_of(judgement.findings, [this](auto const& finding) {
-            return fIsStrict || finding.severity == pdfsettings::Severity::kError;
-        });
-        return isFaulty ? Status::kNo : Status::kDone;
+        bool const hasFindings =
+            std::ranges::any_of(checked.findings, [this](Finding const& finding) {
+                return fIsStrict || finding.Level() == pdfsettings::Severity::kError;
+            });
+        return hasFindings ? Status::kNo : Status::kDone;
     }
 
     std::vector<std::string> fFiles;

@@ -3,7 +3,6 @@
 
 #include "tools/joboptions/commands/Files.h"
 #include "tools/joboptions/json/JsonDocuments.h"
-#include "tools/joboptions/text/KnownKeys.h"
 #include "tools/joboptions/text/Utf8.h"
 #include "tools/joboptions/text/ValueText.h"
 
@@ -19,13 +18,13 @@ namespace joboptions {
 
 namespace {
 
-using pdfsettings::SettingRule;
+using pdfsettings::Rule;
+using Rules = std::vector<Rule>;
 
 // Whether key is the setting's, or that of one it is nested in.
-bool IsChosenBy(std::string const& key, SettingRule const& rule) {
-    bool const isNested = rule.key.size() > key.size() &&
-                          (rule.key[key.size()] == '/' || rule.key[key.size()] == '[');
-    return rule.key.starts_with(key) && (isNested || rule.key.size() == key.size());
+bool IsChosenBy(std::string const& key, Rule const& rule) {
+    std::string const& path = rule.Path();
+    return path.starts_with(key) && (path.size() == key.size() || path[key.size()] == '/');
 }
 
 // For people, who like no exponents.
@@ -36,19 +35,20 @@ std::string BoundText(double number) {
     return std::string(digits, result.ptr);
 }
 
-std::string KindText(SettingRule const& rule) {
-    return rule.kind + (rule.element.empty() ? "" : " of " + rule.element) +
-           (rule.count ? ", " + BoundText(*rule.count) + " elements" : "");
+std::string KindText(Rule const& rule) {
+    return rule.KindName() +
+           (rule.ElementKindName().empty() ? "" : " of " + rule.ElementKindName()) +
+           (rule.Count() ? ", " + BoundText(*rule.Count()) + " elements" : "");
 }
 
-std::string RangeText(SettingRule const& rule) {
-    if (rule.least && rule.greatest) {
-        return fmt::format("{} to {}", BoundText(*rule.least), BoundText(*rule.greatest));
+std::string RangeText(Rule const& rule) {
+    if (rule.Minimum() && rule.Maximum()) {
+        return fmt::format("{} to {}", BoundText(*rule.Minimum()), BoundText(*rule.Maximum()));
     }
-    if (rule.least) {
-        return fmt::format("{} or more", BoundText(*rule.least));
+    if (rule.Minimum()) {
+        return fmt::format("{} or more", BoundText(*rule.Minimum()));
     }
-    return rule.greatest ? fmt::format("{} or less", BoundText(*rule.greatest)) : "";
+    return rule.Maximum() ? fmt::format("{} or less", BoundText(*rule.Maximum())) : "";
 }
 
 // Nothing for an empty text.
@@ -56,35 +56,35 @@ std::string Line(char const* label, std::string const& text) {
     return text.empty() ? "" : fmt::format("  {:<9}{}\n", label, text);
 }
 
-std::string Paragraph(SettingRule const& rule) {
-    return VisibleText(rule.key) + "\n" +
-           (rule.help.empty() ? "" : "  " + VisibleText(rule.help) + "\n") +
-           Line("Kind", VisibleText(KindText(rule))) + Line("Allowed", CommaList(rule.allowed)) +
+std::string Paragraph(Rule const& rule) {
+    return VisibleText(rule.Path()) + "\n" +
+           (rule.Help().empty() ? "" : "  " + VisibleText(rule.Help()) + "\n") +
+           Line("Kind", VisibleText(KindText(rule))) + Line("Allowed", CommaList(rule.Allowed())) +
            Line("Range", RangeText(rule)) +
-           Line("Default", rule.standard ? OneLine(*rule.standard) : "") +
-           Line("Required", rule.isRequired ? "yes" : "");
+           Line("Default", rule.Default() != nullptr ? OneLine(*rule.Default()) : "") +
+           Line("Required", rule.IsRequired() ? "yes" : "");
 }
 
 // A line for each setting: its key and its help, aligned.
-std::string RuleLines(std::vector<SettingRule> const& rules) {
+std::string RuleLines(Rules const& rules) {
     std::size_t width = 0;
-    for (SettingRule const& rule : rules) {
-        width = Widened(width, VisibleText(rule.key));
+    for (Rule const& rule : rules) {
+        width = Widened(width, VisibleText(rule.Path()));
     }
     std::string text;
-    for (SettingRule const& rule : rules) {
-        std::string const key = VisibleText(rule.key);
-        text += rule.help.empty()
-                    ? key + "\n"
-                    : fmt::format("{}  {}\n", Padded(key, width), VisibleText(rule.help));
+    for (Rule const& rule : rules) {
+        std::string const path = VisibleText(rule.Path());
+        text += rule.Help().empty()
+                    ? path + "\n"
+                    : fmt::format("{}  {}\n", Padded(path, width), VisibleText(rule.Help()));
     }
     return text;
 }
 
 // A paragraph for each setting with all that there is to say of it.
-std::string RuleParagraphs(std::vector<SettingRule> const& rules) {
+std::string RuleParagraphs(Rules const& rules) {
     std::string text;
-    for (SettingRule const& rule : rules) {
+    for (Rule const& rule : rules) {
         text += (text.empty() ? "" : "\n") + Paragraph(rule);
     }
     return text;
@@ -111,37 +111,39 @@ public:
     // Status::kDone, or Status::kNo when the schema lacks a key: the others are written all the
     // same.
     Status Run() const override {
-        pdfsettings::Component const component;
-        auto const rules = ReadSchema(component, fOptions).Settings();
+        pdfsettings::Schema const schema = ReadSchema(fOptions);
         Status status = Status::kDone;
-        auto const chosen = fKeys.empty() ? rules : Choose(rules, status);
+        Rules const rules(schema.Rules().begin(), schema.Rules().end());
+        Rules const chosen = fKeys.empty() ? rules : Choose(schema, status);
         WriteResult(fOptions, fOptions.json ? AsJson(chosen) : AsText(chosen));
         return status;
     }
 
 private:
-    std::vector<SettingRule> Choose(std::vector<SettingRule> const& rules, Status& status) const {
-        std::vector<SettingRule> chosen;
+    Rules Choose(pdfsettings::Schema const& schema, Status& status) const {
+        Rules chosen;
         for (std::string const& key : fKeys) {
             std::size_t const before = chosen.size();
+            Rule const* const rule = schema.Find(key);
+            std::string const path = rule != nullptr ? rule->Path() : key;
             std::ranges::copy_if(
-                rules, std::back_inserter(chosen), [&key](SettingRule const& rule) {
-                    return IsChosenBy(key, rule);
+                schema.Rules(), std::back_inserter(chosen), [&path](Rule const& each) {
+                    return IsChosenBy(path, each);
                 });
             if (chosen.size() == before) {
                 status = Status::kNo;
-                ReportMissing(key, rules);
+                ReportMissing(key, schema);
             }
         }
         return chosen;
     }
 
-    std::string AsText(std::vector<SettingRule> const& rules) const {
+    std::string AsText(Rules const& rules) const {
         return fKeys.empty() ? RuleLines(rules) : RuleParagraphs(rules);
     }
 
     // A default may be nested too deep for JSON.
-    std::string AsJson(std::vector<SettingRule> const& rules) const {
+    std::string AsJson(Rules const& rules) const {
         try {
             return RulesDocument(rules, fOptions.schema);
         } catch (Failure const& failure) {
@@ -149,11 +151,12 @@ private:
         }
     }
 
-    void ReportMissing(std::string const& key, std::vector<SettingRule> const& rules) const {
-        std::vector<std::string> keys;
-        std::ranges::transform(rules, std::back_inserter(keys), &SettingRule::key);
-        std::string const hint = MeantText(Nearest(key, keys));
-        WriteError("the schema has no setting " + VisibleText(key) + hint, fOptions.quiet);
+    void ReportMissing(std::string const& key, pdfsettings::Schema const& schema) const {
+        std::string const meant = schema.Suggest(key);
+        WriteError(
+            "the schema has no setting " + VisibleText(key) +
+                (meant.empty() ? "" : "; did you mean " + VisibleText(meant) + "?"),
+            fOptions.quiet);
     }
 
     std::vector<std::string> fKeys;

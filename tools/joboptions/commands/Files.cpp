@@ -1,6 +1,5 @@
 #include "tools/joboptions/commands/Files.h"
 
-#include "pdfsettings/Document.h"
 #include "pdfsettings/Error.h"
 #include "pdfsettings/SafeSave.h"
 #include "tools/joboptions/text/Findings.h"
@@ -13,6 +12,10 @@
 
 namespace joboptions {
 
+using pdfsettings::Error;
+using pdfsettings::Fault;
+using pdfsettings::OnConflict;
+
 void RequireOneStandardInput(std::vector<std::string> files, Options const& options) {
     files.push_back(options.schema);
     if (std::ranges::count(files, "-") > 1) {
@@ -23,31 +26,28 @@ void RequireOneStandardInput(std::vector<std::string> files, Options const& opti
 std::string ReadBytes(std::string const& file) {
     try {
         return pdfsettings::ReadFile(file == "-" ? "/dev/stdin" : file);
-    } catch (pdfsettings::Error const& error) {
-        Fail(Status::kBadInput, file, VisibleText(error.what()));
+    } catch (Error const& error) {
+        throw Failure(Status::kBadInput, ErrorText(file, error));
     }
 }
 
-pdfsettings::Settings ParseSettings(
-    pdfsettings::Component const& component,
-    std::string const& file,
-    std::string const& text,
-    std::string const& schema) {
+pdfsettings::Document ReadDocument(std::string const& file) {
+    pdfsettings::Document document(ReadBytes(file));
     try {
-        return pdfsettings::Settings::FromText(component, text, schema);
-    } catch (pdfsettings::Error const& error) {
-        // What is wrong with text at its place, else the component's own words.
-        std::string const refusal = RefusalText(file, pdfsettings::Document(text));
-        if (!refusal.empty()) {
-            throw Failure(Status::kBadInput, refusal);
-        }
-        Fail(Status::kBadInput, file, VisibleText(error.what()));
+        document.RequireRead();
+    } catch (Error const& error) {
+        throw Failure(Status::kBadInput, ErrorText(file, error));
     }
+    return document;
 }
 
-pdfsettings::Dictionary ReadSettings(std::string const& file) {
-    pdfsettings::Component const component;
-    return ParseSettings(component, file, ReadBytes(file)).Values();
+pdfsettings::Settings
+ParseSettings(std::string const& file, std::string const& text, pdfsettings::Schema const& schema) {
+    try {
+        return pdfsettings::Settings::Parse(text, schema);
+    } catch (Error const& error) {
+        throw Failure(Status::kBadInput, ErrorText(file, error));
+    }
 }
 
 namespace {
@@ -62,22 +62,22 @@ std::string ReadText(std::string const& file) {
 
 } // namespace
 
-pdfsettings::Schema ReadSchema(pdfsettings::Component const& component, Options const& options) {
-    bool const isStandard = options.schema.empty();
-    std::string const name = isStandard ? "standard schema" : InputName(options.schema);
-    std::string text =
-        isStandard ? std::string(pdfsettings::Schema::StandardText()) : ReadText(options.schema);
-    try {
-        return pdfsettings::Schema::FromText(component, std::move(text));
-    } catch (pdfsettings::SchemaError const& error) {
-        std::vector<std::string> faults;
-        for (auto const& [line, column, message] : error.Faults()) {
-            faults.push_back(fmt::format("{}:{}:{}: {}", name, line, column, VisibleText(message)));
-        }
-        throw Failure(Status::kBadSchema, fmt::format("{}", fmt::join(faults, "\n")));
-    } catch (pdfsettings::Error const& error) {
-        throw Failure(Status::kBadSchema, fmt::format("{}: {}", name, VisibleText(error.what())));
+pdfsettings::Schema ReadSchema(Options const& options) {
+    if (options.schema.empty()) {
+        return pdfsettings::Schema::Standard();
     }
+    std::string const text = ReadText(options.schema);
+    std::vector<std::string> problems;
+    for (pdfsettings::Finding const& problem : pdfsettings::Schema::Problems(text)) {
+        problems.push_back(fmt::format(
+            "{}:{}:{}: {}",
+            InputName(options.schema),
+            problem.Where()->line,
+            problem.Where()->column,
+            VisibleText(problem.Message())));
+    }
+    FailIfAny(Status::kBadSchema, problems);
+    return pdfsettings::Schema::Parse(text);
 }
 
 namespace {
@@ -86,13 +86,28 @@ bool IsFile(std::string const& output) {
     return !output.empty() && output != "-";
 }
 
-pdfsettings::SaveOptions SaveOptionsOf(Options const& options) {
+std::chrono::milliseconds WaitOf(Options const& options) {
     // Also where it is no number.
     double const seconds = options.wait > 0 ? options.wait : 0;
-    return {
-        std::chrono::duration_cast<std::chrono::milliseconds>(
-            std::chrono::duration<double>(seconds)),
-        options.overwriteChanged};
+    return std::chrono::duration_cast<std::chrono::milliseconds>(
+        std::chrono::duration<double>(seconds));
+}
+
+OnConflict OnConflictOf(Options const& options) {
+    return options.overwriteChanged ? OnConflict::kOverwrite : OnConflict::kRefuse;
+}
+
+// Whether a file is not replaced for a reason that lies outside the system's calls.
+bool IsRefusal(Error const& error) {
+    switch (error.Code()) {
+    case Fault::kReadOnly:
+    case Fault::kConflict:
+    case Fault::kBusy:
+    case Fault::kUntrusted:
+        return true;
+    default:
+        return false;
+    }
 }
 
 // What work throws as a failure of the command to write file.
@@ -100,10 +115,9 @@ template <class Work>
 void AsWriting(std::string const& file, Work work) {
     try {
         work();
-    } catch (pdfsettings::RefusedError const& error) {
-        Fail(Status::kRefused, file, VisibleText(error.what()));
-    } catch (pdfsettings::Error const& error) {
-        Fail(Status::kNotWritten, file, VisibleText(error.what()));
+    } catch (Error const& error) {
+        Status const status = IsRefusal(error) ? Status::kRefused : Status::kNotWritten;
+        throw Failure(status, ErrorText(file, error));
     }
 }
 
@@ -127,10 +141,11 @@ void WriteFile(std::string const& file, std::string_view text, Options const& op
         return;
     }
     WriteBy(file, options, [&] {
-        pdfsettings::SaveOptions const saving = SaveOptionsOf(options);
+        std::chrono::milliseconds const wait = WaitOf(options);
         return file == options.output
-                   ? pdfsettings::SaveSafely(file, text, options.seenOutput, saving)
-                   : pdfsettings::SaveSafely(file, text, saving);
+                   ? pdfsettings::SaveSafely(
+                         file, text, options.seenOutput, OnConflictOf(options), wait)
+                   : pdfsettings::SaveSafely(file, text, wait);
     });
 }
 
@@ -139,7 +154,7 @@ void WriteFile(std::string const& file, std::string_view text, Options const& op
 void LookAtOutput(Options& options) {
     if (IsFile(options.output) && !options.dryRun) {
         AsWriting(options.output, [&] {
-            options.seenOutput = pdfsettings::LookAt(options.output, SaveOptionsOf(options));
+            options.seenOutput = pdfsettings::LookAt(options.output, WaitOf(options));
         });
     }
 }
@@ -170,45 +185,33 @@ bool IsInPlace(std::string const& file, Options const& options) {
            !pdfsettings::IsStream(file);
 }
 
-Status ChangeEdited(
-    pdfsettings::EditedFile& edited,
-    std::string const& file,
-    Options const& options,
-    ChangeText const& change) {
-    // A copy: saving changes the bytes.
-    std::string const text = *edited.Bytes();
-    return change(text, [&](std::string const& changed) {
-        WriteBy(file, options, [&] { return edited.Save(changed); });
-    });
+// The lock on a file that is there. Throws Failure.
+pdfsettings::FileLock Lock(std::string const& file, Options const& options) {
+    try {
+        return pdfsettings::FileLock(file, WaitOf(options));
+    } catch (Error const& error) {
+        Status const status = IsRefusal(error) ? Status::kRefused : Status::kBadInput;
+        throw Failure(status, ErrorText(file, error));
+    }
 }
 
-Status EditFile(std::string const& file, Options const& options, ChangeText const& change) {
-    Status status = Status::kDone;
-    bool isRead = false;
-    auto const edit = [&](pdfsettings::EditedFile& edited) {
-        isRead = edited.Bytes().has_value();
-        if (!isRead) {
-            throw pdfsettings::Error(std::generic_category().message(ENOENT));
-        }
-        status = ChangeEdited(edited, file, options, change);
-    };
-    try {
-        Edit(file, edit, SaveOptionsOf(options));
-    } catch (pdfsettings::Error const& error) {
-        if (isRead) {
-            throw;
-        }
-        bool const isRefused = dynamic_cast<pdfsettings::RefusedError const*>(&error) != nullptr;
-        Fail(isRefused ? Status::kRefused : Status::kBadInput, file, VisibleText(error.what()));
+Status ChangeLocked(std::string const& file, Options const& options, ChangeText const& change) {
+    pdfsettings::FileLock lock = Lock(file, options);
+    if (!lock.Bytes()) {
+        Fail(Status::kBadInput, file, std::generic_category().message(ENOENT));
     }
-    return status;
+    // A copy: saving changes the bytes.
+    std::string const text = *lock.Bytes();
+    return change(text, [&](std::string const& changed) {
+        WriteBy(file, options, [&] { return lock.Save(changed, OnConflictOf(options)); });
+    });
 }
 
 } // namespace
 
 Status ChangeFile(std::string const& file, Options const& options, ChangeText const& change) {
     if (!options.dryRun && IsInPlace(file, options)) {
-        return EditFile(file, options, change);
+        return ChangeLocked(file, options, change);
     }
     return change(ReadBytes(file), [&](std::string const& text) {
         WriteFile(TargetOf(file, options), text, options);
@@ -221,11 +224,12 @@ void RequireReplaceable(std::string const& file, Options const& options) {
         return;
     }
     try {
-        pdfsettings::LookAt(target, SaveOptionsOf(options));
-    } catch (pdfsettings::RefusedError const& error) {
-        Fail(Status::kRefused, target, VisibleText(error.what()));
-    } catch (pdfsettings::Error const&) {
-        // A dry run writes nothing that could fail.
+        pdfsettings::LookAt(target, WaitOf(options));
+    } catch (Error const& error) {
+        // A dry run writes nothing that could fail otherwise.
+        if (IsRefusal(error)) {
+            throw Failure(Status::kRefused, ErrorText(target, error));
+        }
     }
     if (pdfsettings::IsReadOnly(target)) {
         Fail(Status::kRefused, target, "read-only");

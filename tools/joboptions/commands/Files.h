@@ -2,7 +2,6 @@
 // files in place.
 #pragma once
 
-#include "pdfsettings/Component.h"
 #include "pdfsettings/Schema.h"
 #include "pdfsettings/Settings.h"
 #include "pdfsettings/Value.h"
@@ -23,21 +22,19 @@ void RequireOneStandardInput(std::vector<std::string> files, Options const& opti
 // when it cannot be read.
 std::string ReadBytes(std::string const& file);
 
-// The settings in text, which comes from file. schema as in pdfsettings::Settings. Throws Failure
-// with Status::kBadInput, the place and the reason when they cannot be parsed.
-pdfsettings::Settings ParseSettings(
-    pdfsettings::Component const& component,
-    std::string const& file,
-    std::string const& text,
-    std::string const& schema = {});
+// The document that a file holds; "-" is standard input. Throws Failure with Status::kBadInput, the
+// place and the reason when it cannot be read or is refused.
+pdfsettings::Document ReadDocument(std::string const& file);
 
-// The values of the settings in a file; "-" is standard input. Throws Failure as the two above.
-pdfsettings::Dictionary ReadSettings(std::string const& file);
+// The settings in text, which comes from file. Throws Failure with Status::kBadInput, the place and
+// the reason when they cannot be parsed.
+pdfsettings::Settings
+ParseSettings(std::string const& file, std::string const& text, pdfsettings::Schema const& schema);
 
 // The schema in the file that options name, else the standard schema. Throws Failure with
-// Status::kBadSchema: the reason when the file cannot be read, or all faults, each with line and
+// Status::kBadSchema: the reason when the file cannot be read, or all problems, each with line and
 // column, when the schema cannot be used.
-pdfsettings::Schema ReadSchema(pdfsettings::Component const& component, Options const& options);
+pdfsettings::Schema ReadSchema(Options const& options);
 
 // Writes text to the output that options name, or to standard output. In a dry run a file is only
 // named. Throws Failure with Status::kRefused where the save is refused, else with

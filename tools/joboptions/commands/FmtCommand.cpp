@@ -7,7 +7,7 @@
 #include "tools/joboptions/commands/ListCommands.h"
 #include "tools/joboptions/json/JsonDocuments.h"
 #include "tools/joboptions/text/Findings.h"
-#include "tools/joboptions/text/Layout.h"
+#include "tools/joboptions/text/Utf8.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -52,7 +52,7 @@ bool HasComments(pdfsettings::Document const& document) {
 class FmtCommand final : public Command {
 public:
     FmtCommand(CLI::App& program, Options& options)
-        : Command(program, options, "fmt", "Lay files out as the component writes them") {
+        : Command(program, options, "fmt", "Reformat files in the standard layout") {
         AddArgument(
             Parser(), "FILE", fFiles, "The settings files; - is standard input, to standard output")
             ->required();
@@ -78,57 +78,64 @@ public:
             throw Failure(Status::kWrongCall, "--output takes a single FILE");
         }
         RequireOneStandardInput(fFiles, fOptions);
-        pdfsettings::Component const component;
-        std::vector<LayoutJudgement> judgements;
+        std::vector<FormattedFile> files;
         Status status = Status::kDone;
         for (std::string const& file : fFiles) {
-            judgements.push_back({file, {}, false});
-            status = std::max(status, FormatOrReport(component, judgements.back()));
+            files.push_back({file, {}, false});
+            status = std::max(status, FormatOrReport(files.back()));
         }
         if (fOptions.json) {
-            WriteOutput(LayoutDocument(judgements));
+            WriteOutput(LayoutDocument(files));
         }
         return status;
     }
 
 private:
     // One file that fails does not keep the others from being laid out.
-    Status
-    FormatOrReport(pdfsettings::Component const& component, LayoutJudgement& judgement) const {
+    Status FormatOrReport(FormattedFile& formatted) const {
         try {
-            judgement.file = fIsCheck ? Locate(component, judgement.file, fOptions)
-                                      : LocateForChange(component, judgement.file, fOptions);
-            return Format(component, judgement);
+            formatted.file = fIsCheck ? Locate(formatted.file, fOptions)
+                                      : LocateForChange(formatted.file, fOptions);
+            return Format(formatted);
         } catch (Failure const& failure) {
-            judgement.error = failure.what();
+            formatted.error = failure.what();
             WriteError(failure.what(), fOptions.quiet);
             return failure.ExitStatus();
         }
     }
 
-    Status Format(pdfsettings::Component const& component, LayoutJudgement& judgement) const {
-        std::string const& file = judgement.file;
+    Status Format(FormattedFile& formatted) const {
+        std::string const& file = formatted.file;
         auto const format = [&](std::string const& text, SaveText const& save) {
-            std::string const laidOut =
-                LayOut(component, ParseSettings(component, file, text), file);
-            judgement.differs = text != laidOut;
+            std::string const laidOut = LaidOut(file, text);
+            formatted.differs = text != laidOut;
             if (fIsCheck) {
-                return judgement.differs ? Announce(file) : Status::kDone;
+                return formatted.differs ? Announce(file) : Status::kDone;
             }
             if (!fOptions.force && HasComments(pdfsettings::Document(text))) {
                 Fail(Status::kRefused, file, "its comments would be lost; use --force");
             }
             if (fOptions.dryRun) {
                 RequireReplaceable(file, fOptions);
-                return judgement.differs ? Announce(file) : Status::kDone;
+                return formatted.differs ? Announce(file) : Status::kDone;
             }
-            if (judgement.differs || !fOptions.output.empty() || file == "-") {
+            if (formatted.differs || !fOptions.output.empty() || file == "-") {
                 RequireRoom(file, fOptions);
                 save(laidOut);
             }
             return Status::kDone;
         };
         return fIsCheck ? format(ReadBytes(file), nullptr) : ChangeFile(file, fOptions, format);
+    }
+
+    // Throws Failure with Status::kRefused when that would lose more than the digits of numbers.
+    static std::string LaidOut(std::string const& file, std::string const& text) {
+        auto const settings = ParseSettings(file, text, pdfsettings::Schema::Standard());
+        try {
+            return settings.CanonicalText();
+        } catch (pdfsettings::Error const& error) {
+            throw Failure(Status::kRefused, ErrorText(file, error));
+        }
     }
 
     Status Announce(std::string const& file) const {

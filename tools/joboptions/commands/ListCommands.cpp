@@ -2,8 +2,6 @@
 // name.
 #include "tools/joboptions/commands/ListCommands.h"
 
-#include "format/Tokens.h"
-#include "pdfsettings/AdminPreferences.h"
 #include "pdfsettings/SettingsList.h"
 #include "tools/joboptions/commands/Command.h"
 #include "tools/joboptions/commands/Files.h"
@@ -13,157 +11,31 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <ctime>
-#include <fcntl.h>
 #include <filesystem>
 #include <fmt/format.h>
-#include <iterator>
-#include <map>
 #include <nlohmann/json.hpp>
 #include <optional>
-#include <set>
-#include <sys/stat.h>
+#include <span>
 #include <system_error>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
 namespace joboptions {
 
 using pdfsettings::ListedSettings;
-using pdfsettings::SettingsList;
 
 namespace {
 
-// Settings that are listed, and what the command line tells of them.
-struct ListEntry {
-    pdfsettings::ListedSettings fSettings;
-    bool fIsUsers;                             // in the user's folder, not in the administrator's
-    bool fIsHidden;                            // from the application that was asked for
-    std::vector<std::string> fReadOnlyReasons; // all of them
-    std::vector<std::string> fShadowed;        // the files that are not listed because of it
-};
-
-// The name under which a file would be shown without a display name.
-std::string OwnName(std::filesystem::path const& path) {
-    std::string const name = path.filename().string();
-    bool const hasExtension =
-        name.size() > format::kExtension.size() && name.ends_with(format::kExtension);
-    return hasExtension ? name.substr(0, name.size() - format::kExtension.size()) : name;
+// All settings for an application or for none.
+pdfsettings::Sequence<ListedSettings>
+ReadList(std::optional<std::string> const& application, bool withHidden, bool withDetails) {
+    return pdfsettings::List({application.value_or(""), withHidden, withDetails});
 }
 
-// Whether its owner may write a file, and whether nobody may.
-struct Rights {
-    bool fMayOwnerWrite = true;
-    bool fIsLocked = false;
-};
-
-Rights RightsOf(std::string const& path) {
-    struct statx status {};
-    if (statx(AT_FDCWD, path.c_str(), 0, STATX_MODE, &status) != 0) {
-        return {};
-    }
-    return {(status.stx_mode & S_IWUSR) != 0, (status.stx_attributes & STATX_ATTR_IMMUTABLE) != 0};
-}
-
-std::vector<std::string> ReasonsFor(ListedSettings const& settings, bool isUsers) {
-    std::vector<std::string> reasons;
-    if (!settings.isReadOnly) {
-        return reasons;
-    }
-    Rights const rights = RightsOf(settings.path);
-    if (!isUsers) {
-        reasons.emplace_back("it lies in the administrator's folder");
-    }
-    // A display name may be the file's own name: then there is no other reason.
-    bool const hasOther = !isUsers || !rights.fMayOwnerWrite || rights.fIsLocked;
-    if (settings.name != OwnName(settings.path) || !hasOther) {
-        reasons.emplace_back("it is shown under a display name");
-    }
-    if (!rights.fMayOwnerWrite) {
-        reasons.emplace_back("its owner may not write it");
-    }
-    if (rights.fIsLocked) {
-        reasons.emplace_back("it is locked");
-    }
-    return reasons;
-}
-
-ListEntry MakeEntry(
-    ListedSettings settings,
-    std::filesystem::path const& adminFolder,
-    std::optional<std::string> const& application) {
-    auto const folder = std::filesystem::path(settings.path).parent_path();
-    std::error_code error;
-    bool const isUsers = !std::filesystem::equivalent(folder, adminFolder, error);
-    bool const isHidden = application && settings.IsHiddenFrom(*application);
-    auto reasons = ReasonsFor(settings, isUsers);
-    return {std::move(settings), isUsers, isHidden, std::move(reasons), {}};
-}
-
-// The paths of a folder that could be listed.
-std::vector<std::filesystem::path> SettingsIn(std::string const& folder) {
-    std::vector<std::filesystem::path> paths;
-    std::error_code error;
-    std::filesystem::directory_iterator file(folder, error);
-    for (; !error && file != std::filesystem::directory_iterator(); file.increment(error)) {
-        std::string const name = file->path().filename().string();
-        std::size_t const dot = std::min(name.rfind('.'), name.size());
-        if (name.substr(dot).starts_with(format::kExtension) && IsPlainText(name)) {
-            paths.push_back(file->path().lexically_normal());
-        }
-    }
-    std::ranges::sort(paths);
-    return paths;
-}
-
-// Gives each entry the files of both folders that would be listed under its name and are not. A
-// folder that cannot be read has none.
-void AddShadowed(
-    pdfsettings::AdminPreferences const& preferences,
-    std::string const& userFolder,
-    std::optional<std::string> const& application,
-    std::vector<ListEntry>& entries) {
-    std::unordered_map<std::string, ListEntry*> byName;
-    std::set<std::filesystem::path> known;
-    for (ListEntry& entry : entries) {
-        byName.emplace(entry.fSettings.name, &entry);
-        known.insert(std::filesystem::path(entry.fSettings.path).lexically_normal());
-    }
-    auto paths = SettingsIn(preferences.SettingsFolder());
-    std::ranges::move(SettingsIn(userFolder), std::back_inserter(paths));
-    auto const names =
-        application ? preferences.DisplayNames(*application) : std::map<std::string, std::string>();
-    for (auto const& path : paths) {
-        auto const shown = names.find(OwnName(path));
-        auto const found = byName.find(shown == names.end() ? OwnName(path) : shown->second);
-        if (found != byName.end() && known.insert(path).second) {
-            found->second->fShadowed.push_back(path.string());
-        }
-    }
-}
-
-// All of them by their names, for an application or for none.
-std::vector<ListEntry> ReadEntries(
-    pdfsettings::Component const& component, std::optional<std::string> const& application) {
-    auto const preferences = pdfsettings::AdminPreferences::Read();
-    std::vector<ListEntry> entries;
-    for (ListedSettings& settings : SettingsList::Read(component, application)) {
-        entries.push_back(
-            MakeEntry(std::move(settings), preferences.SettingsFolder(), application));
-    }
-    std::ranges::sort(entries, {}, [](ListEntry const& entry) -> std::string const& {
-        return entry.fSettings.name;
-    });
-    AddShadowed(preferences, SettingsList::UserFolder(component), application, entries);
-    return entries;
-}
-
-ListEntry FindEntry(
-    pdfsettings::Component const& component, std::string const& name, Options const& options) {
-    auto const entries = ReadEntries(component, options.application);
-    auto const found = std::ranges::find_if(
-        entries, [&name](ListEntry const& entry) { return entry.fSettings.name == name; });
-    if (found == entries.end()) {
+ListedSettings FindListed(std::string const& name, Options const& options) {
+    auto const list = ReadList(options.application, /*withHidden=*/true, /*withDetails=*/true);
+    auto const found = std::ranges::find(list, name, &ListedSettings::Name);
+    if (found == list.end()) {
         throw Failure(
             Status::kBadInput,
             fmt::format(
@@ -196,12 +68,20 @@ std::string TimeText(std::chrono::sys_seconds time, Breakdown breakDown, char co
     return text;
 }
 
-std::string LocalTime(ListEntry const& entry) {
-    return TimeText(entry.fSettings.modified, &localtime_r, "%Y-%m-%d %H:%M");
+std::string LocalTime(ListedSettings const& settings) {
+    return TimeText(settings.Modified(), &localtime_r, "%Y-%m-%d %H:%M");
 }
 
-std::string Join(std::vector<std::string> const& texts, char const* between) {
+std::string Join(std::span<std::string const> texts, char const* between) {
     return VisibleText(fmt::format("{}", fmt::join(texts, between)));
+}
+
+std::vector<std::string> ShadowedBy(ListedSettings const& settings) {
+    std::vector<std::string> paths;
+    for (auto const& path : settings.Shadowed()) {
+        paths.push_back(path.string());
+    }
+    return paths;
 }
 
 // Nothing for an empty text.
@@ -209,93 +89,122 @@ std::string Line(char const* label, std::string const& text) {
     return text.empty() ? "" : fmt::format("  {:<10}{}\n", label, text);
 }
 
-// The applications that the settings are hidden from, or are shown in all the same.
-std::string Applications(ListEntry const& entry, bool isShown) {
+// The applications that hide the settings, or show them although they were hidden.
+std::string Applications(ListedSettings const& settings, bool isShown) {
     std::vector<std::string> names;
-    for (auto const& [name, isShownIn] : entry.fSettings.isShownIn) {
-        if (isShownIn == isShown) {
-            names.push_back(name);
+    for (pdfsettings::Visibility const& visibility : settings.Applications()) {
+        if (visibility.isShown == isShown) {
+            names.push_back(visibility.application);
         }
     }
     return Join(names, ", ");
 }
 
 // The name to show; a file without one by its path.
-std::string Title(ListEntry const& entry) {
-    std::string const& name = entry.fSettings.name;
-    return VisibleText(name.empty() ? entry.fSettings.path : name);
+std::string Title(ListedSettings const& settings) {
+    std::string const& name = settings.Name();
+    return VisibleText(name.empty() ? settings.Path().string() : name);
 }
 
-std::string Paragraph(ListEntry const& entry) {
-    return Title(entry) + "\n" + Line("File", VisibleText(entry.fSettings.path)) +
-           Line("Folder", entry.fIsUsers ? "the user's" : "the administrator's") +
-           Line("Modified", LocalTime(entry)) +
-           Line("Read-only", Join(entry.fReadOnlyReasons, "; ")) +
-           Line("Hidden in", Applications(entry, /*isShown=*/false)) +
-           Line("Shown in", Applications(entry, /*isShown=*/true)) +
-           Line("Shadows", Join(entry.fShadowed, ", "));
+bool IsUsers(ListedSettings const& settings) {
+    return settings.From() == pdfsettings::Origin::kUser;
 }
+
+std::string Paragraph(ListedSettings const& settings) {
+    return Title(settings) + "\n" + Line("File", VisibleText(settings.Path().string())) +
+           Line("Folder", IsUsers(settings) ? "the user's" : "the administrator's") +
+           Line("Modified", LocalTime(settings)) +
+           Line("Read-only", Join(settings.ReadOnlyReasons(), "; ")) +
+           Line("Hidden in", Applications(settings, /*isShown=*/false)) +
+           Line("Shown in", Applications(settings, /*isShown=*/true)) +
+           Line("Shadows", Join(ShadowedBy(settings), ", "));
+}
+
+using Listed = pdfsettings::Sequence<ListedSettings>;
 
 // A line for each: its name, whether it is read-only and hidden, and when it changed last, by the
 // clock of this place.
-std::string ListLines(std::vector<ListEntry> const& entries) {
+std::string ListLines(Listed const& list) {
     std::size_t width = 0;
-    for (ListEntry const& entry : entries) {
-        width = Widened(width, Title(entry));
+    for (ListedSettings const& settings : list) {
+        width = Widened(width, Title(settings));
     }
     std::string lines;
-    for (ListEntry const& entry : entries) {
+    for (ListedSettings const& settings : list) {
         lines += fmt::format(
             "{}  {:<9}  {:<6}  {}\n",
-            Padded(Title(entry), width),
-            entry.fSettings.isReadOnly ? "read-only" : "",
-            entry.fIsHidden ? "hidden" : "",
-            LocalTime(entry));
+            Padded(Title(settings), width),
+            settings.IsReadOnly() ? "read-only" : "",
+            settings.IsHidden() ? "hidden" : "",
+            LocalTime(settings));
     }
     return lines;
 }
 
 // A paragraph for each, with all that is known.
-std::string ListParagraphs(std::vector<ListEntry> const& entries) {
+std::string ListParagraphs(Listed const& list) {
     std::string text;
-    for (ListEntry const& entry : entries) {
-        text += (text.empty() ? "" : "\n") + Paragraph(entry);
+    for (ListedSettings const& settings : list) {
+        text += (text.empty() ? "" : "\n") + Paragraph(settings);
     }
     return text;
 }
 
 // {"version", "settings": [{"name", "path", "folder", "readOnly", "reasons", "modified", "hidden",
 // "showHide", "shadows"}]}; times in UTC.
-std::string ListDocument(std::vector<ListEntry> const& entries) {
+std::string ListDocument(Listed const& list) {
     nlohmann::ordered_json document{{"version", 1}, {"settings", nlohmann::ordered_json::array()}};
-    for (ListEntry const& entry : entries) {
+    for (ListedSettings const& settings : list) {
         // Added without a search among those before: their names differ.
         nlohmann::ordered_json::object_t applications;
-        for (auto const& [name, isShown] : entry.fSettings.isShownIn) {
-            applications.emplace_back(name, isShown);
+        for (pdfsettings::Visibility const& visibility : settings.Applications()) {
+            applications.emplace_back(visibility.application, visibility.isShown);
         }
+        auto const reasons = settings.ReadOnlyReasons();
         document["settings"].push_back(
-            {{"name", entry.fSettings.name},
-             {"path", entry.fSettings.path},
-             {"folder", entry.fIsUsers ? "user" : "administrator"},
-             {"readOnly", entry.fSettings.isReadOnly},
-             {"reasons", entry.fReadOnlyReasons},
-             {"modified", TimeText(entry.fSettings.modified, &gmtime_r, "%Y-%m-%dT%H:%M:%SZ")},
-             {"hidden", entry.fIsHidden},
+            {{"name", settings.Name()},
+             {"path", settings.Path().string()},
+             {"folder", IsUsers(settings) ? "user" : "administrator"},
+             {"readOnly", settings.IsReadOnly()},
+             {"reasons", std::vector<std::string>(reasons.begin(), reasons.end())},
+             {"modified", TimeText(settings.Modified(), &gmtime_r, "%Y-%m-%dT%H:%M:%SZ")},
+             {"hidden", settings.IsHidden()},
              {"showHide", std::move(applications)},
-             {"shadows", entry.fShadowed}});
+             {"shadows", ShadowedBy(settings)}});
     }
     return JsonText(document);
 }
 
-// Such a list has no effect, and nothing else tells why.
-void WarnOfUnusable(pdfsettings::AdminPreferences const& preferences, Options const& options) {
-    if (preferences.IsUnusable()) {
+// Such a list has no effect, and nothing else says why.
+void WarnOfUnusable(Options const& options) {
+    std::string const file = pdfsettings::UnusablePreferences().string();
+    if (!file.empty()) {
         WriteWarning(
-            VisibleText(preferences.File()) +
-                ": cannot be read as a property list, and has no effect",
+            VisibleText(file) + ": cannot be read as a property list, and has no effect",
             options.quiet);
     }
+}
+
+// A line for each problem, or {"version", "problems": [{"file", "key", "message"}]}; no key is
+// null.
+std::string ProblemsText(Options const& options, bool* hasProblems) {
+    nlohmann::ordered_json list = nlohmann::ordered_json::array();
+    std::string lines;
+    for (auto const& [file, key, message] : pdfsettings::CheckPreferences()) {
+        lines += fmt::format(
+            "{}: {}{}{}\n",
+            VisibleText(file.string()),
+            VisibleText(key),
+            key.empty() ? "" : ": ",
+            VisibleText(message));
+        list.push_back(
+            {{"file", WellFormedText(file.string())},
+             {"key",
+              key.empty() ? nlohmann::ordered_json() : nlohmann::ordered_json(WellFormedText(key))},
+             {"message", WellFormedText(message)}});
+    }
+    *hasProblems = !list.empty();
+    return options.json ? JsonText({{"version", 1}, {"problems", std::move(list)}}) : lines;
 }
 
 // Writes the settings of both folders, without those that are hidden from the application.
@@ -311,26 +220,30 @@ public:
         Parser().add_flag(
             "--all", fIsAll, "List settings that are hidden from the application too");
         Parser().add_flag("--long", fIsLong, "Write all that is known of each");
+        Parser().add_flag(
+            "--check", fIsCheck, "Report what is wrong with the preferences and folders instead");
         AddJson(Parser(), options);
         AddOptions(Parser(), options);
         Parser().footer("Examples:\n"
                         "  joboptions list\n"
                         "  joboptions list --app Webrix --all\n"
-                        "  joboptions list --long --json");
+                        "  joboptions list --long --json\n"
+                        "  joboptions list --check");
     }
 
-    // Status::kDone, also for an empty list.
+    // Status::kDone, also for an empty list; with --check Status::kNo when there are problems.
     Status Run() const override {
-        pdfsettings::Component const component;
-        WarnOfUnusable(pdfsettings::AdminPreferences::Read(), fOptions);
-        auto entries = ReadEntries(component, fOptions.application);
-        if (!fIsAll) {
-            std::erase_if(entries, [](ListEntry const& entry) { return entry.fIsHidden; });
+        if (fIsCheck) {
+            bool hasProblems = false;
+            WriteResult(fOptions, ProblemsText(fOptions, &hasProblems));
+            return hasProblems ? Status::kNo : Status::kDone;
         }
+        WarnOfUnusable(fOptions);
+        auto const list = ReadList(fOptions.application, fIsAll, fIsLong || fOptions.json);
         if (fOptions.json) {
-            WriteResult(fOptions, ListDocument(entries));
+            WriteResult(fOptions, ListDocument(list));
         } else {
-            WriteResult(fOptions, fIsLong ? ListParagraphs(entries) : ListLines(entries));
+            WriteResult(fOptions, fIsLong ? ListParagraphs(list) : ListLines(list));
         }
         return Status::kDone;
     }
@@ -338,6 +251,7 @@ public:
 private:
     bool fIsAll = false;
     bool fIsLong = false;
+    bool fIsCheck = false;
 };
 
 // Writes the path of the user's settings folder or of the administrator's.
@@ -355,10 +269,9 @@ public:
 
     // Status::kDone, or Status::kNo when there is no such folder.
     Status Run() const override {
-        auto const preferences = pdfsettings::AdminPreferences::Read();
-        WarnOfUnusable(preferences, fOptions);
-        std::string const folder = fIsAdmins ? preferences.SettingsFolder()
-                                             : SettingsList::UserFolder(pdfsettings::Component());
+        WarnOfUnusable(fOptions);
+        std::string const folder = fIsAdmins ? pdfsettings::AdministratorFolder().string()
+                                             : pdfsettings::UserFolder().string();
         if (folder.empty()) {
             WriteError("there is no settings folder", fOptions.quiet);
             return Status::kNo;
@@ -375,30 +288,24 @@ private:
 
 } // namespace
 
-std::string
-Locate(pdfsettings::Component const& component, std::string const& file, Options const& options) {
-    return IsListedName(file, options) ? FindEntry(component, file, options).fSettings.path : file;
+std::string Locate(std::string const& file, Options const& options) {
+    return IsListedName(file, options) ? FindListed(file, options).Path().string() : file;
 }
 
-std::string LocateForChange(
-    pdfsettings::Component const& component, std::string const& file, Options const& options) {
+std::string LocateForChange(std::string const& file, Options const& options) {
     if (!IsListedName(file, options)) {
         return file;
     }
-    ListEntry const entry = FindEntry(component, file, options);
-    if (entry.fSettings.isReadOnly && options.output.empty()) {
+    ListedSettings const settings = FindListed(file, options);
+    if (settings.IsReadOnly() && options.output.empty()) {
         throw Failure(
             Status::kRefused,
             fmt::format(
                 "{}: read-only: {}; copy it with -o [read-only]",
                 VisibleText(file),
-                fmt::join(entry.fReadOnlyReasons, "; ")));
+                fmt::join(settings.ReadOnlyReasons(), "; ")));
     }
-    return entry.fSettings.path;
-}
-
-std::string Locate(std::string const& file, Options const& options) {
-    return IsListedName(file, options) ? Locate(pdfsettings::Component(), file, options) : file;
+    return settings.Path().string();
 }
 
 MakeCommand* const kMakeListCommand = &Make<ListCommand>;

@@ -1,15 +1,14 @@
 // joboptions show, get, diff, export and import: what files hold.
 #include "tools/joboptions/commands/Command.h"
 
-#include "pdfsettings/Component.h"
-#include "pdfsettings/Path.h"
+#include "format/Tokens.h"
+#include "pdfsettings/Compare.h"
+#include "pdfsettings/Review.h"
 #include "pdfsettings/Settings.h"
 #include "tools/joboptions/commands/Files.h"
 #include "tools/joboptions/commands/ListCommands.h"
 #include "tools/joboptions/json/JsonDocuments.h"
-#include "tools/joboptions/text/Differences.h"
-#include "tools/joboptions/text/KnownKeys.h"
-#include "tools/joboptions/text/Layout.h"
+#include "tools/joboptions/text/Findings.h"
 #include "tools/joboptions/text/Utf8.h"
 #include "tools/joboptions/text/ValueText.h"
 
@@ -23,8 +22,9 @@
 namespace joboptions {
 
 using pdfsettings::Array;
-using pdfsettings::Binary;
 using pdfsettings::Dictionary;
+using pdfsettings::Document;
+using pdfsettings::Kind;
 using pdfsettings::Value;
 
 namespace {
@@ -34,25 +34,18 @@ constexpr std::size_t kIndentStep = 2;
 // Indentation stops growing here, or the output would grow with the square of the nesting.
 constexpr std::size_t kDeepestIndent = 200;
 
+bool IsCollection(Value const& value) {
+    return value.What() == Kind::kArray || value.What() == Kind::kDictionary;
+}
+
 bool IsEmpty(Value const& value) {
-    auto const* const array = value.If<Array>();
-    auto const* const dictionary = value.If<Dictionary>();
-    return (array != nullptr && array->Size() == 0) ||
-           (dictionary != nullptr && dictionary->Size() == 0);
+    return value == Value(Array()) || value == Value(Dictionary());
 }
 
 // Whether a value is a short array of scalars: no more elements than could fit into a line.
 bool IsFlatArray(Value const& value) {
-    auto const* const array = value.If<Array>();
-    if (array == nullptr || array->Size() > kLineWidth) {
-        return false;
-    }
-    for (std::size_t index = 0; index < array->Size(); ++index) {
-        if (IsCollection((*array)[index])) {
-            return false;
-        }
-    }
-    return true;
+    auto const array = value.If<Array>();
+    return array && array->size() <= kLineWidth && std::ranges::none_of(*array, &IsCollection);
 }
 
 // A line that waits to be written.
@@ -72,34 +65,31 @@ class Tree {
 public:
     explicit Tree(bool color) : fColor(color) {}
 
-    std::string Write(Dictionary const& settings) {
-        auto const* const tail = As<Binary>(settings.Get(pdfsettings::kTailKey));
-        PushEntries(settings, 0, /*withoutTail=*/tail != nullptr);
+    std::string Write(Document const& settings) {
+        PushEntries(settings.Values(), 0);
         while (!fLines.empty()) {
             Line const line = std::move(fLines.back());
             fLines.pop_back();
             WriteLine(line);
         }
-        if (tail != nullptr) {
-            WriteTail(tail->bytes);
+        if (!settings.Tail().empty()) {
+            WriteTail(settings.Tail());
         }
         return std::move(fText);
     }
 
 private:
-    void PushEntries(Dictionary const& dictionary, std::size_t indent, bool withoutTail) {
+    void PushEntries(Dictionary const& dictionary, std::size_t indent) {
         std::size_t const begin = fLines.size();
-        for (std::size_t place = 0; place < dictionary.Size(); ++place) {
-            if (!withoutTail || dictionary.KeyAt(place) != pdfsettings::kTailKey) {
-                Push(VisibleText(dictionary.KeyAt(place)), dictionary.ValueAt(place), indent);
-            }
+        for (auto const& [key, value] : dictionary) {
+            Push(VisibleText(key), value, indent);
         }
         Align(begin);
     }
 
     void PushElements(Array const& array, std::size_t indent) {
         std::size_t const begin = fLines.size();
-        for (std::size_t index = 0; index < array.Size(); ++index) {
+        for (std::size_t index = 0; index < array.size(); ++index) {
             Push(fmt::to_string(index), array[index], indent);
         }
         Align(begin);
@@ -141,15 +131,15 @@ private:
     }
 
     void PushNested(Value const& value, std::size_t indent) {
-        if (auto const* const dictionary = value.If<Dictionary>()) {
-            PushEntries(*dictionary, indent, /*withoutTail=*/false);
+        if (auto const dictionary = value.If<Dictionary>()) {
+            PushEntries(*dictionary, indent);
         } else {
-            PushElements(*value.If<Array>(), indent);
+            PushElements(value.As<Array>(), indent);
         }
     }
 
     void WriteTail(std::string_view bytes) {
-        fText += (fText.empty() ? "" : "\n") + Key(pdfsettings::kTailKey) + "\n";
+        fText += (fText.empty() ? "" : "\n") + Key(std::string(format::kTailKey)) + "\n";
         while (!bytes.empty()) {
             std::size_t const end = std::min(bytes.find_first_of("\r\n"), bytes.size());
             std::string const line = VisibleText(bytes.substr(0, end));
@@ -186,10 +176,10 @@ public:
 
     Status Run() const override {
         std::string const file = Locate(fFile, fOptions);
-        Dictionary const settings = ReadSettings(file);
+        Document const settings = ReadDocument(file);
         WriteResult(
             fOptions,
-            fOptions.json ? JsonDocument("settings", settings, file)
+            fOptions.json ? JsonDocument("settings", settings.Values(), settings.Tail(), file)
                           : Tree(UseColor(fOptions)).Write(settings));
         return Status::kDone;
     }
@@ -221,22 +211,28 @@ public:
     // Status::kDone, or Status::kNo when a key is missing: what was found is written all the same.
     Status Run() const override {
         std::string const file = Locate(fFile, fOptions);
-        Dictionary const settings = ReadSettings(file);
+        Document const settings = ReadDocument(file);
         Dictionary found;
+        std::string tail;
         std::string lines;
         std::vector<std::string> missing;
         for (std::string const& key : fKeys) {
-            Value const* const value = Find(settings, key);
-            if (value == nullptr) {
-                missing.push_back(MissingKeyText(settings, key));
+            if (key == format::kTailKey && !settings.Tail().empty()) {
+                tail = settings.Tail();
+                lines += VisibleText(tail) + "\n";
                 continue;
             }
-            lines += OneLine(*value) + "\n";
-            found.Set(key, *value);
+            try {
+                Value const& value = settings.At(key);
+                lines += OneLine(value) + "\n";
+                found.SetKey(key, value);
+            } catch (pdfsettings::Error const& error) {
+                missing.push_back(ErrorText(fFile, error));
+            }
         }
-        WriteResult(fOptions, fOptions.json ? JsonDocument("values", found, file) : lines);
+        WriteResult(fOptions, fOptions.json ? JsonDocument("values", found, tail, file) : lines);
         for (std::string const& message : missing) {
-            WriteError(fmt::format("{}: {}", InputName(fFile), message), fOptions.quiet);
+            WriteError(message, fOptions.quiet);
         }
         return missing.empty() ? Status::kDone : Status::kNo;
     }
@@ -269,8 +265,8 @@ public:
     // Status::kDone when the settings are the same, else Status::kNo.
     Status Run() const override {
         RequireOneStandardInput({fBefore, fAfter}, fOptions);
-        Dictionary const before = ReadSettings(Locate(fBefore, fOptions));
-        Dictionary const after = ReadSettings(Locate(fAfter, fOptions));
+        Document const before = ReadDocument(Locate(fBefore, fOptions));
+        Document const after = ReadDocument(Locate(fAfter, fOptions));
         auto const differences = Compare(before, after);
         if (fOptions.json) {
             WriteResult(fOptions, DifferencesDocument(differences, fBefore));
@@ -303,7 +299,8 @@ public:
 
     Status Run() const override {
         std::string const file = Locate(fFile, fOptions);
-        WriteResult(fOptions, JsonDocument("settings", ReadSettings(file), file));
+        Document const settings = ReadDocument(file);
+        WriteResult(fOptions, JsonDocument("settings", settings.Values(), settings.Tail(), file));
         return Status::kDone;
     }
 
@@ -317,21 +314,55 @@ public:
     ImportCommand(CLI::App& program, Options& options)
         : Command(program, options, "import", "Make a settings file of exported JSON") {
         AddArgument(Parser(), "JSON", fFile, "What export wrote; without it, standard input");
+        Parser().add_flag(
+            "--allow-invalid", fAllowsInvalid, "Write settings that the schema rejects too");
+        AddSchema(Parser(), options);
         AddOptions(Parser(), options);
         Parser().footer("Examples:\n"
                         "  joboptions import office.json -o office.joboptions\n"
                         "  joboptions export a.joboptions | joboptions import > b.joboptions");
     }
 
+    // Status::kDone, or Status::kRefused with all findings when the schema rejects the settings.
+    // Numbers that the file cannot hold exactly are warnings.
     Status Run() const override {
-        Dictionary const values = ReadJsonDocument("settings", ReadBytes(fFile), fFile);
-        pdfsettings::Component const component;
-        auto const settings = pdfsettings::Settings::FromValues(component, values);
-        WriteResult(fOptions, LayOut(component, settings, fFile));
+        auto const [values, tail] = ReadJsonDocument("settings", ReadBytes(fFile), fFile);
+        pdfsettings::Schema const schema = ReadSchema(fOptions);
+        try {
+            auto const settings = pdfsettings::Settings::From(values, tail, schema);
+            Report(settings.Source(), schema);
+            WriteResult(fOptions, settings.CanonicalText());
+        } catch (pdfsettings::Error const& error) {
+            throw Failure(Status::kRefused, ErrorText(fFile, error));
+        }
         return Status::kDone;
     }
 
 private:
+    void Report(Document const& document, pdfsettings::Schema const& schema) const {
+        std::vector<std::string> errors;
+        for (pdfsettings::Finding const& finding : Review(document, schema)) {
+            // What has no key is about the text that import made up.
+            if (finding.Path().empty()) {
+                continue;
+            }
+            std::string const text = fmt::format(
+                "{}: {}: {} [{}]",
+                InputName(fFile),
+                VisibleText(finding.Path()),
+                VisibleText(finding.Message()),
+                finding.Id());
+            bool const isError = finding.Level() == pdfsettings::Severity::kError;
+            if (isError && !fAllowsInvalid) {
+                errors.push_back(text);
+            } else {
+                WriteWarning(text, fOptions.quiet);
+            }
+        }
+        FailIfAny(Status::kRefused, errors);
+    }
+
+    bool fAllowsInvalid = false;
     std::string fFile = "-";
 };
 

@@ -11,6 +11,7 @@
 #include <fmt/format.h>
 #include <iterator>
 #include <map>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -106,12 +107,14 @@ bool IsPlainWord(std::string const& word) {
     });
 }
 
-std::vector<std::string> ValuesOf(pdfsettings::SettingRule const& rule) {
-    if (rule.allowed.empty() && rule.kind == "boolean") {
+std::vector<std::string> ValuesOf(pdfsettings::Rule const& rule) {
+    if (rule.Allowed().empty() && rule.What() == pdfsettings::Kind::kBool) {
         return {"true", "false"};
     }
     std::vector<std::string> values;
-    std::ranges::transform(rule.allowed, std::back_inserter(values), &OneLine);
+    for (pdfsettings::Value const& value : rule.Allowed()) {
+        values.push_back(OneLine(value));
+    }
     return values;
 }
 
@@ -158,17 +161,17 @@ public:
     // Whether settings are wanted, rather than words of the program's own.
     bool WantsKeys() const { return AtArguments() && (Has("KEY") || Has("KEY=VALUE")); }
 
-    void OfferKeys(std::vector<pdfsettings::SettingRule> const& rules, Offers& offers) const {
-        for (pdfsettings::SettingRule const& rule : rules) {
-            if (!IsPlainWord(rule.key)) {
+    void OfferKeys(std::span<pdfsettings::Rule const> rules, Offers& offers) const {
+        for (pdfsettings::Rule const& rule : rules) {
+            if (!IsPlainWord(rule.Path())) {
                 continue;
             }
             if (!Has("KEY=VALUE")) {
-                offers.Add(rule.key, rule.help);
-            } else if (fWord.starts_with(rule.key + "=")) {
+                offers.Add(rule.Path(), rule.Help());
+            } else if (fWord.starts_with(rule.Path() + "=")) {
                 OfferValues(rule, offers);
             } else {
-                offers.Add(rule.key + "=", rule.help);
+                offers.Add(rule.Path() + "=", rule.Help());
             }
         }
     }
@@ -232,10 +235,10 @@ private:
         }
     }
 
-    static void OfferValues(pdfsettings::SettingRule const& rule, Offers& offers) {
+    static void OfferValues(pdfsettings::Rule const& rule, Offers& offers) {
         for (std::string const& value : ValuesOf(rule)) {
             if (IsPlainWord(value)) {
-                offers.Add(rule.key + "=" + value);
+                offers.Add(rule.Path() + "=" + value);
             }
         }
     }
@@ -267,8 +270,8 @@ public:
         } else {
             Options options = fOptions;
             options.schema = line.Schema();
-            pdfsettings::Component const component;
-            line.OfferKeys(ReadSchema(component, options).Settings(), offers);
+            pdfsettings::Schema const schema = ReadSchema(options);
+            line.OfferKeys(schema.Rules(), offers);
         }
         WriteResult(fOptions, offers.Text());
         return Status::kDone;

@@ -1,5 +1,6 @@
 #include "tools/joboptions/json/JsonDocuments.h"
 
+#include "format/Tokens.h"
 #include "tools/joboptions/commands/Output.h"
 #include "tools/joboptions/json/ValueJson.h"
 #include "tools/joboptions/text/Utf8.h"
@@ -7,6 +8,9 @@
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
+#include <optional>
+#include <unordered_set>
+#include <utility>
 
 namespace joboptions {
 
@@ -14,13 +18,18 @@ using Json = nlohmann::ordered_json;
 using pdfsettings::Array;
 using pdfsettings::Dictionary;
 using pdfsettings::Finding;
-using pdfsettings::SettingRule;
+using pdfsettings::Rule;
 using pdfsettings::Value;
 
 namespace {
 
-Json ValueOrNull(Value const* value, std::string const& file) {
-    return value == nullptr ? Json() : ToJson(*value, file);
+// The value at a path; that of the tail's key is the tail.
+Json ValueOrNull(
+    std::string const& path, std::optional<Value> const& value, std::string const& file) {
+    if (!value) {
+        return {};
+    }
+    return path == format::kTailKey ? Json(TailJson(value->Bytes())) : ToJson(*value, file);
 }
 
 // Texts come from files and may hold any byte.
@@ -29,41 +38,43 @@ Json TextOrNull(std::string const& text) {
 }
 
 // What make gives for each item.
-template <class Item, class Make>
-Json List(std::vector<Item> const& items, Make make) {
+template <class Items, class Make>
+Json List(Items const& items, Make make) {
     Json list = Json::array();
-    for (Item const& item : items) {
+    for (auto const& item : items) {
         list.push_back(make(item));
     }
     return list;
 }
 
-Json DifferencesJson(std::vector<Difference> const& differences, std::string const& file) {
-    return List(differences, [&file](Difference const& difference) {
+Json DifferencesJson(Differences const& differences, std::string const& file) {
+    return List(differences, [&file](pdfsettings::Difference const& difference) {
         return Json{
             {"key", JsonKey(difference.path)},
-            {"before", ValueOrNull(difference.before, file)},
-            {"after", ValueOrNull(difference.after, file)}};
+            {"before", ValueOrNull(difference.path, difference.before, file)},
+            {"after", ValueOrNull(difference.path, difference.after, file)}};
     });
 }
 
-Json FindingsJson(std::vector<Finding> const& findings) {
+template <class Items>
+Json FindingsJson(Items const& findings) {
     return List(findings, [](Finding const& finding) {
         return Json{
-            {"key", WellFormedText(finding.key)}, {"message", WellFormedText(finding.message)}};
+            {"key", WellFormedText(finding.Path())},
+            {"message", WellFormedText(finding.Message())}};
     });
 }
 
-Json PlacedFindingJson(PlacedFinding const& finding) {
-    bool const isError = finding.severity == pdfsettings::Severity::kError;
+Json PlacedFindingJson(Finding const& finding) {
+    bool const isError = finding.Level() == pdfsettings::Severity::kError;
     return {
-        {"line", finding.place.line},
-        {"column", finding.place.column},
-        {"length", finding.span.Size()},
+        {"line", finding.Where()->line},
+        {"column", finding.Where()->column},
+        {"length", finding.Bytes()->Size()},
         {"severity", isError ? "error" : "warning"},
-        {"id", finding.id},
-        {"key", TextOrNull(finding.key)},
-        {"message", WellFormedText(finding.message)}};
+        {"id", finding.Id()},
+        {"key", TextOrNull(finding.Path())},
+        {"message", WellFormedText(finding.Message())}};
 }
 
 void AddNumber(Json& object, char const* name, std::optional<double> const& number) {
@@ -72,37 +83,44 @@ void AddNumber(Json& object, char const* name, std::optional<double> const& numb
     }
 }
 
-Json RuleJson(SettingRule const& rule, std::string const& file) {
-    Json object{{"key", rule.key}, {"required", rule.isRequired}, {"kind", rule.kind}};
-    if (!rule.element.empty()) {
-        object["of"] = rule.element;
+Json RuleJson(Rule const& rule, std::string const& file) {
+    Json object{{"key", rule.Path()}, {"required", rule.IsRequired()}, {"kind", rule.KindName()}};
+    if (!rule.ElementKindName().empty()) {
+        object["of"] = rule.ElementKindName();
     }
-    AddNumber(object, "count", rule.count);
-    AddNumber(object, "min", rule.least);
-    AddNumber(object, "max", rule.greatest);
-    for (Value const& value : rule.allowed) {
+    AddNumber(object, "count", rule.Count());
+    AddNumber(object, "min", rule.Minimum());
+    AddNumber(object, "max", rule.Maximum());
+    for (Value const& value : rule.Allowed()) {
         object["in"].push_back(ToJson(value, file));
     }
-    if (rule.standard) {
-        object["default"] = ToJson(*rule.standard, file);
+    if (rule.Default() != nullptr) {
+        object["default"] = ToJson(*rule.Default(), file);
     }
-    object["doc"] = rule.help;
+    object["doc"] = rule.Help();
     return object;
 }
 
 } // namespace
 
-std::string JsonDocument(char const* member, Dictionary const& values, std::string const& file) {
-    return JsonText({{"version", 1}, {member, ToJson(values, file)}});
+std::string JsonDocument(
+    char const* member,
+    Dictionary const& values,
+    std::string const& tail,
+    std::string const& file) {
+    Json settings = ToJson(values, file);
+    if (!tail.empty()) {
+        settings[std::string(format::kTailKey)] = TailJson(tail);
+    }
+    return JsonText({{"version", 1}, {member, std::move(settings)}});
 }
 
-std::string
-DifferencesDocument(std::vector<Difference> const& differences, std::string const& file) {
+std::string DifferencesDocument(Differences const& differences, std::string const& file) {
     return JsonText({{"version", 1}, {"differences", DifferencesJson(differences, file)}});
 }
 
 std::string ChangeDocument(
-    std::vector<Difference> const& differences,
+    Differences const& differences,
     std::vector<Finding> const& findings,
     std::vector<Finding> const& warnings,
     std::string const& file) {
@@ -113,28 +131,28 @@ std::string ChangeDocument(
          {"warnings", FindingsJson(warnings)}});
 }
 
-std::string CheckDocument(std::vector<Judgement> const& judgements) {
-    auto files = List(judgements, [](Judgement const& judgement) {
+std::string CheckDocument(std::vector<CheckedFile> const& files) {
+    auto list = List(files, [](CheckedFile const& checked) {
         return Json{
-            {"file", WellFormedText(judgement.file)},
-            {"error", TextOrNull(judgement.error)},
-            {"findings", List(judgement.findings, &PlacedFindingJson)}};
+            {"file", WellFormedText(checked.file)},
+            {"error", TextOrNull(checked.error)},
+            {"findings", List(checked.findings, &PlacedFindingJson)}};
     });
-    return JsonText({{"version", 1}, {"files", std::move(files)}});
+    return JsonText({{"version", 1}, {"files", std::move(list)}});
 }
 
-std::string LayoutDocument(std::vector<LayoutJudgement> const& judgements) {
-    auto files = List(judgements, [](LayoutJudgement const& judgement) {
+std::string LayoutDocument(std::vector<FormattedFile> const& files) {
+    auto list = List(files, [](FormattedFile const& formatted) {
         return Json{
-            {"file", WellFormedText(judgement.file)},
-            {"error", TextOrNull(judgement.error)},
-            {"differs", judgement.differs}};
+            {"file", WellFormedText(formatted.file)},
+            {"error", TextOrNull(formatted.error)},
+            {"differs", formatted.differs}};
     });
-    return JsonText({{"version", 1}, {"files", std::move(files)}});
+    return JsonText({{"version", 1}, {"files", std::move(list)}});
 }
 
-std::string RulesDocument(std::vector<SettingRule> const& rules, std::string const& file) {
-    auto settings = List(rules, [&file](SettingRule const& rule) { return RuleJson(rule, file); });
+std::string RulesDocument(std::vector<Rule> const& rules, std::string const& file) {
+    auto settings = List(rules, [&file](Rule const& rule) { return RuleJson(rule, file); });
     return JsonText({{"version", 1}, {"settings", std::move(settings)}});
 }
 
@@ -150,7 +168,7 @@ std::string Quoted(std::string const& text) {
 // nesting is too deep, and sees every key, also one that comes twice.
 class Builder {
 public:
-    // Reads text, and judges what stands under member. Throws Failure.
+    // Reads text, and checks what stands under member. Throws Failure.
     Builder(std::string const& text, std::string const& file, std::string_view member)
         : fFile(file),
           fMember(member) {
@@ -158,13 +176,14 @@ public:
     }
 
     Value const& Root() const { return fRoot; }
+    std::string const& Tail() const { return fTail; }
 
     // What the library calls. NOLINTBEGIN(readability-identifier-naming)
     bool null() {
         RefuseInMember("null is no value of a setting");
         return Store(Value());
     }
-    bool boolean(bool value) { return Store(pdfsettings::Word{value ? "true" : "false"}); }
+    bool boolean(bool value) { return Store(value); }
     bool number_integer(Json::number_integer_t number) {
         return Store(static_cast<double>(number));
     }
@@ -175,19 +194,23 @@ public:
         return Store(number);
     }
     bool string(std::string& text) {
-        bool const isTail = fOpen.size() == 2 && fOpen.back().fKey == pdfsettings::kTailKey;
-        auto value = ValueFromJson(text, isTail);
+        auto tail = IsTail() ? TailFromJson(text) : std::nullopt;
+        if (tail) {
+            fTail = std::move(*tail);
+            return true;
+        }
+        auto value = ValueFromJson(text);
         if (!value) {
             RefuseInMember(fmt::format(
-                "\"{}\" stands for no value: expected \"/NAME\", \"u:TEXT\", \"b:HEX\", "
+                "\"{}\" is not a value: expected \"/NAME\", \"u:TEXT\", \"b:HEX\", "
                 "\"x:TEXT\", \"xb:HEX\" or \"n:inf\"",
                 Quoted(text)));
         }
         return Store(value ? std::move(*value) : Value());
     }
     bool binary(Json::binary_t& /*bytes*/) { return null(); }
-    bool start_object(std::size_t /*size*/) { return Open(Dictionary()); }
-    bool start_array(std::size_t /*size*/) { return Open(Array()); }
+    bool start_object(std::size_t /*size*/) { return Open(/*isArray=*/false); }
+    bool start_array(std::size_t /*size*/) { return Open(/*isArray=*/true); }
     bool end_object() { return Close(); }
     bool end_array() { return Close(); }
     bool key(std::string& text) {
@@ -195,10 +218,10 @@ public:
         auto key = KeyFromJson(text);
         if (!key) {
             open.fKey.clear();
-            RefuseInMember(fmt::format("\"{}\" stands for no key", Quoted(text)));
+            RefuseInMember(fmt::format("\"{}\" is not a key", Quoted(text)));
         }
         open.fKey = key ? std::move(*key) : text;
-        if (open.fValue.If<Dictionary>()->Get(open.fKey) != nullptr) {
+        if (!open.fKeys.insert(open.fKey).second) {
             RefuseInMember("the key comes twice");
         }
         return true;
@@ -217,9 +240,17 @@ public:
 
 private:
     struct OpenValue {
-        Value fValue;
+        bool fIsArray;
+        Array fArray;
+        Dictionary fDictionary;
         std::string fKey; // the last one of a dictionary
+        std::unordered_set<std::string> fKeys;
     };
+
+    bool IsTail() const {
+        return fOpen.size() == 2 && fOpen.front().fKey == fMember &&
+               fOpen.back().fKey == format::kTailKey;
+    }
 
     [[noreturn]] void Refuse(std::string const& reason) const {
         std::string const place = Place();
@@ -237,9 +268,8 @@ private:
     std::string Place() const {
         std::string path;
         for (std::size_t level = 0; level < fOpen.size(); ++level) {
-            auto const& [value, key] = fOpen[level];
-            auto const* const array = value.If<Array>();
-            std::string const part = array == nullptr ? key : std::to_string(array->Size());
+            OpenValue const& open = fOpen[level];
+            std::string const part = open.fIsArray ? std::to_string(open.fArray.size()) : open.fKey;
             if (level == kShownLevels) {
                 return path + "/...";
             }
@@ -248,16 +278,18 @@ private:
         return path;
     }
 
-    bool Open(Value collection) {
+    bool Open(bool isArray) {
         if (fOpen.size() > kDeepestJsonLevel) {
             Refuse(fmt::format("nested deeper than {} levels", kDeepestJsonLevel));
         }
-        fOpen.push_back({std::move(collection), {}});
+        fOpen.push_back({isArray, {}, {}, {}, {}});
         return true;
     }
 
     bool Close() {
-        Value closed = std::move(fOpen.back().fValue);
+        OpenValue& open = fOpen.back();
+        Value closed =
+            open.fIsArray ? Value(std::move(open.fArray)) : Value(std::move(open.fDictionary));
         fOpen.pop_back();
         return Store(std::move(closed));
     }
@@ -265,10 +297,10 @@ private:
     bool Store(Value value) {
         if (fOpen.empty()) {
             fRoot = std::move(value);
-        } else if (auto* const array = fOpen.back().fValue.If<Array>()) {
-            array->Append(std::move(value));
+        } else if (fOpen.back().fIsArray) {
+            fOpen.back().fArray.push_back(std::move(value));
         } else {
-            fOpen.back().fValue.If<Dictionary>()->Set(fOpen.back().fKey, std::move(value));
+            fOpen.back().fDictionary.SetKey(fOpen.back().fKey, std::move(value));
         }
         return true;
     }
@@ -279,22 +311,25 @@ private:
     std::string_view fMember;
     std::vector<OpenValue> fOpen;
     Value fRoot;
+    std::string fTail;
 };
 
 } // namespace
 
-Dictionary ReadJsonDocument(char const* member, std::string const& text, std::string const& file) {
+SettingsOfJson
+ReadJsonDocument(char const* member, std::string const& text, std::string const& file) {
     Builder const builder(text, file, member);
-    auto const* const document = builder.Root().If<Dictionary>();
-    Value const* const version = document == nullptr ? nullptr : document->Get("version");
-    if (version == nullptr || *version != Value(1.0)) {
+    auto const document = builder.Root().If<Dictionary>();
+    Value const* const version = document ? document->FindKey("version") : nullptr;
+    if (version == nullptr || !(*version == Value(1))) {
         Fail(Status::kBadInput, file, "expected a JSON object with \"version\": 1");
     }
-    auto const* const dictionary = As<Dictionary>(document->Get(member));
-    if (dictionary == nullptr) {
+    Value const* const value = document->FindKey(member);
+    auto const values = value == nullptr ? std::nullopt : value->If<Dictionary>();
+    if (!values) {
         Fail(Status::kBadInput, file, fmt::format("expected an object under \"{}\"", member));
     }
-    return *dictionary;
+    return {*values, builder.Tail()};
 }
 
 } // namespace joboptions

@@ -1,8 +1,8 @@
 #include "tools/joboptions/json/ValueJson.h"
 
+#include "format/NumberText.h"
 #include "tools/joboptions/commands/Output.h"
 #include "tools/joboptions/text/Utf8.h"
-#include "tools/joboptions/text/ValueText.h"
 
 #include <algorithm>
 #include <charconv>
@@ -12,13 +12,13 @@
 #include <iterator>
 #include <limits>
 #include <nlohmann/json.hpp>
-#include <variant>
 
 namespace joboptions {
 
 using Json = nlohmann::ordered_json;
 using pdfsettings::Array;
 using pdfsettings::Dictionary;
+using pdfsettings::Kind;
 using pdfsettings::Value;
 
 namespace {
@@ -50,9 +50,9 @@ std::optional<std::string> FromHex(std::string_view digits) {
 }
 
 // A value of a kind that is made of one text.
-template <class Kind>
+template <class Text>
 std::optional<Value> Made(std::optional<std::string> text) {
-    return text ? std::optional<Value>(Kind{std::move(*text)}) : std::nullopt;
+    return text ? std::optional<Value>(Text{std::move(*text)}) : std::nullopt;
 }
 
 // The numbers that JSON has no form for.
@@ -62,7 +62,7 @@ std::optional<Value> NumberFromName(std::string_view name) {
           -std::numeric_limits<double>::infinity(),
           std::numeric_limits<double>::quiet_NaN(),
           -std::numeric_limits<double>::quiet_NaN()}) {
-        if (NumberText(number) == name) {
+        if (format::ExactText(number) == name) {
             return Value(number);
         }
     }
@@ -74,16 +74,43 @@ public:
     // file is named in the message about too deep a nesting.
     explicit Converter(std::string const& file) : fFile(file) {}
 
-    Json operator()(pdfsettings::Word const& word) const {
-        if (word.text == "true" || word.text == "false") {
-            return word.text == "true";
+    Json Convert(Value const& value) {
+        switch (value.What()) {
+        case Kind::kBool:
+            return value.As<bool>();
+        case Kind::kNumber:
+            return OfNumber(value.As<double>());
+        case Kind::kName:
+            return "/" + JsonKey(value.Bytes());
+        case Kind::kString:
+            return OfString(value.Bytes());
+        case Kind::kHexString:
+            return IsPlainText(value.Bytes()) ? "x:" + std::string(value.Bytes())
+                                              : "xb:" + Hex(value.Bytes());
+        case Kind::kArray:
+            return OfArray(value.As<Array>());
+        case Kind::kDictionary:
+            return Convert(value.As<Dictionary>());
         }
-        return "/" + JsonKey(word.text);
+        return {};
     }
 
-    Json operator()(double number) const {
+    // Keys of a dictionary differ already: they are added without the library's search for each.
+    Json Convert(Dictionary const& dictionary) {
+        Enter();
+        Json object = Json::object();
+        auto& entries = object.get_ref<Json::object_t&>();
+        for (auto const& [key, value] : dictionary) {
+            entries.emplace_back(JsonKey(key), Convert(value));
+        }
+        --fLevel;
+        return object;
+    }
+
+private:
+    static Json OfNumber(double number) {
         if (!std::isfinite(number)) {
-            return "n:" + NumberText(number);
+            return "n:" + format::ExactText(number);
         }
         bool const isWhole = std::trunc(number) == number && std::abs(number) <= kLargestWhole;
         bool const isNegativeZero = number == 0 && std::signbit(number);
@@ -93,49 +120,21 @@ public:
         return number;
     }
 
-    Json operator()(pdfsettings::String const& string) const {
-        bool const isText =
-            IsPlainText(string.bytes) && string.bytes.find('\\') == std::string::npos;
-        return isText ? "u:" + string.bytes : "b:" + Hex(string.bytes);
+    static Json OfString(std::string_view raw) {
+        bool const isText = IsPlainText(raw) && raw.find('\\') == std::string_view::npos;
+        return isText ? "u:" + std::string(raw) : "b:" + Hex(raw);
     }
 
-    Json operator()(pdfsettings::HexString const& string) const {
-        return IsPlainText(string.text) ? "x:" + string.text : "xb:" + Hex(string.text);
-    }
-
-    Json operator()(pdfsettings::Binary const& data) const { return "b:" + Hex(data.bytes); }
-
-    // The same as the hexadecimal string that holds this text.
-    Json operator()(pdfsettings::Text16 const& text) const {
-        std::string const brackets = OneLine(text);
-        return "x:" + brackets.substr(1, brackets.size() - 2);
-    }
-
-    Json operator()(Array const& array) {
+    Json OfArray(Array const& array) {
         Enter();
         Json elements = Json::array();
-        for (std::size_t index = 0; index < array.Size(); ++index) {
-            elements.push_back(std::visit(*this, array[index].Get()));
+        for (Value const& value : array) {
+            elements.push_back(Convert(value));
         }
         --fLevel;
         return elements;
     }
 
-    // Keys of a dictionary differ already: they are added without the library's search for each.
-    Json operator()(Dictionary const& dictionary) {
-        Enter();
-        Json object = Json::object();
-        auto& entries = object.get_ref<Json::object_t&>();
-        for (std::size_t place = 0; place < dictionary.Size(); ++place) {
-            entries.emplace_back(
-                JsonKey(dictionary.KeyAt(place)),
-                std::visit(*this, dictionary.ValueAt(place).Get()));
-        }
-        --fLevel;
-        return object;
-    }
-
-private:
     void Enter() {
         if (++fLevel > kDeepestJsonLevel) {
             Fail(
@@ -160,7 +159,15 @@ bool IsDeeper(Json const& value, int levels) {
 } // namespace
 
 Json ToJson(Value const& value, std::string const& file) {
-    return std::visit(Converter(file), value.Get());
+    return Converter(file).Convert(value);
+}
+
+Json ToJson(Dictionary const& dictionary, std::string const& file) {
+    return Converter(file).Convert(dictionary);
+}
+
+std::string TailJson(std::string_view tail) {
+    return "b:" + Hex(tail);
 }
 
 std::string JsonText(Json const& document) {
@@ -184,27 +191,25 @@ std::optional<std::string> KeyFromJson(std::string_view key) {
     return name && name->find('\0') == std::string::npos ? name : std::nullopt;
 }
 
-std::optional<Value> ValueFromJson(std::string_view text, bool isTail) {
+std::optional<std::string> TailFromJson(std::string_view text) {
+    return text.starts_with("b:") ? FromHex(text.substr(2)) : std::nullopt;
+}
+
+std::optional<Value> ValueFromJson(std::string_view text) {
     if (text.starts_with('/')) {
-        return Made<pdfsettings::Word>(KeyFromJson(text.substr(1)));
+        return Made<pdfsettings::Name>(KeyFromJson(text.substr(1)));
     }
     std::size_t const colon = std::min(text.find(':'), text.size());
     std::string_view const kind = text.substr(0, colon);
     std::string_view const rest = text.substr(std::min(colon + 1, text.size()));
-    if (kind == "b" && isTail) {
-        auto bytes = FromHex(rest);
-        return bytes ? std::optional<Value>(
-                           pdfsettings::Binary{pdfsettings::kTailKey, std::move(*bytes)})
-                     : std::nullopt;
-    }
     if (kind == "b") {
-        return Made<pdfsettings::String>(FromHex(rest));
+        return Made<pdfsettings::RawString>(FromHex(rest));
     }
     if (kind == "xb") {
         return Made<pdfsettings::HexString>(FromHex(rest));
     }
     if (kind == "u" || kind == "x") {
-        return kind == "u" ? Value(pdfsettings::String{std::string(rest)})
+        return kind == "u" ? Value(pdfsettings::RawString{std::string(rest)})
                            : Value(pdfsettings::HexString{std::string(rest)});
     }
     return kind == "n" ? NumberFromName(rest) : std::nullopt;

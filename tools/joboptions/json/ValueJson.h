@@ -31,6 +31,7 @@ inline constexpr int kDeepestJsonLevel = 1000;
 // value as JSON; file is the input that messages name. Throws Failure with Status::kBadInput when
 // it is nested deeper than kDeepestJsonLevel.
 nlohmann::ordered_json ToJson(pdfsettings::Value const& value, std::string const& file);
+nlohmann::ordered_json ToJson(pdfsettings::Dictionary const& dictionary, std::string const& file);
 
 // A name or key as it stands in JSON, without the slash that begins a name.
 std::string JsonKey(std::string_view name);
@@ -39,9 +40,13 @@ std::string JsonKey(std::string_view name);
 // nested deeper than 50 levels stands in one line.
 std::string JsonText(nlohmann::ordered_json const& document);
 
-// The key that JsonKey wrote, and the value that the text of a JSON string stands for; isTail: the
-// value of the tail's key, which has no form of its own. None for a text that was not written so.
+// The tail of a file, "b:HEX".
+std::string TailJson(std::string_view tail);
+
+// The key that JsonKey wrote, the value that the text of a JSON string stands for, and the tail.
+// None for a text that was not written so.
 std::optional<std::string> KeyFromJson(std::string_view key);
-std::optional<pdfsettings::Value> ValueFromJson(std::string_view text, bool isTail);
+std::optional<pdfsettings::Value> ValueFromJson(std::string_view text);
+std::optional<std::string> TailFromJson(std::string_view text);
 
 } // namespace joboptions

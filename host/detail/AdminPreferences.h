@@ -1,15 +1,17 @@
-// What the administrator of this machine laid down, for tools that explain it. The component itself
-// reads the same file and acts on it.
+// What the administrator of this machine laid down, for the lists that explain it. The component
+// itself reads the same file and acts on it.
 #pragma once
-
-#include "pdfsettings/Export.h"
 
 #include <map>
 #include <string>
 
-namespace pdfsettings {
+namespace pdfsettings::detail {
 
-class PDFSETTINGS_API AdminPreferences {
+// In a property list: a dictionary of display names by application, and one of what it hides.
+inline constexpr char kDisplayNamesKey[] = "PDFSettings";
+inline constexpr char kShowHideKey[] = "ShowHide";
+
+class AdminPreferences {
 public:
     // Reads the administrator's property list now. One that is missing or cannot be used lays
     // nothing down. Throws std::bad_alloc.
@@ -40,4 +42,4 @@ private:
     std::map<std::string, Names> fNames; // by application
 };
 
-} // namespace pdfsettings
+} // namespace pdfsettings::detail

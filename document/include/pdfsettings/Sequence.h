@@ -1,0 +1,54 @@
+// Values in a row that a function gives.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <vector>
+
+namespace pdfsettings {
+
+namespace detail {
+struct MakeSequence;
+}
+
+// Immutable; copies share the values. It stands in for std::vector, whose layout depends on how a
+// program is compiled.
+template <class T>
+class Sequence {
+public:
+    Sequence() noexcept = default;
+    // There is no move, which would leave the other without its values but not empty.
+    Sequence(Sequence const&) noexcept = default;
+    Sequence& operator=(Sequence const&) noexcept = default;
+    ~Sequence() = default;
+
+    T const* begin() const noexcept { return fFirst; }
+    T const* end() const noexcept { return fFirst + fSize; }
+    std::size_t size() const noexcept { return fSize; }
+    bool empty() const noexcept { return fSize == 0; }
+
+    // REQUIRES: index < size(), or that it is not empty.
+    T const& operator[](std::size_t index) const noexcept { return fFirst[index]; }
+    T const& front() const noexcept { return fFirst[0]; }
+    T const& back() const noexcept { return fFirst[fSize - 1]; }
+
+    operator std::vector<T>() const { return std::vector<T>(begin(), end()); }
+
+    // Equal sizes and equal values.
+    friend bool operator==(Sequence const& left, Sequence const& right) {
+        bool areEqual = left.fSize == right.fSize;
+        for (std::size_t index = 0; areEqual && index < left.fSize; ++index) {
+            areEqual = left[index] == right[index];
+        }
+        return areEqual;
+    }
+
+private:
+    friend struct detail::MakeSequence;
+
+    std::shared_ptr<void const> fOwner;
+    T const* fFirst = nullptr;
+    std::size_t fSize = 0;
+};
+
+} // namespace pdfsettings

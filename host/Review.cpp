@@ -1,0 +1,143 @@
+#include "pdfsettings/Review.h"
+
+#include "document/MakeSequence.h"
+#include "host/detail/Validation.h"
+
+#include <algorithm>
+#include <iterator>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace pdfsettings {
+
+namespace {
+
+// So many findings of one kind come with a hint, and of a longer path the end is what counts.
+constexpr std::size_t kMostHints = 100;
+constexpr std::size_t kLongestPath = 1000;
+
+// A dictionary or an array on the way to an entry.
+struct Level {
+    bool fIsNamed = true; // whether the schema names anything in it
+    std::string fPath;
+    std::size_t fCount = 0;
+};
+
+// Finds the settings that the schema does not know.
+class UnknownKeys {
+public:
+    UnknownKeys(Document const& document, Schema const& schema)
+        : fDocument(document),
+          fSchema(schema) {}
+
+    std::vector<Finding> Run() {
+        for (DocumentEntry const& entry : fDocument.Entries()) {
+            fLevels.resize(entry.depth + 1);
+            // Nothing is said, and no path is kept, of what lies below an unknown setting.
+            fLevels.push_back(fLevels.back().fIsNamed ? Visit(entry) : Level{false, "", 0});
+        }
+        return std::move(fFound);
+    }
+
+private:
+    // Looks at an entry; the level that it opens if it holds others.
+    Level Visit(DocumentEntry const& entry) {
+        Level& parent = fLevels.back();
+        bool const isElement = entry.key.Size() == 0;
+        std::string const part =
+            isElement ? std::to_string(parent.fCount++) : fDocument.KeyOf(entry);
+        Level level{true, parent.fPath.empty() ? part : parent.fPath + "/" + part, 0};
+        if (!isElement && fSchema.IsUnknown(level.fPath)) {
+            Report(entry, level.fPath);
+        }
+        level.fIsNamed = fSchema.HasRulesIn(level.fPath);
+        return level;
+    }
+
+    void Report(DocumentEntry const& entry, std::string const& path) {
+        std::string const meant =
+            fFound.size() < kMostHints ? fSchema.Suggest(path) : std::string();
+        fFound.push_back(detail::MakeFinding(
+            fDocument,
+            Severity::kWarning,
+            "unknown-key",
+            entry.key,
+            path.size() <= kLongestPath ? path : "..." + path.substr(path.size() - kLongestPath),
+            "the schema has no such setting" +
+                (meant.empty() ? "" : "; did you mean " + meant + "?")));
+    }
+
+    Document const& fDocument;
+    Schema const& fSchema;
+    std::vector<Level> fLevels{1};
+    std::vector<Finding> fFound;
+};
+
+void Append(std::vector<Finding>& all, std::vector<Finding> more) {
+    std::ranges::move(more, std::back_inserter(all));
+}
+
+std::vector<Finding> StrictFindings(Document const& document, Schema const& schema) {
+    if (document.Body() || document.WhyRefused() != Refusal::kNone ||
+        !document.Findings().empty()) {
+        return UnknownKeys(document, schema).Run();
+    }
+    return {detail::MakeFinding(
+        document,
+        Severity::kWarning,
+        "empty",
+        {document.Text().size(), document.Text().size()},
+        "",
+        "there are no settings in this file: expected << … >> setalembicorparams")};
+}
+
+} // namespace
+
+Document OpenDocument(FilePath const& file) {
+    return Document(ReadFile(file));
+}
+
+Sequence<ExplainedSetting> Explain(Settings const& settings) {
+    Schema const& schema = settings.Rules();
+    std::vector<ExplainedSetting> explained;
+    auto const add = [&](Rule const& rule) {
+        if (rule.Path().find("/*") != std::string::npos) {
+            return;
+        }
+        Value const* const stored = settings.Values().Find(rule.Path());
+        Value const* const value = stored != nullptr ? stored : rule.Default();
+        bool const isChanged =
+            stored != nullptr && (rule.Default() == nullptr || !(*stored == *rule.Default()));
+        explained.push_back(
+            {rule,
+             value == nullptr ? std::nullopt : std::optional(*value),
+             stored != nullptr,
+             isChanged});
+    };
+    for (std::string const& group : schema.Groups()) {
+        std::ranges::for_each(schema.RulesOf(group), add);
+    }
+    for (Rule const& rule : schema.Rules()) {
+        if (rule.Group().empty()) {
+            add(rule);
+        }
+    }
+    return detail::MakeSequence::From(std::move(explained));
+}
+
+Findings Review(Document const& document, Schema const& schema, ReviewScope scope) {
+    std::vector<Finding> all(document.Findings().begin(), document.Findings().end());
+    if (document.WhyRefused() == Refusal::kNone) {
+        Append(all, detail::WithHints(detail::Validate(document, schema), document, schema));
+        Append(all, detail::WritingFindings(document));
+        if (scope == ReviewScope::kStrict) {
+            Append(all, StrictFindings(document, schema));
+        }
+        std::ranges::stable_sort(
+            all, {}, [](Finding const& finding) { return finding.Bytes()->begin; });
+    }
+    return detail::MakeSequence::From(std::move(all));
+}
+
+} // namespace pdfsettings

@@ -1,0 +1,278 @@
+#include "pdfsettings/Watcher.h"
+
+#include "pdfsettings/Component.h"
+#include "pdfsettings/SafeSave.h"
+#include "pdfsettings/SettingsList.h"
+#include "tests/support/EnvironmentVariable.h"
+#include "tests/support/PropertyList.h"
+#include "tests/support/Rounds.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <map>
+#include <poll.h>
+#include <random>
+#include <string>
+#include <sys/stat.h>
+#include <vector>
+
+using namespace pdfsettings;
+using std::filesystem::path;
+using support::TemporaryFolder;
+
+namespace {
+
+using Paths = std::vector<path>;
+
+bool IsReadable(Watcher const& watcher) {
+    pollfd descriptor{watcher.Descriptor(), POLLIN, 0};
+    return poll(&descriptor, 1, 0) == 1;
+}
+
+// Everything that there is to tell.
+Paths ReadAll(Watcher& watcher) {
+    Paths all;
+    while (IsReadable(watcher)) {
+        Paths const some = watcher.Read();
+        all.insert(all.end(), some.begin(), some.end());
+    }
+    return all;
+}
+
+// The folders that the system watches for it.
+std::size_t CountFolders(Watcher const& watcher) {
+    std::ifstream info("/proc/self/fdinfo/" + std::to_string(watcher.Descriptor()));
+    std::size_t count = 0;
+    for (std::string line; std::getline(info, line);) {
+        count += line.starts_with("inotify") ? 1U : 0U;
+    }
+    return count;
+}
+
+bool Contains(Paths const& paths, path const& wanted) {
+    return std::ranges::find(paths, wanted) != paths.end();
+}
+
+TEST(WatcherTest, TellsOfAFileWhateverChangesIt) {
+    TemporaryFolder const folder;
+    std::string const file = folder.Make("a.joboptions", "<< >>");
+    Watcher watcher;
+    watcher.Add(file);
+    EXPECT_FALSE(IsReadable(watcher));
+    EXPECT_EQ(Paths(watcher.Read()), Paths());
+
+    std::pair<char const*, std::function<void()>> const kChanges[] = {
+        {"written", [&] { folder.Make("a.joboptions", "<< /A 1 >>"); }},
+        {"saved", [&] { SaveSafely(file, "<< /A 2 >>"); }},
+        {"made read-only", [&] { chmod(file.c_str(), 0444); }},
+        {"removed", [&] { std::filesystem::remove(file); }},
+        {"made again", [&] { SaveSafely(file, "<< /A 3 >>"); }},
+        {"replaced", [&] { std::filesystem::rename(folder.Make("b", "<< /A 4 >>"), path(file)); }},
+    };
+    for (auto const& [what, change] : kChanges) {
+        change();
+        EXPECT_TRUE(IsReadable(watcher)) << what;
+        EXPECT_EQ(Paths(watcher.Read()), Paths{file}) << what;
+        EXPECT_FALSE(IsReadable(watcher)) << what;
+    }
+    folder.Make("b", "another file");
+    EXPECT_EQ(Paths(watcher.Read()), Paths());
+}
+
+TEST(WatcherTest, TellsWhichSettingsFilesOfAFolderChanged) {
+    TemporaryFolder const folder;
+    std::string const inside = folder / "Settings";
+    Watcher watcher;
+    watcher.AddFolder(inside + "/");
+    std::filesystem::create_directory(inside);
+    EXPECT_EQ(ReadAll(watcher), Paths{inside + "/"});
+    SaveSafely(inside + "/a.joboptions", "<< >>");
+    folder.Make("Settings/b.joboptions~", "<< >>");
+    folder.Make("Settings/c.txt", "");
+    EXPECT_EQ(Paths(watcher.Read()), (Paths{inside + "/a.joboptions", inside + "/b.joboptions~"}));
+    std::filesystem::remove_all(inside);
+    EXPECT_TRUE(Contains(ReadAll(watcher), inside + "/"));
+}
+
+TEST(WatcherTest, FollowsThePreferencesToOtherFolders) {
+    TemporaryFolder const folder;
+    support::EnvironmentVariable const data("XDG_DATA_HOME", (folder / "data").c_str());
+    support::EnvironmentVariable const config("XDG_CONFIG_HOME", (folder / "config").c_str());
+    Component const component = Component::Start();
+    Watcher watcher;
+    watcher.AddListed();
+    // The administrator's folder is of this build, and other tests may use it.
+    auto const readOwn = [&] {
+        Paths paths = ReadAll(watcher);
+        std::erase_if(paths, [&](path const& changed) {
+            return !changed.string().starts_with(folder.Path().string());
+        });
+        return paths;
+    };
+    path const user = UserFolder();
+    std::filesystem::create_directories(user);
+    EXPECT_TRUE(Contains(readOwn(), user));
+    SaveSafely(user / "a.joboptions", "<< >>");
+    EXPECT_EQ(readOwn(), Paths{user / "a.joboptions"});
+
+    path const list = folder / "config/com.ardeo.PDFSettings.plist";
+    std::filesystem::create_directories(folder / "config");
+    std::filesystem::create_directories(folder / "moved");
+    SaveSafely(
+        list, support::PropertyList(support::StringEntry("PDFSettingsPath", folder / "moved")));
+    Paths const changed = readOwn();
+    EXPECT_TRUE(Contains(changed, list)) << testing::PrintToString(changed);
+    EXPECT_TRUE(Contains(changed, folder / "moved")) << testing::PrintToString(changed);
+    SaveSafely(folder / "moved/b.joboptions", "<< >>");
+    EXPECT_EQ(readOwn(), Paths{folder / "moved/b.joboptions"});
+    SaveSafely(user / "c.joboptions", "<< >>");
+    EXPECT_EQ(readOwn(), Paths());
+}
+
+TEST(WatcherTest, LeavesAFolderThatWasMovedAway) {
+    TemporaryFolder const folder;
+    std::filesystem::create_directory(folder / "Settings");
+    Watcher watcher;
+    watcher.AddFolder(folder / "Settings");
+    std::size_t const watched = CountFolders(watcher);
+    std::filesystem::rename(folder / "Settings", folder / "Old");
+    std::filesystem::create_directory(folder / "Settings");
+    EXPECT_EQ(ReadAll(watcher), Paths{folder / "Settings"});
+    folder.Make("Old/a.joboptions", "");
+    EXPECT_FALSE(IsReadable(watcher));
+    EXPECT_EQ(CountFolders(watcher), watched);
+}
+
+TEST(WatcherTest, TellsOfAllWhenTheSystemLosesEvents) {
+    TemporaryFolder const folder;
+    Watcher watcher;
+    watcher.Add(folder / "a.joboptions");
+    watcher.AddFolder(folder / "Settings");
+    int most = 0;
+    std::ifstream("/proc/sys/fs/inotify/max_queued_events") >> most;
+    for (int i = 0; i <= most / 2; ++i) {
+        std::filesystem::remove(folder.Make("other", ""));
+    }
+    Paths const all{folder / "Settings", folder / "a.joboptions"};
+    EXPECT_EQ(ReadAll(watcher), all);
+    folder.Make("a.joboptions", "");
+    EXPECT_EQ(Paths(watcher.Read()), Paths{folder / "a.joboptions"});
+}
+
+// Folders, files and links that come and go at random below one folder, and what the watched paths
+// lead to.
+class WatcherModelTest : public testing::Test {
+protected:
+    using State = std::map<path, std::string>; // what is at each path that may be told
+
+    path At(std::string const& name) const { return fFolder.Path() / name; }
+    unsigned Random(unsigned count) { return static_cast<unsigned>(fRandom() % count); }
+
+    // A path of one to three steps.
+    path Somewhere() {
+        path place = fFolder.Path();
+        for (unsigned steps = 1 + Random(3); steps > 0; --steps) {
+            place /= Random(2) == 0 ? "a" : "b";
+        }
+        return place;
+    }
+    path SomeFile() {
+        path const place = Somewhere();
+        return Random(4) == 0 ? fFolder.Path() / "f.joboptions" : place / "f.joboptions";
+    }
+
+    void ChangeSomething() {
+        std::error_code ignored;
+        switch (Random(8)) {
+        case 0:
+        case 1:
+            std::filesystem::create_directories(Somewhere(), ignored);
+            break;
+        case 2:
+            std::filesystem::remove_all(Somewhere(), ignored);
+            break;
+        case 3:
+            std::filesystem::rename(Somewhere(), Somewhere(), ignored);
+            break;
+        case 4:
+            std::filesystem::create_symlink(
+                Random(2) == 0 ? Somewhere() : path("..") / "b", Somewhere(), ignored);
+            break;
+        case 5:
+            chmod(SomeFile().c_str(), 0600 + Random(2) * 0044);
+            break;
+        case 6:
+            std::filesystem::rename(SomeFile(), SomeFile(), ignored);
+            break;
+        default:
+            std::ofstream(SomeFile()) << ++fWritten;
+        }
+    }
+
+    // What a program finds at path; "" for nothing.
+    static std::string LookAt(path const& path) {
+        struct stat status {};
+        if (stat(path.c_str(), &status) != 0 || S_ISDIR(status.st_mode)) {
+            return "";
+        }
+        return std::to_string(status.st_ino) + " " + std::to_string(status.st_mode) + " " +
+               support::ReadBytes(path);
+    }
+
+    State Look() const {
+        State state;
+        for (path const& file : fFiles) {
+            state[file] = LookAt(file);
+        }
+        for (path const& folder : fFolders) {
+            state[folder / "f.joboptions"] = LookAt(folder / "f.joboptions");
+        }
+        return state;
+    }
+
+    static Paths Differences(State const& before, State const& now) {
+        Paths paths;
+        for (auto const& [path, found] : now) {
+            if (found != before.at(path)) {
+                paths.push_back(path);
+            }
+        }
+        return paths;
+    }
+
+    // Whether a difference at path is told.
+    bool IsTold(Paths const& told, path const& path) const {
+        return Contains(told, path) ||
+               (std::ranges::find(fFolders, path.parent_path()) != fFolders.end() &&
+                Contains(told, path.parent_path()));
+    }
+
+    TemporaryFolder const fFolder;
+    Paths const fFiles{At("f.joboptions"), At("a/f.joboptions"), At("a/b/a/f.joboptions")};
+    Paths const fFolders{At("b"), At("b/a")};
+    std::mt19937 fRandom{7};
+    int fWritten = 0;
+};
+
+TEST_F(WatcherModelTest, TellsOfEveryChangeOnTheWayToWhatIsWatched) {
+    Watcher watcher;
+    std::ranges::for_each(fFiles, [&](path const& file) { watcher.Add(file); });
+    std::ranges::for_each(fFolders, [&](path const& folder) { watcher.AddFolder(folder); });
+    std::size_t differences = 0;
+    for (int round = 0; round < support::Rounds(1500); ++round) {
+        State const before = Look();
+        for (unsigned changes = 1 + Random(3); changes > 0; --changes) {
+            ChangeSomething();
+        }
+        Paths const changed = Differences(before, Look());
+        Paths const told = ReadAll(watcher);
+        differences += changed.size();
+        ASSERT_TRUE(
+            std::ranges::all_of(changed, [&](path const& path) { return IsTold(told, path); }))
+            << "in round " << round << ", at " << testing::PrintToString(changed);
+    }
+    EXPECT_GT(differences, 150U);
+}
+
+} // namespace
