@@ -159,7 +159,7 @@ private:
 };
 
 // Changes of settings that are made together or not at all. Without Commit they are dropped. Each
-// takes time in proportion to the size of the text. A moved-from object may only be destroyed.
+// takes time linear in the size of the text. A moved-from object may only be destroyed.
 class PDFSETTINGS_API Settings::Edit {
 public:
     Edit(Edit&&) noexcept;
