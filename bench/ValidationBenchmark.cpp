@@ -16,7 +16,7 @@ using pdfsettings::detail::Share;
 bench::SettingsRef SettingsOf(std::int64_t copies) {
     Content const& content = bench::GetContent(static_cast<std::size_t>(copies), Keys::kFew);
     auto const buffer = bench::MakeBuffer(content.joboptions);
-    return bench::ReadSettings(buffer.get(), pdfsettings::Schema::Standard().Text().c_str());
+    return bench::ReadSettings(buffer.get(), pdfsettings::Schema::Standard().RulesText().c_str());
 }
 
 void Validate(benchmark::State& state) {

@@ -5,6 +5,7 @@
 #include "document/Spelling.h"
 #include "format/SettingPath.h"
 #include "host/detail/Bindings.h"
+#include "host/detail/RulesText.h"
 #include "host/detail/RuntimeValues.h"
 #include "pdfsettings/SafeSave.h"
 
@@ -367,6 +368,7 @@ void ThrowIfAny(std::vector<Finding> problems) {
 struct Contents {
     RuleList fRules;
     std::vector<Group> fGroups;
+    std::string fRulesText;
 };
 
 // Throws Unusable.
@@ -376,7 +378,7 @@ Contents ReadContents(std::string const& text) {
     ThrowIfAny(LocateMessages(text, ValidateSchema(tables, dict.get())));
     Dictionary const structures = detail::ReadValues(tables, dict.get()).fValues;
     ThrowIfAny(FindMissing(text, structures));
-    Contents contents{Lister(text, structures).List(), ReadGroups(structures)};
+    Contents contents{Lister(text, structures).List(), ReadGroups(structures), {}};
     std::unordered_map<std::string_view, std::string const*> groupOf;
     for (Group const& group : contents.fGroups) {
         for (std::string const& setting : group.fSettings) {
@@ -387,6 +389,7 @@ Contents ReadContents(std::string const& text) {
         auto const group = groupOf.find(format::FirstPart(rule->fPath));
         rule->fGroup = group == groupOf.end() ? "" : *group->second;
     }
+    contents.fRulesText = detail::RulesText(tables, dict.get());
     return contents;
 }
 
@@ -504,6 +507,7 @@ struct Schema::Data {
             fRules.push_back(Rule(std::move(rule)));
         }
         fGroups = std::move(contents.fGroups);
+        fRulesText = std::move(contents.fRulesText);
         for (Group const& group : fGroups) {
             fLabels.push_back(group.fLabel);
         }
@@ -556,6 +560,7 @@ struct Schema::Data {
     }
 
     std::string fText;
+    std::string fRulesText;
     std::vector<Rule> fRules;
     std::vector<Group> fGroups;
     std::vector<std::string> fLabels;
@@ -603,6 +608,10 @@ Findings Schema::Problems(std::string_view text) {
 
 std::string const& Schema::Text() const noexcept {
     return fData->fText;
+}
+
+std::string const& Schema::RulesText() const noexcept {
+    return fData->fRulesText;
 }
 
 std::span<Rule const> Schema::Rules() const noexcept {

@@ -73,7 +73,7 @@ auto WithComponent(Document const& document, Work work) {
 
 std::vector<Message> MessagesOf(Document const& document, Schema const& schema) {
     return WithComponent(document, [&](Turn const& turn) {
-        return ComponentSettings(turn, document.Text(), schema.Text()).Validate(document);
+        return ComponentSettings(turn, document.Text(), schema.RulesText()).Validate(document);
     });
 }
 

@@ -19,18 +19,6 @@ std::string BytesOf(Tables const& tables, POSBinData* data) {
     return bytes;
 }
 
-// Calls visit with each key of dict and the value under it, which is borrowed.
-template <class Visit>
-void ForEachEntry(Tables const& tables, POSDict* dict, Visit visit) {
-    Ref<POSDictIterator> const cursor = Share(tables, tables.iterators.NewPOSDictIterator(dict));
-    tables.iterators.Begin(cursor.get());
-    while (tables.iterators.IsDone(cursor.get()) == 0) {
-        std::string const key = tables.iterators.CurKey(cursor.get());
-        visit(key, tables.dicts.Get(dict, MakeAtom(tables, key).get()));
-        tables.iterators.Next(cursor.get());
-    }
-}
-
 // Copies with a list of the collections that are open, so that no nesting is too deep. The values
 // are borrowed, from the root on down.
 class Reader {
@@ -135,6 +123,19 @@ private:
 
 SettingsValues ReadValues(Tables const& tables, POSDict* dict) {
     return Reader(tables).Read(dict);
+}
+
+void ForEachEntry(
+    Tables const& tables,
+    POSDict* dict,
+    std::function<void(std::string const&, POSObject*)> const& visit) {
+    Ref<POSDictIterator> const cursor = Share(tables, tables.iterators.NewPOSDictIterator(dict));
+    tables.iterators.Begin(cursor.get());
+    while (tables.iterators.IsDone(cursor.get()) == 0) {
+        std::string const key = tables.iterators.CurKey(cursor.get());
+        visit(key, tables.dicts.Get(dict, MakeAtom(tables, key).get()));
+        tables.iterators.Next(cursor.get());
+    }
 }
 
 void ForEachDict(

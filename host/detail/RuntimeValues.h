@@ -19,6 +19,12 @@ struct SettingsValues {
 // A deep copy. Throws std::bad_alloc, and Error (kComponent) for a value that no file can hold.
 SettingsValues ReadValues(Tables const& tables, POSDict* dict);
 
+// Calls visit with each key of dict and the value under it, which is borrowed.
+void ForEachEntry(
+    Tables const& tables,
+    POSDict* dict,
+    std::function<void(std::string const&, POSObject*)> const& visit);
+
 // Calls visit with each dictionary in array; other elements are passed over.
 void ForEachDict(Tables const& tables, POSArray* array, std::function<void(POSDict*)> const& visit);
 

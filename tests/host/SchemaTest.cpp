@@ -8,6 +8,7 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <iterator>
+#include <sstream>
 
 using namespace pdfsettings;
 
@@ -44,6 +45,16 @@ protected:
             text += " > >\nS" + std::to_string(i);
         }
         return text + " < optional < > > >";
+    }
+
+    // The words of text with one blank between.
+    static std::string Words(std::string const& text) {
+        std::istringstream stream(text);
+        std::string words;
+        for (std::string word; stream >> word;) {
+            words += (words.empty() ? "" : " ") + word;
+        }
+        return words;
     }
 
     static std::string ReadFile(std::string const& name) {
@@ -188,6 +199,24 @@ TEST_F(SchemaTest, SettingsHaveLabelsAndStandInGroups) {
         grouped += Schema::Standard().RulesOf(group).size();
     }
     EXPECT_EQ(grouped, Schema::Standard().Rules().size());
+}
+
+// Settings, structures and groups may have the names of what is left out.
+TEST_F(SchemaTest, TheTextOfItsRulesLacksOnlyWhatValidationIgnores) {
+    Schema const schema = Schema::Parse(
+        "< groups [ < label (One) settings [ doc ] > ] % comment\n PDFSettings <"
+        " doc < type number min 1 doc (a) default 3 > label groups2 optional <"
+        " default < type array of < type array count 2 of < type name in [ X Y ] doc (b) > "
+        "label (c) > default [ ] > optional < type number in [ 0.1 -1e30 ] doc (d) > > >"
+        " groups2 < optional < default < type string in [ (a \\051) ] default (a \\051) > > > >");
+    EXPECT_EQ(
+        Words(schema.RulesText()),
+        "< PDFSettings < doc < type number min 1 > label groups2 optional < default < type array "
+        "of < type array count 2 of < type name in [ X Y ] > > > optional < type number in [ 0.1 "
+        "-1e+30 ] > > > groups2 < optional < default < type string in [ (a \\)) ] > > > >");
+    Schema const standard = Schema::Parse(Schema::Standard().RulesText());
+    EXPECT_EQ(standard.Rules().size(), Schema::Standard().Rules().size());
+    EXPECT_LT(standard.Text().size(), Schema::Standard().Text().size() / 2);
 }
 
 TEST_F(SchemaTest, RulesAreFoundByPathsOfSettings) {

@@ -95,6 +95,10 @@ public:
 
     std::string const& Text() const noexcept;
 
+    // A text that validates as Text() does, without comments, labels, descriptions, defaults and
+    // groups: what to hand to the component, which reads it at each validation.
+    std::string const& RulesText() const noexcept;
+
     // The settings of a set in the schema's order, each before those that are nested in it. A
     // structure within itself is not followed.
     std::span<Rule const> Rules() const noexcept;
