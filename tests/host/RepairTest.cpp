@@ -1,0 +1,202 @@
+#include "pdfsettings/Repair.h"
+
+#include "pdfsettings/Component.h"
+#include "pdfsettings/Review.h"
+
+#include <gtest/gtest.h>
+#include <string>
+
+using namespace pdfsettings;
+
+namespace {
+
+std::string Settled(std::string const& settings) {
+    return "<< " + settings + " >> setalembicorparams\n";
+}
+
+// The repairs, each with its place.
+std::string Told(RepairedDocument const& repaired) {
+    std::string told;
+    for (Finding const& repair : repaired.repairs) {
+        told += std::to_string(repair.Where()->line) + ":" +
+                std::to_string(repair.Where()->column) + " " + repair.Message() + " [" +
+                repair.Id() + "]\n";
+    }
+    return told;
+}
+
+std::string Utf16(std::string const& text, bool isBigEndian, bool isMarked) {
+    std::string wide = !isMarked ? "" : isBigEndian ? "\xFE\xFF" : "\xFF\xFE";
+    for (char const c : text) {
+        wide += isBigEndian ? std::string{'\0', c} : std::string{c, '\0'};
+    }
+    return wide;
+}
+
+class RepairTest : public testing::Test {
+protected:
+    Component const fComponent = Component::Start();
+};
+
+} // namespace
+
+TEST_F(RepairTest, WhatHasOneMeaningIsWrittenAndTold) {
+    std::string const rest = "/Optimize true";
+    struct Row {
+        std::string fBefore;
+        std::string fAfter;
+        std::string fTold;
+    };
+    for (auto const& [before, after, told] : {
+             Row{"\xEF\xBB\xBF" + Settled(rest),
+                 Settled(rest),
+                 "1:1 removed the byte order mark [encoding]\n"},
+             {Settled("/A 1\n/EmbedAllFonts TRUE /Optimize False"),
+              Settled("/A 1\n/EmbedAllFonts true /Optimize false"),
+              "2:16 wrote true for TRUE [unknown-value]\n"
+              "2:31 wrote false for False [unknown-value]\n"},
+             {Settled("/NeverEmbed [ /Arial Courier ] /CannotEmbedFontPolicy Warning"),
+              Settled("/NeverEmbed [ /Arial /Courier ] /CannotEmbedFontPolicy /Warning"),
+              "1:25 wrote /Courier for Courier [unknown-value]\n"
+              "1:58 wrote /Warning for Warning [unknown-value]\n"},
+             {Settled("EmbedAllFonts true ImageMemory 10 /Optimize true"),
+              Settled("/EmbedAllFonts true /ImageMemory 10 /Optimize true"),
+              "1:4 wrote /EmbedAllFonts for EmbedAllFonts [stray]\n"
+              "1:23 wrote /ImageMemory for ImageMemory [stray]\n"},
+             {Settled("/CompatibilityLevel 1,5 /ColorImageDict << /QFactor 0,125 >>"),
+              Settled("/CompatibilityLevel 1.5 /ColorImageDict << /QFactor 0.125 >>"),
+              "1:24 wrote 1.5 for 1,5 [stuck]\n1:56 wrote 0.125 for 0,125 [stuck]\n"},
+             {Settled("/ColorImageDict << /QFactor .5 >> /ImageMemory +7"),
+              Settled("/ColorImageDict << /QFactor 0.5 >> /ImageMemory 7"),
+              "1:32 wrote 0.5 for .5 [unknown-value]\n1:51 wrote 7 for +7 [unknown-value]\n"},
+             {"<< /Optimize true\n",
+              "<< /Optimize true\n>> setalembicorparams\n",
+              "1:18 added >> setalembicorparams at the end [unclosed]\n"},
+             {"<< /A (x)\r\n/D << /E 1 >> >>\r\n",
+              "<< /A (x)\r\n/D << /E 1 >> >> setalembicorparams\r\n",
+              "2:17 added setalembicorparams at the end [keyword]\n"},
+             {"<< /A (x) >",
+              "<< /A (x) >> setalembicorparams\n",
+              "1:12 added > setalembicorparams at the end [unclosed]\n"},
+             {"<< /A (x) >> setalembic",
+              "<< /A (x) >> setalembicorparams\n",
+              "1:24 added orparams at the end [keyword]\n"},
+             {"<< /A <FEFF>",
+              "<< /A <FEFF>\n>> setalembicorparams\n",
+              "1:13 added >> setalembicorparams at the end [unclosed]\n"},
+             {"<< /A [ (x) ]",
+              "<< /A [ (x) ]\n>> setalembicorparams\n",
+              "1:14 added >> setalembicorparams at the end [unclosed]\n"},
+             {"<< /ColorImageDict << /QFactor 1 >>",
+              "<< /ColorImageDict << /QFactor 1 >>\n>> setalembicorparams\n",
+              "1:36 added >> setalembicorparams at the end [unclosed]\n"},
+         }) {
+        auto const repaired = Repair(Document(before));
+        EXPECT_EQ(repaired.document.Text(), after) << before;
+        EXPECT_EQ(Told(repaired), told);
+        EXPECT_TRUE(Repair(repaired.document).repairs.empty());
+    }
+}
+
+TEST_F(RepairTest, WhatMayMeanSomethingElseStays) {
+    for (std::string const& text :
+         {Settled("/ColorImageDownsampleThreshold 1,200"),
+          Settled("/ColorImageDict << /HSamples [ 1,5 1 1 1 ] >>"),
+          Settled("/ImageMemory 1,5"),
+          Settled("/ColorImageDict << /QFactor .5x >>"),
+          Settled("/EndPage +-1 /ImageMemory +"),
+          Settled("/Unknown TRUE"),
+          Settled("/Unknown 1,5"),
+          Settled("/CannotEmbedFontPolicy Warnin"),
+          Settled("EmbedAllFonts 7 /Optimize true"),
+          Settled("EmbedAllFonts true /EmbedAllFonts false"),
+          Settled("/Optimize true Unknown 1 /A 1"),
+          std::string("<< /Optimize true"),
+          std::string("<< /ImageMemory 10"),
+          std::string("<< /ColorImageDict << /QFactor 1 /Optimize true >>\n"),
+          std::string("<< /ColorImageDict << /QFactor 1 /Unknown true >>\n"),
+          std::string("<< /ColorImageDict << /QFactor 1\n"),
+          std::string("<< /NeverEmbed [ /Arial\n"),
+          std::string("<< /Optimize true >> setpagedevice\n"),
+          std::string("\xFF\xFE<"),
+          Utf16(Settled("/A (\xE4)"), /*isBigEndian=*/false, /*isMarked=*/true),
+          std::string()}) {
+        auto const repaired = Repair(Document(text));
+        EXPECT_EQ(repaired.document.Text(), text);
+        EXPECT_EQ(Told(repaired), "");
+    }
+}
+
+TEST_F(RepairTest, ASchemaThatAllowsTwoReadingsDecidesNothing) {
+    Schema const schema = Schema::Parse(
+        "< PDFSettings < optional < A any L array B boolean N < type array of number > > > >");
+    auto const repaired =
+        Repair(Document(Settled("/N [ 1,5 2 ] /A TRUE /L [ Word ] /B TRUE")), schema);
+    EXPECT_EQ(Told(repaired), "");
+    EXPECT_EQ(
+        Told(Repair(Document(Settled("/B TRUE")), schema)),
+        "1:7 wrote true for TRUE [unknown-value]\n");
+}
+
+TEST_F(RepairTest, AFileOfNothingButMistakesIsRepairedInSeveralCalls) {
+    std::size_t const kWords = 5000;
+    std::string words;
+    for (std::size_t i = 0; i < kWords; ++i) {
+        words += " x";
+    }
+    auto const first = Repair(Document(Settled("/NeverEmbed [" + words + " ]")));
+    EXPECT_GT(first.repairs.size(), 100U);
+    EXPECT_LT(first.repairs.size(), kWords);
+    EXPECT_GT(Repair(first.document).repairs.size(), 100U);
+}
+
+TEST_F(RepairTest, TextInUtf16IsConvertedWhereItsValuesAreAscii) {
+    std::string const text = Settled("/EmbedAllFonts True");
+    for (bool const isBigEndian : {false, true}) {
+        for (bool const isMarked : {false, true}) {
+            auto const repaired = Repair(Document(Utf16(text, isBigEndian, isMarked)));
+            EXPECT_EQ(repaired.document.Text(), Settled("/EmbedAllFonts true"));
+            EXPECT_EQ(
+                Told(repaired),
+                "1:1 converted UTF-16 to UTF-8 [encoding]\n"
+                "1:19 wrote true for True [unknown-value]\n");
+        }
+    }
+}
+
+namespace {
+
+// A text with a mistake at an entry; the same text where none fits it.
+std::string Damaged(Document const& document, DocumentEntry const& entry) {
+    std::string text = document.Text();
+    std::string const value = text.substr(entry.value.begin, entry.value.Size());
+    std::size_t const point = value.find('.');
+    if (value == "true" || value == "false") {
+        text[entry.value.begin] = value == "true" ? 'T' : 'F';
+    } else if (value.starts_with('/')) {
+        text.erase(entry.value.begin, 1);
+    } else if (point != std::string::npos && value.front() != '(') {
+        text[entry.value.begin + point] = ',';
+    } else if (entry.depth == 0) {
+        text.erase(entry.key.begin, 1);
+    }
+    return text;
+}
+
+} // namespace
+
+TEST_F(RepairTest, OfFilesWithAMistakeEachIsMadeAsItWasOrStays) {
+    int repaired = 0;
+    int mistakes = 0;
+    for (std::string const name : {"press", "archive", "office", "screen"}) {
+        Document const whole = OpenDocument(PDFSETTINGS_DATA "/data/" + name + ".joboptions");
+        for (DocumentEntry const& entry : whole.Entries()) {
+            std::string const text = Damaged(whole, entry);
+            std::string const result = Repair(Document(text)).document.Text();
+            EXPECT_TRUE(result == text || result == whole.Text()) << result;
+            mistakes += text != whole.Text() ? 1 : 0;
+            repaired += text != whole.Text() && result == whole.Text() ? 1 : 0;
+        }
+    }
+    EXPECT_GT(repaired, mistakes * 3 / 4) << mistakes;
+}
