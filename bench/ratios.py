@@ -86,9 +86,9 @@ def main(paths):
         found = items if is_of_items else times
         if ours in found and peer in found:
             ratio = found[ours] / found[peer]
-            judged = "" if goal is None else f"{goal}" + ("" if ratio <= goal else " (missed)")
+            verdict = "" if goal is None else f"{goal}" + ("" if ratio <= goal else " (missed)")
             print(f"| {work} | {readable(found[ours])} | {peer} | {readable(found[peer])} "
-                  f"| {ratio:.2f} | {judged} |")
+                  f"| {ratio:.2f} | {verdict} |")
 
 
 if __name__ == "__main__":

@@ -1,4 +1,4 @@
-// What the scanner says of faults, and when it gives a text up.
+// The findings of the scanner: their texts, and what they are consequences of.
 #include "document/DocumentScanner.h"
 #include "format/NumberText.h"
 
@@ -98,7 +98,7 @@ bool LooksLikeEntries(std::string_view string) noexcept {
     return false;
 }
 
-// The texts, from the bytes at fault: what is wrong, and what to write instead.
+// The texts, made of the bytes that are wrong: what is wrong, and what to write instead.
 
 std::string EmptyDictionaryText(std::size_t depth) {
     return depth == 0
@@ -226,7 +226,7 @@ void DocumentScanner::CheckProgress(std::size_t& last, std::size_t start) {
 void DocumentScanner::NoteKey(std::size_t from, std::size_t slash) {
     auto const empty = std::exchange(fEmptyDictionary, std::nullopt);
     if (empty) {
-        fFindings.WarnAstray("empty-dictionary", *empty, EmptyDictionaryText(fDepth));
+        fFindings.WarnOutOfSync("empty-dictionary", *empty, EmptyDictionaryText(fDepth));
         return;
     }
     char const first = fText.At(slash + 1);
@@ -249,7 +249,7 @@ void DocumentScanner::NoteKey(std::size_t from, std::size_t slash) {
     if (isRest && hasEnd) {
         fFindings.BlameRest();
     } else if (hasEnd) {
-        fFindings.WarnAstray(
+        fFindings.WarnOutOfSync(
             "stray", stray, StrayBeforeEndText(fText.Bytes(stray), NameTakenForValue()));
     } else if (!isRest) {
         fFindings.Warn("stray", stray, StrayText(fText.Bytes(stray), NameTakenForValue()));
@@ -269,7 +269,7 @@ void DocumentScanner::RefuseOtherKeyword() {
 
 // The keyword stands at the cursor, and the settings have not ended yet.
 void DocumentScanner::NoteKeyword() {
-    fFindings.WarnAstray(
+    fFindings.WarnOutOfSync(
         "unclosed",
         {fCursor, fCursor + format::kKeyword.size()},
         "setalembicorparams stands inside a dictionary: a >> is missing before it" +
@@ -315,7 +315,7 @@ void DocumentScanner::NoteLeftover() {
         return;
     }
     Span const stray = StrayIn(fText, fCursor, fText.EndOfLine(fCursor));
-    fFindings.WarnAstray(
+    fFindings.WarnOutOfSync(
         "stray", stray, StrayBeforeEndText(fText.Bytes(stray), NameTakenForValue()));
     fFindings.NoteRest(fCursor);
 }
@@ -364,9 +364,9 @@ void DocumentScanner::NoteZeroHead() {
 void DocumentScanner::NoteOpenString(std::size_t begin) {
     std::size_t const zero = fText.ZeroByte(begin);
     if (zero != kNone) {
-        fFindings.WarnAstray("zero-byte", {zero, zero + 1}, kZeroByteText);
+        fFindings.WarnOutOfSync("zero-byte", {zero, zero + 1}, kZeroByteText);
     } else {
-        fFindings.WarnAstray(
+        fFindings.WarnOutOfSync(
             "open-string",
             {begin - 1, fText.EndOfLine(begin)},
             "the string has no end: expected ); the entry is lost");
@@ -378,7 +378,7 @@ void DocumentScanner::NoteString(Span bytes) {
     Span const whole{bytes.begin - 1, bytes.end + 1};
     bool const isNested = HasBracket(string);
     if (LooksLikeEntries(string) || (isNested && string.find('/') != std::string_view::npos)) {
-        fFindings.WarnAstray(
+        fFindings.WarnOutOfSync(
             "runaway-string",
             {whole.begin, std::min(fText.EndOfLine(whole.begin), whole.end)},
             "the string goes on over what looks like settings: is a ) missing?");
@@ -402,7 +402,7 @@ void DocumentScanner::NoteHexString(Span bytes) {
     std::string_view const text = fText.Bytes(bytes);
     Span const whole{bytes.begin - 1, bytes.end + 1};
     if (text.find('/') != std::string_view::npos) {
-        fFindings.WarnAstray(
+        fFindings.WarnOutOfSync(
             "runaway-hexstring",
             {whole.begin, std::min(fText.EndOfLine(whole.begin), whole.end)},
             "the hexadecimal string goes on over a / that looks like a key's: is a > missing?");
@@ -457,16 +457,16 @@ Span DocumentScanner::Within(Span span) const noexcept {
     return {std::min(span.begin, fText.Size()), std::min(span.end, fText.Size())};
 }
 
-// Whether the settings ended between the fault that led astray and the cursor: then nothing that
-// stands here is the author's mistake.
+// Whether the settings ended between the finding at which sync was lost and the cursor: then what
+// is here is not a mistake of the author.
 bool DocumentScanner::HasPassedEnd() const noexcept {
-    auto const astray = fFindings.GoneAstrayAt();
-    return astray && fText.Bytes({*astray, std::max(*astray, fCursor)}).find(format::kKeyword) !=
-                         std::string_view::npos;
+    auto const lost = fFindings.SyncLossAt();
+    return lost && fText.Bytes({*lost, std::max(*lost, fCursor)}).find(format::kKeyword) !=
+                       std::string_view::npos;
 }
 
 void DocumentScanner::Refuse(Refusal why, char const* id, Span span, std::string const& message) {
-    fFindings.Refuse(id, span, message, FindingLog::Blame::kAstray);
+    fFindings.Refuse(id, span, message, FindingLog::Blame::kSyncLoss);
     throw Refused{why};
 }
 
@@ -482,7 +482,7 @@ void DocumentScanner::RefuseWithoutEnd(
 
 void DocumentScanner::RefuseUnknownValue(char const* id, Span span, std::string const& message) {
     bool const isRest = fFindings.IsRest(fCursor);
-    auto const blame = HasPassedEnd() ? FindingLog::Blame::kAstray
+    auto const blame = HasPassedEnd() ? FindingLog::Blame::kSyncLoss
                        : isRest       ? FindingLog::Blame::kRest
                                       : FindingLog::Blame::kNothing;
     fFindings.Refuse(id, span, message, blame);

@@ -198,7 +198,7 @@ Span DocumentScanner::ScanKey() {
     NoteKey(fCursor, slash);
     std::size_t const end = fText.EndOfName(slash + 1);
     if (end - slash - 1 > format::kMaxNameSize) {
-        fFindings.WarnAstray("long-key", {slash, end}, "a key has at most 255 bytes");
+        fFindings.WarnOutOfSync("long-key", {slash, end}, "a key has at most 255 bytes");
         throw EntryLost();
     }
     fCursor = end;
@@ -253,7 +253,7 @@ Value DocumentScanner::ScanName() {
         bool const isElement = fEntries.back().key.Size() == 0;
         char const* const kText = "a name has at most 255 bytes: the entry is lost";
         if (isElement) {
-            fFindings.WarnAstray("long-name", {begin - 1, end}, kText);
+            fFindings.WarnOutOfSync("long-name", {begin - 1, end}, kText);
         } else {
             fFindings.Warn("long-name", {begin - 1, end}, kText);
         }

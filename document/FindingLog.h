@@ -1,8 +1,8 @@
-// What is wrong with a text, each fault once.
+// The findings about a text, each mistake once.
 //
-// One fault often makes others: what follows a number that ends too early is no entry either, and
-// a dictionary that swallows its neighbours leaves the text without an end. The log knows what
-// comes of a fault that it has, and blames that.
+// One mistake often leads to others: what follows a number that ends too early is not an entry
+// either, and a dictionary that swallows its neighbours leaves the text without an end. The log
+// recognises a consequence of a finding that it has, and reports the cause alone.
 #pragma once
 
 #include "pdfsettings/Finding.h"
@@ -30,58 +30,57 @@ public:
     // Spans are cut to a text of so many bytes.
     explicit FindingLog(std::size_t textSize) noexcept : fTextSize(textSize) {}
 
-    // Adds a warning. One that is in the log already is not added again: a reading without progress
-    // meets its last fault twice.
+    // Adds a warning. A repeated one is ignored: a scanner without progress meets its last
+    // mistake twice.
     void Warn(char const* id, Span span, std::string message) {
-        Add(id, span, std::move(message), /*leadsAstray=*/false);
+        Add(id, span, std::move(message), /*losesSync=*/false);
     }
 
-    // Adds a warning about something after which the reading goes on at end, in the wrong place:
-    // what is found wrong right there is its consequence.
+    // Adds a warning about something after which scanning resumes at end, in the wrong place: a
+    // mistake that is found right there is its consequence.
     void WarnOfRest(char const* id, Span span, std::size_t end, std::string message) {
         Warn(id, span, std::move(message));
         NoteRest(end);
     }
 
-    // Adds a warning of something after which the reading has gone astray: a later refusal is its
+    // Adds a warning after which the scanner is out of sync with the text: a later refusal is its
     // consequence, and so is every warning of this kind in between.
-    void WarnAstray(char const* id, Span span, std::string message) {
-        Add(id, span, std::move(message), /*leadsAstray=*/true);
-        if (!fGoneAstray) {
-            fGoneAstray = fLogged.size() - 1;
+    void WarnOutOfSync(char const* id, Span span, std::string message) {
+        Add(id, span, std::move(message), /*losesSync=*/true);
+        if (!fSyncLoss) {
+            fSyncLoss = fLogged.size() - 1;
         }
     }
 
-    // What stands at offset is the rest of the last fault.
+    // Marks offset as the rest of the last finding.
     void NoteRest(std::size_t offset) {
         fRest = offset;
         fRestCause = fLogged.size() - 1;
     }
 
-    // Whether what stands at offset is the rest of a fault that is in the log.
+    // Whether offset is marked as the rest of a finding in the log.
     bool IsRest(std::size_t offset) const noexcept { return fRest == offset; }
 
-    // Makes the fault before such a rest the one that leads astray.
-    void BlameRest() { fGoneAstray = fGoneAstray.value_or(fRestCause); }
+    // Makes the finding before such a rest the one at which sync was lost.
+    void BlameRest() { fSyncLoss = fSyncLoss.value_or(fRestCause); }
 
-    // Where the fault begins that leads astray, if there is one.
-    std::optional<std::size_t> GoneAstrayAt() const {
-        return fGoneAstray ? std::optional(fLogged[*fGoneAstray].fFinding.span.begin)
-                           : std::nullopt;
+    // Where the finding begins at which sync was lost, if there is one.
+    std::optional<std::size_t> SyncLossAt() const {
+        return fSyncLoss ? std::optional(fLogged[*fSyncLoss].fFinding.span.begin) : std::nullopt;
     }
 
     // What a refusal is a consequence of.
     enum class Blame {
-        kNothing, // it is a fault of its own
-        kRest,    // the fault whose rest stands there
-        kAstray   // the fault that led astray, if there is one
+        kNothing, // a mistake of its own
+        kRest,    // the finding whose rest is there
+        kSyncLoss // the finding at which sync was lost, if there is one
     };
 
-    // The text is refused: what is to blame becomes the one error.
+    // Refuses the text: its cause becomes the only error.
     void Refuse(char const* id, Span span, std::string message, Blame blame) {
         auto const culprit = blame == Blame::kNothing ? std::nullopt
                              : blame == Blame::kRest  ? std::optional(fRestCause)
-                                                      : fGoneAstray;
+                                                      : fSyncLoss;
         if (!culprit) {
             span = Within(span);
             std::erase_if(
@@ -92,8 +91,7 @@ public:
         fLogged[*culprit].fFinding.severity = Severity::kError;
         auto const behind = fLogged.begin() + static_cast<std::ptrdiff_t>(*culprit) + 1;
         fLogged.erase(
-            std::remove_if(behind, fLogged.end(), std::mem_fn(&Logged::fLeadsAstray)),
-            fLogged.end());
+            std::remove_if(behind, fLogged.end(), std::mem_fn(&Logged::fLosesSync)), fLogged.end());
     }
 
     // All of them in the order of the text.
@@ -110,20 +108,20 @@ public:
 private:
     struct Logged {
         TextFinding fFinding;
-        bool fLeadsAstray;
+        bool fLosesSync;
     };
 
-    void Add(char const* id, Span span, std::string message, bool leadsAstray) {
-        // A turn adds a few faults at most.
-        constexpr std::size_t kMostOfTurn = 8;
+    void Add(char const* id, Span span, std::string message, bool losesSync) {
+        // One step adds a few findings at most.
+        constexpr std::size_t kMostOfStep = 8;
         span = Within(span);
         auto const last =
-            fLogged.end() - static_cast<std::ptrdiff_t>(std::min(fLogged.size(), kMostOfTurn));
+            fLogged.end() - static_cast<std::ptrdiff_t>(std::min(fLogged.size(), kMostOfStep));
         bool const isRepeated = std::any_of(last, fLogged.end(), [&](Logged const& logged) {
             return std::string_view(logged.fFinding.id) == id && logged.fFinding.span == span;
         });
         if (!isRepeated) {
-            fLogged.push_back({{Severity::kWarning, id, span, std::move(message)}, leadsAstray});
+            fLogged.push_back({{Severity::kWarning, id, span, std::move(message)}, losesSync});
         }
     }
 
@@ -133,9 +131,9 @@ private:
 
     std::size_t fTextSize;
     std::vector<Logged> fLogged;
-    std::optional<std::size_t> fRest;       // where the rest of the last such fault begins
-    std::size_t fRestCause = 0;             // the finding itself
-    std::optional<std::size_t> fGoneAstray; // the fault that led there
+    std::optional<std::size_t> fRest;     // where the rest of the last such fault begins
+    std::size_t fRestCause = 0;           // the finding itself
+    std::optional<std::size_t> fSyncLoss; // the finding at which sync was lost
 };
 
 } // namespace pdfsettings::detail

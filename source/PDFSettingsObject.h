@@ -1,4 +1,4 @@
-// Sets of settings: the dictionary, the schema that it is judged by, the receiver of the messages
+// Sets of settings: the dictionary, the schema that it is validated by, the receiver of the messages
 // of that, and the file or stream that it comes from.
 #pragma once
 
@@ -50,7 +50,7 @@ public:
     // nothing.
     BIB_T_NMT::CPOSArray SetSettings(BIB_T_NMT::CPOSDict const& changes);
 
-    // Judges this object's settings, or others, by the schema: an array of one dictionary for each
+    // Validates this object's settings, or others, by the schema: an array of one dictionary for each
     // error, with "Key" and "ErrorMsg". The settings are not changed. Throws POSException for a
     // schema that cannot be used, and "CPOSObject::Clone failed". One at a time in the whole
     // process.

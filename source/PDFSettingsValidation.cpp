@@ -1,4 +1,4 @@
-// How settings are judged: what is judged of them at all, and the checks of single values that a
+// How settings are validated: what is validated of them at all, and the checks of single values that a
 // schema can name.
 #include "source/PDFSettingsObject.h"
 
@@ -170,13 +170,13 @@ constexpr char kVectrapaint[] = "Vectrapaint";
 constexpr char kWebrix[] = "Webrix";
 constexpr char kTessellaSuite[] = "TessellaSuite";
 
-// The namespaces that are judged. Without a version, all of a product are.
-struct JudgedNamespace {
+// The namespaces that are validated. Without a version, all of a product are.
+struct ValidatedNamespace {
     char const* fProduct;
     char const* fVersion;
 };
 
-constexpr JudgedNamespace kJudged[] = {
+constexpr ValidatedNamespace kValidated[] = {
     {kPagemint, "4.0"},
     {kPagemint, "5.0"},
     {kVPandPMPrivate, nullptr},
@@ -191,13 +191,13 @@ CPOSObject GetJOString(char const* text) {
         JoboptionsParserUtils::kJoboptionsStringBinType, text, text + std::strlen(text));
 }
 
-bool IsJudged(CPOSArray const& name) {
+bool IsValidated(CPOSArray const& name) {
     CPOSObject const maker = name.GetAt(0, /*quiet=*/false);
     CPOSObject const product = name.GetAt(1, /*quiet=*/false);
     CPOSObject const version = name.GetAt(2, /*quiet=*/false);
-    return maker == GetJOString(kArdeo) && std::ranges::any_of(kJudged, [&](auto const& judged) {
-               return product == GetJOString(judged.fProduct) &&
-                      (judged.fVersion == nullptr || version == GetJOString(judged.fVersion));
+    return maker == GetJOString(kArdeo) && std::ranges::any_of(kValidated, [&](auto const& validated) {
+               return product == GetJOString(validated.fProduct) &&
+                      (validated.fVersion == nullptr || version == GetJOString(validated.fVersion));
            });
 }
 
@@ -207,10 +207,10 @@ bool MustGo(CPOSObject const& element) {
         return false;
     }
     CPOSArray const name = dict.GetArray("Namespace", /*quiet=*/true);
-    return name.IsValid() && name.Count() > 2 && !IsJudged(name);
+    return name.IsValid() && name.Count() > 2 && !IsValidated(name);
 }
 
-// Removes each namespace from the array that no schema is meant to judge: all but those of certain
+// Removes each namespace from the array that no schema is meant to validate: all but those of certain
 // products in certain versions. An element that does not name its namespace, by an array of at
 // least three entries, stays. settings is the caller's own copy, arrays included. Throws CBIBError
 // and POSException.

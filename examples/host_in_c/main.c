@@ -85,7 +85,7 @@ static BIBSharedBuffer* MakePath(Buffers const* buffers, char const* path) {
 }
 
 // Reads the file and says what its settings do not obey.
-static int Judge(char const* file) {
+static int Validate(char const* file) {
     static char const kSchema[] =
         "< PDFSettings < EmbedAllFonts boolean optional < CompatibilityLevel number > > >";
     Settings const settings = FindSettings();
@@ -101,11 +101,11 @@ static int Judge(char const* file) {
     }
     // What a procedure gives is unowned: whoever keeps it adds a reference.
     containers.AddRef((BIBContainer*)opened);
-    POSArray* const faults = settings.IsPDFSettingsValid(opened);
-    if (faults != NULL) {
-        containers.AddRef((BIBContainer*)faults);
-        printf("%lu faults\n", (unsigned long)arrays.Count(faults));
-        containers.Release((BIBContainer*)faults);
+    POSArray* const findings = settings.IsPDFSettingsValid(opened);
+    if (findings != NULL) {
+        containers.AddRef((BIBContainer*)findings);
+        printf("%lu findings\n", (unsigned long)arrays.Count(findings));
+        containers.Release((BIBContainer*)findings);
     }
     containers.Release((BIBContainer*)opened);
     return 0;
@@ -129,7 +129,7 @@ int main(int argc, char** argv) {
     printf("version %lx\n", (unsigned long)version());
     int status = 1;
     if (initialize(&Lookup) != 0) {
-        status = Judge(argv[2]);
+        status = Validate(argv[2]);
     }
     terminate();
     dlclose(component);

@@ -14,8 +14,8 @@
 
 namespace bibrt {
 
-// A fault in a text and where it lies; the message is cut short if need be.
-struct NotationFault {
+// An error in a text and where it lies; the message is cut short if need be.
+struct NotationError {
     std::size_t fOffset;
     char fMessage[160];
 };
@@ -44,7 +44,7 @@ protected:
     ~PlaceListener() = default;
 };
 
-// The value that text holds, unowned. Throws NotationFault and std::bad_alloc.
+// The value that text holds, unowned. Throws NotationError and std::bad_alloc.
 POSObject* ReadNotation(std::string_view text, PlaceListener* listener = nullptr);
 
 // Appends object to out, each value on a line of its own. Reading it gives an equal value, as far

@@ -30,15 +30,15 @@ bool TakeOneOf(std::string_view& text, std::string_view choices) noexcept {
     return isThere;
 }
 
-// Throws a NotationFault with a message made as printf makes it.
+// Throws a NotationError with a message made as printf makes it.
 [[noreturn, gnu::format(printf, 2, 3)]] void
 ThrowFault(std::size_t offset, char const* format, ...) {
-    NotationFault fault = {.fOffset = offset, .fMessage = {}};
+    NotationError error = {.fOffset = offset, .fMessage = {}};
     std::va_list arguments;
     va_start(arguments, format);
-    std::vsnprintf(fault.fMessage, sizeof(fault.fMessage), format, arguments);
+    std::vsnprintf(error.fMessage, sizeof(error.fMessage), format, arguments);
     va_end(arguments);
-    throw NotationFault(fault);
+    throw NotationError(error);
 }
 
 bool IsBlank(char c) noexcept {
@@ -63,7 +63,7 @@ class NotationScanner {
 public:
     explicit NotationScanner(std::string_view text) noexcept : fText(text) {}
 
-    // The next token. Throws NotationFault and std::bad_alloc.
+    // The next token. Throws NotationError and std::bad_alloc.
     Token Next() {
         SkipBlanks();
         if (IsAtEnd()) {
@@ -188,8 +188,8 @@ double ReadNumber(Token const& word) {
     std::string_view digits = word.fText;
     digits.remove_prefix(digits.front() == '+' ? 1 : 0);
     double value = 0;
-    auto const [end, fault] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
-    if (fault != std::errc()) {
+    auto const [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
+    if (error != std::errc()) {
         ThrowFault(word.fOffset, "the number is out of range");
     }
     return value;

@@ -79,34 +79,34 @@ BIBError* DebugDumpRewind(POSObject* object, BIBPositionableStream* stream) {
 // The message of the thread's last CreateFromText that failed on its text.
 constinit thread_local char gFindingText[256];
 
-char const* Describe(std::string_view text, NotationFault const& fault) noexcept {
-    NotationPlace const place = PlaceOf(text, fault.fOffset);
+char const* Describe(std::string_view text, NotationError const& error) noexcept {
+    NotationPlace const place = PlaceOf(text, error.fOffset);
     std::snprintf(
         gFindingText,
         sizeof(gFindingText),
         "line %lu, column %lu: %s",
         place.fLine,
         place.fColumn,
-        fault.fMessage);
+        error.fMessage);
     return gFindingText;
 }
 
-// The value, or null with the reason in fault.
-POSObject* ReadOrExplain(char const* objectText, char const*& fault) {
+// The value, or null with the reason in error.
+POSObject* ReadOrExplain(char const* objectText, char const*& error) {
     try {
         return ReadNotation(objectText);
-    } catch (NotationFault const& found) {
-        fault = Describe(objectText, found);
+    } catch (NotationError const& found) {
+        error = Describe(objectText, found);
         return nullptr;
     }
 }
 
 POSObject* CreateFromText(char const* objectText, char const** errorText) {
-    char const* fault = "out of memory";
+    char const* error = "out of memory";
     POSObject* const value = AtRow<POSObject*>(
-        nullptr, [&] { return ReadOrExplain(objectText ? objectText : "", fault); });
+        nullptr, [&] { return ReadOrExplain(objectText ? objectText : "", error); });
     if (!value && errorText) {
-        *errorText = fault;
+        *errorText = error;
     }
     return value;
 }
@@ -180,7 +180,7 @@ std::size_t FindOffset(std::string_view text, std::string_view path) {
         PlaceFinder finder(path);
         Unowned<POSObject> const value(ReadNotation(text, &finder));
         return finder.Found();
-    } catch (NotationFault const&) {
+    } catch (NotationError const&) {
         return kNone;
     }
 }

@@ -64,13 +64,13 @@ private:
     bool fIsClean = true;
 };
 
-// Judges object by the structure of that name. Throws as MessageSink::Report does, and what a check
-// throws.
-void JudgeSettings(
+// Validates object by the structure of that name. Throws as MessageSink::Report does, and what a
+// check throws.
+void ValidateSettings(
     POSValidator const& validator, POSObject& object, BIBStringAtom& structure, MessageSink& sink);
 
-// Judges the schema itself. Throws as MessageSink::Report does.
-void JudgeSchema(POSValidator const& validator, MessageSink& sink);
+// Checks the schema itself. Throws as MessageSink::Report does.
+void CheckSchema(POSValidator const& validator, MessageSink& sink);
 
 // The rules: reading one, finding what its words mean, and comparing one value with it.
 
@@ -113,15 +113,15 @@ struct SchemaRule {
 
 // What is wrong with a rule: the key, null for the rule itself, and what the schema does there, to
 // be read behind "the schema" or the place in it.
-struct RuleFault {
+struct RuleProblem {
     char const* fKey;
     String fText;
 };
-using RuleFaults = Vector<RuleFault>;
+using RuleProblems = Vector<RuleProblem>;
 
-// The rule that source is. When faults stays empty, every part but default and doc is of its kind,
-// and what of is awaits its own reading. Throws std::bad_alloc.
-SchemaRule ReadRule(POSValidator const& validator, POSObject& source, RuleFaults& faults);
+// The rule that source is. When problems stays empty, every part but default and doc is of its
+// kind, and what of is awaits its own reading. Throws std::bad_alloc.
+SchemaRule ReadRule(POSValidator const& validator, POSObject& source, RuleProblems& problems);
 
 // The value under a key of a structure or rule, or null.
 POSObject* FindPart(POSObject const& source, char const* key) noexcept;
@@ -132,21 +132,21 @@ BIBStringAtom const* FindStructureName(POSValidator const& validator, POSObject&
 // Whether name is that of a kind.
 bool IsKindName(std::string_view name) noexcept;
 
-// How strictly values are judged.
-enum class JudgeMode {
+// How strictly values are validated.
+enum class ValidationMode {
     kSettings, // values of a settings file
     kDefaults  // values of a schema: texts count as strings, checks as passed
 };
 
 // Whether value is of the rule's type; a check is not called and counts as passed.
-bool IsOfRuleType(SchemaRule const& rule, POSObject const& value, JudgeMode mode) noexcept;
+bool IsOfRuleType(SchemaRule const& rule, POSObject const& value, ValidationMode mode) noexcept;
 
-// Judges value by rule, and all that lies in it. Its own faults stand under path, and those of what
-// lies in it behind pathInside. Throws what callbacks throw, and std::bad_alloc.
-void JudgeValue(
+// Validates value by rule, and all that lies in it. Its own problems have the path, and those of
+// what lies in it behind pathInside. Throws what callbacks throw, and std::bad_alloc.
+void ValidateValue(
     POSValidator const& validator,
     MessageSink& sink,
-    JudgeMode mode,
+    ValidationMode mode,
     SchemaRule const& rule,
     POSObject& value,
     std::string_view path,

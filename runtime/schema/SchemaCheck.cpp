@@ -1,4 +1,4 @@
-// Judging a schema itself.
+// Checks a schema itself.
 #include "runtime/schema/Schema.h"
 #include "runtime/schema/SchemaText.h"
 
@@ -159,17 +159,17 @@ private:
 
     // False when the rule of its elements is of no use.
     bool CheckRule(POSObject& source) {
-        RuleFaults faults;
-        SchemaRule const rule = ReadRule(fValidator, source, faults);
-        for (RuleFault const& fault : faults) {
+        RuleProblems problems;
+        SchemaRule const rule = ReadRule(fValidator, source, problems);
+        for (RuleProblem const& problem : problems) {
             std::size_t const length = fPath.size();
-            if (fault.fKey) {
-                AppendKeyStep(fPath, fault.fKey);
+            if (problem.fKey) {
+                AppendKeyStep(fPath, problem.fKey);
             }
-            Report(fault.fText);
+            Report(problem.fText);
             fPath.resize(length);
         }
-        CheckUnused(rule, faults.empty());
+        CheckUnused(rule, problems.empty());
         return rule.fType == RuleType::kArray;
     }
 
@@ -179,7 +179,8 @@ private:
         if (defaultValue && isSound) {
             PathStep const step(fPath, NameOf(RuleKey::kDefault));
             String const path(PathEnd(fPath));
-            JudgeValue(fValidator, fSink, JudgeMode::kDefaults, rule, *defaultValue, path, path);
+            ValidateValue(
+                fValidator, fSink, ValidationMode::kDefaults, rule, *defaultValue, path, path);
         }
         for (RuleKey const key : {RuleKey::kDoc, RuleKey::kLabel}) {
             if (POSObject const* const text = rule.Part(key)) {
@@ -295,7 +296,7 @@ private:
 
 } // namespace
 
-void JudgeSchema(POSValidator const& validator, MessageSink& sink) {
+void CheckSchema(POSValidator const& validator, MessageSink& sink) {
     SchemaCheck(validator, sink).Run();
 }
 

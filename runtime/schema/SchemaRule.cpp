@@ -48,7 +48,7 @@ struct Fit {
     RuleKey fKey;
     unsigned fTypes;
     char const* fFits;
-    bool (*fIsValue)(POSObject const&) noexcept; // null: judged as a rule of its own
+    bool (*fIsValue)(POSObject const&) noexcept; // null: checked as a rule of its own
     char const* fExpected;
 };
 
@@ -76,9 +76,9 @@ String SaidText(POSObject const& value) {
 
 class RuleReader {
 public:
-    RuleReader(POSValidator const& validator, RuleFaults& faults) noexcept
+    RuleReader(POSValidator const& validator, RuleProblems& problems) noexcept
         : fValidator(validator),
-          fFaults(faults) {}
+          fProblems(problems) {}
 
     SchemaRule Read(POSObject& source) {
         POSObject*& word = fRule.fParts[static_cast<std::size_t>(RuleKey::kType)];
@@ -168,7 +168,7 @@ private:
         }
         auto const& items = static_cast<POSArray const*>(allowed)->fItems;
         auto const odd = std::find_if(items.begin(), items.end(), [this](POSObject const* item) {
-            return !IsOfRuleType(fRule, *item, JudgeMode::kDefaults);
+            return !IsOfRuleType(fRule, *item, ValidationMode::kDefaults);
         });
         if (items.empty()) {
             AddFault(NameOf(RuleKey::kIn), {"says an empty array, which allows nothing"});
@@ -212,11 +212,11 @@ private:
     }
 
     void AddFault(char const* key, std::initializer_list<std::string_view> text) {
-        fFaults.push_back({key, Join(text)});
+        fProblems.push_back({key, Join(text)});
     }
 
     POSValidator const& fValidator;
-    RuleFaults& fFaults;
+    RuleProblems& fProblems;
     SchemaRule fRule;
 };
 
@@ -226,8 +226,8 @@ char const* NameOf(RuleKey key) noexcept {
     return kKeyNames[static_cast<std::size_t>(key)];
 }
 
-SchemaRule ReadRule(POSValidator const& validator, POSObject& source, RuleFaults& faults) {
-    return RuleReader(validator, faults).Read(source);
+SchemaRule ReadRule(POSValidator const& validator, POSObject& source, RuleProblems& problems) {
+    return RuleReader(validator, problems).Read(source);
 }
 
 POSObject* FindPart(POSObject const& source, char const* key) noexcept {

@@ -121,9 +121,9 @@ String CountMessage(SchemaRule const& rule, POSObject const& value) {
 
 } // namespace
 
-bool IsOfRuleType(SchemaRule const& rule, POSObject const& value, JudgeMode mode) noexcept {
+bool IsOfRuleType(SchemaRule const& rule, POSObject const& value, ValidationMode mode) noexcept {
     ValueKind const kind = KindOf(value);
-    bool const isText = mode == JudgeMode::kDefaults && IsOfType(&value, gStringType);
+    bool const isText = mode == ValidationMode::kDefaults && IsOfType(&value, gStringType);
     switch (rule.fType) {
     case RuleType::kBoolean:
         return kind == ValueKind::kBoolean;

@@ -1,4 +1,4 @@
-// Judging a value and all that lies in it.
+// Validates a value and all that lies in it.
 #include "runtime/objects/Errors.h"
 #include "runtime/objects/SharedBuffers.h"
 #include "runtime/schema/Schema.h"
@@ -34,19 +34,19 @@ std::string_view TextIn(BIBStringAtom const* atom) noexcept {
 // value that contains itself.
 class SettingsWalk {
 public:
-    SettingsWalk(POSValidator const& validator, MessageSink& sink, JudgeMode mode) noexcept
+    SettingsWalk(POSValidator const& validator, MessageSink& sink, ValidationMode mode) noexcept
         : fValidator(validator),
           fSink(sink),
           fMode(mode) {}
 
-    void Judge(
+    void Validate(
         SchemaRule const& rule,
         POSObject& value,
         std::string_view path,
         std::string_view pathInside) {
         fPath = path;
         fPathInside = pathInside;
-        Judge(rule, value);
+        Validate(rule, value);
         while (!fStack.IsEmpty() && !fIsCircle) {
             Frame& frame = fStack.Top();
             if (frame.fElement) {
@@ -62,7 +62,7 @@ private:
     struct Frame {
         POSObject* fSource;
         std::size_t fPosition;
-        BIBStringAtom* fKey; // of the setting that is being judged; for elements, of their array
+        BIBStringAtom* fKey; // of the setting that is being validated; for elements, of their array
         POSDict* fStructure; // null for an array
         POSDict* fRules;     // the structure or its optional part
         bool fIsOptional;    // which of the two
@@ -71,7 +71,7 @@ private:
 
     void StepArray(Frame& frame) {
         if (POSObject* const element = NextChild(*frame.fSource, frame.fPosition).fValue) {
-            JudgeBy(*frame.fElement, element);
+            ValidateBy(*frame.fElement, element);
         } else {
             fStack.Pop();
         }
@@ -79,7 +79,7 @@ private:
 
     void StepDict(Frame& frame) {
         if (DictEntry const* const entry = frame.fRules->fEntries.Next(frame.fPosition)) {
-            JudgeSetting(frame, *entry);
+            ValidateSetting(frame, *entry);
             return;
         }
         POSObject* const optional = FindPart(*frame.fStructure, kOptional);
@@ -93,7 +93,7 @@ private:
     }
 
     // A rule of a structure, or of its optional part, and the setting that it is for.
-    void JudgeSetting(Frame& frame, DictEntry const& entry) {
+    void ValidateSetting(Frame& frame, DictEntry const& entry) {
         bool const isRequired = !frame.fIsOptional;
         bool const isWordOptional = TextIn(entry.fKey) == kOptional;
         if (isRequired ? isWordOptional
@@ -103,27 +103,27 @@ private:
         frame.fKey = entry.fKey;
         POSObject* const value = static_cast<POSDict*>(frame.fSource)->fEntries.Get(entry.fKey);
         if (value || isRequired) {
-            JudgeBy(*entry.fValue, value);
+            ValidateBy(*entry.fValue, value);
         }
     }
 
     // Reads the rule first. A null value is a missing setting.
-    void JudgeBy(POSObject& ruleSource, POSObject* value) {
-        RuleFaults faults;
-        SchemaRule const rule = ReadRule(fValidator, ruleSource, faults);
-        if (!faults.empty()) {
-            // A schema's own judgement tells it elsewhere.
-            if (fMode == JudgeMode::kSettings) {
-                Report(Join({"cannot be validated: the schema ", faults.front().fText}));
+    void ValidateBy(POSObject& ruleSource, POSObject* value) {
+        RuleProblems problems;
+        SchemaRule const rule = ReadRule(fValidator, ruleSource, problems);
+        if (!problems.empty()) {
+            // The check of the schema itself reports this.
+            if (fMode == ValidationMode::kSettings) {
+                Report(Join({"cannot be validated: the schema ", problems.front().fText}));
             }
         } else if (value) {
-            Judge(rule, *value);
+            Validate(rule, *value);
         } else {
             Report(TypeMessage(rule, "nothing"));
         }
     }
 
-    void Judge(SchemaRule const& rule, POSObject& value) {
+    void Validate(SchemaRule const& rule, POSObject& value) {
         if (PassesType(rule, value)) {
             CheckParts(rule, value);
             Enter(rule, value);
@@ -149,7 +149,7 @@ private:
     }
 
     bool PassesCheck(Check const& check, POSObject const& name, POSObject& value) {
-        if (fMode == JudgeMode::kDefaults) {
+        if (fMode == ValidationMode::kDefaults) {
             return true;
         }
         BufferRef const buffer = MakeMessageBuffer();
@@ -191,7 +191,7 @@ private:
         }
     }
 
-    // The name of the setting that is being judged; none for the value that was handed in.
+    // The name of the setting that is being validated; none for the value that was handed in.
     BIBStringAtom* Key() noexcept { return fStack.IsEmpty() ? nullptr : fStack.Top().fKey; }
 
     void Report(std::string_view text) const { fSink.Report(Path(), text); }
@@ -218,7 +218,7 @@ private:
 
     POSValidator const& fValidator;
     MessageSink& fSink;
-    JudgeMode fMode;
+    ValidationMode fMode;
     std::string_view fPath;
     std::string_view fPathInside;
     WalkStack<Frame> fStack;
@@ -227,18 +227,18 @@ private:
 
 } // namespace
 
-void JudgeValue(
+void ValidateValue(
     POSValidator const& validator,
     MessageSink& sink,
-    JudgeMode mode,
+    ValidationMode mode,
     SchemaRule const& rule,
     POSObject& value,
     std::string_view path,
     std::string_view pathInside) {
-    SettingsWalk(validator, sink, mode).Judge(rule, value, path, pathInside);
+    SettingsWalk(validator, sink, mode).Validate(rule, value, path, pathInside);
 }
 
-void JudgeSettings(
+void ValidateSettings(
     POSValidator const& validator, POSObject& object, BIBStringAtom& structure, MessageSink& sink) {
     SchemaRule rule;
     rule.fType = RuleType::kStructure;
@@ -249,7 +249,7 @@ void JudgeSettings(
         sink.Report(path, "cannot be validated: the schema has no such structure");
         return;
     }
-    JudgeValue(validator, sink, JudgeMode::kSettings, rule, object, path, {});
+    ValidateValue(validator, sink, ValidationMode::kSettings, rule, object, path, {});
 }
 
 } // namespace bibrt

@@ -77,23 +77,23 @@ private:
     BIBContainer* fContainer;
 };
 
-// The message of a judgement that was not finished. It has no space, so that nobody can take it for
-// a fault of a setting, and needs no memory.
+// The message of a validation that was not finished. It has no space, so that nobody can take it
+// for a fault of a setting, and needs no memory.
 constexpr char kOutOfMemory[] = "out-of-memory";
 
-// What judge finds on the schema of self.
-template <class Judge>
-long IsClean(POSValidator& self, POSValidatorErrorCallback errorProc, Judge judge) {
+// Whether work reports nothing on the schema of self.
+template <class Work>
+long IsClean(POSValidator& self, POSValidatorErrorCallback errorProc, Work work) {
     KeptAlive const keptSelf(self);
     MessageSink sink(errorProc);
     bool isFinished = false;
-    auto const work = [&] {
-        judge(sink);
+    auto const run = [&] {
+        work(sink);
         isFinished = true;
         return sink.IsClean() ? 1 : 0;
     };
-    // A validator that lost a check would find faults that are none.
-    long const isClean = self.fIsInvalid ? 0 : AtRow<long>(0, work, sink.fIsInCaller);
+    // A validator that lost a check would find problems that are none.
+    long const isClean = self.fIsInvalid ? 0 : AtRow<long>(0, run, sink.fIsInCaller);
     if (!isFinished && errorProc) {
         errorProc(kOutOfMemory);
     }
@@ -110,7 +110,7 @@ long Validate(
     }
     KeptAlive const keptObject(*object);
     return IsClean(
-        *self, errorProc, [&](MessageSink& sink) { JudgeSettings(*self, *object, *key, sink); });
+        *self, errorProc, [&](MessageSink& sink) { ValidateSettings(*self, *object, *key, sink); });
 }
 
 POSValidator* NewPOSStructValidator(POSDict* schema) {
@@ -142,7 +142,7 @@ long ValidateSchema(POSValidator* self, POSValidatorErrorCallback errorProc) {
     if (!IsValidator(self) || self->fSchema->fIsInvalid) {
         return 0;
     }
-    return IsClean(*self, errorProc, [&](MessageSink& sink) { JudgeSchema(*self, sink); });
+    return IsClean(*self, errorProc, [&](MessageSink& sink) { CheckSchema(*self, sink); });
 }
 
 } // namespace

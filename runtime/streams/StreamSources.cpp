@@ -102,7 +102,7 @@ int OpenFlags(bool isWritable) noexcept {
 }
 
 // Why no positionable stream can stand on an open file; 0 when one can.
-int FaultOfFile(int descriptor) noexcept {
+int ErrorOfFile(int descriptor) noexcept {
     struct stat status = {};
     if (::fstat(descriptor, &status) != 0) {
         return errno;
@@ -135,12 +135,12 @@ unsigned long TransferAll(unsigned long size, Transfer transfer) {
 
 class FileSource final : public StreamSource {
 public:
-    // Opens the file; Fault tells how that went.
+    // Opens the file; ErrorNumber says how that went.
     FileSource(char const* path, bool isWritable)
         : fPath(path),
           fIsWritable(isWritable),
           fDescriptor(::open(path, OpenFlags(isWritable), kNewFileMode)),
-          fFault(fDescriptor == kNone ? errno : FaultOfFile(fDescriptor)) {}
+          fErrorNumber(fDescriptor == kNone ? errno : ErrorOfFile(fDescriptor)) {}
     FileSource(FileSource const&) = delete;
     FileSource& operator=(FileSource const&) = delete;
     ~FileSource() override {
@@ -150,7 +150,7 @@ public:
     }
 
     // Why no stream can stand on it; 0 when one can.
-    int Fault() const noexcept { return fFault; }
+    int ErrorNumber() const noexcept { return fErrorNumber; }
 
     BIBError* ReadAt(
         unsigned long offset,
@@ -197,7 +197,7 @@ private:
     String fPath; // for error texts
     bool fIsWritable;
     int fDescriptor;
-    int fFault;
+    int fErrorNumber;
 };
 
 } // namespace
@@ -214,8 +214,8 @@ SourcePtr MakeBufferSource(BIBSharedBuffer* buffer) {
 BIBError* OpenFileSource(SourcePtr& result, char const* path, bool writable) {
     auto const source =
         std::allocate_shared<FileSource>(CallerAllocator<FileSource>(), path, writable);
-    if (source->Fault() != 0) {
-        return FileFailure(path, "cannot open", source->Fault());
+    if (source->ErrorNumber() != 0) {
+        return FileFailure(path, "cannot open", source->ErrorNumber());
     }
     result = source;
     return nullptr;

@@ -125,8 +125,8 @@ POSObject* Get(POSDict* self, BIBStringAtom* key) {
 // The element whose position step spells in digits, or null.
 POSObject* GetAtStep(POSArray* array, std::string_view step) noexcept {
     unsigned long index = 0;
-    auto const [end, fault] = std::from_chars(step.data(), step.data() + step.size(), index);
-    bool const isIndex = fault == std::errc() && end == step.data() + step.size();
+    auto const [end, error] = std::from_chars(step.data(), step.data() + step.size(), index);
+    bool const isIndex = error == std::errc() && end == step.data() + step.size();
     return isIndex ? GetAt(array, index) : nullptr;
 }
 

@@ -328,7 +328,7 @@ TEST_F(Listing, LeavesOutPathsThatAreTooLong) {
         List());
 }
 
-TEST_F(Listing, GetsShorterInEveryShortageAndNothingWorse) {
+TEST_F(Listing, GetsShorterWhenMemoryRunsOutAndNothingWorse) {
     WriteBytes(UserFolder() / "a.joboptions", "");
     WriteBytes(AdminFolder() / "b.joboptions", "");
     WriteAdminList(PropertyList(

@@ -1,4 +1,4 @@
-// Settings judged and changed by their schema.
+// Settings validated and changed by their schema.
 
 #include "tests/support/LookupDouble.h"
 #include "tests/support/Settings.h"
@@ -116,10 +116,10 @@ TEST_F(Validation, AcceptsCertainLevelsAndDepthsAlone) {
     }
 }
 
-// A namespace that is judged draws an error here, for it lacks a required setting.
-TEST_F(Validation, JudgesTheNamespacesOfCertainProductsAlone) {
+// A namespace that is validated has an error here: it lacks a required setting.
+TEST_F(Validation, ValidatesTheNamespacesOfCertainProductsAlone) {
     std::string const schema =
-        Optional("OtherNamespaces < type array of Judged >", "Judged < Must number optional < > >");
+        Optional("OtherNamespaces < type array of Validated >", "Validated < Must number optional < > >");
     std::string const missing = " ErrorMsg /expected a number, found nothing>>";
     struct {
         char const* fNamespaces;
@@ -226,7 +226,7 @@ TEST_F(Validation, ChangesAllSettingsOrNone) {
     Release(settings);
 }
 
-TEST_F(Validation, JudgesTheWholeSetWhateverIsChanged) {
+TEST_F(Validation, ValidatesTheWholeSetWhateverIsChanged) {
     std::string const fault = "[<<Key /A ErrorMsg /expected a number, found the name x>>]";
     PDFSettings* const settings = NewSettings(File("/A /x"), Optional("A number").c_str());
     EXPECT_EQ(fault, Set(settings, "< >"));

@@ -36,17 +36,18 @@ TEST_F(DeepNestingTest, DictionariesAreReadClonedComparedWrittenAndReleased) {
     });
 }
 
-TEST_F(DeepNestingTest, SettingsAreJudgedAndSoIsASchema) {
+TEST_F(DeepNestingTest, SettingsAreValidatedAndASchemaIsChecked) {
     support::OnSmallStack([] {
         // A tenth of the others': each level is a trial of its own.
         constexpr int kTrials = kLevels / 10;
         Validator const validator("< S < optional < a S > > >");
-        std::string const messages = validator.Judge(NewSettings(Nest("< a ", "1", " >", kTrials)));
+        std::string const messages =
+            validator.Validate(NewSettings(Nest("< a ", "1", " >", kTrials)));
         EXPECT_EQ(messages.substr(0, 7), ".../a/a");
         EXPECT_EQ(messages.substr(1003), " expected a dictionary, found the number 1");
         Validator const deep("< S < K " + Nest("< type array of ", "3", " >", kTrials) + " > >");
         EXPECT_EQ(
-            deep.JudgeSchema().substr(1003),
+            deep.CheckSchema().substr(1003),
             " says the number 3, which is neither a word nor a dictionary");
     });
 }

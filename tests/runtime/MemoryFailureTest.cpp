@@ -110,7 +110,7 @@ TEST_F(MemoryFailureTest, NewValidatorAndRegisteredCheck) {
     EXPECT_NE(rows.RegisterCallbackProc(validator, name, accept, nullptr), 0);
 }
 
-// What cannot be judged for want of memory has not passed.
+// What runs out of memory while it is validated has not passed.
 // The last message of a validator.
 char const* gLastMessage = nullptr;
 void TakeMessage(char const* message) {
@@ -124,20 +124,21 @@ TEST_F(MemoryFailureTest, ValidateAndValidateSchema) {
         "C", [](POSObject*, BIBStringAtom*, BIBSharedBuffer*, void const*) -> long { return 1; });
     Held const settings(NewSettings("< a [ < a [] > < a [ < a [] c 1 > ] c 1 > ] c 2 >"));
     Atom const name("S");
-    auto const judge = [](bool isClean) {
+    auto const validate = [](bool isClean) {
         EXPECT_STREQ(isClean ? "" : "out-of-memory", std::exchange(gLastMessage, ""));
         return isClean;
     };
     gLastMessage = "";
     EXPECT_GT(
         FailEach([&] {
-            return judge(validator.fMethods.Validate(validator, settings, name, &TakeMessage) != 0);
+            return validate(
+                validator.fMethods.Validate(validator, settings, name, &TakeMessage) != 0);
         }),
         3U);
     EXPECT_GT(
         FailEach([&] {
             auto const& rows = Rows<_t_POSStructValidatorInterface>();
-            return judge(rows.ValidateSchema(validator, &TakeMessage) != 0);
+            return validate(rows.ValidateSchema(validator, &TakeMessage) != 0);
         }),
         3U);
 }

@@ -93,7 +93,7 @@ constexpr SchemaCase kRuleCases[] = {
 TEST_F(SchemaCheckTest, TellsEachFaultOfASchemaWithItsPlace) {
     for (SchemaCase const& row : kWholeCases) {
         SCOPED_TRACE(row.fSchema);
-        EXPECT_EQ(Validator(row.fSchema).JudgeSchema(), row.fMessages);
+        EXPECT_EQ(Validator(row.fSchema).CheckSchema(), row.fMessages);
     }
 }
 
@@ -104,19 +104,19 @@ TEST_F(SchemaCheckTest, TellsEachFaultOfARuleWithItsPlace) {
         validator.Register("C", &Accept);
         validator.Register("R", &Refuse);
         EXPECT_EQ(
-            validator.JudgeSchema(), *row.fMessages ? std::string("S/K") + row.fMessages : "");
+            validator.CheckSchema(), *row.fMessages ? std::string("S/K") + row.fMessages : "");
     }
 }
 
-TEST_F(SchemaCheckTest, ARuleThatContainsItselfIsToldAndJudgesWhatEnds) {
+TEST_F(SchemaCheckTest, ARuleThatContainsItselfIsReportedAndValidatesWhatEnds) {
     Held const schema(As<POSDict>(NewSettings("< S < K < type array of < type array > > > >")));
     auto* const rule = As<POSDict>(Dicts().DeepGet(schema, Atom("S/K/of")));
     Put(rule, "of", Dicts().DeepGet(schema, Atom("S/K")));
     {
         Validator const validator(schema);
-        EXPECT_EQ(validator.JudgeSchema(), "S/K says a rule that contains itself");
+        EXPECT_EQ(validator.CheckSchema(), "S/K says a rule that contains itself");
         EXPECT_EQ(
-            validator.Judge(NewSettings("< K [ [ [] 1 ] ] >")),
+            validator.Validate(NewSettings("< K [ [ [] 1 ] ] >")),
             "K/0/1 expected an array, found the number 1");
     }
     Dicts().Remove(rule, Atom("of"));

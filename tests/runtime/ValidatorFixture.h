@@ -77,14 +77,14 @@ public:
         return fMethods.Validate(fSelf, settings, Atom(structure), &Messages::Add) != 0;
     }
     // The messages on settings, whose last reference goes with them.
-    std::string Judge(POSObject* settings, char const* structure = "S") const {
+    std::string Validate(POSObject* settings, char const* structure = "S") const {
         Held const held(settings);
         bool const passes = Passes(held, structure);
         std::string messages = Messages::Take();
         EXPECT_EQ(passes, messages.empty()) << messages;
         return messages;
     }
-    std::string JudgeSchema() const {
+    std::string CheckSchema() const {
         bool const isSound =
             Rows<_t_POSStructValidatorInterface>().ValidateSchema(fSelf, &Messages::Add) != 0;
         std::string messages = Messages::Take();

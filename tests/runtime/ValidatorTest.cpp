@@ -112,7 +112,7 @@ TEST_F(ValidatorTest, EachKindOfRuleHasItsMessage) {
         ASSERT_TRUE(validator.Register("Six", &AcceptOnly, &six));
         ASSERT_TRUE(validator.Register("Speaks", &Refuse, "says so"));
         std::string const entry = *row.fValue ? std::string("K ") + row.fValue : "";
-        EXPECT_EQ(validator.Judge(NewSettings("< " + entry + " >")), row.fMessages);
+        EXPECT_EQ(validator.Validate(NewSettings("< " + entry + " >")), row.fMessages);
     }
 }
 
@@ -121,7 +121,7 @@ TEST_F(ValidatorTest, AChecksNameIsThatOfTheSetting) {
     Validator validator("< S < K < type array of < type array of C > > > >");
     validator.Register("C", &AcceptOnly, &one);
     gNames.clear();
-    EXPECT_EQ(validator.Judge(NewSettings("< K [ [ 1 ] [ 1 ] ] >")), "");
+    EXPECT_EQ(validator.Validate(NewSettings("< K [ [ 1 ] [ 1 ] ] >")), "");
     EXPECT_EQ(gNames, "K K ");
 }
 
@@ -129,18 +129,18 @@ TEST_F(ValidatorTest, AMessageWithoutAnEndIsAsLongAsTheBuffer) {
     std::string const text(300, 'm');
     Validator validator("< S < K C > >");
     validator.Register("C", &Refuse, text.c_str());
-    EXPECT_EQ(validator.Judge(NewSettings("< K 1 >")), "K " + std::string(256, 'm'));
+    EXPECT_EQ(validator.Validate(NewSettings("< K 1 >")), "K " + std::string(256, 'm'));
 }
 
 TEST_F(ValidatorTest, TheValueItselfStandsUnderTheStructuresName) {
     Validator const validator("< S <> (a b) < k number > >");
-    EXPECT_EQ(validator.Judge(NewSettings("3")), "S expected a dictionary, found the number 3");
+    EXPECT_EQ(validator.Validate(NewSettings("3")), "S expected a dictionary, found the number 3");
     EXPECT_EQ(
-        validator.Judge(NewSettings("<>"), "T"),
+        validator.Validate(NewSettings("<>"), "T"),
         "T cannot be validated: the schema has no such structure");
-    EXPECT_EQ(validator.Judge(NewSettings("<>"), "a b"), "k expected a number, found nothing");
+    EXPECT_EQ(validator.Validate(NewSettings("<>"), "a b"), "k expected a number, found nothing");
     Validator const odd("< S < (a\\nb c) number > >");
-    EXPECT_EQ(odd.Judge(NewSettings("<>")), "a_b_c expected a number, found nothing");
+    EXPECT_EQ(odd.Validate(NewSettings("<>")), "a_b_c expected a number, found nothing");
 }
 
 TEST_F(ValidatorTest, LongTextsAreCutShort) {
@@ -148,7 +148,7 @@ TEST_F(ValidatorTest, LongTextsAreCutShort) {
     std::string const word(100, 'w');
     Validator const validator("< S < optional < " + key + " number > > >");
     EXPECT_EQ(
-        validator.Judge(NewSettings("< " + key + " " + word + " >")),
+        validator.Validate(NewSettings("< " + key + " " + word + " >")),
         "..." + key.substr(1000) + " expected a number, found the name " + word.substr(40) + "...");
 }
 
@@ -163,7 +163,7 @@ TEST_F(ValidatorTest, ValuesOfNoKindOfTheSchemasAreToldSo) {
         POSDict* const settings = Dicts().NewPOSDict();
         Put(settings, "K", value);
         EXPECT_EQ(
-            validator.Judge(As<POSObject>(settings)),
+            validator.Validate(As<POSObject>(settings)),
             "K expected a name, found another kind of value");
     }
 }
@@ -172,11 +172,11 @@ TEST_F(ValidatorTest, NumbersThatAreNoNumbersAreOutOfEveryRange) {
     Validator const validator("< S < K < type number min -1 max 1 > > I < K integer > >");
     Held const settings(Dicts().NewPOSDict());
     Put(settings, "K", NewNumber(std::numeric_limits<double>::quiet_NaN()));
-    EXPECT_EQ(validator.Judge(settings.Value()), "K expected a number from -1 to 1, found nan");
+    EXPECT_EQ(validator.Validate(settings.Value()), "K expected a number from -1 to 1, found nan");
     Put(settings, "K", NewNumber(std::numeric_limits<double>::infinity()));
-    EXPECT_EQ(validator.Judge(settings.Value()), "K expected a number from -1 to 1, found inf");
+    EXPECT_EQ(validator.Validate(settings.Value()), "K expected a number from -1 to 1, found inf");
     EXPECT_EQ(
-        validator.Judge(settings.Value(), "I"), "K expected an integer, found the number inf");
+        validator.Validate(settings.Value(), "I"), "K expected an integer, found the number inf");
 }
 
 TEST_F(ValidatorTest, WrongArgumentsNeverPass) {
@@ -197,16 +197,16 @@ TEST_F(ValidatorTest, WrongArgumentsNeverPass) {
 TEST_F(ValidatorTest, ExceptionsOfCallbacksPassThrough) {
     Validator validator("< S < K C > >");
     Held const settings(NewSettings("< K 1 >"));
-    auto const judge = [&](POSValidatorErrorCallback errorProc) {
+    auto const validate = [&](POSValidatorErrorCallback errorProc) {
         validator.fMethods.Validate(validator, settings, Atom("S"), errorProc);
     };
     validator.Register("C", &Refuse);
-    EXPECT_THROW(judge([](char const*) { throw 1; }), int);
-    EXPECT_THROW(judge([](char const*) { throw std::bad_alloc(); }), std::bad_alloc);
+    EXPECT_THROW(validate([](char const*) { throw 1; }), int);
+    EXPECT_THROW(validate([](char const*) { throw std::bad_alloc(); }), std::bad_alloc);
     validator.Register("C", [](POSObject*, BIBStringAtom*, BIBSharedBuffer*, void const*) -> long {
         throw std::length_error("host");
     });
-    EXPECT_THROW(judge(nullptr), std::length_error);
+    EXPECT_THROW(validate(nullptr), std::length_error);
 }
 
 // Gives up all that the host holds.
@@ -250,7 +250,7 @@ TEST_F(ValidatorTest, IsAliveUntilTheEnd) {
 TEST_F(ValidatorTest, AKeyWithoutAPrintableNameIsShownAllTheSame) {
     Validator const validator("< S < (a\\177 b) number () T > T < x number > >");
     EXPECT_EQ(
-        validator.Judge(NewSettings("< () < > >")),
+        validator.Validate(NewSettings("< () < > >")),
         "a__b expected a number, found nothing|_/x expected a number, found nothing");
 }
 
@@ -266,7 +266,7 @@ TEST_F(ValidatorTest, AnArrayThatLostAnElementIsNoArray) {
     }
     bibrt::ResetFailures();
     EXPECT_EQ(
-        validator.Judge(settings.Value()), "K expected an array, found another kind of value");
+        validator.Validate(settings.Value()), "K expected an array, found another kind of value");
 }
 
 TEST_F(ValidatorTest, AStructureThatIsItsOwnOptionalPartEnds) {
@@ -276,18 +276,18 @@ TEST_F(ValidatorTest, AStructureThatIsItsOwnOptionalPartEnds) {
     Put(structure, "optional", structure.Value());
     {
         Validator const validator(static_cast<POSDict*>(schema));
-        EXPECT_EQ(validator.Judge(NewSettings("< a 1 >")), "");
-        EXPECT_NE(validator.JudgeSchema(), "");
+        EXPECT_EQ(validator.Validate(NewSettings("< a 1 >")), "");
+        EXPECT_NE(validator.CheckSchema(), "");
     }
     Dicts().Remove(structure, Atom("optional"));
 }
 
-TEST_F(ValidatorTest, AValueThatContainsItselfEndsTheJudgement) {
+TEST_F(ValidatorTest, AValueThatContainsItselfEndsTheValidation) {
     Validator const validator("< S < optional < a S b S n number > > >");
     Held const settings(As<POSDict>(NewSettings("< n x >")));
     Put(settings, "a", settings.Value());
     Put(settings, "b", settings.Value());
-    EXPECT_EQ(validator.Judge(settings.Value()), "a cannot be validated: it contains itself");
+    EXPECT_EQ(validator.Validate(settings.Value()), "a cannot be validated: it contains itself");
     Dicts().Remove(settings, Atom("a"));
     Dicts().Remove(settings, Atom("b"));
 }

@@ -65,8 +65,8 @@ typedef BIBPositionableStream* (*PDFSettingsGetJobOptionsDataProc)(PDFSettings* 
 // The settings' live dictionary, not a copy. Null on failure.
 typedef POSDict* (*PDFSettingsGetSettingsProc)(PDFSettings* settings);
 
-// Changes the settings under all keys of changes, whose values they share from then on, and judges
-// the result by the schema. If a single error is found, nothing changes. The errors: an array of
+// Changes the settings under all keys of changes, whose values they share from then on, and
+// validates the result by the schema. If a single error is found, nothing changes. The errors: an array of
 // dictionaries with the 8-bit strings "Key", the path of the setting, and "ErrorMsg"; empty when
 // the change was made. Null on failure, which changes nothing; a schema that cannot be used is one.
 //
@@ -74,7 +74,7 @@ typedef POSDict* (*PDFSettingsGetSettingsProc)(PDFSettings* settings);
 // settings they are for.
 typedef POSArray* (*PDFSettingsSetSettingsProc)(PDFSettings* settings, POSDict* changes);
 
-// Judges the settings by the schema and gives the errors as above; empty when they are valid. A
+// Validates the settings by the schema and returns the errors as above; empty when they are valid. A
 // setting that the schema does not know is no error. Null on failure.
 typedef POSArray* (*PDFSettingsIsPDFSettingsValidProc)(PDFSettings* settings);
 

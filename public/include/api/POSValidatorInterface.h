@@ -9,7 +9,7 @@ typedef struct POSValidator POSValidator;
 
 // Receives one message of a validator: the setting's path, a space, the text. message is valid
 // during the call. It must not change the value, what holds it, or the schema. The one message
-// without a space, "out-of-memory", is the last one and says that the judgement was not finished.
+// without a space, "out-of-memory", is the last one and says that validation was not finished.
 typedef void (*POSValidatorErrorCallback)(char const* message);
 
 // A named check. Non-zero accepts value. key is the name of its setting. A refusal may write its
@@ -42,7 +42,7 @@ typedef POSValidator* (*POSStructValidatorNewStructValidatorProc)(POSDict* schem
 
 // Registers a check under the name by which the schema refers to it, in the place of one that has
 // the name. userData must live as long as self. Non-zero on success; zero for a null self, name or
-// check, and when memory runs out: from then on self finishes no judgement.
+// check, and when memory runs out: from then on self finishes no validation.
 typedef long (*POSStructValidatorRegisterCallbackProc)(
     POSValidator* self, BIBStringAtom* name, POSValidatorCheckCallback check, void const* userData);
 

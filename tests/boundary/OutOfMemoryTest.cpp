@@ -5,48 +5,48 @@
 
 namespace support {
 
-class Shortages : public FaultSweepTest {};
+class OutOfMemory : public FaultSweepTest {};
 
-TEST_F(Shortages, LeaveSettingsAsTheyAre) {
+TEST_F(OutOfMemory, LeavesSettingsAsTheyAre) {
     CheckReadingCalls([&](Call const& call) { ExpectCleanFailures(kAllocations, call); });
 }
 
-TEST_F(Shortages, ChangeAllOrNothing) {
+TEST_F(OutOfMemory, ChangesAllOrNothing) {
     CheckChangingCall([&](Call const& call) { ExpectCleanFailures(kAllocations, call); });
 }
 
-TEST_F(Shortages, MakeNoSettings) {
+TEST_F(OutOfMemory, MakesNoSettings) {
     CheckMakingCalls([&](Call const& call) { ExpectLeaks(kAllocations, call, 4); });
 }
 
-TEST_F(Shortages, MakeSettingsChangedThatCannotBeCompared) {
+TEST_F(OutOfMemory, MakesSettingsChangedThatCannotBeCompared) {
     PDFSettings* const settings = fNewFromFile(fPath, kSchema);
     AddRef(settings);
     ExpectCleanFailures(kAllocations, {[&](auto const&) { return fIsDirty(settings) == 0; }});
     Release(settings);
 }
 
-TEST_F(Shortages, WriteAllOrNothing) {
+TEST_F(OutOfMemory, WritesAllOrNothing) {
     CheckWritingCalls([&](Call const& call) { ExpectCleanFailures(kAllocations, call); });
 }
 
-TEST_F(Shortages, GiveNoFolderAndShorterLists) {
+TEST_F(OutOfMemory, GivesNoFolderAndShorterLists) {
     ExpectCleanFailures(kAllocations, GettingFolder(Reports::kAny));
     ExpectCleanFailures(kAllocations, GettingList());
 }
 
-TEST_F(Shortages, OfStreamsMakeNoSettings) {
+TEST_F(OutOfMemory, OfStreamsMakesNoSettings) {
     BIBPositionableStream* const stream = NewStream(kText);
     ExpectCleanFailures(kStreams, Giving([&] { return fNewFromStream(stream, kSchema); }));
     ExpectCleanFailures(kStreams, Giving([&] { return fNewFromFile(fPath, kSchema); }));
     Release(stream);
 }
 
-TEST_F(Shortages, OfStreamsWriteAllOrNothing) {
+TEST_F(OutOfMemory, OfStreamsWritesAllOrNothing) {
     CheckWritingCalls([&](Call const& call) { ExpectCleanFailures(kStreams, call, 0); });
 }
 
-TEST_F(Shortages, OfAStartLeaveNothing) {
+TEST_F(OutOfMemory, OfAStartLeavesNothing) {
     fComponent.Terminate();
     bibrt::LiveCounts const live = bibrt::CountLive();
     int failures = 0;
