@@ -1,5 +1,6 @@
-// The static objects of the BIB client. They stand together because the order of their construction
-// matters: a LazyTerminate is called before those that were constructed earlier.
+// The static objects of the BIB client. They are in one file because the order of their
+// construction matters: LazyTerminate objects are initialized and terminated in the reverse order
+// of their construction.
 
 #include "bib/BIBCache.h"
 #include "bib/BIBContainer.h"
@@ -9,14 +10,14 @@
 
 namespace BIB_T_NMT {
 
-// Placeholders for the runtime's filters: sinks that data is written through.
+// Placeholders for the runtime's filters, the sinks that data is written through.
 
-// The filter interface's procedures. Reserved: nothing binds them.
+// The procedures of the filter interface. Reserved: nothing binds them.
 using BIBFilterProc = void (*)(void* sink);
 constexpr unsigned long kBIBFilterRelease = 6;
 BIBFilterProc gBIBFilterInterface[kBIBFilterRelease + 1] = {};
 
-// A handle on a sink of the runtime, or none. The argument of the constructors is not read.
+// A handle to a sink of the runtime, or an empty handle. The constructor ignores its argument.
 class CBIBDataSink : public CBIBClientBase {
 public:
     explicit CBIBDataSink(int) noexcept : fSink(nullptr) {}
@@ -49,11 +50,14 @@ public:
 
 namespace {
 
-// Declared before the errors: their first copies already go through the table's slots.
+// Defined before the errors: it puts no-op procedures into the table, and copying an error already
+// calls them.
 BIBErrorInit gBIBErrorInit;
 
 } // namespace
 
+// After a stop these are invalid; their destructors still call the runtime's Release, with null,
+// when the library is unloaded.
 constinit CBIBError CBIBError::fUnknownError;
 constinit CBIBError CBIBError::fMemError;
 

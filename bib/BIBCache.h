@@ -1,4 +1,4 @@
-// The runtime's cache service, as far as static caches need it.
+// The runtime's cache service, limited to what static caches need.
 #pragma once
 
 #include "api/BIBCacheInterface.h"
@@ -10,13 +10,13 @@ namespace BIB_T_NMT {
 
 BIB_DECLARE_INTERFACE(BIBCacheInterface, BIBCacheTraits, BIB_CACHE_INTERFACE_ROWS, 23);
 
-// The cache service. No instances.
+// The cache service. All members are static.
 class CBIBCache {
 public:
-    // Checks the table: true, or a thrown CBIBError "Missing Interface".
+    // Binds the table. Returns true, or throws the CBIBError "Missing Interface".
     static bool Init();
 
-    // Adds or removes a procedure that the runtime calls to purge. Throw as Init().
+    // Adds or removes a procedure that the runtime calls to purge. Both throw as Init() does.
     static void AddClientPurge(void (*purge)());
     static void RemoveClientPurge(void (*purge)());
 };
@@ -26,12 +26,12 @@ class CBIBCacheLock {
 public:
     struct SkipNoPurge_t {};
 
-    // A tag that asks for a lock without a mark on the entry.
+    // A tag that requests a lock without marking the entry.
     static SkipNoPurge_t SkipNoPurge; // NOLINT(readability-identifier-naming): its fixed name
 };
 
-// A cache in static storage. The runtime may purge from any thread: an element that holds anything
-// needs a protection of its own.
+// A cache in static storage. The runtime may purge it from any thread, so a cache that holds data
+// must synchronize access to it.
 class CBIBStaticCacheBase : public double_linked_list_element<CBIBStaticCacheBase, BIBDLLEParent> {
 public:
     using List = no_construct_double_linked_list<CBIBStaticCacheBase, BIBDLLEParent>;
@@ -44,11 +44,12 @@ public:
     static List& GetfList() noexcept { return fList; }
     static bool IsAcceptingCaches() noexcept { return fAcceptingCaches; }
 
-    // Asks the runtime to purge through CallClearAll, and takes that back, if there is any cache.
+    // LinkToBIB asks the runtime to purge through CallClearAll; UnlinkFromBIB cancels that. Neither
+    // calls the runtime if there is no cache.
     static void LinkToBIB();
     static void UnlinkFromBIB();
 
-    // Empties every cache, the newest first.
+    // Empties every cache, newest first.
     static void ClearAll();
 
 private:
@@ -58,5 +59,5 @@ private:
 
 } // namespace BIB_T_NMT
 
-// CBIBStaticCacheBase::ClearAll(), in the form that the runtime calls.
+// CBIBStaticCacheBase::ClearAll() as a function that the runtime can call.
 void CallClearAll();

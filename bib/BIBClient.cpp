@@ -55,6 +55,8 @@ bool InitializeOne(LazyTerminate& object) noexcept {
 
 } // namespace
 
+// A failure leaves gGetProc set, so the next call returns true although the client is not usable.
+// BIBClientTerminate resets it.
 bool BIBClientInit(BIBLookupProc lookup) {
     if (gGetProc != nullptr) {
         return true;
@@ -123,7 +125,8 @@ void CBIBClientBase::operator delete(void* block) noexcept {
 }
 
 void StoreProc(void** procs, unsigned long slot, void* proc) noexcept {
-    // Byte by byte: seen through a void*, the slot would be an object of another type.
+    // Copied as bytes: the slot has another pointer type, and storing through a void* would break
+    // the aliasing rules.
     std::memcpy(procs + slot, &proc, sizeof proc);
 }
 

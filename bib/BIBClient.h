@@ -1,23 +1,23 @@
-// Root classes of the client's objects, which live in the runtime's memory.
+// Base classes of the client's objects, which are allocated in the runtime's memory.
 #pragma once
 
 #include "api/BIBBootstrap.h"
 
 #include <cstddef>
 
-// Root of list elements that live in static storage: it has no allocator.
+// Base of list elements in static storage: it has no allocator.
 class BIBDLLEParent {};
 
 namespace BIB_T_NMT {
 
-// Gives its descendants the runtime's allocator. Allocation throws the memory error.
+// Allocates derived objects with the runtime's allocator. Allocation throws the memory error.
 class CBIBClientBase {
 public:
     static void* operator new(std::size_t size);
     static void operator delete(void* block) noexcept;
 };
 
-// The same with a virtual destructor.
+// As CBIBClientBase, with a virtual destructor.
 class CBIBVirtualClientBase : public CBIBClientBase {
 public:
     virtual ~CBIBVirtualClientBase() = default;
@@ -25,7 +25,7 @@ public:
 
 class CBIBClientBasePMT : public CBIBClientBase {};
 
-// The host's lookup; null while the client is not bound.
+// The host's lookup function; null while the client is not bound.
 extern BIBLookupProc gGetProc;
 
 // The runtime's bootstrap procedures; null until the first start.
@@ -35,27 +35,29 @@ extern BIBUnregisterInterfaceProc gUnregisterInterfaceProc;
 extern BIBGetUnregisterCountAddrProc gGetUnregisterCountAddrProc;
 extern BIBIsMultiThreadedProc gBIBIsMultiThreadedProc;
 
-// The runtime's unregister counter: a table whose stamp differs from it is stale.
+// The runtime's unregister counter. A table is stale if its stamp differs from the counter.
 extern unsigned long* gBIBUnregisterCount;
 
-// False while the core tables are being bound, true from then on.
+// False while the core tables are being bound, then true.
 extern bool gFinishedInit;
 
-// Binds the client to the runtime behind lookup. True when it is bound, at once if it was already.
-// On false, and when a CBIBError passes out, the layer stays half bound: further calls give true.
-// Where no error table was ever bound that error is invalid, and not even its what() may be called.
+// Binds the client to the runtime behind lookup. Returns true when the client is bound, at once if
+// it was bound already. If it returns false or throws a CBIBError, the client stays partly bound
+// and further calls return true. If the error table was never bound, the thrown error is invalid,
+// and calling its what() is an error.
 bool BIBClientInit(BIBLookupProc lookup);
 
-// Ends the binding. Does nothing when there is none. No handle may outlive it.
+// Ends the binding; does nothing if there is none. No handle may outlive the binding.
 void BIBClientTerminate();
 
-// The procedure under the three names. None: null while unbound or binding, and once bound a thrown
-// CBIBError with an empty message and component "BIB".
+// The procedure registered under the three names. If there is none: null while the client is
+// unbound or being bound; once it is bound, throws a CBIBError with an empty message and component
+// "BIB".
 void* BIBGetProcAddress(char const* interfaceName, char const* procName, char const* procType);
 
-// The runtime's procedures of the same names. REQUIRES: the first two, that the client is bound.
-// BIBReportError does nothing and gives 0 before the first start has found it; it stays known after
-// a stop.
+// These call the runtime's procedures of the same names. REQUIRES, for the first two: the client is
+// bound. BIBReportError returns 0 and does nothing until the first start has found it; it stays
+// usable after a stop.
 int BIBRegisterProcAddress(
     char const* interfaceName, char const* procName, char const* procType, void* proc);
 int BIBUnregisterInterface(char const* interfaceName);

@@ -35,7 +35,7 @@ char const* CBIBContainer::GetSignature(BIBContainer const* container) {
 }
 
 void* CBIBContainer::GetInstance(BIBContainer const* container, CBIBStringAtom const& name) {
-    // Interned texts are equal when their pointers are.
+    // Interned strings are equal if and only if their pointers are.
     if (container != nullptr && PrimaryRecord(container).instanceName == name.c_str()) {
         return PrimaryRecord(container).instance;
     }

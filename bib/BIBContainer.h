@@ -1,8 +1,9 @@
-// Containers: the static operations on them and the counted handles that everything is held by.
+// Containers: the static operations on them, and the reference-counted handles that own references
+// to them.
 //
-// A container that is handed across as a result carries no count for the receiver. The receiver's
-// handle adds one, and UnownedReturn() gives one up on the way back out; nothing else moves a
-// count.
+// A container that is returned across the boundary carries no reference for the receiver. The
+// receiver's handle adds one, and UnownedReturn() removes one when the container is returned to the
+// host. Nothing else changes a count.
 #pragma once
 
 #include "api/BIBContainerInterface.h"
@@ -17,7 +18,7 @@ namespace BIB_T_NMT {
 
 BIB_DECLARE_INTERFACE(BIBContainerInterface, BIBContainerTraits, BIB_CONTAINER_INTERFACE_ROWS, 16);
 
-// Proof that static construction has run.
+// Records that static construction has run.
 class CBIBCPPCheck {
 public:
     CBIBCPPCheck() noexcept;
@@ -30,19 +31,19 @@ private:
     std::int32_t fValue;
 };
 
-// The operations on containers. No instances.
+// The operations on containers. All members are static.
 class CBIBContainer {
 public:
-    // Binds the table and reads the place of the primary record. False when static construction has
-    // not run; throws the CBIBError "Missing Interface".
+    // Binds the table and reads the offset of the primary record. Returns false if static
+    // construction has not run; throws the CBIBError "Missing Interface".
     static bool Init();
 
-    // Makes Release harmless until the table is bound.
+    // Makes Release a no-op until the table is bound.
     static void Close() noexcept;
 
     static CBIBCPPCheck& GetCPPCheck() noexcept { return fCPPCheck; }
 
-    // Whether a reference was added.
+    // Adds a reference. Returns whether it was added.
     static bool AddRef(BIBContainer* container) {
         return GetProcs<BIBContainerInterface>()->AddRef(container) != 0;
     }
@@ -55,18 +56,19 @@ public:
         GetProcs<BIBContainerInterface>()->DecrementWithoutDelete(container);
     }
 
-    // The interned text of the container's signature. Throws the CBIBError "couldn't get
+    // The interned string of the container's signature. Throws the CBIBError "couldn't get
     // signature".
     static char const* GetSignature(BIBContainer const* container);
 
-    // The instance of that name, without a runtime call if it is the primary one. Throws the
-    // runtime's error when there is none.
+    // The instance with that name; the primary instance needs no runtime call. Throws the runtime's
+    // error if there is none.
     static void* GetInstance(BIBContainer const* container, CBIBStringAtom const& name);
 
-    // The same, always through the runtime.
+    // As GetInstance, always through the runtime.
     static void* BCGetInstance(BIBContainer const* container, CBIBStringAtom const& name);
 
-    // The method of the container's signature. None: null, or the runtime's error if it must exist.
+    // The method of the container's signature. If there is none: null, or the runtime's error is
+    // thrown if mustExist.
     static void* GetMethod(
         BIBContainer const* container,
         CBIBStringAtom const& name,
@@ -74,7 +76,7 @@ public:
         bool mustExist);
 
     // A new container, unowned, that owns instance and destroys it through deleteProc. Throws the
-    // runtime's error, and then instance stays the caller's.
+    // runtime's error; the caller then still owns instance.
     static BIBContainer* NewFullContainer(
         void* instance,
         CBIBStringAtom const& instanceName,
@@ -84,7 +86,7 @@ public:
         BIBInstanceNotifyProc instanceProc,
         void* clientData);
 
-    // Throw the CBIBErrors "invalid container" and "couldn't get signature".
+    // Throw the CBIBError "invalid container" and "couldn't get signature".
     [[noreturn]] static void ThrowInvalidContainerException();
     [[noreturn]] static void ThrowNoSignatureException();
 
@@ -95,29 +97,29 @@ private:
     static CBIBCPPCheck fCPPCheck;
 };
 
-// CBIBContainer::GetInstance as a T*.
+// CBIBContainer::GetInstance, cast to T*.
 template <class T>
 T* TBIBGetInstance(BIBContainer const* container, CBIBStringAtom const& name) {
     return static_cast<T*>(CBIBContainer::GetInstance(container, name));
 }
 
-// Stands in the Release slot until the table is bound.
+// Fills the Release slot until the table is bound.
 void BIBContainerNoOpRelease(BIBContainer* container) noexcept;
 
-// One counted reference on a container, or none: an invalid handle. A value of one thread.
+// Owns one reference to a container, or none: an invalid handle. Use it on one thread at a time.
 class BIBContainerBaseGeneric {
 public:
     // An invalid handle.
     BIBContainerBaseGeneric() noexcept = default;
 
-    // Adds a reference. Throws the CBIBError "invalid container" when there is none to be had, for
-    // null too.
+    // Adds a reference. Throws the CBIBError "invalid container" if none can be added, also for
+    // null.
     explicit BIBContainerBaseGeneric(BIBContainer* container);
 
-    // The same, but the copy of an invalid handle is an invalid handle.
+    // As above, but a copy of an invalid handle is an invalid handle.
     BIBContainerBaseGeneric(BIBContainerBaseGeneric const& other);
 
-    // Takes the reference over and leaves an invalid handle.
+    // Moves the reference and leaves other invalid.
     BIBContainerBaseGeneric(BIBContainerBaseGeneric&& other) noexcept
         : fContainer(std::exchange(other.fContainer, nullptr)) {}
 
@@ -128,19 +130,19 @@ public:
 
     bool IsValid() const noexcept { return fContainer != nullptr; }
 
-    // The container, not counted.
+    // The container, borrowed.
     operator BIBContainer*() const noexcept { return fContainer; }
 
     void swap(BIBContainerBaseGeneric& other) noexcept { std::swap(fContainer, other.fContainer); }
 
-    // Gives the reference up.
+    // Releases the reference and leaves the handle invalid.
     void Invalidate() {
         CBIBContainer::Release(fContainer);
         fContainer = nullptr;
     }
 
-    // Gives the reference up without destroying the container, and returns it; null for an invalid
-    // handle.
+    // Removes the reference without destroying the container, returns the container, and leaves the
+    // handle invalid. Returns null for an invalid handle.
     BIBContainer* UnownedReturn() {
         CBIBContainer::DecrementWithoutDelete(fContainer);
         return std::exchange(fContainer, nullptr);
@@ -150,7 +152,7 @@ protected:
     BIBContainer* fContainer = nullptr;
 };
 
-// The same on a container of the runtime type T.
+// The same for a container of the runtime type T.
 template <class T>
 class TBIBContainerBase : public BIBContainerBaseGeneric {
 public:
@@ -164,20 +166,20 @@ public:
     ~TBIBContainerBase() = default;
 
     TBIBContainerBase& operator=(TBIBContainerBase const& other) {
-        // The new reference is taken before the old one goes: the two may be one container.
+        // Takes the new reference before it releases the old one: both may be to one container.
         TBIBContainerBase copy(other);
         swap(copy);
         return *this;
     }
 
-    // Leaves an invalid handle.
+    // Leaves other invalid.
     TBIBContainerBase& operator=(TBIBContainerBase&& other) noexcept {
         TBIBContainerBase taken(std::move(other));
         swap(taken);
         return *this;
     }
 
-    // The container, not counted.
+    // The container, borrowed.
     operator T*() const noexcept { return reinterpret_cast<T*>(fContainer); }
 
     // See BIBContainerBaseGeneric.

@@ -24,8 +24,8 @@ CBIBStringAtom CBIBError::GetErrorMessage() const {
 }
 
 char const* CBIBError::what() const {
-    // The atom goes before its text is read: a valid error keeps its message alive, and the runtime
-    // keeps any other text readable for a moment.
+    // The atom is released before its string is read. A valid error keeps its message alive; any
+    // other string stays readable in the runtime for a moment.
     return GetErrorMessage().c_str();
 }
 
@@ -36,8 +36,8 @@ void CBIBError::ThrowError(
 
 bool CBIBError::Init() {
     if (PeekProcs<BIBErrorInterface>() == nullptr) {
-        // A load that stopped half way may have left a null where the statics' destructors will
-        // call.
+        // An incomplete load may have left null slots, which the destructors of the static errors
+        // would call.
         Kill();
         return false;
     }
@@ -64,7 +64,7 @@ void BIBThrowError(BIBError* error) {
 
 void BIBThrowMissingInterfaceError() {
     if (GetProcs<BIBErrorInterface>()->NewError == nullptr) {
-        // The error interface is not bound yet: there is nothing to make a valid error with.
+        // The error interface is not bound yet, so no valid error can be made.
         throw CBIBError();
     }
     CBIBError::ThrowError("Missing Interface", "BIB", 0, nullptr, nullptr);

@@ -1,11 +1,11 @@
-// Errors: the handle on a runtime's error, which is also the exception that travels in the client.
+// Errors: the handle to a runtime error, which is also the exception that the client throws.
 #pragma once
 
 #include "api/BIBErrorInterface.h"
 #include "bib/BIBInterfaceClient.h"
 #include "bib/BIBStringAtom.h"
 
-// Stands in the error table's AddRef and Release slots until the table is bound.
+// Fills the error table's AddRef and Release slots until the table is bound.
 template <class Result>
 Result NoOpErrorAddRefRelease(BIBError* /*error*/) {
     return Result();
@@ -15,21 +15,21 @@ namespace BIB_T_NMT {
 
 class CBIBErrorParent {};
 
-// One counted reference on a runtime's error, or none: an invalid error. Thrown by value. Copies
-// may be handled on any thread; the static members change only at start and stop.
+// Owns one reference to a runtime error, or none: an invalid error. Thrown by value. Any thread may
+// use its own copy; the static members change only at start and stop.
 class CBIBError : public CBIBErrorParent {
 public:
     // An invalid error.
     constexpr CBIBError() noexcept : fError(nullptr) {}
 
-    // Adopts error: no reference is added.
+    // Takes ownership of the caller's reference: none is added.
     explicit CBIBError(BIBError* error) noexcept : fError(error) {}
 
-    // One of the runtime's own errors; invalid when there is none.
+    // One of the runtime's predefined errors; invalid if there is no error with that id.
     explicit CBIBError(BRVErrorID id);
 
-    // A new error. The texts are copied; info is freed by infoFreeProc with the last reference,
-    // both may be null. Invalid when the runtime cannot make it.
+    // A new error. The strings are copied. infoFreeProc frees info when the last reference is
+    // released; both may be null. The error is invalid if the runtime cannot make it.
     CBIBError(
         char const* message,
         char const* component,
@@ -43,21 +43,21 @@ public:
 
     bool IsValid() const noexcept { return fError != nullptr; }
 
-    // Straight through to the runtime, also for an invalid error.
+    // These call the runtime, also for an invalid error.
     BIBError* AddRef() const { return GetProcs<BIBErrorInterface>()->AddRef(fError); }
     void Release() const { GetProcs<BIBErrorInterface>()->Release(fError); }
 
-    // The error with a reference for the caller; null for an invalid error.
+    // The error, with a reference for the caller; null for an invalid error.
     operator BIBError*() const { return AddRef(); }
 
     // The message; "Invalid CBIBError" for an invalid error.
     CBIBStringAtom GetErrorMessage() const;
 
-    // The text of the message. That of a valid error stays readable while the error lives;
-    // otherwise it is good for a moment only.
+    // The text of the message. The text of a valid error stays readable while the error lives; any
+    // other text is readable only for a moment.
     char const* what() const;
 
-    // Makes an error as the constructor does and throws it.
+    // Throws an error made as by the constructor.
     [[noreturn]] static void ThrowError(
         char const* message,
         char const* component,
@@ -65,11 +65,12 @@ public:
         void* info,
         void (*infoFreeProc)(void*));
 
-    // Binds the error table and takes the runtime's own errors; whether the unknown error is valid.
+    // Binds the error table and gets the runtime's predefined errors. Returns whether the table is
+    // bound and the unknown error is valid.
     static bool Init();
-    // Gives the runtime's own errors back.
+    // Releases the runtime's predefined errors.
     static void Close();
-    // Makes AddRef and Release harmless until the table is bound.
+    // Makes AddRef and Release no-ops until the table is bound.
     static void Kill() noexcept;
 
     // The runtime's memory error; invalid before start and after stop.
@@ -82,16 +83,16 @@ private:
     static CBIBError fMemError;
 };
 
-// Its one object runs CBIBError::Kill() in static construction.
+// Its only object runs CBIBError::Kill() during static construction.
 class BIBErrorInit {
 public:
     BIBErrorInit() noexcept { CBIBError::Kill(); }
 };
 
-// Throws error as a CBIBError and takes over the reference that came with it.
+// Throws error as a CBIBError. Takes ownership of the caller's reference.
 [[noreturn]] void BIBThrowError(BIBError* error);
 
-// Throws BIBThrowError(status) unless status is null, which means success.
+// Calls BIBThrowError(status) unless status is null, which means success.
 inline void ThrowOnFailure(BIBError* status) {
     if (status != nullptr) {
         BIBThrowError(status);

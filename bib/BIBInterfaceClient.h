@@ -10,13 +10,13 @@ namespace BIB_T_NMT {
 
 // NOLINTBEGIN(readability-identifier-naming): the rows keep the names they have everywhere
 
-// One row of a table to be bound. A table ends in a row of two empty strings that nothing reads.
+// One row of a table to bind. A table ends with a row of two empty strings, which is never read.
 struct _t_BIBFTabEntry {
     char const* name;     // the procedure's name within its interface
     char const* procType; // the name of the procedure's signature
 };
 
-// One row of a table to be registered. The closing row has a null proc too.
+// One row of a table to register. The last row also has a null proc.
 struct _t_BIBFTabRegEntry {
     char const* name;     // the procedure's name within its interface
     char const* procType; // the name of the procedure's signature
@@ -25,10 +25,10 @@ struct _t_BIBFTabRegEntry {
 
 // NOLINTEND(readability-identifier-naming)
 
-// Fills procs, one slot for each of the count rows (the closing row not among them), from the last
-// row to the first. 1 on success; 0 at the first name that cannot be found, with a null in its slot
-// and the slots before it as they were. Throws CBIBError for such a name once the client is bound.
-// The last argument is not read.
+// Fills procs, one slot for each of the count rows (the empty last row is not counted), from the
+// last row to the first. Returns 1 on success. Returns 0 at the first name that is not found: its
+// slot is then null, and the slots before it are unchanged. Once the client is bound, throws
+// CBIBError for such a name instead. The last argument is ignored.
 int BIBLoadProcTable(
     _t_BIBFTabEntry const* table,
     unsigned long count,
@@ -36,26 +36,27 @@ int BIBLoadProcTable(
     void** procs,
     int);
 
-// Registers the count rows from the first to the last under interfaceName. 1 on success; 0 at the
-// first row that is refused, and what was registered before stays so.
+// Registers the count rows under interfaceName, from the first to the last. Returns 1 on success,
+// and 0 at the first row that the runtime rejects; earlier rows stay registered.
 int BIBRegisterProcTable(
     _t_BIBFTabRegEntry const* table, unsigned long count, char const* interfaceName);
 
-// Stores proc in a slot of a table whose slots are procedure pointers of types of their own.
+// Stores proc in a slot of a table whose slots have different procedure pointer types.
 void StoreProc(void** procs, unsigned long slot, void* proc) noexcept;
 
-// Throws the CBIBError "Missing Interface", component "BIB"; where no error table was ever bound,
-// an invalid one, whose what() must not be called.
+// Throws the CBIBError "Missing Interface" with component "BIB". If the error table was never
+// bound, the error is invalid, and its what() must not be called.
 [[noreturn]] void BIBThrowMissingInterfaceError();
 
 // The bound table of one core interface. Interface is a traits class with proctable_type, the names
-// (GetRows, kRowCount) and GetInterfaceName(). All static and, like the counter, without a lock.
+// (GetRows, kRowCount) and GetInterfaceName(). All members are static and, like the counter, not
+// synchronized.
 template <class Interface>
 class TBIBInterfaceClient {
 public:
     using proctable_type = typename Interface::proctable_type;
 
-    // Binds the table anew; whether every name was found. The argument is handed on and not read.
+    // Binds the table again. Returns whether every name was found. The argument has no effect.
     static bool LoadProcTable(bool reload) {
         static_assert(sizeof(proctable_type) == Interface::kRowCount * sizeof(void*));
         return BIBLoadProcTable(
@@ -66,12 +67,12 @@ public:
                    static_cast<int>(reload)) != 0;
     }
 
-    // The table as it stands, with no check: the path of every ordinary call.
+    // The table without a check: ordinary calls use this.
     static proctable_type const* GetProcTable() noexcept { return &fProcTable; }
     static proctable_type* GetProcTable_Mutable() noexcept { return &fProcTable; }
 
-    // The table, bound anew if the counter has moved; null when a name is missing.
-    // REQUIRES: BIBClientInit has found the counter.
+    // The table, bound again if the counter has changed; null if a name is missing. REQUIRES:
+    // BIBClientInit has found the counter.
     static proctable_type const* PeekProcTable() {
         unsigned long const count = *gBIBUnregisterCount;
         if (count != fCount) {
@@ -83,7 +84,8 @@ public:
         return &fProcTable;
     }
 
-    // The same, with a thrown CBIBError "Missing Interface" in place of null.
+    // The same check, but throws the CBIBError "Missing Interface" where PeekProcTable returns
+    // null.
     static void CheckInterface() {
         if (PeekProcTable() == nullptr) {
             BIBThrowMissingInterfaceError();
@@ -91,11 +93,11 @@ public:
     }
 
     static inline constinit proctable_type fProcTable = {};
-    // The counter's value at the last load; 0 for never.
+    // The counter's value at the last successful load; 0 before the first.
     static inline constinit unsigned long fCount = 0;
 };
 
-// The table unchecked, and the table checked: see TBIBInterfaceClient.
+// GetProcs returns the table without a check, PeekProcs with one: see TBIBInterfaceClient.
 template <class Interface>
 typename Interface::proctable_type const* GetProcs() noexcept {
     return TBIBInterfaceClient<Interface>::GetProcTable();
@@ -106,8 +108,8 @@ typename Interface::proctable_type const* PeekProcs() {
     return TBIBInterfaceClient<Interface>::PeekProcTable();
 }
 
-// Stores a bound table, or null, as the one that is known. Where it is known already nothing is
-// written, so that threads whose calls bind no table meet no write of each other.
+// Stores a bound table, or null, in known. Writes only if the value changes, so that threads whose
+// calls bind no table do not write to shared memory.
 template <class Table>
 Table const* Renew(Table const*& known, Table const* bound) noexcept {
     if (known != bound) {
@@ -116,9 +118,9 @@ Table const* Renew(Table const*& known, Table const* bound) noexcept {
     return known;
 }
 
-// The table of an interface that is bound on its first use, bound anew through construct if the
-// counter has moved from stamp; null when a name is missing, and then the table's first slot is
-// null too, so that a stale pointer to it shows.
+// The table of an interface that is bound on first use. If the counter differs from stamp,
+// construct binds the table again. Returns null if a name is missing; the first slot of the table
+// is then null too, so that a call through a stale pointer to the table fails visibly.
 template <class Table>
 Table const* GuardGlobalProcs(Table& table, unsigned long& stamp, int (*construct)(Table*)) {
     unsigned long const count = *gBIBUnregisterCount;
@@ -149,10 +151,10 @@ Table const* GuardGlobalProcs(Table& table, unsigned long& stamp, int (*construc
     }; \
     using Interface = Traits
 
-// Declares the table of Interface, its stamp (0 for never bound), the function that binds it (1, or
-// 0 when a name is missing) and the one that guards it (see GuardGlobalProcs). The guard throws
-// CBIBError for a missing name once the client is bound. REQUIRES: BIBClientInit has found the
-// counter.
+// Declares the table of Interface, its stamp (0 before the first load), the function that binds the
+// table (1, or 0 if a name is missing), and the function that returns the checked table (see
+// GuardGlobalProcs). The latter throws CBIBError for a missing name once the client is bound.
+// REQUIRES: BIBClientInit has found the counter.
 #define BIB_DECLARE_GLOBAL_PROCS(Interface) \
     extern _t_##Interface g##Interface; \
     extern unsigned long g##Interface##Count; \
@@ -172,7 +174,8 @@ Table const* GuardGlobalProcs(Table& table, unsigned long& stamp, int (*construc
         return GuardGlobalProcs(g##Interface, g##Interface##Count, &Construct##Interface##Procs); \
     }
 
-// At the end of a class: the table of Interface as it was bound last, in fProcs too.
+// Use at the end of a class. GetProcs() returns the current table of Interface and stores it in
+// fProcs.
 #define BIB_KEEP_GLOBAL_PROCS(Interface) \
     static _t_##Interface const* GetProcs() { \
         return Renew(fProcs, GetGlobal##Interface##Procs()); \
@@ -183,7 +186,7 @@ private: \
 
 // NOLINTEND(bugprone-macro-parentheses)
 
-// The bound tables that the handles on atoms and errors call.
+// The bound tables that the handles for atoms and errors call.
 BIB_DECLARE_INTERFACE(BIBStringInterface, BIBStringTraits, BIB_STRING_INTERFACE_ROWS, 4);
 BIB_DECLARE_INTERFACE(BIBErrorInterface, BIBErrorTraits, BIB_ERROR_INTERFACE_ROWS, 8);
 

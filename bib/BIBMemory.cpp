@@ -64,7 +64,7 @@ BIBSharedBuffer* CBIBSharedBuff::NewBuffer(
     if (buffer == nullptr) {
         CBIBMemory::ThrowMemError();
     }
-    // The block is the runtime's from here on.
+    // The runtime owns the block from here on.
     guard.release();
     return buffer;
 }

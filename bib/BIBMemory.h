@@ -1,4 +1,4 @@
-// The runtime's memory, and buffers that go with their scope.
+// The runtime's memory, and buffers that are freed at the end of their scope.
 #pragma once
 
 #include "api/BIBMemoryInterface.h"
@@ -14,10 +14,10 @@ namespace BIB_T_NMT {
 
 BIB_DECLARE_INTERFACE(BIBMemoryInterface, BIBMemoryTraits, BIB_MEMORY_INTERFACE_ROWS, 4);
 
-// Blocks from the runtime. No instances.
+// Blocks from the runtime. All members are static.
 class CBIBMemory {
 public:
-    // Checks the table: true, or a thrown CBIBError "Missing Interface".
+    // Binds the table. Returns true, or throws the CBIBError "Missing Interface".
     static bool Init();
 
     // A block of size bytes, never null. Throws the memory error.
@@ -26,23 +26,23 @@ public:
     // Frees a block.
     static void Free(void* block) { GetProcs<BIBMemoryInterface>()->Free(block); }
 
-    // Throws a copy of the runtime's memory error, for which the runtime needs no memory.
+    // Throws a copy of the runtime's memory error, which needs no allocation.
     [[noreturn]] static void ThrowMemError();
 };
 
-// Owns a block of count elements from Memory::Alloc, or none. Elements are not constructed and
-// start with whatever the block holds. A value of one thread.
+// Owns a block of count elements from Memory::Alloc, or none. Elements are not constructed, and
+// their initial contents are undefined. Use it on one thread at a time.
 template <class T, class Memory>
 class TBIBMemoryBuffer {
     static_assert(std::is_trivially_copyable_v<T>);
 
 public:
-    // count elements; no block for 0. Throws the memory error.
+    // Allocates count elements; no block for 0. Throws the memory error.
     explicit TBIBMemoryBuffer(unsigned long count)
         : fBuffer(Allocate(count)),
           fNumElements(count) {}
 
-    // A copy of count elements at source, which is not read for 0. Throws the memory error.
+    // Copies count elements from source, which is not read if count is 0. Throws the memory error.
     TBIBMemoryBuffer(T const* source, unsigned long count) : TBIBMemoryBuffer(count) {
         CopyFrom(source);
     }
@@ -67,17 +67,18 @@ public:
         }
     }
 
-    // The block; null when there is none.
+    // The block; null if there is none.
     T* GetBuffer() noexcept { return fBuffer; }
     T const* GetBuffer() const noexcept { return fBuffer; }
 
     // The size in bytes.
     unsigned long GetSize() const noexcept { return fNumElements * sizeof(T); }
 
-    // REQUIRES: index is below the count of elements.
+    // REQUIRES: index is less than the number of elements.
     T& operator[](unsigned long index) noexcept { return fBuffer[index]; }
 
-    // Hands the block to the caller, who frees it with Memory::Free, and leaves the buffer empty.
+    // Transfers the block to the caller, who frees it with Memory::Free, and leaves the buffer
+    // empty.
     T* TakeBuffer() noexcept {
         fNumElements = 0;
         return std::exchange(fBuffer, nullptr);

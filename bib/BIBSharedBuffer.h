@@ -1,4 +1,4 @@
-// Shared buffers: counted blocks of the runtime.
+// Shared buffers: reference-counted blocks of the runtime.
 #pragma once
 
 #include "api/BIBSharedBuffInterface.h"
@@ -13,14 +13,14 @@ namespace BIB_T_NMT {
 BIB_DECLARE_INTERFACE(
     BIBSharedBuffInterface, BIBSharedBuffTraits, BIB_SHARED_BUFF_INTERFACE_ROWS, 6);
 
-// The making of shared buffers. No instances.
+// Creates shared buffers. All members are static.
 class CBIBSharedBuff {
 public:
-    // Throws the CBIBError "Missing Interface" when the table cannot be bound.
+    // Binds the table. Throws the CBIBError "Missing Interface" if that fails.
     static void Init();
 
-    // A buffer of size bytes with one reference for the caller, in block if that is not null.
-    // Throws the memory error, and then block has been freed through deleteProc, if there is one.
+    // A buffer of size bytes with one reference for the caller; it uses block if that is not null.
+    // Throws the memory error; block has then been freed through deleteProc, if there is one.
     static BIBSharedBuffer* NewBuffer(
         unsigned long size,
         void* block,
@@ -29,19 +29,19 @@ public:
         void* clientData);
 };
 
-// Frees a block of CBIBMemory: the deleter for blocks that a memory buffer hands over.
+// Frees a block of CBIBMemory: the deleter for a block that a memory buffer has transferred.
 void BIBDeleteSharedBuff(void* block);
 
-// One counted reference on a shared buffer of elements, or none: an empty handle. The data is never
-// written to by the handle, so copies on several threads share it safely.
+// Owns one reference to a shared buffer of elements, or none: an empty handle. A handle never
+// writes to the data, so several threads may use copies of one handle.
 template <class T>
 class TBIBSharedBuffer : public CBIBClientBase {
 public:
     // An empty handle.
     TBIBSharedBuffer() noexcept = default;
 
-    // A handle on buffer; an empty one for null. adopt: the caller's reference goes over to the
-    // handle. Throws CBIBError when the interface is missing.
+    // A handle to buffer; an empty handle for null. With adopt, the handle takes ownership of the
+    // caller's reference; without, it adds one. Throws CBIBError if the interface is missing.
     TBIBSharedBuffer(BIBSharedBuffer* buffer, bool adopt) : fSharedBuffer(buffer) {
         if (buffer == nullptr) {
             return;
@@ -54,14 +54,14 @@ public:
         fSize = Procs()->GetSize(buffer);
     }
 
-    // A new buffer of count elements, not cleared. Throws the memory error.
+    // A new buffer of count elements, not initialized. Throws the memory error.
     TBIBSharedBuffer(unsigned long count, BIBSharedBuffPurgeProc purgeProc) : fSize(SizeOf(count)) {
         fSharedBuffer = CBIBSharedBuff::NewBuffer(fSize, nullptr, nullptr, purgeProc, nullptr);
         fBuffer = static_cast<T*>(Procs()->GetBuffer(fSharedBuffer));
     }
 
-    // A new buffer on the block of source, which is empty from here on, also when this throws the
-    // memory error. The block goes through deleteProc in the end.
+    // A new buffer that takes ownership of the block of source. source is empty afterwards, also if
+    // this throws the memory error. deleteProc frees the block in the end.
     TBIBSharedBuffer(TBIBMemoryBuffer<T, CBIBMemory>& source, void (*deleteProc)(void*))
         : fSize(source.GetSize()) {
         fSharedBuffer =
@@ -81,7 +81,7 @@ public:
 
     // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): the order below bears it
     TBIBSharedBuffer& operator=(TBIBSharedBuffer const& other) {
-        // The new reference comes first: the two may be one buffer.
+        // Adds the new reference before it releases the old one: both may be to one buffer.
         if (other.fSharedBuffer != nullptr) {
             Procs()->AddRef(other.fSharedBuffer);
         }
@@ -95,13 +95,13 @@ public:
     }
 
     ~TBIBSharedBuffer() {
-        // A handle in static storage may go before the table was ever bound.
+        // A handle in static storage may be destroyed although the table was never bound.
         if (fSharedBuffer != nullptr && Procs()->Release != nullptr) {
             Procs()->Release(fSharedBuffer);
         }
     }
 
-    // The buffer with a reference for the caller; null for an empty handle.
+    // The buffer, with a reference for the caller; null for an empty handle.
     BIBSharedBuffer* GetSharedBuffer() const {
         if (fSharedBuffer != nullptr) {
             Procs()->AddRef(fSharedBuffer);
@@ -109,17 +109,17 @@ public:
         return fSharedBuffer;
     }
 
-    // The buffer, not counted.
+    // The buffer, borrowed.
     BIBSharedBuffer* PeekSharedBuffer() const noexcept { return fSharedBuffer; }
 
     // The data; null for an empty handle.
     T* GetBuffer() const noexcept { return fBuffer; }
 
-    // The size in bytes, and in elements, rounded down.
+    // The size in bytes, and the number of whole elements.
     unsigned long GetSize() const noexcept { return fSize; }
     unsigned long GetNumElements() const noexcept { return fSize / sizeof(T); }
 
-    // REQUIRES: index is below GetNumElements().
+    // REQUIRES: index is less than GetNumElements().
     T& operator[](unsigned long index) const noexcept { return fBuffer[index]; }
 
     bool IsValid() const noexcept { return fSharedBuffer != nullptr; }

@@ -1,6 +1,7 @@
-// Handles on the runtime's streams, one class for each level, and its further data sources.
+// Handles to the runtime's streams, one class for each level, and caches for its other data
+// sources.
 //
-// A handle is a value of one thread, and copies share the stream and its position. Every operation
+// Use a handle on one thread at a time. Copies share the stream and its position. Every operation
 // throws the runtime's error as a CBIBError. Constructors from a pointer throw the CBIBErrors
 // "invalid container" (also for null) and "couldn't get signature".
 #pragma once
@@ -31,8 +32,8 @@ class CBIBSimpleStream : public TBIBContainerBase<BIBSimpleStream> {
 public:
     explicit CBIBSimpleStream(BIBSimpleStream* stream);
 
-    // Reads up to size bytes. The number of bytes read: fewer than size only at the end of the
-    // data.
+    // Reads up to size bytes. Returns the number of bytes read, which is less than size only at the
+    // end of the data.
     unsigned long Read(unsigned char* buffer, unsigned long size) const;
     unsigned long Read(void* buffer, unsigned long size) const {
         return Read(static_cast<unsigned char*>(buffer), size);
@@ -52,19 +53,19 @@ public:
 private:
     friend CBIBSimpleStreamTerminate;
 
-    // Belongs to the cache.
+    // Owned by the cache.
     _t_BIBSimpleStreamInterface* fSimpleVTab = nullptr;
 
     static TBIBVTabList<_t_BIBSimpleStreamInterface> fSimpleVTabList;
     static CBIBSimpleStreamTerminate fSimpleTerm;
 };
 
-// A stream that can go back to its start.
+// A stream that can be rewound.
 class CBIBRewindableStream : public CBIBSimpleStream {
 public:
     explicit CBIBRewindableStream(BIBRewindableStream* stream);
 
-    // The stream, not counted.
+    // The stream, borrowed.
     operator BIBRewindableStream*() const noexcept {
         return reinterpret_cast<BIBRewindableStream*>(fContainer);
     }
@@ -77,7 +78,7 @@ public:
 private:
     friend CBIBRewindableStreamTerminate;
 
-    // Belongs to the cache.
+    // Owned by the cache.
     _t_BIBRewindableStreamInterface* fRewindableVTab = nullptr;
 
     static TBIBVTabList<_t_BIBRewindableStreamInterface> fRewindableVTabList;
@@ -95,15 +96,15 @@ public:
 
     explicit CBIBPositionableStream(BIBPositionableStream* stream);
 
-    // The stream, not counted.
+    // The stream, borrowed.
     operator BIBPositionableStream*() const noexcept {
         return reinterpret_cast<BIBPositionableStream*>(fContainer);
     }
 
-    // The position: bytes from the start.
+    // The position in bytes from the start.
     unsigned long Mark() const;
 
-    // Moves to offset bytes from origin, or to position.
+    // Moves to offset bytes from origin, or to position in bytes from the start.
     void Seek(long offset, BIBPositionableStream_SeekOrigin origin) const;
     void Seek(unsigned long position) const {
         Seek(static_cast<long>(position), kBIBSeekFromStart);
@@ -124,14 +125,14 @@ public:
 private:
     friend CBIBPositionableStreamTerminate;
 
-    // Belongs to the cache.
+    // Owned by the cache.
     _t_BIBPositionableStreamInterface* fPositionableVTab = nullptr;
 
     static TBIBVTabList<_t_BIBPositionableStreamInterface> fPositionableVTabList;
     static CBIBPositionableStreamTerminate fPositionableTerm;
 };
 
-// The terminators of the three caches.
+// The terminators of the three method-table caches.
 class CBIBSimpleStreamTerminate : public TVTabForgetfulTerminate<
                                       CBIBSimpleStream,
                                       CBIBSimpleStream::fSimpleVTabList,
@@ -152,22 +153,22 @@ class CBIBPositionableStreamTerminate : public TVTabForgetfulTerminate<
 
 BIB_DECLARE_GLOBAL_PROCS(BIBStreamFactoryInterface);
 
-// The stream factory. No instances. The streams come unowned; null when the factory cannot be
-// bound. Throws the runtime's error when it makes no stream, and for a missing name once the client
-// is bound.
+// The stream factory. All members are static. The streams are unowned; null if the factory cannot
+// be bound. Throws the runtime's error if it cannot make the stream, and for a missing name once
+// the client is bound.
 class CBIBStreamFactory {
 public:
-    // Whether the table is bound.
+    // Binds the table if necessary. Returns whether it is bound.
     static bool Init() { return GetGlobalBIBStreamFactoryInterfaceProcs() != nullptr; }
 
-    // An empty stream that can be written.
+    // An empty, writable stream.
     static BIBPositionableStream* NewMemoryStream();
 
     // A stream that reads buffer and keeps it alive.
     static BIBPositionableStream* NewBufferStream(TBIBSharedBuffer<unsigned char> const& buffer);
 };
 
-// Caches for the runtime's further data sources, for which there are no handle classes.
+// Caches for the runtime's other data sources, which have no handle classes.
 struct BIBDataBlockStreamTraits {
     using proctable_type = _t_BIBDataBlockStreamInterface;
 };
@@ -195,7 +196,7 @@ template <>
 int TInterfaceConstructor<_t_BIBDataStoreInterface>::InitProc(
     BIBContainer const* container, int mustExist, _t_BIBDataStoreInterface* table);
 
-// Defined with the other static objects: their order matters.
+// Defined with the other static objects, because the order of construction matters.
 template <>
 TDelVTabList<_t_BIBDataStoreInterface> TBIB2VTabList<BIBDataStoreInterface>::fVTabList;
 template <>

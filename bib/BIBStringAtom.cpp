@@ -26,7 +26,8 @@ CBIBStringAtom::CBIBStringAtom(BIBStringAtom* atom, bool adopt) : fAtom(atom) {
 
 CBIBStringAtom& CBIBStringAtom::operator=(char const* text) {
     auto const* const procs = GetProcs<BIBStringInterface>();
-    // The new reference comes first: for the same text the count must not pass through zero.
+    // Takes the new reference before it releases the old one: for equal strings the count must not
+    // reach zero.
     BIBStringAtom* const atom = procs->NewStringAtom(text);
     if (fAtom != nullptr) {
         procs->DeleteStringAtom(fAtom);

@@ -1,35 +1,36 @@
-// String atoms: interned texts, equal if and only if their text pointers are.
+// String atoms: interned strings, which are equal if and only if their pointers are.
 #pragma once
 
 #include "api/BIBStringInterface.h"
 
 namespace BIB_T_NMT {
 
-// One counted reference on an atom of the runtime, with its text; or empty. Not copied: each use
-// makes its own.
+// Owns one reference to an atom of the runtime, or none: an empty handle. Keeps a pointer to the
+// atom's string. Not copyable: each user makes its own.
 class CBIBStringAtom {
 public:
     // An empty handle.
     CBIBStringAtom() noexcept = default;
 
-    // The atom of a NUL-terminated text. Throws the memory error when there is none to be had.
+    // The atom of a NUL-terminated string. Throws the memory error if the runtime makes none.
     explicit CBIBStringAtom(char const* text);
 
-    // A handle on atom, which may be null. adopt: the caller's reference goes over to the handle.
+    // A handle to atom, which may be null. With adopt, the handle takes ownership of the caller's
+    // reference; without, it adds one.
     CBIBStringAtom(BIBStringAtom* atom, bool adopt);
 
     CBIBStringAtom(CBIBStringAtom const&) = delete;
     CBIBStringAtom& operator=(CBIBStringAtom const&) = delete;
 
-    // Exchanges the atom for that of text. A failure is not noticed here: the handle is then empty.
+    // Replaces the atom with that of text. A failure is not reported: the handle is then empty.
     CBIBStringAtom& operator=(char const* text);
 
     ~CBIBStringAtom();
 
-    // The text, which belongs to the atom; null for an empty handle.
+    // The string, owned by the atom; null for an empty handle.
     char const* c_str() const noexcept { return fCString; }
 
-    // The atom, not counted.
+    // The atom, borrowed.
     operator BIBStringAtom*() const noexcept { return fAtom; }
 
     // Throws the memory error.

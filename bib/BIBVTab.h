@@ -1,4 +1,5 @@
-// Method tables: found once for each signature and cached, so that a later call costs one jump.
+// Method tables: loaded once for each signature and cached, so that a method call costs one
+// indirect call.
 #pragma once
 
 #include "bib/BIBContainer.h"
@@ -8,8 +9,9 @@
 namespace BIB_T_NMT {
 
 // Fills methods, one slot for each of the count rows, from the first row to the last, with the
-// methods of the container's signature. A missing method gives a null slot; with mustExist non-zero
-// the answer is then 0 at once, else 1 after the last row. Throws the runtime's error.
+// methods of the container's signature. A missing method makes its slot null. With mustExist
+// nonzero the result is then 0 at once; otherwise it is 1 after the last row. Throws the runtime's
+// error.
 int BIBLoadMethodTable(
     _t_BIBFTabEntry const* table,
     unsigned long count,
@@ -17,11 +19,11 @@ int BIBLoadMethodTable(
     int mustExist,
     void** methods);
 
-// Fills a method table of type T. Result as BIBLoadMethodTable.
+// Fills a method table of type T. The result is as for BIBLoadMethodTable.
 template <class T>
 using TBIBMethodLoader = int (*)(BIBContainer const* container, int mustExist, T* table);
 
-// A loader whose table type is forgotten.
+// A loader with its table type erased.
 class BIBMethodLoader {
 public:
     template <class T>
@@ -46,15 +48,16 @@ private:
     int (*fCall)(AnyProc, BIBContainer const*, int, void**);
 };
 
-// One cached method table: the methods of one signature. Its slots lie directly behind it, in the
-// same allocation, and stay there when it is loaded anew, so a pointer to them stays good.
+// One cached method table: the methods of one signature. Its slots are directly behind it in the
+// same allocation and do not move when the table is loaded again, so a pointer to them stays valid.
 class BIBVTabGeneric : public double_linked_list_element<BIBVTabGeneric, CBIBClientBasePMT> {
 public:
     // A new entry at the head of list, without a signature and not loaded. Throws the memory error.
     static BIBVTabGeneric* NewBIBVTab(unsigned long methodCount, List& list);
 
-    // Loads the methods of the container's signature. An exception leaves the entry stamped: it is
-    // not tried again until the runtime's unregister counter moves.
+    // Loads the methods of the container's signature. The stamp is set first: a load of this entry
+    // that fails or throws is not repeated until the runtime's unregister counter changes. If a
+    // repeated load throws, the slots that it has not reached keep the methods of the load before.
     void Reload(BIBContainer const* container, BIBMethodLoader loader);
 
     bool HasSignature(char const* signature) const noexcept {
@@ -63,7 +66,7 @@ public:
 
     bool IsStale() const noexcept { return fUnregisterCount != *gBIBUnregisterCount; }
 
-    // The slots; null when the last load failed.
+    // The slots; null if the last load failed.
     void* GetVTab() noexcept { return fLoaded ? Slots() : nullptr; }
 
 private:
@@ -77,8 +80,16 @@ private:
     bool fLoaded = false;
 };
 
-// The cache of one kind of method table, the newest signature first. Entries stay until they are
-// deleted with the binding. Not safe across threads.
+// The cache of one kind of method table: one entry for each signature, newest first.
+//
+// A handle gets its table once, in its constructor, by the signature of its container, and keeps a
+// pointer to the slots; it never checks the table again. The runtime increases its unregister
+// counter whenever an interface is unregistered, and each entry stores the counter's value from its
+// last load. When a new handle finds an entry with another value, it loads the methods again, into
+// the same slots. Older handles of that signature point to these slots, so they call the new
+// methods as well. Between an unregistration and this load they still call the old ones. Entries
+// are never removed one by one, because handles point to them: the binding's end deletes them all.
+// Not thread-safe.
 class BIBVTabListGeneric
     : public no_construct_double_linked_list<BIBVTabGeneric, CBIBClientBasePMT> {
 public:
@@ -86,16 +97,16 @@ public:
         : no_construct_double_linked_list(),
           fMethodCount(methodCount) {}
 
-    // The slots for the container's signature, loaded if need be. Throws the CBIBErrors "couldn't
+    // The slots for the container's signature, loaded if necessary. Throws the CBIBErrors "couldn't
     // get signature" and "invalid container" (a required method is missing), or the runtime's
     // error.
     void* GetVTab(BIBContainer const* container, BIBMethodLoader loader);
 
-    // The same with null in place of "invalid container".
+    // As GetVTab, but returns null instead of throwing "invalid container".
     void* GetVTabDynamic(BIBContainer const* container, BIBMethodLoader loader);
 
 private:
-    // Deletes an entry whose load throws.
+    // Deletes a new entry if its first load throws.
     class AutoRemove;
 
     BIBVTabGeneric* Find(char const* signature) const noexcept;
@@ -104,7 +115,7 @@ private:
     unsigned long fMethodCount;
 };
 
-// The same with the type of the table.
+// The same for tables of type T.
 template <class T>
 class TBIBVTabList : public BIBVTabListGeneric {
 public:
@@ -115,7 +126,7 @@ public:
     }
 };
 
-// A cache that empties itself with the binding, for an interface that has no handle class.
+// A cache that is emptied when the binding ends, for an interface without a handle class.
 class DelVTabListGeneric : public LazyTerminate, public BIBVTabListGeneric {
 public:
     DelVTabListGeneric(unsigned long methodCount, BIBMethodLoader initProc) noexcept
@@ -129,7 +140,7 @@ public:
     BIBMethodLoader const fInitProc;
 };
 
-// Has the loader of T's tables: specialised where the rows of T are.
+// Holds the loader of T's tables; specialized where the rows of T are defined.
 template <class T>
 struct TInterfaceConstructor {
     static int InitProc(BIBContainer const* container, int mustExist, T* table);
@@ -138,19 +149,19 @@ struct TInterfaceConstructor {
 template <class T>
 class TDelVTabList : public DelVTabListGeneric {
 public:
-    // The argument is not read.
+    // The argument is ignored.
     explicit TDelVTabList(int) noexcept
         : DelVTabListGeneric(
               sizeof(T) / sizeof(void*), BIBMethodLoader(&TInterfaceConstructor<T>::InitProc)) {}
 };
 
-// The cache of an interface that has no handle class.
+// The cache of an interface without a handle class.
 template <class Interface>
 struct TBIB2VTabList {
     static TDelVTabList<typename Interface::proctable_type> fVTabList;
 };
 
-// Defines loader as the one of the method tables of Interface, whose rows are ROWS.
+// Defines loader for the method tables of Interface, whose rows are ROWS.
 #define BIB_DEFINE_LOADER(loader, Interface, ROWS, rowCount) \
     int loader(BIBContainer const* container, int mustExist, _t_##Interface* table) { \
         static constexpr _t_BIBFTabEntry kRows[] = {ROWS(BIB_TABLE_NAMES){"", ""}}; \
@@ -160,28 +171,28 @@ struct TBIB2VTabList {
             kRows, rowCount, container, mustExist, reinterpret_cast<void**>(table)); \
     }
 
-// The same of an interface that has handle classes, and of one that has none.
+// The same for an interface with handle classes, and for one without.
 #define BIB_DEFINE_METHOD_LOADER(Interface, ROWS, rowCount) \
     BIB_DEFINE_LOADER(Construct##Interface##Methods, Interface, ROWS, rowCount)
 #define BIB_DEFINE_INIT_PROC(Interface, ROWS, rowCount) \
     template <> \
     BIB_DEFINE_LOADER(TInterfaceConstructor<_t_##Interface>::InitProc, Interface, ROWS, rowCount)
 
-// The terminator of a cache: empties it with the binding. VTab is where a handle keeps its method
-// table.
+// The terminator of a cache: empties it when the binding ends. VTab is the member in which a handle
+// stores its method table.
 template <class Handle, auto& Cache, auto VTab, auto Loader>
 class TVTabTerminate : public LazyTerminate {
 public:
     void Terminate() override { Cache.DeleteAllElements(); }
 
-    // Gives handle its method table, and returns it.
+    // Stores the method table in handle, and returns handle.
     Handle* InitVTab(Handle* handle) {
         handle->*VTab = Cache.GetVTab(*handle, Loader);
         return handle;
     }
 };
 
-// The same, and can walk away from the cache's entries.
+// As TVTabTerminate; Kill() drops the cache's entries without deleting them.
 template <class Handle, auto& Cache, auto VTab, auto Loader>
 class TVTabForgetfulTerminate : public TVTabTerminate<Handle, Cache, VTab, Loader> {
 public:

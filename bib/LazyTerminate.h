@@ -1,35 +1,38 @@
-// A second life cycle for static objects, which are in lists from their construction on: set up and
-// torn down with the binding to the runtime.
+// Start and stop of static objects. The objects add themselves to a list when they are constructed;
+// the list is initialized and terminated with the binding to the runtime.
 #pragma once
 
 #include "bib/BIBClient.h"
 
-// An intrusive double linked list whose head may be used before its construction.
+// An intrusive doubly linked list whose head may be used before it is constructed.
 template <class T, class Parent>
 class double_linked_list_element;
 
-// The head of a list. In static storage it is an empty list from the start, before any constructor
-// has run, so elements of other units can link themselves in early; and its destructor leaves alone
-// what is still linked. Elsewhere it must be value-initialised.
+// The head of a list. In static storage it is an empty list before any constructor has run, so
+// objects of other translation units can add themselves early. Its destructor leaves the elements
+// unchanged. Elsewhere it must be value-initialized.
 template <class T, class Parent>
 class no_construct_double_linked_list {
 public:
     using Element = double_linked_list_element<T, Parent>;
 
-    // The head and the tail; null for an empty list. The tail is found by walking.
+    // The first and the last element; null for an empty list. Finding the last one is linear in the
+    // length of the list.
     T* GetFirstElement() const noexcept { return static_cast<T*>(fFirst); }
     T* GetLastElement() const noexcept { return static_cast<T*>(LastLink()); }
 
     unsigned long GetElementCount() const noexcept { return fElementCount; }
 
-    // Deletes every element, each of which unlinks itself. REQUIRES: they were made by new.
+    // Deletes every element; each removes itself from the list. REQUIRES: they were allocated with
+    // new.
     void DeleteAllElements() {
         while (fFirst != nullptr) {
             delete fFirst;
         }
     }
 
-    // Walks away from the elements: they stay allocated, and the count keeps its value.
+    // Drops the elements without deleting them: they stay allocated. GetElementCount() keeps its
+    // value.
     void ForgetElements() noexcept { fFirst = nullptr; }
 
 private:
@@ -43,12 +46,12 @@ private:
         return last;
     }
 
-    // No initialisers: see above.
+    // No initializers: see the comment of the class.
     Element* fFirst;
     unsigned long fElementCount;
 };
 
-// Base of an object that is in one list for as long as it lives. Parent is a base that gives it an
+// Base of an object that is in one list for its whole lifetime. Parent is a base that provides an
 // allocator, or an empty class.
 template <class T, class Parent>
 class double_linked_list_element : public Parent {
@@ -62,10 +65,10 @@ public:
 
     virtual ~double_linked_list_element() { Remove(); }
 
-    // The next element; null at the end.
+    // The next element; null after the last.
     T* GetNextElement() const noexcept { return static_cast<T*>(fNext); }
 
-    // Links the element in at the end or at the head. REQUIRES: it is not linked in.
+    // Adds the element at the end or at the head. REQUIRES: it is not in the list.
     void Add(bool atEnd) noexcept {
         fPrev = atEnd ? fOwnerList->LastLink() : nullptr;
         auto*& link = fPrev != nullptr ? fPrev->fNext : fOwnerList->fFirst;
@@ -77,7 +80,7 @@ public:
         ++fOwnerList->fElementCount;
     }
 
-    // Unlinks the element from its list.
+    // Removes the element from its list.
     void Remove() noexcept {
         if (fNext != nullptr) {
             fNext->fPrev = fPrev;
@@ -93,7 +96,7 @@ public:
 private:
     friend List;
 
-    // Links between elements and not between Ts: an element under construction is no T yet.
+    // Pointers to elements rather than to T: during construction an element is not yet a T.
     double_linked_list_element* fNext = nullptr;
     double_linked_list_element* fPrev = nullptr;
     List* fOwnerList;
@@ -101,30 +104,40 @@ private:
 
 namespace BIB_T_NMT {
 
-// A static object that hears of start and stop. It is in one list from its construction on, the
-// newest first, and stays there over any number of bindings.
+// A static object that is notified of start and stop. It is in one list for its whole lifetime,
+// over any number of bindings.
+//
+// An object is added at the head, so the list runs from the newest to the oldest, and both start
+// and stop follow it in that order. Objects are constructed in the order of their definitions in
+// BIB.cpp and then POS.cpp. A stop therefore releases first the caches of validators and values,
+// then those of streams from the highest level to the lowest, and last those of other data sources.
+// BIBClientTerminate purges the static caches before this step. It releases the runtime's errors
+// after it, so the memory error is available until then, and clears the lookup last. A stop
+// destroys no LazyTerminate object: the destructors run when the library is unloaded and only
+// remove the objects from the list.
 class LazyTerminate : public double_linked_list_element<LazyTerminate, BIBDLLEParent> {
 public:
     using List = no_construct_double_linked_list<LazyTerminate, BIBDLLEParent>;
 
     LazyTerminate() noexcept : double_linked_list_element(fList, /*atEnd=*/false) {}
 
-    // Called when the client has been bound. False, like an exception, makes the start fail.
+    // Called after the client is bound. If it returns false or throws, the start fails.
     virtual bool Initialize() { return true; }
 
-    // Called before the client lets go of the runtime: gives back what was taken from it.
+    // Called before the client releases the runtime. Releases everything that was obtained from it.
     virtual void Terminate() {}
 
-    // Walks away from what is held, without a call to the runtime.
+    // Drops owned resources without calling the runtime.
     virtual void Kill() {}
 
     static List& GetList() noexcept { return fList; }
 
-    // Initializes the objects from the head of the list on. If one fails, those before it are
-    // terminated, and the answer is false.
+    // Initializes the objects from the head of the list. If one fails, those before it are
+    // terminated, and the result is false.
     static bool InitializeAll();
 
-    // Terminates the objects from the head on. An exception passes out and ends the walk.
+    // Terminates the objects from the head of the list. An exception passes to the caller and ends
+    // the traversal.
     static void TerminateAll();
 
 private:

@@ -1,5 +1,5 @@
-// The static objects of the POS client. They stand together because the order of their construction
-// matters, and behind those of the BIB client.
+// The static objects of the POS client, in one file because the order of their construction
+// matters. They are constructed after those of the BIB client: this file is linked after BIB.cpp.
 
 #include "bib/POSCollections.h"
 #include "bib/POSObject.h"

@@ -1,4 +1,4 @@
-// The handles on the runtime's arrays and dictionaries.
+// Handles to the runtime's arrays and dictionaries.
 #pragma once
 
 #include "api/POSCollectionInterfaces.h"
@@ -12,8 +12,7 @@ namespace BIB_T_NMT {
 
 BIB_DECLARE_GLOBAL_PROCS(POSArrayInterface);
 
-// An array of values. It counts the values that it holds; a const handle changes the array all the
-// same.
+// An array of values. It owns references to its values. A const handle can change the array.
 class CPOSArray : public CPOSObject {
 public:
     // A new, empty array. Throws CBIBError.
@@ -26,12 +25,12 @@ public:
     // The number of elements.
     unsigned long Count() const { return fProcs->Count(As<POSArray>()); }
 
-    // The element. Out of range: an invalid handle if quiet, else POSException "CPOSArray::GetAt
-    // subscript failed".
+    // The element at index. Out of range: an invalid handle if quiet, else POSException
+    // "CPOSArray::GetAt subscript failed".
     CPOSObject GetAt(unsigned long index, bool quiet) const;
     CPOSObject operator[](unsigned int index) const { return GetAt(index, /*quiet=*/false); }
 
-    // Add an element at the end, and take one out. The runtime's answer is handed on.
+    // Append adds an element at the end, Remove removes one. Both return the runtime's result.
     long Append(CPOSObject const& value) const { return fProcs->Append(As<POSArray>(), value); }
     long Remove(unsigned long index) const { return fProcs->Remove(As<POSArray>(), index); }
 
@@ -40,14 +39,15 @@ public:
 
 BIB_DECLARE_GLOBAL_PROCS(POSDictInterface);
 
-// A dictionary of values. It counts the values that it holds; a const handle changes the dictionary
-// all the same. The forms with a char const* key make an atom of it and may throw the memory error.
+// A dictionary of values. It owns references to its values. A const handle can change the
+// dictionary. The overloads with a char const* key make an atom from it and may throw the memory
+// error.
 class CPOSDict : public CPOSObject {
 public:
     // A new, empty dictionary. Throws CBIBError.
     CPOSDict();
 
-    // A handle on dict; an invalid one when the interface cannot be bound.
+    // A handle to dict; an invalid handle if the interface cannot be bound.
     explicit CPOSDict(POSDict* dict);
 
     CPOSDict(CPOSObject const& object, bool quiet);
@@ -59,7 +59,7 @@ public:
     CPOSObject Get(CBIBStringAtom const& key, bool quiet) const;
     CPOSObject Get(char const* key, bool quiet) const { return Get(CBIBStringAtom(key), quiet); }
 
-    // The same as a value of a type: Get, then the downcast, each quiet or not.
+    // The value under key as a value of one type: Get, then the downcast, both quiet or not.
     CPOSDict GetDict(CBIBStringAtom const& key, bool quiet) const {
         return CPOSDict(Get(key, quiet), quiet);
     }
@@ -76,13 +76,13 @@ public:
         return CPOSUnicodeString(Get(key, quiet), quiet);
     }
 
-    // Whether there is a value under key. The cheap test: it makes no handle.
+    // Whether there is a value under key. Faster than Get: it makes no handle.
     bool HasKey(CBIBStringAtom const& key) const {
         return fProcs->Get(As<POSDict>(), key) != nullptr;
     }
     bool HasKey(char const* key) const { return HasKey(CBIBStringAtom(key)); }
 
-    // Store a value under key, and take a key out. The runtime's answer is handed on.
+    // Put stores a value under key, Remove removes a key. Both return the runtime's result.
     long Put(CBIBStringAtom const& key, CPOSObject const& value) const {
         return fProcs->Put(As<POSDict>(), key, value);
     }
@@ -92,7 +92,7 @@ public:
     long Remove(CBIBStringAtom const& key) const { return fProcs->Remove(As<POSDict>(), key); }
     long Remove(char const* key) const { return Remove(CBIBStringAtom(key)); }
 
-    // The number of keys, and whether there are none; both walk the dictionary.
+    // The number of keys, and whether there are none. Both are linear in the number of keys.
     unsigned int NumKeys() const;
     bool IsEmpty() const { return NumKeys() == 0; }
 
@@ -101,18 +101,18 @@ public:
 
 BIB_DECLARE_GLOBAL_PROCS(POSDictIteratorInterface);
 
-// A cursor over the keys of a dictionary, to be walked as
+// A cursor over the keys of a dictionary, used as
 //     for (iterator.Begin(); !iterator.IsDone(); iterator.Next()) … iterator.CurKey()
-// It is no value. A removal under the cursor is harmless if Begin() follows.
+// It is not a value. The key under the cursor may be removed if Begin() follows.
 class CPOSDictIterator : public TBIBContainerBase<POSDictIterator> {
 public:
-    // A cursor on dict, before Begin(). Throws CBIBError.
+    // A cursor over dict, before Begin(). Throws CBIBError.
     explicit CPOSDictIterator(CPOSDict const& dict);
 
     void Begin() const { fProcs->Begin(*this); }
     void Next() const { fProcs->Next(*this); }
 
-    // Whether no current key remains.
+    // Whether there is no current key.
     bool IsDone() const { return fProcs->IsDone(*this) != 0; }
 
     // The current key, readable until the cursor moves.

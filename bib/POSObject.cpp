@@ -2,7 +2,7 @@
 #include "bib/POSScalars.h"
 #include "bib/POSValidator.h"
 
-// Defines the constructor that takes a handle on any value: a value of another kind is refused.
+// Defines the constructor that takes a handle to any value and rejects a value of another type.
 #define POS_DEFINE_NARROWING(Type) \
     C##Type::C##Type(CPOSObject const& object, bool quiet) : CPOSObject(object) { \
         Narrow( \

@@ -1,4 +1,4 @@
-// The handles on the runtime's numbers, texts and binary data.
+// Handles to the runtime's numbers, strings and binary data.
 #pragma once
 
 #include "api/POSScalarInterfaces.h"
@@ -26,7 +26,7 @@ public:
 
 BIB_DECLARE_GLOBAL_PROCS(POSStringInterface);
 
-// An 8-bit string. Names, booleans and other words of the settings are strings.
+// An 8-bit string. Names, booleans and other words in settings are such strings.
 class CPOSString : public CPOSObject {
 public:
     // A new value. Throws CBIBError.
@@ -36,7 +36,7 @@ public:
 
     operator POSString*() const noexcept { return As<POSString>(); }
 
-    // The NUL-terminated text, which belongs to the value.
+    // The NUL-terminated string, owned by the value.
     char const* Get() const { return fProcs->Get(As<POSString>()); }
     operator char const*() const { return Get(); }
 
@@ -45,7 +45,7 @@ public:
 
 BIB_DECLARE_GLOBAL_PROCS(POSUnicodeStringInterface);
 
-// A 16-bit string: UTF-16 in the machine's byte order, ended by a zero unit.
+// A 16-bit string: UTF-16 in the machine's byte order, terminated by a zero unit.
 class CPOSUnicodeString : public CPOSObject {
 public:
     // A new value. Throws CBIBError.
@@ -55,10 +55,10 @@ public:
 
     operator POSUnicodeString*() const noexcept { return As<POSUnicodeString>(); }
 
-    // The text, which belongs to the value.
+    // The string, owned by the value.
     unsigned short const* Get() const { return fProcs->Get(As<POSUnicodeString>()); }
 
-    // The number of units before the zero unit, counted at each call.
+    // The number of units before the zero unit, counted on each call.
     unsigned int GetLength() const { return GetLength(Get()); }
     static unsigned int GetLength(unsigned short const* text) noexcept;
 
@@ -67,7 +67,7 @@ public:
 
 BIB_DECLARE_GLOBAL_PROCS(POSBinDataInterface);
 
-// Binary data with the name of its type.
+// Binary data with a type name.
 class CPOSBinData : public CPOSObject {
 public:
     // A new value. Throws CBIBError.
@@ -77,7 +77,7 @@ public:
 
     operator POSBinData*() const noexcept { return As<POSBinData>(); }
 
-    // The name and the bytes, which belong to the value, and the number of bytes.
+    // The type name and the bytes, owned by the value, and the number of bytes.
     char const* GetTypeName() const { return fProcs->GetTypeName(As<POSBinData>()); }
     unsigned char const* GetBinData() const { return fProcs->GetBinData(As<POSBinData>()); }
     unsigned long GetSize() const { return fProcs->GetSize(As<POSBinData>()); }

@@ -1,4 +1,4 @@
-// Handles on the runtime's validators.
+// Handles to the runtime's validators.
 #pragma once
 
 #include "api/POSValidatorInterface.h"
@@ -13,19 +13,19 @@ BIB_DECLARE_GLOBAL_PROCS(POSStructValidatorInterface);
 
 class CPOSValidatorTerminate;
 
-// Loader of the method table that every validator has: see TBIBMethodLoader.
+// Loads the method table that every validator has: see TBIBMethodLoader.
 int ConstructPOSValidatorVirtualInterfaceMethods(
     BIBContainer const* container, int mustExist, _t_POSValidatorVirtualInterface* table);
 
-// One counted reference on a validator.
+// Owns one reference to a validator.
 class CPOSValidator : public TBIBContainerBase<POSValidator> {
 public:
-    // Throws CBIBError, for null too.
+    // Throws CBIBError, also for null.
     explicit CPOSValidator(POSValidator* validator);
     virtual ~CPOSValidator() = default;
 
-    // Checks object against the entry key of the schema. errorProc gets each message, during the
-    // call and on this thread. Whether the object passed.
+    // Validates object against the entry key of the schema. errorProc receives each message during
+    // the call, on this thread. Returns whether the object is valid.
     bool Validate(
         CPOSObject const& object,
         CBIBStringAtom const& key,
@@ -39,27 +39,27 @@ public:
 private:
     friend CPOSValidatorTerminate;
 
-    // Belongs to the cache.
+    // Owned by the cache.
     _t_POSValidatorVirtualInterface* fVTab = nullptr;
 
     static TBIBVTabList<_t_POSValidatorVirtualInterface> fVTabList;
     static CPOSValidatorTerminate fTerm;
 };
 
-// The terminator of the cache.
+// The terminator of the method-table cache.
 class CPOSValidatorTerminate : public TVTabTerminate<
                                    CPOSValidator,
                                    CPOSValidator::fVTabList,
                                    &CPOSValidator::fVTab,
                                    &ConstructPOSValidatorVirtualInterfaceMethods> {};
 
-// A validator on a schema dictionary, to which named checks can be added.
+// A validator for a schema dictionary, to which named checks can be added.
 class CPOSStructValidator : public CPOSValidator {
 public:
-    // Throws the CBIBError "invalid container" when the runtime refuses the schema.
+    // Throws the CBIBError "invalid container" if the runtime rejects the schema.
     explicit CPOSStructValidator(CPOSDict const& schema);
 
-    // Registers the check that the schema calls name. The runtime's answer is handed on.
+    // Registers the check that the schema refers to by name. Returns the runtime's result.
     long RegisterExtraValidationProc(
         CBIBStringAtom const& name, POSValidatorCheckCallback check, void const* userData);
 

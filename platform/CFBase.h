@@ -1,4 +1,4 @@
-// What all objects of the CoreFoundation services have in common: a reference count.
+// What all CoreFoundation objects have in common: a reference count.
 //
 // Names and values follow the service's own interface.
 #pragma once
@@ -13,7 +13,7 @@ using SInt32 = std::int32_t;
 using UniChar = unsigned short;
 using CFAllocatorRef = void const*;
 
-// There is one allocator: this value, and every other, stands for it.
+// There is only one allocator: this value and every other select it.
 inline constexpr CFAllocatorRef kCFAllocatorDefault = nullptr;
 
 struct CFRange {
@@ -27,16 +27,16 @@ constexpr CFRange CFRangeMake(CFIndex location, CFIndex length) noexcept {
 
 using CFTypeID = unsigned long;
 
-// The type of an object: compare it with what CF…GetTypeID() of a type gives. REQUIRES: object is
-// not null.
+// The type of an object, to be compared with the result of a type's CF…GetTypeID(). REQUIRES:
+// object is not null.
 CFTypeID CFGetTypeID(CFTypeRef object) noexcept;
 
-// Whether two objects are of one type and have equal contents. Null equals nothing.
+// Whether two objects have the same type and equal contents. Null equals nothing.
 Boolean CFEqual(CFTypeRef a, CFTypeRef b) noexcept;
 
-// Adds a reference and returns object. REQUIRES: object is not null. Safe across threads.
+// Adds a reference and returns object. REQUIRES: object is not null. Thread-safe.
 CFTypeRef CFRetain(CFTypeRef object) noexcept;
 
-// Gives a reference up, and destroys the object with the last one. REQUIRES: object is not null.
-// Safe across threads.
+// Releases a reference; the last one destroys the object. REQUIRES: object is not null.
+// Thread-safe.
 void CFRelease(CFTypeRef object) noexcept;

@@ -11,7 +11,7 @@
 
 namespace platform {
 
-// A counted object, made with one reference for its maker.
+// A reference-counted object. Its creator owns the first reference.
 class CFObject {
 public:
     virtual ~CFObject() = default;
@@ -33,10 +33,10 @@ private:
     mutable std::atomic<long> fCount{1};
 };
 
-// The types.
+// The type ids.
 enum : CFTypeID { kStringType = 1, kDataType, kScalarType, kArrayType, kDictionaryType, kURLType };
 
-// The reference on an object.
+// The reference to an object.
 template <class Ref>
 Ref AsRef(CFObject const* object) noexcept {
     return reinterpret_cast<Ref>(object);
@@ -47,13 +47,13 @@ inline CFObject const* AsObject(CFTypeRef reference) noexcept {
     return static_cast<CFObject const*>(reference);
 }
 
-// The same of a reference on a T.
+// The T behind a reference.
 template <class T>
 T const& ObjectOf(CFTypeRef reference) noexcept {
     return *static_cast<T const*>(AsObject(reference));
 }
 
-// An object that is nothing but a value.
+// An immutable object that holds one value.
 template <CFTypeID kType, class Value>
 class ValueObject final : public CFObject {
 public:
@@ -69,7 +69,7 @@ public:
 
 using StringObject = ValueObject<kStringType, std::u16string>;
 
-// A new string of UTF-8; null for bytes that are none. Throws std::bad_alloc.
+// A new string from UTF-8; null for invalid UTF-8. Throws std::bad_alloc.
 StringObject* NewString(std::string_view utf8);
 
 } // namespace platform

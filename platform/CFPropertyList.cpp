@@ -24,7 +24,7 @@ struct ReleaseObject {
     void operator()(CFObject const* object) const noexcept { object->Release(); }
 };
 
-// A reference on an object.
+// Owns a reference to an object.
 using ObjectRef = std::unique_ptr<CFObject const, ReleaseObject>;
 
 bool AreEqual(ObjectRef const& a, ObjectRef const& b) noexcept {
@@ -59,7 +59,7 @@ public:
         return true;
     }
 
-    // The value under an equal key; null when there is none. Keys are strings.
+    // The value under an equal key; null if there is none. Keys are strings.
     CFObject const* Find(CFObject const& key) const noexcept {
         if (key.TypeID() != platform::kStringType) {
             return nullptr;
@@ -68,7 +68,7 @@ public:
         return found == fPlaces.end() ? nullptr : fValues[found->second].get();
     }
 
-    // Adds an entry; a key that is there keeps its place and gets the new value. Throws
+    // Adds an entry. A key that exists keeps its position and gets the new value. Throws
     // std::bad_alloc. REQUIRES: key is a string.
     void Set(ObjectRef key, ObjectRef value) {
         auto const [place, isNew] = fPlaces.emplace(TextOf(*key), fKeys.size());
@@ -90,7 +90,7 @@ private:
 
     std::vector<ObjectRef> fKeys;
     std::vector<ObjectRef> fValues;
-    // The place of each key, whose text it borrows.
+    // The position of each key. The map borrows the key's text from fKeys.
     std::unordered_map<std::u16string_view, std::size_t> fPlaces;
 };
 
@@ -102,10 +102,11 @@ void CopyAll(std::vector<ObjectRef> const& objects, void const** target) noexcep
     }
 }
 
-// Real ones have three levels. A value of many is destroyed by recursion.
+// Real property lists have three levels. Nested values are destroyed by recursion, so the depth is
+// limited.
 constexpr std::size_t kDeepestLevel = 64;
 
-// A value of one of the types that nobody asks for the contents of: its element and its text.
+// A value whose contents no caller reads: its element name and its text.
 using ScalarObject =
     platform::ValueObject<platform::kScalarType, std::pair<std::string, std::string>>;
 
@@ -119,7 +120,7 @@ bool HoldsText(std::string_view element) noexcept {
     return element == "string" || element == "key" || IsScalar(element);
 }
 
-// Says that the text is no property list.
+// Thrown if the text is not a property list.
 class BadPropertyList : public std::exception {};
 
 void Require(bool condition) {
@@ -132,10 +133,10 @@ void Require(bool condition) {
 struct OpenCollection {
     std::unique_ptr<ArrayObject> fArray;
     std::unique_ptr<DictionaryObject> fDictionary;
-    ObjectRef fKey; // of a dictionary: waits for its value
+    ObjectRef fKey; // of a dictionary: the key without a value yet
 };
 
-// Builds the objects from the parser's events. Each event throws BadPropertyList and
+// Builds the objects from the parser's events. Each event handler throws BadPropertyList and
 // std::bad_alloc.
 class Builder {
 public:
@@ -226,13 +227,14 @@ private:
     }
 
     std::vector<OpenCollection> fOpen;
-    std::string fText; // of the element that is open, if it holds text
+    std::string fText; // of the open element, if that holds text
     bool fIsInText = false;
     bool fIsInList = false; // between <plist> and </plist>
     ObjectRef fRoot;
 };
 
-// Expat with a builder. An exception must not pass through it: it ends the parsing.
+// Runs Expat with a builder. An exception must not pass through Expat, so the handlers catch it and
+// stop the parser.
 class Parser {
 public:
     Parser() : fExpat(XML_ParserCreate(nullptr), &XML_ParserFree) {
@@ -246,7 +248,7 @@ public:
         XML_SetSkippedEntityHandler(fExpat.get(), &OnSkippedEntity);
     }
 
-    // The value, or null.
+    // The value, or null on failure.
     ObjectRef Parse(UInt8 const* bytes, CFIndex size) {
         auto const* const text = reinterpret_cast<char const*>(bytes);
         bool const isWhole =
@@ -281,7 +283,7 @@ private:
             builder.Text({text, static_cast<std::size_t>(size)});
         });
     }
-    // One that nobody declared here: its text would be missing without a word.
+    // An entity that is not declared in this text would silently be left out.
     static void OnSkippedEntity(void* userData, char const* /*name*/, int /*isParameter*/) {
         Handle(userData, [](Builder&) { throw BadPropertyList(); });
     }

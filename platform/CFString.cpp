@@ -29,7 +29,7 @@ bool IsTrail(char16_t unit) noexcept {
     return unit >= 0xDC00 && unit < 0xE000;
 }
 
-// Whether every surrogate has its other half.
+// Whether every surrogate is part of a pair.
 bool IsPaired(std::u16string_view text) noexcept {
     for (std::size_t i = 0; i < text.size(); ++i) {
         bool const isPair = IsLead(text[i]) && i + 1 < text.size() && IsTrail(text[i + 1]);
@@ -41,8 +41,8 @@ bool IsPaired(std::u16string_view text) noexcept {
     return true;
 }
 
-// A text with half a character is refused whole: cut short it would be another text, and as a path
-// another file.
+// Text with an unpaired surrogate is rejected as a whole: without that unit it would be other text,
+// and as a path another file.
 std::optional<std::u16string> FromUnits(UInt8 const* bytes, std::size_t numBytes) {
     std::u16string text(numBytes / sizeof(char16_t), u'\0');
     if (!text.empty()) {
@@ -85,9 +85,9 @@ Decode(UInt8 const* bytes, std::size_t numBytes, CFStringEncoding encoding) {
     }
 }
 
-// One character of a string in some encoding.
+// One encoded character of a string.
 struct Encoded {
-    std::size_t fUnits; // that it takes up in the string; 0 if the encoding cannot hold it
+    std::size_t fUnits; // UTF-16 units; 0 if the encoding cannot represent it
     std::size_t fSize;  // in bytes
     UInt8 fBytes[4];
 };
@@ -114,14 +114,14 @@ Encoded EncodeMacRoman(std::u16string_view text) {
     return byte ? Encoded{1, 1, {*byte}} : Encoded{0, 0, {}};
 }
 
-// How far an encoding of a string came.
+// How much of a string has been encoded.
 struct Progress {
     std::size_t fUnits = 0; // of the string
     std::size_t fSize = 0;  // in bytes
 };
 
-// Encodes text up to the first character that EncodeFirst refuses or that does not fit in buffer;
-// measures only if that is null.
+// Encodes text up to the first character that EncodeFirst rejects or that does not fit in buffer.
+// Only measures if buffer is null.
 template <Encoded (*EncodeFirst)(std::u16string_view)>
 Progress EncodeEach(std::u16string_view text, UInt8* buffer, std::size_t size) noexcept {
     Progress progress;
@@ -140,7 +140,7 @@ Progress EncodeEach(std::u16string_view text, UInt8* buffer, std::size_t size) n
     return progress;
 }
 
-// The same of units as they are.
+// As EncodeEach, but copies the UTF-16 units.
 Progress CopyUnits(std::u16string_view text, UInt8* buffer, std::size_t size) noexcept {
     if (buffer != nullptr) {
         text = text.substr(0, size / sizeof(char16_t));
@@ -166,7 +166,7 @@ Progress Encode(
     }
 }
 
-// The part of text that range names, cut to what there is.
+// The part of text in range, limited to the text.
 std::u16string_view Slice(std::u16string_view text, CFRange range) noexcept {
     auto const start = std::clamp<CFIndex>(range.location, 0, static_cast<CFIndex>(text.size()));
     auto const length = std::max<CFIndex>(range.length, 0);

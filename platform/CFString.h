@@ -1,7 +1,6 @@
-// The CoreFoundation string service, as far as text conversion needs it.
+// The part of the CoreFoundation string service that text conversion needs.
 //
-// Names and values follow the service's own interface. Strings are immutable and safe across
-// threads.
+// Names and values follow the service's own interface. Strings are immutable and thread-safe.
 #pragma once
 
 #include "platform/CFBase.h"
@@ -9,7 +8,7 @@
 #include <optional>
 #include <string>
 
-// A reference on an immutable string of UTF-16 units.
+// A reference to an immutable string of UTF-16 units.
 using CFStringRef = struct __CFString const*;
 
 using CFStringEncoding = std::uint32_t;
@@ -19,10 +18,10 @@ inline constexpr CFStringEncoding kCFStringEncodingMacRoman = 0;
 inline constexpr CFStringEncoding kCFStringEncodingUnicode = 256;
 inline constexpr CFStringEncoding kCFStringEncodingUTF8 = 134217984;
 
-// A new string of the decoded bytes, with one reference for the caller; null when memory runs out,
-// when the bytes are no text in encoding, and for an encoding other than the three above. The last
-// odd byte of UTF-16 is dropped, and an unpaired surrogate makes it no text.
-// isExternalRepresentation is not looked at: a byte order mark is text.
+// A new string from numBytes bytes in encoding, with one reference for the caller. Null if memory
+// runs out, if the bytes are invalid in encoding, or if encoding is not one of the three above. In
+// UTF-16, an odd last byte is dropped and an unpaired surrogate is invalid.
+// isExternalRepresentation is ignored: a byte order mark is part of the text.
 CFStringRef CFStringCreateWithBytes(
     CFAllocatorRef allocator,
     UInt8 const* bytes,
@@ -30,27 +29,27 @@ CFStringRef CFStringCreateWithBytes(
     CFStringEncoding encoding,
     Boolean isExternalRepresentation) noexcept;
 
-// The same of a NUL-terminated text.
+// The same for a NUL-terminated string.
 CFStringRef CFStringCreateWithCString(
     CFAllocatorRef allocator, char const* cStr, CFStringEncoding encoding) noexcept;
 
 CFTypeID CFStringGetTypeID() noexcept;
 
-// The units of range into buffer. REQUIRES: range lies in the string.
+// Copies the units in range to buffer. REQUIRES: range is within the string.
 void CFStringGetCharacters(CFStringRef string, CFRange range, UniChar* buffer) noexcept;
 
-// The string and a NUL into a buffer of bufferSize bytes. False when they do not fit or the
-// encoding cannot hold the string.
+// Stores the encoded string and a NUL in a buffer of bufferSize bytes. Returns false if they do not
+// fit or the encoding cannot represent the string.
 Boolean CFStringGetCString(
     CFStringRef string, char* buffer, CFIndex bufferSize, CFStringEncoding encoding) noexcept;
 
 // The length in UTF-16 units; 0 for null.
 CFIndex CFStringGetLength(CFStringRef string) noexcept;
 
-// Encodes the units of range into buffer, as far as maxBufLen bytes allow, or only measures if
-// buffer is null; *usedBufLen (may be null) is the number of bytes. The result is the number of
-// units that were converted: conversion stops before the first one that the encoding cannot hold,
-// such as an unpaired surrogate in UTF-8. lossByte must be 0, and no mark is written. 0 for null.
+// Encodes the units in range to buffer, up to maxBufLen bytes; only measures if buffer is null.
+// *usedBufLen (may be null) receives the number of bytes. Returns the number of units converted:
+// conversion stops before the first unit that the encoding cannot represent, such as an unpaired
+// surrogate in UTF-8. Returns 0 for null. lossByte must be 0. No byte order mark is written.
 CFIndex CFStringGetBytes(
     CFStringRef string,
     CFRange range,
@@ -63,8 +62,7 @@ CFIndex CFStringGetBytes(
 
 namespace platform {
 
-// The text of string in an encoding that holds all of it; nothing for one that does not. Throws
-// std::bad_alloc.
+// The string in encoding, or nullopt if encoding cannot represent all of it. Throws std::bad_alloc.
 std::optional<std::string> BytesOf(CFStringRef string, CFStringEncoding encoding);
 
 } // namespace platform

@@ -10,19 +10,19 @@
 
 namespace {
 
-// Preferences take kilobytes.
+// Preferences files have a few kilobytes.
 constexpr SInt64 kLargestFile = SInt64{64} << 20;
 
 using URLObject = platform::ValueObject<platform::kURLType, std::string>;
 using DataObject = platform::ValueObject<platform::kDataType, std::vector<UInt8>>;
 
-// The bytes of a path; empty for a text that is none.
+// The bytes of a path; empty if the string is not a usable path.
 std::string PathIn(CFStringRef string) {
     std::string path = platform::BytesOf(string, kCFStringEncodingMacRoman).value_or("");
     return path.find('\0') == std::string::npos ? path : std::string();
 }
 
-// The data of a file, closed in the end.
+// The data of a file, closed by the destructor.
 class OpenFork {
 public:
     OpenFork() = default;

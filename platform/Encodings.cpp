@@ -11,8 +11,8 @@ namespace platform {
 
 namespace {
 
-// Where ASCII ends. Names and paths are nothing else nearly always, so eight bytes are looked at in
-// one step.
+// The first non-ASCII byte, or end. Names and paths are almost always ASCII, so eight bytes are
+// checked at a time.
 char const* EndOfAscii(char const* begin, char const* end) noexcept {
     constexpr std::uint64_t kHighBits = 0x8080808080808080U;
     std::uint64_t bytes = 0;
@@ -27,7 +27,7 @@ char const* EndOfAscii(char const* begin, char const* end) noexcept {
         begin, end, [](char byte) { return static_cast<unsigned char>(byte) >= 0x80; });
 }
 
-// The characters of the bytes from 0x80 on, as the Unicode consortium maps them.
+// The characters for the bytes from 0x80, in the mapping of the Unicode Consortium.
 // clang-format off
 constexpr char16_t kUpperHalf[] = {
     0x00C4, 0x00C5, 0x00C7, 0x00C9, 0x00D1, 0x00D6, 0x00DC, 0x00E1,

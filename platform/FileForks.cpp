@@ -18,7 +18,7 @@ using platform::OpenPath;
 
 namespace {
 
-// The system takes no more at once.
+// The system transfers at most this many bytes in one call.
 constexpr ByteCount kLargestTransfer = 0x7FFFF000;
 
 bool IsRegular(int file) noexcept {
@@ -26,7 +26,7 @@ bool IsRegular(int file) noexcept {
     return fstat(file, &status) == 0 && S_ISREG(status.st_mode);
 }
 
-// Opening what is no file may do more than that: a device may start its work.
+// Checked before opening: opening a device may have side effects.
 OSErr CheckIsFile(FSRef const& ref) noexcept {
     if (ref.isFile) {
         return noErr;
@@ -36,8 +36,9 @@ OSErr CheckIsFile(FSRef const& ref) noexcept {
     return error == noErr && !status.IsFileOrLink() ? OSErr{ioErr} : error;
 }
 
-// A pipe that took the file's place would make the opening wait for its other end. So the holder of
-// a lease is waited for by asking again, longer than the system lets it keep the lease by default.
+// Opens without blocking: a pipe that has replaced the file would block until its other end is
+// opened. While another process holds a lease, the open fails with EWOULDBLOCK and is repeated, for
+// longer than the system lets a process keep the lease by default.
 int OpenRegular(char const* path, int access) noexcept {
     constexpr int kMostAttempts = 6000;
     constexpr timespec kPause{0, 10'000'000};
@@ -49,8 +50,8 @@ int OpenRegular(char const* path, int access) noexcept {
     return file;
 }
 
-// Moves count bytes by transfer, which gives how many it moved, 0 for no more, or a negative
-// number.
+// Moves count bytes with transfer, which returns the number of bytes moved, 0 at the end, or a
+// negative number on failure.
 template <class Transfer>
 OSErr TransferAll(ByteCount count, ByteCount* actualCount, Transfer transfer) noexcept {
     ByteCount done = 0;

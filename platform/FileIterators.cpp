@@ -1,4 +1,4 @@
-// Walks over the items of a folder.
+// Iterators over the items of a folder.
 #include "platform/FileManager.h"
 #include "platform/FileSystem.h"
 
@@ -12,7 +12,7 @@ using platform::AtService;
 using platform::CodeOf;
 using platform::FileStatus;
 
-// What stands behind an FSIterator.
+// The state of an FSIterator.
 struct OpaqueFSIterator {
     explicit OpaqueFSIterator(std::string folder)
         : fFolder(std::move(folder)),
@@ -25,8 +25,8 @@ struct OpaqueFSIterator {
         }
     }
 
-    std::string const fFolder; // with a slash at its end
-    DIR* const fStream;        // null when the folder cannot be read, which errno tells
+    std::string const fFolder; // ends in a slash
+    DIR* const fStream;        // null if opendir failed, with the reason in errno
 };
 
 namespace {
@@ -40,9 +40,9 @@ bool IsLink(int folder, char const* name) noexcept {
     return fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISLNK(status.st_mode);
 }
 
-// The status of the next item and its name, which is *bytes to the system up to the next call. An
-// item that has gone meanwhile or that cannot be looked at is passed over: it must not hide those
-// behind it.
+// The status and name of the next item. *bytes receives the name in the system's bytes, valid until
+// the next call. An item that has been removed in the meantime or that cannot be examined is
+// skipped, so that it does not hide later items.
 OSErr NextItem(DIR* stream, FileStatus* status, HFSUniStr255* name, char const** bytes) {
     for (;;) {
         errno = 0;
@@ -60,7 +60,7 @@ OSErr NextItem(DIR* stream, FileStatus* status, HFSUniStr255* name, char const**
     }
 }
 
-// A walk must not leave its folder through a link, nor go round in circles.
+// A walk must not leave its folder through a link or loop.
 bool IsFolderByLink(FileStatus const& status, int folder, char const* name) noexcept {
     return status.IsDirectory() && IsLink(folder, name);
 }
@@ -113,7 +113,7 @@ OSErr FSGetCatalogInfoBulk(
         refs->path.assign(iterator->fFolder).append(bytes);
         refs->created.reset();
         refs->isFile = status.IsFile();
-        status.Tell(whichInfo, catalogInfos);
+        status.CopyTo(whichInfo, catalogInfos);
         if (IsFolderByLink(status, dirfd(iterator->fStream), bytes)) {
             catalogInfos->nodeFlags &= static_cast<UInt16>(~kFSNodeIsDirectoryMask);
         }

@@ -1,10 +1,11 @@
-// The file service, as far as the component calls it.
+// The part of the file service that the component calls.
 //
-// Names, types, values and result codes follow the service's own interface. Every call gives noErr
-// or the code of its failure, in which case it has stored nothing. Names of files are counted
-// UTF-16 units; one that is empty, longer than 255 bytes in UTF-8, no well-formed UTF-16, or holds
-// a zero unit or a slash is bdNamErr, never cut short. No call keeps a descriptor but FSOpenFork
-// and FSCreateFileUnicode. Safe across threads.
+// Names, types, values and result codes follow the service's own interface. Every call returns
+// noErr, or an error code, and then it has stored nothing unless its comment says otherwise. File
+// names are counted UTF-16 units. A name is rejected with bdNamErr, and never truncated, if it is
+// empty, longer than 255 bytes in UTF-8, or not well-formed UTF-16, or if it contains a zero unit
+// or a slash. Only FSOpenFork and FSCreateFileUnicode keep a descriptor open after the call.
+// Thread-safe.
 #pragma once
 
 #include "platform/CFBase.h"
@@ -38,13 +39,13 @@ namespace platform {
 class CreatedFile;
 }
 
-// A file or folder. A copyable value that holds a path: no descriptor is open for it, and the item
-// may have gone when it is used. Only a file that was made through a reference stays open as long
-// as a copy of that reference lives.
+// A file or folder. A copyable value that holds a path, not an open descriptor: the item may no
+// longer exist when it is used. Only a file that was created through a reference stays open while a
+// copy of that reference exists.
 struct FSRef {
-    std::string path;    // in the system's own bytes, without a NUL
-    bool isFile = false; // it was a file when the reference was made
-    std::shared_ptr<platform::CreatedFile const> created = nullptr; // the file that was made
+    std::string path;    // in the system's bytes, without a NUL
+    bool isFile = false; // whether it was a file when the reference was made
+    std::shared_ptr<platform::CreatedFile const> created = nullptr; // the file that was created
 };
 
 // A name of at most 255 units.
@@ -53,8 +54,8 @@ struct HFSUniStr255 {
     UniChar unicode[255];
 };
 
-// A point of time: seconds since 1904-01-01 00:00 UTC, the high 16 bits and the low 32 bits, and
-// 1/65536 seconds. Times before count on from the top.
+// A point in time: seconds since 1904-01-01 00:00 UTC, as the high 16 bits and the low 32 bits, and
+// 1/65536 seconds. Earlier times wrap around to the largest values.
 struct __attribute__((packed)) UTCDateTime {
     UInt16 highSeconds;
     UInt32 lowSeconds;
@@ -62,8 +63,8 @@ struct __attribute__((packed)) UTCDateTime {
 };
 static_assert(sizeof(UTCDateTime) == 8);
 
-// What to tell of an item, and what is told. kFSNodeLockedMask: the item is immutable.
-// permissions is to be seen as an FSPermissionInfo.
+// The information that a call returns about an item. kFSNodeLockedMask: the item is immutable.
+// permissions has the layout of FSPermissionInfo.
 using FSCatalogInfoBitmap = UInt32;
 inline constexpr FSCatalogInfoBitmap kFSCatInfoNodeFlags = 0x2;
 inline constexpr FSCatalogInfoBitmap kFSCatInfoContentMod = 0x40;
@@ -77,7 +78,7 @@ struct FSCatalogInfo {
     UInt32 permissions[4];
 };
 
-// The permissions of an item: its owner, its group and its POSIX mode.
+// The permissions of an item: owner, group and POSIX mode.
 struct FSPermissionInfo {
     UInt32 userID;
     UInt32 groupID;
@@ -90,14 +91,14 @@ static_assert(sizeof(FSPermissionInfo) == sizeof(FSCatalogInfo::permissions));
 
 extern "C" {
 
-// The item at an absolute or relative path, a NUL-terminated text; *isDirectory may be null. A link
-// that leads nowhere is an item too.
+// The item at path, an absolute or relative NUL-terminated string. *isDirectory may be null. A link
+// without a target is an item too.
 OSErr FSPathMakeRef(UInt8 const* path, FSRef* ref, Boolean* isDirectory) noexcept;
 
-// The absolute path and its NUL into a buffer of size bytes; bdNamErr when they do not fit.
+// Stores the absolute path and a NUL in a buffer of size bytes; bdNamErr if they do not fit.
 OSErr FSRefMakePath(FSRef const* ref, UInt8* path, UInt32 size) noexcept;
 
-// The item of that name in the folder parent. The hint is not looked at.
+// The item with that name in the folder parent. textEncodingHint is ignored.
 OSErr FSMakeFSRefUnicode(
     FSRef const* parent,
     UniCharCount nameLength,
@@ -105,7 +106,7 @@ OSErr FSMakeFSRefUnicode(
     UInt32 textEncodingHint,
     FSRef* newRef) noexcept;
 
-// Information on an item; on its target for a link that leads somewhere. The name and the parent
+// Information about an item; about the target if the item is a link that has one. Names and parents
 // are not provided: the last three arguments must be null.
 OSErr FSGetCatalogInfo(
     FSRef const* ref,
@@ -115,10 +116,10 @@ OSErr FSGetCatalogInfo(
     void* fsSpec,
     FSRef* parentRef) noexcept;
 
-// A new, empty file or folder in parent, with the permissions that the process gives by default,
-// but no folder that others may write to. dupFNErr when there is anything of that name;
-// afpAccessDenied for a folder in a program with raised rights, and for root where a folder above
-// is not root's alone. whichInfo must be 0; newRef may be null.
+// Creates an empty file or folder in parent, with the default permissions of the process, except
+// that others never get write access to a folder. dupFNErr if an item with that name exists.
+// afpAccessDenied for a folder in a program with raised privileges, and for root if a folder above
+// does not belong to root alone. whichInfo must be 0; newRef may be null.
 OSErr FSCreateFileUnicode(
     FSRef const* parent,
     UniCharCount nameLength,
@@ -138,11 +139,11 @@ OSErr FSCreateDirectoryUnicode(
     UInt32* newDirID) noexcept;
 
 // Deletes a file or a link to one; paramErr for a folder, a device or a pipe. fLckdErr, for every
-// user, when the item or what it leads to is immutable or its owner may not write it; but through
-// the reference that FSCreateFileUnicode gave, its maker may delete any file.
+// user, if the item or the link's target is immutable or its owner has no write permission. These
+// checks do not apply to a new file that is deleted through the reference from FSCreateFileUnicode.
 OSErr FSDeleteObject(FSRef const* ref) noexcept;
 
-// The name of the part of a file that holds its data: an empty name. There is no other part.
+// The name of the fork that holds a file's data: an empty name. There is no other fork.
 OSErr FSGetDataForkName(HFSUniStr255* dataForkName) noexcept;
 
 inline constexpr SInt16 fsRdPerm = 1;
@@ -153,9 +154,9 @@ inline constexpr UInt16 fsFromLEOF = 2;
 // An open file.
 using FSIORefNum = int;
 
-// Opens the data of a regular file; through the reference that FSCreateFileUnicode gave, of the
-// file just created. ioErr for anything else, which is not opened at all. Waits up to a minute for
-// another process to give up its lease on the file. The caller closes it.
+// Opens the data fork of a regular file. Through the reference from FSCreateFileUnicode, opens the
+// file that was created. ioErr for any other item, which is not opened at all. Waits up to a minute
+// for another process to release its lease on the file. The caller closes the fork.
 OSErr FSOpenFork(
     FSRef const* ref,
     UniCharCount forkNameLength,
@@ -167,11 +168,11 @@ OSErr FSCloseFork(FSIORefNum forkRefNum) noexcept;
 // The size in bytes.
 OSErr FSGetForkSize(FSIORefNum forkRefNum, SInt64* forkSize) noexcept;
 
-// Moves to offset bytes from the start or from the end.
+// Moves the position to offset bytes from the start or from the end.
 OSErr FSSetForkPosition(FSIORefNum forkRefNum, UInt16 positionMode, SInt64 offset) noexcept;
 
-// Read and write count bytes from that place on, all of them: fewer are ioErr or the code of the
-// reason, and *actualCount (may be null) tells how many there were.
+// Read or write exactly count bytes from that position. Fewer bytes are ioErr or the code of the
+// cause; *actualCount (may be null) receives the number of bytes in either case.
 OSErr FSReadFork(
     FSIORefNum forkRefNum,
     UInt16 positionMode,
@@ -187,27 +188,28 @@ OSErr FSWriteFork(
     void const* buffer,
     ByteCount* actualCount) noexcept;
 
-// An older reference on an item, which this service does not provide.
+// An older reference to an item, which this service does not provide.
 struct FSSpec {
     SInt16 vRefNum;
     SInt32 parID;
     UInt8 name[64];
 };
 
-// A walk over the items of one folder.
+// An iteration over the items of one folder.
 using FSIterator = struct OpaqueFSIterator*;
 using FSIteratorFlags = UInt32;
 using ItemCount = unsigned long;
-inline constexpr FSIteratorFlags kFSIterateFlat = 0; // the folder's own items, and no others
+inline constexpr FSIteratorFlags kFSIterateFlat = 0; // only the folder's own items
 
-// Starts a walk, which the caller closes; afpAccessDenied for a folder that may not be read.
+// Starts an iteration, which the caller closes; afpAccessDenied for a folder that may not be read.
 OSErr FSOpenIterator(
     FSRef const* container, FSIteratorFlags iteratorFlags, FSIterator* iterator) noexcept;
 
-// The next item with what is wanted of it. Names that are no UTF-8 and items that have gone
-// meanwhile are left out. *actualObjects is 1, or 0 when there is none: then errFSNoMoreItems, or
-// the code of a failure. Information is the target's for a link that leads somewhere, but a link is
-// never a folder. maximumObjects must be 1 and specs null; names may be null.
+// The next item with the requested information. Items whose names are not UTF-8, and items that
+// have been removed in the meantime, are skipped. *actualObjects is 1. If there is no next item, it
+// is 0 and the result is errFSNoMoreItems or the code of a failure. For a link with a target, the
+// information is that of the target, but a link is never a folder. maximumObjects must be 1 and
+// specs null; names may be null.
 OSErr FSGetCatalogInfoBulk(
     FSIterator iterator,
     ItemCount maximumObjects,
@@ -221,18 +223,18 @@ OSErr FSGetCatalogInfoBulk(
 
 OSErr FSCloseIterator(FSIterator iterator) noexcept;
 
-// Where standard folders lie.
-inline constexpr SInt16 kLocalDomain = -32765; // the machine's, an administrator's
+// The standard folders.
+inline constexpr SInt16 kLocalDomain = -32765; // the machine, for the administrator
 inline constexpr SInt16 kUserDomain = -32763;
 inline constexpr UInt32 kApplicationSupportFolderType = 0x61737570;
 inline constexpr UInt32 kPreferencesFolderType = 0x70726566;
 inline constexpr Boolean kDontCreateFolder = 0;
 inline constexpr Boolean kCreateFolder = 1;
 
-// A standard folder; fnfErr when it does not exist. Only the user's application support folder is
-// ever created, for the user alone. Where it cannot be created, or cannot be examined, its path is
-// given all the same, since a host puts files below the path that it gets; dirNFErr where a file is
-// in its place.
+// A standard folder; fnfErr if it does not exist. With createFolder, the user's application support
+// folder is created, private to the user; no other folder ever is. If it cannot be created or
+// examined, its path is returned anyway, since a host puts files below that path. dirNFErr if a
+// file is in its place.
 OSErr FSFindFolder(
     SInt16 domain, UInt32 folderType, Boolean createFolder, FSRef* foundRef) noexcept;
 
@@ -240,8 +242,8 @@ OSErr FSFindFolder(
 
 namespace platform {
 
-// The path of a standard folder of a known domain and type, whether it exists or not; empty where
-// the user has no home. Throws std::bad_alloc.
+// The path of a standard folder of a known domain and type, whether it exists or not; empty if the
+// user has no home. Throws std::bad_alloc.
 std::string StandardFolder(SInt16 domain, UInt32 folderType);
 
 } // namespace platform

@@ -1,4 +1,4 @@
-// Items and their paths: what is known of an item, creating and deleting one.
+// Items and their paths: information about an item, and creating and deleting items.
 #include "platform/FileManager.h"
 #include "platform/FileSystem.h"
 #include "platform/NewFiles.h"
@@ -17,8 +17,8 @@ using platform::FileStatus;
 
 namespace {
 
-// The path from the root on of a path from the current folder; empty where the system cannot tell
-// that folder, for the reason in errno.
+// Makes a relative path absolute; empty if the current folder cannot be determined, with the reason
+// in errno.
 std::string Absolute(std::string const& path) {
     std::unique_ptr<char, void (*)(void*)> const folder(getcwd(nullptr, 0), &std::free);
     if (!folder) {
@@ -36,7 +36,7 @@ OSErr CopyPath(std::string const& path, UInt8* buffer, UInt32 size) noexcept {
     return noErr;
 }
 
-// Others may look into new folders, but not write to them.
+// Others may read new folders, but not write to them.
 constexpr mode_t kFolderMode = 0755;
 
 OSErr CreateFile(FSRef const& parent, std::string const& name, FSRef* made) {
@@ -53,7 +53,7 @@ OSErr CreateFolder(FSRef const& parent, std::string const& name, FSRef* made) {
     return platform::MakeFolder(made->path, kFolderMode);
 }
 
-// Creates an item of that name by create.
+// Creates an item with that name by calling create.
 OSErr CreateItem(
     FSRef const* parent,
     UniCharCount nameLength,
@@ -138,7 +138,7 @@ OSErr FSGetCatalogInfo(
     if (OSErr const error = status.Read(ref->path); error != noErr) {
         return error;
     }
-    status.Tell(whichInfo, catalogInfo);
+    status.CopyTo(whichInfo, catalogInfo);
     return noErr;
 }
 
@@ -165,8 +165,9 @@ OSErr FSCreateDirectoryUnicode(
     return whichInfo != 0 ? paramErr : CreateItem(parent, nameLength, name, newRef, &CreateFolder);
 }
 
-// A file that its owner may not write stays, though the system would let the folder's owner delete
-// it: settings that are read-only are never replaced. A file just made is nobody's settings yet.
+// A file that its owner may not write is not deleted, although the system allows it to the owner of
+// the folder: read-only settings are never replaced. A file that was just created holds no settings
+// yet.
 OSErr FSDeleteObject(FSRef const* ref) noexcept {
     if (ref->created != nullptr) {
         return ref->created->Delete();

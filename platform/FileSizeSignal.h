@@ -1,4 +1,4 @@
-// Writing up to the process's limit on the size of files.
+// Writing up to the process's file size limit.
 #pragma once
 
 #include <csignal>
@@ -6,8 +6,8 @@
 
 namespace platform {
 
-// Keeps the signal SIGXFSZ, which ends a process that does not care for it, from this thread as
-// long as it lives: a write beyond the limit then only fails, with EFBIG.
+// Blocks the signal SIGXFSZ on this thread while it lives. By default that signal ends the process;
+// while it is blocked, a write beyond the limit fails with EFBIG.
 class FileSizeSignalGuard {
 public:
     FileSizeSignalGuard() noexcept : fBefore(), fWasPending(IsPending()) {
@@ -17,7 +17,8 @@ public:
     FileSizeSignalGuard(FileSizeSignalGuard const&) = delete;
     FileSizeSignalGuard& operator=(FileSizeSignalGuard const&) = delete;
 
-    // A signal that came meanwhile is taken, so that it does not come when it is let through again.
+    // Consumes a signal that became pending in the meantime, so that it is not delivered when the
+    // signal is unblocked.
     ~FileSizeSignalGuard() {
         if (!fWasPending && IsPending()) {
             sigset_t const signals = TheSignal();

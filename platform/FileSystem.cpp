@@ -47,7 +47,7 @@ namespace {
 
 constexpr std::size_t kLongestName = 255; // in bytes
 
-// Whether a file can have the name.
+// Whether the name is valid for a file.
 bool IsUsable(std::string const& name) noexcept {
     return !name.empty() && name.size() <= kLongestName && name.find('\0') == std::string::npos &&
            name.find('/') == std::string::npos;
@@ -74,14 +74,15 @@ OSErr FileStatus::Read(std::string const& path) noexcept {
 OSErr FileStatus::Read(int folder, char const* name) noexcept {
     constexpr unsigned kWanted = STATX_TYPE | STATX_MODE | STATX_MTIME | STATX_UID | STATX_GID;
     int result = statx(folder, name, 0, kWanted, &fStatus);
-    // Where the target cannot be looked at for another reason, nobody knows what it allows.
+    // Only if the link has no target. If the target exists but cannot be examined, its permissions
+    // are unknown, so the call fails.
     if (result < 0 && (errno == ENOENT || errno == ELOOP || errno == ENOTDIR)) {
         result = statx(folder, name, AT_SYMLINK_NOFOLLOW, kWanted, &fStatus);
     }
     return CodeOfResult(result);
 }
 
-void FileStatus::Tell(FSCatalogInfoBitmap whichInfo, FSCatalogInfo* info) const noexcept {
+void FileStatus::CopyTo(FSCatalogInfoBitmap whichInfo, FSCatalogInfo* info) const noexcept {
     if ((whichInfo & kFSCatInfoNodeFlags) != 0) {
         info->nodeFlags = static_cast<UInt16>(
             (IsLocked() ? kFSNodeLockedMask : 0) | (IsDirectory() ? kFSNodeIsDirectoryMask : 0));
@@ -117,7 +118,7 @@ bool DecodeName(char const* bytes, HFSUniStr255* name) noexcept {
 }
 
 OSErr EncodeName(UniCharCount nameLength, UniChar const* name, std::string* bytes) {
-    // More units are more bytes, whatever they are.
+    // A name never has fewer bytes than units.
     if (nameLength == 0 || nameLength > kLongestName) {
         return bdNamErr;
     }

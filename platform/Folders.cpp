@@ -1,4 +1,4 @@
-// The standard folders: the only place where the environment is looked at.
+// The standard folders. Only this file reads the environment.
 #include "platform/FileManager.h"
 #include "platform/FileSystem.h"
 #include "platform/NewFiles.h"
@@ -16,8 +16,8 @@ namespace {
 
 constexpr mode_t kPrivateFolderMode = 0700;
 
-// The value of an environment variable if it is an absolute path, else empty. Nothing in a program
-// with raised rights.
+// The value of an environment variable if it is an absolute path, else empty. Always empty in a
+// program with raised privileges.
 std::string AbsoluteFromEnvironment(char const* variable) {
     char const* const value = secure_getenv(variable);
     return value != nullptr && value[0] == '/' ? value : "";
@@ -35,7 +35,7 @@ std::string HomeFromDatabase() {
     return found != nullptr && found->pw_dir != nullptr ? found->pw_dir : "";
 }
 
-// Further folders are joined to it by a slash of their own.
+// Callers append folders with a leading slash.
 std::string WithoutTrailingSlashes(std::string folder) {
     while (folder.size() > 1 && folder.back() == '/') {
         folder.pop_back();
@@ -43,7 +43,7 @@ std::string WithoutTrailingSlashes(std::string folder) {
     return folder;
 }
 
-// The folder that a variable names, else one below the user's home; empty when there is no home.
+// The folder that a variable names, else a folder below the user's home; empty if there is no home.
 std::string UserFolder(char const* variable, char const* belowHome) {
     std::string const folder = AbsoluteFromEnvironment(variable);
     if (!folder.empty()) {
@@ -56,7 +56,7 @@ std::string UserFolder(char const* variable, char const* belowHome) {
 
 } // namespace
 
-// No variable moves an administrator's folders, or a user could get around them.
+// No variable changes an administrator's folders: a user could bypass them otherwise.
 std::string platform::StandardFolder(SInt16 domain, UInt32 folderType) {
     bool const isSupport = folderType == kApplicationSupportFolderType;
     if (domain == kLocalDomain) {
@@ -68,8 +68,8 @@ std::string platform::StandardFolder(SInt16 domain, UInt32 folderType) {
 
 namespace {
 
-// Makes the folder at path and what is missing above it; another program may do so too meanwhile.
-// Failures show when somebody uses the folder.
+// Creates the folder at path and its missing parents; another program may do so at the same time.
+// Failures are ignored here: they show when the folder is used.
 void MakeFolders(std::string const& path) {
     for (std::size_t slash = path.find('/', 1); slash != std::string::npos;
          slash = path.find('/', slash + 1)) {

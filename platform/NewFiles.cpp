@@ -66,8 +66,9 @@ bool IsLinkOfRoot(std::string const& path) {
     return lstat(path.c_str(), &status) == 0 && S_ISLNK(status.st_mode) && status.st_uid == 0;
 }
 
-// Whether each part of the path is a folder of root alone or a link of root. From the root on: what
-// lies in folders of root alone cannot be exchanged by others before the next part is looked at.
+// Whether each part of the path is a folder that only root can change, or a link that root owns.
+// Checked from the root down: others cannot replace an item in such a folder before the next part
+// is checked.
 bool BelongsToRootThroughout(std::string const& path) {
     for (std::size_t end = path.find('/', 1); true; end = path.find('/', end + 1)) {
         std::string const part = path.substr(0, end);
@@ -80,7 +81,8 @@ bool BelongsToRootThroughout(std::string const& path) {
     }
 }
 
-// The folder without links, for root to make another one in; empty where others could exchange it.
+// The path of the folder without links, safe for root to create a folder in; empty if others could
+// replace part of it.
 std::string FolderForRoot(std::string const& folder) {
     char whole[PATH_MAX];
     bool const isSafe = realpath(folder.c_str(), whole) != nullptr && BelongsToRootAlone("/") &&

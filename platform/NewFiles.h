@@ -1,4 +1,4 @@
-// Making files and folders. Private to the platform layer.
+// Creating files and folders. Private to the platform layer.
 #pragma once
 
 #include "platform/FileManager.h"
@@ -10,12 +10,12 @@
 
 namespace platform {
 
-// Holds the new file and its folder open: what is written goes to this file and only this file is
-// deleted, whatever is renamed in the folder meanwhile.
+// A new file, kept open together with its folder: writes go to this file, and only this file is
+// deleted, even if items in the folder are renamed in the meantime.
 class CreatedFile {
 public:
-    // Makes an empty file of that name in the folder at a path, which must not have one. dupFNErr
-    // if it has, else the code of the failure. Throws for memory.
+    // Creates an empty file with that name in folder. dupFNErr if an item with that name exists,
+    // else the code of the failure. Throws std::bad_alloc.
     static OSErr
     Make(std::string const& folder, std::string const& name, std::shared_ptr<CreatedFile>* made);
 
@@ -23,10 +23,10 @@ public:
     CreatedFile(CreatedFile const&) = delete;
     CreatedFile& operator=(CreatedFile const&) = delete;
 
-    // A descriptor for reading and writing, for the caller, or -1 with the reason in errno.
+    // A descriptor for reading and writing, owned by the caller, or -1 with the reason in errno.
     int Duplicate() const noexcept;
 
-    // Deletes the file, unless another one has its name now: then fnfErr.
+    // Deletes the file; fnfErr, and no deletion, if another file now has its name.
     OSErr Delete() const noexcept;
 
 private:
@@ -37,10 +37,10 @@ private:
     int fFile = -1;
 };
 
-// Makes the folder at path, whose parent must exist, with that mode less the umask.
-// afpAccessDenied, and no folder, where it could end up in another user's hands: in a program with
-// raised rights, and for root where a folder above belongs to somebody else or others may write to
-// it. dupFNErr when there is anything at path, else the code of the failure. Throws for memory.
+// Creates the folder at path, whose parent must exist, with mode minus the umask. afpAccessDenied,
+// and no folder, where another user could get control of it: in a program with raised privileges,
+// and for root if a folder above belongs to another user or others may write to it. dupFNErr if an
+// item exists at path, else the code of the failure. Throws std::bad_alloc.
 OSErr MakeFolder(std::string const& path, mode_t mode);
 
 } // namespace platform

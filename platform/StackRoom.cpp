@@ -12,26 +12,27 @@ namespace platform {
 
 namespace {
 
-// What must stay free below the deepest level.
+// The bytes that must stay free below the deepest level.
 constexpr std::uintptr_t kReserve = std::uintptr_t{64} * 1024;
 
-// By how much the main thread's stack grows at once, and by less where it cannot.
+// The step in which the main thread's stack is tested for growth; halved where the stack cannot
+// grow so far.
 constexpr std::uintptr_t kStep = std::uintptr_t{640} * 1024;
 
-// The settings themselves, and more levels than real ones have: for them no question to the system
-// is worth its time.
+// The settings themselves and 32 nested levels, more than real settings have: for these no system
+// call is made.
 constexpr unsigned long kLevelsOnAnyStack = 1 + 32;
 
-// The thread's own stack; all zero until queried.
+// The bounds of the thread's own stack; all zero until queried.
 struct Stack {
     std::uintptr_t fLow;
     std::uintptr_t fHigh;
-    bool fIsMain; // grows when it is used
+    bool fIsMain; // the main thread's stack grows on use
 };
 thread_local Stack gStack = {};
 
 thread_local unsigned long gLevels = 0;
-// Stacks grow down: no level may begin at or below this address; 0 until it is needed.
+// Stacks grow down: a level may not begin at or below this address. 0 until computed.
 thread_local std::uintptr_t gLimit = 0;
 
 std::uintptr_t CurrentAddress() noexcept {
@@ -51,10 +52,11 @@ Stack QueryStack() noexcept {
     return isKnown ? Stack{start, start + size, gettid() == getpid()} : Stack{};
 }
 
-// Whether the stack of the main thread reaches so many bytes down from here, or can grow so far:
-// the kernel alone knows all that may keep it from growing. For the program itself, a stack that
-// cannot grow is the end; a system call gets an error. This one looks at the address and changes
-// nothing.
+// Whether the main thread's stack reaches distance bytes below this frame, or can grow that far.
+// Only the kernel knows all the limits on growth, and a program that touches a page that cannot be
+// mapped is killed. A system call returns an error instead. rt_sigprocmask with an invalid
+// operation reads the mask at the address, which makes the stack grow, and changes nothing: EINVAL
+// means that the address could be read.
 bool Reaches(std::uintptr_t distance) noexcept {
     constexpr int kNoSuchChange = -1;
     constexpr std::size_t kMaskSize = 8; // of the kernel's signal masks
@@ -64,7 +66,8 @@ bool Reaches(std::uintptr_t distance) noexcept {
     return std::exchange(errno, outer) == EINVAL;
 }
 
-// How low the main thread's stack goes now, in steps.
+// The lowest address that the main thread's stack reaches, tested in steps; the current address if
+// it cannot grow.
 std::uintptr_t LowestOnMainStack(Stack const& stack) noexcept {
     std::uintptr_t const here = CurrentAddress();
     for (std::uintptr_t room = kStep; room > kReserve; room /= 2) {
@@ -76,6 +79,15 @@ std::uintptr_t LowestOnMainStack(Stack const& stack) noexcept {
     return here;
 }
 
+// Computes the limit. The bounds of the thread's stack are queried once for each thread. If they
+// are unknown, or if the current frame is outside them, on another stack such as a coroutine's, the
+// limit is the highest address: there is no room. On every thread but the main one, the stack is
+// reserved in full, so the limit is its low end plus the reserve. The main thread's stack grows on
+// use, and its low end only says how far it may grow at most: the kernel may refuse a page because
+// memory is short, because the process's limit is lower now, or because another mapping is in the
+// way. There the limit is the lowest address that is known to be reachable now, at most one step
+// below the current frame, plus the reserve. HasRoom() computes the limit again when a frame
+// reaches it, so the stack grows step by step.
 std::uintptr_t FindLimit() noexcept {
     if (gStack.fHigh == 0) {
         gStack = QueryStack();

@@ -1,13 +1,13 @@
-// How much of the thread's stack is left, for code that recurses with its input.
+// The remaining stack of the current thread, for code that recurses with its input.
 #pragma once
 
 #include <cstdint>
 
 namespace platform {
 
-// Bounds the recursion of one piece of work on the current thread, while it lives; such objects
-// nest. How far the stack reaches is asked for in each piece of work that goes deep: what lets a
-// stack grow may change at any time.
+// Bounds the recursion of one operation on the current thread while it lives. Watches nest. The
+// limit is computed again for each operation that recurses deeply, since what lets a stack grow may
+// change at any time.
 class StackWatch {
 public:
     StackWatch() noexcept;
@@ -20,8 +20,8 @@ private:
     std::uintptr_t fOuterLimit;
 };
 
-// One level of recursion on the current thread, while it lives. REQUIRES: a StackWatch lives on
-// this thread.
+// One level of recursion on the current thread while it lives. REQUIRES: a StackWatch lives on this
+// thread.
 class StackLevel {
 public:
     StackLevel() noexcept;
@@ -29,10 +29,10 @@ public:
     StackLevel(StackLevel const&) = delete;
     StackLevel& operator=(StackLevel const&) = delete;
 
-    // Whether there is room for this level, for everything that is called from it, and for an
-    // exception on its way out. There is for the outermost level below a watch and 32 more on any
-    // stack, which must have 64 KiB for them; and for more on the thread's own stack, not on
-    // another one, such as a coroutine's.
+    // Whether there is room for this level, for all calls from it, and for throwing an exception.
+    // Always true for the outermost level below a watch and the next 32; any stack must have 64 KiB
+    // for them. Deeper levels are measured: true while the thread's own stack has room, false on
+    // another stack, such as a coroutine's.
     bool HasRoom() const noexcept;
 };
 

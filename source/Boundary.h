@@ -1,5 +1,5 @@
-// The boundary to the host: the tables that the component registers, and the line that no exception
-// crosses.
+// The boundary to the host: the tables that the component registers, and the trap that stops
+// exceptions.
 #pragma once
 
 #include "bib/BIBClient.h"
@@ -7,17 +7,17 @@
 
 namespace PDFSettingsImpl {
 
-// Registers "PDFSettingsStatics" and then "PDFSettingsInterface". False when a row is refused; what
-// was registered before stays so. REQUIRES: the client layer is bound, here and below.
+// Registers "PDFSettingsStatics", then "PDFSettingsInterface". Returns false if the runtime rejects
+// a row; earlier rows stay registered. REQUIRES, here and below: the client layer is bound.
 bool RegisterPDFSettingsImpl();
 bool RegisterPDFSettingsStaticsProcs();
 bool RegisterPDFSettingsInterfaceProcs();
 
-// Unregisters both, and then "PDFSettingsVirtualInterface".
+// Unregisters both, then "PDFSettingsVirtualInterface".
 void UnregisterPDFSettingsImpl();
 
-// Reports message to the host. What the host's own procedure throws ends here: there is nobody else
-// to report to.
+// Reports message to the host. Exceptions of the host's own procedure are dropped: there is no
+// other receiver to report to.
 inline void Report(char const* message) noexcept {
     try {
         BIB_T_NMT::BIBReportError(message);
@@ -25,18 +25,18 @@ inline void Report(char const* message) noexcept {
     }
 }
 
-// The text of an error, as CBIBError::what gives it.
+// The text of an error, as returned by CBIBError::what.
 inline char const* TextOf(BIB_T_NMT::CBIBError const& error) noexcept {
     try {
         return error.what();
     } catch (...) {
-        // what() makes an atom of this text for an invalid error, and there was no memory for it.
+        // what() makes an atom of this text for an invalid error, and memory ran out.
         return "Invalid CBIBError";
     }
 }
 
-// Gives the result of work. If it throws, reports the reason to the host and gives the result of
-// makeFailure, which is called only then and does not throw.
+// Returns the result of work. If work throws, reports the reason to the host and returns the result
+// of makeFailure, which is called only then and does not throw.
 template <class MakeFailure, class Work>
 auto AtBoundary(MakeFailure makeFailure, Work work) noexcept -> decltype(work()) {
     try {

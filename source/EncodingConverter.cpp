@@ -16,7 +16,7 @@ constexpr unsigned short kMark16 = 0xFEFF;
 constexpr unsigned short kSwappedMark16 = 0xFFFE;
 constexpr unsigned char kMark8[] = {0xEF, 0xBB, 0xBF};
 
-// Converts all of string, or only measures if buffer is null: see CFStringGetBytes.
+// Converts all of string; only measures if buffer is null. See CFStringGetBytes.
 CFIndex GetAllBytes(
     CFStringRef string, CFStringEncoding encoding, UInt8* buffer, CFIndex size, CFIndex* usedSize) {
     CFRange const range = CFRangeMake(0, CFStringGetLength(string));
@@ -69,8 +69,8 @@ BIB_T_NMT::CPOSUnicodeString ExactString(std::span<unsigned short const> units) 
 
 namespace {
 
-// The elements of buffer from element skip on, between room for elements before and after them,
-// which is cleared.
+// A copy of the elements of buffer from index skip, with before and after zero elements around
+// them.
 template <class T>
 BIB_T_NMT::TBIBSharedBuffer<T> CopyWithRoom(
     BIB_T_NMT::TBIBSharedBuffer<T> const& buffer,
@@ -113,8 +113,8 @@ Buffer16 UnicodeEncoding<Buffer16>::SwapBytes(Buffer16 const& buffer) {
     return swapped;
 }
 
-// Both conversions swap on every machine: the stored order is the machine's, and a text in the
-// other order comes in through the first and leaves through the second.
+// Both conversions swap on every machine: text is stored in the machine's order. The first converts
+// text of the other order to it, the second back.
 Buffer16 UnicodeEncoding<Buffer16>::ConvertToBigEndian(Buffer16 const& buffer) {
     return SwapBytes(buffer);
 }

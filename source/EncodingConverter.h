@@ -1,5 +1,5 @@
-// Conversion of texts from one encoding to another, through the platform's string service, and the
-// owner of a reference on a CoreFoundation object.
+// Text conversion between encodings, through the platform's string service, and the owner of a
+// CoreFoundation reference.
 #pragma once
 
 #include "api/UnicodeEncoding.h"
@@ -10,15 +10,15 @@
 #include <span>
 #include <utility>
 
-// One counted reference of the type T, or none.
+// Owns one reference of type T, or none.
 template <class T>
 class AutoCFRelease : public BIB_T_NMT::CBIBClientBase {
 public:
     // Empty.
     AutoCFRelease() noexcept = default;
 
-    // A holder of reference, which may be null. Without retain the caller's reference goes over to
-    // it.
+    // Owns reference, which may be null. With retain, adds a reference; without, takes ownership of
+    // the caller's.
     AutoCFRelease(T reference, bool retain) noexcept : fReference(reference) {
         if (retain) {
             Retain();
@@ -39,10 +39,11 @@ public:
         }
     }
 
-    // The reference, not counted; null for none.
+    // The reference, borrowed; null if there is none.
     T Get() const noexcept { return fReference; }
 
-    // Where a call may store a reference for this holder. REQUIRES: it is empty.
+    // The address at which a call may store a reference for this object to own. REQUIRES: the
+    // object is empty.
     T* GetAddr() noexcept { return &fReference; }
 
 private:
@@ -57,7 +58,7 @@ private:
 
 namespace UnicodeEncodingNS {
 
-// Releases one reference of the platform at the end of a scope.
+// Releases one platform reference at the end of a scope.
 template <class T>
 class UnicodeEncoding_AutoCFRelease : public AutoCFRelease<T> {
 public:
@@ -69,8 +70,8 @@ public:
     operator T() const noexcept { return this->Get(); }
 };
 
-// The text of source in TargetEncoding; an empty buffer when nothing of it can be converted. Throws
-// the memory error. Defined for UTF-16 to UTF-8 and UTF-8 to UTF-16.
+// The text of source in TargetEncoding; an empty buffer if nothing can be converted. Throws the
+// memory error. Defined for UTF-16 to UTF-8 and UTF-8 to UTF-16.
 template <
     class Source,
     CFStringEncoding SourceEncoding,
@@ -78,8 +79,8 @@ template <
     CFStringEncoding TargetEncoding>
 Target EncodingConverter(Source const& source);
 
-// A 16-bit string of units, all of which belong to it, with a mark at its head as all strings have
-// that are made of texts: one that begins with a mark keeps that too, and is not swapped. Throws
+// A 16-bit string of exactly these units, after a byte order mark as in all 16-bit strings. If
+// units starts with a byte order mark, that is kept as well, and nothing is swapped. Throws
 // CBIBError.
 BIB_T_NMT::CPOSUnicodeString ExactString(std::span<unsigned short const> units);
 

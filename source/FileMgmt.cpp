@@ -30,13 +30,15 @@ namespace {
 
 constexpr UInt16 kOwnerMayWrite = 0x80;
 
-// The last dot may stand in the name of a folder. Longer endings pass.
+// The last dot may be in the name of a folder. Only the start of the extension is compared, so a
+// longer extension is accepted.
 bool HasExtension(std::string_view path) noexcept {
     std::size_t const dot = path.rfind('.');
     return dot != std::string_view::npos && path.substr(dot).starts_with(format::kExtension);
 }
 
-// The name to show: without its extension if that is the exact one. REQUIRES: it is longer.
+// The name to show: without the extension if it is exactly that of settings files. REQUIRES: the
+// name is longer than the extension.
 std::span<unsigned short const> ShownName(HFSUniStr255 const& name) {
     std::span<unsigned short const> const units(name.unicode, name.length);
     auto const extension = units.last(kExtensionLength);
@@ -58,13 +60,13 @@ CPOSBinData MakeDate(UTCDateTime const& date) {
         "Apple_UTCDateTime", reinterpret_cast<unsigned char const*>(&date), sizeof date);
 }
 
-// A path that is no UTF-8 has no text.
+// A path that is not UTF-8 has an empty text.
 bool IsEmpty(UnicodeEncodingNS::Unicode16 const& text) {
     return text.GetString(UnicodeEncodingNS::kByteOrderNative, /*terminate=*/false, /*mark=*/false)
                .GetNumElements() == 0;
 }
 
-// A record that lost one of its values for want of memory would spoil the list.
+// A record without one of its values would be wrong, so a failed Put is an error.
 void Put(CPOSDict const& info, CBIBStringAtom const& key, CPOSObject const& value) {
     info.Put(key, value);
     if (!info.HasKey(key)) {
@@ -80,7 +82,7 @@ bool MakeSettingsFileInfo(
     HFSUniStr255 const& name,
     FSCatalogInfo const& catalogInfo,
     CPOSDict* info) {
-    // Nothing but the extension is no name to show.
+    // A name that consists of the extension alone has no name to show.
     if (!HasExtension(path) || name.length == kExtensionLength) {
         return false;
     }
@@ -111,7 +113,8 @@ std::string BytesOf(CPOSUnicodeString const& text) {
         reinterpret_cast<char const*>(units), CPOSUnicodeString::GetLength(units) * sizeof *units};
 }
 
-// The display name of a file: that of the first pair with its name. Invalid for none.
+// The display name of a file, from the first pair with its name; an invalid handle if there is
+// none.
 CPOSObject DisplayName(CPOSArray const& pairs, CPOSUnicodeString const& name) {
     auto const count = static_cast<unsigned int>(pairs.Count());
     for (unsigned int i = 0; i < count; ++i) {
@@ -123,8 +126,9 @@ CPOSObject DisplayName(CPOSArray const& pairs, CPOSUnicodeString const& name) {
     return {};
 }
 
-// The key of a file in the cloak table: its name in UTF-8 without as many units as the extension
-// has, whatever they are; empty where that leaves half a character. None for a shorter name.
+// The key of a file in the cloak table: its name in UTF-8 without the last 11 units, the length of
+// the extension, whatever they are. Empty if an unpaired surrogate remains; nullopt for a shorter
+// name.
 std::optional<std::string> CloakKey(CPOSUnicodeString const& path) {
     std::span<unsigned short const> const text(path.Get(), path.GetLength());
     auto const separator = std::find(text.rbegin(), text.rend(), kDirSeparatorW);
@@ -161,13 +165,13 @@ void FileListBuilder::ConvertToDisplayName(CPOSDict& info) const {
         CPOSObject const displayName =
             DisplayName(fDisplayNames, TextIn(info, fKeys.fSettingsName));
         if (displayName.IsValid()) {
-            // Before the name changes: a failure must not leave half of the two.
+            // Made before the name changes, so that a failure does not change only one of the two.
             CPOSNumber const readOnly(1);
             info.Put(fKeys.fSettingsName, displayName);
             info.Put(fKeys.fReadOnly, readOnly);
         }
     } catch (...) {
-        // The record goes on as it is.
+        // The record keeps its name.
     }
 }
 
@@ -179,8 +183,8 @@ bool FileListBuilder::SettingAlreadyExists(CPOSDict const& info) const {
     if (!fNames.empty()) {
         return fNames.contains(NameIn(info));
     }
-    // Only the first entry can be without a name, since a record without one throws as soon as
-    // there is an entry to compare it with; and so does every record that meets such an entry.
+    // Here the list is empty or has one entry without a name. Only the first entry can lack a name:
+    // every later record without one, and every record that is compared with such an entry, throws.
     return fFileList.Count() != 0 &&
            SettingFileInfoHasSameName(CPOSDict(fFileList[0], /*quiet=*/false), info);
 }
@@ -190,8 +194,8 @@ bool FileListBuilder::SettingFileInfoHasSameName(CPOSDict const& a, CPOSDict con
     return BytesOf(TextIn(a, settingsName)) == BytesOf(TextIn(b, settingsName));
 }
 
-// What the runtime answers says nothing certain: the record is in when the list has grown. The name
-// of a record that is not must not keep a later file out.
+// The result of Append is not reliable, so the count decides whether the record was added. The name
+// of a record that was not added must not exclude a later file.
 void FileListBuilder::Append(CPOSDict const& info) const {
     unsigned long const count = fFileList.Count();
     fFileList.Append(info);
@@ -208,7 +212,7 @@ void FileListBuilder::AddCloakingInfo(CPOSDict& info) const {
             info.Put(fKeys.fShowHide, fCloakSettings.Get(key->c_str(), /*quiet=*/false));
         }
     } catch (...) {
-        // The record goes on without.
+        // The record has no entry then.
     }
 }
 
@@ -229,7 +233,7 @@ IFileMgmt* FileMgmt::Construct(SettingsDataStore const* store) {
 
 namespace {
 
-constexpr UInt32 kPathSize = 2048; // in bytes, its terminator included
+constexpr UInt32 kPathSize = 2048; // in bytes, including the terminator
 
 constexpr FSCatalogInfoBitmap kWantedInfo =
     kFSCatInfoNodeFlags | kFSCatInfoContentMod | kFSCatInfoPermissions;
@@ -263,7 +267,7 @@ Boolean CallbackIterProc(
     try {
         AppendItem(*ref, *name, *info, *static_cast<FileListBuilder const*>(userData));
     } catch (...) {
-        // The list goes on without the item.
+        // The item is left out of the list.
     }
     return 0;
 }
@@ -285,7 +289,7 @@ void FileMgmt_Mac::GetFilesInDirectory(
                 &builder);
         }
     } catch (...) {
-        // What was listed so far counts.
+        // The list keeps the items found so far.
     }
 }
 

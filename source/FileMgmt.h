@@ -1,4 +1,5 @@
-// Which settings files there are: the listing, its records, and its way over the file service.
+// The list of settings files: its records, and how they are made from the items of the settings
+// folders.
 //
 // A record is a dictionary:
 //     SettingsName  16-bit string: the name to show. Missing for an item whose own name is shorter
@@ -7,7 +8,7 @@
 //     ReadOnly      number: 1 for a file that must not be written
 //     ModDate       binary data "Apple_UTCDateTime": the UTCDateTime of the file, 8 bytes as in
 //                   memory
-//     ShowHide      the entry of the file in the cloak table itself; only where there is one
+//     ShowHide      the file's entry of the cloak table, shared; only if there is one
 #pragma once
 
 #include "api/UnicodeEncoding.h"
@@ -43,8 +44,8 @@ inline constexpr unsigned long kExtensionLength = 11;
 static_assert(sizeof unicode_joboptions == kExtensionLength * sizeof(unsigned short));
 
 // Makes the record of an item from its path (NUL-terminated UTF-8), its name and its catalog
-// information: node flags, permissions and content modification. False for what is no settings
-// file. Throws CBIBError.
+// information: node flags, permissions and content modification date. Returns false if the item is
+// not a settings file. Throws CBIBError.
 bool MakeSettingsFileInfo(
     SettingsFileInfoKeys const& keys,
     char const* path,
@@ -54,7 +55,17 @@ bool MakeSettingsFileInfo(
 
 enum ForWhichDirectory : int { kAdminSettingsDirectory = 0, kUserSettingsDirectory = 1 };
 
-// Builds one list. Displayed names and cloak table are as SettingsDataStore gives them.
+// Builds one list from the display names and the cloak table of SettingsDataStore.
+//
+// A record starts with the file's own name, without the extension. (1) If a pair of the display
+// names has that name, the record gets the pair's display name and becomes read-only. (2) If the
+// list has an entry with the resulting name, the record is dropped; the administrator's files are
+// listed first, so they hide the user's files of the same name. (3) The cloak table is searched for
+// the file's own name, taken from its path, never for the display name. The key is that name in
+// UTF-8, but the table's keys are in Mac Roman, so only ASCII names match reliably. The entry found
+// is stored as ShowHide: the file stays in the list, and the host decides by the number for its
+// application whether to show it. (4) An administrator's file becomes read-only. An error in (1) or
+// (3) leaves the record without that change.
 class FileListBuilder : public BIB_T_NMT::CBIBClientBase {
 public:
     // An empty list. Throws CBIBError.
@@ -66,31 +77,33 @@ public:
     FileListBuilder& operator=(FileListBuilder const&) = delete;
     ~FileListBuilder() = default;
 
-    // Which folder the entries come from, from now on.
+    // Sets the folder that the following entries come from.
     void SetForWhichDirectory(ForWhichDirectory which) noexcept { fWhichDirectory = which; }
 
     // The keys of the list's records.
     SettingsFileInfoKeys const& Keys() const noexcept { return fKeys; }
 
-    // A handle on the list.
+    // A handle to the list.
     BIB_T_NMT::CPOSArray GetFileList() const { return fFileList; }
 
-    // Completes info and adds it to the list, unless its name is there already. Throws POSException
-    // for a record without a name, except for the first one, and for every record behind that.
+    // Completes info and adds it to the list, unless the list has an entry with its name. Throws
+    // POSException for a record without a name unless it is the first one, and for every record
+    // after such a first one.
     void AppendFileToList(BIB_T_NMT::CPOSDict& info) const;
 
-    // The steps of that, in their order. Gives the file the display name of the first pair that has
-    // its name, by the runtime's comparison of values, and makes it read-only then.
+    // The steps of AppendFileToList, in order. This one replaces the name with the display name of
+    // the first pair that has the name, by the runtime's comparison of values, and then makes the
+    // record read-only.
     void ConvertToDisplayName(BIB_T_NMT::CPOSDict& info) const;
 
-    // Whether the list has an entry of that name.
+    // Whether the list has an entry with that name.
     bool SettingAlreadyExists(BIB_T_NMT::CPOSDict const& info) const;
 
-    // Whether two records have the same name, exactly. Throws POSException when either has none.
+    // Whether two records have exactly the same name. Throws POSException if either has none.
     static bool
     SettingFileInfoHasSameName(BIB_T_NMT::CPOSDict const& a, BIB_T_NMT::CPOSDict const& b);
 
-    // Gives the file its entry in the cloak table, if it has one there under its own name.
+    // Adds the file's entry of the cloak table, if there is one under the file's own name.
     void AddCloakingInfo(BIB_T_NMT::CPOSDict& info) const;
 
 private:
@@ -102,18 +115,18 @@ private:
     BIB_T_NMT::CPOSArray fDisplayNames;
     BIB_T_NMT::CPOSDict fCloakSettings;
     SettingsFileInfoKeys const fKeys;
-    // The names in the list, as bytes, so that no record is compared with every other one.
+    // The names in the list, as bytes, so that a record is not compared with every other one.
     mutable std::unordered_set<std::string> fNames;
 };
 
-// What a FileMgmt does, on some system.
+// The interface of FileMgmt's implementation for one system.
 class IFileMgmt : public BIB_T_NMT::CBIBVirtualClientBase {
 public:
     // See FileMgmt.
     virtual BIB_T_NMT::CPOSArray
     GetFilesInWorkingDirectory(unsigned long maxLevels, char const* appName) const = 0;
 
-    // Adds the items of one folder to builder, as far down as maxLevels (0 for no limit, 1 for the
+    // Adds the items of one folder to builder, down to maxLevels levels (0 for no limit, 1 for the
     // folder's own items). Never throws: a folder that cannot be read adds nothing, and an item
     // that cannot be recorded is left out.
     virtual void GetFilesInDirectory(
@@ -122,7 +135,7 @@ public:
         FileListBuilder& builder) const = 0;
 };
 
-// The part that is the same on every system.
+// The part that is common to all systems.
 class FileMgmtBase : public IFileMgmt {
 public:
     // REQUIRES: store is not null and outlives this.
@@ -141,10 +154,10 @@ public:
     // REQUIRES: store is not null and outlives this. Throws CBIBError.
     explicit FileMgmt(SettingsDataStore const* store) : fImplementation(Construct(store)) {}
 
-    // The list, made anew: the administrator's files first, those of one folder in the order that
-    // the system gives. Of equal names the first one counts. maxLevels as above; appName: the
-    // application whose display names apply. Throws CBIBError and POSException when the cloak table
-    // or the display names cannot be made.
+    // A new list: the administrator's files first, and those of one folder in the order of the
+    // system. Of equal names, the first is listed. maxLevels as above; appName: the application
+    // whose display names apply. Throws CBIBError and POSException if the cloak table or the
+    // display names cannot be made.
     BIB_T_NMT::CPOSArray
     GetFilesInWorkingDirectory(unsigned long maxLevels, char const* appName) const {
         return fImplementation->GetFilesInWorkingDirectory(maxLevels, appName);
@@ -157,8 +170,8 @@ private:
     std::unique_ptr<IFileMgmt> fImplementation;
 };
 
-// Adds the item that a walk has come to, if it is a settings file, to the FileListBuilder userData.
-// Never ends the walk, and never throws: an item that cannot be recorded is left out.
+// Adds the current item of a walk, if it is a settings file, to the FileListBuilder userData. Never
+// ends the walk, and never throws: an item that cannot be recorded is left out.
 Boolean CallbackIterProc(
     Boolean containerChanged,
     ItemCount level,

@@ -31,14 +31,14 @@ Buffer16 Units(Unicode16 const& text) {
     return text.GetString(kByteOrderBigEndian, /*terminate=*/false, /*mark=*/false);
 }
 
-// The parts of a path: the folder with its last slash, and the name behind it.
+// The parts of a path: the folder with its last slash, and the name after it.
 struct SplitPath {
     Unicode16 fFolder;
     Buffer16 fName;
 };
 
-// Takes path apart at its last slash. Without one, and for a path that ends in one, the name is
-// empty. A byte order mark that a part begins with is not of its text. Throws CBIBError.
+// Splits path at its last slash. Without a slash, both parts are empty; if the path ends in one,
+// the name is empty. A byte order mark at the start of a part is removed. Throws CBIBError.
 SplitPath Split(Unicode16 const& path) {
     Buffer16 const text = Units(path);
     unsigned short const* const begin = text.GetBuffer();
@@ -53,7 +53,7 @@ SplitPath Split(Unicode16 const& path) {
     return {CreateUnicode16(Copy(begin, name)), Units(CreateUnicode16(Copy(name, end)))};
 }
 
-// The data of a file, closed in the end.
+// The data of a file, closed by the destructor.
 class OpenFork {
 public:
     OpenFork() = default;
@@ -82,7 +82,7 @@ private:
     bool fIsOpen = false;
 };
 
-// A new file, deleted again unless it is kept.
+// A new file, which the destructor deletes unless Keep() was called.
 class NewFile {
 public:
     explicit NewFile(FSRef const& ref) noexcept : fRef(ref) {}
@@ -142,7 +142,7 @@ OSErr DeleteFile(Unicode16 const& path) {
     return error == noErr ? FSDeleteObject(&file) : error;
 }
 
-// Makes the file, in place of an existing one if that may be.
+// Creates the file; deletes an existing one first unless failIfExists.
 OSErr CreateOrReplace(
     Unicode16 const& path, SplitPath const& parts, bool failIfExists, FSRef* file) {
     FSRef folder;
@@ -212,9 +212,9 @@ namespace {
 
 constexpr unsigned short kSlash = '/';
 constexpr UInt32 kTextEncodingHint = 4;
-constexpr unsigned long kPathSize = 1024; // in bytes, its terminator included
+constexpr unsigned long kPathSize = 1024; // in bytes, including the terminator
 
-// A standard folder and where settings lie in it.
+// A standard folder, and the path of the settings folder in it.
 struct Location {
     SInt16 fDomain;
     Boolean fCreateFolder;
@@ -232,7 +232,7 @@ Location LocationOf(DirectoryType type) {
         "Internal error: Unknown directory type", PDFSettingsImpl::kInternalError);
 }
 
-// Goes down a path from the root, one folder after the other, and makes those that are missing.
+// Follows a path from the root, one folder at a time, and creates missing folders.
 class FolderWalk {
 public:
     FolderWalk() { fIsOk = FSPathMakeRef(kRoot, &fParent, nullptr) == noErr; }
@@ -248,8 +248,8 @@ public:
         }
     }
 
-    // What was well so far stays so if the last folder exists; if it is missing, its making decides
-    // alone.
+    // The last step: creates the last folder if it is missing, and then only that result counts,
+    // even if an earlier step failed.
     void Finish(unsigned short const* begin, unsigned short const* end) {
         FSRef child;
         Make(begin, end, &child);
@@ -270,7 +270,7 @@ private:
     bool fIsOk;
 };
 
-// text is the path with a zero unit behind it, at which every search ends.
+// text is the path with a terminating zero unit, which ends every search.
 bool MakeFolders(unsigned short const* text, unsigned long length) {
     FolderWalk walk;
     unsigned short const* cursor = text + 1;

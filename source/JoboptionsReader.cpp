@@ -1,11 +1,11 @@
 // The scanner of job options text: one probe for each kind of value.
 //
-// All work on a cursor into a text that ends in four zero bytes, with plain pointer semantics: a
-// zero byte ends every search, and a scanner that has stepped over one reads on from there. A probe
-// answers true when it has stored the value and moved the cursor past it, and false when it has
+// All functions use a cursor into a text that ends in four zero bytes. They look for no other end:
+// a zero byte ends every search, and a scanner that has stepped over one continues after it. A
+// probe returns true if it has stored the value and moved the cursor past it, and false if it has
 // done neither. Every function may throw CBIBError (the memory error, the runtime's errors). Those
-// that read keys or values throw PDFSettingsParserException for an entry that cannot be read; it
-// leaves the cursor inside that entry.
+// that read keys or values throw PDFSettingsParserException for an entry that cannot be read; the
+// cursor is then at or inside that entry.
 #include "source/PDFSettingsParser.h"
 
 #include "bib/BIBMemory.h"
@@ -34,17 +34,17 @@ namespace JoboptionsParserUtils {
 
 namespace {
 
-// Says that an entry cannot be read. Never leaves the reader.
+// Thrown for an entry that cannot be read. Never leaves the reader.
 class PDFSettingsParserException : public BIB_T_NMT::CBIBVirtualClientBase {};
 
 constexpr std::string_view kBooleans[] = {"true", "false"};
 
-// What is remembered of the text that is read on this thread; null while no RememberedSearches
-// lives.
+// The results of earlier searches in the text that this thread reads; null while no
+// RememberedSearches lives.
 thread_local format::FarSearches* gSearches = nullptr;
 
-// Keeps the time for a text in proportion to its length while it is read on the current thread: a
-// search for a far end is made once. Such objects nest. Without one, every search is made anew.
+// Makes reading linear in the size of the text: while it lives, a search for a distant end is made
+// only once on the current thread. Such objects nest. Without one, every search is repeated.
 // REQUIRES: the text does not change while the object lives.
 class RememberedSearches {
 public:
@@ -58,7 +58,7 @@ private:
     format::FarSearches* fOuter;
 };
 
-// Where a name or key that begins at first ends. The first byte belongs to it whatever it is.
+// The end of the name or key that begins at first. The first byte belongs to it, whatever it is.
 char* EndOfName(char* first) noexcept {
     char* end = first + 1;
     while (!format::kNameEnds.Has(*end)) {
@@ -68,7 +68,7 @@ char* EndOfName(char* first) noexcept {
 }
 
 // The name from first to end. Throws PDFSettingsParserException for one that is too long. Never
-// inlined: its buffer must not stand in the frames that a nested value is read from.
+// inlined, to keep its buffer out of the stack frames of nested values.
 [[gnu::noinline]] CPOSString MakeName(char const* first, char const* end) {
     auto const size = static_cast<unsigned long>(end - first);
     if (size > format::kMaxNameSize) {
@@ -80,11 +80,11 @@ char* EndOfName(char* first) noexcept {
     return CPOSString(text);
 }
 
-bool StandsOnByte(char const* cursor, char byte) noexcept {
+bool IsByteAt(char const* cursor, char byte) noexcept {
     return *cursor == byte;
 }
 
-// Where a value ends that must end somewhere: its length would be beyond any memory otherwise.
+// Returns end. A value without an end counts as longer than the memory: throws the memory error.
 template <class T>
 T* RequireEnd(T* end) {
     if (end == nullptr) {
@@ -101,7 +101,7 @@ void ThrowInvalidFile() {
 }
 
 // Whether the text at cursor begins with literal.
-bool StandsOn(char const* cursor, char const* literal) noexcept {
+bool IsAt(char const* cursor, char const* literal) noexcept {
     while (*literal != '\0' && *literal == *cursor) {
         ++literal;
         ++cursor;
@@ -117,18 +117,19 @@ CPOSBinData MakeBinData(char const* typeName, char const* begin, char const* end
 }
 
 // A dictionary or an array that is being read, or the settings themselves: one level of nesting,
-// and a loop over its parts. One object for both, since each takes stack in every level.
+// and a check of the loop over its elements. One class for both checks, since every object takes
+// stack at each level.
 class OpenCollection {
 public:
-    // Throws the memory error where the stack has no room for the level.
+    // Throws the memory error if the stack has no room for the level.
     OpenCollection() {
         if (!fLevel.HasRoom()) {
             CBIBMemory::ThrowMemError();
         }
     }
 
-    // To be called at the end of each turn. A loop can only repeat itself that leaves the cursor
-    // where the turn before left it: throws as ThrowInvalidFile().
+    // Call at the end of each iteration. An iteration that does not move the cursor would repeat
+    // forever: throws as ThrowInvalidFile().
     void CheckProgress(char const* cursor) {
         if (cursor == fLast) {
             ThrowInvalidFile();
@@ -141,13 +142,13 @@ private:
     char const* fLast = nullptr;
 };
 
-// Moves the cursor over blanks, line ends and comments. A comment ends with its line, or with the
-// text.
+// Moves the cursor over blanks, line ends and comments. A comment ends at its line end, or at the
+// end of the text.
 void SkipWhiteSpace(char** cursor) {
     for (;;) {
         if (format::kBlanks.Has(**cursor)) {
             ++*cursor;
-        } else if (StandsOnByte(*cursor, '%')) {
+        } else if (IsByteAt(*cursor, '%')) {
             *cursor += std::strcspn(*cursor, "\r\n");
         } else {
             return;
@@ -155,10 +156,10 @@ void SkipWhiteSpace(char** cursor) {
     }
 }
 
-// The next key, without its slash. Whatever stands before it is passed over.
+// The next key, without its slash. Skips everything before it, whatever it is.
 CPOSString GetKey(char** cursor) {
     SkipWhiteSpace(cursor);
-    char* const slash = StandsOnByte(*cursor, '/') ? *cursor : std::strchr(*cursor, '/');
+    char* const slash = IsByteAt(*cursor, '/') ? *cursor : std::strchr(*cursor, '/');
     if (slash == nullptr) {
         throw PDFSettingsParserException();
     }
@@ -168,17 +169,28 @@ CPOSString GetKey(char** cursor) {
     return key;
 }
 
-// The next value. Throws CPDFSettingsError for one of no known kind.
+// The next value. Throws CPDFSettingsError for a value of an unknown kind.
 CPOSObject GetValue(char** cursor);
 
-// Reads the next entry into dict, and skips what follows it. An entry that cannot be read is
-// dropped, and the cursor stays where the failure left it.
+// Reads the next entry into dict, and skips the white space after it.
+//
+// Entries get lost without an error, in four ways. (1) Stray tokens: GetKey skips everything up to
+// the next "/". That includes a ">>" after a stray token, so the dictionary does not end there. If
+// there is no further "/", the text is rejected. (2) A key without a value: the next key becomes
+// its value, a name, and what follows that key is stray. In "/A /B 1", A is the name B, and there
+// is no key B. If no value can begin at the next token, such as ">>", the text is rejected. (3) A
+// value that cannot be read, a string without ")" or a name of more than 255 bytes: the entry is
+// dropped, with all arrays around the value, and the next key is searched from the cursor, even
+// inside the string. A key of more than 255 bytes stops the cursor, so the text is rejected. (4) An
+// empty dictionary: IsDict reads an entry before it tests for ">>", so the dictionary takes the
+// next keys of the enclosing dictionary and its ">>". It stays empty only if no "/" follows in the
+// text.
 void ReadEntry(char** cursor, CPOSDict const& dict) {
     try {
         CPOSString const key = GetKey(cursor);
         dict.Put(key.Get(), GetValue(cursor));
     } catch (PDFSettingsParserException const&) {
-        // The entry is lost, and the next key is looked for from where it failed: even inside it.
+        // The entry is lost. The next key is searched from the cursor, even inside this entry.
     }
     SkipWhiteSpace(cursor);
 }
@@ -186,7 +198,7 @@ void ReadEntry(char** cursor, CPOSDict const& dict) {
 // The probes, in the order in which GetValue tries them.
 
 bool IsName(char** cursor, CPOSObject* value) {
-    if (!StandsOnByte(*cursor, '/')) {
+    if (!IsByteAt(*cursor, '/')) {
         return false;
     }
     ++*cursor;
@@ -197,7 +209,7 @@ bool IsName(char** cursor, CPOSObject* value) {
 }
 
 bool IsString(char** cursor, CPOSObject* value) {
-    if (!StandsOnByte(*cursor, '(')) {
+    if (!IsByteAt(*cursor, '(')) {
         return false;
     }
     ++*cursor;
@@ -212,7 +224,7 @@ bool IsString(char** cursor, CPOSObject* value) {
 
 bool IsBoolean(char** cursor, CPOSObject* value) {
     for (std::string_view const word : kBooleans) {
-        if (StandsOn(*cursor, word.data())) {
+        if (IsAt(*cursor, word.data())) {
             *value = CPOSString(word.data());
             *cursor += word.size();
             return true;
@@ -229,8 +241,8 @@ bool IsNumber(char** cursor, CPOSObject* value) {
     format::ScannedNumber const number =
         format::ScanNumber({*cursor, RequireEnd(token.fEnd)}, token.fHasPoint);
     *value = CPOSNumber(number.fValue);
-    // The number's own end: what stands behind it up to the stop is left on the text. Without any
-    // digit the cursor stays.
+    // Moves past the number itself; other bytes up to the end of the token stay for the next read.
+    // Without any digit the cursor does not move.
     *cursor += number.fSize;
     return true;
 }
@@ -240,15 +252,15 @@ void AppendElement(char** cursor, CPOSArray const& array) {
 }
 
 bool IsArray(char** cursor, CPOSObject* value) {
-    if (!StandsOnByte(*cursor, '[')) {
+    if (!IsByteAt(*cursor, '[')) {
         return false;
     }
     CPOSArray const array;
     OpenCollection open;
     ++*cursor;
     SkipWhiteSpace(cursor);
-    // No look for the end of the text: there, the next value fails.
-    while (!StandsOnByte(*cursor, ']')) {
+    // There is no test for the end of the text: the next value fails there.
+    while (!IsByteAt(*cursor, ']')) {
         AppendElement(cursor, array);
         SkipWhiteSpace(cursor);
         open.CheckProgress(*cursor);
@@ -259,7 +271,7 @@ bool IsArray(char** cursor, CPOSObject* value) {
 }
 
 bool IsDict(char** cursor, CPOSObject* value) {
-    if (!StandsOn(*cursor, "<<")) {
+    if (!IsAt(*cursor, "<<")) {
         return false;
     }
     CPOSDict const dict;
@@ -267,7 +279,8 @@ bool IsDict(char** cursor, CPOSObject* value) {
     *cursor += 2;
     SkipWhiteSpace(cursor);
     // The body runs before any test: an empty dictionary takes the next key of the enclosing text.
-    // And a single ">" in either of two places ends it, whatever the other byte is.
+    // Also, a single ">" in either of the two positions ends the dictionary, whatever the other
+    // byte is.
     ReadEntry(cursor, dict);
     while ((*cursor)[0] != '>' && (*cursor)[1] != '>') {
         open.CheckProgress(*cursor);
@@ -279,7 +292,7 @@ bool IsDict(char** cursor, CPOSObject* value) {
 }
 
 bool IsUnicodeString(char** cursor, CPOSObject* value) {
-    if (!StandsOnByte(*cursor, '<') || (*cursor)[1] == '<') {
+    if (!IsByteAt(*cursor, '<') || (*cursor)[1] == '<') {
         return false;
     }
     ++*cursor;
@@ -311,7 +324,7 @@ namespace {
 
 constexpr unsigned long kReadChunk = 1024;
 
-// The whole text of a stream, ended by zero bytes.
+// The whole text of a stream, followed by zero bytes.
 class StreamText {
 public:
     explicit StreamText(CBIBPositionableStream const& stream)
@@ -339,7 +352,8 @@ private:
         return size + format::kZerosBehindText;
     }
 
-    // A short read ends it. A stream is never asked for more than it measured, nor for nothing.
+    // A short read ends the loop. A stream is never asked for more bytes than it has reported, nor
+    // for zero bytes.
     void Read(CBIBPositionableStream const& stream) {
         unsigned long bytesRead = kReadChunk;
         for (unsigned long offset = 0; bytesRead >= kReadChunk && offset < fSize;
@@ -353,9 +367,9 @@ private:
     BIB_T_NMT::TBIBMemoryBuffer<char, CBIBMemory> fBytes;
 };
 
-// Finds the opening of the settings and gives the place behind it; null for a text without any,
-// which must then be blank. The search knows nothing of comments, so an opening inside a comment
-// before the settings makes the text invalid.
+// Returns the position after the "<<" that opens the settings; null for a text without one, which
+// must then be blank. The search ignores comments, so a "<<" in a comment before the settings makes
+// the text invalid.
 char* FindSettings(StreamText& text) {
     char* const open = std::strstr(text.Begin(), "<<");
     if (open != text.Begin()) {
@@ -371,8 +385,9 @@ char* FindSettings(StreamText& text) {
 
 void ReadEntries(char** cursor, CPOSDict const& settings) {
     OpenCollection open;
-    // The first look comes before any skip: blanks behind the opening make the loop run once.
-    while (**cursor != '\0' && !StandsOn(*cursor, ">>")) {
+    // The first test comes before any white space is skipped: with a blank after "<<", the body
+    // runs once even if ">>" follows.
+    while (**cursor != '\0' && !IsAt(*cursor, ">>")) {
         ReadEntry(cursor, settings);
         open.CheckProgress(*cursor);
     }
@@ -384,7 +399,7 @@ void ReadKeyword(char** cursor) {
     }
     *cursor += 2;
     SkipWhiteSpace(cursor);
-    if (!StandsOn(*cursor, format::kKeyword.data())) {
+    if (!IsAt(*cursor, format::kKeyword.data())) {
         ThrowInvalidFile();
     }
     *cursor += format::kKeyword.size();

@@ -1,11 +1,23 @@
-// The writer of job options text: one probe for each kind of value, the mirror of JoboptionsReader.
+// The writer of job options text: one probe for each kind of value, the counterpart of
+// JoboptionsReader.
 //
-// A probe answers true when it has written the value and its line end, and false when the value is
-// of another kind or could not be written; what it wrote until then stays in the stream. Levels
-// count the dictionaries and arrays around a value. A probe that goes deeper throws
-// NestingException when the stack cannot bear it, and behind 5,000 levels; nothing else leaves a
-// probe but what making an empty stream may throw. REQUIRES: a platform::StackWatch lives on the
-// thread.
+// A probe returns true if it has written the value and its line end, and false if the value has
+// another type or could not be written; what it has written so far stays in the stream. A level is
+// the number of dictionaries and arrays around a value. A probe that recurses throws
+// NestingException if the stack has no room, and for more than 5,000 levels; otherwise only an
+// exception from making an empty stream leaves a probe. REQUIRES: a platform::StackWatch lives on
+// the thread.
+//
+// Which failures are swallowed: a probe catches every other exception, so an unsupported type, a
+// failed write and a failed allocation look alike. GetValue then tries the other probes and throws;
+// the enclosing array or dictionary catches that and fails in turn, up to the settings. Each
+// dictionary that fails replaces the stream with an empty one, so no part of the settings remains.
+// The result is not an error but a text without settings: an empty text if the settings have their
+// own tail, which reads as settings without entries; otherwise the default tail alone, which every
+// reader rejects. One failure can go unnoticed: if a boolean cannot be written but the next write
+// succeeds, the boolean becomes a name. Not swallowed are nesting that is too deep, which becomes
+// the memory error, and failures in making the stream, writing the tail, and moving the stream to
+// its start.
 #include "source/PDFSettingsParser.h"
 
 #include "bib/BIBMemory.h"
@@ -28,20 +40,20 @@ namespace POSObjectParserUtils {
 
 namespace {
 
-// Stands for one level of nesting.
+// The indentation of one level of nesting.
 constexpr char kLevelIndentStr[] = "  ";
 
-// Says that a value is nested too deep for the stack. Never leaves the writer.
+// Thrown for a value that is nested too deeply. Never leaves the writer.
 class NestingException : public BIB_T_NMT::CBIBVirtualClientBase {};
 
 constexpr char kLineEnd[] = "\r\n";
 constexpr unsigned long kLineEndSize = sizeof kLineEnd - 1;
 
-// Indentation takes memory and time with the square of the levels, so that a large stack alone
-// would let values that contain themselves fill the memory.
+// Indentation takes memory and time quadratic in the levels. On a large stack, a value that
+// contains itself would otherwise fill the memory.
 constexpr unsigned long kDeepestLevel = 5000;
 
-// The answer of write, or false if it throws.
+// The result of write, or false if it throws.
 template <class Write>
 bool Probe(Write write) {
     try {
@@ -51,8 +63,8 @@ bool Probe(Write write) {
     }
 }
 
-// Puts short pieces together, so that the stream has one write where there would be many. What is
-// larger goes to the stream as it is. REQUIRES: Flush() before the end.
+// Combines short pieces, so that the stream gets one write instead of many. Larger pieces are
+// written directly. REQUIRES: Flush() is called at the end.
 class Pieces {
 public:
     explicit Pieces(CBIBPositionableStream const& stream) noexcept : fStream(stream) {}
@@ -93,10 +105,10 @@ private:
     char fBytes[256];
 };
 
-// The functions below are out of line, so that their objects do not stand in the frames that a
-// nested value is written from.
+// The functions below are not inlined, to keep their objects out of the stack frames of nested
+// values.
 
-// The bytes go out as they came in: whatever escapes they hold are the text's own.
+// The bytes are written unchanged: any escapes in them are part of the text.
 [[gnu::noinline]] bool WriteBinData(
     char const* typeName,
     char const* opening,
@@ -116,8 +128,8 @@ private:
     return true;
 }
 
-// Writes a number as print makes it, as std::to_chars does, in a buffer of so many bytes. False
-// when that is too small.
+// Writes a number as formatted by print, which has the contract of std::to_chars, in a buffer of
+// bufferSize bytes. Returns false if the buffer is too small.
 template <class Print>
 bool WriteThrough(
     unsigned long bufferSize,
@@ -136,7 +148,7 @@ bool WriteThrough(
     return true;
 }
 
-// False for a value that is no number. Only a number that nobody writes needs the second buffer.
+// Returns false if the value is not a number. Only extremely long numbers need the second buffer.
 template <class Print>
 [[gnu::noinline]] bool
 WriteNumber(CPOSObject const& value, CBIBPositionableStream const& stream, Print const& print) {
@@ -175,8 +187,8 @@ WriteKey(char const* key, CBIBPositionableStream& stream, unsigned long level) {
     line.Flush();
 }
 
-// The line of a boolean, null for another word. It is written at once: a word that failed half way
-// would be written again as a name, behind what is there already.
+// The line of a boolean; null for another word. It is written at once: after a partial write,
+// IsName would append the word again as a name.
 char const* BooleanLine(char const* word) noexcept {
     if (std::strcmp(word, "true") == 0) {
         return "true\r\n";
@@ -184,7 +196,7 @@ char const* BooleanLine(char const* word) noexcept {
     return std::strcmp(word, "false") == 0 ? "false\r\n" : nullptr;
 }
 
-// The number under key gets so many decimals; 0 for an ordinary key.
+// The number of decimals for the number under key; 0 for an ordinary key.
 int DecimalsOf(char const* key) noexcept {
     if (std::strcmp(key, "CompatibilityLevel") == 0) {
         return 1;
@@ -220,13 +232,13 @@ private:
 
 } // namespace
 
-// Writes a NUL-terminated text. Throws the stream's error.
+// Writes a NUL-terminated string. Throws the stream's error.
 void WriteText(char const* text, CBIBPositionableStream& stream) {
     stream.Write(static_cast<void const*>(text), std::strlen(text));
 }
 
-// The probes, in the order in which GetValue tries them. IsName tries IsBoolean first. When IsDict
-// fails, it exchanges stream for a new, empty one.
+// The probes, in the order in which GetValue tries them. IsName tries IsBoolean first. If IsDict
+// fails, it replaces stream with a new, empty one.
 
 bool IsBoolean(CPOSObject const& value, CBIBPositionableStream& stream) {
     return Probe([&] {
@@ -271,8 +283,8 @@ bool IsNumber(CPOSObject const& value, CBIBPositionableStream& stream) {
     return Probe([&] { return WriteNumber(value, stream, &format::FormatNumber); });
 }
 
-// Writes the value of a key whose numbers have a form of their own. False for every other key and
-// for a value that is no number. Throws what writing throws.
+// Writes the value of a key with its own number format. Returns false for every other key and for a
+// value that is not a number. Throws what writing throws.
 bool SpecialKeyFormatting(
     char const* key, CPOSObject const& value, CBIBPositionableStream& stream) {
     int const decimals = DecimalsOf(key);
@@ -282,7 +294,7 @@ bool SpecialKeyFormatting(
            });
 }
 
-// Writes the value of any kind. Throws CPDFSettingsError for one of no known kind, and for one
+// Writes a value of any kind. Throws CPDFSettingsError for a value of an unknown kind, and for one
 // that could not be written.
 void GetValue(CPOSObject const& value, CBIBPositionableStream& stream, unsigned long level);
 
@@ -338,7 +350,7 @@ bool IsDict(CPOSObject const& value, CBIBPositionableStream& stream, unsigned lo
     } catch (NestingException const&) {
         throw;
     } catch (...) {
-        // Half a dictionary would be read back as other settings than these.
+        // Part of a dictionary would be read as different settings.
         Empty(stream);
         return false;
     }
@@ -366,10 +378,10 @@ using POSObjectParserUtils::WriteText;
 
 namespace {
 
-// What stands behind the entries of settings that bring no tail of their own.
+// The tail after the entries of settings without their own tail.
 constexpr char kDefaultTail[] = "<<\r\n>> setpagedevice\r\n";
 
-// A dictionary without a key for as long as this lives, on every way out.
+// Removes a key from a dictionary while it lives; the destructor stores it again.
 class WithoutKey {
 public:
     // REQUIRES: settings holds value under key; all three outlive this.
@@ -389,7 +401,7 @@ private:
     CPOSBinData const& fValue;
 };
 
-// Where an entry cannot be written, no tail follows: the stream stays empty.
+// If an entry cannot be written, no tail follows and the stream stays empty.
 void WriteWithOwnTail(CPOSDict const& settings, CBIBPositionableStream& stream) {
     CBIBStringAtom const key(kAlembicorData);
     CPOSBinData const tail(settings.Get(key, /*quiet=*/false), /*quiet=*/false);
@@ -403,7 +415,7 @@ void WriteWithOwnTail(CPOSDict const& settings, CBIBPositionableStream& stream) 
     }
 }
 
-// Where an entry cannot be written, the tail stands alone, and every reader refuses that.
+// If an entry cannot be written, the text is the tail alone, which every reader rejects.
 void WriteWithDefaultTail(CPOSDict const& settings, CBIBPositionableStream& stream) {
     IsDict(settings, stream, 0);
     WriteText(kDefaultTail, stream);

@@ -5,20 +5,20 @@
 
 namespace PDFSettingsImpl {
 
-// What the ids of the component's errors say.
+// The ids of the component's errors.
 enum PDFSettingsErrorID : long {
     kFileError = 2,     // a whole file could not be read or written
     kPlatformError = 3, // the operating system failed
-    kSchemaError = 4,   // the schema is not usable
-    kInvalidFile = 6,   // a text is no job options text
-    kInternalError = 7, // a check of the component failed
+    kSchemaError = 4,   // the schema cannot be used
+    kInvalidFile = 6,   // the text is not job options text
+    kInternalError = 7, // an internal check failed
     kWriteError = 8     // saving failed for a reason from outside the component
 };
 
 // An error with component "PDFSettings". Thrown by value.
 class CPDFSettingsError : public BIB_T_NMT::CBIBError {
 public:
-    // "Error", id kFileError: the failure of a whole-file operation.
+    // Message "Error", id kFileError: the failure of a whole-file operation.
     CPDFSettingsError() : CPDFSettingsError("Error", kFileError) {}
 
     // The message is copied.
@@ -26,8 +26,8 @@ public:
         : CBIBError(message, "PDFSettings", id, nullptr, nullptr) {}
 };
 
-// error, or the runtime's memory error for an invalid one, which could not be made for want of
-// memory: no caller may take it for success.
+// error, or the runtime's memory error if error is invalid, because memory ran out when it was
+// made: a caller must not mistake that for success.
 inline BIB_T_NMT::CBIBError NeverEmpty(BIB_T_NMT::CBIBError const& error) {
     return error.IsValid() ? error : BIB_T_NMT::CBIBError::GetMemError();
 }

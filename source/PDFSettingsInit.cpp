@@ -9,7 +9,8 @@ namespace {
 
 constexpr long kVersion = 0x10400;
 
-// Whether a start was attempted and no stop has run since; it says nothing of the start's success.
+// Whether a start was attempted and no stop has run since; whether the start succeeded does not
+// matter.
 bool gInitialized = false;
 
 bool Start(BIBLookupProc lookup) noexcept {
@@ -25,7 +26,7 @@ void Stop() noexcept {
         PDFSettingsImpl::UnregisterPDFSettingsImpl();
         BIB_T_NMT::BIBClientTerminate();
     } catch (...) {
-        // A stop has nobody to tell.
+        // A stop has no result to report a failure with.
     }
 }
 

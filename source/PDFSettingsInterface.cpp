@@ -1,6 +1,6 @@
-// The boundary procedures: what stands behind PDF_SETTINGS_INTERFACE_ROWS and
-// PDF_SETTINGS_STATICS_ROWS in api/PDFSettings.h, where each is described; the tables that they are
-// registered in; and what the class answers without an object.
+// The boundary procedures: the implementations of the rows of PDF_SETTINGS_INTERFACE_ROWS and
+// PDF_SETTINGS_STATICS_ROWS, which api/PDFSettings.h describes; the tables in which they are
+// registered; and the static operations of PDFSettingsObject.
 #include "source/Boundary.h"
 
 #include "api/PDFSettings.h"
@@ -22,15 +22,14 @@ namespace PDFSettingsImpl {
 
 namespace {
 
-// The container of a new Object. If the constructor throws, the memory is freed; if there is no
-// container to be had, the object stays behind unfreed, for by then a container may have taken it
-// over.
+// The container of a new Object. If the constructor throws, the memory is freed. If no container
+// can be made, the object is not freed, because a container may already own it.
 template <class Object, class Source>
 PDFSettings* NewSettings(Source const& source, char const* schema) {
     return PDFSettingsObject::NewContainer(new Object(source, schema));
 }
 
-// The path in a buffer of the host's.
+// The path in a buffer of the host.
 Unicode16 MakePath(BIBSharedBuffer* path) {
     return UnicodeEncodingNS::CreateUnicode16(UnicodeEncodingNS::Buffer16(path, /*adopt=*/false));
 }
@@ -86,7 +85,7 @@ POSArray* _PDFSettingsIsPDFSettingsValidProc_IsPDFSettingsValid(PDFSettings* set
     });
 }
 
-// Settings whose state cannot be told count as changed.
+// Settings whose state cannot be determined count as changed.
 int _PDFSettingsIsDirtyProc_IsDirty(PDFSettings* settings) noexcept {
     auto const assumeDirty = [] { return 1; };
     return AtBoundary(assumeDirty, [=]() -> int {
@@ -145,13 +144,13 @@ constexpr char kVirtualInterfaceName[] = "PDFSettingsVirtualInterface";
 
 template <unsigned long Size>
 bool Register(_t_BIBFTabRegEntry const (&rows)[Size], char const* interfaceName) {
-    // The closing row is not registered.
+    // The last row is not registered.
     return BIB_T_NMT::BIBRegisterProcTable(rows, Size - 1, interfaceName) != 0;
 }
 
 } // namespace
 
-// The address of a boundary procedure, checked against its proc type.
+// A table row: the address of a boundary procedure, checked against its proc type.
 #define BIB_TABLE_PROC(operation, procType) \
     {#operation, \
      #procType, \

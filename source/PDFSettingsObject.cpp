@@ -68,6 +68,7 @@ CPOSArray PDFSettingsObject::SetSettings(CPOSDict const& changes) {
     }
     CPOSArray errors = IsPDFSettingsValid(merged);
     if (errors.Count() == 0) {
+        // The changed clone replaces the dictionary: handles to the old one see no later change.
         fSettings = merged;
     }
     return errors;
@@ -97,7 +98,7 @@ PDFSettingsFile::ConvertFileToBIBStream(UnicodeEncodingNS::Unicode16 const& path
     return BIB_T_NMT::CBIBPositionableStream(UnicodeEncodingNS::ReadFile<CPDFSettingsError>(path));
 }
 
-// The text is read before the base is built, so a refusal leaves nothing to destroy.
+// The text is read before the base is constructed, so a rejected text leaves nothing to destroy.
 PDFSettingsStream::PDFSettingsStream(CBIBPositionableStream const& stream, char const* schema)
     : PDFSettingsObject(ConvertJobOptionsToCPOSDict(stream, schema), schema),
       fStream(stream) {}

@@ -1,5 +1,5 @@
-// How settings are validated: what is validated of them at all, and the checks of single values that a
-// schema can name.
+// Validation of settings: which parts are validated, and the checks of single values that a schema
+// can refer to.
 #include "source/PDFSettingsObject.h"
 
 #include "bib/BIBSharedBuffer.h"
@@ -40,8 +40,8 @@ CPOSString MakeKey(char const* begin, char const* end) {
 
 POSValidatorErrorProc* POSValidatorErrorProc::gPOSValidatorErrorProc = nullptr;
 
-// What the runtime answers to a storing says nothing certain, so the outcome is looked at: a list
-// that lost an error would make settings pass that are not valid.
+// The results of Append and Put are not reliable, so the record and the list are checked: a list
+// without an error would make invalid settings pass.
 void POSValidatorErrorProc::Append(CPOSDict const& record) const {
     unsigned long const count = fErrors.Count();
     fErrors.Append(record);
@@ -54,7 +54,7 @@ void POSValidatorErrorProc::errproc(char const* message) {
     CPOSDict const record;
     char const* const space = std::strchr(message, ' ');
     if (space == nullptr) {
-        // There is no key to report under; a record that went missing must not look like success.
+        // There is no key to report the error under, and a lost error must not look like success.
         CBIBMemory::ThrowMemError();
     }
     record.Put("Key", MakeKey(message, space));
@@ -67,7 +67,7 @@ namespace {
 constexpr double kCompatibilityLevels[] = {1.2, 1.3, 1.4, 1.5, 1.6, 1.7};
 constexpr double kImageDepths[] = {-1, 1, 2, 4, 8, 16};
 
-// The message with its NUL must leave a byte of the buffer free: hosts count on this margin.
+// The message with its NUL must leave a byte of the buffer free: hosts rely on this margin.
 void WriteMessage(BIBSharedBuffer* message, std::string_view text) {
     if (message == nullptr) {
         return;
@@ -79,7 +79,7 @@ void WriteMessage(BIBSharedBuffer* message, std::string_view text) {
     }
 }
 
-// What the runtime gets to hear: nothing is thrown, and whatever fails is a refusal.
+// The result for the runtime: nothing is thrown, and any failure rejects the value.
 template <class Accepts>
 long Check(
     POSObject* value,
@@ -91,20 +91,20 @@ long Check(
             return 1;
         }
     } catch (...) {
-        // A value of another type is refused like a wrong number.
+        // A value of another type is rejected like a wrong number.
     }
     try {
         WriteMessage(message, refusal);
     } catch (...) {
-        // The validator has words of its own.
+        // The validator has its own message.
     }
     return 0;
 }
 
-// Single precision makes the check tolerant of what arithmetic leaves of a level.
+// Single precision tolerates the rounding errors of arithmetic.
 bool IsCompatibilityLevel(double value) noexcept {
     return std::ranges::any_of(kCompatibilityLevels, [value](double level) {
-        // The magnitude first: not every double has a single-precision value.
+        // The magnitude is tested first: not every double is in the range of single precision.
         return std::fabs(value) < 2 && static_cast<float>(value) == static_cast<float>(level);
     });
 }
@@ -148,8 +148,8 @@ void RegisterChecks(CPOSStructValidator& validator) {
         CBIBStringAtom("ImageDepthParams"), &PDFSettingsObject::ImageDepthValidator, nullptr);
 }
 
-// Removes from copy what the structure known does not know. The cursor walks the settings that the
-// copy was made of, so that no removal disturbs it.
+// Removes from copy the keys that the structure known contains neither itself nor in its
+// "optional". The cursor is over the original settings, so a removal does not affect it.
 void RemoveUnknown(CPOSDictIterator const& cursor, CPOSDict const& known, CPOSDict const& copy) {
     CPOSDict const optional = known.GetDict("optional", /*quiet=*/false);
     for (cursor.Begin(); !cursor.IsDone(); cursor.Next()) {
@@ -160,9 +160,9 @@ void RemoveUnknown(CPOSDictIterator const& cursor, CPOSDict const& known, CPOSDi
     }
 }
 
-// The settings of other products that a set carries in its array "OtherNamespaces".
+// The settings of other products, which a set of settings holds in its array "OtherNamespaces".
 
-// The words that a namespace is named by.
+// The words in the names of namespaces.
 constexpr char kArdeo[] = "Ardeo";
 constexpr char kPagemint[] = "Pagemint";
 constexpr char kVPandPMPrivate[] = "VPandPMPrivate";
@@ -170,7 +170,7 @@ constexpr char kVectrapaint[] = "Vectrapaint";
 constexpr char kWebrix[] = "Webrix";
 constexpr char kTessellaSuite[] = "TessellaSuite";
 
-// The namespaces that are validated. Without a version, all of a product are.
+// The namespaces that are validated; without a version, all versions of the product.
 struct ValidatedNamespace {
     char const* fProduct;
     char const* fVersion;
@@ -185,7 +185,7 @@ constexpr ValidatedNamespace kValidated[] = {
     {kTessellaSuite, "2.0"},
 };
 
-// A string as settings hold it, for comparisons.
+// A string as settings store it, for comparisons.
 CPOSObject GetJOString(char const* text) {
     return JoboptionsParserUtils::MakeBinData(
         JoboptionsParserUtils::kJoboptionsStringBinType, text, text + std::strlen(text));
@@ -195,7 +195,8 @@ bool IsValidated(CPOSArray const& name) {
     CPOSObject const maker = name.GetAt(0, /*quiet=*/false);
     CPOSObject const product = name.GetAt(1, /*quiet=*/false);
     CPOSObject const version = name.GetAt(2, /*quiet=*/false);
-    return maker == GetJOString(kArdeo) && std::ranges::any_of(kValidated, [&](auto const& validated) {
+    return maker == GetJOString(kArdeo) &&
+           std::ranges::any_of(kValidated, [&](auto const& validated) {
                return product == GetJOString(validated.fProduct) &&
                       (validated.fVersion == nullptr || version == GetJOString(validated.fVersion));
            });
@@ -210,16 +211,15 @@ bool MustGo(CPOSObject const& element) {
     return name.IsValid() && name.Count() > 2 && !IsValidated(name);
 }
 
-// Removes each namespace from the array that no schema is meant to validate: all but those of certain
-// products in certain versions. An element that does not name its namespace, by an array of at
-// least three entries, stays. settings is the caller's own copy, arrays included. Throws CBIBError
-// and POSException.
+// Removes from the array each namespace that no schema validates: all but those of certain products
+// in certain versions. An element that does not name its namespace, with an array of at least three
+// elements, stays. settings is the caller's own deep copy. Throws CBIBError and POSException.
 void PruneOtherNamespaces(CPOSDict const& settings) {
     CPOSArray const namespaces = settings.GetArray("OtherNamespaces", /*quiet=*/true);
     if (!namespaces.IsValid()) {
         return;
     }
-    // From the end, so that a removal moves nothing that is still to come.
+    // From the end, so that a removal does not move the elements still to be visited.
     for (unsigned long position = namespaces.Count(); position > 0; --position) {
         if (MustGo(namespaces.GetAt(position - 1, /*quiet=*/false))) {
             namespaces.Remove(position - 1);
@@ -242,7 +242,7 @@ CPOSArray PDFSettingsObject::IsPDFSettingsValid(CPOSDict const& settings) const 
         RemoveUnknown(cursor, known, copy);
     }
     PruneOtherNamespaces(copy);
-    // The errors tell the outcome; the answer says no more.
+    // The result is ignored: the errors decide.
     validator.Validate(copy, CBIBStringAtom(kRootStructure), &POSValidatorErrorProc::errproc);
     return errors;
 }

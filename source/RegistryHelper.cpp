@@ -21,14 +21,14 @@ namespace PDFSettingsImpl {
 
 namespace {
 
-constexpr unsigned long kPathSize = 1024; // in bytes, its terminator included
-constexpr CFIndex kNameSize = 512;        // of an application or a file, likewise
+constexpr unsigned long kPathSize = 1024; // in bytes, including the terminator
+constexpr CFIndex kNameSize = 512;        // of an application or a file; the same
 
 constexpr char kMasterKey[] = "/";
 constexpr char kHidden[] = "0";
 
-// Every byte is a character of Mac Roman, the encoding of keys, so that there is but one reason for
-// none. Throws std::bad_alloc.
+// Mac Roman, the encoding of keys, has a character for every byte, so null only means that memory
+// ran out. Throws std::bad_alloc.
 AutoCFRelease<CFStringRef> MakeString(char const* text) {
     AutoCFRelease<CFStringRef> string(
         CFStringCreateWithCString(kCFAllocatorDefault, text, kCFStringEncodingMacRoman),
@@ -39,7 +39,7 @@ AutoCFRelease<CFStringRef> MakeString(char const* text) {
     return string;
 }
 
-// The value itself, borrowed, if it is of that type, else null; null for null.
+// value, borrowed, if it is of that type, else null; null for null.
 template <class T>
 T AsType(void const* value, CFTypeID type) noexcept {
     bool const isOfType = value != nullptr && CFGetTypeID(value) == type;
@@ -54,12 +54,12 @@ CFDictionaryRef AsDictionary(void const* value) noexcept {
     return AsType<CFDictionaryRef>(value, CFDictionaryGetTypeID());
 }
 
-// The value under a key of dict, borrowed; null for none. Throws std::bad_alloc.
+// The value under a key of dict, borrowed; null if there is none. Throws std::bad_alloc.
 void const* Find(CFDictionaryRef dict, char const* key) {
     return CFDictionaryGetValue(dict, MakeString(key).Get());
 }
 
-// The keys of dict in their order, borrowed. Throws std::bad_alloc.
+// The string keys of dict in order, borrowed. Throws std::bad_alloc.
 std::vector<CFStringRef> KeysOf(CFDictionaryRef dict) {
     std::vector<void const*> keys(static_cast<std::size_t>(CFDictionaryGetCount(dict)));
     CFDictionaryGetKeysAndValues(dict, keys.data(), nullptr);
@@ -79,13 +79,13 @@ Buffer16 UnitsOf(CFStringRef string) {
     return units;
 }
 
-// The path of a file in the preferences folder of a domain; false where there is no such folder.
+// The path of a file in the preferences folder of a domain; false if there is no such folder.
 bool FindPreferences(SInt16 domain, char const* fileName, char (&path)[kPathSize]) {
     FSRef folder;
     if (FSFindFolder(domain, kPreferencesFolderType, kDontCreateFolder, &folder) != noErr) {
         return false;
     }
-    // A folder whose path alone does not fit must not be taken for the root.
+    // If the folder's path does not fit, path is empty; it must not be mistaken for the root.
     bool const fits = FSRefMakePath(&folder, reinterpret_cast<UInt8*>(path), kPathSize) == noErr;
     std::size_t const length = std::strlen(path);
     std::size_t const nameSize = std::strlen(fileName) + 1;
@@ -119,10 +119,10 @@ AutoCFRelease<CFPropertyListRef> Parse(CFDataRef data) {
         /*retain=*/false};
 }
 
-// A name as the cloak table has it.
+// A name in the encoding of the cloak table.
 class TableName {
 public:
-    // False for one that is too long or cannot be converted.
+    // Returns false for a name that is too long or cannot be converted.
     bool Take(CFStringRef name) noexcept {
         return CFStringGetCString(name, fBytes, kNameSize, kCFStringEncodingMacRoman) != 0;
     }
@@ -136,7 +136,7 @@ bool IsHidden(void const* value) {
     return CFEqual(value, MakeString(kHidden).Get()) != 0;
 }
 
-// Lays down for one file whether the application shows it.
+// Stores for one file whether the application shows it.
 void PutEntry(CPOSDict const& table, char const* file, char const* appName, bool isHidden) {
     if (!table.HasKey(file)) {
         table.Put(file, CPOSDict());
@@ -146,7 +146,8 @@ void PutEntry(CPOSDict const& table, char const* file, char const* appName, bool
     table.Put(file, entry);
 }
 
-// Without an entry for all files, those of the single files count.
+// Merges one application's files into the table. If the application shows all files, the entries of
+// single files are ignored.
 void MergeApplication(CPOSDict const& table, char const* appName, CFDictionaryRef files) {
     AutoCFRelease<CFStringRef> const master = MakeString(kMasterKey);
     if (IsHidden(CFDictionaryGetValue(files, master.Get()))) {
@@ -174,14 +175,15 @@ void MergeApplications(CPOSDict const& table, CFDictionaryRef applications) {
 CPOSArray MakePair(CFStringRef fileName, CFStringRef displayName) {
     CPOSArray pair;
     for (CFStringRef const name : {fileName, displayName}) {
-        // With a byte order mark at its head, if it has one.
+        // A byte order mark at the start is kept.
         Buffer16 const units = UnitsOf(name);
         pair.Append(UnicodeEncodingNS::ExactString({units.GetBuffer(), units.GetNumElements()}));
     }
     return pair;
 }
 
-// Up to the first element that is no string; a file name without a display name is dropped.
+// Stops at the first element that is not a string; a last file name without a display name is
+// dropped.
 void AppendPairs(CFArrayRef names, CPOSArray const& pairs) {
     CFIndex const count = CFArrayGetCount(names);
     for (CFIndex i = 0; i + 1 < count; i += 2) {
@@ -216,7 +218,7 @@ void RegistryHelper::RemoveAppFromSettings(CPOSDict const& table, char const* ap
         entry.Remove(appName);
         if (entry.IsEmpty()) {
             table.Remove(cursor.CurKey());
-            // The step that follows passes over the first key: hosts know the table so.
+            // The Next() that follows skips the first key: hosts rely on the resulting table.
             cursor.Begin();
         }
     }
@@ -236,7 +238,7 @@ bool MacRegistryHelper::GetDirectory(Unicode16& directory) const {
                             fPrefixedKeys ? "ArdeoPDFSettingsPath" : SettingsPlaces::kPathKey))
                       : nullptr;
         if (path != nullptr) {
-            // A mark at its head is removed or honoured.
+            // A byte order mark is applied and removed.
             directory = UnicodeEncodingNS::CreateUnicode16(UnitsOf(path));
         }
         return path != nullptr;
@@ -253,7 +255,7 @@ void MacRegistryHelper::GenerateCloakSettings(CPOSDict const& table) const {
             MergeApplications(table, applications);
         }
     } catch (...) {
-        // What was merged so far counts.
+        // The table keeps what was merged so far.
     }
 }
 
@@ -272,7 +274,7 @@ CPOSArray MacRegistryHelper::GenerateDisplayNames(char const* appName) const {
             AppendPairs(names, pairs);
         }
     } catch (...) {
-        // The pairs so far are used.
+        // The pairs made so far are returned.
     }
     return pairs;
 }

@@ -32,8 +32,7 @@ constexpr char kDefaultCloakSettings[] =
     "(PDFX4 2007 JPN) < Webrix 0 > "
     ">";
 
-// The folder that the user's preferences name, else the standard one; it exists now if that is
-// possible.
+// The folder that the user's preferences name, else the standard one; created if possible.
 Unicode16 SettleUserDirectory() {
     Unicode16 directory;
     std::unique_ptr<RegistryHelper> const helper(RegistryHelper::CreateUserHelper());

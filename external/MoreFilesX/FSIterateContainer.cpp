@@ -6,7 +6,7 @@ bool IsFolder(FSIterateContainerGlobals const& walk) noexcept {
     return (walk.catalogInfo.nodeFlags & kFSNodeIsDirectoryMask) != 0;
 }
 
-// Shows the current item to the callback, and goes down into it.
+// Passes the current item to the callback, then visits the items in it.
 void Visit(FSIterateContainerGlobals* walk) noexcept {
     walk->quitFlag = walk->filterProc(
         walk->containerChanged,
@@ -32,6 +32,7 @@ void NextItem(FSIterator iterator, FSIterateContainerGlobals* walk) noexcept {
         &walk->ref,
         walk->specPtr,
         walk->namePtr);
+    // The last item may come together with errFSNoMoreItems.
     bool const isUsable = walk->result == noErr || walk->result == errFSNoMoreItems;
     if (isUsable && walk->actualObjects != 0) {
         Visit(walk);
@@ -53,7 +54,7 @@ OSErr FSIterateContainer(
     }
     FSIterateContainerGlobals walk{};
     walk.filterProc = filterProc;
-    // The walk itself must see which items are folders.
+    // The walk needs to know which items are folders.
     walk.infoBitmap = infoBitmap | kFSCatInfoNodeFlags;
     walk.ref = *container;
     walk.specPtr = wantSpec != 0 ? &walk.spec : nullptr;

@@ -39,7 +39,7 @@ TEST_F(BoundaryTrap, ReportsEachExceptionOnceAndMakesTheFailureValue) {
     }
 }
 
-// A host's report procedure may throw: the call gives its failure value all the same.
+// A host's report procedure may throw: the call gives its failure value anyway.
 TEST_F(BoundaryTrap, EndsWhatTheReportProcedureThrows) {
     static int reports = 0;
     reports = 0;

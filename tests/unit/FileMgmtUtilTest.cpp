@@ -89,7 +89,7 @@ TEST_F(FolderUtilities, GuessWhereSettingsLie) {
         {"relative", folder + "/.local/share" + extra},
         {longest, longest + extra},
         {longest + "x", ""},
-        // What cannot be made is the place all the same.
+        // What cannot be made is the folder anyway.
         {"/proc/nowhere", "/proc/nowhere" + extra},
         {fFolder.Make("file", ""), ""},
     };
@@ -105,7 +105,7 @@ TEST_F(FolderUtilities, GuessWhereSettingsLie) {
     }
     EXPECT_FALSE(IsFolder("data/Ardeo"));
     EXPECT_TRUE(std::filesystem::exists(longest + "x"));
-    // Nobody moves an administrator's folder.
+    // No preference moves an administrator's folder.
     std::string const adminFolder = PDFSETTINGS_ADMIN_SUPPORT_FOLDER;
     EXPECT_EQ(
         std::filesystem::is_directory(adminFolder) ? adminFolder + extra : "",

@@ -15,8 +15,8 @@ OSErr Call(char const* operation, Real real, Arguments... arguments) {
 
 } // namespace
 
-// Defines the procedure that stands in for an operation with the parameters ... and passes on what
-// stands in brackets.
+// Defines the procedure that replaces an operation with the parameters ... and passes on what
+// is in brackets.
 #define SUPPORT_WRAP(operation, arguments, ...) \
     extern "C" decltype(operation) __real_##operation; \
     extern "C" OSErr __wrap_##operation(__VA_ARGS__) noexcept { \

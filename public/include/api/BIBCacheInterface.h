@@ -1,7 +1,7 @@
-// The runtime's cache: data that is kept while memory allows and can be purged at any time.
+// The runtime's cache: data that is kept while memory allows and may be purged at any time.
 //
-// A cache id names one entry and carries its data, its cost in bytes and a count of locks. Entries
-// without a lock may be purged, the one that was used longest ago first.
+// A cache id identifies one entry and holds its data, its cost in bytes and a lock count. Entries
+// without a lock may be purged, the least recently used one first.
 #pragma once
 
 #include "api/BIBTable.h"
@@ -10,43 +10,44 @@ typedef struct BIBCacheID BIBCacheID;
 typedef struct BIBCacheSet BIBCacheSet;
 typedef struct BIBCachePurge BIBCachePurge;
 
-// A new id without data, with one reference for the caller; null when memory runs out.
+// A new id without data, with one reference for the caller; null if memory runs out.
 typedef BIBCacheID* (*BIBCacheNewCacheIDProc)(void);
 
-// Adds a reference, gives one up. The last one drops the data. Both accept null.
+// Add and release a reference. Releasing the last one drops the data. Both accept null.
 typedef void (*BIBCacheAddRefProc)(BIBCacheID* id);
 typedef void (*BIBCacheReleaseProc)(BIBCacheID* id);
 
-// Puts id into set (null: takes it out of its set). Non-zero on success. A set holds no reference:
-// an id leaves its set when it goes.
+// Adds id to set, or removes it from its set if set is null. Nonzero on success. A set owns no
+// references: an id leaves its set when it is destroyed.
 typedef int (*BIBCacheAttachProcV2)(BIBCacheID* id, BIBCacheSet* set);
 
-// Stores data of that cost in bytes under id; purgeProc (may be null) is called on data when it is
-// dropped, for whatever reason. Data that was there is dropped first.
+// Stores data with its cost in bytes under id, after dropping any earlier data. purgeProc (may be
+// null) is called on data whenever it is dropped.
 typedef void (*BIBCacheAddProc)(
     BIBCacheID* id, void* data, unsigned long cost, void (*purgeProc)(void*));
 
-// Changes the cost; the cost, 0 without data.
+// Change and return the cost in bytes; 0 without data.
 typedef void (*BIBCacheUpdateCostProc)(BIBCacheID* id, unsigned long cost);
 typedef unsigned long (*BIBCacheReturnCostProc)(BIBCacheID* id);
 
-// Locks the data and gives it; null, and no lock, when there is none.
+// Locks the data and returns it; null, and no lock, if there is none.
 typedef void* (*BIBCacheMarkNoPurgeProcV2)(BIBCacheID* id);
 
-// Undoes one lock.
+// Removes one lock.
 typedef void (*BIBCacheMarkPurgeProc)(BIBCacheID* id);
 
-// A clock that moves on with each use of an entry.
+// A counter that increases with each use of an entry.
 typedef unsigned long (*BIBCacheGetCacheTimeProc)(void);
 
-// The cost of all entries together, in bytes.
+// The total cost of all entries in bytes.
 typedef unsigned long (*BIBCurrentCacheSizeProc)(void);
 
-// A purge that goes through the entries that are unlocked and were used last before it began; null
-// when memory runs out. The caller deletes it.
+// A purge of the unlocked entries that were last used before it began; null if memory runs out. The
+// caller deletes it.
 typedef BIBCachePurge* (*BIBCacheNewCachePurgeProc)(void);
 
-// Drops the entry used longest ago; its cost through *cost (may be null). Zero when none is left.
+// Drops the least recently used entry and stores its cost in *cost (may be null). Zero if none is
+// left.
 typedef int (*BIBCachePurgeNextBlockProc)(BIBCachePurge* purge, unsigned long* cost);
 
 // Ends a purge. Accepts null.
@@ -55,21 +56,22 @@ typedef void (*BIBCacheDeleteCachePurgeProc)(BIBCachePurge* purge);
 // Calls every client purge procedure.
 typedef void (*BIBCachePurgeAllStaticCachesProc)(void);
 
-// Adds or removes a procedure that empties a cache of the client's own. flags must be 0. Adding one
-// twice keeps it once; removing an unknown one does nothing.
+// Adds or removes a procedure that empties a cache owned by the client. flags must be 0. Adding a
+// procedure twice has no further effect; removing an unknown one has none.
 typedef void (*BIBCacheAddRemoveClientPurgeProcV2)(void (*purge)(void), long flags);
 
-// A new empty set with one reference for the caller; null when memory runs out.
+// A new empty set with one reference for the caller; null if memory runs out.
 typedef BIBCacheSet* (*BIBCacheNewCacheSetProc)(void);
 
-// Adds a reference, gives one up. With the last one the ids leave the set. Both accept null.
+// Add and release a reference. When the last one is released, all ids leave the set. Both accept
+// null.
 typedef void (*BIBCacheAddRefCacheSetProc)(BIBCacheSet* set);
 typedef void (*BIBCacheDeleteCacheSetProc)(BIBCacheSet* set);
 
-// Non-zero when id is in set and holds data.
+// Nonzero if id is in set and has data.
 typedef int (*BIBCacheSearchForIDProc)(BIBCacheSet* set, BIBCacheID* id);
 
-// Drops the data of id, or of all ids in set, locked or not.
+// Drop the data of id, or of all ids in set, locked or not.
 typedef void (*BIBCacheRemoveIDProc)(BIBCacheID* id);
 typedef void (*BIBCacheRemoveIDsProc)(BIBCacheSet* set);
 

@@ -1,31 +1,32 @@
-// The runtime's containers: counted records that bundle instances, a signature and its methods.
+// The runtime's containers: reference-counted records of instances, a signature and its methods.
 #pragma once
 
 #include "api/BIBErrorInterface.h"
 #include "api/BIBStringInterface.h"
 #include "api/BIBTable.h"
 
-// A counted record of the runtime. Opaque but for its primary record, see BIBPrimaryRecord.
+// A reference-counted record of the runtime. Opaque except for its primary record, see
+// BIBPrimaryRecord.
 typedef struct BIBContainer BIBContainer;
 
-// What a client may read of a container directly. It starts as many bytes behind the container's
-// address as GetOffsetToPrimaryInstance answers. Both texts are interned (BIBStringInterface): they
-// may be compared as pointers with the text of an atom.
+// The part of a container that a client may read directly. Its offset from the container's address
+// is the result of GetOffsetToPrimaryInstance. Both strings are interned (BIBStringInterface), so
+// they can be compared by pointer with the string of an atom.
 // NOLINTBEGIN(readability-identifier-naming): plain C
 typedef struct BIBPrimaryRecord {
-    char const* instanceName; // name of the primary instance; null when there is none
-    char const* signature;    // the interface under which the methods are found; null for none
-    void* instance;           // the primary instance; null when there is none
+    char const* instanceName; // name of the primary instance; null if there is none
+    char const* signature;    // the interface of the methods; null if there is none
+    void* instance;           // the primary instance; null if there is none
 } BIBPrimaryRecord;
 // NOLINTEND(readability-identifier-naming)
 
-// Reserved for hosts that follow the life of a container; pass null.
+// Reserved for hosts that monitor the lifetime of a container; pass null.
 typedef long (*BIBContainerNotifyProc)(BIBContainer* container, long event, long value);
 typedef long (*BIBInstanceNotifyProc)(void* instance, long event);
 
-// Makes a container around instance, which is destroyed through deleteProc (may be null) together
-// with it. *result is unowned: alive, with a count of zero, until somebody adds a reference. On an
-// error instance still belongs to the caller: deleteProc is not called.
+// Makes a container that owns instance and destroys it through deleteProc (may be null). *result is
+// unowned: it exists with a reference count of zero until the caller adds a reference. On an error
+// the caller still owns instance, and deleteProc is not called.
 typedef BIBError* (*BIBNewFullContainerV5Proc)(
     BIBContainer** result,
     void* instance,
@@ -36,37 +37,39 @@ typedef BIBError* (*BIBNewFullContainerV5Proc)(
     BIBInstanceNotifyProc instanceProc,
     void* clientData);
 
-// Makes a container that has a signature and no instance yet. *result is unowned.
+// Makes a container with a signature and no instance. *result is unowned.
 typedef BIBError* (*BIBNewContainerV2Proc)(BIBContainer** result, BIBStringAtom* signature);
 
-// Makes an independent copy through the container's own Clone method; an error when its signature
-// has none. *result is unowned.
+// Makes an independent copy through the container's own Clone method; an error if its signature has
+// none. *result is unowned.
 typedef BIBError* (*BIBCloneContainerProc)(BIBContainer** result, BIBContainer const* source);
 
-// Adds a reference. Non-zero on success; zero for null and for a container that has become invalid.
+// Adds a reference. Nonzero on success; zero for null and for an invalid container.
 typedef long (*BIBAddRefContainerV2Proc)(BIBContainer* container);
 
-// Gives a reference up and destroys the container with the last one. Accepts null.
+// Releases a reference; the last one destroys the container. Accepts null.
 typedef void (*BIBReleaseContainerProc)(BIBContainer* container);
 
-// Gives a reference up and never destroys: with none left the container is unowned. Accepts null.
+// Removes a reference without destroying the container: without references it is unowned. Accepts
+// null.
 typedef void (*BIBDecrementWithoutDeleteProc)(BIBContainer* container);
 
-// Destroys a container that nobody has a reference on. Non-zero when it did so. Accepts null.
+// Destroys a container without references. Nonzero if it did. Accepts null.
 typedef long (*BIBDeleteUnownedContainerProc)(BIBContainer* container);
 
-// Declares that a method that is missing under signature is looked for under parentSignature. A
-// circle of parents is an error.
+// Declares that a method that is missing under signature is looked up under parentSignature. A
+// cycle of parents is an error.
 typedef BIBError* (*BIBRegisterInterfaceV2Proc)(
     BIBStringAtom* signature, BIBStringAtom* parentSignature);
 
-// Adds a further instance under a name of its own; deleteProc as for the primary one. The first
-// instance of a container that has none becomes its primary instance. A name in use is an error.
+// Adds another instance under its own name; deleteProc as for the primary instance. If the
+// container has no instance, the new one becomes its primary instance. A name in use is an error.
 typedef BIBError* (*BIBRegisterInstanceV2Proc)(
     BIBContainer* container, void* instance, BIBStringAtom* name, void (*deleteProc)(void*));
 
 // Finds the procedure that is registered under the container's signature, or a parent of it, with
-// this name and proc type. None: an error, or with optional non-zero no error and a null *result.
+// this name and procType. If there is none: an error, or with optional nonzero no error and a null
+// *result.
 typedef BIBError* (*BIBGetMethodV3Proc)(
     void** result,
     BIBContainer const* container,
@@ -74,7 +77,7 @@ typedef BIBError* (*BIBGetMethodV3Proc)(
     BIBStringAtom* procType,
     long optional);
 
-// The same, beginning with the parent of the container's signature.
+// The same, starting with the parent of the container's signature.
 typedef BIBError* (*BIBGetParentMethodV2Proc)(
     void** result,
     BIBContainer const* container,
@@ -82,20 +85,21 @@ typedef BIBError* (*BIBGetParentMethodV2Proc)(
     BIBStringAtom* procType,
     long optional);
 
-// The instance of that name, or null.
+// The instance with that name, or null.
 typedef void* (*BIBGetInstanceProc)(BIBContainer const* container, BIBStringAtom* name);
 
-// The same with an error when there is no instance of that name.
+// The same, with an error if there is no instance with that name.
 typedef BIBError* (*BIBNGetInstanceProc)(
     void** result, BIBContainer const* container, BIBStringAtom* name);
 
-// The atom of the container's signature, borrowed; null for none.
+// The atom of the container's signature, borrowed; null if there is none.
 typedef BIBStringAtom* (*BIBGetSignatureProc)(BIBContainer const* container);
 
-// Where the reference count stands, for debuggers: other threads may be changing it.
+// The address of the reference count, for debuggers: other threads may be changing it.
 typedef long const* (*BIBGetRefCountAddrProc)(BIBContainer const* container);
 
-// Bytes from a container's address to its primary record, the same for every container.
+// The offset in bytes from a container's address to its primary record, the same for every
+// container.
 typedef long (*BIBGetOffsetToPrimaryInstProc)(void);
 
 // clang-format off

@@ -1,5 +1,4 @@
-// Further data sources of a runtime. Each is a container; a client asks for its methods by
-// signature.
+// Further data sources of a runtime. Each is a container; a client finds its methods by signature.
 #pragma once
 
 #include "api/BIBErrorInterface.h"
@@ -10,17 +9,18 @@ typedef struct BIBDataBlockStream BIBDataBlockStream;
 typedef struct BIBSizedDataStore BIBSizedDataStore;
 typedef struct BIBDataStore BIBDataStore;
 
-// The next block of the data: *block and *size until the next call; a size of 0 at the end.
+// The next block of data. *block and *size are valid until the next call; a *size of 0 means the
+// end.
 typedef BIBError* (*BIBDataBlockStreamGetNextBlockProc)(
     BIBDataBlockStream* self, unsigned char const** block, unsigned long* size);
 
-// Starts again with the first block.
+// Moves back to the first block.
 typedef BIBError* (*BIBDataBlockStreamRewindProc)(BIBDataBlockStream* self);
 
 // The size of the data in bytes.
 typedef BIBError* (*BIBSizedDataStoreGetSizeProc)(BIBSizedDataStore* self, unsigned long* size);
 
-// Copies up to size bytes from offset on into buffer; *bytesRead is how many.
+// Copies up to size bytes, starting at offset, into buffer; *bytesRead is the number copied.
 typedef BIBError* (*BIBDataStoreGetBlockProcV2)(
     BIBDataStore* self,
     unsigned long offset,
@@ -45,7 +45,7 @@ typedef struct _t_BIBDataBlockStreamInterface {
     BIB_DATA_BLOCK_STREAM_INTERFACE_ROWS(BIB_TABLE_SLOT)
 } _t_BIBDataBlockStreamInterface;
 
-// The method of data whose size is known.
+// The method of data of a known size.
 typedef struct _t_BIBSizedDataStoreInterface {
     BIB_SIZED_DATA_STORE_INTERFACE_ROWS(BIB_TABLE_SLOT)
 } _t_BIBSizedDataStoreInterface;

@@ -1,6 +1,7 @@
-// The runtime's errors: counted objects with a message, a component, an id and optional info.
+// The runtime's errors: reference-counted objects with a message, a component, an id and optional
+// info.
 //
-// A procedure that reports its failure as a BIBError* hands one reference to the caller; null means
+// A procedure that reports failure as a BIBError* transfers one reference to the caller; null means
 // success.
 #pragma once
 
@@ -9,7 +10,7 @@
 
 typedef struct BIBError BIBError;
 
-// The runtime's own errors, as GetCoreError gives them.
+// The runtime's predefined errors, as returned by GetCoreError.
 typedef enum BRVErrorID {
     kBRVUnknownError = 0,
     kBRVMemoryError = 1,
@@ -17,28 +18,29 @@ typedef enum BRVErrorID {
     kBRVErrorIDWidth = 0x7FFFFFFF
 } BRVErrorID;
 
-// Makes an error; the texts are copied. infoFreeProc (may be null) is called on info with the last
-// reference. One reference for the caller; null when memory runs out, and then info is not freed.
+// Makes an error and copies the strings. infoFreeProc (may be null) is called on info when the last
+// reference is released. One reference for the caller; null if memory runs out, and then info is
+// not freed.
 typedef BIBError* (*BIBNewErrorProc)(
     char const* message, char const* component, long id, void* info, void (*infoFreeProc)(void*));
 
-// The error of that id with one reference for the caller; null when there is none.
+// The error with that id, with one reference for the caller; null if there is none.
 typedef BIBError* (*BIBGetCoreErrorProc)(BRVErrorID id);
 
 // Adds a reference and returns error. Accepts null.
 typedef BIBError* (*BIBErrorAddRefProcV2)(BIBError* error);
 
-// Gives a reference up. Accepts null.
+// Releases a reference. Accepts null.
 typedef void (*BIBErrorReleaseProc)(BIBError* error);
 
 // The message, or the component's name; borrowed from the error.
 typedef BIBStringAtom* (*BIBErrorGetMessageProc)(BIBError* error);
 typedef BIBStringAtom* (*BIBErrorGetComponentProc)(BIBError* error);
 
-// The id given at creation.
+// The id passed at creation.
 typedef long (*BIBErrorGetIDProc)(BIBError* error);
 
-// The info given at creation; it belongs to the error.
+// The info passed at creation, owned by the error.
 typedef void* (*BIBGetErrorInfoProc)(BIBError* error);
 
 // clang-format off

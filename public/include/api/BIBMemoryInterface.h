@@ -1,20 +1,20 @@
-// The runtime's allocator, from which every block comes that crosses a boundary.
+// The runtime's allocator. Every block that crosses a boundary comes from it.
 #pragma once
 
 #include "api/BIBTable.h"
 
-// A block of at least size bytes, aligned for every type; null when memory runs out. A size of 0
-// gives a block too.
+// A block of at least size bytes, aligned for every type; null if memory runs out. A size of 0 also
+// returns a block.
 typedef void* (*BIBMemAllocProc)(unsigned long size);
 
-// Moves block (null: a new one) to a block of size bytes and keeps the contents that fit. Null when
-// memory runs out, and then block is untouched.
+// Resizes block (null: a new one) to size bytes; it may move, and keeps the contents that fit. Null
+// if memory runs out, and then block is unchanged.
 typedef void* (*BIBMemReallocProc)(void* block, unsigned long size);
 
 // Frees a block. Accepts null.
 typedef void (*BIBMemFreeProc)(void* block);
 
-// The size in bytes that was asked for; 0 for null.
+// The requested size in bytes; 0 for null.
 typedef unsigned long (*BIBMemGetBlockSizeProc)(void* block);
 
 // clang-format off

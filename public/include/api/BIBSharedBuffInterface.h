@@ -1,4 +1,4 @@
-// The runtime's shared buffers: counted blocks of bytes.
+// The runtime's shared buffers: reference-counted blocks of bytes.
 #pragma once
 
 #include "api/BIBTable.h"
@@ -8,9 +8,10 @@ typedef struct BIBSharedBuffer BIBSharedBuffer;
 // Reserved for hosts that page buffers out; pass null.
 typedef int (*BIBSharedBuffPurgeProc)(BIBSharedBuffer* buffer);
 
-// Makes a buffer of size bytes, with one reference for the caller; null on failure. A null block:
-// the buffer allocates, and the bytes are not cleared. Otherwise it takes block over and calls
-// deleteProc (may be null) on it with the last reference; on failure block stays the caller's.
+// Makes a buffer of size bytes, with one reference for the caller; null on failure. If block is
+// null, the buffer allocates its bytes and does not clear them. Otherwise it takes ownership of
+// block and calls deleteProc (may be null) on it when the last reference is released; on failure
+// the caller still owns block.
 typedef BIBSharedBuffer* (*BIBSharedBuffNewBufferV3Proc)(
     unsigned long size,
     void* block,
@@ -18,15 +19,15 @@ typedef BIBSharedBuffer* (*BIBSharedBuffNewBufferV3Proc)(
     BIBSharedBuffPurgeProc purgeProc,
     void* clientData);
 
-// Gives the caller's reference up if it is the only one, and with it the buffer. Non-zero when it
-// did so; zero, and nothing happens, while others hold the buffer.
+// Releases the caller's reference, and destroys the buffer, if it is the only one. Nonzero if it
+// did; zero, and no effect, if there are other references.
 typedef int (*BIBSharedBuffDelUnownedProc)(BIBSharedBuffer* buffer);
 
-// Adds a reference, gives one up. Both accept null.
+// Add and release a reference. Both accept null.
 typedef void (*BIBSharedBuffAddRefProc)(BIBSharedBuffer* buffer);
 typedef void (*BIBSharedBuffReleaseProc)(BIBSharedBuffer* buffer);
 
-// The bytes, which belong to the buffer; null for a null buffer.
+// The bytes, owned by the buffer; null for a null buffer.
 typedef void* (*BIBSharedBuffGetBufferProc)(BIBSharedBuffer* buffer);
 
 // The size in bytes; 0 for null.

@@ -1,7 +1,7 @@
-// The runtime's streams: containers that transfer bytes, on three levels, and the factory for them.
+// The runtime's streams: containers that transfer bytes, at three levels, and the factory for them.
 //
-// Streams are found by signature: under the signature of a stream stand the methods of its own
-// level and of the levels below. A short read means the end of the data and is no error.
+// A stream's methods are found by its signature: it has the methods of its own level and of the
+// lower levels. A short read means the end of the data and is not an error.
 #pragma once
 
 #include "api/BIBErrorInterface.h"
@@ -13,7 +13,7 @@ typedef struct BIBSimpleStream BIBSimpleStream;
 typedef struct BIBRewindableStream BIBRewindableStream;
 typedef struct BIBPositionableStream BIBPositionableStream;
 
-// What an offset of Seek is counted from.
+// The origin of an offset of Seek.
 typedef enum BIBPositionableStream_SeekOrigin {
     kBIBSeekFromStart = 0,
     kBIBSeekFromCurrent = 1,
@@ -22,11 +22,12 @@ typedef enum BIBPositionableStream_SeekOrigin {
     kBIBSeekOriginWidth = 0x7FFFFFFF
 } BIBPositionableStream_SeekOrigin;
 
-// Reads up to size bytes into buffer; *bytesRead is how many. Fewer than size only at the end.
+// Reads up to size bytes into buffer; *bytesRead is the number read, less than size only at the
+// end.
 typedef BIBError* (*BIBSimpleStreamReadProc)(
     BIBSimpleStream* self, unsigned long* bytesRead, unsigned char* buffer, unsigned long size);
 
-// Writes all size bytes at the position or reports an error.
+// Writes all size bytes at the position, or returns an error.
 typedef BIBError* (*BIBSimpleStreamWriteProc)(
     BIBSimpleStream* self, unsigned char const* buffer, unsigned long size);
 
@@ -36,12 +37,12 @@ typedef BIBError* (*BIBSimpleStreamWriteProc)(
     ROW(Write, BIBSimpleStreamWriteProc)
 // clang-format on
 
-// The methods of a stream of the first level.
+// The methods of the first level.
 typedef struct _t_BIBSimpleStreamInterface {
     BIB_SIMPLE_STREAM_INTERFACE_ROWS(BIB_TABLE_SLOT)
 } _t_BIBSimpleStreamInterface;
 
-// A second stream on the same data with a position of its own, at the start. *result is unowned.
+// A second stream for the same data, with its own position, at the start. *result is unowned.
 typedef BIBError* (*BIBRewindableStreamCreateIndependentlyRewindableStreamProc)(
     BIBRewindableStream* self, BIBRewindableStream** result);
 
@@ -55,12 +56,12 @@ typedef BIBError* (*BIBRewindableStreamRewindProc)(BIBRewindableStream* self);
     ROW(Rewind, BIBRewindableStreamRewindProc)
 // clang-format on
 
-// The methods that the second level adds.
+// The additional methods of the second level.
 typedef struct _t_BIBRewindableStreamInterface {
     BIB_REWINDABLE_STREAM_INTERFACE_ROWS(BIB_TABLE_SLOT)
 } _t_BIBRewindableStreamInterface;
 
-// A second stream on the same data with a position of its own, at the start. *result is unowned.
+// A second stream for the same data, with its own position, at the start. *result is unowned.
 typedef BIBError* (*BIBPositionableStreamCreateIndependentlyPositionableStreamProc)(
     BIBPositionableStream* self, BIBPositionableStream** result);
 
@@ -68,8 +69,8 @@ typedef BIBError* (*BIBPositionableStreamCreateIndependentlyPositionableStreamPr
 typedef BIBError* (*BIBPositionableStreamMarkProc)(
     BIBPositionableStream* self, unsigned long* position);
 
-// Moves to offset bytes from origin. A target before the start or behind the end is an error and
-// leaves the position as it was.
+// Moves to offset bytes from origin. A target before the start or after the end is an error and
+// does not change the position.
 typedef BIBError* (*BIBPositionableStreamSeekProc)(
     BIBPositionableStream* self, long offset, BIBPositionableStream_SeekOrigin origin);
 
@@ -81,15 +82,15 @@ typedef BIBError* (*BIBPositionableStreamSeekProc)(
     ROW(Seek, BIBPositionableStreamSeekProc)
 // clang-format on
 
-// The methods that the third level adds.
+// The additional methods of the third level.
 typedef struct _t_BIBPositionableStreamInterface {
     BIB_POSITIONABLE_STREAM_INTERFACE_ROWS(BIB_TABLE_SLOT)
 } _t_BIBPositionableStreamInterface;
 
-// What a host gives to make a stream of its own. Procedures that the level does not need may be
-// null; a missing read or write makes the stream's Read or Write report an error. They work as the
-// methods above, with clientData in place of the stream. deleteProc (may be null) is called on
-// clientData with the stream's last reference.
+// The procedures from which a host makes its own stream. Procedures that the level does not need
+// may be null; if read or write is missing, the stream's Read or Write returns an error. They have
+// the contracts of the methods above, with clientData instead of the stream. deleteProc (may be
+// null) is called on clientData when the stream's last reference is released.
 // NOLINTBEGIN(readability-identifier-naming): plain C
 typedef struct BIBClientStreamProcs {
     BIBError* (*read)(
@@ -102,19 +103,19 @@ typedef struct BIBClientStreamProcs {
 } BIBClientStreamProcs;
 // NOLINTEND(readability-identifier-naming)
 
-// An empty stream in memory that grows as it is written. *result is unowned, here and below.
+// An empty memory stream that grows on writing. *result is unowned, here and below.
 typedef BIBError* (*BIBNewPositionableMemoryStreamProc)(BIBPositionableStream** result);
 
-// A stream that reads buffer and holds a reference on it. Writing to it is an error.
+// A stream that reads buffer and owns a reference to it. Writing to it is an error.
 typedef BIBError* (*BIBNewPositionableBufferStreamProc)(
     BIBPositionableStream** result, BIBSharedBuffer* buffer);
 
-// A stream on the file at path, in UTF-8. With writable zero the file must exist and writing is an
-// error; otherwise it is created where missing and keeps its bytes.
+// A stream for the file at path, in UTF-8. With writable zero, the file must exist and writing is
+// an error. Otherwise a missing file is created, and an existing one keeps its bytes.
 typedef BIBError* (*BIBNewPositionableFileStreamProc)(
     BIBPositionableStream** result, char const* path, int writable);
 
-// Streams of the host's own making. procs is copied. On an error clientData stays the caller's.
+// Streams implemented by the host. procs is copied. On an error the caller still owns clientData.
 typedef BIBError* (*BIBNewClientSimpleStreamProc)(
     BIBSimpleStream** result, BIBClientStreamProcs const* procs, void* clientData);
 typedef BIBError* (*BIBNewClientRewindableStreamProc)(

@@ -1,19 +1,20 @@
-// The runtime's string atoms: interned texts. Atoms of equal texts give the same text pointer.
+// The runtime's string atoms: interned strings. Atoms of equal strings have the same string
+// pointer.
 #pragma once
 
 #include "api/BIBTable.h"
 
 typedef struct BIBStringAtom BIBStringAtom;
 
-// The atom of a NUL-terminated text, with one reference for the caller; null when memory runs out
-// and for a null text. On a pointer that GetCString gave, the atom has that same pointer.
+// The atom of a NUL-terminated string, with one reference for the caller; null if memory runs out
+// and for null. For a pointer that GetCString returned, the atom has that same pointer.
 typedef BIBStringAtom* (*BIBNewStringAtomProc)(char const* text);
 
-// Gives a reference up. Accepts null. The text stays readable for a moment after the last one, long
-// enough for a caller to copy it.
+// Releases a reference. Accepts null. After the last one, the string stays readable for a moment,
+// long enough for a caller to copy it.
 typedef void (*BIBDeleteStringAtomProc)(BIBStringAtom* atom);
 
-// The text; null for null.
+// The string, owned by the atom; null for null.
 typedef char const* (*BIBGetCStringProc)(BIBStringAtom* atom);
 
 // Adds a reference. Accepts null.

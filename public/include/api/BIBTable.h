@@ -1,14 +1,14 @@
-// How a table of named procedures is written down once and used by both sides.
+// How each table of named procedures is written once and used by both sides.
 //
-// Each interface header lists its rows as `INTERFACE_ROWS(ROW)`, one `ROW(operation, procType)` in
-// slot order. The client makes its list of names of it, a runtime its list of procedures, and both
-// the structure of pointers, so that the three cannot disagree.
+// Each interface header lists its rows as `INTERFACE_ROWS(ROW)`, one `ROW(operation, procType)` for
+// each slot, in order. The client makes its list of names from it, a runtime its list of
+// procedures, and both the structure of pointers, so the three always agree.
 //
-// The header is plain C, as are the interface headers: a host may be written in C.
+// This header and the interface headers are plain C, so a host may be written in C.
 #pragma once
 
-// A slot of the structure of procedure pointers.
+// A slot in the structure of procedure pointers.
 #define BIB_TABLE_SLOT(operation, procType) procType operation;
 
-// A row of a list of names: { operation name, proc type name }.
+// A row in a list of names: { operation name, proc type name }.
 #define BIB_TABLE_NAMES(operation, procType) {#operation, #procType},

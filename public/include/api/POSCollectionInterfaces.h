@@ -1,8 +1,8 @@
 // The runtime's compound values, arrays and dictionaries, and the cursor over a dictionary.
 //
-// A stored value is counted by the collection; a value that is read is borrowed. A collection that
-// lost a value because memory ran out becomes an invalid container: no reference can be added to it
-// and it has no clone, so the loss cannot go unseen.
+// A collection owns a reference to each stored value; a value that is read is borrowed. If a
+// collection loses a value because memory runs out, it becomes an invalid container: no reference
+// can be added to it and it cannot be cloned, so the loss cannot go unnoticed.
 #pragma once
 
 #include "api/BIBStringInterface.h"
@@ -11,47 +11,47 @@
 
 typedef struct POSArray POSArray;
 typedef struct POSDict POSDict;
-// A container, but no value.
+// A container, but not a value.
 typedef struct POSDictIterator POSDictIterator;
 
-// A new empty array, unowned; null when memory runs out.
+// A new empty array, unowned; null if memory runs out.
 typedef POSArray* (*POSArrayNewPOSArrayProc)(void);
-// Non-zero for an array; zero for any other value and for null.
+// Nonzero for an array; zero for any other value and for null.
 typedef long (*POSArrayIsPOSArrayProc)(POSObject* object);
-// The element, borrowed; null when index is out of range.
+// The element, borrowed; null if index is out of range.
 typedef POSObject* (*POSArrayGetAtProc)(POSArray* self, unsigned long index);
 typedef unsigned long (*POSArrayCountProc)(POSArray* self);
-// Replaces an element. Non-zero on success; zero for an index out of range or a null value.
+// Replaces an element. Nonzero on success; zero for an index out of range or a null value.
 typedef long (*POSArraySetAtProc)(POSArray* self, unsigned long index, POSObject* value);
-// Adds an element at the end. Non-zero on success; zero for a null value or when memory runs out.
+// Adds an element at the end. Nonzero on success; zero for a null value or if memory runs out.
 typedef long (*POSArrayAppendProc)(POSArray* self, POSObject* value);
-// Takes an element out. Non-zero on success; zero for an index out of range.
+// Removes an element. Nonzero on success; zero for an index out of range.
 typedef long (*POSArrayRemoveProc)(POSArray* self, unsigned long index);
 
-// A new empty dictionary, unowned; null when memory runs out.
+// A new empty dictionary, unowned; null if memory runs out.
 typedef POSDict* (*POSDictNewPOSDictProc)(void);
-// Non-zero for a dictionary; zero for any other value and for null.
+// Nonzero for a dictionary; zero for any other value and for null.
 typedef long (*POSDictIsPOSDictProc)(POSObject* object);
-// The value under key, borrowed; null when there is none.
+// The value under key, borrowed; null if there is none.
 typedef POSObject* (*POSDictGetProc)(POSDict* self, BIBStringAtom* key);
-// The value at a path of keys and array positions, as in "OtherNamespaces/0/Namespace", borrowed;
-// null when there is none.
+// The value at a path of keys and array indexes, such as "OtherNamespaces/0/Namespace", borrowed;
+// null if there is none.
 typedef POSObject* (*POSDictDeepGetProc)(POSDict* self, BIBStringAtom* path);
-// Stores value under key; a key that is there keeps its place in the order. Non-zero on success;
-// zero for a null key or value or when memory runs out.
+// Stores value under key; an existing key keeps its position in the order. Nonzero on success; zero
+// for a null key or value or if memory runs out.
 typedef long (*POSDictPutProc)(POSDict* self, BIBStringAtom* key, POSObject* value);
-// Takes a key out. Non-zero when it was there.
+// Removes a key. Nonzero if it existed.
 typedef long (*POSDictRemoveProc)(POSDict* self, BIBStringAtom* key);
 
-// A cursor over the keys in the order in which they were first put, unowned, standing before Begin
-// on no key; null when memory runs out. It holds a reference on dict and survives every change to
-// it: a key that is removed under the cursor stays its current key until it moves.
+// A cursor over the keys in the order in which they were first stored, unowned; null if memory runs
+// out. It has no current key before Begin. It owns a reference to dict and survives every change to
+// it: a key that is removed under the cursor stays its current key until the cursor moves.
 typedef POSDictIterator* (*POSDictIteratorNewPOSDictIteratorProc)(POSDict* dict);
 typedef void (*POSDictIteratorBeginProc)(POSDictIterator* self);
 typedef void (*POSDictIteratorNextProc)(POSDictIterator* self);
-// Non-zero when no current key remains.
+// Nonzero if there is no current key.
 typedef long (*POSDictIteratorIsDoneProc)(POSDictIterator* self);
-// The current key, readable until the cursor moves; null when done.
+// The current key, valid until the cursor moves; null at the end.
 typedef char const* (*POSDictIteratorCurKeyProc)(POSDictIterator* self);
 
 // clang-format off

@@ -1,7 +1,7 @@
-// The runtime's value objects in general: what every value can do, and making one from text.
+// The runtime's values in general: the methods of every value, and making a value from text.
 //
-// Values are containers and follow their ownership rules: a new value comes unowned, a value that
-// is read out of another is borrowed, a value that is put into another is counted by it.
+// Values are containers and follow their ownership rules: a new value is unowned, a value that is
+// read from another is borrowed, and a value that is stored in another is referenced by it.
 #pragma once
 
 #include "api/BIBContainerInterface.h"
@@ -13,8 +13,8 @@ typedef struct POSObject POSObject;
 // A deep copy, unowned; null on failure.
 typedef POSObject* (*POSObjectCloneProc)(POSObject* self);
 
-// Non-zero when both are of one type and have equal contents. Dictionaries are equal whatever the
-// order of their keys. Zero when other is null.
+// Nonzero if both have the same type and equal contents. The order of keys does not matter for
+// dictionaries. Zero if other is null.
 typedef long (*POSObjectIsEqualProc)(POSObject* self, POSObject* other);
 
 // clang-format off
@@ -31,16 +31,16 @@ typedef struct _t_POSObjectVirtualInterface {
 // Writes object to stream in the object notation, at the stream's position.
 typedef BIBError* (*POSObjectDebugDumpProc)(POSObject* object, BIBPositionableStream* stream);
 
-// The same behind a comment line that holds header.
+// The same, after a comment line with header.
 typedef BIBError* (*POSObjectDebugDumpWithHeaderProc)(
     POSObject* object, BIBPositionableStream* stream, char const* header);
 
-// The same as DebugDump, and moves the stream to its start afterwards.
+// As DebugDump, then moves the stream to its start.
 typedef BIBError* (*POSObjectDebugDumpRewindProc)(POSObject* object, BIBPositionableStream* stream);
 
-// Makes a value from a NUL-terminated text in the object notation, unowned. A text that does not
-// parse gives null and, if errorText is not null, a message in *errorText that names line and
-// column and stays readable until the thread's next call of CreateFromText.
+// Makes a value, unowned, from a NUL-terminated string in the object notation. If the text does not
+// parse: null, and if errorText is not null, a message with line and column in *errorText, which
+// stays readable until the thread's next call of CreateFromText.
 typedef POSObject* (*POSObjectCreateFromTextProc)(char const* objectText, char const** errorText);
 
 // clang-format off

@@ -1,8 +1,8 @@
 // The runtime's scalar values: numbers, 8-bit strings, 16-bit strings and typed binary data.
 //
-// Each "Is" row answers non-zero for a value of its kind and zero for any other and for null. Each
-// "New" row gives an unowned value, or null when memory runs out. What a read row points at belongs
-// to the value.
+// Each "Is" procedure returns nonzero for a value of its type, and zero for any other value and for
+// null. Each "New" procedure returns an unowned value, or null if memory runs out. What a pointer
+// result points to is owned by the value.
 #pragma once
 
 #include "api/BIBTable.h"
@@ -22,12 +22,13 @@ typedef POSString* (*POSStringNewPOSStringProc)(char const* text);
 typedef long (*POSStringIsPOSStringProc)(POSObject* object);
 typedef char const* (*POSStringGetProc)(POSString* self);
 
-// text is UTF-16 in the machine's order, ended by a zero unit, and copied; null counts as empty.
+// text is UTF-16 in the machine's byte order, terminated by a zero unit, and copied; null counts as
+// empty.
 typedef POSUnicodeString* (*POSUnicodeStringNewPOSUnicodeStringProc)(unsigned short const* text);
 typedef long (*POSUnicodeStringIsPOSUnicodeStringProc)(POSObject* object);
 typedef unsigned short const* (*POSUnicodeStringGetProc)(POSUnicodeString* self);
 
-// typeName and the size bytes at data are copied; data may be null when size is 0.
+// typeName and the size bytes at data are copied; data may be null if size is 0.
 typedef POSBinData* (*POSBinDataNewPOSBinDataProc)(
     char const* typeName, unsigned char const* data, unsigned long size);
 typedef long (*POSBinDataIsPOSBinDataProc)(POSObject* object);

@@ -1,4 +1,4 @@
-// The runtime's validators: containers that check a value against a schema held in a dictionary.
+// The runtime's validators: containers that validate a value against a schema in a dictionary.
 #pragma once
 
 #include "api/BIBSharedBuffInterface.h"
@@ -7,22 +7,22 @@
 
 typedef struct POSValidator POSValidator;
 
-// Receives one message of a validator: the setting's path, a space, the text. message is valid
-// during the call. It must not change the value, what holds it, or the schema. The one message
-// without a space, "out-of-memory", is the last one and says that validation was not finished.
+// Receives one message of a validator: the setting's path, a space, and the text. message is valid
+// during the call. The callback must not change the value, its enclosing values, or the schema. One
+// message has no space: "out-of-memory" is the last one and means that validation did not finish.
 typedef void (*POSValidatorErrorCallback)(char const* message);
 
-// A named check. Non-zero accepts value. key is the name of its setting. A refusal may write its
-// own NUL-terminated message into message, which holds 256 zero bytes; other validators may pass
-// null there. userData as given at registration. It may call every row, but must not change the
-// value, what holds it, or the schema.
+// A named check. A nonzero result accepts value. key is the name of its setting. To reject the
+// value with its own message, a check writes a NUL-terminated string to message, which holds 256
+// zero bytes; other validators may pass null. userData is the value passed at registration. The
+// check may call any procedure, but must not change the value, its enclosing values, or the schema.
 typedef long (*POSValidatorCheckCallback)(
     POSObject* value, BIBStringAtom* key, BIBSharedBuffer* message, void const* userData);
 
-// Checks object against the schema's entry key; each message goes to errorProc (may be null) during
-// the call, on the caller's thread. Non-zero when the object passes, which is when there was no
-// message. Zero without a message for an argument that is wrong. When memory runs out, or did so
-// when a check was registered, the last message says so. An exception of a callback passes through.
+// Validates object against the schema's entry key. Each message goes to errorProc (may be null)
+// during the call, on the caller's thread. Nonzero if there was no message: the object is valid.
+// Zero without a message for an invalid argument. If memory runs out, or did so when a check was
+// registered, the last message says so. An exception of a callback passes to the caller.
 typedef long (*POSValidatorValidateProc)(
     POSValidator* self, POSObject* object, BIBStringAtom* key, POSValidatorErrorCallback errorProc);
 
@@ -36,18 +36,18 @@ typedef struct _t_POSValidatorVirtualInterface {
     POS_VALIDATOR_VIRTUAL_INTERFACE_ROWS(BIB_TABLE_SLOT)
 } _t_POSValidatorVirtualInterface;
 
-// A validator on schema, unowned, with a reference of its own on schema; null for what is no valid
-// dictionary and when memory runs out. Whether the schema is sound, ValidateSchema tells.
+// A validator for schema, unowned, with its own reference to schema; null if schema is not a valid
+// dictionary and if memory runs out. ValidateSchema checks the schema itself.
 typedef POSValidator* (*POSStructValidatorNewStructValidatorProc)(POSDict* schema);
 
-// Registers a check under the name by which the schema refers to it, in the place of one that has
-// the name. userData must live as long as self. Non-zero on success; zero for a null self, name or
-// check, and when memory runs out: from then on self finishes no validation.
+// Registers a check under the name by which the schema refers to it; replaces a check with the same
+// name. userData must outlive self. Nonzero on success; zero for a null self, name or check, and if
+// memory runs out: from then on self finishes no validation.
 typedef long (*POSStructValidatorRegisterCallbackProc)(
     POSValidator* self, BIBStringAtom* name, POSValidatorCheckCallback check, void const* userData);
 
-// Checks the schema itself, after its checks have been registered; the paths of the messages lead
-// through the schema. The rest is as for Validate; checks are not called.
+// Validates the schema itself, after its checks have been registered; the paths in the messages are
+// paths in the schema. Otherwise as Validate; checks are not called.
 typedef long (*POSStructValidatorValidateSchemaProc)(
     POSValidator* self, POSValidatorErrorCallback errorProc);
 

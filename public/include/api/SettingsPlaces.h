@@ -1,17 +1,18 @@
-// Where settings and preferences lie, for all who have to find them.
+// The locations of settings and preferences, for every part that looks for them.
 #pragma once
 
 namespace SettingsPlaces {
 
-// The folder of settings, below the application support folder of a domain.
+// The settings folder, relative to the application support folder of a domain.
 inline constexpr char kSettingsFolder[] = "/Ardeo/Ardeo PDF/Settings";
 
-// The property lists of the user and of the administrator, below the preferences folder of their
-// domain.
+// The property lists of the user and of the administrator, relative to the preferences folder of
+// their domain.
 inline constexpr char kUserPreferences[] = "/com.ardeo.PDFSettings.plist";
 inline constexpr char kAdminPreferences[] = "/com.ardeo.PDFAdminSettings.plist";
 
-// In a property list: a string, the path of a folder that takes the place of kSettingsFolder.
+// A key in a property list. Its value is a string: the path of a folder that replaces
+// kSettingsFolder.
 inline constexpr char kPathKey[] = "PDFSettingsPath";
 
 } // namespace SettingsPlaces
