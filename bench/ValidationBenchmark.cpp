@@ -1,5 +1,5 @@
 // Validating and changing settings under the standard schema. No peer does the same work: the
-// figures stand beside those of reading.
+// figures are compared with those of reading.
 #include "bench/Content.h"
 #include "bench/Host.h"
 #include "pdfsettings/Schema.h"

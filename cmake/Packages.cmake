@@ -60,7 +60,7 @@ install(
     DESTINATION ${package_folder}
     COMPONENT development)
 
-# A folder as pkg-config is to see it. What lies below the prefix is told from the place of the file
+# A folder as pkg-config is to see it. Below the prefix it is relative to the position of the file
 # itself, so that all of it can be moved; what has an absolute place stays there.
 function(set_pkg_config_folder variable folder)
     if(IS_ABSOLUTE ${folder})

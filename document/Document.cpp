@@ -24,7 +24,7 @@ bool IsElement(DocumentEntry const& entry) {
 }
 
 // The key of an entry as the component reads it: without its slash, up to a zero byte. Empty for an
-// element.
+// element of an array.
 std::string_view KeyIn(std::string_view text, DocumentEntry const& entry) {
     if (IsElement(entry)) {
         return {};
@@ -33,8 +33,8 @@ std::string_view KeyIn(std::string_view text, DocumentEntry const& entry) {
     return bytes.substr(0, bytes.find('\0'));
 }
 
-// The part of sorted, which is sorted by what keyOf gives, with that key. The ranges library's own
-// does not compile with every compiler that we use.
+// The items of sorted whose key, as keyOf returns it, is equal to key. sorted is ordered by that
+// key. Not std::ranges::equal_range: some supported compilers do not compile it.
 template <class Item, class Key, class KeyOf>
 std::span<Item const> EqualRange(std::span<Item const> sorted, Key const& key, KeyOf const& keyOf) {
     auto const begin = std::ranges::lower_bound(sorted, key, {}, keyOf);
@@ -43,8 +43,8 @@ std::span<Item const> EqualRange(std::span<Item const> sorted, Key const& key, K
         static_cast<std::size_t>(begin - sorted.begin()), static_cast<std::size_t>(end - begin));
 }
 
-// Knows which entries stand in which, so that looking one up takes hardly longer in a large text.
-// REQUIRES: text and entries outlive it.
+// An index of entries by parent and key, so that finding an entry takes logarithmic time. REQUIRES:
+// text and entries outlive it.
 class EntryTree {
 public:
     EntryTree(std::string_view text, std::span<DocumentEntry const> entries)
@@ -62,7 +62,8 @@ public:
         std::ranges::sort(fChildren, {}, order);
     }
 
-    // The entry at a path of keys and positions; null for none. Of equal keys the last one counts.
+    // The entry at a path of keys and positions; null if there is none. Of equal keys the last one
+    // counts.
     DocumentEntry const* Find(std::string_view path) const {
         std::size_t parent = 0;
         for (;;) {
@@ -78,7 +79,7 @@ public:
 
 private:
     struct Child {
-        std::size_t fParent; // the place behind its entry; 0 for the settings as a whole
+        std::size_t fParent; // index of the parent's entry plus one; 0 for the root
         std::size_t fEntry;
     };
 
@@ -103,7 +104,7 @@ private:
 
     std::string_view fText;
     std::span<DocumentEntry const> fEntries;
-    std::vector<Child> fChildren; // by parent, then by key, then by place
+    std::vector<Child> fChildren; // sorted by parent, key and position
 };
 
 constexpr std::size_t kLongestCharacter = 4;
@@ -112,7 +113,7 @@ bool ContinuesCharacter(char byte) noexcept {
     return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
 }
 
-// Whether text begins with a character of so many bytes or more.
+// Whether text begins with a character of UTF-8 of at least fewest bytes.
 bool BeginsWithCharacter(std::string_view text, std::size_t fewest) {
     for (std::size_t size = fewest; size <= std::min(text.size(), kLongestCharacter); ++size) {
         if (utf8::is_valid(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(size))) {
@@ -122,7 +123,7 @@ bool BeginsWithCharacter(std::string_view text, std::size_t fewest) {
     return false;
 }
 
-// Whether the byte at offset stands in a character of UTF-8 that begins before it.
+// Whether the byte at offset is in a character of UTF-8 that begins before it.
 bool IsInCharacter(std::string_view text, std::size_t offset) {
     std::size_t back = 0;
     while (back < std::min(offset, kLongestCharacter) && ContinuesCharacter(text[offset - back])) {
@@ -131,7 +132,7 @@ bool IsInCharacter(std::string_view text, std::size_t offset) {
     return back > 0 && BeginsWithCharacter(text.substr(offset - back), back + 1);
 }
 
-// How many characters begin in a part of the text.
+// The number of characters that begin between begin and end.
 std::size_t CountCharacters(std::string_view text, std::size_t begin, std::size_t end) {
     std::size_t count = 0;
     for (std::size_t offset = begin; offset < end; ++offset) {
@@ -144,9 +145,9 @@ bool IsLineEnd(char byte) noexcept {
     return byte == '\r' || byte == '\n';
 }
 
-// Knows where the lines of a text begin and how many characters stand before a place, so that a
-// question costs the same however long a line is. Lines end with CR, LF or CR LF; columns count
-// the characters of UTF-8. REQUIRES: text outlives it.
+// An index of the lines of a text, and of the number of characters before each block, so that the
+// position of an offset takes about the same time in a long line. Lines end with CR, LF or CR LF;
+// columns count characters of UTF-8. REQUIRES: text outlives it.
 class TextLines {
 public:
     explicit TextLines(std::string_view text) : fText(text) {
@@ -182,13 +183,13 @@ public:
 private:
     static constexpr std::size_t kBlock = 1024;
 
-    // The number of the line, counted from 1.
+    // The number of the line of offset, from 1.
     std::size_t NumberOf(std::size_t offset) const {
         auto const next = std::ranges::upper_bound(fStarts, offset);
         return static_cast<std::size_t>(next - fStarts.begin());
     }
 
-    // How many characters begin before offset.
+    // The number of characters that begin before offset.
     std::size_t CharactersBefore(std::size_t offset) const {
         std::size_t const begin = offset - offset % kBlock;
         return fCharacters[offset / kBlock] + CountCharacters(fText, begin, offset);
@@ -196,7 +197,7 @@ private:
 
     std::string_view fText;
     std::vector<std::size_t> fStarts{0};
-    // How many characters begin before each block.
+    // For each block, the number of characters that begin before it.
     std::vector<std::size_t> fCharacters;
 };
 
@@ -215,12 +216,12 @@ void* Run(void* argument) noexcept {
     return nullptr;
 }
 
-// Runs work on a thread whose stack holds more than any that the component is likely to run on,
-// and waits for its end. Throws what work throws. Does nothing when the system has no such thread
-// to give.
+// Runs work on a thread with a stack that is larger than any that the component is likely to run
+// on, and waits for it. Throws what work throws. Does nothing if the system cannot create such a
+// thread.
 void RunOnDeepStack(std::function<void()> const& work) {
-    // Address space: of memory, as much as the work goes down. The address sanitizer knows no
-    // larger stacks than 64 MiB.
+    // This reserves address space; memory is used only as deep as the recursion goes. The address
+    // sanitizer supports no stacks above 64 MiB.
     constexpr std::size_t kSize = std::size_t{60} << 20;
     pthread_attr_t attributes;
     if (pthread_attr_init(&attributes) != 0) {
@@ -247,7 +248,8 @@ std::vector<std::string> KeysOf(Dictionary const& values) {
     return keys;
 }
 
-// The path that is meant by one that is missing: one beside it, or at the top; empty for no idea.
+// The path that a missing path probably means: one with the same parent, or at the top; empty for
+// no suggestion.
 std::string NearestPath(Dictionary const& values, std::string_view path) {
     std::string const key(format::LastPart(path));
     std::string const parent(format::ParentPath(path));
@@ -274,7 +276,10 @@ struct Document::Reading {
     explicit Reading(std::string text) : fText(std::move(text)) {
         auto scanner = std::make_unique<detail::DocumentScanner>(fText);
         scanner->Scan();
-        // The component goes deeper with the same stack.
+        // Nested values are read recursively, and the scanner needs more stack for each level than
+        // the component. A text that is too deep for the scanner here may still be read by the
+        // component, so it is scanned again on a deep stack. If even that is too small, the text is
+        // refused.
         if (scanner->fIsTooDeep) {
             RunOnDeepStack([this, &scanner] {
                 scanner = std::make_unique<detail::DocumentScanner>(fText);
@@ -307,7 +312,7 @@ struct Document::Reading {
         return detail::MakeSequence::From(std::move(findings));
     }
 
-    // Most documents are only read: what is looked up by is made when somebody looks.
+    // Created on first use: most documents are only read.
     TextLines const& Lines() const {
         std::call_once(fLinesMade, [this] { fLines.emplace(fText); });
         return *fLines;

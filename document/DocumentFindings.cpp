@@ -1,4 +1,4 @@
-// The findings of the scanner: their texts, and what they are consequences of.
+// The scanner's findings: their messages, and what each of them causes.
 #include "document/DocumentScanner.h"
 #include "format/NumberText.h"
 
@@ -12,7 +12,7 @@ namespace {
 constexpr std::size_t kNone = ScannedText::kNone;
 constexpr std::string_view kDigits = "0123456789";
 
-// As much of a text as tells which one is meant.
+// Text for a message, truncated if it is long.
 std::string Shown(std::string_view text) {
     constexpr std::size_t kMost = 60;
     return text.size() <= kMost ? std::string(text) : std::string(text.substr(0, kMost)) + "…";
@@ -22,7 +22,7 @@ std::string Quoted(std::string_view text) {
     return "\"" + Shown(text) + "\"";
 }
 
-// The number without the zeros that make it octal.
+// The number without leading zeros, which would make it octal.
 std::string Decimal(std::string_view number) {
     bool const isNegative = number.starts_with('-');
     std::size_t const first = number.find_first_not_of("-0");
@@ -34,12 +34,12 @@ bool IsLetter(char byte) noexcept {
     return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z');
 }
 
-// What looks like an entry, or like a name, is probably one that lacks its slash.
+// A hint if the text looks like a key or name without its slash.
 std::string SlashHint(std::string_view found) {
     return !found.empty() && IsLetter(found[0]) ? ", or is a / missing before it?" : "";
 }
 
-// What was probably meant by something that is no value; empty for no idea.
+// The value that an invalid one was probably meant to be; empty for no idea.
 std::string ValueMeant(std::string_view found) {
     constexpr std::pair<std::string_view, char const*> kMeant[] = {
         {"True", "true"}, {"TRUE", "true"}, {"False", "false"}, {"FALSE", "false"}};
@@ -55,20 +55,20 @@ std::string ValueMeant(std::string_view found) {
     return "";
 }
 
-// Whether a whole number begins with a 0 that makes it octal.
+// Whether an integer begins with a 0 that makes it octal.
 bool IsOctal(std::string_view number) noexcept {
     std::size_t const first = number.starts_with('-') ? 1 : 0;
     return number.size() > first + 1 && number[first] == '0' &&
            kDigits.find(number[first + 1]) != std::string_view::npos;
 }
 
-// Whether a whole number has more digits than its value keeps.
+// Whether an integer has more digits than its value keeps.
 bool IsInexact(std::string_view number, double value) {
     bool const isDecimal = number.find_first_not_of("-0123456789") == std::string_view::npos;
     return isDecimal && !IsOctal(number) && number != "-0" && format::WholeText(value) != number;
 }
 
-// Whether a string has a bracket without a backslash before it.
+// Whether a string has an opening parenthesis without a backslash before it.
 bool HasBracket(std::string_view string) noexcept {
     for (std::size_t at = string.find('('); at != std::string_view::npos;
          at = string.find('(', at + 1)) {
@@ -79,14 +79,15 @@ bool HasBracket(std::string_view string) noexcept {
     return false;
 }
 
-// Whether a string ends in backslashes the last of which looks like that of an escaped bracket.
+// Whether a string ends with an odd number of backslashes, as if its closing parenthesis were
+// escaped.
 bool EndsInOddBackslashes(std::string_view string) noexcept {
     std::size_t const last = string.find_last_not_of('\\');
     std::size_t const count = string.size() - (last == std::string_view::npos ? 0 : last + 1);
     return count % 2 == 1;
 }
 
-// Whether a string goes over lines that begin with keys.
+// Whether a string has several lines, and one that begins like an entry.
 bool LooksLikeEntries(std::string_view string) noexcept {
     for (std::size_t end = string.find_first_of("\r\n"); end != std::string_view::npos;
          end = string.find_first_of("\r\n", end + 1)) {
@@ -98,27 +99,26 @@ bool LooksLikeEntries(std::string_view string) noexcept {
     return false;
 }
 
-// The texts, made of the bytes that are wrong: what is wrong, and what to write instead.
+// The messages: what is wrong, and what to write instead. The arguments are the bytes in question.
 
 std::string EmptyDictionaryText(std::size_t depth) {
-    return depth == 0
-               ? "settings without any entry are read wrongly with a blank in them: write <<>>"
-               : "an empty dictionary takes the entries behind it into itself: leave it out";
+    return depth == 0 ? "empty settings with a blank between << and >> are misread: write <<>>"
+                      : "an empty dictionary takes in the entries behind it: remove it";
 }
 
-// name: what stands before it as the value of the last key, if that is a name.
+// name: the value of the key before it, if that is a name.
 std::string StrayText(std::string_view stray, std::string_view name) {
-    return Quoted(stray) + " is passed over: " +
-           (name.empty() ? "it belongs to no key" + SlashHint(stray)
+    return Quoted(stray) + " is ignored: " +
+           (name.empty() ? "it has no key" + SlashHint(stray)
                          : std::string(name) + " is read as the value of the key before it");
 }
 
 std::string StrayBeforeEndText(std::string_view stray, std::string_view name) {
     if (!name.empty()) {
-        return StrayText(stray, name) + ", and the end of the dictionary is passed over too";
+        return StrayText(stray, name) + ", and the end of the dictionary is skipped too";
     }
     return stray.empty()
-               ? "a > too many"
+               ? "there is one > too many"
                : Quoted(stray) + " before the end of a dictionary hides that end: remove it" +
                      SlashHint(stray);
 }
@@ -129,7 +129,7 @@ std::string OctalText(std::string_view number, double value) {
 }
 
 std::string FarPointText(std::string_view number, double value) {
-    return "the point in what sticks to it makes " + Shown(number) + " the number " +
+    return "the point in the characters after it makes " + Shown(number) + " the number " +
            format::ShortestText(value) + ": put a blank behind the number";
 }
 
@@ -137,10 +137,10 @@ std::string StuckText(std::string_view token, std::string_view value) {
     std::string text = Quoted(token) + " is read as " + Shown(value);
     bool const isNumber = value.find_first_not_of("-0123456789") == std::string_view::npos;
     if (IsOctal(token)) {
-        return text + ", for a leading 0 makes it octal: write " + Decimal(token);
+        return text + ", since a leading 0 makes it octal: write " + Decimal(token);
     }
     if (isNumber && token.size() > value.size() && (token[value.size()] | 0x20) == 'e') {
-        return text + ", for an exponent needs a point: write " + std::string(value) + ".0" +
+        return text + ", since an exponent needs a point: write " + std::string(value) + ".0" +
                std::string(token.substr(value.size()));
     }
     std::string_view const rest = token.substr(value.size());
@@ -156,29 +156,29 @@ std::string StuckText(std::string_view token, std::string_view value) {
 std::string UnknownValueText(std::string_view found) {
     std::string const meant = ValueMeant(found);
     if (!meant.empty()) {
-        return Quoted(found) + " is no value: write " + meant;
+        return Quoted(found) + " is not a value: write " + meant;
     }
     if (found.starts_with('{')) {
-        return "a procedure is no value";
+        return "a procedure is not a value";
     }
     if (IsLetter(found[0])) {
-        return Quoted(found) + " is no value: write /" + Shown(found) + " for a name, (" +
+        return Quoted(found) + " is not a value: write /" + Shown(found) + " for a name, (" +
                Shown(found) + ") for a text";
     }
     if (found.starts_with('"') || found.starts_with('\'')) {
-        return Quoted(found) + " is no value: a text stands in (text), a name behind a slash";
+        return Quoted(found) + " is not a value: write (text) for a string, /Name for a name";
     }
-    return Quoted(found) +
-           " is no value: expected true, false, a number, /Name, (text), <FEFF>, [ … ] or << … >>";
+    return Quoted(found) + " is not a value: expected true, false, a number, /Name, (text), "
+                           "<FEFF>, [ … ] or << … >>";
 }
 
 std::string SingleCloseText(std::string_view end) {
     return "a single > ends the dictionary, and both bytes of " + Quoted(end) +
-           " are passed over: write >>";
+           " are skipped: write >>";
 }
 
-// The first of what is passed over between from and the next key: up to the end of the line, of the
-// dictionary, or to a comment.
+// The first part of the bytes between from and the next key: up to the end of the line, the end of
+// the dictionary, or a comment.
 Span StrayIn(ScannedText const& text, std::size_t from, std::size_t slash) {
     std::string_view const passed = text.Bytes({from, slash});
     std::size_t const end =
@@ -186,10 +186,10 @@ Span StrayIn(ScannedText const& text, std::size_t from, std::size_t slash) {
     return text.WithoutBlanksBehind({from, from + end});
 }
 
-// Whether a dictionary's end is passed over between two places: no comment, string or hexadecimal
-// string holds one.
+// Whether the end of a dictionary is between two offsets, outside comments, strings and hexadecimal
+// strings.
 bool HasEndIn(ScannedText& text, std::size_t from, std::size_t slash) {
-    while (from < slash && !text.StandsOn(from, ">>")) {
+    while (from < slash && !text.IsAt(from, ">>")) {
         char const byte = text.At(from);
         bool const isHexString = byte == '<' && text.At(from + 1) != '<';
         std::size_t const end = byte == '%'   ? text.EndOfLine(from)
@@ -203,7 +203,7 @@ bool HasEndIn(ScannedText& text, std::size_t from, std::size_t slash) {
 
 } // namespace
 
-// A turn that leaves the cursor where the turn before left it can only repeat itself.
+// An iteration that does not move the cursor would repeat for ever.
 void DocumentScanner::CheckProgress(std::size_t& last, std::size_t start) {
     if (fCursor != last) {
         last = fCursor;
@@ -212,7 +212,7 @@ void DocumentScanner::CheckProgress(std::size_t& last, std::size_t start) {
     if (fFindings.IsRest(fCursor)) {
         fFindings.BlameRest();
     }
-    if (fText.StandsOn(fCursor, format::kKeyword)) {
+    if (fText.IsAt(fCursor, format::kKeyword)) {
         NoteKeyword();
     }
     RefuseWithoutEnd(
@@ -222,7 +222,7 @@ void DocumentScanner::CheckProgress(std::size_t& last, std::size_t start) {
         "the dictionary has no end: expected >>");
 }
 
-// What stands between a value and the next key.
+// Reports what is between a value and the next key.
 void DocumentScanner::NoteKey(std::size_t from, std::size_t slash) {
     auto const empty = std::exchange(fEmptyDictionary, std::nullopt);
     if (empty) {
@@ -239,7 +239,7 @@ void DocumentScanner::NoteKey(std::size_t from, std::size_t slash) {
     if (from == slash) {
         return;
     }
-    if (fText.StandsOn(from, format::kKeyword)) {
+    if (fText.IsAt(from, format::kKeyword)) {
         NoteKeyword();
         return;
     }
@@ -256,7 +256,7 @@ void DocumentScanner::NoteKey(std::size_t from, std::size_t slash) {
     }
 }
 
-// Something else than the keyword stands behind the settings.
+// Refuses a text with something other than the keyword after the settings.
 void DocumentScanner::RefuseOtherKeyword() {
     std::string const expected = "expected setalembicorparams behind the settings";
     if (fText.At(fCursor) == '\0') {
@@ -267,17 +267,16 @@ void DocumentScanner::RefuseOtherKeyword() {
     Refuse(Refusal::kInvalidFile, "keyword", found, message);
 }
 
-// The keyword stands at the cursor, and the settings have not ended yet.
+// Reports the keyword at the cursor, before the settings have ended.
 void DocumentScanner::NoteKeyword() {
     fFindings.WarnOutOfSync(
         "unclosed",
         {fCursor, fCursor + format::kKeyword.size()},
-        "setalembicorparams stands inside a dictionary: a >> is missing before it" +
-            UnclosedText());
+        "setalembicorparams is inside a dictionary: a >> is missing before it" + UnclosedText());
 }
 
-// The end of a dictionary that stands further to the left than the line in which the dictionary
-// begins is probably the end of another one.
+// The end of a dictionary that is indented less than the line where the dictionary begins is
+// probably the end of another one.
 void DocumentScanner::NoteClose(std::size_t begin) {
     std::size_t const indent = fText.IndentAt(fCursor);
     bool const isFirst = indent != kNone && !fMisclosed;
@@ -294,19 +293,18 @@ std::string DocumentScanner::UnclosedText() const {
     return "; the << in line " + std::to_string(line) + " is not closed";
 }
 
-// The name that the last entry of the dictionary has as its value; empty for a value of another
-// kind.
+// The value of the last entry of the current dictionary if it is a name, else empty.
 std::string_view DocumentScanner::NameTakenForValue() const {
     bool const isName = !fEntries.empty() && fEntries.back().depth == fDepth &&
                         fText.At(fEntries.back().value.begin) == '/';
     return isName ? fText.Bytes(fEntries.back().value) : std::string_view();
 }
 
-// What stands between the last value and the end, with no further key in the text.
+// Reports what is between the last value and the end, if no key follows in the text.
 void DocumentScanner::NoteLeftover() {
     fEmptyDictionary.reset();
     bool const isEnd = fText.At(fCursor) == '\0' || fText.At(fCursor) == '>' ||
-                       fText.StandsOn(fCursor, format::kKeyword);
+                       fText.IsAt(fCursor, format::kKeyword);
     if (isEnd) {
         return;
     }
@@ -340,7 +338,7 @@ void DocumentScanner::NoteNumber(Span token, Span number, bool hasPoint) {
     }
 }
 
-// So many levels are read on every thread.
+// Every thread has enough stack for this many levels.
 void DocumentScanner::NoteDepth() {
     constexpr std::size_t kSafeDepth = 1000;
     if (fDepth == kSafeDepth + 1) {
@@ -356,11 +354,11 @@ void DocumentScanner::NoteZeroHead() {
         fFindings.Warn(
             "zero-byte",
             {0, 1},
-            "a zero byte begins the text, and nothing of it is read: is it in UTF-16?");
+            "the text begins with a zero byte, and nothing of it is read: is it in UTF-16?");
     }
 }
 
-// Here as everywhere, a zero byte ends the search.
+// A zero byte may have ended the search.
 void DocumentScanner::NoteOpenString(std::size_t begin) {
     std::size_t const zero = fText.ZeroByte(begin);
     if (zero != kNone) {
@@ -381,7 +379,7 @@ void DocumentScanner::NoteString(Span bytes) {
         fFindings.WarnOutOfSync(
             "runaway-string",
             {whole.begin, std::min(fText.EndOfLine(whole.begin), whole.end)},
-            "the string goes on over what looks like settings: is a ) missing?");
+            "the string contains what looks like settings: is a ) missing?");
     } else if (isNested) {
         std::size_t const end = fText.EndOfString(whole.end);
         bool const isClosed = end != kNone && end < fText.EndOfLine(whole.begin);
@@ -394,7 +392,7 @@ void DocumentScanner::NoteString(Span bytes) {
         fFindings.Warn(
             "backslashes",
             whole,
-            "only a backslash alone escapes a ): behind three of them the string ends");
+            "only a single backslash escapes a ): behind three the string ends");
     }
 }
 
@@ -405,14 +403,14 @@ void DocumentScanner::NoteHexString(Span bytes) {
         fFindings.WarnOutOfSync(
             "runaway-hexstring",
             {whole.begin, std::min(fText.EndOfLine(whole.begin), whole.end)},
-            "the hexadecimal string goes on over a / that looks like a key's: is a > missing?");
+            "the hexadecimal string contains a / that looks like a key: is a > missing?");
     } else if (text.find_first_not_of("0123456789abcdefABCDEF \t\r\n\f") != text.npos) {
         fFindings.Warn(
             "bad-hex", whole, "a hexadecimal string holds digits 0 to 9 and A to F only");
     }
 }
 
-// What follows a value without a blank is no part of it, though it looks so.
+// Reports bytes directly after a value, which are not read as part of it.
 void DocumentScanner::NoteWhatIsStuck(Span value) {
     char const first = fText.At(value.begin);
     char const next = fText.At(value.end);
@@ -441,7 +439,7 @@ void DocumentScanner::NoteUnknownValue() {
 }
 
 void DocumentScanner::NoteEndOfDictionary() {
-    if (fText.StandsOn(fCursor, ">>")) {
+    if (fText.IsAt(fCursor, ">>")) {
         return;
     }
     Span const end = Within({fCursor, fCursor + 2});
@@ -457,8 +455,8 @@ Span DocumentScanner::Within(Span span) const noexcept {
     return {std::min(span.begin, fText.Size()), std::min(span.end, fText.Size())};
 }
 
-// Whether the settings ended between the finding at which sync was lost and the cursor: then what
-// is here is not a mistake of the author.
+// Whether the settings ended between the loss of sync and the cursor: then a mistake at the cursor
+// is not the author's.
 bool DocumentScanner::HasPassedEnd() const noexcept {
     auto const lost = fFindings.SyncLossAt();
     return lost && fText.Bytes({*lost, std::max(*lost, fCursor)}).find(format::kKeyword) !=

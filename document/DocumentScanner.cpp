@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::size_t kNone = ScannedText::kNone;
 
-// The component keeps names as texts that end at a zero byte.
+// The component stores names as strings with a terminating zero.
 std::string NameIn(std::string_view bytes) {
     return std::string(bytes.substr(0, bytes.find('\0')));
 }
@@ -30,7 +30,7 @@ void DocumentScanner::Scan() {
         fTail.clear();
         fBody.reset();
     }
-    // A name may begin with the first byte behind the text, and a refusal leaves entries open.
+    // A name may begin at the terminating zero, and a refusal leaves entries incomplete.
     for (DocumentEntry& entry : fEntries) {
         entry.key = Within(entry.key);
         entry.value = Within(entry.value);
@@ -53,7 +53,7 @@ void DocumentScanner::ScanText() {
     ScanTail();
 }
 
-// The search for the opening knows nothing of comments.
+// As in the component, the search for the opening brackets ignores comments.
 bool DocumentScanner::FindSettings() {
     std::size_t const open = fText.FindText(0, "<<");
     std::size_t const start = open == 0 ? 0 : fText.Skip(0);
@@ -82,13 +82,13 @@ bool DocumentScanner::FindSettings() {
             Refusal::kInvalidFile,
             "prolog",
             fText.WithoutBlanksBehind({start, std::min(open, fText.EndOfLine(start))}),
-            "before the settings only comments may stand");
+            "only comments may precede the settings");
     }
     fCursor = open + 2;
     return true;
 }
 
-// What editors put before a text that is no settings text then.
+// Refuses texts in encodings that editors produce, with a message that says so.
 void DocumentScanner::RefuseOtherEncodings() {
     constexpr std::string_view kMark8 = "\xEF\xBB\xBF";
     std::string_view const head = fText.Bytes({0, std::min<std::size_t>(fText.Size(), 2)});
@@ -102,7 +102,7 @@ void DocumentScanner::RefuseOtherEncodings() {
             "the file is in UTF-16: save it as plain text, such as UTF-8 without a byte order "
             "mark");
     }
-    if (fText.StandsOn(0, kMark8)) {
+    if (fText.IsAt(0, kMark8)) {
         Refuse(
             Refusal::kInvalidFile,
             "encoding",
@@ -111,16 +111,17 @@ void DocumentScanner::RefuseOtherEncodings() {
     }
 }
 
-// The first look comes before any skip: blanks behind the opening make the loop run once.
+// The first test is made before blanks are skipped: if blanks follow the opening brackets, the body
+// of the loop runs once even for empty settings.
 void DocumentScanner::ScanSettings() {
     platform::StackLevel const level;
-    if (fText.StandsOn(fText.Skip(fCursor), ">>") && !fText.StandsOn(fCursor, ">>")) {
+    if (fText.IsAt(fText.Skip(fCursor), ">>") && !fText.IsAt(fCursor, ">>")) {
         fEmptyDictionary = Span{fCursor - 2, fText.Skip(fCursor) + 2};
     }
     std::size_t const open = fCursor - 2;
     fOpen.push_back(open);
     std::size_t last = kNone;
-    while (fText.At(fCursor) != '\0' && !fText.StandsOn(fCursor, ">>")) {
+    while (fText.At(fCursor) != '\0' && !fText.IsAt(fCursor, ">>")) {
         ScanEntry(fValues);
         CheckProgress(last, open);
     }
@@ -135,7 +136,7 @@ void DocumentScanner::ScanSettings() {
 
 void DocumentScanner::ScanEnd() {
     fCursor = fText.Skip(fCursor + 2);
-    if (!fText.StandsOn(fCursor, format::kKeyword)) {
+    if (!fText.IsAt(fCursor, format::kKeyword)) {
         RefuseOtherKeyword();
     }
     fCursor += format::kKeyword.size();
@@ -144,7 +145,7 @@ void DocumentScanner::ScanEnd() {
         fFindings.Warn(
             "stuck",
             {fCursor - format::kKeyword.size(), end},
-            "setalembicorparams ends here, and what is stuck to it begins the tail");
+            "setalembicorparams ends here; the characters directly after it begin the tail");
     }
 }
 
@@ -169,13 +170,13 @@ void DocumentScanner::ScanEntry(Dictionary& values) {
         std::string const name = NameIn(fText.Bytes({key.begin + 1, key.end}));
         if (values.FindKey(name) != nullptr) {
             fFindings.Warn(
-                "duplicate", key, "/" + name + " stands here again: the value before is lost");
+                "duplicate", key, "/" + name + " is repeated: the earlier value is lost");
         }
         if (fDepth == 0 && name == format::kTailKey) {
             fFindings.Warn(
                 "reserved-key",
                 key,
-                "this key is the tail's: the setting is lost when there is a tail");
+                "this key is reserved for the tail: the setting is lost if the file has one");
         }
         values.SetKey(name, std::move(value));
     } catch (EntryLost const&) {
@@ -187,7 +188,7 @@ void DocumentScanner::ScanEntry(Dictionary& values) {
     fCursor = fText.Skip(fCursor);
 }
 
-// Whatever stands before the next key is passed over.
+// Skips whatever is before the next key.
 Span DocumentScanner::ScanKey() {
     fCursor = fText.Skip(fCursor);
     std::size_t const slash = fText.Find(fCursor, '/');
@@ -205,6 +206,9 @@ Span DocumentScanner::ScanKey() {
     return {slash, end};
 }
 
+// Refuses the text if the stack has no room for another level of nesting. Each nested array and
+// dictionary calls this, so the stack never overflows; see Document::Reading for the second attempt
+// on a larger stack.
 void DocumentScanner::RequireRoom(platform::StackLevel const& level) {
     if (!level.HasRoom()) {
         fIsTooDeep = true;
@@ -226,7 +230,7 @@ Value DocumentScanner::ScanValue() {
     return std::move(*known);
 }
 
-// The probes in the order of the component. A zero byte counts as the start of a number.
+// The order of the tests is the component's. A zero byte counts as the start of a number.
 std::optional<Value> DocumentScanner::ScanKnownValue() {
     switch (fText.At(fCursor)) {
     case '/':
@@ -236,7 +240,7 @@ std::optional<Value> DocumentScanner::ScanKnownValue() {
     case '[':
         return ScanArray();
     case '<':
-        return fText.StandsOn(fCursor, "<<") ? ScanDictionary() : ScanHexString();
+        return fText.IsAt(fCursor, "<<") ? ScanDictionary() : ScanHexString();
     case 't':
     case 'f':
         return ScanBoolean();
@@ -282,7 +286,7 @@ Value DocumentScanner::ScanString() {
 
 std::optional<Value> DocumentScanner::ScanBoolean() {
     for (std::string_view const word : {"true", "false"}) {
-        if (fText.StandsOn(fCursor, word)) {
+        if (fText.IsAt(fCursor, word)) {
             fCursor += word.size();
             return Name{std::string(word)};
         }
@@ -343,8 +347,9 @@ void DocumentScanner::ScanElement(Array& values) {
     fCursor = fText.Skip(fCursor);
 }
 
-// The first entry is read before any look for the end. A single ">" in either of two places ends
-// it, whatever the other byte is.
+// The first entry is read before the end is tested, so an empty dictionary takes the next key as
+// its own. As in the component, a ">" in either of two bytes ends the dictionary, whatever the
+// other byte is.
 Value DocumentScanner::ScanDictionary() {
     platform::StackLevel const level;
     RequireRoom(level);
@@ -356,7 +361,7 @@ Value DocumentScanner::ScanDictionary() {
     NoteDepth();
     fCursor = fText.Skip(fCursor + 2);
     if (fText.At(fCursor) == '>') {
-        fEmptyDictionary = Span{begin, fCursor + (fText.StandsOn(fCursor, ">>") ? 2 : 1)};
+        fEmptyDictionary = Span{begin, fCursor + (fText.IsAt(fCursor, ">>") ? 2 : 1)};
     }
     ScanEntry(values);
     while (fText.At(fCursor) != '>' && fText.At(fCursor + 1) != '>') {

@@ -1,4 +1,5 @@
-// Reads a settings text as the component does, step by step, and keeps what that loses.
+// Reads a settings text as the component does, and keeps positions and findings, which the
+// component drops.
 #pragma once
 
 #include "document/FindingLog.h"
@@ -13,15 +14,19 @@
 
 namespace pdfsettings::detail {
 
+// One scan of one text. It repeats the component's reader step by step, including its oddities, so
+// that a Document has exactly the values that the component reads; the Note and Refuse functions
+// report the findings. The recursion for nested values is limited by the stack: RequireRoom refuses
+// the text before the stack overflows. Not thread safe.
 class DocumentScanner {
 public:
     explicit DocumentScanner(std::string const& text);
 
-    // Reads the text, once. The results are below; see Document.
+    // Reads the text. Call it once. The members below have the results; see Document.
     void Scan();
 
     Refusal fRefusal = Refusal::kNone;
-    bool fIsTooDeep = false; // it is refused for want of stack
+    bool fIsTooDeep = false; // the refusal is for lack of stack
     Dictionary fValues;
     std::string fTail;
     std::vector<DocumentEntry> fEntries;
@@ -31,9 +36,9 @@ public:
 private:
     static constexpr char kZeroByteText[] = "a zero byte ends the text before the settings end";
 
-    // Gives an entry up; the reading goes on with the next key. Never leaves the scanner.
+    // Drops an entry; reading continues with the next key. Never leaves the scanner.
     struct EntryLost {};
-    // Gives the text up. Never leaves the scanner.
+    // Refuses the text. Never leaves the scanner.
     struct Refused {
         Refusal fWhy;
     };
@@ -86,13 +91,13 @@ private:
     ScannedText fText;
     std::size_t fCursor = 0;
     std::size_t fDepth = 0;
-    // Where the dictionaries begin that are open, the outermost first.
+    // The beginnings of the open dictionaries, the outermost first.
     std::vector<std::size_t> fOpen;
-    // Where one begins that is probably closed by another one's end.
+    // The beginning of a dictionary that the end of another one probably closed.
     std::optional<std::size_t> fMisclosed;
-    // Where the array begins whose elements are read.
+    // The beginning of the array that is being read.
     std::size_t fOpenArray = 0;
-    // The empty dictionary that the next key would be taken into.
+    // An empty dictionary that would take the next key as its own.
     std::optional<Span> fEmptyDictionary;
 };
 

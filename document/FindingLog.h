@@ -1,8 +1,14 @@
-// The findings about a text, each mistake once.
+// The findings about a text, one for each mistake.
 //
-// One mistake often leads to others: what follows a number that ends too early is not an entry
-// either, and a dictionary that swallows its neighbours leaves the text without an end. The log
-// recognises a consequence of a finding that it has, and reports the cause alone.
+// A mistake often causes others, and the log reports only their cause. It remembers two kinds of
+// causes. A finding has a rest if a token ends too early ("1,5" is read as 1): scanning resumes at
+// this offset, in the middle of what the author wrote, and a mistake at exactly this offset is not
+// reported. A finding loses sync if the scanner then reads the text otherwise than the author meant
+// it: a string without an end, or a dictionary that takes its neighbours as entries. The log
+// remembers the first one. When the text is refused, the scanner says which kind of cause the
+// refusal may have (Blame). If the log has such a cause, this finding becomes the error in place of
+// the refusal, and later findings that lose sync are removed; otherwise the refusal itself is the
+// error. So a refused text has exactly one error, where the text first went wrong.
 #pragma once
 
 #include "pdfsettings/Finding.h"
@@ -27,24 +33,24 @@ struct TextFinding {
 
 class FindingLog {
 public:
-    // Spans are cut to a text of so many bytes.
+    // Spans are limited to textSize bytes.
     explicit FindingLog(std::size_t textSize) noexcept : fTextSize(textSize) {}
 
-    // Adds a warning. A repeated one is ignored: a scanner without progress meets its last
+    // Adds a warning. A repeated one is ignored: a scanner that makes no progress meets its last
     // mistake twice.
     void Warn(char const* id, Span span, std::string message) {
         Add(id, span, std::move(message), /*losesSync=*/false);
     }
 
-    // Adds a warning about something after which scanning resumes at end, in the wrong place: a
-    // mistake that is found right there is its consequence.
+    // Adds a warning with a rest: scanning resumes at end, in the middle of what the author wrote,
+    // and a mistake at exactly this offset is a consequence.
     void WarnOfRest(char const* id, Span span, std::size_t end, std::string message) {
         Warn(id, span, std::move(message));
         NoteRest(end);
     }
 
-    // Adds a warning after which the scanner is out of sync with the text: a later refusal is its
-    // consequence, and so is every warning of this kind in between.
+    // Adds a warning after which the scanner is out of sync: a later refusal is a consequence, and
+    // so is every warning of this kind before the refusal.
     void WarnOutOfSync(char const* id, Span span, std::string message) {
         Add(id, span, std::move(message), /*losesSync=*/true);
         if (!fSyncLoss) {
@@ -58,25 +64,25 @@ public:
         fRestCause = fLogged.size() - 1;
     }
 
-    // Whether offset is marked as the rest of a finding in the log.
+    // Whether offset is marked as the rest of a finding.
     bool IsRest(std::size_t offset) const noexcept { return fRest == offset; }
 
-    // Makes the finding before such a rest the one at which sync was lost.
+    // The finding before the rest becomes the loss of sync, unless sync was lost before.
     void BlameRest() { fSyncLoss = fSyncLoss.value_or(fRestCause); }
 
-    // Where the finding begins at which sync was lost, if there is one.
+    // The beginning of the finding at which sync was lost, if any.
     std::optional<std::size_t> SyncLossAt() const {
         return fSyncLoss ? std::optional(fLogged[*fSyncLoss].fFinding.span.begin) : std::nullopt;
     }
 
-    // What a refusal is a consequence of.
+    // The cause of a refusal.
     enum class Blame {
-        kNothing, // a mistake of its own
-        kRest,    // the finding whose rest is there
-        kSyncLoss // the finding at which sync was lost, if there is one
+        kNothing, // none: a mistake of its own
+        kRest,    // the finding with the last rest
+        kSyncLoss // the finding at which sync was lost; none if there is no such finding
     };
 
-    // Refuses the text: its cause becomes the only error.
+    // Refuses the text: the cause, or the refusal itself if there is none, becomes the only error.
     void Refuse(char const* id, Span span, std::string message, Blame blame) {
         auto const culprit = blame == Blame::kNothing ? std::nullopt
                              : blame == Blame::kRest  ? std::optional(fRestCause)
@@ -94,7 +100,7 @@ public:
             std::remove_if(behind, fLogged.end(), std::mem_fn(&Logged::fLosesSync)), fLogged.end());
     }
 
-    // All of them in the order of the text.
+    // Moves out all findings, in the order of the text.
     std::vector<TextFinding> Take() {
         std::vector<TextFinding> findings;
         for (Logged& logged : fLogged) {
@@ -112,7 +118,7 @@ private:
     };
 
     void Add(char const* id, Span span, std::string message, bool losesSync) {
-        // One step adds a few findings at most.
+        // A step adds fewer findings than this.
         constexpr std::size_t kMostOfStep = 8;
         span = Within(span);
         auto const last =
@@ -131,9 +137,9 @@ private:
 
     std::size_t fTextSize;
     std::vector<Logged> fLogged;
-    std::optional<std::size_t> fRest;     // where the rest of the last such fault begins
-    std::size_t fRestCause = 0;           // the finding itself
-    std::optional<std::size_t> fSyncLoss; // the finding at which sync was lost
+    std::optional<std::size_t> fRest;     // the last offset marked as a rest
+    std::size_t fRestCause = 0;           // index of its finding
+    std::optional<std::size_t> fSyncLoss; // index of the finding at which sync was lost
 };
 
 } // namespace pdfsettings::detail

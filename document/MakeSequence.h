@@ -1,4 +1,4 @@
-// Making sequences, which only this library does.
+// Making sequences, for this library only.
 #pragma once
 
 #include "pdfsettings/Sequence.h"

@@ -10,11 +10,11 @@ namespace pdfsettings::detail {
 
 struct ParsedValue {
     Value fValue;
-    std::string fText; // without the blanks and comments around it
+    std::string fText; // without surrounding blanks and comments
 };
 
-// As Value::Parse. The error has an id where there is a value, which is read otherwise than it
-// looks.
+// Reads one value, as Value::Parse. The error has an id if text begins with a value that is read
+// otherwise than it looks.
 ParsedValue ParseValue(std::string_view text);
 
 } // namespace pdfsettings::detail

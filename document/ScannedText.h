@@ -1,7 +1,6 @@
-// The bytes of a settings text, and the searches that the format is made of.
-//
-// A zero byte ends every search. Behind the text stand zero bytes, so that a look at what follows a
-// place in it, or at its end, is always one into the buffer.
+// The bytes of a settings text, and the searches of the format. A zero byte ends every search, and
+// searches return kNone if they find nothing. Zero bytes follow the text, so that looking a few
+// bytes past a position, or past the end, stays within the buffer.
 #pragma once
 
 #include "format/Tokens.h"
@@ -15,14 +14,14 @@
 
 namespace pdfsettings::detail {
 
-// Whether a name goes on with that byte.
+// Whether byte can be part of a name.
 inline bool IsNameByte(char byte) noexcept {
     return !format::kNameEnds.Has(byte);
 }
 
 class ScannedText {
 public:
-    // The result of a search without success.
+    // The result of a search that found nothing.
     static constexpr std::size_t kNone = std::string::npos;
 
     explicit ScannedText(std::string const& text)
@@ -31,18 +30,18 @@ public:
     ScannedText(ScannedText const&) = delete;
     ScannedText& operator=(ScannedText const&) = delete;
 
-    // Without the zero bytes behind it.
+    // The size of the text, without the zero bytes after it.
     std::size_t Size() const noexcept { return fSize; }
 
     char At(std::size_t offset) const { return fBytes[offset]; }
-    bool StandsOn(std::size_t offset, std::string_view literal) const noexcept {
+    bool IsAt(std::size_t offset, std::string_view literal) const noexcept {
         return std::string_view(fBytes).substr(offset).starts_with(literal);
     }
     std::string_view Bytes(Span span) const noexcept {
         return std::string_view(fBytes).substr(span.begin, span.Size());
     }
 
-    // The first place from offset on of a byte, or of a literal.
+    // The first byte, or literal, at offset or later.
     std::size_t Find(std::size_t offset, char byte) const noexcept {
         return PlaceOf(std::strchr(fBytes.data() + offset, byte));
     }
@@ -50,7 +49,7 @@ public:
         return PlaceOf(std::strstr(fBytes.data() + offset, literal));
     }
 
-    // Behind the blanks, line ends and comments at offset.
+    // The offset after the blanks, line ends and comments at offset.
     std::size_t Skip(std::size_t offset) noexcept {
         while (At(offset) == '%' || format::kBlanks.Has(At(offset))) {
             offset = At(offset) == '%' ? EndOfLine(offset) : offset + 1;
@@ -58,10 +57,10 @@ public:
         return offset;
     }
 
-    // Behind the name whose first byte, whatever it is, stands at offset.
+    // The end of the name whose first byte, whatever it is, is at offset.
     std::size_t EndOfName(std::size_t offset) const noexcept { return EndOfWord(offset + 1); }
 
-    // Behind the run of bytes at offset that a name may have.
+    // The end of the run of name bytes at offset.
     std::size_t EndOfWord(std::size_t offset) const noexcept {
         while (IsNameByte(At(offset))) {
             ++offset;
@@ -74,7 +73,7 @@ public:
         return PlaceOf(format::EndOfString(fBytes.data() + offset, &fSearches));
     }
 
-    // The token of the number at offset, if it has an end, and whether there is a point in it.
+    // The token of the number at offset, if it has an end, and whether it has a point.
     struct Number {
         Span fToken;
         bool fHasPoint;
@@ -85,7 +84,7 @@ public:
                               : std::optional(Number{{offset, PlaceOf(end)}, hasPoint});
     }
 
-    // The zero byte of the text at offset or behind it.
+    // The first zero byte of the text at offset or later.
     std::size_t ZeroByte(std::size_t offset) noexcept {
         char const* const end = fBytes.data() + fSize;
         char const* const from = fBytes.data() + std::min(offset, fSize);
@@ -95,14 +94,15 @@ public:
         }));
     }
 
-    // Where the line of offset ends, or the text does.
+    // The end of the line of offset, or of the text.
     std::size_t EndOfLine(std::size_t offset) noexcept {
         return PlaceOf(fLineEnds.From(fBytes.data() + offset, [](char const* from) {
             return from + std::strcspn(from, "\r\n");
         }));
     }
 
-    // How many blanks begin the line of offset; none where the line begins too far before it.
+    // The number of blanks that the line of offset begins with; 0 if the line begins too far before
+    // offset.
     std::size_t IndentOfLine(std::size_t offset) const noexcept {
         constexpr std::size_t kFar = 1000;
         std::size_t begin = offset;
@@ -114,7 +114,7 @@ public:
         return offset - begin < kFar ? std::min(first, offset) - begin : 0;
     }
 
-    // The same if what stands at offset is the first of its line, else kNone.
+    // The indent if offset is the first non-blank of its line, else kNone.
     std::size_t IndentAt(std::size_t offset) const noexcept {
         std::size_t const indent = IndentOfLine(offset);
         bool const isFirst =
@@ -122,7 +122,7 @@ public:
         return isFirst ? indent : kNone;
     }
 
-    // The number of the line of offset, from 1; CR, LF and CR LF end a line alike.
+    // The number of the line of offset, from 1. CR, LF and CR LF are line ends.
     std::size_t LineOf(std::size_t offset) const noexcept {
         std::size_t line = 1;
         for (std::size_t i = 0; i < std::min(offset, fSize); ++i) {
@@ -132,7 +132,7 @@ public:
         return line;
     }
 
-    // span without the blanks and line ends at its end.
+    // span without trailing blanks and line ends.
     Span WithoutBlanksBehind(Span span) const noexcept {
         while (span.Size() > 0 && format::kBlanks.Has(At(span.end - 1))) {
             --span.end;

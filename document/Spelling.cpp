@@ -10,7 +10,7 @@ namespace pdfsettings::detail {
 
 namespace {
 
-// Longer words are never compared letter by letter.
+// Longer words are not compared letter by letter.
 constexpr std::size_t kLongestWord = 64;
 
 std::string InSmallLetters(std::string word) {
@@ -20,8 +20,8 @@ std::string InSmallLetters(std::string word) {
     return word;
 }
 
-// How many letters have to be inserted, removed or replaced to make one word of the other; most
-// where it is that or more.
+// The edit distance of two words: the number of letters to insert, remove or replace. Returns most
+// if it is that or more.
 std::size_t Distance(std::string const& from, std::string const& to, std::size_t most) {
     if (std::max(from.size(), to.size()) - std::min(from.size(), to.size()) >= most) {
         return most;
@@ -46,7 +46,7 @@ std::size_t Distance(std::string const& from, std::string const& to, std::size_t
 
 std::string Nearest(std::string const& word, std::span<std::string const> choices) {
     std::string nearest;
-    // Capitals count for nothing, and one letter in four may be wrong.
+    // Case is ignored, and about one letter in four may be wrong.
     std::size_t least = word.size() / 4 + 2;
     std::string const small = InSmallLetters(word);
     for (std::string const& choice : choices) {

@@ -1,4 +1,4 @@
-// Which word is meant by a misspelled one.
+// Suggestions for misspelled words.
 #pragma once
 
 #include <span>
@@ -6,7 +6,7 @@
 
 namespace pdfsettings::detail {
 
-// The one of choices that word may be a misspelling of; empty for none.
+// The one of choices that word is probably a misspelling of; empty if none is.
 std::string Nearest(std::string const& word, std::span<std::string const> choices);
 
 } // namespace pdfsettings::detail

@@ -1,4 +1,13 @@
-// Changes of a document, which leave all other bytes as they are.
+// Changes of a document that leave all other bytes as they are.
+//
+// With, WithText and WithCopy splice the text of a value into the text of the document. If the path
+// has an entry, the bytes of its value are replaced. Otherwise the value is wrapped in a dictionary
+// for each missing parent, and is added to the innermost parent that exists: after its last entry,
+// in the layout of that entry, or as its only entry on a line of its own. Blanks are added where
+// two tokens would otherwise run together. The result is then read like any other text and compared
+// with the expected values and tail, which are computed without the text; if they differ, the
+// change is rejected with kUnwritable. So a layout that the splice does not handle cannot damage a
+// file. Without removes the bytes of all entries of a key and checks its result in the same way.
 #include "pdfsettings/Document.h"
 
 #include "document/ParsedValue.h"
@@ -23,7 +32,7 @@ bool IsOneOf(char byte, std::string_view bytes) noexcept {
     return bytes.find(byte) != std::string_view::npos;
 }
 
-// The last line end before offset, else the first one of the text; LF for a text of one line.
+// The last line end before offset, else the first one of the text; LF if it has none.
 std::string LineEndBefore(std::string const& text, std::size_t offset) {
     std::size_t end = text.find_last_of(kLineEnds, offset);
     if (end != std::string::npos && end > 0 && text.compare(end - 1, 2, "\r\n") == 0) {
@@ -36,7 +45,7 @@ std::string LineEndBefore(std::string const& text, std::size_t offset) {
     return text.compare(end, 2, "\r\n") == 0 ? "\r\n" : text.substr(end, 1);
 }
 
-// The place behind blanks at the end of what stands before offset.
+// The start of the run of blanks that ends at offset.
 std::size_t BeforeBlanks(std::string const& text, std::size_t offset, std::string_view blanks) {
     while (offset > 0 && IsOneOf(text[offset - 1], blanks)) {
         --offset;
@@ -48,7 +57,7 @@ bool IsLineStart(std::string const& text, std::size_t offset) {
     return offset == 0 || IsOneOf(text[offset - 1], kLineEnds);
 }
 
-// Where the line of offset ends, if nothing but blanks and a comment stands behind offset.
+// The end of the line of offset, if only blanks and a comment follow offset on it.
 std::optional<std::size_t> RestOfLine(std::string const& text, std::size_t offset) {
     std::size_t const next = std::min(text.find_first_not_of(kBlanks, offset), text.size());
     std::size_t const end = std::min(text.find_first_of(kLineEnds, next), text.size());
@@ -63,8 +72,8 @@ std::size_t BehindLineEnd(std::string const& text, std::size_t offset) {
     return offset;
 }
 
-// Whether a value would be read otherwise with next behind it. A number's token goes on to a blank
-// or an end, and a "." in it makes another number of a whole one.
+// Whether value would be read otherwise with next directly after it. The token of a number
+// continues up to a blank or a bracket, and a "." in it makes an integer a real number.
 bool RunsOn(std::string_view value, char next) {
     bool const isWord = detail::IsNameByte(value.back());
     bool const isWhole = isWord && value.front() != '/' && value.find('.') == value.npos;
@@ -72,22 +81,22 @@ bool RunsOn(std::string_view value, char next) {
     return isWord && !isApart && (isWhole || detail::IsNameByte(next));
 }
 
-// Puts value in the place of span, apart from what stands behind it.
+// Replaces span by value, with a blank after it where they would run together.
 std::string Spliced(std::string const& text, Span span, std::string const& value) {
     char const next = span.end < text.size() ? text[span.end] : ' ';
     bool const needsBlank = !value.empty() && RunsOn(value, next);
     return text.substr(0, span.begin) + value + (needsBlank ? " " : "") + text.substr(span.end);
 }
 
-// Puts value in the place of span, apart from what stands on both sides.
+// Replaces span by value, with blanks on both sides where needed.
 std::string Replaced(std::string const& text, Span span, std::string_view value) {
     char const before = text[span.begin - 1];
     bool const needsBlank = detail::IsNameByte(before) && detail::IsNameByte(value.front());
     return Spliced(text, span, (needsBlank ? " " : "") + std::string(value));
 }
 
-// Where a value ends together with what belongs to it though it is not read as a part of it: of
-// "1,5" only the 1 is read.
+// The end of a value including the bytes that belong to it but are not read as part of it: of "1,5"
+// only the 1 is read.
 std::size_t EndWithLeftover(Document const& document, DocumentEntry const& entry) {
     std::string const& text = document.Text();
     std::size_t const begin = entry.value.begin;
@@ -107,16 +116,16 @@ std::size_t EndWithLeftover(Document const& document, DocumentEntry const& entry
     return std::min(end, limit);
 }
 
-// A dictionary or an array in a document: what stands between its brackets, and its entries.
+// A dictionary or array of a document: the span between its brackets, and its entries.
 struct Parent {
     Span fBody;
-    std::size_t fFirst; // of its entries
-    std::size_t fEnd;   // behind the last one
-    std::size_t fDepth; // of them
+    std::size_t fFirst; // index of the first entry
+    std::size_t fEnd;   // index after the last entry
+    std::size_t fDepth; // of the entries
     bool fIsArray;
 };
 
-// REQUIRES: the path leads to a dictionary or an array, or it is empty and there are settings.
+// REQUIRES: path is that of a dictionary or array, or it is empty and the document has settings.
 Parent FindParent(Document const& document, std::string_view path) {
     if (path.empty()) {
         return {*document.Body(), 0, document.Entries().size(), 0, false};
@@ -129,7 +138,7 @@ Parent FindParent(Document const& document, std::string_view path) {
     return {inside, place + 1, entry.next, entry.depth + 1, isArray};
 }
 
-// The last entry of a dictionary or an array; null for an empty one.
+// The last entry of a dictionary or array; null if it is empty.
 DocumentEntry const* LastEntry(Document const& document, Parent const& parent) {
     DocumentEntry const* last = nullptr;
     for (std::size_t i = parent.fFirst; i < parent.fEnd; i = document.Entries()[i].next) {
@@ -138,7 +147,7 @@ DocumentEntry const* LastEntry(Document const& document, Parent const& parent) {
     return last;
 }
 
-// Behind an entry, on its own line where that one has a line of its own.
+// The text with entry after last, on its own line if last has its own line.
 std::string InsertBehind(Document const& document, DocumentEntry const& last, std::string entry) {
     std::string const& text = document.Text();
     std::size_t const indent = BeforeBlanks(text, last.key.begin, kBlanks);
@@ -151,7 +160,7 @@ std::string InsertBehind(Document const& document, DocumentEntry const& last, st
     return text.substr(0, *lineEnd) + entry + text.substr(*lineEnd);
 }
 
-// As the only entry of a dictionary.
+// The text with entry as the only entry of a dictionary.
 std::string InsertAlone(Document const& document, Parent const& parent, std::string const& entry) {
     std::string const& text = document.Text();
     std::string const lineEnd = LineEndBefore(text, parent.fBody.begin);
@@ -170,7 +179,7 @@ std::string InsertAlone(Document const& document, Parent const& parent, std::str
            (hasLineEnd ? "" : lineEnd + indent) + text.substr(parent.fBody.end);
 }
 
-// The text with another element at the end of an array.
+// The text with value as a new last element of an array.
 std::string
 InsertElement(Document const& document, Parent const& parent, std::string const& value) {
     DocumentEntry const* const last = LastEntry(document, parent);
@@ -178,7 +187,8 @@ InsertElement(Document const& document, Parent const& parent, std::string const&
     return Spliced(document.Text(), {place, place}, " " + value);
 }
 
-// What is removed with span: its line when nothing else stands there, else the blanks behind it.
+// The span to remove with an entry: its whole line if nothing else is on it, else the entry and the
+// blanks on one side.
 Span WithBlanks(std::string const& text, Span span) {
     std::size_t const indent = BeforeBlanks(text, span.begin, kBlanks);
     std::size_t const next = std::min(text.find_first_not_of(kBlanks, span.end), text.size());
@@ -190,7 +200,7 @@ Span WithBlanks(std::string const& text, Span span) {
     return isRest ? Span{indent, span.end} : Span{span.begin, hasBlankBefore ? next : span.end};
 }
 
-// The text without spans, which are in its order. What stood apart stays so.
+// The text without spans, which are sorted. Tokens around a removed span do not run together.
 std::string Removed(std::string const& text, std::vector<Span> const& spans) {
     std::string rest;
     std::size_t begin = 0;
@@ -205,7 +215,7 @@ std::string Removed(std::string const& text, std::vector<Span> const& spans) {
     return rest + text.substr(begin);
 }
 
-// The places of all entries of a path; those that only blanks part are one.
+// The spans of all entries of a path. Entries that only blanks separate share one span.
 std::vector<Span> SpansOf(Document const& document, std::string_view path) {
     DocumentEntry const& found = *document.Find(path);
     if (found.key.Size() == 0) {
@@ -229,8 +239,8 @@ std::vector<Span> SpansOf(Document const& document, std::string_view path) {
     return spans;
 }
 
-// Settings without an entry must have nothing between their brackets: comments move before them.
-// before: the body when it was so many bytes longer.
+// Removes blanks from settings without entries, which must have nothing between their brackets;
+// comments move before the brackets. before: the body before removed bytes of it were removed.
 void EmptyBody(std::string& text, Span before, std::size_t removed) {
     std::size_t const size = before.Size() - std::min(removed, before.Size());
     std::string rest = text.substr(before.begin, size);
@@ -246,7 +256,8 @@ void EmptyBody(std::string& text, Span before, std::size_t removed) {
     }
 }
 
-// A document that is read and has settings. Throws Error (kSyntax).
+// The document, with settings added to it if it has none. Throws Error: kSyntax for a text that is
+// refused, kUnwritable.
 Document WithBody(Document const& document) {
     document.RequireRead();
     if (document.Body()) {
@@ -257,13 +268,13 @@ Document WithBody(Document const& document) {
     Document const made(text + "<<\n>> setalembicorparams\n");
     if (!made.Body()) {
         throw Error(
-            Fault::kUnwritable, "a zero byte begins the text, and nothing behind it is read");
+            Fault::kUnwritable, "the text begins with a zero byte, and nothing behind it is read");
     }
     return made;
 }
 
-// The text with a value at a path, whose parents are made where they are missing.
-// REQUIRES: the document has settings, and the path is one that Dictionary::Set takes.
+// The text with value at path; missing parents are created. REQUIRES: the document has settings,
+// and Dictionary::Set accepts the path.
 std::string TextWith(Document const& document, std::string_view path, std::string value) {
     if (DocumentEntry const* const present = document.Find(path)) {
         Span const span{present->value.begin, EndWithLeftover(document, *present)};
@@ -285,7 +296,7 @@ std::string TextWith(Document const& document, std::string_view path, std::strin
                            : InsertBehind(document, *last, entry);
 }
 
-// In a file a slash stands before each key, which in a path is none of it.
+// A file has a slash before each key, which is no part of a path.
 [[noreturn]] void ThrowBadKey(std::string_view path, std::string_view last) {
     bool const isSlashed = last.size() > 1 && last.front() == '/';
     std::string hint = "a key is up to 255 bytes without blanks and brackets";
@@ -301,8 +312,7 @@ bool IsKey(std::string_view part) {
            std::ranges::all_of(part, [](char byte) { return detail::IsNameByte(byte); });
 }
 
-// Throws Error (kKey) for a path whose new keys have no form in a file, or a meaning of their
-// own there.
+// Throws Error (kKey) if a new key in path cannot be written, or has a special meaning in a file.
 void RequireKeys(Document const& document, std::string_view path) {
     if (path == format::kTailKey) {
         throw Error(
@@ -321,7 +331,8 @@ void RequireKeys(Document const& document, std::string_view path) {
     } while (end < path.size());
 }
 
-// The document of text. Throws Error (kUnwritable) where it does not hold those settings.
+// The document of text. Throws Error (kUnwritable) if it does not have exactly these values and
+// this tail.
 Document Require(
     std::string text,
     Dictionary const& values,
@@ -337,16 +348,15 @@ Document Require(
 }
 
 constexpr char const* kEmptyLast = "this change cannot be made in the text so that it reads back; "
-                                   "an empty dictionary can only stand "
-                                   "last";
+                                   "an empty dictionary must be the last value";
 
-// Whether a value in that form can stand anywhere.
+// Whether value reads back from text as the value of a setting.
 bool HasForm(Value const& value, std::string const& text) {
     Document const alone("<< /K " + text + "\n>> setalembicorparams\n");
     return alone.Values() == Dictionary::Of({{"K", value}});
 }
 
-// A document with a value at a path in that form. Throws as Document::With.
+// A document with text as the value at path. Throws as Document::With.
 Document WithValueText(
     Document const& original,
     std::string_view path,
@@ -377,7 +387,7 @@ Document Document::With(std::string_view path, Value const& value) const {
         Fault::kUnwritable,
         std::string(path) + ": " + text.substr(0, kMostShown) +
             (text.size() > kMostShown ? "..." : "") +
-            " cannot stand in a settings file so that it reads back as the same");
+            " cannot be written to a settings file so that it reads back as the same");
 }
 
 Document Document::WithText(std::string_view path, std::string_view text) const {
@@ -397,7 +407,7 @@ Document Document::Without(std::string_view path) const {
     At(path);
     Dictionary values = Values();
     values.Remove(path);
-    // An earlier entry of the same key would count from now on.
+    // All entries of the key are removed: otherwise an earlier one would become effective.
     std::string text = Removed(Text(), SpansOf(*this, path));
     if (values.empty()) {
         EmptyBody(text, *Body(), Text().size() - text.size());
@@ -408,7 +418,7 @@ Document Document::Without(std::string_view path) const {
         Tail(),
         path,
         "this change cannot be made in the text so that it reads back; no dictionary may be left "
-        "empty: remove the whole of it");
+        "empty: remove it as a whole");
 }
 
 } // namespace pdfsettings

@@ -20,7 +20,7 @@ namespace {
 
 using Elements = std::vector<Value>;
 
-// The members of a dictionary in their order. Few are found without an index.
+// The members of a dictionary, in order. A few are searched without an index.
 class Members {
 public:
     Members() = default;
@@ -31,7 +31,7 @@ public:
     std::vector<Member> const& List() const noexcept { return fList; }
     Value& At(std::size_t place) noexcept { return fList[place].value; }
 
-    // The place of key; the size for none.
+    // The position of key; the size if there is none.
     std::size_t Find(std::string_view key) const {
         if (fIndex == nullptr) {
             auto const found = std::ranges::find(fList, key, &Member::key);
@@ -51,7 +51,7 @@ public:
     }
 
     void Remove(std::size_t place) {
-        // Made anew by the next Append.
+        // Append makes it again.
         fIndex.reset();
         fList.erase(fList.begin() + static_cast<std::ptrdiff_t>(place));
     }
@@ -97,12 +97,14 @@ private:
     }
 
     std::vector<Member> fList;
-    std::unique_ptr<Index> fIndex; // of places, by their keys; null while they are few
+    std::unique_ptr<Index> fIndex; // positions by key; null for few members
 };
 
 } // namespace
 
-// What values share. One that has more than one reference is never changed.
+// The shared content of values, with a reference count. Content with more than one reference is
+// never changed; Own copies it first. Copying a value of any depth therefore costs one reference,
+// and a change copies only the collections on its path.
 struct Rep {
     using Content = std::variant<double, std::string, Elements, Members>;
 
@@ -128,7 +130,9 @@ struct Rep {
         return rep;
     }
 
-    // Iterative destruction: what becomes free waits in a list, which needs no memory.
+    // Iterative destruction: content that loses its last reference goes into a list, linked through
+    // fNextReleased, which needs no memory. Dropping the content of one node adds its children to
+    // the list instead of destroying them recursively.
     static void Release(Rep* rep) noexcept {
         Rep* released = nullptr;
         Drop(rep, released);
@@ -138,7 +142,7 @@ struct Rep {
         }
     }
 
-    // The content of rep as a T that nobody shares.
+    // The content of rep as a T with a single reference; copies shared content first.
     template <class T>
     static T& Own(Rep*& rep, Kind kind) {
         if (rep == nullptr) {
@@ -207,7 +211,7 @@ Value const* FindElement(Rep* rep, std::string_view part) {
     return position < elements.size() ? &elements[position] : nullptr;
 }
 
-// What a part of a path leads to from a value; null for nothing.
+// The value one part of a path below value; null if there is none.
 Value const* Step(Value const& value, std::string_view part) {
     switch (value.What()) {
     case Kind::kDictionary:
@@ -219,7 +223,7 @@ Value const* Step(Value const& value, std::string_view part) {
     }
 }
 
-// Pairs of values that wait to be compared, so that no nesting is too deep.
+// Pairs of values to be compared. An explicit stack, so that deep nesting uses no more stack.
 using Pairs = std::vector<std::pair<Value const*, Value const*>>;
 
 bool PushElements(Rep* left, Rep* right, Pairs& pending) {
@@ -323,7 +327,7 @@ Value::Value(Dictionary dictionary) : fRep(std::exchange(dictionary.fRep, nullpt
 Value::Value(Value const& other) noexcept : fRep(Rep::Share(other.fRep)) {}
 Value::Value(Value&& other) noexcept : fRep(std::exchange(other.fRep, nullptr)) {}
 
-// The new reference comes before the old one goes, which other may depend on.
+// Takes the new reference before it releases the old one, which other may be part of.
 Value& Value::operator=(Value const& other) noexcept {
     Value copy(other);
     std::swap(fRep, copy.fRep);
@@ -352,7 +356,7 @@ std::string_view Value::Bytes() const& noexcept {
     return text == nullptr ? std::string_view() : *text;
 }
 
-// With the digits that a reader of the program sees: 0.4, not 0.4000000059604645.
+// Converts by the shortest decimal form, so that 0.4F becomes 0.4 and not 0.4000000059604645.
 double detail::ToDouble(float number) {
     char digits[32];
     auto const end = std::to_chars(std::begin(digits), std::end(digits), number).ptr;
@@ -362,7 +366,7 @@ double detail::ToDouble(float number) {
 }
 
 void detail::ThrowInexact() {
-    throw Error(Fault::kKind, "a whole number beyond 2^53 cannot be held exactly");
+    throw Error(Fault::kKind, "a whole number beyond 2^53 is not stored exactly");
 }
 
 Value Value::FromNumber(double number) {
@@ -504,7 +508,7 @@ namespace detail {
 
 namespace {
 
-// The value at a key, which is made where it is missing.
+// The value of key, which is added if it is missing.
 Value& SlotAt(Rep*& dictionary, std::string_view key) {
     auto& members = Rep::OwnMembers(dictionary);
     std::size_t const place = members.Find(key);
@@ -528,15 +532,15 @@ Value& SlotAtPosition(Rep*& array, std::string_view part) {
         Fault::kNoValue, std::string(path) + ": " + std::string(path.substr(0, end)) + reason);
 }
 
-// Throws Error (kNoValue) where a value, which path leads to up to end, has no place for the next
-// part.
+// Throws Error (kNoValue) if value, whose path is the first end bytes of path, cannot have part as
+// its next part.
 void RequireStep(
     Value const& value, std::string_view path, std::size_t end, std::string_view part) {
     if (value.What() == Kind::kDictionary) {
         return;
     }
     if (value.What() != Kind::kArray) {
-        ThrowNoWay(path, end, " is no dictionary and no array");
+        ThrowNoWay(path, end, " is neither a dictionary nor an array");
     }
     auto const position = format::PositionIn(part);
     if (!position || *position > value.As<Array>().size()) {
@@ -544,7 +548,7 @@ void RequireStep(
     }
 }
 
-// Throws Error (kNoValue) where values that are there do not let a path through.
+// Throws Error (kNoValue) if existing values do not allow a value at path.
 void RequireWay(Dictionary const& root, std::string_view path) {
     std::string_view part = format::FirstPart(path);
     std::size_t end = part.size();

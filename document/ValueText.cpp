@@ -10,10 +10,10 @@ namespace pdfsettings {
 
 namespace {
 
-// Text that waits to be written, or a value.
+// Text to be written, or a value.
 using Piece = std::variant<std::string, Value const*>;
 
-// Writes a value from a list of pieces, the last one first, so that no nesting is too deep.
+// Writes a value with an explicit stack of pieces, so that deep nesting uses no more stack.
 class Writer {
 public:
     std::string Write(Value const& value) {
@@ -63,7 +63,7 @@ private:
         fText += close;
     }
 
-    // What waits belongs to the value that is written.
+    // Pending pieces point into the value being written, which outlives them.
     void PushArray(Array const& array) {
         fPieces.emplace_back("]");
         for (Value const* value = array.end(); value != array.begin();) {
@@ -88,11 +88,11 @@ private:
     std::vector<Piece> fPieces;
 };
 
-// Text as the only element of an array in a file: there nothing is passed over that is no value.
+// Text as the only element of an array in a file, where nothing that is not a value is skipped.
 constexpr std::string_view kBefore = "<<\n/K [ ";
 constexpr std::string_view kBehind = "\n]\n>> setalembicorparams\n";
 
-// The place in text of a place in that file.
+// The position in text for a position in that file.
 Place PlaceInText(Place place) {
     constexpr std::size_t kLinesBefore = 1;
     constexpr std::size_t kColumnsBefore = kBefore.size() - std::string_view("<<\n").size();

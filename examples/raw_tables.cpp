@@ -14,7 +14,7 @@ using pdfsettings::Settings;
 
 namespace {
 
-// A procedure of one of the tables. The headers in api/ tell its interface, its name and its type.
+// A procedure of one of the tables. The headers in api/ state its interface, its name and its type.
 template <class Proc>
 Proc Find(RawAccess const& raw, char const* table, char const* name, char const* procType) {
     return reinterpret_cast<Proc>(raw.Lookup()(table, name, procType));

@@ -19,7 +19,7 @@ bool StartsWithHexMark(std::string_view text) noexcept {
     return text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X');
 }
 
-// Whether "0x" and the digits behind it are one whole number, or one real number.
+// Whether text begins with "0x" and hexadecimal digits of an integer, or of a real number.
 bool IsHexInteger(std::string_view text) noexcept {
     return StartsWithHexMark(text) && IsHexDigit(text[2]);
 }
@@ -34,13 +34,13 @@ bool IsDigit(char c) noexcept {
     return c >= '0' && c <= '9';
 }
 
-// How much of text, from start on, is digits.
+// The end of the digits that begin at start in text.
 std::size_t EndOfDigits(std::string_view text, std::size_t start) noexcept {
     return std::min(text.find_first_not_of("0123456789", start), text.size());
 }
 
-// The head of text that is one hexadecimal number: digits with at most one point, and a complete
-// exponent. std::from_chars takes more for one.
+// The part of text that is one hexadecimal number by C17: digits with at most one point, and a
+// complete exponent. std::from_chars accepts more.
 std::string_view CutHexNumber(std::string_view text) noexcept {
     bool hasPoint = false;
     std::size_t end = 0;
@@ -61,10 +61,10 @@ std::string_view CutHexNumber(std::string_view text) noexcept {
     return text.substr(0, end);
 }
 
-// No number is so long that its digits could make up for an exponent this far from zero.
+// No number has enough digits to compensate for an exponent this far from zero.
 constexpr std::int64_t kFarExponent = std::int64_t{1} << 29;
 
-// The exponent of a number, within one of kFarExponent; 0 when it has none.
+// The exponent of a number, limited to the range of kFarExponent; 0 if it has none.
 std::int64_t ExponentOf(std::string_view number, bool isHex) noexcept {
     std::size_t const mark = number.find_first_of(isHex ? "pP" : "eE");
     if (mark == std::string_view::npos) {
@@ -81,8 +81,8 @@ std::int64_t ExponentOf(std::string_view number, bool isHex) noexcept {
     return std::clamp(power, -kEnd, kEnd);
 }
 
-// A number out of range is an infinity or nothing, and which of the two, the place of its first
-// digit and its exponent decide.
+// The value of a number that is out of range: infinity or zero, as the position of its first
+// significant digit and its exponent decide.
 double OutOfRangeValue(std::string_view number, bool isHex) noexcept {
     std::string_view const mantissa = number.substr(0, number.find_first_of(isHex ? "pP" : "eE"));
     std::size_t const point = std::min(mantissa.find('.'), mantissa.size());
@@ -95,7 +95,7 @@ double OutOfRangeValue(std::string_view number, bool isHex) noexcept {
     return isLarge ? std::numeric_limits<double>::infinity() : 0.0;
 }
 
-// Reads the unsigned number at the head of text; the size is 0 when there is none.
+// Reads the unsigned number that text begins with. Size 0 if there is none.
 ScannedNumber ScanMagnitude(std::string_view text, bool isHex) noexcept {
     std::string_view const number = isHex ? CutHexNumber(text) : text;
     char const* const begin = number.data();
@@ -106,7 +106,7 @@ ScannedNumber ScanMagnitude(std::string_view text, bool isHex) noexcept {
         return {0, 0};
     }
     auto const size = static_cast<std::size_t>(result.ptr - begin);
-    // Far exponents wrap around in std::from_chars for hexadecimal numbers.
+    // std::from_chars overflows on extreme exponents of hexadecimal numbers.
     bool const isFar = isHex && std::abs(ExponentOf(number, isHex)) > kFarExponent;
     if (isFar || result.ec == std::errc::result_out_of_range) {
         value = OutOfRangeValue(number.substr(0, size), isHex);
@@ -129,7 +129,7 @@ ScannedNumber ScanReal(std::string_view token) noexcept {
     return {sign != 0 ? -magnitude.fValue : magnitude.fValue, sign + prefix + magnitude.fSize};
 }
 
-// The value with its sign, kept within the range of long.
+// The value with its sign, limited to the range of long.
 long Saturate(unsigned long magnitude, bool isNegative) noexcept {
     constexpr auto kMax = static_cast<unsigned long>(std::numeric_limits<long>::max());
     if (magnitude > kMax) {
@@ -161,9 +161,9 @@ ScannedNumber ScanInteger(std::string_view token) noexcept {
         static_cast<unsigned long>(result.ptr - token.data())};
 }
 
-// The whole number that value is in single precision, if 32 bits can hold it.
+// The integer that value is in single precision, if it fits into 32 bits.
 std::optional<std::int32_t> AsWholeNumber(double value) noexcept {
-    // Below, every conversion is of a value in its range. Not-a-number fails this as well.
+    // Keeps all conversions below in range. NaN fails this test too.
     if (!(std::fabs(value) < 0x1p32)) {
         return std::nullopt;
     }

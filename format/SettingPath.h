@@ -1,5 +1,5 @@
-// How a value inside nested settings is named: by keys and positions from 0, joined by slashes. A
-// slash that begins a key belongs to it, as it does in a file: "A//B" is the key "/B" in A.
+// Paths of values in nested settings: keys, and positions from 0, joined by slashes. A slash at the
+// beginning of a key is part of it, as in a file: "A//B" is the key "/B" in A.
 #pragma once
 
 #include <cstddef>
@@ -13,14 +13,14 @@ namespace format {
 std::string_view FirstPart(std::string_view path) noexcept;
 std::string_view LastPart(std::string_view path) noexcept;
 
-// The path without its last part; empty for a path of one part.
+// The path without its last part; empty if it has one part.
 std::string_view ParentPath(std::string_view path) noexcept;
 
-// The path of the rule for what stands at a path: each position is "*" there, as in
+// The path of the rule for a value: each position is replaced by "*", as in
 // "OtherNamespaces/*/Namespace".
 std::string RulePath(std::string_view path);
 
-// The position that a part names, if it is one.
+// The position that part is; nothing if it is not a position.
 std::optional<std::size_t> PositionIn(std::string_view part) noexcept;
 
 } // namespace format

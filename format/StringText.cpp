@@ -18,7 +18,8 @@ std::size_t LineEndSize(std::string_view text) noexcept {
                                     : (text.starts_with('\r') || text.starts_with('\n') ? 1 : 0);
 }
 
-// Takes the octal digits at the head of rest. High bits are lost, as PostScript has it.
+// Removes the leading octal digits from rest and returns their byte. Excess high bits are dropped,
+// as in PostScript.
 char TakeOctal(std::string_view& rest) {
     constexpr std::size_t kMostDigits = 3;
     unsigned value = 0;
@@ -30,7 +31,7 @@ char TakeOctal(std::string_view& rest) {
     return static_cast<char>(static_cast<unsigned char>(value & 0xFF));
 }
 
-// Takes what follows a backslash.
+// Removes an escape from rest, which begins after the backslash, and appends its text.
 void TakeEscape(std::string_view& rest, std::string& text) {
     if (rest.empty()) {
         return;
@@ -80,7 +81,7 @@ std::string EncodeString(std::string_view text) {
         std::size_t const letter = kMeanings.find(byte);
         bool const isBeforeEnd = i + 1 < text.size() && text[i + 1] == ')';
         if (byte == '\\') {
-            // "\\\)" would end at the parenthesis.
+            // "\\\)" would end the string at the parenthesis.
             raw += isBeforeEnd ? "\\134" : "\\\\";
         } else if (byte == '(' || byte == ')') {
             raw += '\\';

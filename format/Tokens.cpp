@@ -43,7 +43,7 @@ char const* EndOfString(char const* first, FarSearches* searches) noexcept {
                                : SearchEndOfString(first);
 }
 
-// Nearly every token is short, and to search it is not worth remembering then.
+// Most tokens are short and not worth caching.
 NumberToken FindNumber(char const* first, FarSearches* searches) noexcept {
     constexpr std::ptrdiff_t kNear = 32;
     bool hasPoint = false;

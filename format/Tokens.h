@@ -1,5 +1,5 @@
-// The bytes of settings texts: what each is for, and where strings and numbers end. All readers of
-// the format share this; docs/format.md describes it. No locale matters.
+// The character classes of settings files, and the ends of strings and numbers. All readers of the
+// format share this; docs/format.md describes the format. Nothing depends on the locale.
 #pragma once
 
 #include <array>
@@ -8,7 +8,7 @@
 
 namespace format {
 
-// Bytes, each found in one step.
+// A set of bytes with lookup in constant time.
 class CharSet {
 public:
     explicit constexpr CharSet(std::string_view chars) noexcept {
@@ -23,39 +23,40 @@ private:
     std::array<bool, 256> fHas{};
 };
 
-// What may stand between any two tokens, beside comments.
+// The bytes that may separate tokens, besides comments.
 inline constexpr CharSet kBlanks("\t\n\r ");
 
-// What ends a name: form feed too, which is no blank, and the zero byte behind the text.
+// The bytes that end a name. Form feed is one though it is no blank, and so is the terminating
+// zero.
 inline constexpr CharSet kNameEnds(std::string_view("\0\t\n\f\r ()<>[]{}/%", 16));
 
-// What a number begins with. The zero byte is among it, so that a value that is missing at the end
-// of the text gets as far as the search for its end.
+// The bytes that a number begins with. The zero byte is one, so that a value missing at the end of
+// the text is handled by the search for the end of a number.
 inline constexpr CharSet kNumberStarts(std::string_view("\0-0123456789", 12));
 
-// What ends the token of a number, together with the zero byte.
+// The bytes that end the token of a number, together with the zero byte.
 inline constexpr CharSet kNumberEnds(" \n\r\t]>");
 
-// The longest key or name, in bytes.
+// The maximum length of a key or name, in bytes.
 inline constexpr std::size_t kMaxNameSize = 255;
 
-// A scan may step over the first zero byte behind a text and then looks at two more.
+// The number of zero bytes after a text. A scan may move past the first one and look at two more.
 inline constexpr std::size_t kZerosBehindText = 4;
 
-// What the name of a settings file ends in.
+// The extension of settings files.
 inline constexpr std::string_view kExtension = ".joboptions";
 
-// Behind the settings; what follows is their tail, which the component keeps under a key of its
-// own.
+// The keyword after the settings. The text after it is the tail, which the component keeps under a
+// key of its own.
 inline constexpr std::string_view kKeyword = "setalembicorparams";
 inline constexpr std::string_view kTailKey = "AlembicorData";
 
-// One kind of search in one text, which remembers what it passed over: a text in which every value
-// looks for an end that only the last one has is searched once, not once for each value.
+// One kind of search in one text, with its last result cached. Without the cache, a text in which
+// every value searches for an end that only the last one has would be searched once for each value.
 class RepeatedSearch {
 public:
-    // What search(from) gives: the first place of its kind at or behind from and before the next
-    // zero byte, or null. The text must not change between the calls.
+    // Returns the result of search(from): the first match at from or later and before the next zero
+    // byte, or null. The text must not change between calls.
     template <class Search>
     char const* From(char const* from, Search const& search) {
         bool const isKnown = fFrom != nullptr && fFrom <= from && from <= fTo;
@@ -73,7 +74,7 @@ private:
     char const* fFound = nullptr;
 };
 
-// What is remembered of the searches below while one text is read.
+// The cached searches of one text.
 struct FarSearches {
     RepeatedSearch fStringEnds;
     RepeatedSearch fNumberEnds;
@@ -81,16 +82,17 @@ struct FarSearches {
 };
 
 // The ")" that ends the string whose bytes begin at first; null if there is none. searches may be
-// null. REQUIRES, here and below: the text ends in a zero byte, and before first stands "(".
+// null. REQUIRES, also for FindNumber: the text ends with a zero byte. REQUIRES: "(" is before
+// first.
 char const* EndOfString(char const* first, FarSearches* searches) noexcept;
 
 struct NumberToken {
-    char const* fEnd; // null for a token without an end
+    char const* fEnd; // null if the token has no end
     bool fHasPoint;
 };
 
-// The token of the number that begins at first: up to one of kNumberEnds, which must come before
-// the zero byte.
+// The token of the number that begins at first. It ends at one of kNumberEnds, which must come
+// before the zero byte.
 NumberToken FindNumber(char const* first, FarSearches* searches) noexcept;
 
 } // namespace format

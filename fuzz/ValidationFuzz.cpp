@@ -16,7 +16,7 @@ void TryRepair(std::string const& text, pdfsettings::Schema const& schema) {
     pdfsettings::Document const document(text);
     auto const repaired = pdfsettings::Repair(document, schema);
     bool const isUnchanged = repaired.document.Text() == text;
-    fuzz::Require(repaired.repairs.empty() == isUnchanged, "a repair that is not told");
+    fuzz::Require(repaired.repairs.empty() == isUnchanged, "a repair that is not reported");
     fuzz::Require(
         document.WhyRefused() != pdfsettings::Refusal::kNone ||
             repaired.document.WhyRefused() == pdfsettings::Refusal::kNone,

@@ -12,13 +12,13 @@ namespace pdfsettings::detail {
 
 namespace {
 
-// Whether one of the administrator's folders is there.
+// Whether the administrator's folder of that type exists.
 bool HasFolder(UInt32 folderType) {
     FSRef folder;
     return FSFindFolder(kLocalDomain, folderType, kDontCreateFolder, &folder) == noErr;
 }
 
-// The path that a property list names; nothing when it names none.
+// The path in a property list; nothing if it has none.
 std::optional<std::string> PathIn(PropertyValue const& list) {
     PropertyValue const* const path = list.Find(SettingsPlaces::kPathKey);
     if (path == nullptr || !path->IsString()) {
@@ -29,7 +29,8 @@ std::optional<std::string> PathIn(PropertyValue const& list) {
     return path->fText.substr(isMarked ? kByteOrderMark.size() : 0);
 }
 
-// Pairs up to the first element that is no string. The first pair for a file counts.
+// The pairs of names, up to the first element that is not a string. The first pair for a file
+// counts.
 std::map<std::string, std::string> PairsIn(PropertyValue const& names) {
     std::map<std::string, std::string> pairs;
     for (std::size_t i = 0; i + 1 < names.fEntries.size(); i += 2) {

@@ -15,7 +15,7 @@ bool IsCollection(Value const& value) {
     return value.What() == Kind::kArray || value.What() == Kind::kDictionary;
 }
 
-// Compares from a list of pairs, the last one first, so that no nesting is too deep.
+// Compares with an explicit stack of pairs, so that deep nesting uses no more stack.
 class Comparison {
 public:
     std::vector<Difference> Run(Dictionary const& before, Dictionary const& after) {
@@ -43,7 +43,7 @@ private:
         }
     }
 
-    // No path is made for what is the same at first sight.
+    // Makes no path for scalars that are equal.
     template <class MakePath>
     void Push(Value const& before, Value const* after, MakePath makePath) {
         if (after == nullptr || IsCollection(before) || !(before == *after)) {
@@ -65,7 +65,7 @@ private:
         ReverseFrom(begin);
     }
 
-    // False for values that are not compared element by element.
+    // False for values that cannot be compared element by element.
     bool PushElements(Difference const& pair) {
         auto const before = pair.before->If<Array>();
         auto const after = pair.after->If<Array>();

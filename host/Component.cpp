@@ -14,21 +14,21 @@ namespace pdfsettings::detail {
 
 namespace {
 
-// Guards what follows. Whoever needs the calls lock too takes that one first.
+// Protects the following two variables. Lock order: the calls lock before this.
 std::mutex gLock;
 std::weak_ptr<RunningComponent> gRunning;
-RunningComponent* gUnstopped = nullptr; // what nobody holds any more, and is about to stop
+RunningComponent* gUnstopped = nullptr; // not yet stopped, whether or not it is still referenced
 
-// Of the thread, since the component reports on the thread of the call.
+// Per thread: the component reports on the thread of the call.
 thread_local std::string gReport;
-// The component that calls of the thread keep alive, and how many of them there are.
+// The component whose fAlive this thread has locked, and the number of Turns on this thread.
 thread_local RunningComponent* gHeld = nullptr;
 thread_local int gTurns = 0;
-// Where the thread's reports go otherwise.
+// The thread's error channel outside of Turns.
 thread_local BIBRuntimeErrorProc gFormerChannel = nullptr;
 thread_local void* gFormerClient = nullptr;
 
-// A report that finds no memory is lost; the call's fallback text stands in for it.
+// If no memory is left for a report, it is lost, and the fallback text of the call is used.
 void KeepReport(char const* message, void* /*client*/) noexcept {
     try {
         gReport = message;
@@ -63,12 +63,13 @@ void ThrowReport(std::string const& fallback) {
     ThrowReported(report.empty() ? fallback : report);
 }
 
-// What fails below is undone by the destructor, for the object is whole once the lookup is known.
+// If this throws, the destructor does not run: fModule unloads the file, and a component that was
+// started is stopped explicitly.
 RunningComponent::RunningComponent(std::string const& path)
     : fLookup(&BIBRuntimeLookup),
       fPath(path),
       fModule(nullptr, &dlclose) {
-    // Everything is looked up at once: what is missing later would end the process.
+    // RTLD_NOW: with lazy binding, a missing symbol would end the process at the first call.
     fModule.reset(dlopen(fPath.c_str(), RTLD_NOW | RTLD_LOCAL));
     if (fModule == nullptr) {
         char const* const reason = dlerror();
@@ -84,9 +85,9 @@ RunningComponent::RunningComponent(std::string const& path)
         Stop();
         throw;
     }
-    // The component registered the end of its static objects when it was loaded. What is registered
-    // now comes before that, and stays so as long as the component is not loaded anew: so it stays
-    // loaded until the program ends, whoever closes it.
+    // Functions registered with atexit run in reverse order, and the component registered the
+    // destructors of its static objects when it was loaded. So StopAtExit runs before them, as long
+    // as the component is not loaded again. RTLD_NODELETE keeps it loaded until the program ends.
     dlopen(fPath.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NOLOAD | RTLD_NODELETE);
     static bool const kIsRegistered = std::atexit(&StopAtExit) == 0;
     static_cast<void>(kIsRegistered);
@@ -104,7 +105,7 @@ RunningComponent::~RunningComponent() {
 
 namespace {
 
-// A component that is used until nobody holds it any more.
+// The owner of a component; its destructor stops the component after the last reference is gone.
 struct Run {
     template <class From>
     explicit Run(From const& from) : fComponent(from) {
@@ -123,8 +124,9 @@ struct Run {
     RunningComponent fComponent;
 };
 
-// The one that runs, or null: one that its host has stopped counts for nothing, and what still
-// holds it finds that out by itself. Takes the lock: a share that is let go of takes it too.
+// The running component, or null. A component that its host has stopped does not count; its
+// remaining users detect that themselves. Releases gLock before it drops the reference, since
+// dropping the last one takes gLock too.
 std::shared_ptr<RunningComponent> FindRunning() {
     std::shared_ptr<RunningComponent> running;
     {
@@ -135,13 +137,13 @@ std::shared_ptr<RunningComponent> FindRunning() {
     return isGone ? nullptr : running;
 }
 
-// Starts the component at a path, or takes the one behind a lookup. REQUIRES: the calls lock, and
-// that none runs.
+// Starts the component at a path, or attaches to the one behind a lookup. REQUIRES: the calls lock
+// is held, and no component is running.
 template <class From>
 std::shared_ptr<RunningComponent> Make(From const& from) {
     std::lock_guard const guard(gLock);
     if (gUnstopped != nullptr) {
-        // Its last holder waits for the calls lock to stop it.
+        // The thread that released the last reference waits for the calls lock to stop it.
         gUnstopped->Stop();
     }
     auto const run = std::make_shared<Run>(from);
@@ -156,7 +158,7 @@ std::shared_ptr<RunningComponent> RunningComponent::Shared() {
     if (auto running = FindRunning()) {
         return running;
     }
-    // Never released: what a program does again and again would start it each time.
+    // Never released: repeated calls would otherwise start and stop the component each time.
     static auto& kept = *new std::shared_ptr<RunningComponent>;
     std::shared_ptr<RunningComponent> former;
     CallsLock calls;
@@ -200,13 +202,14 @@ bool RunningComponent::HasStopped() const noexcept {
 void* RunningComponent::FindSymbol(char const* name) const {
     void* const symbol = fModule == nullptr ? nullptr : dlsym(fModule.get(), name);
     if (symbol == nullptr) {
-        throw Error(Fault::kComponent, fPath + " is no settings component: it has no " + name);
+        throw Error(Fault::kComponent, fPath + " is not a settings component: it has no " + name);
     }
     return symbol;
 }
 
-// Also a start that failed has to be undone before the component can be started again. For that it
-// must have found the procedure that undoes it, which a runtime without memory may not give.
+// Starts the component. A start that failed must be undone by terminate before the next one. For
+// that the component needs BIBUnregisterInterface, which a runtime without memory may not return;
+// so this is looked up first.
 void RunningComponent::Initialize() {
     auto const terminate = Find<decltype(&PDFSettingsTerminate)>("PDFSettingsTerminate");
     auto const initialize = Find<decltype(&PDFSettingsInitialize)>("PDFSettingsInitialize");
@@ -216,7 +219,8 @@ void RunningComponent::Initialize() {
     if (fLookup("BIB", "BIBUnregisterInterface", "BIBUnregisterInterface") == nullptr) {
         throw std::bad_alloc();
     }
-    // Somebody else's component is not stopped below because it cannot be started twice.
+    // Tested before the start: a failed second start would be undone below, and that would stop the
+    // other component.
     if (IsRegistered(fLookup)) {
         ThrowInUse();
     }
@@ -267,12 +271,12 @@ void CallsLock::unlock() noexcept {
 Turn::Turn(std::shared_ptr<RunningComponent> running, Use use)
     : fRunning(std::move(running)),
       fAlone(fCalls, std::defer_lock) {
-    // A host may stop its component whenever it has the lock.
+    // A host may stop its component at any time when it has the lock.
     if (use == Use::kAlone || fRunning->IsHosts() ||
         fRunning->fListedAt != UnregisterCount(fRunning->fLookup)) {
         fAlone.lock();
     }
-    // In this order, as a stop takes both.
+    // The same lock order as in StopAtExit.
     if (gHeld != fRunning.get()) {
         fAlive = std::shared_lock(fRunning->fAlive);
     }
@@ -311,8 +315,8 @@ void Turn::NoteList() noexcept {
 
 namespace pdfsettings {
 
-// The folder of the runtime's library is asked of the loader, since a search on behalf of this code
-// would depend on how the program was linked.
+// Asks the loader for the folder of the runtime's library: the search path of this library would
+// depend on how the program was linked.
 std::filesystem::path Component::DefaultPath() {
     std::filesystem::path name = "libPDFSettings.so";
     Dl_info runtime{};

@@ -29,19 +29,19 @@ std::string Without(std::string_view blanks, std::string const& text) {
     return end == std::string::npos ? std::string() : text.substr(begin, end + 1 - begin);
 }
 
-// "; did you mean …?" or nothing.
+// "; did you mean …?", or empty.
 std::string MeantText(std::string const& word, std::vector<std::string> const& choices) {
     std::string const meant = detail::Nearest(word, choices);
     return meant.empty() || meant == word ? "" : "; did you mean " + meant + "?";
 }
 
-// Why a folder cannot be used for settings; empty for one that can.
+// Why a folder cannot be used for settings; empty if it can.
 std::string FolderProblem(std::filesystem::path const& folder) {
     if (access(folder.c_str(), R_OK | X_OK) != 0) {
         return std::generic_category().message(errno);
     }
     std::error_code error;
-    return std::filesystem::is_directory(folder, error) ? "" : "it is no folder";
+    return std::filesystem::is_directory(folder, error) ? "" : "it is not a folder";
 }
 
 void AddNamesIn(std::filesystem::path const& folder, std::vector<std::string>& names) {
@@ -55,7 +55,7 @@ void AddNamesIn(std::filesystem::path const& folder, std::vector<std::string>& n
     }
 }
 
-// The names of the settings in both folders, without the extension.
+// The names of the settings in both folders, without extension.
 std::vector<std::string> OwnNames() {
     std::vector<std::string> names;
     for (auto const& folder : {AdministratorFolder(), UserFolder()}) {
@@ -90,7 +90,7 @@ public:
             bool const isReadable = access(fFile.c_str(), R_OK) == 0;
             Add("",
                 isReadable
-                    ? "it is no property list in XML with a <dict> as its root, and has no effect"
+                    ? "it is not an XML property list with a <dict> as its root, and has no effect"
                     : std::generic_category().message(errno) + ", and so it has no effect");
             return;
         }
@@ -140,7 +140,7 @@ private:
         }
     }
 
-    // The dictionary of applications under key, if there is one.
+    // The dictionary of applications under key; null if there is none.
     PropertyValue const* Applications(PropertyValue const& list, char const* key) {
         PropertyValue const* const value = list.Find(key);
         if (value != nullptr && !value->IsDictionary()) {
@@ -150,7 +150,7 @@ private:
         return value;
     }
 
-    // An application is named as elsewhere in the list.
+    // Tests whether an application is named elsewhere in the list too.
     void
     CheckApplication(std::string const& key, std::string const& name, PropertyValue const* others) {
         std::vector<std::string> const known = KeysOf(others);
@@ -203,7 +203,7 @@ private:
         } else if (isNearlyZero && value.fText != "0") {
             Add(key, "only 0 without blanks hides: write <string>0</string>");
         }
-        // The slash speaks for the whole application.
+        // "/" stands for all settings of the application.
         if (file != "/") {
             CheckFile(key, file);
         }
@@ -233,7 +233,7 @@ private:
                 i + 1 < names.size() ? &names[i + 1].fValue : nullptr;
             std::string const path = key + "/" + std::to_string(i);
             if (!file.IsString() || (shown != nullptr && !shown->IsString())) {
-                Add(path, "an element that is no <string> ends the list: names come in pairs");
+                Add(path, "an element that is not a <string> ends the array: names come in pairs");
                 return;
             }
             if (shown == nullptr) {

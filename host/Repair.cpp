@@ -18,7 +18,7 @@ namespace pdfsettings {
 
 namespace {
 
-// Each attempt reads the text again, so that one of nothing but mistakes must not take for ever.
+// Each attempt reads the whole text again. This limits the time for a text with very many mistakes.
 constexpr std::size_t kMostBytesRead = std::size_t{4} << 20;
 
 constexpr std::string_view kMark8 = "\xEF\xBB\xBF";
@@ -46,7 +46,8 @@ std::string_view BytesOf(Document const& document, Span span) {
     return std::string_view(document.Text()).substr(span.begin, span.Size());
 }
 
-// The text of bytes in UTF-16, which its first two bytes show, in UTF-8; nothing for other bytes.
+// The text of bytes in UTF-16, converted to UTF-8; nothing if the first two bytes do not look like
+// UTF-16.
 std::optional<std::string> FromUtf16(std::string_view bytes) {
     bool const isMarked = bytes.starts_with("\xFE\xFF") || bytes.starts_with("\xFF\xFE");
     bool const isWide = bytes.size() > 1 && (bytes[0] == '\0') != (bytes[1] == '\0');
@@ -73,7 +74,7 @@ bool IsElement(DocumentEntry const& entry) noexcept {
     return entry.key.Size() == 0;
 }
 
-// Where an entry stands; entries are entered in their order, from any setting on.
+// The path of an entry. Enter is called for all entries in order, starting at any setting.
 class EntryPath {
 public:
     explicit EntryPath(Document const& document) : fDocument(document) {}
@@ -94,7 +95,7 @@ public:
         return path;
     }
 
-    // What closes all that is open behind the entry.
+    // The closing brackets of everything that is open after the entry, and the end of the settings.
     std::string Closers() const {
         std::string closers;
         for (std::size_t i = fLevels.size() - 1; i > 1; --i) {
@@ -106,7 +107,7 @@ public:
 private:
     struct Level {
         std::string fPart;
-        std::size_t fCount = 0; // of the elements so far
+        std::size_t fCount = 0; // of elements so far
         bool fIsElement = false;
     };
 
@@ -137,7 +138,7 @@ std::size_t CountFindings(Document const& document, std::string_view id) {
         document.Findings(), [id](Finding const& finding) { return finding.Id() == id; }));
 }
 
-// What a token that is no value may stand for.
+// The values that an invalid token may have been meant to be.
 std::vector<std::string> ReadingsOfUnknown(std::string_view token) {
     std::string small(token);
     std::ranges::transform(small, small.begin(), [](char c) {
@@ -160,7 +161,7 @@ std::vector<std::string> ReadingsOfUnknown(std::string_view token) {
     return readings;
 }
 
-// A number with a comma for its point. Three digits behind the comma may be thousands.
+// A number with a comma in place of the point. A comma before three digits may separate thousands.
 std::vector<std::string> ReadingsOfStuck(std::string_view token) {
     std::size_t const comma = token.find(',');
     if (comma == std::string_view::npos) {
@@ -211,7 +212,7 @@ private:
         }
     }
 
-    // Which bytes another character in a value would be, nothing tells.
+    // UTF-16 does not determine which bytes a non-ASCII character in a value should become.
     static bool HasAsciiValues(Document const& document) {
         return IsAscii(document.Text()) ||
                (document.WhyRefused() == Refusal::kNone && IsAscii(document.Tail()) &&
@@ -221,7 +222,8 @@ private:
                 }));
     }
 
-    // Repairs the first finding at or behind from that can be; the place behind it.
+    // Repairs the first finding at from or later that can be repaired. Returns the offset after the
+    // repair.
     std::optional<std::size_t> RepairNext(std::size_t from) {
         Findings const findings = fDocument.Findings();
         for (Finding const& finding : findings) {
@@ -250,7 +252,8 @@ private:
         return std::nullopt;
     }
 
-    // Writes the only one of readings that is accepted in place of span; the place behind it.
+    // If exactly one of readings is accepted, writes it in place of span. Returns the offset after
+    // it.
     std::optional<std::size_t>
     UseOnly(std::vector<std::string> const& readings, Finding const& finding, Span span) {
         std::vector<std::string> accepted;
@@ -267,7 +270,7 @@ private:
         return span.begin + accepted[0].size();
     }
 
-    // Whether the schema accepts what was written in changed, and nothing is found in it.
+    // Whether the schema accepts the new value in changed, and there is no finding about it.
     bool
     IsAccepted(std::optional<Document> const& changed, Span written, Finding const& finding) const {
         auto const found = changed ? EntryAt(*changed, written.begin) : std::nullopt;
@@ -293,7 +296,7 @@ private:
                (IsElement(entry) && fSchema.Find(format::ParentPath(path)) != nullptr);
     }
 
-    // A text that breaks off behind whole settings: what is missing is the end, or a part of it.
+    // Completes a text that ends after complete settings: adds the end, or the missing part of it.
     void RepairEnd() {
         bool const isBalanced = CountFindings(fDocument, "keyword") > 0;
         if (!isBalanced && CountFindings(fDocument, "unclosed") == 0) {
@@ -314,8 +317,8 @@ private:
         }
     }
 
-    // What may be missing behind the last byte that is no blank. An entry may be cut short where
-    // nothing ends it.
+    // The ends that may be missing after the last byte that is not a blank. The last entry may be
+    // cut short if nothing terminates it.
     std::vector<std::string> MissingEnds() const {
         std::string_view const text = fDocument.Text();
         std::string_view const cut = WithoutBlanksBehind(text);
@@ -339,7 +342,8 @@ private:
         return ends;
     }
 
-    // Whether what stands in the last setting cannot have been meant to stand behind it.
+    // Whether the entries nested in the last setting certainly belong to it, and not to the top
+    // level.
     bool IsLastNestedForSure(Document const& document) const {
         auto const entries = document.Entries();
         auto const last = std::find_if(
@@ -355,7 +359,7 @@ private:
         });
     }
 
-    // The document with text in place of span; nothing once enough was tried.
+    // The document with text in place of span; nothing if too much has been read already.
     std::optional<Document> Replaced(Span span, std::string_view text) {
         std::string changed = fDocument.Text();
         changed.replace(span.begin, span.Size(), text);
@@ -373,7 +377,7 @@ private:
         fAdded += text.size();
     }
 
-    // All that was changed before stands to the left of span.
+    // All earlier repairs are before span.
     void Note(char const* id, Span span, std::string message) {
         Span const before{span.begin + fRemoved - fAdded, span.end + fRemoved - fAdded};
         fRepairs.push_back(
@@ -384,7 +388,7 @@ private:
     Document fDocument;
     Schema const& fSchema;
     std::size_t fRead = 0;
-    std::size_t fRemoved = 0; // bytes, and so many were written for them
+    std::size_t fRemoved = 0; // bytes removed so far, and bytes written in their place
     std::size_t fAdded = 0;
     std::vector<Finding> fRepairs;
 };

@@ -13,13 +13,13 @@ namespace pdfsettings {
 
 namespace {
 
-// So many findings of one kind come with a hint, and of a longer path the end is what counts.
+// The maximum number of suggestions for unknown keys. Of a longer path only the end is shown.
 constexpr std::size_t kMostHints = 100;
 constexpr std::size_t kLongestPath = 1000;
 
-// A dictionary or an array on the way to an entry.
+// A dictionary or array on the path to an entry.
 struct Level {
-    bool fIsNamed = true; // whether the schema names anything in it
+    bool fIsNamed = true; // whether the schema has rules for its contents
     std::string fPath;
     std::size_t fCount = 0;
 };
@@ -34,14 +34,14 @@ public:
     std::vector<Finding> Run() {
         for (DocumentEntry const& entry : fDocument.Entries()) {
             fLevels.resize(entry.depth + 1);
-            // Nothing is said, and no path is kept, of what lies below an unknown setting.
+            // Nothing is reported about settings inside an unknown one.
             fLevels.push_back(fLevels.back().fIsNamed ? Visit(entry) : Level{false, "", 0});
         }
         return std::move(fFound);
     }
 
 private:
-    // Looks at an entry; the level that it opens if it holds others.
+    // Examines an entry. Returns the level for entries nested in it.
     Level Visit(DocumentEntry const& entry) {
         Level& parent = fLevels.back();
         bool const isElement = entry.key.Size() == 0;

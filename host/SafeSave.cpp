@@ -36,9 +36,13 @@ bool Move(Target const& target, std::string const& name, unsigned flags) {
     return renameat2(folder, name.c_str(), folder, target.name.c_str(), flags) == 0;
 }
 
-// Lets a new file take the place of an old one, which is deleted only when nothing can be lost by
-// that: the two are exchanged, and then the old one can be looked at where nobody else
-// finds it any more.
+// Puts a new file in the place of an old one without losing a change of another program. The two
+// are exchanged in one step, so both names always have a whole file. The old file then has the
+// hidden name, where no other program finds it, and can be checked once more: if no program has it
+// open for writing and it is as it was read, it is deleted. Otherwise the two are exchanged back,
+// and the save waits for the writer or fails with a conflict. If the new file was also changed
+// meanwhile, both versions are kept, and the error names the hidden file. Where files cannot be
+// exchanged, the old file is checked and then replaced.
 class Exchange {
 public:
     Exchange(Target const& target, SeenFile const& oldFile, HiddenFile& newFile, Warnings* warnings)
@@ -56,9 +60,10 @@ public:
     }
 
 private:
-    // False when a program has the old file open for writing, which then is in its place again.
+    // False if a program has the old file open for writing; the old file is then in its place
+    // again.
     bool Attempt() {
-        if (!fOld.StandsAt(fTarget.folder, fTarget.name)) {
+        if (!fOld.IsAt(fTarget.folder, fTarget.name)) {
             ThrowConflict();
         }
         if (!Move(fTarget, fNew.Name(), RENAME_EXCHANGE)) {
@@ -67,7 +72,7 @@ private:
         fNew.SetKept(/*isKept=*/true);
         if (IsOldFileWhole()) {
             if (unlinkat(fTarget.folder.Number(), fNew.Name().c_str(), 0) != 0) {
-                fWarnings->push_back("what it held before is still there as " + fNew.Name());
+                fWarnings->push_back("its old content is still there as " + fNew.Name());
             }
             return true;
         }
@@ -78,7 +83,7 @@ private:
         return false;
     }
 
-    // Where two files cannot be exchanged, what was compared a moment ago must do.
+    // Without an exchange, the check just before this is the best possible.
     bool ReplaceAtOnce() {
         if (errno == ENOENT) {
             ThrowConflict();
@@ -90,26 +95,25 @@ private:
         return true;
     }
 
-    // After the exchange: a program that opened the old file before may still write to it.
+    // Checked after the exchange: a program that opened the old file earlier may still write to it.
     bool IsOldFileWhole() {
         try {
             fHasWriter = fOld.HasWriter();
-            return !fHasWriter && fOld.StandsAt(fTarget.folder, fNew.Name());
+            return !fHasWriter && fOld.IsAt(fTarget.folder, fNew.Name());
         } catch (...) {
             TakeBack();
             throw;
         }
     }
 
-    // Puts what was found in the old file's place back there. Somebody may have written to the new
-    // file meanwhile, or replaced it: then what came out now is theirs and stays.
+    // Exchanges the two files back. If another program meanwhile wrote to the new file or replaced
+    // it, the file under the hidden name is that program's, and stays.
     void TakeBack() {
         bool const isBack = Move(fTarget, fNew.Name(), RENAME_EXCHANGE);
-        if (!isBack || fNew.Seen().HasWriter() ||
-            !fNew.Seen().StandsAt(fTarget.folder, fNew.Name())) {
+        if (!isBack || fNew.Seen().HasWriter() || !fNew.Seen().IsAt(fTarget.folder, fNew.Name())) {
             throw Error(
                 Fault::kConflict,
-                "changed since it was read, and again meanwhile: what it held is kept as " +
+                "changed since it was read, and again meanwhile: its old content is kept as " +
                     fNew.Name() + " in its folder");
         }
         fNew.SetKept(/*isKept=*/false);
@@ -122,8 +126,8 @@ private:
     bool fHasWriter = false;
 };
 
-// Gives a new file the target's name, which nothing has. Not every file system can refuse to
-// replace, and not every one has hard links.
+// Renames a new file to the target's name, which must not exist. Some file systems cannot rename
+// without replacing, and some have no hard links.
 void TakeFreeName(Target const& target, HiddenFile& file) {
     int const folder = target.folder.Number();
     struct stat status {};
@@ -142,8 +146,19 @@ void TakeFreeName(Target const& target, HiddenFile& file) {
     file.SetKept(/*isKept=*/true);
 }
 
-// Makes bytes the contents of the target, under the lock on its folder. seen is what is to stand
-// there now, or null where that does not matter. REQUIRES: target is no stream.
+// Makes bytes the contents of the target. seen: the bytes that the file must have now (none: no
+// file); null to skip this test. REQUIRES: target is not a stream.
+//
+// The folder is locked, so that programs with this library save one after another. The old file is
+// opened once; its bytes, permissions and identity come from this descriptor, and the bytes are
+// compared with seen. The new bytes are written to a hidden temporary file in the same folder,
+// which gets the old file's owner, permissions and attributes (fewer if need be, never more) and is
+// flushed. The two files are then exchanged (Exchange). Without an old file, the temporary file is
+// renamed to the target's name, unless this name is now in use. Finally, hidden files of
+// interrupted saves are removed and the folder is flushed. Links were resolved before, by
+// FindTarget: all steps use the descriptor of the folder, so a link or folder that is replaced on
+// the path cannot redirect the save. If a step fails, the target has either the old bytes or the
+// new ones.
 Warnings Replace(
     Target const& target,
     std::string_view bytes,
@@ -169,8 +184,8 @@ Warnings Replace(
     } else {
         TakeFreeName(target, file);
     }
-    // Only now: before, a leftover could be the only copy of these bytes. Where the lock does not
-    // keep all others out, one may belong to a save that goes on.
+    // Only after the save, since a leftover could have been the only copy of these bytes. Without a
+    // full lock, a leftover may belong to a save that is still running, so none is removed.
     std::vector<std::string> ours;
     if (lock.Warning().empty()) {
         ours.emplace_back(bytes);
@@ -179,16 +194,14 @@ Warnings Replace(
         }
     }
     RemoveLeftovers(target.folder, ours, &warnings);
-    // A folder that may not be read has its warning already, and not every file system flushes
-    // folders.
+    // A folder that cannot be read has its warning already. Some file systems cannot flush folders.
     if (target.isReadable && fsync(target.folder.Number()) != 0 && !IsUnsupported(errno)) {
-        warnings.emplace_back(
-            "its folder could not be flushed, so a power failure may undo the save");
+        warnings.emplace_back("its folder could not be flushed: a power failure may undo the save");
     }
     return warnings;
 }
 
-// What is no file holds nothing that could be lost, and must stay what it is.
+// A stream has no contents that could be lost, and is never replaced.
 Warnings WriteStream(Descriptor const& stream, std::string_view bytes) {
     if (!IsNullDevice(StatusOf(stream))) {
         WriteAll(stream, bytes);
@@ -206,7 +219,7 @@ SaveWarnings SaveAt(
                           : Replace(target, bytes, seen, saving));
 }
 
-// What is no file is not opened at all: a device may start its work.
+// Tests the type before opening the file: opening a device may start an operation.
 Descriptor OpenForReading(std::string const& path) {
     struct stat status {};
     if (stat(path.c_str(), &status) == 0 && !IsNullDevice(status)) {
@@ -233,7 +246,7 @@ std::string ReadWhole(std::string const& path) {
     return ReadAll(file);
 }
 
-// What work gives. Its errors name the file.
+// The result of work. Adds the file to its errors.
 template <class Work>
 auto On(FilePath const& path, Work work) {
     try {
@@ -311,7 +324,7 @@ struct FileLock::State {
     FilePath fPath;
     std::chrono::milliseconds fWait;
     Target fTarget;
-    std::optional<FolderLock> fLock; // ends before the folder is closed
+    std::optional<FolderLock> fLock; // unlocks before fTarget closes the folder
     std::optional<std::string> fBytes;
 };
 

@@ -46,10 +46,10 @@ using detail::Tables;
 constexpr char kRootStructure[] = "PDFSettings";
 constexpr char kOptional[] = "optional";
 
-// The checks that the component registers when it validates settings.
+// The checks that the component registers to validate settings.
 constexpr char const* kChecks[] = {"CompatibilityLevelParams", "ImageDepthParams"};
 
-// The runtime's tables, which are all that a schema needs.
+// A schema needs only the runtime, not the component.
 Tables const& RuntimeTables() {
     static Tables const kTables(&BIBRuntimeLookup);
     return kTables;
@@ -67,12 +67,12 @@ Finding ProblemAt(std::string const& text, std::string const& path, std::string 
     return MakeProblem(path, std::move(message), {line, column});
 }
 
-// What stops the reading of a schema. Never leaves this file.
+// Stops the reading of a schema. Never leaves this file.
 struct Unusable {
     std::vector<Finding> fProblems;
 };
 
-// Takes the place from the front of the runtime's message.
+// Moves the position at the beginning of the runtime's message into the finding.
 Finding ParseProblem(std::string message) {
     unsigned long line = 1;
     unsigned long column = 1;
@@ -100,7 +100,7 @@ Ref<POSDict> ReadDict(Tables const& tables, std::string const& text) {
     return detail::Share(tables, reinterpret_cast<POSDict*>(value));
 }
 
-// The messages of the validation that runs on this thread.
+// The messages of the current validation on this thread.
 thread_local std::vector<std::string>* gMessages = nullptr;
 
 void KeepMessage(char const* message) {
@@ -131,16 +131,16 @@ std::vector<std::string> ValidateSchema(Tables const& tables, POSDict* schema) {
     return messages;
 }
 
-// Nobody reads more at once, and each is looked for in the whole text.
-constexpr std::size_t kMostFaults = 100;
+// A limit for readers, and for time: each position is searched for in the whole text.
+constexpr std::size_t kMostProblems = 100;
 
-// A message is the path in the schema, a space, and the text.
+// A message is the path in the schema, a blank and the text.
 std::vector<Finding>
 LocateMessages(std::string const& text, std::vector<std::string> const& messages) {
     std::vector<Finding> problems;
     for (std::string const& message : messages) {
-        if (problems.size() == kMostFaults) {
-            std::size_t const rest = messages.size() - kMostFaults;
+        if (problems.size() == kMostProblems) {
+            std::size_t const rest = messages.size() - kMostProblems;
             problems.push_back(MakeProblem("", "and " + std::to_string(rest) + " more", Place()));
             break;
         }
@@ -153,7 +153,7 @@ LocateMessages(std::string const& text, std::vector<std::string> const& messages
     return problems;
 }
 
-// What the component wants of a schema beyond the language.
+// What the component requires of a schema beyond the language.
 std::vector<Finding> FindMissing(std::string const& text, Dictionary const& structures) {
     Value const* const root = structures.FindKey(kRootStructure);
     if (root == nullptr) {
@@ -168,7 +168,7 @@ std::vector<Finding> FindMissing(std::string const& text, Dictionary const& stru
     return {};
 }
 
-// What people write has tens of rules, in two or three levels.
+// Schemas in practice have tens of rules, on two or three levels.
 constexpr std::size_t kDeepest = 100;
 constexpr std::size_t kMostRules = 10000;
 constexpr std::size_t kMostBytes = std::size_t{16} << 20;
@@ -183,13 +183,13 @@ std::string TextOf(Value const* value) {
     return name ? name->text : std::string();
 }
 
-// The word that a rule names its kind by, whichever of the two forms it has.
+// The word for the kind of value of a rule, in either of its two forms.
 std::string KindOf(Value const& rule) {
     auto const dictionary = rule.If<Dictionary>();
     return TextOf(dictionary ? dictionary->FindKey("type") : &rule);
 }
 
-// A schema writes strings as words: the notation has no other form for text.
+// A schema writes strings as words, since the notation has no other form for them.
 Value AsSetting(Value const& value, std::string const& kind) {
     auto const word = value.If<Name>();
     if (!word || (kind != "string" && kind != "hexstring")) {
@@ -217,7 +217,7 @@ void ReadDetails(Dictionary const& rule, RuleData& setting) {
     }
 }
 
-// About as many bytes as a rule takes, whose values may be nested.
+// The approximate size of a rule in bytes; its values may be nested.
 std::size_t SizeOf(Value const& rule) {
     constexpr std::size_t kOfValue = 64;
     std::size_t size = 0;
@@ -242,7 +242,7 @@ bool IsUpper(char letter) noexcept {
     return letter >= 'A' && letter <= 'Z';
 }
 
-// "Color image resolution" of "ColorImageResolution"; capitals in a row stay: "Cal RGB profile".
+// "Color image resolution" from "ColorImageResolution"; a run of capitals stays: "Cal RGB profile".
 std::string LabelOf(std::string_view key) {
     std::string label;
     for (std::size_t i = 0; i < key.size(); ++i) {
@@ -261,7 +261,7 @@ struct Group {
     std::vector<std::string> fSettings;
 };
 
-// Those of a schema that ValidateSchema has passed.
+// The groups of a schema without problems.
 std::vector<Group> ReadGroups(Dictionary const& structures) {
     std::vector<Group> groups;
     Value const* const entry = structures.FindKey("groups");
@@ -277,9 +277,9 @@ std::vector<Group> ReadGroups(Dictionary const& structures) {
     return groups;
 }
 
-// Lists the settings that the structures of a schema describe, with a path of the structures that
-// it is in. A text of a few lines may name more than any memory holds, so there are limits of depth
-// and number.
+// Lists the settings that the structures of a schema describe, and tracks the structures around the
+// current one. Depth and number are limited: a schema of a few lines can describe more settings
+// than fit into memory.
 class Lister {
 public:
     Lister(std::string const& text, Dictionary const& structures)
@@ -347,7 +347,7 @@ private:
         throw Unusable{{ProblemAt(fText, structure, structure + ": " + reason)}};
     }
 
-    // The name of a structure says nothing outside the schema.
+    // The name of a structure has no meaning outside the schema.
     std::string PlainKind(std::string const& kind) const {
         return fStructures.FindKey(kind) == nullptr ? kind : "dictionary";
     }
@@ -411,7 +411,7 @@ std::optional<Kind> KindNamed(std::string_view name) {
     return std::nullopt;
 }
 
-// What values of a kind look like in a file.
+// How values of a kind are written in a file.
 std::string FormOf(std::string_view kind) {
     constexpr std::pair<std::string_view, char const*> kForms[] = {
         {"boolean", "true or false"},
@@ -513,7 +513,7 @@ struct Schema::Data {
         }
     }
 
-    // The settings of a dictionary, in the schema's order, and to be found among thousands.
+    // The settings of a dictionary, in the schema's order, and as a set for fast search.
     struct Names {
         std::vector<std::string> fInOrder;
         std::unordered_set<std::string> fAll;
@@ -526,14 +526,14 @@ struct Schema::Data {
         names.fAll.insert(name);
     }
 
-    // Those beside a setting; null where the schema names none.
+    // The names beside a setting; null if the schema has none.
     Names const* NamesBeside(std::string_view path) const {
         auto const names = fNames.find(format::RulePath(format::ParentPath(path)));
         return names == fNames.end() ? nullptr : &names->second;
     }
 
-    // The rule for the rest of a path below that of a dictionary or array: a part is a key, or else
-    // the position of an element.
+    // The rule for rest, a path below parent. Each part is a key, or else the position of an
+    // element.
     Rule const* Match(std::string const& parent, std::string_view rest) const {
         std::string_view const part = format::FirstPart(rest);
         std::string const prefix = parent.empty() ? parent : parent + "/";

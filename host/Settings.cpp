@@ -26,7 +26,7 @@ Document Read(std::string text) {
     return document;
 }
 
-// The same for the bytes of a file, which the error names.
+// As above, for the bytes of a file; the error has the file.
 Document Read(std::string bytes, FilePath const& file) {
     try {
         return Read(std::move(bytes));
@@ -35,9 +35,9 @@ Document Read(std::string bytes, FilePath const& file) {
     }
 }
 
-// Says which of values cannot be written, alone or behind those before it.
+// Throws an error with the first of values that cannot be written, alone or after those before it.
 [[noreturn]] void ThrowUnwritable(Dictionary const& values) {
-    // Each takes as much time as all before it.
+    // The time for each is linear in the size of those before it.
     constexpr std::size_t kMostTogether = 1000;
     Document document{std::string()};
     for (auto const& [key, value] : values) {
@@ -63,7 +63,7 @@ struct Settings::State {
           fSchema(schema),
           fSaved(fDocument.Text()) {}
 
-    // The file that they are bound to.
+    // Binds the settings to a file.
     void Bind(FilePath const& file, std::optional<std::string> bytes) {
         fFile = std::filesystem::absolute(file);
         fSeen = std::move(bytes);
@@ -73,8 +73,8 @@ struct Settings::State {
     Document fDocument;
     Schema fSchema;
     FilePath fFile;
-    std::optional<std::string> fSeen; // what the file held when it was read or saved last
-    std::string fSaved;               // the text without changes
+    std::optional<std::string> fSeen; // the file's bytes when last read or saved
+    std::string fSaved;               // the text that counts as unmodified
 };
 
 Settings::Settings(std::shared_ptr<State> state) noexcept : fState(std::move(state)) {}
@@ -82,7 +82,7 @@ Settings::Settings(Settings const& other) : fState(std::make_shared<State>(*othe
 Settings::Settings(Settings&&) noexcept = default;
 Settings::~Settings() = default;
 
-// In place, so that an edit that began before finds out.
+// Assigns to the State in place, so that an edit begun before detects the change.
 Settings& Settings::operator=(Settings const& other) {
     if (this != &other) {
         *this = Settings(other);
@@ -125,7 +125,7 @@ Settings Settings::Parse(std::string_view text, Schema const& schema) {
 }
 
 Settings Settings::From(Dictionary const& values, std::string_view tail, Schema const& schema) {
-    // Settings without an entry must have nothing between their brackets.
+    // Settings without entries must have nothing between their brackets.
     std::string text = values.empty() ? "<<" : "<<\n";
     for (auto const& [key, value] : values) {
         text += "  /" + key + " " + value.Text() + "\n";
@@ -246,7 +246,7 @@ SaveWarnings Settings::Save(OnConflict onConflict, std::chrono::milliseconds wai
 SaveWarnings
 Settings::SaveAs(FilePath const& file, OnConflict onConflict, std::chrono::milliseconds wait) {
     if (onConflict == OnConflict::kRefuse && LookAt(file, wait)) {
-        throw Error(Fault::kConflict, "there is such a file already", file);
+        throw Error(Fault::kConflict, "the file exists already", file);
     }
     auto warnings = SaveSafely(file, Text(), std::nullopt, onConflict, wait);
     if (!IsStream(file)) {
@@ -277,7 +277,7 @@ struct Settings::Edit::State {
           fBase(fSettings->fDocument),
           fResult(fBase) {}
 
-    // What the schema rejects now and did not before.
+    // What the schema rejects now and did not reject before.
     std::vector<Finding> Check() const {
         Schema const& schema = fSettings->fSchema;
         auto after = detail::Validate(fResult, schema);
@@ -292,7 +292,7 @@ struct Settings::Edit::State {
     std::shared_ptr<Settings::State> fSettings;
     Document fBase; // as the settings were when the edit began
     Document fResult;
-    std::vector<std::string> fRemovedElements; // of arrays, by their paths, in their order
+    std::vector<std::string> fRemovedElements; // elements of arrays, by path, in order
 };
 
 Settings::Edit Settings::Change() & {
@@ -310,7 +310,7 @@ Settings::Edit& Settings::Edit::Set(std::string_view path, Value const& value) {
 
 namespace {
 
-// The name that text would be with a slash and the right capitals; empty for none.
+// The name that text would be with a slash and the right case; empty if there is none.
 std::string NameMeant(Rule const* rule, std::string const& text) {
     bool const isForName = rule == nullptr || rule->What() == Kind::kName;
     bool const isWord =
@@ -333,7 +333,7 @@ std::string NameMeant(Rule const* rule, std::string const& text) {
     return {};
 }
 
-// Says what the schema expects in place of a text that is no value.
+// Throws an error that says what the schema expects in place of text, which is not a value.
 [[noreturn]] void
 ThrowNoValue(Schema const& schema, std::string_view path, std::string const& text) {
     Rule const* const rule = schema.Find(path);

@@ -55,7 +55,7 @@ std::string ToUtf8(std::u16string_view units) {
     try {
         utf8::utf16to8(units.begin(), units.end(), std::back_inserter(text));
     } catch (utf8::exception const&) {
-        throw Error(Fault::kComponent, "a name of settings is no UTF-16");
+        throw Error(Fault::kComponent, "a name of settings is not UTF-16");
     }
     return text;
 }
@@ -63,8 +63,8 @@ std::string ToUtf8(std::u16string_view units) {
 // From 1904-01-01 to 1970-01-01: 66 years with 17 leap days.
 constexpr std::int64_t kSecondsToUnixEpoch = (66LL * 365 + 17) * 24 * 60 * 60;
 
-// The date as the file service stores it: 16 high and 32 low bits of seconds since 1904, where
-// times before lie at the top.
+// The date in the format of the file service: seconds since 1904 in 16 high and 32 low bits.
+// Earlier times have the highest values.
 std::chrono::sys_seconds TimeOf(std::string_view date) {
     std::uint16_t high = 0;
     std::uint32_t low = 0;
@@ -78,7 +78,7 @@ std::chrono::sys_seconds TimeOf(std::string_view date) {
     return std::chrono::sys_seconds(std::chrono::seconds(seconds - kSecondsToUnixEpoch));
 }
 
-// The name under which a file would be shown without a display name.
+// The name of a file that has no display name.
 std::string OwnName(std::string const& fileName) {
     bool const hasExtension =
         fileName.size() > format::kExtension.size() && fileName.ends_with(format::kExtension);
@@ -86,7 +86,7 @@ std::string OwnName(std::string const& fileName) {
                         : fileName;
 }
 
-// Whether its owner may write a file, and whether nobody may.
+// Whether the owner may write a file, and whether it is locked for all users.
 struct Rights {
     bool fMayOwnerWrite = true;
     bool fIsLocked = false;
@@ -110,7 +110,8 @@ std::vector<std::string> ReasonsFor(ListedData const& settings) {
     if (isAdmins) {
         reasons.emplace_back("it lies in the administrator's folder");
     }
-    // A display name may be the file's own name: then there is no other reason.
+    // The display name may be equal to the file name. It is given as the reason if there is no
+    // other.
     bool const hasOther = isAdmins || !rights.fMayOwnerWrite || rights.fIsLocked;
     if (settings.fName != OwnName(settings.fFileName) || !hasOther) {
         reasons.emplace_back("it is shown under a display name");
@@ -124,7 +125,7 @@ std::vector<std::string> ReasonsFor(ListedData const& settings) {
     return reasons;
 }
 
-// The paths of a folder that could be listed. Names that are no UTF-8 are never listed.
+// The paths in a folder that may be listed. File names that are not UTF-8 never are.
 std::vector<std::filesystem::path> SettingsIn(std::filesystem::path const& folder) {
     std::vector<std::filesystem::path> paths;
     std::error_code error;
@@ -143,7 +144,7 @@ std::vector<std::filesystem::path> SettingsIn(std::filesystem::path const& folde
 
 } // namespace
 
-// Makes a list of the component's records.
+// Makes a list from the component's records.
 class detail::ListReader {
 public:
     ListReader(Turn const& turn, ListOptions const& options)
@@ -187,7 +188,7 @@ public:
     }
 
 private:
-    // The files of one folder come in a row.
+    // The files of one folder are consecutive, so the last folder is cached.
     Origin OriginOf(std::filesystem::path const& folder) {
         if (fLastFolder != folder) {
             std::error_code error;
@@ -199,8 +200,7 @@ private:
         return fLastOrigin;
     }
 
-    // Adds the reasons, and the files of both folders that would be listed under a name and are
-    // not.
+    // Adds the reasons, and the files of both folders that have a listed name and are not listed.
     void AddDetails() {
         std::unordered_map<std::string, ListedData*> byName;
         std::set<std::filesystem::path> known;

@@ -16,11 +16,11 @@ namespace pdfsettings::detail {
 
 namespace {
 
-// A file of nothing but findings must not take for ever: so many come with a hint at what was
-// probably meant.
+// Limits the time for a file with very many findings: they get suggestions only if they are fewer
+// than this.
 constexpr std::size_t kMostHints = 100;
 
-// Where settings begin, or would.
+// The beginning of the settings, or the place where they would begin.
 Span BeginOf(Document const& document) {
     std::size_t const body = document.Body() ? document.Body()->begin : 0;
     return {body < 2 ? 0 : body - 2, body};
@@ -36,8 +36,7 @@ std::vector<std::string> AllowedNames(Rule const& rule) {
     return names;
 }
 
-// "; did you mean …?" where the value that is rejected is nearly a name that is allowed; else
-// empty.
+// "; did you mean …?" if the rejected value is similar to an allowed name, else empty.
 std::string NameHint(Document const& document, Schema const& schema, std::string const& path) {
     Rule const* const rule = schema.Find(path);
     Value const* const value = document.Values().Find(path);
@@ -52,7 +51,8 @@ bool HasFinding(Document const& document, std::string_view id) {
         document.Findings(), [id](Finding const& finding) { return finding.Id() == id; });
 }
 
-// What work gives, which has the component read a document. It goes less deep than a document does.
+// The result of work, which lets the component read a document. The component supports less nesting
+// than a document.
 template <class Work>
 auto WithComponent(Document const& document, Work work) {
     Turn const turn;
@@ -133,7 +133,7 @@ WithHints(std::vector<Finding> findings, Document const& document, Schema const&
 
 namespace {
 
-// Where what stood at path stands once an element was removed; nothing for what went with it.
+// The path of a value after an element was removed; nothing if it was in that element.
 std::optional<std::string> Moved(std::string const& path, std::string const& removed) {
     std::string const array = std::string(format::ParentPath(removed)) + "/";
     if (!path.starts_with(array)) {
@@ -181,14 +181,14 @@ bool IsOfNumbers(Difference const& difference) {
            difference.after->What() == Kind::kNumber;
 }
 
-// What the component writes of a document. Throws Error (kUnwritable).
+// What the component writes for a document. Throws Error (kUnwritable).
 std::string WrittenText(Document const& document) {
     return WithComponent(document, [&](Turn const& turn) {
         return ComponentSettings(turn, document.Text()).Text();
     });
 }
 
-// Whether a document gives its settings back when it is written, apart from numbers. A file without
+// Whether the settings read back after the component wrote them, apart from numbers. A file without
 // a tail gets the default one.
 bool ReadsBack(Document const& document) {
     try {
@@ -201,7 +201,7 @@ bool ReadsBack(Document const& document) {
     }
 }
 
-// A setting that alone makes what is written unreadable, if there is one.
+// The key of a setting that makes the written text unreadable even alone, if there is one.
 std::optional<std::string> UnwritableKey(Document const& document) {
     for (auto const& [key, value] : document.Values()) {
         DocumentEntry const* const entry = document.Find(key);
@@ -221,7 +221,7 @@ std::optional<std::string> UnwritableKey(Document const& document) {
     throw Error(Fault::kUnwritable, key + " cannot be written so that it reads back");
 }
 
-// What is read of the text that the component writes of a document. Throws Error (kUnwritable).
+// The text that the component writes for a document, read again. Throws Error (kUnwritable).
 Document Written(Document const& document) {
     std::string reason;
     try {
@@ -255,7 +255,7 @@ std::vector<Finding> RoundedNumbers(Document const& document, Document const& wr
     return findings;
 }
 
-// key: the setting that is to blame, if it is a single one.
+// key: the setting that causes the problem, if it is a single one.
 Finding Unwritable(Document const& document, std::optional<std::string> const& key) {
     DocumentEntry const* const entry = key ? document.Find(*key) : nullptr;
     return MakeFinding(

@@ -25,29 +25,29 @@ using detail::FolderNumber;
 using detail::Notice;
 using std::filesystem::path;
 
-// As the system follows them on the way to one file.
+// The maximum number of links on a path, as in the system.
 constexpr int kMaxLinks = 40;
 
-// A file, or a folder with its settings files.
+// A watched file, or a folder with its settings files.
 struct Target {
     path fPath; // absolute
     bool fIsFolder;
 };
 
-// Why a folder is watched.
+// A reason for watching a folder.
 struct Interest {
-    std::string fName; // an item of it on the way to the target; empty for all its settings files
+    std::string fName; // an item on the path to the target; empty: all its settings files
     std::size_t fTarget;
 };
 
-// What is listed, but for the hidden files that a save puts in its place.
+// The names that are listed, without the hidden files of saves.
 bool IsSettingsFile(std::string_view name) {
     std::size_t const dot = name.rfind('.');
     return dot != 0 && dot != std::string_view::npos &&
            name.substr(dot).starts_with(format::kExtension);
 }
 
-// Where there is no such folder, one that never is.
+// A missing folder is replaced by one that never exists.
 std::vector<path> ListedFolders() {
     std::vector<path> folders{AdministratorFolder(), UserFolder()};
     for (path& folder : folders) {
@@ -71,11 +71,11 @@ struct Watcher::State {
     FolderEvents fEvents;
     std::vector<Target> fTargets;
     std::map<FolderNumber, std::vector<Interest>> fWatched;
-    std::map<FolderNumber, std::vector<Interest>> fOutdated; // while fWatched is made anew
+    std::map<FolderNumber, std::vector<Interest>> fOutdated; // while fWatched is rebuilt
     std::set<path> fChanged;                                 // to be reported
-    bool fIsOutdated = false;                                // fWatched is to be made anew
-    std::vector<path> fPreferences;          // where they say which folders are listed
-    std::vector<std::size_t> fListedFolders; // the targets that these are
+    bool fIsOutdated = false;                                // whether fWatched must be rebuilt
+    std::vector<path> fPreferences;          // the property lists that select the listed folders
+    std::vector<std::size_t> fListedFolders; // indexes in fTargets of the listed folders
 };
 
 void Watcher::State::Add(path const& added, bool isFolder) {
@@ -88,7 +88,7 @@ void Watcher::State::Add(path const& added, bool isFolder) {
     WatchTheWay(fTargets.size() - 1);
 }
 
-// Watches what is now on the ways to all targets, and no longer what was there before.
+// Watches the folders that are now on the paths of all targets, and stops watching all others.
 void Watcher::State::Arm() {
     fOutdated.merge(std::exchange(fWatched, {}));
     for (std::size_t target = 0; target < fTargets.size(); ++target) {
@@ -102,7 +102,7 @@ void Watcher::State::Arm() {
     fIsOutdated = false;
 }
 
-// Each folder is watched before it is looked at: what comes later is reported.
+// Each folder is watched before it is examined, so that no change in between is missed.
 void Watcher::State::WatchTheWay(std::size_t target) {
     Target const& to = fTargets[target];
     std::deque<path> steps(to.fPath.begin(), to.fPath.end());
@@ -182,7 +182,7 @@ void Watcher::State::AddListed() {
     }
 }
 
-// Preferences that changed may lead to other folders.
+// Changed preferences may select other folders.
 void Watcher::State::UpdateListed() {
     bool const haveChanged = std::ranges::any_of(
         fPreferences, [this](path const& file) { return fChanged.contains(file); });

@@ -1,5 +1,5 @@
-// What the administrator of this machine laid down, for the lists that explain it. The component
-// itself reads the same file and acts on it.
+// The administrator's preferences, for lists that explain them. The component reads the same file
+// itself.
 #pragma once
 
 #include <map>
@@ -7,30 +7,29 @@
 
 namespace pdfsettings::detail {
 
-// In a property list: a dictionary of display names by application, and one of what it hides.
+// Keys of the property list: the display names by application, and what is hidden.
 inline constexpr char kDisplayNamesKey[] = "PDFSettings";
 inline constexpr char kShowHideKey[] = "ShowHide";
 
 class AdminPreferences {
 public:
-    // Reads the administrator's property list now. One that is missing or cannot be used lays
-    // nothing down. Throws std::bad_alloc.
+    // Reads the administrator's property list now. A missing or unusable one gives empty
+    // preferences. Throws std::bad_alloc.
     static AdminPreferences Read();
 
-    // The path of the property list; empty where the folder for it is missing.
+    // The path of the property list; empty if its folder is missing.
     std::string const& File() const noexcept { return fFile; }
 
-    // There is such a file, and it counts as missing: it cannot be read, is no property list, or
-    // its root is no dictionary.
+    // Whether the file exists but has no effect: it cannot be read, is not a property list, or its
+    // root is not a dictionary.
     bool IsUnusable() const noexcept { return fIsUnusable; }
 
-    // The administrator's settings folder, absolute, in UTF-8 and without a slash at its end; it
-    // need not exist. Empty where the administrator wants none, and where the folder that the
-    // standard one lies in is missing.
+    // The administrator's settings folder: an absolute path in UTF-8 without a trailing slash. It
+    // may not exist. Empty if the administrator disables it, or if the parent of the default folder
+    // is missing.
     std::string const& SettingsFolder() const noexcept { return fSettingsFolder; }
 
-    // The display names that an application uses, by the files' own names without their extension.
-    // application is UTF-8.
+    // The display names for an application (in UTF-8), by file name without extension.
     std::map<std::string, std::string> DisplayNames(std::string const& application) const;
 
 private:

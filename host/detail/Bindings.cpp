@@ -8,7 +8,7 @@ namespace pdfsettings::detail {
 
 namespace {
 
-// Finds the rows of one interface.
+// Looks up the rows of one interface.
 class Rows {
 public:
     Rows(BIBLookupProc lookup, char const* interfaceName)
@@ -34,7 +34,7 @@ private:
 
 } // namespace
 
-// A table is filled by its list of rows.
+// Fills a table from its list of rows.
 #define PDFSETTINGS_FOUND_ROW(operation, procType) rows.Find<procType>(#operation, #procType),
 #define PDFSETTINGS_FIND_TABLE(member, interfaceName, ROWS) \
     { \
@@ -59,8 +59,8 @@ void ThrowIfError(Tables const& tables, BIBError* error) {
 }
 
 void ThrowReported(std::string const& message) {
-    // A container that could not be made whole is invalid, and what the component has no words for
-    // is what it met while it had no memory for words.
+    // A container is invalid if it could not be completed; the component reports an unknown error
+    // if it has no memory for a message. Both mean that memory ran out.
     if (message == "out of memory" || message == "invalid container" ||
         message == "unknown BIB error") {
         throw std::bad_alloc();

@@ -1,5 +1,5 @@
-// The tables of the runtime and of the component, as far as the host API calls them, and references
-// on the counted objects that they give. A pointer that comes out of a table is wrapped at once.
+// The tables of the runtime and the component, as far as the host API uses them, and owned
+// references to the counted objects that they return. Wrap each pointer from a table at once.
 #pragma once
 
 #include "api/BIBBootstrap.h"
@@ -21,17 +21,17 @@
 
 namespace pdfsettings::detail {
 
-// The component's table, named as the headers name the others.
+// The component's table, named like those in the headers.
 struct _t_PDFSettingsInterface {
     PDF_SETTINGS_INTERFACE_ROWS(BIB_TABLE_SLOT)
 };
 
-// What it does without settings.
+// The component's procedures that need no settings.
 struct _t_PDFSettingsStatics {
     PDF_SETTINGS_STATICS_ROWS(BIB_TABLE_SLOT)
 };
 
-// The members of Tables, each with the interface that it is a table of and the list of its rows.
+// The members of Tables, each with its interface and its list of rows.
 #define PDFSETTINGS_RUNTIME_TABLES(TABLE) \
     TABLE(containers, BIBContainerInterface, BIB_CONTAINER_INTERFACE_ROWS) \
     TABLE(errors, BIBErrorInterface, BIB_ERROR_INTERFACE_ROWS) \
@@ -48,23 +48,23 @@ struct _t_PDFSettingsStatics {
     TABLE(iterators, POSDictIteratorInterface, POS_DICT_ITERATOR_INTERFACE_ROWS) \
     TABLE(validators, POSStructValidatorInterface, POS_STRUCT_VALIDATOR_INTERFACE_ROWS)
 
-// The members of Bindings beyond those.
+// The additional members of Bindings.
 #define PDFSETTINGS_COMPONENT_TABLES(TABLE) \
     TABLE(settings, PDFSettingsInterface, PDF_SETTINGS_INTERFACE_ROWS) \
     TABLE(statics, PDFSettingsStatics, PDF_SETTINGS_STATICS_ROWS)
 
 #define PDFSETTINGS_TABLE(member, interfaceName, ROWS) _t_##interfaceName member;
 
-// What a runtime has. Every procedure is found when this is made, so that no call meets a missing
-// one later.
+// The runtime's tables. All procedures are looked up by the constructor, so that a missing one is
+// detected at once.
 struct Tables {
-    // Throws Error (kComponent) with the name of the first row that lookup does not have.
+    // Throws Error (kComponent) with the name of the first row that lookup does not find.
     explicit Tables(BIBLookupProc lookup);
 
     PDFSETTINGS_RUNTIME_TABLES(PDFSETTINGS_TABLE)
 };
 
-// What a runtime has on which the component is started.
+// The tables of a runtime on which the component is running.
 struct Bindings : Tables {
     explicit Bindings(BIBLookupProc lookup);
 
@@ -86,23 +86,25 @@ struct ReleaseContainer {
     void operator()(T* object) const { release(AsContainer(object)); }
 };
 
-// A reference on a container.
+// Owns a reference to a container.
 template <class T>
 using Ref = std::unique_ptr<T, ReleaseContainer<T>>;
 
-// References on what is no container: each comes with the row that gives it up.
+// References to objects that are not containers. Each deleter is the row that releases the
+// reference.
 using AtomRef = std::unique_ptr<BIBStringAtom, BIBDeleteStringAtomProc>;
 using BufferRef = std::unique_ptr<BIBSharedBuffer, BIBSharedBuffReleaseProc>;
 
-// Throws Error (kComponent) with the message of error, whose reference it takes over, or
-// std::bad_alloc for the memory error. Null: does nothing.
+// If error is not null, releases it and throws Error (kComponent) with its message, or
+// std::bad_alloc for the memory error.
 void ThrowIfError(Tables const& tables, BIBError* error);
 
-// Throws Error (kComponent) with a message of the runtime, or std::bad_alloc where it says so.
+// Throws Error (kComponent) with a message of the runtime, or std::bad_alloc if the message means
+// that memory ran out.
 [[noreturn]] void ThrowReported(std::string const& message);
 
-// A reference on an object that nobody owns yet, or that is borrowed. Throws std::bad_alloc for
-// null and for a container that has become invalid: both mean that memory ran out.
+// A new reference to object, which is unowned or borrowed. Throws std::bad_alloc for null and for
+// an invalid container: both mean that memory ran out.
 template <class T>
 Ref<T> Share(Tables const& tables, T* object) {
     if (object == nullptr) {
@@ -115,13 +117,13 @@ Ref<T> Share(Tables const& tables, T* object) {
     return Ref<T>(object, ReleaseContainer<T>{tables.containers.Release});
 }
 
-// The atom of text up to a zero byte. Throws std::bad_alloc.
+// The atom of text, which ends at its first zero byte. Throws std::bad_alloc.
 AtomRef MakeAtom(Tables const& tables, std::string const& text);
 
-// A stream over a copy of bytes. Throws std::bad_alloc and as ThrowIfError.
+// A stream with a copy of bytes. Throws std::bad_alloc and as ThrowIfError.
 Ref<BIBPositionableStream> MakeStream(Tables const& tables, std::string_view bytes);
 
-// What stream holds from its position on. Throws Error with the stream's reason.
+// The bytes of stream from its current position. Throws Error with the stream's reason.
 std::string ReadStream(Tables const& tables, BIBPositionableStream* stream);
 
 } // namespace pdfsettings::detail

@@ -6,7 +6,7 @@ namespace pdfsettings::detail {
 
 namespace {
 
-// The component gives no error for a value that it cannot write, but one of these two texts.
+// For a value that it cannot write, the component returns one of these texts and no error.
 bool IsTextOfAFailure(std::string_view text) {
     return text.empty() || text == "<<\r\n>> setpagedevice\r\n";
 }
@@ -52,8 +52,9 @@ ComponentSettings::ComponentSettings(
 
 namespace {
 
-// Which elements are validated is the component's knowledge: it is asked about each alone, by a
-// schema for which every element that is validated is one too many.
+// The positions of the elements that the component validates. Only the component knows which: each
+// element is validated alone against a schema that allows no element, so every one that counts is
+// rejected.
 std::vector<std::size_t>
 ValidatedPositions(Turn const& turn, Document const& document, std::size_t count) {
     static std::string const kNoElement =
@@ -75,8 +76,8 @@ ValidatedPositions(Turn const& turn, Document const& document, std::size_t count
 
 } // namespace
 
-// The component leaves out the elements of OtherNamespaces that it does not validate before it
-// counts them. The positions in what this gives are those of the settings.
+// The component counts only the elements of OtherNamespaces that it validates. The positions in the
+// result are those in the settings.
 std::vector<Message> ComponentSettings::Validate(Document const& document) {
     auto messages = Validated(fTurn, fSettings.get());
     std::vector<std::string*> paths;

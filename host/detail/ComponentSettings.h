@@ -1,4 +1,4 @@
-// Settings as the component holds them.
+// Settings as an object of the component.
 #pragma once
 
 #include "host/detail/RunningComponent.h"
@@ -11,21 +11,21 @@
 
 namespace pdfsettings::detail {
 
-// What the component says of a setting: its path and a message.
+// A message of the component about a setting: its path and the text.
 using Message = std::pair<std::string, std::string>;
 
 // REQUIRES: turn outlives it.
 class ComponentSettings {
 public:
-    // Reads text; schema is not looked at before the first validation. Throws Error (kComponent)
-    // and std::bad_alloc, as all that follow.
+    // Reads text. schema is read by each validation only. Throws Error (kComponent) and
+    // std::bad_alloc, as all functions below.
     ComponentSettings(Turn const& turn, std::string_view text, std::string const& schema = {});
 
-    // What the schema rejects; none when the settings are valid. document: the text that was read.
+    // What the schema rejects; empty if the settings are valid. document: the text that was read.
     std::vector<Message> Validate(Document const& document);
 
-    // The settings as the component writes them. Throws Error (kUnwritable) for those that it
-    // cannot write.
+    // The text that the component writes. Throws Error (kUnwritable) if it cannot write the
+    // settings.
     std::string Text();
 
     SettingsValues Values();

@@ -31,7 +31,7 @@ std::string TextOf(void const* string) {
     return platform::BytesOf(static_cast<CFStringRef>(string), kCFStringEncodingUTF8).value_or("");
 }
 
-// Property lists nest 64 levels at most.
+// Recursive: property lists have at most 64 levels.
 PropertyValue ValueOf(void const* object) {
     CFTypeID const type = CFGetTypeID(object);
     if (type == CFStringGetTypeID()) {

@@ -1,4 +1,4 @@
-// Property lists as plain values.
+// Property lists as C++ values.
 #pragma once
 
 #include <filesystem>
@@ -14,13 +14,13 @@ struct PropertyValue {
 
     Kind fKind = Kind::kOther;
     std::string fText;           // of a string, in UTF-8
-    std::vector<Entry> fEntries; // of an array without keys
+    std::vector<Entry> fEntries; // of an array or a dictionary; keys are empty in an array
 
     bool IsString() const noexcept { return fKind == Kind::kString; }
     bool IsArray() const noexcept { return fKind == Kind::kArray; }
     bool IsDictionary() const noexcept { return fKind == Kind::kDictionary; }
 
-    // The value under key; null for none, and for what is no dictionary.
+    // The value of key; null if there is none, and for a value that is not a dictionary.
     PropertyValue const* Find(std::string const& key) const;
 };
 
@@ -29,12 +29,12 @@ struct PropertyValue::Entry {
     PropertyValue fValue;
 };
 
-// The root of the property list in a file; nothing where there is none that can be used. Throws
+// The root of the property list in a file; nothing if the file cannot be used. Throws
 // std::bad_alloc.
 std::optional<PropertyValue> ReadPropertyList(std::filesystem::path const& file);
 
-// The property lists of the administrator and of the user, whether they exist or not; empty where
-// there is no folder for one.
+// The paths of the property lists of the administrator and the user, which may not exist; empty if
+// their folder is missing.
 std::filesystem::path AdminPreferencesFile();
 std::filesystem::path UserPreferencesFile();
 

@@ -40,7 +40,7 @@ private:
         });
     }
 
-    // A rule, that of its elements, and so on.
+    // Reduces a rule, the rule of its elements, and so on.
     void ReduceRule(POSObject* source) const {
         while (source != nullptr && fTables.dicts.IsPOSDict(source) != 0) {
             auto* const rule = reinterpret_cast<POSDict*>(source);

@@ -1,4 +1,4 @@
-// What validation needs of a schema.
+// The part of a schema that validation needs.
 #pragma once
 
 #include "host/detail/Bindings.h"
@@ -7,8 +7,8 @@
 
 namespace pdfsettings::detail {
 
-// The text of schema, a sound one, without labels, descriptions, defaults and groups, which are
-// removed from it: the component reads its schema at each validation. Throws std::bad_alloc.
+// Removes labels, descriptions, defaults and groups from schema, which must be valid, and returns
+// its text: the component reads its schema at each validation. Throws std::bad_alloc.
 std::string RulesText(Tables const& tables, POSDict* schema);
 
 } // namespace pdfsettings::detail

@@ -19,8 +19,8 @@ std::string BytesOf(Tables const& tables, POSBinData* data) {
     return bytes;
 }
 
-// Copies with a list of the collections that are open, so that no nesting is too deep. The values
-// are borrowed, from the root on down.
+// Copies a value with an explicit stack of open collections, so that deep nesting uses no more
+// stack. The runtime's values are borrowed from the root.
 class Reader {
 public:
     explicit Reader(Tables const& tables) : fTables(tables) {}
@@ -44,7 +44,7 @@ public:
     }
 
 private:
-    // A collection whose entries are read; those of an array have no keys.
+    // A collection that is being read. Keys are empty in an array.
     struct Open {
         std::vector<std::pair<std::string, POSObject*>> fEntries;
         std::size_t fNext = 0;
@@ -100,7 +100,7 @@ private:
         }
     }
 
-    // As the entry of the last collection that was read just now.
+    // Stores value as the entry of the top collection that was read last.
     void Store(Value value) {
         Open& open = fOpen.back();
         if (open.fIsArray) {

@@ -1,4 +1,4 @@
-// From the runtime's values to plain ones.
+// Conversion of the runtime's values to C++ values.
 #pragma once
 
 #include "host/detail/Bindings.h"
@@ -13,26 +13,26 @@ namespace pdfsettings::detail {
 
 struct SettingsValues {
     Dictionary fValues;
-    std::string fTail; // what follows settings in their file
+    std::string fTail; // the text after the settings in their file
 };
 
 // A deep copy. Throws std::bad_alloc, and Error (kComponent) for a value that no file can hold.
 SettingsValues ReadValues(Tables const& tables, POSDict* dict);
 
-// Calls visit with each key of dict and the value under it, which is borrowed.
+// Calls visit with each key of dict and its value, which is borrowed.
 void ForEachEntry(
     Tables const& tables,
     POSDict* dict,
     std::function<void(std::string const&, POSObject*)> const& visit);
 
-// Calls visit with each dictionary in array; other elements are passed over.
+// Calls visit with each dictionary in array, and skips other elements.
 void ForEachDict(Tables const& tables, POSArray* array, std::function<void(POSDict*)> const& visit);
 
-// Reads the fields of records, whose keys are made once. A field that is missing or of another kind
-// is empty.
+// Reads one field of records; its key is made once. The result is empty if the field is missing or
+// of another kind.
 class FieldReader {
 public:
-    // key outlives nothing: it is copied.
+    // Copies key.
     FieldReader(Tables const& tables, char const* key)
         : fTables(tables),
           fKey(MakeAtom(tables, key)) {}
@@ -41,7 +41,7 @@ public:
     std::u16string Text16(POSDict* record) const;
     double Number(POSDict* record) const;
     std::string Bytes(POSDict* record) const;
-    // The numbers of a nested dictionary with their keys.
+    // The numbers in a nested dictionary, with their keys.
     std::vector<std::pair<std::string, double>> Numbers(POSDict* record) const;
 
 private:

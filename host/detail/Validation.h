@@ -1,4 +1,4 @@
-// What a schema rejects of a document, and what the component makes of it when it writes.
+// Validating a document against a schema, and what the component would write.
 #pragma once
 
 #include "pdfsettings/Document.h"
@@ -20,29 +20,30 @@ Finding MakeFinding(
     std::string path,
     std::string message);
 
-// The bytes of the value at a path; of one that is missing, those where it belongs.
+// The span of the value at a path; for a missing value, the opening bracket of its parent.
 Span SpanOf(Document const& document, std::string_view path);
 
 // The findings of the schema. REQUIRES: the document is not refused.
 std::vector<Finding> Validate(Document const& document, Schema const& schema);
 
-// The same findings, with hints at the names that are meant in the document.
+// findings, with suggestions for similar allowed names.
 std::vector<Finding>
 WithHints(std::vector<Finding> findings, Document const& document, Schema const& schema);
 
-// Those of after that are not among before. removed: the elements of arrays that were removed in
-// between, by their paths and in their order, since those behind them have moved.
+// The findings of after that are not in before. removed: the paths of elements of arrays that were
+// removed in between, in order, since later elements have moved.
 std::vector<Finding> NewFindings(
     std::vector<Finding> const& before,
     std::vector<Finding> after,
     std::vector<std::string> const& removed);
 
-// The text that the component writes of the settings in a document, once it is at rest: a number
-// that is rounded to a whole number is written as such from then on. Throws Error (kUnwritable)
-// with the key of what reading it again would not give back, apart from rounded numbers.
+// The text that the component writes for a document, as it stays when it is read and written again:
+// a number rounded to an integer is then written as one. Throws Error (kUnwritable), with the key,
+// for a setting that would not read back, apart from rounding.
 std::string CanonicalText(Document const& document);
 
-// What it would round, and what it cannot read again. REQUIRES: the document is not refused.
+// What the component would round, and what it would write unreadably. REQUIRES: the document is not
+// refused.
 std::vector<Finding> WritingFindings(Document const& document);
 
 } // namespace pdfsettings::detail

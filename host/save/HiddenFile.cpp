@@ -17,10 +17,10 @@ namespace {
 
 constexpr mode_t kFileMode = 0666;
 
-// Nobody may look into a replacement before it has the old file's permissions.
+// A replacement must not be readable by others before it has the old file's permissions.
 constexpr mode_t kPrivateMode = 0600;
 
-// The listing takes neither the beginning nor the end for a settings file's.
+// With this prefix and this suffix, lists of settings do not show the file.
 constexpr std::string_view kPrefix = ".joboptions-";
 constexpr std::string_view kSuffix = ".new";
 
@@ -39,7 +39,7 @@ std::string NewName() {
     return std::string(kPrefix) + digits + std::string(kSuffix);
 }
 
-// Whether a file of that name could be one that an interrupted save left behind.
+// Whether name is one that a hidden file may have.
 bool IsHiddenName(std::string_view name) noexcept {
     return name.starts_with(kPrefix) && name.ends_with(kSuffix) &&
            name.size() == kPrefix.size() + 32 + kSuffix.size();
@@ -52,9 +52,9 @@ HiddenFile::HiddenFile(
     std::string_view bytes,
     FileTraits const* traits,
     std::vector<std::string>* warnings)
-    : HiddenFile(target) { // whole from here on, so that a failure deletes the file
-    // A file without a name leaves nothing half-written behind when the process ends, but not every
-    // system has such files, or gives them names.
+    : HiddenFile(target) { // complete from here on: a failure runs the destructor
+    // A file without a name leaves nothing behind if the process is killed. Some systems have no
+    // such files, or cannot give them a name later.
     if (!Make(/*isNameless=*/true, bytes, traits) && !Make(/*isNameless=*/false, bytes, traits)) {
         ThrowSystemError(errno);
     }
@@ -90,7 +90,8 @@ bool HiddenFile::MakeFile(bool isNameless, mode_t mode) {
     return fFile.IsOpen();
 }
 
-// Gives up writing, so that whoever has the file open for writing from now on is somebody else.
+// Reopens the file for reading and closes the descriptor for writing, so that from now on any
+// writer is another program.
 void HiddenFile::Look() {
     fSeen = SeenFile::Open(fTarget.folder, fName);
     if (!fSeen || !fSeen->Is(fFile)) {
@@ -113,10 +114,10 @@ bool HiddenFile::GiveName() {
 
 namespace {
 
-// So many are looked at; there are more only where somebody makes them.
+// There are more only if another program creates them on purpose.
 constexpr std::size_t kMostLeftovers = 20;
 
-// A stream of its own: reading moves the descriptor's place.
+// Opens the folder again: reading it moves the position of a descriptor.
 std::vector<std::string> HiddenNames(Descriptor const& folder) {
     int const file = openat(folder.Number(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     std::unique_ptr<DIR, int (*)(DIR*)> const stream(fdopendir(file), &closedir);
@@ -134,8 +135,8 @@ std::vector<std::string> HiddenNames(Descriptor const& folder) {
     return names;
 }
 
-// Others may have put files of that kind there, to be waited for or read for long: what cannot be
-// one of the contents is not opened, and what is leased is not waited for.
+// Another user may have created a file of this kind to delay a save. So a file whose size does not
+// match is not opened, and a lease is not waited for.
 bool HoldsOneOf(
     Descriptor const& folder, std::string const& name, std::vector<std::string> const& contents) {
     struct stat status {};
@@ -167,7 +168,7 @@ void RemoveLeftovers(
         if (!isGone) {
             warnings->push_back(
                 "an interrupted save left " + name +
-                " in its folder; delete it if you do not need what it holds");
+                " in its folder; delete it if you do not need its content");
         }
     }
 }

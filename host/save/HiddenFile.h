@@ -1,4 +1,4 @@
-// The new file of one save before it takes its place, and those that interrupted saves left behind.
+// The temporary file of a save, and those that interrupted saves left behind.
 #pragma once
 
 #include "host/save/SeenFile.h"
@@ -9,12 +9,12 @@
 
 namespace pdfsettings::detail {
 
-// A whole file on disk, under a name in the target's folder that nobody can foresee and that is no
-// settings file's. It is deleted again unless it takes its place.
+// A complete file on disk in the target's folder, under a name that cannot be guessed and that is
+// not a settings file's. The destructor deletes it unless it is kept.
 class HiddenFile {
 public:
-    // Holds bytes. A replacement gets the traits of the old file, and what of them could not be
-    // kept goes into *warnings; a new file gets what its folder gives (traits null). Throws Error.
+    // Writes bytes. With traits, the file gets them, and what could not be kept is appended to
+    // *warnings. Without (null), the file gets the defaults of its folder. Throws Error.
     HiddenFile(
         Target const& target,
         std::string_view bytes,
@@ -26,10 +26,10 @@ public:
 
     std::string const& Name() const noexcept { return fName; }
 
-    // The file as it is when it is whole.
+    // The complete file as it was seen after writing.
     SeenFile const& Seen() const noexcept { return *fSeen; }
 
-    // Says whether the file, or another one that has the name now, is to stay.
+    // Whether the destructor leaves the file, or any other file that has its name by then.
     void SetKept(bool isKept) noexcept { fIsKept = isKept; }
 
 private:
@@ -41,18 +41,18 @@ private:
     void Look();
 
     Target const& fTarget;
-    std::string fName; // empty while it has none
+    std::string fName; // empty before it has one
     Descriptor fFile;
     std::optional<SeenFile> fSeen;
     bool fIsKept = false;
     std::vector<std::string> fWarnings;
 };
 
-// Deletes the hidden files of earlier saves in folder that hold one of these contents: nothing is
-// lost with them. What holds anything else may be the only copy of a change; it stays, and goes
-// into *warnings by its name. Never throws but for memory: what cannot be looked at stays.
-// Looks at a few only, so that nobody can make a save long by leaving many.
-// REQUIRES: the folder is locked, unless contents is empty.
+// Deletes the hidden files of earlier saves in folder whose bytes are one of contents: they are
+// copies. Any other hidden file may be the only copy of a change; it stays, and *warnings names it.
+// Throws only std::bad_alloc: a file that cannot be examined stays. Examines a limited number of
+// files, so that no user can delay a save by creating many. REQUIRES: the folder is locked, unless
+// contents is empty.
 void RemoveLeftovers(
     Descriptor const& folder,
     std::vector<std::string> const& contents,

@@ -17,8 +17,8 @@ constexpr uid_t kSameOwner = static_cast<uid_t>(-1);
 
 constexpr char kAccessList[] = "system.posix_acl_access";
 
-// The labels by which security modules know a file. Other attributes of that kind give rights to
-// contents (capabilities) or vouch for them (ima, evm).
+// The labels of security modules. Other security attributes grant rights to contents (capabilities)
+// or certify them (ima, evm).
 constexpr std::string_view kLabels[] = {"security.selinux", "security.SMACK64"};
 
 bool IsKept(std::string_view attribute) {
@@ -26,7 +26,8 @@ bool IsKept(std::string_view attribute) {
            std::ranges::find(kLabels, attribute) != std::end(kLabels);
 }
 
-// An answer of the system whose size is asked for first; it may grow in between.
+// Makes a system call whose result has a variable size: asks for the size first, and again if it
+// has grown.
 template <class Call>
 ssize_t ReadSized(std::string* answer, Call call) {
     ssize_t size = 0;
@@ -41,7 +42,7 @@ ssize_t ReadSized(std::string* answer, Call call) {
     return size;
 }
 
-// The value of an attribute; empty where the file has none of that name.
+// The value of an attribute; empty if the file does not have it.
 std::string ReadAttribute(Descriptor const& file, char const* name) {
     std::string value;
     ssize_t const size = ReadSized(&value, [&](char* buffer, std::size_t room) {
@@ -54,7 +55,7 @@ std::string ReadAttribute(Descriptor const& file, char const* name) {
     return value;
 }
 
-// The names of all attributes of a file, a zero byte behind each.
+// The names of all attributes of a file, each with a terminating zero.
 std::string ReadNames(Descriptor const& file) {
     std::string names;
     ssize_t const size = ReadSized(&names, [&](char* buffer, std::size_t room) {
@@ -67,7 +68,7 @@ std::string ReadNames(Descriptor const& file) {
     return names;
 }
 
-// Network file systems have lists of their own.
+// Network file systems have access control lists of their own kinds.
 bool IsForeignList(std::string_view attribute) {
     return attribute.starts_with("system.") && attribute.find("acl") != std::string_view::npos &&
            !attribute.starts_with("system.posix_acl");
@@ -84,10 +85,10 @@ void ReadAttributes(Descriptor const& file, FileTraits* traits) {
     std::ranges::sort(traits->attributes);
 }
 
-// Takes all permissions from the owning group's entry, and from everybody else's what the group did
-// not have: its members are among them now. The form is the system's: a version and entries of a
-// tag, permissions and an id, 16, 16 and 32 bits each, the low byte first
-// (linux/posix_acl_xattr.h).
+// Removes all permissions from the owning group's entry, and from the entry for others those that
+// the group did not have, because the group's members are among the others now. The format is the
+// system's: a version, then entries of a tag, permissions and an id, of 16, 16 and 32 bits, little
+// endian (linux/posix_acl_xattr.h).
 void CutOwningGroup(std::string* accessList) {
     constexpr std::size_t kHeader = 4;
     constexpr std::size_t kEntry = 8;
@@ -101,10 +102,10 @@ void CutOwningGroup(std::string* accessList) {
         case kOwningGroup:
             kept = std::exchange(permissions, 0);
             break;
-        case kMask: // cuts the group's entry too
+        case kMask: // the mask limits the group's entry too
             kept = static_cast<char>(kept & permissions);
             break;
-        case kOthers: // stands last
+        case kOthers: // the last entry
             permissions = static_cast<char>(permissions & kept);
             break;
         default:
@@ -113,7 +114,7 @@ void CutOwningGroup(std::string* accessList) {
     }
 }
 
-// What everybody else's entry, the last one, allows.
+// The permissions of the entry for others, which is the last one.
 mode_t OthersIn(std::string const& accessList) {
     constexpr std::size_t kFromEnd = 6;
     return accessList.size() < kFromEnd
@@ -121,13 +122,13 @@ mode_t OthersIn(std::string const& accessList) {
                : static_cast<mode_t>(accessList[accessList.size() - kFromEnd]) & S_IRWXO;
 }
 
-// The same for a file whose mode says it all.
+// As CutOwningGroup, for a file without an access control list.
 mode_t WithoutOwningGroup(mode_t mode) {
     mode_t const others = (mode & S_IRWXG) >> 3;
     return mode & ~mode_t{S_IRWXG} & (~mode_t{S_IRWXO} | others);
 }
 
-// Moves traits to a file and notes what could not be moved.
+// Gives traits to a file and collects a warning for each that could not be given.
 class Transfer {
 public:
     Transfer(FileTraits const& traits, Descriptor const& file)
@@ -145,7 +146,7 @@ public:
     }
 
 private:
-    // Only root can give a file away, but others can give it to their groups.
+    // Only root can change the owner; other users can choose among their own groups.
     void GiveOwner() {
         struct stat const status = StatusOf(fFile);
         bool isOwned = status.st_uid == fTraits.owner;
@@ -157,19 +158,20 @@ private:
             isOwned = isOwned || isGiven;
         }
         if (!isOwned) {
-            fWarnings.emplace_back("its owner could not be kept: it is yours now");
+            fWarnings.emplace_back("its owner could not be kept: you own it now");
         }
         if (!isInGroup) {
-            fWarnings.emplace_back("its group could not be kept: the group's permissions are gone");
+            fWarnings.emplace_back(
+                "its group could not be kept: the group's permissions were removed");
             CutOwningGroup(&fAccessList);
             fMode = fTraits.accessList.empty() ? WithoutOwningGroup(fMode)
                                                : (fMode & ~mode_t{S_IRWXO}) | OthersIn(fAccessList);
         }
     }
 
-    // A new file may have got a list from its folder, which the old one did not have. Where a list
-    // cannot be had, nobody but the owner may do anything: a list can refuse to one what the mode
-    // allows to all.
+    // A new file may have inherited a list from its folder that the old file did not have. If the
+    // list cannot be set, only the owner keeps permissions: a list may deny to one user what the
+    // mode allows to all.
     void GiveAccessList() {
         int const result =
             fAccessList.empty()
@@ -179,7 +181,7 @@ private:
         if ((result != 0 && !hasNone) || fTraits.hasForeignList) {
             fMode &= kOwnerPermissions;
             fWarnings.emplace_back(
-                "its access control list could not be kept: it is for its owner alone");
+                "its access control list could not be kept: only its owner has access now");
         }
     }
 
@@ -198,7 +200,7 @@ private:
     std::vector<std::string> fWarnings;
 };
 
-// Those of an open file. Throws Error.
+// The traits of an open file. Throws Error.
 FileTraits ReadTraits(Descriptor const& file) {
     struct stat const status = StatusOf(file);
     FileTraits traits;
@@ -210,10 +212,10 @@ FileTraits ReadTraits(Descriptor const& file) {
     return traits;
 }
 
-// Asks whether the caller may write the file, with the rights of the effective user. 0, or errno.
+// Whether the effective user may write the file: 0, or the errno value.
 int AskToWrite(Descriptor const& file, Descriptor const& folder, std::string const& name) {
     int result = faccessat(file.Number(), "", W_OK, AT_EACCESS | AT_EMPTY_PATH);
-    // An older system does not know the flag for an open file, and a sandbox may refuse the call.
+    // Older systems do not support this flag, and a sandbox may reject the call.
     if (result != 0 && (IsUnsupported(errno) || errno == EPERM)) {
         result = faccessat(folder.Number(), name.c_str(), W_OK, AT_EACCESS | AT_SYMLINK_NOFOLLOW);
     }
@@ -228,7 +230,7 @@ std::vector<std::string> GiveTraits(FileTraits const& traits, Descriptor const& 
 
 std::optional<SeenFile>
 SeenFile::Open(Descriptor const& folder, std::string const& name, Deadline deadline) {
-    // What is no file is not opened at all: a device may start its work.
+    // Tests the type before opening the file: opening a device may start an operation.
     struct stat status {};
     if (!Examine(folder, name, &status)) {
         if (errno != ENOENT) {
@@ -264,15 +266,15 @@ void SeenFile::RequireWritable(Descriptor const& folder, std::string const& name
     }
 }
 
-bool SeenFile::StandsAt(Descriptor const& folder, std::string const& name) const {
+bool SeenFile::IsAt(Descriptor const& folder, std::string const& name) const {
     struct stat status {};
     return Examine(folder, name, &status) && IsSameFile(status, fStatus) &&
            ReadTraits(fFile) == fTraits && ReadAll(fFile) == fBytes;
 }
 
-// The system gives a lease for reading only where nobody has the file open for writing. It is given
-// up at once; should somebody open the file in that moment, the signal for it is one that a program
-// without a handler ignores, unlike the usual SIGIO, which would end it.
+// The system grants a read lease only if no process has the file open for writing. The lease is
+// released at once. If a process opens the file just then, the system sends a signal: SIGURG, which
+// is ignored by default, in place of SIGIO, which would end the process.
 bool SeenFile::HasWriter() const {
     if (!fCanHaveLease) {
         return false;

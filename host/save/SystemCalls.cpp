@@ -14,7 +14,7 @@ namespace pdfsettings::detail {
 
 namespace {
 
-// An interrupted call is made again.
+// Repeats a call that a signal interrupted.
 template <class Call>
 auto Repeat(Call call) -> decltype(call()) {
     decltype(call()) result = 0;
@@ -76,7 +76,7 @@ Descriptor OpenIn(Descriptor const& folder, std::string const& name, int flags, 
     how.resolve = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS;
     long const file = Repeat(
         [&] { return syscall(SYS_openat2, folder.Number(), name.c_str(), &how, sizeof how); });
-    // An older system does not have the call, and a sandbox may refuse it.
+    // Older systems do not have the call, and a sandbox may reject it.
     if (file < 0 && (errno == ENOSYS || errno == EPERM)) {
         return Descriptor(Repeat([&] { return openat(folder.Number(), name.c_str(), all, mode); }));
     }
@@ -108,8 +108,8 @@ void RequireRegular(struct stat const& status) {
 
 namespace {
 
-// Throws Error for more bytes than a settings file may have, 256 MiB: it has kilobytes, and the
-// limit keeps a huge or endless one from filling the memory.
+// Throws Error for more than 256 MiB. Settings files have kilobytes; the limit keeps a huge or
+// endless file from filling the memory.
 void RequireSize(std::size_t size) {
     constexpr std::size_t kLargest = std::size_t{256} << 20;
     if (size > kLargest) {
@@ -117,7 +117,7 @@ void RequireSize(std::size_t size) {
     }
 }
 
-// Appends to bytes what read gives for a buffer, until it gives nothing more.
+// Appends to bytes what read returns, until it returns 0 bytes.
 template <class Read>
 std::string ReadToEnd(std::string bytes, Read read) {
     char buffer[16384];

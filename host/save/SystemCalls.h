@@ -1,4 +1,4 @@
-// The system's calls on files, whose failures are errors with the system's reason.
+// System calls on files. Their failures are errors with the system's reason.
 #pragma once
 
 #include <fcntl.h>
@@ -8,16 +8,16 @@
 
 namespace pdfsettings::detail {
 
-// Throws Error with the system's text for an errno value.
+// Throws Error with the system's message for an errno value.
 [[noreturn]] void ThrowSystemError(int error);
 
-// Throws what errno says when a call's result is negative.
+// Throws Error for errno if the result of a call is negative.
 void ThrowIfNegative(long result);
 
-// Whether errno says that the system, or this file system, does not have a call or an option of it.
+// Whether an errno value means that the system or file system does not support a call or an option.
 bool IsUnsupported(int error) noexcept;
 
-// Owns a file descriptor, or none when the number is negative.
+// Owns a file descriptor; none if the number is negative.
 class Descriptor {
 public:
     Descriptor() = default;
@@ -35,34 +35,35 @@ private:
     int fNumber = -1;
 };
 
-// The descriptor of that number. Throws what errno says when it is negative.
+// Owns a new descriptor. Throws Error for errno if number is negative.
 Descriptor Opened(int number);
 
-// What path says of the folder that it leads into: all up to its last slash, or ".".
+// The folder part of path: up to its last slash, or ".".
 std::string FolderPart(std::string const& path);
 
-// Opens the item of that name in folder itself, never what a link of that name leads to. name has
-// no slash. Not open, with the reason in errno, when that fails.
+// Opens an item in folder by its name, which has no slash. Does not follow a link of that name. On
+// failure the result is not open, and errno has the reason.
 Descriptor OpenIn(Descriptor const& folder, std::string const& name, int flags, mode_t mode = 0);
 
-// What is known of an open file. Throws Error.
+// The status of an open file. Throws Error.
 struct stat StatusOf(Descriptor const& file);
 
-// The same of the item of that name in folder itself; false, with the reason in errno, on failure.
+// The status of an item in folder; does not follow a link. On failure returns false, and errno has
+// the reason.
 bool Examine(Descriptor const& folder, std::string const& name, struct stat* status);
 
-// Whether both are one file.
+// Whether both are the same file.
 bool IsSameFile(struct stat const& a, struct stat const& b) noexcept;
 
-// Throws Error for what is no regular file.
+// Throws Error for a file that is not regular.
 void RequireRegular(struct stat const& status);
 
-// All bytes of an open file from its beginning, and those of a stream from its place on. Throw
-// Error, also for too many.
+// All bytes of a file from its beginning, and those of a stream from its current position. Throw
+// Error, also for too many bytes.
 std::string ReadAll(Descriptor const& file);
 std::string ReadStream(Descriptor const& stream);
 
-// Writes all bytes, whatever interrupts it.
+// Writes all bytes. Continues after partial writes and interruptions. Throws Error.
 void WriteAll(Descriptor const& file, std::string_view bytes);
 
 } // namespace pdfsettings::detail

@@ -19,13 +19,13 @@ namespace pdfsettings::detail {
 
 namespace {
 
-// So many links may follow one another: the system's own limit.
+// The maximum number of links on a path, as in the system.
 constexpr int kMostLinks = 40;
 
 constexpr mode_t kWritableByOthers = S_IWGRP | S_IWOTH;
 
-// A place on the way: a folder, the name of an item in it and the item itself. Without a name it is
-// the folder, without an open item there is nothing of that name.
+// A position on a path: a folder, the name of an item in it, and the item. Without a name it is the
+// folder itself; without an open item, the name does not exist.
 struct Place {
     Descriptor fFolder;
     std::string fName;
@@ -48,7 +48,8 @@ Descriptor Duplicate(int number) {
     return Opened(fcntl(number, F_DUPFD_CLOEXEC, 0));
 }
 
-// An item that may be a link. Asked for as a folder first, which mounts what is mounted on demand.
+// Opens an item without following it, as a folder first: that mounts a file system that is mounted
+// on demand.
 Descriptor OpenItem(Descriptor const& folder, std::string const& name) {
     Descriptor item = OpenIn(folder, name, O_PATH | O_DIRECTORY);
     if (!item.IsOpen() && (errno == ENOTDIR || errno == ELOOP)) {
@@ -80,10 +81,12 @@ bool IsTrusted(struct stat const& link, struct stat const& folder, uid_t ownerOf
            (folder.st_mode & kWritableByOthers) == 0;
 }
 
-// Follows one path and the links on it.
+// Resolves a path and its links. Each step opens the next item relative to the folder before it, so
+// the result does not depend on later changes of the path.
 class Walk {
 public:
-    // Where path leads, from start on if it is relative. shown is what start is called in messages.
+    // The item that path leads to, from start if path is relative. shown: the path of start for
+    // messages.
     Place Go(Descriptor start, std::string_view path, std::string shown) {
         Place place;
         bool const isFolder = path.ends_with('/');
@@ -108,7 +111,7 @@ public:
     }
 
 private:
-    // Makes the item the folder of what follows. A file there fails by the next step.
+    // Makes the item the folder for the next step, which fails if the item is a file.
     static void Enter(Place& place) {
         if (place.fName.empty() && !place.fIsDescriptor) {
             return;
@@ -151,7 +154,7 @@ private:
             throw Error(
                 Fault::kUntrusted,
                 "the link " + shown + link.fName +
-                    " is not followed: it belongs to another user than what it leads to");
+                    " is not followed: it belongs to another user than its target");
         }
         return end;
     }
@@ -243,7 +246,7 @@ namespace {
 
 constexpr std::chrono::milliseconds kLongestPause(20);
 
-// Not all systems' headers have these.
+// Some system headers do not define these.
 constexpr unsigned long kCifsMagic = 0xFF534D42;
 constexpr unsigned long kSmb2Magic = 0xFE534D42;
 constexpr unsigned long kCephMagic = 0x00C36400;
@@ -261,7 +264,7 @@ constexpr unsigned long kNetworkMagics[] = {
 
 } // namespace
 
-// A folder that is locked, by a descriptor of its own.
+// A locked folder, with a descriptor of its own.
 struct HeldFolder {
     explicit HeldFolder(Descriptor folder)
         : fFolder(std::move(folder)),
@@ -269,8 +272,8 @@ struct HeldFolder {
     HeldFolder(HeldFolder const&) = delete;
     HeldFolder& operator=(HeldFolder const&) = delete;
 
-    // A child process may have a copy of the descriptor, so closing it would not be enough; and the
-    // child must not end the lock of its parent.
+    // Unlocks explicitly: a child process may have a copy of the descriptor, so closing it would
+    // not unlock the folder. The child itself must not end the lock of its parent.
     ~HeldFolder() {
         if (fIsLocked && fProcess == getpid()) {
             flock(fFolder.Number(), LOCK_UN);
@@ -322,16 +325,15 @@ bool IsOnNetwork(Descriptor const& file) noexcept {
 
 FolderLock::FolderLock(Target const& target, Deadline deadline) {
     if (!target.isReadable) {
-        fWarning = "its folder may not be read, so other programs are not kept out";
+        fWarning = "its folder may not be read: other programs are not locked out";
         return;
     }
     if (IsOnNetwork(target.folder)) {
-        fWarning =
-            "it lies on a network file system, so programs on other machines are not kept out";
+        fWarning = "it is on a network file system: programs on other machines are not locked out";
     }
     fHeld = FindHeld(StatusOf(target.folder));
     if (fHeld == nullptr) {
-        // All that could fail comes before the lock is taken.
+        // Everything that may fail comes before the lock is taken.
         gHeldFolders.reserve(gHeldFolders.size() + 1);
         fHeld =
             std::make_shared<HeldFolder>(Opened(fcntl(target.folder.Number(), F_DUPFD_CLOEXEC, 0)));
@@ -345,7 +347,7 @@ FolderLock::~FolderLock() = default;
 void FolderLock::Take(Deadline deadline) {
     while (flock(fHeld->fFolder.Number(), LOCK_EX | LOCK_NB) != 0) {
         if (errno == ENOLCK || errno == EOPNOTSUPP || errno == ENOSYS) {
-            fWarning = "its folder cannot be locked, so other programs are not kept out";
+            fWarning = "its folder cannot be locked: other programs are not locked out";
             return;
         }
         if (errno != EWOULDBLOCK && errno != EINTR) {

@@ -1,5 +1,4 @@
-// Where a save goes, and one change at a time there: the lock on its folder, and waiting for
-// others, up to a limit.
+// The target of a save, the lock on its folder, and waiting for other programs up to a limit.
 #pragma once
 
 #include "host/save/SystemCalls.h"
@@ -12,55 +11,57 @@
 
 namespace pdfsettings::detail {
 
-// The file that a path leads to, whether it exists or not: its folder, opened once, and its name in
-// it. All that a save does goes through that descriptor, so nobody can move it elsewhere by
-// exchanging what lies on the way.
+// The file that a path leads to, which need not exist: its folder, opened once, and its name there.
+// All steps of a save use this descriptor, so that replacing a folder or link on the path cannot
+// redirect them.
 struct Target {
     Descriptor folder;
-    // Whether the folder can be locked, listed and flushed; otherwise it is open as a path only.
+    // Whether the folder can be locked, listed and flushed. If not, it is open for path lookup
+    // only.
     bool isReadable = false;
     std::string name;
-    // Where the path names the null device or a descriptor of this process: that, and no folder.
+    // Open if the path names the null device or a descriptor of this process; then there is no
+    // folder.
     Descriptor stream;
 
     bool IsStream() const noexcept { return stream.IsOpen(); }
 };
 
-// Follows path. A link on the way is followed only where no other user can have planted it: it
-// belongs to the owner of what it leads to, or it belongs to root or to the effective user, has one
-// name, and lies in a folder that nobody else owns or may write to. Throws Error (kUntrusted) for
-// another one, and Error with the system's reason.
+// Resolves path. A link is followed only if no other user can have planted it: it has the same
+// owner as the item that it leads to, or it belongs to root or the effective user, has a single
+// name, and is in a folder that belongs to one of these and that no other user can write to. Throws
+// Error (kUntrusted) for another link, and Error with the system's reason.
 Target FindTarget(std::string const& path);
 
-// The folder that path itself lies in, for a lock on it: the last link is not followed. Without an
-// open folder where there is none.
+// The folder that path itself is in, for locking it: a link at the end of path is not followed. The
+// folder is not open if it does not exist.
 Target FolderOf(std::string const& path);
 
-// Throws Error for a path with a NUL byte, which would end it before its end.
+// Throws Error for a path with a zero byte, which would truncate it.
 void RequireWhole(std::string const& path);
 
-// Whether path names a descriptor of this process, which is a stream even if a file is behind it.
+// Whether path names a descriptor of this process. It is a stream even if it refers to a file.
 bool NamesDescriptor(std::string_view path) noexcept;
 
-// A copy of the descriptor that path names, with its place and its rights: opening it anew would
-// begin at the start of a file, and wait for the other end of a pipe. Throws Error. REQUIRES:
-// NamesDescriptor(path).
+// A duplicate of the descriptor that path names, with its position and access mode. Opening the
+// path again would begin at the start of a file, and would wait for the other end of a pipe. Throws
+// Error. REQUIRES: NamesDescriptor(path).
 Descriptor DuplicateNamed(std::string const& path);
 
 // Whether the file is the null device.
 bool IsNullDevice(struct stat const& status) noexcept;
 
-// The end of a waiting, and its pauses, which grow from one to twenty milliseconds.
+// A time limit, and pauses between attempts that grow from one to twenty milliseconds.
 class Deadline {
 public:
     explicit Deadline(std::chrono::milliseconds limit)
         : fEnd(std::chrono::steady_clock::now() + std::min(limit, kLongest)) {}
 
-    // Sleeps until the next attempt; false, at once, when the time is over.
+    // Sleeps until the next attempt. Returns false immediately if the time is over.
     bool Pause();
 
 private:
-    // No clock has an end for the longest duration.
+    // The longest duration would overflow the clock.
     static constexpr std::chrono::milliseconds kLongest = std::chrono::hours(24 * 365);
 
     std::chrono::steady_clock::time_point fEnd;
@@ -69,9 +70,9 @@ private:
 
 struct HeldFolder;
 
-// The lock on the folder of a target, held as long as this lives. It lies on the folder and not on
-// the file: so it is there before the file is, survives its replacement, and leaves nothing behind.
-// A thread that holds the lock gets it again.
+// The lock on the folder of a target, released by the destructor. It is on the folder and not on
+// the file, so that it can be taken before the file exists, survives the replacement of the file,
+// and leaves no lock file. The lock is recursive within a thread.
 class FolderLock {
 public:
     // Waits for other threads and programs. Throws Error (kBusy) when the time is over, and Error.
@@ -81,17 +82,17 @@ public:
     FolderLock(FolderLock const&) = delete;
     FolderLock& operator=(FolderLock const&) = delete;
 
-    // Who is not kept out, and why; empty when all are who take the lock.
+    // Which programs are not excluded, and why; empty if all that take the lock are.
     std::string const& Warning() const noexcept { return fWarning; }
 
 private:
     void Take(Deadline deadline);
 
-    std::shared_ptr<HeldFolder> fHeld; // by all locks of the thread on the folder
+    std::shared_ptr<HeldFolder> fHeld; // shared by all locks of the thread on this folder
     std::string fWarning;
 };
 
-// Whether other machines may change files of the same file system.
+// Whether other machines may change files of this file system.
 bool IsOnNetwork(Descriptor const& file) noexcept;
 
 } // namespace pdfsettings::detail

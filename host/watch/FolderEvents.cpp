@@ -13,7 +13,7 @@ namespace {
 constexpr std::uint32_t kNameEvents = IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO;
 constexpr std::uint32_t kContentEvents = kNameEvents | IN_CLOSE_WRITE | IN_ATTRIB;
 
-// Room for an event with the longest name, and usually for many.
+// Large enough for an event with a name of maximum length, and for many ordinary ones.
 constexpr std::size_t kBufferSize = std::size_t{64} << 10;
 
 bool IsFolderUnwatchable(int error) noexcept {

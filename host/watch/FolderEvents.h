@@ -1,4 +1,4 @@
-// The system's notices of what happens in folders.
+// The system's events for watched folders.
 #pragma once
 
 #include "host/save/SystemCalls.h"
@@ -10,13 +10,13 @@
 
 namespace pdfsettings::detail {
 
-// What is to be noticed in a folder.
+// The events to watch for in a folder.
 enum class Notice {
-    kNames,   // items come, go, and get other names
-    kContents // files are written, and items get other permissions, too
+    kNames,   // items are created, removed and renamed
+    kContents // also: files are written, and permissions change
 };
 
-// The number of a watched folder: of the folder itself, whatever its path becomes.
+// Identifies a watched folder, even if its path changes.
 using FolderNumber = int;
 
 class FolderEvents {
@@ -26,15 +26,15 @@ public:
 
     int Number() const noexcept { return fEvents.Number(); }
 
-    // Watches a folder from now on, for all that was asked for it so far. Nothing where there is no
-    // such folder, or this user may not read it. Throws Error where the system takes no more.
+    // Watches a folder for this notice and those requested before. Nothing if the folder does not
+    // exist or the user may not read it. Throws Error if the system's limit is reached.
     std::optional<FolderNumber> Watch(std::filesystem::path const& folder, Notice notice);
 
     void Forget(FolderNumber folder) noexcept;
 
-    // Tells of some events that are waiting, in their order. name is the item of the folder, empty
-    // where the folder itself can no longer be watched. No number: the system lost events. Throws
-    // Error.
+    // Calls listener for waiting events, in order; there may be more. name: the item in the folder,
+    // empty if the folder itself can no longer be watched. No folder number: the system lost
+    // events. Throws Error.
     using Listener = std::function<void(std::optional<FolderNumber>, std::string_view name)>;
     void Read(Listener const& listener);
 

@@ -17,7 +17,7 @@ bool IsOctal(char c) noexcept {
     return c >= '0' && c <= '7';
 }
 
-// Takes the leading digits off text; how many there were.
+// Removes the leading digits from text. Returns their number.
 std::size_t TakeDigits(std::string_view& text) noexcept {
     std::size_t const count = std::min(text.find_first_not_of(kDigits), text.size());
     text.remove_prefix(count);
@@ -30,9 +30,8 @@ bool TakeOneOf(std::string_view& text, std::string_view choices) noexcept {
     return isThere;
 }
 
-// Throws a NotationError with a message made as printf makes it.
-[[noreturn, gnu::format(printf, 2, 3)]] void
-ThrowFault(std::size_t offset, char const* format, ...) {
+// Throws a NotationError with a message in the format of printf.
+[[noreturn, gnu::format(printf, 2, 3)]] void ThrowAt(std::size_t offset, char const* format, ...) {
     NotationError error = {.fOffset = offset, .fMessage = {}};
     std::va_list arguments;
     va_start(arguments, format);
@@ -56,7 +55,7 @@ enum class TokenKind { kEnd, kOpenDict, kCloseDict, kOpenArray, kCloseArray, kWo
 struct Token {
     TokenKind fKind;
     std::size_t fOffset;
-    std::string_view fText; // of a word or a text, without brackets and escapes
+    std::string_view fText; // of a string, unescaped and without parentheses
 };
 
 class NotationScanner {
@@ -82,7 +81,7 @@ public:
         case '(':
             return ReadText();
         case ')':
-            ThrowFault(start, "')' without a '(' before it");
+            ThrowAt(start, "')' without a '(' before it");
         default:
             return ReadWord();
         }
@@ -131,14 +130,14 @@ private:
             fDecoded.push_back(c);
         }
         NotationPlace const opened = PlaceOf(fText, start);
-        ThrowFault(
+        ThrowAt(
             fCursor,
             "the text opened at line %lu, column %lu is not closed",
             opened.fLine,
             opened.fColumn);
     }
 
-    // The cursor stands behind the backslash.
+    // REQUIRES: the cursor is after the backslash.
     void ReadEscape() {
         static constexpr std::string_view kNames = "()\\nrt";
         static constexpr std::string_view kMeanings = "()\\\n\r\t";
@@ -151,7 +150,7 @@ private:
         }
         std::size_t const which = kNames.find(fText[fCursor]);
         if (which == std::string_view::npos) {
-            ThrowFault(fCursor - 1, "unknown escape '\\%c'", fText[fCursor]);
+            ThrowAt(fCursor - 1, "unknown escape '\\%c'", fText[fCursor]);
         }
         ++fCursor;
         fDecoded.push_back(kMeanings[which]);
@@ -164,20 +163,20 @@ private:
             value = value * 8 + (fText[fCursor++] - '0');
         }
         if (value == 0) {
-            ThrowFault(start - 1, "a text cannot hold a zero byte");
+            ThrowAt(start - 1, "a text cannot contain a zero byte");
         }
         if (value > kMaxByte) {
-            ThrowFault(start - 1, "an octal escape goes up to \\377");
+            ThrowAt(start - 1, "an octal escape goes up to \\377");
         }
         return static_cast<char>(value);
     }
 
     std::string_view fText;
     std::size_t fCursor = 0;
-    String fDecoded; // of the last text
+    String fDecoded; // of the last quoted text
 };
 
-// A collection that is open: what it is, the key that waits for its value, where it was opened.
+// An open collection, the key that awaits its value, and the offset of its opening bracket.
 struct OpenCollection {
     POSObject* fCollection;
     AtomRef fKey;
@@ -190,7 +189,7 @@ double ReadNumber(Token const& word) {
     double value = 0;
     auto const [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
     if (error != std::errc()) {
-        ThrowFault(word.fOffset, "the number is out of range");
+        ThrowAt(word.fOffset, "the number is out of range");
     }
     return value;
 }
@@ -222,7 +221,7 @@ public:
             }
         } while (!fOpen.empty());
         if (Token const rest = fScanner.Next(); rest.fKind != TokenKind::kEnd) {
-            ThrowFault(rest.fOffset, "expected nothing more after the value");
+            ThrowAt(rest.fOffset, "expected nothing more after the value");
         }
         return std::move(fRoot);
     }
@@ -233,15 +232,15 @@ private:
                IsOfType(fOpen.back().fCollection, gDictType);
     }
 
-    // Takes what stands in the place of a value.
+    // Handles a token where a value is expected.
     void Take(Token const& token) {
         switch (token.fKind) {
         case TokenKind::kOpenDict:
-            TellElement(token.fOffset);
+            ReportElement(token.fOffset);
             Open(Unowned<POSObject>(NewObject<POSDict>()), token.fOffset);
             break;
         case TokenKind::kOpenArray:
-            TellElement(token.fOffset);
+            ReportElement(token.fOffset);
             Open(Unowned<POSObject>(NewObject<POSArray>()), token.fOffset);
             break;
         case TokenKind::kCloseArray:
@@ -249,7 +248,7 @@ private:
             break;
         case TokenKind::kWord:
         case TokenKind::kText:
-            TellElement(token.fOffset);
+            ReportElement(token.fOffset);
             Store(ReadScalar(token));
             break;
         case TokenKind::kCloseDict:
@@ -258,7 +257,7 @@ private:
         }
     }
 
-    // Takes what stands in the place of a key.
+    // Handles a token where a key is expected.
     void TakeKey(Token const& token) {
         switch (token.fKind) {
         case TokenKind::kWord:
@@ -274,12 +273,12 @@ private:
         case TokenKind::kEnd:
             ThrowUnclosed(token);
         default:
-            ThrowFault(token.fOffset, "expected a key or '>'");
+            ThrowAt(token.fOffset, "expected a key or '>'");
         }
     }
 
-    // Tells of what stands in an array, or alone.
-    void TellElement(std::size_t offset) {
+    // Reports the position of an element of an array, or of the root.
+    void ReportElement(std::size_t offset) {
         bool const isUnderKey = !fOpen.empty() && fOpen.back().fKey.Get();
         if (fListener && !isUnderKey) {
             std::size_t const index = fOpen.empty() ? 0 : CountChildren(*fOpen.back().fCollection);
@@ -297,7 +296,7 @@ private:
         if (!AddTo(*top.fCollection, key, *value)) {
             throw std::bad_alloc();
         }
-        // The collection keeps it alive from here on.
+        // Now owned by its collection.
         static_cast<void>(value.release());
     }
 
@@ -316,7 +315,7 @@ private:
 
     [[noreturn]] void ThrowUnclosed(Token const& end) const {
         NotationPlace const opened = PlaceOf(fScanner.Text(), fOpen.back().fOffset);
-        ThrowFault(
+        ThrowAt(
             end.fOffset,
             "the %s opened at line %lu, column %lu is not closed",
             NameOf(fOpen.back().fCollection),
@@ -324,24 +323,24 @@ private:
             opened.fColumn);
     }
 
-    // Says what is missing where no value stands.
+    // Throws an error that says what the value is missing for.
     [[noreturn]] void ThrowNoValue(Token const& token) const {
         if (fOpen.empty()) {
-            ThrowFault(token.fOffset, "expected a value");
+            ThrowAt(token.fOffset, "expected a value");
         }
         if (BIBStringAtom const* const key = fOpen.back().fKey) {
-            ThrowFault(token.fOffset, "expected a value for the key \"%.60s\"", key->Text());
+            ThrowAt(token.fOffset, "expected a value for the key \"%.60s\"", key->Text());
         }
         if (token.fKind == TokenKind::kEnd) {
             ThrowUnclosed(token);
         }
-        ThrowFault(token.fOffset, "expected a value or ']'");
+        ThrowAt(token.fOffset, "expected a value or ']'");
     }
 
     NotationScanner fScanner;
     PlaceListener* fListener; // may be null
     Vector<OpenCollection> fOpen;
-    Unowned<POSObject> fRoot; // holds every other value
+    Unowned<POSObject> fRoot; // owns all other values
 };
 
 } // namespace

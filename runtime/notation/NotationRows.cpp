@@ -1,4 +1,5 @@
-// The rows that read and write the object notation, and where in a text in it a path leads.
+// The rows that read and write the object notation, and the search for the position of a path in a
+// text.
 #include "api/BIBRuntime.h"
 #include "api/POSObjectInterface.h"
 #include "runtime/notation/Notation.h"
@@ -15,7 +16,7 @@ namespace bibrt {
 
 namespace {
 
-// A method of a stream of any making, or an error.
+// Finds a method of a stream, which may be a host's own. Null, or an error if there is none.
 template <class Proc>
 BIBError* FindStreamMethod(
     Proc& result, BIBPositionableStream const* stream, char const* name, char const* procType) {
@@ -23,7 +24,7 @@ BIBError* FindStreamMethod(
     return result ? nullptr : Failure("no such method");
 }
 
-// Writes text to stream through the method of its signature, in one piece.
+// Writes text to stream in one call of the stream's method.
 BIBError* WriteText(BIBPositionableStream* stream, String const& text) {
     BIBSimpleStreamWriteProc write = nullptr;
     if (BIBError* const error =
@@ -33,7 +34,7 @@ BIBError* WriteText(BIBPositionableStream* stream, String const& text) {
     return write(stream, reinterpret_cast<unsigned char const*>(text.data()), text.size());
 }
 
-// Writes object behind what text holds already.
+// Appends object to text and writes all of it to stream.
 BIBError* DumpBehind(String& text, POSObject* object, BIBPositionableStream* stream) {
     if (!object || !stream) {
         return BadArgument();
@@ -56,7 +57,7 @@ DebugDumpWithHeader(POSObject* object, BIBPositionableStream* stream, char const
     return AtStatusRow([&] {
         String text("% ");
         for (char const c : std::string_view(header ? header : "")) {
-            // A line end would bring the rest of the header out of the comment.
+            // A line end would end the comment.
             text.push_back(c == '\n' || c == '\r' ? ' ' : c);
         }
         text.push_back('\n');
@@ -76,7 +77,7 @@ BIBError* DebugDumpRewind(POSObject* object, BIBPositionableStream* stream) {
     return seek(stream, 0, kBIBSeekFromStart);
 }
 
-// The message of the thread's last CreateFromText that failed on its text.
+// The error message of the thread's last CreateFromText with an invalid text.
 constinit thread_local char gFindingText[256];
 
 char const* Describe(std::string_view text, NotationError const& error) noexcept {
@@ -91,7 +92,7 @@ char const* Describe(std::string_view text, NotationError const& error) noexcept
     return gFindingText;
 }
 
-// The value, or null with the reason in error.
+// The value, or null with the message in error.
 POSObject* ReadOrExplain(char const* objectText, char const*& error) {
     try {
         return ReadNotation(objectText);
@@ -113,7 +114,7 @@ POSObject* CreateFromText(char const* objectText, char const** errorText) {
 
 constexpr std::size_t kNone = std::size_t(-1);
 
-// Follows a path while a text is read.
+// Finds the position of a path while a text is read.
 class PlaceFinder final : public PlaceListener {
 public:
     explicit PlaceFinder(std::string_view path) noexcept : fPath(path) {}
@@ -132,7 +133,7 @@ public:
     std::size_t Found() const noexcept { return fFound; }
 
 private:
-    // A key that stands there again takes the place of the former one and of all that lay in it.
+    // A repeated key replaces the former one and everything inside it.
     void Note(std::size_t depth, std::size_t match, std::size_t offset) {
         fLevels.resize(depth + 1);
         Level& level = fLevels.back();
@@ -147,7 +148,7 @@ private:
         fFound = match == fPath.size() ? offset : fFound;
     }
 
-    // Where the step ends that begins at from; kNone when there is another.
+    // The end of the step that begins at from in the path; kNone if it is a different step.
     std::size_t MatchStep(std::size_t from, std::string_view step) const noexcept {
         if (from == kNone || from == fPath.size() || (from > 0 && fPath[from] != '/')) {
             return kNone;
@@ -164,8 +165,8 @@ private:
     }
 
     std::string_view fPath;
-    // Of each open collection, and of the value that is read: how much of the path led there, and
-    // how much of it led to the last value of that level that it led to at all.
+    // For each open collection and the current value: the length of the part of the path that leads
+    // there, and the same for the last value of this level that the path leads to.
     struct Level {
         std::size_t fMatch = kNone;
         std::size_t fLastMatch = kNone;
@@ -174,7 +175,7 @@ private:
     std::size_t fFound = kNone;
 };
 
-// The offset in text of what path leads to, or kNone.
+// The offset in text that path leads to, or kNone.
 std::size_t FindOffset(std::string_view text, std::string_view path) {
     try {
         PlaceFinder finder(path);

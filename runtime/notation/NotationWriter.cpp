@@ -9,10 +9,11 @@ namespace {
 
 constexpr std::size_t kIndent = 2;
 
-// Deeper lines stand no further to the right: the text stays in proportion to the value.
+// Deeper lines are not indented further, so the size of the text stays linear in the size of the
+// value.
 constexpr std::size_t kMaxIndentedLevels = 20;
 
-// Whole numbers up to here are written without an exponent.
+// Whole numbers below this are written without an exponent.
 constexpr double kMaxPlainNumber = 1e15;
 
 struct WriteFrame {
@@ -62,7 +63,8 @@ void AppendWord(String& out, std::string_view text) {
     }
 }
 
-// A comment that tells a kind, and perhaps a name, which must not end the line.
+// Appends a comment with the kind and the name, in which line ends become blanks: they would end
+// the comment.
 void AppendKind(String& out, std::string_view kind, std::string_view name) {
     out.append(" % ").append(kind);
     for (char const c : name) {
@@ -102,7 +104,7 @@ bool IsLow(unsigned unit) noexcept {
     return unit >= kFirstLow && unit < kPastLow;
 }
 
-// The code point at position, which moves behind it.
+// The code point at position. Moves position past it.
 unsigned
 NextCodePoint(unsigned short const* units, unsigned long length, unsigned long& position) noexcept {
     unsigned const unit = units[position++];
@@ -138,7 +140,7 @@ void AppendCodePoint(String& out, unsigned codePoint) {
     AppendTail(out, codePoint, 0);
 }
 
-// Appends the length units in UTF-8; half of a surrogate pair becomes U+FFFD.
+// Appends units in UTF-8; an unpaired surrogate becomes U+FFFD.
 void AppendUtf8(String& out, unsigned short const* units, unsigned long length) {
     unsigned long position = 0;
     while (position < length) {
@@ -170,7 +172,7 @@ void AppendLeaf(String& out, POSObject& object) {
     out.push_back('\n');
 }
 
-// Writes what opens object, or all of it. False when it contains itself.
+// Writes a leaf, or the opening bracket of a collection. False if object contains itself.
 bool AppendStart(String& out, WalkStack<WriteFrame>& stack, POSObject& object) {
     if (!IsCollection(&object)) {
         AppendLeaf(out, object);

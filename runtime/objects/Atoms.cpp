@@ -16,12 +16,17 @@ namespace {
 constexpr std::size_t kFirstChains = 256;
 constexpr std::size_t kMaxReleased = 1024;
 
-// A hash table of chains. Standard ones take two or three blocks for an atom and look for it twice
-// when it goes, which makes reading a file of many keys a quarter slower.
+// The table of all atoms, a hash table with chaining. Interning a text looks it up under the lock
+// and either adds a reference to its atom or creates the atom. When the count of an atom drops to
+// 0, the atom is not freed: it stays in the table and takes the next slot of a ring of kMaxReleased
+// slots. The atom that was in this slot, released kMaxReleased releases ago, is freed then. So a
+// text that is interned again soon gets its old atom and text pointer back; an atom that is
+// referenced again leaves its slot. Counts above 0 change without the lock (ChangeAbove); the steps
+// from 0 to 1 and from 1 to 0 are made under the lock only, so an atom found by a search cannot be
+// freed meanwhile. Immortal atoms are never counted and never freed.
 //
-// Counts fall to zero and rise from it under the lock only, so that an atom that is found cannot be
-// on its way out. A released atom stands in a ring, where the release of another one finds it
-// kMaxReleased releases later, unless somebody holds it again by then.
+// The standard containers allocate two or three blocks per atom and search twice to erase one,
+// which makes reading a file with many keys a quarter slower.
 class AtomTable {
 public:
     BIBStringAtom* Find(std::string_view text) noexcept {
@@ -71,7 +76,7 @@ public:
     }
 
 private:
-    // The end of a chain, or what refers to its first atom of which that is true.
+    // The link to the first atom of a chain that isWanted accepts, or the null link at its end.
     template <class IsWanted>
     BIBStringAtom*& SearchLocked(std::size_t hash, IsWanted isWanted) noexcept {
         BIBStringAtom** link = &fChains[hash % fChains.size()];
@@ -127,7 +132,7 @@ private:
             return;
         }
         ++fLive;
-        // A new one was never released.
+        // A new atom is not in the ring, so its slot number 0 may be the slot of another atom.
         if (BIBStringAtom*& place = PlaceOf(atom); place == &atom) {
             place = nullptr;
         }
@@ -145,13 +150,14 @@ private:
     unsigned long fLive = 0;
 };
 
-// Never destroyed: atoms may be released by whatever runs last in the process.
+// Never destroyed: atoms may be released by the last code that runs in the process.
 AtomTable& Table() {
     static auto* const kTable = new AtomTable;
     return *kTable;
 }
 
-// Changes a count that stays above least, which needs no lock. False when it is not above.
+// Adds change to a count above minimum, without the lock. False, with nothing changed, for another
+// count.
 bool ChangeAbove(unsigned long least, BIBStringAtom& atom, long change) noexcept {
     unsigned long refs = atom.fRefs.load(std::memory_order_relaxed);
     while (refs > least) {
@@ -163,7 +169,7 @@ bool ChangeAbove(unsigned long least, BIBStringAtom& atom, long change) noexcept
     return false;
 }
 
-// The rows.
+// The rows of the table.
 
 BIBStringAtom* NewStringAtom(char const* text) {
     return text ? AtRow<BIBStringAtom*>(nullptr, [&] { return InternText(text); }) : nullptr;

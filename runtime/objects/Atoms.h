@@ -1,8 +1,7 @@
-// Interned texts.
+// Atoms: interned texts.
 //
-// One text has one atom, and so one text pointer, as long as anybody holds it and until 1,024 more
-// have been released: it comes back when its text is asked for again. Everything here is thread
-// safe.
+// Equal texts share one atom, and so one text pointer, while the atom is referenced and until 1,024
+// other atoms have been released after it. All functions are thread safe.
 #pragma once
 
 #include "api/BIBStringInterface.h"
@@ -12,53 +11,53 @@
 #include <string_view>
 #include <utility>
 
-// In one block with its text, a zero byte behind it. All but the text belongs to the table of
-// atoms.
+// One block holds the atom, its text and a terminating zero byte. All members but the text belong
+// to the atom table.
 struct BIBStringAtom {
     char const* Text() const noexcept { return fText.data(); }
 
     std::string_view fText;
     std::size_t fHash;
-    BIBStringAtom* fNext; // in its chain
+    BIBStringAtom* fNext; // next atom in the hash chain
     std::atomic<unsigned long> fRefs = 0;
-    std::size_t fReleasedAs = 0; // of a released one: which release it was
-    bool fIsImmortal = false;    // never counted
+    std::size_t fReleasedAs = 0; // number of its last release
+    bool fIsImmortal = false;    // lives until the process ends; not counted
 };
 
 namespace bibrt {
 
-// The atom of text with a reference for the caller. Throws std::bad_alloc. REQUIRES: no NUL in
-// text.
+// The atom of text, with a reference for the caller. Throws std::bad_alloc. REQUIRES: no zero byte
+// in text.
 BIBStringAtom* InternText(std::string_view text);
 
-// The text of the atom of text, which then lives as long as the process. Throws std::bad_alloc.
+// The text pointer of the atom of text, which is never freed from now on. Throws std::bad_alloc.
 char const* InternForever(char const* text);
 
-// The atom of text if there is one, without a reference: good for a comparison of pointers.
+// The atom of text, without a reference, for comparing pointers; null if there is none.
 BIBStringAtom* FindAtom(std::string_view text) noexcept;
 
-// Adds a reference, gives one up. Both accept null.
+// Add and release a reference. Null is ignored.
 void AddAtomRef(BIBStringAtom* atom) noexcept;
 void ReleaseAtom(BIBStringAtom* atom) noexcept;
 
-// The atom whose text it is; null for null. REQUIRES: text is the text pointer of an atom.
+// The atom that text belongs to; null for null. REQUIRES: text is the text pointer of an atom.
 inline BIBStringAtom* AtomOfText(char const* text) noexcept {
     return text ? FindAtom(text) : nullptr;
 }
 
-// The text; null for null.
+// The text pointer of an atom; null for null.
 inline char const* TextOf(BIBStringAtom const* atom) noexcept {
     return atom ? atom->Text() : nullptr;
 }
 
-// The atoms that somebody holds.
+// The number of referenced atoms, without immortal ones.
 unsigned long CountLiveAtoms() noexcept;
 
-// One reference on an atom, or none.
+// Owns one reference to an atom, or none.
 class AtomRef {
 public:
     AtomRef() noexcept = default;
-    // Takes over a reference of the caller's.
+    // Adopts a reference of the caller.
     explicit AtomRef(BIBStringAtom* adopted) noexcept : fAtom(adopted) {}
     AtomRef(AtomRef&& other) noexcept : fAtom(std::exchange(other.fAtom, nullptr)) {}
     AtomRef& operator=(AtomRef&& other) noexcept {
@@ -69,7 +68,7 @@ public:
     AtomRef& operator=(AtomRef const&) = delete;
     ~AtomRef() { ReleaseAtom(fAtom); }
 
-    // A reference of its own on atom (may be null).
+    // Adds a reference to atom, which may be null, and owns it.
     static AtomRef Share(BIBStringAtom* atom) noexcept {
         AddAtomRef(atom);
         return AtomRef(atom);
@@ -78,7 +77,7 @@ public:
     BIBStringAtom* Get() const noexcept { return fAtom; }
     operator BIBStringAtom*() const noexcept { return fAtom; }
     BIBStringAtom* operator->() const noexcept { return fAtom; }
-    // Hands the reference to the caller.
+    // Passes the reference to the caller.
     BIBStringAtom* Release() noexcept { return std::exchange(fAtom, nullptr); }
 
 private:

@@ -1,7 +1,7 @@
-// The cache: ids that name data which may be dropped at any time.
+// The cache: ids of data that may be dropped at any time.
 //
-// One lock guards everything; the procedures of callers are called outside it, and any thread may
-// call any row.
+// One lock protects all data. Callers' procedures are called without it, and any thread may call
+// any row.
 #include "api/BIBCacheInterface.h"
 
 #include "runtime/objects/Container.h"
@@ -21,12 +21,12 @@ namespace {
 
 using CacheIDs = std::list<BIBCacheID*, CallerAllocator<BIBCacheID*>>;
 
-// The node of an id, which enters lists and leaves them without memory.
+// The list node of an id. It moves between lists without allocating.
 class CacheLink {
 public:
     explicit CacheLink(BIBCacheID* id) : fHome{id} {}
 
-    // Leaves its list and goes to the end of that one.
+    // Moves the node from its list to the end of another.
     void MoveTo(CacheIDs& list) noexcept {
         list.splice(list.end(), *fList, fNode);
         fList = &list;
@@ -34,7 +34,7 @@ public:
     void Leave() noexcept { MoveTo(fHome); }
 
 private:
-    CacheIDs fHome; // where the node is while it stands in no list
+    CacheIDs fHome; // holds the node while it is in no list
     CacheIDs* fList = &fHome;
     CacheIDs::iterator fNode = fHome.begin();
 };
@@ -45,8 +45,8 @@ struct Purger {
     void (*fProc)(void*) = nullptr;
 };
 
-// Data on its way out of the cache. Declared before the lock is taken: its purge procedure is
-// called when this goes.
+// Data that leaves the cache; its destructor calls the purge procedure. Declared before the lock is
+// taken, so that the procedure runs after the lock is released.
 using DroppedData = std::unique_ptr<void, Purger>;
 
 } // namespace
@@ -61,8 +61,8 @@ struct BIBCacheID {
     unsigned long fLocks = 0;
     unsigned long fLastUse = 0;
     BIBCacheSet* fSet = nullptr;
-    bibrt::CacheLink fAge{this};        // among the ids with data
-    bibrt::CacheLink fMembership{this}; // in its set
+    bibrt::CacheLink fAge{this};        // in the list of ids with data
+    bibrt::CacheLink fMembership{this}; // in the list of its set
 };
 
 struct BIBCacheSet {
@@ -71,7 +71,7 @@ struct BIBCacheSet {
 };
 
 struct BIBCachePurge {
-    unsigned long fLatestUse; // entries that were used after this stay
+    unsigned long fLatestUse; // entries used after this time are kept
 };
 
 namespace bibrt {
@@ -80,15 +80,15 @@ namespace {
 
 struct ClientPurge {
     void (*fProc)();
-    unsigned long fAdded; // when
+    unsigned long fAdded; // the cache time at which it was added
 };
 
 struct Cache {
     std::mutex fLock;
-    CacheIDs fByAge; // the ids with data, the one used longest ago first
+    CacheIDs fByAge; // the ids with data, the least recently used first
     unsigned long fTime = 0;
     unsigned long fSize = 0;
-    std::vector<ClientPurge> fClientPurges; // in the order of their adding
+    std::vector<ClientPurge> fClientPurges; // in the order of fAdded
 };
 
 // Never destroyed.
@@ -123,7 +123,7 @@ void LeaveSet(Lock const& /*cache*/, BIBCacheID& id) noexcept {
     id.fMembership.Leave();
 }
 
-// The rows.
+// The rows of the table.
 
 BIBCacheID* NewCacheID() {
     return AtRow<BIBCacheID*>(nullptr, [] { return NewObject<BIBCacheID>(); });
@@ -218,8 +218,8 @@ BIBCachePurge* NewCachePurge() {
         nullptr, [] { return NewObject<BIBCachePurge>(BIBCachePurge{GetCacheTime()}); });
 }
 
-// Drops the entry that was used longest ago, unlocked, and not after that time. Says whether there
-// was one, and its cost.
+// Drops the least recently used unlocked entry, unless it was used after latestUse. False if there
+// is no such entry; otherwise sets cost to the cost of the entry.
 bool PurgeOldest(unsigned long latestUse, unsigned long& cost) {
     DroppedData dropped;
     Lock const cache;
@@ -236,7 +236,7 @@ bool PurgeOldest(unsigned long latestUse, unsigned long& cost) {
 int PurgeNextBlock(BIBCachePurge* purge, unsigned long* cost) {
     unsigned long freed = 0;
     bool const isFound = purge && PurgeOldest(purge->fLatestUse, freed);
-    // Stored last, once the purge procedure has run: it may look at what the caller has there.
+    // Stored after the purge procedure has run, which may read the caller's value.
     if (cost) {
         *cost = freed;
     }
@@ -247,7 +247,8 @@ void DeleteCachePurge(BIBCachePurge* purge) {
     DeleteObject(purge);
 }
 
-// The first that was added after a time and not after another; null for none.
+// The first procedure added after one time and not after another; null if there is none. Sets after
+// to its time.
 void (*NextClientPurge(unsigned long& after, unsigned long until))() {
     Lock const cache;
     auto const next =
@@ -259,8 +260,8 @@ void (*NextClientPurge(unsigned long& after, unsigned long until))() {
     return next->fProc;
 }
 
-// By the time of adding, not by position: a procedure may remove itself and others, and add some,
-// which are not called any more. One that throws ends it.
+// Iterates by time of addition, not by position: a procedure may remove itself and others, and may
+// add new ones, which are not called. An exception of a procedure ends the iteration.
 void PurgeAllStaticCaches() {
     unsigned long const until = GetCacheTime();
     unsigned long after = 0;
@@ -332,7 +333,7 @@ std::size_t CountMembers(BIBCacheSet const& set) {
     return set.fMembers.size();
 }
 
-// Moves the first id of a set to its end and drops its data.
+// Moves the first id of a set to the end of the set and drops its data.
 void DropFirst(BIBCacheSet& set) {
     DroppedData dropped;
     Lock const cache;
@@ -347,7 +348,7 @@ void RemoveIDs(BIBCacheSet* set) {
     if (!set) {
         return;
     }
-    // A purge procedure may give up what seemed the last reference.
+    // A purge procedure may release what would otherwise be the last reference.
     AddRefCacheSet(set);
     for (std::size_t count = CountMembers(*set); count != 0; --count) {
         DropFirst(*set);

@@ -17,7 +17,7 @@ BIBContainer::~BIBContainer() {
         bibrt::CallDeleteProc(entry->fDeleteProc, entry->fInstance);
         bibrt::DeleteObject(entry);
     }
-    // The texts of a type are there forever.
+    // The names of a type are immortal atoms.
     if (fPrimary.instanceName != fType->fInstanceName) {
         bibrt::ReleaseAtom(bibrt::AtomOfText(fPrimary.instanceName));
     }
@@ -36,7 +36,14 @@ constinit ContainerType gHostContainerType = {
 
 namespace {
 
-// The containers that this thread has still to destroy, and whether it is at it.
+// Iterative destruction. A container that loses its last reference goes into a list of its thread,
+// linked through fNextDoomed, which needs no memory. The first call of Destroy on the thread takes
+// containers from the list and destroys them one by one. Destroying a collection releases its
+// children; a child that loses its last reference only joins the list, because Destroy is running
+// already, and returns at once. So the stack does not grow with the nesting. Scalars reference no
+// container and are destroyed immediately. A delete procedure of a client may rely on the effects
+// of a release that it makes; CallDeleteProc therefore gives it an empty list of its own, which is
+// processed before that release returns.
 struct Doomed {
     BIBContainer* fFirst = nullptr;
     bool fIsRunning = false;
@@ -44,7 +51,7 @@ struct Doomed {
 
 constinit thread_local Doomed gDoomed;
 
-// Takes one reference off if there is any; how many there were.
+// Removes one reference if there is any. Returns the count before.
 long TakeOne(BIBContainer& container) noexcept {
     std::atomic_ref const refs(container.fRefs);
     long before = refs;
@@ -246,7 +253,7 @@ BIBError* RegisterInstance(
     });
 }
 
-// Looks a method up in one of the two ways of the registry.
+// Finds a method by one of the two searches of the registry.
 BIBError* GetMethodBy(
     void* (Registry::*find)(ProcName const&) const noexcept,
     void** result,

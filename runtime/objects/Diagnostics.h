@@ -1,18 +1,16 @@
-// What tests and tools may ask of the runtime: what is alive, how much was done, and failures on
-// demand. Any thread may call these. The counts of things that other threads are making or
-// destroying meanwhile are those of some moment.
+// Diagnostics for tests and tools: counts of live objects and of operations, and injected failures.
+// Thread safe; while other threads create or destroy objects, a count is a snapshot.
 #pragma once
 
 #include "api/BIBRuntime.h"
 
 namespace bibrt {
 
-// What callers made and nobody has given up yet. What the runtime keeps for itself is not among it:
-// registered rows, the texts of released atoms, the core errors and the names of the built-in
-// types.
+// The objects that callers made and have not released. Objects of the runtime itself do not count:
+// registered rows, atoms that are released, core errors and the names of built-in types.
 struct LiveCounts {
     unsigned long fContainers;
-    unsigned long fBlocks; // of the allocator, whoever asked for them
+    unsigned long fBlocks; // of the runtime's allocator, for callers or for itself
     unsigned long fAtoms;
     unsigned long fErrors;
     unsigned long fSharedBuffers;
@@ -20,21 +18,21 @@ struct LiveCounts {
     friend bool operator==(LiveCounts const&, LiveCounts const&) = default;
 };
 
-// The things that are alive now.
+// The current counts.
 BIBRT_EXPORT LiveCounts CountLive() noexcept;
 
-// All that follows exists in builds with PDFSETTINGS_FAILURE_HOOKS only.
+// The functions below are defined only in builds with PDFSETTINGS_FAILURE_HOOKS.
 
-// The allocations and the stream operations that were attempted so far, failed ones among them.
+// The attempts so far, including failed ones.
 BIBRT_EXPORT unsigned long CountAllocations() noexcept;
 BIBRT_EXPORT unsigned long CountStreamOperations() noexcept;
 
-// Makes the n-th attempt from now fail, where 1 is the next one, or it and every later one. A new
-// order replaces the one before.
+// Make the n-th attempt from now fail, where 1 is the next one, or this and every later one. A new
+// call replaces the former one.
 BIBRT_EXPORT void FailAllocation(unsigned long n, bool andAllLater) noexcept;
 BIBRT_EXPORT void FailStreamOperation(unsigned long n, bool andAllLater) noexcept;
 
-// Takes both orders back.
+// Cancels both.
 BIBRT_EXPORT void ResetFailures() noexcept;
 
 } // namespace bibrt

@@ -10,7 +10,7 @@ namespace {
 
 constexpr char const* kComponent = "BIB";
 
-// Set at the start, before any row can be reached, and never freed.
+// Set at the start of the runtime, before any row can be called, and never freed.
 BIBError* gUnknownError = nullptr;
 BIBError* gMemoryError = nullptr;
 
@@ -30,7 +30,7 @@ BIBError* MakeError(char const* message, char const* component, long id) {
     return NewObject<BIBError>(std::move(messageAtom), std::move(componentAtom), id);
 }
 
-// The rows.
+// The rows of the table.
 
 BIBError* NewError(
     char const* message, char const* component, long id, void* info, void (*infoFreeProc)(void*)) {

@@ -1,5 +1,5 @@
-// The runtime's errors, and what stands between its rows and its own exceptions. Reference counts
-// are thread safe; an error never changes.
+// The runtime's errors, and the conversion of its own exceptions to results of rows. Reference
+// counts are thread safe; errors are immutable.
 #pragma once
 
 #include "api/BIBErrorInterface.h"
@@ -10,7 +10,7 @@
 #include <new>
 #include <stdexcept>
 
-// A counted error. Core errors live as long as the process and are not counted.
+// A reference-counted error. Core errors live until the process ends and are not counted.
 struct BIBError : bibrt::Counted<BIBError> {
     BIBError(bibrt::AtomRef message, bibrt::AtomRef component, long id) noexcept
         : fMessage(std::move(message)),
@@ -20,7 +20,7 @@ struct BIBError : bibrt::Counted<BIBError> {
     BIBError& operator=(BIBError const&) = delete;
     ~BIBError();
 
-    // The runtime keeps it from now on.
+    // From now on the error is owned by the runtime, and not counted.
     void MakeImmortal() noexcept {
         fIsImmortal = true;
         LeaveOut();
@@ -37,24 +37,24 @@ struct BIBError : bibrt::Counted<BIBError> {
 
 namespace bibrt {
 
-// An error of the runtime's own, component "BIB", with a reference for the caller; the memory error
-// when memory runs out. Never null.
+// A new error of the component "BIB", with a reference for the caller; the memory error if memory
+// runs out. Never null.
 BIBError* Failure(char const* message) noexcept;
 
-// The core error for memory that ran out; it needs no memory.
+// The core error for running out of memory. Allocates nothing.
 BIBError* MemoryError() noexcept;
 
-// What a row says to arguments that it cannot work with.
+// The error for invalid arguments of a row, with a reference for the caller.
 BIBError* BadArgument() noexcept;
 
-// Gives a reference up. Accepts null.
+// Releases a reference. Null is ignored.
 void ReleaseError(BIBError* error) noexcept;
 
-// Makes the core errors. Throws std::bad_alloc; may be called again then.
+// Makes the core errors. Throws std::bad_alloc, and may be called again after that.
 void StartErrors();
 
-// The result of work, or failure when memory runs out in it. Other exceptions pass, and all of them
-// while isInCaller tells that work is in a caller's procedure.
+// Returns the result of work, or failure if work runs out of memory. Other exceptions propagate;
+// all of them do while isInCaller is true, that is, while work runs a caller's procedure.
 template <class Result, class Work>
 Result AtRow(Result failure, Work work, bool const& isInCaller = false) {
     try {
@@ -64,7 +64,7 @@ Result AtRow(Result failure, Work work, bool const& isInCaller = false) {
             throw;
         }
     } catch (std::length_error const&) {
-        // A standard container was asked for more than its size type can count.
+        // A standard container reached its maximum size.
         if (isInCaller) {
             throw;
         }
@@ -72,14 +72,14 @@ Result AtRow(Result failure, Work work, bool const& isInCaller = false) {
     return failure;
 }
 
-// The status that work gives, or the memory error when memory runs out in it.
+// Returns the status of work, or the memory error if work runs out of memory.
 template <class Work>
 BIBError* AtStatusRow(Work work) {
     return AtRow<BIBError*>(MemoryError(), work);
 }
 
-// The status of a row that gives something through result: null there to begin with, and work runs
-// for good arguments only.
+// The status of a row that returns an object through result. Sets *result to null first, and runs
+// work only for valid arguments.
 template <class T, class Work>
 BIBError* AtResultRow(T** result, bool areArgumentsGood, Work work) {
     if (result) {

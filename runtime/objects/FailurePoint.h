@@ -1,4 +1,4 @@
-// A place that can be made to fail on demand, and that counts how often it was passed. For tests.
+// An operation that tests can make fail, and that counts its attempts.
 #pragma once
 
 #include <atomic>
@@ -9,23 +9,23 @@ namespace bibrt {
 // Thread safe.
 class FailurePoint {
 public:
-    // Counts an attempt. True when it is to fail.
+    // Counts an attempt. True if it must fail.
     bool Attempt() noexcept {
         unsigned long const number = ++fAttempts;
         unsigned long const first = fFirst;
         return number == first || (number > first && fAllLater);
     }
 
-    // The attempts so far.
+    // The number of attempts so far.
     unsigned long Count() const noexcept { return fAttempts; }
 
-    // Makes the n-th attempt from now fail, or it and all later ones.
+    // Makes the n-th attempt from now fail, where 1 is the next one, or this and all later ones.
     void Arm(unsigned long n, bool andAllLater) noexcept {
         fAllLater = andAllLater;
         fFirst = Count() + n;
     }
 
-    // Lets every attempt succeed.
+    // Makes every attempt succeed.
     void Disarm() noexcept {
         fFirst = kNever;
         fAllLater = false;
@@ -39,8 +39,8 @@ private:
     std::atomic<bool> fAllLater = false;
 };
 
-// Where allocations and stream operations are counted and made to fail, in builds with
-// PDFSETTINGS_FAILURE_HOOKS. In others nothing fails on demand and nothing is left of this.
+// Count allocations and stream operations, and inject failures into them, in builds with
+// PDFSETTINGS_FAILURE_HOOKS. In other builds the calls compile to nothing.
 #ifdef PDFSETTINGS_FAILURE_HOOKS
 extern FailurePoint gAllocationPoint;
 extern FailurePoint gStreamPoint;

@@ -1,4 +1,4 @@
-// The procedures that a client asks for first, and the error channel behind one of them.
+// The bootstrap procedures that a client looks up first, and the error channel.
 
 #include "api/BIBBootstrap.h"
 #include "api/BIBRuntime.h"
@@ -14,7 +14,7 @@
 #include <utility>
 
 // clang-format off
-// The interfaces, whose tables are defined beside their procedures.
+// The interfaces. Each table is defined in the file of its procedures.
 #define BIBRT_INTERFACES(TABLE) \
     TABLE(BIBMemoryInterface) \
     TABLE(BIBStringInterface) \
@@ -62,7 +62,7 @@ std::mutex gChannelLock;
 constinit ErrorChannel gChannel;
 thread_local constinit ErrorChannel gThreadChannel{nullptr, nullptr};
 
-// Never destroyed: calls may come while the process ends.
+// Never destroyed: calls may be made while the process ends.
 std::recursive_mutex& CallsLock() {
     static auto& lock = *new std::recursive_mutex;
     return lock;
@@ -76,7 +76,7 @@ ErrorChannel CurrentChannel() {
     return gChannel;
 }
 
-// The rows.
+// The rows of the bootstrap table.
 
 int BIBRegisterProcAddress(
     char const* interfaceName, char const* procName, char const* procType, void* proc) {
@@ -110,7 +110,7 @@ struct BootstrapProcs {
     BIB_BOOTSTRAP_ROWS(BIB_TABLE_SLOT)
 };
 
-// Unlike all other rows these are found under their own name in place of a proc type.
+// Unlike all other rows, these are registered with their own name as the procedure type.
 #define BIBRT_NAME_TWICE(name, procType) {#name, #name},
 
 BuiltInTable BootstrapTable() noexcept {
@@ -147,7 +147,7 @@ void StartType(ContainerType& type) {
     }
 }
 
-// Makes what every row may count on. Throws std::bad_alloc, and then may be called again.
+// Creates what all rows rely on. Throws std::bad_alloc, and may be called again after that.
 bool StartRuntime() {
     StartErrors();
     for (ContainerType* const type : kTypes) {

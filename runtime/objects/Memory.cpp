@@ -11,12 +11,12 @@ namespace bibrt {
 
 namespace {
 
-// What callers ask for carries its size in front.
+// Blocks for callers begin with their size.
 struct alignas(std::max_align_t) BlockHeader {
     std::size_t fSize;
 };
 
-// Sanitized allocators stop the program for sizes from twice this on instead of giving null.
+// Sanitizers abort the program for sizes of twice this or more, instead of returning null.
 constexpr std::size_t kMaxBlock = std::size_t(1) << 39;
 
 constinit std::atomic<unsigned long> gLiveBlocks = 0;

@@ -1,8 +1,8 @@
-// The one allocator of the runtime, for all that it makes for callers. Blocks are counted, as are
-// the objects of the classes that callers hold. Thread safe.
+// The runtime's allocator for everything that it makes for callers. It counts blocks, and the
+// objects of the classes that callers reference. Thread safe.
 //
 // The tables that the runtime keeps until the process ends use the standard allocator and call
-// ExpectMemory, so that no caller's count shows them.
+// ExpectMemory instead, so that they do not appear in callers' counts.
 #pragma once
 
 #include <atomic>
@@ -15,20 +15,20 @@
 
 namespace bibrt {
 
-// A block of size bytes, aligned for every type; null when memory runs out and for a size that no
+// A block of size bytes, aligned for every type. Null if memory runs out, and for a size that no
 // machine has.
 void* AllocBlock(std::size_t size) noexcept;
 
-// Frees a block. Accepts null.
+// Frees a block. Null is ignored.
 void FreeBlock(void* block) noexcept;
 
-// The blocks that are there.
+// The number of allocated blocks.
 unsigned long CountLiveBlocks() noexcept;
 
-// Counts as an allocation. Throws std::bad_alloc when it is to fail on demand.
+// Counts as an allocation. Throws std::bad_alloc if a failure is injected.
 void ExpectMemory();
 
-// Gives standard containers the allocator. Throws std::bad_alloc.
+// Lets standard containers use the allocator. Throws std::bad_alloc.
 template <class T>
 struct CallerAllocator {
     // NOLINTBEGIN(readability-identifier-naming, bugprone-sizeof-expression): the standard's names,
@@ -61,8 +61,8 @@ struct FreeBlockDeleter {
     void operator()(void* block) const noexcept { FreeBlock(block); }
 };
 
-// An object in a block of its own with extra bytes behind it. Throws std::bad_alloc, and whatever
-// the constructor throws. REQUIRES: extra far below the range of its type, see kMaxExtra.
+// A new object in its own block, followed by extra bytes. Throws std::bad_alloc, and what the
+// constructor throws. REQUIRES: extra <= kMaxExtra.
 template <class T, class... Args>
 T* NewObjectWith(std::size_t extra, Args&&... args) {
     std::unique_ptr<void, FreeBlockDeleter> block(AllocBlock(sizeof(T) + extra));
@@ -79,10 +79,10 @@ T* NewObject(Args&&... args) {
     return NewObjectWith<T>(0, std::forward<Args>(args)...);
 }
 
-// The most extra bytes that NewObjectWith may be asked for; more than any machine can give.
+// The maximum of extra bytes for NewObjectWith; more than any machine has.
 inline constexpr std::size_t kMaxExtra = std::size_t(1) << 60;
 
-// Destroys an object of NewObject and frees its block. Accepts null.
+// Destroys an object made by NewObject and frees its block. Null is ignored.
 template <class T>
 void DeleteObject(T* object) noexcept {
     if (object) {
@@ -91,7 +91,7 @@ void DeleteObject(T* object) noexcept {
     }
 }
 
-// The base of a class whose objects are counted. Thread safe.
+// The base of a class whose live objects are counted. Thread safe.
 template <class T>
 class Counted {
 public:
@@ -103,7 +103,7 @@ public:
     ~Counted() { --fLive; }
 
 protected:
-    // For an object that the runtime keeps.
+    // No longer counts an object, which the runtime owns from now on.
     static void LeaveOut() noexcept { --fLive; }
 
 private:

@@ -87,6 +87,7 @@ bool Registry::Remove(std::string_view interfaceName) noexcept {
     if (auto const parent = fParents.find(interfaceName); parent != fParents.end()) {
         fParents.erase(parent);
     }
+    // The counter skips 0, which stands for "never read". Clients read it without the lock.
     unsigned long const next = fUnregisterCount + 1;
     std::atomic_ref(fUnregisterCount).store(next == 0 ? 1 : next, std::memory_order_release);
     return hadRows;

@@ -18,7 +18,7 @@ BIBSharedBuffer* NewBuffer(
     if (!block && size > kMaxExtra) {
         return nullptr;
     }
-    // A buffer that allocates its bytes has nothing to call a procedure on.
+    // A buffer that allocates its own bytes never calls a delete procedure.
     return AtRow<BIBSharedBuffer*>(nullptr, [&] {
         return NewObjectWith<BIBSharedBuffer>(
             block ? 0 : size, block, size, block ? deleteProc : nullptr);

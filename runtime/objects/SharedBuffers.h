@@ -1,4 +1,4 @@
-// Counted blocks of bytes. Reference counts are thread safe.
+// Reference-counted byte buffers. Reference counts are thread safe.
 #pragma once
 
 #include "api/BIBSharedBuffInterface.h"
@@ -8,7 +8,7 @@
 #include <cstddef>
 #include <memory>
 
-// A buffer whose bytes stand behind the structure or in a block that was taken over.
+// A buffer. Its bytes follow the structure, or lie in a block that it adopted.
 struct alignas(std::max_align_t) BIBSharedBuffer : bibrt::Counted<BIBSharedBuffer> {
     BIBSharedBuffer(void* block, unsigned long size, void (*deleteProc)(void*)) noexcept
         : fData(block ? block : this + 1),
@@ -21,12 +21,12 @@ struct alignas(std::max_align_t) BIBSharedBuffer : bibrt::Counted<BIBSharedBuffe
     std::atomic<long> fRefs = 1;
     void* fData; // never null
     unsigned long fSize;
-    void (*fDeleteProc)(void*); // null: nothing is called on the bytes
+    void (*fDeleteProc)(void*); // null: no procedure is called
 };
 
 namespace bibrt {
 
-// Adds a reference, gives one up. Both accept null.
+// Add and release a reference. Null is ignored.
 void AddBufferRef(BIBSharedBuffer* buffer) noexcept;
 void ReleaseBuffer(BIBSharedBuffer* buffer) noexcept;
 
@@ -34,7 +34,7 @@ struct ReleaseBufferDeleter {
     void operator()(BIBSharedBuffer* buffer) const noexcept { ReleaseBuffer(buffer); }
 };
 
-// A counted reference, which was the caller's, or none.
+// Owns a reference to a buffer, or none. A raw pointer passes its reference to this.
 using BufferRef = std::unique_ptr<BIBSharedBuffer, ReleaseBufferDeleter>;
 
 } // namespace bibrt

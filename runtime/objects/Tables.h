@@ -1,5 +1,5 @@
-// How the runtime's own tables are written: procedures of the names of the rows, put into the typed
-// structure, so that the compiler checks each signature.
+// Defining the runtime's tables: procedures named like the rows fill the typed structure, so that
+// the compiler checks each signature.
 #pragma once
 
 #include "api/BIBTable.h"
@@ -8,14 +8,13 @@
 
 namespace bibrt {
 
-// The names of a row.
+// The names of one row.
 struct RowName {
     char const* fName;
     char const* fProcType;
 };
 
-// A whole table: its interface, its rows, and the structure of procedure pointers in the same
-// order.
+// A table: its interface, the names of its rows, and its procedure pointers in the same order.
 struct BuiltInTable {
     char const* fInterface;
     RowName const* fRows;
@@ -23,7 +22,7 @@ struct BuiltInTable {
     std::size_t fCount;
 };
 
-// The table of rows and procs, which both must live on.
+// The table of rows and procs. REQUIRES: both outlive the result.
 template <std::size_t kCount, class Procs>
 constexpr BuiltInTable
 MakeTable(char const* interfaceName, RowName const (&rows)[kCount], Procs const& procs) {
@@ -31,15 +30,15 @@ MakeTable(char const* interfaceName, RowName const (&rows)[kCount], Procs const&
     return {interfaceName, rows, &procs, kCount};
 }
 
-// NOLINTBEGIN(bugprone-macro-parentheses): names of types, members and functions stand in no
+// NOLINTBEGIN(bugprone-macro-parentheses): names of types, members and functions are in no
 // brackets.
 // clang-format off
-// A row's procedure: the one of its name in scope.
+// Initializes a row with the procedure of the same name in scope.
 #define BIBRT_TABLE_PROC(operation, procType) .operation = &operation,
 
-// Defines the table of an interface, in a function that is named after it, and checks the count of
-// its rows: an interface NAME has a structure _t_NAME and rows ROWS. Method tables are registered
-// under the name of the objects that have them.
+// Defines the table of an interface in a function named after it, and checks the number of its
+// rows. An interface NAME has a structure _t_NAME and a row list ROWS. The table of methods of a
+// class of objects is registered under the signature of the objects.
 #define BIBRT_DEFINE_OBJECT_TABLE(interface, registeredName, ROWS, count)         \
     BuiltInTable interface##Table() noexcept {                                    \
         static constexpr RowName kRows[] = {ROWS(BIB_TABLE_NAMES)};               \

@@ -1,6 +1,6 @@
-// The validator on a schema, and what its parts share: its checks, its messages, its rules.
+// The validator on a schema, and what its parts share: checks, messages and rules.
 //
-// docs/schema.md describes schemas, rules and messages. Not thread safe, apart from its reference
+// docs/schema.md describes schemas, rules and messages. Not thread safe, except for the reference
 // count.
 #pragma once
 
@@ -11,7 +11,7 @@ namespace bibrt {
 
 extern ContainerType gStructValidatorType;
 
-// A check that a host registered. A copy can be called whatever happens to the validator.
+// A check registered by a host. A copy stays callable whatever happens to the validator.
 struct Check {
     POSValidatorCheckCallback fProc = nullptr; // null: no check
     void const* fUserData = nullptr;
@@ -25,10 +25,10 @@ struct POSValidator : BIBContainer {
     // Throws std::bad_alloc.
     void SetCheck(BIBStringAtom* name, bibrt::Check const& check);
 
-    // No check when none has the name.
+    // The check of that name; one without a procedure if there is none.
     bibrt::Check FindCheck(BIBStringAtom const* name) const noexcept;
 
-    // The structure of that name, or null; null too when one of the two lost something.
+    // The structure of that name, or null. Null too if the schema or the structure is invalid.
     POSDict* FindStructure(BIBStringAtom const* name) const noexcept;
 
     bibrt::Ref<POSDict> fSchema;
@@ -46,17 +46,17 @@ private:
 
 namespace bibrt {
 
-// Hands messages to a host's procedure, which may be null.
+// Passes messages to a host's procedure, which may be null.
 class MessageSink {
 public:
     explicit MessageSink(POSValidatorErrorCallback proc) noexcept : fProc(proc) {}
 
-    // Throws what the procedure throws, and std::bad_alloc.
+    // Passes one message. Throws what the procedure throws, and std::bad_alloc.
     void Report(std::string_view path, std::string_view text);
 
     bool IsClean() const noexcept { return fIsClean; }
 
-    // Set while a caller's procedure runs, whose exceptions are not the runtime's own.
+    // True while a caller's procedure runs, whose exceptions propagate to the caller.
     bool fIsInCaller = false;
 
 private:
@@ -64,17 +64,17 @@ private:
     bool fIsClean = true;
 };
 
-// Validates object by the structure of that name. Throws as MessageSink::Report does, and what a
+// Validates object against the structure of that name. Throws as MessageSink::Report, and what a
 // check throws.
 void ValidateSettings(
     POSValidator const& validator, POSObject& object, BIBStringAtom& structure, MessageSink& sink);
 
-// Checks the schema itself. Throws as MessageSink::Report does.
+// Validates the schema itself. Throws as MessageSink::Report.
 void CheckSchema(POSValidator const& validator, MessageSink& sink);
 
-// The rules: reading one, finding what its words mean, and comparing one value with it.
+// Rules: reading a rule, resolving its words, and validating a value against it.
 
-// What a rule's word names: a kind, or something of the schema's or the host's.
+// What the type of a rule names: a kind of value, a structure of the schema, or a host's check.
 enum class RuleType {
     kBoolean,
     kNumber,
@@ -89,10 +89,10 @@ enum class RuleType {
     kCheck
 };
 
-// The key of a structure under which its optional settings stand.
+// The key in a structure that its optional settings are under.
 inline constexpr char const* kOptional = "optional";
 
-// The entry of a schema, beside the structures, that arranges the settings for people: an array.
+// The entry of a schema, beside the structures, that groups settings for display: an array.
 inline constexpr char const* kGroups = "groups";
 
 // The keys of a rule.
@@ -100,7 +100,7 @@ enum class RuleKey { kType, kIn, kMin, kMax, kOf, kCount, kCheck, kDefault, kDoc
 inline constexpr std::size_t kRuleKeys = 10;
 char const* NameOf(RuleKey key) noexcept;
 
-// Borrows everything from the schema.
+// A rule that was read. Everything is borrowed from the schema.
 struct SchemaRule {
     POSObject* Part(RuleKey key) const noexcept { return fParts[static_cast<std::size_t>(key)]; }
 
@@ -108,41 +108,41 @@ struct SchemaRule {
     POSDict* fStructure = nullptr;     // of kStructure
     Check fTypeCheck;                  // of kCheck
     Check fExtraCheck;                 // of the key check
-    POSObject* fParts[kRuleKeys] = {}; // fType's word is a part too; null where nothing is said
+    POSObject* fParts[kRuleKeys] = {}; // the values of all rule keys; null where a key is missing
 };
 
-// What is wrong with a rule: the key, null for the rule itself, and what the schema does there, to
-// be read behind "the schema" or the place in it.
+// A problem of a rule: the key, or null for the rule itself, and a text that continues "the schema"
+// or the path.
 struct RuleProblem {
     char const* fKey;
     String fText;
 };
 using RuleProblems = Vector<RuleProblem>;
 
-// The rule that source is. When problems stays empty, every part but default and doc is of its
-// kind, and what of is awaits its own reading. Throws std::bad_alloc.
+// Reads a rule. If problems stays empty, each part except default and doc is of the kind that its
+// key requires; the rule of "of" has not been read yet. Throws std::bad_alloc.
 SchemaRule ReadRule(POSValidator const& validator, POSObject& source, RuleProblems& problems);
 
-// The value under a key of a structure or rule, or null.
+// The value of a key in a structure or rule, or null.
 POSObject* FindPart(POSObject const& source, char const* key) noexcept;
 
-// The name of the structure that a rule asks for, as an atom without a reference; null for none.
+// The name of the structure that a rule refers to, as an atom without a reference; null if none.
 BIBStringAtom const* FindStructureName(POSValidator const& validator, POSObject& rule) noexcept;
 
-// Whether name is that of a kind.
+// Whether name is the name of a kind.
 bool IsKindName(std::string_view name) noexcept;
 
 // How strictly values are validated.
 enum class ValidationMode {
     kSettings, // values of a settings file
-    kDefaults  // values of a schema: texts count as strings, checks as passed
+    kDefaults  // values of a schema: texts are strings, and checks pass
 };
 
-// Whether value is of the rule's type; a check is not called and counts as passed.
+// Whether value is of the rule's type. A check is not called and counts as passed.
 bool IsOfRuleType(SchemaRule const& rule, POSObject const& value, ValidationMode mode) noexcept;
 
-// Validates value by rule, and all that lies in it. Its own problems have the path, and those of
-// what lies in it behind pathInside. Throws what callbacks throw, and std::bad_alloc.
+// Validates value, and everything inside it, against rule. Findings about the value itself have the
+// path, findings inside it begin with pathInside. Throws what callbacks throw, and std::bad_alloc.
 void ValidateValue(
     POSValidator const& validator,
     MessageSink& sink,
@@ -152,15 +152,15 @@ void ValidateValue(
     std::string_view path,
     std::string_view pathInside);
 
-// Why value is not of the rule's type; found is what it is, "nothing" for a missing one. This and
-// all below throw std::bad_alloc.
+// The message for a value that is not of the rule's type. found describes the value: "nothing" for
+// a missing one. This function and the following ones throw std::bad_alloc.
 String TypeMessage(SchemaRule const& rule, std::string_view found);
 
-// Why a part of the rule does not let value pass; empty where all do. REQUIRES: value is of the
-// rule's type.
+// The message for a value that a part of the rule rejects; empty if none does. REQUIRES: value is
+// of the rule's type.
 String PartsMessage(SchemaRule const& rule, POSObject const& value);
 
-// Why value does not pass the check of that name, which said no more.
+// The message for a value that the check of that name rejects without its own message.
 String CheckMessage(POSObject const& name, std::string_view found);
 
 } // namespace bibrt

@@ -1,4 +1,4 @@
-// Checks a schema itself.
+// Validates a schema itself.
 #include "runtime/schema/Schema.h"
 #include "runtime/schema/SchemaText.h"
 
@@ -17,7 +17,7 @@ using AtomSet = std::unordered_set<
     std::equal_to<>,
     CallerAllocator<BIBStringAtom const*>>;
 
-// Takes a step on a path, and goes back in the end.
+// Appends a step to a path, and removes it at the end of its scope.
 class PathStep {
 public:
     PathStep(String& path, std::string_view key) : fPath(path), fLength(path.size()) {
@@ -41,7 +41,7 @@ void ForEachEntry(POSDict const& dict, Visit visit) {
     }
 }
 
-// Calls visit(rule) for each rule of structure but the rules of elements.
+// Calls visit(rule) for each rule of structure, but not for the rules of elements.
 template <class Visit>
 void ForEachRule(POSDict const& structure, Visit visit) {
     ForEachEntry(structure, [&](DictEntry const& entry) {
@@ -57,7 +57,7 @@ void ForEachRule(POSDict const& structure, Visit visit) {
     }
 }
 
-// Calls visit(element) for each element of array, with its position in path.
+// Calls visit(element) for each element of array, with its index appended to path.
 template <class Visit>
 void ForEachElement(POSObject const& array, String& path, Visit visit) {
     std::size_t position = 0;
@@ -71,7 +71,9 @@ POSObject* ElementRule(POSObject const& rule) noexcept {
     return FindPart(rule, NameOf(RuleKey::kOf));
 }
 
-// Whether the elements of rule's elements, and so on, have that rule again.
+// Whether following the rules of elements from rule leads to a cycle. Each rule is compared with a
+// marked one, and the mark moves at steps that are powers of two: so a cycle that does not include
+// the first rule is found too.
 bool ContainsItself(POSObject& rule) noexcept {
     POSObject const* mark = &rule;
     unsigned long steps = 0;
@@ -144,7 +146,7 @@ private:
         });
     }
 
-    // A rule, the rule of its elements, and so on.
+    // Checks a rule, the rule of its elements, and so on.
     void CheckRules(POSObject& source) {
         if (ContainsItself(source)) {
             Report("says a rule that contains itself");
@@ -157,7 +159,7 @@ private:
         fPath.resize(length);
     }
 
-    // False when the rule of its elements is of no use.
+    // Checks one rule. True if it is a rule for arrays, whose rule of elements is checked next.
     bool CheckRule(POSObject& source) {
         RuleProblems problems;
         SchemaRule const rule = ReadRule(fValidator, source, problems);
@@ -173,7 +175,7 @@ private:
         return rule.fType == RuleType::kArray;
     }
 
-    // What validation makes no use of.
+    // Checks the parts that validation does not use: default, doc and label.
     void CheckUnused(SchemaRule const& rule, bool isSound) {
         POSObject* const defaultValue = rule.Part(RuleKey::kDefault);
         if (defaultValue && isSound) {
@@ -215,7 +217,7 @@ private:
         });
     }
 
-    // A group names settings of the main structure, each of them once.
+    // A group names settings of the main structure, each at most once.
     void CheckGrouped(POSObject const& name, AtomSet& grouped) {
         BIBStringAtom const* const atom = IsOfType(&name, gStringType)
                                               ? FindAtom(static_cast<POSString const&>(name).View())
@@ -250,7 +252,7 @@ private:
         });
     }
 
-    // The structure from which every other must be reached; null when there is none.
+    // The main structure, from which all others must be reachable; null if there is none.
     BIBStringAtom const* FindMain() const noexcept {
         BIBStringAtom const* const main = FindAtom(kMainStructure);
         if (fValidator.FindStructure(main)) {

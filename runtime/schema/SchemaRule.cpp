@@ -19,7 +19,7 @@ constexpr std::string_view kKindNames[] = {
     "boolean", "number", "integer", "name", "string", "hexstring", "array", "dictionary", "any"};
 static_assert(std::size(kKindNames) == static_cast<std::size_t>(RuleType::kStructure));
 
-// Each value of a setting is compared with all of them.
+// Limits the time for one setting, which is compared with each allowed value.
 constexpr std::size_t kMostAllowed = 1000;
 
 constexpr unsigned Bit(RuleType type) noexcept {
@@ -43,12 +43,12 @@ bool IsCount(POSObject const& value) noexcept {
            std::trunc(NumberOf(value)) == NumberOf(value);
 }
 
-// Which types a key fits, and what its value must be.
+// The types that a key applies to, and what its value must be.
 struct Fit {
     RuleKey fKey;
     unsigned fTypes;
     char const* fFits;
-    bool (*fIsValue)(POSObject const&) noexcept; // null: checked as a rule of its own
+    bool (*fIsValue)(POSObject const&) noexcept; // null: validated as a rule
     char const* fExpected;
 };
 
@@ -59,17 +59,17 @@ constexpr Fit kFits[] = {
     {RuleKey::kOf, Bit(RuleType::kArray), "arrays", nullptr, ""},
     {RuleKey::kCount, Bit(RuleType::kArray), "arrays", &IsCount, "a whole number from 0"}};
 
-// The bytes of a word or text of a schema; empty for anything else.
+// The bytes of a string of a schema; empty for other values.
 std::string_view WordOf(POSObject const& value) noexcept {
     return IsOfType(&value, gStringType) ? BytesOf(value) : std::string_view();
 }
 
-// The atom of a word, or null: an empty one names nothing.
+// The atom of a word; null if there is none, and for an empty word, which names nothing.
 BIBStringAtom const* AtomOf(POSObject const& word) noexcept {
     return WordOf(word).empty() ? nullptr : FindAtom(WordOf(word));
 }
 
-// What a schema says where it should say a word.
+// Describes what a schema has in place of a word.
 String SaidText(POSObject const& value) {
     return IsOfType(&value, gStringType) ? ShownText(BytesOf(value)) : FoundText(value);
 }
@@ -86,7 +86,7 @@ public:
             word = &source;
             ReadType(nullptr, source);
         } else if (KindOf(source) != ValueKind::kDictionary) {
-            AddFault(
+            AddProblem(
                 nullptr,
                 {"says ", FoundText(source), ", which is neither a word nor a dictionary"});
         } else {
@@ -103,7 +103,7 @@ private:
         }
         POSObject* const word = fRule.Part(RuleKey::kType);
         if (!word) {
-            AddFault(nullptr, {"has no type"});
+            AddProblem(nullptr, {"has no type"});
         } else if (ReadType(NameOf(RuleKey::kType), *word)) {
             for (Fit const& fit : kFits) {
                 CheckFit(fit);
@@ -118,14 +118,14 @@ private:
         auto const* const name =
             std::find(std::begin(kKeyNames), std::end(kKeyNames), std::string_view(key.Text()));
         if (name == std::end(kKeyNames)) {
-            AddFault(
+            AddProblem(
                 key.Text(), {"says ", ShownText(key.Text()), ", which is not a key of a rule"});
         } else {
             fRule.fParts[name - std::begin(kKeyNames)] = value;
         }
     }
 
-    // False when nothing is known by the word.
+    // Resolves the word of a type. False if it is unknown.
     bool ReadType(char const* key, POSObject& word) {
         auto const* const kind =
             std::find(std::begin(kKindNames), std::end(kKindNames), WordOf(word));
@@ -141,7 +141,7 @@ private:
             isKnown = fRule.fTypeCheck.fProc != nullptr;
         }
         if (!isKnown) {
-            AddFault(
+            AddProblem(
                 key,
                 {"says ", SaidText(word), ", which is not a kind, structure or registered check"});
         }
@@ -155,9 +155,9 @@ private:
             return;
         }
         if ((fit.fTypes & Bit(fRule.fType)) == 0) {
-            AddFault(name, {"says ", name, ", which applies only to ", fit.fFits});
+            AddProblem(name, {"says ", name, ", which applies only to ", fit.fFits});
         } else if (fit.fIsValue && !fit.fIsValue(*value)) {
-            AddFault(name, {"says ", FoundText(*value), ", which is not ", fit.fExpected});
+            AddProblem(name, {"says ", FoundText(*value), ", which is not ", fit.fExpected});
         }
     }
 
@@ -171,11 +171,11 @@ private:
             return !IsOfRuleType(fRule, *item, ValidationMode::kDefaults);
         });
         if (items.empty()) {
-            AddFault(NameOf(RuleKey::kIn), {"says an empty array, which allows nothing"});
+            AddProblem(NameOf(RuleKey::kIn), {"says an empty array, which allows nothing"});
         } else if (items.size() > kMostAllowed) {
-            AddFault(NameOf(RuleKey::kIn), {"says an array of more than 1000 values"});
+            AddProblem(NameOf(RuleKey::kIn), {"says an array of more than 1000 values"});
         } else if (odd != items.end()) {
-            AddFault(
+            AddProblem(
                 NameOf(RuleKey::kIn), {"allows ", FoundText(**odd), ", which is of another type"});
         }
     }
@@ -189,11 +189,11 @@ private:
         double const least = NumberOf(*min);
         double const greatest = NumberOf(*max);
         if (least > greatest) {
-            AddFault(
+            AddProblem(
                 NameOf(RuleKey::kMin),
                 {"says a min of ",
                  NumberText(least),
-                 ", which is above the max of ",
+                 ", which is greater than the max of ",
                  NumberText(greatest)});
         }
     }
@@ -205,13 +205,13 @@ private:
         }
         fRule.fExtraCheck = fValidator.FindCheck(AtomOf(*name));
         if (!fRule.fExtraCheck.fProc) {
-            AddFault(
+            AddProblem(
                 NameOf(RuleKey::kCheck),
                 {"says ", SaidText(*name), ", which is not a registered check"});
         }
     }
 
-    void AddFault(char const* key, std::initializer_list<std::string_view> text) {
+    void AddProblem(char const* key, std::initializer_list<std::string_view> text) {
         fProblems.push_back({key, Join(text)});
     }
 

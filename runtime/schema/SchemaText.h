@@ -1,4 +1,4 @@
-// The texts in the messages of validators: what a value is, and the path to it.
+// The texts in validators' messages: descriptions of values, and paths.
 #pragma once
 
 #include "runtime/values/PosCollections.h"
@@ -9,57 +9,58 @@
 
 namespace bibrt {
 
-// What schemas tell apart. Binary data is a string of a settings file by the name of its type.
-// Invalid containers are kOther: nobody knows what they lack.
+// The kinds that schemas distinguish. Binary data is a string of a settings file; the name of its
+// type says which. An invalid container is kOther: its contents are incomplete.
 enum class ValueKind { kBoolean, kNumber, kName, kString, kHexString, kArray, kDictionary, kOther };
 ValueKind KindOf(POSObject const& value) noexcept;
 
-// The bytes of a value that is a name, a boolean or a string of a settings file; empty for others.
+// The bytes of a name, boolean or string of a settings file; empty for other values.
 std::string_view BytesOf(POSObject const& value) noexcept;
 
-// The number that a value is. REQUIRES: it is one.
+// The value of a number. REQUIRES: value is a number.
 inline double NumberOf(POSObject const& value) noexcept {
     return static_cast<POSNumber const&>(value).fValue;
 }
 
-// The texts in one. This and all below throw std::bad_alloc.
+// Concatenates texts. This function and the following ones throw std::bad_alloc.
 String Join(std::initializer_list<std::string_view> texts);
 
-// A number as a person writes it: a value of single precision has no more digits than that.
+// A number for a message: a value in single precision gets no more digits than single precision
+// has.
 String NumberText(double value);
 
-// Text in printable ASCII, cut short if need be.
+// Text in printable ASCII, truncated if it is long.
 String ShownText(std::string_view text);
 
-// The value as "the number 3", "the string (text)" or "an array".
+// A description: "the number 3", "the string (text)" or "an array".
 String FoundText(POSObject const& value);
 
-// What stands around a text of a kind in a settings file.
+// The delimiters of a kind of text in a settings file.
 struct Marks {
     std::string_view fBefore;
     std::string_view fAfter;
 };
 
-// The values of array, and value, as they stand in a list of allowed ones; texts between marks.
+// The values of array, and one value, as in a list of allowed values; texts with their delimiters.
 String ListText(POSArray const& array, Marks marks);
 String ListedText(POSObject const& value, Marks marks);
 
-// The most bytes of a path that a message shows.
+// The maximum length of a path in a message, in bytes.
 inline constexpr std::size_t kMaxPathLength = 1000;
 
-// The end of a path, or of a part of it, that is enough to show it; longer than the above when it
-// has to be cut.
+// The end of a path, or of a part of it, as far as messages show it; longer than kMaxPathLength if
+// the path is, so that MessageText can see that it must be cut.
 inline std::string_view PathEnd(std::string_view text) noexcept {
     std::size_t const length = std::min(text.size(), kMaxPathLength + 1);
     return text.substr(text.size() - length);
 }
 
-// What a byte of a key becomes in a path.
+// The byte of a path for a byte of a key.
 inline char PathByte(char c) noexcept {
     return static_cast<unsigned char>(c) <= ' ' || c == 0x7F ? '_' : c;
 }
 
-// A key as a step of a path: an empty one would leave no trace.
+// A key as a step of a path. An empty key is shown as "_".
 inline std::string_view ShownKey(std::string_view key) noexcept {
     return key.empty() ? "_" : key;
 }
@@ -68,7 +69,7 @@ inline std::string_view ShownKey(std::string_view key) noexcept {
 void AppendKeyStep(String& path, std::string_view key);
 void AppendIndexStep(String& path, std::size_t index);
 
-// Path, a space, text; of a long path only the end, behind "...".
+// "PATH TEXT"; only the end of a long path, after "...".
 String MessageText(std::string_view path, std::string_view text);
 
 } // namespace bibrt

@@ -1,4 +1,4 @@
-// Comparing a value with a rule, and saying what is wrong with it.
+// Comparing a value with a rule, and the messages.
 #include "runtime/schema/Schema.h"
 #include "runtime/schema/SchemaText.h"
 
@@ -28,7 +28,7 @@ bool IsWhole(POSObject const& value) noexcept {
     return std::isfinite(NumberOf(value)) && std::trunc(NumberOf(value)) == NumberOf(value);
 }
 
-// Settings files hold numbers in single precision, schemas in double.
+// Settings files have numbers in single precision, schemas in double precision.
 bool AreSame(double a, double b) noexcept {
     constexpr double kMax = std::numeric_limits<float>::max();
     return a == b || (std::abs(a) <= kMax && std::abs(b) <= kMax &&
@@ -66,7 +66,7 @@ String RangeText(SchemaRule const& rule) {
                       : String();
 }
 
-// What of the values of its kind a rule allows; empty for all.
+// The text of the values that a rule allows; empty if it allows all of its type.
 String LimitText(SchemaRule const& rule) {
     auto const* const allowed = static_cast<POSArray const*>(rule.Part(RuleKey::kIn));
     return allowed ? Join({" out of ", ListText(*allowed, MarksOf(rule))}) : RangeText(rule);

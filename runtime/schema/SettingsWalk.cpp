@@ -1,4 +1,4 @@
-// Validates a value and all that lies in it.
+// Validates a value and everything inside it.
 #include "runtime/objects/Errors.h"
 #include "runtime/objects/SharedBuffers.h"
 #include "runtime/schema/Schema.h"
@@ -12,14 +12,14 @@ namespace {
 
 constexpr unsigned long kMessageSize = 256;
 
-// An empty message for a check to fill.
+// An empty message buffer for a check.
 BufferRef MakeMessageBuffer() {
     BufferRef buffer(NewObjectWith<BIBSharedBuffer>(kMessageSize, nullptr, kMessageSize, nullptr));
     std::memset(buffer->fData, 0, kMessageSize);
     return buffer;
 }
 
-// What a check wrote. Without a NUL, all of the buffer.
+// The message of a check: up to a zero byte, or the whole buffer.
 std::string_view MessageIn(BIBSharedBuffer const& buffer) noexcept {
     std::string_view const all(static_cast<char const*>(buffer.fData), kMessageSize);
     return all.substr(0, all.find('\0'));
@@ -29,9 +29,9 @@ std::string_view TextIn(BIBStringAtom const* atom) noexcept {
     return atom->fText;
 }
 
-// Uses no more stack for deeper nesting, and time in proportion to what the schema knows of the
-// value, in which a part that lies in several places counts for each. Ends with a message at a
-// value that contains itself.
+// The walk. It uses no more stack for deeper nesting. Its time is linear in the size of the parts
+// that the schema has rules for; a part that occurs several times counts each time. A value that
+// contains itself ends the walk with a message.
 class SettingsWalk {
 public:
     SettingsWalk(POSValidator const& validator, MessageSink& sink, ValidationMode mode) noexcept
@@ -58,14 +58,15 @@ public:
     }
 
 private:
-    // A dictionary on its way through the rules of its structure, or an array through its elements.
+    // A dictionary with the position among the rules of its structure, or an array with the
+    // position among its elements.
     struct Frame {
         POSObject* fSource;
         std::size_t fPosition;
-        BIBStringAtom* fKey; // of the setting that is being validated; for elements, of their array
+        BIBStringAtom* fKey; // of the current setting; for elements, of their array
         POSDict* fStructure; // null for an array
-        POSDict* fRules;     // the structure or its optional part
-        bool fIsOptional;    // which of the two
+        POSDict* fRules;     // the current one: fStructure or its optional part
+        bool fIsOptional;    // whether fRules is the optional part
         POSObject* fElement; // the rule of the elements; null for a dictionary
     };
 
@@ -92,7 +93,7 @@ private:
         frame.fPosition = 0;
     }
 
-    // A rule of a structure, or of its optional part, and the setting that it is for.
+    // Validates the setting of one rule of a structure or of its optional part.
     void ValidateSetting(Frame& frame, DictEntry const& entry) {
         bool const isRequired = !frame.fIsOptional;
         bool const isWordOptional = TextIn(entry.fKey) == kOptional;
@@ -107,7 +108,7 @@ private:
         }
     }
 
-    // Reads the rule first. A null value is a missing setting.
+    // Reads the rule and validates value, which is null for a missing setting.
     void ValidateBy(POSObject& ruleSource, POSObject* value) {
         RuleProblems problems;
         SchemaRule const rule = ReadRule(fValidator, ruleSource, problems);
@@ -191,13 +192,12 @@ private:
         }
     }
 
-    // The name of the setting that is being validated; none for the value that was handed in.
+    // The key of the current setting; null for the root.
     BIBStringAtom* Key() noexcept { return fStack.IsEmpty() ? nullptr : fStack.Top().fKey; }
 
     void Report(std::string_view text) const { fSink.Report(Path(), text); }
 
-    // Only the steps that a message shows, so that messages from the depth take no longer than
-    // others.
+    // Builds only the steps that a message shows, so a message takes the same time at any depth.
     String Path() const {
         Vector<Frame> const& frames = fStack.Frames();
         std::size_t step = frames.size();

@@ -55,8 +55,8 @@ bool IsValidator(POSValidator const* self) noexcept {
     return IsOfType(self, gStructValidatorType);
 }
 
-// Keeps a container alive while a caller's procedures run, and leaves one that nobody owned as it
-// was.
+// Keeps a container alive while a caller's procedures run. An unowned container is unowned again
+// afterwards, and is not destroyed.
 class KeptAlive {
 public:
     explicit KeptAlive(BIBContainer& container) noexcept
@@ -77,11 +77,11 @@ private:
     BIBContainer* fContainer;
 };
 
-// The message of a validation that was not finished. It has no space, so that nobody can take it
-// for a fault of a setting, and needs no memory.
+// The message of a validation that ran out of memory. It has no blank, so that it cannot be
+// confused with a finding about a setting, and needs no memory.
 constexpr char kOutOfMemory[] = "out-of-memory";
 
-// Whether work reports nothing on the schema of self.
+// Whether work reports nothing about the schema of self. Returns 0 too if memory ran out.
 template <class Work>
 long IsClean(POSValidator& self, POSValidatorErrorCallback errorProc, Work work) {
     KeptAlive const keptSelf(self);
@@ -92,7 +92,7 @@ long IsClean(POSValidator& self, POSValidatorErrorCallback errorProc, Work work)
         isFinished = true;
         return sink.IsClean() ? 1 : 0;
     };
-    // A validator that lost a check would find problems that are none.
+    // A validator that lost a check would report false findings.
     long const isClean = self.fIsInvalid ? 0 : AtRow<long>(0, run, sink.fIsInCaller);
     if (!isFinished && errorProc) {
         errorProc(kOutOfMemory);
@@ -138,7 +138,7 @@ long RegisterCallbackProc(
 }
 
 long ValidateSchema(POSValidator* self, POSValidatorErrorCallback errorProc) {
-    // A schema that lost a part has nothing to tell of it.
+    // An incomplete schema cannot be described.
     if (!IsValidator(self) || self->fSchema->fIsInvalid) {
         return 0;
     }

@@ -1,4 +1,4 @@
-// Streams of a host's own making.
+// Streams implemented by a host.
 #include "runtime/objects/Errors.h"
 #include "runtime/streams/Streams.h"
 
@@ -6,7 +6,8 @@ namespace bibrt {
 
 namespace {
 
-// A host's procedures and data, shared by the streams on them. The data are the host's until Own.
+// A host's procedures and data, shared by the streams on them. The data belong to the host until
+// Own is called.
 class Client {
 public:
     Client(BIBClientStreamProcs const& procs, void* clientData) noexcept
@@ -41,7 +42,7 @@ public:
 
     BIBError* Mark(unsigned long& position) const {
         return fProcs.mark ? fProcs.mark(fClientData, &position)
-                           : Failure("the stream cannot tell its position");
+                           : Failure("the stream does not give its position");
     }
 
     BIBError* Seek(long offset, BIBPositionableStream_SeekOrigin origin) const {
@@ -59,13 +60,13 @@ private:
 
 using ClientPtr = std::shared_ptr<Client>;
 
-// Brings a client's own position back, whatever way the work in between ends.
+// Restores the client's position, also after an exception.
 class PositionKeeper {
 public:
     explicit PositionKeeper(Client const& client) noexcept : fClient(client) {}
     PositionKeeper(PositionKeeper const&) = delete;
     PositionKeeper& operator=(PositionKeeper const&) = delete;
-    // Only after an exception; an error on top of it has nowhere to go.
+    // Runs Restore only after an exception; a second error cannot be reported.
     ~PositionKeeper() {
         if (!fIsKept) {
             return;
@@ -93,7 +94,8 @@ private:
     bool fIsKept = false;
 };
 
-// Runs work with the client moved by offset from origin and moves it back. The first error counts.
+// Seeks the client to offset from origin, runs work and restores the position. Returns the first
+// error.
 template <class Work>
 BIBError*
 Elsewhere(Client const& client, long offset, BIBPositionableStream_SeekOrigin origin, Work work) {
@@ -113,7 +115,7 @@ Elsewhere(Client const& client, long offset, BIBPositionableStream_SeekOrigin or
     return error;
 }
 
-// A client's data for streams with positions of their own beside the client's.
+// A client's data, for streams with their own positions.
 class ClientSource final : public StreamSource {
 public:
     explicit ClientSource(ClientPtr client) noexcept : fClient(std::move(client)) {}

@@ -1,4 +1,4 @@
-// The data of streams: in memory that grows, in a shared buffer, in a file.
+// Stream sources: growing memory, a shared buffer, a file.
 #include "runtime/objects/Errors.h"
 #include "runtime/objects/SharedBuffers.h"
 #include "runtime/streams/Streams.h"
@@ -16,7 +16,7 @@ namespace bibrt {
 
 namespace {
 
-// Copies what of size bytes at offset there is in data; how many.
+// Copies the bytes at offset from data, size at most. Returns their number.
 unsigned long CopyOut(
     unsigned char const* data,
     unsigned long length,
@@ -44,7 +44,7 @@ public:
 
     BIBError*
     WriteAt(unsigned long offset, unsigned char const* buffer, unsigned long size) override {
-        // What goes behind the end first, for which there may be no memory.
+        // Bytes past the end come first: memory may run out for them, and then nothing has changed.
         unsigned long const inside = std::min(size, fBytes.size() - offset);
         fBytes.append(reinterpret_cast<char const*>(buffer + inside), size - inside);
         std::copy_n(buffer, inside, fBytes.data() + offset);
@@ -89,7 +89,7 @@ private:
 
 constexpr mode_t kNewFileMode = 0666;
 
-// "PATH: what could not be done: why", for the error that errno names.
+// "PATH: what could not be done: why", for an errno value.
 BIBError* FileFailure(char const* path, char const* action, int code) {
     String text(path);
     text.append(": ").append(action).append(": ");
@@ -101,7 +101,7 @@ int OpenFlags(bool isWritable) noexcept {
     return O_CLOEXEC | (isWritable ? O_RDWR | O_CREAT : O_RDONLY);
 }
 
-// Why no positionable stream can stand on an open file; 0 when one can.
+// The errno value why an open file cannot be a positionable stream; 0 if it can.
 int ErrorOfFile(int descriptor) noexcept {
     struct stat status = {};
     if (::fstat(descriptor, &status) != 0) {
@@ -113,8 +113,8 @@ int ErrorOfFile(int descriptor) noexcept {
     return ::lseek(descriptor, 0, SEEK_CUR) < 0 ? errno : 0;
 }
 
-// Calls transfer(done) until size bytes are through, it gives none or it fails. The bytes that went
-// through; errno tells of a failure and is 0 without one.
+// Calls transfer(done) until size bytes are transferred, it returns 0, or it fails. Returns the
+// number of bytes transferred. errno has the failure, or 0 if there was none.
 template <class Transfer>
 unsigned long TransferAll(unsigned long size, Transfer transfer) {
     unsigned long done = 0;
@@ -135,7 +135,7 @@ unsigned long TransferAll(unsigned long size, Transfer transfer) {
 
 class FileSource final : public StreamSource {
 public:
-    // Opens the file; ErrorNumber says how that went.
+    // Opens the file. ErrorNumber has the result.
     FileSource(char const* path, bool isWritable)
         : fPath(path),
           fIsWritable(isWritable),
@@ -149,7 +149,7 @@ public:
         }
     }
 
-    // Why no stream can stand on it; 0 when one can.
+    // The errno value why it cannot be a stream; 0 if it can.
     int ErrorNumber() const noexcept { return fErrorNumber; }
 
     BIBError* ReadAt(
@@ -194,7 +194,7 @@ private:
 
     static constexpr int kNone = -1;
 
-    String fPath; // for error texts
+    String fPath; // for error messages
     bool fIsWritable;
     int fDescriptor;
     int fErrorNumber;

@@ -1,4 +1,4 @@
-// The kinds of streams, the methods of streams and of streams as sources of data.
+// The types of streams, their methods, and their methods as sources of data.
 #include "runtime/streams/Streams.h"
 
 #include "api/BIBDataInterface.h"
@@ -9,14 +9,14 @@
 
 #include <limits>
 
-// As sources of data these are the streams on a source.
+// The interfaces for sources of data are implemented by streams on a source.
 struct BIBDataBlockStream : BIBPositionableStream {};
 struct BIBSizedDataStore : BIBPositionableStream {};
 struct BIBDataStore : BIBPositionableStream {};
 
 namespace bibrt {
 
-// Each level inherits the methods of the one below; a stream on a source is also a source of data.
+// Each level inherits the methods of the one below. A stream on a source is also a source of data.
 constinit ContainerType gSimpleStreamType = {
     "BIBSimpleStream", "BIBSimpleStreamObject", nullptr, &DestroyAs<BIBPositionableStream>};
 constinit ContainerType gRewindableStreamType = {
@@ -40,9 +40,10 @@ namespace {
 constexpr std::size_t kBlockSize = 4096;
 constexpr unsigned long kMaxPosition = std::numeric_limits<long>::max();
 
-// The target of a seek by offset from base, or an error. length is where the data end.
+// Sets target to the position at offset from base, or returns an error. length: the end of the
+// data.
 BIBError* FindTarget(unsigned long base, long offset, unsigned long length, unsigned long& target) {
-    // The magnitude by way of unsigned arithmetic, which has one for the least number too.
+    // The magnitude in unsigned arithmetic, which is defined for the minimum of long too.
     unsigned long const distance =
         offset < 0 ? 0UL - static_cast<unsigned long>(offset) : static_cast<unsigned long>(offset);
     if (offset < 0 && distance > base) {
@@ -55,7 +56,7 @@ BIBError* FindTarget(unsigned long base, long offset, unsigned long length, unsi
     return target <= length ? nullptr : Failure("seek to a position behind the end of the stream");
 }
 
-// A stream that keeps its own position on a source.
+// A stream on a source, with its own position.
 class SourceBody final : public StreamBody {
 public:
     explicit SourceBody(SourcePtr source) noexcept : fSource(std::move(source)) {}
@@ -73,12 +74,12 @@ public:
         if (BIBError* const error = fSource->GetLength(length)) {
             return error;
         }
-        // The data of a file or a host may have been cut short meanwhile.
+        // A file or a host's data may have become shorter.
         if (fPosition > length) {
-            return Failure("the position lies behind the end of the stream");
+            return Failure("the position is behind the end of the stream");
         }
         if (size > kMaxPosition - fPosition) {
-            return Failure("the stream would grow beyond what a position can tell");
+            return Failure("the stream would grow beyond the largest position");
         }
         BIBError* const error = fSource->WriteAt(fPosition, buffer, size);
         if (!error) {
@@ -128,10 +129,11 @@ public:
 private:
     SourcePtr fSource;
     unsigned long fPosition = 0;
-    Vector<unsigned char> fBlock; // what NextBlock gave last
+    Vector<unsigned char> fBlock; // the last block that NextBlock returned
 };
 
-// Counts the operation, makes it fail on demand, and runs work with the stream's body.
+// Counts the operation, fails if a failure is injected, and otherwise runs work on the stream's
+// body.
 template <class Work>
 BIBError* AtStreamRow(BIBSimpleStream* self, bool areArgumentsGood, Work work) {
     if (!IsStream(self) || !areArgumentsGood) {

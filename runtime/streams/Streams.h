@@ -1,5 +1,5 @@
-// Streams as containers, and the data behind them. What differs between the kinds of streams stands
-// in the body; the rows are the same for all. Not thread safe.
+// Streams as containers, and the data behind them. The body implements one kind of stream; the rows
+// are common to all kinds. Not thread safe.
 #pragma once
 
 #include "api/BIBStreamInterface.h"
@@ -9,44 +9,45 @@
 
 namespace bibrt {
 
-// The data behind positionable streams: bytes that can be read and written at any offset.
-// Independent streams share one source; it goes with the last of them.
+// The data of positionable streams: bytes that can be read and written at any offset. Independent
+// streams share one source, which is deleted with the last of them.
 class StreamSource {
 public:
     virtual ~StreamSource() = default;
 
-    // Each gives null or an error with a reference for the caller. They throw std::bad_alloc, and
-    // what a caller's procedure throws.
+    // Each function returns null, or an error with a reference for the caller. They throw
+    // std::bad_alloc, and what a caller's procedure throws.
 
-    // Reads up to size bytes at offset; bytesRead is how many, fewer than size only at the end.
+    // Reads up to size bytes at offset. Sets bytesRead to their number, less than size only at the
+    // end.
     virtual BIBError* ReadAt(
         unsigned long offset,
         unsigned char* buffer,
         unsigned long size,
         unsigned long& bytesRead) = 0;
 
-    // Writes all size bytes at offset, which is not behind the end.
+    // Writes all size bytes at offset. REQUIRES: offset is not past the end.
     virtual BIBError*
     WriteAt(unsigned long offset, unsigned char const* buffer, unsigned long size) = 0;
 
-    // The number of bytes.
+    // Sets length to the number of bytes.
     virtual BIBError* GetLength(unsigned long& length) = 0;
 };
 
 using SourcePtr = std::shared_ptr<StreamSource>;
 
-// An empty source in memory that grows by doubling. Throws std::bad_alloc.
+// An empty source in memory, which grows by doubling. Throws std::bad_alloc.
 SourcePtr MakeMemorySource();
 
-// A source that reads buffer and holds a reference on it. Throws std::bad_alloc.
+// A read-only source on buffer, to which it adds a reference. Throws std::bad_alloc.
 SourcePtr MakeBufferSource(BIBSharedBuffer* buffer);
 
-// A source on the file at path, or an error; writable as in BIBNewPositionableFileStreamProc.
-// Throws std::bad_alloc.
+// A source on the file at path. Returns null or an error. writable: as in
+// BIBNewPositionableFileStreamProc. Throws std::bad_alloc.
 BIBError* OpenFileSource(SourcePtr& result, char const* path, bool writable);
 
-// What a stream does. Each operation gives null or an error with a reference for the caller; each
-// throws std::bad_alloc, and what a caller's procedure throws.
+// The operations of one kind of stream. Each function returns null, or an error with a reference
+// for the caller. They throw std::bad_alloc, and what a caller's procedure throws.
 class StreamBody {
 public:
     virtual ~StreamBody() = default;
@@ -57,10 +58,10 @@ public:
     virtual BIBError* Mark(unsigned long& position) = 0;
     virtual BIBError* Seek(long offset, BIBPositionableStream_SeekOrigin origin) = 0;
 
-    // The source of the data for a second stream with a position of its own.
+    // The source of the data, for a second stream with its own position.
     virtual BIBError* GetSource(SourcePtr& result) = 0;
 
-    // Up to a block of bytes, from the position on, that stay until the next call.
+    // Up to a block of bytes at the current position, valid until the next call.
     virtual BIBError* NextBlock(unsigned char const*& block, unsigned long& size) = 0;
 };
 
@@ -97,11 +98,11 @@ struct BIBPositionableStream : BIBRewindableStream {
 
 namespace bibrt {
 
-// A stream on source with a position of its own, at the start; unowned. Throws std::bad_alloc.
+// A new stream on source with its own position, at the start; unowned. Throws std::bad_alloc.
 BIBPositionableStream* MakeSourceStream(SourcePtr source);
 
-// A host's own stream of the level that type names; unowned. Throws std::bad_alloc, and then
-// clientData stays the caller's.
+// A new stream on a host's procedures, of the level that type names; unowned, and owner of
+// clientData. Throws std::bad_alloc; clientData then remains the caller's.
 BIBPositionableStream*
 MakeClientStream(ContainerType const& type, BIBClientStreamProcs const& procs, void* clientData);
 

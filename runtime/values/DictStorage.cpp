@@ -10,10 +10,10 @@ namespace bibrt {
 
 namespace {
 
-// So few entries are found without an index as fast.
+// Up to this many entries a linear search is as fast as the index.
 constexpr std::size_t kFewEntries = 8;
 
-// More positions than this do not fit the index, which is as small as it can be for the cache.
+// The index stores positions in 32 bits, to be small in the CPU cache.
 constexpr std::size_t kMaxCapacity = std::numeric_limits<std::uint32_t>::max();
 
 } // namespace
@@ -48,7 +48,7 @@ POSObject* DictStorage::Get(BIBStringAtom const* key) const noexcept {
 
 void DictStorage::Put(BIBStringAtom* key, Ref<POSObject>& value) {
     if (std::size_t const found = Find(key)) {
-        // The caller releases the old one last of all: that may come back to this dictionary.
+        // The caller releases the old value last: releasing it may call back into this dictionary.
         std::swap(fEntries[found - 1].fValue, value);
         return;
     }
@@ -66,7 +66,7 @@ bool DictStorage::Remove(BIBStringAtom const* key) noexcept {
     if (found == 0) {
         return false;
     }
-    // Released last of all: that may come back to this dictionary.
+    // Released last: this may call back into the dictionary.
     AtomRef const oldKey(std::move(fEntries[found - 1].fKey));
     Ref const oldValue(std::move(fEntries[found - 1].fValue));
     --fCount;
@@ -89,7 +89,7 @@ void DictStorage::Reserve(std::size_t count) {
     }
     std::size_t const doubled = std::min(fEntries.capacity() * 2, kMaxCapacity);
     std::size_t const capacity = std::max({wanted, doubled, kFewEntries});
-    // Gaps keep their slots until they are closed: half of the slots stay free at the worst.
+    // Gaps keep their slots until CloseGaps, so at least half of the slots are always free.
     Vector<std::uint32_t> index(capacity > kFewEntries ? std::bit_ceil(capacity * 2) : 0);
     fEntries.reserve(capacity);
     fIndex.swap(index);

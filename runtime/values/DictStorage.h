@@ -1,10 +1,10 @@
-// The keys and values of a dictionary in the order in which the keys were put.
+// The entries of a dictionary, in the order in which their keys were first put.
 //
-// Entries stand in one vector in growing order of their numbers, and are found through an index of
-// positions. A removed one leaves a gap, which is closed when there are many, so that a walk takes
-// time in proportion to the keys. The vector has room for a third more than the keys that it ever
-// held: a key that is removed and put again needs no memory, and closing gaps does not come too
-// often. Not thread safe.
+// Entries are in one vector, ordered by an increasing number, and are found through a hash index of
+// positions. Removing an entry leaves a gap. Gaps are closed when they are many, so that iterating
+// is linear in the number of keys. The vector reserves a third more than the number of keys: a key
+// that is removed and put again needs no memory, and gaps are not closed too often. Not thread
+// safe.
 #pragma once
 
 #include "runtime/values/PosObject.h"
@@ -17,7 +17,7 @@ struct DictEntry {
     BIBStringAtom const* Key() const noexcept { return fKey; }
 
     Ref<POSObject> fValue;
-    AtomRef fKey; // none in a gap
+    AtomRef fKey; // null in a gap
     unsigned long fNumber;
 };
 
@@ -25,40 +25,40 @@ class DictStorage {
 public:
     std::size_t Count() const noexcept { return fCount; }
 
-    // The value under key, borrowed, or null.
+    // The value of key, borrowed, or null.
     POSObject* Get(BIBStringAtom const* key) const noexcept;
 
-    // Stores value under key; a key that is there keeps its place. Then value is what the key had
-    // before. Throws std::bad_alloc, and then nothing has changed.
+    // Stores value under key. An existing key keeps its position, and its old value is swapped into
+    // value. Throws std::bad_alloc, with nothing changed.
     void Put(BIBStringAtom* key, Ref<POSObject>& value);
 
-    // Takes key out. False when it is not there.
+    // Removes key. False if there is no such key.
     bool Remove(BIBStringAtom const* key) noexcept;
 
-    // Makes room for count keys. Throws std::bad_alloc.
+    // Reserves memory for count keys. Throws std::bad_alloc.
     void Reserve(std::size_t count);
 
-    // The first entry at or behind position; position moves behind it. Null at the end.
+    // The first entry at position or later; moves position past it. Null at the end.
     DictEntry const* Next(std::size_t& position) const noexcept;
 
-    // The first entry with a greater number than this; position, where the last step ended, becomes
-    // the place behind it. Null at the end.
+    // The first entry with a number above this one. position is a hint from the last step, and is
+    // set to the position after the entry. Null at the end.
     DictEntry const* NextAfter(unsigned long number, std::size_t& position) const noexcept;
 
 private:
     std::size_t SlotOf(BIBStringAtom const* key) const noexcept;
-    // The position of key plus one; 0 when it is not there.
+    // The position of key plus one; 0 if there is no such key.
     std::size_t Find(BIBStringAtom const* key) const noexcept;
     void CloseGaps() noexcept;
     void FillIndex() noexcept;
     void AddToIndex(std::size_t position) noexcept;
 
     Vector<DictEntry> fEntries;
-    // Positions plus one, 0 for a free slot. A search starts at a slot that the key determines and
-    // ends at its own or a free one. Empty while the entries are few.
+    // An open-addressing hash table with linear probing: positions plus one, 0 for a free slot.
+    // Empty while there are few entries.
     Vector<std::uint32_t> fIndex;
-    std::size_t fCount = 0; // the entries that are no gaps
-    std::size_t fFirst = 0; // every entry before it is a gap
+    std::size_t fCount = 0; // without gaps
+    std::size_t fFirst = 0; // all entries before this are gaps
     unsigned long fLastNumber = 0;
 };
 

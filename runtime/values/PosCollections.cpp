@@ -8,17 +8,17 @@
 #include <charconv>
 #include <string_view>
 
-// The cursor over the keys of a dictionary. It remembers the number of its entry and holds the
-// key's atom, never a place in the storage: so it stands firm whatever happens to the dictionary.
+// A cursor over the keys of a dictionary. It stores the number of its entry and a reference to the
+// key's atom, never a pointer into the storage, so it stays valid when the dictionary changes.
 struct POSDictIterator : BIBContainer {
     explicit POSDictIterator(bibrt::Ref<POSDict> dict) noexcept
         : BIBContainer(bibrt::gDictIteratorType),
           fDict(std::move(dict)) {}
 
     bibrt::Ref<POSDict> fDict;
-    bibrt::AtomRef fKey; // none before Begin and at the end
+    bibrt::AtomRef fKey; // null before Begin and at the end
     unsigned long fNumber = 0;
-    std::size_t fPosition = 0; // behind the entry, as long as entries do not move
+    std::size_t fPosition = 0; // after the entry, unless entries have moved
     bool fIsAtEnd = false;
 };
 
@@ -33,8 +33,8 @@ constinit ContainerType gDictIteratorType = {
 
 namespace {
 
-// Stores a reference on value by way of store. Where that fails, value is left as it was, unowned
-// if it was so, and the collection is marked.
+// Calls store with a reference to value. On failure, value keeps its former count (an unowned one
+// is not destroyed), and the collection becomes invalid.
 template <class Store>
 bool StoreIn(POSObject& collection, POSObject& value, Store store) noexcept {
     Ref<POSObject> ref(&value);
@@ -91,7 +91,7 @@ long SetAt(POSArray* self, unsigned long index, POSObject* value) {
         self->fIsInvalid = true;
         return 0;
     }
-    // The old value goes last of all, with ref: what its release calls may come back to this array.
+    // ref releases the old value last: this may call back into the array.
     self->fItems[index] = std::move(ref);
     return 1;
 }
@@ -104,7 +104,7 @@ long Remove(POSArray* self, unsigned long index) {
     if (!GetAt(self, index)) {
         return 0;
     }
-    // Goes last of all, too.
+    // Released last, for the same reason.
     Ref const old(std::move(self->fItems[index]));
     self->fItems.erase(self->fItems.begin() + static_cast<std::ptrdiff_t>(index));
     return 1;
@@ -122,7 +122,7 @@ POSObject* Get(POSDict* self, BIBStringAtom* key) {
     return IsDict(self) ? self->fEntries.Get(key) : nullptr;
 }
 
-// The element whose position step spells in digits, or null.
+// The element whose index step spells in digits, or null.
 POSObject* GetAtStep(POSArray* array, std::string_view step) noexcept {
     unsigned long index = 0;
     auto const [end, error] = std::from_chars(step.data(), step.data() + step.size(), index);
@@ -130,10 +130,10 @@ POSObject* GetAtStep(POSArray* array, std::string_view step) noexcept {
     return isIndex ? GetAt(array, index) : nullptr;
 }
 
-// What lies one step of a path below value, or null.
+// The value one step of a path below value, or null.
 POSObject* Descend(POSObject* value, std::string_view step) noexcept {
     if (IsDict(value)) {
-        // A text that is no atom is the key of no dictionary.
+        // A text without an atom is no dictionary's key.
         return static_cast<POSDict*>(value)->fEntries.Get(FindAtom(step));
     }
     return IsArray(value) ? GetAtStep(static_cast<POSArray*>(value), step) : nullptr;

@@ -1,9 +1,10 @@
-// Arrays and dictionaries as values, and walking through them.
+// Arrays and dictionaries, and iterating through nested ones.
 #pragma once
 
 #include "api/POSCollectionInterfaces.h"
 #include "runtime/values/DictStorage.h"
 
+// Destroying a collection does not recurse into nested ones: see Container.cpp.
 struct POSArray : POSObject {
     POSArray() noexcept : POSObject(bibrt::gArrayType) {}
 
@@ -18,31 +19,35 @@ struct POSDict : POSObject {
 
 namespace bibrt {
 
-// Puts value under key in a dictionary, or adds it to the end of an array, for which key is null.
-// False when value is invalid or memory runs out: then the collection becomes invalid, since it
-// lacks what it should hold.
+// Puts value under key in a dictionary, or appends it to an array, for which key is null. False if
+// value is invalid or memory runs out: the collection then becomes invalid, since it is incomplete.
 bool AddTo(POSObject& collection, BIBStringAtom* key, POSObject& value) noexcept;
 
 // The number of values in a collection.
 std::size_t CountChildren(POSObject const& collection) noexcept;
 
-// Makes room for count values. Throws std::bad_alloc.
+// Reserves memory for count values. Throws std::bad_alloc.
 void ReserveChildren(POSObject& collection, std::size_t count);
 
-// A value in a collection and its key, null in an array.
+// A value in a collection and its key; the key is null in an array. Both are borrowed.
 struct Child {
     BIBStringAtom* fKey;
     POSObject* fValue;
 };
 
-// The next child of collection at or behind position, which moves behind it; a null value at the
-// end.
+// The first child of collection at position or later; moves position past it. The value is null at
+// the end.
 Child NextChild(POSObject& collection, std::size_t& position) noexcept;
 
-// The work stack of a walk through nested collections, which so uses no more stack for deeper
-// nesting. Frame has a member fSource, the collection that it walks, and fPosition. The stack knows
-// when a collection is met again below itself, by comparing each new frame with one that stands
-// half as deep or deeper: a walk that goes round in a circle meets it sooner or later.
+// The explicit stack of a walk through nested collections: a walk uses no more stack of its thread
+// for deeper nesting. A Frame has the members fSource, the collection that it walks, and fPosition,
+// the next child.
+//
+// Push detects a collection that contains itself. The frames are the path from the root, so a cycle
+// repeats the same collections on it for ever. Push compares each new collection with one marked
+// frame only, and moves the mark to the top whenever the depth has doubled. Sooner or later the
+// mark is inside the cycle and the stack deep enough to meet its collection again. So detection
+// costs one comparison for each frame, and no memory.
 template <class Frame>
 class WalkStack {
 public:
@@ -52,7 +57,8 @@ public:
     // The frames from the root to the top.
     Vector<Frame> const& Frames() const noexcept { return fFrames; }
 
-    // False, and nothing is pushed, when the collection contains itself. Throws std::bad_alloc.
+    // False, with nothing pushed, if the collection is found to contain itself. Throws
+    // std::bad_alloc.
     bool Push(Frame const& frame) {
         if (!fFrames.empty() && fFrames[fMark].fSource == frame.fSource) {
             return false;
@@ -64,7 +70,7 @@ public:
         return true;
     }
 
-    // Calls step until nothing is left, or until it gives false: then false.
+    // Calls step until the stack is empty. Returns false as soon as step does.
     template <class Step>
     bool Walk(Step step) {
         while (!IsEmpty()) {

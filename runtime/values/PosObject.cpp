@@ -106,7 +106,7 @@ unsigned long GetSize(POSBinData* self) {
     return IsOfType(self, gBinDataType) ? self->fSize : 0;
 }
 
-// The three tables have a row of the same name.
+// The tables of numbers and of both kinds of strings each have a row of this name.
 double Get(POSNumber* self) {
     return IsOfType(self, gNumberType) ? self->fValue : 0;
 }

@@ -1,7 +1,7 @@
-// The values: what each kind holds, and making them.
+// The kinds of values, and making scalars.
 //
-// A scalar never changes and lies in one block with its text or bytes. Values are not thread safe,
-// apart from their reference counts.
+// A scalar is immutable and is in one block with its text or bytes. Values are not thread safe,
+// except for their reference counts.
 #pragma once
 
 #include "api/POSObjectInterface.h"
@@ -20,7 +20,7 @@ struct POSNumber : POSObject {
     double fValue;
 };
 
-// The text and its closing NUL stand behind the structure.
+// The text and its terminating zero byte follow the structure.
 struct POSString : POSObject {
     explicit POSString(std::string_view text) noexcept;
 
@@ -30,7 +30,7 @@ struct POSString : POSObject {
     unsigned long fLength;
 };
 
-// The units and the closing zero unit stand behind the structure.
+// The units and a terminating zero unit follow the structure.
 struct POSUnicodeString : POSObject {
     POSUnicodeString(unsigned short const* units, unsigned long length) noexcept;
 
@@ -41,7 +41,7 @@ struct POSUnicodeString : POSObject {
     unsigned long fLength;
 };
 
-// The bytes stand behind the structure, then the type's name with its closing NUL.
+// The bytes follow the structure, then the name of the type with its terminating zero byte.
 struct POSBinData : POSObject {
     POSBinData(std::string_view typeName, unsigned char const* data, unsigned long size) noexcept;
 
@@ -71,7 +71,7 @@ inline bool IsCollection(BIBContainer const* container) noexcept {
     return IsOfType(container, gArrayType) || IsOfType(container, gDictType);
 }
 
-// New scalars, unowned. They throw std::bad_alloc.
+// New scalars, unowned. Throw std::bad_alloc.
 POSString* MakeString(std::string_view text);
 POSUnicodeString* MakeUnicodeString(unsigned short const* units, unsigned long length);
 POSBinData* MakeBinData(std::string_view typeName, unsigned char const* data, unsigned long size);

@@ -1,4 +1,4 @@
-// Copying and comparing values, nested ones with a work stack of its own.
+// Copying and comparing values. Nested values are walked with an explicit stack.
 #include "runtime/objects/Errors.h"
 #include "runtime/objects/Tables.h"
 #include "runtime/values/PosCollections.h"
@@ -24,7 +24,7 @@ bool AreNumbersEqual(double a, double b) noexcept {
     return a == b || (std::isnan(a) && std::isnan(b));
 }
 
-// A copy of a scalar, or of a value of a host's kind through its own method; null when it has none.
+// A copy of a scalar, or of a host's value by the host's own method; null if it has no such method.
 POSObject* CloneLeaf(POSObject& source) {
     if (IsOfType(&source, gNumberType)) {
         return NewObject<POSNumber>(static_cast<POSNumber&>(source).fValue);
@@ -44,7 +44,7 @@ POSObject* CloneLeaf(POSObject& source) {
     return clone ? clone(&source) : nullptr;
 }
 
-// Whether two values that are no collections are equal. A NaN equals a NaN, so that every value
+// Whether two values that are not collections are equal. NaN equals NaN here, so that every value
 // equals its clone.
 bool AreLeavesEqual(POSObject& a, POSObject& b) {
     if (a.fType != b.fType) {
@@ -74,8 +74,8 @@ struct CloneFrame {
     std::size_t fPosition;
 };
 
-// An empty collection with room for what source holds, or a copy of a leaf; null when there is
-// none.
+// An empty collection with memory for the children of source, or the copy of a leaf. Null for an
+// invalid value and for a leaf that cannot be copied.
 Unowned<POSObject> CloneEmpty(POSObject& source) {
     if (source.fIsInvalid) {
         return nullptr;
@@ -90,7 +90,7 @@ Unowned<POSObject> CloneEmpty(POSObject& source) {
     return copy;
 }
 
-// Copies the next child of the top frame. False when that cannot be done.
+// Copies the next child of the top frame. False if it cannot be copied.
 bool CloneNext(WalkStack<CloneFrame>& stack) {
     CloneFrame& frame = stack.Top();
     Child const child = NextChild(*frame.fSource, frame.fPosition);
@@ -102,13 +102,20 @@ bool CloneNext(WalkStack<CloneFrame>& stack) {
     if (!copy || !AddTo(*frame.fTarget, child.fKey, *copy)) {
         return false;
     }
-    // The target keeps it alive from here on.
+    // Now owned by the target.
     POSObject* const target = copy.release();
     return !IsCollection(target) || stack.Push({child.fValue, target, 0});
 }
 
-// A deep copy, unowned; null when a part of source has no copy, and for a value that contains
-// itself.
+// A deep copy of source, unowned. Null if a part of it cannot be copied, and for a value that
+// contains itself. Throws std::bad_alloc.
+//
+// The copy is iterative. A frame on the stack is a source collection, its still incomplete copy,
+// and the next child to copy. A step copies one child and stores the copy in the target at once:
+// the root thereby owns everything that is copied so far, and releasing the root on failure frees
+// it all. If the child is a collection, the copy is empty at first, and a frame for it is pushed,
+// so that its own children are copied before the next sibling. A frame without further children is
+// popped. A scalar that occurs twice is copied twice.
 POSObject* CloneValue(POSObject& source) {
     Unowned<POSObject> root = CloneEmpty(source);
     if (!root || !IsCollection(root.get())) {
@@ -125,7 +132,7 @@ struct EqualFrame {
     std::size_t fPosition;
 };
 
-// What stands in other in the place of child, or null.
+// The value of other that child is compared with, or null.
 POSObject* Counterpart(POSObject& other, Child const& child, std::size_t position) noexcept {
     if (child.fKey) {
         return static_cast<POSDict&>(other).fEntries.Get(child.fKey);
@@ -133,7 +140,7 @@ POSObject* Counterpart(POSObject& other, Child const& child, std::size_t positio
     return static_cast<POSArray&>(other).fItems[position];
 }
 
-// Pushes two collections to compare, or compares two leaves. False when they differ.
+// Pushes two collections for comparison, or compares two leaves. False if they differ.
 bool CompareOrPush(WalkStack<EqualFrame>& stack, POSObject& a, POSObject& b) {
     if (&a == &b) {
         return true;
@@ -156,7 +163,7 @@ bool CompareNext(WalkStack<EqualFrame>& stack) {
     return other && CompareOrPush(stack, *child.fValue, *other);
 }
 
-// Whether type and contents are equal; false for values that contain themselves. Throws
+// Whether types and contents are equal. False for values that contain themselves. Throws
 // std::bad_alloc.
 bool AreValuesEqual(POSObject& a, POSObject& b) {
     WalkStack<EqualFrame> stack;

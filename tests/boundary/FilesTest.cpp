@@ -34,21 +34,21 @@ std::u16string Swapped(std::u16string text) {
 }
 
 // Acts as a user without rights where the tests run as root, who may do everything.
-class AsNobody {
+class AsOtherUser {
 public:
-    explicit AsNobody(std::filesystem::path const& folder) : fIsRoot(geteuid() == 0) {
+    explicit AsOtherUser(std::filesystem::path const& folder) : fIsRoot(geteuid() == 0) {
         if (fIsRoot) {
             EXPECT_EQ(0, chown(folder.c_str(), kNobody, kNobody));
             EXPECT_EQ(0, seteuid(kNobody));
         }
     }
-    ~AsNobody() {
+    ~AsOtherUser() {
         if (fIsRoot) {
             EXPECT_EQ(0, seteuid(0));
         }
     }
-    AsNobody(AsNobody const&) = delete;
-    AsNobody& operator=(AsNobody const&) = delete;
+    AsOtherUser(AsOtherUser const&) = delete;
+    AsOtherUser& operator=(AsOtherUser const&) = delete;
 
 private:
     static constexpr uid_t kNobody = 65534;
@@ -56,7 +56,7 @@ private:
     bool fIsRoot;
 };
 
-// The exit status of the tool that changes a setting, which waits for nobody for long.
+// The exit status of the tool that changes a setting, which does not wait long.
 int SetByTool(std::initializer_list<std::string> words) {
     std::string call = PDFSETTINGS_TOOL " set --wait 0.02 -q";
     for (std::string const& word : words) {
@@ -308,7 +308,7 @@ TEST_F(Files, ThatCannotBeWrittenLeaveNothingBehind) {
 }
 
 TEST_F(Files, ThatTheUserMayNotTouchStayAsTheyAre) {
-    AsNobody const nobody(fFolder.Path());
+    AsOtherUser const other(fFolder.Path());
     fFolder.Make("kept", kText);
     chmod((fFolder / "kept").c_str(), 0200);
     std::filesystem::create_directory(fFolder / "folder");

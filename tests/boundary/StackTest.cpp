@@ -192,7 +192,7 @@ TEST_F(Stacks, MayBeDeeperThanALaterLimit) {
               }));
 }
 
-// Flat texts are read all the same, and nested ones while there is memory.
+// Flat texts are still read, and nested ones while there is memory.
 TEST_F(Stacks, MayBeUnableToGrow) {
     if (kIsSanitized) {
         GTEST_SKIP() << "no process of a sanitizer has so little memory";

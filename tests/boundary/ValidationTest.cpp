@@ -48,7 +48,7 @@ protected:
         return errors;
     }
 
-    // The same errors of each of several numbers that stand behind a key.
+    // The same errors of each of several numbers behind a key.
     void ExpectErrors(
         std::string const& key,
         char const* numbers,
@@ -118,8 +118,8 @@ TEST_F(Validation, AcceptsCertainLevelsAndDepthsAlone) {
 
 // A namespace that is validated has an error here: it lacks a required setting.
 TEST_F(Validation, ValidatesTheNamespacesOfCertainProductsAlone) {
-    std::string const schema =
-        Optional("OtherNamespaces < type array of Validated >", "Validated < Must number optional < > >");
+    std::string const schema = Optional(
+        "OtherNamespaces < type array of Validated >", "Validated < Must number optional < > >");
     std::string const missing = " ErrorMsg /expected a number, found nothing>>";
     struct {
         char const* fNamespaces;
@@ -227,10 +227,10 @@ TEST_F(Validation, ChangesAllSettingsOrNone) {
 }
 
 TEST_F(Validation, ValidatesTheWholeSetWhateverIsChanged) {
-    std::string const fault = "[<<Key /A ErrorMsg /expected a number, found the name x>>]";
+    std::string const error = "[<<Key /A ErrorMsg /expected a number, found the name x>>]";
     PDFSettings* const settings = NewSettings(File("/A /x"), Optional("A number").c_str());
-    EXPECT_EQ(fault, Set(settings, "< >"));
-    EXPECT_EQ(fault, Set(settings, "< B 1 >"));
+    EXPECT_EQ(error, Set(settings, "< >"));
+    EXPECT_EQ(error, Set(settings, "< B 1 >"));
     EXPECT_EQ("<<A /x>>", Describe(settings));
     POSDict* const before = fGetSettings(settings);
     EXPECT_EQ("[]", Set(settings, "< A 1 >"));

@@ -11,7 +11,7 @@ using namespace pdfsettings;
 
 namespace {
 
-// Stands in for a component's own rows, which are missing while no component is started.
+// Replaces a component's own rows, which are missing while no component is started.
 void Nothing() {}
 
 char const* gMissingOperation = nullptr;

@@ -106,7 +106,7 @@ TEST(Component, RunsOnceAtATimeAndMayBeStartedAgain) {
     EXPECT_FALSE(Host::IsRunning());
 }
 
-// Nobody asks for one, and it runs until the program ends.
+// Started at first use, it runs until the program ends.
 TEST(ComponentDeathTest, IsStartedAtFirstUseAndStopsBeforeTheProgramHasEnded) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(
@@ -149,7 +149,7 @@ TEST(Component, AFileThatIsNoComponentIsRefused) {
     } const cases[] = {
         {"/no/such/file.so", "cannot load the settings component: /no/such/file.so: "},
         {"/dev/null", "cannot load the settings component: /dev/null: "},
-        {"libm.so.6", "libm.so.6 is no settings component: it has no PDFSettingsTerminate"},
+        {"libm.so.6", "libm.so.6 is not a settings component: it has no PDFSettingsTerminate"},
     };
     for (auto const& [path, message] : cases) {
         auto const error = support::ErrorOf([&, &file = path] { Component::Start(file); });

@@ -13,7 +13,7 @@ namespace pdfsettings {
 
 namespace {
 
-// A value as it stands in a file, what the component makes of it, and what there is to find.
+// A value as it is in a file, what the component makes of it, and what there is to find.
 struct Sample {
     std::string fText;
     Value fValue;
@@ -41,7 +41,7 @@ std::vector<Sample> const& Samples() {
          true},
         {"(a\\\\\\)",
          RawString{"a\\\\\\"},
-         "backslashes: only a backslash alone escapes a ): behind three of them the string ends"},
+         "backslashes: only a single backslash escapes a ): behind three the string ends"},
         {"<0 g>",
          HexString{"0 g"},
          "bad-hex: a hexadecimal string holds digits 0 to 9 and A to F only"},
@@ -49,10 +49,10 @@ std::vector<Sample> const& Samples() {
         {"12abc", 12.0, "stuck: \"12abc\" is read as 12: remove \"abc\"", true},
         {"1e5",
          1.0,
-         "stuck: \"1e5\" is read as 1, for an exponent needs a point: write 1.0e5",
+         "stuck: \"1e5\" is read as 1, since an exponent needs a point: write 1.0e5",
          true},
         {"1,5", 1.0, "stuck: \"1,5\" is read as 1: write 1.5, or leave the comma out", true},
-        {"08", 0.0, "stuck: \"08\" is read as 0, for a leading 0 makes it octal: write 8", true},
+        {"08", 0.0, "stuck: \"08\" is read as 0, since a leading 0 makes it octal: write 8", true},
         {"trueish", Name{"true"}, "stuck: \"trueish\" is read as true: remove \"ish\"", true},
         {"-", 0.0, "no-number: a sign without digits is read as 0", true},
     };
@@ -63,7 +63,7 @@ struct Known {
     std::string fPath;
     Span fKey;
     Span fValue;
-    bool fIsWhole; // the value is all that stands there
+    bool fIsWhole; // the value is all that is there
 };
 
 class Generator {
@@ -111,8 +111,8 @@ private:
             // What is passed over already is found once.
             if (!fHasRest && Below(8) == 0) {
                 Find(
-                    "stray: \"junk\" is passed over: " +
-                        (fName.empty() ? "it belongs to no key, or is a / missing before it?"
+                    "stray: \"junk\" is ignored: " +
+                        (fName.empty() ? "it has no key, or is a / missing before it?"
                                        : fName + " is read as the value of the key before it"),
                     Add("junk"));
                 Separate(/*isAfterRest=*/true);
@@ -130,7 +130,7 @@ private:
         Span const span = Add("/" + key);
         fHasRest = false;
         if (values.FindKey(key) != nullptr) {
-            Find("duplicate: /" + key + " stands here again: the value before is lost", span);
+            Find("duplicate: /" + key + " is repeated: the earlier value is lost", span);
             Forget(prefix + key);
         }
         Separate();

@@ -30,7 +30,7 @@ bool LiesIn(Document const& document, Span span) {
     return span.begin <= span.end && span.end <= document.Text().size();
 }
 
-// Every fault and entry lies in the text, and a refused text has one error.
+// Every finding and entry is in the text, and a refused text has one error.
 void ExpectSound(Document const& document) {
     bool const isRefused = document.WhyRefused() != Refusal::kNone;
     EXPECT_EQ(isRefused ? 1U : 0U, CountErrors(document)) << document.Text();

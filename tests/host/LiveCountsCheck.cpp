@@ -1,4 +1,4 @@
-// Every test of the program gives back all that it had of the runtime.
+// Every test of the program releases all that it had of the runtime.
 
 #include "runtime/objects/Diagnostics.h"
 

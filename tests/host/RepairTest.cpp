@@ -15,14 +15,14 @@ std::string Settled(std::string const& settings) {
 }
 
 // The repairs, each with its place.
-std::string Told(RepairedDocument const& repaired) {
-    std::string told;
+std::string Reported(RepairedDocument const& repaired) {
+    std::string reported;
     for (Finding const& repair : repaired.repairs) {
-        told += std::to_string(repair.Where()->line) + ":" +
-                std::to_string(repair.Where()->column) + " " + repair.Message() + " [" +
-                repair.Id() + "]\n";
+        reported += std::to_string(repair.Where()->line) + ":" +
+                    std::to_string(repair.Where()->column) + " " + repair.Message() + " [" +
+                    repair.Id() + "]\n";
     }
-    return told;
+    return reported;
 }
 
 std::string Utf16(std::string const& text, bool isBigEndian, bool isMarked) {
@@ -40,14 +40,14 @@ protected:
 
 } // namespace
 
-TEST_F(RepairTest, WhatHasOneMeaningIsWrittenAndTold) {
+TEST_F(RepairTest, WhatHasOneMeaningIsWrittenAndReported) {
     std::string const rest = "/Optimize true";
     struct Row {
         std::string fBefore;
         std::string fAfter;
-        std::string fTold;
+        std::string fReported;
     };
-    for (auto const& [before, after, told] : {
+    for (auto const& [before, after, reported] : {
              Row{"\xEF\xBB\xBF" + Settled(rest),
                  Settled(rest),
                  "1:1 removed the byte order mark [encoding]\n"},
@@ -93,7 +93,7 @@ TEST_F(RepairTest, WhatHasOneMeaningIsWrittenAndTold) {
          }) {
         auto const repaired = Repair(Document(before));
         EXPECT_EQ(repaired.document.Text(), after) << before;
-        EXPECT_EQ(Told(repaired), told);
+        EXPECT_EQ(Reported(repaired), reported);
         EXPECT_TRUE(Repair(repaired.document).repairs.empty());
     }
 }
@@ -123,7 +123,7 @@ TEST_F(RepairTest, WhatMayMeanSomethingElseStays) {
           std::string()}) {
         auto const repaired = Repair(Document(text));
         EXPECT_EQ(repaired.document.Text(), text);
-        EXPECT_EQ(Told(repaired), "");
+        EXPECT_EQ(Reported(repaired), "");
     }
 }
 
@@ -132,9 +132,9 @@ TEST_F(RepairTest, ASchemaThatAllowsTwoReadingsDecidesNothing) {
         "< PDFSettings < optional < A any L array B boolean N < type array of number > > > >");
     auto const repaired =
         Repair(Document(Settled("/N [ 1,5 2 ] /A TRUE /L [ Word ] /B TRUE")), schema);
-    EXPECT_EQ(Told(repaired), "");
+    EXPECT_EQ(Reported(repaired), "");
     EXPECT_EQ(
-        Told(Repair(Document(Settled("/B TRUE")), schema)),
+        Reported(Repair(Document(Settled("/B TRUE")), schema)),
         "1:7 wrote true for TRUE [unknown-value]\n");
 }
 
@@ -157,7 +157,7 @@ TEST_F(RepairTest, TextInUtf16IsConvertedWhereItsValuesAreAscii) {
             auto const repaired = Repair(Document(Utf16(text, isBigEndian, isMarked)));
             EXPECT_EQ(repaired.document.Text(), Settled("/EmbedAllFonts true"));
             EXPECT_EQ(
-                Told(repaired),
+                Reported(repaired),
                 "1:1 converted UTF-16 to UTF-8 [encoding]\n"
                 "1:19 wrote true for True [unknown-value]\n");
         }

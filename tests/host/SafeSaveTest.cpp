@@ -48,8 +48,8 @@ protected:
 
     std::string FirstName() const { return fFolder.Names().substr(0, fFolder.Names().find(' ')); }
 
-    // Right after an exchange: opens the new file for writing and changes the old one, as somebody
-    // who was done with it would have.
+    // Right after an exchange: opens the new file for writing and changes the old one, as another
+    // program who was done with it would have.
     int Disturb(std::string const& file) const {
         fFolder.Make(FirstName(), "OLD");
         return open(file.c_str(), O_WRONLY | O_CLOEXEC);
@@ -193,7 +193,7 @@ TEST_F(SafeSaveTest, WaitsForALeaseNoLongerThanItMay) {
     auto const handler = std::signal(SIGIO, SIG_IGN);
     auto const expectEndOf = [](std::function<void()> const& way) {
         SystemCallsDouble const calls;
-        EXPECT_EQ(MessageOf(way), "another program does not give up its lease on it; try again");
+        EXPECT_EQ(MessageOf(way), "another program does not release its lease on it; try again");
         EXPECT_LT(calls.Count(), 40);
     };
     if (fcntl(leased, F_SETLEASE, F_WRLCK) == 0) {
@@ -340,19 +340,19 @@ TEST_F(SafeSaveTest, SaysWhereOthersAreNotKeptOut) {
     {
         SystemCallsDouble calls;
         calls.FailAlways("flock", ENOLCK);
-        EXPECT_EQ(Warning(file), "its folder cannot be locked, so other programs are not kept out");
+        EXPECT_EQ(Warning(file), "its folder cannot be locked: other programs are not locked out");
     }
     {
         SystemCallsDouble calls;
         calls.FailNext("folder", EACCES);
-        EXPECT_EQ(Warning(file), "its folder may not be read, so other programs are not kept out");
+        EXPECT_EQ(Warning(file), "its folder may not be read: other programs are not locked out");
     }
     for (long const kind : {0x6969L, 0xFF534D42L, 0x01021997L}) { // NFS, SMB, 9P
         SystemCallsDouble calls;
         calls.SetFileSystem(kind);
         EXPECT_EQ(
             Warning(file),
-            "it lies on a network file system, so programs on other machines are not kept out");
+            "it is on a network file system: programs on other machines are not locked out");
         EXPECT_EQ(calls.Count("flock"), 2);
         EXPECT_EQ(calls.Count("lease"), 0) << "none is to be had there";
     }
@@ -397,7 +397,7 @@ TEST_F(SafeSaveTest, KeepsANewFileThatSomebodyBeganToWriteBeforeItWasTakenBack) 
     std::string const kept = FirstName();
     EXPECT_EQ(
         message,
-        "changed since it was read, and again meanwhile: what it held is kept as " + kept +
+        "changed since it was read, and again meanwhile: its old content is kept as " + kept +
             " in its folder");
     EXPECT_EQ(ReadBytes(file), "OLD");
     EXPECT_EQ(ReadBytes(fFolder / kept), "NEW");
@@ -443,11 +443,11 @@ TEST_F(SafeSaveTest, DeletesWhatWasLeftBehindOnlyIfNothingIsLost) {
     EXPECT_EQ(
         Warning(file),
         "an interrupted save left " + name('3') +
-            " in its folder; delete it if you do not need what it holds");
+            " in its folder; delete it if you do not need its content");
     EXPECT_EQ(fFolder.Names(), name('3') + " .joboptions-other.new a ");
 }
 
-// The other may still write what nobody else has.
+// The other one may still write.
 TEST_F(SafeSaveTest, DeletesNothingThatIsBeingWritten) {
     std::string const file = fFolder.Make("a", "old");
     std::string const left = ".joboptions-0123456789abcdef0123456789abcdef.new";
@@ -476,7 +476,6 @@ TEST_F(SafeSaveTest, FlushesTheFileAndThenItsFolder) {
             calls.FailNext("fsync", EIO);
         }
     });
-    EXPECT_EQ(
-        Warning(file), "its folder could not be flushed, so a power failure may undo the save");
+    EXPECT_EQ(Warning(file), "its folder could not be flushed: a power failure may undo the save");
     EXPECT_EQ(ReadBytes(file), "new");
 }

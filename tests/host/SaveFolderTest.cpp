@@ -1,5 +1,5 @@
 // Saves in folders of random files, with failing calls, kills and other programs, against a model
-// that knows what may stand there afterwards: names, bytes, owners, permissions, links and times.
+// that knows what may be there afterwards: names, bytes, owners, permissions, links and times.
 #include "pdfsettings/SafeSave.h"
 
 #include "tests/host/SystemCallsDouble.h"
@@ -74,7 +74,7 @@ Items LookAtAll(support::TemporaryFolder const& folder) {
     return items;
 }
 
-// Nobody but the owners, old and new, may do with an item what they could not do with old.
+// Only the owners, old and new, may do with an item what they could not do with old.
 void ExpectNoWiderAccess(Item const& item, Item const& old) {
     for (uid_t const user : {uid_t{7777}, uid_t{8888}}) {
         for (gid_t const group : {getegid(), kOurGroup, kForeignGroup, gid_t{4000}}) {
@@ -113,7 +113,7 @@ public:
         fBefore = LookAtAll(fFolder);
     }
 
-    // The ways to run it; each checks what stands there afterwards.
+    // The ways to run it; each checks what is there afterwards.
     void Save() {
         Run();
         CheckOthers();
@@ -167,7 +167,8 @@ public:
         return isSaved;
     }
 
-    // Somebody takes all permissions of others, moves the file away or deletes it at a random call.
+    // Another user takes all permissions of others, moves the file away or deletes it at a random
+    // call.
     void SaveBesideAnother() {
         unsigned long const kind = Below(3);
         bool hasActed = false;
@@ -320,16 +321,16 @@ private:
             EXPECT_EQ(fNow.contains(kLeftover), isNeeded || (isOld && !fHasOld));
             std::vector<std::string> expected;
             if (fHasOld && Old().fOwner.fUser != geteuid()) {
-                expected.emplace_back("its owner could not be kept: it is yours now");
+                expected.emplace_back("its owner could not be kept: you own it now");
             }
             if (fHasOld && Old().fOwner.fGroup == kForeignGroup) {
                 expected.emplace_back(
-                    "its group could not be kept: the group's permissions are gone");
+                    "its group could not be kept: the group's permissions were removed");
             }
             if (fNow.contains(kLeftover)) {
                 expected.push_back(
                     std::string("an interrupted save left ") + kLeftover +
-                    " in its folder; delete it if you do not need what it holds");
+                    " in its folder; delete it if you do not need its content");
             }
             EXPECT_EQ(fWarnings, expected);
         }

@@ -37,8 +37,7 @@ protected:
     }
 
     static std::string Refusal(std::string const& link) {
-        return "the link " + link +
-               " is not followed: it belongs to another user than what it leads to";
+        return "the link " + link + " is not followed: it belongs to another user than its target";
     }
 
     support::TemporaryFolder fFolder;

@@ -27,7 +27,7 @@ namespace {
 
 constexpr std::chrono::milliseconds kShortWait = std::chrono::milliseconds(4);
 
-// What a save of "new" says; with seen, if that stands there. Warnings are stored where wanted.
+// What a save of "new" says; with seen, if that is there. Warnings are stored on request.
 std::string SaveMessage(
     std::string const& path,
     char const* seen = nullptr,
@@ -69,7 +69,7 @@ mode_t ModeOf(std::filesystem::path const& file) {
     return status.st_mode & 07777;
 }
 
-// Whatever stands in the folder: nobody may read what they could not read before.
+// Whatever is in the folder: no user may read what they could not read before.
 void ExpectNoWiderAccess(support::TemporaryFolder const& folder) {
     for (auto const& entry : std::filesystem::directory_iterator(folder.Path())) {
         EXPECT_EQ(ModeOf(entry.path()) & ~kOldMode, 0U) << entry.path();
@@ -77,7 +77,7 @@ void ExpectNoWiderAccess(support::TemporaryFolder const& folder) {
 }
 
 // A program that changes a file and knows nothing of locks. It keeps a record of whose bytes it
-// wrote over: nobody else may lose what stands there then.
+// wrote over: no other writer may lose what is there then.
 class OtherWriter {
 public:
     explicit OtherWriter(support::TemporaryFolder const& folder) : fFolder(folder) {}

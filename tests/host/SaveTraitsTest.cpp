@@ -46,7 +46,7 @@ protected:
         return status.st_mode & 07777;
     }
 
-    // Somebody takes permissions away at a call.
+    // Another user takes permissions away at a call.
     std::function<void(int)> NarrowAt(int moment) const {
         return [this, moment, isDone = false](int call) mutable {
             if (call >= moment && !std::exchange(isDone, true)) {
@@ -114,8 +114,8 @@ TEST_F(SaveTraitsTest, AreCutAndNeverWidenedWhereTheyCannotBeKept) {
          54321,
          0604,
          "",
-         {"its group could not be kept: the group's permissions are gone"}},
-        // Members of the old group are anybody now: they must not get what they did not have.
+         {"its group could not be kept: the group's permissions were removed"}},
+        // Members of the old group count as others now: they must not get what they did not have.
         {"fchown",
          EPERM,
          "",
@@ -123,7 +123,7 @@ TEST_F(SaveTraitsTest, AreCutAndNeverWidenedWhereTheyCannotBeKept) {
          54321,
          0602,
          "",
-         {"its group could not be kept: the group's permissions are gone"}},
+         {"its group could not be kept: the group's permissions were removed"}},
         {"fchown",
          EPERM,
          List(4, 6),
@@ -131,7 +131,7 @@ TEST_F(SaveTraitsTest, AreCutAndNeverWidenedWhereTheyCannotBeKept) {
          54321,
          0664,
          List(0, 4),
-         {"its group could not be kept: the group's permissions are gone"}},
+         {"its group could not be kept: the group's permissions were removed"}},
         {"fsetxattr",
          EPERM,
          List(6, 4),
@@ -139,7 +139,7 @@ TEST_F(SaveTraitsTest, AreCutAndNeverWidenedWhereTheyCannotBeKept) {
          getgid(),
          0600,
          "",
-         {"its access control list could not be kept: it is for its owner alone",
+         {"its access control list could not be kept: only its owner has access now",
           "its attribute user.note could not be kept"}},
         {"fremovexattr",
          EPERM,
@@ -148,7 +148,7 @@ TEST_F(SaveTraitsTest, AreCutAndNeverWidenedWhereTheyCannotBeKept) {
          getgid(),
          0600,
          "",
-         {"its access control list could not be kept: it is for its owner alone"}},
+         {"its access control list could not be kept: only its owner has access now"}},
     };
     for (auto const& [call, error, oldList, oldMode, group, mode, list, warnings] : kCases) {
         std::filesystem::remove(fFile);
@@ -177,7 +177,7 @@ TEST_F(SaveTraitsTest, KeepOwnerAndGroupWhereTheSystemAllowsIt) {
     calls.FailNext("fchown", EPERM);
     EXPECT_EQ(
         std::vector<std::string>(SaveSafely(fFile, "newer")),
-        std::vector<std::string>{"its owner could not be kept: it is yours now"});
+        std::vector<std::string>{"its owner could not be kept: you own it now"});
     EXPECT_EQ(SystemCallsDouble::OwnerOf(fFile), (support::Owner{getuid(), 54321}));
 }
 

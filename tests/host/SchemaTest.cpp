@@ -19,19 +19,19 @@ std::string const kTooMany =
 
 class SchemaTest : public testing::Test {
 protected:
-    // The faults of a schema, a line for each: line:column message.
-    std::string Faults(std::string const& text) const {
-        std::string faults;
+    // The problems of a schema, a line for each: line:column message.
+    std::string Problems(std::string const& text) const {
+        std::string problems;
         for (Finding const& problem : Schema::Problems(text)) {
-            faults += std::to_string(problem.Where()->line) + ":" +
-                      std::to_string(problem.Where()->column) + " " + problem.Message() + "\n";
+            problems += std::to_string(problem.Where()->line) + ":" +
+                        std::to_string(problem.Where()->column) + " " + problem.Message() + "\n";
         }
         auto const error = support::ErrorOf([&] { Schema::Parse(text); });
-        EXPECT_EQ(error.has_value(), !faults.empty());
+        EXPECT_EQ(error.has_value(), !problems.empty());
         EXPECT_TRUE(
             !error || (error->Code() == Fault::kSchema &&
-                       faults.find(error->Message() + "\n") != std::string::npos));
-        return faults;
+                       problems.find(error->Message() + "\n") != std::string::npos));
+        return problems;
     }
 
     // So many structures, each of which is named by the one before under each of the keys.
@@ -67,7 +67,7 @@ protected:
 
 } // namespace
 
-TEST_F(SchemaTest, AFaultHasItsPlaceInTheText) {
+TEST_F(SchemaTest, AProblemHasItsPlaceInTheText) {
     struct {
         char const* fText;
         char const* fFaults;
@@ -83,17 +83,18 @@ TEST_F(SchemaTest, AFaultHasItsPlaceInTheText) {
          "check\n"
          "3:19 PDFSettings/optional/B/min: says the name x, which is not a number\n"},
     };
-    for (auto const& [text, faults] : cases) {
-        EXPECT_EQ(Faults(text), faults) << text;
+    for (auto const& [text, problems] : cases) {
+        EXPECT_EQ(Problems(text), problems) << text;
     }
 }
 
 // A text of a few lines can describe more settings than any memory holds.
 TEST_F(SchemaTest, StructuresHaveLimitsOfDepthAndNumber) {
-    EXPECT_EQ(Faults(Chain(99, "A")), "");
-    EXPECT_EQ(Faults(Chain(12000, "A")), "101:1 S100: structures are nested more than 100 deep\n");
-    EXPECT_EQ(Faults(Chain(12, "AB")), "");
-    EXPECT_EQ(Faults(Chain(40, "AB")), "40:1 S39" + kTooMany);
+    EXPECT_EQ(Problems(Chain(99, "A")), "");
+    EXPECT_EQ(
+        Problems(Chain(12000, "A")), "101:1 S100: structures are nested more than 100 deep\n");
+    EXPECT_EQ(Problems(Chain(12, "AB")), "");
+    EXPECT_EQ(Problems(Chain(40, "AB")), "40:1 S39" + kTooMany);
 }
 
 TEST_F(SchemaTest, SettingsHaveALimitOfNumberAndSize) {
@@ -105,30 +106,30 @@ TEST_F(SchemaTest, SettingsHaveALimitOfNumberAndSize) {
         return "< PDFSettings < optional <" + all + " > >\nT < optional < A < type name doc (" +
                std::string(size, 'd') + ") > > > >";
     };
-    EXPECT_EQ(Faults("< PDFSettings < optional <" + rules + " > > T < optional < > > >"), "");
+    EXPECT_EQ(Problems("< PDFSettings < optional <" + rules + " > > T < optional < > > >"), "");
     EXPECT_EQ(
-        Faults("< PDFSettings < optional <" + rules + " K T > > T < optional < > > >"),
+        Problems("< PDFSettings < optional <" + rules + " K T > > T < optional < > > >"),
         "1:3 PDFSettings" + kTooMany);
     std::string const half = rules.substr(0, rules.find(" K5000 "));
-    EXPECT_EQ(Faults(schema(half, 1000)), "");
-    EXPECT_EQ(Faults(schema(half, 4000)), "2:1 T" + kTooMany);
+    EXPECT_EQ(Problems(schema(half, 1000)), "");
+    EXPECT_EQ(Problems(schema(half, 4000)), "2:1 T" + kTooMany);
     // So many bytes of a default, whatever their kind.
     for (char const* const kind : {"name", "string", "hexstring"}) {
         std::string const text = "< PDFSettings < optional <" + half +
                                  " > >\nT < optional < A < type " + kind + " default (" +
                                  std::string(4000, 'd') + ") > > > >";
-        EXPECT_TRUE(Faults(text).ends_with(kTooMany)) << kind;
+        EXPECT_TRUE(Problems(text).ends_with(kTooMany)) << kind;
     }
 }
 
-TEST_F(SchemaTest, ManyFaultsAreCounted) {
+TEST_F(SchemaTest, ManyProblemsAreCounted) {
     std::string structures;
     for (int i = 0; i < 1000; ++i) {
         structures += " T" + std::to_string(i) + " < optional < > >";
     }
-    std::string const faults = Faults("< PDFSettings < optional < > >" + structures + " >");
-    EXPECT_EQ(std::ranges::count(faults, '\n'), 101);
-    EXPECT_TRUE(faults.ends_with("1:1 and 900 more\n"));
+    std::string const problems = Problems("< PDFSettings < optional < > >" + structures + " >");
+    EXPECT_EQ(std::ranges::count(problems, '\n'), 101);
+    EXPECT_TRUE(problems.ends_with("1:1 and 900 more\n"));
 }
 
 TEST_F(SchemaTest, TheStandardSchemaIsSoundAndAcceptsEveryExample) {

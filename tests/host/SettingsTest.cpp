@@ -144,7 +144,8 @@ TEST_F(SettingsTest, AValueIsCheckedAlone) {
         Expected{"Bad: /Too is not one of /One, /Two; did you mean /Two?"});
     EXPECT_EQ(
         Texts(settings.Check("A", std::numeric_limits<double>::infinity())),
-        Expected{"A: A: inf cannot stand in a settings file so that it reads back as the same"});
+        Expected{
+            "A: A: inf cannot be written to a settings file so that it reads back as the same"});
     EXPECT_EQ(settings.Text(), kText);
 }
 
@@ -215,7 +216,7 @@ TEST_F(SettingsTest, AFileIsBoundSavedAndComparedWithWhatWasRead) {
     EXPECT_EQ(ReadBytes(file), stale.Text());
 
     fFolder.Make("b", "old");
-    EXPECT_EQ(MessageOf([&] { settings.SaveAs(fFolder / "b"); }), "there is such a file already");
+    EXPECT_EQ(MessageOf([&] { settings.SaveAs(fFolder / "b"); }), "the file exists already");
     EXPECT_EQ(settings.File(), file);
     settings.SaveAs(fFolder / "b", OnConflict::kOverwrite);
     EXPECT_EQ(settings.File(), fFolder / "b");
@@ -282,7 +283,9 @@ TEST_F(SettingsTest, AFileThatCannotBeReadGivesTheReasonAndThePlace) {
         {fFolder.Path(), Fault::kSystem, "Is a directory"},
         {"a\0b"s, Fault::kSystem, "the path holds a NUL byte"},
         {"/dev/full", Fault::kSystem, "not a regular file"},
-        {fFolder / "junk", Fault::kSyntax, "\"??\" is no value: expected true, false, a number, "},
+        {fFolder / "junk",
+         Fault::kSyntax,
+         "\"??\" is not a value: expected true, false, a number, "},
     };
     for (auto const& [path, code, message] : cases) {
         auto const error = support::ErrorOf([&, &file = path] { Settings::Open(file); });
@@ -315,7 +318,7 @@ TEST_F(SettingsTest, AreMadeOfValues) {
         MessageOf([] {
             Settings::From(Dictionary::Of({{"A", 1}, {"B", Name{""}}}));
         }),
-        "B: / cannot stand in a settings file so that it reads back as the same");
+        "B: / cannot be written to a settings file so that it reads back as the same");
     Dictionary slashed;
     slashed.SetKey("a/b", 1);
     EXPECT_EQ(CodeOf([&] { Settings::From(slashed); }), Fault::kKey);
@@ -403,7 +406,7 @@ static std::optional<Expected> ValidatedWithFailure(Settings const& settings, un
     return std::nullopt;
 }
 
-// How many single failures of memory were told; -1 where one changed the findings.
+// How many single failures of memory were reported; -1 where one changed the findings.
 static int CountFailures(Settings const& settings) {
     int failures = 0;
     bool isReached = true;

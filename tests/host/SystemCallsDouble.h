@@ -1,4 +1,4 @@
-// The system's calls for files with faults on demand: the linker leads the calls of static code
+// The system calls for files with injected failures: the linker leads the calls of static code
 // through here (see --wrap in CMakeLists.txt).
 #pragma once
 
@@ -27,7 +27,7 @@ public:
     SystemCallsDouble& operator=(SystemCallsDouble const&) = delete;
 
     // The nth call from now on, counted from 1, fails with an errno value and does nothing, and so
-    // do all later ones if wanted. Closing closes all the same, as the system's does.
+    // do all later ones if wanted. A failed close closes anyway, as in the system.
     void FailAt(int n, int error, bool andAllLater = false);
 
     // So do the next call of that name, and all calls of it. openat2 is "syscall"; "lease",
@@ -40,8 +40,8 @@ public:
     void SetFileSystem(long kind);
 
     // Files belong to whom this says, whoever runs the tests. The caller gives files away as root
-    // does, or, with groups, as somebody else: to those groups only. Processes made from now on see
-    // it too.
+    // does, or, with groups, as another program else: to those groups only. Processes made from now
+    // on see it too.
     void PretendOwners(std::optional<std::set<gid_t>> const& groups = {});
     static void SetOwner(std::string const& path, Owner owner);
     // Of the item of that path itself, made in this process or in others.

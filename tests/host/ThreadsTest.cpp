@@ -96,7 +96,7 @@ void StartAndStop() {
     EXPECT_TRUE(!code || code == Fault::kInUse);
 }
 
-// One of them at a time: the others are told so.
+// One of them at a time: the others get an error.
 TEST_F(Threads, StartAndStopTheComponent) {
     support::DoTogether(kThreads, [](int /*number*/) {
         for (int round = 0; round < kRounds; ++round) {
@@ -120,7 +120,7 @@ TEST(ThreadsDeathTest, ShareTheLockWithAHost) {
     EXPECT_EXIT(useTogether(), testing::ExitedWithCode(0), "");
 }
 
-// What waits for nobody must go on while another thread has the component.
+// What takes no lock must go on while another thread has the component.
 TEST_F(Threads, ReadWhileTheComponentIsInUse) {
     Component const component = Component::Start();
     RawAccess const raw;

@@ -30,7 +30,7 @@ bool IsReadable(Watcher const& watcher) {
     return poll(&descriptor, 1, 0) == 1;
 }
 
-// Everything that there is to tell.
+// Everything that there is to report.
 Paths ReadAll(Watcher& watcher) {
     Paths all;
     while (IsReadable(watcher)) {
@@ -163,7 +163,7 @@ TEST(WatcherTest, TellsOfAllWhenTheSystemLosesEvents) {
 // lead to.
 class WatcherModelTest : public testing::Test {
 protected:
-    using State = std::map<path, std::string>; // what is at each path that may be told
+    using State = std::map<path, std::string>; // what is at each path that may be reported
 
     path At(std::string const& name) const { return fFolder.Path() / name; }
     unsigned Random(unsigned count) { return static_cast<unsigned>(fRandom() % count); }
@@ -240,11 +240,11 @@ protected:
         return paths;
     }
 
-    // Whether a difference at path is told.
-    bool IsTold(Paths const& told, path const& path) const {
-        return Contains(told, path) ||
+    // Whether a difference at path is reported.
+    bool IsReported(Paths const& reported, path const& path) const {
+        return Contains(reported, path) ||
                (std::ranges::find(fFolders, path.parent_path()) != fFolders.end() &&
-                Contains(told, path.parent_path()));
+                Contains(reported, path.parent_path()));
     }
 
     TemporaryFolder const fFolder;
@@ -265,10 +265,10 @@ TEST_F(WatcherModelTest, TellsOfEveryChangeOnTheWayToWhatIsWatched) {
             ChangeSomething();
         }
         Paths const changed = Differences(before, Look());
-        Paths const told = ReadAll(watcher);
+        Paths const reported = ReadAll(watcher);
         differences += changed.size();
-        ASSERT_TRUE(
-            std::ranges::all_of(changed, [&](path const& path) { return IsTold(told, path); }))
+        ASSERT_TRUE(std::ranges::all_of(
+            changed, [&](path const& path) { return IsReported(reported, path); }))
             << "in round " << round << ", at " << testing::PrintToString(changed);
     }
     EXPECT_GT(differences, 150U);

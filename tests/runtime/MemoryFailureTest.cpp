@@ -10,8 +10,8 @@ namespace {
 class MemoryFailureTest : public RuntimeTest {
 protected:
     // Runs attempt with its first allocation failing, then its second, until it succeeds untouched;
-    // every failure must be told and leave nothing alive. Answers how many allocations were made to
-    // fail.
+    // every failure must be reported and leave nothing alive. Answers how many allocations were
+    // made to fail.
     static unsigned long FailEach(std::function<bool()> const& attempt) {
         for (unsigned long n = 1;; ++n) {
             bibrt::LiveCounts const before = bibrt::CountLive();
@@ -114,7 +114,7 @@ TEST_F(MemoryFailureTest, NewValidatorAndRegisteredCheck) {
 // The last message of a validator.
 char const* gLastMessage = nullptr;
 void TakeMessage(char const* message) {
-    gLastMessage = std::strchr(message, ' ') ? "a fault" : "out-of-memory";
+    gLastMessage = std::strchr(message, ' ') ? "an error" : "out-of-memory";
 }
 
 TEST_F(MemoryFailureTest, ValidateAndValidateSchema) {

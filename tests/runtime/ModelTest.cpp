@@ -36,7 +36,7 @@ private:
     std::mt19937 fRandom{1};
 };
 
-// A dictionary as entries in the order of their first putting, and a cursor that stands on one of
+// A dictionary as entries in the order of their first putting, and a cursor on one of
 // them, which may be gone.
 struct DictModel {
     struct Entry {
@@ -248,7 +248,7 @@ TEST_F(StreamModelTest, BehavesLikeAString) {
     }
 }
 
-// Which atoms there are: those that are held, and of the last 1,024 releases those that nobody
+// Which atoms there are: those that are held, and of the last 1,024 releases those that no object
 // holds.
 class AtomModelTest : public ModelTest {
 protected:
@@ -296,7 +296,7 @@ protected:
         }
         if (released != fReleased.end()) {
             ASSERT_EQ(atom, released->second);
-            *released = {}; // its turn to be let go remains
+            *released = {}; // its turn to be freed remains
         }
         fHeld[text] = {atom, 1};
     }

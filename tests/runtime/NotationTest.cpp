@@ -101,7 +101,7 @@ constexpr FaultCase kFaultCases[] = {
     {"(\\q)", "line 1, column 2: unknown escape '\\q'"},
     {"(a\\", "line 1, column 4: the text opened at line 1, column 1 is not closed"},
     {"(\\400)", "line 1, column 2: an octal escape goes up to \\377"},
-    {"(\\0)", "line 1, column 2: a text cannot hold a zero byte"},
+    {"(\\0)", "line 1, column 2: a text cannot contain a zero byte"},
     {"< a 1e999 >", "line 1, column 5: the number is out of range"}};
 
 TEST_F(NotationTest, FaultsAreToldWithLineAndColumn) {

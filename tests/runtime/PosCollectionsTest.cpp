@@ -122,7 +122,7 @@ TEST_F(PosDictTest, NullsAreRefusedAndHarmless) {
     EXPECT_NE(Put(fDict, "a", number), 0);
 }
 
-// Sizes on both sides of every change of the storage, with every second key taken out and put
+// Sizes on both sides of every change of the storage, with every second key removed and put
 // again.
 TEST_F(PosDictTest, FindsEveryKeyAtAnySize) {
     for (int const size : {1, 5, 6, 7, 8, 9, 16, 17, 100, 5000}) {

@@ -79,7 +79,7 @@ TEST_F(PosScalarsTest, OnlyOnesOwnKindIsAnswered) {
 TEST_F(PosScalarsTest, EqualityComparesTypeThenContents) {
     double const nan = std::numeric_limits<double>::quiet_NaN();
     unsigned short const a[] = {'a', 0};
-    // Each stands in a class of its own, and its clone in the same.
+    // Each is in a class of its own, and its clone in the same.
     POSObject* const values[] = {
         NewNumber(0),
         NewNumber(1),

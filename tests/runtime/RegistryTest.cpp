@@ -61,7 +61,7 @@ TEST_F(RegistryTest, CounterIsNeverZeroAndMovesWithEachUnregistration) {
     unsigned long* const counter = Counter();
     unsigned long const before = *counter;
     EXPECT_NE(before, 0U);
-    EXPECT_EQ(Unregister("Nobody"), 0);
+    EXPECT_EQ(Unregister("Nowhere"), 0);
     EXPECT_EQ(*counter, before + 1);
     EXPECT_EQ(Counter(), counter);
 }

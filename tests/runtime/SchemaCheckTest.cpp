@@ -51,7 +51,7 @@ constexpr SchemaCase kWholeCases[] = {
      "|groups/2 says a group that is not a dictionary with a label and an array settings"},
     {"< groups < a any > PDFSettings < b groups > >", ""}};
 
-// The rule of S/K; messages stand behind that path.
+// The rule of S/K; messages are behind that path.
 constexpr SchemaCase kRuleCases[] = {
     {"boolean", ""},
     {"C", ""},
@@ -74,7 +74,7 @@ constexpr SchemaCase kRuleCases[] = {
     {"< type name of name >", "/of says of, which applies only to arrays"},
     {"< type any count 1 >", "/count says count, which applies only to arrays"},
     {"< type number min 3 max 3 >", ""},
-    {"< type number min 3 max 2 >", "/min says a min of 3, which is above the max of 2"},
+    {"< type number min 3 max 2 >", "/min says a min of 3, which is greater than the max of 2"},
     {"< type number in 3 >", "/in says the number 3, which is not an array"},
     {"< type number in [] >", "/in says an empty array, which allows nothing"},
     {"< type integer in [ 1 1.5 ] >", "/in allows the number 1.5, which is of another type"},

@@ -45,7 +45,7 @@ inline std::string AccessList(Rights const& rights) {
     return list;
 }
 
-// What somebody who is not the owner, in one group, may do with a file: a list's user counts before
+// What a user who is not the owner, in one group, may do with a file: a list's user counts before
 // its groups, these before the others, and the mask cuts all but the others.
 inline int
 RightsOf(uid_t user, gid_t group, gid_t groupOfFile, mode_t mode, std::string const& list) {

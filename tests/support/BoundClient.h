@@ -12,7 +12,7 @@
 
 namespace support {
 
-// Each test starts with a fresh binding and ends with everything given back.
+// Each test starts with a fresh binding and ends with everything released.
 class BoundClientTest : public testing::Test {
 protected:
     BoundClientTest() { EXPECT_TRUE(BIB_T_NMT::BIBClientInit(&LookupDouble::Lookup)); }

@@ -35,7 +35,7 @@ enum class Reports { kNone, kOne, kAny };
 // A call of the component.
 struct Call {
     // Does the work and gives up what it was given. Whether the component said that it succeeded.
-    // Looks at what it made, if it has to, after calling the argument, which ends the faults.
+    // Checks what it made, if it has to, after calling the argument, which ends the injection.
     std::function<bool(std::function<void()> const& endFaults)> fWork;
     // Goes before each.
     std::function<void()> fPrepare = [] {};
@@ -43,7 +43,7 @@ struct Call {
     Reports fReports = Reports::kOne;
 };
 
-// What came of all faults in a call.
+// The results of all injected failures in a call.
 struct Swept {
     int fFaults = 0;   // something failed while the call ran
     int fFailures = 0; // the call failed
@@ -84,8 +84,8 @@ protected:
         }
     }
 
-    // Makes each use of a resource in a call fail: the settings stay as they are, the reports tell
-    // what the result tells, and the next call succeeds.
+    // Makes each use of a resource in a call fail: the settings stay as they are, the reports say
+    // what the result says, and the next call succeeds.
     Swept Sweep(Resource const& resource, Call const& call) {
         EXPECT_TRUE(Do(call)) << testing::PrintToString(fLog.fMessages);
         Swept swept;
@@ -191,9 +191,9 @@ protected:
         Release(plain);
     }
 
-    // A call that writes settings into the file "a", which holds "old" before; check is told
-    // whether it succeeded and what the file holds, "(gone)" without one. Its failures are told by
-    // its result.
+    // A call that writes settings into the file "a", which holds "old" before; check gets
+    // whether it succeeded and what the file holds, "(gone)" without one. Its failures are reported
+    // by its result.
     template <class Check>
     Call Writing(PDFSettings* settings, Check check) {
         auto const write = [this, settings, check](auto const& endFaults) {
@@ -327,7 +327,7 @@ private:
         return end - start >= n;
     }
 
-    bool fIsLeaky = false; // what is left at the end is no fault
+    bool fIsLeaky = false; // what is left at the end is permitted
 };
 
 } // namespace support

@@ -1,5 +1,5 @@
 // Texts that are settings more or less: from the pieces of the format, and from a good text with
-// faults put in. The same ones in each run.
+// mistakes. The same ones in each run.
 #pragma once
 
 #include <cstddef>
@@ -10,7 +10,7 @@ namespace support {
 
 class GeneratedTexts {
 public:
-    // good: settings to put faults into; not empty.
+    // good: settings to put mistakes into; not empty.
     explicit GeneratedTexts(std::string good) : fGood(std::move(good)) {}
 
     std::string Next() {

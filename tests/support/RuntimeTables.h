@@ -30,7 +30,7 @@ struct RowName {
     char const* fProcType;
 };
 
-// The interface name and the row names of a table; kRows stands in slot order.
+// The interface name and the row names of a table; kRows is in slot order.
 template <class Table>
 struct TableNames;
 

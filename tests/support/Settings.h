@@ -14,7 +14,7 @@
 
 namespace support {
 
-// Each test starts the component, and ends with everything given back.
+// Each test starts the component, and ends with everything released.
 class SettingsTest : public testing::Test {
 protected:
     explicit SettingsTest(BIBLookupProc lookup = &BIBRuntimeLookup) {

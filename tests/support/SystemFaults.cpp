@@ -21,7 +21,7 @@ bibrt::FailurePoint gFaults;
 std::atomic<bool> gStopsBeforeWriting = false;
 std::string gHome; // in the password database
 
-// The call that this one stands before.
+// The call that this one wraps.
 template <class Proc>
 Proc* Next(Proc* /*call*/, char const* name) {
     return reinterpret_cast<Proc*>(dlsym(RTLD_NEXT, name));
@@ -59,7 +59,7 @@ using support::Fails;
 using support::gHome;
 using support::Next;
 
-// The program exports these, so that they stand before the system's for every library as well.
+// The program exports these, so that they replace the system calls for every library.
 #pragma GCC visibility push(default)
 extern "C" {
 

@@ -9,7 +9,7 @@ namespace support {
 unsigned long CountSystemCalls();
 
 // Makes the n-th call from now on fail, alone or with all later ones; 0 takes the order back. A
-// file is closed, and a folder read, all the same.
+// file is closed, and a folder read, anyway.
 void FailSystemCall(unsigned long n, bool andAllLater);
 
 // Stops the process, as by SIGSTOP, right before it writes next.

@@ -12,8 +12,8 @@
 
 namespace support {
 
-// Where the tests of root may make folders that nobody else could exchange; for others any place is
-// one.
+// Where the tests of root may make folders that no other user could exchange; for others any place
+// is one.
 inline std::filesystem::path OwnPlace() {
     return geteuid() == 0 ? "/run" : std::filesystem::temp_directory_path();
 }

@@ -8,7 +8,7 @@ import tempfile
 
 PROGRAM = os.path.abspath(sys.argv[1])
 
-# What is typed, and what of it is offered: the words of the line, some that must be among the offers
+# What is typed, and what is offered: the words of the line, some that must be among the offers
 # and some that must not.
 CASES = [
     (["sh"], ["show"], ["set"]),

@@ -94,7 +94,7 @@ def changes_meanwhile_are_conflicts(program):
 
 
 def a_lock_is_waited_for_in_time(program):
-    """Whoever holds the folder's lock too long is told about; what is no file needs no lock."""
+    """Whoever holds the folder's lock too long is reported; what is no file needs no lock."""
     write("a.joboptions", "<< /A 1 >> setalembicorparams\n")
     folder = os.open(".", os.O_RDONLY)
     fcntl.flock(folder, fcntl.LOCK_EX)
@@ -119,7 +119,7 @@ def a_lock_is_waited_for_in_time(program):
 
 
 def an_output_is_never_the_input(program):
-    """Another name of the same file is a file of its own, and what stands there is compared too."""
+    """Another name of the same file is a file of its own, and its content is compared too."""
     write("a.joboptions", "<< /A 1 >> setalembicorparams\n")
     os.link("a.joboptions", "b")
     words = [program, "set", "-q", "--allow-unknown", "a.joboptions", "A=2", "-o"]

@@ -1,4 +1,5 @@
-// The command line tool for settings files: options in, one command, an exit status out.
+// The command line tool for settings files: parses options, runs one command, returns an exit
+// status.
 #include "tools/joboptions/commands/Command.h"
 #include "tools/joboptions/commands/Files.h"
 #include "tools/joboptions/text/Utf8.h"
@@ -23,14 +24,15 @@ public:
     Program() {
         fParser.require_subcommand(1);
         fParser.set_version_flag("--version", std::string("joboptions ") + JOBOPTIONS_VERSION);
-        fParser.footer("Examples:\n"
-                       "  joboptions show office.joboptions\n"
-                       "  joboptions set office.joboptions ColorImageResolution=150\n"
-                       "  joboptions check *.joboptions\n"
-                       "\n"
-                       "Exit status: 0 done or yes, 1 the answer is no, 2 wrong call, 3 input\n"
-                       "unreadable or refused, 4 schema unusable, 5 change refused, 6 output not\n"
-                       "written.");
+        fParser.footer(
+            "Examples:\n"
+            "  joboptions show office.joboptions\n"
+            "  joboptions set office.joboptions ColorImageResolution=150\n"
+            "  joboptions check *.joboptions\n"
+            "\n"
+            "Exit status: 0 success or yes, 1 no (findings, differences, missing keys),\n"
+            "2 wrong command line, 3 input unreadable or refused, 4 schema invalid,\n"
+            "5 change refused, 6 output not written.");
         for (auto* const make : {
                  kMakeShowCommand,
                  kMakeGetCommand,
@@ -62,7 +64,7 @@ public:
     }
 
 private:
-    // REQUIRES: the parser has seen one of the commands.
+    // REQUIRES: a command was parsed.
     Status RunCommand() {
         try {
             LookAtOutput(fOptions);
@@ -87,7 +89,7 @@ private:
         return status;
     }
 
-    // A request for help or the version arrives as an error too.
+    // Requests for help and version are reported as parse errors too.
     Status AnswerParser(CLI::ParseError const& error) const {
         bool const isVersion = error.get_name() == "CallForVersion";
         if (error.get_exit_code() != 0) {
@@ -102,8 +104,8 @@ private:
         }
     }
 
-    // What is wrong with the call. The parser's own words for a call without a known command do not
-    // name the word that was taken for one.
+    // The message for a wrong call. For an unknown command, the parser's message does not name the
+    // word.
     std::string CallError(CLI::ParseError const& error) const {
         if (!fParser.get_subcommands().empty()) {
             return error.what();
@@ -122,7 +124,7 @@ private:
 } // namespace joboptions
 
 int main(int argc, char** argv) {
-    // Output beyond the limit on the size of files fails like any other that cannot be written.
+    // Without this, output beyond the file size limit would end the process; now the write fails.
     std::signal(SIGXFSZ, SIG_IGN);
     try {
         return static_cast<int>(joboptions::Program().Run(argc, argv));

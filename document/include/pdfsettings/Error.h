@@ -15,39 +15,40 @@ namespace pdfsettings {
 
 // A position in a text.
 struct Place {
-    std::size_t line = 1;   // from 1; CR, LF and CR LF end a line alike
-    std::size_t column = 1; // from 1, in characters of UTF-8; a byte that belongs to none is one
+    std::size_t line = 1;   // from 1; CR, LF and CR LF are line ends
+    std::size_t column = 1; // from 1, in characters of UTF-8; any other byte counts as one
 
     bool operator==(Place const&) const = default;
 };
 
-// What went wrong. A later version may have more.
+// What failed. Later versions may have more.
 enum class Fault {
-    kSystem,     // a call of the system failed: see Error::System
-    kSyntax,     // a text is no settings file, or no value
+    kSystem,     // a system call failed: see Error::System
+    kSyntax,     // a text is not a settings file, or not a value
     kSchema,     // a schema cannot be used
-    kKind,       // a value is of another kind, or out of the range of a type
-    kNoValue,    // nothing is stored at a path, and there is no default
-    kKey,        // a path holds what cannot be the key of a setting
-    kUnwritable, // a value has no form in a settings file that reads back as the same
+    kKind,       // a value is of another kind, or out of range for a type
+    kNoValue,    // there is no value at a path, and no default
+    kKey,        // a part of a path cannot be the key of a setting
+    kUnwritable, // a value has no form in a file that reads back as the same value
     kReadOnly,   // the file's owner, or the caller, may not write it
-    kConflict,   // the file has changed since it was read, or it exists already
-    kBusy,       // another program has the file, longer than the time to wait
-    kUntrusted,  // a link on the way to the file could have been planted by another user
-    kInUse,      // another component runs in this process
+    kConflict,   // the file has changed since it was read, or it already exists
+    kBusy,       // another program uses the file, longer than the time to wait
+    kUntrusted,  // another user could have planted a link on the path
+    kInUse,      // another component is running in this process
     kStopped,    // the program is ending, or its host stopped the component
-    kComponent   // the component reported a failure of another kind
+    kComponent   // the component reported another failure
 };
 
-// A failure of any function of this library but for memory, which is always std::bad_alloc.
+// The error that all functions of this library throw, except when memory runs out: then they throw
+// std::bad_alloc.
 class PDFSETTINGS_API Error : public std::runtime_error {
 public:
-    // There is no move: none is without its contents.
+    // Not movable: every error has its contents.
     Error(Error const&) noexcept = default;
     Error& operator=(Error const&) noexcept = default;
     ~Error() override = default;
 
-    // what() is "FILE:LINE:COLUMN: message", without what is missing.
+    // what() is "FILE:LINE:COLUMN: message", without the parts that are missing.
     Error(
         Fault code,
         std::string const& message,
@@ -58,16 +59,16 @@ public:
 
     Fault Code() const noexcept;
     std::error_code System() const noexcept;            // for kSystem
-    std::filesystem::path const& File() const noexcept; // empty where there is none
+    std::filesystem::path const& File() const noexcept; // empty if there is none
     std::optional<Place> Where() const noexcept;        // for kSyntax and kSchema
 
-    // What went wrong, without the file and the place.
+    // The message without file and position.
     std::string const& Message() const noexcept;
 
-    // Of kSyntax: a word such as "unclosed" that stays the same, see docs/findings.md; else empty.
+    // For kSyntax, a fixed word such as "unclosed", see docs/findings.md; else empty.
     std::string const& Id() const noexcept;
 
-    // The same error in a file.
+    // A copy of this error with a file.
     Error In(std::filesystem::path const& file) const;
 
 private:

@@ -1,7 +1,7 @@
-// What the library gives to programs.
+// Symbol visibility.
 #pragma once
 
 #define PDFSETTINGS_API __attribute__((visibility("default")))
 
-// What a class keeps to itself.
+// For the parts of exported classes that only the library uses.
 #define PDFSETTINGS_LOCAL __attribute__((visibility("hidden")))

@@ -1,4 +1,4 @@
-// What is wrong with settings, or may be meant otherwise.
+// Findings: problems of settings, and text that is read otherwise than it looks.
 #pragma once
 
 #include "pdfsettings/Error.h"
@@ -14,22 +14,22 @@ namespace pdfsettings {
 
 enum class Severity {
     kWarning, // something is lost, or is read otherwise than it looks
-    kError    // a text is refused because of it, or the schema rejects a value
+    kError    // the text is refused because of it, or the schema rejects a value
 };
 
-// A run of bytes in a text.
+// A range of bytes in a text.
 struct Span {
-    std::size_t begin = 0; // in bytes from the start of the text
-    std::size_t end = 0;   // behind its last byte
+    std::size_t begin = 0; // offset in bytes from the start of the text
+    std::size_t end = 0;   // after the last byte
 
     std::size_t Size() const noexcept { return end - begin; }
     bool operator==(Span const&) const = default;
 };
 
-// One finding. Immutable; copies share it.
+// One finding. Immutable; copies share their contents.
 class PDFSETTINGS_API Finding {
 public:
-    // There is no move: none is without its contents.
+    // Not movable: every finding has its contents.
     Finding(Finding const&) noexcept = default;
     Finding& operator=(Finding const&) noexcept = default;
     ~Finding() = default;
@@ -44,21 +44,20 @@ public:
 
     Severity Level() const noexcept;
 
-    // A word such as "octal" that stays the same from version to version; see docs/findings.md.
+    // A fixed word such as "octal", the same in all later versions; see docs/findings.md.
     std::string const& Id() const noexcept;
 
-    // The setting that it is about, fit for every Find(): "ColorImageDict/QFactor",
-    // "OtherNamespaces/2"; empty where it is about none, and
-    // for what stands in a text otherwise than it looks. Of one
-    // with more than 1,000 bytes, which no setting has that a schema knows, only the end behind
+    // The path of the setting, for any Find(): "ColorImageDict/QFactor", "OtherNamespaces/2". Empty
+    // for a finding about no single setting, and for text that is read otherwise than it looks. Of
+    // a path with more than 1,000 bytes, which no setting in a schema has, only the end after
     // "...".
     std::string const& Path() const noexcept;
 
     // What was expected and what was found.
     std::string const& Message() const noexcept;
 
-    // The bytes to be looked at, which may be none at the end of the text, and the place of the
-    // first one. Nothing for a finding about values that have no text.
+    // The span that the finding is about, which may be empty at the end of the text, and the
+    // position of its first byte. Nothing for values without a text.
     std::optional<pdfsettings::Span> Bytes() const noexcept;
     std::optional<Place> Where() const noexcept;
 

@@ -1,4 +1,4 @@
-// Values in a row that a function gives.
+// A read-only sequence of values, as functions return it.
 #pragma once
 
 #include <cstddef>
@@ -11,13 +11,13 @@ namespace detail {
 struct MakeSequence;
 }
 
-// Immutable; copies share the values. It stands in for std::vector, whose layout depends on how a
+// Immutable; copies share the values. Used in place of std::vector, whose layout depends on how a
 // program is compiled.
 template <class T>
 class Sequence {
 public:
     Sequence() noexcept = default;
-    // There is no move, which would leave the other without its values but not empty.
+    // Not movable: a moved-from sequence would have a size without values.
     Sequence(Sequence const&) noexcept = default;
     Sequence& operator=(Sequence const&) noexcept = default;
     ~Sequence() = default;
@@ -27,14 +27,14 @@ public:
     std::size_t size() const noexcept { return fSize; }
     bool empty() const noexcept { return fSize == 0; }
 
-    // REQUIRES: index < size(), or that it is not empty.
+    // REQUIRES: index < size(), or the sequence is not empty.
     T const& operator[](std::size_t index) const noexcept { return fFirst[index]; }
     T const& front() const noexcept { return fFirst[0]; }
     T const& back() const noexcept { return fFirst[fSize - 1]; }
 
     operator std::vector<T>() const { return std::vector<T>(begin(), end()); }
 
-    // Equal sizes and equal values.
+    // Whether sizes and values are equal.
     friend bool operator==(Sequence const& left, Sequence const& right) {
         bool areEqual = left.fSize == right.fSize;
         for (std::size_t index = 0; areEqual && index < left.fSize; ++index) {

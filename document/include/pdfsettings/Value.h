@@ -1,8 +1,8 @@
-// Settings as plain C++ values.
+// Settings as C++ values.
 //
-// A tree of values is made of Value, Array and Dictionary. It knows no component and no file.
-// Copies share what neither of them has changed since, so that they cost nothing. Destroying,
-// copying and comparing takes no more stack for a deep tree than for a flat one.
+// Value, Array and Dictionary make up a tree. They depend on no component and no file. Copies share
+// their contents until one of them is changed, so copying is cheap. Destroying, copying and
+// comparing use no more stack for a deep tree than for a flat one.
 //
 // Threads: const members may be called from many threads at once, also on copies of one value.
 #pragma once
@@ -27,32 +27,32 @@ namespace pdfsettings {
 
 enum class Kind { kBool, kNumber, kName, kString, kHexString, kArray, kDictionary };
 
-// A name without its slash. In a file the name /true and true are the same, a boolean.
+// A name without its slash. The names true and false are booleans: /true in a file equals true.
 struct Name {
     std::string text;
 
     bool operator==(Name const&) const = default;
 };
 
-// The text of a string, with its escapes resolved: any bytes. The library escapes what has to be
-// when it writes them.
+// The text of a string, unescaped: any bytes. The library escapes it as needed when it writes a
+// file.
 struct String {
     std::string text;
 
-    // raw: what stands between the parentheses in a file.
+    // raw: the bytes between the parentheses in a file.
     static PDFSETTINGS_API String FromRaw(std::string_view raw);
 
     bool operator==(String const&) const = default;
 };
 
-// What stands between the parentheses of a string in a file, escapes included.
+// The bytes between the parentheses of a string in a file, with escapes.
 struct RawString {
     std::string bytes;
 
     bool operator==(RawString const&) const = default;
 };
 
-// What stands between the angle brackets of a hexadecimal string, not decoded and not checked.
+// The bytes between the angle brackets of a hexadecimal string, neither decoded nor checked.
 struct HexString {
     std::string digits;
 
@@ -86,12 +86,12 @@ double ToDouble(T number) {
 
 } // namespace detail
 
-// One value. A new one is false. Throws Error (kKind) for a whole number beyond 2^53, which no file
-// holds exactly.
+// One value. A default value is false. Throws Error (kKind) for an integer beyond 2^53, which no
+// file can hold exactly.
 class PDFSETTINGS_API Value {
 public:
     explicit Value() noexcept {}
-    // Templates, so that nothing is converted on the way.
+    // Templates, so that no other type is converted implicitly.
     template <std::same_as<bool> T>
     Value(T flag) : Value(Name{flag ? "true" : "false"}) {}
     template <Numeric T>
@@ -102,7 +102,7 @@ public:
     Value(HexString string);
     Value(Array array);
     Value(Dictionary dictionary);
-    // A text alone does not say what it is to be: write Name or String.
+    // A plain text is ambiguous: write Name or String.
     Value(char const*) = delete;
     Value(std::string) = delete;
     Value(std::string_view) = delete;
@@ -115,33 +115,31 @@ public:
 
     Kind What() const noexcept;
 
-    // The value as a T: Value; bool; a number type that it is in the range of (a whole type:
-    // without a fraction); Name, also of a boolean; String, RawString; HexString; Array;
-    // Dictionary; std::vector of one of these, for an array of nothing else. Nothing when it is of
-    // another kind.
+    // The value as a T: Value; bool; a number type whose range includes it (an integer type: and
+    // without a fraction); Name, also for a boolean; String, RawString; HexString; Array;
+    // Dictionary; or std::vector of one of these, for an array whose elements all convert. Nothing
+    // if the value is of another kind.
     template <class T>
     std::optional<T> If() const;
 
-    // The same. Throws Error (kKind).
+    // As If. Throws Error (kKind) if the value is of another kind.
     template <class T>
     T As() const;
 
-    // The bytes of a name, of a string with its escapes, or of a hexadecimal string, as they stand
-    // in a file between its brackets; "true" or "false"; empty for other kinds. Valid as long as
-    // this value.
+    // The bytes of a name, or of a string or hexadecimal string between its brackets in a file,
+    // with escapes; "true" or "false"; empty for other kinds. Valid as long as this value.
     std::string_view Bytes() const& noexcept;
     std::string_view Bytes() const&& = delete;
 
-    // The value as it stands in a file, on one line if its strings are. A number has the fewest
-    // digits that read back as the same.
+    // The value in the syntax of a file, on one line if its strings are. Numbers have the fewest
+    // digits that read back as the same number.
     std::string Text() const;
 
-    // The value that text is in a file, blanks and comments around it aside. Throws Error (kSyntax)
-    // with the place in text, also where the value would be read otherwise than it looks.
+    // The value that text is in a file, which may have blanks and comments around it. Throws Error
+    // (kSyntax) with the position in text, also if the value would be read otherwise than it looks.
     static Value Parse(std::string_view text);
 
-    // Equal kinds and equal contents; strings are compared without their escapes. Not-a-number
-    // equals itself.
+    // Whether kinds and contents are equal. Strings are compared unescaped, and NaN equals NaN.
     friend PDFSETTINGS_API bool operator==(Value const& left, Value const& right);
 
 private:
@@ -162,7 +160,7 @@ private:
 
 struct Member;
 
-// Values in a row.
+// A sequence of values.
 class PDFSETTINGS_API Array {
 public:
     Array() noexcept = default;
@@ -179,7 +177,7 @@ public:
     // REQUIRES: position < size().
     Value const& operator[](std::size_t position) const noexcept { return begin()[position]; }
 
-    // These end the validity of pointers into this array. REQUIRES: position < size().
+    // These invalidate pointers and references into this array. REQUIRES: position < size().
     void push_back(Value value);
     void Set(std::size_t position, Value value);
     void Remove(std::size_t position);
@@ -191,7 +189,7 @@ private:
     friend class Dictionary;
     friend struct detail::Rep;
 
-    detail::Rep* fRep = nullptr; // null for an empty one
+    detail::Rep* fRep = nullptr; // null if empty
 };
 
 // Values under keys, in the order in which the keys were first set.
@@ -210,36 +208,37 @@ public:
     bool empty() const noexcept { return size() == 0; }
 
     // The value at a path: keys, and positions from 0 in arrays, joined by slashes, as in
-    // "ColorImageDict/QFactor" or "OtherNamespaces/0/Namespace". Null when there is none. A slash
-    // that begins a key belongs to it, as it does in a file: "A//B" is the key "/B" in A. Valid
-    // until this dictionary is changed or destroyed.
+    // "ColorImageDict/QFactor" or "OtherNamespaces/0/Namespace". Null if there is none. A slash at
+    // the beginning of a key is part of it, as in a file: "A//B" is the key "/B" in A. Valid until
+    // this dictionary is changed or destroyed.
     Value const* Find(std::string_view path) const&;
     Value const* Find(std::string_view path) const&& = delete;
 
-    // Stores a value at a path. Dictionaries that are missing on the way are made, and what stands
-    // beside it stays. The size of an array as a position adds an element. Throws Error (kNoValue)
-    // where the path leads through a value that is no dictionary or array, or to no position; then
-    // nothing has changed.
+    // Stores a value at a path. Missing dictionaries on the path are created; all other values
+    // stay. A position equal to the size of an array appends an element. Throws Error (kNoValue),
+    // with nothing changed, if the path leads through a value that is not a collection, or to a
+    // position that does not exist.
     void Set(std::string_view path, Value value);
 
-    // Removes the value at a path; elements behind one in an array move up. Whether there was one.
+    // Removes the value at a path; later elements of an array move up. False if there is no value.
     bool Remove(std::string_view path);
 
-    // The same for a key of this dictionary, which may hold slashes.
+    // As above, for a key of this dictionary, which may have slashes.
     Value const* FindKey(std::string_view key) const&;
     Value const* FindKey(std::string_view key) const&& = delete;
     void SetKey(std::string key, Value value);
 
-    // Equal values under equal keys, whatever the order of the keys.
+    // Whether all keys and their values are equal, in any order.
     friend PDFSETTINGS_API bool operator==(Dictionary const& left, Dictionary const& right);
 
 private:
     friend class Value;
     friend struct detail::Rep;
 
-    detail::Rep* fRep = nullptr; // null for an empty one
+    detail::Rep* fRep = nullptr; // null if empty
 };
 
+// An entry of a dictionary.
 struct Member {
     std::string key;
     Value value;
@@ -262,7 +261,7 @@ concept IsVector = requires {
     typename ElementOf<T>::Type;
 };
 
-// The number as a T; nothing where that cannot hold it exactly, but for its precision.
+// The number as a T; nothing if it is out of range or, for an integer type, has a fraction.
 template <Numeric T>
 std::optional<T> ToNumber(double number) {
     if constexpr (std::is_floating_point_v<T>) {
@@ -271,7 +270,7 @@ std::optional<T> ToNumber(double number) {
             std::fabs(number) <= static_cast<double>(std::numeric_limits<T>::max());
         return isInRange ? std::optional(static_cast<T>(number)) : std::nullopt;
     } else {
-        // The power of two behind the largest value, which a double holds exactly.
+        // The power of two above the maximum, which a double represents exactly.
         double const end = std::ldexp(1.0, std::numeric_limits<T>::digits);
         double const begin = std::is_signed_v<T> ? -end : 0.0;
         bool const isInRange = number >= begin && number < end && std::trunc(number) == number;
@@ -279,7 +278,7 @@ std::optional<T> ToNumber(double number) {
     }
 }
 
-// What an error says was expected.
+// The words of an error message for what was expected.
 template <class T>
 constexpr char const* KindText() {
     if constexpr (std::same_as<T, bool>) {

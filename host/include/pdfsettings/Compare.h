@@ -1,4 +1,4 @@
-// What differs between two sets of settings.
+// Differences between two sets of settings.
 #pragma once
 
 #include "pdfsettings/Document.h"
@@ -11,19 +11,19 @@
 
 namespace pdfsettings {
 
-// A value that differs; nothing where it is missing.
+// A value that differs; before or after is empty if there is no value.
 struct Difference {
-    std::string path; // fit for every Find()
+    std::string path; // for any Find()
     std::optional<Value> before;
     std::optional<Value> after;
 };
 
-// The differences by key and value: the order of keys does not matter, and numbers compare by
-// value. Nested dictionaries, and arrays of the same length, are compared value by value. In the
-// order of before, with what is new behind what stands beside it. Throws std::bad_alloc.
+// The differences by key and value. The order of keys is ignored, and numbers compare by value.
+// Nested dictionaries, and arrays of equal length, are compared value by value. Ordered as in
+// before, new values after the values beside them. Throws std::bad_alloc.
 PDFSETTINGS_API Sequence<Difference> Compare(Dictionary const& before, Dictionary const& after);
 
-// The same for files: what follows the settings counts as a RawString under "AlembicorData".
+// As above, for documents. The tail counts as a RawString with the key "AlembicorData".
 PDFSETTINGS_API Sequence<Difference> Compare(Document const& before, Document const& after);
 
 } // namespace pdfsettings

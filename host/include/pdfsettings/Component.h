@@ -12,32 +12,33 @@ namespace detail {
 class RunningComponent;
 }
 
-// A handle on the component that runs in this process, which a process does once at a time. Nothing
-// in this library asks for one: whatever needs the component (validation, lists) takes the one that
-// runs, also one that a host runs on the runtime of this library, or starts the one at
-// DefaultPath(), which then runs until the program ends. What a host started is never stopped here.
+// A handle to the component that runs in this process; a process can run only one at a time. No
+// function of this library requires a handle: those that use the component (validation, lists) use
+// the one that is running, even if a host runs it on this library's runtime, or else start the one
+// at DefaultPath(), which then runs until the program ends. This library never stops a component
+// that a host started.
 //
-// Threads: this library may be used from any thread. Validations are made one after the other. A
-// process that was made by fork() while another thread validated must not use the component: that
-// thread's call never ends there.
+// Threads: this library may be used from any thread. Validations run one after another. A process
+// created by fork() while another thread validates must not use the component: it would wait for
+// ever for that thread.
 class PDFSETTINGS_API Component {
 public:
-    // The one that runs, or the one at DefaultPath(), which is started. Throws Error when it cannot
-    // be loaded or does not start.
+    // The component that is running, or else the one at DefaultPath(), which is started. Throws
+    // Error if it cannot be loaded or does not start.
     static Component Shared();
 
-    // Loads the component from a file and starts it on the runtime; a path without a slash is
-    // looked for as the system's loader does. It stops when all handles are gone, may then be
-    // started again, and stays loaded. Throws Error when it cannot be loaded or does not start, and
-    // with kInUse when the component runs already.
+    // Loads the component from a file and starts it on the runtime. A path without a slash is
+    // searched for by the system's loader. The component stops when its last handle is destroyed;
+    // it may then be started again, and stays loaded. Throws Error if it cannot be loaded or does
+    // not start, and with kInUse if a component is running.
     static Component Start(std::filesystem::path const& library = DefaultPath());
 
-    // The file libPDFSettings.so in the folder pdfsettings-2 beside the runtime's own library,
-    // where it is installed, or else beside that library itself.
+    // The path of libPDFSettings.so: in the folder pdfsettings-2 beside the runtime's library,
+    // where it is installed, or else beside that library.
     static std::filesystem::path DefaultPath();
 
-    // The component's version, as major * 65536 + minor * 256 + revision. Throws Error for one that
-    // a host runs.
+    // The component's version, as major * 65536 + minor * 256 + revision. Throws Error for a
+    // component that a host runs.
     long Version() const;
 
 private:

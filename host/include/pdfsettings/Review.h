@@ -1,4 +1,4 @@
-// Everything that can be said about a settings file.
+// All findings about a settings file.
 #pragma once
 
 #include "pdfsettings/Document.h"
@@ -16,28 +16,28 @@ enum class ReviewScope {
     kStrict // also settings that the schema does not know, and a file without settings
 };
 
-// What of a document is refused, lost or read otherwise than it looks, what the schema rejects, and
-// what the component would write otherwise than it is; in the order of the text, each with its
-// place and an id of docs/findings.md. A name that is nearly an allowed one is named. Of a refused
-// document only what its text says. Throws Error as Component::Shared.
+// What is refused, lost or read otherwise than it looks, what the schema rejects, and what the
+// component would write otherwise. In the order of the text, each finding with its position and an
+// id of docs/findings.md. A value close to an allowed name comes with a suggestion. For a refused
+// document, only the findings about its text. Throws Error as Component::Shared.
 PDFSETTINGS_API Findings Review(
     Document const& document,
     Schema const& schema = Schema::Standard(),
     ReviewScope scope = ReviewScope::kUsual);
 
-// The document in a file, also one that is refused. Throws Error as ReadFile.
+// The document in a file, which may be refused. Throws Error as ReadFile.
 PDFSETTINGS_API Document OpenDocument(FilePath const& file);
 
-// A setting that the schema knows, as it is in settings.
+// A setting that the schema knows, and its state in a set of settings.
 struct ExplainedSetting {
     Rule rule;
-    std::optional<Value> value; // stored, or else the default
+    std::optional<Value> value; // the stored value, or else the default
     bool isStored = false;
     bool isChanged = false; // it is stored and differs from the default
 };
 
-// The settings that the schema knows, but for those in arrays: group by group, then those in no
-// group.
+// The settings that the schema knows, except those inside arrays: group by group, then those
+// without a group.
 PDFSETTINGS_API Sequence<ExplainedSetting> Explain(Settings const& settings);
 
 } // namespace pdfsettings

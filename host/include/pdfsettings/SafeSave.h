@@ -1,7 +1,7 @@
-// Reading, locking and replacing files without ever losing one.
+// Reading, locking and replacing files safely.
 //
-// What is promised, on which file systems and against whom, stands in docs/saving.md. Settings use
-// all of this by themselves; it is here for what else a program writes beside them.
+// docs/saving.md states what is guaranteed, on which file systems and against whom. Settings use
+// this themselves; use it directly for other files of a program.
 #pragma once
 
 #include "pdfsettings/Error.h"
@@ -22,44 +22,44 @@ using FilePath = std::filesystem::path;
 // What to do with a file that has changed since it was read.
 enum class OnConflict { kRefuse, kOverwrite };
 
-// How long to wait for other programs that hold the lock or have the file open for writing.
+// How long to wait for programs that hold the lock or have the file open for writing.
 inline constexpr std::chrono::milliseconds kUsualWait{10000};
 
-// What a save could not do although it succeeded, a sentence each: a lock that could not be had, a
-// permission that could not be kept, a file that an interrupted save left behind.
+// What a successful save could not do, one sentence each: a lock that could not be taken, a
+// permission that could not be kept, a file that an interrupted save left.
 using SaveWarnings = Sequence<std::string>;
 
-// Whether a save would throw Error (kReadOnly) for the file at path. False when there is none, or
-// when it cannot be examined.
+// Whether a save would throw Error (kReadOnly) for the file at path. False if there is no file, or
+// if it cannot be examined.
 PDFSETTINGS_API bool IsReadOnly(FilePath const& path);
 
-// Whether path names the null device or a descriptor of this process (/dev/stdout, /dev/fd/3): that
-// is read and written as it is, and never locked.
+// Whether path names the null device or a descriptor of this process (/dev/stdout, /dev/fd/3).
+// These are read and written directly and never locked.
 PDFSETTINGS_API bool IsStream(FilePath const& path);
 
-// The bytes of the file at path as a save would find it, or none where there is no file; none too
-// for a stream. Throws Error: kUntrusted, kBusy, and kSystem with the system's reason, also for
-// what is no regular file and for a file larger than 256 MiB.
+// The bytes of the file at path as a save would find it; nothing if there is no file, and for a
+// stream. Throws Error: kUntrusted, kBusy, and kSystem with the system's reason, also for a file
+// that is not regular and for one larger than 256 MiB.
 PDFSETTINGS_API std::optional<std::string>
 LookAt(FilePath const& path, std::chrono::milliseconds wait = kUsualWait);
 
-// The bytes of the file at path, through all links; a stream is read to its end. Throws Error:
-// kBusy, and kSystem as LookAt and for a file that is not there.
+// The bytes of the file at path, following all links; a stream is read to its end. Throws Error:
+// kBusy, and kSystem as LookAt and for a missing file.
 PDFSETTINGS_API std::string ReadFile(FilePath const& path);
 
-// Makes bytes the contents of the file at path: whatever happens, the file holds the old bytes or
-// the new ones, on disk too once this returns unless a warning says otherwise. A replaced file
-// keeps its owner, mode, access control list, user attributes and security label; what cannot be
-// kept is cut, never widened, and said in the warnings. A link is followed; other hard links keep
-// the old bytes. Programs that use this library wait for each other. Throws Error: kReadOnly,
-// kBusy, kUntrusted, kConflict where another program changes it during the save, and kSystem with
-// the system's reason; then the file is as it was, unless the message names a file in which the
-// bytes of another program are kept.
+// Makes bytes the contents of the file at path. Whatever happens, the file has either the old bytes
+// or the new ones. When this returns, the new bytes are on disk, unless a warning says otherwise. A
+// replaced file keeps its owner, mode, access control list, user attributes and security label;
+// what cannot be kept is restricted, never widened, and reported in a warning. Links are followed;
+// other hard links keep the old bytes. Programs that use this library wait for each other. Throws
+// Error: kReadOnly, kBusy, kUntrusted, kConflict if another program changes the file during the
+// save, and kSystem with the system's reason. The file is then unchanged, unless the message names
+// a file in which another program's bytes are kept.
 PDFSETTINGS_API SaveWarnings SaveSafely(
     FilePath const& path, std::string_view bytes, std::chrono::milliseconds wait = kUsualWait);
 
-// The same, if the file still is as it was seen by LookAt. Throws Error (kConflict) when it is not,
-// unless it is to be overwritten.
+// As above, if the file still is as LookAt returned it. Throws Error (kConflict) if it is not,
+// unless onConflict is kOverwrite.
 PDFSETTINGS_API SaveWarnings SaveSafely(
     FilePath const& path,
     std::string_view bytes,
@@ -67,10 +67,10 @@ PDFSETTINGS_API SaveWarnings SaveSafely(
     OnConflict onConflict = OnConflict::kRefuse,
     std::chrono::milliseconds wait = kUsualWait);
 
-// The right to change a file, from reading it to saving it: as long as this lives, no other program
-// with this library changes a file in the same folder, so that no change is lost. Saves by the same
-// thread use the lock that is held; other threads wait. Do not wait for the user meanwhile: others
-// wait too, and give up after their time. It belongs to its thread.
+// The right to change a file, from reading it to saving it, so that no change is lost: while this
+// exists, no other program with this library changes a file in the same folder. Saves by the same
+// thread use this lock; other threads wait. Do not wait for the user meanwhile: other programs wait
+// too, and fail when their time is over. A FileLock belongs to its thread.
 class PDFSETTINGS_API FileLock {
 public:
     // Locks the folder of the file at path and reads the file. A stream is neither locked nor read.
@@ -82,10 +82,10 @@ public:
 
     FilePath const& File() const noexcept;
 
-    // The bytes as they were read, or were saved last; none where there is no file.
+    // The bytes as last read or saved; nothing if there is no file.
     std::optional<std::string> const& Bytes() const noexcept;
 
-    // As SaveSafely, if the file still holds Bytes(). May be called more than once.
+    // As SaveSafely, with Bytes() as the expected contents. May be called more than once.
     SaveWarnings Save(std::string_view bytes, OnConflict onConflict = OnConflict::kRefuse);
 
 private:

@@ -1,4 +1,4 @@
-// Schemas: what each setting may hold and what it is for.
+// Schemas: the values that each setting may have, and what it is for.
 #pragma once
 
 #include "pdfsettings/Export.h"
@@ -19,48 +19,51 @@ namespace detail {
 struct RuleData;
 }
 
-// What a schema says of one setting. Immutable; valid on its own.
+// The rule of a schema for one setting. Immutable; does not depend on its Schema.
 class PDFSETTINGS_API Rule {
 public:
-    // There is no move: none is without its contents.
+    // Not movable: every rule has its contents.
     Rule(Rule const&) noexcept = default;
     Rule& operator=(Rule const&) noexcept = default;
     ~Rule() = default;
 
-    // The path of the setting, with "*" for any element of an array: "OtherNamespaces/*/Namespace".
+    // The path of the setting, with "*" for every position of an array:
+    // "OtherNamespaces/*/Namespace".
     std::string const& Path() const noexcept;
 
     bool IsRequired() const noexcept;
 
-    // The word of the schema language for what it holds: "boolean", "number", "integer", "name",
-    // "string", "hexstring", "array", "dictionary", "any" or the name of a check; the same for the
-    // elements of an array, empty where nothing is said of them.
+    // The schema's word for the kind of value: "boolean", "number", "integer", "name", "string",
+    // "hexstring", "array", "dictionary", "any" or the name of a check; and the word for the
+    // elements of an array, empty if the schema does not restrict them.
     std::string const& KindName() const noexcept;
     std::string const& ElementKindName() const noexcept;
 
-    // The kind of value; nothing where the word does not say one.
+    // The kind of value; nothing if the word does not determine it.
     std::optional<Kind> What() const noexcept;
     bool IsInteger() const noexcept;
 
-    // How many elements an array has; the least and the greatest number.
+    // The number of elements of an array; the minimum and the maximum of a number.
     std::optional<double> Count() const noexcept;
     std::optional<double> Minimum() const noexcept;
     std::optional<double> Maximum() const noexcept;
 
-    // The values that it may have, where these are named.
+    // The allowed values, if the schema lists them.
     std::span<Value const> Allowed() const noexcept;
 
-    // The value that counts when the setting is missing; null where none is stated.
+    // The value that applies if the setting is missing; null if the schema states none.
     Value const* Default() const noexcept;
 
-    // What it is for, in one line; its name in a dialog, made of its key where the schema has none.
+    // A description in one line; and the name in a dialog, derived from the key if the schema has
+    // none.
     std::string const& Help() const noexcept;
     std::string const& Label() const noexcept;
 
-    // The label of the group that it is shown in, one of Schema::Groups; empty for none.
+    // The label of the setting's group, one of Schema::Groups; empty if it has no group.
     std::string const& Group() const noexcept;
 
-    // What may be written, in the syntax of a file: "one of /None, /All", "a whole number".
+    // The values that may be written, in the syntax of a file: "one of /None, /All", "a whole
+    // number".
     std::string ExpectedText() const;
 
 private:
@@ -71,22 +74,22 @@ private:
     std::shared_ptr<detail::RuleData const> fData;
 };
 
-// A schema that the component can validate settings by. Immutable; copies share what was read.
+// A schema for validating settings. Immutable; copies share their contents.
 class PDFSETTINGS_API Schema {
 public:
-    // The schema of the usual PDF conversion parameters, which is always there.
+    // The schema of the usual PDF conversion parameters, which is built in.
     static Schema const& Standard();
 
-    // Reads text, which is in the runtime's object notation (docs/schema.md). Throws Error
-    // (kSchema) with the first problem that Problems() has.
+    // Reads text in the runtime's object notation (docs/schema.md). Throws Error (kSchema) with the
+    // first problem that Problems() reports.
     static Schema Parse(std::string_view text);
 
-    // Reads a file. Throws the same, and Error as ReadFile.
+    // Reads a file. Throws as Parse, and Error as ReadFile.
     static Schema Open(std::filesystem::path const& file);
 
-    // Everything that is wrong with a schema, of more than 100 problems the first ones and how many
-    // more; also where structures are nested more than 100 deep or describe more than 10,000
-    // settings. A path is one of the schema, columns count bytes.
+    // All problems of a schema; of more than 100, the first ones and the number of the others.
+    // Nesting of more than 100 structures and more than 10,000 settings are problems too. Paths are
+    // those in the schema, columns count bytes.
     static Findings Problems(std::string_view text);
 
     Schema(Schema const&) noexcept;
@@ -96,30 +99,29 @@ public:
     std::string const& Text() const noexcept;
 
     // A text that validates as Text() does, without comments, labels, descriptions, defaults and
-    // groups: what to hand to the component, which reads it at each validation.
+    // groups. The component gets this text, since it reads its schema at each validation.
     std::string const& RulesText() const noexcept;
 
-    // The settings of a set in the schema's order, each before those that are nested in it. A
-    // structure within itself is not followed.
+    // The rules in the schema's order, each before those nested in it. A structure nested in itself
+    // is listed once.
     std::span<Rule const> Rules() const noexcept;
 
-    // The labels of the groups in their order, and the rules of one, in the order of the group.
+    // The labels of the groups in their order, and the rules of one group in its order.
     std::span<std::string const> Groups() const noexcept;
     Sequence<Rule> RulesOf(std::string_view group) const;
 
-    // The rule for a setting, also for one in an array: that of "OtherNamespaces/*/Namespace" for
-    // "OtherNamespaces/2/Namespace". Null when there is none.
+    // The rule for a setting, also inside arrays: for "OtherNamespaces/2/Namespace" it is the rule
+    // for "OtherNamespaces/*/Namespace". Null if there is none.
     Rule const* Find(std::string_view path) const;
 
-    // Whether the schema has no rule for a setting though it has one for others that stand beside
-    // it: a misspelled key, perhaps. Where it leaves a dictionary open, nothing in it is unknown.
+    // Whether the schema has no rule for a setting but has rules for others beside it: perhaps the
+    // key is misspelled. Nothing is unknown in a dictionary that the schema does not restrict.
     bool IsUnknown(std::string_view path) const;
 
-    // The key with the most similar name among those beside path, for "did you mean"; empty for
-    // none.
+    // The most similar key beside path, for "did you mean"; empty if none is similar.
     std::string Suggest(std::string_view path) const;
 
-    // Whether the schema has a rule for anything in the dictionary or array of a path.
+    // Whether the schema has a rule for anything inside the dictionary or array at path.
     bool HasRulesIn(std::string_view path) const;
 
 private:

@@ -1,4 +1,4 @@
-// Which settings there are.
+// Lists of settings files.
 #pragma once
 
 #include "pdfsettings/Export.h"
@@ -19,37 +19,39 @@ struct ListedData;
 
 enum class Origin { kAdministrator, kUser };
 
-// An application for which it is said whether it shows settings; others show them.
+// An application that is named as showing or hiding the settings. Applications that are not named
+// show them.
 struct Visibility {
     std::string application;
     bool isShown = true;
 };
 
-// A settings file in the administrator's folder or in the user's. Immutable; copies share it.
+// A settings file in the administrator's or the user's folder. Immutable; copies share their
+// contents.
 class PDFSETTINGS_API ListedSettings {
 public:
-    // There is no move: none is without its contents.
+    // Not movable: every item has its contents.
     ListedSettings(ListedSettings const&) noexcept = default;
     ListedSettings& operator=(ListedSettings const&) noexcept = default;
     ~ListedSettings() = default;
 
-    // The name to show, in UTF-8: the file's own without its extension, or a display name.
+    // The name to show, in UTF-8: the file name without its extension, or a display name.
     std::string const& Name() const noexcept;
 
     std::string const& FileName() const noexcept;
     std::filesystem::path const& Path() const noexcept; // absolute
     Origin From() const noexcept;
     bool IsReadOnly() const noexcept;
-    std::chrono::sys_seconds Modified() const noexcept; // when its contents changed last
+    std::chrono::sys_seconds Modified() const noexcept; // last change of its contents
 
-    // Whether the application that was asked for hides it.
+    // Whether the requested application hides it.
     bool IsHidden() const noexcept;
 
-    // The applications that hide it, or show it although it was hidden.
+    // The applications that are named as hiding or showing it.
     std::span<Visibility const> Applications() const noexcept;
 
-    // Of a list with details: every reason why it is read-only, a sentence each, and the files that
-    // are not listed since it has their name.
+    // With ListOptions::withDetails: all reasons why it is read-only, one sentence each, and the
+    // files with the same name that are not listed.
     std::span<std::string const> ReadOnlyReasons() const noexcept;
     std::span<std::filesystem::path const> Shadowed() const noexcept;
 
@@ -62,40 +64,42 @@ private:
     std::shared_ptr<detail::ListedData const> fData;
 };
 
+// What List lists, and for which application.
 struct ListOptions {
-    // The application whose display names apply, in UTF-8; none for the files' own names.
+    // The application whose display names apply, in UTF-8; empty for the names of the files.
     std::string application;
-    bool withHidden = false;  // also what it hides
-    bool withDetails = false; // which take more time
+    bool withHidden = false;  // also settings that the application hides
+    bool withDetails = false; // see ListedSettings; slower
 };
 
-// The settings files of both folders, read anew and sorted by name; of files with one name the
-// administrator's. A folder that cannot be read adds nothing. Throws Error as Component::Shared.
+// The settings files of both folders, read now and sorted by name. Of files with the same name, the
+// administrator's is listed. A folder that cannot be read adds nothing. Throws Error as
+// Component::Shared.
 //
-// Threads: lists may be read by many threads at once.
+// Threads: many threads may read lists at once.
 PDFSETTINGS_API Sequence<ListedSettings> List(ListOptions const& options = {});
 
-// The user's settings folder, which is made where it is missing; empty where the system has none.
-// Throws the same.
+// The user's settings folder, which is created if it is missing; empty if the system has none.
+// Throws as List.
 PDFSETTINGS_API std::filesystem::path UserFolder();
 
-// The administrator's settings folder, which need not exist; empty where the administrator wants
-// none, and where the folder that the standard one lies in is missing.
+// The administrator's settings folder, which may not exist; empty if the administrator disables it,
+// or if the parent of the default folder is missing.
 PDFSETTINGS_API std::filesystem::path AdministratorFolder();
 
-// What is wrong with preferences or a folder of settings.
+// A problem of the preferences or of a settings folder.
 struct PreferencesProblem {
-    std::filesystem::path file; // the property list or the folder
-    std::string key;            // with those that it is nested in, joined by slashes; may be empty
+    std::filesystem::path file; // the property list, or the folder
+    std::string key;            // a path of keys joined by slashes; may be empty
     std::string message;        // what has no effect, and what to write
 };
 
-// What has no effect in the property lists of the administrator and of the user, or another one
-// than it looks, and which settings folders cannot be read. Throws as UserFolder.
+// Entries without an effect, or with another one than they seem to have, in the property lists of
+// the administrator and the user; and settings folders that cannot be read. Throws as UserFolder.
 PDFSETTINGS_API Sequence<PreferencesProblem> CheckPreferences();
 
-// The administrator's preferences, a property list, if they cannot be used: then they count as
-// missing. Else empty.
+// The path of the administrator's preferences, a property list, if it exists but cannot be used: it
+// then has no effect. Otherwise empty.
 PDFSETTINGS_API std::filesystem::path UnusablePreferences();
 
 } // namespace pdfsettings

@@ -1,4 +1,4 @@
-// joboptions set and unset: changes of a file in its own text, validated, shown and saved.
+// joboptions set and unset: change a file in its own text, validate, show or save the change.
 #include "tools/joboptions/commands/Command.h"
 
 #include "pdfsettings/Compare.h"
@@ -27,29 +27,28 @@ using pdfsettings::Settings;
 
 namespace {
 
-// What a command asks of settings, and what is to be said of it.
+// The changes that a command makes, and the messages about them.
 struct Request {
     Settings::Edit fEdit;
-    Settings const& fSettings;               // as they are
-    std::vector<std::string> fProblems = {}; // why it is refused
-    Status fStatus = Status::kDone;          // that of the gravest problem
-    std::vector<Finding> fFindings = {};     // those that are problems of settings
-    std::vector<Finding> fWarnings = {};     // what may be meant otherwise
+    Settings const& fSettings;               // before the changes
+    std::vector<std::string> fProblems = {}; // why the changes are refused
+    Status fStatus = Status::kDone;          // the status of the most important problem
+    std::vector<Finding> fFindings = {};     // those of fProblems that are findings about settings
+    std::vector<Finding> fWarnings = {};     // new values that are read otherwise than they look
 };
 
-// Of problems of several kinds, one in the call itself says most.
+// Adds a problem. If there are several kinds, a problem of the call itself determines the status.
 void AddProblem(Request& request, Status status, std::string problem) {
     bool const isGraver = request.fStatus == Status::kDone || status == Status::kWrongCall;
     request.fStatus = isGraver ? status : request.fStatus;
     request.fProblems.push_back(std::move(problem));
 }
 
-// A command that changes settings of FILE: all that is asked for or, if one thing is refused,
-// nothing.
+// A command that changes settings of FILE: makes all changes or, if one of them is refused, none.
 class ChangeCommand : public Command {
 public:
-    // Status::kDone, or Status::kRefused with all findings when the schema rejects the result. The
-    // file stays locked while it is changed in its place.
+    // Status::kDone, or Status::kRefused with all findings if the schema rejects the result. A file
+    // that is changed in place is locked meanwhile.
     Status Run() const override {
         RequireOneStandardInput({fFile}, fOptions);
         std::string const file = LocateForChange(fFile, fOptions);
@@ -70,9 +69,9 @@ protected:
         AddFile(Parser(), options, fFile);
     }
 
-    // The options, which come after the arguments.
+    // Adds the options. Call this after the arguments are added.
     void AddChangeOptions(Options& options) {
-        AddOutput(Parser(), options, "Write the changed settings there, and leave FILE as it is");
+        AddOutput(Parser(), options, "Write the changed settings to this file; do not change FILE");
         AddDryRun(Parser(), options);
         AddSaving(Parser(), options);
         AddSchema(Parser(), options);
@@ -80,12 +79,12 @@ protected:
         AddOptions(Parser(), options);
     }
 
-    // Makes the changes that are asked for, with a problem for each that cannot be made.
+    // Makes the requested changes. Adds a problem for each that cannot be made.
     virtual void Apply(Request& request, std::string const& file) const = 0;
 
 private:
-    // Shows the change, or saves it. Throws Failure with all problems, with Status::kWrongCall when
-    // standard output would have to take both JSON and the settings, and as save.
+    // Shows or saves the change. Throws Failure with all problems, with Status::kWrongCall if
+    // standard output would get both JSON and the settings, and as save.
     void Finish(Request& request, std::string const& file, SaveText const& save) const {
         RequireRoom(file, fOptions);
         for (Finding const& finding : request.fEdit.Check()) {
@@ -122,21 +121,24 @@ private:
     std::string fFile;
 };
 
-// Changes values in a file, all of them or, if a single one is refused, none.
+// Sets values in a file: all of them or, if one is refused, none.
 class SetCommand final : public ChangeCommand {
 public:
     SetCommand(CLI::App& program, Options& options)
         : ChangeCommand(
-              program, options, "set", "Change settings of a file, if all new values are allowed") {
+              program,
+              options,
+              "set",
+              "Change settings in a file, if the schema allows all new values") {
         AddArgument(
             Parser(),
             "KEY=VALUE",
             fAssignments,
-            "A key or path, as for get, and a value as it stands in a file: true, 1.5, /Name, "
+            "Key or path, and a value as in a file: true, 1.5, /Name, "
             "(text), [ 1 2 ]")
             ->required();
         Parser().add_flag(
-            "--allow-unknown", fAllowsUnknown, "Write keys that neither the schema nor FILE knows");
+            "--allow-unknown", fAllowsUnknown, "Write keys that neither the schema nor FILE has");
         AddChangeOptions(options);
         Parser().footer(
             "Examples:\n"
@@ -162,7 +164,7 @@ private:
         }
     }
 
-    // Whether it was done.
+    // Makes one change. False if it is refused.
     bool Assign(
         Request& request,
         std::string const& path,
@@ -197,7 +199,7 @@ private:
         return request.fSettings.Rules().IsUnknown(path) && !request.fSettings.Has(path);
     }
 
-    // What of the new value is still read otherwise than it looks.
+    // Warns of findings about the new value, which is read otherwise than it looks.
     static void WarnOfFindings(Request& request, std::string const& path) {
         Document const& result = request.fEdit.Result();
         auto const* const entry = result.Find(path);
@@ -215,12 +217,13 @@ private:
     bool fAllowsUnknown = false;
 };
 
-// Removes keys from a file, all of them or, if one is missing or the schema rejects the rest, none.
+// Removes keys from a file: all of them or, if one is missing or the schema rejects the result,
+// none.
 class UnsetCommand final : public ChangeCommand {
 public:
     UnsetCommand(CLI::App& program, Options& options)
         : ChangeCommand(program, options, "unset", "Remove settings from a file") {
-        AddArgument(Parser(), "KEY", fKeys, "Keys or paths, as for get")->required();
+        AddArgument(Parser(), "KEY", fKeys, "Key or path, as for get")->required();
         AddChangeOptions(options);
         Parser().footer(
             "Examples:\n"
@@ -229,7 +232,7 @@ public:
     }
 
 private:
-    // A missing key is Status::kNo.
+    // A missing key is a problem with Status::kNo.
     void Apply(Request& request, std::string const& file) const override {
         for (std::string const& key : fKeys) {
             try {

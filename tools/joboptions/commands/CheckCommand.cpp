@@ -1,4 +1,4 @@
-// joboptions check: problems in files.
+// joboptions check: report problems in files.
 #include "tools/joboptions/commands/Command.h"
 
 #include "pdfsettings/Review.h"
@@ -26,8 +26,8 @@ std::string FindingsText(CheckedFile const& checked, bool color) {
     return text;
 }
 
-// Reports for each file what of it is lost or read otherwise than it looks, and what the schema
-// rejects.
+// Reports the findings of each file: what is lost or read otherwise than it looks, and what the
+// schema rejects.
 class CheckCommand final : public Command {
 public:
     CheckCommand(CLI::App& program, Options& options)
@@ -37,7 +37,7 @@ public:
         Parser().add_flag(
             "--strict",
             fIsStrict,
-            "Report settings that the schema does not know too; warnings count as errors");
+            "Also report settings that the schema does not know; count warnings as errors");
         AddApplication(Parser(), options, kNamesOfApplication);
         AddSchema(Parser(), options);
         AddJson(Parser(), options);
@@ -49,9 +49,9 @@ public:
                         "  joboptions check -q office.joboptions && echo valid");
     }
 
-    // Status::kDone when all files are valid, Status::kNo when one has findings (warnings count if
-    // strict), Status::kBadInput when one cannot be read or parsed; the others are checked all the
-    // same.
+    // Status::kDone if all files are valid; Status::kNo if one has errors, or warnings with
+    // --strict; Status::kBadInput if one cannot be read or parsed. The other files are checked in
+    // any case.
     Status Run() const override {
         RequireOneStandardInput(fFiles, fOptions);
         pdfsettings::Schema const schema = ReadSchema(fOptions);
@@ -92,7 +92,7 @@ private:
         return checked;
     }
 
-    // Why the document is refused.
+    // Why the document is refused; empty if it is not.
     static std::string RefusalText(CheckedFile const& checked) {
         try {
             checked.document->RequireRead();

@@ -9,17 +9,17 @@
 
 namespace joboptions {
 
-// Each command adds itself to the program, whose parsing fills its arguments.
+// A command adds itself to the program; parsing the command line fills its arguments.
 class Command {
 public:
     virtual ~Command() = default;
     Command(Command const&) = delete;
     Command& operator=(Command const&) = delete;
 
-    // Whether it is the one that was called.
+    // Whether this command was called.
     bool IsChosen() const { return fCommand->parsed(); }
 
-    // Does the work. The exit status, Status::kDone if nothing else is said; throws Failure.
+    // Runs the command. Returns the exit status; throws Failure.
     virtual Status Run() const = 0;
 
 protected:
@@ -28,7 +28,7 @@ protected:
         : fOptions(options),
           fCommand(program.add_subcommand(name, purpose)) {}
 
-    // Its part of the command line. Parsing stores into what is added here.
+    // The parser of this command. Parsing stores into the variables of its options.
     CLI::App& Parser() { return *fCommand; }
 
     Options const& fOptions;
@@ -37,7 +37,7 @@ private:
     CLI::App* fCommand;
 };
 
-// Adds a command to program; program and options outlive it.
+// Adds a command to program. REQUIRES: program and options outlive it.
 using MakeCommand = std::unique_ptr<Command>(CLI::App& program, Options& options);
 
 template <class Kind>
@@ -45,7 +45,7 @@ std::unique_ptr<Command> Make(CLI::App& program, Options& options) {
     return std::make_unique<Kind>(program, options);
 }
 
-// The commands, each described in its own file.
+// The commands. The file of each describes it.
 extern MakeCommand* const kMakeShowCommand;
 extern MakeCommand* const kMakeGetCommand;
 extern MakeCommand* const kMakeSetCommand;

@@ -1,4 +1,4 @@
-// joboptions describe: what the schema says of settings.
+// joboptions describe: the schema's rules for settings.
 #include "tools/joboptions/commands/Command.h"
 
 #include "tools/joboptions/commands/Files.h"
@@ -21,13 +21,13 @@ namespace {
 using pdfsettings::Rule;
 using Rules = std::vector<Rule>;
 
-// Whether key is the setting's, or that of one it is nested in.
+// Whether key is the path of the setting, or of a dictionary around it.
 bool IsChosenBy(std::string const& key, Rule const& rule) {
     std::string const& path = rule.Path();
     return path.starts_with(key) && (path.size() == key.size() || path[key.size()] == '/');
 }
 
-// For people, who like no exponents.
+// Without an exponent, for people.
 std::string BoundText(double number) {
     char digits[400];
     auto const result =
@@ -51,7 +51,7 @@ std::string RangeText(Rule const& rule) {
     return rule.Maximum() ? fmt::format("{} or less", BoundText(*rule.Maximum())) : "";
 }
 
-// Nothing for an empty text.
+// A labelled line; empty for an empty text.
 std::string Line(char const* label, std::string const& text) {
     return text.empty() ? "" : fmt::format("  {:<9}{}\n", label, text);
 }
@@ -65,7 +65,7 @@ std::string Paragraph(Rule const& rule) {
            Line("Required", rule.IsRequired() ? "yes" : "");
 }
 
-// A line for each setting: its key and its help, aligned.
+// A line for each setting: key and description, aligned.
 std::string RuleLines(Rules const& rules) {
     std::size_t width = 0;
     for (Rule const& rule : rules) {
@@ -81,7 +81,7 @@ std::string RuleLines(Rules const& rules) {
     return text;
 }
 
-// A paragraph for each setting with all that there is to say of it.
+// A paragraph for each setting with its whole rule.
 std::string RuleParagraphs(Rules const& rules) {
     std::string text;
     for (Rule const& rule : rules) {
@@ -90,15 +90,17 @@ std::string RuleParagraphs(Rules const& rules) {
     return text;
 }
 
-// Writes what settings are for and what they may hold: a line for each, or all that the schema says
-// of the ones that are named.
+// Writes what settings are for and which values they may have: a line for each, or the whole rules
+// of the named ones.
 class DescribeCommand final : public Command {
 public:
     DescribeCommand(CLI::App& program, Options& options)
         : Command(
-              program, options, "describe", "Say what settings are for and what they may hold") {
-        AddArgument(
-            Parser(), "KEY", fKeys, "The settings; without any, a line for each that there is");
+              program,
+              options,
+              "describe",
+              "Describe settings: meaning, kind, allowed values, default") {
+        AddArgument(Parser(), "KEY", fKeys, "Key or path; default: one line for each setting");
         AddSchema(Parser(), options);
         AddJson(Parser(), options);
         AddOptions(Parser(), options);
@@ -108,8 +110,8 @@ public:
                         "  joboptions describe --json CompatibilityLevel");
     }
 
-    // Status::kDone, or Status::kNo when the schema lacks a key: the others are written all the
-    // same.
+    // Status::kDone, or Status::kNo if the schema lacks a key. The other settings are written in
+    // any case.
     Status Run() const override {
         pdfsettings::Schema const schema = ReadSchema(fOptions);
         Status status = Status::kDone;
@@ -142,7 +144,7 @@ private:
         return fKeys.empty() ? RuleLines(rules) : RuleParagraphs(rules);
     }
 
-    // A default may be nested too deep for JSON.
+    // Throws Failure for a default that is nested too deep for JSON.
     std::string AsJson(Rules const& rules) const {
         try {
             return RulesDocument(rules, fOptions.schema);

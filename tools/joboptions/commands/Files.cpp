@@ -87,7 +87,7 @@ bool IsFile(std::string const& output) {
 }
 
 std::chrono::milliseconds WaitOf(Options const& options) {
-    // Also where it is no number.
+    // NaN gives 0 too.
     double const seconds = options.wait > 0 ? options.wait : 0;
     return std::chrono::duration_cast<std::chrono::milliseconds>(
         std::chrono::duration<double>(seconds));
@@ -97,7 +97,7 @@ OnConflict OnConflictOf(Options const& options) {
     return options.overwriteChanged ? OnConflict::kOverwrite : OnConflict::kRefuse;
 }
 
-// Whether a file is not replaced for a reason that lies outside the system's calls.
+// Whether the error is a refusal to replace a file, rather than a failed system call.
 bool IsRefusal(Error const& error) {
     switch (error.Code()) {
     case Fault::kReadOnly:
@@ -110,7 +110,7 @@ bool IsRefusal(Error const& error) {
     }
 }
 
-// What work throws as a failure of the command to write file.
+// Runs work, which writes file. Turns its errors into Failure.
 template <class Work>
 void AsWriting(std::string const& file, Work work) {
     try {
@@ -121,7 +121,7 @@ void AsWriting(std::string const& file, Work work) {
     }
 }
 
-// Runs save, which saves file. Writes its warnings.
+// Runs save, which saves file, and writes its warnings.
 void WriteBy(
     std::string const& file,
     Options const& options,
@@ -133,8 +133,8 @@ void WriteBy(
     }
 }
 
-// Writes text to a file, which is replaced whole or not at all, unless it changed since the command
-// began; "-" is standard output.
+// Replaces a file by text, completely or not at all, unless it has changed since the command began;
+// "-" is standard output.
 void WriteFile(std::string const& file, std::string_view text, Options const& options) {
     if (file == "-") {
         WriteOutput(text);
@@ -178,14 +178,15 @@ std::string const& TargetOf(std::string const& file, Options const& options) {
     return options.output.empty() ? file : options.output;
 }
 
-// Another spelling of the same file is another output, for what lies on the way there counts; it is
-// compared with what stood there, which is all that is needed. What is no file cannot be locked.
+// The names are compared, not the files: another path to the same file counts as another output,
+// since the links on it are validated separately. This is safe, because the output is compared with
+// its earlier contents before it is replaced. A stream cannot be locked.
 bool IsInPlace(std::string const& file, Options const& options) {
     return (options.output.empty() || options.output == file) && file != "-" &&
            !pdfsettings::IsStream(file);
 }
 
-// The lock on a file that is there. Throws Failure.
+// The lock on an existing file. Throws Failure.
 pdfsettings::FileLock Lock(std::string const& file, Options const& options) {
     try {
         return pdfsettings::FileLock(file, WaitOf(options));
@@ -200,7 +201,7 @@ Status ChangeLocked(std::string const& file, Options const& options, ChangeText 
     if (!lock.Bytes()) {
         Fail(Status::kBadInput, file, std::generic_category().message(ENOENT));
     }
-    // A copy: saving changes the bytes.
+    // A copy, since saving changes Bytes().
     std::string const text = *lock.Bytes();
     return change(text, [&](std::string const& changed) {
         WriteBy(file, options, [&] { return lock.Save(changed, OnConflictOf(options)); });
@@ -226,7 +227,7 @@ void RequireReplaceable(std::string const& file, Options const& options) {
     try {
         pdfsettings::LookAt(target, WaitOf(options));
     } catch (Error const& error) {
-        // A dry run writes nothing that could fail otherwise.
+        // Only refusals matter here: a dry run writes nothing.
         if (IsRefusal(error)) {
             throw Failure(Status::kRefused, ErrorText(target, error));
         }
@@ -238,7 +239,7 @@ void RequireReplaceable(std::string const& file, Options const& options) {
 
 void RequireRoom(std::string const& file, Options const& options) {
     if (options.json && !options.dryRun && TargetOf(file, options) == "-") {
-        throw Failure(Status::kWrongCall, "standard output cannot take both JSON and the settings");
+        throw Failure(Status::kWrongCall, "standard output cannot have both JSON and the settings");
     }
 }
 

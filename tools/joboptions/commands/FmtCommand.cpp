@@ -1,4 +1,4 @@
-// joboptions fmt: writes files in the component's own layout.
+// joboptions fmt: rewrite files in the component's layout.
 #include "tools/joboptions/commands/Command.h"
 
 #include "format/Tokens.h"
@@ -19,7 +19,7 @@ namespace joboptions {
 
 namespace {
 
-// Where the settings end and what is kept whole begins.
+// The end of the settings; everything from here on is kept.
 std::size_t EndOfSettings(pdfsettings::Document const& document) {
     auto const body = document.Body();
     return document.Text().find(format::kKeyword, body ? body->end : 0);
@@ -29,9 +29,9 @@ bool HasPercent(std::string_view text, std::size_t begin, std::size_t end) {
     return text.substr(begin, end - begin).find('%') != std::string_view::npos;
 }
 
-// Whether a document that is read has a comment that its settings do not keep: before, between or
-// within the values. What follows the settings is kept whole.
-// A percent sign is a comment's anywhere but within a string.
+// Whether a document has a comment that reformatting would lose: before the settings, between or
+// inside values. The tail is kept. Outside strings, a percent sign always begins a comment.
+// REQUIRES: the document is not refused.
 bool HasComments(pdfsettings::Document const& document) {
     std::string_view const text =
         std::string_view(document.Text()).substr(0, EndOfSettings(document));
@@ -48,7 +48,7 @@ bool HasComments(pdfsettings::Document const& document) {
     return HasPercent(text, begin, text.size());
 }
 
-// Rewrites files as the component writes settings.
+// Rewrites files in the layout in which the component writes settings.
 class FmtCommand final : public Command {
 public:
     FmtCommand(CLI::App& program, Options& options)
@@ -57,10 +57,12 @@ public:
             Parser(), "FILE", fFiles, "The settings files; - is standard input, to standard output")
             ->required();
         Parser().add_flag(
-            "--check", fIsCheck, "Name the files that are laid out otherwise, change none");
+            "--check",
+            fIsCheck,
+            "Print the files that are not in the standard layout; change nothing");
         Parser().add_flag("--force", options.force, "Drop comments");
         AddSaving(Parser(), options);
-        AddOutput(Parser(), options, "Write there, and leave the one FILE as it is");
+        AddOutput(Parser(), options, "Write the result to this file; do not change FILE");
         AddApplication(Parser(), options, kNamesOfApplication);
         AddDryRun(Parser(), options);
         AddJson(Parser(), options);
@@ -71,8 +73,8 @@ public:
                         "  joboptions fmt --force office.joboptions");
     }
 
-    // Status::kDone; with --check Status::kNo when a file is laid out otherwise; Status::kRefused
-    // for a file with comments, which would be lost. The worst status of all files.
+    // Status::kDone; with --check Status::kNo if the layout of a file differs; Status::kRefused for
+    // a file with comments, which would be lost. Of several files, the worst status.
     Status Run() const override {
         if (fFiles.size() > 1 && !fOptions.output.empty()) {
             throw Failure(Status::kWrongCall, "--output takes a single FILE");
@@ -91,7 +93,7 @@ public:
     }
 
 private:
-    // One file that fails does not keep the others from being laid out.
+    // Records a failure, so that the other files are still processed.
     Status FormatOrReport(FormattedFile& formatted) const {
         try {
             formatted.file = fIsCheck ? Locate(formatted.file, fOptions)
@@ -113,7 +115,7 @@ private:
                 return formatted.differs ? Announce(file) : Status::kDone;
             }
             if (!fOptions.force && HasComments(pdfsettings::Document(text))) {
-                Fail(Status::kRefused, file, "its comments would be lost; use --force");
+                Fail(Status::kRefused, file, "its comments would be lost; --force drops them");
             }
             if (fOptions.dryRun) {
                 RequireReplaceable(file, fOptions);
@@ -128,7 +130,8 @@ private:
         return fIsCheck ? format(ReadBytes(file), nullptr) : ChangeFile(file, fOptions, format);
     }
 
-    // Throws Failure with Status::kRefused when that would lose more than the digits of numbers.
+    // The text in the standard layout. Throws Failure with Status::kRefused if more than digits of
+    // numbers would be lost.
     static std::string LaidOut(std::string const& file, std::string const& text) {
         auto const settings = ParseSettings(file, text, pdfsettings::Schema::Standard());
         try {

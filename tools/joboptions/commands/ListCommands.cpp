@@ -1,5 +1,4 @@
-// joboptions list, folder: which settings there are and where they lie; and finding one by its
-// name.
+// joboptions list and folder: the listed settings and their folders; and finding settings by name.
 #include "tools/joboptions/commands/ListCommands.h"
 
 #include "pdfsettings/SettingsList.h"
@@ -26,7 +25,7 @@ using pdfsettings::ListedSettings;
 
 namespace {
 
-// All settings for an application or for none.
+// The settings listed for an application, or without one.
 pdfsettings::Sequence<ListedSettings>
 ReadList(std::optional<std::string> const& application, bool withHidden, bool withDetails) {
     return pdfsettings::List({application.value_or(""), withHidden, withDetails});
@@ -50,14 +49,14 @@ bool IsListedName(std::string const& file, Options const& options) {
     if (!options.application || file == "-") {
         return false;
     }
-    // A listed name may have a slash; a path leads to a file.
+    // A listed name may have a slash. An existing path is a file.
     std::error_code error;
     return file.find('/') == std::string::npos || !std::filesystem::exists(file, error);
 }
 
 using Breakdown = std::tm* (*)(std::time_t const*, std::tm*);
 
-// A time by local or by UTC clock; empty for one beyond all calendars.
+// A time in local time or UTC; empty for one that the calendar cannot represent.
 std::string TimeText(std::chrono::sys_seconds time, Breakdown breakDown, char const* format) {
     std::time_t const seconds = time.time_since_epoch().count();
     std::tm parts{};
@@ -84,12 +83,12 @@ std::vector<std::string> ShadowedBy(ListedSettings const& settings) {
     return paths;
 }
 
-// Nothing for an empty text.
+// A labelled line; empty for an empty text.
 std::string Line(char const* label, std::string const& text) {
     return text.empty() ? "" : fmt::format("  {:<10}{}\n", label, text);
 }
 
-// The applications that hide the settings, or show them although they were hidden.
+// The applications that are named as showing the settings, or as hiding them.
 std::string Applications(ListedSettings const& settings, bool isShown) {
     std::vector<std::string> names;
     for (pdfsettings::Visibility const& visibility : settings.Applications()) {
@@ -100,7 +99,7 @@ std::string Applications(ListedSettings const& settings, bool isShown) {
     return Join(names, ", ");
 }
 
-// The name to show; a file without one by its path.
+// The name to show; the path for a file with an empty name.
 std::string Title(ListedSettings const& settings) {
     std::string const& name = settings.Name();
     return VisibleText(name.empty() ? settings.Path().string() : name);
@@ -122,8 +121,8 @@ std::string Paragraph(ListedSettings const& settings) {
 
 using Listed = pdfsettings::Sequence<ListedSettings>;
 
-// A line for each: its name, whether it is read-only and hidden, and when it changed last, by the
-// clock of this place.
+// A line for each file: its name, whether it is read-only and hidden, and its modification time in
+// local time.
 std::string ListLines(Listed const& list) {
     std::size_t width = 0;
     for (ListedSettings const& settings : list) {
@@ -141,7 +140,7 @@ std::string ListLines(Listed const& list) {
     return lines;
 }
 
-// A paragraph for each, with all that is known.
+// A paragraph for each file with all details.
 std::string ListParagraphs(Listed const& list) {
     std::string text;
     for (ListedSettings const& settings : list) {
@@ -155,7 +154,7 @@ std::string ListParagraphs(Listed const& list) {
 std::string ListDocument(Listed const& list) {
     nlohmann::ordered_json document{{"version", 1}, {"settings", nlohmann::ordered_json::array()}};
     for (ListedSettings const& settings : list) {
-        // Added without a search among those before: their names differ.
+        // Added without searching the keys before: all names differ.
         nlohmann::ordered_json::object_t applications;
         for (pdfsettings::Visibility const& visibility : settings.Applications()) {
             applications.emplace_back(visibility.application, visibility.isShown);
@@ -175,7 +174,7 @@ std::string ListDocument(Listed const& list) {
     return JsonText(document);
 }
 
-// Such a list has no effect, and nothing else says why.
+// Unusable preferences have no effect, and nothing else reports them.
 void WarnOfUnusable(Options const& options) {
     std::string const file = pdfsettings::UnusablePreferences().string();
     if (!file.empty()) {
@@ -185,8 +184,8 @@ void WarnOfUnusable(Options const& options) {
     }
 }
 
-// A line for each problem, or {"version", "problems": [{"file", "key", "message"}]}; no key is
-// null.
+// A line for each problem, or {"version", "problems": [{"file", "key", "message"}]}; a missing key
+// is null.
 std::string ProblemsText(Options const& options, bool* hasProblems) {
     nlohmann::ordered_json list = nlohmann::ordered_json::array();
     std::string lines;
@@ -207,7 +206,7 @@ std::string ProblemsText(Options const& options, bool* hasProblems) {
     return options.json ? JsonText({{"version", 1}, {"problems", std::move(list)}}) : lines;
 }
 
-// Writes the settings of both folders, without those that are hidden from the application.
+// Lists the settings of both folders, without those that the application hides.
 class ListCommand final : public Command {
 public:
     ListCommand(CLI::App& program, Options& options)
@@ -215,13 +214,14 @@ public:
               program,
               options,
               "list",
-              "List the settings of the administrator's and the user's folder") {
-        AddApplication(Parser(), options, "Show what this application shows, under its names");
+              "List the settings files of the administrator and the user") {
+        AddApplication(
+            Parser(), options, "List what this application shows, under its display names");
+        Parser().add_flag("--all", fIsAll, "Include files that are hidden from the application");
         Parser().add_flag(
-            "--all", fIsAll, "List settings that are hidden from the application too");
-        Parser().add_flag("--long", fIsLong, "Write all that is known of each");
+            "--long", fIsLong, "Print details: path, folder, permissions, applications");
         Parser().add_flag(
-            "--check", fIsCheck, "Report what is wrong with the preferences and folders instead");
+            "--check", fIsCheck, "Report problems of property lists and folders instead");
         AddJson(Parser(), options);
         AddOptions(Parser(), options);
         Parser().footer("Examples:\n"
@@ -231,7 +231,7 @@ public:
                         "  joboptions list --check");
     }
 
-    // Status::kDone, also for an empty list; with --check Status::kNo when there are problems.
+    // Status::kDone, also for an empty list; with --check Status::kNo if there are problems.
     Status Run() const override {
         if (fIsCheck) {
             bool hasProblems = false;
@@ -254,12 +254,13 @@ private:
     bool fIsCheck = false;
 };
 
-// Writes the path of the user's settings folder or of the administrator's.
+// Writes the path of the user's or the administrator's settings folder.
 class FolderCommand final : public Command {
 public:
     FolderCommand(CLI::App& program, Options& options)
-        : Command(program, options, "folder", "Write the path of the user's settings folder") {
-        Parser().add_flag("--admin", fIsAdmins, "Write the path of the administrator's instead");
+        : Command(program, options, "folder", "Print the path of the user's settings folder") {
+        Parser().add_flag(
+            "--admin", fIsAdmins, "Print the path of the administrator's folder instead");
         AddJson(Parser(), options);
         AddOptions(Parser(), options);
         Parser().footer("Examples:\n"
@@ -267,7 +268,7 @@ public:
                         "  sudo mkdir -p \"$(joboptions folder --admin)\"");
     }
 
-    // Status::kDone, or Status::kNo when there is no such folder.
+    // Status::kDone, or Status::kNo if there is no such folder.
     Status Run() const override {
         WarnOfUnusable(fOptions);
         std::string const folder = fIsAdmins ? pdfsettings::AdministratorFolder().string()

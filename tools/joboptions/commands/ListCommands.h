@@ -1,4 +1,4 @@
-// Finding listed settings by their names.
+// Finding listed settings by name.
 #pragma once
 
 #include "tools/joboptions/commands/Options.h"
@@ -7,17 +7,13 @@
 
 namespace joboptions {
 
-// The path of the settings that file means: those of that name in the list for the application that
-// options name. Without one, for a path with a slash and for "-" it is file itself. Throws Failure
-// with Status::kBadInput when no settings are listed under the name.
+// The path of the settings that file means: with an application in options, the settings of that
+// name in its list. Without an application, for a path with a slash and for "-", file itself.
+// Throws Failure with Status::kBadInput if no settings of that name are listed.
 std::string Locate(std::string const& file, Options const& options);
 
-// The same for settings that are to be changed in their place. Throws Failure with Status::kRefused
-// and all reasons when they are listed as read-only, unless options say that the result goes
-// elsewhere.
+// As above, for settings that will be changed in place. Throws Failure with Status::kRefused and
+// all reasons if they are listed as read-only, unless options name another output.
 std::string LocateForChange(std::string const& file, Options const& options);
-
-// As Locate, where no component runs.
-std::string Locate(std::string const& file, Options const& options);
 
 } // namespace joboptions

@@ -6,16 +6,20 @@
 #include <algorithm>
 #include <cctype>
 #include <fmt/format.h>
+#include <map>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace joboptions {
 
+extern std::string_view const kManualText;
+
 namespace {
 
-// text as it is to be seen: neither a backslash nor the first letter of a line is a command, and a
-// hyphen is one that can be copied.
+// Escapes text for the manual page: backslashes and the first characters of lines are not commands,
+// and hyphens can be copied.
 std::string Plain(std::string_view text) {
     std::string plain;
     for (char const letter : text) {
@@ -45,7 +49,7 @@ std::vector<std::string> Paragraphs(std::string_view text) {
     return paragraphs;
 }
 
-// What stands below the options: lines of examples stay lines, other text is filled.
+// The text after the options: lines of examples are kept, other text is filled.
 std::string Footer(std::string const& text) {
     std::string page;
     for (std::string const& paragraph : Paragraphs(text)) {
@@ -71,7 +75,8 @@ std::string Synopsis(CLI::App const& command) {
     return line;
 }
 
-// What stands for a value, without the values that are allowed: the help tells those.
+// The placeholder of an option's value, without the list of allowed values, which the help text
+// has.
 std::string Placeholder(CLI::Option const& option) {
     std::string const name = option.get_type_name();
     return name.substr(0, name.find(':'));
@@ -85,22 +90,60 @@ std::string OptionTerm(CLI::Option const& option) {
         "{}{}", fmt::join(names, ", "), takesValue ? " " + Italic(Placeholder(option)) : "");
 }
 
-std::string CommandSection(CLI::App const& command) {
+// The options that several commands have with one description: they are listed once.
+class CommonOptions {
+public:
+    explicit CommonOptions(CLI::App const& program) {
+        for (CLI::App const* const command : ListedCommands(program)) {
+            for (CLI::Option const* const option : ListedOptions(*command)) {
+                if (++fCounts[EntryOf(*option)] == kSeveral) {
+                    fPage += EntryOf(*option);
+                }
+            }
+        }
+    }
+
+    std::string const& Page() const noexcept { return fPage; }
+
+    // The options of command alone.
+    std::string OthersOf(CLI::App const& command) const {
+        std::string page;
+        for (CLI::Option const* const option : ListedOptions(command)) {
+            page += fCounts.at(EntryOf(*option)) >= kSeveral ? "" : EntryOf(*option);
+        }
+        return page;
+    }
+
+private:
+    static std::vector<CLI::Option const*> ListedOptions(CLI::App const& command) {
+        return command.get_options([](CLI::Option const* option) {
+            return !option->get_positional() && !option->get_group().empty();
+        });
+    }
+
+    static std::string EntryOf(CLI::Option const& option) {
+        return Entry(OptionTerm(option), option.get_description());
+    }
+
+    static constexpr int kSeveral = 3;
+
+    std::map<std::string, int> fCounts;
+    std::string fPage;
+};
+
+std::string CommandSection(CLI::App const& command, CommonOptions const& common) {
     std::string positionals;
-    std::string options;
     for (CLI::Option const* const option : command.get_options()) {
         if (option->get_positional()) {
             positionals +=
                 Entry(Italic(option->get_name(/*positional=*/true)), option->get_description());
-        } else if (!option->get_group().empty()) {
-            options += Entry(OptionTerm(*option), option->get_description());
         }
     }
     return ".SS " + Synopsis(command) + "\n" + Plain(command.get_description()) + ".\n" +
-           positionals + options + Footer(command.get_footer());
+           positionals + common.OthersOf(command) + Footer(command.get_footer());
 }
 
-// A sentence as a line of a table of contents.
+// A sentence in the form of a title: small first letter, no full stop.
 std::string AsTitle(std::string sentence) {
     sentence.front() =
         static_cast<char>(std::tolower(static_cast<unsigned char>(sentence.front())));
@@ -109,27 +152,27 @@ std::string AsTitle(std::string sentence) {
 }
 
 std::string ManualPage(CLI::App const& program) {
-    std::string page = fmt::format(
-        ".TH JOBOPTIONS 1 \"\" \"{}\" \"User Commands\"\n"
-        ".SH NAME\njoboptions \\- {}\n"
-        ".SH SYNOPSIS\n{} {} [{}...] ...\n"
-        ".SH COMMANDS\n",
-        program.version(),
-        Plain(AsTitle(program.get_description())),
-        Bold("joboptions"),
-        Italic("COMMAND"),
-        Italic("OPTION"));
+    CommonOptions const common(program);
+    std::string commands;
     for (CLI::App const* const command : ListedCommands(program)) {
-        page += CommandSection(*command);
+        commands += CommandSection(*command, common);
     }
-    return page + ".SH NOTES\n" + Footer(program.get_footer());
+    std::string page(kManualText);
+    for (auto const& [place, text] :
+         {std::pair<std::string_view, std::string>("{version}", program.version()),
+          {"{title}", Plain(AsTitle(program.get_description()))},
+          {"{commands}\n", commands},
+          {"{options}\n", common.Page()}}) {
+        page.replace(page.find(place), place.size(), text);
+    }
+    return page;
 }
 
-// Writes the manual page, for those who package the program.
+// Writes the manual page, for packagers.
 class ManualCommand final : public Command {
 public:
     ManualCommand(CLI::App& program, Options& options)
-        : Command(program, options, "manual", "Write the manual page"),
+        : Command(program, options, "manual", "Print the manual page"),
           fProgram(program) {
         AddOptions(Parser(), options);
         Parser().footer("Examples:\n"

@@ -11,7 +11,8 @@ bool Has(CLI::App const& command, char const* option) {
     return command.get_option_no_throw(option) != nullptr;
 }
 
-// Scripts may give every command the same options; where one has nothing to do, help is silent.
+// Adds options that the command does not use, hidden from its help, so that scripts can pass the
+// same options to every command.
 template <class Add>
 void AddUnused(CLI::App& command, char const* first, Add add) {
     if (Has(command, first)) {
@@ -29,8 +30,7 @@ void AddUnused(CLI::App& command, char const* first, Add add) {
 void AddOptions(CLI::App& command, Options& options) {
     std::map<std::string, Color> const colors{
         {"auto", Color::kAuto}, {"always", Color::kAlways}, {"never", Color::kNever}};
-    command.add_flag(
-        "-q,--quiet", options.quiet, "Write no messages; the exit status tells what happened");
+    command.add_flag("-q,--quiet", options.quiet, "Print no messages; see the exit status");
     command
         .add_option_function<std::string>(
             "--color",
@@ -41,7 +41,7 @@ void AddOptions(CLI::App& command, Options& options) {
         ->default_str("auto");
 
     if (!Has(command, "--output")) {
-        AddOutput(command, options, "Write there, not to standard output");
+        AddOutput(command, options, "Write to this file instead of standard output");
     }
     AddUnused(command, "--dry-run", [&] { AddDryRun(command, options); });
     AddUnused(command, "--wait", [&] { AddSaving(command, options); });
@@ -50,13 +50,12 @@ void AddOptions(CLI::App& command, Options& options) {
 }
 
 void AddJson(CLI::App& command, Options& options) {
-    command.add_flag("--json", options.json, "Write JSON");
+    command.add_flag("--json", options.json, "Print JSON");
 }
 
 void AddSchema(CLI::App& command, Options& options) {
     command
-        .add_option(
-            "--schema", options.schema, "Validate with this schema, not with the standard schema")
+        .add_option("--schema", options.schema, "Use this schema instead of the standard schema")
         ->type_name("FILE");
 }
 
@@ -68,15 +67,13 @@ void AddOutput(CLI::App& command, Options& options, char const* help) {
 }
 
 void AddDryRun(CLI::App& command, Options& options) {
-    command.add_flag("-n,--dry-run", options.dryRun, "Say what would change, and change nothing");
+    command.add_flag("-n,--dry-run", options.dryRun, "Print what would change; change nothing");
 }
 
 void AddSaving(CLI::App& command, Options& options) {
     command
         .add_option(
-            "--wait",
-            options.wait,
-            "Wait this long for other programs that change files in the same folder")
+            "--wait", options.wait, "Wait this long for programs that save in the same folder")
         ->type_name("SECONDS")
         ->check(CLI::Range(0.0, 86400.0).description(""))
         ->default_str("10");

@@ -1,4 +1,4 @@
-// The options that the commands share.
+// The options shared by the commands.
 #pragma once
 
 #include "tools/joboptions/commands/Output.h"
@@ -10,7 +10,7 @@
 
 namespace joboptions {
 
-// They mean the same for every command that has them.
+// An option means the same for every command that has it.
 struct Options {
     bool quiet = false;
     Color color = Color::kAuto;
@@ -18,46 +18,48 @@ struct Options {
     bool dryRun = false;
     bool force = false;
     bool overwriteChanged = false;
-    double wait = 10;                      // seconds, for others that change files
-    std::string output;                    // empty: where the command writes to by itself
-    std::optional<std::string> seenOutput; // what stood there when the command began
+    double wait = 10;                      // seconds, to wait for other programs
+    std::string output;                    // empty: the default of the command
+    std::optional<std::string> seenOutput; // contents of the output when the command began
     std::string schema;                    // empty: the standard schema
     std::optional<std::string> application;
 };
 
-// Each of these adds options to command; parsing fills what they are given, which outlives command.
+// These functions add options to command. Parsing stores into options and other arguments.
+// REQUIRES: these outlive command.
 
-// The options of every command, after its own: what it has none of is taken all the same.
+// The options of every command. Call this last: the options that the command lacks are accepted and
+// ignored.
 void AddOptions(CLI::App& command, Options& options);
 
 void AddJson(CLI::App& command, Options& options);
 void AddSchema(CLI::App& command, Options& options);
 
-// -o, whose help says what is written there.
+// -o. help says what is written.
 void AddOutput(CLI::App& command, Options& options, char const* help);
 
-// -n, for commands that change files, and --wait and --overwrite-changed, for those that save.
+// -n for commands that change files; --wait and --overwrite-changed for commands that save.
 void AddDryRun(CLI::App& command, Options& options);
 void AddSaving(CLI::App& command, Options& options);
 
-// --app, whose help says what it does.
+// --app. help says what it is used for.
 void AddApplication(CLI::App& command, Options& options, char const* help);
 
-// The help where settings may be named as an application lists them.
+// The help text for settings that may be named as an application lists them.
 inline constexpr char kNamesOfApplication[] =
-    "A name without a slash is one that list --app shows for this application";
+    "Treat a FILE without a slash as a name shown by list --app NAME";
 
-// An argument that is no option's: it is stored in target.
+// A positional argument, stored in target.
 template <class Target>
 CLI::Option*
 AddArgument(CLI::App& command, char const* name, Target& target, char const* help = "") {
     return command.add_option(name, target, help)->type_name("");
 }
 
-// The names of an option with their dashes, the short ones first.
+// The names of an option with their dashes, short ones first.
 std::vector<std::string> NamesOf(CLI::Option const& option);
 
-// The commands of a program that its help names, in their order.
+// The commands that the help of a program lists, in order.
 std::vector<CLI::App const*> ListedCommands(CLI::App const& program);
 
 // The settings file that a command reads, and --app for its name.

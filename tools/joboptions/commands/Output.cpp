@@ -23,7 +23,7 @@ bool IsDumbTerminal() {
     return terminal == nullptr || std::string_view(terminal) == "dumb";
 }
 
-// Where errors cannot be told, the exit status still tells.
+// If standard error cannot be written, the exit status still reports the failure.
 void WriteMessage(char const* severity, std::string_view message, bool quiet) {
     if (quiet) {
         return;
@@ -62,7 +62,7 @@ std::string Colored(std::string_view text, int number, bool color) {
     return color ? fmt::format("\x1b[{}m{}\x1b[0m", number, text) : std::string(text);
 }
 
-// A full disk may show only when the bytes leave the buffer.
+// A full disk may be detected only when the buffer is flushed.
 void WriteOutput(std::string_view text) {
     errno = 0;
     bool const isWritten = std::fwrite(text.data(), 1, text.size(), stdout) == text.size();

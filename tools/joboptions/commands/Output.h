@@ -1,4 +1,4 @@
-// How a command ends, and what it writes.
+// Exit status and output of commands.
 #pragma once
 
 #include <stdexcept>
@@ -10,7 +10,7 @@ namespace joboptions {
 
 enum class Status {
     kDone = 0,
-    kNo = 1,         // the answer is no
+    kNo = 1,         // a negative answer, such as a difference
     kWrongCall = 2,  // the command line cannot be used
     kBadInput = 3,   // an input cannot be read or parsed
     kBadSchema = 4,  // the schema cannot be used
@@ -18,7 +18,7 @@ enum class Status {
     kNotWritten = 6, // an output cannot be written
 };
 
-// Ends a command with a message and a status. A message of several lines is several messages.
+// Ends a command with a message and a status. Each line is a message.
 class Failure : public std::runtime_error {
 public:
     Failure(Status status, std::string const& message)
@@ -31,36 +31,35 @@ private:
     Status fStatus;
 };
 
-// How messages name a file: its path with control bytes made visible.
+// The name of a file in messages: its path with control bytes made visible.
 std::string InputName(std::string const& file);
 
-// Throws Failure with that status and "FILE: reason".
+// Throws Failure with this status and "FILE: reason".
 [[noreturn]] void Fail(Status status, std::string const& file, std::string const& reason);
 
-// Throws Failure with that status and all messages, if there are any.
+// Throws Failure with this status and all messages, if there are any.
 void FailIfAny(Status status, std::vector<std::string> const& messages);
 
 enum class Color { kAuto, kAlways, kNever };
 
-// Whether standard output gets colours. kAuto: on a terminal that is not dumb, unless NO_COLOR is
-// set.
+// Whether to colour standard output. kAuto: if it is a terminal that is not dumb, and NO_COLOR is
+// not set.
 bool UseColor(Color choice);
 
-// The colours of a terminal, by their number in ISO 6429.
+// Terminal colours by their numbers in ISO 6429.
 inline constexpr int kRed = 31;
 inline constexpr int kGreen = 32;
 inline constexpr int kYellow = 33;
 inline constexpr int kCyan = 36;
 
-// text, in that colour if it is to have one.
+// text in this colour, if color is true.
 std::string Colored(std::string_view text, int number, bool color);
 
-// Writes text to standard output, all of it. Throws Failure with Status::kNotWritten and the
-// reason.
+// Writes all of text to standard output. Throws Failure with Status::kNotWritten and the reason.
 void WriteOutput(std::string_view text);
 
-// Write a line to standard error that begins with the program's name and "error" or "warning",
-// unless quiet.
+// Write a line to standard error, unless quiet: the program's name, "error" or "warning", and the
+// message.
 void WriteError(std::string_view message, bool quiet = false);
 void WriteWarning(std::string_view message, bool quiet);
 

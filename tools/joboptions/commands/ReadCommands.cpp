@@ -1,4 +1,4 @@
-// joboptions show, get, diff, export and import: what files hold.
+// joboptions show, get, diff, export and import: the contents of files.
 #include "tools/joboptions/commands/Command.h"
 
 #include "format/Tokens.h"
@@ -31,7 +31,7 @@ namespace {
 
 constexpr std::size_t kLineWidth = 80;
 constexpr std::size_t kIndentStep = 2;
-// Indentation stops growing here, or the output would grow with the square of the nesting.
+// Limits the indentation: otherwise the output would grow with the square of the nesting.
 constexpr std::size_t kDeepestIndent = 200;
 
 bool IsCollection(Value const& value) {
@@ -42,25 +42,24 @@ bool IsEmpty(Value const& value) {
     return value == Value(Array()) || value == Value(Dictionary());
 }
 
-// Whether a value is a short array of scalars: no more elements than could fit into a line.
+// Whether a value is an array of scalars that is short enough to fit on a line.
 bool IsFlatArray(Value const& value) {
     auto const array = value.If<Array>();
     return array && array->size() <= kLineWidth && std::ranges::none_of(*array, &IsCollection);
 }
 
-// A line that waits to be written.
+// A line to be written.
 struct Line {
     std::string fLabel;
     Value const* fValue;
     std::size_t fIndent;
-    std::size_t fLabelWidth; // that of all labels beside it
+    std::size_t fLabelWidth; // of all labels beside it
 };
 
-// Settings as a tree for people, a line for each in file order. The keys of a dictionary are padded
-// to one width. What is nested stands below its key, indented, with positions in place of keys for
-// an array; a short array of scalars stays on the line of its key. What follows the settings in
-// their file comes last under a heading. The lines wait in a list, the last one first, so that no
-// nesting is too deep.
+// Settings as an indented tree, one line each, in the order of the file. Keys of a dictionary are
+// padded to a common width. Nested values are below their key, with positions in place of keys for
+// an array; a short array of scalars is on the line of its key. The tail is last, under a heading.
+// Uses an explicit stack of lines, so that deep nesting uses no more stack.
 class Tree {
 public:
     explicit Tree(bool color) : fColor(color) {}
@@ -99,7 +98,8 @@ private:
         fLines.push_back({std::move(label), &value, std::min(indent, kDeepestIndent), 0});
     }
 
-    // Gives the lines from begin on one width, and turns them so that the first is written first.
+    // Sets a common label width for the lines from begin on, and reverses them, so that the first
+    // is on top of the stack.
     void Align(std::size_t begin) {
         auto const first = fLines.begin() + static_cast<std::ptrdiff_t>(begin);
         std::size_t width = 0;
@@ -160,7 +160,7 @@ private:
     std::vector<Line> fLines;
 };
 
-// Reads a file and writes all of its settings, as a tree or as JSON.
+// Shows all settings of a file, as a tree or as JSON.
 class ShowCommand final : public Command {
 public:
     ShowCommand(CLI::App& program, Options& options)
@@ -188,17 +188,17 @@ private:
     std::string fFile;
 };
 
-// Reads a file and writes the values under the given keys, a line for each or as JSON.
+// Shows the values of some keys of a file, one per line or as JSON.
 class GetCommand final : public Command {
 public:
     GetCommand(CLI::App& program, Options& options)
-        : Command(program, options, "get", "Show single values of a file") {
+        : Command(program, options, "get", "Show values of a file") {
         AddFile(Parser(), options, fFile);
         AddArgument(
             Parser(),
             "KEY",
             fKeys,
-            "Keys, with those of nested settings and positions from 0 behind /")
+            "Key or path, for example ColorImageDict/QFactor or NeverEmbed/0")
             ->required();
         AddJson(Parser(), options);
         AddOptions(Parser(), options);
@@ -208,7 +208,8 @@ public:
                         "  joboptions get --json office.joboptions ColorImageDict");
     }
 
-    // Status::kDone, or Status::kNo when a key is missing: what was found is written all the same.
+    // Status::kDone, or Status::kNo if a key is missing. The values that were found are written in
+    // any case.
     Status Run() const override {
         std::string const file = Locate(fFile, fOptions);
         Document const settings = ReadDocument(file);
@@ -246,23 +247,20 @@ private:
 class DiffCommand final : public Command {
 public:
     DiffCommand(CLI::App& program, Options& options)
-        : Command(
-              program, options, "diff", "Say what differs between two files, by key and value") {
+        : Command(program, options, "diff", "Compare two files by key and value") {
         AddArgument(Parser(), "A", fBefore, "A settings file; - is standard input")->required();
-        AddArgument(Parser(), "B", fAfter, "The settings file that is compared with it")
-            ->required();
+        AddArgument(Parser(), "B", fAfter, "The settings file to compare with it")->required();
         AddApplication(Parser(), options, kNamesOfApplication);
         AddJson(Parser(), options);
         AddOptions(Parser(), options);
-        Parser().footer(
-            "A line for each setting that differs: - only in A, + only in B, ~ changed.\n"
-            "\n"
-            "Examples:\n"
-            "  joboptions diff screen.joboptions press.joboptions\n"
-            "  joboptions diff --json old.joboptions new.joboptions");
+        Parser().footer("One line for each difference: - only in A, + only in B, ~ changed.\n"
+                        "\n"
+                        "Examples:\n"
+                        "  joboptions diff screen.joboptions press.joboptions\n"
+                        "  joboptions diff --json old.joboptions new.joboptions");
     }
 
-    // Status::kDone when the settings are the same, else Status::kNo.
+    // Status::kDone if the settings are equal, else Status::kNo.
     Status Run() const override {
         RequireOneStandardInput({fBefore, fAfter}, fOptions);
         Document const before = ReadDocument(Locate(fBefore, fOptions));
@@ -289,12 +287,11 @@ public:
         AddFile(Parser(), options, fFile);
         AddJson(Parser(), options);
         AddOptions(Parser(), options);
-        Parser().footer(
-            "Nothing of the settings is lost: import makes of it what fmt makes of FILE.\n"
-            "\n"
-            "Examples:\n"
-            "  joboptions export office.joboptions -o office.json\n"
-            "  joboptions export office.joboptions | jq .settings.CompatibilityLevel");
+        Parser().footer("Lossless: import makes a file of it that has the settings of FILE.\n"
+                        "\n"
+                        "Examples:\n"
+                        "  joboptions export office.joboptions -o office.json\n"
+                        "  joboptions export office.joboptions | jq .settings.CompatibilityLevel");
     }
 
     Status Run() const override {
@@ -308,14 +305,14 @@ private:
     std::string fFile;
 };
 
-// Writes the settings that were exported in the component's own layout.
+// Writes exported settings as a file in the component's layout.
 class ImportCommand final : public Command {
 public:
     ImportCommand(CLI::App& program, Options& options)
-        : Command(program, options, "import", "Make a settings file of exported JSON") {
-        AddArgument(Parser(), "JSON", fFile, "What export wrote; without it, standard input");
+        : Command(program, options, "import", "Convert exported JSON to a settings file") {
+        AddArgument(Parser(), "JSON", fFile, "Output of export; default: standard input");
         Parser().add_flag(
-            "--allow-invalid", fAllowsInvalid, "Write settings that the schema rejects too");
+            "--allow-invalid", fAllowsInvalid, "Write settings even if the schema rejects them");
         AddSchema(Parser(), options);
         AddOptions(Parser(), options);
         Parser().footer("Examples:\n"
@@ -323,8 +320,8 @@ public:
                         "  joboptions export a.joboptions | joboptions import > b.joboptions");
     }
 
-    // Status::kDone, or Status::kRefused with all findings when the schema rejects the settings.
-    // Numbers that the file cannot hold exactly are warnings.
+    // Status::kDone, or Status::kRefused with all findings if the schema rejects the settings. A
+    // number that the file cannot hold exactly is a warning.
     Status Run() const override {
         auto const [values, tail] = ReadJsonDocument("settings", ReadBytes(fFile), fFile);
         pdfsettings::Schema const schema = ReadSchema(fOptions);
@@ -342,7 +339,7 @@ private:
     void Report(Document const& document, pdfsettings::Schema const& schema) const {
         std::vector<std::string> errors;
         for (pdfsettings::Finding const& finding : Review(document, schema)) {
-            // What has no key is about the text that import made up.
+            // A finding without a path is about the generated text, not about the input.
             if (finding.Path().empty()) {
                 continue;
             }

@@ -1,6 +1,6 @@
-// joboptions completion and complete: scripts that let shells ask the program what can stand at a
-// place. They are fixed: what a schema or a later version adds is offered without a new script.
-// Where the program offers nothing, the shell offers files.
+// joboptions completion and complete: completion scripts for shells. The scripts are fixed: they
+// ask the program for the possible words, so additions in a schema or a later version need no new
+// script. If the program offers nothing, the shell offers files.
 #include "tools/joboptions/commands/Command.h"
 
 #include "tools/joboptions/commands/Files.h"
@@ -20,8 +20,8 @@ namespace joboptions {
 
 namespace {
 
-// Bash takes "=" for a word of its own: what is typed is put together again, and of an assignment
-// only the value is offered.
+// Bash splits words at "=": the script joins them again, and offers only the value of an
+// assignment.
 constexpr char kBash[] = R"(# Completions of joboptions for bash.
 _joboptions() {
     local word
@@ -76,7 +76,7 @@ complete -c joboptions -f -n '__joboptions | string length -q' -a '(__joboptions
 class CompletionCommand final : public Command {
 public:
     CompletionCommand(CLI::App& program, Options& options)
-        : Command(program, options, "completion", "Write completions for a shell") {
+        : Command(program, options, "completion", "Print completions for a shell") {
         AddArgument(Parser(), "SHELL", fShell, "bash, zsh or fish")
             ->required()
             ->check(CLI::IsMember({"bash", "zsh", "fish"}));
@@ -99,7 +99,7 @@ private:
     std::string fShell;
 };
 
-// Shells look into the words that they are to choose from.
+// Shells may interpret special characters in the words offered to them.
 bool IsPlainWord(std::string const& word) {
     return std::ranges::all_of(word, [](char letter) {
         bool const isLetter = (letter >= 'a' && letter <= 'z') || (letter >= 'A' && letter <= 'Z');
@@ -118,7 +118,7 @@ std::vector<std::string> ValuesOf(pdfsettings::Rule const& rule) {
     return values;
 }
 
-// Collects what begins like the word that is being typed.
+// Collects the words that begin with the prefix being typed.
 class Offers {
 public:
     explicit Offers(std::string prefix) : fPrefix(std::move(prefix)) {}
@@ -135,7 +135,7 @@ public:
         }
     }
 
-    // A line for each: the word and, behind a tab, what it is.
+    // One line per word: the word, a tab and its description.
     std::string const& Text() const noexcept { return fText; }
 
 private:
@@ -143,7 +143,7 @@ private:
     std::string fText;
 };
 
-// The line as far as it is typed: a command, what stands behind it, and the word at the cursor.
+// The command line up to the cursor: the command, its arguments, and the word at the cursor.
 class Line {
 public:
     Line(CLI::App const& program, std::vector<std::string> const& words)
@@ -155,10 +155,10 @@ public:
         }
     }
 
-    // The schema that the line names; empty for none.
+    // The schema named on the line; empty if none is.
     std::string const& Schema() const noexcept { return fSchema; }
 
-    // Whether settings are wanted, rather than words of the program's own.
+    // Whether keys are to be offered, rather than words of the program.
     bool WantsKeys() const { return AtArguments() && (Has("KEY") || Has("KEY=VALUE")); }
 
     void OfferKeys(std::span<pdfsettings::Rule const> rules, Offers& offers) const {
@@ -214,7 +214,7 @@ private:
         }
     }
 
-    // Whether the word at the cursor is an argument behind the file, where the command has one.
+    // Whether the word at the cursor is an argument after FILE, if the command has that one.
     bool AtArguments() const {
         bool const hasFile = Has("FILE");
         return fOption == nullptr && !fWord.starts_with('-') && (!hasFile || fArguments > 0);
@@ -245,8 +245,8 @@ private:
 
     CLI::App const& fProgram;
     bool fIsFirst;                        // the word at the cursor is the command
-    CLI::App const* fCommand = nullptr;   // null where there is none of that name
-    CLI::Option const* fOption = nullptr; // whose value is at the cursor, if any
+    CLI::App const* fCommand = nullptr;   // null if the name is unknown
+    CLI::Option const* fOption = nullptr; // the option whose value is at the cursor, or null
     std::size_t fArguments = 0;           // before the cursor
     std::string fSchema;
     std::string fWord;
@@ -261,7 +261,7 @@ public:
         AddArgument(Parser(), "WORDS", fWords);
     }
 
-    // Status::kDone, also where there is nothing to offer.
+    // Status::kDone, even if there is nothing to offer.
     Status Run() const override {
         Line const line(fProgram, fWords);
         Offers offers(fWords.empty() ? std::string() : fWords.back());

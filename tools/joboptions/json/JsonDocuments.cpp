@@ -23,7 +23,7 @@ using pdfsettings::Value;
 
 namespace {
 
-// The value at a path; that of the tail's key is the tail.
+// The value at a path as JSON, null if it is missing. The value of the tail's key is the tail.
 Json ValueOrNull(
     std::string const& path, std::optional<Value> const& value, std::string const& file) {
     if (!value) {
@@ -32,12 +32,12 @@ Json ValueOrNull(
     return path == format::kTailKey ? Json(TailJson(value->Bytes())) : ToJson(*value, file);
 }
 
-// Texts come from files and may hold any byte.
+// Texts from files may have any bytes.
 Json TextOrNull(std::string const& text) {
     return text.empty() ? Json() : Json(WellFormedText(text));
 }
 
-// What make gives for each item.
+// The results of make for all items.
 template <class Items, class Make>
 Json List(Items const& items, Make make) {
     Json list = Json::array();
@@ -97,6 +97,8 @@ Json RuleJson(Rule const& rule, std::string const& file) {
     if (rule.Default() != nullptr) {
         object["default"] = ToJson(*rule.Default(), file);
     }
+    object["label"] = rule.Label();
+    object["group"] = rule.Group();
     object["doc"] = rule.Help();
     return object;
 }
@@ -158,17 +160,17 @@ std::string RulesDocument(std::vector<Rule> const& rules, std::string const& fil
 
 namespace {
 
-// As much of an input as a message repeats, made visible.
+// A part of an input for a message, truncated and with control bytes made visible.
 std::string Quoted(std::string const& text) {
     constexpr std::size_t kMost = 300;
     return VisibleText(text.substr(0, kMost)) + (text.size() > kMost ? "..." : "");
 }
 
-// Builds values while the JSON library reads. It keeps an own list of what is open, so that no
-// nesting is too deep, and sees every key, also one that comes twice.
+// Builds values while the JSON library parses. It has its own stack of open collections, so that
+// deep nesting uses no more stack, and it detects repeated keys.
 class Builder {
 public:
-    // Reads text, and checks what stands under member. Throws Failure.
+    // Parses text, and validates the value of member. Throws Failure.
     Builder(std::string const& text, std::string const& file, std::string_view member)
         : fFile(file),
           fMember(member) {
@@ -180,7 +182,7 @@ public:
 
     // What the library calls. NOLINTBEGIN(readability-identifier-naming)
     bool null() {
-        RefuseInMember("null is no value of a setting");
+        RefuseInMember("null is not a value of a setting");
         return Store(Value());
     }
     bool boolean(bool value) { return Store(value); }
@@ -228,7 +230,7 @@ public:
     }
     bool parse_error(
         std::size_t /*offset*/, std::string const& /*token*/, Json::exception const& error) {
-        // The library's words begin with its own name and number.
+        // Removes the library's prefix, a name and a number, from its message.
         std::string const words = error.what();
         std::size_t const name = words.find("] ");
         Fail(
@@ -243,7 +245,7 @@ private:
         bool fIsArray;
         Array fArray;
         Dictionary fDictionary;
-        std::string fKey; // the last one of a dictionary
+        std::string fKey; // the last key of an object
         std::unordered_set<std::string> fKeys;
     };
 
@@ -257,14 +259,14 @@ private:
         Fail(Status::kBadInput, fFile, VisibleText(place) + (place.empty() ? "" : ": ") + reason);
     }
 
-    // What stands elsewhere in the document is passed over.
+    // Values outside the member are ignored.
     void RefuseInMember(std::string const& reason) const {
         if (!fOpen.empty() && fOpen.front().fKey == fMember) {
             Refuse(reason);
         }
     }
 
-    // The path of what is being read; of a deep one the beginning.
+    // The path of the value being read; of a deep one, the beginning.
     std::string Place() const {
         std::string path;
         for (std::size_t level = 0; level < fOpen.size(); ++level) {

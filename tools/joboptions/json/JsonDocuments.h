@@ -1,4 +1,4 @@
-// What commands write for programs, and read again: JSON documents with the version of their form.
+// The JSON documents that commands write and read, with a version number.
 #pragma once
 
 #include "pdfsettings/Compare.h"
@@ -12,10 +12,10 @@
 
 namespace joboptions {
 
-// All that are written end with a line end and throw Failure with Status::kBadInput, in which file
-// is named, when values are nested too deep. Values stand as ValueJson.h says.
+// All documents end with a line end. The functions throw Failure with Status::kBadInput, with file
+// in the message, if values are nested too deep. Values are in the form of ValueJson.h.
 
-// {"version", member: values}; a tail stands under "AlembicorData".
+// {"version", member: values}; the tail is under "AlembicorData".
 std::string JsonDocument(
     char const* member,
     pdfsettings::Dictionary const& values,
@@ -27,8 +27,8 @@ using Differences = pdfsettings::Sequence<pdfsettings::Difference>;
 // {"version", "differences": [{"key", "before", "after"}]}; a missing value is null.
 std::string DifferencesDocument(Differences const& differences, std::string const& file);
 
-// The same with "findings" and "warnings": [{"key", "message"}]. The findings are the reason when
-// nothing has changed.
+// As above, with "findings" and "warnings": [{"key", "message"}]. The findings are the reasons if
+// nothing was changed.
 std::string ChangeDocument(
     Differences const& differences,
     std::vector<pdfsettings::Finding> const& findings,
@@ -36,26 +36,25 @@ std::string ChangeDocument(
     std::string const& file);
 
 // {"version", "files": [{"file", "error", "findings": [{"line", "column", "length", "severity",
-// "id", "key", "message"}]}]}; no error and no key are null. The length is in bytes.
+// "id", "key", "message"}]}]}; a missing error or key is null. length is in bytes.
 std::string CheckDocument(std::vector<CheckedFile> const& files);
 
 // {"version", "files": [{"file", "error", "differs"}]}
 std::string LayoutDocument(std::vector<FormattedFile> const& files);
 
-// {"version", "settings": [{"key", "required", "kind", …}]} with what the schema in file says of
-// each.
+// {"version", "settings": [{"key", "required", "kind", …}]} with the rules of the schema in file.
 std::string RulesDocument(std::vector<pdfsettings::Rule> const& rules, std::string const& file);
 
-// Values and what follows them in their file.
+// Settings, and the text after them in their file.
 struct SettingsOfJson {
     pdfsettings::Dictionary fValues;
     std::string fTail;
 };
 
-// What stands under member in a JSON document of version 1, in the forms that ValueJson.h
-// describes; other members are passed over. file is the input that messages name. Throws Failure
-// with Status::kBadInput, and the place, for a text that is no JSON, for another version, for a key
-// that comes twice and for a value of no known form.
+// The settings under member in a JSON document of version 1, in the form of ValueJson.h. Other
+// members are ignored. file: the name of the input for messages. Throws Failure with
+// Status::kBadInput and the position or path for invalid JSON, another version, a repeated key and
+// a value of unknown form.
 SettingsOfJson
 ReadJsonDocument(char const* member, std::string const& text, std::string const& file);
 

@@ -23,7 +23,7 @@ using pdfsettings::Value;
 
 namespace {
 
-// Up to here every whole double is a whole number of JSON too.
+// Up to here every integer of a double is exact in JSON too.
 constexpr double kLargestWhole = 9007199254740992.0;
 
 std::string Hex(std::string_view bytes) {
@@ -49,13 +49,13 @@ std::optional<std::string> FromHex(std::string_view digits) {
     return bytes;
 }
 
-// A value of a kind that is made of one text.
+// Makes a value of a kind that is constructed from one text.
 template <class Text>
 std::optional<Value> Made(std::optional<std::string> text) {
     return text ? std::optional<Value>(Text{std::move(*text)}) : std::nullopt;
 }
 
-// The numbers that JSON has no form for.
+// The numbers that JSON cannot represent.
 std::optional<Value> NumberFromName(std::string_view name) {
     for (double const number :
          {std::numeric_limits<double>::infinity(),
@@ -71,7 +71,7 @@ std::optional<Value> NumberFromName(std::string_view name) {
 
 class Converter {
 public:
-    // file is named in the message about too deep a nesting.
+    // file: named in the error for too deep nesting.
     explicit Converter(std::string const& file) : fFile(file) {}
 
     Json Convert(Value const& value) {
@@ -95,7 +95,7 @@ public:
         return {};
     }
 
-    // Keys of a dictionary differ already: they are added without the library's search for each.
+    // The keys of a dictionary differ, so they are added without the library's search for each.
     Json Convert(Dictionary const& dictionary) {
         Enter();
         Json object = Json::object();
@@ -171,7 +171,7 @@ std::string TailJson(std::string_view tail) {
 }
 
 std::string JsonText(Json const& document) {
-    // In a deep one, the blanks would take many times as much as the rest.
+    // With deep nesting, indentation would be many times larger than the rest.
     constexpr int kDeepestIndent = 50;
     int const indent = IsDeeper(document, kDeepestIndent) ? -1 : 2;
     auto const replace = Json::error_handler_t::replace;
@@ -187,7 +187,7 @@ std::string JsonKey(std::string_view name) {
 
 std::optional<std::string> KeyFromJson(std::string_view key) {
     auto name = key.starts_with('/') ? FromHex(key.substr(1)) : std::optional(std::string(key));
-    // No name holds a NUL byte.
+    // Names have no zero bytes.
     return name && name->find('\0') == std::string::npos ? name : std::nullopt;
 }
 

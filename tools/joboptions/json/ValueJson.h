@@ -1,19 +1,19 @@
 // Settings as JSON, without loss.
 //
-// Booleans and numbers stand as such, arrays and dictionaries as arrays and objects. All other
-// values are strings whose beginning tells the kind:
+// Booleans and numbers are JSON booleans and numbers, arrays and dictionaries are arrays and
+// objects. All other values are strings with a prefix for the kind:
 //
 //   "/NAME"   a name
-//   "u:TEXT"  a string whose bytes are UTF-8 and need no escapes; TEXT is what it says
-//   "b:HEX"   any other string, or the tail of the file: HEX are the raw bytes
-//   "x:TEXT"  a hexadecimal string, TEXT as it stands between the brackets
-//   "xb:HEX"  one whose text is no UTF-8: HEX are the raw bytes between the brackets
-//   "n:inf", "n:-inf", "n:nan", "n:-nan"  numbers that JSON has no form for
+//   "u:TEXT"  a string in UTF-8 that needs no escapes; TEXT is its text
+//   "b:HEX"   any other string, or the tail of the file; HEX are its raw bytes
+//   "x:TEXT"  a hexadecimal string; TEXT is between its brackets
+//   "xb:HEX"  a hexadecimal string that is not UTF-8; HEX are the raw bytes between its brackets
+//   "n:inf", "n:-inf", "n:nan", "n:-nan"  numbers that JSON cannot represent
 //
-// A name or a key that is no UTF-8, and one that begins with a slash itself, is a slash and the
-// hexadecimal digits of its bytes; behind the slash of a name this gives "//HEX". Nothing else
-// begins so. Delete and the controls from U+0080 on count as no UTF-8 here: JSON would let them
-// through.
+// A name or key that is not UTF-8, or that begins with a slash itself, is written as a slash and
+// the hexadecimal digits of its bytes; with the slash of a name, this gives "//HEX". Nothing else
+// has this prefix. Delete and the control characters from U+0080 on are treated as not UTF-8, since
+// JSON would not escape them.
 #pragma once
 
 #include "pdfsettings/Value.h"
@@ -25,26 +25,26 @@
 
 namespace joboptions {
 
-// The JSON library takes stack for each level.
+// The JSON library recurses for each level.
 inline constexpr int kDeepestJsonLevel = 1000;
 
-// value as JSON; file is the input that messages name. Throws Failure with Status::kBadInput when
-// it is nested deeper than kDeepestJsonLevel.
+// value as JSON. file: the name of the input for messages. Throws Failure with Status::kBadInput if
+// value is nested deeper than kDeepestJsonLevel.
 nlohmann::ordered_json ToJson(pdfsettings::Value const& value, std::string const& file);
 nlohmann::ordered_json ToJson(pdfsettings::Dictionary const& dictionary, std::string const& file);
 
-// A name or key as it stands in JSON, without the slash that begins a name.
+// A name or key for JSON, without the slash before a name.
 std::string JsonKey(std::string_view name);
 
-// A document as commands write it, which says nothing that a terminal must not see. One that is
-// nested deeper than 50 levels stands in one line.
+// The text of a document, in which characters that could control a terminal are escaped. A document
+// nested deeper than 50 levels is on one line.
 std::string JsonText(nlohmann::ordered_json const& document);
 
-// The tail of a file, "b:HEX".
+// The tail of a file as "b:HEX".
 std::string TailJson(std::string_view tail);
 
-// The key that JsonKey wrote, the value that the text of a JSON string stands for, and the tail.
-// None for a text that was not written so.
+// The reverse of JsonKey, the value of a JSON string, and the reverse of TailJson. Nothing for a
+// text that these do not write.
 std::optional<std::string> KeyFromJson(std::string_view key);
 std::optional<pdfsettings::Value> ValueFromJson(std::string_view text);
 std::optional<std::string> TailFromJson(std::string_view text);

@@ -15,7 +15,7 @@ using pdfsettings::Span;
 
 namespace {
 
-// As much of a line as can be shown, around the place that is meant.
+// The part of a line around a span, as far as it can be shown.
 struct Excerpt {
     std::string fLine;
     std::string fCarets;

@@ -1,4 +1,4 @@
-// What is said about a file, at its place in it.
+// Findings about files, as text.
 #pragma once
 
 #include "pdfsettings/Document.h"
@@ -10,31 +10,31 @@
 
 namespace joboptions {
 
-// "file:line:column: error: key: message [id]", and the line of the text with carets below what is
-// meant. With line ends. With color, the severity and the carets are coloured for a terminal.
-// REQUIRES: the finding has a place in document.
+// "file:line:column: error: key: message [id]", and the line of the text with carets under the
+// span; with line ends. With color, severity and carets are coloured. REQUIRES: the finding has a
+// span in document.
 std::string FindingText(
     std::string const& file,
     pdfsettings::Document const& document,
     pdfsettings::Finding const& finding,
     bool color);
 
-// What is wrong with a file, "file:line:column: message [id]" without what is missing.
+// "file:line:column: message [id]" for an error, without the parts that are missing.
 std::string ErrorText(std::string const& file, pdfsettings::Error const& error);
 
 // The findings of a file.
 struct CheckedFile {
     std::string file;
-    std::string error; // why it could not be read or parsed; empty if it could
-    std::optional<pdfsettings::Document> document; // none for a file that could not be read
+    std::string error; // why the file could not be read or parsed, or empty
+    std::optional<pdfsettings::Document> document; // nothing if the file could not be read
     pdfsettings::Findings findings;                // in the order of the text
 };
 
-// The layout of a file.
+// The result of formatting a file.
 struct FormattedFile {
     std::string file;
-    std::string error; // why it could not be read, or why it was left as it is; empty if it was not
-    bool differs = false; // it is, or was, laid out otherwise
+    std::string error;    // why the file could not be read, or was not changed; or empty
+    bool differs = false; // whether its layout differs, or differed before the rewrite
 };
 
 } // namespace joboptions

@@ -9,10 +9,10 @@ namespace joboptions {
 
 namespace {
 
-// In place of the code point of a byte that is no part of a character.
+// Stands for the code point of a byte that is not part of a character.
 constexpr utf8proc_int32_t kNone = -1;
 
-// Calls visit with the bytes of each character of text and its code point.
+// Calls visit with the bytes and the code point of each character of text.
 template <class Visit>
 void ForEachCharacter(std::string_view text, Visit visit) {
     while (!text.empty()) {
@@ -47,7 +47,7 @@ void AppendOctal(std::string& text, std::string_view bytes, utf8proc_int32_t /*c
     }
 }
 
-// In JSON a character is one or two units of UTF-16.
+// JSON escapes a character as one or two units of UTF-16.
 void AppendJsonEscape(std::string& escaped, std::string_view bytes, utf8proc_int32_t codePoint) {
     if (codePoint > 0xFFFF) {
         AppendJsonEscape(escaped, bytes, 0xD800 + ((codePoint - 0x10000) >> 10));
@@ -56,7 +56,7 @@ void AppendJsonEscape(std::string& escaped, std::string_view bytes, utf8proc_int
     fmt::format_to(std::back_inserter(escaped), "\\u{:04x}", codePoint);
 }
 
-// The text with escapes for the characters that are not kept.
+// text with escapes for the characters that isKept rejects.
 template <class IsKept, class AppendEscape>
 std::string Escaped(std::string_view text, IsKept isKept, AppendEscape appendEscape) {
     std::string result;

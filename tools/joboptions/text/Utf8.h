@@ -1,4 +1,4 @@
-// Bytes as text: what of them a terminal may be given.
+// UTF-8 text, and what a terminal may safely receive.
 #pragma once
 
 #include <cstddef>
@@ -7,29 +7,29 @@
 
 namespace joboptions {
 
-// Whether all of text is UTF-8 without control characters, but for those below the space.
+// Whether text is UTF-8 without control characters, except those below the space.
 bool IsPlainText(std::string_view text);
 
-// text with each byte of what is not printable as \ddd, three octal digits: of what is no
-// well-formed UTF-8, and of characters that control a terminal, end a line, turn its direction or
-// hide in it (the general categories Cc, Cf, Zl and Zp of Unicode).
+// text with \ddd, three octal digits, for each byte that is not printable: bytes that are not
+// well-formed UTF-8, and characters that control a terminal, end a line, change the text direction
+// or are invisible (the Unicode categories Cc, Cf, Zl and Zp).
 std::string VisibleText(std::string_view text);
 
-// text with each byte that is no part of a UTF-8 character in that form.
+// text with \ddd for each byte that is not part of a UTF-8 character.
 std::string WellFormedText(std::string_view text);
 
-// A JSON document in UTF-8, in which each such character but a line end is an escape: those stand
-// in its strings only.
+// A JSON document in UTF-8, with JSON escapes for the characters that VisibleText escapes, except
+// line ends; these characters occur only in its strings.
 std::string JsonEscapes(std::string_view json);
 
-// The number of cells that a terminal takes for what VisibleText gave.
+// The number of terminal cells of text from VisibleText.
 std::size_t DisplayWidth(std::string_view visible);
 
-// The width of a column that holds visible too. It grows up to 40 cells: what is longer does not
-// push the columns of all others to the right.
+// The width of a column that also has visible: at most 40 cells, so that one long text does not
+// move the next columns far to the right.
 std::size_t Widened(std::size_t column, std::string_view visible);
 
-// visible, with spaces behind it up to that width.
+// visible, padded with blanks to width.
 std::string Padded(std::string const& visible, std::size_t width);
 
 } // namespace joboptions

@@ -8,8 +8,8 @@
 
 namespace joboptions {
 
-// The brackets and blanks between values are no part of any character, so that all can be made
-// visible at once.
+// Brackets and blanks are never part of another character, so the whole text can be made visible at
+// once.
 std::string OneLine(pdfsettings::Value const& value) {
     return VisibleText(value.Text());
 }
@@ -24,7 +24,7 @@ std::string CommaList(std::span<pdfsettings::Value const> values) {
 
 namespace {
 
-// The tail of a file has no brackets of its own.
+// The tail has no brackets.
 std::string ValueAt(std::string const& path, pdfsettings::Value const& value) {
     return path == format::kTailKey ? VisibleText(value.Bytes()) : OneLine(value);
 }

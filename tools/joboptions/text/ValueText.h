@@ -1,4 +1,4 @@
-// Values and differences for people, with everything unprintable made visible (VisibleText).
+// Values and differences as text for people, with unprintable characters escaped (VisibleText).
 #pragma once
 
 #include "pdfsettings/Compare.h"
@@ -9,15 +9,14 @@
 
 namespace joboptions {
 
-// The value as it stands in a file, on one line.
+// The value in the syntax of a file, on one line.
 std::string OneLine(pdfsettings::Value const& value);
 
-// Values so, with commas between them.
+// Values in this form, separated by commas.
 std::string CommaList(std::span<pdfsettings::Value const> values);
 
-// A line for each difference: "- key value" for a value that is missing afterwards, "+ key value"
-// for a new one, "~ key value -> value" for a changed one. With color, the signs are coloured for a
-// terminal.
+// A line for each difference: "- key value" for a removed value, "+ key value" for a new one, "~
+// key value -> value" for a changed one. With color, the signs are coloured.
 std::string
 DifferencesText(pdfsettings::Sequence<pdfsettings::Difference> const& differences, bool color);
 
