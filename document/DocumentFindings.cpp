@@ -103,7 +103,7 @@ bool LooksLikeEntries(std::string_view string) noexcept {
 
 std::string EmptyDictionaryText(std::size_t depth) {
     return depth == 0 ? "empty settings with a blank between << and >> are misread: write <<>>"
-                      : "an empty dictionary takes in the entries behind it: remove it";
+                      : "an empty dictionary swallows the entries after it: remove it";
 }
 
 // name: the value of the key before it, if that is a name.
@@ -139,7 +139,9 @@ std::string StuckText(std::string_view token, std::string_view value) {
     if (IsOctal(token)) {
         return text + ", since a leading 0 makes it octal: write " + Decimal(token);
     }
-    if (isNumber && token.size() > value.size() && (token[value.size()] | 0x20) == 'e') {
+    std::string_view const exponent = token.substr(std::min(value.size() + 1, token.size()));
+    bool const hasDigits = exponent.find_first_of(kDigits) != std::string_view::npos;
+    if (isNumber && hasDigits && (token[value.size()] | 0x20) == 'e') {
         return text + ", since an exponent needs a point: write " + std::string(value) + ".0" +
                std::string(token.substr(value.size()));
     }
@@ -387,12 +389,13 @@ void DocumentScanner::NoteString(Span bytes) {
             "nested-brackets",
             {whole.begin, isClosed ? end + 1 : whole.end},
             whole.end,
-            "brackets do not nest, and the string ends at the first ): write \\( and \\) inside");
+            "parentheses do not nest, and the string ends at the first ): write \\( and \\) "
+            "inside");
     } else if (EndsInOddBackslashes(string)) {
         fFindings.Warn(
             "backslashes",
             whole,
-            "only a single backslash escapes a ): behind three the string ends");
+            "only a single backslash escapes a ): behind three or more the string ends");
     }
 }
 

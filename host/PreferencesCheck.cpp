@@ -243,7 +243,9 @@ private:
             CheckFile(path, file.fText);
             auto const [former, isNew] = files.emplace(shown->fText, file.fText);
             if (!isNew && former->second != file.fText) {
-                Add(path, shown->fText + " is shown for " + former->second + " already");
+                Add(path,
+                    shown->fText + " is also the display name of " + former->second +
+                        ": only one of the two is listed");
             }
         }
     }

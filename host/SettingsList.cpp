@@ -108,7 +108,7 @@ std::vector<std::string> ReasonsFor(ListedData const& settings) {
     Rights const rights = RightsOf(settings.fPath);
     bool const isAdmins = settings.fOrigin == Origin::kAdministrator;
     if (isAdmins) {
-        reasons.emplace_back("it lies in the administrator's folder");
+        reasons.emplace_back("it is in the administrator's folder");
     }
     // The display name may be equal to the file name. It is given as the reason if there is no
     // other.

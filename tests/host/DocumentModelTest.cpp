@@ -36,12 +36,12 @@ std::vector<Sample> const& Samples() {
         {"010", 8.0, "octal: the leading 0 makes 010 octal, and it is read as 8: write 10"},
         {"(a(b)c)",
          RawString{"a(b"},
-         "nested-brackets: brackets do not nest, and the string ends at the first ): write \\( and "
+         "nested-brackets: parentheses do not nest, and the string ends at the first ): write \\( and "
          "\\) inside",
          true},
         {"(a\\\\\\)",
          RawString{"a\\\\\\"},
-         "backslashes: only a single backslash escapes a ): behind three the string ends"},
+         "backslashes: only a single backslash escapes a ): behind three or more the string ends"},
         {"<0 g>",
          HexString{"0 g"},
          "bad-hex: a hexadecimal string holds digits 0 to 9 and A to F only"},

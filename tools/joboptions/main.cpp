@@ -24,15 +24,14 @@ public:
     Program() {
         fParser.require_subcommand(1);
         fParser.set_version_flag("--version", std::string("joboptions ") + JOBOPTIONS_VERSION);
-        fParser.footer(
-            "Examples:\n"
-            "  joboptions show office.joboptions\n"
-            "  joboptions set office.joboptions ColorImageResolution=150\n"
-            "  joboptions check *.joboptions\n"
-            "\n"
-            "Exit status: 0 success or yes, 1 no (findings, differences, missing keys),\n"
-            "2 wrong command line, 3 input unreadable or refused, 4 schema invalid,\n"
-            "5 change refused, 6 output not written.");
+        fParser.footer("Examples:\n"
+                       "  joboptions show office.joboptions\n"
+                       "  joboptions set office.joboptions ColorImageResolution=150\n"
+                       "  joboptions check *.joboptions\n"
+                       "\n"
+                       "Exit status: 0 success or yes, 1 no (errors, differences, missing keys),\n"
+                       "2 wrong command line, 3 input unreadable or refused, 4 schema invalid,\n"
+                       "5 change refused, 6 output not written.");
         for (auto* const make : {
                  kMakeShowCommand,
                  kMakeGetCommand,
@@ -108,7 +107,9 @@ private:
     // word.
     std::string CallError(CLI::ParseError const& error) const {
         if (!fParser.get_subcommands().empty()) {
-            return error.what();
+            // An option that help does not list has no name in the message.
+            std::string const message = error.what();
+            return message.starts_with(": ") ? message.substr(2) : message;
         }
         std::vector<std::string> const words = fParser.remaining();
         return words.empty() ? "no command is given" : "no such command: " + words.front();

@@ -1,4 +1,5 @@
 // joboptions describe: the schema's rules for settings.
+#include "format/SettingPath.h"
 #include "tools/joboptions/commands/Command.h"
 
 #include "tools/joboptions/commands/Files.h"
@@ -154,7 +155,9 @@ private:
     }
 
     void ReportMissing(std::string const& key, pdfsettings::Schema const& schema) const {
-        std::string const meant = schema.Suggest(key);
+        std::string const parent(format::ParentPath(key));
+        std::string const name = schema.Suggest(key);
+        std::string const meant = name.empty() || parent.empty() ? name : parent + "/" + name;
         WriteError(
             "the schema has no setting " + VisibleText(key) +
                 (meant.empty() ? "" : "; did you mean " + VisibleText(meant) + "?"),

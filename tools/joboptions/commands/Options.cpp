@@ -30,7 +30,8 @@ void AddUnused(CLI::App& command, char const* first, Add add) {
 void AddOptions(CLI::App& command, Options& options) {
     std::map<std::string, Color> const colors{
         {"auto", Color::kAuto}, {"always", Color::kAlways}, {"never", Color::kNever}};
-    command.add_flag("-q,--quiet", options.quiet, "Print no messages; see the exit status");
+    command.add_flag(
+        "-q,--quiet", options.quiet, "Print no messages; the exit status says the result");
     command
         .add_option_function<std::string>(
             "--color",
@@ -73,9 +74,19 @@ void AddDryRun(CLI::App& command, Options& options) {
 void AddSaving(CLI::App& command, Options& options) {
     command
         .add_option(
-            "--wait", options.wait, "Wait this long for programs that save in the same folder")
+            "--wait",
+            options.wait,
+            "Wait this long for programs that save in the same folder (default 10)")
         ->type_name("SECONDS")
-        ->check(CLI::Range(0.0, 86400.0).description(""))
+        ->check(CLI::Validator(
+            [](std::string const& text) {
+                double seconds = -1;
+                bool const isNumber = CLI::detail::lexical_cast(text, seconds);
+                return isNumber && seconds >= 0 && seconds <= 86400
+                           ? ""
+                           : "expected seconds from 0 to 86400, found " + text;
+            },
+            ""))
         ->default_str("10");
     command.add_flag(
         "--overwrite-changed",

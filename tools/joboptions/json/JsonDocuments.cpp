@@ -224,7 +224,7 @@ public:
         }
         open.fKey = key ? std::move(*key) : text;
         if (!open.fKeys.insert(open.fKey).second) {
-            RefuseInMember("the key comes twice");
+            RefuseInMember("the key occurs twice");
         }
         return true;
     }
