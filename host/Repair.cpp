@@ -4,6 +4,7 @@
 #include "format/SettingPath.h"
 #include "format/Tokens.h"
 #include "host/detail/Validation.h"
+#include "pdfsettings/Compare.h"
 
 #include <algorithm>
 #include <iterator>
@@ -18,8 +19,11 @@ namespace pdfsettings {
 
 namespace {
 
-// Each attempt reads the whole text again. This limits the time for a text with very many mistakes.
-constexpr std::size_t kMostBytesRead = std::size_t{4} << 20;
+// Each attempt reads the text again. This limits the time for a text with very many mistakes.
+constexpr std::size_t kMostBytesRead = std::size_t{1} << 20;
+
+// Longer paths are cut short in messages, so that nothing can be said about their values.
+constexpr std::size_t kLongestPath = 1000;
 
 constexpr std::string_view kMark8 = "\xEF\xBB\xBF";
 
@@ -133,51 +137,62 @@ std::optional<FoundEntry> EntryAt(Document const& document, std::size_t offset) 
     return std::nullopt;
 }
 
-std::size_t CountFindings(Document const& document, std::string_view id) {
-    return static_cast<std::size_t>(std::ranges::count_if(
-        document.Findings(), [id](Finding const& finding) { return finding.Id() == id; }));
-}
-
-// The values that an invalid token may have been meant to be.
+// The values that an invalid token may have been meant to be. A string is among them only so that
+// a name is not written where the schema accepts both: a string may go on behind a blank.
 std::vector<std::string> ReadingsOfUnknown(std::string_view token) {
+    constexpr std::string_view kWordBytes = "-._+0123456789"
+                                            "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
     std::string small(token);
     std::ranges::transform(small, small.begin(), [](char c) {
         return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
     });
-    std::vector<std::string> readings;
     if (small == "true" || small == "false") {
-        readings.push_back(small);
+        return {small};
     }
-    if (IsLetter(token.front())) {
-        readings.push_back("/" + std::string(token));
-        readings.push_back("(" + std::string(token) + ")");
+    bool const isWord = token.find_first_not_of(kWordBytes) == std::string_view::npos;
+    if (IsLetter(token.front()) && isWord && small != "null") {
+        return {"/" + std::string(token), "(" + std::string(token) + ")"};
     }
     std::string_view const number = token.substr(token.front() == '+' ? 1 : 0);
-    if (number.size() > 1 && number[0] == '.' && IsDigit(number[1])) {
-        readings.push_back("0" + std::string(number));
-    } else if (number.size() < token.size() && !number.empty() && IsDigit(number[0])) {
-        readings.push_back(std::string(number));
-    }
-    return readings;
+    std::size_t const point = std::min(number.find('.'), number.size());
+    std::string_view const whole = number.substr(0, point);
+    bool const isDecimal =
+        std::ranges::all_of(whole, IsDigit) && (whole.size() < 2 || whole.front() != '0') &&
+        std::ranges::all_of(number.substr(std::min(point + 1, number.size())), IsDigit) &&
+        number.find_first_of("0123456789") != std::string_view::npos;
+    return isDecimal ? std::vector{(whole.empty() ? "0" : "") + std::string(number)}
+                     : std::vector<std::string>();
 }
 
-// A number with a comma in place of the point. A comma before three digits may separate thousands.
+// A number with a comma in place of the point. A comma before three digits may separate thousands,
+// and a leading 0 makes a number octal.
 std::vector<std::string> ReadingsOfStuck(std::string_view token) {
-    std::size_t const comma = token.find(',');
-    if (comma == std::string_view::npos) {
-        return {};
-    }
-    std::string_view const whole = token.substr(token.front() == '-' ? 1 : 0, comma);
-    std::string_view const digits = whole.substr(0, whole.find(','));
-    std::string_view const fraction = token.substr(comma + 1);
-    bool const isNumber = !digits.empty() && std::ranges::all_of(digits, IsDigit) &&
+    std::string_view const number = token.substr(token.front() == '-' ? 1 : 0);
+    std::size_t const comma = std::min(number.find(','), number.size());
+    std::string_view const whole = number.substr(0, comma);
+    std::string_view const fraction = number.substr(std::min(comma + 1, number.size()));
+    bool const isNumber = !whole.empty() && std::ranges::all_of(whole, IsDigit) &&
                           !fraction.empty() && std::ranges::all_of(fraction, IsDigit);
-    if (!isNumber || (fraction.size() == 3 && digits != "0")) {
+    bool const isClear = whole == "0" || (fraction.size() != 3 && whole.front() != '0');
+    if (!isNumber || !isClear) {
         return {};
     }
     std::string reading(token);
-    reading[comma] = '.';
+    reading[token.find(',')] = '.';
     return {reading};
+}
+
+// Whether the text behind a finding that is not repaired is read as it looks.
+bool IsHarmless(Finding const& finding) {
+    constexpr std::string_view kHarmless[] = {
+        "bad-hex", "duplicate", "nesting", "no-number", "octal", "rounded", "stuck"};
+    return std::ranges::find(kHarmless, finding.Id()) != std::end(kHarmless);
+}
+
+Finding const* ErrorOf(Document const& document) {
+    auto const& findings = document.Findings();
+    auto const error = std::ranges::find(findings, Severity::kError, &Finding::Level);
+    return error == findings.end() ? nullptr : &*error;
 }
 
 class TextRepair {
@@ -199,13 +214,19 @@ public:
 
 private:
     void RepairEncoding() {
-        if (fDocument.Text().starts_with(kMark8)) {
+        bool const hasMark = fDocument.Text().starts_with(kMark8);
+        auto const text = hasMark ? std::optional(fDocument.Text().substr(kMark8.size()))
+                                  : FromUtf16(fDocument.Text());
+        if (!text || text->empty() || text->starts_with(kMark8) ||
+            text->find('\0') != std::string::npos) {
+            return;
+        }
+        if (hasMark) {
             Replace("encoding", {0, kMark8.size()}, "", "removed the byte order mark");
             return;
         }
-        auto const text = FromUtf16(fDocument.Text());
-        Document const converted(text.value_or(""));
-        if (text && HasAsciiValues(converted)) {
+        Document const converted(*text);
+        if (HasAsciiValues(converted)) {
             fDocument = converted;
             fOriginal = converted;
             Note("encoding", {0, 0}, "converted UTF-16 to UTF-8");
@@ -214,21 +235,30 @@ private:
 
     // UTF-16 does not determine which bytes a non-ASCII character in a value should become.
     static bool HasAsciiValues(Document const& document) {
-        return IsAscii(document.Text()) ||
-               (document.WhyRefused() == Refusal::kNone && IsAscii(document.Tail()) &&
-                std::ranges::all_of(document.Entries(), [&](DocumentEntry const& entry) {
-                    return IsAscii(BytesOf(document, entry.key)) &&
-                           IsAscii(BytesOf(document, entry.value));
-                }));
+        if (IsAscii(document.Text())) {
+            return true;
+        }
+        auto const entries = document.Entries();
+        for (std::size_t i = 0; i < entries.size(); ++i) {
+            bool const isCollection = entries[i].next > i + 1; // its entries are tested themselves
+            if (!IsAscii(BytesOf(document, entries[i].key)) ||
+                (!isCollection && !IsAscii(BytesOf(document, entries[i].value)))) {
+                return false;
+            }
+        }
+        return document.WhyRefused() == Refusal::kNone && IsAscii(document.Tail());
     }
 
-    // Repairs the first finding at from or later that can be repaired. Returns the offset after the
-    // repair.
+    // Repairs the first finding at or after from that can be repaired, and returns the offset after
+    // the new text. Stops where the scanner may be out of sync with what was meant.
     std::optional<std::size_t> RepairNext(std::size_t from) {
         Findings const findings = fDocument.Findings();
         for (Finding const& finding : findings) {
-            auto const next = finding.Bytes()->begin < from ? std::nullopt : RepairFinding(finding);
-            if (next) {
+            if (finding.Bytes()->begin < from) {
+                continue;
+            }
+            auto const next = RepairFinding(finding);
+            if (next || !IsHarmless(finding)) {
                 return next;
             }
         }
@@ -252,17 +282,18 @@ private:
         return std::nullopt;
     }
 
-    // If exactly one of readings is accepted, writes it in place of span. Returns the offset after
-    // it.
+    // Replaces span with the reading that is accepted, if it is the only one and not a string, and
+    // returns the offset after it.
     std::optional<std::size_t>
     UseOnly(std::vector<std::string> const& readings, Finding const& finding, Span span) {
         std::vector<std::string> accepted;
         std::ranges::copy_if(
             readings, std::back_inserter(accepted), [&](std::string const& reading) {
+                auto const changed = Replaced(span, reading);
                 Span const written{span.begin, span.begin + reading.size()};
-                return IsAccepted(Replaced(span, reading), written, finding);
+                return changed && IsAccepted(*changed, written, finding);
             });
-        if (accepted.size() != 1) {
+        if (accepted.size() != 1 || accepted[0].starts_with('(')) {
             return std::nullopt;
         }
         std::string const found(BytesOf(fDocument, span));
@@ -270,25 +301,22 @@ private:
         return span.begin + accepted[0].size();
     }
 
-    // Whether the schema accepts the new value in changed, and there is no finding about it.
-    bool
-    IsAccepted(std::optional<Document> const& changed, Span written, Finding const& finding) const {
-        auto const found = changed ? EntryAt(*changed, written.begin) : std::nullopt;
-        std::string const path = found ? found->fPath.Path() : "";
-        if (!found || !HasRule(path, found->fEntry) ||
-            (IsElement(found->fEntry) && finding.Id() == "stuck") ||
-            CountFindings(*changed, "duplicate") > CountFindings(fDocument, "duplicate")) {
+    // Whether the schema accepts what was written, and nothing else of the text changes.
+    bool IsAccepted(Document const& changed, Span written, Finding const& finding) const {
+        auto const found = EntryAt(changed, written.begin);
+        if (!found || (IsElement(found->fEntry) && finding.Id() == "stuck")) {
             return false;
         }
-        std::size_t const end = std::max(found->fEntry.value.end, written.end);
-        Document const part(changed->Text().substr(0, end) + found->fPath.Closers());
-        auto const isInIt = [&](Finding const& other) {
-            return other.Bytes()->begin >= written.begin;
-        };
-        auto const isAboutIt = [&](Finding const& other) { return other.Path() == path; };
-        return part.WhyRefused() == Refusal::kNone &&
-               std::ranges::none_of(part.Findings(), isInIt) &&
-               std::ranges::none_of(detail::Validate(part, fSchema), isAboutIt);
+        std::string const path = found->fPath.Path();
+        return IsPlain(path) && HasRule(path, found->fEntry) &&
+               IsClean(changed, written, found->fEntry) && KeepsOthers(changed, path, finding) &&
+               IsValid(changed, *found, path);
+    }
+
+    // Whether messages name a path as it is.
+    static bool IsPlain(std::string_view path) {
+        return path.size() <= kLongestPath &&
+               std::ranges::all_of(path, [](char c) { return c > ' ' && c <= '~'; });
     }
 
     bool HasRule(std::string_view path, DocumentEntry const& entry) const {
@@ -296,76 +324,97 @@ private:
                (IsElement(entry) && fSchema.Find(format::ParentPath(path)) != nullptr);
     }
 
-    // Completes a text that ends after complete settings: adds the end, or the missing part of it.
-    void RepairEnd() {
-        bool const isBalanced = CountFindings(fDocument, "keyword") > 0;
-        if (!isBalanced && CountFindings(fDocument, "unclosed") == 0) {
-            return;
-        }
-        std::size_t const end = WithoutBlanksBehind(fDocument.Text()).size();
-        std::size_t const size = fDocument.Text().size();
-        for (std::string const& missing : MissingEnds()) {
-            auto const changed = Replaced({end, size}, missing);
-            bool const isRead = changed && changed->WhyRefused() == Refusal::kNone;
-            if (isRead && (isBalanced || IsLastNestedForSure(*changed))) {
-                std::string_view const added = WithoutBlanksBehind(missing);
-                std::string const text(added.substr(added.find_first_not_of(" \r\n")));
-                char const* const id = isBalanced ? "keyword" : "unclosed";
-                Replace(id, {end, size}, missing, "added " + text + " at the end");
-                return;
-            }
-        }
-    }
-
-    // The ends that may be missing after the last byte that is not a blank. The last entry may be
-    // cut short if nothing terminates it.
-    std::vector<std::string> MissingEnds() const {
-        std::string_view const text = fDocument.Text();
-        std::string_view const cut = WithoutBlanksBehind(text);
-        std::string const lineEnd = text.find("\r\n") == std::string_view::npos ? "\n" : "\r\n";
-        std::string const keyword(format::kKeyword);
-        std::vector<std::string> ends;
-        bool const isWhole = cut.size() < text.size() || cut.ends_with('>') || cut.ends_with(')') ||
-                             cut.ends_with(']');
-        if (isWhole) {
-            ends.push_back(lineEnd + ">> " + keyword + lineEnd);
-        }
-        if (cut.ends_with(">>")) {
-            ends.push_back(" " + keyword + lineEnd);
-        } else if (cut.ends_with('>')) {
-            ends.push_back("> " + keyword + lineEnd);
-        }
-        std::size_t const word = cut.find_last_of("> \r\n") + 1;
-        if (word < cut.size() && keyword.starts_with(cut.substr(word))) {
-            ends.push_back(keyword.substr(cut.size() - word) + lineEnd);
-        }
-        return ends;
-    }
-
-    // Whether the entries nested in the last setting certainly belong to it, and not to the top
-    // level.
-    bool IsLastNestedForSure(Document const& document) const {
-        auto const entries = document.Entries();
-        auto const last = std::find_if(
-            entries.rbegin(), entries.rend(), [](auto const& entry) { return entry.depth == 0; });
-        auto const setting =
-            static_cast<std::size_t>(last == entries.rend() ? 0 : entries.rend() - last - 1);
-        EntryPath path(document);
-        return std::ranges::all_of(entries.subspan(setting), [&](DocumentEntry const& entry) {
-            path.Enter(entry);
-            bool const isNestedKey = entry.depth > 0 && !IsElement(entry);
-            return !isNestedKey ||
-                   (!fSchema.IsUnknown(path.Path()) && fSchema.IsUnknown(document.KeyOf(entry)));
+    // Whether there is no finding in the entry and in its line behind it, and no error before.
+    static bool IsClean(Document const& changed, Span written, DocumentEntry const& entry) {
+        std::string_view const text = changed.Text();
+        std::size_t const end = std::max(entry.value.end, written.end);
+        std::size_t const next =
+            IsElement(entry) ? end : std::min(text.find_first_of("/>\r\n", end), text.size());
+        return std::ranges::none_of(changed.Findings(), [&](Finding const& other) {
+            std::size_t const begin = other.Bytes()->begin;
+            bool const isIn = begin >= written.begin && begin < next;
+            return isIn || (begin < written.begin && other.Level() == Severity::kError);
         });
     }
 
-    // The document with text in place of span; nothing if too much has been read already.
+    // Whether all other settings are read as before, as far as they were read at all.
+    bool
+    KeepsOthers(Document const& changed, std::string const& path, Finding const& finding) const {
+        if (finding.Id() == "stray" && fDocument.Find(path) != nullptr) {
+            return false;
+        }
+        if (fDocument.WhyRefused() != Refusal::kNone) {
+            return true;
+        }
+        return changed.WhyRefused() == Refusal::kNone &&
+               std::ranges::all_of(Compare(fDocument, changed), [&](Difference const& difference) {
+                   return IsIn(difference.path, path);
+               });
+    }
+
+    static bool IsIn(std::string_view path, std::string_view parent) {
+        return path == parent ||
+               (path.starts_with(parent) && path.substr(parent.size()).starts_with('/'));
+    }
+
+    // Whether the schema accepts the entry. Nothing behind it counts, which may not be readable.
+    bool IsValid(Document const& changed, FoundEntry const& found, std::string const& path) const {
+        Document const part(
+            changed.Text().substr(0, found.fEntry.value.end) + found.fPath.Closers());
+        return part.WhyRefused() == Refusal::kNone &&
+               std::ranges::none_of(detail::Validate(part, fSchema), [&](Finding const& other) {
+                   return IsIn(other.Path(), path);
+               });
+    }
+
+    // The keyword behind the settings, or a part of it and of the ">>" before it, is missing at the
+    // end of the text. Where there is no ">", settings may be missing too.
+    void RepairEnd() {
+        Finding const* const error = ErrorOf(fDocument);
+        std::string const& text = fDocument.Text();
+        std::size_t const end = WithoutBlanksBehind(text).size();
+        if (error == nullptr || (error->Id() != "keyword" && error->Id() != "unclosed")) {
+            return;
+        }
+        std::string const missing = MissingEnd(std::string_view(text).substr(0, end));
+        bool const isEnded = text.find_first_of("\r\n", end) != std::string::npos;
+        std::string const added = missing + (isEnded ? "" : LineEnd());
+        auto const changed = missing.empty() ? std::nullopt : Replaced({end, end}, added);
+        if (changed && changed->WhyRefused() == Refusal::kNone &&
+            changed->Findings().size() < fDocument.Findings().size()) {
+            std::string const shown = missing.substr(missing.find_first_not_of(' '));
+            Replace(error->Id().c_str(), {end, end}, added, "added " + shown + " at the end");
+        }
+    }
+
+    static std::string MissingEnd(std::string_view text) {
+        std::string const keyword(format::kKeyword);
+        std::size_t const word = text.find_last_of("> \t\r\n") + 1;
+        if (text.ends_with('>')) {
+            return (text.ends_with(">>") ? " " : "> ") + keyword;
+        }
+        return word < text.size() && keyword.starts_with(text.substr(word))
+                   ? keyword.substr(text.size() - word)
+                   : "";
+    }
+
+    // The form of line ends that the text has.
+    std::string LineEnd() const {
+        std::string const& text = fDocument.Text();
+        std::size_t const first = std::min(text.find_first_of("\r\n"), text.size());
+        std::string const end = text.substr(first, 2);
+        return end == "\r\n" ? end : end.starts_with('\r') ? "\r" : "\n";
+    }
+
+    // The document with text in place of span; nothing after too many attempts.
     std::optional<Document> Replaced(Span span, std::string_view text) {
+        if (fRead > kMostBytesRead) {
+            return std::nullopt;
+        }
         std::string changed = fDocument.Text();
         changed.replace(span.begin, span.Size(), text);
-        bool const isEnough = fRead > kMostBytesRead;
         fRead += changed.size();
-        return isEnough ? std::nullopt : std::optional(Document(std::move(changed)));
+        return Document(std::move(changed));
     }
 
     void Replace(char const* id, Span span, std::string const& text, std::string message) {
@@ -377,7 +426,7 @@ private:
         fAdded += text.size();
     }
 
-    // All earlier repairs are before span.
+    // REQUIRES: all earlier changes are to the left of span.
     void Note(char const* id, Span span, std::string message) {
         Span const before{span.begin + fRemoved - fAdded, span.end + fRemoved - fAdded};
         fRepairs.push_back(
@@ -388,8 +437,8 @@ private:
     Document fDocument;
     Schema const& fSchema;
     std::size_t fRead = 0;
-    std::size_t fRemoved = 0; // bytes removed so far, and bytes written in their place
-    std::size_t fAdded = 0;
+    std::size_t fRemoved = 0; // bytes that were replaced
+    std::size_t fAdded = 0;   // bytes that replaced them
     std::vector<Finding> fRepairs;
 };
 

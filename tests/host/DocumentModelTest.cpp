@@ -36,7 +36,8 @@ std::vector<Sample> const& Samples() {
         {"010", 8.0, "octal: the leading 0 makes 010 octal, and it is read as 8: write 10"},
         {"(a(b)c)",
          RawString{"a(b"},
-         "nested-brackets: parentheses do not nest, and the string ends at the first ): write \\( and "
+         "nested-brackets: parentheses do not nest, and the string ends at the first ): write \\( "
+         "and "
          "\\) inside",
          true},
         {"(a\\\\\\)",

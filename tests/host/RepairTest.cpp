@@ -59,19 +59,16 @@ TEST_F(RepairTest, WhatHasOneMeaningIsWrittenAndReported) {
               Settled("/NeverEmbed [ /Arial /Courier ] /CannotEmbedFontPolicy /Warning"),
               "1:25 wrote /Courier for Courier [unknown-value]\n"
               "1:58 wrote /Warning for Warning [unknown-value]\n"},
-             {Settled("EmbedAllFonts true ImageMemory 10 /Optimize true"),
-              Settled("/EmbedAllFonts true /ImageMemory 10 /Optimize true"),
+             {Settled("EmbedAllFonts true\nImageMemory 10\n/Optimize true"),
+              Settled("/EmbedAllFonts true\n/ImageMemory 10\n/Optimize true"),
               "1:4 wrote /EmbedAllFonts for EmbedAllFonts [stray]\n"
-              "1:23 wrote /ImageMemory for ImageMemory [stray]\n"},
+              "2:1 wrote /ImageMemory for ImageMemory [stray]\n"},
              {Settled("/CompatibilityLevel 1,5 /ColorImageDict << /QFactor 0,125 >>"),
               Settled("/CompatibilityLevel 1.5 /ColorImageDict << /QFactor 0.125 >>"),
               "1:24 wrote 1.5 for 1,5 [stuck]\n1:56 wrote 0.125 for 0,125 [stuck]\n"},
              {Settled("/ColorImageDict << /QFactor .5 >> /ImageMemory +7"),
               Settled("/ColorImageDict << /QFactor 0.5 >> /ImageMemory 7"),
               "1:32 wrote 0.5 for .5 [unknown-value]\n1:51 wrote 7 for +7 [unknown-value]\n"},
-             {"<< /Optimize true\n",
-              "<< /Optimize true\n>> setalembicorparams\n",
-              "1:18 added >> setalembicorparams at the end [unclosed]\n"},
              {"<< /A (x)\r\n/D << /E 1 >> >>\r\n",
               "<< /A (x)\r\n/D << /E 1 >> >> setalembicorparams\r\n",
               "2:17 added setalembicorparams at the end [keyword]\n"},
@@ -81,15 +78,15 @@ TEST_F(RepairTest, WhatHasOneMeaningIsWrittenAndReported) {
              {"<< /A (x) >> setalembic",
               "<< /A (x) >> setalembicorparams\n",
               "1:24 added orparams at the end [keyword]\n"},
-             {"<< /A <FEFF>",
-              "<< /A <FEFF>\n>> setalembicorparams\n",
-              "1:13 added >> setalembicorparams at the end [unclosed]\n"},
-             {"<< /A [ (x) ]",
-              "<< /A [ (x) ]\n>> setalembicorparams\n",
-              "1:14 added >> setalembicorparams at the end [unclosed]\n"},
-             {"<< /ColorImageDict << /QFactor 1 >>",
-              "<< /ColorImageDict << /QFactor 1 >>\n>> setalembicorparams\n",
-              "1:36 added >> setalembicorparams at the end [unclosed]\n"},
+             {"<< /A (x)\r\n>>",
+              "<< /A (x)\r\n>> setalembicorparams\r\n",
+              "2:3 added setalembicorparams at the end [keyword]\n"},
+             {"<< /D << /E 1 >> >>\tset\r",
+              "<< /D << /E 1 >> >>\tsetalembicorparams\r",
+              "1:24 added alembicorparams at the end [keyword]\n"},
+             {Settled("/EmbedAllFonts TRUE /A 1 /A 2"),
+              Settled("/EmbedAllFonts true /A 1 /A 2"),
+              "1:19 wrote true for TRUE [unknown-value]\n"},
          }) {
         auto const repaired = Repair(Document(before));
         EXPECT_EQ(repaired.document.Text(), after) << before;
@@ -111,6 +108,28 @@ TEST_F(RepairTest, WhatMayMeanSomethingElseStays) {
           Settled("EmbedAllFonts 7 /Optimize true"),
           Settled("EmbedAllFonts true /EmbedAllFonts false"),
           Settled("/Optimize true Unknown 1 /A 1"),
+          Settled("/A 1 x % /EmbedAllFonts TRUE\n/B 2"),
+          Settled("/Description (Uses (all) EmbedAllFonts true /x) /B 2"),
+          Settled("/A 1 NeverEmbed [ 7 ] /C 2"),
+          Settled("/A 1 NeverEmbed [ /B 2 ] /C 3"),
+          Settled("/A 1 ColorImageDict << /QFactor 99 /Blend 1 >> /C 3"),
+          Settled("/CalRGBProfile sRGB IEC61966-2.1"),
+          Settled("/PSPageOptions [ Foo ]"),
+          Settled("/NeverEmbed [ Arial, ]"),
+          Settled("/NeverEmbed [ null ]"),
+          Settled("/Optimize TRUE false /B 1"),
+          Settled("/UserUnit 010,5 /EndPage +010"),
+          Settled("/A 1 junk") +
+              "<< /B 1 EmbedAllFonts true /ImageMemory 1,0 /C 2 >> setpagedevice",
+          std::string(
+              "<< /NeverEmbed [ /Arial\n/CannotEmbedFontPolicy Warning\n>> setalembicorparams"),
+          std::string("<< /A << /B 1 >> setalembicorparams\n<< /C [ 600 600 ] >> set"),
+          std::string("\xEF\xBB\xBF\0<<", 6),
+          std::string("\xFF\xFE\0\0<\0\0\0", 8),
+          "\xEF\xBB\xBF\xEF\xBB\xBF" + Settled("/A 1"),
+          std::string("<< /A <FEFF>"),
+          std::string("<< /A [ (x) ]\n"),
+          std::string("<< /ColorImageDict << /QFactor 1 >>\n"),
           std::string("<< /Optimize true"),
           std::string("<< /ImageMemory 10"),
           std::string("<< /ColorImageDict << /QFactor 1 /Optimize true >>\n"),
@@ -129,10 +148,14 @@ TEST_F(RepairTest, WhatMayMeanSomethingElseStays) {
 
 TEST_F(RepairTest, ASchemaThatAllowsTwoReadingsDecidesNothing) {
     Schema const schema = Schema::Parse(
-        "< PDFSettings < optional < A any L array B boolean N < type array of number > > > >");
-    auto const repaired =
-        Repair(Document(Settled("/N [ 1,5 2 ] /A TRUE /L [ Word ] /B TRUE")), schema);
-    EXPECT_EQ(Reported(repaired), "");
+        "< PDFSettings < optional < A any L array B boolean N < type array of number > "
+        "(\\001) integer M name > > >");
+    for (char const* const text : {"/N [ 1,5 2 ]", "/A Word", "/L [ Word ]"}) {
+        EXPECT_EQ(Reported(Repair(Document(Settled(text)), schema)), "") << text;
+    }
+    // Another entry would be lost, or the message of the schema would name another path.
+    EXPECT_EQ(Reported(Repair(Document(Settled("/B 1 M /B true")), schema)), "");
+    EXPECT_EQ(Reported(Repair(Document(Settled("/\001 1,5")), schema)), "");
     EXPECT_EQ(
         Reported(Repair(Document(Settled("/B TRUE")), schema)),
         "1:7 wrote true for TRUE [unknown-value]\n");
@@ -145,9 +168,9 @@ TEST_F(RepairTest, AFileOfNothingButMistakesIsRepairedInSeveralCalls) {
         words += " x";
     }
     auto const first = Repair(Document(Settled("/NeverEmbed [" + words + " ]")));
-    EXPECT_GT(first.repairs.size(), 100U);
+    EXPECT_GT(first.repairs.size(), 10U);
     EXPECT_LT(first.repairs.size(), kWords);
-    EXPECT_GT(Repair(first.document).repairs.size(), 100U);
+    EXPECT_GT(Repair(first.document).repairs.size(), 10U);
 }
 
 TEST_F(RepairTest, TextInUtf16IsConvertedWhereItsValuesAreAscii) {
