@@ -28,6 +28,10 @@ install(TARGETS BIBRuntime PDFSettingsHost
         COMPONENT runtime
         NAMELINK_COMPONENT development)
 install(TARGETS PDFSettingsPublic EXPORT PDFSettingsTargets)
+install(TARGETS BIBConformance bib-conformance
+    EXPORT PDFSettingsTargets
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development
+    RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT development)
 install(TARGETS PDFSettings
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/${PDFSETTINGS_MODULE_FOLDER}
         COMPONENT runtime)
@@ -38,6 +42,9 @@ install(DIRECTORY public/include/api
     COMPONENT development
     PATTERN UnicodeEncoding.h EXCLUDE
     PATTERN SettingsPlaces.h EXCLUDE)
+install(DIRECTORY conformance/include/bib
+    DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/pdfsettings/tables
+    COMPONENT development)
 install(DIRECTORY host/include/pdfsettings document/include/pdfsettings
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
     COMPONENT development)

@@ -18,13 +18,14 @@ void ThrowFromPurge() {
 }
 
 void RemoveItself() {
-    support::LoadTable<_t_BIBCacheInterface>(&BIBRuntimeLookup).RemoveClientPurge(&RemoveItself, 0);
+    conformance::LoadTable<_t_BIBCacheInterface>(&BIBRuntimeLookup)
+        .RemoveClientPurge(&RemoveItself, 0);
     CountPurge();
 }
 
 // Not called again by the purge that runs.
 void AddItselfAgain() {
-    auto const cache = support::LoadTable<_t_BIBCacheInterface>(&BIBRuntimeLookup);
+    auto const cache = conformance::LoadTable<_t_BIBCacheInterface>(&BIBRuntimeLookup);
     cache.RemoveClientPurge(&AddItselfAgain, 0);
     if (++gClientPurges < 100) {
         cache.AddClientPurge(&AddItselfAgain, 0);

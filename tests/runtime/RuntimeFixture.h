@@ -3,8 +3,8 @@
 #pragma once
 
 #include "api/BIBRuntime.h"
+#include "conformance/Tables.h"
 #include "runtime/objects/Diagnostics.h"
-#include "tests/support/RuntimeTables.h"
 
 #include <gtest/gtest.h>
 #include <string>
@@ -15,7 +15,7 @@ namespace runtimetest {
 // The table, as the lookup gave it when it was first asked for.
 template <class Table>
 Table const& Rows() {
-    static Table const kTable = support::LoadTable<Table>(&BIBRuntimeLookup);
+    static Table const kTable = conformance::LoadTable<Table>(&BIBRuntimeLookup);
     return kTable;
 }
 
@@ -117,11 +117,11 @@ inline BIBPositionableStream* NewMemoryStream() {
 // The methods of a stream of the third level.
 struct StreamMethods {
     explicit StreamMethods(BIBPositionableStream* stream)
-        : fSimple(support::LoadMethods<_t_BIBSimpleStreamInterface>(&BIBRuntimeLookup, stream)),
+        : fSimple(conformance::LoadMethods<_t_BIBSimpleStreamInterface>(&BIBRuntimeLookup, stream)),
           fRewindable(
-              support::LoadMethods<_t_BIBRewindableStreamInterface>(&BIBRuntimeLookup, stream)),
-          fPositionable(
-              support::LoadMethods<_t_BIBPositionableStreamInterface>(&BIBRuntimeLookup, stream)),
+              conformance::LoadMethods<_t_BIBRewindableStreamInterface>(&BIBRuntimeLookup, stream)),
+          fPositionable(conformance::LoadMethods<_t_BIBPositionableStreamInterface>(
+              &BIBRuntimeLookup, stream)),
           fStream(stream) {}
 
     std::string Write(std::string const& text) const {

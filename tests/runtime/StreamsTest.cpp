@@ -283,13 +283,13 @@ TEST_F(StreamsTest, ClientLevelsServeTheirMethodsAndMissingProceduresAreErrors) 
     Held const heldSimple(simple);
     Held const heldRewindable(rewindable);
     StreamMethods const first(As<BIBPositionableStream>(simple));
-    EXPECT_EQ(support::MissingRows(first.fSimple), 0U);
-    EXPECT_EQ(support::MissingRows(first.fRewindable), 2U);
+    EXPECT_EQ(conformance::MissingRows(first.fSimple), 0U);
+    EXPECT_EQ(conformance::MissingRows(first.fRewindable), 2U);
     EXPECT_EQ(first.Read(1), "the stream cannot be read");
     EXPECT_EQ(first.Write("x"), "the stream cannot be written");
     StreamMethods const second(As<BIBPositionableStream>(rewindable));
-    EXPECT_EQ(support::MissingRows(second.fRewindable), 0U);
-    EXPECT_EQ(support::MissingRows(second.fPositionable), 3U);
+    EXPECT_EQ(conformance::MissingRows(second.fRewindable), 0U);
+    EXPECT_EQ(conformance::MissingRows(second.fPositionable), 3U);
     EXPECT_EQ(TakeMessage(second.fRewindable.Rewind(rewindable)), "the stream cannot be rewound");
     BIBRewindableStream* other = rewindable;
     EXPECT_EQ(
@@ -339,9 +339,10 @@ TEST_F(StreamsTest, StreamsOnASourceServeItsBlocks) {
     Held const stream(NewOnBuffer("0123456789"));
     BIBPositionableStream* const self = stream;
     auto const blocks =
-        support::LoadMethods<_t_BIBDataBlockStreamInterface>(&BIBRuntimeLookup, self);
-    auto const sized = support::LoadMethods<_t_BIBSizedDataStoreInterface>(&BIBRuntimeLookup, self);
-    auto const store = support::LoadMethods<_t_BIBDataStoreInterface>(&BIBRuntimeLookup, self);
+        conformance::LoadMethods<_t_BIBDataBlockStreamInterface>(&BIBRuntimeLookup, self);
+    auto const sized =
+        conformance::LoadMethods<_t_BIBSizedDataStoreInterface>(&BIBRuntimeLookup, self);
+    auto const store = conformance::LoadMethods<_t_BIBDataStoreInterface>(&BIBRuntimeLookup, self);
     unsigned char const* block = nullptr;
     unsigned long size = 0;
     EXPECT_EQ(TakeMessage(blocks.GetNextBlock(As<BIBDataBlockStream>(self), &block, &size)), "");

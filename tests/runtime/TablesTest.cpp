@@ -9,14 +9,15 @@ class TablesTest : public RuntimeTest {};
 
 template <class... Tables>
 void ExpectBoundWhole() {
-    auto const missing = {support::MissingRows(support::LoadTable<Tables>(&BIBRuntimeLookup))...};
+    auto const missing = {
+        conformance::MissingRows(conformance::LoadTable<Tables>(&BIBRuntimeLookup))...};
     EXPECT_EQ(std::vector<std::size_t>(missing), std::vector<std::size_t>(sizeof...(Tables), 0));
 }
 
 template <class... Tables>
 void ExpectServedWhole(BIBPositionableStream* stream) {
     auto const missing = {
-        support::MissingRows(support::LoadMethods<Tables>(&BIBRuntimeLookup, stream))...};
+        conformance::MissingRows(conformance::LoadMethods<Tables>(&BIBRuntimeLookup, stream))...};
     EXPECT_EQ(std::vector<std::size_t>(missing), std::vector<std::size_t>(sizeof...(Tables), 0));
 }
 
@@ -63,8 +64,8 @@ TEST_F(TablesTest, EveryKindOfValueHasCloneAndIsEqual) {
     for (POSObject* const value : values) {
         Held const held(value);
         auto const methods =
-            support::LoadMethods<_t_POSObjectVirtualInterface>(&BIBRuntimeLookup, value);
-        EXPECT_EQ(support::MissingRows(methods), 0U);
+            conformance::LoadMethods<_t_POSObjectVirtualInterface>(&BIBRuntimeLookup, value);
+        EXPECT_EQ(conformance::MissingRows(methods), 0U);
     }
 }
 

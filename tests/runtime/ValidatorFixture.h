@@ -62,7 +62,7 @@ public:
     explicit Validator(POSDict* schema)
         : fSelf(Rows<_t_POSStructValidatorInterface>().NewPOSStructValidator(schema)) {
         if (fSelf) {
-            fMethods = support::LoadMethods<_t_POSValidatorVirtualInterface>(
+            fMethods = conformance::LoadMethods<_t_POSValidatorVirtualInterface>(
                 &BIBRuntimeLookup, static_cast<POSValidator*>(fSelf));
         }
     }

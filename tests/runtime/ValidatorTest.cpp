@@ -239,7 +239,7 @@ TEST_F(ValidatorTest, IsAliveUntilTheEnd) {
     gValidator = Rows<_t_POSStructValidatorInterface>().NewPOSStructValidator(schema);
     Containers().AddRef(As<BIBContainer>(gValidator));
     auto const methods =
-        support::LoadMethods<_t_POSValidatorVirtualInterface>(&BIBRuntimeLookup, gValidator);
+        conformance::LoadMethods<_t_POSValidatorVirtualInterface>(&BIBRuntimeLookup, gValidator);
     EXPECT_EQ(methods.Validate(gValidator, settings, Atom("S"), &DropValidator), 0);
     EXPECT_EQ(
         Messages::Take(),

@@ -1,11 +1,14 @@
 // The in-process runtime, on which the operations that can fail do so on demand.
 #pragma once
 
+#include "conformance/Tables.h"
 #include "runtime/objects/FailurePoint.h"
 #include "tests/support/LookupDouble.h"
-#include "tests/support/RuntimeTables.h"
 
 namespace support {
+
+using conformance::LoadTable;
+using conformance::TableNames;
 
 // Found through LookupDouble::Lookup while one lives. Containers cannot be made, or have no method
 // or instance of that name; streams cannot be made.

@@ -2,9 +2,12 @@
 #pragma once
 
 #include "api/BIBRuntime.h"
-#include "tests/support/RuntimeTables.h"
+#include "conformance/Tables.h"
 
 namespace support {
+
+using conformance::LoadMethods;
+using conformance::LoadTable;
 
 struct HostTables {
     _t_BIBContainerInterface fContainer = Load<_t_BIBContainerInterface>();

@@ -11,8 +11,8 @@
 #include "bib/LazyTerminate.h"
 #include "bib/POSCollections.h"
 #include "bib/POSScalars.h"
+#include "conformance/Tables.h"
 #include "tests/support/BoundClient.h"
-#include "tests/support/RuntimeTables.h"
 
 namespace BIB_T_NMT {
 
@@ -35,7 +35,7 @@ TEST(BIBClientUnbound, RefusesNullAndStopsHarmlessly) {
 // Of the runtime's own errors, the start needs the unknown one alone.
 TEST_F(BIBClient, StartsWithoutAMemoryError) {
     static BRVErrorID missing = kBRVMemoryError;
-    static auto const kErrors = support::LoadTable<_t_BIBErrorInterface>(&BIBRuntimeLookup);
+    static auto const kErrors = conformance::LoadTable<_t_BIBErrorInterface>(&BIBRuntimeLookup);
     fLookup.Replace(
         "BIBErrorInterface.GetCoreError", +[](BRVErrorID id) -> BIBError* {
             return id == missing ? nullptr : kErrors.GetCoreError(id);

@@ -88,7 +88,7 @@ TEST_F(ListBuilder, BearsARecordWithoutANameAloneOnly) {
 // What the runtime answers to Append means nothing; a name is taken when its record is in the list.
 TEST_F(ListBuilder, GoesByTheListAndNotByTheAnswer) {
     enum class Outcome { kThrown, kLost, kIn };
-    static auto const kTables = support::LoadTable<_t_POSArrayInterface>(&BIBRuntimeLookup);
+    static auto const kTables = conformance::LoadTable<_t_POSArrayInterface>(&BIBRuntimeLookup);
     static auto outcome = Outcome::kThrown;
     fLookup.Replace(
         "POSArrayInterface.Append", +[](POSArray* list, POSObject* value) -> long {

@@ -2,10 +2,10 @@
 
 #include "api/BIBRuntime.h"
 #include "bib/POSCollections.h"
+#include "conformance/Tables.h"
 #include "source/PDFSettingsError.h"
 #include "source/PDFSettingsObject.h"
 #include "tests/support/BoundClient.h"
-#include "tests/support/RuntimeTables.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/unit/FileServiceDouble.h"
 
@@ -71,7 +71,7 @@ TEST_F(WholeFile, HasNoNameThatBeginsWithAMark) {
 
 TEST_F(WholeFile, BindsSettingsAsFarAsTheWritingWent) {
     PDFSettingsImpl::PDFSettingsObject settings((BIB_T_NMT::CPOSDict()), "");
-    auto const errors = support::LoadTable<_t_BIBErrorInterface>(&BIBRuntimeLookup);
+    auto const errors = conformance::LoadTable<_t_BIBErrorInterface>(&BIBRuntimeLookup);
     auto const write = [&](std::string const& name, unsigned long failing) {
         fService.FailCall(failing);
         BIB_T_NMT::CBIBError const error = settings.Write(PathOf(name));

@@ -1,7 +1,7 @@
 // Typed access to the tables of a runtime, filled through its lookup or by a container's signature.
 //
-//     auto const dict = support::LoadTable<_t_POSDictInterface>(&BIBRuntimeLookup);
-//     auto const methods = support::LoadMethods<_t_BIBSimpleStreamInterface>(lookup, stream);
+//     auto const dict = conformance::LoadTable<_t_POSDictInterface>(&BIBRuntimeLookup);
+//     auto const methods = conformance::LoadMethods<_t_BIBSimpleStreamInterface>(lookup, stream);
 //
 // A row that cannot be found is null in the structure; MissingRows counts them.
 #pragma once
@@ -23,7 +23,7 @@
 #include <cstddef>
 #include <cstring>
 
-namespace support {
+namespace conformance {
 
 struct RowName {
     char const* fName;
@@ -35,7 +35,7 @@ template <class Table>
 struct TableNames;
 
 // clang-format off
-#define SUPPORT_TABLE(NAME, ROWS)                                    \
+#define CONFORMANCE_TABLE(NAME, ROWS)                                    \
     template <>                                                      \
     struct TableNames<_t_##NAME> {                                   \
         static constexpr char const* kInterface = #NAME;             \
@@ -43,30 +43,30 @@ struct TableNames;
     };
 // clang-format on
 
-SUPPORT_TABLE(BIBContainerInterface, BIB_CONTAINER_INTERFACE_ROWS)
-SUPPORT_TABLE(BIBErrorInterface, BIB_ERROR_INTERFACE_ROWS)
-SUPPORT_TABLE(BIBStringInterface, BIB_STRING_INTERFACE_ROWS)
-SUPPORT_TABLE(BIBMemoryInterface, BIB_MEMORY_INTERFACE_ROWS)
-SUPPORT_TABLE(BIBSharedBuffInterface, BIB_SHARED_BUFF_INTERFACE_ROWS)
-SUPPORT_TABLE(BIBCacheInterface, BIB_CACHE_INTERFACE_ROWS)
-SUPPORT_TABLE(BIBStreamFactoryInterface, BIB_STREAM_FACTORY_INTERFACE_ROWS)
-SUPPORT_TABLE(BIBSimpleStreamInterface, BIB_SIMPLE_STREAM_INTERFACE_ROWS)
-SUPPORT_TABLE(BIBRewindableStreamInterface, BIB_REWINDABLE_STREAM_INTERFACE_ROWS)
-SUPPORT_TABLE(BIBPositionableStreamInterface, BIB_POSITIONABLE_STREAM_INTERFACE_ROWS)
-SUPPORT_TABLE(BIBDataBlockStreamInterface, BIB_DATA_BLOCK_STREAM_INTERFACE_ROWS)
-SUPPORT_TABLE(BIBSizedDataStoreInterface, BIB_SIZED_DATA_STORE_INTERFACE_ROWS)
-SUPPORT_TABLE(BIBDataStoreInterface, BIB_DATA_STORE_INTERFACE_ROWS)
-SUPPORT_TABLE(POSObjectVirtualInterface, POS_OBJECT_VIRTUAL_INTERFACE_ROWS)
-SUPPORT_TABLE(POSObjectStatics, POS_OBJECT_STATICS_ROWS)
-SUPPORT_TABLE(POSNumberInterface, POS_NUMBER_INTERFACE_ROWS)
-SUPPORT_TABLE(POSStringInterface, POS_STRING_INTERFACE_ROWS)
-SUPPORT_TABLE(POSUnicodeStringInterface, POS_UNICODE_STRING_INTERFACE_ROWS)
-SUPPORT_TABLE(POSBinDataInterface, POS_BIN_DATA_INTERFACE_ROWS)
-SUPPORT_TABLE(POSArrayInterface, POS_ARRAY_INTERFACE_ROWS)
-SUPPORT_TABLE(POSDictInterface, POS_DICT_INTERFACE_ROWS)
-SUPPORT_TABLE(POSDictIteratorInterface, POS_DICT_ITERATOR_INTERFACE_ROWS)
-SUPPORT_TABLE(POSValidatorVirtualInterface, POS_VALIDATOR_VIRTUAL_INTERFACE_ROWS)
-SUPPORT_TABLE(POSStructValidatorInterface, POS_STRUCT_VALIDATOR_INTERFACE_ROWS)
+CONFORMANCE_TABLE(BIBContainerInterface, BIB_CONTAINER_INTERFACE_ROWS)
+CONFORMANCE_TABLE(BIBErrorInterface, BIB_ERROR_INTERFACE_ROWS)
+CONFORMANCE_TABLE(BIBStringInterface, BIB_STRING_INTERFACE_ROWS)
+CONFORMANCE_TABLE(BIBMemoryInterface, BIB_MEMORY_INTERFACE_ROWS)
+CONFORMANCE_TABLE(BIBSharedBuffInterface, BIB_SHARED_BUFF_INTERFACE_ROWS)
+CONFORMANCE_TABLE(BIBCacheInterface, BIB_CACHE_INTERFACE_ROWS)
+CONFORMANCE_TABLE(BIBStreamFactoryInterface, BIB_STREAM_FACTORY_INTERFACE_ROWS)
+CONFORMANCE_TABLE(BIBSimpleStreamInterface, BIB_SIMPLE_STREAM_INTERFACE_ROWS)
+CONFORMANCE_TABLE(BIBRewindableStreamInterface, BIB_REWINDABLE_STREAM_INTERFACE_ROWS)
+CONFORMANCE_TABLE(BIBPositionableStreamInterface, BIB_POSITIONABLE_STREAM_INTERFACE_ROWS)
+CONFORMANCE_TABLE(BIBDataBlockStreamInterface, BIB_DATA_BLOCK_STREAM_INTERFACE_ROWS)
+CONFORMANCE_TABLE(BIBSizedDataStoreInterface, BIB_SIZED_DATA_STORE_INTERFACE_ROWS)
+CONFORMANCE_TABLE(BIBDataStoreInterface, BIB_DATA_STORE_INTERFACE_ROWS)
+CONFORMANCE_TABLE(POSObjectVirtualInterface, POS_OBJECT_VIRTUAL_INTERFACE_ROWS)
+CONFORMANCE_TABLE(POSObjectStatics, POS_OBJECT_STATICS_ROWS)
+CONFORMANCE_TABLE(POSNumberInterface, POS_NUMBER_INTERFACE_ROWS)
+CONFORMANCE_TABLE(POSStringInterface, POS_STRING_INTERFACE_ROWS)
+CONFORMANCE_TABLE(POSUnicodeStringInterface, POS_UNICODE_STRING_INTERFACE_ROWS)
+CONFORMANCE_TABLE(POSBinDataInterface, POS_BIN_DATA_INTERFACE_ROWS)
+CONFORMANCE_TABLE(POSArrayInterface, POS_ARRAY_INTERFACE_ROWS)
+CONFORMANCE_TABLE(POSDictInterface, POS_DICT_INTERFACE_ROWS)
+CONFORMANCE_TABLE(POSDictIteratorInterface, POS_DICT_ITERATOR_INTERFACE_ROWS)
+CONFORMANCE_TABLE(POSValidatorVirtualInterface, POS_VALIDATOR_VIRTUAL_INTERFACE_ROWS)
+CONFORMANCE_TABLE(POSStructValidatorInterface, POS_STRUCT_VALIDATOR_INTERFACE_ROWS)
 
 // Fills a table with what find gives for each row.
 template <class Table, class Find>
@@ -120,4 +120,4 @@ std::size_t MissingRows(Table const& table) {
     return missing;
 }
 
-} // namespace support
+} // namespace conformance

@@ -1,0 +1,47 @@
+#include "conformance/Runtime.h"
+
+namespace conformance {
+
+Atom::Atom(Runtime const& runtime, std::string const& text)
+    : fRows(runtime.Atoms()),
+      fAtom(fRows.NewStringAtom(text.c_str())) {
+    Require(fAtom != nullptr, "NewStringAtom gives an atom", "null");
+}
+
+POSObject* Runtime::Parse(char const* text) const {
+    char const* message = "";
+    POSObject* const value = Objects().CreateFromText(text, &message);
+    if (!value) {
+        throw Failure{"CreateFromText reads " + Shown(text), message ? message : "null"};
+    }
+    return value;
+}
+
+std::optional<double> Runtime::NumberOf(POSObject* object) const {
+    auto const numbers = Numbers();
+    return numbers.IsPOSNumber(object) != 0 ? std::optional(numbers.Get(As<POSNumber>(object)))
+                                            : std::nullopt;
+}
+
+std::string Runtime::TakeMessage(BIBError* error) const {
+    if (!error) {
+        return {};
+    }
+    char const* const text = Atoms().GetCString(Errors().GetErrorMessage(error));
+    std::string message = text ? text : "an error without a message";
+    Errors().Release(error);
+    return message;
+}
+
+void Runtime::Succeed(char const* row, BIBError* error) const {
+    if (error) {
+        throw Failure{std::string(row) + " gives no error", TakeMessage(error)};
+    }
+}
+
+void Runtime::Fail(char const* row, BIBError* error) const {
+    Require(error != nullptr, (std::string(row) + " gives an error").c_str(), "null");
+    Errors().Release(error);
+}
+
+} // namespace conformance

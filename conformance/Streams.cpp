@@ -1,0 +1,394 @@
+// Streams of every kind, and streams of the client's own making.
+#include "conformance/Group.h"
+#include "conformance/Groups.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <unistd.h>
+
+namespace conformance {
+
+namespace {
+
+// A stream with its methods. Owns a reference.
+class Stream {
+public:
+    Stream(Runtime const& runtime, BIBPositionableStream* stream)
+        : fRuntime(runtime),
+          fHeld(runtime.Hold(stream)),
+          fSimple(runtime.Methods<_t_BIBSimpleStreamInterface>(stream)),
+          fRewindable(runtime.Methods<_t_BIBRewindableStreamInterface>(stream)),
+          fPositionable(runtime.Methods<_t_BIBPositionableStreamInterface>(stream)) {}
+
+    BIBError* TryWrite(std::string const& text) const {
+        return fSimple.Write(
+            As<BIBSimpleStream>(Self()),
+            reinterpret_cast<unsigned char const*>(text.data()),
+            text.size());
+    }
+    void Write(std::string const& text) const { fRuntime.Succeed("Write", TryWrite(text)); }
+
+    BIBError* TryRead(std::string& text, unsigned long size) const {
+        text.assign(size, '\0');
+        unsigned long count = 0;
+        BIBError* const error = fSimple.Read(
+            As<BIBSimpleStream>(Self()),
+            &count,
+            reinterpret_cast<unsigned char*>(text.data()),
+            size);
+        text.resize(count <= size ? count : size);
+        return error;
+    }
+    std::string Read(unsigned long size) const {
+        std::string text;
+        fRuntime.Succeed("Read", TryRead(text, size));
+        return text;
+    }
+
+    BIBError* TrySeek(long offset, BIBPositionableStream_SeekOrigin origin) const {
+        return fPositionable.Seek(Self(), offset, origin);
+    }
+    void Seek(long offset, BIBPositionableStream_SeekOrigin origin) const {
+        fRuntime.Succeed("Seek", TrySeek(offset, origin));
+    }
+    void Rewind() const {
+        fRuntime.Succeed("Rewind", fRewindable.Rewind(As<BIBRewindableStream>(Self())));
+    }
+    unsigned long Mark() const {
+        unsigned long position = 0;
+        fRuntime.Succeed("Mark", fPositionable.Mark(Self(), &position));
+        return position;
+    }
+    BIBPositionableStream* Second() const {
+        BIBPositionableStream* stream = nullptr;
+        fRuntime.Succeed(
+            "CreateIndependentlyPositionableStream",
+            fPositionable.CreateIndependentlyPositionableStream(Self(), &stream));
+        return stream;
+    }
+
+private:
+    BIBPositionableStream* Self() const noexcept { return fHeld; }
+
+    Runtime const& fRuntime;
+    Held<BIBPositionableStream> fHeld;
+    _t_BIBSimpleStreamInterface fSimple;
+    _t_BIBRewindableStreamInterface fRewindable;
+    _t_BIBPositionableStreamInterface fPositionable;
+};
+
+BIBPositionableStream* NewMemoryStream(Runtime const& runtime) {
+    BIBPositionableStream* stream = nullptr;
+    runtime.Succeed(
+        "NewPositionableMemoryStream", runtime.Streams().NewPositionableMemoryStream(&stream));
+    return stream;
+}
+
+// Ten bytes are written, read and overwritten.
+void CheckWritable(Stream const& stream) {
+    Expect("the position of a new stream", 0UL, stream.Mark());
+    Expect("what an empty stream has", std::string(), stream.Read(4));
+    stream.Write("0123456789");
+    Expect("the position after writing 10 bytes", 10UL, stream.Mark());
+    stream.Seek(2, kBIBSeekFromStart);
+    Expect("3 bytes from offset 2", std::string("234"), stream.Read(3));
+    stream.Seek(1, kBIBSeekFromCurrent);
+    Expect("the position one byte on", 6UL, stream.Mark());
+    stream.Write("ab");
+    stream.Seek(-4, kBIBSeekFromEnd);
+    Expect("the last 4 bytes, of 10 that were asked for", std::string("ab89"), stream.Read(10));
+    Expect("what is read at the end", std::string(), stream.Read(1));
+    stream.Rewind();
+    Expect("all bytes", std::string("012345ab89"), stream.Read(100));
+}
+
+void CheckSeeking(Runtime const& runtime, Stream const& stream) {
+    stream.Seek(3, kBIBSeekFromStart);
+    runtime.Fail("Seek before the start", stream.TrySeek(-4, kBIBSeekFromCurrent));
+    Expect("the position after a failed Seek", 3UL, stream.Mark());
+    runtime.Fail("Seek behind the end", stream.TrySeek(1, kBIBSeekFromEnd));
+    Expect("the position after a failed Seek", 3UL, stream.Mark());
+    stream.Seek(0, kBIBSeekFromEnd);
+}
+
+void WorksInMemory(Runtime const& runtime) {
+    Stream const stream(runtime, NewMemoryStream(runtime));
+    CheckWritable(stream);
+}
+
+void SeeksWithinItsBytes(Runtime const& runtime) {
+    Stream const stream(runtime, NewMemoryStream(runtime));
+    stream.Write("0123456789");
+    CheckSeeking(runtime, stream);
+}
+
+void GrowsByAMegabyte(Runtime const& runtime) {
+    Stream const stream(runtime, NewMemoryStream(runtime));
+    std::string const part(1000, 'p');
+    for (int i = 0; i < 1000; ++i) {
+        stream.Write(part);
+    }
+    Expect("the position after a million bytes", 1000000UL, stream.Mark());
+    stream.Seek(-1, kBIBSeekFromEnd);
+    Expect("the last byte", std::string("p"), stream.Read(2));
+}
+
+void HasSecondPositions(Runtime const& runtime) {
+    Stream const first(runtime, NewMemoryStream(runtime));
+    first.Write("0123456789");
+    Stream const second(runtime, first.Second());
+    Expect("the position of a second stream", 0UL, second.Mark());
+    Expect("what it reads", std::string("0123"), second.Read(4));
+    Expect("the position of the first one", 10UL, first.Mark());
+}
+
+void ReadsBuffers(Runtime const& runtime) {
+    auto const buffers = runtime.Buffers();
+    BIBSharedBuffer* const buffer = buffers.NewBuffer(5, nullptr, nullptr, nullptr, nullptr);
+    Require(buffer != nullptr, "a buffer", "null");
+    std::memcpy(buffers.GetBuffer(buffer), "bytes", 5);
+    BIBPositionableStream* made = nullptr;
+    BIBError* const error = runtime.Streams().NewPositionableBufferStream(&made, buffer);
+    buffers.Release(buffer);
+    runtime.Succeed("NewPositionableBufferStream", error);
+    Stream const stream(runtime, made);
+    Expect("all bytes, with the caller's reference released", std::string("bytes"), stream.Read(9));
+    CheckSeeking(runtime, stream);
+    runtime.Fail("Write to a stream on a buffer", stream.TryWrite("x"));
+}
+
+// The client's data: a position in five bytes, and what was called.
+struct Client {
+    unsigned long fPosition = 0;
+    std::string fWritten;
+    int fDeleted = 0;
+    bool fFails = false;
+    Runtime const* fRuntime = nullptr;
+};
+
+Client& ClientOf(void* data) {
+    return *static_cast<Client*>(data);
+}
+
+BIBError* ClientError(Client const& client) {
+    return client.fRuntime->Errors().NewError("the client's own", "client", 7, nullptr, nullptr);
+}
+
+BIBError* ClientRead(void* data, unsigned long* count, unsigned char* buffer, unsigned long size) {
+    Client& client = ClientOf(data);
+    if (client.fFails) {
+        return ClientError(client);
+    }
+    // At most two bytes at once: a short read is not an error.
+    *count = std::min({size, 5 - client.fPosition, 2UL});
+    std::memcpy(buffer, &"bytes"[client.fPosition], *count);
+    client.fPosition += *count;
+    return nullptr;
+}
+
+BIBError* ClientWrite(void* data, unsigned char const* buffer, unsigned long size) {
+    Client& client = ClientOf(data);
+    client.fWritten.append(reinterpret_cast<char const*>(buffer), size);
+    return client.fFails ? ClientError(client) : nullptr;
+}
+
+BIBError* ClientRewind(void* data) {
+    ClientOf(data).fPosition = 0;
+    return nullptr;
+}
+
+BIBError* ClientMark(void* data, unsigned long* position) {
+    *position = ClientOf(data).fPosition;
+    return nullptr;
+}
+
+BIBError* ClientSeek(void* data, long offset, BIBPositionableStream_SeekOrigin origin) {
+    Client& client = ClientOf(data);
+    long const base = origin == kBIBSeekFromEnd       ? 5
+                      : origin == kBIBSeekFromCurrent ? static_cast<long>(client.fPosition)
+                                                      : 0;
+    client.fPosition = static_cast<unsigned long>(base + offset);
+    return nullptr;
+}
+
+void ClientDelete(void* data) {
+    ++ClientOf(data).fDeleted;
+}
+
+constexpr BIBClientStreamProcs kClientProcs = {
+    &ClientRead, &ClientWrite, &ClientRewind, &ClientMark, &ClientSeek, &ClientDelete};
+
+BIBPositionableStream*
+NewClientStream(Runtime const& runtime, Client& client, BIBClientStreamProcs const& procs) {
+    client.fRuntime = &runtime;
+    BIBPositionableStream* stream = nullptr;
+    runtime.Succeed(
+        "NewClientPositionableStream",
+        runtime.Streams().NewClientPositionableStream(&stream, &procs, &client));
+    return stream;
+}
+
+void CallsTheClient(Runtime const& runtime) {
+    Client client;
+    {
+        BIBClientStreamProcs procs = kClientProcs;
+        BIBPositionableStream* const made = NewClientStream(runtime, client, procs);
+        procs = {};
+        Stream const stream(runtime, made);
+        Expect("a short read", std::string("by"), stream.Read(5));
+        Expect("the position", 2UL, stream.Mark());
+        stream.Seek(-1, kBIBSeekFromEnd);
+        Expect("the last byte", std::string("s"), stream.Read(5));
+        Expect("the end", std::string(), stream.Read(5));
+        stream.Rewind();
+        Expect("the first bytes", std::string("by"), stream.Read(2));
+        stream.Write("written");
+        Expect("what the client got", std::string("written"), client.fWritten);
+        Expect("calls of deleteProc as long as the stream lives", 0, client.fDeleted);
+    }
+    Expect("calls of deleteProc with the last reference", 1, client.fDeleted);
+}
+
+void PassesErrorsOfTheClient(Runtime const& runtime) {
+    Client client;
+    Stream const stream(runtime, NewClientStream(runtime, client, kClientProcs));
+    client.fFails = true;
+    std::string text;
+    Expect(
+        "the message of Read",
+        std::string("the client's own"),
+        runtime.TakeMessage(stream.TryRead(text, 1)));
+    Expect(
+        "the message of Write",
+        std::string("the client's own"),
+        runtime.TakeMessage(stream.TryWrite("x")));
+}
+
+void ReportsMissingProcedures(Runtime const& runtime) {
+    Client client;
+    BIBClientStreamProcs procs = kClientProcs;
+    procs.read = nullptr;
+    procs.write = nullptr;
+    procs.deleteProc = nullptr;
+    Stream const stream(runtime, NewClientStream(runtime, client, procs));
+    std::string text;
+    runtime.Fail("Read without a procedure", stream.TryRead(text, 1));
+    runtime.Fail("Write without a procedure", stream.TryWrite("x"));
+}
+
+void HasThreeLevels(Runtime const& runtime) {
+    auto const streams = runtime.Streams();
+    Client client;
+    client.fRuntime = &runtime;
+    BIBSimpleStream* simple = nullptr;
+    runtime.Succeed(
+        "NewClientSimpleStream", streams.NewClientSimpleStream(&simple, &kClientProcs, &client));
+    BIBRewindableStream* rewindable = nullptr;
+    auto const first = runtime.Hold(simple);
+    runtime.Succeed(
+        "NewClientRewindableStream",
+        streams.NewClientRewindableStream(&rewindable, &kClientProcs, &client));
+    auto const second = runtime.Hold(rewindable);
+    auto* const lookup = runtime.Lookup();
+    runtime.Methods<_t_BIBSimpleStreamInterface>(simple);
+    runtime.Methods<_t_BIBSimpleStreamInterface>(rewindable);
+    runtime.Methods<_t_BIBRewindableStreamInterface>(rewindable);
+    Require(
+        MissingRows(LoadMethods<_t_BIBPositionableStreamInterface>(lookup, simple)) == 3 &&
+            MissingRows(LoadMethods<_t_BIBPositionableStreamInterface>(lookup, rewindable)) == 3,
+        "no method of a higher level",
+        "one");
+}
+
+constexpr Check kStreamChecks[] = {
+    {"stream.memory",
+     "A memory stream is empty at first, grows as it is written, and reads what was written; a "
+     "read at the end gives no bytes.",
+     &WorksInMemory},
+    {"stream.seek",
+     "A target before the start or behind the end is an error and leaves the position as it was.",
+     &SeeksWithinItsBytes},
+    {"stream.grows", "A memory stream grows to a million bytes.", &GrowsByAMegabyte},
+    {"stream.second-position",
+     "CreateIndependentlyPositionableStream gives a second stream on the same data with a "
+     "position of its own, at the start.",
+     &HasSecondPositions},
+    {"stream.buffer",
+     "A buffer stream reads the buffer and holds a reference on it; writing is an error.",
+     &ReadsBuffers},
+    {"stream.client",
+     "Client streams call the client's procedures, which are copied; deleteProc is called with "
+     "the stream's last reference.",
+     &CallsTheClient},
+    {"stream.client-errors",
+     "Errors of the client's procedures reach the caller.",
+     &PassesErrorsOfTheClient},
+    {"stream.client-missing",
+     "A missing read or write makes the stream's Read or Write report an error.",
+     &ReportsMissingProcedures},
+    {"stream.levels",
+     "Simple, rewindable and positionable streams have the methods of their level.",
+     &HasThreeLevels},
+};
+
+// Streams on files.
+
+class TemporaryFile {
+public:
+    TemporaryFile() {
+        int const descriptor = ::mkstemp(fPath);
+        Require(descriptor >= 0, "a temporary file", "none");
+        ::close(descriptor);
+    }
+    TemporaryFile(TemporaryFile const&) = delete;
+    TemporaryFile& operator=(TemporaryFile const&) = delete;
+    ~TemporaryFile() { std::remove(fPath); }
+
+    char const* Path() const noexcept { return fPath; }
+
+private:
+    char fPath[32] = "/tmp/bib-conformance-XXXXXX";
+};
+
+BIBPositionableStream* OpenFile(Runtime const& runtime, char const* path, int writable) {
+    BIBPositionableStream* stream = nullptr;
+    runtime.Succeed(
+        "NewPositionableFileStream",
+        runtime.Streams().NewPositionableFileStream(&stream, path, writable));
+    return stream;
+}
+
+void WorksOnFiles(Runtime const& runtime) {
+    TemporaryFile const file;
+    {
+        Stream const stream(runtime, OpenFile(runtime, file.Path(), 1));
+        CheckWritable(stream);
+        CheckSeeking(runtime, stream);
+    }
+    Stream const again(runtime, OpenFile(runtime, file.Path(), 0));
+    Expect("all bytes of the file", std::string("012345ab89"), again.Read(100));
+    runtime.Fail("Write to a stream that is not writable", again.TryWrite("x"));
+}
+
+void ReportsMissingFiles(Runtime const& runtime) {
+    BIBPositionableStream* stream = nullptr;
+    runtime.Fail(
+        "NewPositionableFileStream of a missing file",
+        runtime.Streams().NewPositionableFileStream(&stream, "/nonexistent/file", 0));
+}
+
+constexpr Check kFileChecks[] = {
+    {"file.stream",
+     "A file stream reads and writes the file; with writable zero, writing is an error.",
+     &WorksOnFiles},
+    {"file.missing", "With writable zero the file must exist.", &ReportsMissingFiles},
+};
+
+} // namespace
+
+constinit Group const kStreams = {
+    "streams", "BIBStreamFactoryInterface", Demand::kRequired, kStreamChecks};
+constinit Group const kFiles = {"files", "BIBStreamFactoryInterface", Demand::kStrict, kFileChecks};
+
+} // namespace conformance

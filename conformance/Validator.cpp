@@ -1,0 +1,236 @@
+// The validator: kinds, parts of rules, checks, and the form of messages.
+#include "conformance/Group.h"
+#include "conformance/Groups.h"
+
+#include <cstring>
+#include <vector>
+
+namespace conformance {
+
+namespace {
+
+thread_local std::vector<std::string>* gMessages = nullptr;
+
+void Keep(char const* message) {
+    gMessages->emplace_back(message ? message : "(null)");
+}
+
+// A check that accepts 7 alone; with user data, it writes that as its message.
+long AcceptSeven(
+    POSObject* value, BIBStringAtom* /*key*/, BIBSharedBuffer* /*message*/, void const* userData) {
+    auto const& runtime = *static_cast<Runtime const*>(userData);
+    return runtime.NumberOf(value) == 7.0 ? 1 : 0;
+}
+
+long Explain(
+    POSObject* /*value*/, BIBStringAtom* /*key*/, BIBSharedBuffer* message, void const* userData) {
+    auto const& runtime = *static_cast<Runtime const*>(userData);
+    constexpr char kMessage[] = "its own message";
+    std::memcpy(runtime.Buffers().GetBuffer(message), kMessage, sizeof kMessage);
+    return 0;
+}
+
+class Validator {
+public:
+    Validator(Runtime const& runtime, char const* schema)
+        : fRuntime(runtime),
+          fRows(runtime.Rows<_t_POSStructValidatorInterface>()),
+          fSchema(runtime.Hold(As<POSDict>(runtime.Parse(schema)))),
+          fSelf(runtime.Hold(fRows.NewPOSStructValidator(fSchema))),
+          fMethods(
+              runtime.Methods<_t_POSValidatorVirtualInterface>(static_cast<POSValidator*>(fSelf))) {
+        Register("Seven", &AcceptSeven);
+        Register("Explained", &Explain);
+    }
+
+    void Register(char const* name, POSValidatorCheckCallback check) const {
+        Require(
+            fRows.RegisterCallbackProc(fSelf, Atom(fRuntime, name), check, &fRuntime) != 0,
+            "nonzero of RegisterCallbackProc",
+            "zero");
+    }
+
+    // The messages about settings in the notation. Fails if the result does not fit them.
+    std::vector<std::string> Validate(char const* settings) const {
+        auto const value = fRuntime.Hold(fRuntime.Parse(settings));
+        return Collect(
+            [&] { return fMethods.Validate(fSelf, value, Atom(fRuntime, "Settings"), &Keep); });
+    }
+    std::vector<std::string> ValidateSchema() const {
+        return Collect([&] { return fRows.ValidateSchema(fSelf, &Keep); });
+    }
+
+    POSValidator* Self() const { return fSelf; }
+    _t_POSValidatorVirtualInterface const& Methods() const { return fMethods; }
+
+private:
+    template <class Work>
+    static std::vector<std::string> Collect(Work work) {
+        std::vector<std::string> messages;
+        gMessages = &messages;
+        long const isValid = work();
+        Require(
+            (isValid != 0) == messages.empty(),
+            "nonzero if there was no message, zero otherwise",
+            std::to_string(messages.size()) + " messages");
+        return messages;
+    }
+
+    Runtime const& fRuntime;
+    _t_POSStructValidatorInterface fRows;
+    Held<POSDict> fSchema;
+    Held<POSValidator> fSelf;
+    _t_POSValidatorVirtualInterface fMethods;
+};
+
+// Expects that these settings have exactly one message, about that path, or with a null path none.
+void ExpectMessage(Validator const& validator, char const* settings, char const* path) {
+    auto const messages = validator.Validate(settings);
+    Expect(settings, path ? 1UL : 0UL, messages.size());
+    if (path) {
+        std::string const& message = messages.front();
+        Expect("the path of the message", std::string(path), message.substr(0, message.find(' ')));
+    }
+}
+
+constexpr char kSchema[] = "< Settings < Needed number optional <"
+                           " Flag boolean Whole integer Word name Any any List array Nested Part"
+                           " Range < type number min 1 max 3 > Choice < type name in [ A B ] >"
+                           " Two < type array count 2 of integer >"
+                           " Checked Seven Also < type number check Seven > Said Explained"
+                           " > > Part < optional < Deep number > > >";
+
+void AcceptsValidSettings(Runtime const& runtime) {
+    Validator const validator(runtime, kSchema);
+    ExpectMessage(
+        validator,
+        "< Needed 1 Flag true Whole -3 Word A Any [ ] List [ 1 A ] Nested < Deep 1 Other x >"
+        " Range 3 Choice B Two [ 1 2 ] Checked 7 Also 7 Unknown 1 >",
+        nullptr);
+}
+
+void RejectsOtherKinds(Runtime const& runtime) {
+    Validator const validator(runtime, kSchema);
+    for (auto const& [settings, path] :
+         {std::pair("< Needed A >", "Needed"),
+          std::pair("< Needed 1 Flag 1 >", "Flag"),
+          std::pair("< Needed 1 Whole 1.5 >", "Whole"),
+          std::pair("< Needed 1 Word true >", "Word"),
+          std::pair("< Needed 1 List A >", "List"),
+          std::pair("< Needed 1 Nested 1 >", "Nested")}) {
+        ExpectMessage(validator, settings, path);
+    }
+}
+
+void RejectsByParts(Runtime const& runtime) {
+    Validator const validator(runtime, kSchema);
+    for (auto const& [settings, path] :
+         {std::pair("< Needed 1 Range 0 >", "Range"),
+          std::pair("< Needed 1 Range 4 >", "Range"),
+          std::pair("< Needed 1 Choice C >", "Choice"),
+          std::pair("< Needed 1 Two [ 1 ] >", "Two"),
+          std::pair("< Needed 1 Two [ 1 A ] >", "Two/1"),
+          std::pair("< Needed 1 Nested < Deep A > >", "Nested/Deep")}) {
+        ExpectMessage(validator, settings, path);
+    }
+}
+
+void RequiresRequiredSettings(Runtime const& runtime) {
+    Validator const validator(runtime, kSchema);
+    ExpectMessage(validator, "< Flag true >", "Needed");
+}
+
+void ReportsEachSetting(Runtime const& runtime) {
+    Validator const validator(runtime, kSchema);
+    Expect(
+        "messages for three invalid settings",
+        3UL,
+        validator.Validate("< Flag 1 Range 0 >").size());
+}
+
+void CallsChecks(Runtime const& runtime) {
+    Validator const validator(runtime, kSchema);
+    ExpectMessage(validator, "< Needed 1 Checked 8 >", "Checked");
+    ExpectMessage(validator, "< Needed 1 Also 8 >", "Also");
+    Expect(
+        "the message of a check",
+        std::string("Said its own message"),
+        validator.Validate("< Needed 1 Said 1 >").at(0));
+}
+
+void ChecksSchemas(Runtime const& runtime) {
+    Expect(
+        "messages about a sound schema", 0UL, Validator(runtime, kSchema).ValidateSchema().size());
+    Validator const odd(runtime, "< Settings < A numbr optional < > > >");
+    auto const messages = odd.ValidateSchema();
+    Expect("messages about an unknown kind", 1UL, messages.size());
+    Expect(
+        "the path in the schema",
+        std::string("Settings/A"),
+        messages.front().substr(0, messages.front().find(' ')));
+}
+
+void RefusesInvalidArguments(Runtime const& runtime) {
+    Validator const validator(runtime, kSchema);
+    auto const rows = runtime.Rows<_t_POSStructValidatorInterface>();
+    Expect("a validator on null", nullptr, rows.NewPOSStructValidator(nullptr));
+    Expect(
+        "RegisterCallbackProc without a check",
+        0L,
+        rows.RegisterCallbackProc(validator.Self(), Atom(runtime, "A"), nullptr, nullptr));
+    auto const value = runtime.Hold(runtime.Parse("< Needed A >"));
+    Expect(
+        "Validate without a procedure for messages",
+        0L,
+        validator.Methods().Validate(validator.Self(), value, Atom(runtime, "Settings"), nullptr));
+    Expect(
+        "Validate of null",
+        0L,
+        validator.Methods().Validate(
+            validator.Self(), nullptr, Atom(runtime, "Settings"), nullptr));
+}
+
+void PassesExceptions(Runtime const& runtime) {
+    Validator const validator(runtime, kSchema);
+    auto const value = runtime.Hold(runtime.Parse("< Needed A >"));
+    Atom const key(runtime, "Settings");
+    bool isCaught = false;
+    try {
+        validator.Methods().Validate(
+            validator.Self(), value, key, [](char const* /*message*/) { throw 42; });
+    } catch (int thrown) {
+        isCaught = thrown == 42;
+    }
+    Require(
+        isCaught, "the exception of the procedure for messages reaches the caller", "it does not");
+    ExpectMessage(validator, "< Needed 1 >", nullptr);
+}
+
+constexpr Check kValidatorChecks[] = {
+    {"validator.accepts",
+     "Valid settings have no message; a setting that the structure does not know is ignored.",
+     &AcceptsValidSettings},
+    {"validator.kinds", "A value of another kind is rejected.", &RejectsOtherKinds},
+    {"validator.parts",
+     "min, max, in, count and of reject other values, also nested ones.",
+     &RejectsByParts},
+    {"validator.required",
+     "A required setting that is missing is an error.",
+     &RequiresRequiredSettings},
+    {"validator.messages",
+     "Each error is one message: the path of the setting, a space, the text.",
+     &ReportsEachSetting},
+    {"validator.checks",
+     "Registered checks are called; a message that one writes replaces the validator's.",
+     &CallsChecks},
+    {"validator.schema", "ValidateSchema validates the schema itself.", &ChecksSchemas},
+    {"validator.arguments", "Invalid arguments give zero or null.", &RefusesInvalidArguments},
+    {"validator.exceptions", "An exception of a callback passes to the caller.", &PassesExceptions},
+};
+
+} // namespace
+
+constinit Group const kValidator = {
+    "validator", "POSStructValidatorInterface", Demand::kRequired, kValidatorChecks};
+
+} // namespace conformance
