@@ -95,11 +95,7 @@ class CommonOptions {
 public:
     explicit CommonOptions(CLI::App const& program) {
         for (CLI::App const* const command : ListedCommands(program)) {
-            for (CLI::Option const* const option : ListedOptions(*command)) {
-                if (++fCounts[EntryOf(*option)] == kSeveral) {
-                    fPage += EntryOf(*option);
-                }
-            }
+            Count(*command);
         }
     }
 
@@ -115,6 +111,14 @@ public:
     }
 
 private:
+    void Count(CLI::App const& command) {
+        for (CLI::Option const* const option : ListedOptions(command)) {
+            if (++fCounts[EntryOf(*option)] == kSeveral) {
+                fPage += EntryOf(*option);
+            }
+        }
+    }
+
     static std::vector<CLI::Option const*> ListedOptions(CLI::App const& command) {
         return command.get_options([](CLI::Option const* option) {
             return !option->get_positional() && !option->get_group().empty();
