@@ -61,6 +61,7 @@ void KeepsContents(Runtime const& runtime) {
         Require(moved != nullptr, "a block", "null");
         static_cast<void>(block.release());
         block.reset(moved);
+        Expect("GetBlockSize", size, memory.GetBlockSize(moved));
         Require(std::memcmp(moved, "12345678", 8) == 0, "the contents that fit", "others");
     }
 }
@@ -83,9 +84,13 @@ void FailsTooLargeBlocks(Runtime const& runtime) {
     auto const memory = runtime.Memory();
     Block const small(memory.Alloc(4), memory.Free);
     std::memcpy(small.get(), "kept", 4);
-    unsigned long const size = ~0UL / 2;
-    Expect("Alloc of half the address space", nullptr, memory.Alloc(size));
-    Expect("Realloc to half the address space", nullptr, memory.Realloc(small.get(), size));
+    for (unsigned long const size : {~0UL / 2, ~0UL - 15, ~0UL}) {
+        Expect("Alloc of half the address space or more", nullptr, memory.Alloc(size));
+        Expect(
+            "Realloc to half the address space or more",
+            nullptr,
+            memory.Realloc(small.get(), size));
+    }
     Require(std::memcmp(small.get(), "kept", 4) == 0, "the block unchanged", "other contents");
 }
 
@@ -312,13 +317,19 @@ void AcceptsNullBuffers(Runtime const& runtime) {
     Expect("GetSize(null)", 0UL, buffers.GetSize(nullptr));
 }
 
-void MakesEmptyBuffers(Runtime const& runtime) {
+void MakesBuffersOfEachSize(Runtime const& runtime) {
     auto const buffers = runtime.Buffers();
     BIBSharedBuffer* const buffer = buffers.NewBuffer(0, nullptr, nullptr, nullptr, nullptr);
     Require(buffer != nullptr, "a buffer of size 0", "null");
     unsigned long const size = buffers.GetSize(buffer);
     buffers.Release(buffer);
     Expect("its size", 0UL, size);
+    for (unsigned long const tooLarge : {~0UL / 2, ~0UL - 15, ~0UL}) {
+        Expect(
+            "NewBuffer of half the address space or more",
+            nullptr,
+            buffers.NewBuffer(tooLarge, nullptr, nullptr, nullptr, nullptr));
+    }
 }
 
 constexpr Check kBufferChecks[] = {
@@ -330,7 +341,9 @@ constexpr Check kBufferChecks[] = {
      "A buffer takes ownership of the block and calls deleteProc when the last reference is "
      "released.",
      &TakesClientBlocks},
-    {"buffer.empty", "A buffer may have no bytes.", &MakesEmptyBuffers},
+    {"buffer.size",
+     "A buffer may have no bytes; NewBuffer gives null on failure.",
+     &MakesBuffersOfEachSize},
     {"buffer.null",
      "AddRef and Release accept null; GetBuffer gives null and GetSize 0 for it.",
      &AcceptsNullBuffers},

@@ -157,6 +157,7 @@ public:
             "nonzero of BIBRegisterProcAddress",
             "zero");
     }
+    void Forget(int signature) const { fUnregister(kSignatures[signature]); }
     BIBError* Derive(int signature, int parent) const {
         return fRuntime.Containers().RegisterInterface(
             Atom(fRuntime, kSignatures[signature]), Atom(fRuntime, kSignatures[parent]));
@@ -227,6 +228,10 @@ void AllowsNoCycleOfParents(Runtime const& runtime) {
     runtime.Succeed("RegisterInterface of the same parent again", methods.Derive(0, 1));
     runtime.Succeed("RegisterInterface", methods.Derive(1, 2));
     runtime.Fail("RegisterInterface of a cycle", methods.Derive(2, 0));
+    runtime.Fail("RegisterInterface of a parent of itself", methods.Derive(2, 2));
+    runtime.Fail("RegisterInterface of a second parent", methods.Derive(0, 2));
+    methods.Forget(0);
+    runtime.Succeed("RegisterInterface of an unregistered signature", methods.Derive(0, 2));
 }
 
 void ClonesByItsOwnMethod(Runtime const& runtime) {
@@ -242,6 +247,20 @@ void ClonesByItsOwnMethod(Runtime const& runtime) {
     Require(runtime.NumberOf(As<POSObject>(copy)) == 4.0, "a copy of the value", "another value");
 }
 
+// An instance that holds a container.
+struct Holder {
+    Runtime const& fRuntime;
+    BIBContainer* fHeld;
+    int fDeletedOfHeld = 0;
+    int fSeen = 0;
+};
+
+void ReleaseHeld(void* instance) {
+    auto* const holder = static_cast<Holder*>(instance);
+    holder->fRuntime.Containers().Release(holder->fHeld);
+    holder->fSeen = holder->fDeletedOfHeld;
+}
+
 void DestroysNestedContainersAtOnce(Runtime const& runtime) {
     auto const rows = runtime.Containers();
     int deleted = 0;
@@ -254,6 +273,16 @@ void DestroysNestedContainersAtOnce(Runtime const& runtime) {
     Require(runtime.Arrays().Append(array, number) != 0, "nonzero of Append", "zero");
     Require(rows.DeleteUnownedContainer(As<BIBContainer>(array)) != 0, "nonzero", "zero");
     Expect("destructions of an instance of what the array held", 1, deleted);
+    Holder holder{runtime, nullptr};
+    holder.fHeld = NewThing(runtime, holder.fDeletedOfHeld);
+    rows.AddRef(holder.fHeld);
+    BIBContainer* outer = nullptr;
+    runtime.Succeed("NewContainer", rows.NewContainer(&outer, Atom(runtime, kSignature)));
+    runtime.Succeed(
+        "RegisterInstance",
+        rows.RegisterInstance(outer, &holder, Atom(runtime, kName), &ReleaseHeld));
+    rows.DeleteUnownedContainer(outer);
+    Expect("destructions when Release in a deleteProc returns", 1, holder.fSeen);
 }
 
 constexpr Check kContainerChecks[] = {
@@ -285,7 +314,10 @@ constexpr Check kContainerChecks[] = {
     {"container.no-method",
      "A missing method is an error, or with optional nonzero no error and a null result.",
      &ReportsMissingMethods},
-    {"container.parents", "A cycle of parents is an error.", &AllowsNoCycleOfParents},
+    {"container.parents",
+     "A cycle of parents is an error, and so is a second, different parent; the parent goes with "
+     "the interface.",
+     &AllowsNoCycleOfParents},
     {"container.clone",
      "CloneContainer makes an independent copy through the container's own Clone method; an error "
      "if its signature has none.",

@@ -1,89 +1,17 @@
 // Streams of every kind, and streams of the client's own making.
 #include "conformance/Group.h"
 #include "conformance/Groups.h"
+#include "conformance/Stream.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <limits>
 #include <unistd.h>
 
 namespace conformance {
 
 namespace {
-
-// A stream with its methods. Owns a reference.
-class Stream {
-public:
-    Stream(Runtime const& runtime, BIBPositionableStream* stream)
-        : fRuntime(runtime),
-          fHeld(runtime.Hold(stream)),
-          fSimple(runtime.Methods<_t_BIBSimpleStreamInterface>(stream)),
-          fRewindable(runtime.Methods<_t_BIBRewindableStreamInterface>(stream)),
-          fPositionable(runtime.Methods<_t_BIBPositionableStreamInterface>(stream)) {}
-
-    BIBError* TryWrite(std::string const& text) const {
-        return fSimple.Write(
-            As<BIBSimpleStream>(Self()),
-            reinterpret_cast<unsigned char const*>(text.data()),
-            text.size());
-    }
-    void Write(std::string const& text) const { fRuntime.Succeed("Write", TryWrite(text)); }
-
-    BIBError* TryRead(std::string& text, unsigned long size) const {
-        text.assign(size, '\0');
-        unsigned long count = 0;
-        BIBError* const error = fSimple.Read(
-            As<BIBSimpleStream>(Self()),
-            &count,
-            reinterpret_cast<unsigned char*>(text.data()),
-            size);
-        text.resize(count <= size ? count : size);
-        return error;
-    }
-    std::string Read(unsigned long size) const {
-        std::string text;
-        fRuntime.Succeed("Read", TryRead(text, size));
-        return text;
-    }
-
-    BIBError* TrySeek(long offset, BIBPositionableStream_SeekOrigin origin) const {
-        return fPositionable.Seek(Self(), offset, origin);
-    }
-    void Seek(long offset, BIBPositionableStream_SeekOrigin origin) const {
-        fRuntime.Succeed("Seek", TrySeek(offset, origin));
-    }
-    void Rewind() const {
-        fRuntime.Succeed("Rewind", fRewindable.Rewind(As<BIBRewindableStream>(Self())));
-    }
-    unsigned long Mark() const {
-        unsigned long position = 0;
-        fRuntime.Succeed("Mark", fPositionable.Mark(Self(), &position));
-        return position;
-    }
-    BIBPositionableStream* Second() const {
-        BIBPositionableStream* stream = nullptr;
-        fRuntime.Succeed(
-            "CreateIndependentlyPositionableStream",
-            fPositionable.CreateIndependentlyPositionableStream(Self(), &stream));
-        return stream;
-    }
-
-private:
-    BIBPositionableStream* Self() const noexcept { return fHeld; }
-
-    Runtime const& fRuntime;
-    Held<BIBPositionableStream> fHeld;
-    _t_BIBSimpleStreamInterface fSimple;
-    _t_BIBRewindableStreamInterface fRewindable;
-    _t_BIBPositionableStreamInterface fPositionable;
-};
-
-BIBPositionableStream* NewMemoryStream(Runtime const& runtime) {
-    BIBPositionableStream* stream = nullptr;
-    runtime.Succeed(
-        "NewPositionableMemoryStream", runtime.Streams().NewPositionableMemoryStream(&stream));
-    return stream;
-}
 
 // Ten bytes are written, read and overwritten.
 void CheckWritable(Stream const& stream) {
@@ -103,11 +31,15 @@ void CheckWritable(Stream const& stream) {
     Expect("all bytes", std::string("012345ab89"), stream.Read(100));
 }
 
+constexpr long kFarthest = std::numeric_limits<long>::max();
+
 void CheckSeeking(Runtime const& runtime, Stream const& stream) {
     stream.Seek(3, kBIBSeekFromStart);
     runtime.Fail("Seek before the start", stream.TrySeek(-4, kBIBSeekFromCurrent));
     Expect("the position after a failed Seek", 3UL, stream.Mark());
     runtime.Fail("Seek behind the end", stream.TrySeek(1, kBIBSeekFromEnd));
+    runtime.Fail("Seek far ahead", stream.TrySeek(kFarthest, kBIBSeekFromCurrent));
+    runtime.Fail("Seek far back", stream.TrySeek(-kFarthest - 1, kBIBSeekFromEnd));
     Expect("the position after a failed Seek", 3UL, stream.Mark());
     stream.Seek(0, kBIBSeekFromEnd);
 }
@@ -141,6 +73,8 @@ void HasSecondPositions(Runtime const& runtime) {
     Expect("the position of a second stream", 0UL, second.Mark());
     Expect("what it reads", std::string("0123"), second.Read(4));
     Expect("the position of the first one", 10UL, first.Mark());
+    second.Write("abc");
+    Expect("what the second one wrote", std::string("0123abc789"), first.ReadAll());
 }
 
 void ReadsBuffers(Runtime const& runtime) {
@@ -267,14 +201,12 @@ void PassesErrorsOfTheClient(Runtime const& runtime) {
 
 void ReportsMissingProcedures(Runtime const& runtime) {
     Client client;
-    BIBClientStreamProcs procs = kClientProcs;
-    procs.read = nullptr;
-    procs.write = nullptr;
-    procs.deleteProc = nullptr;
-    Stream const stream(runtime, NewClientStream(runtime, client, procs));
+    Stream const stream(runtime, NewClientStream(runtime, client, {}));
     std::string text;
     runtime.Fail("Read without a procedure", stream.TryRead(text, 1));
     runtime.Fail("Write without a procedure", stream.TryWrite("x"));
+    runtime.Fail("Rewind without a procedure", stream.TryRewind());
+    runtime.Fail("Seek without a procedure", stream.TrySeek(0, kBIBSeekFromStart));
 }
 
 void HasThreeLevels(Runtime const& runtime) {
@@ -325,7 +257,7 @@ constexpr Check kStreamChecks[] = {
      "Errors of the client's procedures reach the caller.",
      &PassesErrorsOfTheClient},
     {"stream.client-missing",
-     "A missing read or write makes the stream's Read or Write report an error.",
+     "An operation without its procedure is an error.",
      &ReportsMissingProcedures},
     {"stream.levels",
      "Simple, rewindable and positionable streams have the methods of their level.",

@@ -1,6 +1,7 @@
 // Scalar values, arrays, dictionaries, cursors, and values from text.
 #include "conformance/Group.h"
 #include "conformance/Groups.h"
+#include "conformance/Stream.h"
 
 #include <cmath>
 #include <cstring>
@@ -151,14 +152,42 @@ void ClonesEveryKind(Runtime const& runtime) {
     }
 }
 
-void ComparesTypes(Runtime const& runtime) {
-    Samples const samples(runtime);
-    for (POSObject* const left : samples.fValues) {
-        for (POSObject* const right : samples.fValues) {
+// Of each two of these, none is equal to the other.
+void AppendDifferentValues(Runtime const& runtime, POSArray* values) {
+    auto const arrays = runtime.Arrays();
+    auto const binary = [&](char const* type, char const* bytes) {
+        return runtime.Rows<_t_POSBinDataInterface>().NewPOSBinData(
+            type, reinterpret_cast<unsigned char const*>(bytes), std::strlen(bytes));
+    };
+    for (POSObject* const value :
+         {runtime.NewNumber(0),
+          runtime.NewNumber(1),
+          runtime.NewString(""),
+          runtime.NewString("u"),
+          runtime.NewString("v"),
+          As<POSObject>(
+              runtime.Rows<_t_POSUnicodeStringInterface>().NewPOSUnicodeString(Samples::kUnits)),
+          As<POSObject>(binary("T", "u")),
+          As<POSObject>(binary("U", "u")),
+          As<POSObject>(binary("T", "uv")),
+          As<POSObject>(arrays.NewPOSArray()),
+          As<POSObject>(runtime.Dicts().NewPOSDict())}) {
+        Require(arrays.Append(values, value) != 0, "nonzero of Append", "zero");
+    }
+}
+
+void ComparesTypesAndContents(Runtime const& runtime) {
+    auto const arrays = runtime.Arrays();
+    auto const values = runtime.Hold(arrays.NewPOSArray());
+    AppendDifferentValues(runtime, values);
+    for (unsigned long i = 0; i < arrays.Count(values); ++i) {
+        POSObject* const left = arrays.GetAt(values, i);
+        auto const copy = runtime.Hold(MethodsOf(runtime, left).Clone(left));
+        for (unsigned long j = 0; j < arrays.Count(values); ++j) {
             Require(
-                AreEqual(runtime, left, right) == (left == right),
-                "values of different types are not equal",
-                "they are");
+                AreEqual(runtime, copy, arrays.GetAt(values, j)) == (i == j),
+                "a copy is equal to its original alone",
+                "values " + std::to_string(i) + " and " + std::to_string(j));
         }
         Require(MethodsOf(runtime, left).IsEqual(left, nullptr) == 0, "zero for null", "nonzero");
     }
@@ -180,7 +209,7 @@ constexpr Check kScalarChecks[] = {
     {"value.clone", "Clone makes a deep copy, unowned.", &ClonesEveryKind},
     {"value.equality",
      "IsEqual gives nonzero if both have the same type and equal contents.",
-     &ComparesTypes},
+     &ComparesTypesAndContents},
 };
 
 // Arrays.
@@ -292,6 +321,28 @@ void RemovesKeys(Runtime const& runtime) {
     Expect("the keys, one stored again", std::string("b a "), Keys(runtime, dict));
 }
 
+// At sizes where a dictionary may store its keys in another way.
+void FindsKeysAtAnySize(Runtime const& runtime) {
+    auto const dict = runtime.Hold(runtime.Dicts().NewPOSDict());
+    auto const numberAt = [&](int key) {
+        return runtime.NumberOf(runtime.Get(dict, std::to_string(key).c_str()));
+    };
+    for (int const size : {1, 7, 9, 17, 1000}) {
+        for (int key = 0; key < size; ++key) {
+            runtime.Put(dict, std::to_string(key).c_str(), runtime.NewNumber(key));
+        }
+        for (int key = 0; key < size; ++key) {
+            Require(numberAt(key) == key, "every key", "not all of " + std::to_string(size));
+        }
+        for (int key = 0; key < size; key += 2) {
+            runtime.Dicts().Remove(dict, Atom(runtime, std::to_string(key)));
+        }
+        for (int key = 0; key < size; ++key) {
+            Require(numberAt(key).has_value() == (key % 2 == 1), "each key that is left", "others");
+        }
+    }
+}
+
 void RefusesNulls(Runtime const& runtime) {
     auto const dicts = runtime.Dicts();
     auto const dict = runtime.Hold(dicts.NewPOSDict());
@@ -325,15 +376,27 @@ void FollowsPaths(Runtime const& runtime) {
     };
     Require(number("A/1/B") == 2.0, "the value at A/1/B", "another one");
     Require(number("C/D") == 3.0, "the value at C/D", "another one");
-    for (char const* const path : {"A/2/B", "A/x", "C/D/E", "Z", "A/1/B/0"}) {
+    for (char const* const path :
+         {"",
+          "/",
+          "A/",
+          "A/2/B",
+          "A/x",
+          "A/-1",
+          "A/0x0",
+          "C/D/E",
+          "Z",
+          "A/1/B/0",
+          "A/99999999999999999999"}) {
         Require(
             dicts.DeepGet(dict, Atom(runtime, path)) == nullptr, "null where there is none", path);
     }
 }
 
 void ClonesDeeply(Runtime const& runtime) {
-    auto const value = runtime.Hold(runtime.Parse("< A [ < B 1 > ] >"));
+    auto const value = runtime.Hold(runtime.Parse("< Z 1 A [ < B 1 > ] C 2 >"));
     auto const copy = runtime.Hold(MethodsOf(runtime, value).Clone(value));
+    Expect("the keys of a copy", std::string("Z A C "), Keys(runtime, As<POSDict>(copy.Value())));
     auto const dicts = runtime.Dicts();
     Atom const path(runtime, "A/0");
     auto* const inner =
@@ -363,6 +426,7 @@ constexpr Check kDictChecks[] = {
      "Put stores a value under a key; an existing key keeps its position in the order.",
      &StoresUnderKeys},
     {"dict.remove", "Remove gives nonzero if the key existed.", &RemovesKeys},
+    {"dict.many", "Get finds every key, whatever was removed.", &FindsKeysAtAnySize},
     {"dict.null", "Put gives zero for a null key or value.", &RefusesNulls},
     {"dict.references",
      "A dictionary owns a reference to each value; a value that is read is borrowed.",
@@ -484,30 +548,13 @@ void ReportsThePlace(Runtime const& runtime) {
 // What dump writes to a new stream; behind it, the stream is at its start or at its end.
 template <class Dump>
 std::string Dumped(Runtime const& runtime, bool isAtStart, Dump dump) {
-    BIBPositionableStream* made = nullptr;
-    runtime.Succeed(
-        "NewPositionableMemoryStream", runtime.Streams().NewPositionableMemoryStream(&made));
-    auto const stream = runtime.Hold(made);
-    runtime.Succeed("DebugDump", dump(made));
-    auto const positions = runtime.Methods<_t_BIBPositionableStreamInterface>(made);
-    unsigned long position = 0;
-    runtime.Succeed("Mark", positions.Mark(made, &position));
+    Stream const stream(runtime, NewMemoryStream(runtime));
+    runtime.Succeed("DebugDump", dump(stream.Self()));
     Require(
-        (position == 0) == isAtStart,
+        (stream.Mark() == 0) == isAtStart,
         "the stream at its start after DebugDumpRewind alone",
-        std::to_string(position));
-    runtime.Succeed("Seek", positions.Seek(made, 0, kBIBSeekFromStart));
-    auto const methods = runtime.Methods<_t_BIBSimpleStreamInterface>(made);
-    std::string text(1000, '\0');
-    unsigned long size = 0;
-    runtime.Succeed(
-        "Read",
-        methods.Read(
-            As<BIBSimpleStream>(made),
-            &size,
-            reinterpret_cast<unsigned char*>(text.data()),
-            text.size()));
-    return text.substr(0, size);
+        std::to_string(stream.Mark()));
+    return stream.ReadAll();
 }
 
 void WritesWhatItReads(Runtime const& runtime) {

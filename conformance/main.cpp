@@ -122,8 +122,11 @@ std::vector<Result> RunGroup(Arguments const& arguments, Group const& group) {
         for (Result const& result : RunInProcess(arguments, group, results.size(), status)) {
             results.push_back(result);
         }
+        Result const ended = {kBIBConformanceFailed, "the process goes on", HowItEnded(status)};
         if (results.size() < group.fChecks.size()) {
-            results.push_back({kBIBConformanceFailed, "the process goes on", HowItEnded(status)});
+            results.push_back(ended);
+        } else if (status != 0) {
+            results.back() = ended; // a sanitizer has found something
         }
     }
     return results;

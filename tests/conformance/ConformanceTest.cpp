@@ -109,6 +109,8 @@ constexpr char kAlloc[] = "Alloc";
 constexpr char kReturnCost[] = "ReturnCost";
 constexpr char kPurgeNext[] = "PurgeNextBlock";
 constexpr char kSearch[] = "SearchForID";
+constexpr char kAddPurge[] = "AddClientPurge";
+constexpr char kAttach[] = "Attach";
 constexpr char kNewFile[] = "NewPositionableFileStream";
 
 int AcceptAll(char const* /*i*/, char const* /*n*/, char const* /*t*/, void* /*proc*/) {
@@ -160,6 +162,10 @@ int PurgeNothing(BIBCachePurge* /*purge*/, unsigned long* /*cost*/) {
 int FindAll(BIBCacheSet* /*set*/, BIBCacheID* /*id*/) {
     return 1;
 }
+void AddNoPurge(void (* /*purge*/)(), long /*flags*/) {}
+int AttachAll(BIBCacheID* /*id*/, BIBCacheSet* /*set*/) {
+    return 1;
+}
 BIBError* OpenAnything(BIBPositionableStream** result, char const* path, int writable) {
     auto const rows = conformance::LoadTable<_t_BIBStreamFactoryInterface>(&BIBRuntimeLookup);
     return Is(path, "/nonexistent/file") ? rows.NewPositionableMemoryStream(result)
@@ -178,6 +184,8 @@ BIBLookupProc const kMistakes[] = {
     &LookupWith<&Replace<kReturnCost, &NoCost>>,
     &LookupWith<&Replace<kPurgeNext, &PurgeNothing>>,
     &LookupWith<&Replace<kSearch, &FindAll>>,
+    &LookupWith<&Replace<kAddPurge, &AddNoPurge>>,
+    &LookupWith<&Replace<kAttach, &AttachAll>>,
     &LookupWith<&Replace<kNewFile, &OpenAnything>>,
     &LookupWith<&ReplaceAddRef>,
     &LookupWith<&ReplaceGetSize>,
