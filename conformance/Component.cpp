@@ -286,7 +286,7 @@ void ChangesSettings(Runtime const& runtime) {
     auto const accepted = runtime.Hold(change("< Count 20 >"));
     Expect("errors of an accepted change", 0UL, arrays.Count(accepted));
     Require(count() == 20.0, "the new value", "another one");
-    auto const rejected = runtime.Hold(change("< Count 200 >"));
+    auto const rejected = runtime.Hold(change("< Count twenty >"));
     Expect("errors of a rejected change", 1UL, arrays.Count(rejected));
     Require(count() == 20.0, "the value before a rejected change", "another one");
     auto* const error = As<POSDict>(arrays.GetAt(rejected, 0));

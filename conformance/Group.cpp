@@ -9,9 +9,10 @@ namespace conformance {
 
 std::span<Group const* const> AllGroups() {
     static constexpr Group const* kGroups[] = {
-        &kPresence, &kRegistry, &kMemory,  &kAtoms,   &kErrors,    &kContainers,  &kBuffers,
-        &kStreams,  &kScalars,  &kArrays,  &kDicts,   &kCursors,   &kNotation,    &kValidator,
-        &kCaches,   &kFiles,    &kThreads, &kSchemas, &kComponent, &kMissingRows, &kFailingRows};
+        &kPresence, &kRegistry,  &kMemory,    &kAtoms,       &kErrors,     &kContainers,
+        &kBuffers,  &kStreams,   &kScalars,   &kArrays,      &kDicts,      &kCursors,
+        &kNotation, &kValidator, &kCaches,    &kFiles,       &kThreads,    &kDumps,
+        &kRules,    &kSchemas,   &kComponent, &kMissingRows, &kFailingRows};
     return kGroups;
 }
 

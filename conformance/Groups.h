@@ -22,6 +22,8 @@ extern Group const kValidator;
 extern Group const kCaches;
 extern Group const kFiles;
 extern Group const kThreads;
+extern Group const kDumps;
+extern Group const kRules;
 extern Group const kSchemas;
 extern Group const kComponent;
 extern Group const kMissingRows;

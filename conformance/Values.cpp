@@ -590,6 +590,9 @@ constexpr Check kNotationChecks[] = {
     {"notation.errors",
      "A text that does not parse gives null and a message that names line and column.",
      &ReportsThePlace},
+};
+
+constexpr Check kDumpChecks[] = {
     {"notation.dump", "DebugDump writes a value in the object notation.", &WritesWhatItReads},
 };
 
@@ -604,6 +607,7 @@ constinit Group const kArrays = {"arrays", "POSArrayInterface", Demand::kRequire
 constinit Group const kDicts = {"dicts", "POSDictInterface", Demand::kRequired, kDictChecks};
 constinit Group const kCursors = {
     "cursors", "POSDictIteratorInterface", Demand::kRequired, kCursorChecks};
+constinit Group const kDumps = {"dumps", "POSObjectStatics", Demand::kStrict, kDumpChecks};
 constinit Group const kNotation = {
     "notation", "POSObjectStatics", Demand::kRequired, kNotationChecks};
 
