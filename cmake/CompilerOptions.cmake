@@ -14,7 +14,8 @@ option(PDFSETTINGS_FAILURE_HOOKS "Let tests make allocations and stream operatio
 option(PDFSETTINGS_COVERAGE "Count which lines and branches run" OFF)
 
 # The presets of the checks make errors of them; other projects and other compilers see warnings.
-add_compile_options(-Wall -Wextra -Wconversion -Wsign-conversion -Wshadow -Wold-style-cast)
+add_compile_options(
+    -Wall -Wextra -Wconversion -Wsign-conversion -Wshadow $<$<COMPILE_LANGUAGE:CXX>:-Wold-style-cast>)
 
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
     # GCC 12 sees an overlap in every sum of a literal and a std::string (GCC bug 105651).
