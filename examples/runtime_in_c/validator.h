@@ -26,7 +26,7 @@ static void ReportAt(Walk* self, char const* format, char const* argument) {
     }
 }
 
-static void ReportShortage(Walk* self) {
+static void ReportOutOfMemory(Walk* self) {
     ++self->errors;
     if (self->errorProc != NULL) {
         self->errorProc("out-of-memory");
@@ -91,7 +91,7 @@ static void CallCheck(Walk* self, Item const* check, POSObject* value, BIBString
     __attribute__((cleanup(ReleaseBuffer))) BIBSharedBuffer* buffer =
         BufferNewBuffer(256, NULL, NULL, NULL, NULL);
     if (buffer == NULL) {
-        ReportShortage(self);
+        ReportOutOfMemory(self);
         return;
     }
     char* const message = memset(BufferGetBuffer(buffer), 0, 256);
@@ -152,7 +152,7 @@ ValidateValue(Walk* self, POSObject* value, POSObject* rule, BIBStringAtom* key,
 
 static long EndWalk(Walk* self) {
     if (self->validator->isBroken) {
-        ReportShortage(self);
+        ReportOutOfMemory(self);
     }
     return self->errors == 0;
 }
