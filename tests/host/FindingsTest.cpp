@@ -1,0 +1,220 @@
+// Each mistake in a text, at its position, with one message of each kind.
+#include "pdfsettings/Document.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <string>
+#include <string_view>
+
+namespace pdfsettings {
+
+namespace {
+
+using namespace std::string_view_literals;
+
+struct Mistakes {
+    std::string_view text;     // with $ for the keyword and ~ for a name of 256 bytes
+    std::string_view findings; // position, size and id of each; ! where the text is refused
+    std::string_view message;  // of one of them, or empty
+};
+
+constexpr Mistakes kMistakes[] = {
+    {"\xEF\xBB\xBF<< /EmbedAllFonts true $",
+     "0+3 !encoding",
+     "the file begins with a byte order mark: save it without one"},
+    {"<< /EmbedAllFonts true >> setpagedevice",
+     "26+13 !keyword",
+     "expected setalembicorparams behind the settings, found \"setpagedevice\""},
+    {"<< /EmbedAllFonts true $X",
+     "26+19 stuck",
+     "setalembicorparams ends here; the characters directly after it begin the tail"},
+    {"% a << b\n<<\n$\n", "4+2 !prolog", "a comment before the settings must not contain <<"},
+    {"hello world", "0+11 !no-settings", "there are no settings: expected <<"},
+    {"<< /MaxSubsetPct +100 $", "17+4 !unknown-value", "\"+100\" is not a value: write 100"},
+    {"<<\n  /EmbedAllFonts true junk % was /this\n  /MaxSubsetPct 50\n$\n",
+     "25+4 stray, 58+2 !stray",
+     "\"junk\" is ignored: it has no key, or is a / missing before it?"},
+    {"<< /EmbedAllFonts true junk $ << /X [ 1 ] >> setpagedevice",
+     "23+4 !stray",
+     "\"junk\" before the end of a dictionary hides that end: remove it, or is a / missing before "
+     "it?"},
+    {"<< /ColorImageDict << >> /EmbedAllFonts true $",
+     "19+5 !empty-dictionary",
+     "an empty dictionary swallows the entries after it: remove it"},
+    {"<< $ << /PageSize [ 1 2 ] >> setpagedevice",
+     "0+5 !empty-dictionary",
+     "empty settings with a blank between << and >> are misread: write <<>>"},
+    {"<< /A (x\n/B true\n$",
+     "6+2 open-string",
+     "the string has no end: expected ); the entry is lost"},
+    {"<< /A (x\n/B [ /C (y) ] $",
+     "6+2 !runaway-string",
+     "the string contains what looks like settings: is a ) missing?"},
+    {"<< /A 010 /B 3e2 /C 08 /D 0.123456 /E 010/F.5 1 /G - 5 /H 12abc /I 16777217 /J 1 $",
+     "6+3 octal, 13+3 stuck, 20+2 stuck, 38+7 far-point, 51+1 no-number, 58+5 stuck",
+     "the leading 0 makes 010 octal, and it is read as 8: write 10"},
+    {"<< /A trueish $", "6+7 !stuck", "\"trueish\" is read as true: remove \"ish\""},
+    {"<< /A <FEZZ> $", "6+6 bad-hex", "a hexadecimal string holds digits 0 to 9 and A to F only"},
+    {"<< /A 08 /F 1 /F 2 $",
+     "6+2 stuck, 14+2 duplicate",
+     "/F is repeated: the earlier value is lost"},
+    {"<< /AlembicorData 1 $",
+     "3+14 reserved-key",
+     "this key is reserved for the tail: the setting is lost if the file has one"},
+    {"<< /D /E 1 / 5 /K 1 $",
+     "9+1 stray, 11+2 odd-key, 18+1 !stray",
+     "\"1\" is ignored: /K is read as the value of the key before it, and the end of the "
+     "dictionary is skipped too"},
+    {"<< /ColorImageDict << /QFactor 0.5 > /EmbedAllFonts true $",
+     "35+2 single-close",
+     "a single > ends the dictionary, and both bytes of \"> \" are skipped: write >>"},
+    {"<< /NeverEmbed [ /A /B /EmbedAllFonts true $",
+     "15+1 !open-array",
+     "the array has no end: expected ]"},
+    {"<< /NeverEmbed [ - ] $", "17+1 !no-number", "a sign without digits is read as 0"},
+    {"<< /HSamples [ 1e5 ] $",
+     "15+3 !stuck",
+     "\"1e5\" is read as 1, since an exponent needs a point: write 1.0e5"},
+    {"<< /CalRGBProfile /EmbedAllFonts true /MaxSubsetPct $",
+     "33+4 stray, 38+13 !missing-value",
+     "\"true\" is ignored: /EmbedAllFonts is read as the value of the key before it"},
+    {"<< /ColorImageDict << /QFactor 0.5 /EmbedAllFonts true $ << /PageSize [ 1 2 ] >> "
+     "setpagedevice",
+     "58+18 !unclosed",
+     "setalembicorparams is inside a dictionary: a >> is missing before it; the << in line 1 is "
+     "not closed"},
+    {"<<\n  /A 1\n",
+     "10+0 !unclosed",
+     "the settings do not end: expected >> setalembicorparams; the << in line 1 is not closed"},
+    {"<<\n  /A [ 1\n", "8+1 !open-array", ""},
+    {"<< /A <FE", "6+3 !open-hexstring", "the hexadecimal string has no end: expected >"},
+    {"<< /A /~ /B 1 $", "6+257 long-name", "a name has at most 255 bytes: the entry is lost"},
+    {"<< /~ 1 /B 1 $", "3+257 !long-key", "a key has at most 255 bytes"},
+    {"<< /A null $",
+     "6+4 !unknown-value",
+     "\"null\" is not a value: write /null for a name, (null) for a text"},
+    {"<< /A { 1 } $", "6+1 !unknown-value", "a procedure is not a value"},
+    {"<< /A 1e /B 2 $", "6+2 stuck", "\"1e\" is read as 1: remove \"e\""},
+    {"<< /W 1 /Y << /B 1 > /X +1 $", "19+2 single-close, 24+2 !unknown-value", ""},
+    {"<< /W 1 /Y << /B 1x> /X True $",
+     "17+2 stuck, 24+4 !unknown-value",
+     "\"True\" is not a value: write true"},
+    {"<< /W 1\n/Y (x\n/y)\n/X $\n", "11+2 runaway-string, 18+2 !missing-value", "/X has no value"},
+    {"<< /W 1\n/Y 1 junk % > c\n/X +1 $\n", "13+4 stray, 27+2 !unknown-value", ""},
+    {"<< /W 1 /Y 1 <FE> /Z (s>t) u (s>>t) /X True $",
+     "13+4 stray, 27+4 stray, 39+4 !unknown-value",
+     "\"<FE>\" is ignored: it has no key"},
+    {"<< /W 1 /Y 1 > /Z << /B 1 >>> /X 2 $", "13+1 stray, 28+1 stray", ""},
+    {"<< /W 1 /Y /~ /Z [ /~ 1 ] /X +1 $",
+     "11+257 long-name, 274+257 long-name, 539+2 !unknown-value",
+     ""},
+    {"<< /W 1 /X +1 /Y (open $", "11+2 !unknown-value", ""},
+    {"<< /Y << >> /C 1 >> /X True $", "6+5 empty-dictionary, 23+4 !unknown-value", ""},
+    {"<< /Y << >> /C 1 $ << /Policies null >> setpagedevice", "6+5 !empty-dictionary", ""},
+    {"<< /A [ 1x ] $", "8+2 !stuck", ""},
+    {"\x00<< /A 1 $"sv,
+     "0+1 zero-byte",
+     "the text begins with a zero byte, and nothing of it is read: is it in UTF-16?"},
+    {"\xFF\xFE<\x00<\x00 \x00"sv,
+     "0+2 !encoding",
+     "the file is in UTF-16: save it as plain text, such as UTF-8 without a byte order mark"},
+    {"<\x00<\x00 \x00/\x00"
+     "A\x00"sv,
+     "0+2 !encoding",
+     ""},
+    {"<< /A\x00"
+     "1 $"sv,
+     "5+1 !zero-byte",
+     "a zero byte ends the text before the settings end"},
+    {"% c\x00\n<< /A 1 $\n"sv, "3+1 !zero-byte", ""},
+    {"<< /A << /B 1 \x00 >> $"sv, "14+1 !zero-byte", ""},
+    {"<< /A [ 1 \x00 ] $"sv, "10+1 !zero-byte", ""},
+    {"<< /A (a\x00"
+     "b) /B 1 $"sv,
+     "8+1 !zero-byte",
+     ""},
+    {"<< /A <FE\x00> $"sv, "9+1 !zero-byte", ""},
+    {"<< /A 12\x00 $"sv, "8+1 !zero-byte", ""},
+    {"<< /A 12 >>\x00 setalembicorparams"sv, "11+1 !zero-byte", ""},
+    {"<< /\x00"
+     "A 1 $"sv,
+     "3+2 odd-key",
+     "a key begins with a blank or a delimiter: is its name missing?"},
+    {"<< /A (abc /B 1 /C (x) /D 2 $", "6+16 runaway-string", ""},
+    {"<< /A (abc (x) /D 2 $",
+     "6+8 nested-brackets",
+     "parentheses do not nest, and the string ends at the first ): write \\( and \\) inside"},
+    {"<< /A 99999999999999999999 /B 9007199254740993 /C -00 /D -0 $",
+     "6+20 rounded, 30+16 rounded, 50+3 octal",
+     "99999999999999999999 is read as 9223372036854775808"},
+    {"<< /A (x\\\\\\) /B (y\\\\) /C 1 $",
+     "6+6 backslashes",
+     "only a single backslash escapes a ): behind three or more the string ends"},
+    {"<< 1 /~ 1 $", "3+1 stray, 5+257 !long-key", ""},
+    {"<< /A 010abc.5 1 /B 08x. 1 /C -inf.0 /D 1 $",
+     "6+8 far-point, 20+4 far-point, 30+6 far-point",
+     "the point in the characters after it makes 010 the number 10: put a blank behind the number"},
+    {"<< /A << /B (x)>/C 2 /D 3 $", "15+2 single-close", ""},
+    {"<</A<< 1>>> /B 1 $",
+     "7+1 !stray",
+     "\"1\" before the end of a dictionary hides that end: remove it"},
+    {"<< // $", "3+2 !missing-value", "// has no value"},
+    {"<</A<<>>/A<< 1$", "4+4 !empty-dictionary, 15+2 single-close", ""},
+    {"<< /QFactor 0,4 /B 1, /C (x)) /D 300dpi /E 1; $",
+     "12+3 stuck, 19+2 stuck, 25+4 stuck, 33+6 stuck, 43+2 !stuck",
+     "\"0,4\" is read as 0: write 0.4, or leave the comma out"},
+    {"<< /A 1 Optimize true /B 2 OPM = 1 $", "8+13 stray, 27+7 !stray", ""},
+    {"<< /A Left $",
+     "6+4 !unknown-value",
+     "\"Left\" is not a value: write /Left for a name, (Left) for a text"},
+    {"<< /A \"Left\" $",
+     "6+6 !unknown-value",
+     R"(""Left"" is not a value: write (text) for a string, /Name for a name)"},
+    {"<< /A <FEFF /B 2\n$",
+     "6+10 !runaway-hexstring",
+     "the hexadecimal string contains a / that looks like a key: is a > missing?"},
+    {"<< /A (\x80\xA9) 010 /B 1 $", "11+3 stray", ""},
+    {"<< /A (\xE6\x97\xA5\xE6\x9C\xAC\xE8\xAA\x9E"
+     "e\xCC\x81\xE2\x80\xAE) /B 010 $",
+     "27+3 octal",
+     ""},
+};
+
+std::string Replaced(std::string text, char placeholder, std::string const& by) {
+    for (std::size_t at = 0; (at = text.find(placeholder, at)) != std::string::npos;) {
+        text.replace(at, 1, by);
+        at += by.size();
+    }
+    return text;
+}
+
+std::string FindingsOf(Document const& document) {
+    std::string findings;
+    for (Finding const& finding : document.Findings()) {
+        Span const span = *finding.Bytes();
+        findings += (findings.empty() ? "" : ", ") + std::to_string(span.begin) + "+" +
+                    std::to_string(span.end - span.begin) +
+                    (finding.Level() == Severity::kError ? " !" : " ") + std::string(finding.Id());
+    }
+    return findings;
+}
+
+} // namespace
+
+TEST(Findings, AreAtTheirPositions) {
+    for (Mistakes const& mistakes : kMistakes) {
+        std::string const text = Replaced(
+            Replaced(std::string(mistakes.text), '$', ">> setalembicorparams"),
+            '~',
+            std::string(256, 'n'));
+        Document const document(text);
+        EXPECT_EQ(mistakes.findings, FindingsOf(document)) << text;
+        EXPECT_TRUE(
+            mistakes.message.empty() ||
+            std::ranges::count(document.Findings(), mistakes.message, &Finding::Message) > 0)
+            << mistakes.message;
+    }
+}
+
+} // namespace pdfsettings
