@@ -298,6 +298,8 @@ void WorksOnFiles(Runtime const& runtime) {
         CheckWritable(stream);
         CheckSeeking(runtime, stream);
     }
+    Stream const writable(runtime, OpenFile(runtime, file.Path(), 1));
+    Expect("the bytes of a file that was there", std::string("0123"), writable.Read(4));
     Stream const again(runtime, OpenFile(runtime, file.Path(), 0));
     Expect("all bytes of the file", std::string("012345ab89"), again.Read(100));
     runtime.Fail("Write to a stream that is not writable", again.TryWrite("x"));
@@ -312,7 +314,8 @@ void ReportsMissingFiles(Runtime const& runtime) {
 
 constexpr Check kFileChecks[] = {
     {"file.stream",
-     "A file stream reads and writes the file; with writable zero, writing is an error.",
+     "A file stream reads and writes the file; with writable zero, writing is an error. "
+     "An existing file keeps its bytes.",
      &WorksOnFiles},
     {"file.missing", "With writable zero the file must exist.", &ReportsMissingFiles},
 };

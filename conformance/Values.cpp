@@ -3,6 +3,7 @@
 #include "conformance/Groups.h"
 #include "conformance/Stream.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -263,6 +264,9 @@ void CountsElements(Runtime const& runtime) {
         arrays.SetAt(array, 0, runtime.NewNumber(2));
         Expect("the references after replacing it", 1L, runtime.CountOf(number.Container()));
         arrays.Append(array, number);
+        arrays.Append(array, number);
+        arrays.Remove(array, 1);
+        Expect("the references after removing it once", 2L, runtime.CountOf(number.Container()));
     }
     Expect("the references without the array", 1L, runtime.CountOf(number.Container()));
 }
@@ -340,6 +344,8 @@ void FindsKeysAtAnySize(Runtime const& runtime) {
         for (int key = 0; key < size; ++key) {
             Require(numberAt(key).has_value() == (key % 2 == 1), "each key that is left", "others");
         }
+        std::string const keys = Keys(runtime, dict);
+        Expect("the keys that a cursor meets", size / 2, std::ranges::count(keys, ' '));
     }
 }
 

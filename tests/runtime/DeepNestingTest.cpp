@@ -25,14 +25,12 @@ std::string Nest(char const* begin, char const* middle, char const* end, int lev
 TEST_F(DeepNestingTest, DictionariesAreReadClonedComparedWrittenAndReleased) {
     support::OnSmallStack([] {
         std::string const text = Nest("< a ", "1", " >");
-        auto const& statics = Rows<_t_POSObjectStatics>();
-        Held const value(statics.CreateFromText(text.c_str(), nullptr));
-        ASSERT_NE(static_cast<POSObject*>(value), nullptr);
+        Held const value(Ours().Parse(text.c_str()));
         Held const clone(Values().Clone(value));
         EXPECT_NE(Values().IsEqual(value, clone), 0);
-        Held const stream(NewMemoryStream());
-        EXPECT_EQ(TakeMessage(statics.DebugDump(value, stream)), "");
-        EXPECT_GT(StreamMethods(stream).Mark(), static_cast<unsigned long>(kLevels));
+        MemoryStream const stream;
+        EXPECT_EQ(TakeMessage(Objects().DebugDump(value, stream.Self())), "");
+        EXPECT_GT(stream.Mark(), static_cast<unsigned long>(kLevels));
     });
 }
 
@@ -54,24 +52,23 @@ TEST_F(DeepNestingTest, SettingsAreValidatedAndASchemaIsChecked) {
 
 TEST_F(DeepNestingTest, AValueIsLocated) {
     support::OnSmallStack([] {
-        std::string const path = "a/0";
         std::string const text = "< b " + Nest("[ ", "", " ]") + " a [ 1 ] >";
         unsigned long line = 0;
         unsigned long column = 0;
-        EXPECT_EQ(BIBRuntimeLocateValue(text.c_str(), path.c_str(), &line, &column), 1);
+        EXPECT_EQ(BIBRuntimeLocateValue(text.c_str(), "a/0", &line, &column), 1);
         EXPECT_EQ(column, 4UL * kLevels + 10);
     });
 }
 
 TEST_F(DeepNestingTest, ArraysBuiltByAppendingAreReleased) {
     support::OnSmallStack([] {
-        POSObject* value = NewNumber(1);
+        POSObject* value = Ours().NewNumber(1);
         for (int i = 0; i < kLevels; ++i) {
             POSArray* const outer = Arrays().NewPOSArray();
             Arrays().Append(outer, value);
             value = As<POSObject>(outer);
         }
-        EXPECT_NE(Containers().DeleteUnownedContainer(As<BIBContainer>(value)), 0);
+        EXPECT_TRUE(Discard(value));
     });
 }
 
@@ -79,7 +76,7 @@ TEST_F(DeepNestingTest, AnUnclosedTextIsRefused) {
     support::OnSmallStack([] {
         std::string const text(kLevels, '[');
         char const* message = nullptr;
-        EXPECT_EQ(Rows<_t_POSObjectStatics>().CreateFromText(text.c_str(), &message), nullptr);
+        EXPECT_EQ(Objects().CreateFromText(text.c_str(), &message), nullptr);
         EXPECT_STREQ(
             message,
             "line 1, column 1000001: the array opened at line 1, column 1000000 is not closed");

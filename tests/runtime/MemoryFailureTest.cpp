@@ -2,7 +2,6 @@
 #include "ValidatorFixture.h"
 
 #include <functional>
-#include <list>
 
 namespace runtimetest {
 namespace {
@@ -10,7 +9,7 @@ namespace {
 class MemoryFailureTest : public RuntimeTest {
 protected:
     // Runs attempt with its first allocation failing, then its second, until it succeeds untouched;
-    // every failure must be reported and leave nothing alive. Answers how many allocations were
+    // every failure must be reported and leave nothing alive. Returns how many allocations were
     // made to fail.
     static unsigned long FailEach(std::function<bool()> const& attempt) {
         for (unsigned long n = 1;; ++n) {
@@ -27,103 +26,167 @@ protected:
             EXPECT_FALSE(succeeded) << "allocation " << n;
         }
     }
-    static bool Discard(POSObject* value) {
-        return Containers().DeleteUnownedContainer(As<BIBContainer>(value)) != 0;
-    }
     static constexpr char const* kText =
         "< a 1 b (text) c [ 1 2 [ x ] < k v > ] d <> e 1 f 2 g 3 h 4 i 5 j 6 k 7 >";
 };
 
-TEST_F(MemoryFailureTest, NewCollectionsAndCursor) {
+TEST_F(MemoryFailureTest, NewValuesTakeOneBlock) {
     Held const dict(Dicts().NewPOSDict());
-    EXPECT_EQ(FailEach([] { return Discard(As<POSObject>(Dicts().NewPOSDict())); }), 1U);
-    EXPECT_EQ(FailEach([] { return Discard(As<POSObject>(Arrays().NewPOSArray())); }), 1U);
+    auto const& strings = Rows<_t_POSUnicodeStringInterface>();
+    auto const& binary = Rows<_t_POSBinDataInterface>();
+    auto const& validators = Rows<_t_POSStructValidatorInterface>();
+    std::function<void*()> const makers[] = {
+        [] { return Dicts().NewPOSDict(); },
+        [] { return Arrays().NewPOSArray(); },
+        [&] { return Cursors().NewPOSDictIterator(dict); },
+        [] { return Ours().NewNumber(1); },
+        [] { return Ours().NewString("some text that is longer than a small one"); },
+        [&] { return strings.NewPOSUnicodeString(nullptr); },
+        [&] { return binary.NewPOSBinData("type", nullptr, 0); },
+        [&] { return validators.NewPOSStructValidator(dict); }};
+    for (auto const& make : makers) {
+        EXPECT_EQ(FailEach([&] { return Discard(make()); }), 1U) << &make - makers;
+    }
+}
+
+template <class Make, class Release>
+std::function<bool()> Maker(Make make, Release release) {
+    return [=] {
+        auto* const made = make();
+        release(made);
+        return made != nullptr;
+    };
+}
+
+TEST_F(MemoryFailureTest, NewObjectsOfOtherKinds) {
+    auto const& caches = Rows<_t_BIBCacheInterface>();
+    auto const& buffers = Rows<_t_BIBSharedBuffInterface>();
+    auto const newBuffer = [&] { return buffers.NewBuffer(8, nullptr, nullptr, nullptr, nullptr); };
+    for (auto const& attempt :
+         {Maker(caches.NewCacheID, caches.Release),
+          Maker(caches.NewCacheSet, caches.DeleteCacheSet),
+          Maker(caches.NewCachePurge, caches.DeleteCachePurge),
+          Maker(newBuffer, buffers.Release)}) {
+        EXPECT_GT(FailEach(attempt), 0U);
+    }
+}
+
+void Increment(void* counter) {
+    ++*static_cast<int*>(counter);
+}
+
+// What the caller gave stays the caller's, and a result is null.
+TEST_F(MemoryFailureTest, WhatIsGivenStaysTheCallers) {
+    int freed = 0;
+    int round = 0;
+    auto const& buffers = Rows<_t_BIBSharedBuffInterface>();
+    BIBClientStreamProcs const procs = {nullptr, nullptr, nullptr, nullptr, nullptr, &Increment};
+    Atom const name("HostThing");
+    std::function<bool()> const attempts[] = {
+        Maker(
+            [&] {
+                std::string const text = "message " + std::to_string(++round);
+                return Errors().NewError(text.c_str(), text.c_str() + 1, 0, &freed, &Increment);
+            },
+            Errors().Release),
+        Maker(
+            [&] { return buffers.NewBuffer(4, &freed, &Increment, nullptr, nullptr); },
+            buffers.Release),
+        [&] {
+            BIBContainer* container = As<BIBContainer>(&freed);
+            auto* const error = Containers().NewFullContainer(
+                &container, &freed, name, &Increment, name, nullptr, nullptr, nullptr);
+            EXPECT_EQ(TakeMessage(error), container ? "" : "out of memory");
+            return Discard(container);
+        },
+        [&] {
+            BIBContainer* container = nullptr;
+            TakeMessage(Containers().NewContainer(&container, name));
+            bool const isRegistered =
+                container &&
+                TakeMessage(Containers().RegisterInstance(container, &freed, name, &Increment))
+                    .empty();
+            return Discard(container) && isRegistered;
+        },
+        [&] {
+            BIBPositionableStream* stream = nullptr;
+            TakeMessage(Ours().Streams().NewClientPositionableStream(&stream, &procs, &freed));
+            return Discard(stream);
+        }};
+    for (auto const& attempt : attempts) {
+        EXPECT_GT(FailEach(attempt), 0U);
+        EXPECT_EQ(std::exchange(freed, 0), 1) << &attempt - attempts;
+    }
+}
+
+TEST_F(MemoryFailureTest, RegistrationsLeaveNothing) {
+    int proc = 0;
+    auto const add = Ours().Bootstrap<BIBRegisterProcAddressProc>("BIBRegisterProcAddress");
+    auto const remove = Ours().Bootstrap<BIBUnregisterInterfaceProc>("BIBUnregisterInterface");
     EXPECT_EQ(
-        FailEach([&] { return Discard(As<POSObject>(Cursors().NewPOSDictIterator(dict))); }), 1U);
+        FailEach([&] {
+            bool const isAdded = add("Hosts", "A", "Proc", &proc) != 0;
+            EXPECT_EQ(BIBRuntimeLookup("Hosts", "A", "Proc") != nullptr, isAdded);
+            remove("Hosts");
+            return isAdded;
+        }),
+        1U);
+    Held const number(Ours().NewNumber(1));
+    Atom const name("NoSuchMethodAtAll");
+    void* method = &method;
+    bibrt::FailAllocation(1, /*andAllLater=*/true);
+    BIBError* const error = Containers().GetMethod(&method, number.Container(), name, name, 0);
+    EXPECT_EQ(error, Errors().GetCoreError(kBRVMemoryError));
+    EXPECT_EQ(method, nullptr);
 }
 
-TEST_F(MemoryFailureTest, NewScalars) {
-    unsigned short const units[] = {'a', 0};
-    auto const& strings = Rows<_t_POSStringInterface>();
-    auto const& unicode = Rows<_t_POSUnicodeStringInterface>();
-    EXPECT_EQ(FailEach([] { return Discard(NewNumber(1)); }), 1U);
-    EXPECT_EQ(FailEach([&] { return Discard(As<POSObject>(strings.NewPOSString("a"))); }), 1U);
-    EXPECT_EQ(
-        FailEach([&] { return Discard(As<POSObject>(unicode.NewPOSUnicodeString(units))); }), 1U);
-}
-
-TEST_F(MemoryFailureTest, CreateFromTextSaysSo) {
-    unsigned long const failed = FailEach([] {
-        char const* message = nullptr;
-        POSObject* const value = Rows<_t_POSObjectStatics>().CreateFromText(kText, &message);
-        EXPECT_STREQ(value ? "out of memory" : message, "out of memory");
-        return Discard(value);
-    });
-    EXPECT_GT(failed, 20U);
-}
-
-TEST_F(MemoryFailureTest, Clone) {
-    Held const value(Rows<_t_POSObjectStatics>().CreateFromText(kText, nullptr));
+TEST_F(MemoryFailureTest, ReadingCloningAndComparing) {
+    EXPECT_GT(
+        FailEach([] {
+            char const* message = nullptr;
+            POSObject* const value = Objects().CreateFromText(kText, &message);
+            EXPECT_STREQ(value ? "out of memory" : message, "out of memory");
+            return Discard(value);
+        }),
+        20U);
+    Held const value(Ours().Parse(kText));
     EXPECT_GT(FailEach([&] { return Discard(Values().Clone(value)); }), 20U);
-}
-
-TEST_F(MemoryFailureTest, IsEqual) {
-    Held const value(Rows<_t_POSObjectStatics>().CreateFromText(kText, nullptr));
     Held const same(Values().Clone(value));
     EXPECT_GT(FailEach([&] { return Values().IsEqual(value, same) != 0; }), 0U);
 }
 
 TEST_F(MemoryFailureTest, DebugDumpWritesAllOrNothing) {
-    Held const value(Rows<_t_POSObjectStatics>().CreateFromText(kText, nullptr));
+    Held const value(Ours().Parse(kText));
+    MemoryStream const stream;
+    stream.Write(std::string(100, 'x'));
     EXPECT_GT(
         FailEach([&] {
-            bool isWhole = false;
-            Held const stream(NewMemoryStream());
-            if (stream) {
-                isWhole = TakeMessage(Rows<_t_POSObjectStatics>().DebugDump(value, stream)) == "";
-                bibrt::ResetFailures();
-                EXPECT_EQ(isWhole, StreamMethods(stream).Seek(1, kBIBSeekFromStart).empty());
-            }
+            unsigned long const before = stream.Mark();
+            bool const isWhole = TakeMessage(Objects().DebugDump(value, stream.Self())).empty();
+            EXPECT_EQ(isWhole, stream.Mark() > before);
             return isWhole;
         }),
-        5U);
+        2U);
 }
 
-TEST_F(MemoryFailureTest, NewValidatorAndRegisteredCheck) {
-    auto const& rows = Rows<_t_POSStructValidatorInterface>();
-    Held const schema(NewSettings("< S <> >"));
-    EXPECT_EQ(
-        FailEach([&] {
-            return Discard(As<POSObject>(rows.NewPOSStructValidator(As<POSDict>(schema.Value()))));
-        }),
-        1U);
-    Atom const name("C");
-    auto const accept = [](POSObject*, BIBStringAtom*, BIBSharedBuffer*, void const*) -> long {
-        return 1;
-    };
-    Held const validator(rows.NewPOSStructValidator(As<POSDict>(schema.Value())));
-    unsigned long const blocks = bibrt::CountLive().fBlocks;
-    bibrt::FailAllocation(1, /*andAllLater=*/true);
-    EXPECT_EQ(rows.RegisterCallbackProc(validator, name, accept, nullptr), 0);
-    EXPECT_EQ(bibrt::CountLive().fBlocks, blocks);
-    bibrt::ResetFailures();
-    EXPECT_NE(rows.RegisterCallbackProc(validator, name, accept, nullptr), 0);
-}
-
-// What runs out of memory while it is validated has not passed.
 // The last message of a validator.
 char const* gLastMessage = nullptr;
-void TakeMessage(char const* message) {
+void KeepMessage(char const* message) {
     gLastMessage = std::strchr(message, ' ') ? "an error" : "out-of-memory";
 }
 
+// What runs out of memory while it is validated has not passed.
 TEST_F(MemoryFailureTest, ValidateAndValidateSchema) {
+    auto const& rows = Rows<_t_POSStructValidatorInterface>();
     Validator validator(
         "< S < a < type array of S > optional < c C d < type name default x > > > >");
-    validator.Register(
-        "C", [](POSObject*, BIBStringAtom*, BIBSharedBuffer*, void const*) -> long { return 1; });
     Held const settings(NewSettings("< a [ < a [] > < a [ < a [] c 1 > ] c 1 > ] c 2 >"));
     Atom const name("S");
+    Atom const check("C");
+    auto const accept = [](POSObject*, BIBStringAtom*, BIBSharedBuffer*, void const*) -> long {
+        return 1;
+    };
+    EXPECT_NE(rows.RegisterCallbackProc(validator, check, accept, nullptr), 0);
     auto const validate = [](bool isClean) {
         EXPECT_STREQ(isClean ? "" : "out-of-memory", std::exchange(gLastMessage, ""));
         return isClean;
@@ -132,15 +195,16 @@ TEST_F(MemoryFailureTest, ValidateAndValidateSchema) {
     EXPECT_GT(
         FailEach([&] {
             return validate(
-                validator.fMethods.Validate(validator, settings, name, &TakeMessage) != 0);
+                validator.fMethods.Validate(validator, settings, name, &KeepMessage) != 0);
         }),
         3U);
     EXPECT_GT(
-        FailEach([&] {
-            auto const& rows = Rows<_t_POSStructValidatorInterface>();
-            return validate(rows.ValidateSchema(validator, &TakeMessage) != 0);
-        }),
-        3U);
+        FailEach([&] { return validate(rows.ValidateSchema(validator, &KeepMessage) != 0); }), 3U);
+    // One that lost a check passes nothing any more.
+    bibrt::FailAllocation(1, /*andAllLater=*/true);
+    EXPECT_EQ(rows.RegisterCallbackProc(validator, name, accept, nullptr), 0);
+    bibrt::ResetFailures();
+    EXPECT_FALSE(validate(rows.ValidateSchema(validator, &KeepMessage) != 0));
 }
 
 // A collection that lost a value: no reference, no clone, and neither for what it is put into.
@@ -148,14 +212,15 @@ void CheckInvalid(POSObject* collection) {
     auto* const container = As<BIBContainer>(collection);
     EXPECT_EQ(Containers().AddRef(container), 0);
     EXPECT_EQ(Values().Clone(collection), nullptr);
-    Held const outer(Arrays().NewPOSArray());
+    POSArray* const outer = Arrays().NewPOSArray();
     EXPECT_EQ(Arrays().Append(outer, collection), 0);
-    EXPECT_EQ(Containers().AddRef(outer.Container()), 0);
-    EXPECT_NE(Containers().DeleteUnownedContainer(container), 0);
+    EXPECT_EQ(Containers().AddRef(As<BIBContainer>(outer)), 0);
+    EXPECT_TRUE(Discard(outer));
+    EXPECT_TRUE(Discard(collection));
 }
 
 TEST_F(MemoryFailureTest, ACollectionThatLosesAValueBecomesInvalid) {
-    Held const number(NewNumber(1));
+    Held const number(Ours().NewNumber(1));
     POSDict* const dict = Dicts().NewPOSDict();
     POSArray* const array = Arrays().NewPOSArray();
     Atom const key("key");
@@ -167,25 +232,20 @@ TEST_F(MemoryFailureTest, ACollectionThatLosesAValueBecomesInvalid) {
     CheckInvalid(As<POSObject>(array));
 }
 
-TEST_F(MemoryFailureTest, GrowingADictionaryFailsCleanly) {
-    Held const number(NewNumber(1));
-    std::list<Atom> keys; // they need memory too
-    for (char const letter : std::string("abcdefghijklmnop")) {
-        keys.emplace_back(std::string(1, letter));
-    }
-    for (unsigned long n = 1; n <= 10; ++n) {
-        POSDict* const dict = Dicts().NewPOSDict();
-        bibrt::FailAllocation(n, /*andAllLater=*/true);
-        bool hasAll = true;
-        for (Atom const& key : keys) {
-            bool const isPut = Dicts().Put(dict, key, number) != 0;
-            EXPECT_EQ(Dicts().Get(dict, key) != nullptr, isPut);
-            hasAll = hasAll && isPut;
+TEST_F(MemoryFailureTest, RemovingAndPuttingAKeyNeedsNoMemory) {
+    Held const dict(Dicts().NewPOSDict());
+    Held const number(Ours().NewNumber(-5));
+    Atom const key("0");
+    for (int const size : {1, 6, 8, 40}) {
+        for (int i = 0; i < size; ++i) {
+            Put(dict, std::to_string(i), number);
+        }
+        bibrt::FailAllocation(1, /*andAllLater=*/true);
+        for (int i = 0; i < 3 * size; ++i) {
+            ASSERT_NE(Dicts().Remove(dict, key), 0);
+            ASSERT_NE(Dicts().Put(dict, key, number), 0) << size << " keys, turn " << i;
         }
         bibrt::ResetFailures();
-        EXPECT_EQ(Containers().AddRef(As<BIBContainer>(dict)) != 0, hasAll);
-        Containers().DecrementWithoutDelete(As<BIBContainer>(dict));
-        Containers().DeleteUnownedContainer(As<BIBContainer>(dict));
     }
 }
 

@@ -7,19 +7,12 @@ namespace {
 
 class NotationTest : public RuntimeTest {
 protected:
-    _t_POSObjectStatics const& fStatics = Rows<_t_POSObjectStatics>();
-
     // The dump of a value, whose last reference goes with it.
-    std::string Dump(POSObject* value) const {
+    static std::string Dump(POSObject* value) {
         Held const held(value);
-        Held const stream(NewMemoryStream());
-        EXPECT_EQ(TakeMessage(fStatics.DebugDumpRewind(value, stream)), "");
-        return StreamMethods(stream).Read(100000);
-    }
-    static std::string StringOf(POSObject* value) {
-        Held const held(value);
-        char const* const text = Rows<_t_POSStringInterface>().Get(As<POSString>(value));
-        return text ? text : "no string";
+        MemoryStream const stream;
+        EXPECT_EQ(TakeMessage(Objects().DebugDumpRewind(value, stream.Self())), "");
+        return stream.Read(100000);
     }
 };
 
@@ -63,16 +56,15 @@ constexpr DumpCase kDumpCases[] = {
     {"[1 [2<k<>>]x]", "[\n  1\n  [\n    2\n    <\n      k <\n      >\n    >\n  ]\n  x\n]\n"},
     {"% note\n1% end", "1\n"},
     {"%a\r1", "1\n"},
-    {"[1%x]\n]", "[\n  1\n]\n"}};
+    {"[1%x]\n]", "[\n  1\n]\n"},
+    {"(a\\101\\0612\\)\n)", "(aA12\\)\\n)\n"}};
 
 TEST_F(NotationTest, TextsAreReadAndWrittenAndReadAgain) {
     for (DumpCase const& row : kDumpCases) {
         SCOPED_TRACE(row.fText);
-        char const* message = "none";
-        Held const value(fStatics.CreateFromText(row.fText, &message));
-        ASSERT_NE(static_cast<POSObject*>(value), nullptr) << message;
+        Held const value(Ours().Parse(row.fText));
         EXPECT_EQ(Dump(value), row.fDump);
-        Held const again(fStatics.CreateFromText(row.fDump, nullptr));
+        Held const again(Ours().Parse(row.fDump));
         EXPECT_NE(Values().IsEqual(value, again), 0);
     }
 }
@@ -108,63 +100,58 @@ TEST_F(NotationTest, FaultsAreToldWithLineAndColumn) {
     for (FaultCase const& row : kFaultCases) {
         SCOPED_TRACE(row.fText);
         char const* message = "none";
-        EXPECT_EQ(fStatics.CreateFromText(row.fText, &message), nullptr);
+        EXPECT_EQ(Objects().CreateFromText(row.fText, &message), nullptr);
         EXPECT_STREQ(message, row.fMessage);
     }
-    EXPECT_EQ(fStatics.CreateFromText("<", nullptr), nullptr);
-    EXPECT_EQ(fStatics.CreateFromText(nullptr, nullptr), nullptr);
-}
-
-TEST_F(NotationTest, ALongKeyIsCutShortInTheMessage) {
+    EXPECT_EQ(Objects().CreateFromText(nullptr, nullptr), nullptr);
     std::string const text = "< " + std::string(100000, 'k') + " >";
     char const* message = nullptr;
-    EXPECT_EQ(fStatics.CreateFromText(text.c_str(), &message), nullptr);
+    EXPECT_EQ(Objects().CreateFromText(text.c_str(), &message), nullptr);
     EXPECT_EQ(
         message,
         "line 1, column 100004: expected a value for the key \"" + std::string(60, 'k') + "\"");
 }
 
-TEST_F(NotationTest, EscapesGiveTheBytesTheyName) {
-    EXPECT_EQ(StringOf(fStatics.CreateFromText("(a\\101\\0612\\)\n)", nullptr)), "aA12)\n");
-}
-
 TEST_F(NotationTest, KindsWithoutNotationAreWrittenAsTextWithAComment) {
     unsigned short const units[] = {'a', 0xE9, 0x20AC, 0xD83D, 0xDE00, 0xD800, 'b', 0};
     unsigned char const bytes[] = {0, 0xAB, 16};
-    double const infinity = std::numeric_limits<double>::infinity();
-    POSObject* const unicode =
-        As<POSObject>(Rows<_t_POSUnicodeStringInterface>().NewPOSUnicodeString(units));
+    auto const& strings = Rows<_t_POSUnicodeStringInterface>();
     EXPECT_EQ(
-        Dump(unicode),
+        Dump(As<POSObject>(strings.NewPOSUnicodeString(units))),
         "(a\\303\\251\\342\\202\\254\\360\\237\\230\\200\\357\\277\\275b) % 16-bit string\n");
-    POSObject* const binData =
-        As<POSObject>(Rows<_t_POSBinDataInterface>().NewPOSBinData("a\nb", bytes, 3));
-    EXPECT_EQ(Dump(binData), "(00AB10) % binary data of type a b\n");
-    EXPECT_EQ(Dump(NewNumber(-infinity)), "(-inf) % number\n");
-    EXPECT_EQ(Dump(NewNumber(std::numeric_limits<double>::quiet_NaN())), "(nan) % number\n");
-    EXPECT_EQ(Dump(As<POSObject>(NewMemoryStream())), "(BIBSourceStream) % container\n");
-}
-
-TEST_F(NotationTest, HeaderStandsInACommentAndTheStreamIsLeftBehindTheText) {
-    Held const value(NewNumber(3));
-    Held const stream(NewMemoryStream());
-    StreamMethods const methods(stream);
-    EXPECT_EQ(TakeMessage(fStatics.DebugDumpWithHeader(value, stream, "a\nb")), "");
-    EXPECT_EQ(methods.Mark(), 8U);
-    methods.Seek(0, kBIBSeekFromStart);
-    EXPECT_EQ(methods.Read(100), "% a b\n3\n");
-}
-
-TEST_F(NotationTest, DumpTellsWhatGoesWrong) {
-    Held const value(NewNumber(3));
-    Held const stream(NewMemoryStream());
-    EXPECT_EQ(TakeMessage(fStatics.DebugDump(nullptr, stream)), "bad argument");
-    EXPECT_EQ(TakeMessage(fStatics.DebugDump(value, nullptr)), "bad argument");
+    auto const& binary = Rows<_t_POSBinDataInterface>();
     EXPECT_EQ(
-        TakeMessage(fStatics.DebugDump(value, As<BIBPositionableStream>(value.Value()))),
+        Dump(As<POSObject>(binary.NewPOSBinData("a\nb", bytes, 3))),
+        "(00AB10) % binary data of type a b\n");
+    EXPECT_EQ(
+        Dump(Ours().NewNumber(-std::numeric_limits<double>::infinity())), "(-inf) % number\n");
+    EXPECT_EQ(Dump(Ours().NewNumber(std::numeric_limits<double>::quiet_NaN())), "(nan) % number\n");
+    EXPECT_EQ(
+        Dump(As<POSObject>(conformance::NewMemoryStream(Ours()))),
+        "(BIBSourceStream) % container\n");
+}
+
+TEST_F(NotationTest, ADumpReportsWhatGoesWrong) {
+    Held const value(Ours().NewNumber(3));
+    MemoryStream const stream;
+    EXPECT_EQ(TakeMessage(Objects().DebugDumpWithHeader(value, stream.Self(), "a\nb")), "");
+    EXPECT_EQ(stream.Mark(), 8U);
+    EXPECT_EQ(stream.ReadAll(), "% a b\n3\n");
+    EXPECT_EQ(TakeMessage(Objects().DebugDump(nullptr, stream.Self())), "bad argument");
+    EXPECT_EQ(TakeMessage(Objects().DebugDump(value, nullptr)), "bad argument");
+    EXPECT_EQ(
+        TakeMessage(Objects().DebugDump(value, As<BIBPositionableStream>(value.Value()))),
         "no such method");
     bibrt::FailStreamOperation(2, /*andAllLater=*/false);
-    EXPECT_EQ(TakeMessage(fStatics.DebugDumpRewind(value, stream)), "stream operation failed");
+    EXPECT_EQ(
+        TakeMessage(Objects().DebugDumpRewind(value, stream.Self())), "stream operation failed");
+    Held const dict(Dicts().NewPOSDict());
+    Put(dict, "self", dict.Value());
+    EXPECT_EQ(
+        TakeMessage(Objects().DebugDump(dict.Value(), stream.Self())),
+        "a value that contains itself cannot be written");
+    EXPECT_EQ(Values().Clone(dict.Value()), nullptr);
+    Dicts().Remove(dict, Atom("self"));
 }
 
 } // namespace

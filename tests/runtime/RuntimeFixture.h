@@ -1,21 +1,27 @@
-// What the tests of the runtime share: its tables, handles for what they make, and a fixture that
-// ends with nothing left alive.
+// What the tests of the runtime share: the runtime as the conformance kit knows it, and a fixture
+// that ends with nothing left alive.
 #pragma once
 
 #include "api/BIBRuntime.h"
-#include "conformance/Tables.h"
+#include "conformance/Stream.h"
 #include "runtime/objects/Diagnostics.h"
 
 #include <gtest/gtest.h>
 #include <string>
-#include <utility>
 
 namespace runtimetest {
+
+using conformance::As;
+
+inline conformance::Runtime const& Ours() {
+    static conformance::Runtime const kRuntime(&BIBRuntimeLookup);
+    return kRuntime;
+}
 
 // The table, as the lookup gave it when it was first asked for.
 template <class Table>
 Table const& Rows() {
-    static Table const kTable = conformance::LoadTable<Table>(&BIBRuntimeLookup);
+    static Table const kTable = Ours().Rows<Table>();
     return kTable;
 }
 
@@ -28,9 +34,6 @@ inline auto const& Containers() {
 inline auto const& Errors() {
     return Rows<_t_BIBErrorInterface>();
 }
-inline auto const& Numbers() {
-    return Rows<_t_POSNumberInterface>();
-}
 inline auto const& Arrays() {
     return Rows<_t_POSArrayInterface>();
 }
@@ -40,59 +43,29 @@ inline auto const& Dicts() {
 inline auto const& Cursors() {
     return Rows<_t_POSDictIteratorInterface>();
 }
-inline auto const& Factory() {
-    return Rows<_t_BIBStreamFactoryInterface>();
+inline auto const& Objects() {
+    return Rows<_t_POSObjectStatics>();
 }
 // The methods of every value of the runtime's own.
 inline auto const& Values() {
     return Rows<_t_POSObjectVirtualInterface>();
 }
 
-template <class To, class From>
-To* As(From* object) {
-    return reinterpret_cast<To*>(object);
-}
-
-// One reference on a new atom.
-class Atom {
+class Atom : public conformance::Atom {
 public:
-    explicit Atom(char const* text) : fAtom(Atoms().NewStringAtom(text)) {}
-    explicit Atom(std::string const& text) : Atom(text.c_str()) {}
-    Atom(Atom const&) = delete;
-    Atom& operator=(Atom const&) = delete;
-    ~Atom() { Atoms().DeleteStringAtom(fAtom); }
-
-    operator BIBStringAtom*() const { return fAtom; }
-    char const* Text() const { return Atoms().GetCString(fAtom); }
-
-private:
-    BIBStringAtom* fAtom;
+    explicit Atom(std::string const& text) : conformance::Atom(Ours(), text) {}
 };
 
-// One reference on any runtime object that is a container underneath, or none.
 template <class T>
-class Held {
+class Held : public conformance::Held<T> {
 public:
-    explicit Held(T* object) : fObject(object) { Containers().AddRef(As<BIBContainer>(object)); }
-    Held(Held const&) = delete;
-    Held& operator=(Held const&) = delete;
-    ~Held() { Containers().Release(Container()); }
-
-    operator T*() const { return fObject; }
-    BIBContainer* Container() const { return As<BIBContainer>(fObject); }
-    POSObject* Value() const { return As<POSObject>(fObject); }
-
-private:
-    T* fObject;
+    explicit Held(T* object) : conformance::Held<T>(Containers(), object) {}
 };
 
-inline POSObject* NewNumber(double value) {
-    return As<POSObject>(Numbers().NewPOSNumber(value));
-}
-
-inline double NumberAt(POSObject* object) {
-    return Numbers().IsPOSNumber(object) ? Numbers().Get(As<POSNumber>(object)) : -1;
-}
+class MemoryStream : public conformance::Stream {
+public:
+    MemoryStream() : Stream(Ours(), conformance::NewMemoryStream(Ours())) {}
+};
 
 inline long Put(POSDict* dict, std::string const& key, POSObject* value) {
     return Dicts().Put(dict, Atom(key), value);
@@ -100,68 +73,16 @@ inline long Put(POSDict* dict, std::string const& key, POSObject* value) {
 
 // The message of an error, whose reference is given up; empty for null.
 inline std::string TakeMessage(BIBError* error) {
-    if (!error) {
-        return {};
-    }
-    std::string message = Atoms().GetCString(Errors().GetErrorMessage(error));
-    Errors().Release(error);
-    return message;
+    return Ours().TakeMessage(error);
 }
 
-inline BIBPositionableStream* NewMemoryStream() {
-    BIBPositionableStream* stream = nullptr;
-    TakeMessage(Factory().NewPositionableMemoryStream(&stream));
-    return stream;
+inline bool Discard(void* container) {
+    return Containers().DeleteUnownedContainer(static_cast<BIBContainer*>(container)) != 0;
 }
-
-// The methods of a stream of the third level.
-struct StreamMethods {
-    explicit StreamMethods(BIBPositionableStream* stream)
-        : fSimple(conformance::LoadMethods<_t_BIBSimpleStreamInterface>(&BIBRuntimeLookup, stream)),
-          fRewindable(
-              conformance::LoadMethods<_t_BIBRewindableStreamInterface>(&BIBRuntimeLookup, stream)),
-          fPositionable(conformance::LoadMethods<_t_BIBPositionableStreamInterface>(
-              &BIBRuntimeLookup, stream)),
-          fStream(stream) {}
-
-    std::string Write(std::string const& text) const {
-        auto const* const bytes = reinterpret_cast<unsigned char const*>(text.data());
-        return TakeMessage(fSimple.Write(As<BIBSimpleStream>(fStream), bytes, text.size()));
-    }
-    // Up to size bytes, or the message of the error.
-    std::string Read(unsigned long size) const {
-        std::string bytes(size, '\0');
-        unsigned long count = 0;
-        std::string message = TakeMessage(fSimple.Read(
-            As<BIBSimpleStream>(fStream),
-            &count,
-            reinterpret_cast<unsigned char*>(bytes.data()),
-            size));
-        return message.empty() ? bytes.substr(0, count) : message;
-    }
-    std::string Seek(long offset, int origin) const {
-        return TakeMessage(fPositionable.Seek(
-            fStream, offset, static_cast<BIBPositionableStream_SeekOrigin>(origin)));
-    }
-    unsigned long Mark() const {
-        unsigned long position = 0;
-        TakeMessage(fPositionable.Mark(fStream, &position));
-        return position;
-    }
-
-    _t_BIBSimpleStreamInterface fSimple;
-    _t_BIBRewindableStreamInterface fRewindable;
-    _t_BIBPositionableStreamInterface fPositionable;
-    BIBPositionableStream* fStream;
-};
 
 // Every test begins with no failure ordered and ends with what was alive when it began.
 class RuntimeTest : public ::testing::Test {
 protected:
-    void SetUp() override {
-        Rows<_t_BIBMemoryInterface>();
-        fBefore = bibrt::CountLive();
-    }
     void TearDown() override {
         bibrt::ResetFailures();
         bibrt::LiveCounts const now = bibrt::CountLive();
@@ -173,7 +94,8 @@ protected:
     }
 
 private:
-    bibrt::LiveCounts fBefore = {};
+    // The first lookup starts the runtime, which makes what never goes.
+    bibrt::LiveCounts fBefore = (Atoms(), bibrt::CountLive());
 };
 
 } // namespace runtimetest

@@ -31,7 +31,7 @@ inline void ReplaceMarkedWords(POSDict* dict) {
     for (Cursors().Begin(cursor); !Cursors().IsDone(cursor); Cursors().Next(cursor)) {
         Atom const key(Cursors().CurKey(cursor));
         auto* const word = As<POSString>(Dicts().Get(dict, key));
-        char const* const text = Rows<_t_POSStringInterface>().Get(word);
+        char const* const text = Ours().Strings().Get(word);
         if (text && (*text == '$' || *text == '#')) {
             POSBinData* const string = Rows<_t_POSBinDataInterface>().NewPOSBinData(
                 *text == '$' ? "JoboptionsString" : "JoboptionsUnicodeString",
@@ -44,7 +44,7 @@ inline void ReplaceMarkedWords(POSDict* dict) {
 
 // The value of a text, unowned, in which marked words stand for strings.
 inline POSObject* NewSettings(std::string const& text) {
-    POSObject* const settings = Rows<_t_POSObjectStatics>().CreateFromText(text.c_str(), nullptr);
+    POSObject* const settings = Ours().Parse(text.c_str());
     if (Dicts().IsPOSDict(settings) != 0) {
         Containers().AddRef(As<BIBContainer>(settings));
         ReplaceMarkedWords(As<POSDict>(settings));
@@ -57,15 +57,11 @@ inline POSObject* NewSettings(std::string const& text) {
 class Validator {
 public:
     explicit Validator(std::string const& schema)
-        : Validator(
-              As<POSDict>(Rows<_t_POSObjectStatics>().CreateFromText(schema.c_str(), nullptr))) {}
+        : Validator(As<POSDict>(Ours().Parse(schema.c_str()))) {}
     explicit Validator(POSDict* schema)
-        : fSelf(Rows<_t_POSStructValidatorInterface>().NewPOSStructValidator(schema)) {
-        if (fSelf) {
-            fMethods = conformance::LoadMethods<_t_POSValidatorVirtualInterface>(
-                &BIBRuntimeLookup, static_cast<POSValidator*>(fSelf));
-        }
-    }
+        : fSelf(Rows<_t_POSStructValidatorInterface>().NewPOSStructValidator(schema)),
+          fMethods(
+              Ours().Methods<_t_POSValidatorVirtualInterface>(static_cast<POSValidator*>(fSelf))) {}
 
     operator POSValidator*() const { return fSelf; }
 
@@ -93,7 +89,7 @@ public:
     }
 
     Held<POSValidator> fSelf;
-    _t_POSValidatorVirtualInterface fMethods = {};
+    _t_POSValidatorVirtualInterface fMethods;
 };
 
 } // namespace runtimetest

@@ -20,7 +20,7 @@ std::string gNames;
 long AcceptOnly(
     POSObject* value, BIBStringAtom* key, BIBSharedBuffer* /*message*/, void const* data) {
     gNames += std::string(Atoms().GetCString(key)) + " ";
-    return NumberAt(value) == *static_cast<double const*>(data) ? 1 : 0;
+    return Ours().NumberOf(value) == *static_cast<double const*>(data) ? 1 : 0;
 }
 
 class ValidatorTest : public RuntimeTest {};
@@ -32,14 +32,10 @@ struct RuleCase {
 };
 
 constexpr RuleCase kRuleCases[] = {
-    {"boolean", "false", ""},
     {"boolean", "", "K expected a boolean, found nothing"},
-    {"boolean", "3", "K expected a boolean, found the number 3"},
     {"number", "-1e300", ""},
     {"number", "true", "K expected a number, found the boolean true"},
-    {"integer", "-4", ""},
     {"integer", "2.5", "K expected an integer, found the number 2.5"},
-    {"name", "Foo", ""},
     {"name", "true", "K expected a name, found the boolean true"},
     {"name", "$text", "K expected a name, found the string (text)"},
     {"string", "$", ""},
@@ -47,30 +43,24 @@ constexpr RuleCase kRuleCases[] = {
     {"string", "#FEFF", "K expected a string, found the hexadecimal string <FEFF>"},
     {"hexstring", "#FEFF", ""},
     {"hexstring", "[]", "K expected a hexadecimal string, found an array"},
-    {"array", "[ 1 x ]", ""},
     {"array", "<>", "K expected an array, found a dictionary"},
     {"dictionary", "< a 1 >", ""},
     {"dictionary", "(caf\xC3\xA9 \\n)", "K expected a dictionary, found the name caf?? ?"},
-    {"any", "<>", ""},
     {"any", "", "K expected a value, found nothing"},
     {"T", "<>", "K/n expected a number, found nothing"},
     {"T", "< n 1 o 1 unknown x >", "K/o expected a boolean, found the number 1"},
     {"T", "x", "K expected a dictionary, found the name x"},
-    {"< type number min 1 max 10 >", "12", "K expected a number from 1 to 10, found 12"},
     {"< type integer min 1 max 10 >", "0", "K expected an integer from 1 to 10, found 0"},
-    {"< type number min 1 >", "0.5", "K expected a number of at least 1, found 0.5"},
     {"< type number max 10 >", "10.5", "K expected a number of at most 10, found 10.5"},
     {"< type number max 0.1 >", "0.100000001490116", ""},
     {"< type number min 0.7 >", "0.699999988079071", ""},
     {"< type number in [ 1.2 1.3 ] >", "1.29999995231628", ""},
     {"< type integer in [ -1 1 2 ] >", "3", "K 3 is not one of -1, 1, 2"},
-    {"< type name in [ a b ] >", "b", ""},
     {"< type name in [ a b ] >", "B", "K /B is not one of /a, /b"},
     {"< type string in [ a (b c) ] >", "($b c)", ""},
     {"< type string in [ a (b c) ] >", "$b", "K (b) is not one of (a), (b c)"},
     {"< type boolean in [ true ] >", "false", "K false is not one of true"},
     {"< type number in [ 5 ] min 7 >", "6", "K 6 is not one of 5"},
-    {"< type array count 4 >", "[ 1 2 3 ]", "K expected 4 elements, found 3"},
     {"< type array count 1 check Six >", "[ 1 2 ]", "K expected 1 element, found 2"},
     {"< type array count 1 of T >",
      "[ <> 1 ]",
@@ -87,10 +77,6 @@ constexpr RuleCase kRuleCases[] = {
      "K expected a value that the check Six allows, found the number 5"},
     {"< type number max 4 check Six >", "5", "K expected a number of at most 4, found 5"},
     {"Speaks", "5", "K says so"},
-    {"numbr",
-     "1",
-     "K cannot be validated: the schema says numbr, which is not a kind, structure or registered "
-     "check"},
     {"numbr",
      "",
      "K cannot be validated: the schema says numbr, which is not a kind, structure or registered "
@@ -141,6 +127,10 @@ TEST_F(ValidatorTest, TheValueItselfStandsUnderTheStructuresName) {
     EXPECT_EQ(validator.Validate(NewSettings("<>"), "a b"), "k expected a number, found nothing");
     Validator const odd("< S < (a\\nb c) number > >");
     EXPECT_EQ(odd.Validate(NewSettings("<>")), "a_b_c expected a number, found nothing");
+    Validator const empty("< S < (a\\177 b) number () T > T < x number > >");
+    EXPECT_EQ(
+        empty.Validate(NewSettings("< () < > >")),
+        "a__b expected a number, found nothing|_/x expected a number, found nothing");
 }
 
 TEST_F(ValidatorTest, LongTextsAreCutShort) {
@@ -156,7 +146,7 @@ TEST_F(ValidatorTest, ValuesOfNoKindOfTheSchemasAreToldSo) {
     unsigned short const noUnits[] = {0};
     Validator const validator("< S < K name > >");
     POSObject* const values[] = {
-        As<POSObject>(NewMemoryStream()),
+        As<POSObject>(conformance::NewMemoryStream(Ours())),
         As<POSObject>(Rows<_t_POSUnicodeStringInterface>().NewPOSUnicodeString(noUnits)),
         As<POSObject>(Rows<_t_POSBinDataInterface>().NewPOSBinData("other", nullptr, 0))};
     for (POSObject* const value : values) {
@@ -171,9 +161,9 @@ TEST_F(ValidatorTest, ValuesOfNoKindOfTheSchemasAreToldSo) {
 TEST_F(ValidatorTest, NumbersThatAreNoNumbersAreOutOfEveryRange) {
     Validator const validator("< S < K < type number min -1 max 1 > > I < K integer > >");
     Held const settings(Dicts().NewPOSDict());
-    Put(settings, "K", NewNumber(std::numeric_limits<double>::quiet_NaN()));
+    Put(settings, "K", Ours().NewNumber(std::numeric_limits<double>::quiet_NaN()));
     EXPECT_EQ(validator.Validate(settings.Value()), "K expected a number from -1 to 1, found nan");
-    Put(settings, "K", NewNumber(std::numeric_limits<double>::infinity()));
+    Put(settings, "K", Ours().NewNumber(std::numeric_limits<double>::infinity()));
     EXPECT_EQ(validator.Validate(settings.Value()), "K expected a number from -1 to 1, found inf");
     EXPECT_EQ(
         validator.Validate(settings.Value(), "I"), "K expected an integer, found the number inf");
@@ -181,16 +171,12 @@ TEST_F(ValidatorTest, NumbersThatAreNoNumbersAreOutOfEveryRange) {
 
 TEST_F(ValidatorTest, WrongArgumentsNeverPass) {
     auto const& rows = Rows<_t_POSStructValidatorInterface>();
-    Held const number(NewNumber(1));
-    EXPECT_EQ(rows.NewPOSStructValidator(nullptr), nullptr);
+    Held const number(Ours().NewNumber(1));
     EXPECT_EQ(rows.NewPOSStructValidator(As<POSDict>(number.Value())), nullptr);
-    Validator validator("< S <> >");
-    EXPECT_FALSE(validator.Register("C", nullptr));
+    Validator const validator("< S <> >");
     EXPECT_EQ(rows.RegisterCallbackProc(validator, nullptr, &Refuse, nullptr), 0);
     EXPECT_EQ(rows.ValidateSchema(As<POSValidator>(number.Value()), &Messages::Add), 0);
-    EXPECT_FALSE(validator.Passes(nullptr));
     EXPECT_EQ(validator.fMethods.Validate(validator, number, nullptr, &Messages::Add), 0);
-    EXPECT_EQ(validator.fMethods.Validate(validator, number, Atom("S"), nullptr), 0);
     EXPECT_EQ(Messages::Take(), "");
 }
 
@@ -201,7 +187,6 @@ TEST_F(ValidatorTest, ExceptionsOfCallbacksPassThrough) {
         validator.fMethods.Validate(validator, settings, Atom("S"), errorProc);
     };
     validator.Register("C", &Refuse);
-    EXPECT_THROW(validate([](char const*) { throw 1; }), int);
     EXPECT_THROW(validate([](char const*) { throw std::bad_alloc(); }), std::bad_alloc);
     validator.Register("C", [](POSObject*, BIBStringAtom*, BIBSharedBuffer*, void const*) -> long {
         throw std::length_error("host");
@@ -223,7 +208,7 @@ TEST_F(ValidatorTest, SettingsAreAliveUntilTheEndAndUnownedOnesStaySo) {
     EXPECT_EQ(validator.fMethods.Validate(validator, value, Atom("S"), &DropSettings), 0);
     POSObject* const unowned = NewSettings("< a 1 b 2 >");
     EXPECT_TRUE(validator.Passes(unowned));
-    EXPECT_NE(Containers().DeleteUnownedContainer(As<BIBContainer>(unowned)), 0);
+    EXPECT_TRUE(Discard(unowned));
 }
 
 POSValidator* gValidator = nullptr;
@@ -234,12 +219,10 @@ void DropValidator(char const* message) {
 
 TEST_F(ValidatorTest, IsAliveUntilTheEnd) {
     Held const settings(NewSettings("< a x >"));
-    auto* const schema = As<POSDict>(Rows<_t_POSObjectStatics>().CreateFromText(
-        "< S < a number b number c number > >", nullptr));
+    auto* const schema = As<POSDict>(Ours().Parse("< S < a number b number c number > >"));
     gValidator = Rows<_t_POSStructValidatorInterface>().NewPOSStructValidator(schema);
     Containers().AddRef(As<BIBContainer>(gValidator));
-    auto const methods =
-        conformance::LoadMethods<_t_POSValidatorVirtualInterface>(&BIBRuntimeLookup, gValidator);
+    auto const methods = Ours().Methods<_t_POSValidatorVirtualInterface>(gValidator);
     EXPECT_EQ(methods.Validate(gValidator, settings, Atom("S"), &DropValidator), 0);
     EXPECT_EQ(
         Messages::Take(),
@@ -247,21 +230,14 @@ TEST_F(ValidatorTest, IsAliveUntilTheEnd) {
         "|c expected a number, found nothing");
 }
 
-TEST_F(ValidatorTest, AKeyWithoutAPrintableNameIsShownAllTheSame) {
-    Validator const validator("< S < (a\\177 b) number () T > T < x number > >");
-    EXPECT_EQ(
-        validator.Validate(NewSettings("< () < > >")),
-        "a__b expected a number, found nothing|_/x expected a number, found nothing");
-}
-
 TEST_F(ValidatorTest, AnArrayThatLostAnElementIsNoArray) {
     Validator const validator("< S < K array > >");
     Held const settings(As<POSDict>(NewSettings("< K [ 1 ] >")));
-    Held const number(NewNumber(1));
+    Held const number(Ours().NewNumber(1));
     auto* const array = As<POSArray>(Dicts().Get(settings, Atom("K")));
     unsigned long kept = 0;
     bibrt::FailAllocation(1, /*andAllLater=*/true);
-    while (Rows<_t_POSArrayInterface>().Append(array, number) != 0 && kept < 1000) {
+    while (Arrays().Append(array, number) != 0 && kept < 1000) {
         ++kept;
     }
     bibrt::ResetFailures();
@@ -270,8 +246,7 @@ TEST_F(ValidatorTest, AnArrayThatLostAnElementIsNoArray) {
 }
 
 TEST_F(ValidatorTest, AStructureThatIsItsOwnOptionalPartEnds) {
-    auto const& statics = Rows<_t_POSObjectStatics>();
-    Held const schema(As<POSDict>(statics.CreateFromText("< S < a number > >", nullptr)));
+    Held const schema(As<POSDict>(Ours().Parse("< S < a number > >")));
     Held const structure(As<POSDict>(Dicts().Get(schema, Atom("S"))));
     Put(structure, "optional", structure.Value());
     {
