@@ -11,7 +11,7 @@ std::span<Group const* const> AllGroups() {
     static constexpr Group const* kGroups[] = {
         &kPresence, &kRegistry,  &kMemory,    &kAtoms,       &kErrors,     &kContainers,
         &kBuffers,  &kStreams,   &kScalars,   &kArrays,      &kDicts,      &kCursors,
-        &kNotation, &kValidator, &kCaches,    &kFiles,       &kThreads,    &kDumps,
+        &kNotation, &kValidator, &kCaches,    &kOwnStreams,  &kThreads,    &kDumps,
         &kRules,    &kSchemas,   &kComponent, &kMissingRows, &kFailingRows};
     return kGroups;
 }

@@ -20,7 +20,7 @@ extern Group const kCursors;
 extern Group const kNotation;
 extern Group const kValidator;
 extern Group const kCaches;
-extern Group const kFiles;
+extern Group const kOwnStreams;
 extern Group const kThreads;
 extern Group const kDumps;
 extern Group const kRules;

@@ -1,6 +1,7 @@
 // What only the project's own runtime promises: caches, several threads, the whole schema language.
 #include "conformance/Group.h"
 #include "conformance/Groups.h"
+#include "conformance/StructValidator.h"
 
 #include <atomic>
 #include <thread>
@@ -306,21 +307,10 @@ constexpr Check kThreadChecks[] = {
 
 // The messages, in the words of the project's own runtime.
 
-thread_local std::string gMessage;
-
-std::string MessageFor(Runtime const& runtime, char const* rule, char const* value) {
-    std::string const schema = std::string("< S < optional < K ") + rule + " > > >";
-    std::string const settings = std::string("< K ") + value + " >";
-    auto const rows = runtime.Rows<_t_POSStructValidatorInterface>();
-    auto const dict = runtime.Hold(As<POSDict>(runtime.Parse(schema.c_str())));
-    auto const validator = runtime.Hold(rows.NewPOSStructValidator(dict));
-    auto const methods =
-        runtime.Methods<_t_POSValidatorVirtualInterface>(static_cast<POSValidator*>(validator));
-    auto const object = runtime.Hold(runtime.Parse(settings.c_str()));
-    gMessage.clear();
-    methods.Validate(
-        validator, object, Atom(runtime, "S"), [](char const* message) { gMessage = message; });
-    return gMessage;
+std::string MessageFor(Runtime const& runtime, std::string const& rule, std::string const& value) {
+    StructValidator const validator(runtime, "< S < optional < K " + rule + " > > >");
+    auto const messages = validator.Validate(runtime.Parse(("< K " + value + " >").c_str()), "S");
+    return messages.empty() ? "" : messages.back();
 }
 
 void SaysWhatItExpects(Runtime const& runtime) {

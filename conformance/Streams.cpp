@@ -97,7 +97,9 @@ struct Client {
     unsigned long fPosition = 0;
     std::string fWritten;
     int fDeleted = 0;
+    int fErrors = 0; // made and not destroyed
     bool fFails = false;
+    bool fThrows = false;
     Runtime const* fRuntime = nullptr;
 };
 
@@ -105,12 +107,23 @@ Client& ClientOf(void* data) {
     return *static_cast<Client*>(data);
 }
 
-BIBError* ClientError(Client const& client) {
-    return client.fRuntime->Errors().NewError("the client's own", "client", 7, nullptr, nullptr);
+constexpr unsigned long kLost = ~0UL;
+
+// From now on the client has no position.
+BIBError* ClientError(Client& client) {
+    client.fPosition = kLost;
+    ++client.fErrors;
+    return client.fRuntime->Errors().NewError(
+        "the client's own", "client", 7, &client.fErrors, [](void* errors) {
+            --*static_cast<int*>(errors);
+        });
 }
 
 BIBError* ClientRead(void* data, unsigned long* count, unsigned char* buffer, unsigned long size) {
     Client& client = ClientOf(data);
+    if (client.fThrows) {
+        throw 7;
+    }
     if (client.fFails) {
         return ClientError(client);
     }
@@ -139,6 +152,9 @@ BIBError* ClientMark(void* data, unsigned long* position) {
 
 BIBError* ClientSeek(void* data, long offset, BIBPositionableStream_SeekOrigin origin) {
     Client& client = ClientOf(data);
+    if (client.fPosition == kLost) {
+        return ClientError(client);
+    }
     long const base = origin == kBIBSeekFromEnd       ? 5
                       : origin == kBIBSeekFromCurrent ? static_cast<long>(client.fPosition)
                                                       : 0;
@@ -209,6 +225,23 @@ void ReportsMissingProcedures(Runtime const& runtime) {
     runtime.Fail("Seek without a procedure", stream.TrySeek(0, kBIBSeekFromStart));
 }
 
+void RestoresThePositionOfTheClient(Runtime const& runtime) {
+    Client client;
+    Stream const first(runtime, NewClientStream(runtime, client, kClientProcs));
+    Stream const second(runtime, first.Second());
+    first.Seek(3, kBIBSeekFromStart);
+    Expect("what the second stream reads", std::string("by"), second.Read(5));
+    Expect("the position of the first one", 3UL, first.Mark());
+    client.fFails = true;
+    std::string text;
+    // The way back fails too.
+    Expect(
+        "the message of Read",
+        std::string("the client's own"),
+        runtime.TakeMessage(second.TryRead(text, 1)));
+    Expect("errors that were not released", 0, client.fErrors);
+}
+
 void HasThreeLevels(Runtime const& runtime) {
     auto const streams = runtime.Streams();
     Client client;
@@ -259,6 +292,9 @@ constexpr Check kStreamChecks[] = {
     {"stream.client-missing",
      "An operation without its procedure is an error.",
      &ReportsMissingProcedures},
+    {"stream.client-second",
+     "A second stream on a client stream has a position of its own, or restores that of the first.",
+     &RestoresThePositionOfTheClient},
     {"stream.levels",
      "Simple, rewindable and positionable streams have the methods of their level.",
      &HasThreeLevels},
@@ -306,24 +342,81 @@ void WorksOnFiles(Runtime const& runtime) {
 }
 
 void ReportsMissingFiles(Runtime const& runtime) {
-    BIBPositionableStream* stream = nullptr;
-    runtime.Fail(
-        "NewPositionableFileStream of a missing file",
-        runtime.Streams().NewPositionableFileStream(&stream, "/nonexistent/file", 0));
+    for (auto const& [path, why] :
+         {std::pair("/nonexistent/file", "No such file or directory"),
+          std::pair("/tmp", "Is a directory")}) {
+        BIBPositionableStream* stream = nullptr;
+        Expect(
+            "the message of NewPositionableFileStream",
+            path + std::string(": cannot open: ") + why,
+            runtime.TakeMessage(runtime.Streams().NewPositionableFileStream(&stream, path, 0)));
+    }
 }
 
-constexpr Check kFileChecks[] = {
+void PassesExceptionsOfTheClient(Runtime const& runtime) {
+    Client client;
+    Stream const first(runtime, NewClientStream(runtime, client, kClientProcs));
+    Stream const second(runtime, first.Second());
+    first.Seek(3, kBIBSeekFromStart);
+    client.fThrows = true;
+    bool isCaught = false;
+    try {
+        second.Read(1);
+    } catch (int) {
+        isCaught = true;
+    }
+    Require(isCaught, "the exception of a procedure reaches the caller", "it does not");
+    Expect("the position of the first stream", 3UL, first.Mark());
+}
+
+void ServesItsBlocks(Runtime const& runtime) {
+    Stream const stream(runtime, NewMemoryStream(runtime));
+    stream.Write("0123456789");
+    stream.Rewind();
+    auto const blocks = runtime.Methods<_t_BIBDataBlockStreamInterface>(stream.Self());
+    auto const sized = runtime.Methods<_t_BIBSizedDataStoreInterface>(stream.Self());
+    auto const store = runtime.Methods<_t_BIBDataStoreInterface>(stream.Self());
+    auto* const self = As<BIBDataBlockStream>(stream.Self());
+    unsigned char const* block = nullptr;
+    unsigned long size = 0;
+    runtime.Succeed("GetNextBlock", blocks.GetNextBlock(self, &block, &size));
+    Expect(
+        "the only block",
+        std::string("0123456789"),
+        std::string(reinterpret_cast<char const*>(block), size));
+    runtime.Succeed("GetNextBlock", blocks.GetNextBlock(self, &block, &size));
+    Expect("the size at the end", 0UL, size);
+    runtime.Succeed("Rewind", blocks.Rewind(self));
+    Expect("the position at the first block", 0UL, stream.Mark());
+    runtime.Succeed("GetSize", sized.GetSize(As<BIBSizedDataStore>(self), &size));
+    Expect("the size", 10UL, size);
+    unsigned char bytes[4] = {};
+    runtime.Succeed("GetBlock", store.GetBlock(As<BIBDataStore>(self), 8, bytes, 4, &size));
+    Expect(
+        "what is behind offset 8",
+        std::string("89"),
+        std::string(reinterpret_cast<char const*>(bytes), size));
+}
+
+constexpr Check kOwnStreamChecks[] = {
     {"file.stream",
      "A file stream reads and writes the file; with writable zero, writing is an error. "
      "An existing file keeps its bytes.",
      &WorksOnFiles},
-    {"file.missing", "With writable zero the file must exist.", &ReportsMissingFiles},
+    {"file.missing",
+     "With writable zero the file must exist; the message names it.",
+     &ReportsMissingFiles},
+    {"stream.client-throws",
+     "Exceptions of the client's procedures reach the caller, and the position is restored.",
+     &PassesExceptionsOfTheClient},
+    {"stream.blocks", "A memory stream is a data source of every kind.", &ServesItsBlocks},
 };
 
 } // namespace
 
 constinit Group const kStreams = {
     "streams", "BIBStreamFactoryInterface", Demand::kRequired, kStreamChecks};
-constinit Group const kFiles = {"files", "BIBStreamFactoryInterface", Demand::kStrict, kFileChecks};
+constinit Group const kOwnStreams = {
+    "own-streams", "BIBStreamFactoryInterface", Demand::kStrict, kOwnStreamChecks};
 
 } // namespace conformance

@@ -1,19 +1,13 @@
 // The validator: kinds, checks, the form of messages, and what else rules may say.
 #include "conformance/Group.h"
 #include "conformance/Groups.h"
+#include "conformance/StructValidator.h"
 
 #include <cstring>
-#include <vector>
 
 namespace conformance {
 
 namespace {
-
-thread_local std::vector<std::string>* gMessages = nullptr;
-
-void Keep(char const* message) {
-    gMessages->emplace_back(message ? message : "(null)");
-}
 
 // A check that accepts 7 alone; with user data, it writes that as its message.
 long AcceptSeven(
@@ -30,57 +24,21 @@ long Explain(
     return 0;
 }
 
-class Validator {
+class Validator : public StructValidator {
 public:
     Validator(Runtime const& runtime, char const* schema)
-        : fRuntime(runtime),
-          fRows(runtime.Rows<_t_POSStructValidatorInterface>()),
-          fSchema(runtime.Hold(As<POSDict>(runtime.Parse(schema)))),
-          fSelf(runtime.Hold(fRows.NewPOSStructValidator(fSchema))),
-          fMethods(
-              runtime.Methods<_t_POSValidatorVirtualInterface>(static_cast<POSValidator*>(fSelf))) {
-        Register("Seven", &AcceptSeven);
-        Register("Explained", &Explain);
+        : StructValidator(runtime, schema),
+          fRuntime(runtime) {
+        Register("Seven", &AcceptSeven, &runtime);
+        Register("Explained", &Explain, &runtime);
     }
 
-    void Register(char const* name, POSValidatorCheckCallback check) const {
-        Require(
-            fRows.RegisterCallbackProc(fSelf, Atom(fRuntime, name), check, &fRuntime) != 0,
-            "nonzero of RegisterCallbackProc",
-            "zero");
-    }
-
-    // The messages about settings in the notation. Fails if the result does not fit them.
     std::vector<std::string> Validate(char const* settings) const {
-        auto const value = fRuntime.Hold(fRuntime.Parse(settings));
-        return Collect(
-            [&] { return fMethods.Validate(fSelf, value, Atom(fRuntime, "Settings"), &Keep); });
+        return StructValidator::Validate(fRuntime.Parse(settings), "Settings");
     }
-    std::vector<std::string> ValidateSchema() const {
-        return Collect([&] { return fRows.ValidateSchema(fSelf, &Keep); });
-    }
-
-    POSValidator* Self() const { return fSelf; }
-    _t_POSValidatorVirtualInterface const& Methods() const { return fMethods; }
 
 private:
-    template <class Work>
-    static std::vector<std::string> Collect(Work work) {
-        std::vector<std::string> messages;
-        gMessages = &messages;
-        long const isValid = work();
-        Require(
-            (isValid != 0) == messages.empty(),
-            "nonzero if there was no message, zero otherwise",
-            std::to_string(messages.size()) + " messages");
-        return messages;
-    }
-
     Runtime const& fRuntime;
-    _t_POSStructValidatorInterface fRows;
-    Held<POSDict> fSchema;
-    Held<POSValidator> fSelf;
-    _t_POSValidatorVirtualInterface fMethods;
 };
 
 // Expects that these settings have exactly one message, about that path, or with a null path none.
@@ -177,7 +135,16 @@ void ChecksSchemas(Runtime const& runtime) {
 void RefusesInvalidArguments(Runtime const& runtime) {
     Validator const validator(runtime, kSchema);
     auto const rows = runtime.Rows<_t_POSStructValidatorInterface>();
+    auto const number = runtime.Hold(runtime.NewNumber(1));
     Expect("a validator on null", nullptr, rows.NewPOSStructValidator(nullptr));
+    Expect(
+        "a validator on a number",
+        nullptr,
+        rows.NewPOSStructValidator(As<POSDict>(number.Value())));
+    Expect(
+        "RegisterCallbackProc without a name",
+        0L,
+        rows.RegisterCallbackProc(validator.Self(), nullptr, &AcceptSeven, &runtime));
     Expect(
         "RegisterCallbackProc without a check",
         0L,
@@ -196,17 +163,24 @@ void RefusesInvalidArguments(Runtime const& runtime) {
 
 void PassesExceptions(Runtime const& runtime) {
     Validator const validator(runtime, kSchema);
-    auto const value = runtime.Hold(runtime.Parse("< Needed A >"));
-    Atom const key(runtime, "Settings");
-    bool isCaught = false;
-    try {
-        validator.Methods().Validate(
-            validator.Self(), value, key, [](char const* /*message*/) { throw 42; });
-    } catch (int thrown) {
-        isCaught = thrown == 42;
-    }
+    validator.Register(
+        "Seven",
+        [](POSObject*, BIBStringAtom*, BIBSharedBuffer*, void const*) -> long { throw 42; });
+    auto const passes = [&](char const* settings, POSValidatorErrorCallback errorProc) {
+        auto const value = runtime.Hold(runtime.Parse(settings));
+        try {
+            validator.Methods().Validate(
+                validator.Self(), value, Atom(runtime, "Settings"), errorProc);
+        } catch (int thrown) {
+            return thrown == 42;
+        }
+        return false;
+    };
     Require(
-        isCaught, "the exception of the procedure for messages reaches the caller", "it does not");
+        passes("< Needed A >", [](char const* /*message*/) { throw 42; }) &&
+            passes("< Needed 1 Checked 7 >", nullptr),
+        "the exception of a callback reaches the caller",
+        "it does not");
     ExpectMessage(validator, "< Needed 1 >", nullptr);
 }
 

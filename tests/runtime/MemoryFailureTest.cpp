@@ -1,6 +1,7 @@
 // Every operation that needs memory, with each of its allocations failing in turn.
 #include "ValidatorFixture.h"
 
+#include <filesystem>
 #include <functional>
 
 namespace runtimetest {
@@ -58,19 +59,6 @@ std::function<bool()> Maker(Make make, Release release) {
     };
 }
 
-TEST_F(MemoryFailureTest, NewObjectsOfOtherKinds) {
-    auto const& caches = Rows<_t_BIBCacheInterface>();
-    auto const& buffers = Rows<_t_BIBSharedBuffInterface>();
-    auto const newBuffer = [&] { return buffers.NewBuffer(8, nullptr, nullptr, nullptr, nullptr); };
-    for (auto const& attempt :
-         {Maker(caches.NewCacheID, caches.Release),
-          Maker(caches.NewCacheSet, caches.DeleteCacheSet),
-          Maker(caches.NewCachePurge, caches.DeleteCachePurge),
-          Maker(newBuffer, buffers.Release)}) {
-        EXPECT_GT(FailEach(attempt), 0U);
-    }
-}
-
 void Increment(void* counter) {
     ++*static_cast<int*>(counter);
 }
@@ -82,6 +70,13 @@ TEST_F(MemoryFailureTest, WhatIsGivenStaysTheCallers) {
     auto const& buffers = Rows<_t_BIBSharedBuffInterface>();
     BIBClientStreamProcs const procs = {nullptr, nullptr, nullptr, nullptr, nullptr, &Increment};
     Atom const name("HostThing");
+    auto const& caches = Rows<_t_BIBCacheInterface>();
+    for (auto const& attempt :
+         {Maker(caches.NewCacheID, caches.Release),
+          Maker(caches.NewCacheSet, caches.DeleteCacheSet),
+          Maker(caches.NewCachePurge, caches.DeleteCachePurge)}) {
+        EXPECT_GT(FailEach(attempt), 0U);
+    }
     std::function<bool()> const attempts[] = {
         Maker(
             [&] {
@@ -117,6 +112,23 @@ TEST_F(MemoryFailureTest, WhatIsGivenStaysTheCallers) {
         EXPECT_GT(FailEach(attempt), 0U);
         EXPECT_EQ(std::exchange(freed, 0), 1) << &attempt - attempts;
     }
+}
+
+long CountOpenFiles() {
+    auto const entries = std::filesystem::directory_iterator("/proc/self/fd");
+    return std::distance(begin(entries), end(entries));
+}
+
+TEST_F(MemoryFailureTest, FilesAreClosed) {
+    long const before = CountOpenFiles();
+    EXPECT_GT(
+        FailEach([] {
+            BIBPositionableStream* stream = nullptr;
+            TakeMessage(Ours().Streams().NewPositionableFileStream(&stream, "/proc/self/exe", 0));
+            return Discard(stream);
+        }),
+        0U);
+    EXPECT_EQ(CountOpenFiles(), before);
 }
 
 TEST_F(MemoryFailureTest, RegistrationsLeaveNothing) {
@@ -178,7 +190,7 @@ void KeepMessage(char const* message) {
 // What runs out of memory while it is validated has not passed.
 TEST_F(MemoryFailureTest, ValidateAndValidateSchema) {
     auto const& rows = Rows<_t_POSStructValidatorInterface>();
-    Validator validator(
+    Validator const validator(
         "< S < a < type array of S > optional < c C d < type name default x > > > >");
     Held const settings(NewSettings("< a [ < a [] > < a [ < a [] c 1 > ] c 1 > ] c 2 >"));
     Atom const name("S");
@@ -186,7 +198,7 @@ TEST_F(MemoryFailureTest, ValidateAndValidateSchema) {
     auto const accept = [](POSObject*, BIBStringAtom*, BIBSharedBuffer*, void const*) -> long {
         return 1;
     };
-    EXPECT_NE(rows.RegisterCallbackProc(validator, check, accept, nullptr), 0);
+    EXPECT_NE(rows.RegisterCallbackProc(validator.Self(), check, accept, nullptr), 0);
     auto const validate = [](bool isClean) {
         EXPECT_STREQ(isClean ? "" : "out-of-memory", std::exchange(gLastMessage, ""));
         return isClean;
@@ -195,16 +207,18 @@ TEST_F(MemoryFailureTest, ValidateAndValidateSchema) {
     EXPECT_GT(
         FailEach([&] {
             return validate(
-                validator.fMethods.Validate(validator, settings, name, &KeepMessage) != 0);
+                validator.Methods().Validate(validator.Self(), settings, name, &KeepMessage) != 0);
         }),
         3U);
     EXPECT_GT(
-        FailEach([&] { return validate(rows.ValidateSchema(validator, &KeepMessage) != 0); }), 3U);
+        FailEach(
+            [&] { return validate(rows.ValidateSchema(validator.Self(), &KeepMessage) != 0); }),
+        3U);
     // One that lost a check passes nothing any more.
     bibrt::FailAllocation(1, /*andAllLater=*/true);
-    EXPECT_EQ(rows.RegisterCallbackProc(validator, name, accept, nullptr), 0);
+    EXPECT_EQ(rows.RegisterCallbackProc(validator.Self(), name, accept, nullptr), 0);
     bibrt::ResetFailures();
-    EXPECT_FALSE(validate(rows.ValidateSchema(validator, &KeepMessage) != 0));
+    EXPECT_FALSE(validate(rows.ValidateSchema(validator.Self(), &KeepMessage) != 0));
 }
 
 // A collection that lost a value: no reference, no clone, and neither for what it is put into.

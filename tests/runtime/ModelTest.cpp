@@ -7,7 +7,6 @@
 #include <deque>
 #include <map>
 #include <random>
-#include <utility>
 #include <vector>
 
 namespace runtimetest {
@@ -204,98 +203,61 @@ TEST_F(StreamModelTest, BehavesLikeAString) {
 // holds.
 class AtomModelTest : public ModelTest {
 protected:
-    static constexpr std::size_t kMostReleased = 1024;
-
     // Makes the released atoms known.
     void SetUp() override {
-        ModelTest::SetUp();
-        for (std::size_t i = 0; i < kMostReleased; ++i) {
-            std::string const text = "first" + std::to_string(i);
-            BIBStringAtom* const atom = Atoms().NewStringAtom(text.c_str());
-            Atoms().DeleteStringAtom(atom);
-            fReleased.emplace_back(text, atom);
+        for (int i = 0; i < 1024; ++i) {
+            fReleased.push_back("first" + std::to_string(i));
+            Atom const atom(fReleased.back());
         }
-        fOthers = bibrt::CountLive().fAtoms;
     }
     void TearDown() override {
         while (!fHeld.empty()) {
-            ReleaseOne();
+            Release(fHeld.begin());
         }
         ModelTest::TearDown();
     }
 
-    void Take() {
-        std::string const text = std::to_string(Random(3000));
+    void Take(std::string const& text) {
         auto const held = fHeld.find(text);
-        auto const released =
-            std::ranges::find(fReleased, text, &std::pair<std::string, BIBStringAtom*>::first);
-        bool const isThere = held != fHeld.end() || released != fReleased.end();
-        bool const hasNoMemory = Random(3) == 0;
-        if (hasNoMemory) {
-            bibrt::FailAllocation(1, /*andAllLater=*/true);
-        }
-        BIBStringAtom* const atom = Atoms().NewStringAtom(text.c_str());
+        auto const released = std::ranges::find(fReleased, text);
+        bibrt::FailAllocation(1, /*andAllLater=*/true);
+        BIBStringAtom* atom = Atoms().NewStringAtom(text.c_str());
         bibrt::ResetFailures();
-        if (hasNoMemory && !isThere) {
-            ASSERT_EQ(atom, nullptr) << text;
-            return;
-        }
+        ASSERT_EQ(atom != nullptr, held != fHeld.end() || released != fReleased.end()) << text;
+        atom = atom ? atom : Atoms().NewStringAtom(text.c_str());
         ASSERT_STREQ(Atoms().GetCString(atom), text.c_str());
-        if (held != fHeld.end()) {
-            ASSERT_EQ(atom, held->second.fAtom);
-            ++held->second.fReferences;
-            return;
-        }
+        ASSERT_EQ(atom, held != fHeld.end() ? held->second : atom);
         if (released != fReleased.end()) {
-            ASSERT_EQ(atom, released->second);
-            *released = {}; // its turn to be freed remains
+            released->clear(); // its turn to be freed remains
         }
-        fHeld[text] = {atom, 1};
+        fTexts += held == fHeld.end() ? 1U : 0U;
+        fHeld.emplace(text, atom);
     }
-
-    void ReleaseOne() {
-        auto const held =
-            std::next(fHeld.begin(), static_cast<std::ptrdiff_t>(Random(fHeld.size())));
-        Atoms().DeleteStringAtom(held->second.fAtom);
-        if (--held->second.fReferences > 0) {
-            return;
-        }
-        fReleased.emplace_back(held->first, held->second.fAtom);
+    void Release(std::multimap<std::string, BIBStringAtom*>::iterator held) {
+        std::string const text = held->first;
+        Atoms().DeleteStringAtom(held->second);
         fHeld.erase(held);
-        if (fReleased.size() > kMostReleased) {
+        if (!fHeld.contains(text)) {
+            --fTexts;
             fReleased.pop_front();
+            fReleased.push_back(text);
         }
     }
 
-    void AddOne() {
-        auto const held =
-            std::next(fHeld.begin(), static_cast<std::ptrdiff_t>(Random(fHeld.size())));
-        Atoms().AddRef(held->second.fAtom);
-        ++held->second.fReferences;
-    }
-
-    struct Held {
-        BIBStringAtom* fAtom;
-        int fReferences;
-    };
-
-    std::map<std::string, Held> fHeld;
-    std::deque<std::pair<std::string, BIBStringAtom*>> fReleased;
-    unsigned long fOthers = 0;
+    std::multimap<std::string, BIBStringAtom*> fHeld; // one entry for each reference
+    unsigned long fTexts = 0;                         // that are held
+    std::deque<std::string> fReleased;
 };
 
 TEST_F(AtomModelTest, BehavesLikeAMapOfTextsAndAQueueOfReleases) {
+    unsigned long const others = bibrt::CountLive().fAtoms;
     for (int step = 0; step < support::Rounds(20000) && !HasFatalFailure(); ++step) {
-        bool const isFull = fHeld.size() > 200;
-        unsigned long const kind = fHeld.empty() ? 0 : Random(isFull ? 4 : 8);
-        if (kind == 1) {
-            AddOne();
-        } else if (kind == 2 || kind == 3) {
-            ReleaseOne();
+        if (fHeld.size() > Random(300)) {
+            Release(std::next(fHeld.begin(), static_cast<long>(Random(fHeld.size()))));
         } else {
-            Take();
+            Take(std::to_string(Random(3000)));
         }
-        ASSERT_EQ(bibrt::CountLive().fAtoms, fOthers + fHeld.size());
+        ASSERT_EQ(bibrt::CountLive().fAtoms, others + fTexts);
     }
 }
 

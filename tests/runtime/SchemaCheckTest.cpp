@@ -3,11 +3,7 @@
 namespace runtimetest {
 namespace {
 
-long Accept(
-    POSObject* /*value*/, BIBStringAtom* /*key*/, BIBSharedBuffer* /*m*/, void const* /*data*/) {
-    return 1;
-}
-
+// Not called while a schema is checked.
 long Refuse(
     POSObject* /*value*/, BIBStringAtom* /*key*/, BIBSharedBuffer* /*m*/, void const* /*data*/) {
     return 0;
@@ -100,8 +96,8 @@ TEST_F(SchemaCheckTest, TellsEachFaultOfASchemaWithItsPlace) {
 TEST_F(SchemaCheckTest, TellsEachFaultOfARuleWithItsPlace) {
     for (SchemaCase const& row : kRuleCases) {
         SCOPED_TRACE(row.fSchema);
-        Validator validator(std::string("< S < K ") + row.fSchema + " > >");
-        validator.Register("C", &Accept);
+        Validator const validator(std::string("< S < K ") + row.fSchema + " > >");
+        validator.Register("C", &Refuse);
         validator.Register("R", &Refuse);
         EXPECT_EQ(
             validator.CheckSchema(), *row.fMessages ? std::string("S/K") + row.fMessages : "");

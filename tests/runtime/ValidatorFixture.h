@@ -2,27 +2,11 @@
 #pragma once
 
 #include "RuntimeFixture.h"
+#include "conformance/StructValidator.h"
 
 #include <cstring>
-#include <string>
 
 namespace runtimetest {
-
-// The messages since they were taken last, one behind the other with a bar between.
-class Messages {
-public:
-    static void Add(char const* message) {
-        All() += All().empty() ? "" : "|";
-        All() += message;
-    }
-    static std::string Take() { return std::exchange(All(), {}); }
-
-private:
-    static std::string& All() {
-        static std::string all;
-        return all;
-    }
-};
 
 // Puts a string, or a hexadecimal string, of a settings file in the place of each word of dict that
 // begins with $ or #.
@@ -53,43 +37,25 @@ inline POSObject* NewSettings(std::string const& text) {
     return settings;
 }
 
-// A validator, which holds its schema.
-class Validator {
+// Its messages are one behind the other, with a bar between.
+class Validator : public conformance::StructValidator {
 public:
-    explicit Validator(std::string const& schema)
-        : Validator(As<POSDict>(Ours().Parse(schema.c_str()))) {}
-    explicit Validator(POSDict* schema)
-        : fSelf(Rows<_t_POSStructValidatorInterface>().NewPOSStructValidator(schema)),
-          fMethods(
-              Ours().Methods<_t_POSValidatorVirtualInterface>(static_cast<POSValidator*>(fSelf))) {}
+    explicit Validator(std::string const& schema) : StructValidator(Ours(), schema) {}
+    explicit Validator(POSDict* schema) : StructValidator(Ours(), schema) {}
 
-    operator POSValidator*() const { return fSelf; }
-
-    bool Register(char const* name, POSValidatorCheckCallback check, void const* data = nullptr) {
-        return Rows<_t_POSStructValidatorInterface>().RegisterCallbackProc(
-                   fSelf, Atom(name), check, data) != 0;
-    }
-    bool Passes(POSObject* settings, char const* structure = "S") const {
-        return fMethods.Validate(fSelf, settings, Atom(structure), &Messages::Add) != 0;
-    }
-    // The messages on settings, whose last reference goes with them.
+    // The messages about settings, whose last reference goes with them.
     std::string Validate(POSObject* settings, char const* structure = "S") const {
-        Held const held(settings);
-        bool const passes = Passes(held, structure);
-        std::string messages = Messages::Take();
-        EXPECT_EQ(passes, messages.empty()) << messages;
-        return messages;
+        return Joined(StructValidator::Validate(settings, structure));
     }
-    std::string CheckSchema() const {
-        bool const isSound =
-            Rows<_t_POSStructValidatorInterface>().ValidateSchema(fSelf, &Messages::Add) != 0;
-        std::string messages = Messages::Take();
-        EXPECT_EQ(isSound, messages.empty()) << messages;
-        return messages;
-    }
+    std::string CheckSchema() const { return Joined(ValidateSchema()); }
 
-    Held<POSValidator> fSelf;
-    _t_POSValidatorVirtualInterface fMethods;
+    static std::string Joined(std::vector<std::string> const& messages) {
+        std::string all;
+        for (std::string const& message : messages) {
+            all += (all.empty() ? "" : "|") + message;
+        }
+        return all;
+    }
 };
 
 } // namespace runtimetest
