@@ -2,11 +2,7 @@
 
 namespace conformance {
 
-Atom::Atom(Runtime const& runtime, std::string const& text)
-    : fRows(runtime.Atoms()),
-      fAtom(fRows.NewStringAtom(text.c_str())) {
-    Require(fAtom != nullptr, "NewStringAtom gives an atom", "null");
-}
+Atom::Atom(Runtime const& runtime, std::string const& text) : Atom(runtime.Atoms(), text) {}
 
 POSObject* Runtime::Parse(char const* text) const {
     char const* message = "";

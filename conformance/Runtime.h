@@ -73,6 +73,11 @@ class Runtime;
 class Atom {
 public:
     Atom(Runtime const& runtime, std::string const& text);
+    Atom(_t_BIBStringInterface const& rows, std::string const& text)
+        : fRows(rows),
+          fAtom(fRows.NewStringAtom(text.c_str())) {
+        Require(fAtom != nullptr, "NewStringAtom gives an atom", "null");
+    }
     Atom(Atom const&) = delete;
     Atom& operator=(Atom const&) = delete;
     ~Atom() { fRows.DeleteStringAtom(fAtom); }

@@ -233,15 +233,18 @@ void CheckInvalid(POSObject* collection) {
     EXPECT_TRUE(Discard(collection));
 }
 
-TEST_F(MemoryFailureTest, ACollectionThatLosesAValueBecomesInvalid) {
-    Held const number(Ours().NewNumber(1));
+TEST_F(MemoryFailureTest, ACollectionThatLosesAValueBecomesInvalidAndTheValueStays) {
+    POSObject* const unowned = Ours().NewNumber(1);
     POSDict* const dict = Dicts().NewPOSDict();
     POSArray* const array = Arrays().NewPOSArray();
     Atom const key("key");
+    unsigned long const containers = bibrt::CountLive().fContainers;
     bibrt::FailAllocation(1, /*andAllLater=*/true);
-    EXPECT_EQ(Dicts().Put(dict, key, number), 0);
-    EXPECT_EQ(Arrays().Append(array, number), 0);
+    EXPECT_EQ(Dicts().Put(dict, key, unowned), 0);
+    ASSERT_EQ(bibrt::CountLive().fContainers, containers);
+    EXPECT_EQ(Arrays().Append(array, unowned), 0);
     bibrt::ResetFailures();
+    EXPECT_TRUE(Discard(unowned));
     CheckInvalid(As<POSObject>(dict));
     CheckInvalid(As<POSObject>(array));
 }

@@ -35,26 +35,58 @@ private:
     std::mt19937 fRandom{1};
 };
 
-// A dictionary as entries in the order of their first putting, and a cursor on one of
-// them, which may be gone.
-struct DictModel {
+// A dictionary and a cursor, against entries in the order of their first putting and one of them,
+// which may be gone.
+class DictModelTest : public ModelTest {
+protected:
     struct Entry {
         unsigned long fNumber;
         std::string fKey;
         double fValue;
     };
 
-    std::vector<Entry>::iterator Find(std::string const& key) {
-        return std::ranges::find(fEntries, key, &Entry::fKey);
+    void Step() {
+        switch (Random(6)) {
+        case 0:
+        case 1:
+            PutBoth("k" + std::to_string(Random(30)));
+            break;
+        case 2:
+            RemoveBoth("k" + std::to_string(Random(30)));
+            break;
+        case 3:
+            Cursors().Begin(fCursor);
+            MoveBehind(0);
+            break;
+        default:
+            if (!fIsDone) {
+                Cursors().Next(fCursor);
+                MoveBehind(fCurrent.fNumber);
+            }
+        }
     }
-    void Put(std::string const& key, double value) {
-        auto const entry = Find(key);
+
+    void PutBoth(std::string const& key) {
+        auto const value = static_cast<double>(Random(1000));
+        Held const number(Ours().NewNumber(value));
+        Atom const atom(key);
+        fHasLost = Try([&] { return Dicts().Put(fDict, atom, number); }) == 0;
+        auto const entry = std::ranges::find(fEntries, key, &Entry::fKey);
         if (entry != fEntries.end()) {
-            entry->fValue = value;
-        } else {
+            entry->fValue = fHasLost ? entry->fValue : value;
+        } else if (!fHasLost) {
             fEntries.push_back({++fLast, key, value});
         }
     }
+
+    void RemoveBoth(std::string const& key) {
+        Atom const atom(key);
+        bool const isRemoved = Try([&] { return Dicts().Remove(fDict, atom); }) != 0;
+        EXPECT_EQ(isRemoved, std::erase_if(fEntries, [&](Entry const& entry) {
+                                 return entry.fKey == key;
+                             }) == 1);
+    }
+
     // The cursor on the first entry behind a number.
     void MoveBehind(unsigned long number) {
         auto const next = std::ranges::upper_bound(fEntries, number, {}, &Entry::fNumber);
@@ -62,6 +94,26 @@ struct DictModel {
         fCurrent = fIsDone ? Entry{} : *next;
     }
 
+    void CompareValues() const {
+        for (Entry const& entry : fEntries) {
+            ASSERT_EQ(Ours().NumberOf(Dicts().Get(fDict, Atom(entry.fKey))), entry.fValue);
+        }
+    }
+
+    void CompareCursors() const {
+        Held const all(Cursors().NewPOSDictIterator(fDict));
+        Cursors().Begin(all);
+        for (Entry const& entry : fEntries) {
+            ASSERT_STREQ(Cursors().CurKey(all), entry.fKey.c_str());
+            Cursors().Next(all);
+        }
+        ASSERT_NE(Cursors().IsDone(all), 0);
+        ASSERT_EQ(Cursors().IsDone(fCursor) != 0, fIsDone);
+        ASSERT_EQ(fIsDone ? "" : Cursors().CurKey(fCursor), fCurrent.fKey);
+    }
+
+    POSDict* fDict = nullptr;
+    POSDictIterator* fCursor = nullptr;
     std::vector<Entry> fEntries;
     unsigned long fLast = 0;
     Entry fCurrent{};
@@ -69,86 +121,22 @@ struct DictModel {
     bool fHasLost = false; // a value: no reference can be added any more
 };
 
-class DictModelTest : public ModelTest {
-protected:
-    void Step(POSDict* dict, POSDictIterator* cursor, DictModel& model) {
-        std::string const key = "k" + std::to_string(Random(30));
-        switch (Random(6)) {
-        case 0:
-        case 1:
-            PutBoth(dict, model, key);
-            break;
-        case 2:
-            RemoveBoth(dict, model, key);
-            break;
-        case 3:
-            Cursors().Begin(cursor);
-            model.MoveBehind(0);
-            break;
-        default:
-            if (!model.fIsDone) {
-                Cursors().Next(cursor);
-                model.MoveBehind(model.fCurrent.fNumber);
-            }
-        }
-    }
-
-    void PutBoth(POSDict* dict, DictModel& model, std::string const& key) {
-        auto const value = static_cast<double>(Random(1000));
-        Held const number(Ours().NewNumber(value));
-        Atom const atom(key);
-        if (Try([&] { return Dicts().Put(dict, atom, number); }) != 0) {
-            model.Put(key, value);
-        } else {
-            model.fHasLost = true;
-        }
-    }
-
-    void RemoveBoth(POSDict* dict, DictModel& model, std::string const& key) {
-        Atom const atom(key);
-        bool const isRemoved = Try([&] { return Dicts().Remove(dict, atom); }) != 0;
-        EXPECT_EQ(isRemoved, model.Find(key) != model.fEntries.end());
-        if (isRemoved) {
-            model.fEntries.erase(model.Find(key));
-        }
-    }
-
-    static void CompareValues(POSDict* dict, DictModel const& model) {
-        for (auto const& entry : model.fEntries) {
-            ASSERT_EQ(Ours().NumberOf(Dicts().Get(dict, Atom(entry.fKey))), entry.fValue);
-        }
-    }
-
-    static void Compare(POSDict* dict, POSDictIterator* cursor, DictModel const& model) {
-        Held const all(Cursors().NewPOSDictIterator(dict));
-        Cursors().Begin(all);
-        for (auto const& entry : model.fEntries) {
-            ASSERT_STREQ(Cursors().CurKey(all), entry.fKey.c_str());
-            Cursors().Next(all);
-        }
-        ASSERT_NE(Cursors().IsDone(all), 0);
-        ASSERT_EQ(Cursors().IsDone(cursor) != 0, model.fIsDone);
-        if (!model.fIsDone) {
-            ASSERT_STREQ(Cursors().CurKey(cursor), model.fCurrent.fKey.c_str());
-        }
-    }
-};
-
 TEST_F(DictModelTest, BehavesLikeAListOfEntries) {
     for (int round = 0; round < support::Rounds(200) && !HasFatalFailure(); ++round) {
-        Held const dict(Dicts().NewPOSDict());
-        Held const cursor(Cursors().NewPOSDictIterator(dict));
-        Cursors().Begin(cursor);
-        DictModel model;
-        for (int step = 0; step < kSteps && !HasFatalFailure() && !model.fHasLost; ++step) {
+        Held const dict(fDict = Dicts().NewPOSDict());
+        Held const cursor(fCursor = Cursors().NewPOSDictIterator(dict));
+        fEntries.clear();
+        MoveBehind(0);
+        fHasLost = false;
+        for (int step = 0; step < kSteps && !HasFatalFailure() && !fHasLost; ++step) {
             SCOPED_TRACE(testing::Message() << round << " " << step);
-            CompareValues(dict, model);
-            Compare(dict, cursor, model);
-            Step(dict, cursor, model);
+            CompareValues();
+            CompareCursors();
+            Step();
         }
-        CompareValues(dict, model);
-        EXPECT_EQ(Containers().AddRef(dict.Container()) == 0, model.fHasLost);
-        Containers().DecrementWithoutDelete(model.fHasLost ? nullptr : dict.Container());
+        CompareValues();
+        EXPECT_EQ(Containers().AddRef(dict.Container()) == 0, fHasLost);
+        Containers().DecrementWithoutDelete(fHasLost ? nullptr : dict.Container());
     }
 }
 

@@ -53,7 +53,7 @@ inline auto const& Values() {
 
 class Atom : public conformance::Atom {
 public:
-    explicit Atom(std::string const& text) : conformance::Atom(Ours(), text) {}
+    explicit Atom(std::string const& text) : conformance::Atom(Atoms(), text) {}
 };
 
 template <class T>
