@@ -4,6 +4,7 @@
 #include "conformance/StructValidator.h"
 
 #include <cstring>
+#include <new>
 
 namespace conformance {
 
@@ -164,20 +165,21 @@ void RefusesInvalidArguments(Runtime const& runtime) {
 void PassesExceptions(Runtime const& runtime) {
     Validator const validator(runtime, kSchema);
     validator.Register(
-        "Seven",
-        [](POSObject*, BIBStringAtom*, BIBSharedBuffer*, void const*) -> long { throw 42; });
+        "Seven", [](POSObject*, BIBStringAtom*, BIBSharedBuffer*, void const*) -> long {
+            throw std::bad_alloc();
+        });
     auto const passes = [&](char const* settings, POSValidatorErrorCallback errorProc) {
         auto const value = runtime.Hold(runtime.Parse(settings));
         try {
             validator.Methods().Validate(
                 validator.Self(), value, Atom(runtime, "Settings"), errorProc);
-        } catch (int thrown) {
-            return thrown == 42;
+        } catch (std::bad_alloc const&) {
+            return true;
         }
         return false;
     };
     Require(
-        passes("< Needed A >", [](char const* /*message*/) { throw 42; }) &&
+        passes("< Needed A >", [](char const* /*message*/) { throw std::bad_alloc(); }) &&
             passes("< Needed 1 Checked 7 >", nullptr),
         "the exception of a callback reaches the caller",
         "it does not");

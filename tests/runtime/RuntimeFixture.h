@@ -7,7 +7,18 @@
 #include "runtime/objects/Diagnostics.h"
 
 #include <gtest/gtest.h>
+#include <ostream>
 #include <string>
+
+namespace bibrt {
+
+inline void PrintTo(LiveCounts const& counts, std::ostream* stream) {
+    *stream << counts.fContainers << " containers, " << counts.fBlocks << " blocks, "
+            << counts.fAtoms << " atoms, " << counts.fErrors << " errors, " << counts.fSharedBuffers
+            << " buffers";
+}
+
+} // namespace bibrt
 
 namespace runtimetest {
 
@@ -85,12 +96,7 @@ class RuntimeTest : public ::testing::Test {
 protected:
     void TearDown() override {
         bibrt::ResetFailures();
-        bibrt::LiveCounts const now = bibrt::CountLive();
-        EXPECT_EQ(now.fContainers, fBefore.fContainers);
-        EXPECT_EQ(now.fBlocks, fBefore.fBlocks);
-        EXPECT_EQ(now.fAtoms, fBefore.fAtoms);
-        EXPECT_EQ(now.fErrors, fBefore.fErrors);
-        EXPECT_EQ(now.fSharedBuffers, fBefore.fSharedBuffers);
+        EXPECT_EQ(bibrt::CountLive(), fBefore);
     }
 
 private:

@@ -158,27 +158,23 @@ TEST_F(ValidatorTest, NumbersThatAreNoNumbersAreOutOfEveryRange) {
         validator.Validate(settings.Value(), "I"), "K expected an integer, found the number inf");
 }
 
-TEST_F(ValidatorTest, ExceptionsForMemoryPassThrough) {
-    Validator const validator("< S < K number > >");
-    Held const settings(NewSettings("<>"));
-    EXPECT_THROW(
-        validator.Methods().Validate(
-            validator.Self(), settings, Atom("S"), [](char const*) { throw std::bad_alloc(); }),
-        std::bad_alloc);
-}
-
 // Gives up all that the host holds.
 POSDict* gDropped = nullptr;
+int gDestroyed = 0;
 void DropSettings(char const* /*message*/) {
     Containers().Release(As<BIBContainer>(std::exchange(gDropped, nullptr)));
+    EXPECT_EQ(gDestroyed, 0);
 }
 
 TEST_F(ValidatorTest, SettingsAreAliveUntilTheEndAndUnownedOnesStaySo) {
     Validator const validator("< S < a number b number > >");
     gDropped = Dicts().NewPOSDict();
-    Containers().AddRef(As<BIBContainer>(gDropped));
     auto* const value = As<POSObject>(gDropped);
+    Containers().AddRef(As<BIBContainer>(value));
+    TakeMessage(Containers().RegisterInstance(
+        As<BIBContainer>(value), &gDestroyed, Atom("HostThing"), [](void*) { ++gDestroyed; }));
     EXPECT_EQ(validator.Methods().Validate(validator.Self(), value, Atom("S"), &DropSettings), 0);
+    EXPECT_EQ(std::exchange(gDestroyed, 0), 1);
     POSObject* const unowned = NewSettings("< a 1 b 2 >");
     EXPECT_NE(validator.Methods().Validate(validator.Self(), unowned, Atom("S"), nullptr), 0);
     EXPECT_TRUE(Discard(unowned));
