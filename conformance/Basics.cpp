@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstring>
 #include <fstream>
+#include <limits>
 #include <memory>
 #include <unistd.h>
 #include <vector>
@@ -131,6 +132,15 @@ void InternsStrings(Runtime const& runtime) {
     Require(one.Text() == same.Text(), "one string pointer for equal strings", "two");
     Require(one == same, "one atom for equal strings", "two");
     Require(one.Text() != other.Text(), "other pointers for other strings", "one");
+    std::vector<std::unique_ptr<Atom>> many;
+    for (int i = 0; i < 5000; ++i) {
+        many.push_back(std::make_unique<Atom>(runtime, std::to_string(i * 7919) + " kept"));
+        Atom const passing(runtime, std::to_string(i * 7907) + " passing");
+    }
+    for (std::size_t i = 0; i < many.size(); ++i) {
+        Atom const again(runtime, std::to_string(i * 7919) + " kept");
+        Require(again == *many[i], "one atom for equal strings, among 5,000", "two");
+    }
 }
 
 void TakesItsOwnStrings(Runtime const& runtime) {
@@ -216,8 +226,9 @@ void HoldsWhatItWasMadeOf(Runtime const& runtime) {
     auto const errors = runtime.Errors();
     auto const atoms = runtime.Atoms();
     int info = 0;
+    constexpr long kId = std::numeric_limits<long>::max() - 42;
     std::string message = "a message";
-    BIBError* const error = errors.NewError(message.c_str(), "a component", 42, &info, &Free);
+    BIBError* const error = errors.NewError(message.c_str(), "a component", kId, &info, &Free);
     Require(error != nullptr, "an error", "null");
     message = "changed";
     std::string const found = atoms.GetCString(errors.GetErrorMessage(error));
@@ -227,7 +238,7 @@ void HoldsWhatItWasMadeOf(Runtime const& runtime) {
     errors.Release(error);
     Expect("the message", std::string("a message"), found);
     Expect("the component", std::string("a component"), component);
-    Expect("the id", 42L, id);
+    Expect("the id", kId, id);
     Require(kept == &info, "the info passed at creation", "another one");
     Expect("calls of infoFreeProc", 1, info);
 }
@@ -255,6 +266,21 @@ void HasCoreErrors(Runtime const& runtime) {
         Require(text != nullptr && *text != '\0', "an error with a message", "none");
         Expect("its id", static_cast<long>(id), errors.GetID(error));
         errors.Release(error);
+        for (int i = 0; i < 10; ++i) {
+            errors.Release(errors.GetCoreError(id));
+        }
+        // They would take the memory of an error that was freed.
+        std::vector<BIBError*> others;
+        for (int i = 0; i < 100; ++i) {
+            others.push_back(errors.NewError("m", "c", 4242, nullptr, nullptr));
+        }
+        BIBError* const again = errors.GetCoreError(id);
+        long const kept = again ? errors.GetID(again) : -1;
+        Expect("its id after as many results and releases", static_cast<long>(id), kept);
+        errors.Release(again);
+        for (BIBError* const other : others) {
+            errors.Release(other);
+        }
     }
     Expect(
         "GetCoreError of an unknown id", nullptr, errors.GetCoreError(static_cast<BRVErrorID>(99)));
@@ -276,8 +302,14 @@ constexpr Check kErrorChecks[] = {
 
 // Shared buffers.
 
+int gOwnBytesDeleted = 0;
+
 void AllocatesItsBytes(Runtime const& runtime) {
     auto const buffers = runtime.Buffers();
+    gOwnBytesDeleted = 0;
+    buffers.Release(buffers.NewBuffer(
+        5, nullptr, [](void* /*bytes*/) { ++gOwnBytesDeleted; }, nullptr, nullptr));
+    Expect("calls of deleteProc without a block of the caller", 0, gOwnBytesDeleted);
     BIBSharedBuffer* const buffer = buffers.NewBuffer(5, nullptr, nullptr, nullptr, nullptr);
     Require(buffer != nullptr, "a buffer", "null");
     void* const bytes = buffers.GetBuffer(buffer);

@@ -85,6 +85,15 @@ void HasAPrimaryRecord(Runtime const& runtime) {
         runtime.Containers().GetSignature(container) == signature,
         "the atom of the signature",
         "another one");
+    int deletedOther = 0;
+    auto const other = runtime.Hold(NewThing(runtime, deletedOther, "ConformanceOwnedSignature"));
+    for (int i = 0; i < 20000; ++i) {
+        Atom const passing(runtime, "Conformance passing " + std::to_string(i));
+    }
+    Expect(
+        "the signature, with the caller's atom released",
+        std::string("ConformanceOwnedSignature"),
+        PrimaryOf(runtime, other).signature);
 }
 
 void MayHaveNoInstance(Runtime const& runtime) {
@@ -127,6 +136,7 @@ void HasFurtherInstances(Runtime const& runtime) {
         runtime.Succeed("NGetInstance", rows.NGetInstance(&found, container, name));
         Require(found == &second, "the second instance", "another");
         runtime.Fail("NGetInstance of no such name", rows.NGetInstance(&found, container, missing));
+        Expect("*result of NGetInstance after an error", nullptr, found);
         Require(
             PrimaryOf(runtime, container).instance == &first,
             "the first instance as the primary one",
@@ -206,6 +216,15 @@ void FindsMethodsBySignature(Runtime const& runtime) {
         methods.Find(rows.GetParentMethod, container, "Own") == &procs[1],
         "the method under the parent",
         "another one");
+    Require(
+        methods.Find(rows.GetParentMethod, container, "Inherited") == &procs[2],
+        "GetParentMethod: a method under a parent of the parent",
+        "another one");
+    methods.Add(0, "OwnAlone", &procs[0]);
+    Expect(
+        "GetParentMethod of a method under the signature alone",
+        nullptr,
+        methods.Find(rows.GetParentMethod, container, "OwnAlone"));
 }
 
 void ReportsMissingMethods(Runtime const& runtime) {
@@ -214,8 +233,9 @@ void ReportsMissingMethods(Runtime const& runtime) {
     auto const container = runtime.Hold(NewThing(runtime, deleted));
     Atom const name(runtime, "ConformanceNone");
     Atom const type(runtime, "ConformanceProc");
-    void* method = nullptr;
+    void* method = &deleted;
     runtime.Fail("GetMethod of no such name", rows.GetMethod(&method, container, name, type, 0));
+    Expect("*result of GetMethod after an error", nullptr, method);
     method = &deleted;
     runtime.Succeed(
         "GetMethod of no such name, optional", rows.GetMethod(&method, container, name, type, 1));
@@ -240,6 +260,13 @@ void ClonesByItsOwnMethod(Runtime const& runtime) {
     auto const thing = runtime.Hold(NewThing(runtime, deleted));
     BIBContainer* copy = nullptr;
     runtime.Fail("CloneContainer without a method Clone", rows.CloneContainer(&copy, thing));
+    auto const add = runtime.Bootstrap<BIBRegisterProcAddressProc>("BIBRegisterProcAddress");
+    auto const remove = runtime.Bootstrap<BIBUnregisterInterfaceProc>("BIBUnregisterInterface");
+    POSObjectCloneProc const failing = [](POSObject* /*self*/) -> POSObject* { return nullptr; };
+    add(kSignature, "Clone", "POSObjectCloneProc", reinterpret_cast<void*>(failing));
+    BIBError* const error = rows.CloneContainer(&copy, thing);
+    remove(kSignature);
+    runtime.Fail("CloneContainer with a method Clone that gives null", error);
     auto const number = runtime.Hold(runtime.NewNumber(4));
     runtime.Succeed("CloneContainer", rows.CloneContainer(&copy, number.Container()));
     auto const held = runtime.Hold(copy);

@@ -2,6 +2,8 @@
 #include "conformance/Group.h"
 #include "conformance/Groups.h"
 
+#include <tuple>
+
 #include <cstring>
 
 namespace conformance {
@@ -141,6 +143,12 @@ void FindsWhatIsRegistered(Runtime const& runtime) {
     int procs[2] = {};
     Require(registry.Register("First", &procs[0]) != 0, "nonzero for new names", "zero");
     Require(registry.Register("Second", &procs[1]) != 0, "nonzero for new names", "zero");
+    for (auto const& [interface, name, type] :
+         {std::tuple("ConformanceInterface", "FirstConformance", "Proc"),
+          std::tuple("Conformance", "InterfaceFirst", "ConformanceProc"),
+          std::tuple("ConformanceInterface", "Fir", "stConformanceProc")}) {
+        Expect("names with the same letters", nullptr, runtime.Lookup()(interface, name, type));
+    }
     Require(registry.Find("First") == &procs[0], "the procedure", "another one");
     Require(registry.Find("Second") == &procs[1], "the procedure", "another one");
 }
@@ -156,9 +164,26 @@ void RefusesNamesInUse(Runtime const& runtime) {
 void ForgetsAnInterface(Runtime const& runtime) {
     Registry const registry(runtime);
     int proc = 0;
-    registry.Register("First", &proc);
+    auto const add = runtime.Bootstrap<BIBRegisterProcAddressProc>("BIBRegisterProcAddress");
+    auto const remove = runtime.Bootstrap<BIBUnregisterInterfaceProc>("BIBUnregisterInterface");
+    constexpr char kLonger[] = "ConformanceInterfaceToo";
+    constexpr char kShorter[] = "ConformanceInter";
+    add(kLonger, "First", kType, &proc);
+    for (char const* const name : {"First", "Second", "Third", "Fourth"}) {
+        registry.Register(name, &proc);
+    }
+    remove(kShorter);
+    bool const isKept = registry.Find("First") == &proc;
     registry.Unregister();
-    Expect("the procedure of an unregistered interface", nullptr, registry.Find("First"));
+    bool const isLongerKept = runtime.Lookup()(kLonger, "First", kType) == &proc;
+    remove(kLonger);
+    Require(
+        isKept && isLongerKept,
+        "the procedures of interfaces with a longer name, or the beginning of it",
+        "none");
+    for (char const* const name : {"First", "Second", "Third", "Fourth"}) {
+        Expect("a procedure of an unregistered interface", nullptr, registry.Find(name));
+    }
     Require(
         registry.Register("First", &proc) != 0, "nonzero for names that are free again", "zero");
 }

@@ -59,11 +59,12 @@ public:
         Seek(0, kBIBSeekFromStart);
         return Read(1000000);
     }
+    BIBError* TrySecond(BIBPositionableStream** stream) const {
+        return fPositionable.CreateIndependentlyPositionableStream(Self(), stream);
+    }
     BIBPositionableStream* Second() const {
         BIBPositionableStream* stream = nullptr;
-        fRuntime.Succeed(
-            "CreateIndependentlyPositionableStream",
-            fPositionable.CreateIndependentlyPositionableStream(Self(), &stream));
+        fRuntime.Succeed("CreateIndependentlyPositionableStream", TrySecond(&stream));
         return stream;
     }
 

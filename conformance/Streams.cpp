@@ -41,6 +41,11 @@ void CheckSeeking(Runtime const& runtime, Stream const& stream) {
     runtime.Fail("Seek far ahead", stream.TrySeek(kFarthest, kBIBSeekFromCurrent));
     runtime.Fail("Seek far back", stream.TrySeek(-kFarthest - 1, kBIBSeekFromEnd));
     Expect("the position after a failed Seek", 3UL, stream.Mark());
+    stream.Seek(-3, kBIBSeekFromCurrent);
+    Expect("the position after Seek back to the start", 0UL, stream.Mark());
+    stream.Seek(0, kBIBSeekFromEnd);
+    stream.Seek(-static_cast<long>(stream.Mark()), kBIBSeekFromEnd);
+    Expect("the position after Seek from the end to the start", 0UL, stream.Mark());
     stream.Seek(0, kBIBSeekFromEnd);
 }
 
@@ -77,6 +82,8 @@ void HasSecondPositions(Runtime const& runtime) {
     Expect("what the second one wrote", std::string("0123abc789"), first.ReadAll());
 }
 
+int gBlocksDeleted = 0;
+
 void ReadsBuffers(Runtime const& runtime) {
     auto const buffers = runtime.Buffers();
     BIBSharedBuffer* const buffer = buffers.NewBuffer(5, nullptr, nullptr, nullptr, nullptr);
@@ -90,6 +97,22 @@ void ReadsBuffers(Runtime const& runtime) {
     Expect("all bytes, with the caller's reference released", std::string("bytes"), stream.Read(9));
     CheckSeeking(runtime, stream);
     runtime.Fail("Write to a stream on a buffer", stream.TryWrite("x"));
+    gBlocksDeleted = 0;
+    static char block[] = "block";
+    BIBSharedBuffer* const shared = buffers.NewBuffer(
+        5, block, [](void* /*block*/) { ++gBlocksDeleted; }, nullptr, nullptr);
+    {
+        BIBPositionableStream* first = nullptr;
+        runtime.Succeed(
+            "NewPositionableBufferStream",
+            runtime.Streams().NewPositionableBufferStream(&first, shared));
+        Stream const one(runtime, first);
+        Stream const other(runtime, one.Second());
+        Expect("what a second stream reads", std::string("block"), other.Read(9));
+    }
+    Expect("destructions of a buffer after both streams on it", 0, gBlocksDeleted);
+    buffers.Release(shared);
+    Expect("destructions of a buffer after its last release", 1, gBlocksDeleted);
 }
 
 // The client's data: a position in five bytes, and what was called.
@@ -179,6 +202,8 @@ NewClientStream(Runtime const& runtime, Client& client, BIBClientStreamProcs con
     return stream;
 }
 
+int gDeletedOfNull = 0;
+
 void CallsTheClient(Runtime const& runtime) {
     Client client;
     {
@@ -198,6 +223,45 @@ void CallsTheClient(Runtime const& runtime) {
         Expect("calls of deleteProc as long as the stream lives", 0, client.fDeleted);
     }
     Expect("calls of deleteProc with the last reference", 1, client.fDeleted);
+    gDeletedOfNull = 0;
+    {
+        BIBClientStreamProcs procs = {};
+        procs.deleteProc = [](void* data) { gDeletedOfNull += data == nullptr ? 1 : 0; };
+        BIBPositionableStream* made = nullptr;
+        runtime.Succeed(
+            "NewClientPositionableStream",
+            runtime.Streams().NewClientPositionableStream(&made, &procs, nullptr));
+        auto const stream = runtime.Hold(made);
+    }
+    Expect("calls of deleteProc with a null clientData", 1, gDeletedOfNull);
+}
+
+// It may be an error. The first one keeps its position.
+void MayHaveASecondPosition(Runtime const& runtime) {
+    Client client;
+    Stream const first(runtime, NewClientStream(runtime, client, kClientProcs));
+    first.Seek(3, kBIBSeekFromStart);
+    BIBPositionableStream* made = nullptr;
+    BIBError* const error = first.TrySecond(&made);
+    if (error) {
+        runtime.TakeMessage(error);
+        return;
+    }
+    Stream const second(runtime, made);
+    second.Seek(1, kBIBSeekFromStart);
+    Expect("the position of the first stream after Seek of the second", 3UL, first.Mark());
+    Expect("what the second one reads", std::string("yt"), second.Read(2));
+    Expect("the position of the first stream after Read of the second", 3UL, first.Mark());
+    second.Write("x");
+    Expect("the position of the first stream after Write of the second", 3UL, first.Mark());
+    client.fFails = true;
+    std::string text;
+    // The way back may fail too.
+    Expect(
+        "the message of Read",
+        std::string("the client's own"),
+        runtime.TakeMessage(second.TryRead(text, 1)));
+    Expect("errors that were not released", 0, client.fErrors);
 }
 
 void PassesErrorsOfTheClient(Runtime const& runtime) {
@@ -223,23 +287,6 @@ void ReportsMissingProcedures(Runtime const& runtime) {
     runtime.Fail("Write without a procedure", stream.TryWrite("x"));
     runtime.Fail("Rewind without a procedure", stream.TryRewind());
     runtime.Fail("Seek without a procedure", stream.TrySeek(0, kBIBSeekFromStart));
-}
-
-void RestoresThePositionOfTheClient(Runtime const& runtime) {
-    Client client;
-    Stream const first(runtime, NewClientStream(runtime, client, kClientProcs));
-    Stream const second(runtime, first.Second());
-    first.Seek(3, kBIBSeekFromStart);
-    Expect("what the second stream reads", std::string("by"), second.Read(5));
-    Expect("the position of the first one", 3UL, first.Mark());
-    client.fFails = true;
-    std::string text;
-    // The way back fails too.
-    Expect(
-        "the message of Read",
-        std::string("the client's own"),
-        runtime.TakeMessage(second.TryRead(text, 1)));
-    Expect("errors that were not released", 0, client.fErrors);
 }
 
 void HasThreeLevels(Runtime const& runtime) {
@@ -286,6 +333,9 @@ constexpr Check kStreamChecks[] = {
      "Client streams call the client's procedures, which are copied; deleteProc is called with "
      "the stream's last reference.",
      &CallsTheClient},
+    {"stream.client-second",
+     "A second stream on a client stream may be an error, or leaves the position of the first one.",
+     &MayHaveASecondPosition},
     {"stream.client-errors",
      "Errors of the client's procedures reach the caller.",
      &PassesErrorsOfTheClient},
@@ -335,6 +385,9 @@ void WorksOnFiles(Runtime const& runtime) {
     Expect("the bytes of a file that was there", std::string("0123"), writable.Read(4));
     Stream const again(runtime, OpenFile(runtime, file.Path(), 0));
     Expect("all bytes of the file", std::string("012345ab89"), again.Read(100));
+    Require(::truncate(file.Path(), 5) == 0, "a file that is cut off", "one that is not");
+    runtime.Fail("Seek to a position that was cut off", again.TrySeek(-2, kBIBSeekFromCurrent));
+    Expect("the position after a failed Seek", 10UL, again.Mark());
     runtime.Fail("Write to a stream that is not writable", again.TryWrite("x"));
 }
 
@@ -403,9 +456,6 @@ constexpr Check kOwnStreamChecks[] = {
     {"file.missing",
      "With writable zero the file must exist; the message names it.",
      &ReportsMissingFiles},
-    {"stream.client-second",
-     "A second stream on a client stream has a position of its own, or restores that of the first.",
-     &RestoresThePositionOfTheClient},
     {"stream.client-throws",
      "Exceptions of the client's procedures reach the caller, and the position is restored.",
      &PassesExceptionsOfTheClient},

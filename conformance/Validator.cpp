@@ -65,6 +65,22 @@ void AcceptsValidSettings(Runtime const& runtime) {
         "< Needed 1 Flag true Whole -3 Word A Any [ ] List [ 1 A ] Nested < Deep 1 Other x >"
         " Typed 3 Checked 7 Unknown 1 >",
         nullptr);
+    auto const containers = runtime.Containers();
+    int deleted = 0;
+    POSObject* const unowned = runtime.Parse("< Needed 1 >");
+    runtime.Succeed(
+        "RegisterInstance",
+        containers.RegisterInstance(
+            As<BIBContainer>(unowned),
+            &deleted,
+            Atom(runtime, "ConformanceWatch"),
+            [](void* counter) { ++*static_cast<int*>(counter); }));
+    validator.Methods().Validate(validator.Self(), unowned, Atom(runtime, "Settings"), nullptr);
+    Expect("destructions of an unowned value by Validate", 0, deleted);
+    Require(
+        containers.DeleteUnownedContainer(As<BIBContainer>(unowned)) != 0,
+        "a value that is unowned as before Validate",
+        "with references");
 }
 
 void RejectsOtherKinds(Runtime const& runtime) {
@@ -110,7 +126,12 @@ void ReportsEachSetting(Runtime const& runtime) {
     Validator const validator(runtime, kSchema);
     Expect(
         "messages for three invalid settings", 3UL, validator.Validate("< Flag 1 Word 0 >").size());
+    Validator const twice(runtime, "< Settings < Both number optional < Both number > > >");
+    ExpectMessage(twice, "< Both A >", "Both");
+    ExpectMessage(twice, "< >", "Both");
 }
+
+constexpr int gOther = 0;
 
 void CallsChecks(Runtime const& runtime) {
     Validator const validator(runtime, kSchema);
@@ -119,6 +140,13 @@ void CallsChecks(Runtime const& runtime) {
         "the message of a check",
         std::string("Said its own message"),
         validator.Validate("< Needed 1 Said 1 >").at(0));
+    validator.Register(
+        "Seven",
+        [](POSObject*, BIBStringAtom*, BIBSharedBuffer*, void const* data) {
+            return data == &gOther ? 1L : 0L;
+        },
+        &gOther);
+    ExpectMessage(validator, "< Needed 1 Checked 8 >", nullptr);
 }
 
 void ChecksSchemas(Runtime const& runtime) {

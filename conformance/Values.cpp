@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
 #include <limits>
 
@@ -160,6 +161,12 @@ void AppendDifferentValues(Runtime const& runtime, POSArray* values) {
         return runtime.Rows<_t_POSBinDataInterface>().NewPOSBinData(
             type, reinterpret_cast<unsigned char const*>(bytes), std::strlen(bytes));
     };
+    constexpr unsigned short kLong[] = {'u', 'v', 'w', 'x', 0};
+    constexpr unsigned short kLongOther[] = {'u', 'v', 'w', 'y', 0};
+    auto const wide = [&](unsigned short const* units) {
+        return As<POSObject>(
+            runtime.Rows<_t_POSUnicodeStringInterface>().NewPOSUnicodeString(units));
+    };
     for (POSObject* const value :
          {runtime.NewNumber(0),
           runtime.NewNumber(1),
@@ -172,7 +179,16 @@ void AppendDifferentValues(Runtime const& runtime, POSArray* values) {
           As<POSObject>(binary("U", "u")),
           As<POSObject>(binary("T", "uv")),
           As<POSObject>(arrays.NewPOSArray()),
-          As<POSObject>(runtime.Dicts().NewPOSDict())}) {
+          As<POSObject>(runtime.Dicts().NewPOSDict()),
+          wide(kLong),
+          wide(kLongOther),
+          runtime.Parse("[ [ ] ]"),
+          runtime.Parse("[ < > ]"),
+          runtime.Parse("[ 1 ]"),
+          runtime.Parse("[ (1) ]"),
+          runtime.Parse("< A 1 >"),
+          runtime.Parse("< A (1) >"),
+          runtime.Parse("< B 1 >")}) {
         Require(arrays.Append(values, value) != 0, "nonzero of Append", "zero");
     }
 }
@@ -252,6 +268,19 @@ void RefusesOtherIndexes(Runtime const& runtime) {
     Expect("the elements", std::string("1 "), Content(runtime, array));
 }
 
+// A number, unowned, whose end is counted.
+POSObject* NewWatched(Runtime const& runtime, int& deleted) {
+    POSObject* const number = runtime.NewNumber(1);
+    runtime.Succeed(
+        "RegisterInstance",
+        runtime.Containers().RegisterInstance(
+            As<BIBContainer>(number),
+            &deleted,
+            Atom(runtime, "ConformanceWatch"),
+            [](void* counter) { ++*static_cast<int*>(counter); }));
+    return number;
+}
+
 void CountsElements(Runtime const& runtime) {
     auto const arrays = runtime.Arrays();
     auto const number = runtime.Hold(runtime.NewNumber(1));
@@ -264,9 +293,13 @@ void CountsElements(Runtime const& runtime) {
         arrays.SetAt(array, 0, runtime.NewNumber(2));
         Expect("the references after replacing it", 1L, runtime.CountOf(number.Container()));
         arrays.Append(array, number);
-        arrays.Append(array, number);
         arrays.Remove(array, 1);
-        Expect("the references after removing it once", 2L, runtime.CountOf(number.Container()));
+        Expect("the references after removing it", 1L, runtime.CountOf(number.Container()));
+        arrays.Append(array, number);
+        int deleted = 0;
+        arrays.Append(array, NewWatched(runtime, deleted));
+        Require(arrays.SetAt(array, 2, arrays.GetAt(array, 2)) != 0, "nonzero of SetAt", "zero");
+        Expect("destructions of an element that is stored in its own place", 0, deleted);
     }
     Expect("the references without the array", 1L, runtime.CountOf(number.Container()));
 }
@@ -369,6 +402,13 @@ void CountsValues(Runtime const& runtime) {
         runtime.Put(dict, "a", runtime.NewNumber(2));
         Expect("the references after replacing it", 1L, runtime.CountOf(number.Container()));
         runtime.Put(dict, "a", number);
+        runtime.Dicts().Remove(dict, Atom(runtime, "a"));
+        Expect("the references after removing it", 1L, runtime.CountOf(number.Container()));
+        runtime.Put(dict, "a", number);
+        int deleted = 0;
+        runtime.Put(dict, "b", NewWatched(runtime, deleted));
+        Require(runtime.Put(dict, "b", runtime.Get(dict, "b")) != 0, "nonzero of Put", "zero");
+        Expect("destructions of a value that is stored under its own key", 0, deleted);
     }
     Expect("the references without the dictionary", 1L, runtime.CountOf(number.Container()));
 }
@@ -453,6 +493,8 @@ void BeginsBeforeTheFirstKey(Runtime const& runtime) {
     auto const dict = runtime.Hold(As<POSDict>(runtime.Parse("< A 1 B 2 >")));
     auto const cursor = runtime.Hold(cursors.NewPOSDictIterator(dict));
     Require(cursors.IsDone(cursor) != 0, "no current key before Begin", "one");
+    cursors.Next(cursor);
+    Require(cursors.IsDone(cursor) != 0, "no current key before Begin, whatever Next does", "one");
     cursors.Begin(cursor);
     Expect("the first key", std::string("A"), cursors.CurKey(cursor));
     cursors.Next(cursor);
@@ -478,6 +520,22 @@ void SurvivesRemovals(Runtime const& runtime) {
     dicts.Remove(dict, Atom(runtime, "D"));
     cursors.Next(cursor);
     Require(cursors.IsDone(cursor) != 0, "the end, as the last key was removed", "a key");
+    auto const many = runtime.Hold(dicts.NewPOSDict());
+    for (int key = 0; key < 100; ++key) {
+        runtime.Put(many, std::to_string(key).c_str(), runtime.NewNumber(key));
+    }
+    auto const middle = runtime.Hold(cursors.NewPOSDictIterator(many));
+    cursors.Begin(middle);
+    for (int key = 0; key < 60; ++key) {
+        cursors.Next(middle);
+        dicts.Remove(many, Atom(runtime, std::to_string(key)));
+    }
+    Expect("the current key", std::string("60"), cursors.CurKey(middle));
+    std::string rest;
+    for (int key = 60; key < 100; ++key) {
+        rest += std::to_string(key) + " ";
+    }
+    Expect("the keys that are left, in their order", rest, Keys(runtime, many));
 }
 
 void SeesNewKeys(Runtime const& runtime) {
@@ -521,21 +579,38 @@ constexpr Check kCursorChecks[] = {
 // Values from text.
 
 void ReadsEveryForm(Runtime const& runtime) {
-    auto const value = runtime.Hold(runtime.Parse(
-        "% comment\n< number -0.5 exponent 1e3 word All text (a\\(b\\)\\\\ \\101) list [ 1 [ ] ] "
-        "(a key) < > >"));
+    auto const value =
+        runtime.Hold(runtime.Parse("% comment\n< number 7 exponent 1e3 word All text (a\\(b\\)\\\\ "
+                                   "\\101\\n\\r\\t(c)\\0602) list [ 1 [ ] ] "
+                                   "(a key) < > digits (12) number -0.5 >"));
     auto* const dict = As<POSDict>(static_cast<POSObject*>(value));
     auto const strings = runtime.Strings();
     Require(runtime.Dicts().IsPOSDict(value) != 0, "a dictionary", "another value");
-    Expect("the keys", std::string("number exponent word text list a key "), Keys(runtime, dict));
+    Expect(
+        "the keys",
+        std::string("number exponent word text list a key digits "),
+        Keys(runtime, dict));
     Require(runtime.NumberOf(runtime.Get(dict, "number")) == -0.5, "-0.5", "another value");
     Require(runtime.NumberOf(runtime.Get(dict, "exponent")) == 1000.0, "1000", "another value");
-    for (auto const& [key, text] : {std::pair("word", "All"), std::pair("text", "a(b)\\ A")}) {
+    for (auto const& [key, text] :
+         {std::pair("word", "All"),
+          std::pair("text", "a(b)\\ A\n\r\t(c)02"),
+          std::pair("digits", "12")}) {
         POSObject* const found = runtime.Get(dict, key);
         Require(strings.IsPOSString(found) != 0, "an 8-bit string", key);
         Expect(key, std::string(text), strings.Get(As<POSString>(found)));
     }
     Expect("the elements", 2UL, runtime.Arrays().Count(As<POSArray>(runtime.Get(dict, "list"))));
+}
+
+// The numbers behind the words line and column.
+std::pair<long, long> NumbersIn(std::string const& text) {
+    auto const behind = [&](std::string const& word) {
+        std::size_t const at = text.find(word);
+        return at == std::string::npos ? 0
+                                       : std::strtol(text.c_str() + at + word.size(), nullptr, 10);
+    };
+    return {behind("line "), behind("column ")};
 }
 
 void ReportsThePlace(Runtime const& runtime) {
@@ -548,6 +623,11 @@ void ReportsThePlace(Runtime const& runtime) {
         text.find("line ") != std::string::npos && text.find("column ") != std::string::npos,
         "a message that names line and column",
         text);
+    for (auto const& [broken, place] :
+         {std::pair("<\n  A )", "line 2, column 5"), std::pair(")", "line 1, column 1")}) {
+        Expect(broken, nullptr, runtime.Objects().CreateFromText(broken, &message));
+        Require(NumbersIn(message) == NumbersIn(place), place, message);
+    }
     Expect("without a message", nullptr, runtime.Objects().CreateFromText("<", nullptr));
 }
 

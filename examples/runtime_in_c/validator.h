@@ -13,31 +13,35 @@ typedef struct Walk {
     Validator const* validator;
     POSValidatorErrorCallback errorProc;
     long errors;
+    int isAtEnd; // the message that memory ran out is the last one
     char path[1001];
 } Walk;
+
+static void Report(Walk* self, char const* message) {
+    ++self->errors;
+    if (self->errorProc != NULL && !self->isAtEnd) {
+        self->errorProc(message);
+    }
+}
 
 static void ReportAt(Walk* self, char const* format, char const* argument) {
     char message[sizeof self->path + 400];
     int const length = snprintf(message, sizeof message, "%s ", self->path);
     snprintf(message + length, sizeof message - (unsigned long)length, format, argument);
-    ++self->errors;
-    if (self->errorProc != NULL) {
-        self->errorProc(message);
-    }
+    Report(self, message);
 }
 
 static void ReportOutOfMemory(Walk* self) {
-    ++self->errors;
-    if (self->errorProc != NULL) {
-        self->errorProc("out-of-memory");
-    }
+    Report(self, "out-of-memory");
+    self->isAtEnd = 1;
 }
 
 // Goes to a part of the value, whose name follows a slash. Gives the length of the path before.
 static unsigned long Enter(Walk* self, char const* name) {
     unsigned long const length = strlen(self->path);
     char const* const slash = length > 0 ? "/" : "";
-    snprintf(self->path + length, sizeof self->path - length, "%s%s", slash, name);
+    char const* const step = *name != '\0' ? name : "_";
+    snprintf(self->path + length, sizeof self->path - length, "%s%s", slash, step);
     for (char* p = self->path + length; *p != '\0'; ++p) {
         *p = (unsigned char)*p <= ' ' || *p == '\x7F' ? '_' : *p;
     }
@@ -105,13 +109,25 @@ static void
 ValidateValue(Walk* self, POSObject* value, POSObject* rule, BIBStringAtom* key, int levels);
 
 // Validates the settings that a structure, or its part "optional", has rules for.
-static void
-ValidateSettings(Walk* self, POSObject* settings, POSObject* rules, int areRequired, int levels) {
-    for (unsigned long i = 0; IsKind(rules, kDict) && i < ValueOf(rules)->items.count; ++i) {
+static void ValidateSettings(
+    Walk* self, POSObject* settings, POSObject* rules, POSObject* required, int levels) {
+    int const areRequired = required == NULL;
+    if (!IsKind(rules, kDict)) {
+        unsigned long const length = Enter(self, "optional");
+        ReportAt(self, "cannot be validated: the schema has no dictionary there", NULL);
+        self->path[length] = '\0';
+        return;
+    }
+    for (unsigned long i = 0; i < ValueOf(rules)->items.count; ++i) {
         Item const rule = ValueOf(rules)->items.items[i];
         POSObject* const setting = DictGet((POSDict*)settings, rule.key);
         if (areRequired && strcmp(rule.key->text, "optional") == 0) {
-            ValidateSettings(self, settings, rule.value, 0, levels);
+            ValidateSettings(self, settings, rule.value, rules, levels);
+            continue;
+        }
+        // A setting that is both required and optional is required.
+        if (!areRequired && strcmp(rule.key->text, "optional") != 0 &&
+            DictGet((POSDict*)required, rule.key) != NULL) {
             continue;
         }
         unsigned long const length = Enter(self, rule.key->text);
@@ -129,14 +145,22 @@ static char const* TypeOf(POSObject* rule) {
     return type != NULL ? type : "";
 }
 
+// The structure of that name, or null. The empty word names nothing.
+static POSObject* FindStructure(Walk const* self, char const* type) {
+    POSObject* const found = *type != '\0' ? Find((POSObject*)self->validator->schema, type) : NULL;
+    return IsKind(found, kDict) ? found : NULL;
+}
+
+static Item const* FindCheck(Walk const* self, char const* type) {
+    return *type != '\0' ? FindText(&self->validator->checks, type) : NULL;
+}
+
 static void
 ValidateValue(Walk* self, POSObject* value, POSObject* rule, BIBStringAtom* key, int levels) {
     char const* const type = TypeOf(rule);
     int const matches = MatchesKind(value, type);
-    POSObject* const structure =
-        matches < 0 ? Find((POSObject*)self->validator->schema, type) : NULL;
-    Item const* const check =
-        matches < 0 && structure == NULL ? FindText(&self->validator->checks, type) : NULL;
+    POSObject* const structure = matches < 0 ? FindStructure(self, type) : NULL;
+    Item const* const check = matches < 0 && structure == NULL ? FindCheck(self, type) : NULL;
     if (levels == 0) {
         ReportAt(self, "is nested too deeply", NULL);
     } else if (matches == 0 || (structure != NULL && !IsKind(value, kDict))) {
@@ -146,7 +170,7 @@ ValidateValue(Walk* self, POSObject* value, POSObject* rule, BIBStringAtom* key,
     } else if (check != NULL) {
         CallCheck(self, check, value, key);
     } else if (structure != NULL) {
-        ValidateSettings(self, value, structure, 1, levels - 1);
+        ValidateSettings(self, value, structure, NULL, levels - 1);
     }
 }
 
@@ -162,7 +186,7 @@ static long ValidatorValidate(
     POSObject* object,
     BIBStringAtom* key,
     POSValidatorErrorCallback errorProc) {
-    Walk walk = {InstanceOf(self), errorProc, 0, ""};
+    Walk walk = {InstanceOf(self), errorProc, 0, 0, ""};
     if (object == NULL || key == NULL) {
         return 0;
     }
@@ -174,15 +198,15 @@ static long ValidatorValidate(
         ReportAt(&walk, "expected a dictionary", NULL);
     } else {
         walk.path[0] = '\0';
-        ValidateSettings(&walk, object, structure, 1, kMostLevels);
+        ValidateSettings(&walk, object, structure, NULL, kMostLevels);
     }
     return EndWalk(&walk);
 }
 
 static void CheckRule(Walk* self, POSObject* rule) {
     char const* const type = TypeOf(rule);
-    if (MatchesKind(NULL, type) < 0 && Find((POSObject*)self->validator->schema, type) == NULL &&
-        FindText(&self->validator->checks, type) == NULL) {
+    if (MatchesKind(NULL, type) < 0 && FindStructure(self, type) == NULL &&
+        FindCheck(self, type) == NULL) {
         ReportAt(self, "is not a kind, structure or registered check: %s", type);
     }
 }
@@ -201,7 +225,7 @@ static void CheckRules(Walk* self, POSObject* rules, int isStructure) {
 }
 
 static long ValidatorValidateSchema(POSValidator* self, POSValidatorErrorCallback errorProc) {
-    Walk walk = {InstanceOf(self), errorProc, 0, ""};
+    Walk walk = {InstanceOf(self), errorProc, 0, 0, ""};
     List const* const structures = &ValueOf(walk.validator->schema)->items;
     for (unsigned long i = 0; i < structures->count; ++i) {
         Enter(&walk, structures->items[i].key->text);
@@ -242,9 +266,10 @@ static void DeleteValidator(void* instance) {
 
 static POSValidator* ValidatorNewPOSStructValidator(POSDict* schema) {
     Validator* const self = IsKind((POSObject*)schema, kDict) ? calloc(1, sizeof *self) : NULL;
-    if (self != NULL) {
+    void* const validator = Contain(self, "Validator", &DeleteValidator);
+    if (validator != NULL) {
         ContainerAddRef((BIBContainer*)schema);
         self->schema = schema;
     }
-    return Contain(self, "Validator", &DeleteValidator);
+    return validator;
 }

@@ -225,10 +225,10 @@ static int AreEqual(Value const* one, Value const* other, int levels) {
         one->size != other->size || one->items.count != other->items.count) {
         return 0;
     }
-    if (one->kind == kNumber) {
-        return *(double const*)one->bytes == *(double const*)other->bytes;
-    }
     int areEqual = memcmp(one->bytes, other->bytes, one->size) == 0;
+    if (one->kind == kNumber) {
+        return areEqual || *(double const*)one->bytes == *(double const*)other->bytes;
+    }
     for (unsigned long i = 0; areEqual && i < one->items.count; ++i) {
         Item const* const item = &one->items.items[i];
         Item const* const match =
@@ -260,11 +260,12 @@ static void DeleteCursor(void* instance) {
 
 static POSDictIterator* CursorNewPOSDictIterator(POSDict* dict) {
     Cursor* const self = calloc(1, sizeof *self);
-    if (self != NULL) {
+    void* const cursor = Contain(self, "Cursor", &DeleteCursor);
+    if (cursor != NULL) {
         ContainerAddRef((BIBContainer*)dict);
         self->dict = dict;
     }
-    return Contain(self, "Cursor", &DeleteCursor);
+    return cursor;
 }
 
 // Moves to the first key behind a number.

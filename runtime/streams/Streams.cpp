@@ -40,8 +40,8 @@ namespace {
 constexpr std::size_t kBlockSize = 4096;
 constexpr unsigned long kMaxPosition = std::numeric_limits<long>::max();
 
-// Sets target to the position at offset from base, or returns an error. length: the end of the
-// data.
+// Sets target to the position at offset from base, or returns an error and leaves it. length: the
+// end of the data.
 BIBError* FindTarget(unsigned long base, long offset, unsigned long length, unsigned long& target) {
     // The magnitude in unsigned arithmetic, which is defined for the minimum of long too.
     unsigned long const distance =
@@ -52,8 +52,12 @@ BIBError* FindTarget(unsigned long base, long offset, unsigned long length, unsi
     if (offset >= 0 && (base > length || distance > length - base)) {
         return Failure("seek to a position behind the end of the stream");
     }
+    // A file that another program cut off may end before the position.
+    if (offset < 0 && base - distance > length) {
+        return Failure("seek to a position behind the end of the stream");
+    }
     target = offset < 0 ? base - distance : base + distance;
-    return target <= length ? nullptr : Failure("seek to a position behind the end of the stream");
+    return nullptr;
 }
 
 // A stream on a source, with its own position.

@@ -19,7 +19,6 @@ struct POSDictIterator : BIBContainer {
     bibrt::AtomRef fKey; // null before Begin and at the end
     unsigned long fNumber = 0;
     std::size_t fPosition = 0; // after the entry, unless entries have moved
-    bool fIsAtEnd = false;
 };
 
 namespace bibrt {
@@ -169,7 +168,6 @@ bool IsCursor(POSDictIterator const* self) noexcept {
 }
 
 void MoveTo(POSDictIterator& cursor, DictEntry const* entry) noexcept {
-    cursor.fIsAtEnd = !entry;
     cursor.fKey = AtomRef::Share(entry ? entry->fKey.Get() : nullptr);
     cursor.fNumber = entry ? entry->fNumber : cursor.fNumber;
 }
@@ -190,7 +188,7 @@ void Begin(POSDictIterator* self) {
 }
 
 void Next(POSDictIterator* self) {
-    if (IsCursor(self) && !self->fIsAtEnd) {
+    if (IsCursor(self) && self->fKey) {
         MoveTo(*self, self->fDict->fEntries.NextAfter(self->fNumber, self->fPosition));
     }
 }
