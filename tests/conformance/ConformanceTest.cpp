@@ -172,28 +172,37 @@ BIBError* OpenAnything(BIBPositionableStream** result, char const* path, int wri
                                          : rows.NewPositionableFileStream(result, path, writable);
 }
 
-BIBLookupProc const kMistakes[] = {
-    &LookupWith<&IgnoreType>,
-    &LookupWith<&Alternate>,
-    &LookupWith<&Replace<kRegister, &AcceptAll>>,
-    &LookupWith<&Replace<kUnregister, &UnregisterNothing>>,
-    &LookupWith<&Replace<kCounter, &NewCounter>>,
-    &LookupWith<&Replace<kThreads, &IsSingleThreaded>>,
-    &LookupWith<&Replace<kNewAtom, &AtomOfNull>>,
-    &LookupWith<&Replace<kAlloc, &SmallBlock>>,
-    &LookupWith<&Replace<kReturnCost, &NoCost>>,
-    &LookupWith<&Replace<kPurgeNext, &PurgeNothing>>,
-    &LookupWith<&Replace<kSearch, &FindAll>>,
-    &LookupWith<&Replace<kAddPurge, &AddNoPurge>>,
-    &LookupWith<&Replace<kAttach, &AttachAll>>,
-    &LookupWith<&Replace<kNewFile, &OpenAnything>>,
-    &LookupWith<&ReplaceAddRef>,
-    &LookupWith<&ReplaceGetSize>,
-    [](char const* interfaceName, char const* procName, char const* procType) -> void* {
-        return Is(procName, "BIBIsMultiThreaded")
-                   ? nullptr
-                   : BIBRuntimeLookup(interfaceName, procName, procType);
-    },
+struct Mistake {
+    BIBLookupProc fLookup;
+    char const* fGroup; // or interface that notices it
+};
+
+Mistake const kMistakes[] = {
+    {&LookupWith<&IgnoreType>, "presence"},
+    {&LookupWith<&Alternate>, "presence"},
+    {&LookupWith<&Replace<kRegister, &AcceptAll>>, "registry"},
+    {&LookupWith<&Replace<kRegister, &AcceptAll>>, "threads"},
+    {&LookupWith<&Replace<kUnregister, &UnregisterNothing>>, "registry"},
+    {&LookupWith<&Replace<kUnregister, &UnregisterNothing>>, "containers"},
+    {&LookupWith<&Replace<kCounter, &NewCounter>>, "registry"},
+    {&LookupWith<&Replace<kRegister, &AcceptAll>>, "component"},
+    {&LookupWith<&Replace<kThreads, &IsSingleThreaded>>, "threads"},
+    {&LookupWith<&Replace<kNewAtom, &AtomOfNull>>, "atoms"},
+    {&LookupWith<&Replace<kAlloc, &SmallBlock>>, "memory"},
+    {&LookupWith<&Replace<kReturnCost, &NoCost>>, "caches"},
+    {&LookupWith<&Replace<kPurgeNext, &PurgeNothing>>, "caches"},
+    {&LookupWith<&Replace<kSearch, &FindAll>>, "caches"},
+    {&LookupWith<&Replace<kAddPurge, &AddNoPurge>>, "caches"},
+    {&LookupWith<&Replace<kAttach, &AttachAll>>, "caches"},
+    {&LookupWith<&Replace<kNewFile, &OpenAnything>>, "own-streams"},
+    {&LookupWith<&ReplaceAddRef>, "containers"},
+    {&LookupWith<&ReplaceGetSize>, "buffers"},
+    {[](char const* interfaceName, char const* procName, char const* procType) -> void* {
+         return Is(procName, "BIBIsMultiThreaded")
+                    ? nullptr
+                    : BIBRuntimeLookup(interfaceName, procName, procType);
+     },
+     "presence"},
 };
 
 void Add(Ids& all, Ids const& ids) {
@@ -216,7 +225,10 @@ Ids FailedWithout(NamedRow const& row) {
     EXPECT_FALSE(failed.empty()) << row.fInterface << "." << row.fName << " does nothing";
     EXPECT_FALSE(missing.empty()) << row.fInterface << "." << row.fName << " is missing";
     Add(failed, missing);
-    Add(failed, failedOf("component", true));
+    // The component would never come to the end of a dictionary.
+    if (row.fName != "Next") {
+        Add(failed, failedOf("component", true));
+    }
     return failed;
 }
 
@@ -230,8 +242,8 @@ TEST(Conformance, EachRowAndEachCheckIsNeeded) {
     for (NamedRow const& row : conformance::RowsOfTheComponent()) {
         Add(failed, FailedWithout(row));
     }
-    for (BIBLookupProc const lookup : kMistakes) {
-        Add(failed, FailedChecks(lookup));
+    for (auto const& [lookup, group] : kMistakes) {
+        Add(failed, FailedChecks(lookup, group));
     }
     for (conformance::Group const* const group : conformance::AllGroups()) {
         for (conformance::Check const& check : group->fChecks) {
