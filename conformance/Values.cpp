@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <vector>
 
 namespace conformance {
 
@@ -154,57 +155,63 @@ void ClonesEveryKind(Runtime const& runtime) {
     }
 }
 
-// Of each two of these, none is equal to the other.
-void AppendDifferentValues(Runtime const& runtime, POSArray* values) {
-    auto const arrays = runtime.Arrays();
+using NamedValue = std::pair<std::string, POSObject*>;
+
+// Unowned values. Of each two of these, none is equal to the other.
+std::vector<NamedValue> MakeDifferentValues(Runtime const& runtime) {
     auto const binary = [&](char const* type, char const* bytes) {
-        return runtime.Rows<_t_POSBinDataInterface>().NewPOSBinData(
+        POSBinData* const made = runtime.Rows<_t_POSBinDataInterface>().NewPOSBinData(
             type, reinterpret_cast<unsigned char const*>(bytes), std::strlen(bytes));
+        return NamedValue(
+            "binary data of type " + std::string(type) + ", " + bytes, As<POSObject>(made));
     };
-    constexpr unsigned short kLong[] = {'u', 'v', 'w', 'x', 0};
-    constexpr unsigned short kLongOther[] = {'u', 'v', 'w', 'y', 0};
-    auto const wide = [&](unsigned short const* units) {
-        return As<POSObject>(
-            runtime.Rows<_t_POSUnicodeStringInterface>().NewPOSUnicodeString(units));
+    auto const wide = [&](char const* text) {
+        std::vector<unsigned short> const units(text, text + std::strlen(text) + 1);
+        POSUnicodeString* const made =
+            runtime.Rows<_t_POSUnicodeStringInterface>().NewPOSUnicodeString(units.data());
+        return NamedValue("the 16-bit string " + std::string(text), As<POSObject>(made));
     };
-    for (POSObject* const value :
-         {runtime.NewNumber(0),
-          runtime.NewNumber(1),
-          runtime.NewString(""),
-          runtime.NewString("u"),
-          runtime.NewString("v"),
-          As<POSObject>(
-              runtime.Rows<_t_POSUnicodeStringInterface>().NewPOSUnicodeString(Samples::kUnits)),
-          As<POSObject>(binary("T", "u")),
-          As<POSObject>(binary("U", "u")),
-          As<POSObject>(binary("T", "uv")),
-          As<POSObject>(arrays.NewPOSArray()),
-          As<POSObject>(runtime.Dicts().NewPOSDict()),
-          wide(kLong),
-          wide(kLongOther),
-          runtime.Parse("[ [ ] ]"),
-          runtime.Parse("[ < > ]"),
-          runtime.Parse("[ 1 ]"),
-          runtime.Parse("[ (1) ]"),
-          runtime.Parse("< A 1 >"),
-          runtime.Parse("< A (1) >"),
-          runtime.Parse("< B 1 >")}) {
-        Require(arrays.Append(values, value) != 0, "nonzero of Append", "zero");
+    std::vector<NamedValue> values{
+        wide("u"),
+        wide("uvwx"),
+        wide("uvwy"),
+        binary("T", "u"),
+        binary("U", "u"),
+        binary("T", "uv")};
+    for (char const* const text :
+         {"0",
+          "1",
+          "()",
+          "u",
+          "v",
+          "[ ]",
+          "< >",
+          "[ [ ] ]",
+          "[ < > ]",
+          "[ 1 ]",
+          "[ (1) ]",
+          "< A 1 >",
+          "< A (1) >",
+          "< B 1 >"}) {
+        values.emplace_back(text, runtime.Parse(text));
     }
+    return values;
 }
 
 void ComparesTypesAndContents(Runtime const& runtime) {
     auto const arrays = runtime.Arrays();
-    auto const values = runtime.Hold(arrays.NewPOSArray());
-    AppendDifferentValues(runtime, values);
-    for (unsigned long i = 0; i < arrays.Count(values); ++i) {
-        POSObject* const left = arrays.GetAt(values, i);
+    auto const owner = runtime.Hold(arrays.NewPOSArray());
+    auto const values = MakeDifferentValues(runtime);
+    for (auto const& [name, value] : values) {
+        Require(arrays.Append(owner, value) != 0, "nonzero of Append", "zero");
+    }
+    for (auto const& [leftName, left] : values) {
         auto const copy = runtime.Hold(MethodsOf(runtime, left).Clone(left));
-        for (unsigned long j = 0; j < arrays.Count(values); ++j) {
+        for (auto const& [rightName, right] : values) {
             Require(
-                AreEqual(runtime, copy, arrays.GetAt(values, j)) == (i == j),
+                AreEqual(runtime, copy, right) == (left == right),
                 "a copy is equal to its original alone",
-                "values " + std::to_string(i) + " and " + std::to_string(j));
+                "a copy of " + leftName + ", and " + rightName);
         }
         Require(MethodsOf(runtime, left).IsEqual(left, nullptr) == 0, "zero for null", "nonzero");
     }
@@ -501,8 +508,12 @@ void BeginsBeforeTheFirstKey(Runtime const& runtime) {
     cursors.Next(cursor);
     Require(cursors.IsDone(cursor) != 0, "no current key at the end", "one");
     Expect("the key at the end", nullptr, cursors.CurKey(cursor));
-    cursors.Begin(cursor);
-    Expect("the first key once more", std::string("A"), cursors.CurKey(cursor));
+    for (int i = 0; i < 300; ++i) {
+        cursors.Begin(cursor);
+        cursors.Next(cursor);
+    }
+    Expect("the second key after many rounds", std::string("B"), cursors.CurKey(cursor));
+    Require(runtime.Get(dict, "A") && runtime.Get(dict, "B"), "both keys after many rounds", "not");
 }
 
 void SurvivesRemovals(Runtime const& runtime) {
