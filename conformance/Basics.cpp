@@ -270,9 +270,9 @@ void HasCoreErrors(Runtime const& runtime) {
             errors.Release(errors.GetCoreError(id));
         }
         // They would take the memory of an error that was freed.
-        std::vector<BIBError*> others;
-        for (int i = 0; i < 100; ++i) {
-            others.push_back(errors.NewError("m", "c", 4242, nullptr, nullptr));
+        std::vector<BIBError*> others(100);
+        for (BIBError*& other : others) {
+            other = errors.NewError("m", "c", 4242, nullptr, nullptr);
         }
         BIBError* const again = errors.GetCoreError(id);
         long const kept = again ? errors.GetID(again) : -1;

@@ -131,7 +131,7 @@ void ReportsEachSetting(Runtime const& runtime) {
     ExpectMessage(twice, "< >", "Both");
 }
 
-constexpr int gOther = 0;
+constexpr int kOther = 0;
 
 void CallsChecks(Runtime const& runtime) {
     Validator const validator(runtime, kSchema);
@@ -143,9 +143,9 @@ void CallsChecks(Runtime const& runtime) {
     validator.Register(
         "Seven",
         [](POSObject*, BIBStringAtom*, BIBSharedBuffer*, void const* data) {
-            return data == &gOther ? 1L : 0L;
+            return data == &kOther ? 1L : 0L;
         },
-        &gOther);
+        &kOther);
     ExpectMessage(validator, "< Needed 1 Checked 8 >", nullptr);
 }
 

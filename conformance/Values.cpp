@@ -211,7 +211,7 @@ void ComparesTypesAndContents(Runtime const& runtime) {
             Require(
                 AreEqual(runtime, copy, right) == (left == right),
                 "a copy is equal to its original alone",
-                "a copy of " + leftName + ", and " + rightName);
+                std::string(leftName).append(" copied, and ").append(rightName));
         }
         Require(MethodsOf(runtime, left).IsEqual(left, nullptr) == 0, "zero for null", "nonzero");
     }

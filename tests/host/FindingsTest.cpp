@@ -14,9 +14,9 @@ namespace {
 using namespace std::string_view_literals;
 
 struct Mistakes {
-    std::string_view text;     // with $ for the keyword and ~ for a name of 256 bytes
-    std::string_view findings; // position, size and id of each; ! where the text is refused
-    std::string_view message;  // of one of them, or empty
+    std::string_view fText;     // with $ for the keyword and ~ for a name of 256 bytes
+    std::string_view fFindings; // position, size and id of each; ! where the text is refused
+    std::string_view fMessage;  // of one of them, or empty
 };
 
 constexpr Mistakes kMistakes[] = {
@@ -205,15 +205,15 @@ std::string FindingsOf(Document const& document) {
 TEST(Findings, AreAtTheirPositions) {
     for (Mistakes const& mistakes : kMistakes) {
         std::string const text = Replaced(
-            Replaced(std::string(mistakes.text), '$', ">> setalembicorparams"),
+            Replaced(std::string(mistakes.fText), '$', ">> setalembicorparams"),
             '~',
             std::string(256, 'n'));
         Document const document(text);
-        EXPECT_EQ(mistakes.findings, FindingsOf(document)) << text;
+        EXPECT_EQ(mistakes.fFindings, FindingsOf(document)) << text;
         EXPECT_TRUE(
-            mistakes.message.empty() ||
-            std::ranges::count(document.Findings(), mistakes.message, &Finding::Message) > 0)
-            << mistakes.message;
+            mistakes.fMessage.empty() ||
+            std::ranges::count(document.Findings(), mistakes.fMessage, &Finding::Message) > 0)
+            << mistakes.fMessage;
     }
 }
 
