@@ -16,6 +16,7 @@ its body, '#' lines before the first directive are comments:
   @stdout-to PATH     for the next run: standard output goes there
   @largest SIZE       for the next run: no file may grow beyond so many bytes
                     and behind it:
+  @json               the body is the expected standard output as JSON, in any layout
   @stderr             the body is the expected standard error (else none)
   @stderr-lines N     it has so many lines, whatever they say
   @status N           the expected exit status (else 0)
@@ -27,6 +28,7 @@ so does ADMIN in names, and ADMIN/ in files.
 """
 
 import difflib
+import json
 import os
 import re
 import resource
@@ -48,6 +50,11 @@ def decode(text):
     pieces = re.split(r"\\x([0-9A-F]{2})", text)
     return b"".join(
         bytes([int(piece, 16)]) if at % 2 else piece.encode() for at, piece in enumerate(pieces))
+
+
+def json_output(body):
+    """JSON in the layout of the program's output."""
+    return json.dumps(json.loads(decode(body)), indent=2, ensure_ascii=False).encode() + NEWLINE
 
 
 class Run:
@@ -98,6 +105,8 @@ def parse(path):
             runs[-1].stdin_from = pending.pop("stdin", os.devnull)
             runs[-1].stdout_to = pending.pop("stdout-to", None)
             runs[-1].largest = pending.pop("largest", None)
+        elif directive == "json":
+            runs[-1].stdout = json_output(body)
         elif directive == "stderr":
             runs[-1].stderr = decode(body)
         elif directive == "stderr-lines":
