@@ -139,9 +139,7 @@ TEST_F(SchemaTest, TheStandardSchemaIsSoundAndAcceptsEveryExample) {
          {"data/screen.joboptions",
           "data/office.joboptions",
           "data/press.joboptions",
-          "data/archive.joboptions",
-          "tests/data/printer.joboptions",
-          "tests/data/screen.joboptions"}) {
+          "data/archive.joboptions"}) {
         Settings const settings = Settings::Parse(ReadFile(name));
         EXPECT_GT(settings.Values().size(), 70u) << name;
         EXPECT_EQ(settings.Validate().size(), 0u) << name;
