@@ -182,7 +182,13 @@ void StaysReadableForAMoment(Runtime const& runtime) {
     auto const rows = runtime.Atoms();
     BIBStringAtom* const atom = rows.NewStringAtom("Conformance released");
     char const* const text = rows.GetCString(atom);
+    // They would take the memory of an atom that was freed.
+    std::vector<std::string> copies;
+    copies.reserve(200);
     rows.DeleteStringAtom(atom);
+    for (std::size_t size = 16; size < 200; ++size) {
+        copies.emplace_back(size, 'x');
+    }
     Expect("the string right after the last release", std::string("Conformance released"), text);
 }
 

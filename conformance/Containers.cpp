@@ -60,6 +60,8 @@ void ReturnsWithoutDestroying(Runtime const& runtime) {
     rows.DecrementWithoutDelete(container);
     Expect("destructions after DecrementWithoutDelete", 0, deleted);
     Expect("the count after it", 0L, runtime.CountOf(container));
+    rows.Release(container);
+    Expect("destructions after Release without references", 0, deleted);
     Require(rows.DeleteUnownedContainer(container) != 0, "nonzero without references", "zero");
     Expect("destructions after DeleteUnownedContainer", 1, deleted);
 }
@@ -200,10 +202,14 @@ void FindsMethodsBySignature(Runtime const& runtime) {
     methods.Add(0, "Own", &procs[0]);
     methods.Add(1, "Own", &procs[1]);
     methods.Add(2, "Inherited", &procs[2]);
-    runtime.Succeed("RegisterInterface", methods.Derive(0, 1));
-    runtime.Succeed("RegisterInterface", methods.Derive(1, 2));
     int deleted = 0;
     auto const container = runtime.Hold(NewThing(runtime, deleted));
+    Expect(
+        "GetParentMethod under a signature without a parent",
+        nullptr,
+        methods.Find(rows.GetParentMethod, container, "Own"));
+    runtime.Succeed("RegisterInterface", methods.Derive(0, 1));
+    runtime.Succeed("RegisterInterface", methods.Derive(1, 2));
     Require(
         methods.Find(rows.GetMethod, container, "Own") == &procs[0],
         "the method under the signature",

@@ -307,9 +307,14 @@ constexpr Check kThreadChecks[] = {
 
 // The messages, in the words of the project's own runtime.
 
-std::string MessageFor(Runtime const& runtime, std::string const& rule, std::string const& value) {
-    StructValidator const validator(runtime, "< S < optional < K " + rule + " > > >");
-    auto const messages = validator.Validate(runtime.Parse(("< K " + value + " >").c_str()), "S");
+std::string MessageFor(
+    Runtime const& runtime,
+    std::string const& rule,
+    std::string const& value,
+    std::string const& key = "K") {
+    StructValidator const validator(runtime, "< S < optional < " + key + " " + rule + " > > >");
+    auto const messages =
+        validator.Validate(runtime.Parse(("< " + key + " " + value + " >").c_str()), "S");
     return messages.empty() ? "" : messages.back();
 }
 
@@ -334,6 +339,10 @@ void SaysWhatItExpects(Runtime const& runtime) {
               "registered check"},
          }) {
         Expect(row.fRule, std::string(row.fMessage), MessageFor(runtime, row.fRule, row.fValue));
+    }
+    for (auto const& [size, shown] : {std::pair(1000UL, 1000UL), std::pair(1001UL, 1003UL)}) {
+        std::string const message = MessageFor(runtime, "number", "Foo", std::string(size, 'k'));
+        Expect("the bytes of a long path, with ... where it is cut", shown, message.find(' '));
     }
 }
 

@@ -170,7 +170,10 @@ void ForgetsAnInterface(Runtime const& runtime) {
     constexpr char kShorter[] = "ConformanceInter";
     add(kLonger, "First", kType, &proc);
     for (char const* const name : {"First", "Second", "Third", "Fourth"}) {
-        registry.Register(name, &proc);
+        Require(
+            registry.Register(name, &proc) != 0,
+            "nonzero for names that are free, since earlier checks unregistered theirs",
+            "zero");
     }
     remove(kShorter);
     bool const isKept = registry.Find("First") == &proc;

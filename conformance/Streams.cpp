@@ -119,6 +119,7 @@ void ReadsBuffers(Runtime const& runtime) {
 struct Client {
     unsigned long fPosition = 0;
     std::string fWritten;
+    unsigned long fWrittenAt = 0; // the position of the last write
     int fDeleted = 0;
     int fErrors = 0; // made and not destroyed
     bool fFails = false;
@@ -160,6 +161,7 @@ BIBError* ClientRead(void* data, unsigned long* count, unsigned char* buffer, un
 BIBError* ClientWrite(void* data, unsigned char const* buffer, unsigned long size) {
     Client& client = ClientOf(data);
     client.fWritten.append(reinterpret_cast<char const*>(buffer), size);
+    client.fWrittenAt = client.fPosition;
     return client.fFails ? ClientError(client) : nullptr;
 }
 
@@ -252,7 +254,9 @@ void MayHaveASecondPosition(Runtime const& runtime) {
     Expect("the position of the first stream after Seek of the second", 3UL, first.Mark());
     Expect("what the second one reads", std::string("yt"), second.Read(2));
     Expect("the position of the first stream after Read of the second", 3UL, first.Mark());
+    second.Seek(1, kBIBSeekFromStart);
     second.Write("x");
+    Expect("the client's position for Write of the second", 1UL, client.fWrittenAt);
     Expect("the position of the first stream after Write of the second", 3UL, first.Mark());
     client.fFails = true;
     std::string text;

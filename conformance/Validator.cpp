@@ -25,6 +25,27 @@ long Explain(
     return 0;
 }
 
+constexpr unsigned long kMessageSize = 256;
+
+long Fill(
+    POSObject* /*value*/, BIBStringAtom* /*key*/, BIBSharedBuffer* message, void const* userData) {
+    auto const& runtime = *static_cast<Runtime const*>(userData);
+    std::memset(runtime.Buffers().GetBuffer(message), 'x', kMessageSize - 1);
+    return 0;
+}
+
+// A check that accepts everything if its buffer begins with 256 zero bytes.
+long AcceptEmptyBuffer(
+    POSObject* /*value*/, BIBStringAtom* /*key*/, BIBSharedBuffer* message, void const* userData) {
+    auto const& runtime = *static_cast<Runtime const*>(userData);
+    std::string const bytes(kMessageSize, '\0');
+    return runtime.Buffers().GetSize(message) >= kMessageSize &&
+                   std::memcmp(runtime.Buffers().GetBuffer(message), bytes.data(), kMessageSize) ==
+                       0
+               ? 1
+               : 0;
+}
+
 class Validator : public StructValidator {
 public:
     Validator(Runtime const& runtime, char const* schema)
@@ -50,6 +71,15 @@ void ExpectMessage(Validator const& validator, char const* settings, char const*
         std::string const& message = messages.front();
         Expect("the path of the message", std::string(path), message.substr(0, message.find(' ')));
     }
+}
+
+// Expects no message about the schema.
+void ExpectSound(Validator const& validator) {
+    auto const messages = validator.ValidateSchema();
+    Expect(
+        "the message about a sound schema",
+        std::string(),
+        messages.empty() ? std::string() : messages.front());
 }
 
 // What every validator knows.
@@ -103,15 +133,23 @@ void RejectsByParts(Runtime const& runtime) {
         runtime,
         "< Settings < Needed number optional < Range < type number min 1 max 3 >"
         " Choice < type name in [ A B ] > Two < type array count 2 of integer >"
-        " Checked < type number check Seven > > > >");
+        " Checked < type number check Seven > Parts < type array of Part > > >"
+        " Part < Deep number optional < > > >");
+    ExpectSound(validator);
     ExpectMessage(
-        validator, "< Needed 1 Range 3 Choice B Two [ 1 2 ] Checked 7 >", /*path=*/nullptr);
+        validator,
+        "< Needed 1 Range 3 Choice B Two [ 1 2 ] Checked 7 Parts [ < Deep 1 > ] >",
+        /*path=*/nullptr);
+    // The bounds in single precision.
+    ExpectMessage(validator, "< Needed 1 Range 0.99999999 >", /*path=*/nullptr);
+    ExpectMessage(validator, "< Needed 1 Range 3.00000001 >", /*path=*/nullptr);
     for (auto const& [settings, path] :
          {std::pair("< Needed 1 Range 0 >", "Range"),
           std::pair("< Needed 1 Range 4 >", "Range"),
           std::pair("< Needed 1 Choice C >", "Choice"),
           std::pair("< Needed 1 Two [ 1 ] >", "Two"),
           std::pair("< Needed 1 Two [ 1 A ] >", "Two/1"),
+          std::pair("< Needed 1 Parts [ < Deep 1 > < > ] >", "Parts/1/Deep"),
           std::pair("< Needed 1 Checked 8 >", "Checked")}) {
         ExpectMessage(validator, settings, path);
     }
@@ -146,19 +184,32 @@ void CallsChecks(Runtime const& runtime) {
             return data == &kOther ? 1L : 0L;
         },
         &kOther);
-    ExpectMessage(validator, "< Needed 1 Checked 8 >", nullptr);
+    Expect(
+        "messages of a check that replaces another one, with its own data",
+        0UL,
+        validator.Validate("< Needed 1 Checked 8 >").size());
+    // Dirties the memory that the next buffer may get.
+    validator.Register("Explained", &Fill, &runtime);
+    ExpectMessage(validator, "< Needed 1 Said 1 >", "Said");
+    validator.Register("Seven", &AcceptEmptyBuffer, &runtime);
+    Expect(
+        "messages of a check that wants a buffer of 256 zero bytes",
+        0UL,
+        validator.Validate("< Needed 1 Checked 8 >").size());
 }
 
 void ChecksSchemas(Runtime const& runtime) {
-    Expect(
-        "messages about a sound schema", 0UL, Validator(runtime, kSchema).ValidateSchema().size());
-    Validator const odd(runtime, "< Settings < A numbr optional < > > >");
-    auto const messages = odd.ValidateSchema();
-    Expect("messages about an unknown kind", 1UL, messages.size());
-    Expect(
-        "the path in the schema",
-        std::string("Settings/A"),
-        messages.front().substr(0, messages.front().find(' ')));
+    ExpectSound(Validator(runtime, kSchema));
+    for (auto const& [schema, path] :
+         {std::pair("< Settings < optional < B any > A numbr > >", "Settings/A"),
+          std::pair("< Settings < optional < B numbr > A any > >", "Settings/optional/B")}) {
+        auto const messages = Validator(runtime, schema).ValidateSchema();
+        Expect("messages about an unknown kind", 1UL, messages.size());
+        Expect(
+            "the path in the schema",
+            std::string(path),
+            messages.front().substr(0, messages.front().find(' ')));
+    }
 }
 
 void RefusesInvalidArguments(Runtime const& runtime) {

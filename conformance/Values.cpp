@@ -442,7 +442,9 @@ void FollowsPaths(Runtime const& runtime) {
           "A/1/B/0",
           "A/99999999999999999999"}) {
         Require(
-            dicts.DeepGet(dict, Atom(runtime, path)) == nullptr, "null where there is none", path);
+            dicts.DeepGet(dict, Atom(runtime, path)) == nullptr,
+            "null where there is none",
+            "a value at " + Shown(path));
     }
 }
 

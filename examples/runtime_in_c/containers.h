@@ -109,8 +109,9 @@ static long ContainerDeleteUnownedContainer(BIBContainer* container) {
 }
 
 static void ContainerRelease(BIBContainer* container) {
-    ContainerDecrementWithoutDelete(container);
-    ContainerDeleteUnownedContainer(container);
+    if (container != NULL && container->count > 0 && --container->count == 0) {
+        Destroy(container);
+    }
 }
 
 static BIBStringAtom* ParentOf(BIBStringAtom* signature) {
