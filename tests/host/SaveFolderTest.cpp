@@ -4,6 +4,7 @@
 
 #include "tests/host/SystemCallsDouble.h"
 #include "tests/support/AccessList.h"
+#include "tests/support/ErrorOf.h"
 #include "tests/support/Rounds.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -13,6 +14,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <map>
+#include <optional>
 #include <random>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -93,12 +95,12 @@ void ExpectNoWiderAccess(Item const& item, Item const& old) {
 class World {
 public:
     explicit World(unsigned seed) : fRandom(seed) {
-        fCalls.PretendOwners(std::set<gid_t>{getegid(), kOurGroup});
+        fIsRoot = Below(4) == 0;
+        fCalls.PretendOwners(
+            fIsRoot ? std::nullopt : std::optional(std::set<gid_t>{getegid(), kOurGroup}));
         fHasOld = Below(8) != 0;
         if (fHasOld) {
             MakeRandomFile("a", "old");
-        } else if (Below(2) == 0) {
-            support::SetAttribute(fFolder.Path(), support::kDefaultList, RandomList(6));
         }
         MakeRandomFile("b", "other");
         std::filesystem::create_symlink("a", fFolder / "link");
@@ -115,11 +117,16 @@ public:
 
     // The ways to run it; each checks what is there afterwards.
     void Save() {
+        if (Below(2) == 0) {
+            support::SetAttribute(fFolder.Path(), support::kDefaultList, RandomList(6));
+        }
+        static char const* const kRefused[] = {"", "", "fsetxattr", "fremovexattr"};
+        fRefused = kRefused[Below(4)];
+        fCalls.FailAlways(fRefused, EPERM);
         Run();
         CheckOthers();
-        bool const isReadOnly = fHasOld && (Old().fMode & S_IWUSR) == 0;
-        EXPECT_EQ(fMessage, isReadOnly ? "read-only" : "");
-        isReadOnly ? CheckUnchanged() : CheckSaved(/*isExact=*/true);
+        EXPECT_EQ(fMessage, IsReadOnly() ? "read-only" : "");
+        IsReadOnly() ? CheckUnchanged() : CheckSaved(/*isExact=*/true);
     }
 
     void SaveWithFailure() {
@@ -164,6 +171,8 @@ public:
         CheckOthers();
         bool const isSaved = fNow.contains("a") && fNow["a"].fBytes == "new";
         isSaved ? CheckNewFile(/*isExact=*/true) : CheckUnchanged();
+        Run(isSaved ? "new" : "old");
+        EXPECT_TRUE(fNow["a"].fBytes == "new" || IsReadOnly()) << fMessage;
         return isSaved;
     }
 
@@ -214,9 +223,11 @@ private:
         if (Below(2) == 0) {
             support::SetAttribute(file, "user.note", "note on " + bytes);
         }
+        int const special = Below(4) == 0 ? RandomRights() : 0; // set-id and sticky bits
         chmod(
             file.c_str(),
-            static_cast<mode_t>(ownerRights << 6 | RandomRights() << 3 | RandomRights()));
+            static_cast<mode_t>(
+                special << 9 | ownerRights << 6 | RandomRights() << 3 | RandomRights()));
         if (hasList) {
             support::SetAttribute(file, support::kAccessList, RandomList(ownerRights));
         }
@@ -237,24 +248,28 @@ private:
         }
     }
 
-    void Run() {
+    void Run(std::string const& expected = "old") {
         long const descriptors = support::CountDescriptors();
-        try {
+        bool const isExpected = fHasOld || expected == "new";
+        fMessage = support::MessageOf([&] {
             fWarnings = SaveSafely(
                 fPath,
                 "new",
-                fHasOld ? std::optional<std::string>("old") : std::nullopt,
+                isExpected ? std::optional(expected) : std::nullopt,
                 OnConflict::kRefuse,
                 std::chrono::milliseconds(0));
-        } catch (Error const& error) {
-            fMessage = error.Message();
-        }
+        });
         fCalls.FailAt(-1, 0);
         EXPECT_EQ(support::CountDescriptors(), descriptors);
         fNow = LookAtAll(fFolder);
     }
 
     Item const& Old() { return fBefore["a"]; }
+    bool IsReadOnly() { return fHasOld && (Old().fMode & S_IWUSR) == 0; }
+    bool KeepsOwner() { return fIsRoot || Old().fOwner.fUser == geteuid(); }
+    bool KeepsGroup() { return fIsRoot || Old().fOwner.fGroup != kForeignGroup; }
+    bool KeepsList() { return fRefused != (Old().fList.empty() ? "fremovexattr" : "fsetxattr"); }
+    bool KeepsNote() { return Old().fNote.empty() || fRefused != "fsetxattr"; }
 
     static bool IsHidden(std::string const& name) {
         return name.starts_with(".joboptions-") && name.ends_with(".new");
@@ -319,21 +334,27 @@ private:
                 fBefore.contains(kLeftover) && fBefore[kLeftover].fBytes == "mine";
             bool const isOld = fBefore.contains(kLeftover) && fBefore[kLeftover].fBytes == "old";
             EXPECT_EQ(fNow.contains(kLeftover), isNeeded || (isOld && !fHasOld));
-            std::vector<std::string> expected;
-            if (fHasOld && Old().fOwner.fUser != geteuid()) {
-                expected.emplace_back("its owner could not be kept: you own it now");
-            }
-            if (fHasOld && Old().fOwner.fGroup == kForeignGroup) {
-                expected.emplace_back(
-                    "its group could not be kept: the group's permissions were removed");
-            }
-            if (fNow.contains(kLeftover)) {
-                expected.push_back(
-                    std::string("an interrupted save left ") + kLeftover +
-                    " in its folder; delete it if you do not need its content");
-            }
-            EXPECT_EQ(fWarnings, expected);
+            EXPECT_EQ(fWarnings, ExpectedWarnings());
         }
+    }
+
+    std::vector<std::string> ExpectedWarnings() {
+        std::pair<bool, std::string> const possible[] = {
+            {fHasOld && !KeepsOwner(), "its owner could not be kept: you own it now"},
+            {fHasOld && !KeepsGroup(),
+             "its group could not be kept: the group's permissions were removed"},
+            {fHasOld && !KeepsList(),
+             "its access control list could not be kept: only its owner has access now"},
+            {fHasOld && !KeepsNote(), "its attribute user.note could not be kept"},
+            {fNow.contains(kLeftover),
+             std::string("an interrupted save left ") + kLeftover +
+                 " in its folder; delete it if you do not need its content"},
+        };
+        std::vector<std::string> expected;
+        for (auto const& [isGiven, warning] : possible) {
+            expected.insert(expected.end(), isGiven ? 1 : 0, warning);
+        }
+        return expected;
     }
 
     void CheckNewFile(bool isExact) {
@@ -341,7 +362,6 @@ private:
         EXPECT_EQ(item.fBytes, "new");
         EXPECT_NE(item.fFile, Old().fFile);
         EXPECT_NE(item.fModified, Old().fModified);
-        EXPECT_EQ(item.fOwner.fUser, geteuid());
         if (fHasOld) {
             ExpectNoWiderAccess(item, Old());
         }
@@ -353,13 +373,22 @@ private:
     }
 
     void CheckKept(Item const& item) {
-        bool const hasGroup = Old().fOwner.fGroup != kForeignGroup;
-        EXPECT_EQ(item.fOwner.fGroup, hasGroup ? Old().fOwner.fGroup : getegid());
-        EXPECT_EQ(item.fNote, Old().fNote);
-        EXPECT_EQ(item.fMode & S_IRWXU, Old().fMode & S_IRWXU);
-        if (hasGroup) {
-            EXPECT_EQ(item.fMode, Old().fMode);
+        EXPECT_EQ(item.fOwner.fUser, KeepsOwner() ? Old().fOwner.fUser : geteuid());
+        EXPECT_EQ(item.fOwner.fGroup, KeepsGroup() ? Old().fOwner.fGroup : getegid());
+        EXPECT_EQ(item.fNote, KeepsNote() ? Old().fNote : "");
+        mode_t const mode = Old().fMode & ~mode_t{S_ISUID | S_ISGID};
+        if (!KeepsList()) {
+            EXPECT_EQ(item.fMode, mode & ~mode_t{S_IRWXG | S_IRWXO});
+        } else if (KeepsGroup()) {
+            EXPECT_EQ(item.fMode, mode);
             EXPECT_EQ(item.fList, Old().fList);
+        } else {
+            // The group's members are among the others now.
+            auto const rights = [](gid_t group, Item const& of) {
+                return support::RightsOf(8888, group, of.fOwner.fGroup, of.fMode, of.fList);
+            };
+            EXPECT_EQ(item.fMode & (S_IRWXU | S_ISVTX), mode & (S_IRWXU | S_ISVTX));
+            EXPECT_EQ(rights(5000, item), rights(5000, Old()) & rights(kForeignGroup, Old()));
         }
     }
 
@@ -375,6 +404,8 @@ private:
     support::TemporaryFolder fFolder;
     SystemCallsDouble fCalls;
     std::string fPath;
+    std::string fRefused; // a call that the system refuses
+    bool fIsRoot = false;
     bool fHasOld = false;
     bool fMayLeaveFiles = false;
     Items fBefore;
