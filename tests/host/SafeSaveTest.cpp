@@ -32,18 +32,14 @@ class SafeSaveTest : public testing::Test {
 protected:
     ~SafeSaveTest() override { EXPECT_EQ(fDescriptors, support::CountDescriptors()); }
 
-    // What a save says: "" when it goes through.
+    // What a save says: its first warning, or why it fails; "" where nothing is wrong.
     static std::string Save(
         std::string const& path,
         std::string const& bytes,
         std::chrono::milliseconds wait = kUsualWait) {
-        return MessageOf([&] { SaveSafely(path, bytes, wait); });
-    }
-
-    // The first warning of a save.
-    static std::string Warning(std::string const& path) {
-        auto const warnings = SaveSafely(path, "new");
-        return warnings.empty() ? "" : warnings.front();
+        SaveWarnings warnings;
+        std::string const message = MessageOf([&] { warnings = SaveSafely(path, bytes, wait); });
+        return warnings.empty() ? message : warnings.front();
     }
 
     std::string FirstName() const { return fFolder.Names().substr(0, fFolder.Names().find(' ')); }
@@ -86,20 +82,6 @@ protected:
 
 } // namespace
 
-TEST_F(SafeSaveTest, MakesAFileAndReplacesOne) {
-    std::string const file = fFolder / "a";
-    EXPECT_EQ(LookAt(file), std::nullopt);
-    EXPECT_EQ(Save(file, "first"), "");
-    EXPECT_EQ(ReadBytes(file), "first");
-    EXPECT_EQ(LookAt(file), "first");
-    EXPECT_EQ(Save(file, ""), "");
-    EXPECT_EQ(ReadFile(file), "");
-    std::filesystem::create_hard_link(file, fFolder / "other");
-    EXPECT_EQ(Save(file, "second"), "");
-    EXPECT_EQ(ReadBytes(fFolder / "other"), "");
-    EXPECT_EQ(fFolder.Names(), "a other ");
-}
-
 TEST_F(SafeSaveTest, WritesIntoDescriptorsAndTheNullDeviceAndIntoNothingElseThatIsNoFile) {
     EXPECT_EQ(Save("/dev/null", "gone"), "");
     EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
@@ -137,6 +119,9 @@ TEST_F(SafeSaveTest, LeavesTheFileWholeWhereItFails) {
     EXPECT_TRUE(IsReadOnly(readOnly));
     EXPECT_EQ(ReadBytes(readOnly), "old");
     std::string const big = fFolder.Make("big", "old");
+    std::string const huge = fFolder.Make("huge", "");
+    std::filesystem::resize_file(huge, (std::uintmax_t{256} << 20) + 1);
+    EXPECT_EQ(MessageOf([&] { ReadFile(huge); }), "larger than 256 MiB");
     struct {
         std::string fPath;
         char const* fMessage;
@@ -149,6 +134,7 @@ TEST_F(SafeSaveTest, LeavesTheFileWholeWhereItFails) {
         {"", "No such file or directory"},
         {fFolder / std::string(256, 'n'), "File name too long"},
         {readOnly + std::string("\0x", 2), "the path holds a NUL byte"},
+        {huge, "larger than 256 MiB"},
     };
     for (auto const& [path, message] : kCases) {
         EXPECT_EQ(Save(path, "new"), message) << path;
@@ -164,27 +150,56 @@ TEST_F(SafeSaveTest, LeavesTheFileWholeWhereItFails) {
 
     EXPECT_EQ(message, "File too large");
     EXPECT_EQ(ReadBytes(big), "old");
-    EXPECT_EQ(fFolder.Names(), "big readonly ");
+    EXPECT_EQ(fFolder.Names(), "big huge readonly ");
 }
 
-TEST_F(SafeSaveTest, RefusesWhatTheCallerMayNotWriteThoughTheFolderAllowsIt) {
-    std::string const file = fFolder.Make("a", "old");
-    for (auto const& [error, message] :
-         {std::pair(EACCES, "read-only: Permission denied"),
-          std::pair(EROFS, "read-only: Read-only file system"),
-          std::pair(EIO, "Input/output error")}) {
+TEST_F(SafeSaveTest, SaysWhichCallFailed) {
+    struct {
+        char const* fCall;
+        int fError;
+        char const* fMessage;
+        bool fIsSaved = false;
+    } const kCases[] = {
+        {"faccessat", EACCES, "read-only: Permission denied"},
+        {"faccessat", EROFS, "read-only: Read-only file system"},
+        {"faccessat", EIO, "Input/output error"},
+        {"write", ENOSPC, "No space left on device"},
+        {"fsync", EIO, "Input/output error"},
+        {"flock", EBADF, "Bad file descriptor"},
+        {"flock", EIO, "Input/output error"},
+        {"flock", ENOLCK, "its folder cannot be locked: other programs are not locked out", true},
+        {"folder", EACCES, "its folder may not be read: other programs are not locked out", true},
+    };
+    for (auto const& [call, error, message, isSaved] : kCases) {
+        std::string const file = fFolder.Make("a", "old");
         SystemCallsDouble calls;
-        calls.FailNext("faccessat", error);
-        EXPECT_EQ(Save(file, "new"), message);
+        calls.FailNext(call, error);
+        EXPECT_EQ(Save(file, "new"), message) << call;
+        EXPECT_EQ(ReadBytes(file), isSaved ? "new" : "old") << call;
     }
-    EXPECT_EQ(ReadBytes(file), "old");
+    // The bytes are on the disk before the name leads to them, and then the name is.
+    SystemCallsDouble calls;
+    calls.AfterEach([&calls](int /*call*/) {
+        if (calls.Count("fsync") == 1) {
+            calls.FailNext("fsync", EIO);
+        }
+    });
+    EXPECT_EQ(
+        Save(fFolder / "a", "new"),
+        "its folder could not be flushed: a power failure may undo the save");
 }
 
-TEST_F(SafeSaveTest, RefusesAFileLargerThanASettingsFile) {
-    std::string const file = fFolder.Make("a", "");
-    std::filesystem::resize_file(file, (std::uintmax_t{256} << 20) + 1);
-    EXPECT_EQ(Save(file, "new"), "larger than 256 MiB");
-    EXPECT_EQ(MessageOf([&] { ReadFile(file); }), "larger than 256 MiB");
+TEST_F(SafeSaveTest, ExpectsNoLeasesOnANetwork) {
+    std::string const file = fFolder.Make("a", "old");
+    for (long const kind : {0x6969L, 0xFF534D42L, 0x01021997L}) { // NFS, SMB, 9P
+        SystemCallsDouble calls;
+        calls.SetFileSystem(kind);
+        EXPECT_EQ(
+            Save(file, "new"),
+            "it is on a network file system: programs on other machines are not locked out");
+        EXPECT_EQ(calls.Count("flock"), 2);
+        EXPECT_EQ(calls.Count("lease"), 0);
+    }
 }
 
 TEST_F(SafeSaveTest, WaitsForALeaseNoLongerThanItMay) {
@@ -335,35 +350,6 @@ TEST_F(SafeSaveTest, TheThreadOfALockUsesItAndOthersWait) {
     EXPECT_EQ(ReadBytes(fFolder / "c"), "foreign");
 }
 
-TEST_F(SafeSaveTest, SaysWhereOthersAreNotKeptOut) {
-    std::string const file = fFolder.Make("a", "old");
-    {
-        SystemCallsDouble calls;
-        calls.FailAlways("flock", ENOLCK);
-        EXPECT_EQ(Warning(file), "its folder cannot be locked: other programs are not locked out");
-    }
-    {
-        SystemCallsDouble calls;
-        calls.FailNext("folder", EACCES);
-        EXPECT_EQ(Warning(file), "its folder may not be read: other programs are not locked out");
-    }
-    for (long const kind : {0x6969L, 0xFF534D42L, 0x01021997L}) { // NFS, SMB, 9P
-        SystemCallsDouble calls;
-        calls.SetFileSystem(kind);
-        EXPECT_EQ(
-            Warning(file),
-            "it is on a network file system: programs on other machines are not locked out");
-        EXPECT_EQ(calls.Count("flock"), 2);
-        EXPECT_EQ(calls.Count("lease"), 0) << "none is to be had there";
-    }
-    for (int const error : {EBADF, EIO}) {
-        SystemCallsDouble calls;
-        calls.FailAlways("flock", error);
-        EXPECT_NE(Save(file, "defect"), "");
-    }
-    EXPECT_EQ(ReadBytes(file), "new");
-}
-
 TEST_F(SafeSaveTest, WaitsForAWriterAndGivesUpInTime) {
     std::string const file = fFolder.Make("a", "old");
     int const writer = open(file.c_str(), O_WRONLY | O_CLOEXEC);
@@ -427,55 +413,26 @@ TEST_F(SafeSaveTest, AChildNeitherKeepsNorEndsALock) {
 
 TEST_F(SafeSaveTest, DeletesWhatWasLeftBehindOnlyIfNothingIsLost) {
     std::string const file = fFolder.Make("a", "old");
-    std::string const digits = "0123456789abcdef0123456789abcde";
-    auto const name = [&](char last) { return ".joboptions-" + digits + last + ".new"; };
-    fFolder.Make(name('1'), "old");
-    fFolder.Make(name('2'), "new");
-    fFolder.Make(name('3'), "else");
-    fFolder.Make(".joboptions-other.new", "old");
+    std::string const left = ".joboptions-0123456789abcdef0123456789abcdef.new";
+    std::string const other = ".joboptions-0123456789abcdef.new";
+    std::string const warning = "an interrupted save left " + left +
+                                " in its folder; delete it if you do not need its content";
+    fFolder.Make(other, "new");
+    fFolder.Make(left, "new");
     {
         // As long as the save has not succeeded, these may be the only copy of its bytes.
         SystemCallsDouble calls;
         calls.FailAlways("write", ENOSPC);
         EXPECT_EQ(Save(file, "new"), "No space left on device");
-        EXPECT_EQ(ReadBytes(fFolder / name('2')), "new");
+        EXPECT_EQ(ReadBytes(fFolder / left), "new");
     }
-    EXPECT_EQ(
-        Warning(file),
-        "an interrupted save left " + name('3') +
-            " in its folder; delete it if you do not need its content");
-    EXPECT_EQ(fFolder.Names(), name('3') + " .joboptions-other.new a ");
-}
-
-// The other one may still write.
-TEST_F(SafeSaveTest, DeletesNothingThatIsBeingWritten) {
-    std::string const file = fFolder.Make("a", "old");
-    std::string const left = ".joboptions-0123456789abcdef0123456789abcdef.new";
-    int const writer = open(fFolder.Make(left, "old").c_str(), O_WRONLY | O_CLOEXEC);
-    EXPECT_EQ(Warning(file).find("an interrupted save left " + left), 0U);
-    EXPECT_EQ(ReadBytes(fFolder / left), "old");
+    // One that has it open may still write.
+    int const writer = open((fFolder / left).c_str(), O_WRONLY | O_CLOEXEC);
+    EXPECT_EQ(Save(file, "new"), warning);
     close(writer);
-    EXPECT_EQ(Warning(file).find("an interrupted save left "), 0U);
+    fFolder.Make(left, "else");
+    EXPECT_EQ(Save(file, "new"), warning);
     fFolder.Make(left, "new");
-    EXPECT_EQ(Warning(file), "");
-    EXPECT_EQ(fFolder.Names(), "a ");
-}
-
-// The bytes are on the disk before the name leads to them, and then the name is.
-TEST_F(SafeSaveTest, FlushesTheFileAndThenItsFolder) {
-    std::string const file = fFolder.Make("a", "old");
-    {
-        SystemCallsDouble calls;
-        calls.FailNext("fsync", EIO);
-        EXPECT_EQ(Save(file, "new"), "Input/output error");
-        EXPECT_EQ(ReadBytes(file), "old");
-    }
-    SystemCallsDouble calls;
-    calls.AfterEach([&calls](int /*call*/) {
-        if (calls.Count("fsync") == 1) {
-            calls.FailNext("fsync", EIO);
-        }
-    });
-    EXPECT_EQ(Warning(file), "its folder could not be flushed: a power failure may undo the save");
-    EXPECT_EQ(ReadBytes(file), "new");
+    EXPECT_EQ(Save(file, "new"), "");
+    EXPECT_EQ(fFolder.Names(), other + " a ");
 }
