@@ -5,8 +5,6 @@
 #include "tests/support/Rounds.h"
 #include "tests/support/SmallStack.h"
 
-#include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstdint>
 #include <gtest/gtest.h>
@@ -184,131 +182,54 @@ TEST(Value, MayBeReplacedByAPartOfItself) {
 
 namespace {
 
-// What a dictionary is compared with: whole copies, paths as lists of keys and positions.
-struct Model {
-    struct Entry;
-
-    bool fIsArray = false;
-    bool fIsNumber = false;
-    double fNumber = 0;
-    std::vector<Entry> fParts; // of an array without keys
-
-    Model* Part(std::string const& key);
-    std::string Text() const;
-};
-
-struct Model::Entry {
-    std::string fKey;
-    Model fValue;
-};
-
-Model* Model::Part(std::string const& key) {
-    auto const position = static_cast<std::size_t>(key[0] - '0');
-    auto const found = fIsArray
-                           ? fParts.begin() + static_cast<long>(std::min(position, fParts.size()))
-                           : std::ranges::find(fParts, key, &Entry::fKey);
-    return found == fParts.end() ? nullptr : &found->fValue;
-}
-
-std::string Model::Text() const {
-    if (fIsNumber) {
-        return Value(fNumber).Text();
-    }
-    std::string text;
-    for (auto const& [key, part] : fParts) {
-        text += (fIsArray ? "" : "/" + key + " ") + part.Text() + " ";
-    }
-    return fIsArray ? "[ " + text + "]" : "<< " + text + ">>";
-}
-
-// The part for a key, which is made where it may be; null where it may not.
-Model* PlaceIn(Model& model, std::string const& key) {
-    if (model.fIsNumber) {
-        return nullptr;
-    }
-    if (Model* const part = model.Part(key)) {
-        return part;
-    }
-    bool const isNext = key[0] == static_cast<char>('0' + model.fParts.size());
-    if (model.fIsArray && !isNext) {
-        return nullptr;
-    }
-    model.fParts.push_back({model.fIsArray ? "" : key, Model()});
-    return &model.fParts.back().fValue;
-}
-
-// Whether a value can be stored at a path, and the place for it.
-Model* MakePlace(Model& root, std::vector<std::string> const& path) {
-    Model* model = &root;
-    for (std::size_t i = 0; model != nullptr && i < path.size(); ++i) {
-        model = PlaceIn(*model, path[i]);
-    }
-    return model;
-}
-
-std::string Joined(std::vector<std::string> const& path) {
-    std::string text;
-    for (std::string const& part : path) {
-        text += (text.empty() ? "" : "/") + part;
-    }
-    return text;
-}
-
-struct Compared {
+// A dictionary, and a text that the same changes are made in.
+struct Pair {
     Dictionary fDictionary;
-    Model fModel;
+    Document fDocument;
 };
 
-void ExpectSet(
-    Compared& compared, std::vector<std::string> const& path, double number, bool isArray) {
-    Model copy = compared.fModel;
-    Model* const place = MakePlace(copy, path);
-    Value const value = isArray ? Value(Array::Of({number})) : Value(number);
-    auto const code = support::CodeOf([&] { compared.fDictionary.Set(Joined(path), value); });
-    EXPECT_EQ(code.has_value(), place == nullptr) << Joined(path);
-    if (place != nullptr) {
-        Model const leaf{false, true, number, {}};
-        *place = isArray ? Model{true, false, 0, {{"", leaf}}} : leaf;
-        compared.fModel = copy;
-    }
-}
-
-void ExpectRemoved(Compared& compared, std::vector<std::string> const& path) {
-    Model* parent = nullptr;
-    Model* part = &compared.fModel;
-    for (std::size_t i = 0; part != nullptr && i < path.size(); ++i) {
-        parent = part;
-        part = parent->fIsNumber ? nullptr : parent->Part(path[i]);
-    }
-    EXPECT_EQ(compared.fDictionary.Remove(Joined(path)), part != nullptr) << Joined(path);
-    if (part != nullptr) {
-        std::erase_if(parent->fParts, [&](auto const& entry) { return &entry.fValue == part; });
+// Makes a change where both can: a text has no form for an empty dictionary.
+template <class InDictionary, class InText>
+void Change(Pair& pair, InDictionary inDictionary, InText inText) {
+    Document changed = pair.fDocument;
+    auto const code = support::CodeOf([&] { changed = inText(changed); });
+    if (code != Fault::kUnwritable) {
+        EXPECT_EQ(support::CodeOf([&] { inDictionary(pair.fDictionary); }), code);
+        pair.fDocument = changed;
     }
 }
 
 } // namespace
 
 // Dictionaries that share their values with copies of themselves, changed at random paths.
-TEST(Dictionary, ChangesAtPathsAsAModelWithoutSharing) {
+TEST(Dictionary, ChangesAtPathsAsATextAndApartFromItsCopies) {
     std::mt19937 random(1);
-    std::array<Compared, 3> all;
-    for (int step = 0; step < support::Rounds(4000) && !testing::Test::HasFailure(); ++step) {
-        Compared& compared = all[random() % all.size()];
-        std::vector<std::string> path(1, std::string(1, static_cast<char>('A' + random() % 20)));
+    std::vector<Pair> all(3, {{}, Document(std::string())});
+    for (int step = 0; step < support::Rounds(1500) && !testing::Test::HasFailure(); ++step) {
+        Pair& pair = all[random() % all.size()];
+        std::string path(1, static_cast<char>('A' + random() % 20));
         while (random() % 2 == 0) {
-            path.push_back(std::string(1, "AB012"[random() % 5]));
+            path += std::string("/") + "AB012"[random() % 5];
         }
+        Value const value = random() % 2 == 0 ? Value(step) : Value(Array::Of({step}));
         unsigned long const action = random() % 8;
         if (action == 0) {
-            Compared const copy = compared;
-            all[random() % all.size()] = copy;
-        } else if (action < 3) {
-            ExpectSet(compared, path, step, /*isArray=*/action == 2);
-        } else if (action == 3) {
-            ExpectRemoved(compared, path);
+            all[random() % all.size()] = Pair(pair);
+        } else if (action < 5) {
+            Change(
+                pair,
+                [&](Dictionary& values) { values.Set(path, value); },
+                [&](Document const& document) { return document.With(path, value); });
+        } else if (pair.fDictionary.Find(path) != nullptr) {
+            Change(
+                pair,
+                [&](Dictionary& values) { EXPECT_TRUE(values.Remove(path)); },
+                [&](Document const& document) { return document.Without(path); });
+        } else {
+            EXPECT_FALSE(pair.fDictionary.Remove(path)) << path;
         }
-        for (auto const& [found, expected] : all) {
-            ASSERT_EQ(Value(found).Text(), expected.Text()) << Joined(path);
+        for (auto const& [dictionary, document] : all) {
+            ASSERT_EQ(Value(dictionary).Text(), Value(document.Values()).Text()) << path;
         }
     }
 }
