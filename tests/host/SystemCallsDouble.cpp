@@ -158,18 +158,51 @@ auto Pass(std::string_view name, Call call) -> decltype(call()) {
     return result;
 }
 
+// The result of a call that gave a status.
+int Pretended(int result, struct stat* status) {
+    if (result == 0 && gOwners) {
+        gOwners->Pretend(status);
+    }
+    return result;
+}
+
+int OnFileSystem(int result, struct statfs* status) {
+    if (gPlan.fIsActive && gPlan.fFileSystem != 0) {
+        status->f_type = gPlan.fFileSystem;
+    }
+    return result;
+}
+
+bool IsNameless(int flags) {
+    return (flags & O_TMPFILE) == O_TMPFILE;
+}
+
+char const* NameOfOpening(int flags) {
+    bool const isFolder = (flags & O_DIRECTORY) != 0 && (flags & O_PATH) == 0;
+    return IsNameless(flags) ? "nameless" : isFolder ? "folder" : "openat";
+}
+
+char const* NameOfRenaming(unsigned flags) {
+    return flags == RENAME_EXCHANGE    ? "exchange"
+           : flags == RENAME_NOREPLACE ? "noreplace"
+                                       : "renameat2";
+}
+
 } // namespace
 
 // Visible to the sanitizers, whose own calls are led here too.
 #pragma GCC visibility push(default)
 extern "C" {
 
-// A call whose parameters are those in brackets and are passed on as those in the last brackets.
-#define SUPPORT_WRAP(result, call, parameters, arguments) \
+// A call that goes by a name and does some work; the parameters are in brackets.
+#define SUPPORT_WRAP_AS(result, call, parameters, name, work) \
     result __real_##call parameters; \
     result __wrap_##call parameters { \
-        return Pass(#call, [&] { return __real_##call arguments; }); \
+        return Pass(name, [&]() -> result { return work; }); \
     }
+// One that does what it always does.
+#define SUPPORT_WRAP(result, call, parameters, arguments) \
+    SUPPORT_WRAP_AS(result, call, parameters, #call, __real_##call arguments)
 
 // clang-format off
 SUPPORT_WRAP(int, faccessat, (int a, char const* b, int c, int d), (a, b, c, d))
@@ -187,23 +220,26 @@ SUPPORT_WRAP(ssize_t, pread, (int a, void* b, size_t c, off_t d), (a, b, c, d))
 SUPPORT_WRAP(ssize_t, read, (int a, void* b, size_t c), (a, b, c))
 SUPPORT_WRAP(ssize_t, readlinkat, (int a, char const* b, char* c, size_t d), (a, b, c, d))
 SUPPORT_WRAP(ssize_t, write, (int a, void const* b, size_t c), (a, b, c))
+
+SUPPORT_WRAP_AS(int, fcntl, (int a, int b, long c), b == F_SETLEASE ? "lease" : "fcntl", __real_fcntl(a, b, c))
+SUPPORT_WRAP_AS(int, fchown, (int a, uid_t b, gid_t c), "fchown",
+    gOwners ? gOwners->Give(a, b, c) : __real_fchown(a, b, c))
+SUPPORT_WRAP_AS(int, fstat, (int a, struct stat* b), "fstat", Pretended(__real_fstat(a, b), b))
+SUPPORT_WRAP_AS(int, fstatat, (int a, char const* b, struct stat* c, int d), "fstatat",
+    Pretended(__real_fstatat(a, b, c, d), c))
+SUPPORT_WRAP_AS(int, fstatfs, (int a, struct statfs* b), "fstatfs", OnFileSystem(__real_fstatfs(a, b), b))
+SUPPORT_WRAP_AS(int, openat, (int a, char const* b, int c, mode_t d), NameOfOpening(c), __real_openat(a, b, c, d))
+SUPPORT_WRAP_AS(int, renameat2, (int a, char const* b, int c, char const* d, unsigned e), NameOfRenaming(e),
+    __real_renameat2(a, b, c, d, e))
+// openat2, which the library has no function for.
+SUPPORT_WRAP_AS(long, syscall, (long a, long b, char const* c, open_how const* d, long e),
+    a == SYS_openat2 && IsNameless(static_cast<int>(d->flags)) ? "nameless" : "syscall", __real_syscall(a, b, c, d, e))
 // clang-format on
 
-int __wrap_fstat(int file, struct stat* status) {
-    int const result = Pass("fstat", [&] { return __real_fstat(file, status); });
-    if (result == 0 && gOwners) {
-        gOwners->Pretend(status);
-    }
-    return result;
-}
-
-int __real_fstatat(int folder, char const* path, struct stat* status, int flags);
-int __wrap_fstatat(int folder, char const* path, struct stat* status, int flags) {
-    int const result = Pass("fstatat", [&] { return __real_fstatat(folder, path, status, flags); });
-    if (result == 0 && gOwners) {
-        gOwners->Pretend(status);
-    }
-    return result;
+int __real_close(int file);
+int __wrap_close(int file) {
+    int const closed = __real_close(file);
+    return Pass("close", [&] { return closed; });
 }
 
 int __real_unlinkat(int folder, char const* path, int flags);
@@ -218,62 +254,6 @@ int __wrap_unlinkat(int folder, char const* path, int flags) {
             gOwners->Forget(status);
         }
         return result;
-    });
-}
-
-int __real_fchown(int file, uid_t user, gid_t group);
-int __wrap_fchown(int file, uid_t user, gid_t group) {
-    return Pass("fchown", [&] {
-        return gOwners ? gOwners->Give(file, user, group) : __real_fchown(file, user, group);
-    });
-}
-
-int __real_close(int file);
-int __wrap_close(int file) {
-    int const closed = __real_close(file);
-    return Pass("close", [&] { return closed; });
-}
-
-int __real_fcntl(int file, int command, long argument);
-int __wrap_fcntl(int file, int command, long argument) {
-    return Pass(command == F_SETLEASE ? "lease" : "fcntl", [&] {
-        return __real_fcntl(file, command, argument);
-    });
-}
-
-int __real_openat(int folder, char const* path, int flags, mode_t mode);
-int __wrap_openat(int folder, char const* path, int flags, mode_t mode) {
-    bool const isNameless = (flags & O_TMPFILE) == O_TMPFILE;
-    bool const isFolder = (flags & O_DIRECTORY) != 0 && (flags & O_PATH) == 0;
-    std::string_view const name = isNameless ? "nameless" : isFolder ? "folder" : "openat";
-    return Pass(name, [&] { return __real_openat(folder, path, flags, mode); });
-}
-
-int __real_fstatfs(int file, struct statfs* status);
-int __wrap_fstatfs(int file, struct statfs* status) {
-    int const result = Pass("fstatfs", [&] { return __real_fstatfs(file, status); });
-    if (gPlan.fIsActive && gPlan.fFileSystem != 0) {
-        status->f_type = gPlan.fFileSystem;
-    }
-    return result;
-}
-
-int __real_renameat2(
-    int oldFolder, char const* from, int newFolder, char const* to, unsigned flags);
-int __wrap_renameat2(
-    int oldFolder, char const* from, int newFolder, char const* to, unsigned flags) {
-    std::string_view const name = flags == RENAME_EXCHANGE    ? "exchange"
-                                  : flags == RENAME_NOREPLACE ? "noreplace"
-                                                              : "renameat2";
-    return Pass(name, [&] { return __real_renameat2(oldFolder, from, newFolder, to, flags); });
-}
-
-// openat2, which the library has no function for.
-long __real_syscall(long number, long a, char const* b, open_how const* c, long d);
-long __wrap_syscall(long number, long a, char const* b, open_how const* c, long d) {
-    auto const flags = number == SYS_openat2 ? static_cast<int>(c->flags) : 0;
-    return Pass((flags & O_TMPFILE) == O_TMPFILE ? "nameless" : "syscall", [&] {
-        return __real_syscall(number, a, b, c, d);
     });
 }
 
