@@ -5,6 +5,7 @@
 #include "pdfsettings/SettingsList.h"
 #include "pdfsettings/raw/RawAccess.h"
 #include "tests/support/EnvironmentVariable.h"
+#include "tests/support/ErrorOf.h"
 #include "tests/support/Rounds.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -15,7 +16,6 @@
 #include <grp.h>
 #include <gtest/gtest.h>
 #include <set>
-#include <sys/file.h>
 #include <sys/prctl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -98,12 +98,8 @@ protected:
         Attacker const attacker(act);
         int saved = 0;
         for (int round = 0; round < support::Rounds(300) && !testing::Test::HasFailure(); ++round) {
-            try {
-                save();
-                ++saved;
-            } catch (Error const&) {
-                // Refused, or lost in the attacker's folder.
-            }
+            // Others are refused, or lost in the attacker's folder.
+            saved += support::ErrorOf(save) ? 0 : 1;
             EXPECT_TRUE(IsSafe()) << "round " << round;
         }
         return saved;
@@ -224,39 +220,13 @@ TEST_F(AttackTest, NoFolderIsMadeWhereAnotherUserLeads) {
     EXPECT_FALSE(std::filesystem::exists(way + "/data"));
 }
 
-TEST_F(AttackTest, OneWhoHoldsTheLockOnlyDelaysASave) {
-    MakeFolder("sticky", 01777, 0);
-    std::string const folder = fFolder / "sticky";
-    Attacker const attacker([&] {
-        int const held = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-        flock(held, LOCK_EX);
-        pause();
-    });
-    std::string message;
-    while (message.empty()) {
-        try {
-            SaveSafely(folder + "/b", "new", kShortWait);
-        } catch (Error const& error) {
-            EXPECT_EQ(error.Code(), Fault::kBusy);
-            message = error.Message();
-        }
-    }
-    EXPECT_EQ(message, "another program is changing files in its folder; try again");
-}
-
 TEST_F(AttackTest, AsksForTheRightsOfTheEffectiveUser) {
     MakeFolder("open", 0777, 0);
     std::string const file = fFolder / "open/a";
     ASSERT_EQ(chown(file.c_str(), 0, 0), 0);
     chmod(file.c_str(), 0644);
-    std::string message;
     ASSERT_EQ(seteuid(kAttacker), 0);
-    try {
-        SaveSafely(file, "new");
-    } catch (Error const& error) {
-        EXPECT_EQ(error.Code(), Fault::kReadOnly);
-        message = error.Message();
-    }
+    std::string const message = support::MessageOf([&] { SaveSafely(file, "new"); });
     EXPECT_TRUE(IsReadOnly(file));
     EXPECT_EQ(seteuid(0), 0);
     EXPECT_EQ(message, "read-only: Permission denied");

@@ -1,16 +1,16 @@
 #include "pdfsettings/Component.h"
 
 #include "api/BIBRuntime.h"
-#include "api/PDFSettings.h"
 #include "host/detail/RunningComponent.h"
 #include "pdfsettings/Settings.h"
 #include "pdfsettings/raw/RawAccess.h"
 #include "runtime/objects/Diagnostics.h"
+#include "tests/support/Component.h"
 #include "tests/support/ErrorOf.h"
 
 #include <cstdio>
 #include <cstdlib>
-#include <dlfcn.h>
+#include <cstring>
 #include <gtest/gtest.h>
 #include <new>
 #include <optional>
@@ -44,14 +44,10 @@ struct Last {
 // Runs the component as a host does that knows nothing of this library.
 class Host {
 public:
-    explicit Host(BIBLookupProc lookup = &BIBRuntimeLookup)
-        : fFile(dlopen(Component::DefaultPath().c_str(), RTLD_NOW | RTLD_LOCAL)) {
-        EXPECT_EQ(Find<decltype(&PDFSettingsInitialize)>("PDFSettingsInitialize")(lookup), 1);
+    explicit Host(BIBLookupProc lookup = &BIBRuntimeLookup) {
+        EXPECT_EQ(fComponent.Initialize(lookup), 1);
     }
-    ~Host() {
-        Find<decltype(&PDFSettingsTerminate)>("PDFSettingsTerminate")();
-        dlclose(fFile);
-    }
+    ~Host() { fComponent.Terminate(); }
     Host(Host const&) = delete;
     Host& operator=(Host const&) = delete;
 
@@ -61,12 +57,7 @@ public:
     }
 
 private:
-    template <class Proc>
-    Proc Find(char const* name) const {
-        return reinterpret_cast<Proc>(dlsym(fFile, name));
-    }
-
-    void* fFile;
+    support::Component fComponent;
 };
 
 int gLookups = 0;
@@ -75,6 +66,18 @@ int gLookups = 0;
 void* CountingLookup(char const* interfaceName, char const* procName, char const* procType) {
     ++gLookups;
     return BIBRuntimeLookup(interfaceName, procName, procType);
+}
+
+char const* gMissing = nullptr;
+
+// A runtime without one procedure, with any for those of a component that is not started.
+void* LookupWithoutOne(char const* interfaceName, char const* procName, char const* procType) {
+    if (gMissing != nullptr && std::strcmp(procName, gMissing) == 0) {
+        return nullptr;
+    }
+    return std::strncmp(interfaceName, "PDFSettings", 11) == 0
+               ? reinterpret_cast<void*>(&LookupWithoutOne)
+               : BIBRuntimeLookup(interfaceName, procName, procType);
 }
 
 // What a report is written to while work runs.
@@ -206,4 +209,29 @@ TEST(RawAccess, GivesTheTablesAndAnObjectWithTheSettings) {
         detail::Share(tables, tables.settings.GetJobOptionsData(again.Object(settings)));
     EXPECT_EQ(detail::ReadStream(tables, stream.get()).substr(0, 11), "<<\r\n  /A 1\r");
     EXPECT_TRUE(IsUsable()) << "the API goes on working";
+}
+
+TEST(Bindings, AMissingRowIsNamed) {
+    std::pair<char const*, char const*> const kCases[] = {
+        {nullptr, ""},
+        {"GetOffsetToPrimaryInstance",
+         "missing procedure BIBContainerInterface/GetOffsetToPrimaryInstance of type "
+         "BIBGetOffsetToPrimaryInstProc"},
+        {"GetListofPDFSettings",
+         "missing procedure PDFSettingsStatics/GetListofPDFSettings of type "
+         "PDFSettingsGetListofPDFSettingsProc"},
+    };
+    for (auto const& [missing, message] : kCases) {
+        gMissing = missing;
+        EXPECT_EQ(
+            support::MessageOf([] { detail::Bindings const bindings(&LookupWithoutOne); }),
+            message);
+    }
+}
+
+TEST(Bindings, AnObjectThatCannotBeOwnedIsDeleted) {
+    gMissing = nullptr;
+    detail::Bindings tables(&LookupWithoutOne);
+    tables.containers.AddRef = [](BIBContainer* /*container*/) { return 0L; };
+    EXPECT_THROW(detail::Share(tables, tables.dicts.NewPOSDict()), std::bad_alloc);
 }

@@ -102,6 +102,7 @@ public:
         if (fHasOld) {
             MakeRandomFile("a", "old");
         }
+        fSeen = fHasOld ? std::optional("old") : std::nullopt;
         MakeRandomFile("b", "other");
         std::filesystem::create_symlink("a", fFolder / "link");
         if (fHasOld && Below(3) == 0) {
@@ -120,13 +121,23 @@ public:
         if (Below(2) == 0) {
             support::SetAttribute(fFolder.Path(), support::kDefaultList, RandomList(6));
         }
+        bool const isStale = Below(8) == 0;
+        if (isStale) {
+            fSeen = "seen before";
+            fOnConflict = Below(2) == 0 ? OnConflict::kRefuse : OnConflict::kOverwrite;
+        }
+        bool const isRefused = isStale && fOnConflict == OnConflict::kRefuse;
         static char const* const kRefused[] = {"", "", "fsetxattr", "fremovexattr"};
         fRefused = kRefused[Below(4)];
         fCalls.FailAlways(fRefused, EPERM);
         Run();
         CheckOthers();
-        EXPECT_EQ(fMessage, IsReadOnly() ? "read-only" : "");
-        IsReadOnly() ? CheckUnchanged() : CheckSaved(/*isExact=*/true);
+        EXPECT_EQ(
+            fMessage,
+            IsReadOnly() ? "read-only"
+            : isRefused  ? "changed since it was read"
+                         : "");
+        isRefused || IsReadOnly() ? CheckUnchanged() : CheckSaved(/*isExact=*/true);
     }
 
     void SaveWithFailure() {
@@ -171,7 +182,8 @@ public:
         CheckOthers();
         bool const isSaved = fNow.contains("a") && fNow["a"].fBytes == "new";
         isSaved ? CheckNewFile(/*isExact=*/true) : CheckUnchanged();
-        Run(isSaved ? "new" : "old");
+        fSeen = isSaved ? "new" : fSeen;
+        Run();
         EXPECT_TRUE(fNow["a"].fBytes == "new" || IsReadOnly()) << fMessage;
         return isSaved;
     }
@@ -248,16 +260,10 @@ private:
         }
     }
 
-    void Run(std::string const& expected = "old") {
+    void Run() {
         long const descriptors = support::CountDescriptors();
-        bool const isExpected = fHasOld || expected == "new";
         fMessage = support::MessageOf([&] {
-            fWarnings = SaveSafely(
-                fPath,
-                "new",
-                isExpected ? std::optional(expected) : std::nullopt,
-                OnConflict::kRefuse,
-                std::chrono::milliseconds(0));
+            fWarnings = SaveSafely(fPath, "new", fSeen, fOnConflict, std::chrono::milliseconds(0));
         });
         fCalls.FailAt(-1, 0);
         EXPECT_EQ(support::CountDescriptors(), descriptors);
@@ -404,6 +410,8 @@ private:
     support::TemporaryFolder fFolder;
     SystemCallsDouble fCalls;
     std::string fPath;
+    std::optional<std::string> fSeen;
+    OnConflict fOnConflict = OnConflict::kRefuse;
     std::string fRefused; // a call that the system refuses
     bool fIsRoot = false;
     bool fHasOld = false;

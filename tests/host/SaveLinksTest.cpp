@@ -28,12 +28,7 @@ protected:
     }
 
     static std::string Save(std::string const& path) {
-        try {
-            SaveSafely(path, "new");
-            return "";
-        } catch (Error const& error) {
-            return error.Message();
-        }
+        return support::MessageOf([&] { SaveSafely(path, "new"); });
     }
 
     static std::string Refusal(std::string const& link) {
