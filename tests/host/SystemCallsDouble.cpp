@@ -1,17 +1,14 @@
 #include "tests/host/SystemCallsDouble.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <linux/openat2.h>
 #include <map>
 #include <optional>
 #include <set>
 #include <string>
 #include <sys/file.h>
-#include <sys/mman.h>
 #include <sys/random.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -20,7 +17,7 @@
 #include <unistd.h>
 #include <utility>
 
-extern "C" int __real_fstat(int file, struct stat* status);
+extern "C" int __real_fchown(int file, uid_t user, gid_t group);
 
 namespace {
 
@@ -34,90 +31,12 @@ struct Plan {
     int fError = 0;
     std::pair<std::string_view, int> fNext;
     std::map<std::string_view, int> fAlways;
+    std::optional<std::set<gid_t>> fGroups;
     std::function<void(int)> fAction;
     bool fHasFailed = false;
 };
 
 Plan gPlan;
-
-// Who owns files, in memory that processes made later share.
-class Owners {
-public:
-    Owners()
-        : fEntries(static_cast<Entry*>(mmap(
-              nullptr,
-              kMost * sizeof(Entry),
-              PROT_READ | PROT_WRITE,
-              MAP_SHARED | MAP_ANONYMOUS,
-              -1,
-              0))) {}
-    ~Owners() { munmap(fEntries, kMost * sizeof(Entry)); }
-    Owners(Owners const&) = delete;
-    Owners& operator=(Owners const&) = delete;
-
-    // What fchown does and gives.
-    int Give(int file, uid_t user, gid_t group) {
-        struct stat status {};
-        if (__real_fstat(file, &status) != 0) {
-            return -1;
-        }
-        Pretend(&status);
-        uid_t const owner = user == static_cast<uid_t>(-1) ? status.st_uid : user;
-        if (fGroups && (owner != status.st_uid || !fGroups->contains(group))) {
-            errno = EPERM;
-            return -1;
-        }
-        Set(status, {owner, group});
-        return 0;
-    }
-
-    void SetGroups(std::optional<std::set<gid_t>> const& groups) { fGroups = groups; }
-
-    void Set(struct stat const& file, support::Owner owner) {
-        Entry* entry = Find(file);
-        if (entry == nullptr) {
-            entry = Find({});
-        }
-        ASSERT_NE(entry, nullptr);
-        *entry = {file.st_dev, file.st_ino, owner};
-    }
-
-    // A file that is gone, whose number another one gets.
-    void Forget(struct stat const& file) {
-        if (Entry* const entry = Find(file)) {
-            *entry = {};
-        }
-    }
-
-    void Pretend(struct stat* file) const {
-        if (Entry const* const entry = Find(*file)) {
-            file->st_uid = entry->fOwner.fUser;
-            file->st_gid = entry->fOwner.fGroup;
-        }
-    }
-
-private:
-    struct Entry {
-        dev_t fDevice;
-        ino_t fFile;
-        support::Owner fOwner;
-    };
-
-    static constexpr std::size_t kMost = 64;
-
-    Entry* Find(struct stat const& file) const {
-        Entry* const end = fEntries + kMost;
-        Entry* const found = std::find_if(fEntries, end, [&](Entry const& entry) {
-            return entry.fDevice == file.st_dev && entry.fFile == file.st_ino;
-        });
-        return found == end ? nullptr : found;
-    }
-
-    std::optional<std::set<gid_t>> fGroups;
-    Entry* fEntries;
-};
-
-std::optional<Owners> gOwners;
 
 // The error that a call is to fail with, or 0.
 int ErrorOf(std::string_view name) {
@@ -158,12 +77,16 @@ auto Pass(std::string_view name, Call call) -> decltype(call()) {
     return result;
 }
 
-// The result of a call that gave a status.
-int Pretended(int result, struct stat* status) {
-    if (result == 0 && gOwners) {
-        gOwners->Pretend(status);
+// As fchown does for a program that is not root's.
+int GiveAsUser(int file, uid_t user, gid_t group) {
+    struct stat status {};
+    bool const isOurs =
+        fstat(file, &status) == 0 && (user == static_cast<uid_t>(-1) || user == status.st_uid);
+    if (!isOurs || !gPlan.fGroups->contains(group)) {
+        errno = EPERM;
+        return -1;
     }
-    return result;
+    return __real_fchown(file, status.st_uid, group);
 }
 
 int OnFileSystem(int result, struct statfs* status) {
@@ -212,6 +135,8 @@ SUPPORT_WRAP(ssize_t, flistxattr, (int a, char* b, size_t c), (a, b, c))
 SUPPORT_WRAP(int, flock, (int a, int b), (a, b))
 SUPPORT_WRAP(int, fremovexattr, (int a, char const* b), (a, b))
 SUPPORT_WRAP(int, fsetxattr, (int a, char const* b, void const* c, size_t d, int e), (a, b, c, d, e))
+SUPPORT_WRAP(int, fstat, (int a, struct stat* b), (a, b))
+SUPPORT_WRAP(int, fstatat, (int a, char const* b, struct stat* c, int d), (a, b, c, d))
 SUPPORT_WRAP(int, fsync, (int a), (a))
 SUPPORT_WRAP(ssize_t, getrandom, (void* a, size_t b, unsigned c), (a, b, c))
 SUPPORT_WRAP(int, linkat, (int a, char const* b, int c, char const* d, int e), (a, b, c, d, e))
@@ -219,14 +144,12 @@ SUPPORT_WRAP(int, open, (char const* a, int b, mode_t c), (a, b, c))
 SUPPORT_WRAP(ssize_t, pread, (int a, void* b, size_t c, off_t d), (a, b, c, d))
 SUPPORT_WRAP(ssize_t, read, (int a, void* b, size_t c), (a, b, c))
 SUPPORT_WRAP(ssize_t, readlinkat, (int a, char const* b, char* c, size_t d), (a, b, c, d))
+SUPPORT_WRAP(int, unlinkat, (int a, char const* b, int c), (a, b, c))
 SUPPORT_WRAP(ssize_t, write, (int a, void const* b, size_t c), (a, b, c))
 
 SUPPORT_WRAP_AS(int, fcntl, (int a, int b, long c), b == F_SETLEASE ? "lease" : "fcntl", __real_fcntl(a, b, c))
 SUPPORT_WRAP_AS(int, fchown, (int a, uid_t b, gid_t c), "fchown",
-    gOwners ? gOwners->Give(a, b, c) : __real_fchown(a, b, c))
-SUPPORT_WRAP_AS(int, fstat, (int a, struct stat* b), "fstat", Pretended(__real_fstat(a, b), b))
-SUPPORT_WRAP_AS(int, fstatat, (int a, char const* b, struct stat* c, int d), "fstatat",
-    Pretended(__real_fstatat(a, b, c, d), c))
+    gPlan.fGroups ? GiveAsUser(a, b, c) : __real_fchown(a, b, c))
 SUPPORT_WRAP_AS(int, fstatfs, (int a, struct statfs* b), "fstatfs", OnFileSystem(__real_fstatfs(a, b), b))
 SUPPORT_WRAP_AS(int, openat, (int a, char const* b, int c, mode_t d), NameOfOpening(c), __real_openat(a, b, c, d))
 SUPPORT_WRAP_AS(int, renameat2, (int a, char const* b, int c, char const* d, unsigned e), NameOfRenaming(e),
@@ -242,21 +165,6 @@ int __wrap_close(int file) {
     return Pass("close", [&] { return closed; });
 }
 
-int __real_unlinkat(int folder, char const* path, int flags);
-int __wrap_unlinkat(int folder, char const* path, int flags) {
-    return Pass("unlinkat", [&] {
-        struct stat status {};
-        bool const isLast = gOwners &&
-                            __real_fstatat(folder, path, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
-                            status.st_nlink == 1;
-        int const result = __real_unlinkat(folder, path, flags);
-        if (isLast && result == 0) {
-            gOwners->Forget(status);
-        }
-        return result;
-    });
-}
-
 } // extern "C"
 #pragma GCC visibility pop
 
@@ -269,27 +177,10 @@ SystemCallsDouble::SystemCallsDouble() {
 
 SystemCallsDouble::~SystemCallsDouble() {
     gPlan = {};
-    gOwners.reset();
 }
 
-void SystemCallsDouble::PretendOwners(std::optional<std::set<gid_t>> const& groups) {
-    gOwners.emplace();
-    gOwners->SetGroups(groups);
-}
-
-void SystemCallsDouble::SetOwner(std::string const& path, Owner owner) {
-    struct stat status {};
-    ASSERT_EQ(__real_fstatat(AT_FDCWD, path.c_str(), &status, AT_SYMLINK_NOFOLLOW), 0) << path;
-    gOwners->Set(status, owner);
-}
-
-Owner SystemCallsDouble::OwnerOf(std::string const& path) {
-    struct stat status {};
-    EXPECT_EQ(__real_fstatat(AT_FDCWD, path.c_str(), &status, AT_SYMLINK_NOFOLLOW), 0) << path;
-    if (gOwners) {
-        gOwners->Pretend(&status);
-    }
-    return {status.st_uid, status.st_gid};
+void SystemCallsDouble::BeUserOf(std::set<gid_t> groups) {
+    gPlan.fGroups = std::move(groups);
 }
 
 void SystemCallsDouble::FailAt(int n, int error, bool andAllLater) {

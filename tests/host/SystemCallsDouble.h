@@ -3,20 +3,12 @@
 #pragma once
 
 #include <functional>
-#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
 #include <sys/types.h>
 
 namespace support {
-
-struct Owner {
-    uid_t fUser;
-    gid_t fGroup;
-
-    bool operator==(Owner const&) const = default;
-};
 
 // While one lives, the calls are counted. At most one lives at a time.
 class SystemCallsDouble {
@@ -39,13 +31,8 @@ public:
     // All files lie on a file system of that kind (statfs).
     void SetFileSystem(long kind);
 
-    // Files belong to whom this says, whoever runs the tests. The caller gives files away as root
-    // does, or, with groups, as another program else: to those groups only. Processes made from now
-    // on see it too.
-    void PretendOwners(std::optional<std::set<gid_t>> const& groups = {});
-    static void SetOwner(std::string const& path, Owner owner);
-    // Of the item of that path itself, made in this process or in others.
-    static Owner OwnerOf(std::string const& path);
+    // The caller gives files away as a program that is not root's does: to those groups only.
+    void BeUserOf(std::set<gid_t> groups);
 
     // Calls action after each call, with the number of the call. Calls that action makes are not
     // counted. Not between a lease and its end: whoever opens the file then would wait for it.
