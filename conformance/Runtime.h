@@ -4,6 +4,9 @@
 
 #include "conformance/Tables.h"
 
+#include <any>
+#include <map>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <utility>
@@ -132,17 +135,16 @@ public:
         return reinterpret_cast<Proc>(proc);
     }
 
-    // A table. Throws Skipped if a row is missing.
+    // A table, as the lookup gave it when it was first asked for. Throws Skipped if a row is
+    // missing. Any thread may call it.
     template <class Table>
-    Table Rows() const {
-        return FillTable<Table>([this](RowName const& row) {
-            void* const proc = fLookup(TableNames<Table>::kInterface, row.fName, row.fProcType);
-            if (!proc) {
-                throw Skipped{
-                    std::string(TableNames<Table>::kInterface) + "." + row.fName + " is missing"};
-            }
-            return proc;
-        });
+    Table const& Rows() const {
+        std::scoped_lock const lock(fMutex);
+        std::any& table = fTables[TableNames<Table>::kInterface];
+        if (!table.has_value()) {
+            table = LookUp<Table>();
+        }
+        return *std::any_cast<Table>(&table);
     }
 
     // The methods of an object, found by its signature. Throws Failure if one is missing.
@@ -156,18 +158,18 @@ public:
         return table;
     }
 
-    auto Atoms() const { return Rows<_t_BIBStringInterface>(); }
-    auto Containers() const { return Rows<_t_BIBContainerInterface>(); }
-    auto Errors() const { return Rows<_t_BIBErrorInterface>(); }
-    auto Memory() const { return Rows<_t_BIBMemoryInterface>(); }
-    auto Buffers() const { return Rows<_t_BIBSharedBuffInterface>(); }
-    auto Streams() const { return Rows<_t_BIBStreamFactoryInterface>(); }
-    auto Numbers() const { return Rows<_t_POSNumberInterface>(); }
-    auto Strings() const { return Rows<_t_POSStringInterface>(); }
-    auto Arrays() const { return Rows<_t_POSArrayInterface>(); }
-    auto Dicts() const { return Rows<_t_POSDictInterface>(); }
-    auto Cursors() const { return Rows<_t_POSDictIteratorInterface>(); }
-    auto Objects() const { return Rows<_t_POSObjectStatics>(); }
+    auto const& Atoms() const { return Rows<_t_BIBStringInterface>(); }
+    auto const& Containers() const { return Rows<_t_BIBContainerInterface>(); }
+    auto const& Errors() const { return Rows<_t_BIBErrorInterface>(); }
+    auto const& Memory() const { return Rows<_t_BIBMemoryInterface>(); }
+    auto const& Buffers() const { return Rows<_t_BIBSharedBuffInterface>(); }
+    auto const& Streams() const { return Rows<_t_BIBStreamFactoryInterface>(); }
+    auto const& Numbers() const { return Rows<_t_POSNumberInterface>(); }
+    auto const& Strings() const { return Rows<_t_POSStringInterface>(); }
+    auto const& Arrays() const { return Rows<_t_POSArrayInterface>(); }
+    auto const& Dicts() const { return Rows<_t_POSDictInterface>(); }
+    auto const& Cursors() const { return Rows<_t_POSDictIteratorInterface>(); }
+    auto const& Objects() const { return Rows<_t_POSObjectStatics>(); }
 
     template <class T>
     Held<T> Hold(T* object) const {
@@ -209,8 +211,22 @@ public:
     }
 
 private:
+    template <class Table>
+    Table LookUp() const {
+        return FillTable<Table>([this](RowName const& row) {
+            void* const proc = fLookup(TableNames<Table>::kInterface, row.fName, row.fProcType);
+            if (!proc) {
+                throw Skipped{
+                    std::string(TableNames<Table>::kInterface) + "." + row.fName + " is missing"};
+            }
+            return proc;
+        });
+    }
+
     BIBLookupProc fLookup;
     std::string fComponent;
+    mutable std::mutex fMutex;
+    mutable std::map<char const*, std::any> fTables; // by interface
 };
 
 } // namespace conformance

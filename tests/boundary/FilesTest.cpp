@@ -89,7 +89,7 @@ protected:
     // Calls use with a buffer of the units of path.
     template <class Use>
     auto WithPath(std::u16string const& path, Use use) const {
-        auto const buffers = LoadTable<_t_BIBSharedBuffInterface>(&BIBRuntimeLookup);
+        auto const& buffers = fRuntime.Buffers();
         unsigned long const size = path.size() * sizeof(char16_t);
         BIBSharedBuffer* const buffer = buffers.NewBuffer(size, nullptr, nullptr, nullptr, nullptr);
         if (size != 0) {
@@ -120,13 +120,13 @@ protected:
 
     // The message and id of the error that writing gives; empty for success.
     std::string Write(PDFSettings* settings, std::u16string const& path) const {
-        auto const errors = LoadTable<_t_BIBErrorInterface>(&BIBRuntimeLookup);
+        auto const& errors = fRuntime.Errors();
         BIBError* const error =
             WithPath(path, [&](BIBSharedBuffer* buffer) { return fWrite(settings, buffer); });
         if (error == nullptr) {
             return "";
         }
-        std::string const message = fTables.fStringAtom.GetCString(errors.GetErrorMessage(error));
+        std::string const message = fRuntime.Atoms().GetCString(errors.GetErrorMessage(error));
         std::string const id = std::to_string(errors.GetID(error));
         errors.Release(error);
         return message + " " + id;

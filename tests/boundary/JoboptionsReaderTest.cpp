@@ -197,7 +197,8 @@ TEST_F(JoboptionsReader, EndsATextAtAShortRead) {
     for (unsigned long const most : {1024UL, 1023UL}) {
         Source source{text, 0, most};
         BIBPositionableStream* stream = nullptr;
-        EXPECT_EQ(nullptr, fTables.fStreams.NewClientPositionableStream(&stream, &procs, &source));
+        EXPECT_EQ(
+            nullptr, fRuntime.Streams().NewClientPositionableStream(&stream, &procs, &source));
         AddRef(stream);
         PDFSettings* const settings = fNewFromStream(stream, "");
         EXPECT_EQ(most == 1024, settings != nullptr);

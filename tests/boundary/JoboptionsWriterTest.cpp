@@ -53,18 +53,20 @@ protected:
     // The dictionary at a path.
     POSDict* At(POSDict* dict, char const* path) const {
         return reinterpret_cast<POSDict*>(
-            WithAtom(path, [&](BIBStringAtom* atom) { return fTables.fDict.DeepGet(dict, atom); }));
+            fRuntime.Dicts().DeepGet(dict, conformance::Atom(fRuntime, path)));
     }
 
     void
     PutBinData(POSDict* dict, char const* key, char const* type, std::string const& data) const {
         auto const* const bytes = reinterpret_cast<unsigned char const*>(data.data());
-        Put(dict, key, fTables.fBinData.NewPOSBinData(type, bytes, data.size()));
+        Put(dict,
+            key,
+            fRuntime.Rows<_t_POSBinDataInterface>().NewPOSBinData(type, bytes, data.size()));
     }
 
     std::string WriteNumber(double value, char const* key = "N") const {
         auto* const dict = NewValue<POSDict>("<>");
-        Put(dict, key, fTables.fNumber.NewPOSNumber(value));
+        Put(dict, key, fRuntime.Numbers().NewPOSNumber(value));
         std::string const written = WriteDict(dict);
         Release(dict);
         std::string const expectedHead = std::string("<<\r\n  /") + key + " ";
@@ -209,7 +211,7 @@ TEST_F(JoboptionsWriter, GivesNoErrorForAValueThatItCannotWrite) {
     PutBinData(dict, "B", "JoboptionsStringX", "b");
     EXPECT_EQ(kDefaultTail, WriteDict(dict));
     unsigned short const units[] = {'u', 0};
-    Put(dict, "B", fTables.fUnicodeString.NewPOSUnicodeString(units));
+    Put(dict, "B", fRuntime.Rows<_t_POSUnicodeStringInterface>().NewPOSUnicodeString(units));
     EXPECT_EQ(kDefaultTail, WriteDict(dict));
     Release(dict);
     EXPECT_TRUE(fLog.fMessages.empty());

@@ -75,8 +75,8 @@ protected:
         POSArray* const list = fGetList(appName);
         AddRef(list);
         std::vector<std::string> lines;
-        for (unsigned long i = 0; i < fTables.fArray.Count(list); ++i) {
-            lines.push_back(LineOf(Describer(fTables)(fTables.fArray.GetAt(list, i))));
+        for (unsigned long i = 0; i < fRuntime.Arrays().Count(list); ++i) {
+            lines.push_back(LineOf(Describer(fRuntime)(fRuntime.Arrays().GetAt(list, i))));
         }
         Release(list);
         EXPECT_TRUE(std::is_partitioned(lines.begin(), lines.end(), [](std::string const& line) {
@@ -117,7 +117,7 @@ protected:
 
     // The user's settings folder as the component gives it, with mark and zero.
     std::u16string FolderUnits() const {
-        auto const buffers = LoadTable<_t_BIBSharedBuffInterface>(&BIBRuntimeLookup);
+        auto const& buffers = fRuntime.Buffers();
         BIBSharedBuffer* const buffer = fGetFolder();
         auto const* const units = static_cast<char16_t const*>(buffers.GetBuffer(buffer));
         std::u16string const text(units, buffers.GetSize(buffer) / sizeof(char16_t));
@@ -232,14 +232,13 @@ TEST_F(Listing, LooksForCloaksByTheNameWithoutElevenUnits) {
         PropertyList(DictEntry("ShowHide", DictEntry("Webrix", StringEntry("ab.", "1")))));
     POSArray* const list = fGetList("Webrix");
     AddRef(list);
-    ASSERT_EQ(2U, fTables.fArray.Count(list));
+    ASSERT_EQ(2U, fRuntime.Arrays().Count(list));
     auto const entry = [&](unsigned long i) {
-        auto* const record = reinterpret_cast<POSDict*>(fTables.fArray.GetAt(list, i));
-        return WithAtom(
-            "ShowHide", [&](BIBStringAtom* atom) { return fTables.fDict.Get(record, atom); });
+        auto* const record = reinterpret_cast<POSDict*>(fRuntime.Arrays().GetAt(list, i));
+        return fRuntime.Get(record, "ShowHide");
     };
     ASSERT_NE(nullptr, entry(0));
-    EXPECT_EQ("<<Webrix 1>>", Describer(fTables)(entry(0)));
+    EXPECT_EQ("<<Webrix 1>>", Describer(fRuntime)(entry(0)));
     EXPECT_EQ(entry(0), entry(1));
     Release(list);
 }
@@ -299,12 +298,14 @@ TEST_F(Listing, TellsWhenAFileChanged) {
         }
         POSArray* const list = fGetList("");
         AddRef(list);
-        auto* const record = reinterpret_cast<POSDict*>(fTables.fArray.GetAt(list, 0));
-        auto* const found = reinterpret_cast<POSBinData*>(WithAtom(
-            "ModDate", [&](BIBStringAtom* atom) { return fTables.fDict.Get(record, atom); }));
-        EXPECT_EQ(8U, fTables.fBinData.GetSize(found));
-        EXPECT_STREQ("Apple_UTCDateTime", fTables.fBinData.GetTypeName(found));
-        EXPECT_EQ(0, std::memcmp(date.data(), fTables.fBinData.GetBinData(found), 8))
+        auto* const record = reinterpret_cast<POSDict*>(fRuntime.Arrays().GetAt(list, 0));
+        auto* const found = reinterpret_cast<POSBinData*>(fRuntime.Get(record, "ModDate"));
+        EXPECT_EQ(8U, fRuntime.Rows<_t_POSBinDataInterface>().GetSize(found));
+        EXPECT_STREQ(
+            "Apple_UTCDateTime", fRuntime.Rows<_t_POSBinDataInterface>().GetTypeName(found));
+        EXPECT_EQ(
+            0,
+            std::memcmp(date.data(), fRuntime.Rows<_t_POSBinDataInterface>().GetBinData(found), 8))
             << time.tv_sec;
         Release(list);
     }
@@ -335,16 +336,16 @@ TEST_F(Listing, GetsShorterWhenMemoryRunsOutAndNothingWorse) {
         DictEntry("ShowHide", DictEntry("W", StringEntry("a", "0"))) +
         DictEntry(
             "PDFSettings", Entry("W", "<array><string>a</string><string>A</string></array>"))));
-    auto const buffers = LoadTable<_t_BIBSharedBuffInterface>(&BIBRuntimeLookup);
+    auto const& buffers = fRuntime.Buffers();
     auto const work = [&] {
         POSArray* const list = fGetList("W");
         BIBSharedBuffer* const folder = fGetFolder();
         bibrt::ResetFailures();
         AddRef(list);
-        unsigned long const count = list == nullptr ? 0 : fTables.fArray.Count(list);
+        unsigned long const count = list == nullptr ? 0 : fRuntime.Arrays().Count(list);
         EXPECT_LE(count, 2U);
         for (unsigned long i = 0; i < count; ++i) {
-            ExpectWhole(Describer(fTables)(fTables.fArray.GetAt(list, i)));
+            ExpectWhole(Describer(fRuntime)(fRuntime.Arrays().GetAt(list, i)));
         }
         Release(list);
         buffers.Release(folder);
@@ -367,7 +368,7 @@ TEST_F(Listing, ShowsNoMoreThanOneHiddenFileForAFailure) {
     auto const countHidden = [this](POSArray* list, unsigned long count) {
         unsigned long hidden = 0;
         for (unsigned long i = 0; i < count; ++i) {
-            std::string const record = Describer(fTables)(fTables.fArray.GetAt(list, i));
+            std::string const record = Describer(fRuntime)(fRuntime.Arrays().GetAt(list, i));
             hidden += record.find(" ShowHide ") != std::string::npos ? 1U : 0U;
         }
         return hidden;
@@ -381,7 +382,7 @@ TEST_F(Listing, ShowsNoMoreThanOneHiddenFileForAFailure) {
         bibrt::ResetFailures();
         end = n == 0 ? bibrt::CountAllocations() : end;
         AddRef(list);
-        count = list == nullptr ? 0 : fTables.fArray.Count(list);
+        count = list == nullptr ? 0 : fRuntime.Arrays().Count(list);
         EXPECT_GE(countHidden(list, count) + 1, count) << n;
         Release(list);
     }

@@ -7,7 +7,7 @@ namespace support {
 class SettingsObject : public SettingsTest {
 protected:
     long CountOf(void const* container) const {
-        return *fTables.fContainer.DebugGetRefCountAddr(
+        return *fRuntime.Containers().DebugGetRefCountAddr(
             static_cast<BIBContainer const*>(container));
     }
 };
@@ -20,7 +20,7 @@ TEST_F(SettingsObject, SharesTheDictionaryItIsMadeFrom) {
     EXPECT_EQ(2, CountOf(dict));
     EXPECT_EQ(dict, fGetSettings(settings));
     EXPECT_EQ(2, CountOf(dict));
-    Put(dict, "B", fTables.fNumber.NewPOSNumber(2));
+    Put(dict, "B", fRuntime.Numbers().NewPOSNumber(2));
     EXPECT_EQ("<<A 1 B 2>>", Describe(settings));
     Release(dict);
     EXPECT_EQ("<<A 1 B 2>>", Describe(settings));
@@ -31,7 +31,8 @@ TEST_F(SettingsObject, SharesTheDictionaryItIsMadeFrom) {
 TEST_F(SettingsObject, StandsInItsContainerUnderFixedNames) {
     PDFSettings* const settings = NewSettings("<</A 1 >>setalembicorparams");
     auto const* const record = reinterpret_cast<BIBPrimaryRecord const*>(
-        reinterpret_cast<char const*>(settings) + fTables.fContainer.GetOffsetToPrimaryInstance());
+        reinterpret_cast<char const*>(settings) +
+        fRuntime.Containers().GetOffsetToPrimaryInstance());
     EXPECT_STREQ("PDFSettingsImpl", record->instanceName);
     EXPECT_STREQ("PDFSettingsInterface", record->signature);
     Release(settings);

@@ -33,7 +33,7 @@ protected:
             return report;
         }
         AddRef(errors);
-        std::string const text = Describer(fTables)(reinterpret_cast<POSObject*>(errors));
+        std::string const text = Describer(fRuntime)(reinterpret_cast<POSObject*>(errors));
         Release(errors);
         return text;
     }
@@ -250,9 +250,7 @@ TEST_F(Validation, SharesTheValuesOfAChangeAndReplacesTheDictionary) {
     EXPECT_EQ("[]", DescribeErrors(fSetSettings(settings, changes)));
     EXPECT_NE(before, fGetSettings(settings));
     EXPECT_EQ("<<A 1>>", Describe(before));
-    auto const valueOf = [&](POSDict* dict) {
-        return WithAtom("C", [&](BIBStringAtom* atom) { return fTables.fDict.Get(dict, atom); });
-    };
+    auto const valueOf = [&](POSDict* dict) { return fRuntime.Get(dict, "C"); };
     EXPECT_EQ(valueOf(changes), valueOf(fGetSettings(settings)));
     Release(before);
     Release(changes);
@@ -275,12 +273,12 @@ protected:
         BIBStringAtom* name,
         BIBStringAtom* procType,
         long optional) {
-        static HostTables const kTables;
-        if (std::string(kTables.fStringAtom.GetCString(name)) == "Validate") {
+        static conformance::Runtime const kRuntime(&BIBRuntimeLookup);
+        if (std::string(kRuntime.Atoms().GetCString(name)) == "Validate") {
             *result = reinterpret_cast<void*>(&Validate);
             return nullptr;
         }
-        return kTables.fContainer.GetMethod(result, container, name, procType, optional);
+        return kRuntime.Containers().GetMethod(result, container, name, procType, optional);
     }
 
     static long Validate(
@@ -288,15 +286,15 @@ protected:
         POSObject* object,
         BIBStringAtom* key,
         POSValidatorErrorCallback /*errorProc*/) {
-        static HostTables const kTables;
-        fSeen = kTables.fStringAtom.GetCString(key) + (" " + Describer(kTables)(object));
+        static conformance::Runtime const kRuntime(&BIBRuntimeLookup);
+        fSeen = kRuntime.Atoms().GetCString(key) + (" " + Describer(kRuntime)(object));
         return 1;
     }
 
     static POSDictIterator* NewIterator(POSDict* dict) {
-        static HostTables const kTables;
+        static conformance::Runtime const kRuntime(&BIBRuntimeLookup);
         fWalked = dict;
-        return kTables.fDictIterator.NewPOSDictIterator(dict);
+        return kRuntime.Cursors().NewPOSDictIterator(dict);
     }
 
     static inline std::string fSeen;
@@ -318,7 +316,7 @@ TEST_F(ValidatorOfARuntime, SeesKnownSettingsAloneInACopy) {
         "< PDFSettings < B any optional < A any OtherNamespaces any > > >");
     POSArray* const errors = fIsPDFSettingsValid(settings);
     AddRef(errors);
-    EXPECT_EQ(0U, fTables.fArray.Count(errors));
+    EXPECT_EQ(0U, fRuntime.Arrays().Count(errors));
     EXPECT_EQ("PDFSettings <<A 2 B 4 optional 5 OtherNamespaces []>>", fSeen);
     EXPECT_EQ(fGetSettings(settings), fWalked);
     Release(errors);

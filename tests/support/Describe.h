@@ -1,7 +1,8 @@
 // Values in one line of text, for tests to compare.
 #pragma once
 
-#include "tests/support/HostTables.h"
+#include "api/BIBRuntime.h"
+#include "conformance/Runtime.h"
 
 #include <cstdio>
 #include <iterator>
@@ -12,20 +13,17 @@ namespace support {
 
 // Calls visit(key) for each key of dict, in its order.
 template <class Visit>
-void ForEachKey(HostTables const& tables, POSDict* dict, Visit visit) {
-    auto const& cursors = tables.fDictIterator;
-    POSDictIterator* const cursor = cursors.NewPOSDictIterator(dict);
-    auto* const container = reinterpret_cast<BIBContainer*>(cursor);
-    tables.fContainer.AddRef(container);
+void ForEachKey(conformance::Runtime const& runtime, POSDict* dict, Visit visit) {
+    auto const& cursors = runtime.Cursors();
+    auto const cursor = runtime.Hold(cursors.NewPOSDictIterator(dict));
     for (cursors.Begin(cursor); cursors.IsDone(cursor) == 0; cursors.Next(cursor)) {
         visit(std::string(cursors.CurKey(cursor)));
     }
-    tables.fContainer.Release(container);
 }
 
-inline unsigned long CountKeys(HostTables const& tables, POSDict* dict) {
+inline unsigned long CountKeys(conformance::Runtime const& runtime, POSDict* dict) {
     unsigned long count = 0;
-    ForEachKey(tables, dict, [&count](std::string const&) { ++count; });
+    ForEachKey(runtime, dict, [&count](std::string const&) { ++count; });
     return count;
 }
 
@@ -34,25 +32,25 @@ inline unsigned long CountKeys(HostTables const& tables, POSDict* dict) {
 // arrays as "[a b]" and dictionaries as "<<k a l b>>"; zero bytes as "\0".
 class Describer {
 public:
-    explicit Describer(HostTables const& tables) : fTables(tables) {}
+    explicit Describer(conformance::Runtime const& runtime) : fRuntime(runtime) {}
 
     std::string operator()(POSObject* value) const {
-        if (fTables.fNumber.IsPOSNumber(value) != 0) {
-            return Number(fTables.fNumber.Get(reinterpret_cast<POSNumber*>(value)));
+        if (fRuntime.Numbers().IsPOSNumber(value) != 0) {
+            return Number(fRuntime.Numbers().Get(reinterpret_cast<POSNumber*>(value)));
         }
-        if (fTables.fString.IsPOSString(value) != 0) {
-            return std::string("/") + fTables.fString.Get(reinterpret_cast<POSString*>(value));
+        if (fRuntime.Strings().IsPOSString(value) != 0) {
+            return std::string("/") + fRuntime.Strings().Get(reinterpret_cast<POSString*>(value));
         }
-        if (fTables.fUnicodeString.IsPOSUnicodeString(value) != 0) {
+        if (fRuntime.Rows<_t_POSUnicodeStringInterface>().IsPOSUnicodeString(value) != 0) {
             return Unicode(reinterpret_cast<POSUnicodeString*>(value));
         }
-        if (fTables.fBinData.IsPOSBinData(value) != 0) {
+        if (fRuntime.Rows<_t_POSBinDataInterface>().IsPOSBinData(value) != 0) {
             return BinData(reinterpret_cast<POSBinData*>(value));
         }
-        if (fTables.fArray.IsPOSArray(value) != 0) {
+        if (fRuntime.Arrays().IsPOSArray(value) != 0) {
             return Array(reinterpret_cast<POSArray*>(value));
         }
-        if (fTables.fDict.IsPOSDict(value) != 0) {
+        if (fRuntime.Dicts().IsPOSDict(value) != 0) {
             return Dict(reinterpret_cast<POSDict*>(value));
         }
         return "?";
@@ -60,8 +58,9 @@ public:
 
     std::string Dict(POSDict* dict) const {
         std::string text;
-        ForEachKey(fTables, dict, [&](std::string const& key) {
-            text += (text.empty() ? "" : " ") + key + " " + (*this)(Get(dict, key));
+        ForEachKey(fRuntime, dict, [&](std::string const& key) {
+            text +=
+                (text.empty() ? "" : " ") + key + " " + (*this)(fRuntime.Get(dict, key.c_str()));
         });
         return "<<" + text + ">>";
     }
@@ -73,15 +72,8 @@ private:
         return text;
     }
 
-    POSObject* Get(POSDict* dict, std::string const& key) const {
-        BIBStringAtom* const atom = fTables.fStringAtom.NewStringAtom(key.c_str());
-        POSObject* const value = fTables.fDict.Get(dict, atom);
-        fTables.fStringAtom.DeleteStringAtom(atom);
-        return value;
-    }
-
     std::string Unicode(POSUnicodeString* string) const {
-        unsigned short const* unit = fTables.fUnicodeString.Get(string);
+        unsigned short const* unit = fRuntime.Rows<_t_POSUnicodeStringInterface>().Get(string);
         bool const isMarked = *unit == 0xFEFF;
         unsigned short const* end = unit += isMarked ? 1 : 0;
         while (*end != 0) {
@@ -93,10 +85,10 @@ private:
     }
 
     std::string BinData(POSBinData* data) const {
-        std::string const name = fTables.fBinData.GetTypeName(data);
+        std::string const name = fRuntime.Rows<_t_POSBinDataInterface>().GetTypeName(data);
         std::string text;
-        for (unsigned long i = 0; i < fTables.fBinData.GetSize(data); ++i) {
-            unsigned char const byte = fTables.fBinData.GetBinData(data)[i];
+        for (unsigned long i = 0; i < fRuntime.Rows<_t_POSBinDataInterface>().GetSize(data); ++i) {
+            unsigned char const byte = fRuntime.Rows<_t_POSBinDataInterface>().GetBinData(data)[i];
             text += byte == 0 ? "\\0" : std::string(1, static_cast<char>(byte));
         }
         if (name == "JoboptionsString") {
@@ -107,13 +99,13 @@ private:
 
     std::string Array(POSArray* array) const {
         std::string text;
-        for (unsigned long i = 0; i < fTables.fArray.Count(array); ++i) {
-            text += (text.empty() ? "" : " ") + (*this)(fTables.fArray.GetAt(array, i));
+        for (unsigned long i = 0; i < fRuntime.Arrays().Count(array); ++i) {
+            text += (text.empty() ? "" : " ") + (*this)(fRuntime.Arrays().GetAt(array, i));
         }
         return "[" + text + "]";
     }
 
-    HostTables const& fTables;
+    conformance::Runtime const& fRuntime;
 };
 
 } // namespace support

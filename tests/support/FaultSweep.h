@@ -225,7 +225,7 @@ protected:
             POSArray* const list = fGetList("W");
             endFaults();
             AddRef(list);
-            unsigned long const count = list == nullptr ? 0 : fTables.fArray.Count(list);
+            unsigned long const count = list == nullptr ? 0 : fRuntime.Arrays().Count(list);
             EXPECT_LE(count, 2U);
             Release(list);
             return count == 2;
@@ -273,8 +273,8 @@ protected:
         "< PDFSettings < A number optional < B array C dictionary > > >";
 
     long fDescriptors = CountDescriptors();
-    _t_BIBSharedBuffInterface fBuffers = LoadTable<_t_BIBSharedBuffInterface>(&BIBRuntimeLookup);
-    _t_BIBErrorInterface fErrors = LoadTable<_t_BIBErrorInterface>(&BIBRuntimeLookup);
+    _t_BIBSharedBuffInterface fBuffers = fRuntime.Buffers();
+    _t_BIBErrorInterface fErrors = fRuntime.Errors();
     TemporaryFolder fFolder;
     EnvironmentVariable fHome{"HOME", fFolder.Path().c_str()};
     EnvironmentVariable fData{"XDG_DATA_HOME", nullptr};

@@ -2,6 +2,7 @@
 // objects.
 #pragma once
 
+#include "conformance/Stream.h"
 #include "runtime/objects/Diagnostics.h"
 #include "tests/support/Component.h"
 #include "tests/support/Describe.h"
@@ -35,16 +36,9 @@ protected:
 
     // A stream that reads text, with a reference for the caller.
     BIBPositionableStream* NewStream(std::string_view text) const {
-        BIBPositionableStream* stream = nullptr;
-        EXPECT_EQ(nullptr, fTables.fStreams.NewPositionableMemoryStream(&stream));
+        BIBPositionableStream* const stream = conformance::NewMemoryStream(fRuntime);
         AddRef(stream);
-        auto const methods = LoadMethods<_t_BIBSimpleStreamInterface>(&BIBRuntimeLookup, stream);
-        EXPECT_EQ(
-            nullptr,
-            methods.Write(
-                reinterpret_cast<BIBSimpleStream*>(stream),
-                reinterpret_cast<unsigned char const*>(text.data()),
-                text.size()));
+        conformance::Stream(fRuntime, stream).Write(std::string(text));
         return stream;
     }
 
@@ -60,36 +54,25 @@ protected:
     // A value from a text in the object notation, with a reference for the caller.
     template <class T>
     T* NewValue(std::string const& notation) const {
-        POSObject* const value = fTables.fObjects.CreateFromText(notation.c_str(), nullptr);
+        POSObject* const value = fRuntime.Objects().CreateFromText(notation.c_str(), nullptr);
         EXPECT_NE(nullptr, value) << notation;
         AddRef(value);
         return reinterpret_cast<T*>(value);
-    }
-
-    // What use gives for an atom of key.
-    template <class Use>
-    auto WithAtom(char const* key, Use use) const {
-        BIBStringAtom* const atom = fTables.fStringAtom.NewStringAtom(key);
-        auto const result = use(atom);
-        fTables.fStringAtom.DeleteStringAtom(atom);
-        return result;
     }
 
     // Puts a value into dict; a new one lives on in it.
     template <class T>
     void Put(POSDict* dict, char const* key, T* value) const {
         AddRef(value);
-        WithAtom(key, [&](BIBStringAtom* atom) {
-            return fTables.fDict.Put(dict, atom, reinterpret_cast<POSObject*>(value));
-        });
+        fRuntime.Put(dict, key, reinterpret_cast<POSObject*>(value));
         Release(value);
     }
 
     void Remove(POSDict* dict, char const* key) const {
-        WithAtom(key, [&](BIBStringAtom* atom) { return fTables.fDict.Remove(dict, atom); });
+        fRuntime.Dicts().Remove(dict, conformance::Atom(fRuntime, key));
     }
 
-    std::string Describe(POSDict* dict) const { return Describer(fTables).Dict(dict); }
+    std::string Describe(POSDict* dict) const { return Describer(fRuntime).Dict(dict); }
     std::string Describe(PDFSettings* settings) const { return Describe(fGetSettings(settings)); }
 
     // What the component writes of settings, or "(null)".
@@ -100,29 +83,22 @@ protected:
 
     // What an unowned stream holds from its position on. The stream goes.
     std::string ReadAll(BIBPositionableStream* stream) const {
-        AddRef(stream);
-        auto const methods = LoadMethods<_t_BIBSimpleStreamInterface>(&BIBRuntimeLookup, stream);
+        conformance::Stream const held(fRuntime, stream);
         std::string text;
-        char bytes[4096];
-        auto* const self = reinterpret_cast<BIBSimpleStream*>(stream);
-        auto* const buffer = reinterpret_cast<unsigned char*>(bytes);
-        unsigned long size = sizeof bytes;
-        while (size == sizeof bytes) {
-            EXPECT_EQ(nullptr, methods.Read(self, &size, buffer, sizeof bytes));
-            text.append(bytes, size);
+        for (std::string part; !(part = held.Read(65536)).empty();) {
+            text += part;
         }
-        Release(stream);
         return text;
     }
 
     template <class T>
     void AddRef(T* container) const {
-        fTables.fContainer.AddRef(reinterpret_cast<BIBContainer*>(container));
+        fRuntime.Containers().AddRef(reinterpret_cast<BIBContainer*>(container));
     }
 
     template <class T>
     void Release(T* container) const {
-        fTables.fContainer.Release(reinterpret_cast<BIBContainer*>(container));
+        fRuntime.Containers().Release(reinterpret_cast<BIBContainer*>(container));
     }
 
     // Stores the component's procedure of that name.
@@ -135,7 +111,7 @@ protected:
     bibrt::LiveCounts fLiveBefore = bibrt::CountLive();
     ErrorLog fLog;
     Component fComponent;
-    HostTables fTables;
+    conformance::Runtime const fRuntime{&BIBRuntimeLookup};
     PDFSettingsNewFromStreamProc fNewFromStream = nullptr;
     PDFSettingsNewFromDictProc fNewFromDict = nullptr;
     PDFSettingsGetJobOptionsDataProc fGetJobOptionsData = nullptr;

@@ -33,7 +33,7 @@ protected:
         return support::WhatItThrows([&] { builder.AppendFileToList(info); });
     }
 
-    support::HostTables fTables;
+    conformance::Runtime const fRuntime{&BIBRuntimeLookup};
 };
 
 TEST_F(ListBuilder, RecordsItemsByTheirPathNameAndState) {
@@ -66,7 +66,7 @@ TEST_F(ListBuilder, RecordsItemsByTheirPathNameAndState) {
             name == nullptr || *name == '\0' ? "" : "SettingsName ^\"" + std::string(name) + "\" ";
         std::string const record = "<<" + shown + "FullFilePath ^\"" + path + "\" ReadOnly " +
                                    readOnly + " ModDate Apple_UTCDateTime{AABBBBCC}>>";
-        EXPECT_EQ(name == nullptr ? "<<>>" : record, support::Describer(fTables)(info)) << path;
+        EXPECT_EQ(name == nullptr ? "<<>>" : record, support::Describer(fRuntime)(info)) << path;
     }
 }
 
@@ -121,7 +121,7 @@ TEST_F(ListBuilder, GivesCloakSettingsToNamesThatAreLongEnough) {
     cloaks.Put("", CPOSDict());
     FileListBuilder const builder(kUserSettingsDirectory, CPOSArray(), cloaks);
     EXPECT_EQ("nothing", Append(builder, "/a.joboptions/b"));
-    support::Describer const describe(fTables);
+    support::Describer const describe(fRuntime);
     EXPECT_EQ(std::string::npos, describe(builder.GetFileList()[0]).find("ShowHide"));
 }
 
@@ -172,7 +172,7 @@ TEST_F(ListBuilder, TakesTheDisplayNameOfTheFirstPair) {
     FileListBuilder const builder(kUserSettingsDirectory, pairs, CPOSDict());
     EXPECT_EQ("nothing", Append(builder, "/a/b.joboptions"));
     EXPECT_EQ("nothing", Append(builder, "/a/c.joboptions"));
-    support::Describer const describe(fTables);
+    support::Describer const describe(fRuntime);
     EXPECT_NE(std::string::npos, describe(builder.GetFileList()[0]).find("^\"first\""));
     EXPECT_NE(std::string::npos, describe(builder.GetFileList()[1]).find("^\"c\""));
 }

@@ -22,7 +22,7 @@ protected:
     static constexpr char kFile[] = "/test.plist";
 
     std::string Describe(CPOSObject const& value) const {
-        return support::Describer(fTables)(value);
+        return support::Describer(fRuntime)(value);
     }
 
     // A helper on these bytes.
@@ -63,7 +63,7 @@ protected:
         EXPECT_FALSE(MacRegistryHelper(kUserDomain, absolute.c_str(), false).IsValid());
     }
 
-    support::HostTables fTables;
+    conformance::Runtime const fRuntime{&BIBRuntimeLookup};
     support::TemporaryFolder fFolder;
     support::EnvironmentVariable fConfig{"XDG_CONFIG_HOME", fFolder.Path().c_str()};
 };
