@@ -271,6 +271,8 @@ void HasCoreErrors(Runtime const& runtime) {
         char const* const text = runtime.Atoms().GetCString(errors.GetErrorMessage(error));
         Require(text != nullptr && *text != '\0', "an error with a message", "none");
         Expect("its id", static_cast<long>(id), errors.GetID(error));
+        Require(errors.AddRef(error) == error, "AddRef gives the error", "another one");
+        errors.Release(error);
         errors.Release(error);
         for (int i = 0; i < 10; ++i) {
             errors.Release(errors.GetCoreError(id));

@@ -62,6 +62,7 @@ void ReturnsWithoutDestroying(Runtime const& runtime) {
     Expect("the count after it", 0L, runtime.CountOf(container));
     rows.Release(container);
     Expect("destructions after Release without references", 0, deleted);
+    Expect("the count after it, still", 0L, runtime.CountOf(container));
     Require(rows.DeleteUnownedContainer(container) != 0, "nonzero without references", "zero");
     Expect("destructions after DeleteUnownedContainer", 1, deleted);
 }
@@ -89,6 +90,9 @@ void HasAPrimaryRecord(Runtime const& runtime) {
         "another one");
     int deletedOther = 0;
     auto const other = runtime.Hold(NewThing(runtime, deletedOther, "ConformanceOwnedSignature"));
+    for (int i = 0; i < 4; ++i) {
+        runtime.Containers().DeleteUnownedContainer(NewThing(runtime, deletedOther));
+    }
     for (int i = 0; i < 20000; ++i) {
         Atom const passing(runtime, "Conformance passing " + std::to_string(i));
     }
@@ -96,6 +100,12 @@ void HasAPrimaryRecord(Runtime const& runtime) {
         "the signature, with the caller's atom released",
         std::string("ConformanceOwnedSignature"),
         PrimaryOf(runtime, other).signature);
+    for (auto const& [atom, text] : {std::pair(&name, kName), std::pair(&signature, kSignature)}) {
+        Require(
+            Atom(runtime, text) == *atom,
+            "the caller's atoms, after the end of a container with these names",
+            "others");
+    }
 }
 
 void MayHaveNoInstance(Runtime const& runtime) {

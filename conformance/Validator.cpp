@@ -46,6 +46,12 @@ long AcceptEmptyBuffer(
                : 0;
 }
 
+// A check that accepts everything under the key that is its user data.
+long AcceptKey(
+    POSObject* /*value*/, BIBStringAtom* key, BIBSharedBuffer* /*message*/, void const* userData) {
+    return key == userData ? 1 : 0;
+}
+
 class Validator : public StructValidator {
 public:
     Validator(Runtime const& runtime, char const* schema)
@@ -133,12 +139,14 @@ void RejectsByParts(Runtime const& runtime) {
         runtime,
         "< Settings < Needed number optional < Range < type number min 1 max 3 >"
         " Choice < type name in [ A B ] > Two < type array count 2 of integer >"
-        " Checked < type number check Seven > Parts < type array of Part > > >"
-        " Part < Deep number optional < > > >");
+        " Checked < type number check Seven > Parts < type array of Part >"
+        " Keys < type array of Key > > > Part < Deep number optional < > > >");
+    Atom const key(runtime, "Keys");
+    validator.Register("Key", &AcceptKey, key);
     ExpectSound(validator);
     ExpectMessage(
         validator,
-        "< Needed 1 Range 3 Choice B Two [ 1 2 ] Checked 7 Parts [ < Deep 1 > ] >",
+        "< Needed 1 Range 3 Choice B Two [ 1 2 ] Checked 7 Parts [ < Deep 1 > ] Keys [ 1 ] >",
         /*path=*/nullptr);
     // The bounds in single precision.
     ExpectMessage(validator, "< Needed 1 Range 0.99999999 >", /*path=*/nullptr);
@@ -169,8 +177,6 @@ void ReportsEachSetting(Runtime const& runtime) {
     ExpectMessage(twice, "< >", "Both");
 }
 
-constexpr int kOther = 0;
-
 void CallsChecks(Runtime const& runtime) {
     Validator const validator(runtime, kSchema);
     ExpectMessage(validator, "< Needed 1 Checked 8 >", "Checked");
@@ -178,14 +184,10 @@ void CallsChecks(Runtime const& runtime) {
         "the message of a check",
         std::string("Said its own message"),
         validator.Validate("< Needed 1 Said 1 >").at(0));
-    validator.Register(
-        "Seven",
-        [](POSObject*, BIBStringAtom*, BIBSharedBuffer*, void const* data) {
-            return data == &kOther ? 1L : 0L;
-        },
-        &kOther);
+    Atom const key(runtime, "Checked");
+    validator.Register("Seven", &AcceptKey, key);
     Expect(
-        "messages of a check that replaces another one, with its own data",
+        "messages of a check that replaces another one, with its own data and the key",
         0UL,
         validator.Validate("< Needed 1 Checked 8 >").size());
     // Dirties the memory that the next buffer may get.

@@ -4,6 +4,7 @@
 #include "conformance/Stream.h"
 
 #include <algorithm>
+#include <clocale>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
@@ -591,7 +592,26 @@ constexpr Check kCursorChecks[] = {
 
 // Values from text.
 
+// Numbers have a comma as long as it lives, where the machine has a locale with one.
+class NumbersWithComma {
+public:
+    NumbersWithComma() : fFormer(std::setlocale(LC_NUMERIC, nullptr)) {
+        for (char const* const name : {"de_DE.UTF-8", "fr_FR.UTF-8", "ru_RU.UTF-8"}) {
+            if (std::setlocale(LC_NUMERIC, name)) {
+                break;
+            }
+        }
+    }
+    NumbersWithComma(NumbersWithComma const&) = delete;
+    NumbersWithComma& operator=(NumbersWithComma const&) = delete;
+    ~NumbersWithComma() { std::setlocale(LC_NUMERIC, fFormer.c_str()); }
+
+private:
+    std::string fFormer;
+};
+
 void ReadsEveryForm(Runtime const& runtime) {
+    NumbersWithComma const numbers;
     auto const value =
         runtime.Hold(runtime.Parse("% comment\n< number 7 exponent 1e3 word All text (a\\(b\\)\\\\ "
                                    "\\101\\n\\r\\t(c)\\0602) list [ 1 [ ] ] "
@@ -670,7 +690,7 @@ void WritesWhatItReads(Runtime const& runtime) {
             /*isAtStart=*/true,
             [&](auto* stream) { return rows.DebugDumpRewind(value, stream); }),
         Dumped(runtime, /*isAtStart=*/false, [&](auto* stream) {
-            return rows.DebugDumpWithHeader(value, stream, "a header");
+            return rows.DebugDumpWithHeader(value, stream, "a header\rin\ntwo lines");
         })};
     for (std::string const& dump : dumps) {
         auto const again = runtime.Hold(runtime.Parse(dump.c_str()));
