@@ -55,17 +55,11 @@ TEST_F(RepairTest, WhatHasOneMeaningIsWrittenAndReported) {
               Settled("/A 1\n/EmbedAllFonts true /Optimize false"),
               "2:16 wrote true for TRUE [unknown-value]\n"
               "2:31 wrote false for False [unknown-value]\n"},
-             {Settled("/NeverEmbed [ /Arial Courier ] /CannotEmbedFontPolicy Warning"),
-              Settled("/NeverEmbed [ /Arial /Courier ] /CannotEmbedFontPolicy /Warning"),
-              "1:25 wrote /Courier for Courier [unknown-value]\n"
-              "1:58 wrote /Warning for Warning [unknown-value]\n"},
-             {Settled("EmbedAllFonts true\nImageMemory 10\n/Optimize true"),
-              Settled("/EmbedAllFonts true\n/ImageMemory 10\n/Optimize true"),
+             {Settled("EmbedAllFonts true\n/NeverEmbed [ /Arial Courier ] /UserUnit 1,5"),
+              Settled("/EmbedAllFonts true\n/NeverEmbed [ /Arial /Courier ] /UserUnit 1.5"),
               "1:4 wrote /EmbedAllFonts for EmbedAllFonts [stray]\n"
-              "2:1 wrote /ImageMemory for ImageMemory [stray]\n"},
-             {Settled("/CompatibilityLevel 1,5 /ColorImageDict << /QFactor 0,125 >>"),
-              Settled("/CompatibilityLevel 1.5 /ColorImageDict << /QFactor 0.125 >>"),
-              "1:24 wrote 1.5 for 1,5 [stuck]\n1:56 wrote 0.125 for 0,125 [stuck]\n"},
+              "2:22 wrote /Courier for Courier [unknown-value]\n"
+              "2:42 wrote 1.5 for 1,5 [stuck]\n"},
              {Settled("/ColorImageDict << /QFactor .5 >> /ImageMemory +7"),
               Settled("/ColorImageDict << /QFactor 0.5 >> /ImageMemory 7"),
               "1:32 wrote 0.5 for .5 [unknown-value]\n1:51 wrote 7 for +7 [unknown-value]\n"},

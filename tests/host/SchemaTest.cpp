@@ -3,11 +3,10 @@
 #include "pdfsettings/Component.h"
 #include "pdfsettings/Settings.h"
 #include "tests/support/ErrorOf.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <algorithm>
-#include <fstream>
 #include <gtest/gtest.h>
-#include <iterator>
 #include <sstream>
 
 using namespace pdfsettings;
@@ -57,11 +56,6 @@ protected:
         return words;
     }
 
-    static std::string ReadFile(std::string const& name) {
-        std::ifstream stream(PDFSETTINGS_DATA "/" + name);
-        return std::string(std::istreambuf_iterator<char>(stream), {});
-    }
-
     Component const fComponent = Component::Start();
 };
 
@@ -102,23 +96,20 @@ TEST_F(SchemaTest, SettingsHaveALimitOfNumberAndSize) {
     for (int i = 0; i < 10000; ++i) {
         rules += " K" + std::to_string(i) + " T";
     }
-    auto const schema = [](std::string const& all, std::size_t size) {
-        return "< PDFSettings < optional <" + all + " > >\nT < optional < A < type name doc (" +
-               std::string(size, 'd') + ") > > > >";
-    };
     EXPECT_EQ(Problems("< PDFSettings < optional <" + rules + " > > T < optional < > > >"), "");
     EXPECT_EQ(
         Problems("< PDFSettings < optional <" + rules + " K T > > T < optional < > > >"),
         "1:3 PDFSettings" + kTooMany);
     std::string const half = rules.substr(0, rules.find(" K5000 "));
-    EXPECT_EQ(Problems(schema(half, 1000)), "");
-    EXPECT_EQ(Problems(schema(half, 4000)), "2:1 T" + kTooMany);
-    // So many bytes of a default, whatever their kind.
+    auto const problems = [&](std::string const& rule, std::size_t size) {
+        return Problems(
+            "< PDFSettings < optional <" + half + " > >\nT < optional < A < type " + rule + " (" +
+            std::string(size, 'd') + ") > > > >");
+    };
+    EXPECT_EQ(problems("name doc", 1000), "");
+    EXPECT_EQ(problems("name doc", 4000), "2:1 T" + kTooMany);
     for (char const* const kind : {"name", "string", "hexstring"}) {
-        std::string const text = "< PDFSettings < optional <" + half +
-                                 " > >\nT < optional < A < type " + kind + " default (" +
-                                 std::string(4000, 'd') + ") > > > >";
-        EXPECT_TRUE(Problems(text).ends_with(kTooMany)) << kind;
+        EXPECT_TRUE(problems(kind + std::string(" default"), 4000).ends_with(kTooMany)) << kind;
     }
 }
 
@@ -134,13 +125,13 @@ TEST_F(SchemaTest, ManyProblemsAreCounted) {
 
 TEST_F(SchemaTest, TheStandardSchemaIsSoundAndAcceptsEveryExample) {
     Schema const& schema = Schema::Standard();
-    EXPECT_EQ(schema.Text(), ReadFile("data/standard.schema"));
+    EXPECT_EQ(schema.Text(), support::ReadBytes(PDFSETTINGS_DATA "/data/standard.schema"));
     for (char const* const name :
          {"data/screen.joboptions",
           "data/office.joboptions",
           "data/press.joboptions",
           "data/archive.joboptions"}) {
-        Settings const settings = Settings::Parse(ReadFile(name));
+        Settings const settings = Settings::Open(std::string(PDFSETTINGS_DATA "/") + name);
         EXPECT_GT(settings.Values().size(), 70u) << name;
         EXPECT_EQ(settings.Validate().size(), 0u) << name;
         // What is written holds the same settings, and is written the same way again.

@@ -17,7 +17,7 @@
 #include <unistd.h>
 #include <utility>
 
-extern "C" int __real_fchown(int file, uid_t user, gid_t group);
+extern "C" int __real_fchown(int a, uid_t b, gid_t c);
 
 namespace {
 
