@@ -246,7 +246,7 @@ TEST_F(SafeSaveTest, ReplacesOnlyWhatWasSeen) {
 }
 
 TEST_F(SafeSaveTest, GoesOnWhereTheSystemLacksACallOrIsInterrupted) {
-    std::string const file = fFolder.Make("a", "old");
+    std::string const file = fFolder / "a";
     std::pair<char const*, int> const kCases[] = {
         {"write", EINTR},
         {"pread", EINTR},
@@ -265,29 +265,25 @@ TEST_F(SafeSaveTest, GoesOnWhereTheSystemLacksACallOrIsInterrupted) {
         {"faccessat", EINVAL},
     };
     for (auto const& [call, error] : kCases) {
-        std::string const name = call + std::to_string(error);
-        for (std::string const& path : {file, fFolder / "made"}) {
-            SystemCallsDouble calls;
-            calls.FailNext(call, error);
-            EXPECT_EQ(Save(path, name), "") << name;
-            EXPECT_EQ(ReadBytes(path), name);
-        }
-        std::filesystem::remove(fFolder / "made");
-        SystemCallsDouble calls;
         bool const isOnce = error == EINTR || call == std::string_view("faccessat");
-        isOnce ? calls.FailNext(call, error) : calls.FailAlways(call, error);
-        EXPECT_EQ(Save(fFolder / "made", name), "") << name;
-        EXPECT_EQ(Save(fFolder / "made", "again"), "") << name;
-        EXPECT_TRUE(calls.HasFailed()) << name;
-        std::filesystem::remove(fFolder / "made");
+        for (bool const isAlways : {false, !isOnce}) {
+            SystemCallsDouble calls;
+            for (char const* const bytes : {"made", "replaced"}) {
+                isAlways ? calls.FailAlways(call, error) : calls.FailNext(call, error);
+                EXPECT_EQ(Save(file, bytes), "") << call << error;
+                EXPECT_EQ(ReadBytes(file), bytes) << call << error;
+            }
+            EXPECT_TRUE(calls.HasFailed()) << call << error;
+            std::filesystem::remove(file);
+        }
     }
     SystemCallsDouble calls;
     calls.FailAlways("noreplace", EINVAL);
     calls.FailNext("linkat", EXDEV); // from now on files have names from the start
-    EXPECT_EQ(Save(fFolder / "made", "linked"), "");
+    EXPECT_EQ(Save(file, "linked"), "");
     calls.FailAlways("linkat", EPERM);
     EXPECT_EQ(Save(fFolder / "moved", "moved"), "");
-    EXPECT_EQ(fFolder.Names(), "a made moved ");
+    EXPECT_EQ(fFolder.Names(), "a moved ");
 }
 
 TEST_F(SafeSaveTest, LocksAreHadOneAfterTheOther) {
