@@ -111,6 +111,11 @@ TEST(Document, ReadsNestedTextsOnASmallStack) {
             Document const deep(Nested(open, 4000));
             EXPECT_EQ(deep.WhyRefused(), Refusal::kNone) << open;
             EXPECT_EQ(deep.Findings().size(), 1U) << open;
+            // Nor do values take more for being compared and written.
+            Document const other(Nested(open, 4001));
+            EXPECT_TRUE(deep.Values() == Document(deep.Text()).Values()) << open;
+            EXPECT_FALSE(deep.Values() == other.Values()) << open;
+            EXPECT_GT(Value(deep.Values()).Text().size(), 8000U) << open;
         }
     });
     EXPECT_EQ(Document(Nested("[", 1000000)).WhyRefused(), Refusal::kMemory);
