@@ -167,7 +167,10 @@ protected:
                 std::filesystem::create_symlink(to, Somewhere(), ignored);
             },
             [&] { chmod(Somewhere(/*isFile=*/true).c_str(), 0600 + Random(2) * 0044); },
-            [&] { std::filesystem::rename(Somewhere(true), Somewhere(true), ignored); },
+            [&] {
+                std::filesystem::rename(
+                    Somewhere(/*isFile=*/true), Somewhere(/*isFile=*/true), ignored);
+            },
             [&] { std::ofstream(Somewhere(/*isFile=*/true)) << ++fWritten; },
         };
         kChanges[Random(std::size(kChanges))]();
