@@ -176,14 +176,19 @@ TEST_F(SettingsTest, OneOfManyProblemsMayBeMended) {
     }
     Schema const schema = Schema::Parse("< PDFSettings < optional <" + rules + " > > >");
     Settings settings = Settings::Parse(text + " >> setalembicorparams", schema);
+    auto const isHinted = [&] { return settings.Validate().front().Message().ends_with("?"); };
+    EXPECT_FALSE(isHinted());
     EXPECT_EQ(settings.Change().Set("K0", Name{"One"}).Commit().size(), 0U);
+    EXPECT_TRUE(isHinted());
     EXPECT_EQ(settings.Change().Set("K0", Name{"Onee"}).Commit().size(), 1U);
 }
 
 // What was wrong with an element is nothing new where it stands now.
 TEST_F(SettingsTest, ElementsThatMoveBringNoNewFindings) {
     Settings settings = Parsed("<< /L [ 1 /x 2 /y ] >> setalembicorparams");
-    EXPECT_EQ(settings.Change().Remove("L/0").Commit().size(), 0U);
+    auto edit = settings.Change();
+    EXPECT_EQ(edit.Remove("L/0").Commit().size(), 0U);
+    EXPECT_EQ(edit.Set("A", 1).Commit().size(), 0U) << "nothing moves in the second change";
     EXPECT_EQ(settings.Change().Remove("L/0").Set("L/1", Name{"z"}).Commit().size(), 1U);
     EXPECT_EQ(settings.Change().Remove("L/0").Set("L/0", Name{"x"}).Commit().size(), 1U);
 }
