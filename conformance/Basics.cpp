@@ -1,6 +1,7 @@
 // Memory, atoms, errors and shared buffers.
 #include "conformance/Group.h"
 #include "conformance/Groups.h"
+#include "conformance/Models.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -214,6 +215,9 @@ constexpr Check kAtomChecks[] = {
      "NewStringAtom and GetCString give null for null; the others accept it.",
      &AcceptsNullAtoms},
     {"atom.count", "An atom lives until its last reference is released.", &CountsReferencesOfAtoms},
+    {"atom.model",
+     "Atoms do the same as a map of texts over many random operations.",
+     &FollowsAnAtomModel},
     {"atom.readable",
      "After the last release the string stays readable for a moment.",
      &StaysReadableForAMoment},

@@ -1,6 +1,7 @@
 // Which rows a runtime has, and its registry.
 #include "conformance/Group.h"
 #include "conformance/Groups.h"
+#include "conformance/Models.h"
 
 #include <tuple>
 
@@ -215,6 +216,9 @@ constexpr Check kRegistryChecks[] = {
     {"registry.names-in-use",
      "BIBRegisterProcAddress gives zero if the names are in use.",
      &RefusesNamesInUse},
+    {"registry.model",
+     "The registry does the same as a map over many random operations.",
+     &FollowsARegistryModel},
     {"registry.unregister",
      "BIBUnregisterInterface removes a whole interface.",
      &ForgetsAnInterface},

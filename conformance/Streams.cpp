@@ -1,6 +1,7 @@
 // Streams of every kind, and streams of the client's own making.
 #include "conformance/Group.h"
 #include "conformance/Groups.h"
+#include "conformance/Models.h"
 #include "conformance/Stream.h"
 
 #include <algorithm>
@@ -328,6 +329,9 @@ constexpr Check kStreamChecks[] = {
     {"stream.seek",
      "A target before the start or behind the end is an error and leaves the position as it was.",
      &SeeksWithinItsBytes},
+    {"stream.model",
+     "Two streams on memory do the same as a string with two positions.",
+     &FollowsAStreamModel},
     {"stream.grows", "A memory stream grows to a million bytes.", &GrowsByAMegabyte},
     {"stream.second-position",
      "CreateIndependentlyPositionableStream gives a second stream on the same data with a "

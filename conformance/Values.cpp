@@ -1,6 +1,7 @@
 // Scalar values, arrays, dictionaries, cursors, and values from text.
 #include "conformance/Group.h"
 #include "conformance/Groups.h"
+#include "conformance/Models.h"
 #include "conformance/Stream.h"
 
 #include <algorithm>
@@ -319,6 +320,9 @@ constexpr Check kArrayChecks[] = {
     {"array.indexes",
      "An index out of range gives null or zero, as does a null value; nothing changes.",
      &RefusesOtherIndexes},
+    {"array.model",
+     "An array does the same as a list over many random operations.",
+     &FollowsAnArrayModel},
     {"array.references",
      "An array owns a reference to each element; a value that is read is borrowed.",
      &CountsElements},
@@ -484,6 +488,9 @@ constexpr Check kDictChecks[] = {
     {"dict.remove", "Remove gives nonzero if the key existed.", &RemovesKeys},
     {"dict.many", "Get finds every key, whatever was removed.", &FindsKeysAtAnySize},
     {"dict.null", "Put gives zero for a null key or value.", &RefusesNulls},
+    {"dict.model",
+     "A dictionary and a cursor do the same as a list of entries over many random operations.",
+     &FollowsADictModel},
     {"dict.references",
      "A dictionary owns a reference to each value; a value that is read is borrowed.",
      &CountsValues},
@@ -706,6 +713,9 @@ constexpr Check kNotationChecks[] = {
     {"notation.forms",
      "CreateFromText makes a value from a text in the object notation.",
      &ReadsEveryForm},
+    {"notation.model",
+     "Random texts give values that are equal to their clones, and to no others.",
+     &FollowsAValueModel},
     {"notation.errors",
      "A text that does not parse gives null and a message that names line and column.",
      &ReportsThePlace},
