@@ -326,6 +326,9 @@ void DestroysNestedContainersAtOnce(Runtime const& runtime) {
         rows.RegisterInstance(outer, &holder, Atom(runtime, kName), &ReleaseHeld));
     rows.DeleteUnownedContainer(outer);
     Expect("destructions when Release in a deleteProc returns", 1, holder.fSeen);
+    // Recursion would need more than a stack.
+    auto* const deep = As<BIBContainer>(runtime.NewNested(200000));
+    Require(rows.DeleteUnownedContainer(deep) != 0, "nonzero for 200,000 nested arrays", "zero");
 }
 
 constexpr Check kContainerChecks[] = {
@@ -366,7 +369,7 @@ constexpr Check kContainerChecks[] = {
      "if its signature has none.",
      &ClonesByItsOwnMethod},
     {"container.nested",
-     "A container that loses its last reference is destroyed at once.",
+     "A container that loses its last reference is destroyed at once, at any depth.",
      &DestroysNestedContainersAtOnce},
 };
 

@@ -13,6 +13,16 @@ POSObject* Runtime::Parse(char const* text) const {
     return value;
 }
 
+POSObject* Runtime::NewNested(int levels) const {
+    POSArray* array = Arrays().NewPOSArray();
+    for (int level = 1; level < levels; ++level) {
+        POSArray* const outer = Arrays().NewPOSArray();
+        Require(Arrays().Append(outer, As<POSObject>(array)) != 0, "nonzero of Append", "zero");
+        array = outer;
+    }
+    return As<POSObject>(array);
+}
+
 std::optional<double> Runtime::NumberOf(POSObject* object) const {
     auto const numbers = Numbers();
     return numbers.IsPOSNumber(object) != 0 ? std::optional(numbers.Get(As<POSNumber>(object)))

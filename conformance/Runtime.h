@@ -201,6 +201,9 @@ public:
     // A value in the object notation. Throws Failure with the runtime's message.
     POSObject* Parse(char const* text) const;
 
+    // So many arrays, each in the next one; unowned.
+    POSObject* NewNested(int levels) const;
+
     // The number that object is; nothing for any other value.
     std::optional<double> NumberOf(POSObject* object) const;
 

@@ -155,6 +155,9 @@ void ClonesEveryKind(Runtime const& runtime) {
         Require(samples.IsOfType(type, copy), "a copy of the same type", "of another type");
         Require(AreEqual(runtime, value, copy), "a copy that is equal", "not equal");
     }
+    auto const deep = runtime.Hold(runtime.NewNested(1000));
+    auto const copy = runtime.Hold(MethodsOf(runtime, deep).Clone(deep));
+    Require(AreEqual(runtime, deep, copy), "an equal copy of 1,000 nested arrays", "not equal");
 }
 
 using NamedValue = std::pair<std::string, POSObject*>;
@@ -232,7 +235,9 @@ constexpr Check kScalarChecks[] = {
      "Each Is procedure gives nonzero for a value of its type, and zero for any other and null.",
      &KnowsTypes},
     {"value.unowned", "A new value is unowned.", &MakesUnownedValues},
-    {"value.clone", "Clone makes a deep copy, unowned.", &ClonesEveryKind},
+    {"value.clone",
+     "Clone makes a deep copy, unowned, of 1,000 levels at least.",
+     &ClonesEveryKind},
     {"value.equality",
      "IsEqual gives nonzero if both have the same type and equal contents.",
      &ComparesTypesAndContents},
@@ -641,6 +646,10 @@ void ReadsEveryForm(Runtime const& runtime) {
         Expect(key, std::string(text), strings.Get(As<POSString>(found)));
     }
     Expect("the elements", 2UL, runtime.Arrays().Count(As<POSArray>(runtime.Get(dict, "list"))));
+    std::string const deep = std::string(1000, '[') + std::string(1000, ']');
+    auto const read = runtime.Hold(runtime.Parse(deep.c_str()));
+    auto const made = runtime.Hold(runtime.NewNested(1000));
+    Require(AreEqual(runtime, read, made), "1,000 nested arrays", "another value");
 }
 
 // The numbers behind the words line and column.

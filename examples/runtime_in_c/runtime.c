@@ -48,7 +48,8 @@ enum { kMostLevels = 1100 };
 #include "validator.h"
 // clang-format on
 
-// Registers the row of a table. The compound literal compares a procedure with its type.
+// Continues a condition by registering the row of a table. The compound literal compares a
+// procedure with its type.
 #define ADD(interface, prefix, name, type) \
     &&BIBRegisterProcAddress(interface, #name, #type, (void*)(type){&prefix##name})
 
@@ -87,23 +88,30 @@ static int InheritMethods(char const* level, char const* lowerLevel) {
 __attribute__((constructor)) static void Start(void) {
     gCoreErrors[kBRVUnknownError] = ErrorNewError("Unknown error", "runtime_in_c", 0, NULL, NULL);
     gCoreErrors[kBRVMemoryError] = ErrorNewError("Out of memory", "runtime_in_c", 1, NULL, NULL);
-    int const isComplete =
-        gCoreErrors[0] != NULL &&
-        gCoreErrors[1] != NULL                                                                  //
-                              BIB_BOOTSTRAP_ROWS(BIB) BIB_CONTAINER_INTERFACE_ROWS(CONTAINER)   //
-            BIB_ERROR_INTERFACE_ROWS(ERROR) BIB_STRING_INTERFACE_ROWS(ATOM)                     //
-            BIB_MEMORY_INTERFACE_ROWS(MEMORY) BIB_SHARED_BUFF_INTERFACE_ROWS(BUFFER)            //
-            BIB_STREAM_FACTORY_INTERFACE_ROWS(FACTORY) BIB_SIMPLE_STREAM_INTERFACE_ROWS(SIMPLE) //
-            BIB_REWINDABLE_STREAM_INTERFACE_ROWS(REWINDABLE)                                    //
-            BIB_POSITIONABLE_STREAM_INTERFACE_ROWS(POSITIONABLE)                                //
-            POS_NUMBER_INTERFACE_ROWS(NUMBER) POS_STRING_INTERFACE_ROWS(STRING)                 //
-            POS_UNICODE_STRING_INTERFACE_ROWS(UNICODE) POS_BIN_DATA_INTERFACE_ROWS(BINARY)      //
-            POS_ARRAY_INTERFACE_ROWS(ARRAY) POS_DICT_INTERFACE_ROWS(DICT)                       //
-            POS_DICT_ITERATOR_INTERFACE_ROWS(CURSOR) POS_OBJECT_VIRTUAL_INTERFACE_ROWS(VALUE)   //
-            POS_OBJECT_STATICS_ROWS(OBJECT) POS_STRUCT_VALIDATOR_INTERFACE_ROWS(VALIDATOR)      //
-            POS_VALIDATOR_VIRTUAL_INTERFACE_ROWS(VALIDATION)                                    //
-        && InheritMethods("RewindableStream", "SimpleStream")                                   //
-        && InheritMethods("PositionableStream", "RewindableStream");
+    int isComplete = gCoreErrors[0] != NULL && gCoreErrors[1] != NULL;
+    isComplete = isComplete BIB_BOOTSTRAP_ROWS(BIB);
+    isComplete = isComplete BIB_CONTAINER_INTERFACE_ROWS(CONTAINER);
+    isComplete = isComplete BIB_ERROR_INTERFACE_ROWS(ERROR);
+    isComplete = isComplete BIB_STRING_INTERFACE_ROWS(ATOM);
+    isComplete = isComplete BIB_MEMORY_INTERFACE_ROWS(MEMORY);
+    isComplete = isComplete BIB_SHARED_BUFF_INTERFACE_ROWS(BUFFER);
+    isComplete = isComplete BIB_STREAM_FACTORY_INTERFACE_ROWS(FACTORY);
+    isComplete = isComplete BIB_SIMPLE_STREAM_INTERFACE_ROWS(SIMPLE);
+    isComplete = isComplete BIB_REWINDABLE_STREAM_INTERFACE_ROWS(REWINDABLE);
+    isComplete = isComplete BIB_POSITIONABLE_STREAM_INTERFACE_ROWS(POSITIONABLE);
+    isComplete = isComplete POS_NUMBER_INTERFACE_ROWS(NUMBER);
+    isComplete = isComplete POS_STRING_INTERFACE_ROWS(STRING);
+    isComplete = isComplete POS_UNICODE_STRING_INTERFACE_ROWS(UNICODE);
+    isComplete = isComplete POS_BIN_DATA_INTERFACE_ROWS(BINARY);
+    isComplete = isComplete POS_ARRAY_INTERFACE_ROWS(ARRAY);
+    isComplete = isComplete POS_DICT_INTERFACE_ROWS(DICT);
+    isComplete = isComplete POS_DICT_ITERATOR_INTERFACE_ROWS(CURSOR);
+    isComplete = isComplete POS_OBJECT_STATICS_ROWS(OBJECT);
+    isComplete = isComplete POS_OBJECT_VIRTUAL_INTERFACE_ROWS(VALUE);
+    isComplete = isComplete POS_STRUCT_VALIDATOR_INTERFACE_ROWS(VALIDATOR);
+    isComplete = isComplete POS_VALIDATOR_VIRTUAL_INTERFACE_ROWS(VALIDATION);
+    isComplete = isComplete && InheritMethods("RewindableStream", "SimpleStream") &&
+                 InheritMethods("PositionableStream", "RewindableStream");
     if (!isComplete) {
         fprintf(stderr, "out of memory\n");
     }
