@@ -1,8 +1,9 @@
 // Any bytes as the path of a settings file, given to the component as a host gives it. It only
 // opens: nothing is written.
+#include "api/BIBRuntime.h"
+#include "conformance/Tables.h"
 #include "fuzz/Require.h"
 #include "tests/support/Component.h"
-#include "tests/support/HostTables.h"
 
 #include <cstdint>
 #include <cstring>
@@ -29,16 +30,17 @@ public:
             std::memcpy(fBuffers.GetBuffer(buffer), path, size);
         }
         auto* const settings = reinterpret_cast<BIBContainer*>(fNewFromFile(buffer, ""));
-        fTables.fContainer.AddRef(settings);
-        fTables.fContainer.Release(settings);
+        fContainers.AddRef(settings);
+        fContainers.Release(settings);
         fBuffers.Release(buffer);
     }
 
 private:
     support::Component fComponent;
-    support::HostTables fTables;
+    _t_BIBContainerInterface fContainers =
+        conformance::LoadTable<_t_BIBContainerInterface>(&BIBRuntimeLookup);
     _t_BIBSharedBuffInterface fBuffers =
-        support::LoadTable<_t_BIBSharedBuffInterface>(&BIBRuntimeLookup);
+        conformance::LoadTable<_t_BIBSharedBuffInterface>(&BIBRuntimeLookup);
     PDFSettingsNewFromFileProc fNewFromFile = nullptr;
 };
 
