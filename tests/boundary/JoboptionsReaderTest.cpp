@@ -156,17 +156,6 @@ TEST_F(JoboptionsReader, ReadsNumbersWithBaseZeroAndLeavesTheRest) {
     });
 }
 
-// With a point it is real, and base 0 is none of it.
-TEST_F(JoboptionsReader, LooksForThePointToTheEndOfTheToken) {
-    for (unsigned long rest = 0; rest < 40; ++rest) {
-        std::string const token = "010" + std::string(rest, 'x');
-        Check({
-            {File("/A " + token + ". /B 1 "), "<<A 10 B 1>>"},
-            {File("/A " + token + " ./B 1 "), "<<A 8 B 1>>"},
-        });
-    }
-}
-
 TEST_F(JoboptionsReader, EndsATextAtAShortRead) {
     std::string const text = File("/A 1 /B (" + std::string(2000, 'x') + ")");
     struct Source {

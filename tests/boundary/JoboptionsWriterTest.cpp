@@ -152,34 +152,6 @@ TEST_F(JoboptionsWriter, WritesTheLargestNumberWhole) {
     EXPECT_EQ(expected, WriteNumber(-largest, "CompatibilityLevel"));
 }
 
-TEST_F(JoboptionsWriter, ReadsBackWithTheDifferencesThatTheFormatHas) {
-    struct {
-        char const* fRead;      // the entries
-        char const* fWritten;   // the lines
-        char const* fReadAgain; // but for the tail
-    } const kCases[] = {
-        {"%c\n /B 1%c\n  /A 2 /B 3 ", "  /B 3\n  /A 2\n", "B 3 A 2"},
-        {"/T /true ", "  /T true\n", "T /true"},
-        {"/A 1.0/B 0x10/D 1.5e3 ", "  /A 1\n  /B 16\n  /D 1500\n", "A 1 B 16 D 1500"},
-        {"/A 0.000001 /B 0.123456 ", "  /A 0.00000\n  /B 0.12346\n", "A 0 B 0.12346"},
-        {"/CompatibilityLevel 1 ", "  /CompatibilityLevel 1.0\n", "CompatibilityLevel 1"},
-        {"/A (\\)\\061)/B <0 g> ", "  /A (\\)\\061)\n  /B <0 g>\n", "A (\\)\\061) B <0 g>"},
-        {"/A [ 1 2 ] /E [ ] ", "  /A [\n    1\n    2\n  ]\n  /E [\n  ]\n", "A [1 2] E []"},
-        {"/A << >>", "  /A <<\n  >>\n", "A <<>>"},
-    };
-    for (auto const& row : kCases) {
-        std::string const read = "% c\n<<" + std::string(row.fRead) + ">> setalembicorparams\n";
-        EXPECT_EQ(Written(row.fWritten), Rewrite(read)) << read;
-        std::string const written = Rewrite(read + "\n tail");
-        PDFSettings* const settings = NewSettings(written);
-        std::string const again = row.fReadAgain + std::string(" AlembicorData AlembicorData");
-        EXPECT_EQ("<<" + again + "{tail}>>", Describe(settings)) << read;
-        Release(settings);
-    }
-    // The empty dictionary takes the key behind it, and the text never ends as it should.
-    EXPECT_EQ(nullptr, NewSettings(WriteNotation("<A < > B 1>")));
-}
-
 TEST_F(JoboptionsWriter, GivesNoErrorForAValueThatItCannotWrite) {
     struct {
         char const* fNotation; // the settings, to which a value of no known kind is added under X
@@ -233,22 +205,6 @@ TEST_F(JoboptionsWriter, WritesBinaryDataWithAllItsBytes) {
     PutBinData(dict, "AlembicorData", "AlembicorData", "");
     EXPECT_EQ(entries, WriteDict(dict));
     Release(dict);
-}
-
-TEST_F(JoboptionsWriter, IndentsEveryLevel) {
-    constexpr unsigned long kLevels = 30;
-    std::string notation;
-    std::string expected = "  /A [\n";
-    std::string closing;
-    for (unsigned long level = 1; level < kLevels; ++level) {
-        notation += "[ ";
-        expected += std::string(2 * level + 2, ' ') + "[\n";
-        closing.insert(0, std::string(2 * level + 2, ' ') + "]\n");
-    }
-    expected += std::string(2 * kLevels + 2, ' ') + "1\n" + closing + "  ]\n";
-    EXPECT_EQ(
-        Written(expected),
-        WriteNotation("<A [ " + notation + "1" + std::string(kLevels, ']') + ">"));
 }
 
 // A boolean whose line fails once is written as a name, which is the same value.

@@ -2,7 +2,6 @@
 #pragma once
 
 #include "tests/support/EnvironmentVariable.h"
-#include "tests/support/ExpectedLeaks.h"
 #include "tests/support/PropertyList.h"
 #include "tests/support/Settings.h"
 #include "tests/support/TemporaryFolder.h"
@@ -16,19 +15,9 @@ namespace support {
 struct Resource {
     unsigned long (*fCount)();
     void (*fFail)(unsigned long n, bool andAllLater);
+    // Goes before each call.
+    void (*fPrepare)() = [] {};
 };
-
-inline constexpr Resource kAllocations{
-    [] { return bibrt::CountAllocations(); },
-    [](unsigned long n, bool andAllLater) {
-        n == 0 ? bibrt::ResetFailures() : bibrt::FailAllocation(n, andAllLater);
-    }};
-
-inline constexpr Resource kStreams{
-    [] { return bibrt::CountStreamOperations(); },
-    [](unsigned long n, bool andAllLater) {
-        n == 0 ? bibrt::ResetFailures() : bibrt::FailStreamOperation(n, andAllLater);
-    }};
 
 enum class Reports { kNone, kOne, kAny };
 
@@ -48,13 +37,6 @@ struct Swept {
     int fFaults = 0;   // something failed while the call ran
     int fFailures = 0; // the call failed
     int fLeaks = 0;    // something was left alive
-};
-
-// Settings with what is expected as their text, and what comes of a text that cannot be made.
-struct Written {
-    PDFSettings* fSettings;
-    std::string fWhole;
-    std::string fFailed;
 };
 
 // Has settings, a file "a" of the same content, and two files in the user's settings folder.
@@ -87,7 +69,7 @@ protected:
     // Makes each use of a resource in a call fail: the settings stay as they are, the reports say
     // what the result says, and the next call succeeds.
     Swept Sweep(Resource const& resource, Call const& call) {
-        EXPECT_TRUE(Do(call)) << testing::PrintToString(fLog.fMessages);
+        EXPECT_TRUE(Do(resource, call)) << testing::PrintToString(fLog.fMessages);
         Swept swept;
         for (bool const andAllLater : {false, true}) {
             fIsLasting = andAllLater;
@@ -122,75 +104,6 @@ protected:
         }};
     }
 
-    // The calls that leave the settings as they are.
-    template <class Check>
-    void CheckReadingCalls(Check check) {
-        auto* const refused = NewValue<POSDict>("< A (no number) >");
-        auto* const same = NewValue<POSDict>("< A 1 >");
-        check(Giving([&] { return fIsPDFSettingsValid(fSettings); }));
-        check(Giving([&] { return fSetSettings(fSettings, refused); }));
-        check(Giving([&] { return fSetSettings(fSettings, same); }));
-        Release(refused);
-        Release(same);
-    }
-
-    // The calls that make settings. Where only their container fails, the object that was to go
-    // into it cannot be freed.
-    template <class Check>
-    void CheckMakingCalls(Check check) {
-        ExpectedLeaks const leaks;
-        fIsLeaky = true;
-        BIBPositionableStream* const stream = NewStream(kText);
-        auto* const dict = NewValue<POSDict>("< A 1 >");
-        check(Giving([&] { return fNewFromStream(stream, kSchema); }));
-        check(Giving([&] { return fNewFromDict(dict, kSchema); }));
-        check(Giving([&] { return fNewFromFile(fPath, kSchema); }));
-        Release(dict);
-        Release(stream);
-    }
-
-    // A call that changes settings: all or nothing.
-    template <class Check>
-    void CheckChangingCall(Check check) {
-        auto* const changes = NewValue<POSDict>("< A 2 B [ ] New x >");
-        PDFSettings* settings = nullptr;
-        auto const set = [&](auto const& endFaults) {
-            POSArray* const errors = fSetSettings(settings, changes);
-            endFaults();
-            AddRef(errors);
-            Release(errors);
-            EXPECT_EQ(errors != nullptr, Text(settings) != fBefore);
-            Release(settings);
-            return errors != nullptr;
-        };
-        check(Call{set, [&] { settings = NewSettings(kText, kSchema); }});
-        Release(changes);
-    }
-
-    // The calls that write settings, with a tail of their own and without. The writer keeps quiet
-    // where its text cannot be made: then the text is one that stands for that, and never a part.
-    template <class Check>
-    void CheckWritingCalls(Check check) {
-        PDFSettings* const plain = NewSettings("<</A 1 /B << /C (y) >> >>setalembicorparams");
-        for (Written const& written :
-             {Written{fSettings, fBefore, ""},
-              Written{plain, Text(plain), "<<\r\n>> setpagedevice\r\n"}}) {
-            check(Call{[&](auto const& endFaults) {
-                BIBPositionableStream* const stream = fGetJobOptionsData(written.fSettings);
-                endFaults();
-                std::string const text = stream == nullptr ? "" : ReadAll(stream);
-                EXPECT_TRUE(text == written.fWhole || text == written.fFailed || stream == nullptr)
-                    << text;
-                return stream != nullptr;
-            }});
-            check(Writing(written.fSettings, [&](bool isDone, std::string const& bytes) {
-                EXPECT_TRUE(bytes == written.fWhole || bytes == (isDone ? written.fFailed : "old"))
-                    << bytes;
-            }));
-        }
-        Release(plain);
-    }
-
     // A call that writes settings into the file "a", which holds "old" before; check gets
     // whether it succeeded and what the file holds, "(gone)" without one. Its failures are reported
     // by its result.
@@ -208,7 +121,7 @@ protected:
     }
 
     // A call for the user's folder, which an empty path stands for where it cannot be found out.
-    Call GettingFolder(Reports reports) const {
+    Call GettingFolder() const {
         auto const get = [this](auto const& endFaults) {
             BIBSharedBuffer* const folder = fGetFolder();
             endFaults();
@@ -216,7 +129,7 @@ protected:
             EXPECT_TRUE(path.empty() || path == fUserFolder) << path;
             return !path.empty();
         };
-        return {get, [] {}, reports};
+        return {get, [] {}, Reports::kAny};
     }
 
     // A call for the list of settings files, which gets shorter where something fails.
@@ -227,6 +140,13 @@ protected:
             AddRef(list);
             unsigned long const count = list == nullptr ? 0 : fRuntime.Arrays().Count(list);
             EXPECT_LE(count, 2U);
+            for (unsigned long i = 0; i < count; ++i) {
+                auto* const record = reinterpret_cast<POSDict*>(fRuntime.Arrays().GetAt(list, i));
+                for (char const* const key :
+                     {"SettingsName", "FullFilePath", "ReadOnly", "ModDate"}) {
+                    EXPECT_NE(nullptr, fRuntime.Get(record, key)) << key;
+                }
+            }
             Release(list);
             return count == 2;
         };
@@ -284,6 +204,7 @@ protected:
     std::string fBefore;
     std::string fUserFolder;
     bool fIsLasting = false; // all later uses fail too
+    bool fIsLeaky = false;   // what is left at the end is permitted
     PDFSettingsNewFromFileProc fNewFromFile = nullptr;
     PDFSettingsIsDirtyProc fIsDirty = nullptr;
     PDFSettingsWriteProc fWrite = nullptr;
@@ -291,8 +212,9 @@ protected:
     PDFSettingsGetListofPDFSettingsProc fGetList = nullptr;
 
 private:
-    static bool Do(Call const& call) {
+    static bool Do(Resource const& resource, Call const& call) {
         call.fPrepare();
+        resource.fPrepare();
         return call.fWork([] {});
     }
 
@@ -305,6 +227,7 @@ private:
         Swept& swept) {
         bibrt::LiveCounts const live = bibrt::CountLive();
         call.fPrepare();
+        resource.fPrepare();
         fLog.fMessages.clear();
         unsigned long const start = resource.fCount();
         unsigned long end = start;
@@ -323,11 +246,9 @@ private:
         swept.fFaults += end - start >= n ? 1 : 0;
         swept.fFailures += isDone ? 0 : 1;
         swept.fLeaks += live == bibrt::CountLive() ? 0 : 1;
-        EXPECT_TRUE(Do(call)) << n;
+        EXPECT_TRUE(Do(resource, call)) << n;
         return end - start >= n;
     }
-
-    bool fIsLeaky = false; // what is left at the end is permitted
 };
 
 } // namespace support

@@ -2,6 +2,7 @@
 
 #include "runtime/objects/FailurePoint.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <csignal>
@@ -10,6 +11,7 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <pwd.h>
+#include <sys/auxv.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -19,6 +21,8 @@ namespace {
 
 bibrt::FailurePoint gFaults;
 std::atomic<bool> gStopsBeforeWriting = false;
+bool gHindersTransfers = false;
+bool gHasRaisedRights = false;
 std::string gHome; // in the password database
 
 // The call that this one wraps.
@@ -35,6 +39,20 @@ bool Fails() {
     return fails;
 }
 
+template <class Transfer, class Bytes>
+ssize_t Move(Transfer transfer, int file, Bytes* bytes, size_t size) {
+    constexpr size_t kMost = 2;
+    static unsigned long calls = 0;
+    if (!gHindersTransfers) {
+        return transfer(file, bytes, size);
+    }
+    if (++calls % 2 == 1) {
+        errno = EINTR;
+        return -1;
+    }
+    return transfer(file, bytes, std::min(size, kMost));
+}
+
 } // namespace
 
 unsigned long CountSystemCalls() {
@@ -49,6 +67,14 @@ void StopBeforeWriting() {
     gStopsBeforeWriting = true;
 }
 
+void HinderTransfers(bool areHindered) {
+    gHindersTransfers = areHindered;
+}
+
+void SetRaisedRights(bool areRaised) {
+    gHasRaisedRights = areRaised;
+}
+
 void SetHomeInDatabase(std::string home) {
     gHome = std::move(home);
 }
@@ -59,11 +85,31 @@ using support::Fails;
 using support::gHome;
 using support::Next;
 
+// Replaces a call with the parameters ..., which gives failure where it fails and passes on what is
+// in brackets elsewhere.
+#define SUPPORT_REPLACE(result, call, failure, arguments, ...) \
+    result call(__VA_ARGS__) noexcept { \
+        return Fails() ? failure : Next(&call, #call) arguments; \
+    }
+
 // The program exports these, so that they replace the system calls for every library.
 #pragma GCC visibility push(default)
 extern "C" {
 
 // NOLINTBEGIN(readability-inconsistent-declaration-parameter-name): the system's are reserved
+// clang-format off
+SUPPORT_REPLACE(off_t, lseek, -1, (file, offset, origin), int file, off_t offset, int origin)
+SUPPORT_REPLACE(int, fstat, -1, (file, status), int file, struct stat* status)
+SUPPORT_REPLACE(int, fstatat, -1, (folder, path, status, flags),
+    int folder, char const* path, struct stat* status, int flags)
+SUPPORT_REPLACE(int, statx, -1, (folder, path, flags, wanted, status),
+    int folder, char const* path, int flags, unsigned int wanted, struct statx* status)
+SUPPORT_REPLACE(int, mkdir, -1, (path, mode), char const* path, mode_t mode)
+SUPPORT_REPLACE(int, unlink, -1, (path), char const* path)
+SUPPORT_REPLACE(int, unlinkat, -1, (folder, path, flags), int folder, char const* path, int flags)
+SUPPORT_REPLACE(char*, getcwd, nullptr, (buffer, size), char* buffer, size_t size)
+// clang-format on
+
 int open(char const* path, int flags, ...) {
     va_list arguments;
     va_start(arguments, flags);
@@ -85,48 +131,19 @@ int close(int file) {
     return Fails() ? -1 : result;
 }
 
-ssize_t read(int file, void* buffer, size_t size) {
-    return Fails() ? -1 : Next(&read, "read")(file, buffer, size);
+ssize_t read(int file, void* bytes, size_t size) {
+    return Fails() ? -1 : support::Move(Next(&read, "read"), file, bytes, size);
 }
 
-ssize_t write(int file, void const* buffer, size_t size) {
+ssize_t write(int file, void const* bytes, size_t size) {
     if (support::gStopsBeforeWriting.exchange(false)) {
         raise(SIGSTOP);
     }
-    return Fails() ? -1 : Next(&write, "write")(file, buffer, size);
+    return Fails() ? -1 : support::Move(Next(&write, "write"), file, bytes, size);
 }
 
-off_t lseek(int file, off_t offset, int origin) noexcept {
-    return Fails() ? -1 : Next(&lseek, "lseek")(file, offset, origin);
-}
-
-int fstat(int file, struct stat* status) noexcept {
-    return Fails() ? -1 : Next(&fstat, "fstat")(file, status);
-}
-
-int fstatat(int folder, char const* path, struct stat* status, int flags) noexcept {
-    return Fails() ? -1 : Next(&fstatat, "fstatat")(folder, path, status, flags);
-}
-
-int statx(
-    int folder, char const* path, int flags, unsigned int wanted, struct statx* status) noexcept {
-    return Fails() ? -1 : Next(&statx, "statx")(folder, path, flags, wanted, status);
-}
-
-int mkdir(char const* path, mode_t mode) noexcept {
-    return Fails() ? -1 : Next(&mkdir, "mkdir")(path, mode);
-}
-
-int unlink(char const* path) noexcept {
-    return Fails() ? -1 : Next(&unlink, "unlink")(path);
-}
-
-int unlinkat(int folder, char const* path, int flags) noexcept {
-    return Fails() ? -1 : Next(&unlinkat, "unlinkat")(folder, path, flags);
-}
-
-char* getcwd(char* buffer, size_t size) noexcept {
-    return Fails() ? nullptr : Next(&getcwd, "getcwd")(buffer, size);
+unsigned long getauxval(unsigned long type) noexcept {
+    return type == AT_SECURE && support::gHasRaisedRights ? 1 : Next(&getauxval, "getauxval")(type);
 }
 
 int getpwuid_r(uid_t user, passwd* entry, char* buffer, size_t size, passwd** result) {

@@ -15,6 +15,13 @@ void FailSystemCall(unsigned long n, bool andAllLater);
 // Stops the process, as by SIGSTOP, right before it writes next.
 void StopBeforeWriting();
 
+// From now on every second call that reads or writes is interrupted by a signal, and the others
+// move two bytes at most; or all is as usual again.
+void HinderTransfers(bool areHindered);
+
+// Lets the program look as if it ran with raised rights (a set-user-ID program), or not.
+void SetRaisedRights(bool areRaised);
+
 // The home that the password database gives for every user; that of the system where it is empty.
 void SetHomeInDatabase(std::string home);
 

@@ -1,7 +1,7 @@
 #include "platform/FileManager.h"
 
+#include "tests/support/SystemFaults.h"
 #include "tests/support/TemporaryFolder.h"
-#include "tests/unit/TransferDouble.h"
 
 #include <climits>
 #include <csignal>
@@ -229,13 +229,12 @@ TEST_F(FileManager, MovesAllBytesOrFails) {
     EXPECT_EQ(noErr, FSReadFork(fork, fsFromLEOF, 0, 0, nullptr, nullptr));
     EXPECT_EQ(noErr, FSReadFork(fork, fsFromLEOF, -1, 1, bytes, &count));
     EXPECT_EQ('9', bytes[0]);
-    {
-        support::TransferDouble const slow;
-        EXPECT_EQ(noErr, FSWriteFork(fork, fsFromLEOF, 0, 3, "abc", &count));
-        EXPECT_EQ(3U, count);
-        EXPECT_EQ(noErr, FSReadFork(fork, fsFromStart, 8, 5, bytes, &count));
-        EXPECT_EQ("89abc", std::string(bytes, 5));
-    }
+    support::HinderTransfers(/*areHindered=*/true);
+    EXPECT_EQ(noErr, FSWriteFork(fork, fsFromLEOF, 0, 3, "abc", &count));
+    EXPECT_EQ(3U, count);
+    EXPECT_EQ(noErr, FSReadFork(fork, fsFromStart, 8, 5, bytes, &count));
+    EXPECT_EQ("89abc", std::string(bytes, 5));
+    support::HinderTransfers(/*areHindered=*/false);
     EXPECT_EQ(FD_CLOEXEC, fcntl(fork, F_GETFD));
     EXPECT_EQ(paramErr, FSSetForkPosition(fork, 7, 0));
     EXPECT_EQ(paramErr, FSSetForkPosition(fork, fsFromStart, -1));

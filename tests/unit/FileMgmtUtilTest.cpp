@@ -129,24 +129,4 @@ TEST_F(FolderUtilities, FindThePreferencesOfUserAndMachine) {
     EXPECT_EQ(fnfErr, FSFindFolder(0, kPreferencesFolderType, kCreateFolder, &ref));
 }
 
-TEST_F(FolderUtilities, StampFilesByTheirContentModification) {
-    std::string const file = fFolder.Make("a", "");
-    TimeStamp const stamp = GetTimeStamp(PathOf(file));
-    EXPECT_TRUE(AreTimeStampsEqual(stamp, GetTimeStamp(PathOf(file))));
-    EXPECT_FALSE(AreTimeStampsEqual(stamp, TimeStamp(0)));
-    EXPECT_TRUE(AreTimeStampsEqual(TimeStamp(0), TimeStamp(0)));
-    EXPECT_EQ("FileMgmtUtil::GetTimeStamp FSPathMakeRef failed", WhatItThrows([&] {
-                  GetTimeStamp(PathOf(file + "x"));
-              }));
-}
-
-TEST(UnitSearch, FindsTheFirstPlaceBeforeTheTerminator) {
-    unsigned short const text[] = {'a', '/', 'b', '/', 0, '/', 0};
-    EXPECT_EQ(text + 1, my_wcschr(text, '/'));
-    EXPECT_EQ(text + 3, my_wcschr(text + 2, '/'));
-    EXPECT_EQ(nullptr, my_wcschr(text + 4, '/'));
-    EXPECT_EQ(nullptr, my_wcschr(text, 'c'));
-    EXPECT_EQ(nullptr, my_wcschr(text, 0));
-}
-
 } // namespace FileMgmtUtil

@@ -115,36 +115,4 @@ TEST_F(UnicodeEncodingValue, BridgesTo16BitStrings) {
     EXPECT_EQ(u"ab", Plain(Unicode16FromCPOSUnicodeString(string)));
 }
 
-TEST(CFString, MeasuresWritesAndStopsAtTheEndOfTheBuffer) {
-    UInt8 const text[] = {'a', 0xC3, 0xA4, 'b'};
-    UnicodeEncoding_AutoCFRelease<CFStringRef> const string(
-        CFStringCreateWithBytes(kCFAllocatorDefault, text, 4, kCFStringEncodingUTF8, 0),
-        /*retain=*/false);
-    UnicodeEncoding_AutoCFRelease<CFStringRef> const retained(string, /*retain=*/true);
-    EXPECT_EQ(3, CFStringGetLength(retained));
-    UInt8 bytes[8] = {};
-    struct {
-        CFRange fRange;
-        CFStringEncoding fEncoding;
-        UInt8* fBuffer;
-        CFIndex fSize;
-        CFIndex fConverted;
-        CFIndex fUsed;
-    } const kCases[] = {
-        {{0, 3}, kCFStringEncodingUTF8, nullptr, 0, 3, 4},
-        {{0, 3}, kCFStringEncodingUTF8, bytes, 2, 1, 1},
-        {{1, 99}, kCFStringEncodingUnicode, bytes, 8, 2, 4},
-    };
-    for (auto const& row : kCases) {
-        CFIndex used = 0;
-        EXPECT_EQ(
-            row.fConverted,
-            CFStringGetBytes(
-                string, row.fRange, row.fEncoding, 0, 0, row.fBuffer, row.fSize, &used));
-        EXPECT_EQ(row.fUsed, used);
-    }
-    EXPECT_EQ(0, CFStringGetBytes(string, {0, 3}, 7, 0, 0, bytes, 8, nullptr));
-    EXPECT_EQ(nullptr, CFStringCreateWithBytes(kCFAllocatorDefault, text, 4, 7, 0));
-}
-
 } // namespace UnicodeEncodingNS
