@@ -89,9 +89,9 @@ TEST_F(Faults, MakeNoSettings) {
 TEST_F(Faults, MakeNoSettingsFromFilesOfTheCurrentFolder) {
     std::filesystem::path const before = std::filesystem::current_path();
     std::filesystem::current_path(fFolder.Path());
-    BIBSharedBuffer* const path = NewBuffer(u"a");
+    BIBSharedBuffer* const path = NewPath(u"a");
     ExpectCleanFailures(kSystem, Giving([&] { return fNewFromFile(path, kSchema); }));
-    fBuffers.Release(path);
+    fRuntime.Buffers().Release(path);
     std::filesystem::current_path(before);
 }
 

@@ -79,24 +79,14 @@ bool SetTime(std::string const& path, timespec time) {
 
 class Files : public SettingsTest {
 protected:
-    Files() {
-        Find(fNewFromFile, "NewFromFile", "PDFSettingsNewFromFileProc");
-        Find(fIsDirty, "IsDirty", "PDFSettingsIsDirtyProc");
-        Find(fWrite, "Write", "PDFSettingsWriteProc");
-    }
     ~Files() override { EXPECT_EQ(fDescriptors, CountDescriptors()); }
 
     // Calls use with a buffer of the units of path.
     template <class Use>
     auto WithPath(std::u16string const& path, Use use) const {
-        auto const& buffers = fRuntime.Buffers();
-        unsigned long const size = path.size() * sizeof(char16_t);
-        BIBSharedBuffer* const buffer = buffers.NewBuffer(size, nullptr, nullptr, nullptr, nullptr);
-        if (size != 0) {
-            std::memcpy(buffers.GetBuffer(buffer), path.data(), size);
-        }
+        BIBSharedBuffer* const buffer = NewPath(path);
         auto const result = use(buffer);
-        buffers.Release(buffer);
+        fRuntime.Buffers().Release(buffer);
         return result;
     }
 
@@ -134,9 +124,6 @@ protected:
 
     TemporaryFolder fFolder;
     long fDescriptors = CountDescriptors();
-    PDFSettingsNewFromFileProc fNewFromFile = nullptr;
-    PDFSettingsIsDirtyProc fIsDirty = nullptr;
-    PDFSettingsWriteProc fWrite = nullptr;
 };
 
 TEST_F(Files, AreWatchedOnceTheyAreOpened) {

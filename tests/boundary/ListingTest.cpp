@@ -41,8 +41,6 @@ protected:
             GTEST_SKIP() << "the administrator's folders are real ones";
         }
         ClearAdminFolders();
-        FindStatic(fGetFolder, "GetDefaultPDFSettingsDirectory");
-        FindStatic(fGetList, "GetListofPDFSettings");
     }
 
     void TearDown() override {
@@ -50,13 +48,6 @@ protected:
             ClearAdminFolders();
         }
         EXPECT_EQ(fDescriptors, CountDescriptors());
-    }
-
-    template <class Proc>
-    static void FindStatic(Proc& proc, std::string const& name) {
-        proc = reinterpret_cast<Proc>(BIBRuntimeLookup(
-            "PDFSettingsStatics", name.c_str(), ("PDFSettings" + name + "Proc").c_str()));
-        ASSERT_NE(nullptr, proc) << name;
     }
 
     std::filesystem::path UserFolder() const { return fFolder.Path() / "data" / kSettings; }
@@ -103,22 +94,10 @@ protected:
         }
     }
 
-    // The user's settings folder as the component gives it, with mark and zero.
-    std::u16string FolderUnits() const {
-        auto const& buffers = fRuntime.Buffers();
-        BIBSharedBuffer* const buffer = fGetFolder();
-        auto const* const units = static_cast<char16_t const*>(buffers.GetBuffer(buffer));
-        std::u16string const text(units, buffers.GetSize(buffer) / sizeof(char16_t));
-        buffers.Release(buffer);
-        return text;
-    }
-
     TemporaryFolder fFolder{support::OwnPlace()};
     EnvironmentVariable fData{"XDG_DATA_HOME", (fFolder / "data").c_str()};
     EnvironmentVariable fConfig{"XDG_CONFIG_HOME", (fFolder / kConfig).c_str()};
     long fDescriptors = CountDescriptors();
-    PDFSettingsGetDefaultPDFSettingsDirectoryProc fGetFolder = nullptr;
-    PDFSettingsGetListofPDFSettingsProc fGetList = nullptr;
 };
 
 TEST_F(Listing, IsEmptyWithoutFilesAndMakesTheUsersFolder) {
@@ -127,7 +106,7 @@ TEST_F(Listing, IsEmptyWithoutFilesAndMakesTheUsersFolder) {
     EXPECT_FALSE(std::filesystem::exists(AdminFolder()));
     std::u16string expected = u"\uFEFF" + UserFolder().u16string();
     expected.push_back(0);
-    EXPECT_EQ(expected, FolderUnits());
+    EXPECT_EQ(expected, TakePath(fGetFolder()));
 }
 
 TEST_F(Listing, HasEveryFileOnceByItsName) {
@@ -281,7 +260,7 @@ TEST_F(Listing, LooksWherePreferencesLead) {
     EXPECT_TRUE(std::filesystem::is_directory(user));
     EXPECT_FALSE(std::filesystem::exists(admin));
     std::u16string const marked = u"\uFEFF" + std::filesystem::path(user).u16string() + u"/";
-    EXPECT_EQ(marked + std::u16string(1, u'\0'), FolderUnits());
+    EXPECT_EQ(marked + std::u16string(1, u'\0'), TakePath(fGetFolder()));
     WriteBytes(user + "/u.joboptions", "");
     WriteBytes(admin + "/a.joboptions", "");
     EXPECT_EQ(
@@ -293,7 +272,7 @@ TEST_F(Listing, LooksWherePreferencesLead) {
     WriteAdminList(PropertyList(StringEntry("PDFSettingsPath", "")));
     EXPECT_TRUE(List().empty());
     std::u16string const nothing{u'\uFEFF', u'\0'};
-    EXPECT_EQ(nothing, FolderUnits());
+    EXPECT_EQ(nothing, TakePath(fGetFolder()));
 }
 
 TEST_F(Listing, TellsWhenAFileChanged) {

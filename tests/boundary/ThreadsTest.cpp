@@ -22,11 +22,11 @@ protected:
         PDFSettings* const shared = fNewFromDict(fGetSettings(settings), kSchema);
         Use(shared);
         Release(fGetSettings(settings));
-        BIBSharedBuffer* const path = NewPath(name);
+        BIBSharedBuffer* const path = NewPath((fFolder.Path() / name).u16string());
         EXPECT_EQ(nullptr, fWrite(settings, path));
         EXPECT_EQ(0, fIsDirty(settings));
         Use(fNewFromFile(path, kSchema));
-        fBuffers.Release(path);
+        fRuntime.Buffers().Release(path);
         Release(settings);
     }
 

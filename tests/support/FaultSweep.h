@@ -43,21 +43,16 @@ struct Swept {
 class FaultSweepTest : public SettingsTest {
 protected:
     explicit FaultSweepTest(BIBLookupProc lookup = &BIBRuntimeLookup) : SettingsTest(lookup) {
-        Find(fNewFromFile, "NewFromFile", "PDFSettingsNewFromFileProc");
-        Find(fIsDirty, "IsDirty", "PDFSettingsIsDirtyProc");
-        Find(fWrite, "Write", "PDFSettingsWriteProc");
-        FindStatic(fGetFolder, "GetDefaultPDFSettingsDirectory");
-        FindStatic(fGetList, "GetListofPDFSettings");
         fFolder.Make("a", kText);
         fSettings = NewSettings(kText, kSchema);
         fBefore = Text(fSettings);
-        fPath = NewPath("a");
+        fPath = NewPath((fFolder.Path() / "a").u16string());
         fUserFolder = ReadPath(fGetFolder());
         WriteBytes(fUserFolder + "/one.joboptions", kText);
         WriteBytes(fUserFolder + "/two.joboptions", kText);
     }
     ~FaultSweepTest() override {
-        fBuffers.Release(fPath);
+        fRuntime.Buffers().Release(fPath);
         Release(fSettings);
         EXPECT_EQ(fDescriptors, CountDescriptors());
         if (fIsLeaky) {
@@ -112,7 +107,7 @@ protected:
         auto const write = [this, settings, check](auto const& endFaults) {
             BIBError* const error = fWrite(settings, fPath);
             endFaults();
-            fErrors.Release(error);
+            fRuntime.Errors().Release(error);
             std::string const file = fFolder / "a";
             check(error == nullptr, std::filesystem::exists(file) ? ReadBytes(file) : "(gone)");
             return error == nullptr;
@@ -155,36 +150,10 @@ protected:
 
     // The path in a buffer, without a mark at its head and a slash at its end. The buffer goes.
     std::string ReadPath(BIBSharedBuffer* buffer) const {
-        std::u16string units;
-        if (buffer != nullptr) {
-            units.assign(
-                static_cast<char16_t const*>(fBuffers.GetBuffer(buffer)),
-                fBuffers.GetSize(buffer) / sizeof(char16_t));
-            std::erase_if(units, [](char16_t unit) { return unit == 0 || unit == 0xFEFF; });
-        }
-        fBuffers.Release(buffer);
+        std::u16string units = TakePath(buffer);
+        std::erase_if(units, [](char16_t unit) { return unit == 0 || unit == 0xFEFF; });
         std::string const path = std::filesystem::path(units).string();
         return path.empty() || path.back() != '/' ? path : path.substr(0, path.size() - 1);
-    }
-
-    // Makes a buffer for the path of a file in the folder.
-    BIBSharedBuffer* NewPath(std::string const& name) const {
-        return NewBuffer((fFolder.Path() / name).u16string());
-    }
-
-    BIBSharedBuffer* NewBuffer(std::u16string const& units) const {
-        unsigned long const size = units.size() * sizeof(char16_t);
-        BIBSharedBuffer* const buffer =
-            fBuffers.NewBuffer(size, nullptr, nullptr, nullptr, nullptr);
-        std::memcpy(fBuffers.GetBuffer(buffer), units.data(), size);
-        return buffer;
-    }
-
-    template <class Proc>
-    static void FindStatic(Proc& proc, std::string const& name) {
-        proc = reinterpret_cast<Proc>(BIBRuntimeLookup(
-            "PDFSettingsStatics", name.c_str(), ("PDFSettings" + name + "Proc").c_str()));
-        EXPECT_NE(nullptr, proc) << name;
     }
 
     static constexpr char kText[] =
@@ -193,8 +162,6 @@ protected:
         "< PDFSettings < A number optional < B array C dictionary > > >";
 
     long fDescriptors = CountDescriptors();
-    _t_BIBSharedBuffInterface fBuffers = fRuntime.Buffers();
-    _t_BIBErrorInterface fErrors = fRuntime.Errors();
     TemporaryFolder fFolder;
     EnvironmentVariable fHome{"HOME", fFolder.Path().c_str()};
     EnvironmentVariable fData{"XDG_DATA_HOME", nullptr};
@@ -205,11 +172,6 @@ protected:
     std::string fUserFolder;
     bool fIsLasting = false; // all later uses fail too
     bool fIsLeaky = false;   // what is left at the end is permitted
-    PDFSettingsNewFromFileProc fNewFromFile = nullptr;
-    PDFSettingsIsDirtyProc fIsDirty = nullptr;
-    PDFSettingsWriteProc fWrite = nullptr;
-    PDFSettingsGetDefaultPDFSettingsDirectoryProc fGetFolder = nullptr;
-    PDFSettingsGetListofPDFSettingsProc fGetList = nullptr;
 
 private:
     static bool Do(Resource const& resource, Call const& call) {

@@ -2,6 +2,7 @@
 // mistakes. The same ones in each run.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <random>
 #include <string>
@@ -28,49 +29,19 @@ private:
     std::size_t Below(std::size_t end) { return fRandom() % end; }
 
     std::string Piece() {
-        static std::string const kPieces[] = {
-            "<<",
-            ">>",
-            "/A",
-            "/B 1 ",
-            "/C (x) ",
-            "/",
-            "[",
-            "]",
-            "(",
-            ")",
-            "\\",
-            "<",
-            ">",
-            "true ",
-            "-",
-            "010",
-            "1e5",
-            "1.0e5",
-            ".5",
-            "%",
-            "\n",
-            "\r\n",
-            " ",
-            "x",
-            "{",
-            "\f",
-            "+1 ",
-            "<FE>",
-            "/D [ 1 2 ] ",
-            "/E << /F 1 >> ",
-            "<< >>",
-            "-inf.0",
-            "0x1F",
-            "9.5 ",
-            "false",
-            "\t",
-            "\xE9",
-            "setalembicorparams",
-            std::string(1, '\0'),
-            "/" + std::string(255, 'n') + " ",
-            "/" + std::string(256, 'n') + " "};
-        return kPieces[Below(std::size(kPieces))];
+        static std::string const kPieces =
+            "<<~>>~/A~/B 1 ~/C (x) ~/~[~]~(~)~\\~<~>~true ~-~010~1e5~1.0e5~.5~%~\n~\r\n~ ~x~{~\f~"
+            "+1 ~<FE>~/D [ 1 2 ] ~/E << /F 1 >> ~<< >>~-inf.0~0x1F~9.5 ~false~\t~\xE9~"
+            "setalembicorparams~" +
+            std::string(1, '\0') + "~/" + std::string(255, 'n') + " ~/" + std::string(256, 'n') +
+            " ~";
+        static auto const kCount =
+            static_cast<std::size_t>(std::count(kPieces.begin(), kPieces.end(), '~'));
+        std::size_t first = 0;
+        for (std::size_t piece = Below(kCount); piece > 0; --piece) {
+            first = kPieces.find('~', first) + 1;
+        }
+        return kPieces.substr(first, kPieces.find('~', first) - first);
     }
 
     std::string Pieces() {

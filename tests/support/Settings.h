@@ -8,7 +8,7 @@
 #include "tests/support/Describe.h"
 #include "tests/support/ErrorLog.h"
 
-#include <cstring>
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <string>
 #include <string_view>
@@ -21,12 +21,17 @@ protected:
     explicit SettingsTest(BIBLookupProc lookup = &BIBRuntimeLookup) {
         EXPECT_TRUE(fComponent.IsLoaded());
         EXPECT_EQ(1, fComponent.Initialize(lookup));
-        Find(fNewFromStream, "NewFromStream", "PDFSettingsNewFromStreamProc");
-        Find(fNewFromDict, "NewFromDict", "PDFSettingsNewFromDictProc");
-        Find(fGetJobOptionsData, "GetJobOptionsData", "PDFSettingsGetJobOptionsDataProc");
-        Find(fGetSettings, "GetSettings", "PDFSettingsGetSettingsProc");
-        Find(fSetSettings, "SetSettings", "PDFSettingsSetSettingsProc");
-        Find(fIsPDFSettingsValid, "IsPDFSettingsValid", "PDFSettingsIsPDFSettingsValidProc");
+        Find(fNewFromStream, "NewFromStream");
+        Find(fNewFromDict, "NewFromDict");
+        Find(fNewFromFile, "NewFromFile");
+        Find(fGetJobOptionsData, "GetJobOptionsData");
+        Find(fGetSettings, "GetSettings");
+        Find(fSetSettings, "SetSettings");
+        Find(fIsPDFSettingsValid, "IsPDFSettingsValid");
+        Find(fIsDirty, "IsDirty");
+        Find(fWrite, "Write");
+        Find(fGetFolder, "GetDefaultPDFSettingsDirectory", "PDFSettingsStatics");
+        Find(fGetList, "GetListofPDFSettings", "PDFSettingsStatics");
     }
 
     ~SettingsTest() override {
@@ -101,10 +106,34 @@ protected:
         fRuntime.Containers().Release(reinterpret_cast<BIBContainer*>(container));
     }
 
+    // A buffer of the units of a path.
+    BIBSharedBuffer* NewPath(std::u16string const& path) const {
+        unsigned long const size = path.size() * sizeof(char16_t);
+        BIBSharedBuffer* const buffer =
+            fRuntime.Buffers().NewBuffer(size, nullptr, nullptr, nullptr, nullptr);
+        std::copy(
+            path.begin(), path.end(), static_cast<char16_t*>(fRuntime.Buffers().GetBuffer(buffer)));
+        return buffer;
+    }
+
+    // The units of a path, and no buffer any more. Empty for null.
+    std::u16string TakePath(BIBSharedBuffer* buffer) const {
+        std::u16string path;
+        if (buffer != nullptr) {
+            path.assign(
+                static_cast<char16_t const*>(fRuntime.Buffers().GetBuffer(buffer)),
+                fRuntime.Buffers().GetSize(buffer) / sizeof(char16_t));
+        }
+        fRuntime.Buffers().Release(buffer);
+        return path;
+    }
+
     // Stores the component's procedure of that name.
     template <class Proc>
-    static void Find(Proc& proc, char const* name, char const* type) {
-        proc = reinterpret_cast<Proc>(BIBRuntimeLookup("PDFSettingsInterface", name, type));
+    static void
+    Find(Proc& proc, std::string const& name, char const* table = "PDFSettingsInterface") {
+        std::string const type = "PDFSettings" + name + "Proc";
+        proc = reinterpret_cast<Proc>(BIBRuntimeLookup(table, name.c_str(), type.c_str()));
         EXPECT_NE(nullptr, proc) << name;
     }
 
@@ -118,6 +147,11 @@ protected:
     PDFSettingsGetSettingsProc fGetSettings = nullptr;
     PDFSettingsSetSettingsProc fSetSettings = nullptr;
     PDFSettingsIsPDFSettingsValidProc fIsPDFSettingsValid = nullptr;
+    PDFSettingsNewFromFileProc fNewFromFile = nullptr;
+    PDFSettingsIsDirtyProc fIsDirty = nullptr;
+    PDFSettingsWriteProc fWrite = nullptr;
+    PDFSettingsGetDefaultPDFSettingsDirectoryProc fGetFolder = nullptr;
+    PDFSettingsGetListofPDFSettingsProc fGetList = nullptr;
 };
 
 } // namespace support
