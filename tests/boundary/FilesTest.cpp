@@ -264,6 +264,7 @@ TEST_F(Files, ThatCannotBeWrittenLeaveNothingBehind) {
         u"",
         u"name",
         folder + u"/",
+        folder + u"/" + kMark,
         folder + u"/missing/name",
         folder + u"/readonly/name",
         folder + u"/folder",
@@ -334,6 +335,54 @@ TEST_F(Files, AreGoneWhereTheDiskIsFull) {
     EXPECT_EQ("", Write(settings, Wide(file)));
     EXPECT_EQ(kWritten, ReadBytes(file));
     EXPECT_EQ(0, fIsDirty(settings));
+    Release(settings);
+}
+
+TEST_F(Files, AreWrittenAndGoAgainThoughNobodyMayWriteThem) {
+    PDFSettings* const settings = NewSettings(kText);
+    mode_t const before = umask(0777);
+    EXPECT_EQ("", Write(settings, Wide(fFolder / "a")));
+    rlimit whole{};
+    getrlimit(RLIMIT_FSIZE, &whole);
+    rlimit const limit{10, whole.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &limit);
+    EXPECT_EQ("Error 2", Write(settings, Wide(fFolder / "b")));
+    setrlimit(RLIMIT_FSIZE, &whole);
+    umask(before);
+    EXPECT_EQ("a ", fFolder.Names());
+    Release(settings);
+}
+
+TEST_F(Files, BindSettingsAsFarAsTheWritingWent) {
+    PDFSettings* const settings = NewSettings(kText);
+    auto const write = [&](char const* name, unsigned long failing) {
+        FailSystemCall(failing, /*andAllLater=*/false);
+        std::string const error = Write(settings, Wide(fFolder / name));
+        FailSystemCall(0, /*andAllLater=*/false);
+        return error;
+    };
+    unsigned long const start = CountSystemCalls();
+    EXPECT_EQ("", write("one", 0));
+    unsigned long const calls = CountSystemCalls() - start;
+    EXPECT_EQ(0, fIsDirty(settings));
+    // The new file is there, but its stamp is not to be had: the old stamp meets the new path.
+    EXPECT_EQ("FileMgmtUtil::GetTimeStamp FSPathMakeRef failed 7", write("two", calls - 1));
+    EXPECT_EQ("MacOSErr 3", write("three", calls));
+    EXPECT_EQ(kWritten, ReadBytes(fFolder / "three"));
+    SetTime(fFolder / "three", {1000000000, 0});
+    EXPECT_EQ(1, fIsDirty(settings));
+    std::filesystem::last_write_time(
+        fFolder / "three", std::filesystem::last_write_time(fFolder / "one"));
+    EXPECT_EQ(0, fIsDirty(settings));
+    // The stream's failure is no failure of the file.
+    bibrt::FailStreamOperation(1, /*andAllLater=*/true);
+    EXPECT_EQ("PDFSettingsObject::Write 8", write("four", 0));
+    bibrt::ResetFailures();
+    EXPECT_EQ(0, fIsDirty(settings));
+    // A mark at the head of a name is no part of the file's name, but of the path.
+    std::u16string const marked = Wide(fFolder.Path().string() + "/") + kMark + u"unmarked";
+    EXPECT_EQ("FileMgmtUtil::GetTimeStamp FSPathMakeRef failed 7", Write(settings, marked));
+    EXPECT_EQ("one three two unmarked ", fFolder.Names());
     Release(settings);
 }
 

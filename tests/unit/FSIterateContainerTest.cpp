@@ -1,12 +1,31 @@
 #include "external/MoreFilesX/FSIterateContainer.h"
 
 #include "tests/support/TemporaryFolder.h"
-#include "tests/unit/FileServiceDouble.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>
 
 namespace {
+
+// The calls of the file service that the linker leads through here (see --wrap in CMakeLists.txt).
+enum Operation { kOpen, kGetItem, kNone };
+
+// Which call fails, with which code, and whether the service does its work first.
+struct Failure {
+    Operation fOperation = kNone;
+    int fNumber = 0; // of the calls of that operation
+    OSErr fCode = noErr;
+    bool fReachesService = false;
+};
+Failure gFailure;
+int gCalls = 0; // of that operation
+
+template <class Real, class... Arguments>
+OSErr Call(Operation operation, Real real, Arguments... arguments) {
+    bool const fails = operation == gFailure.fOperation && ++gCalls == gFailure.fNumber;
+    OSErr const error = !fails || gFailure.fReachesService ? real(arguments...) : noErr;
+    return fails ? gFailure.fCode : error;
+}
 
 // What a callback saw, as "level name" with a slash behind a folder's name; where it stops.
 struct Visits {
@@ -39,31 +58,57 @@ protected:
         return FSIterateContainer(&folder, maxLevels, 0, 0, 1, &Note, visits);
     }
 
-    // Walks to every depth where the n-th call fails. How many visits there were.
-    std::size_t
-    WalkFailing(unsigned long n, OSErr code, OSErr expected, bool reachesService = false) {
+    // Walks to every depth where a call fails. How many visits there were.
+    std::size_t WalkFailing(Failure const& failure, OSErr expected) const {
+        gFailure = failure;
+        gCalls = 0;
         Visits visits;
-        fService.FailCall(n, code, reachesService);
-        EXPECT_EQ(expected, Walk(&visits, 0)) << n;
+        EXPECT_EQ(expected, Walk(&visits, 0)) << failure.fOperation << " " << failure.fNumber;
+        gFailure = {};
         return visits.fSeen.size();
-    }
-
-    // The number of the n-th call of an operation in a walk without failures.
-    unsigned long NumberOf(char const* operation, unsigned long n) {
-        WalkFailing(0, noErr, noErr);
-        unsigned long number = 0;
-        while (n > 0) {
-            n -= fService.fCalls[number++] == operation ? 1U : 0U;
-        }
-        return number;
     }
 
     support::TemporaryFolder fFolder;
     long fDescriptors = support::CountDescriptors();
-    support::FileServiceDouble fService;
 };
 
 } // namespace
+
+extern "C" {
+
+decltype(FSOpenIterator) __real_FSOpenIterator;
+decltype(FSGetCatalogInfoBulk) __real_FSGetCatalogInfoBulk;
+
+OSErr __wrap_FSOpenIterator(
+    FSRef const* folder, FSIteratorFlags flags, FSIterator* iterator) noexcept {
+    return Call(kOpen, &__real_FSOpenIterator, folder, flags, iterator);
+}
+
+OSErr __wrap_FSGetCatalogInfoBulk(
+    FSIterator iterator,
+    ItemCount most,
+    ItemCount* count,
+    Boolean* changed,
+    FSCatalogInfoBitmap wanted,
+    FSCatalogInfo* info,
+    FSRef* refs,
+    FSSpec* specs,
+    HFSUniStr255* names) noexcept {
+    return Call(
+        kGetItem,
+        &__real_FSGetCatalogInfoBulk,
+        iterator,
+        most,
+        count,
+        changed,
+        wanted,
+        info,
+        refs,
+        specs,
+        names);
+}
+
+} // extern "C"
 
 TEST_F(Iteration, VisitsFoldersBeforeWhatIsInThemDownToALevel) {
     std::filesystem::create_directories(fFolder / "a/b/c");
@@ -86,7 +131,7 @@ TEST_F(Iteration, VisitsFoldersBeforeWhatIsInThemDownToALevel) {
         EXPECT_EQ(expected, visits.fSeen) << maxLevels << stopAt;
     }
     std::filesystem::remove_all(fFolder / "a");
-    EXPECT_EQ(0U, WalkFailing(0, noErr, noErr));
+    EXPECT_EQ(0U, WalkFailing({}, noErr));
     FSRef const folder{fFolder / "missing"};
     Visits none;
     EXPECT_EQ(fnfErr, FSIterateContainer(&folder, 0, 0, 0, 1, &Note, &none));
@@ -98,28 +143,26 @@ TEST_F(Iteration, EndsALevelAtADenialAndAllAtAnotherError) {
     for (char const* const path : {"1/1", "1/2", "2/1", "2/2"}) {
         std::filesystem::create_directories(fFolder / path);
     }
-    EXPECT_EQ(6U, WalkFailing(0, noErr, noErr));
+    EXPECT_EQ(6U, WalkFailing({}, noErr));
     struct {
-        char const* fOperation;
-        unsigned long fNumber; // of its calls
-        OSErr fError;
+        Failure fFailure;
         OSErr fResult;
         std::size_t fVisits;
     } const kCases[] = {
-        {"FSOpenIterator", 1, afpAccessDenied, afpAccessDenied, 0},
-        {"FSOpenIterator", 1, ioErr, ioErr, 0},
-        {"FSOpenIterator", 2, afpAccessDenied, noErr, 1},
-        {"FSOpenIterator", 2, ioErr, ioErr, 1},
+        {{kOpen, 1, afpAccessDenied}, afpAccessDenied, 0},
+        {{kOpen, 1, ioErr}, ioErr, 0},
+        {{kOpen, 2, afpAccessDenied}, noErr, 1},
+        {{kOpen, 2, ioErr}, ioErr, 1},
         // One level further down the rest of the top folder is still visited.
-        {"FSOpenIterator", 3, afpAccessDenied, noErr, 5},
-        {"FSOpenIterator", 3, dirNFErr, dirNFErr, 2},
+        {{kOpen, 3, afpAccessDenied}, noErr, 5},
+        {{kOpen, 3, dirNFErr}, dirNFErr, 2},
         // The second item of the first inner folder.
-        {"FSGetCatalogInfoBulk", 4, afpAccessDenied, noErr, 5},
-        {"FSGetCatalogInfoBulk", 4, ioErr, ioErr, 2},
+        {{kGetItem, 4, afpAccessDenied}, noErr, 5},
+        {{kGetItem, 4, ioErr}, ioErr, 2},
     };
-    for (auto const& [operation, number, error, result, visits] : kCases) {
-        EXPECT_EQ(visits, WalkFailing(NumberOf(operation, number), error, result))
-            << operation << " " << number << ": " << error;
+    for (auto const& [failure, result, visits] : kCases) {
+        EXPECT_EQ(visits, WalkFailing(failure, result))
+            << failure.fOperation << " " << failure.fNumber << ": " << failure.fCode;
     }
 }
 
@@ -127,16 +170,15 @@ TEST_F(Iteration, EndsALevelAtADenialAndAllAtAnotherError) {
 TEST_F(Iteration, VisitsTheItemThatComesWithTheEnd) {
     fFolder.Make("a", "");
     fFolder.Make("b", "");
-    unsigned long const second = NumberOf("FSGetCatalogInfoBulk", 2);
-    EXPECT_EQ(2U, WalkFailing(second, errFSNoMoreItems, noErr, true));
-    EXPECT_EQ(1U, WalkFailing(second, ioErr, ioErr, true));
+    EXPECT_EQ(2U, WalkFailing({kGetItem, 2, errFSNoMoreItems, true}, noErr));
+    EXPECT_EQ(1U, WalkFailing({kGetItem, 2, ioErr, true}, ioErr));
 }
 
 TEST_F(Iteration, PassesOverAnItemThatCannotBeLookedAt) {
     fFolder.Make("a", "");
     std::filesystem::create_symlink(std::string(300, 'x'), fFolder / "b");
     fFolder.Make("c", "");
-    EXPECT_EQ(2U, WalkFailing(0, noErr, noErr));
+    EXPECT_EQ(2U, WalkFailing({}, noErr));
 }
 
 TEST_F(Iteration, IsDeniedByFoldersThatMayNotBeRead) {

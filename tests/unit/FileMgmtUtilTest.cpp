@@ -1,6 +1,7 @@
 #include "source/FileMgmtUtil.h"
 
 #include "platform/FileManager.h"
+#include "source/PDFSettingsError.h"
 #include "tests/support/BoundClient.h"
 #include "tests/support/EnvironmentVariable.h"
 #include "tests/support/TemporaryFolder.h"
@@ -127,6 +128,21 @@ TEST_F(FolderUtilities, FindThePreferencesOfUserAndMachine) {
     EXPECT_FALSE(std::filesystem::exists(fFolder / "none"));
     EXPECT_EQ(fnfErr, FSFindFolder(kUserDomain, 0, kCreateFolder, &ref));
     EXPECT_EQ(fnfErr, FSFindFolder(0, kPreferencesFolderType, kCreateFolder, &ref));
+}
+
+TEST_F(FolderUtilities, LeaveAnExistingFileAloneIfAsked) {
+    fFolder.Make("a", "old");
+    auto const write = [&](std::string const& name) {
+        return WhatItThrows([&] {
+            UnicodeEncodingNS::WriteFile<PDFSettingsImpl::CPDFSettingsError>(
+                PathOf(fFolder / name), UnicodeEncodingNS::Buffer8(), /*failIfExists=*/true);
+        });
+    };
+    EXPECT_EQ("Error", write("a"));
+    EXPECT_EQ("old", support::ReadBytes(fFolder / "a"));
+    EXPECT_EQ("nothing", write("b"));
+    EXPECT_EQ("", support::ReadBytes(fFolder / "b"));
+    EXPECT_EQ("a b ", fFolder.Names());
 }
 
 } // namespace FileMgmtUtil
