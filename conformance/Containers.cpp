@@ -274,14 +274,17 @@ void ClonesByItsOwnMethod(Runtime const& runtime) {
     auto const rows = runtime.Containers();
     int deleted = 0;
     auto const thing = runtime.Hold(NewThing(runtime, deleted));
-    BIBContainer* copy = nullptr;
+    BIBContainer* copy = thing;
     runtime.Fail("CloneContainer without a method Clone", rows.CloneContainer(&copy, thing));
+    Expect("the result after the error", nullptr, copy);
     auto const add = runtime.Bootstrap<BIBRegisterProcAddressProc>("BIBRegisterProcAddress");
     auto const remove = runtime.Bootstrap<BIBUnregisterInterfaceProc>("BIBUnregisterInterface");
     POSObjectCloneProc const failing = [](POSObject* /*self*/) -> POSObject* { return nullptr; };
     add(kSignature, "Clone", "POSObjectCloneProc", reinterpret_cast<void*>(failing));
+    copy = thing;
     BIBError* const error = rows.CloneContainer(&copy, thing);
     remove(kSignature);
+    Expect("the result after the error", nullptr, copy);
     runtime.Fail("CloneContainer with a method Clone that gives null", error);
     auto const number = runtime.Hold(runtime.NewNumber(4));
     runtime.Succeed("CloneContainer", rows.CloneContainer(&copy, number.Container()));

@@ -228,6 +228,14 @@ void CallsTheClient(Runtime const& runtime) {
         Expect("calls of deleteProc as long as the stream lives", 0, client.fDeleted);
     }
     Expect("calls of deleteProc with the last reference", 1, client.fDeleted);
+    BIBClientStreamProcs withoutRewind = kClientProcs;
+    withoutRewind.rewind = nullptr;
+    Stream const seeking(runtime, NewClientStream(runtime, client, withoutRewind));
+    seeking.Seek(3, kBIBSeekFromStart);
+    Require(
+        !runtime.TakeMessage(seeking.TryRewind()).empty() || seeking.Mark() == 0,
+        "an error, or the start after Rewind by means of seek",
+        std::to_string(seeking.Mark()));
     gDeletedOfNull = 0;
     {
         BIBClientStreamProcs procs = {};
@@ -403,15 +411,20 @@ void WorksOnFiles(Runtime const& runtime) {
 }
 
 void ReportsMissingFiles(Runtime const& runtime) {
+    TemporaryFile const file;
+    std::string const missing = std::string(file.Path()) + "x";
+    Stream const other(runtime, NewMemoryStream(runtime));
     for (auto const& [path, why] :
-         {std::pair("/nonexistent/file", "No such file or directory"),
+         {std::pair(missing.c_str(), "No such file or directory"),
           std::pair("/tmp", "Is a directory")}) {
-        BIBPositionableStream* stream = nullptr;
+        BIBPositionableStream* stream = other.Self();
         Expect(
             "the message of NewPositionableFileStream",
             path + std::string(": cannot open: ") + why,
             runtime.TakeMessage(runtime.Streams().NewPositionableFileStream(&stream, path, 0)));
+        Expect("the result after the error", nullptr, stream);
     }
+    Require(::access(missing.c_str(), F_OK) != 0, "no file after the error", missing);
 }
 
 void PassesExceptionsOfTheClient(Runtime const& runtime) {
@@ -457,6 +470,12 @@ void ServesItsBlocks(Runtime const& runtime) {
         "what is behind offset 8",
         std::string("89"),
         std::string(reinterpret_cast<char const*>(bytes), size));
+    for (unsigned long const offset : {10UL, 11UL, std::numeric_limits<unsigned long>::max()}) {
+        size = 1;
+        runtime.Succeed(
+            "GetBlock", store.GetBlock(As<BIBDataStore>(self), offset, bytes, 4, &size));
+        Expect("the size of a block behind the end", 0UL, size);
+    }
 }
 
 constexpr Check kOwnStreamChecks[] = {

@@ -274,9 +274,12 @@ void RefusesOtherIndexes(Runtime const& runtime) {
     auto const array = runtime.Hold(arrays.NewPOSArray());
     arrays.Append(array, runtime.NewNumber(1));
     auto const number = runtime.Hold(runtime.NewNumber(2));
-    Expect("GetAt behind the end", nullptr, arrays.GetAt(array, 1));
-    Expect("SetAt behind the end", 0L, arrays.SetAt(array, 1, number));
-    Expect("Remove behind the end", 0L, arrays.Remove(array, 1));
+    constexpr unsigned long kLargest = std::numeric_limits<unsigned long>::max();
+    for (unsigned long const index : {1UL, kLargest / 2 + 1, kLargest & ~0xFFFFFFFFUL, kLargest}) {
+        Expect("GetAt behind the end", nullptr, arrays.GetAt(array, index));
+        Expect("SetAt behind the end", 0L, arrays.SetAt(array, index, number));
+        Expect("Remove behind the end", 0L, arrays.Remove(array, index));
+    }
     Expect("SetAt of null", 0L, arrays.SetAt(array, 0, nullptr));
     Expect("Append of null", 0L, arrays.Append(array, nullptr));
     Expect("the elements", std::string("1 "), Content(runtime, array));
@@ -652,6 +655,41 @@ void ReadsEveryForm(Runtime const& runtime) {
     Require(AreEqual(runtime, read, made), "1,000 nested arrays", "another value");
 }
 
+void TellsWordsFromNumbers(Runtime const& runtime) {
+    for (char const* const word :
+         {"12abc",
+          "1.2.3",
+          "1e",
+          "1e+",
+          "0x10",
+          "0x1p3",
+          "-",
+          "+",
+          ".",
+          "e5",
+          "nan",
+          "inf",
+          "-inf",
+          "infinity",
+          "1_0",
+          "1,5",
+          "--1"}) {
+        auto const value = runtime.Hold(runtime.Parse(word));
+        Require(runtime.Strings().IsPOSString(value) != 0, "a word", word);
+        Expect("the word", std::string(word), runtime.Strings().Get(As<POSString>(value.Value())));
+    }
+    for (auto const& [text, number] :
+         {std::pair("+5", 5.0),
+          {"5.", 5.0},
+          {".5e1", 5.0},
+          {"-0.50", -0.5},
+          {"1E+2", 100.0},
+          {"007", 7.0}}) {
+        auto const value = runtime.Hold(runtime.Parse(text));
+        Require(runtime.NumberOf(value) == number, text, "another value");
+    }
+}
+
 // The numbers behind the words line and column.
 std::pair<long, long> NumbersIn(std::string const& text) {
     auto const behind = [&](std::string const& word) {
@@ -722,6 +760,9 @@ constexpr Check kNotationChecks[] = {
     {"notation.forms",
      "CreateFromText makes a value from a text in the object notation.",
      &ReadsEveryForm},
+    {"notation.numbers",
+     "A number may have a sign, a point and an exponent; anything else is a word.",
+     &TellsWordsFromNumbers},
     {"notation.model",
      "Random texts give values that are equal to their clones, and to no others.",
      &FollowsAValueModel},
