@@ -425,6 +425,9 @@ void ReportsMissingFiles(Runtime const& runtime) {
         Expect("the result after the error", nullptr, stream);
     }
     Require(::access(missing.c_str(), F_OK) != 0, "no file after the error", missing);
+    { Stream const made(runtime, OpenFile(runtime, missing.c_str(), 1)); }
+    Expect(
+        "removals of the file that was made, with writable nonzero", 0, ::unlink(missing.c_str()));
 }
 
 void PassesExceptionsOfTheClient(Runtime const& runtime) {
@@ -484,7 +487,7 @@ constexpr Check kOwnStreamChecks[] = {
      "An existing file keeps its bytes.",
      &WorksOnFiles},
     {"file.missing",
-     "With writable zero the file must exist; the message names it.",
+     "With writable zero the file must exist, and the message names it; otherwise it is made.",
      &ReportsMissingFiles},
     {"stream.client-throws",
      "Exceptions of the client's procedures reach the caller, and the position is restored.",
