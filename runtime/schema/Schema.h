@@ -31,6 +31,10 @@ struct POSValidator : BIBContainer {
     // The structure of that name, or null. Null too if the schema or the structure is invalid.
     POSDict* FindStructure(BIBStringAtom const* name) const noexcept;
 
+    // The name of the main structure, from which all others must be reachable: PDFSettings, or else
+    // the first one. Null if there is none.
+    BIBStringAtom const* FindMainName() const noexcept;
+
     bibrt::Ref<POSDict> fSchema;
 
 private:
@@ -45,6 +49,8 @@ private:
 };
 
 namespace bibrt {
+
+struct Marks;
 
 // Passes messages to a host's procedure, which may be null.
 class MessageSink {
@@ -151,6 +157,14 @@ void ValidateValue(
     POSObject& value,
     std::string_view path,
     std::string_view pathInside);
+
+// Whether two numbers are equal: settings files have them in single precision, schemas in double
+// precision. And whether value is equal to an allowed one, as far as both are scalars.
+bool AreSame(double a, double b) noexcept;
+bool IsAllowed(POSObject const& allowed, POSObject const& value) noexcept;
+
+// The delimiters of a value of the rule's type in messages.
+Marks MarksOf(SchemaRule const& rule) noexcept;
 
 // The message for a value that is not of the rule's type. found describes the value: "nothing" for
 // a missing one. This function and the following ones throw std::bad_alloc.

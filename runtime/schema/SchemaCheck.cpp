@@ -1,6 +1,7 @@
 // Validates a schema itself.
 #include "runtime/schema/Schema.h"
 #include "runtime/schema/SchemaText.h"
+#include "runtime/schema/SettingRules.h"
 
 #include <string>
 #include <unordered_set>
@@ -9,28 +10,11 @@ namespace bibrt {
 
 namespace {
 
-constexpr char const* kMainStructure = "PDFSettings";
-
 using AtomSet = std::unordered_set<
     BIBStringAtom const*,
     std::hash<BIBStringAtom const*>,
     std::equal_to<>,
     CallerAllocator<BIBStringAtom const*>>;
-
-// Appends a step to a path, and removes it at the end of its scope.
-class PathStep {
-public:
-    PathStep(String& path, std::string_view key) : fPath(path), fLength(path.size()) {
-        AppendKeyStep(path, key);
-    }
-    PathStep(PathStep const&) = delete;
-    PathStep& operator=(PathStep const&) = delete;
-    ~PathStep() { fPath.resize(fLength); }
-
-private:
-    String& fPath;
-    std::size_t fLength;
-};
 
 // Calls visit(entry) for each entry of dict.
 template <class Visit>
@@ -54,16 +38,6 @@ void ForEachRule(POSDict const& structure, Visit visit) {
         ForEachEntry(*static_cast<POSDict const*>(optional), [&](DictEntry const& entry) {
             visit(*entry.fValue);
         });
-    }
-}
-
-// Calls visit(element) for each element of array, with its index appended to path.
-template <class Visit>
-void ForEachElement(POSObject const& array, String& path, Visit visit) {
-    std::size_t position = 0;
-    for (Ref<POSObject> const& element : static_cast<POSArray const&>(array).fItems) {
-        PathStep const step(path, std::to_string(position++));
-        visit(*element);
     }
 }
 
@@ -99,9 +73,13 @@ public:
     void Run() {
         ForEachEntry(*fValidator.fSchema, [this](DictEntry const& entry) {
             PathStep const step(fPath, entry.fKey->Text());
-            bool const isGroups = std::string_view(entry.fKey->Text()) == kGroups &&
-                                  KindOf(*entry.fValue) == ValueKind::kArray;
-            isGroups ? CheckGroups(*entry.fValue) : CheckStructure(entry);
+            std::string_view const key = entry.fKey->Text();
+            bool const isArray = KindOf(*entry.fValue) == ValueKind::kArray;
+            if (isArray && key == kRules) {
+                CheckRulesOfSchema(fValidator, *entry.fValue, fSink, fPath);
+            } else {
+                isArray&& key == kGroups ? CheckGroups(*entry.fValue) : CheckStructure(entry);
+            }
         });
         CheckReach();
     }
@@ -222,7 +200,7 @@ private:
         BIBStringAtom const* const atom = IsOfType(&name, gStringType)
                                               ? FindAtom(static_cast<POSString const&>(name).View())
                                               : nullptr;
-        BIBStringAtom const* const main = FindMain();
+        BIBStringAtom const* const main = fValidator.FindMainName();
         POSDict const* const structure = main ? fValidator.FindStructure(main) : nullptr;
         POSObject const* const optional = structure ? FindPart(*structure, kOptional) : nullptr;
         bool const isSetting = atom && structure &&
@@ -237,7 +215,7 @@ private:
     }
 
     void CheckReach() {
-        BIBStringAtom const* const main = FindMain();
+        BIBStringAtom const* const main = fValidator.FindMainName();
         if (!main) {
             return;
         }
@@ -250,20 +228,6 @@ private:
                 Report(Join({"cannot be reached from ", ShownText(main->Text())}));
             }
         });
-    }
-
-    // The main structure, from which all others must be reachable; null if there is none.
-    BIBStringAtom const* FindMain() const noexcept {
-        BIBStringAtom const* const main = FindAtom(kMainStructure);
-        if (fValidator.FindStructure(main)) {
-            return main;
-        }
-        std::size_t position = 0;
-        DictEntry const* entry = nullptr;
-        do {
-            entry = fValidator.fSchema->fEntries.Next(position);
-        } while (entry && !fValidator.FindStructure(entry->fKey));
-        return entry ? entry->fKey.Get() : nullptr;
     }
 
     AtomSet FindReached(BIBStringAtom const* main) const {

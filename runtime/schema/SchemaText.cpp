@@ -15,7 +15,6 @@ constexpr std::string_view kStringTypeName = "JoboptionsString";
 constexpr std::string_view kHexStringTypeName = "JoboptionsUnicodeString";
 constexpr std::string_view kCut = "...";
 
-constexpr std::size_t kMaxShown = 60;
 constexpr std::size_t kMaxListLength = 500;
 
 ValueKind KindOfBinData(std::string_view typeName) noexcept {
@@ -87,11 +86,11 @@ String NumberText(double value) {
     return text;
 }
 
-String ShownText(std::string_view text) {
-    String shown(text.substr(0, kMaxShown));
+String ShownText(std::string_view text, std::size_t most) {
+    String shown(text.substr(0, most));
     std::replace_if(
         shown.begin(), shown.end(), [](char c) { return c < ' ' || c > '~'; }, '?');
-    return text.size() > kMaxShown ? shown.append(kCut) : shown;
+    return text.size() > most ? shown.append(kCut) : shown;
 }
 
 String FoundText(POSObject const& value) {

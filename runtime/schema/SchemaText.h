@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <initializer_list>
+#include <string>
 #include <string_view>
 
 namespace bibrt {
@@ -29,8 +30,9 @@ String Join(std::initializer_list<std::string_view> texts);
 // has.
 String NumberText(double value);
 
-// Text in printable ASCII, truncated if it is long.
-String ShownText(std::string_view text);
+// Text in printable ASCII, truncated if it is longer than most bytes.
+inline constexpr std::size_t kMaxShown = 60;
+String ShownText(std::string_view text, std::size_t most = kMaxShown);
 
 // A description: "the number 3", "the string (text)" or "an array".
 String FoundText(POSObject const& value);
@@ -68,6 +70,31 @@ inline std::string_view ShownKey(std::string_view key) noexcept {
 // Append a step to path.
 void AppendKeyStep(String& path, std::string_view key);
 void AppendIndexStep(String& path, std::size_t index);
+
+// Appends a step to a path, and removes it at the end of its scope.
+class PathStep {
+public:
+    PathStep(String& path, std::string_view key) : fPath(path), fLength(path.size()) {
+        AppendKeyStep(path, key);
+    }
+    PathStep(PathStep const&) = delete;
+    PathStep& operator=(PathStep const&) = delete;
+    ~PathStep() { fPath.resize(fLength); }
+
+private:
+    String& fPath;
+    std::size_t fLength;
+};
+
+// Calls visit(element) for each element of array, with its index appended to path.
+template <class Visit>
+void ForEachElement(POSObject const& array, String& path, Visit visit) {
+    std::size_t position = 0;
+    for (Ref<POSObject> const& element : static_cast<POSArray const&>(array).fItems) {
+        PathStep const step(path, std::to_string(position++));
+        visit(*element);
+    }
+}
 
 // "PATH TEXT"; only the end of a long path, after "...".
 String MessageText(std::string_view path, std::string_view text);

@@ -28,7 +28,8 @@ bool IsWhole(POSObject const& value) noexcept {
     return std::isfinite(NumberOf(value)) && std::trunc(NumberOf(value)) == NumberOf(value);
 }
 
-// Settings files have numbers in single precision, schemas in double precision.
+} // namespace
+
 bool AreSame(double a, double b) noexcept {
     constexpr double kMax = std::numeric_limits<float>::max();
     return a == b || (std::abs(a) <= kMax && std::abs(b) <= kMax &&
@@ -43,15 +44,17 @@ bool IsAllowed(POSObject const& allowed, POSObject const& value) noexcept {
     return KindOf(allowed) == ValueKind::kNumber && AreSame(NumberOf(allowed), NumberOf(value));
 }
 
-std::string_view ExpectedText(SchemaRule const& rule) noexcept {
-    return kExpected[static_cast<std::size_t>(rule.fType)];
-}
-
 Marks MarksOf(SchemaRule const& rule) noexcept {
     bool const isString = rule.fType == RuleType::kString;
     return isString                        ? Marks{"(", ")"}
            : rule.fType == RuleType::kName ? Marks{"/", ""}
                                            : Marks{"", ""};
+}
+
+namespace {
+
+std::string_view ExpectedText(SchemaRule const& rule) noexcept {
+    return kExpected[static_cast<std::size_t>(rule.fType)];
 }
 
 // " from 1 to 5"; empty for a rule without bounds.

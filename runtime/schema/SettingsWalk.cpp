@@ -3,6 +3,7 @@
 #include "runtime/objects/SharedBuffers.h"
 #include "runtime/schema/Schema.h"
 #include "runtime/schema/SchemaText.h"
+#include "runtime/schema/SettingRules.h"
 
 #include <cstring>
 
@@ -225,6 +226,21 @@ private:
     bool fIsCircle = false;
 };
 
+// Passes on the errors among the findings of rules between settings.
+class ErrorListener final : public RuleListener {
+public:
+    explicit ErrorListener(MessageSink& sink) noexcept : fSink(sink) {}
+
+    void OnFinding(RuleFinding const& finding) override {
+        if (!finding.fIsWarning) {
+            fSink.Report(finding.fPath, finding.fText);
+        }
+    }
+
+private:
+    MessageSink& fSink;
+};
+
 } // namespace
 
 void ValidateValue(
@@ -250,6 +266,10 @@ void ValidateSettings(
         return;
     }
     ValidateValue(validator, sink, ValidationMode::kSettings, rule, object, path, {});
+    if (&structure == validator.FindMainName()) {
+        ErrorListener listener(sink);
+        CheckRulesBetween(validator, object, listener);
+    }
 }
 
 } // namespace bibrt

@@ -31,6 +31,19 @@ POSDict* POSValidator::FindStructure(BIBStringAtom const* name) const noexcept {
     return isStructure ? static_cast<POSDict*>(entry) : nullptr;
 }
 
+BIBStringAtom const* POSValidator::FindMainName() const noexcept {
+    BIBStringAtom const* const main = bibrt::FindAtom("PDFSettings");
+    if (FindStructure(main)) {
+        return main;
+    }
+    std::size_t position = 0;
+    bibrt::DictEntry const* entry = nullptr;
+    do {
+        entry = fSchema->fEntries.Next(position);
+    } while (entry && !FindStructure(entry->fKey));
+    return entry ? entry->fKey.Get() : nullptr;
+}
+
 namespace bibrt {
 
 constinit ContainerType gStructValidatorType = {

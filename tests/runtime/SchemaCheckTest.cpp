@@ -47,6 +47,36 @@ constexpr SchemaCase kWholeCases[] = {
      "|groups/2 says a group that is not a dictionary with a label and an array settings"},
     {"< groups < a any > PDFSettings < b groups > >", ""}};
 
+// A rule between settings; messages are behind rules/0.
+constexpr SchemaCase kSettingRuleCases[] = {
+    {"< when < N < min 1 max 2 > M/D (a b) > then < W < in [ a b ] > > doc text severity warning >",
+     ""},
+    {"< ordered [ N I ] >", ""},
+    {"< disjoint [ A B ] severity error >", ""},
+    {"< exclusive [ T U ] when < W < not a > > >", ""},
+    {"3", " says the number 3, which is not a dictionary"},
+    {"< when < T true > >", " says not exactly one of then, ordered, disjoint and exclusive"},
+    {"< ordered [ N I ] then < > >",
+     " says not exactly one of then, ordered, disjoint and exclusive"},
+    {"< ordered [ N ] >", "/ordered is not an array of two settings"},
+    {"< exclusive [ T ] >", "/exclusive is not an array of settings"},
+    {"< ordered [ N W ] >", "/ordered says the name W, which is not a setting of type number"},
+    {"< disjoint [ A T ] >", "/disjoint says the name T, which is not a setting of type array"},
+    {"< exclusive [ T N ] >", "/exclusive says the name N, which is not a setting of type boolean"},
+    {"< then 3 >", "/then says the number 3, which is not a dictionary"},
+    {"< then < X 1 > >", "/then/X says a setting that the schema does not have"},
+    {"< then < M/X 1 > >", "/then/M/X says a setting that the schema does not have"},
+    {"< then < N a > >", "/then/N says the name a, which is not a value of this setting"},
+    {"< then < N < is a > > >", "/then/N/is says the name a, which is not a value of this setting"},
+    {"< then < N < in [ 1 a ] > > >",
+     "/then/N/in says the name a, which is not a value of this setting"},
+    {"< then < A [ ] > >", "/then/A says an array, which is not a value of this setting"},
+    {"< then < N < min a > > >", "/then/N/min says the name a, which is not a number"},
+    {"< then < N < least 1 > > >", "/then/N/least says least, which is not a key of a test"},
+    {"< then < > severity hint >", "/severity says the name hint, which is not error or warning"},
+    {"< then < > doc [ ] >", "/doc says an array, which is not a text"},
+    {"< then < > label a >", "/label says label, which is not a key of a rule"}};
+
 // The rule of S/K; messages are behind that path.
 constexpr SchemaCase kRuleCases[] = {
     {"boolean", ""},
@@ -101,6 +131,19 @@ TEST_F(SchemaCheckTest, TellsEachFaultOfARuleWithItsPlace) {
         validator.Register("R", &Refuse);
         EXPECT_EQ(
             validator.CheckSchema(), *row.fMessages ? std::string("S/K") + row.fMessages : "");
+    }
+}
+
+TEST_F(SchemaCheckTest, TellsEachFaultOfARuleBetweenSettings) {
+    for (SchemaCase const& row : kSettingRuleCases) {
+        SCOPED_TRACE(row.fSchema);
+        Validator const validator(
+            std::string("< S < N number optional < I integer A < type array of name > B array "
+                        "T boolean U < type boolean > W name M M > > M < optional < D string > > "
+                        "rules [ ") +
+            row.fSchema + " ] >");
+        EXPECT_EQ(
+            validator.CheckSchema(), *row.fMessages ? std::string("rules/0") + row.fMessages : "");
     }
 }
 

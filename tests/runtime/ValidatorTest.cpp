@@ -98,6 +98,57 @@ TEST_F(ValidatorTest, EachKindOfRuleHasItsMessage) {
     }
 }
 
+struct SettingRuleCase {
+    char const* fRule;
+    char const* fSettings;
+    char const* fMessages;
+};
+
+constexpr SettingRuleCase kSettingRuleCases[] = {
+    {"when < T true > then < N < min 2 > > doc (why not)",
+     "T true N 1",
+     "N expected a number of at least 2, found 1 where T is true: why not"},
+    {"when < T true > then < N < min 2 > >", "T true N 2", ""},
+    {"when < T true > then < N < min 2 > >", "T false N 1", ""},
+    {"when < T true > then < N < min 2 > > severity warning", "T true N 1", ""},
+    // A missing setting counts as its default.
+    {"when < D b > then < N 1 >", "N 2", "N expected 1, found 2 where D is /b (the default)"},
+    {"when < N 1 > then < D < not b > >", "N 1", "D expected another value than /b where N is 1"},
+    {"when < D b > then < D a >", "", ""},
+    {"when < N 1 > then < T true >", "N 1", ""},
+    {"when < T true > then < N 1 >", "N 2", ""},
+    {"when < N < in [ 1 2 ] > W (a b) > then < M/Q x >",
+     "N 2 W (a b) M < Q y >",
+     "M/Q expected /x, found /y where N is 2 and W is /a b"},
+    {"then < P x >", "P $y", "P expected (x), found (y)"},
+    {"ordered [ N I ]", "N 3 I 2", "N expected at most 2, the value of I, found 3"},
+    {"ordered [ N I ]", "N 2.00000001 I 2", ""},
+    {"ordered [ N I ] when < I < min 0 > >", "N 3 I -1", ""},
+    {"disjoint [ A B ]", "A [ a b ] B [ c b ]", "A expected no element of B, found /b"},
+    {"disjoint [ A B ]", "A [ a 1 ] B [ c 1 ]", ""},
+    {"exclusive [ T U ]", "T true U true", "T expected at most one to be true, found T and U"},
+    {"exclusive [ T U ]", "T true U false", ""},
+    // What is wrong by itself is reported once.
+    {"ordered [ N I ]", "N 3 I 1.5", "I expected an integer, found the number 1.5"},
+    {"then < N < min 1 max 2 > >", "N 3", "N expected a number from 1 to 2, found 3"},
+    // A schema that was not checked harms nobody.
+    {"then < N < min a in 3 > X 1 > ordered [ N ] disjoint 3 when 3", "N 3", ""},
+    {"then < W < min 1 > A [ 1 ] >", "W a A [ 2 ]", ""}};
+
+TEST_F(ValidatorTest, RulesBetweenSettingsRejectWhatCannotStandTogether) {
+    for (SettingRuleCase const& row : kSettingRuleCases) {
+        SCOPED_TRACE(std::string(row.fRule) + " on " + row.fSettings);
+        Validator const validator(
+            "< PDFSettings < optional < N number I integer A array B array T boolean U boolean W "
+            "name D < type name default b > M M P string > > M < optional < Q name > > rules [ < " +
+            std::string(row.fRule) + " > ] >");
+        EXPECT_EQ(
+            validator.Validate(
+                NewSettings(std::string("< ") + row.fSettings + " >"), "PDFSettings"),
+            row.fMessages);
+    }
+}
+
 TEST_F(ValidatorTest, ACheckGetsTheNameOfTheSettingAndSpaceForAMessage) {
     double const one = 1;
     std::string const text(300, 'm');

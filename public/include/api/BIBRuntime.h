@@ -4,6 +4,8 @@
 // The lookup finds everything else that the runtime provides: see the headers in api/.
 #pragma once
 
+#include "api/POSCollectionInterfaces.h"
+
 #define BIBRT_EXPORT __attribute__((visibility("default")))
 
 #ifdef __cplusplus
@@ -46,6 +48,24 @@ BIBRT_EXPORT void BIBRuntimeUnlockCalls(void);
 // time.
 BIBRT_EXPORT int BIBRuntimeLocateValue(
     char const* text, char const* path, unsigned long* line, unsigned long* column);
+
+// Receives what a rule between settings rejects or advises against: the path of the setting to
+// change first, a text, nonzero for a warning, and the paths of the stored settings that led to it.
+// Everything is valid during the call.
+typedef void (*BIBRuntimeRuleProc)(
+    char const* path,
+    char const* text,
+    int isWarning,
+    char const* const* concerned,
+    unsigned long concernedCount,
+    void* client);
+
+// Validates settings against the rules between settings of a schema, and against nothing else.
+// POSStructValidatorInterface reports the errors among them too. The schema and the settings are
+// dictionaries of this runtime and are not changed. Nonzero when all rules were applied; zero for
+// other arguments, and if memory runs out. Exceptions of proc reach the caller.
+BIBRT_EXPORT int
+BIBRuntimeCheckRules(POSDict* schema, POSDict* settings, BIBRuntimeRuleProc proc, void* client);
 
 #ifdef __cplusplus
 }
