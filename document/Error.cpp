@@ -75,6 +75,7 @@ struct Finding::Data {
     std::string fMessage;
     std::optional<Span> fSpan;
     std::optional<Place> fWhere;
+    std::vector<Finding> fRelated;
 
     bool operator==(Data const&) const = default;
 };
@@ -85,9 +86,16 @@ Finding::Finding(
     std::string path,
     std::string message,
     std::optional<Span> span,
-    std::optional<Place> where)
-    : fData(std::make_shared<Data>(
-          Data{severity, std::move(id), std::move(path), std::move(message), span, where})) {}
+    std::optional<Place> where,
+    std::vector<Finding> related)
+    : fData(std::make_shared<Data>(Data{
+          severity,
+          std::move(id),
+          std::move(path),
+          std::move(message),
+          span,
+          where,
+          std::move(related)})) {}
 
 Severity Finding::Level() const noexcept {
     return fData->fSeverity;
@@ -111,6 +119,10 @@ std::optional<Span> Finding::Bytes() const noexcept {
 
 std::optional<Place> Finding::Where() const noexcept {
     return fData->fWhere;
+}
+
+std::span<Finding const> Finding::Related() const noexcept {
+    return fData->fRelated;
 }
 
 bool operator==(Finding const& left, Finding const& right) {

@@ -130,6 +130,7 @@ Findings Review(Document const& document, Schema const& schema, ReviewScope scop
     std::vector<Finding> all(document.Findings().begin(), document.Findings().end());
     if (document.WhyRefused() == Refusal::kNone) {
         Append(all, detail::WithHints(detail::Validate(document, schema), document, schema));
+        Append(all, detail::Warnings(document, schema));
         Append(all, detail::WritingFindings(document));
         if (scope == ReviewScope::kStrict) {
             Append(all, StrictFindings(document, schema));

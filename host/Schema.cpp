@@ -5,6 +5,7 @@
 #include "document/Spelling.h"
 #include "format/SettingPath.h"
 #include "host/detail/Bindings.h"
+#include "host/detail/Constraints.h"
 #include "host/detail/RulesText.h"
 #include "host/detail/RuntimeValues.h"
 #include "pdfsettings/SafeSave.h"
@@ -48,12 +49,6 @@ constexpr char kOptional[] = "optional";
 
 // The checks that the component registers to validate settings.
 constexpr char const* kChecks[] = {"CompatibilityLevelParams", "ImageDepthParams"};
-
-// A schema needs only the runtime, not the component.
-Tables const& RuntimeTables() {
-    static Tables const kTables(&BIBRuntimeLookup);
-    return kTables;
-}
 
 Finding MakeProblem(std::string path, std::string message, Place place) {
     return Finding(
@@ -368,17 +363,30 @@ void ThrowIfAny(std::vector<Finding> problems) {
 struct Contents {
     RuleList fRules;
     std::vector<Group> fGroups;
+    std::vector<std::shared_ptr<detail::ConstraintData const>> fConstraints;
+    Ref<POSDict> fDict; // null without constraints
     std::string fRulesText;
 };
 
 // Throws Unusable.
 Contents ReadContents(std::string const& text) {
-    Tables const& tables = RuntimeTables();
+    Tables const& tables = detail::RuntimeTables();
     Ref<POSDict> const dict = ReadDict(tables, text);
     ThrowIfAny(LocateMessages(text, ValidateSchema(tables, dict.get())));
     Dictionary const structures = detail::ReadValues(tables, dict.get()).fValues;
     ThrowIfAny(FindMissing(text, structures));
-    Contents contents{Lister(text, structures).List(), ReadGroups(structures), {}};
+    Contents contents{
+        Lister(text, structures).List(),
+        ReadGroups(structures),
+        {},
+        Ref<POSDict>(nullptr, {tables.containers.Release}),
+        {}};
+    auto const form = [&](std::string const& path, Value const& word) {
+        auto const rule = std::ranges::find_if(
+            contents.fRules, [&](auto const& candidate) { return candidate->fPath == path; });
+        return rule == contents.fRules.end() ? word : AsSetting(word, (*rule)->fKind);
+    };
+    contents.fConstraints = detail::ReadConstraints(structures, form);
     std::unordered_map<std::string_view, std::string const*> groupOf;
     for (Group const& group : contents.fGroups) {
         for (std::string const& setting : group.fSettings) {
@@ -388,6 +396,9 @@ Contents ReadContents(std::string const& text) {
     for (auto const& rule : contents.fRules) {
         auto const group = groupOf.find(format::FirstPart(rule->fPath));
         rule->fGroup = group == groupOf.end() ? "" : *group->second;
+    }
+    if (!contents.fConstraints.empty()) {
+        contents.fDict = ReadDict(tables, text);
     }
     contents.fRulesText = detail::RulesText(tables, dict.get());
     return contents;
@@ -508,6 +519,10 @@ struct Schema::Data {
         }
         fGroups = std::move(contents.fGroups);
         fRulesText = std::move(contents.fRulesText);
+        fDict = std::move(contents.fDict);
+        for (auto& constraint : contents.fConstraints) {
+            fConstraints.push_back(Constraint(std::move(constraint)));
+        }
         for (Group const& group : fGroups) {
             fLabels.push_back(group.fLabel);
         }
@@ -561,12 +576,18 @@ struct Schema::Data {
 
     std::string fText;
     std::string fRulesText;
+    Ref<POSDict> fDict{nullptr, {nullptr}}; // of the text; null without constraints
+    std::vector<Constraint> fConstraints;
     std::vector<Rule> fRules;
     std::vector<Group> fGroups;
     std::vector<std::string> fLabels;
     std::unordered_map<std::string, std::size_t> fPlaces; // by path
     std::map<std::string, Names> fNames;                  // by the path of their dictionary
 };
+
+POSDict* detail::ConstraintCheck::DictOf(Schema const& schema) noexcept {
+    return schema.fData->fDict.get();
+}
 
 Schema::Schema(std::shared_ptr<Data const> data) noexcept : fData(std::move(data)) {}
 Schema::Schema(Schema const&) noexcept = default;
@@ -620,6 +641,10 @@ std::span<Rule const> Schema::Rules() const noexcept {
 
 std::span<std::string const> Schema::Groups() const noexcept {
     return fData->fLabels;
+}
+
+std::span<Constraint const> Schema::Constraints() const noexcept {
+    return fData->fConstraints;
 }
 
 Sequence<Rule> Schema::RulesOf(std::string_view group) const {

@@ -187,6 +187,10 @@ Findings Settings::Validate() const {
     return AsFindings(detail::WithHints(std::move(findings), fState->fDocument, fState->fSchema));
 }
 
+Findings Settings::Warnings() const {
+    return AsFindings(detail::Warnings(fState->fDocument, fState->fSchema));
+}
+
 Findings Settings::Check(std::string_view path, Value const& value) const {
     Document const& document = fState->fDocument;
     try {
@@ -287,6 +291,13 @@ struct Settings::Edit::State {
         after = detail::NewFindings(
             detail::Validate(fBase, schema), std::move(after), fRemovedElements);
         return detail::WithHints(std::move(after), fResult, schema);
+    }
+
+    // What its constraints advise against now and did not before.
+    std::vector<Finding> Warnings() const {
+        Schema const& schema = fSettings->fSchema;
+        return detail::NewFindings(
+            detail::Warnings(fBase, schema), detail::Warnings(fResult, schema), fRemovedElements);
     }
 
     std::shared_ptr<Settings::State> fSettings;

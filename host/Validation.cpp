@@ -4,9 +4,11 @@
 #include "format/SettingPath.h"
 #include "format/Tokens.h"
 #include "host/detail/ComponentSettings.h"
+#include "host/detail/Constraints.h"
 #include "pdfsettings/Compare.h"
 
 #include <algorithm>
+#include <iterator>
 #include <new>
 #include <set>
 #include <string_view>
@@ -71,6 +73,10 @@ auto WithComponent(Document const& document, Work work) {
     }
 }
 
+bool IsError(Finding const& finding) {
+    return finding.Level() == Severity::kError;
+}
+
 std::vector<Message> MessagesOf(Document const& document, Schema const& schema) {
     return WithComponent(document, [&](Turn const& turn) {
         return ComponentSettings(turn, document.Text(), schema.RulesText()).Validate(document);
@@ -109,6 +115,14 @@ std::vector<Finding> Validate(Document const& document, Schema const& schema) {
         findings.push_back(MakeFinding(
             document, Severity::kError, "value", SpanOf(document, path), path, message));
     }
+    auto const violated = ViolatedConstraints(document, schema);
+    std::ranges::copy_if(violated, std::back_inserter(findings), &IsError);
+    return findings;
+}
+
+std::vector<Finding> Warnings(Document const& document, Schema const& schema) {
+    auto findings = ViolatedConstraints(document, schema);
+    std::erase_if(findings, &IsError);
     return findings;
 }
 
@@ -126,7 +140,8 @@ WithHints(std::vector<Finding> findings, Document const& document, Schema const&
             finding.Path(),
             finding.Message() + NameHint(document, schema, finding.Path()),
             finding.Bytes(),
-            finding.Where());
+            finding.Where(),
+            std::vector<Finding>(finding.Related().begin(), finding.Related().end()));
     }
     return hinted;
 }

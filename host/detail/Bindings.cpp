@@ -1,5 +1,7 @@
 #include "host/detail/Bindings.h"
 
+#include "api/BIBRuntime.h"
+
 #include "pdfsettings/Error.h"
 
 #include <cstring>
@@ -44,8 +46,12 @@ private:
 
 Tables::Tables(BIBLookupProc lookup){PDFSETTINGS_RUNTIME_TABLES(PDFSETTINGS_FIND_TABLE)}
 
-Bindings::Bindings(BIBLookupProc lookup)
-    : Tables(lookup) {
+Tables const& RuntimeTables() {
+    static Tables const kTables(&BIBRuntimeLookup);
+    return kTables;
+}
+
+Bindings::Bindings(BIBLookupProc lookup) : Tables(lookup) {
     PDFSETTINGS_COMPONENT_TABLES(PDFSETTINGS_FIND_TABLE)
 }
 

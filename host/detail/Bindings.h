@@ -64,6 +64,10 @@ struct Tables {
     PDFSETTINGS_RUNTIME_TABLES(PDFSETTINGS_TABLE)
 };
 
+// The tables of the in-process runtime. What needs no component, such as a schema, uses them
+// whatever runtime the component is running on.
+Tables const& RuntimeTables();
+
 // The tables of a runtime on which the component is running.
 struct Bindings : Tables {
     explicit Bindings(BIBLookupProc lookup);

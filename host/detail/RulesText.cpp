@@ -15,10 +15,12 @@ public:
     }
 
     void Reduce(POSDict* schema) const {
-        AtomRef const groups = MakeAtom(fTables, "groups");
-        POSObject* const entry = fTables.dicts.Get(schema, groups.get());
-        if (entry != nullptr && fTables.arrays.IsPOSArray(entry) != 0) {
-            fTables.dicts.Remove(schema, groups.get());
+        for (char const* const key : {"groups", "rules"}) {
+            AtomRef const atom = MakeAtom(fTables, key);
+            POSObject* const entry = fTables.dicts.Get(schema, atom.get());
+            if (entry != nullptr && fTables.arrays.IsPOSArray(entry) != 0) {
+                fTables.dicts.Remove(schema, atom.get());
+            }
         }
         ForEachEntry(fTables, schema, [this](std::string const& /*key*/, POSObject* structure) {
             ReduceStructure(structure);

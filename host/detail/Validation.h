@@ -23,8 +23,10 @@ Finding MakeFinding(
 // The span of the value at a path; for a missing value, the opening bracket of its parent.
 Span SpanOf(Document const& document, std::string_view path);
 
-// The findings of the schema. REQUIRES: the document is not refused.
+// What the schema rejects, and what its constraints advise against. REQUIRES: the document is not
+// refused.
 std::vector<Finding> Validate(Document const& document, Schema const& schema);
+std::vector<Finding> Warnings(Document const& document, Schema const& schema);
 
 // findings, with suggestions for similar allowed names.
 std::vector<Finding>

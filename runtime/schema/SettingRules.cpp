@@ -51,6 +51,12 @@ bool IsGreater(double a, double b) noexcept {
     return a > b && !AreSame(a, b);
 }
 
+using TextSet = std::unordered_set<
+    std::string_view,
+    std::hash<std::string_view>,
+    std::equal_to<>,
+    CallerAllocator<std::string_view>>;
+
 // A setting that a rule looks at, with its value or its default; null for neither.
 struct Operand {
     SchemaRule fRule;
@@ -86,7 +92,7 @@ private:
         }
     }
 
-    // Whether all tests of a rule's condition hold. Its text is made on the way.
+    // Whether all tests of a rule's condition hold. Its text, made on the way, has what is stored.
     bool Matches(POSObject const* when) {
         fCondition.clear();
         return ForAllTests(when, [this](std::string_view path, POSObject const& test) {
@@ -94,10 +100,29 @@ private:
             if (!operand.fValue || !FailedTest(operand, test).empty()) {
                 return false;
             }
-            fCondition.append(fCondition.empty() ? " where " : " and ")
-                .append(Join({path, " is ", ValueText(operand)}));
+            if (operand.fIsStored && !IsOrdered(path)) {
+                fCondition.append(fCondition.empty() ? " where " : " and ")
+                    .append(ConditionText(path, operand, test));
+            }
             return true;
         });
+    }
+
+    // Whether the rule names the setting in its order, and so in its text anyway.
+    bool IsOrdered(std::string_view path) const {
+        bool isOrdered = false;
+        ForEachPath(FindPart(*fRule, "ordered"), [&](std::string_view other) {
+            isOrdered = isOrdered || other == path;
+        });
+        return isOrdered;
+    }
+
+    // A value that may be any but one is not shown: it may be a password.
+    static String
+    ConditionText(std::string_view path, Operand const& operand, POSObject const& test) {
+        POSObject const* const other = FindPart(test, "not");
+        return other ? Join({path, " is not ", Listed(operand, *other)})
+                     : Join({path, " is ", ValueText(operand)});
     }
 
     void CheckThen(POSObject const* then) {
@@ -134,12 +159,27 @@ private:
         ForPair(paths, [this](std::string_view path, std::string_view other) {
             Operand const some = Look(path);
             Operand const others = Look(other);
-            POSObject const* const common = FindCommon(some.fValue, others.fValue);
-            if (common) {
-                String const found = PlainText(*common);
-                Report(path, Join({"expected no element of ", other, ", found ", found}));
+            if (IsArray(some) && IsArray(others)) {
+                CheckDisjoint(path, ItemsOf(some), other, TextsIn(ItemsOf(others)));
             }
         });
+    }
+
+    // Reports the elements of some that are among others.
+    void CheckDisjoint(
+        std::string_view path,
+        Vector<Ref<POSObject>> const& some,
+        std::string_view other,
+        TextSet const& others) {
+        for (std::size_t i = 0; i < some.size(); ++i) {
+            if (others.contains(BytesOf(*some[i]))) {
+                String element(path);
+                AppendIndexStep(element, i);
+                Report(
+                    element,
+                    Join({"expected no element of ", other, ", found ", PlainText(*some[i])}));
+            }
+        }
     }
 
     void CheckExclusive(POSObject const* paths) {
@@ -230,7 +270,7 @@ private:
         SchemaRule limits;
         limits.fType =
             operand.fRule.fType == RuleType::kCheck ? RuleType::kAny : operand.fRule.fType;
-        SetLimit(limits, RuleKey::kIn, test, &IsArray);
+        SetLimit(limits, RuleKey::kIn, test, &IsArrayValue);
         if (IsNumber(operand)) {
             SetLimit(limits, RuleKey::kMin, test, &IsNumberValue);
             SetLimit(limits, RuleKey::kMax, test, &IsNumberValue);
@@ -249,7 +289,7 @@ private:
         }
     }
 
-    static bool IsArray(POSObject const& value) noexcept {
+    static bool IsArrayValue(POSObject const& value) noexcept {
         return KindOf(value) == ValueKind::kArray;
     }
     static bool IsNumberValue(POSObject const& value) noexcept {
@@ -259,26 +299,21 @@ private:
         return operand.fValue && KindOf(*operand.fValue) == ValueKind::kNumber;
     }
 
-    // An element of some that is one of others too; null if there is none. Only names and strings
-    // are compared.
-    static POSObject const* FindCommon(POSObject const* some, POSObject const* others) {
-        if (!IsOfType(some, gArrayType) || !IsOfType(others, gArrayType)) {
-            return nullptr;
+    static bool IsArray(Operand const& operand) noexcept {
+        return operand.fValue && IsArrayValue(*operand.fValue);
+    }
+    static Vector<Ref<POSObject>> const& ItemsOf(Operand const& array) noexcept {
+        return static_cast<POSArray const*>(array.fValue)->fItems;
+    }
+
+    // The names and strings among items; other elements are not compared.
+    static TextSet TextsIn(Vector<Ref<POSObject>> const& items) {
+        TextSet texts;
+        for (Ref<POSObject> const& item : items) {
+            texts.insert(BytesOf(*item));
         }
-        std::unordered_set<
-            std::string_view,
-            std::hash<std::string_view>,
-            std::equal_to<>,
-            CallerAllocator<std::string_view>>
-            known;
-        for (Ref<POSObject> const& element : static_cast<POSArray const*>(others)->fItems) {
-            known.insert(BytesOf(*element));
-        }
-        auto const& items = static_cast<POSArray const*>(some)->fItems;
-        auto const common = std::ranges::find_if(items, [&](Ref<POSObject> const& element) {
-            return !BytesOf(*element).empty() && known.contains(BytesOf(*element));
-        });
-        return common == items.end() ? nullptr : common->Get();
+        texts.erase(std::string_view());
+        return texts;
     }
 
     static String Listed(Operand const& operand, POSObject const& value) {

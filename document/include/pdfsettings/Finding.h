@@ -8,7 +8,9 @@
 #include <cstddef>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
+#include <vector>
 
 namespace pdfsettings {
 
@@ -40,7 +42,8 @@ public:
         std::string path,
         std::string message,
         std::optional<Span> span = {},
-        std::optional<Place> where = {});
+        std::optional<Place> where = {},
+        std::vector<Finding> related = {});
 
     Severity Level() const noexcept;
 
@@ -60,6 +63,10 @@ public:
     // position of its first byte. Nothing for values without a text.
     std::optional<pdfsettings::Span> Bytes() const noexcept;
     std::optional<Place> Where() const noexcept;
+
+    // The other settings that a rule between settings was violated with: their paths, values in
+    // their messages, and positions.
+    std::span<Finding const> Related() const noexcept;
 
     friend PDFSETTINGS_API bool operator==(Finding const& left, Finding const& right);
 

@@ -16,8 +16,10 @@
 namespace pdfsettings {
 
 namespace detail {
+struct ConstraintData;
 struct RuleData;
-}
+class ConstraintCheck;
+} // namespace detail
 
 // The rule of a schema for one setting. Immutable; does not depend on its Schema.
 class PDFSETTINGS_API Rule {
@@ -74,6 +76,34 @@ private:
     std::shared_ptr<detail::RuleData const> fData;
 };
 
+// A rule of a schema between settings. Immutable; does not depend on its Schema.
+class PDFSETTINGS_API Constraint {
+public:
+    // Not movable: every constraint has its contents.
+    Constraint(Constraint const&) noexcept = default;
+    Constraint& operator=(Constraint const&) noexcept = default;
+    ~Constraint() = default;
+
+    // Whether settings that violate it are rejected, or advised against.
+    Severity Level() const noexcept;
+
+    // The paths of the settings that it is about, those to change first at the beginning.
+    std::span<std::string const> Paths() const noexcept;
+
+    // What must hold, with values in the syntax of a file: "CompatibilityLevel is at least 1.5
+    // where GrayImageAutoFilterStrategy is /JPEG2000"; and why, empty if the schema does not say.
+    std::string const& Text() const noexcept;
+    std::string const& Help() const noexcept;
+
+private:
+    friend class Schema;
+
+    PDFSETTINGS_LOCAL explicit Constraint(
+        std::shared_ptr<detail::ConstraintData const> data) noexcept;
+
+    std::shared_ptr<detail::ConstraintData const> fData;
+};
+
 // A schema for validating settings. Immutable; copies share their contents.
 class PDFSETTINGS_API Schema {
 public:
@@ -98,13 +128,17 @@ public:
 
     std::string const& Text() const noexcept;
 
-    // A text that validates as Text() does, without comments, labels, descriptions, defaults and
-    // groups. The component gets this text, since it reads its schema at each validation.
+    // A text that validates each setting as Text() does, without comments, labels, descriptions,
+    // defaults, groups and constraints. The component gets this text, since it reads its schema at
+    // each validation.
     std::string const& RulesText() const noexcept;
 
     // The rules in the schema's order, each before those nested in it. A structure nested in itself
     // is listed once.
     std::span<Rule const> Rules() const noexcept;
+
+    // The rules between settings, in the schema's order.
+    std::span<Constraint const> Constraints() const noexcept;
 
     // The labels of the groups in their order, and the rules of one group in its order.
     std::span<std::string const> Groups() const noexcept;
@@ -126,6 +160,7 @@ public:
 
 private:
     friend class Settings;
+    friend class detail::ConstraintCheck;
 
     struct Data;
 

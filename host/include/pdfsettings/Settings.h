@@ -88,6 +88,9 @@ public:
     // know is valid. Throws Error as Component::Shared.
     Findings Validate() const;
 
+    // What the schema advises against, by its rules between settings; no reason to refuse settings.
+    Findings Warnings() const;
+
     // What the schema would reject, and does not reject now, if this value were stored at a path;
     // or why it cannot be stored. Changes nothing.
     Findings Check(std::string_view path, Value const& value) const;
@@ -187,6 +190,9 @@ public:
 
     // What the schema rejects in the result and does not reject in the settings before the change.
     Findings Check() const;
+
+    // What the schema advises against in the result and did not before the change.
+    Findings Warnings() const;
 
     // Makes the changes, unless Check() has findings: then nothing changes. Returns these findings;
     // empty if the changes were made. Problems that the settings already had do not prevent a
