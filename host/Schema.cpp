@@ -647,6 +647,15 @@ std::span<Constraint const> Schema::Constraints() const noexcept {
     return fData->fConstraints;
 }
 
+Sequence<Constraint> Schema::ConstraintsOf(std::string_view path) const {
+    std::vector<Constraint> constraints;
+    std::ranges::copy_if(
+        fData->fConstraints, std::back_inserter(constraints), [&](Constraint const& constraint) {
+            return std::ranges::find(constraint.Paths(), path) != constraint.Paths().end();
+        });
+    return detail::MakeSequence::From(std::move(constraints));
+}
+
 Sequence<Rule> Schema::RulesOf(std::string_view group) const {
     std::vector<Rule> rules;
     auto const found = std::ranges::find(fData->fGroups, group, &Group::fLabel);

@@ -405,6 +405,10 @@ Findings Settings::Edit::Check() const {
     return AsFindings(fState->Check());
 }
 
+Findings Settings::Edit::Warnings() const {
+    return AsFindings(fState->Warnings());
+}
+
 Findings Settings::Edit::Commit() {
     if (fState->fSettings->fDocument.Text() != fState->fBase.Text()) {
         throw Error(Fault::kConflict, "the settings have changed since this change began");

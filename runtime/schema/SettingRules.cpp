@@ -250,7 +250,7 @@ private:
         if (value && IsOfRuleType(operand.fRule, *value, mode)) {
             operand.fValue = value;
         }
-        if (operand.fIsStored) {
+        if (operand.fIsStored && std::ranges::find(fConcerned, path) == fConcerned.end()) {
             fConcerned.emplace_back(path);
         }
         return operand;

@@ -140,6 +140,9 @@ public:
     // The rules between settings, in the schema's order.
     std::span<Constraint const> Constraints() const noexcept;
 
+    // Those about the setting at a path.
+    Sequence<Constraint> ConstraintsOf(std::string_view path) const;
+
     // The labels of the groups in their order, and the rules of one group in its order.
     std::span<std::string const> Groups() const noexcept;
     Sequence<Rule> RulesOf(std::string_view group) const;

@@ -34,7 +34,7 @@ struct Request {
     std::vector<std::string> fProblems = {}; // why the changes are refused
     Status fStatus = Status::kDone;          // the status of the most important problem
     std::vector<Finding> fFindings = {};     // those of fProblems that are findings about settings
-    std::vector<Finding> fWarnings = {};     // new values that are read otherwise than they look
+    std::vector<Finding> fWarnings = {};     // of new values, and of rules that they violate
 };
 
 // Adds a problem. If there are several kinds, a problem of the call itself determines the status.
@@ -97,6 +97,9 @@ private:
                     InputName(file),
                     VisibleText(finding.Path()),
                     VisibleText(finding.Message())));
+        }
+        for (Finding const& finding : request.fEdit.Warnings()) {
+            request.fWarnings.push_back(finding);
         }
         Document const& after =
             request.fProblems.empty() ? request.fEdit.Result() : request.fSettings.Source();

@@ -57,13 +57,18 @@ std::string Line(char const* label, std::string const& text) {
     return text.empty() ? "" : fmt::format("  {:<9}{}\n", label, text);
 }
 
-std::string Paragraph(Rule const& rule) {
+std::string Paragraph(Rule const& rule, pdfsettings::Schema const& schema) {
+    std::string constraints;
+    for (pdfsettings::Constraint const& constraint : schema.ConstraintsOf(rule.Path())) {
+        bool const isError = constraint.Level() == pdfsettings::Severity::kError;
+        constraints += Line(isError ? "Rule" : "Advice", VisibleText(constraint.Text()));
+    }
     return VisibleText(rule.Path()) + "\n" +
            (rule.Help().empty() ? "" : "  " + VisibleText(rule.Help()) + "\n") +
            Line("Kind", VisibleText(KindText(rule))) + Line("Allowed", CommaList(rule.Allowed())) +
            Line("Range", RangeText(rule)) +
            Line("Default", rule.Default() != nullptr ? OneLine(*rule.Default()) : "") +
-           Line("Required", rule.IsRequired() ? "yes" : "");
+           Line("Required", rule.IsRequired() ? "yes" : "") + constraints;
 }
 
 // A line for each setting: key and description, aligned.
@@ -83,10 +88,10 @@ std::string RuleLines(Rules const& rules) {
 }
 
 // A paragraph for each setting with its whole rule.
-std::string RuleParagraphs(Rules const& rules) {
+std::string RuleParagraphs(Rules const& rules, pdfsettings::Schema const& schema) {
     std::string text;
     for (Rule const& rule : rules) {
-        text += (text.empty() ? "" : "\n") + Paragraph(rule);
+        text += (text.empty() ? "" : "\n") + Paragraph(rule, schema);
     }
     return text;
 }
@@ -118,7 +123,7 @@ public:
         Status status = Status::kDone;
         Rules const rules(schema.Rules().begin(), schema.Rules().end());
         Rules const chosen = fKeys.empty() ? rules : Choose(schema, status);
-        WriteResult(fOptions, fOptions.json ? AsJson(chosen) : AsText(chosen));
+        WriteResult(fOptions, fOptions.json ? AsJson(chosen, schema) : AsText(chosen, schema));
         return status;
     }
 
@@ -141,14 +146,14 @@ private:
         return chosen;
     }
 
-    std::string AsText(Rules const& rules) const {
-        return fKeys.empty() ? RuleLines(rules) : RuleParagraphs(rules);
+    std::string AsText(Rules const& rules, pdfsettings::Schema const& schema) const {
+        return fKeys.empty() ? RuleLines(rules) : RuleParagraphs(rules, schema);
     }
 
     // Throws Failure for a default that is nested too deep for JSON.
-    std::string AsJson(Rules const& rules) const {
+    std::string AsJson(Rules const& rules, pdfsettings::Schema const& schema) const {
         try {
-            return RulesDocument(rules, fOptions.schema);
+            return RulesDocument(rules, schema, fOptions.schema);
         } catch (Failure const& failure) {
             throw Failure(Status::kBadSchema, failure.what());
         }

@@ -67,7 +67,7 @@ Json FindingsJson(Items const& findings) {
 
 Json PlacedFindingJson(Finding const& finding) {
     bool const isError = finding.Level() == pdfsettings::Severity::kError;
-    return {
+    Json object{
         {"line", finding.Where()->line},
         {"column", finding.Where()->column},
         {"length", finding.Bytes()->Size()},
@@ -75,6 +75,15 @@ Json PlacedFindingJson(Finding const& finding) {
         {"id", finding.Id()},
         {"key", TextOrNull(finding.Path())},
         {"message", WellFormedText(finding.Message())}};
+    if (!finding.Related().empty()) {
+        object["related"] = List(finding.Related(), [](Finding const& related) {
+            return Json{
+                {"line", related.Where()->line},
+                {"column", related.Where()->column},
+                {"key", WellFormedText(related.Path())}};
+        });
+    }
+    return object;
 }
 
 void AddNumber(Json& object, char const* name, std::optional<double> const& number) {
@@ -83,7 +92,7 @@ void AddNumber(Json& object, char const* name, std::optional<double> const& numb
     }
 }
 
-Json RuleJson(Rule const& rule, std::string const& file) {
+Json RuleJson(Rule const& rule, pdfsettings::Schema const& schema, std::string const& file) {
     Json object{{"key", rule.Path()}, {"required", rule.IsRequired()}, {"kind", rule.KindName()}};
     if (!rule.ElementKindName().empty()) {
         object["of"] = rule.ElementKindName();
@@ -100,6 +109,13 @@ Json RuleJson(Rule const& rule, std::string const& file) {
     object["label"] = rule.Label();
     object["group"] = rule.Group();
     object["doc"] = rule.Help();
+    for (pdfsettings::Constraint const& constraint : schema.ConstraintsOf(rule.Path())) {
+        bool const isError = constraint.Level() == pdfsettings::Severity::kError;
+        object["rules"].push_back(
+            {{"rule", constraint.Text()},
+             {"severity", isError ? "error" : "warning"},
+             {"doc", constraint.Help()}});
+    }
     return object;
 }
 
@@ -153,8 +169,9 @@ std::string LayoutDocument(std::vector<FormattedFile> const& files) {
     return JsonText({{"version", 1}, {"files", std::move(list)}});
 }
 
-std::string RulesDocument(std::vector<Rule> const& rules, std::string const& file) {
-    auto settings = List(rules, [&file](Rule const& rule) { return RuleJson(rule, file); });
+std::string RulesDocument(
+    std::vector<Rule> const& rules, pdfsettings::Schema const& schema, std::string const& file) {
+    auto settings = List(rules, [&](Rule const& rule) { return RuleJson(rule, schema, file); });
     return JsonText({{"version", 1}, {"settings", std::move(settings)}});
 }
 

@@ -42,8 +42,12 @@ std::string CheckDocument(std::vector<CheckedFile> const& files);
 // {"version", "files": [{"file", "error", "differs"}]}
 std::string LayoutDocument(std::vector<FormattedFile> const& files);
 
-// {"version", "settings": [{"key", "required", "kind", …}]} with the rules of the schema in file.
-std::string RulesDocument(std::vector<pdfsettings::Rule> const& rules, std::string const& file);
+// {"version", "settings": [{"key", "required", "kind", …}]} with the rules of a schema, which was
+// read from file.
+std::string RulesDocument(
+    std::vector<pdfsettings::Rule> const& rules,
+    pdfsettings::Schema const& schema,
+    std::string const& file);
 
 // Settings, and the text after them in their file.
 struct SettingsOfJson {

@@ -50,7 +50,7 @@ FindingText(std::string const& file, Document const& document, Finding const& fi
     auto const [line, carets] = MakeExcerpt(document, *finding.Bytes());
     bool const isError = finding.Level() == Severity::kError;
     int const number = isError ? kRed : kYellow;
-    return fmt::format(
+    std::string text = fmt::format(
         "{}:{}:{}: {} {}{}{} [{}]\n{:>5} | {}\n      | {}\n",
         InputName(file),
         finding.Where()->line,
@@ -64,6 +64,15 @@ FindingText(std::string const& file, Document const& document, Finding const& fi
         line,
         carets.substr(0, carets.find('^')) +
             Colored(carets.substr(carets.find('^')), number, color));
+    for (Finding const& related : finding.Related()) {
+        text += fmt::format(
+            "{}:{}:{}: note: see {}\n",
+            InputName(file),
+            related.Where()->line,
+            related.Where()->column,
+            VisibleText(related.Path()));
+    }
+    return text;
 }
 
 std::string ErrorText(std::string const& file, pdfsettings::Error const& error) {

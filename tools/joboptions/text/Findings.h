@@ -11,8 +11,8 @@
 namespace joboptions {
 
 // "file:line:column: error: key: message [id]", and the line of the text with carets under the
-// span; with line ends. With color, severity and carets are coloured. REQUIRES: the finding has a
-// span in document.
+// span; with line ends. A line "file:line:column: note: see key" for each related setting. With
+// color, severity and carets are coloured. REQUIRES: the finding has a span in document.
 std::string FindingText(
     std::string const& file,
     pdfsettings::Document const& document,
