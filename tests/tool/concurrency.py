@@ -1,13 +1,15 @@
 #!/usr/bin/env python3
-"""Several programs change the same files at once: concurrency.py PROGRAM"""
+"""Files that several programs use at once, and inputs that are no files: concurrency.py PROGRAM"""
 
 import fcntl
 import os
+import socket
 import subprocess
 import sys
 import tempfile
 
 TIME_LIMIT = 300  # seconds; only a program that hangs meets it
+OLD = "<< /EmbedAllFonts false >> setalembicorparams\n"
 FAILURES = []
 
 
@@ -27,22 +29,33 @@ def write(path, text):
         file.write(text)
 
 
+def call(program, *arguments, **options):
+    """The exit status and the errors of a run."""
+    result = subprocess.run(
+        [program, *arguments], stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, encoding="utf-8",
+        timeout=TIME_LIMIT, check=False, **options)
+    return result.returncode, result.stderr
+
+
+def refused(message):
+    return 5, f"joboptions: error: {message}\n"
+
+
 def five_processes_lose_no_change(program):
     """Each of five processes changes a key of its own, again and again."""
     rounds, keys = 20, [f"K{number}" for number in range(5)]
-    write("a.joboptions", "<< /A 1 >> setalembicorparams\n")
+    write("a.joboptions", OLD)
     loop = (f'for i in $(seq {rounds}); do "{program}" set -q --allow-unknown --wait 120 a.joboptions $0=$i '
             "|| exit 1; done")
     processes = [subprocess.Popen(["bash", "-c", loop, key]) for key in keys]
     expect("all changes go through", [0] * 5, [p.wait(timeout=TIME_LIMIT) for p in processes])
-    values = subprocess.run(
-        [program, "get", "a.joboptions", *keys], capture_output=True, encoding="ascii", check=False)
-    expect("no change is lost", f"{rounds}\n" * 5, values.stdout)
+    text = read("a.joboptions")
+    expect("no change is lost", [], [key for key in keys if f"/{key} {rounds} " not in text])
     expect("nothing stays behind", ["a.joboptions"], os.listdir("."))
 
 
-def change_meanwhile(program, arguments, change):
-    """Runs set, which stops in the middle, until the pipe for its long report is read; what it says."""
+def change_meanwhile(program, arguments, changed):
+    """Runs set, which stops in the middle, until the pipe for its long report is read."""
     keys = [f"k{number:0249}" for number in range(40)]
     end, start = os.pipe()
     fcntl.fcntl(start, fcntl.F_SETPIPE_SZ, 4096)
@@ -52,109 +65,66 @@ def change_meanwhile(program, arguments, change):
             stdout=start, stderr=subprocess.PIPE, encoding="utf-8")
         os.close(start)
         report.read(1)
-        change()
+        write(changed, "other")
         while report.read(65536):
             pass
     errors = process.communicate(timeout=TIME_LIMIT)[1]
-    return process.returncode, errors.removesuffix("\n")
+    return process.returncode, errors
 
 
 def changes_meanwhile_are_conflicts(program):
-    """What others change while the program works is not overwritten."""
-    def replace(path, text):
-        write("new", text)
-        os.rename("new", path)
-
-    refusal = "joboptions: error: {}: changed since it was read"
-    write("a.joboptions", "<< /A 1 >> setalembicorparams\n")
-    old = os.stat("a.joboptions")
-
-    def rewrite():
-        """Other bytes, with the size and the time of the old ones."""
-        write("a.joboptions", "<< /A 2 >> setalembicorparams\n")
-        os.utime("a.joboptions", ns=(old.st_atime_ns, old.st_mtime_ns))
-
-    for arguments in (["a.joboptions"], ["a.joboptions", "-o", "./a.joboptions"]):
-        write("a.joboptions", "<< /A 1 >> setalembicorparams\n")
-        expect("a change in place", (5, refusal.format(arguments[-1])),
-               change_meanwhile(program, arguments, rewrite))
-        expect("the other's bytes", "<< /A 2 >> setalembicorparams\n", read("a.joboptions"))
-    for text in (None, "old"):
-        if text:
-            write("out", text)
-        arguments = ["a.joboptions", "-o", "out"]
-        expect("a change of the output", (5, refusal.format("out")),
-               change_meanwhile(program, arguments, lambda: replace("out", "other")))
-        expect("the other's output", "other", read("out"))
-    status, _ = change_meanwhile(
-        program, ["a.joboptions", "--overwrite-changed", "-o", "out"], lambda: replace("out", "x"))
-    expect("overwriting on demand", (0, True), (status, "k0" in read("out")))
-    expect("a touched file is no other", 0,
-           change_meanwhile(program, ["a.joboptions"], lambda: os.utime("a.joboptions", (0, 0)))[0])
+    """What others write while the program works is not overwritten, except on demand."""
+    for arguments, changed, outcome in (
+            (["a.joboptions"], "a.joboptions", refused("a.joboptions: changed since it was read")),
+            (["a.joboptions", "-o", "./a.joboptions"], "a.joboptions",
+             refused("./a.joboptions: changed since it was read")),
+            (["a.joboptions", "-o", "new"], "new", refused("new: changed since it was read")),
+            (["a.joboptions", "--overwrite-changed"], "a.joboptions", (0, "")),
+            (["a.joboptions", "--overwrite-changed", "-o", "out"], "out", (0, ""))):
+        write("a.joboptions", OLD)
+        expect(f"what is written meanwhile: {arguments}", outcome,
+               change_meanwhile(program, arguments, changed))
+        expect(f"who has written last: {arguments}", outcome[0] == 5, read(changed) == "other")
 
 
 def a_lock_is_waited_for_in_time(program):
     """Whoever holds the folder's lock too long is reported; what is no file needs no lock."""
-    write("a.joboptions", "<< /A 1 >> setalembicorparams\n")
+    write("a.joboptions", OLD)
     folder = os.open(".", os.O_RDONLY)
     fcntl.flock(folder, fcntl.LOCK_EX)
-
-    def run(*arguments):
-        result = subprocess.run(
-            [program, *arguments], capture_output=True, encoding="utf-8", timeout=TIME_LIMIT,
-            check=False)
-        return result.returncode, result.stderr
-
-    busy = ("joboptions: error: {}: another program is changing files in its folder; try again\n")
-    expect("a locked folder", (5, busy.format("a.joboptions")),
-           run("set", "--wait", "0.05", "a.joboptions", "EmbedAllFonts=true"))
-    expect("a locked output", (5, busy.format("b")),
-           run("export", "--wait", "0", "a.joboptions", "-o", "b"))
-    expect("standard output", 0, run("set", "a.joboptions", "EmbedAllFonts=true", "-o", "-")[0])
-    expect("a device", 0, run("set", "a.joboptions", "EmbedAllFonts=true", "-o", "/dev/null")[0])
-    expect("reading", 0, run("show", "a.joboptions")[0])
+    change = ["set", "--wait", "0.05", "a.joboptions", "EmbedAllFonts=true"]
+    busy = "{}: another program is changing files in its folder; try again"
+    for arguments, outcome in (
+            (change, refused(busy.format("a.joboptions"))),
+            (["export", "--wait", "0", "a.joboptions", "-o", "b"], refused(busy.format("b"))),
+            ([*change, "-n"], (0, "")),
+            ([*change, "-o", "-"], (0, "")),
+            ([*change, "-o", "/dev/null"], (0, "")),
+            (["show", "a.joboptions"], (0, ""))):
+        expect(f"in a locked folder: {arguments}", outcome, call(program, *arguments))
     os.close(folder)
-    expect("an unlocked folder", (0, ""),
-           run("set", "--wait", "0", "a.joboptions", "EmbedAllFonts=true"))
+    expect("in an unlocked folder", (0, ""), call(program, *change))
 
 
-def an_output_is_never_the_input(program):
-    """Another name of the same file is a file of its own, and its content is compared too."""
-    write("a.joboptions", "<< /A 1 >> setalembicorparams\n")
-    os.link("a.joboptions", "b")
-    words = [program, "set", "-q", "--allow-unknown", "a.joboptions", "A=2", "-o"]
-    expect("a hard link", 0, subprocess.run([*words, "b"], check=False).returncode)
-    expect("the input", "<< /A 1 >> setalembicorparams\n", read("a.joboptions"))
-    expect("the output", "<< /A 2 >> setalembicorparams\n", read("b"))
-    expect("another spelling", 0, subprocess.run([*words, "./a.joboptions"], check=False).returncode)
-    expect("the changed input", "<< /A 2 >> setalembicorparams\n", read("a.joboptions"))
-    with open("log", "w", encoding="ascii") as log:
-        log.write("first\n")
-        log.flush()
-        subprocess.run([program, "get", "b", "A", "-o", "/dev/stdout"], stdout=log, check=False)
-    expect("where standard output stands", "first\n2\n", read("log"))
-
-
-def what_is_no_file_is_refused_at_once(program):
+def what_is_no_file_is_read_only_by_descriptor(program):
     """A pipe by name would be waited for; one by descriptor is what the caller asked for."""
     os.mkfifo("pipe")
-    for arguments in (["show"], ["check"], ["get", "-n"], ["fmt", "--check"], ["unset"], ["set"]):
-        words = [program, *arguments, "pipe", *(["A"] if arguments[0] in ("get", "unset") else []),
-                 *(["A=1"] if arguments[0] == "set" else [])]
-        result = subprocess.run(words, capture_output=True, timeout=TIME_LIMIT, check=False)
-        expect(f"{arguments[0]} of a pipe", (3, b"joboptions: error: pipe: not a regular file\n"),
-               (result.returncode, result.stderr))
-    result = subprocess.run(
-        ["bash", "-c", f'"{program}" check <(echo "<< /EmbedAllFonts true >> setalembicorparams")'],
-        capture_output=True, timeout=TIME_LIMIT, check=False)
-    expect("a substituted process", (0, b""), (result.returncode, result.stderr))
+    for arguments in (["show", "pipe"], ["set", "pipe", "A=1"]):
+        expect(f"a pipe: {arguments}", (3, "joboptions: error: pipe: not a regular file\n"),
+               call(program, *arguments))
+    command = f'"{program}" set <(echo "{OLD.strip()}") EmbedAllFonts=true -o -'
+    expect("a substituted process", (0, ""), call("bash", "-c", command))
+    ours, theirs = socket.socketpair()
+    with theirs:
+        with ours:
+            ours.sendall(OLD.encode())
+        expect("a socket", (0, ""), call(program, "check", "-", stdin=theirs))
 
 
 def main():
     program = os.path.abspath(sys.argv[1])
     for test in (five_processes_lose_no_change, changes_meanwhile_are_conflicts,
-                 a_lock_is_waited_for_in_time, an_output_is_never_the_input,
-                 what_is_no_file_is_refused_at_once):
+                 a_lock_is_waited_for_in_time, what_is_no_file_is_read_only_by_descriptor):
         with tempfile.TemporaryDirectory() as folder:
             os.chdir(folder)
             test(program)

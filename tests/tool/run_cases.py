@@ -2,29 +2,29 @@
 """Runs a case file against a program: run_cases.py PROGRAM CASE_FILE [ADMIN_FOLDER]
 
 A case file is UTF-8 text. A line that begins with '@' is a directive, the lines up to the next one are
-its body, '#' lines before the first directive are comments:
+its body, and lines that begin with '# ' are comments:
 
   @input NAME       makes a file of the body, and the folders for it
   @admin NAME       the same in the administrator's folder, which is emptied before and after
   @mode NAME MODE   gives it permissions in octal
-  @size NAME SIZE   makes it so many bytes large, without filling them
   @link NAME PLACE  makes a link that leads to a place in the case's folder
-  @mtime NAME TIME  lets it have changed last so many seconds after 1970
   @run ARGS...      runs the program; the body is the expected standard output. In front of it:
-  @stdin PATH         for the next run: standard input comes from there (else it is empty); with
-                      socket: before it, through a socket
+  @stdin PATH         for the next run: standard input comes from there (else it is empty)
   @stdout-to PATH     for the next run: standard output goes there
   @largest SIZE       for the next run: no file may grow beyond so many bytes
                     and behind it:
   @json               the body is the expected standard output as JSON, in any layout
   @stderr             the body is the expected standard error (else none)
-  @stderr-lines N     it has so many lines, whatever they say
   @status N           the expected exit status (else 0)
+  @refused N        runs that write nothing but errors, and exit with N; in the body, each has a line
+                    of arguments and, indented below it, "< " and a line of standard input, if it reads
+                    one, and the errors, without the name of the program
+  @wrong            the same with 2, for calls whose errors end in a hint to the help
 
 In bodies and arguments \\xHH is a byte, \\{N*TEXT} is TEXT repeated N times and \\c at the end of a line
 drops its line end. Each file runs in an empty folder of its own, which is home too: its settings lie
-in data/ and its preferences in config/. In what is written, HOME and ADMIN stand for the two folders;
-so does ADMIN in names, and ADMIN/ in files.
+in data/ and its preferences in config/. All files have changed last at the same time. In what is
+written, HOME and ADMIN stand for the two folders; so does ADMIN in names, and ADMIN/ in files.
 """
 
 import difflib
@@ -34,12 +34,12 @@ import re
 import resource
 import shlex
 import shutil
-import socket
 import subprocess
 import sys
 import tempfile
 
 NEWLINE = b"\n"
+CHANGED = 1000000000  # when files have changed last: 2001-09-09T01:46:40Z
 TIME_LIMIT = 120  # seconds; only a program that hangs meets it
 
 
@@ -60,64 +60,63 @@ def json_output(body):
 class Run:
     """One call of the program and what is expected of it."""
 
-    def __init__(self, arguments, stdout):
+    def __init__(self, arguments, stdout=b"", stderr=b"", status=0):
         self.arguments = [decode(word) for word in shlex.split(arguments.replace("\\", "\\\\"))]
         self.title = arguments
         self.stdout = stdout
-        self.stderr = b""
-        self.stderr_lines = None
-        self.status = 0
-        self.stdin_from = os.devnull
-        self.stdout_to = None
-        self.largest = None
+        self.stderr = stderr
+        self.status = status
+        self.input = None
+        self.before = {}
+
+
+def refused_runs(body, status, hint=b""):
+    """The runs of a table of calls that fail."""
+    for row in re.split(r"\n(?! )", body.rstrip("\n")):
+        arguments, *lines = row.split("\n  ")
+        errors = "".join(f"joboptions: error: {line}\n" for line in lines if not line.startswith("< "))
+        run = Run(arguments, stderr=decode(errors) + hint, status=status)
+        if lines[0].startswith("< "):
+            run.input = decode(lines[0].removeprefix("< "))
+        yield run
 
 
 def parse(path):
-    """The files to make, as {name: bytes}, those of the administrator, permissions, times and runs."""
+    """What to make, as {directive: {name: value}}, and the runs."""
     with open(path, encoding="utf-8", newline="\n") as file:
-        parts = re.split(r"^@", file.read(), flags=re.MULTILINE)
-    if any(line and not line.startswith("#") for line in parts[0].splitlines()):
+        text = re.sub(r"^# .*\n", "", file.read(), flags=re.MULTILINE)
+    parts = re.split(r"^@", text, flags=re.MULTILINE)
+    if parts[0]:
         raise ValueError("text before the first directive")
-    inputs, admin, modes, times, sizes, links, runs, pending = {}, {}, {}, {}, {}, {}, [], {}
+    made, runs, pending = {"input": {}, "admin": {}, "mode": {}, "link": {}}, [], {}
     for part in parts[1:]:
         line, _, body = part.partition("\n")
         directive, _, argument = line.partition(" ")
-        if directive == "input":
-            inputs[argument] = decode(body)
-        elif directive == "admin":
-            admin[argument] = decode(body)
-        elif directive == "mtime":
-            name, _, seconds = argument.rpartition(" ")
-            times[name] = int(seconds)
-        elif directive == "mode":
-            name, _, mode = argument.rpartition(" ")
-            modes[name] = int(mode, 8)
-        elif directive == "size":
-            name, _, size = argument.rpartition(" ")
-            sizes[name] = int(size)
-        elif directive == "link":
-            name, _, place = argument.rpartition(" ")
-            links[name] = place
+        if directive in ("input", "admin"):
+            made[directive][argument] = decode(body)
+        elif directive in ("mode", "link"):
+            name, _, value = argument.rpartition(" ")
+            made[directive][name] = value
         elif directive in ("stdin", "stdout-to", "largest"):
             pending[directive] = argument
         elif directive == "run":
             runs.append(Run(argument, decode(body)))
-            runs[-1].stdin_from = pending.pop("stdin", os.devnull)
-            runs[-1].stdout_to = pending.pop("stdout-to", None)
-            runs[-1].largest = pending.pop("largest", None)
+            runs[-1].before, pending = pending, {}
         elif directive == "json":
             runs[-1].stdout = json_output(body)
         elif directive == "stderr":
             runs[-1].stderr = decode(body)
-        elif directive == "stderr-lines":
-            runs[-1].stderr_lines = int(argument)
         elif directive == "status":
             runs[-1].status = int(argument)
+        elif directive == "refused":
+            runs += refused_runs(body, int(argument))
+        elif directive == "wrong":
+            runs += refused_runs(body, 2, b"Try joboptions --help.\n")
         else:
             raise ValueError(f"unknown directive @{directive}")
     if not runs or pending:
         raise ValueError("nothing to run")
-    return inputs, admin, modes, times, sizes, links, runs
+    return made, runs
 
 
 def visible(data):
@@ -140,22 +139,13 @@ def make(folder, files):
         os.makedirs(os.path.dirname(path), exist_ok=True)
         with open(path, "wb") as file:
             file.write(content)
+        os.utime(path, (CHANGED, CHANGED))
 
 
 def clear(folder):
     """Leaves nothing in a folder."""
     shutil.rmtree(folder, ignore_errors=True)
     os.makedirs(folder)
-
-
-def open_input(place):
-    """A descriptor on a file or a folder, or on a socket, which no path leads to."""
-    if not place.startswith("socket:"):
-        return os.open(place, os.O_RDONLY)
-    ours, theirs = socket.socketpair()
-    with ours, open(place.removeprefix("socket:"), "rb") as file:
-        ours.sendall(file.read())
-    return theirs.detach()
 
 
 def execute(program, run, places):
@@ -166,25 +156,23 @@ def execute(program, run, places):
         XDG_CONFIG_HOME=os.path.join(os.getcwd(), "config"))
 
     def limit_files():
-        if run.largest:
-            resource.setrlimit(resource.RLIMIT_FSIZE, (int(run.largest), resource.RLIM_INFINITY))
+        if "largest" in run.before:
+            resource.setrlimit(resource.RLIMIT_FSIZE, (int(run.before["largest"]), resource.RLIM_INFINITY))
 
     # A folder can be standard input too, but Python opens none.
-    stdin = open_input(run.stdin_from)
-    with open(run.stdout_to or os.devnull, "wb") as stdout:
+    stdin = os.open(run.before.get("stdin", os.devnull), os.O_RDONLY)
+    with open(run.before.get("stdout-to", os.devnull), "wb") as stdout:
         result = subprocess.run(
-            [program.encode(), *run.arguments], stdin=stdin, env=environment, timeout=TIME_LIMIT,
-            stdout=stdout if run.stdout_to else subprocess.PIPE, stderr=subprocess.PIPE, check=False,
+            [program.encode(), *run.arguments], env=environment, timeout=TIME_LIMIT, check=False,
+            **({"stdin": stdin} if run.input is None else {"input": run.input}),
+            stdout=stdout if "stdout-to" in run.before else subprocess.PIPE, stderr=subprocess.PIPE,
             preexec_fn=limit_files)
     os.close(stdin)
     stdout, stderr = result.stdout or b"", result.stderr
     for place, name in places.items():
         stdout, stderr = (text.replace(place.encode(), name) for text in (stdout, stderr))
     problems = difference("standard output", run.stdout, stdout)
-    if run.stderr_lines is None:
-        problems += difference("standard error", run.stderr, stderr)
-    elif stderr.count(NEWLINE) != run.stderr_lines:
-        problems.append(f"{stderr.count(NEWLINE)} lines of errors, expected {run.stderr_lines}")
+    problems += difference("standard error", run.stderr, stderr)
     if result.returncode != run.status:
         problems.append(f"exit status {result.returncode}, expected {run.status}")
     return problems
@@ -192,26 +180,22 @@ def execute(program, run, places):
 
 def main():
     program, case_file, *admin_folder = (os.path.abspath(path) for path in sys.argv[1:])
-    inputs, admin, modes, times, sizes, links, runs = parse(case_file)
+    made, runs = parse(case_file)
     admin_place = "".join(admin_folder)
     failures = 0
     for place in admin_folder:
         clear(place)
-        make(place, admin)
+        make(place, made["admin"])
     with tempfile.TemporaryDirectory() as folder:
         os.chdir(folder)
         make(folder, {
-            name: content.replace(b"ADMIN/", admin_place.encode() + b"/") for name, content in inputs.items()})
+            name: content.replace(b"ADMIN/", admin_place.encode() + b"/")
+            for name, content in made["input"].items()})
         places = {os.getcwd(): b"HOME"} | {place: b"ADMIN" for place in admin_folder}
-        for name, mode in modes.items():
-            os.chmod(name, mode)
-        for name, size in sizes.items():
-            with open(name, "wb") as file:
-                file.truncate(size)
-        for name, place in links.items():
+        for name, mode in made["mode"].items():
+            os.chmod(name, int(mode, 8))
+        for name, place in made["link"].items():
             os.symlink(os.path.join(os.getcwd(), place), name.replace("ADMIN", admin_place))
-        for name, seconds in times.items():
-            os.utime(name.replace("ADMIN", admin_place), (seconds, seconds))
         for run in runs:
             problems = execute(program, run, places)
             failures += bool(problems)
