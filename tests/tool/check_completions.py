@@ -23,6 +23,14 @@ CASES = [
     (["completion", ""], ["bash", "zsh", "fish"], []),
 ]
 
+# Assignments: bash makes three words of them.
+ASSIGNMENTS = {
+    "bash": [(["set", "f", "EmbedAll"], ["EmbedAllFonts="], []),
+             (["set", "f", "AutoRotatePages", "=", "/P"], ["/PageByPage"], ["/All"])],
+    "zsh": [(["set", "f", "AutoRotatePages=/P"], ["AutoRotatePages=/PageByPage"], [])],
+    "fish": [(["set", "f", "AutoRotatePages=/P"], ["AutoRotatePages=/PageByPage"], [])],
+}
+
 
 def script(shell):
     return subprocess.run(
@@ -56,12 +64,7 @@ def zsh_offers(path, words):
     return lines.stdout.split("\n")
 
 
-def check(shell, offers, words, wanted, unwanted):
-    missing = [word for word in wanted if word not in offers]
-    wrong = [word for word in unwanted if word in offers]
-    if missing or wrong:
-        print(f"{shell}: {words}: missing {missing}, wrong {wrong}, offered {offers}")
-    return bool(missing or wrong)
+OFFERS = {"bash": bash_offers, "zsh": zsh_offers, "fish": fish_offers}
 
 
 def main():
@@ -69,25 +72,18 @@ def main():
     with tempfile.TemporaryDirectory() as folder:
         os.environ["HOME"] = folder
         os.environ["PATH"] = os.path.dirname(PROGRAM) + ":" + os.environ["PATH"]
-        paths = {}
-        for shell in ("bash", "zsh", "fish"):
-            paths[shell] = os.path.join(folder, shell)
-            with open(paths[shell], "w", encoding="utf-8") as file:
+        for shell, offers_of in OFFERS.items():
+            path = os.path.join(folder, shell)
+            with open(path, "w", encoding="utf-8") as file:
                 file.write(script(shell))
-            failures += subprocess.run([shell, "-n", paths[shell]], check=False).returncode != 0
-        for words, wanted, unwanted in CASES:
-            failures += check("bash", bash_offers(paths["bash"], words), words, wanted, unwanted)
-            failures += check("fish", fish_offers(paths["fish"], words), words, wanted, unwanted)
-            failures += check("zsh", zsh_offers(paths["zsh"], words), words, wanted, unwanted)
-        # Assignments: bash makes three words of them.
-        words = ["set", "f", "AutoRotatePages", "=", "/P"]
-        failures += check("bash", bash_offers(paths["bash"], words), words, ["/PageByPage"], ["/All"])
-        words = ["set", "f", "EmbedAll"]
-        failures += check("bash", bash_offers(paths["bash"], words), words, ["EmbedAllFonts="], [])
-        words = ["set", "f", "AutoRotatePages=/P"]
-        wanted = ["AutoRotatePages=/PageByPage"]
-        failures += check("fish", fish_offers(paths["fish"], words), words, wanted, [])
-        failures += check("zsh", zsh_offers(paths["zsh"], words), words, wanted, [])
+            failures += subprocess.run([shell, "-n", path], check=False).returncode != 0
+            for words, wanted, unwanted in CASES + ASSIGNMENTS[shell]:
+                offers = offers_of(path, words)
+                missing = [word for word in wanted if word not in offers]
+                wrong = [word for word in unwanted if word in offers]
+                if missing or wrong:
+                    failures += 1
+                    print(f"{shell}: {words}: missing {missing}, wrong {wrong}, offered {offers}")
     return 1 if failures else 0
 
 
