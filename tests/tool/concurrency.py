@@ -92,7 +92,7 @@ def a_lock_is_waited_for_in_time(program):
     write("a.joboptions", OLD)
     folder = os.open(".", os.O_RDONLY)
     fcntl.flock(folder, fcntl.LOCK_EX)
-    change = ["set", "--wait", "0.05", "a.joboptions", "EmbedAllFonts=true"]
+    change = ["set", "--wait", "0.5", "a.joboptions", "EmbedAllFonts=true"]
     busy = "{}: another program is changing files in its folder; try again"
     for arguments, outcome in (
             (change, refused(busy.format("a.joboptions"))),
