@@ -1,3 +1,4 @@
+#include "pdfsettings/Component.h"
 #include "pdfsettings/Settings.h"
 
 #include <gtest/gtest.h>
@@ -20,20 +21,24 @@ std::string Lines(Findings const& findings) {
     return lines;
 }
 
-Schema const& Rules() {
-    static Schema const kSchema = Schema::Parse(
+Schema Rules() {
+    return Schema::Parse(
         "< PDFSettings < optional < A < type number default 5 > B number L array M array "
         "S < type string default (x) > N D D D > > D < optional < Q name > > rules [ "
         "< ordered [ A B ] doc (why) > < disjoint [ L M ] severity warning > "
         "< when < S < not x > N/Q < in [ a b ] > > then < A < min 1 max 4 > B < is 2 > > > ] >");
-    return kSchema;
 }
+
+class Constraints : public testing::Test {
+    Component const fComponent = Component::Start();
+};
 
 } // namespace
 
-TEST(Constraints, AreInWordsWithTheSettingsToChangeFirst) {
+TEST_F(Constraints, AreInWordsWithTheSettingsToChangeFirst) {
+    Schema const schema = Rules();
     std::string words;
-    for (Constraint const& constraint : Rules().Constraints()) {
+    for (Constraint const& constraint : schema.Constraints()) {
         words += constraint.Level() == Severity::kError ? "error " : "warning ";
         for (std::string const& path : constraint.Paths()) {
             words += path + " ";
@@ -46,30 +51,29 @@ TEST(Constraints, AreInWordsWithTheSettingsToChangeFirst) {
         "error A B S N/Q | A is at least 1 and at most 4, and B is 2 where S is not (x) and "
         "N/Q is one of /a, /b | \n",
         words);
-    EXPECT_EQ(1U, Rules().ConstraintsOf("N/Q").size());
+    EXPECT_EQ(1U, schema.ConstraintsOf("N/Q").size());
 }
 
-TEST(Constraints, RejectOrAdviseAgainstValuesWithTheirPlaces) {
+TEST_F(Constraints, RejectOrAdviseAgainstValuesWithTheirPlaces) {
     auto const settings = Settings::Parse(
         "<< /A 3\n/B 2\n/L [ /x\n(y) ]\n/M [ (y) ]\n/S (z)\n/N << /Q /a >>\n>> setalembicorparams",
         Rules());
     EXPECT_EQ(
         "A 1: expected at most 2, the value of B, found 3: why < B 2\n",
         Lines(settings.Validate()));
-    EXPECT_EQ("L/1 4: expected no element of M, found (y) < M 5\n", Lines(settings.Warnings()));
+    EXPECT_EQ(
+        "L/1 4: expected no element of M, found (y) < L 3 < M 5\n", Lines(settings.Warnings()));
     // Values of all kinds reach the rules.
     EXPECT_EQ(
-        "B 1: expected 2, found 9 where S is not (x) and N/Q is /b < A 1 < S 1 < N/Q 1\n",
-        Lines(Settings::Parse(
-                  "<< /A 3 /B 9 /S (z) /N << /Q /b >> /D [ [ [ 1 ] ] ] >> setalembicorparams",
-                  Rules())
+        "B 1: expected 2, found 9 where S is not (x) and N/Q is /b < S 1 < N/Q 1 < A 1\n",
+        Lines(Settings::Parse("<< /A 3 /B 9 /S (z) /N << /Q /b >> >> setalembicorparams", Rules())
                   .Validate()));
     EXPECT_EQ(
         "A 1: expected at most 2, the value of B, found 5 (the default): why < B 1\n",
         Lines(Settings::Parse("<< /B 2 >> setalembicorparams", Rules()).Validate()));
 }
 
-TEST(Constraints, RefuseAChangeThatNewlyViolatesThem) {
+TEST_F(Constraints, RefuseAChangeThatNewlyViolatesThem) {
     auto settings = Settings::Parse("<< /A 3 /L [ /x ] >> setalembicorparams", Rules());
     auto refused = settings.Change();
     refused.Set("B", 2);

@@ -1,5 +1,6 @@
 // Every test of the program releases all that it had of the runtime.
 
+#include "pdfsettings/Schema.h"
 #include "runtime/objects/Diagnostics.h"
 
 #include <gtest/gtest.h>
@@ -7,6 +8,10 @@
 namespace {
 
 class LiveCountsCheck : public testing::EmptyTestEventListener {
+    // It stays, with the values of its rules.
+    void OnTestProgramStart(testing::UnitTest const& /*program*/) override {
+        pdfsettings::Schema::Standard();
+    }
     void OnTestStart(testing::TestInfo const& /*test*/) override { fBefore = bibrt::CountLive(); }
     void OnTestEnd(testing::TestInfo const& /*test*/) override {
         EXPECT_EQ(fBefore, bibrt::CountLive());
