@@ -151,6 +151,17 @@ public:
     // for "OtherNamespaces/*/Namespace". Null if there is none.
     Rule const* Find(std::string_view path) const;
 
+    // The rules whose path, label, description or group have all words of text, in any letter case,
+    // with any ending, in British or American spelling: "compression of grey images". What is said
+    // of the settings that a description names, and of those around a nested one, counts too.
+    Sequence<Rule> Search(std::string_view text) const;
+
+    // The rules whose path matches a pattern, in any letter case: * is any text, ? any letter.
+    Sequence<Rule> Matching(std::string_view pattern) const;
+
+    // The label of the group of that name in any letter case and spelling; empty if there is none.
+    std::string FindGroup(std::string_view name) const;
+
     // Whether the schema has no rule for a setting but has rules for others beside it: perhaps the
     // key is misspelled. Nothing is unknown in a dictionary that the schema does not restrict.
     bool IsUnknown(std::string_view path) const;

@@ -96,6 +96,26 @@ std::string RuleParagraphs(Rules const& rules, pdfsettings::Schema const& schema
     return text;
 }
 
+// All settings, group by group.
+std::string GroupedLines(pdfsettings::Schema const& schema) {
+    std::string text;
+    auto const add = [&text](std::string const& heading, Rules const& rules) {
+        if (!rules.empty()) {
+            text += (text.empty() ? "" : "\n") + heading + (heading.empty() ? "" : "\n") +
+                    RuleLines(rules);
+        }
+    };
+    for (std::string const& group : schema.Groups()) {
+        add("% " + VisibleText(group), schema.RulesOf(group));
+    }
+    Rules others;
+    std::ranges::copy_if(schema.Rules(), std::back_inserter(others), [](Rule const& rule) {
+        return rule.Group().empty();
+    });
+    add("", others);
+    return text;
+}
+
 // Writes what settings are for and which values they may have: a line for each, or the whole rules
 // of the named ones.
 class DescribeCommand final : public Command {
@@ -106,48 +126,96 @@ public:
               options,
               "describe",
               "Describe settings: meaning, kind, allowed values, default") {
-        AddArgument(Parser(), "KEY", fKeys, "Key or path; default: one line for each setting");
+        AddArgument(
+            Parser(),
+            "KEY",
+            fKeys,
+            "Key or path, a pattern such as 'Gray*', or a group, in any letter case; default: one "
+            "line for each setting");
+        Parser()
+            .add_option(
+                "--search", fSearch, "Find the settings whose description has all words of TEXT")
+            ->type_name("TEXT");
         AddSchema(Parser(), options);
         AddJson(Parser(), options);
         AddOptions(Parser(), options);
         Parser().footer("Examples:\n"
                         "  joboptions describe\n"
                         "  joboptions describe ColorImageResolution ColorImageDict/QFactor\n"
+                        "  joboptions describe 'gray*' fonts\n"
+                        "  joboptions describe --search 'compression of grey images'\n"
                         "  joboptions describe --json CompatibilityLevel");
     }
 
-    // Status::kDone, or Status::kNo if the schema lacks a key. The other settings are written in
-    // any case.
+    // Status::kDone, or Status::kNo if the schema lacks a key, or nothing is found. The other
+    // settings are written in any case.
     Status Run() const override {
         pdfsettings::Schema const schema = ReadSchema(fOptions);
-        Status status = Status::kDone;
-        Rules const rules(schema.Rules().begin(), schema.Rules().end());
-        Rules const chosen = fKeys.empty() ? rules : Choose(schema, status);
-        WriteResult(fOptions, fOptions.json ? AsJson(chosen, schema) : AsText(chosen, schema));
-        return status;
+        Choice choice;
+        if (fKeys.empty() && fSearch.empty()) {
+            choice.fRules.assign(schema.Rules().begin(), schema.Rules().end());
+        }
+        for (std::string const& key : fKeys) {
+            Choose(schema, key, choice);
+        }
+        if (!fSearch.empty()) {
+            AddFound(schema.Search(fSearch), fSearch, schema, choice);
+        }
+        WriteResult(
+            fOptions, fOptions.json ? AsJson(choice.fRules, schema) : AsText(choice, schema));
+        return choice.fStatus;
     }
 
 private:
-    Rules Choose(pdfsettings::Schema const& schema, Status& status) const {
-        Rules chosen;
-        for (std::string const& key : fKeys) {
-            std::size_t const before = chosen.size();
-            Rule const* const rule = schema.Find(key);
-            std::string const path = rule != nullptr ? rule->Path() : key;
-            std::ranges::copy_if(
-                schema.Rules(), std::back_inserter(chosen), [&path](Rule const& each) {
-                    return IsChosenBy(path, each);
-                });
-            if (chosen.size() == before) {
-                status = Status::kNo;
-                ReportMissing(key, schema);
-            }
+    struct Choice {
+        Rules fRules;
+        bool fIsNamed = true; // each by its key or path
+        Status fStatus = Status::kDone;
+    };
+
+    void Choose(pdfsettings::Schema const& schema, std::string const& key, Choice& choice) const {
+        if (key.find_first_of("*?") != std::string::npos && schema.Find(key) == nullptr) {
+            AddFound(schema.Matching(key), key, schema, choice);
+            return;
         }
-        return chosen;
+        std::string const path = PathOf(schema, key);
+        std::size_t const before = choice.fRules.size();
+        std::ranges::copy_if(
+            schema.Rules(), std::back_inserter(choice.fRules), [&path](Rule const& each) {
+                return IsChosenBy(path, each);
+            });
+        if (choice.fRules.size() == before) {
+            AddFound(schema.RulesOf(schema.FindGroup(key)), key, schema, choice);
+        }
     }
 
-    std::string AsText(Rules const& rules, pdfsettings::Schema const& schema) const {
-        return fKeys.empty() ? RuleLines(rules) : RuleParagraphs(rules, schema);
+    // The path of the rule for a key, which may have another letter case.
+    static std::string PathOf(pdfsettings::Schema const& schema, std::string const& key) {
+        if (Rule const* const rule = schema.Find(key)) {
+            return rule->Path();
+        }
+        auto const similar = schema.Matching(key);
+        return similar.size() == 1 ? similar.front().Path() : key;
+    }
+
+    void AddFound(
+        Rules const& found,
+        std::string const& key,
+        pdfsettings::Schema const& schema,
+        Choice& choice) const {
+        choice.fRules.insert(choice.fRules.end(), found.begin(), found.end());
+        choice.fIsNamed = choice.fIsNamed && found.empty();
+        if (found.empty()) {
+            choice.fStatus = Status::kNo;
+            ReportMissing(key, schema);
+        }
+    }
+
+    std::string AsText(Choice const& choice, pdfsettings::Schema const& schema) const {
+        if (fKeys.empty() && fSearch.empty()) {
+            return GroupedLines(schema);
+        }
+        return choice.fIsNamed ? RuleParagraphs(choice.fRules, schema) : RuleLines(choice.fRules);
     }
 
     // Throws Failure for a default that is nested too deep for JSON.
@@ -160,6 +228,10 @@ private:
     }
 
     void ReportMissing(std::string const& key, pdfsettings::Schema const& schema) const {
+        if (key == fSearch || key.find_first_of("*?") != std::string::npos) {
+            WriteError("no setting matches " + VisibleText(key), fOptions.quiet);
+            return;
+        }
         std::string const parent(format::ParentPath(key));
         std::string const name = schema.Suggest(key);
         std::string const meant = name.empty() || parent.empty() ? name : parent + "/" + name;
@@ -170,6 +242,7 @@ private:
     }
 
     std::vector<std::string> fKeys;
+    std::string fSearch;
 };
 
 } // namespace
