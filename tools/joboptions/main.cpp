@@ -35,6 +35,7 @@ public:
         for (auto* const make : {
                  kMakeShowCommand,
                  kMakeGetCommand,
+                 kMakeExplainCommand,
                  kMakeSetCommand,
                  kMakeUnsetCommand,
                  kMakeCheckCommand,

@@ -48,6 +48,7 @@ std::unique_ptr<Command> Make(CLI::App& program, Options& options) {
 // The commands. The file of each describes it.
 extern MakeCommand* const kMakeShowCommand;
 extern MakeCommand* const kMakeGetCommand;
+extern MakeCommand* const kMakeExplainCommand;
 extern MakeCommand* const kMakeSetCommand;
 extern MakeCommand* const kMakeUnsetCommand;
 extern MakeCommand* const kMakeCheckCommand;

@@ -169,6 +169,24 @@ std::string LayoutDocument(std::vector<FormattedFile> const& files) {
     return JsonText({{"version", 1}, {"files", std::move(list)}});
 }
 
+std::string ExplanationDocument(
+    std::vector<pdfsettings::ExplainedSetting> const& settings, std::string const& file) {
+    auto list = List(settings, [&file](pdfsettings::ExplainedSetting const& setting) {
+        Rule const& rule = setting.rule;
+        Value const* const standard = rule.Default();
+        return Json{
+            {"key", rule.Path()},
+            {"label", rule.Label()},
+            {"group", rule.Group()},
+            {"value", ValueOrNull(rule.Path(), setting.value, file)},
+            {"default", standard == nullptr ? Json() : ToJson(*standard, file)},
+            {"isStored", setting.isStored},
+            {"isChanged", setting.isChanged},
+            {"doc", rule.Help()}};
+    });
+    return JsonText({{"version", 1}, {"settings", std::move(list)}});
+}
+
 std::string RulesDocument(
     std::vector<Rule> const& rules, pdfsettings::Schema const& schema, std::string const& file) {
     auto settings = List(rules, [&](Rule const& rule) { return RuleJson(rule, schema, file); });

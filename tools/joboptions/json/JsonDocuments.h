@@ -3,6 +3,7 @@
 
 #include "pdfsettings/Compare.h"
 #include "pdfsettings/Finding.h"
+#include "pdfsettings/Review.h"
 #include "pdfsettings/Schema.h"
 #include "pdfsettings/Value.h"
 #include "tools/joboptions/text/Findings.h"
@@ -41,6 +42,11 @@ std::string CheckDocument(std::vector<CheckedFile> const& files);
 
 // {"version", "files": [{"file", "error", "differs"}]}
 std::string LayoutDocument(std::vector<FormattedFile> const& files);
+
+// {"version", "settings": [{"key", "label", "group", "value", "default", "isStored", "isChanged",
+// "doc"}]}.
+std::string ExplanationDocument(
+    std::vector<pdfsettings::ExplainedSetting> const& settings, std::string const& file);
 
 // {"version", "settings": [{"key", "required", "kind", …}]} with the rules of a schema, which was
 // read from file.
