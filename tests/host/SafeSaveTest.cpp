@@ -16,6 +16,7 @@
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <thread>
+#include <tuple>
 #include <unistd.h>
 
 using namespace pdfsettings;
@@ -42,27 +43,7 @@ protected:
         return warnings.empty() ? message : warnings.front();
     }
 
-    // Makes a file and replaces it while a call fails, once each time or always.
-    void ExpectSaved(char const* call, int error, bool isAlways) const {
-        std::string const file = fFolder / "a";
-        SystemCallsDouble calls;
-        for (char const* const bytes : {"made", "replaced"}) {
-            isAlways ? calls.FailAlways(call, error) : calls.FailNext(call, error);
-            EXPECT_EQ(Save(file, bytes), "") << call << error;
-            EXPECT_EQ(ReadBytes(file), bytes) << call << error;
-        }
-        EXPECT_TRUE(calls.HasFailed()) << call << error;
-        std::filesystem::remove(file);
-    }
-
     std::string FirstName() const { return fFolder.Names().substr(0, fFolder.Names().find(' ')); }
-
-    // Right after an exchange: opens the new file for writing and changes the old one, as another
-    // program who was done with it would have.
-    int Disturb(std::string const& file) const {
-        fFolder.Make(FirstName(), "OLD");
-        return open(file.c_str(), O_WRONLY | O_CLOEXEC);
-    }
 
     static std::string SaveByAnotherThread(std::string const& path) {
         std::string message;
@@ -167,12 +148,12 @@ TEST_F(SafeSaveTest, LeavesTheFileWholeWhereItFails) {
 }
 
 TEST_F(SafeSaveTest, SaysWhichCallFailed) {
-    struct {
-        char const* fCall;
-        int fError;
-        char const* fMessage;
-        bool fIsSaved = false;
-    } const kCases[] = {
+    constexpr char kLocalOnly[] =
+        "it is on a network file system: programs on other machines are not locked out";
+    constexpr char kUnlocked[] = "its folder cannot be locked: other programs are not locked out";
+    constexpr char kUnread[] = "its folder may not be read: other programs are not locked out";
+    std::string const file = fFolder.Make("a", "old");
+    std::tuple<char const*, int, char const*> const kFailing[] = {
         {"faccessat", EACCES, "read-only: Permission denied"},
         {"faccessat", EROFS, "read-only: Read-only file system"},
         {"faccessat", EIO, "Input/output error"},
@@ -180,15 +161,23 @@ TEST_F(SafeSaveTest, SaysWhichCallFailed) {
         {"fsync", EIO, "Input/output error"},
         {"flock", EBADF, "Bad file descriptor"},
         {"flock", EIO, "Input/output error"},
-        {"flock", ENOLCK, "its folder cannot be locked: other programs are not locked out", true},
-        {"folder", EACCES, "its folder may not be read: other programs are not locked out", true},
+        {"flock", ENOLCK, kUnlocked},
+        {"folder", EACCES, kUnread},
     };
-    for (auto const& [call, error, message, isSaved] : kCases) {
-        std::string const file = fFolder.Make("a", "old");
+    for (auto const& [call, error, message] : kFailing) {
+        fFolder.Make("a", "old");
         SystemCallsDouble calls;
         calls.FailNext(call, error);
         EXPECT_EQ(Save(file, "new"), message) << call;
+        bool const isSaved = message == kUnlocked || message == kUnread;
         EXPECT_EQ(ReadBytes(file), isSaved ? "new" : "old") << call;
+    }
+    for (long const network : {0x6969L, 0xFF534D42L, 0x01021997L}) { // NFS, SMB, 9P
+        SystemCallsDouble calls;
+        calls.SetFileSystem(network);
+        EXPECT_EQ(Save(file, "new"), kLocalOnly);
+        EXPECT_EQ(calls.Count("flock"), 2);
+        EXPECT_EQ(calls.Count("lease"), 0);
     }
     // The bytes are on the disk before the name leads to them, and then the name is.
     SystemCallsDouble calls;
@@ -198,36 +187,25 @@ TEST_F(SafeSaveTest, SaysWhichCallFailed) {
         }
     });
     EXPECT_EQ(
-        Save(fFolder / "a", "new"),
-        "its folder could not be flushed: a power failure may undo the save");
-}
-
-TEST_F(SafeSaveTest, ExpectsNoLeasesOnANetwork) {
-    std::string const file = fFolder.Make("a", "old");
-    for (long const kind : {0x6969L, 0xFF534D42L, 0x01021997L}) { // NFS, SMB, 9P
-        SystemCallsDouble calls;
-        calls.SetFileSystem(kind);
-        EXPECT_EQ(
-            Save(file, "new"),
-            "it is on a network file system: programs on other machines are not locked out");
-        EXPECT_EQ(calls.Count("flock"), 2);
-        EXPECT_EQ(calls.Count("lease"), 0);
-    }
+        Save(file, "new"), "its folder could not be flushed: a power failure may undo the save");
 }
 
 TEST_F(SafeSaveTest, WaitsForALeaseNoLongerThanItMay) {
     std::string const file = fFolder.Make("a", "old");
     int const leased = open(file.c_str(), O_RDWR | O_CLOEXEC);
     auto const handler = std::signal(SIGIO, SIG_IGN);
-    auto const expectEndOf = [](std::function<void()> const& way) {
-        SystemCallsDouble const calls;
-        EXPECT_EQ(MessageOf(way), "another program does not release its lease on it; try again");
-        EXPECT_LT(calls.Count(), 40);
+    std::function<void()> const kWays[] = {
+        [&] { LookAt(file, kNoWaiting); },
+        [&] { SaveSafely(file, "new", kNoWaiting); },
+        [&] { FileLock const lock(file, kNoWaiting); },
     };
-    if (fcntl(leased, F_SETLEASE, F_WRLCK) == 0) {
-        expectEndOf([&] { LookAt(file, kNoWaiting); });
-        expectEndOf([&] { SaveSafely(file, "new", kNoWaiting); });
-        expectEndOf([&] { FileLock const lock(file, kNoWaiting); });
+    for (auto const& way : kWays) {
+        SystemCallsDouble const calls;
+        if (fcntl(leased, F_SETLEASE, F_WRLCK) == 0) {
+            EXPECT_EQ(
+                MessageOf(way), "another program does not release its lease on it; try again");
+            EXPECT_LT(calls.Count(), 40);
+        }
     }
     close(leased);
     std::signal(SIGIO, handler);
@@ -247,50 +225,42 @@ TEST_F(SafeSaveTest, PutsNoOtherFileInPlaceThanTheOneThatItWrote) {
     EXPECT_EQ(ReadBytes(file), "old");
 }
 
-TEST_F(SafeSaveTest, ReplacesOnlyWhatWasSeen) {
-    std::string const file = fFolder / "a";
-    auto const absent = LookAt(file);
-    fFolder.Make("a", "");
-    EXPECT_EQ(CodeOf([&] { SaveSafely(file, "new", absent); }), Fault::kConflict);
-    EXPECT_EQ(MessageOf([&] { SaveSafely(file, "new", LookAt(file)); }), "");
-    std::filesystem::remove(file);
-    EXPECT_EQ(CodeOf([&] { SaveSafely(file, "newer", "new"); }), Fault::kConflict);
-    EXPECT_EQ(fFolder.Names(), "");
-}
-
 TEST_F(SafeSaveTest, GoesOnWhereTheSystemLacksACallOrIsInterrupted) {
-    std::pair<char const*, int> const kCases[] = {
-        {"write", EINTR},
-        {"pread", EINTR},
-        {"syscall", EINTR},
-        {"syscall", ENOSYS},
-        {"syscall", EPERM},
-        {"nameless", EOPNOTSUPP},
-        {"linkat", ENOENT},
-        {"exchange", EINVAL},
-        {"noreplace", EINVAL},
-        {"lease", EINVAL},
-        {"lease", EACCES},
-        {"flistxattr", EOPNOTSUPP},
-        {"fgetxattr", EOPNOTSUPP},
-        {"fremovexattr", EOPNOTSUPP},
-        {"faccessat", EINVAL},
+    constexpr bool kLasts = true;
+    std::tuple<char const*, int, bool> const kFailing[] = {
+        {"write", EINTR, !kLasts},
+        {"pread", EINTR, !kLasts},
+        {"syscall", EINTR, !kLasts},
+        {"syscall", ENOSYS, kLasts},
+        {"syscall", EPERM, kLasts},
+        {"nameless", EOPNOTSUPP, kLasts},
+        {"linkat", ENOENT, kLasts},
+        {"exchange", EINVAL, kLasts},
+        {"noreplace", EINVAL, kLasts},
+        {"lease", EINVAL, kLasts},
+        {"lease", EACCES, kLasts},
+        {"flistxattr", EOPNOTSUPP, kLasts},
+        {"fgetxattr", EOPNOTSUPP, kLasts},
+        {"fremovexattr", EOPNOTSUPP, kLasts},
+        {"faccessat", EINVAL, !kLasts},
     };
-    for (auto const& [call, error] : kCases) {
-        bool const isOnce = error == EINTR || call == std::string_view("faccessat");
-        ExpectSaved(call, error, /*isAlways=*/false);
-        ExpectSaved(call, error, !isOnce);
+    std::string const file = fFolder / "a";
+    for (auto const& [call, error, lasts] : kFailing) {
+        SystemCallsDouble calls;
+        for (char const* const bytes : {"made", "replaced", "replaced again"}) {
+            lasts&& calls.HasFailed() ? calls.FailAlways(call, error) : calls.FailNext(call, error);
+            EXPECT_EQ(Save(file, bytes), "") << call << error;
+            EXPECT_EQ(ReadBytes(file), bytes) << call << error;
+        }
+        EXPECT_TRUE(calls.HasFailed()) << call << error;
+        std::filesystem::remove(file);
     }
-}
-
-TEST_F(SafeSaveTest, TakesANameThatIsFreeByALinkOrByMoving) {
+    // A name that is free is taken by a link, or by moving where there are no links.
     SystemCallsDouble calls;
     calls.FailAlways("noreplace", EINVAL);
-    calls.FailNext("linkat", EXDEV); // from now on files have names from the start
-    EXPECT_EQ(Save(fFolder / "linked", "linked"), "");
-    calls.FailAlways("linkat", EPERM);
+    calls.FailAlways("linkat", EXDEV);
     EXPECT_EQ(Save(fFolder / "moved", "moved"), "");
-    EXPECT_EQ(fFolder.Names(), "linked moved ");
+    EXPECT_EQ(fFolder.Names(), "moved ");
 }
 
 TEST_F(SafeSaveTest, LocksAreHadOneAfterTheOther) {
@@ -358,26 +328,6 @@ TEST_F(SafeSaveTest, WaitsForAWriterAndGivesUpInTime) {
     EXPECT_EQ(fFolder.Names(), "a ");
 }
 
-TEST_F(SafeSaveTest, KeepsANewFileThatSomebodyBeganToWriteBeforeItWasTakenBack) {
-    std::string const file = fFolder.Make("a", "old");
-    int writer = -1;
-    std::optional<SystemCallsDouble> calls(std::in_place);
-    calls->AfterEach([&](int) {
-        writer = calls->Count("exchange") == 1 && writer < 0 ? Disturb(file) : writer;
-    });
-    std::string const message = Save(file, "new");
-    calls.reset();
-    EXPECT_EQ(write(writer, "NEW", 3), 3);
-    close(writer);
-    std::string const kept = FirstName();
-    EXPECT_EQ(
-        message,
-        "changed since it was read, and again meanwhile: its old content is kept as " + kept +
-            " in its folder");
-    EXPECT_EQ(ReadBytes(file), "OLD");
-    EXPECT_EQ(ReadBytes(fFolder / kept), "NEW");
-}
-
 TEST_F(SafeSaveTest, AChildNeitherKeepsNorEndsALock) {
     std::string const file = fFolder.Make("a", "old");
     pid_t const parent = getpid();
@@ -398,30 +348,4 @@ TEST_F(SafeSaveTest, AChildNeitherKeepsNorEndsALock) {
     close(toChild[0]);
     close(toChild[1]);
     wait(nullptr);
-}
-
-TEST_F(SafeSaveTest, DeletesWhatWasLeftBehindOnlyIfNothingIsLost) {
-    std::string const file = fFolder.Make("a", "old");
-    std::string const left = ".joboptions-0123456789abcdef0123456789abcdef.new";
-    std::string const other = ".joboptions-0123456789abcdef.new";
-    std::string const warning = "an interrupted save left " + left +
-                                " in its folder; delete it if you do not need its content";
-    fFolder.Make(other, "new");
-    fFolder.Make(left, "new");
-    {
-        // As long as the save has not succeeded, these may be the only copy of its bytes.
-        SystemCallsDouble calls;
-        calls.FailAlways("write", ENOSPC);
-        EXPECT_EQ(Save(file, "new"), "No space left on device");
-        EXPECT_EQ(ReadBytes(fFolder / left), "new");
-    }
-    // One that has it open may still write.
-    int const writer = open((fFolder / left).c_str(), O_WRONLY | O_CLOEXEC);
-    EXPECT_EQ(Save(file, "new"), warning);
-    close(writer);
-    fFolder.Make(left, "else");
-    EXPECT_EQ(Save(file, "new"), warning);
-    fFolder.Make(left, "new");
-    EXPECT_EQ(Save(file, "new"), "");
-    EXPECT_EQ(fFolder.Names(), other + " a ");
 }

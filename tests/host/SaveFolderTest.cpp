@@ -16,10 +16,10 @@
 #include <map>
 #include <optional>
 #include <random>
+#include <set>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
-#include <utility>
 
 using namespace pdfsettings;
 using support::SystemCallsDouble;
@@ -30,24 +30,19 @@ constexpr gid_t kOurGroup = 2000;
 constexpr gid_t kForeignGroup = 3000;
 constexpr uid_t kOtherUser = 1234;
 constexpr char kLeftover[] = ".joboptions-00000000000000000000000000000000.new";
+constexpr char kForeign[] = ".joboptions-0000000000000000.new"; // not quite a leftover
 
 // Only root can give files away; for others all belong to them.
 bool CanGive() {
     return geteuid() == 0;
 }
 
-struct Owner {
-    uid_t fUser;
-    gid_t fGroup;
-
-    bool operator==(Owner const&) const = default;
-};
-
 // What can be seen of an item of a folder.
 struct Item {
     std::string fBytes; // where a link leads
     mode_t fMode = 0;   // with its kind
-    Owner fOwner{};
+    uid_t fUser = 0;
+    gid_t fGroup = 0;
     std::string fList;
     std::string fNote; // an attribute
     ino_t fFile = 0;
@@ -59,10 +54,9 @@ struct Item {
 using Items = std::map<std::string, Item>;
 
 void PrintTo(Item const& item, std::ostream* out) {
-    *out << item.fBytes << " mode " << std::oct << item.fMode << std::dec << " owner "
-         << item.fOwner.fUser << ":" << item.fOwner.fGroup << " list "
-         << testing::PrintToString(item.fList) << " note " << item.fNote << " file " << item.fFile
-         << " at " << item.fModified;
+    *out << item.fBytes << " mode " << std::oct << item.fMode << std::dec << " owner " << item.fUser
+         << ":" << item.fGroup << " list " << testing::PrintToString(item.fList) << " note "
+         << item.fNote << " file " << item.fFile << " at " << item.fModified;
 }
 
 Item LookAtItem(std::string const& path) {
@@ -72,7 +66,8 @@ Item LookAtItem(std::string const& path) {
     return {
         isLink ? std::filesystem::read_symlink(path).string() : support::ReadBytes(path),
         status.st_mode,
-        {status.st_uid, status.st_gid},
+        status.st_uid,
+        status.st_gid,
         isLink ? "" : support::Attribute(path, support::kAccessList),
         isLink ? "" : support::Attribute(path, "user.note"),
         status.st_ino,
@@ -91,16 +86,94 @@ Items LookAtAll(support::TemporaryFolder const& folder) {
 void ExpectNoWiderAccess(Item const& item, Item const& old) {
     for (uid_t const user : {uid_t{7777}, uid_t{8888}}) {
         for (gid_t const group : {getegid(), kOurGroup, kForeignGroup, gid_t{4000}}) {
-            int const before =
-                support::RightsOf(user, group, old.fOwner.fGroup, old.fMode, old.fList);
-            int const now =
-                support::RightsOf(user, group, item.fOwner.fGroup, item.fMode, item.fList);
+            int const before = support::RightsOf(user, group, old.fGroup, old.fMode, old.fList);
+            int const now = support::RightsOf(user, group, item.fGroup, item.fMode, item.fList);
             EXPECT_EQ(now & ~before, 0) << user << ":" << group << "\n"
                                         << testing::PrintToString(old) << "\n"
                                         << testing::PrintToString(item);
         }
     }
 }
+
+// Another program that changes "a" and knows nothing of locks. It keeps a record of whose bytes it
+// wrote over: nobody else may lose what is there then.
+class OtherProgram {
+public:
+    explicit OtherProgram(support::TemporaryFolder const& folder) : fFolder(folder) {}
+
+    enum Action { kOpen, kReplace, kMakeAgain, kWrite, kMoveAway, kRemove, kTakeRights };
+
+    void Act(std::size_t action) {
+        std::string const file = fFolder / "a";
+        std::string const text = "other" + std::to_string(fCount++);
+        if (fOpen >= 0) {
+            Finish();
+        } else if (action == kOpen) {
+            fOpen = open(file.c_str(), O_RDWR | O_CLOEXEC);
+            fPending = text;
+        } else if (action == kTakeRights) {
+            chmod(file.c_str(), 0600);
+        } else if (action == kMoveAway) {
+            fOverwritten.insert(support::ReadBytes(fFolder / "moved"));
+            rename(file.c_str(), (fFolder / "moved").c_str());
+        } else {
+            fOverwritten.insert(support::ReadBytes(file));
+            Overwrite(action, file, text);
+        }
+    }
+
+    // Writes what is still to be written to the file that was opened.
+    void Finish() {
+        if (fOpen < 0) {
+            return;
+        }
+        char bytes[20];
+        ssize_t const size = pread(fOpen, bytes, sizeof bytes, 0);
+        fOverwritten.emplace(bytes, static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
+        EXPECT_EQ(ftruncate(fOpen, 0), 0);
+        EXPECT_EQ(
+            write(fOpen, fPending.data(), fPending.size()), static_cast<ssize_t>(fPending.size()));
+        close(fOpen);
+        fOpen = -1;
+        fWritten.insert(fPending);
+    }
+
+    // Whether something is left of what this wrote. Expects all of it that this did not write over
+    // itself.
+    bool IsAlive() const {
+        std::set<std::string> all;
+        for (auto const& [name, item] : LookAtAll(fFolder)) {
+            all.insert(item.fBytes);
+        }
+        bool isAlive = false;
+        for (std::string const& text : fWritten) {
+            isAlive = isAlive || !HasOverwritten(text);
+            EXPECT_TRUE(all.contains(text) || HasOverwritten(text)) << text;
+        }
+        return isAlive;
+    }
+
+    bool HasOverwritten(std::string const& text) const { return fOverwritten.contains(text); }
+
+private:
+    void Overwrite(std::size_t action, std::string const& file, std::string const& text) {
+        if (action == kMakeAgain || action == kRemove) {
+            std::filesystem::remove(file);
+        }
+        if (action != kRemove) {
+            std::string const made = fFolder.Make(action == kReplace ? "its" : "a", text);
+            std::filesystem::rename(made, file);
+            fWritten.insert(text);
+        }
+    }
+
+    support::TemporaryFolder const& fFolder;
+    std::set<std::string> fWritten;
+    std::set<std::string> fOverwritten;
+    std::string fPending;
+    int fOpen = -1;
+    int fCount = 0;
+};
 
 // One save in one folder.
 class World {
@@ -123,10 +196,22 @@ public:
         if (Below(4) == 0) {
             static char const* const kTexts[] = {"old", "new", "mine"};
             MakeRandomFile(kLeftover, kTexts[Below(3)]);
+            MakeRandomFile(kForeign, "new");
+            // One that has it open may still write.
+            fWriter =
+                Below(4) == 0 ? open((fFolder / kLeftover).c_str(), O_WRONLY | O_CLOEXEC) : -1;
         }
         fPath = fFolder / (Below(3) == 0 ? "link" : "a");
         fBefore = LookAtAll(fFolder);
     }
+
+    ~World() {
+        if (fWriter >= 0) {
+            close(fWriter);
+        }
+    }
+    World(World const&) = delete;
+    World& operator=(World const&) = delete;
 
     // The ways to run it; each checks what is there afterwards.
     void Save() {
@@ -135,7 +220,7 @@ public:
         }
         bool const isStale = Below(8) == 0;
         if (isStale) {
-            fSeen = "seen before";
+            fSeen = fHasOld && Below(2) == 0 ? std::nullopt : std::optional("seen before");
             fOnConflict = Below(2) == 0 ? OnConflict::kRefuse : OnConflict::kOverwrite;
         }
         bool const isRefused = isStale && fOnConflict == OnConflict::kRefuse;
@@ -200,30 +285,40 @@ public:
         return isSaved;
     }
 
-    // Another user takes all permissions of others, moves the file away or deletes it at a random
-    // call.
-    void SaveBesideAnother() {
-        unsigned long const kind = Below(3);
+    // Another program acts at random moments, and a call may fail. What the save says.
+    std::string SaveBesideAnother() {
+        if (IsReadOnly()) {
+            return "";
+        }
+        OtherProgram other(fFolder);
+        bool const takesRights = Below(4) == 0;
+        bool const isWatched = Below(4) == 0; // a kill would leave what is there between two calls
+        std::set<int> moments;
+        int const first = fCalls.Count() + static_cast<int>(Below(70));
+        for (std::size_t count = 1 + Below(3); count > 0; --count) {
+            moments.insert(first + static_cast<int>(Below(8)));
+        }
+        if (Below(4) == 0) {
+            fCalls.FailAt(static_cast<int>(Below(70)), EIO);
+        }
         bool hasActed = false;
-        fCalls.AfterEach([&, end = fCalls.Count() + 1 + static_cast<int>(Below(80))](int call) {
-            if (call >= end && !std::exchange(hasActed, true)) {
-                Act(kind);
+        fCalls.AfterEach([&](int call) {
+            if (moments.contains(call)) {
+                std::size_t const action = Below(OtherProgram::kTakeRights);
+                other.Act(takesRights ? std::size_t{OtherProgram::kTakeRights} : action);
+                hasActed = true;
+            }
+            if (isWatched) {
+                other.IsAlive();
             }
         });
-        Run();
-        fCalls.AfterEach(nullptr);
-        if (fHasOld && hasActed && kind == 0) {
+        TrySaving(std::chrono::milliseconds(4));
+        other.Finish();
+        CheckBeside(other);
+        if (fHasOld && hasActed && takesRights) {
             EXPECT_EQ(fNow["a"].fMode & 077U, 0U) << fMessage;
-            ExpectNoWiderAccess(fNow["a"], Old());
         }
-        if (fHasOld && hasActed && kind == 1) {
-            EXPECT_TRUE(fNow["moved"].fFile == Old().fFile || fNow["moved"].fBytes == "new");
-            ExpectNoWiderAccess(fNow["moved"], Old());
-        }
-        for (auto const& [name, item] : fNow) {
-            bool const isFile = item.fFile == Old().fFile || IsHidden(name);
-            EXPECT_TRUE(isFile || name == "a" || name == "moved" || item == fBefore[name]) << name;
-        }
+        return fMessage;
     }
 
 private:
@@ -262,31 +357,24 @@ private:
         utimensat(AT_FDCWD, file.c_str(), times, 0);
     }
 
-    void Act(unsigned long kind) {
-        std::string const file = fFolder / "a";
-        if (kind == 0) {
-            chmod(file.c_str(), 0600);
-        } else if (kind == 1) {
-            rename(file.c_str(), (fFolder / "moved").c_str());
-        } else {
-            unlink(file.c_str());
-        }
+    void TrySaving(std::chrono::milliseconds wait) {
+        fMessage = support::MessageOf(
+            [&] { fWarnings = SaveSafely(fPath, "new", fSeen, fOnConflict, wait); });
+        fCalls.FailAt(-1, 0);
+        fCalls.AfterEach(nullptr);
     }
 
     void Run() {
         long const descriptors = support::CountDescriptors();
-        fMessage = support::MessageOf([&] {
-            fWarnings = SaveSafely(fPath, "new", fSeen, fOnConflict, std::chrono::milliseconds(0));
-        });
-        fCalls.FailAt(-1, 0);
+        TrySaving(std::chrono::milliseconds(0));
         EXPECT_EQ(support::CountDescriptors(), descriptors);
         fNow = LookAtAll(fFolder);
     }
 
     Item const& Old() { return fBefore["a"]; }
     bool IsReadOnly() { return fHasOld && (Old().fMode & S_IWUSR) == 0; }
-    bool KeepsOwner() { return fIsRoot || Old().fOwner.fUser == geteuid(); }
-    bool KeepsGroup() { return fIsRoot || Old().fOwner.fGroup != kForeignGroup; }
+    bool KeepsOwner() { return fIsRoot || Old().fUser == geteuid(); }
+    bool KeepsGroup() { return fIsRoot || Old().fGroup != kForeignGroup; }
     bool KeepsList() { return fRefused != (Old().fList.empty() ? "fremovexattr" : "fsetxattr"); }
     bool KeepsNote() { return Old().fNote.empty() || fRefused != "fsetxattr"; }
 
@@ -298,6 +386,24 @@ private:
         return std::ranges::any_of(fWarnings, [&](std::string const& warning) {
             return warning.find(part) != std::string::npos;
         });
+    }
+
+    // The bytes that the save should have left are there, or the other program lost them, or there
+    // are its own.
+    void CheckBeside(OtherProgram const& other) {
+        fNow = LookAtAll(fFolder);
+        std::string const ours = fMessage.empty() ? "new" : "old";
+        bool isThere = ours == "old" && !fHasOld;
+        for (auto const& [name, item] : fNow) {
+            bool const isMovable = name == "a" || !fBefore.contains(name);
+            isThere = isThere || (isMovable && item.fBytes == ours);
+            bool const isOld = item.fFile == Old().fFile;
+            EXPECT_TRUE(isOld || isMovable || IsHidden(name) || item == fBefore[name]) << name;
+            if (isMovable && fHasOld && item.fBytes == "new") {
+                ExpectNoWiderAccess(item, Old());
+            }
+        }
+        EXPECT_TRUE(other.IsAlive() || isThere || other.HasOverwritten(ours)) << fMessage;
     }
 
     // All but the target.
@@ -349,10 +455,9 @@ private:
     void CheckSaved(bool isExact) {
         CheckNewFile(isExact);
         if (isExact) {
-            bool const isNeeded =
-                fBefore.contains(kLeftover) && fBefore[kLeftover].fBytes == "mine";
-            bool const isOld = fBefore.contains(kLeftover) && fBefore[kLeftover].fBytes == "old";
-            EXPECT_EQ(fNow.contains(kLeftover), isNeeded || (isOld && !fHasOld));
+            std::string const left = fBefore.contains(kLeftover) ? fBefore[kLeftover].fBytes : "";
+            bool const isNeeded = left == "mine" || (left == "old" && !fHasOld) || fWriter >= 0;
+            EXPECT_EQ(fNow.contains(kLeftover), isNeeded);
             EXPECT_EQ(fWarnings, ExpectedWarnings());
         }
     }
@@ -392,8 +497,8 @@ private:
     }
 
     void CheckKept(Item const& item) {
-        EXPECT_EQ(item.fOwner.fUser, KeepsOwner() ? Old().fOwner.fUser : geteuid());
-        EXPECT_EQ(item.fOwner.fGroup, KeepsGroup() ? Old().fOwner.fGroup : getegid());
+        EXPECT_EQ(item.fUser, KeepsOwner() ? Old().fUser : geteuid());
+        EXPECT_EQ(item.fGroup, KeepsGroup() ? Old().fGroup : getegid());
         EXPECT_EQ(item.fNote, KeepsNote() ? Old().fNote : "");
         mode_t const mode = Old().fMode & ~mode_t{S_ISUID | S_ISGID};
         if (!KeepsList()) {
@@ -404,7 +509,7 @@ private:
         } else {
             // The group's members are among the others now.
             auto const rights = [](gid_t group, Item const& of) {
-                return support::RightsOf(8888, group, of.fOwner.fGroup, of.fMode, of.fList);
+                return support::RightsOf(8888, group, of.fGroup, of.fMode, of.fList);
             };
             EXPECT_EQ(item.fMode & (S_IRWXU | S_ISVTX), mode & (S_IRWXU | S_ISVTX));
             EXPECT_EQ(rights(5000, item), rights(5000, Old()) & rights(kForeignGroup, Old()));
@@ -422,6 +527,7 @@ private:
     std::mt19937 fRandom;
     support::TemporaryFolder fFolder;
     SystemCallsDouble fCalls;
+    int fWriter = -1; // has the leftover open
     std::string fPath;
     std::optional<std::string> fSeen;
     OnConflict fOnConflict = OnConflict::kRefuse;
@@ -460,6 +566,14 @@ TEST(SaveFolder, HoldsTheOldFileOrTheNewOneWithAllTraitsAfterAKill) {
     EXPECT_GT(saved, 10);
 }
 
-TEST(SaveFolder, LosesNothingOfWhatAnotherProgramDoesWithTheFile) {
-    ForEachWorld(1000, [](World& world) { world.SaveBesideAnother(); });
+TEST(SaveFolder, LosesNoBytesOfAnotherProgramWhateverItDoesBetweenTheCalls) {
+    int conflicts = 0;
+    int kept = 0;
+    ForEachWorld(2000, [&](World& world) {
+        std::string const message = world.SaveBesideAnother();
+        conflicts += message.starts_with("changed") ? 1 : 0;
+        kept += message.find("kept as") != std::string::npos ? 1 : 0;
+    });
+    EXPECT_GT(conflicts, 100);
+    EXPECT_GT(kept, 1);
 }

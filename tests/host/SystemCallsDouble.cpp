@@ -1,13 +1,8 @@
 #include "tests/host/SystemCallsDouble.h"
 
 #include <cerrno>
-#include <cstdio>
 #include <fcntl.h>
 #include <linux/openat2.h>
-#include <map>
-#include <optional>
-#include <set>
-#include <string>
 #include <sys/file.h>
 #include <sys/random.h>
 #include <sys/stat.h>
@@ -15,86 +10,97 @@
 #include <sys/vfs.h>
 #include <sys/xattr.h>
 #include <unistd.h>
-#include <utility>
 
 extern "C" int __real_fchown(int a, uid_t b, gid_t c);
 
+namespace support {
+
 namespace {
 
-struct Plan {
-    bool fIsActive = false;
-    int fCalls = 0;
-    std::map<std::string, int, std::less<>> fCounts;
-    long fFileSystem = 0;
-    int fFailing = 0;
-    bool fFailsLater = false;
-    int fError = 0;
-    std::pair<std::string_view, int> fNext;
-    std::map<std::string_view, int> fAlways;
-    std::optional<std::set<gid_t>> fGroups;
-    std::function<void(int)> fAction;
-    bool fHasFailed = false;
-};
+SystemCallsDouble* gDouble = nullptr; // the one that lives, unless it is asleep
 
-Plan gPlan;
+} // namespace
 
-// The error that a call is to fail with, or 0.
-int ErrorOf(std::string_view name) {
-    bool const isNth = gPlan.fFailing > 0 && (gPlan.fFailsLater ? gPlan.fCalls >= gPlan.fFailing
-                                                                : gPlan.fCalls == gPlan.fFailing);
-    if (isNth) {
-        return gPlan.fError;
-    }
-    if (name == gPlan.fNext.first) {
-        return std::exchange(gPlan.fNext, {}).second;
-    }
-    auto const always = gPlan.fAlways.find(name);
-    return always == gPlan.fAlways.end() ? 0 : always->second;
+SystemCallsDouble::SystemCallsDouble() {
+    gDouble = this;
 }
 
-// One call of a name: what it gives, or -1 when it is its turn to fail.
+SystemCallsDouble::~SystemCallsDouble() {
+    gDouble = nullptr;
+}
+
+int SystemCallsDouble::ErrorOf(std::string_view name) {
+    if (fNth > 0 && (fFailsLater ? fCount >= fNth : fCount == fNth)) {
+        return fError;
+    }
+    auto const failing = fFailing.find(name);
+    if (failing == fFailing.end()) {
+        return 0;
+    }
+    Failure const failure = failing->second;
+    if (!failure.fIsLasting) {
+        fFailing.erase(failing);
+    }
+    return failure.fError;
+}
+
+void SystemCallsDouble::Act() {
+    if (fAction) {
+        int const error = errno;
+        gDouble = nullptr;
+        fAction(fCount);
+        gDouble = this;
+        errno = error;
+    }
+}
+
 template <class Call>
-auto Pass(std::string_view name, Call call) -> decltype(call()) {
-    if (!gPlan.fIsActive) {
+auto SystemCallsDouble::Pass(std::string_view name, Call call) -> decltype(call()) {
+    if (gDouble == nullptr) {
         return call();
     }
-    ++gPlan.fCalls;
-    ++gPlan.fCounts[std::string(name)];
+    ++gDouble->fCount;
+    ++gDouble->fCounts[std::string(name)];
     decltype(call()) result = -1;
-    if (int const error = ErrorOf(name); error != 0) {
-        gPlan.fHasFailed = true;
+    if (int const error = gDouble->ErrorOf(name); error != 0) {
+        gDouble->fHasFailed = true;
         errno = error;
     } else {
         result = call();
     }
-    if (gPlan.fAction && name != "lease") {
-        int const error = errno;
-        gPlan.fIsActive = false;
-        gPlan.fAction(gPlan.fCalls);
-        gPlan.fIsActive = true;
-        errno = error;
+    if (name != "lease") {
+        gDouble->Act();
     }
     return result;
 }
 
 // As fchown does for a program that is not root's.
-int GiveAsUser(int file, uid_t user, gid_t group) {
+int SystemCallsDouble::Give(int file, uid_t user, gid_t group) {
     struct stat status {};
+    if (gDouble == nullptr || !gDouble->fGroups) {
+        return __real_fchown(file, user, group);
+    }
     bool const isOurs =
         fstat(file, &status) == 0 && (user == static_cast<uid_t>(-1) || user == status.st_uid);
-    if (!isOurs || !gPlan.fGroups->contains(group)) {
+    if (!isOurs || !gDouble->fGroups->contains(group)) {
         errno = EPERM;
         return -1;
     }
     return __real_fchown(file, status.st_uid, group);
 }
 
-int OnFileSystem(int result, struct statfs* status) {
-    if (gPlan.fIsActive && gPlan.fFileSystem != 0) {
-        status->f_type = gPlan.fFileSystem;
+int SystemCallsDouble::OnFileSystem(int result, struct statfs* status) {
+    if (gDouble != nullptr && gDouble->fFileSystem != 0) {
+        status->f_type = gDouble->fFileSystem;
     }
     return result;
 }
+
+} // namespace support
+
+namespace {
+
+using support::SystemCallsDouble;
 
 bool IsNameless(int flags) {
     return (flags & O_TMPFILE) == O_TMPFILE;
@@ -121,7 +127,7 @@ extern "C" {
 #define SUPPORT_WRAP_AS(result, call, parameters, name, work) \
     result __real_##call parameters; \
     result __wrap_##call parameters { \
-        return Pass(name, [&]() -> result { return work; }); \
+        return SystemCallsDouble::Pass(name, [&]() -> result { return work; }); \
     }
 // One that does what it always does.
 #define SUPPORT_WRAP(result, call, parameters, arguments) \
@@ -149,8 +155,9 @@ SUPPORT_WRAP(ssize_t, write, (int a, void const* b, size_t c), (a, b, c))
 
 SUPPORT_WRAP_AS(int, fcntl, (int a, int b, long c), b == F_SETLEASE ? "lease" : "fcntl", __real_fcntl(a, b, c))
 SUPPORT_WRAP_AS(int, fchown, (int a, uid_t b, gid_t c), "fchown",
-    gPlan.fGroups ? GiveAsUser(a, b, c) : __real_fchown(a, b, c))
-SUPPORT_WRAP_AS(int, fstatfs, (int a, struct statfs* b), "fstatfs", OnFileSystem(__real_fstatfs(a, b), b))
+    SystemCallsDouble::Give(a, b, c))
+SUPPORT_WRAP_AS(int, fstatfs, (int a, struct statfs* b), "fstatfs",
+    SystemCallsDouble::OnFileSystem(__real_fstatfs(a, b), b))
 SUPPORT_WRAP_AS(int, openat, (int a, char const* b, int c, mode_t d), NameOfOpening(c), __real_openat(a, b, c, d))
 SUPPORT_WRAP_AS(int, renameat2, (int a, char const* b, int c, char const* d, unsigned e), NameOfRenaming(e),
     __real_renameat2(a, b, c, d, e))
@@ -162,60 +169,8 @@ SUPPORT_WRAP_AS(long, syscall, (long a, long b, char const* c, open_how const* d
 int __real_close(int file);
 int __wrap_close(int file) {
     int const closed = __real_close(file);
-    return Pass("close", [&] { return closed; });
+    return SystemCallsDouble::Pass("close", [&] { return closed; });
 }
 
 } // extern "C"
 #pragma GCC visibility pop
-
-namespace support {
-
-SystemCallsDouble::SystemCallsDouble() {
-    gPlan = {};
-    gPlan.fIsActive = true;
-}
-
-SystemCallsDouble::~SystemCallsDouble() {
-    gPlan = {};
-}
-
-void SystemCallsDouble::BeUserOf(std::set<gid_t> groups) {
-    gPlan.fGroups = std::move(groups);
-}
-
-void SystemCallsDouble::FailAt(int n, int error, bool andAllLater) {
-    gPlan.fFailing = gPlan.fCalls + n;
-    gPlan.fFailsLater = andAllLater;
-    gPlan.fError = error;
-}
-
-void SystemCallsDouble::FailNext(std::string_view name, int error) {
-    gPlan.fNext = {name, error};
-}
-
-void SystemCallsDouble::FailAlways(std::string_view name, int error) {
-    gPlan.fAlways[name] = error;
-}
-
-void SystemCallsDouble::SetFileSystem(long kind) {
-    gPlan.fFileSystem = kind;
-}
-
-void SystemCallsDouble::AfterEach(std::function<void(int)> action) {
-    gPlan.fAction = std::move(action);
-}
-
-int SystemCallsDouble::Count() const {
-    return gPlan.fCalls;
-}
-
-int SystemCallsDouble::Count(std::string_view name) const {
-    auto const found = gPlan.fCounts.find(name);
-    return found == gPlan.fCounts.end() ? 0 : found->second;
-}
-
-bool SystemCallsDouble::HasFailed() const {
-    return gPlan.fHasFailed;
-}
-
-} // namespace support
