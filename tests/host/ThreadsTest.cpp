@@ -18,7 +18,16 @@ using support::TemporaryFolder;
 namespace {
 
 constexpr int kThreads = 4;
-constexpr int kRounds = 20;
+
+// Calls work with the number of each thread, twenty times on each.
+template <class Work>
+void DoOften(Work work) {
+    support::DoTogether(kThreads, [&](int number) {
+        for (int round = 0; round < 20; ++round) {
+            work(number);
+        }
+    });
+}
 
 Schema const& SmallSchema() {
     static Schema const kSchema =
@@ -62,46 +71,34 @@ TEST_F(Threads, EachUseTheirOwnSettings) {
     for (char const* const name : {"/a.joboptions", "/b.joboptions"}) {
         SaveSafely(UserFolder().string() + name, "x");
     }
-    support::DoTogether(kThreads, [&](int number) {
-        for (int round = 0; round < kRounds; ++round) {
-            UseSettings(fFolder / std::to_string(number), number);
-        }
-    });
+    DoOften([&](int number) { UseSettings(fFolder / std::to_string(number), number); });
 }
 
 TEST_F(Threads, ReadTheSameSettingsAndValues) {
     Component const component = Component::Start();
     Settings const settings = Settings::Parse(TextWith(7), SmallSchema());
-    support::DoTogether(kThreads, [&](int number) {
-        for (int round = 0; round < kRounds; ++round) {
-            Settings copy = settings;
-            Dictionary values = settings.Values();
-            values.Set("B/0", number);
-            EXPECT_EQ(values.Find("B/0")->As<int>(), number);
-            EXPECT_TRUE(copy.Change().Set("A", number).Commit().empty());
-            EXPECT_EQ(copy.Get<int>("A"), number);
-            EXPECT_EQ(settings.Get<int>("A"), 7);
-            EXPECT_EQ(settings.Values().Find("B/0")->As<Name>().text, "x");
-            EXPECT_TRUE(settings.Validate().empty());
-            EXPECT_FALSE(settings.CanonicalText().empty());
-        }
+    DoOften([&](int number) {
+        Settings copy = settings;
+        Dictionary values = settings.Values();
+        values.Set("B/0", number);
+        EXPECT_EQ(values.Find("B/0")->As<int>(), number);
+        EXPECT_TRUE(copy.Change().Set("A", number).Commit().empty());
+        EXPECT_EQ(copy.Get<int>("A"), number);
+        EXPECT_EQ(settings.Get<int>("A"), 7);
+        EXPECT_EQ(settings.Values().Find("B/0")->As<Name>().text, "x");
+        EXPECT_TRUE(settings.Validate().empty());
+        EXPECT_FALSE(settings.CanonicalText().empty());
     });
-}
-
-void StartAndStop() {
-    auto const code = support::CodeOf([] {
-        Component const component = Component::Start();
-        EXPECT_TRUE(Settings::Parse(TextWith(1), SmallSchema()).Validate().empty());
-    });
-    EXPECT_TRUE(!code || code == Fault::kInUse);
 }
 
 // One of them at a time: the others get an error.
 TEST_F(Threads, StartAndStopTheComponent) {
-    support::DoTogether(kThreads, [](int /*number*/) {
-        for (int round = 0; round < kRounds; ++round) {
-            StartAndStop();
-        }
+    DoOften([](int number) {
+        auto const code = support::CodeOf([number] {
+            Component const component = Component::Start();
+            EXPECT_TRUE(Settings::Parse(TextWith(number), SmallSchema()).Validate().empty());
+        });
+        EXPECT_TRUE(!code || code == Fault::kInUse);
     });
 }
 

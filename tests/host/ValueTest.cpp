@@ -66,7 +66,6 @@ TEST(Value, EqualsWhatMeansTheSame) {
         HexString{"x"},
         Array(),
         Array::Of({1}),
-        Array::Of({1, 2}),
         Array::Of({2, 1}),
         Array::Of({Array::Of({1})}),
         Dictionary(),
@@ -151,67 +150,6 @@ TEST(Value, MayBeReplacedByAPartOfItself) {
     EXPECT_EQ(value, Value(7));
 }
 
-namespace {
-
-// A dictionary, and a document that the same changes are made in.
-struct Pair {
-    Dictionary fDictionary;
-    Document fDocument;
-    std::string fText; // of its values
-};
-
-// Makes a change where both can: a text has no form for an empty dictionary.
-template <class InDictionary, class InText>
-void Change(Pair& pair, InDictionary inDictionary, InText inText) {
-    Document changed = pair.fDocument;
-    auto const code = support::CodeOf([&] { changed = inText(changed); });
-    if (code != Fault::kUnwritable) {
-        EXPECT_EQ(support::CodeOf([&] { inDictionary(pair.fDictionary); }), code);
-        pair.fDocument = changed;
-        pair.fText = Value(changed.Values()).Text();
-    }
-}
-
-// Copies one of them over another, or changes it at a random path.
-void ChangeOne(std::vector<Pair>& all, std::mt19937& random, int step) {
-    Pair& pair = all[random() % all.size()];
-    std::string path(1, static_cast<char>('A' + random() % 20));
-    while (random() % 2 == 0) {
-        path += std::string("/") + "AB012"[random() % 5];
-    }
-    Value const value = random() % 2 == 0 ? Value(step) : Value(Array::Of({step}));
-    unsigned long const action = random() % 8;
-    if (action == 0) {
-        all[random() % all.size()] = Pair(pair);
-    } else if (action < 5) {
-        Change(
-            pair,
-            [&](Dictionary& values) { values.Set(path, value); },
-            [&](Document const& document) { return document.With(path, value); });
-    } else if (pair.fDictionary.Find(path) != nullptr) {
-        Change(
-            pair,
-            [&](Dictionary& values) { EXPECT_TRUE(values.Remove(path)); },
-            [&](Document const& document) { return document.Without(path); });
-    } else {
-        EXPECT_FALSE(pair.fDictionary.Remove(path)) << path;
-    }
-}
-
-} // namespace
-
-// Dictionaries that share their values with copies of themselves.
-TEST(Dictionary, ChangesAtPathsAsATextAndApartFromItsCopies) {
-    std::mt19937 random(1);
-    std::vector<Pair> all(3, {{}, Document(std::string()), "<< >>"});
-    for (int step = 0; step < support::Rounds(4000) && !testing::Test::HasFailure(); ++step) {
-        ChangeOne(all, random, step);
-        for (Pair const& pair : all) {
-            ASSERT_EQ(Value(pair.fDictionary).Text(), pair.fText) << "in step " << step;
-        }
-    }
-}
-
 TEST(Dictionary, FindsByKeysAndPositions) {
     Dictionary settings = Dictionary::Of(
         {{"Plain", 1},
@@ -243,4 +181,21 @@ TEST(Dictionary, FindsByKeysAndPositions) {
     settings.SetKey("a/b", 11);
     EXPECT_EQ(settings.Find("a/b"), nullptr);
     EXPECT_EQ(*settings.FindKey("a/b"), Value(11));
+}
+
+// So many have an index.
+TEST(Dictionary, OfManyKeysFindsEachAndIsApartFromItsCopies) {
+    Dictionary many;
+    for (int i = 0; i < 40; ++i) {
+        many.SetKey("K" + std::to_string(i), i);
+    }
+    Dictionary const copy = many;
+    EXPECT_TRUE(many.Remove("K3"));
+    many.SetKey("K40", 40);
+    EXPECT_EQ(many.Find("K3"), nullptr);
+    EXPECT_EQ(copy.Find("K40"), nullptr);
+    for (int i = 4; i < 40; ++i) {
+        EXPECT_EQ(*many.Find("K" + std::to_string(i)), Value(i));
+        EXPECT_EQ(*copy.Find("K" + std::to_string(i)), Value(i));
+    }
 }
