@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <tuple>
 
 namespace pdfsettings {
 
@@ -89,13 +90,25 @@ TEST(Document, AgreesWithTheComponentOnGeneratedTexts) {
     EXPECT_GT(readable, 6000U);
 }
 
-TEST(Document, FindsAllThatIsWrongInOnePlace) {
-    Document const document("<< /AlembicorData 1 /AlembicorData 2 >> setalembicorparams");
-    std::vector<std::string> ids;
-    for (Finding const& finding : document.Findings()) {
-        ids.push_back(std::to_string(finding.Bytes()->begin) + " " + finding.Id());
+// Of equal keys the last one counts.
+TEST(Document, KnowsThePlaceOfEachKeyAndValue) {
+    Document const document("% /A 0\r\n<</A/x/B [ <FE>% 1\n [ (a\\)b) 010 ]]/A 12abc /C 1"
+                            "/C<</D(/D 1)>> >> setalembicorparams /E 1");
+    std::tuple<char const*, char const*, char const*> const kCases[] = {
+        {"A", "/A", "12"},
+        {"B", "/B", "[ <FE>% 1\n [ (a\\)b) 010 ]]"},
+        {"B/0", "", "<FE>"},
+        {"B/1", "", "[ (a\\)b) 010 ]"},
+        {"B/1/1", "", "010"},
+        {"C", "/C", "<</D(/D 1)>>"},
+        {"C/D", "/D", "(/D 1)"},
+    };
+    for (auto const& [path, key, value] : kCases) {
+        DocumentEntry const* const entry = document.Find(path);
+        ASSERT_NE(entry, nullptr) << path;
+        EXPECT_EQ(document.Text().substr(entry->key.begin, entry->key.Size()), key) << path;
+        EXPECT_EQ(document.Text().substr(entry->value.begin, entry->value.Size()), value) << path;
     }
-    EXPECT_EQ(ids, (std::vector<std::string>{"3 reserved-key", "20 duplicate", "20 reserved-key"}));
 }
 
 // As deep as the component reads on the same stack, and deeper.
