@@ -69,7 +69,7 @@ protected:
         chmod(fFolder.Path().c_str(), 0755);
         std::filesystem::create_directory(fFolder / "roots");
         fFolder.Make("roots/a", "root's");
-        chmod((fFolder / "roots/a").c_str(), 0644);
+        chmod(fRootsFile.c_str(), 0644);
     }
 
     // A folder that everybody may write to, and a file of the attacker in it.
@@ -85,12 +85,10 @@ protected:
     // Whether root's file is as it was, and alone.
     bool IsSafe() const {
         struct stat status {};
-        return lstat((fFolder / "roots/a").c_str(), &status) == 0 && status.st_uid == 0 &&
+        return lstat(fRootsFile.c_str(), &status) == 0 && status.st_uid == 0 &&
                status.st_gid == 0 && status.st_mode == (S_IFREG | 0644) &&
-               ReadBytes(fFolder / "roots/a") == "root's" &&
-               std::distance(
-                   std::filesystem::directory_iterator(fFolder / "roots"),
-                   std::filesystem::directory_iterator()) == 1;
+               ReadBytes(fRootsFile) == "root's" &&
+               std::distance(begin(std::filesystem::directory_iterator(fRoots)), {}) == 1;
     }
 
     // Attacks each of many saves. How many went through.
@@ -111,6 +109,8 @@ protected:
     }
 
     support::TemporaryFolder fFolder;
+    std::string const fRoots = fFolder / "roots";
+    std::string const fRootsFile = fFolder / "roots/a";
 };
 
 } // namespace
@@ -122,11 +122,10 @@ TEST_F(AttackTest, AFolderExchangedWithALinkLeadsNowhere) {
     ASSERT_EQ(chown((fFolder / "theirs/d").c_str(), kAttacker, kAttacker), 0);
     std::string const folder = fFolder / "theirs/d";
     std::string const aside = fFolder / "theirs/aside";
-    std::string const roots = fFolder / "roots";
     Survive(
         [&] {
             rename(folder.c_str(), aside.c_str());
-            static_cast<void>(symlink(roots.c_str(), folder.c_str()));
+            static_cast<void>(symlink(fRoots.c_str(), folder.c_str()));
             unlink(folder.c_str());
             rename(aside.c_str(), folder.c_str());
         },
@@ -137,7 +136,6 @@ TEST_F(AttackTest, AFileInAStickyFolderExchangedWithALinkLeadsNowhere) {
     MakeFolder("sticky", 01777, 0);
     std::string const file = fFolder / "sticky/a";
     std::string const aside = fFolder / "sticky/aside";
-    std::string const roots = fFolder / "roots/a";
     Survive(
         [&, isHard = false]() mutable {
             struct stat status {};
@@ -145,7 +143,8 @@ TEST_F(AttackTest, AFileInAStickyFolderExchangedWithALinkLeadsNowhere) {
             rename(file.c_str(), aside.c_str());
             isHard = !isHard;
             static_cast<void>(
-                isHard ? link(roots.c_str(), file.c_str()) : symlink(roots.c_str(), file.c_str()));
+                isHard ? link(fRootsFile.c_str(), file.c_str())
+                       : symlink(fRootsFile.c_str(), file.c_str()));
             timespec const times[] = {status.st_atim, status.st_mtim};
             utimensat(AT_FDCWD, file.c_str(), times, AT_SYMLINK_NOFOLLOW);
             rename(aside.c_str(), file.c_str());
@@ -156,9 +155,8 @@ TEST_F(AttackTest, AFileInAStickyFolderExchangedWithALinkLeadsNowhere) {
 TEST_F(AttackTest, ALinkPlantedAtAnOutputIsRefused) {
     MakeFolder("sticky", 01777, 0);
     std::string const output = fFolder / "sticky/out";
-    std::string const roots = fFolder / "roots/a";
     int const saved = Survive(
-        [&] { static_cast<void>(symlink(roots.c_str(), output.c_str())); },
+        [&] { static_cast<void>(symlink(fRootsFile.c_str(), output.c_str())); },
         [&] {
             while (access((fFolder / "sticky/out").c_str(), F_OK) != 0) {
             }
@@ -167,7 +165,7 @@ TEST_F(AttackTest, ALinkPlantedAtAnOutputIsRefused) {
     EXPECT_EQ(saved, 0);
     Survive(
         [&] {
-            static_cast<void>(symlink(roots.c_str(), output.c_str()));
+            static_cast<void>(symlink(fRootsFile.c_str(), output.c_str()));
             unlink(output.c_str());
         },
         [&] {
@@ -179,7 +177,6 @@ TEST_F(AttackTest, ALinkPlantedAtAnOutputIsRefused) {
 TEST_F(AttackTest, AFileThatTheComponentHasJustMadeIsNotExchanged) {
     MakeFolder("theirs", 0755, kAttacker);
     std::string const file = fFolder / "theirs/a";
-    std::string const roots = fFolder / "roots/a";
     Component const component = Component::Start();
     RawAccess raw;
     Settings const settings = Settings::Parse("<< /A 1 >> setalembicorparams");
@@ -193,7 +190,7 @@ TEST_F(AttackTest, AFileThatTheComponentHasJustMadeIsNotExchanged) {
     Survive(
         [&] {
             unlink(file.c_str());
-            static_cast<void>(symlink(roots.c_str(), file.c_str()));
+            static_cast<void>(symlink(fRootsFile.c_str(), file.c_str()));
         },
         [&] { detail::ThrowIfError(tables, tables.settings.Write(object, path.get())); });
 }
@@ -202,14 +199,13 @@ TEST_F(AttackTest, AFileThatTheComponentHasJustMadeIsNotExchanged) {
 TEST_F(AttackTest, NoFolderIsMadeWhereAnotherUserLeads) {
     MakeFolder("theirs", 0755, kAttacker);
     std::string const way = fFolder / "theirs/d";
-    std::string const roots = fFolder / "roots";
     Component const component = Component::Start();
     support::EnvironmentVariable const data("XDG_DATA_HOME", (way + "/data").c_str());
     umask(0);
     std::set<std::string> answers;
     Survive(
         [&] {
-            static_cast<void>(symlink(roots.c_str(), way.c_str()));
+            static_cast<void>(symlink(fRoots.c_str(), way.c_str()));
             unlink(way.c_str());
             mkdir(way.c_str(), 0755);
             rmdir(way.c_str());

@@ -36,7 +36,7 @@ protected:
     // What a save says: its first warning, or why it fails; "" where nothing is wrong.
     static std::string Save(
         std::string const& path,
-        std::string const& bytes,
+        std::string const& bytes = "new",
         std::chrono::milliseconds wait = kUsualWait) {
         SaveWarnings warnings;
         std::string const message = MessageOf([&] { warnings = SaveSafely(path, bytes, wait); });
@@ -72,6 +72,29 @@ protected:
 
     support::TemporaryFolder fFolder;
     long fDescriptors = support::CountDescriptors();
+};
+
+// Links on the way to a saved file.
+class SaveLinksTest : public SafeSaveTest {
+protected:
+    void SetUp() override {
+        if (geteuid() != 0) {
+            GTEST_SKIP() << "only root can give files to another user";
+        }
+    }
+
+    std::string Link(std::string const& name, std::string const& to) const {
+        std::filesystem::create_symlink(to, fFolder / name);
+        return fFolder / name;
+    }
+
+    void Give(std::string const& name) const {
+        ASSERT_EQ(lchown((fFolder / name).c_str(), 12345, getgid()), 0);
+    }
+
+    static std::string Refusal(std::string const& link) {
+        return "the link " + link + " is not followed: it belongs to another user than its target";
+    }
 };
 
 } // namespace
@@ -313,8 +336,6 @@ TEST_F(SafeSaveTest, WaitsForAWriterAndGivesUpInTime) {
     std::string const file = fFolder.Make("a", "old");
     int const writer = open(file.c_str(), O_WRONLY | O_CLOEXEC);
     EXPECT_EQ(Save(file, "new", kNoWaiting), "another program has it open for writing; try again");
-    ASSERT_EQ(write(writer, "OLD", 3), 3);
-    EXPECT_EQ(ReadBytes(file), "OLD");
     std::atomic<bool> isClosed = false;
     SystemCallsDouble calls;
     // As soon as the save has found the writer.
@@ -348,4 +369,79 @@ TEST_F(SafeSaveTest, AChildNeitherKeepsNorEndsALock) {
     close(toChild[0]);
     close(toChild[1]);
     wait(nullptr);
+}
+
+TEST_F(SaveLinksTest, AreFollowedToTheirEnd) {
+    fFolder.Make("target", "old");
+    EXPECT_EQ(Save(Link("link", "target")), "");
+    EXPECT_TRUE(std::filesystem::is_symlink(fFolder / "link"));
+    EXPECT_EQ(ReadBytes(fFolder / "target"), "new");
+    std::filesystem::create_directory(fFolder / "folder");
+    Link("folder/first", "../made");
+    EXPECT_EQ(Save(Link("second", "./folder//first")), "");
+    EXPECT_TRUE(std::filesystem::is_symlink(fFolder / "folder/first"));
+    EXPECT_EQ(ReadBytes(fFolder / "made"), "new");
+    Link("absolute", fFolder / "folder");
+    EXPECT_EQ(Save(fFolder / "absolute/../absolute/./inside"), "");
+    EXPECT_EQ(ReadBytes(fFolder / "folder/inside"), "new");
+    Link("link1", "target");
+    for (int count = 2; count <= 41; ++count) {
+        Link("link" + std::to_string(count), "link" + std::to_string(count - 1));
+    }
+    EXPECT_EQ(Save(fFolder / "link40"), "");
+    EXPECT_EQ(Save(fFolder / "link41"), "Too many levels of symbolic links");
+    EXPECT_EQ(Save(Link("loop", "loop")), "Too many levels of symbolic links");
+    EXPECT_EQ(Save(Link("up", "..") + "/"), "Is a directory");
+    EXPECT_EQ(Save(Link("nowhere", "missing/a")), "No such file or directory");
+}
+
+TEST_F(SaveLinksTest, OfOtherUsersAreFollowedOnlyToWhatIsTheirs) {
+    for (std::string const folder : {"ours", "theirs"}) {
+        std::filesystem::create_directory(fFolder / folder);
+        fFolder.Make(folder + "/a", "old");
+    }
+    Give("theirs");
+    Give("theirs/a");
+    constexpr bool kTheirs = true;
+    constexpr bool kFollowed = true;
+    // The link, where it leads, what follows it in the path, and whose it is.
+    std::tuple<char const*, char const*, char const*, bool, bool> const kCases[] = {
+        {"1", "ours/a", "", kTheirs, !kFollowed},
+        {"2", "theirs/a", "", kTheirs, kFollowed},
+        {"3", "ours", "/a", kTheirs, !kFollowed},
+        {"4", "theirs", "/a", kTheirs, kFollowed},
+        {"5", "ours/missing", "", kTheirs, !kFollowed},
+        {"6", "theirs/missing", "", kTheirs, kFollowed},
+        // Ours in a folder of ours lead anywhere.
+        {"7", "theirs/a", "", !kTheirs, kFollowed},
+        {"8", "theirs", "/a", !kTheirs, kFollowed},
+        // But not in a folder of theirs.
+        {"theirs/9", "a", "", !kTheirs, !kFollowed},
+        {"theirs/10", "../ours/a", "", !kTheirs, kFollowed},
+    };
+    for (auto const& [name, to, behind, isTheirs, isFollowed] : kCases) {
+        std::string const link = Link(name, to);
+        if (isTheirs) {
+            Give(name);
+        }
+        EXPECT_EQ(Save(link + behind), isFollowed ? "" : Refusal(link)) << name;
+    }
+    // The way goes on through each link, whichever of them comes first.
+    EXPECT_EQ(Save(Link("11", "1")), Refusal(fFolder / "1"));
+    EXPECT_EQ(support::CodeOf([&] { LookAt(fFolder / "1"); }), Fault::kUntrusted);
+}
+
+TEST_F(SaveLinksTest, OfOursAreNotFollowedWhereOthersCouldHavePlacedThem) {
+    fFolder.Make("theirs", "old");
+    Give("theirs");
+    for (mode_t const mode : {0775U, 0757U, 01777U}) {
+        std::string const link = Link("in" + std::to_string(mode), fFolder / "theirs");
+        chmod(fFolder.Path().c_str(), mode);
+        EXPECT_EQ(Save(link), Refusal(link)) << mode;
+    }
+    chmod(fFolder.Path().c_str(), 0755);
+    std::string const link = Link("named", fFolder / "theirs");
+    EXPECT_EQ(Save(link), "");
+    ASSERT_EQ(::link(link.c_str(), (fFolder / "twice").c_str()), 0);
+    EXPECT_EQ(Save(link), Refusal(link)) << "a second name may be where they found it";
 }
