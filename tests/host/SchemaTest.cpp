@@ -101,9 +101,8 @@ TEST_F(SchemaTest, SettingsHaveALimitOfNumberAndSize) {
             std::string(size, 'd') + ") > > > >");
     };
     EXPECT_EQ(problems("name doc", 1000), "");
-    EXPECT_EQ(problems("name doc", 4000), "2:1 T" + kTooMany);
-    for (char const* const kind : {"name", "string", "hexstring"}) {
-        EXPECT_TRUE(problems(kind + std::string(" default"), 4000).ends_with(kTooMany)) << kind;
+    for (char const* const rule : {"name doc", "name default", "string default"}) {
+        EXPECT_EQ(problems(rule, 4000), "2:1 T" + kTooMany) << rule;
     }
 }
 
