@@ -22,35 +22,24 @@ constexpr char kGood[] = "% prolog\r\n<<\n  /A 1.4 % why\n  /B [ /C (x\\)) 010 <
                          "  /D << /E -1 /F << /G true >> >>\n>> setalembicorparams\n"
                          "<< /H [ 600 ] >> setpagedevice\n";
 
-std::size_t CountErrors(Document const& document) {
-    return static_cast<std::size_t>(
-        std::ranges::count(document.Findings(), Severity::kError, &Finding::Level));
-}
-
-bool LiesIn(Document const& document, Span span) {
-    return span.begin <= span.end && span.end <= document.Text().size();
-}
-
-// Every finding and entry is in the text, and a refused text has one error.
-void ExpectSound(Document const& document) {
+// Whether both read the text. Every finding and entry is in it, and a refused text has one error.
+bool ExpectAgreement(std::string const& text) {
+    SCOPED_TRACE(text);
+    Document const document(text);
     bool const isRefused = document.WhyRefused() != Refusal::kNone;
-    EXPECT_EQ(isRefused ? 1U : 0U, CountErrors(document)) << document.Text();
-    for (Finding const& finding : document.Findings()) {
-        EXPECT_TRUE(LiesIn(document, *finding.Bytes())) << finding.Id() << ": " << document.Text();
+    EXPECT_EQ(support::Outcome(text), support::Outcome(document));
+    auto const liesIn = [&](Span span) {
+        return span.begin <= span.end && span.end <= text.size();
+    };
+    auto const findings = document.Findings();
+    EXPECT_EQ(std::ranges::count(findings, Severity::kError, &Finding::Level), isRefused ? 1 : 0);
+    for (Finding const& finding : findings) {
+        EXPECT_TRUE(liesIn(*finding.Bytes())) << finding.Id();
         EXPECT_EQ(finding.Where(), document.PlaceOf(finding.Bytes()->begin));
     }
     for (DocumentEntry const& entry : document.Entries()) {
-        EXPECT_TRUE(LiesIn(document, entry.key)) << document.Text();
-        EXPECT_TRUE(LiesIn(document, entry.value)) << document.Text();
+        EXPECT_TRUE(liesIn(entry.key) && liesIn(entry.value));
     }
-}
-
-// Whether both read the text.
-bool ExpectAgreement(std::string const& text) {
-    Document const document(text);
-    bool const isRefused = document.WhyRefused() != Refusal::kNone;
-    EXPECT_EQ(support::Outcome(text), support::Outcome(document)) << "text: " << text;
-    ExpectSound(document);
     return !isRefused;
 }
 
