@@ -192,24 +192,15 @@ public:
             std::filesystem::create_hard_link(fFolder / "a", fFolder / "hard");
         }
         if (Below(4) == 0) {
-            static char const* const kTexts[] = {"old", "new", "mine"};
-            MakeRandomFile(kLeftover, kTexts[Below(3)]);
+            MakeRandomFile(kLeftover, OneOf({"old", "new", "mine"}));
             MakeRandomFile(kForeign, "new");
-            // One that has it open may still write.
-            fWriter =
-                Below(4) == 0 ? open((fFolder / kLeftover).c_str(), O_WRONLY | O_CLOEXEC) : -1;
+            if (Below(4) == 0) {
+                fWriter.open(fFolder / kLeftover, std::ios::app);
+            }
         }
         fPath = fFolder / (Below(3) == 0 ? "link" : "a");
         fBefore = LookAtAll(fFolder);
     }
-
-    ~World() {
-        if (fWriter >= 0) {
-            close(fWriter);
-        }
-    }
-    World(World const&) = delete;
-    World& operator=(World const&) = delete;
 
     // The ways to run it; each checks what is there afterwards.
     void Save() {
@@ -222,8 +213,7 @@ public:
             fOnConflict = Below(2) == 0 ? OnConflict::kRefuse : OnConflict::kOverwrite;
         }
         bool const isRefused = isStale && fOnConflict == OnConflict::kRefuse;
-        static char const* const kRefused[] = {"", "", "fsetxattr", "fremovexattr"};
-        fRefused = kRefused[Below(4)];
+        fRefused = OneOf({"", "", "fsetxattr", "fremovexattr"});
         fCalls.FailAlways(fRefused, EPERM);
         Run();
         CheckOthers();
@@ -237,9 +227,8 @@ public:
 
     void SaveWithFailure() {
         // The last one only once: a call that a signal interrupts is made again.
-        static int const kErrors[] = {EIO, ENOSPC, EPERM, EINVAL, EINTR};
-        fMayLeaveFiles = Below(4) == 0;
-        int const error = kErrors[Below(fMayLeaveFiles ? 4 : 5)];
+        int const error = OneOf({EIO, ENOSPC, EPERM, EINVAL, EINTR});
+        fMayLeaveFiles = error != EINTR && Below(4) == 0;
         fCalls.FailAt(1 + static_cast<int>(Below(80)), error, fMayLeaveFiles);
         Run();
         CheckOthers();
@@ -321,6 +310,10 @@ public:
 
 private:
     std::size_t Below(std::size_t end) { return fRandom() % end; }
+    template <class T>
+    T OneOf(std::initializer_list<T> all) {
+        return all.begin()[Below(all.size())];
+    }
     char RandomRights() { return static_cast<char>(Below(8)); }
 
     std::string RandomList(char ownerRights) {
@@ -335,9 +328,9 @@ private:
 
     void MakeRandomFile(std::string const& name, std::string const& bytes) {
         std::string const file = fFolder.Make(name, bytes);
-        gid_t const groups[] = {getegid(), kOurGroup, kForeignGroup};
+        gid_t const group = OneOf({getegid(), kOurGroup, kForeignGroup});
         uid_t const owner = Below(4) == 0 ? kOtherUser : geteuid();
-        EXPECT_TRUE(!CanGive() || chown(file.c_str(), owner, groups[Below(3)]) == 0);
+        EXPECT_TRUE(!CanGive() || chown(file.c_str(), owner, group) == 0);
         char const ownerRights = Below(8) == 0 ? 4 : 6;
         bool const hasList = Below(2) == 0;
         if (Below(2) == 0) {
@@ -451,7 +444,8 @@ private:
         CheckNewFile(isExact);
         if (isExact) {
             std::string const left = fBefore.contains(kLeftover) ? fBefore[kLeftover].fBytes : "";
-            bool const isNeeded = left == "mine" || (left == "old" && !fHasOld) || fWriter >= 0;
+            bool const isNeeded =
+                left == "mine" || (left == "old" && !fHasOld) || fWriter.is_open();
             EXPECT_EQ(fNow.contains(kLeftover), isNeeded);
             EXPECT_EQ(fWarnings, ExpectedWarnings());
         }
@@ -522,7 +516,7 @@ private:
     std::mt19937 fRandom;
     support::TemporaryFolder fFolder;
     SystemCallsDouble fCalls;
-    int fWriter = -1; // has the leftover open
+    std::ofstream fWriter; // of one that may still write to the leftover
     std::string fPath;
     std::optional<std::string> fSeen;
     OnConflict fOnConflict = OnConflict::kRefuse;

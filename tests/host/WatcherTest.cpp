@@ -127,39 +127,34 @@ protected:
     path At(std::string const& name) const { return fFolder.Path() / name; }
     unsigned Random(unsigned count) { return static_cast<unsigned>(fRandom() % count); }
 
-    // A path of one to three steps.
-    path Somewhere() {
+    // A path of one to three steps, or a file there.
+    path Somewhere(bool isFile = false) {
         path place = fFolder.Path();
-        for (unsigned steps = 1 + Random(3); steps > 0; --steps) {
+        for (unsigned steps = isFile && Random(4) == 0 ? 0 : 1 + Random(3); steps > 0; --steps) {
             place /= Random(2) == 0 ? "a" : "b";
         }
-        return place;
+        return isFile ? place / "f.joboptions" : place;
     }
 
-    path SomeFile() { return (Random(4) == 0 ? fFolder.Path() : Somewhere()) / "f.joboptions"; }
-
     void ChangeSomething() {
-        namespace fs = std::filesystem;
         std::error_code ignored;
-        switch (Random(8)) {
-        case 0:
-            return fs::rename(Somewhere(), Somewhere(), ignored);
-        case 1:
-            fs::remove_all(Somewhere(), ignored);
-            return;
-        case 2:
-            return fs::create_symlink(Random(2) == 0 ? Somewhere() : "../b", Somewhere(), ignored);
-        case 3:
-            chmod(SomeFile().c_str(), 0600 + Random(2) * 0044);
-            return;
-        case 4:
-            return fs::rename(SomeFile(), SomeFile(), ignored);
-        case 5:
-            std::ofstream(SomeFile()) << ++fWritten;
-            return;
-        default: // more often, since the others need it
-            fs::create_directories(Somewhere(), ignored);
-        }
+        std::function<void()> const kChanges[] = {
+            [&] { std::filesystem::create_directories(Somewhere(), ignored); },
+            [&] { std::filesystem::create_directories(Somewhere(), ignored); },
+            [&] { std::filesystem::remove_all(Somewhere(), ignored); },
+            [&] { std::filesystem::rename(Somewhere(), Somewhere(), ignored); },
+            [&] {
+                path const to = Random(2) == 0 ? Somewhere() : path("..") / "b";
+                std::filesystem::create_symlink(to, Somewhere(), ignored);
+            },
+            [&] { chmod(Somewhere(/*isFile=*/true).c_str(), 0600 + Random(2) * 0044); },
+            [&] {
+                std::filesystem::rename(
+                    Somewhere(/*isFile=*/true), Somewhere(/*isFile=*/true), ignored);
+            },
+            [&] { std::ofstream(Somewhere(/*isFile=*/true)) << ++fWritten; },
+        };
+        kChanges[Random(std::size(kChanges))]();
     }
 
     // What a program finds at path; "" for nothing.
