@@ -102,8 +102,10 @@ public:
     explicit OtherProgram(support::TemporaryFolder const& folder) : fFolder(folder) {}
 
     enum Action { kOpen, kReplace, kWrite, kMoveAway, kRemove, kTakeRights };
+    static constexpr std::initializer_list<Action> kChanges = {
+        kOpen, kReplace, kWrite, kMoveAway, kRemove};
 
-    void Act(std::size_t action) {
+    void Act(Action action) {
         std::string const file = fFolder / "a";
         std::string const text = "other" + std::to_string(fCount++);
         if (fOpen >= 0) {
@@ -156,7 +158,7 @@ public:
     bool HasOverwritten(std::string const& text) const { return fOverwritten.contains(text); }
 
 private:
-    void Overwrite(std::size_t action, std::string const& file, std::string const& text) {
+    void Overwrite(Action action, std::string const& file, std::string const& text) {
         if (action == kRemove) {
             std::filesystem::remove(file);
             return;
@@ -291,8 +293,7 @@ public:
         bool hasActed = false;
         fCalls.AfterEach([&](int call) {
             if (moments.contains(call)) {
-                std::size_t const action = Below(OtherProgram::kTakeRights);
-                other.Act(takesRights ? std::size_t{OtherProgram::kTakeRights} : action);
+                other.Act(takesRights ? OtherProgram::kTakeRights : OneOf(OtherProgram::kChanges));
                 hasActed = true;
             }
             if (isWatched) {

@@ -17,7 +17,7 @@ namespace support {
 
 namespace {
 
-SystemCallsDouble* gDouble = nullptr; // the one that lives, unless it is asleep
+SystemCallsDouble* gDouble = nullptr; // the one that lives; null while its action runs
 
 } // namespace
 
