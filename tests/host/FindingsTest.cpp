@@ -48,6 +48,7 @@ constexpr Mistakes kMistakes[] = {
      "setpagedevice",
      "58+18 !unclosed"},
     {"<<\n  /A 1\n", "10+0 !unclosed"},
+    {"<<\n  /A <<\n    /B 1\n  >>\n  /C <<\n    /D 1\n  /E 2\n$", "52+18 !unclosed"},
     {"<<\n  /A [ 1\n", "8+1 !open-array"},
     {"<< /A <FE", "6+3 !open-hexstring"},
     {"<< /A /~ /B 1 $", "6+257 long-name"},
@@ -116,6 +117,8 @@ constexpr char const* kMessages[] = {
     "\"1e5\" is read as 1, since an exponent needs a point: write 1.0e5",
     "\"true\" is ignored: /EmbedAllFonts is read as the value of the key before it",
     "setalembicorparams is inside a dictionary: a >> is missing before it; the << in line 1 is "
+    "not closed",
+    "setalembicorparams is inside a dictionary: a >> is missing before it; the << in line 5 is "
     "not closed",
     "the settings do not end: expected >> setalembicorparams; the << in line 1 is not closed",
     "\"null\" is not a value: write /null for a name, (null) for a text",
