@@ -104,22 +104,22 @@ constexpr char const* kMessages[] = {
     "expected setalembicorparams behind the settings, found \"setpagedevice\"",
     "\"+100\" is not a value: write 100",
     "\"junk\" is ignored: it has no key, or is a / missing before it?",
-    "\"junk\" before the end of a dictionary hides that end: remove it, or is a / missing before "
-    "it?",
+    ("\"junk\" before the end of a dictionary hides that end: remove it, or is a / missing before "
+     "it?"),
     "an empty dictionary swallows the entries after it: remove it",
     "empty settings with a blank between << and >> are misread: write <<>>",
     "the leading 0 makes 010 octal, and it is read as 8: write 10",
     "\"trueish\" is read as true: remove \"ish\"",
     "/F is repeated: the earlier value is lost",
-    "\"1\" is ignored: /K is read as the value of the key before it, and the end of the "
-    "dictionary is skipped too",
+    ("\"1\" is ignored: /K is read as the value of the key before it, and the end of the "
+     "dictionary is skipped too"),
     "a single > ends the dictionary, and both bytes of \"> \" are skipped: write >>",
     "\"1e5\" is read as 1, since an exponent needs a point: write 1.0e5",
     "\"true\" is ignored: /EmbedAllFonts is read as the value of the key before it",
-    "setalembicorparams is inside a dictionary: a >> is missing before it; the << in line 1 is "
-    "not closed",
-    "setalembicorparams is inside a dictionary: a >> is missing before it; the << in line 5 is "
-    "not closed",
+    ("setalembicorparams is inside a dictionary: a >> is missing before it; the << in line 1 is "
+     "not closed"),
+    ("setalembicorparams is inside a dictionary: a >> is missing before it; the << in line 5 is "
+     "not closed"),
     "the settings do not end: expected >> setalembicorparams; the << in line 1 is not closed",
     "\"null\" is not a value: write /null for a name, (null) for a text",
     "\"1e\" is read as 1: remove \"e\"",
