@@ -351,6 +351,12 @@ void TakesClientBlocks(Runtime const& runtime) {
     Require(bytes == &block, "the block of the caller", "another one");
     Expect("calls of deleteProc before the last release", 0, early);
     Expect("calls of deleteProc after it", 1, block);
+    int empty = 0;
+    buffers.Release(buffers.NewBuffer(0, &empty, &Free, nullptr, nullptr));
+    Expect("calls of deleteProc for a block of size 0", 1, empty);
+    int kept = 0;
+    buffers.Release(buffers.NewBuffer(sizeof kept, &kept, nullptr, nullptr, nullptr));
+    Expect("a block without deleteProc", 0, kept);
 }
 
 void AcceptsNullBuffers(Runtime const& runtime) {

@@ -2,6 +2,9 @@
 #include "conformance/Group.h"
 #include "conformance/Groups.h"
 
+#include <algorithm>
+#include <vector>
+
 namespace conformance {
 
 namespace {
@@ -250,8 +253,18 @@ void ReportsMissingMethods(Runtime const& runtime) {
     Atom const name(runtime, "ConformanceNone");
     Atom const type(runtime, "ConformanceProc");
     void* method = &deleted;
-    runtime.Fail("GetMethod of no such name", rows.GetMethod(&method, container, name, type, 0));
+    BIBError* const error = rows.GetMethod(&method, container, name, type, 0);
+    Require(error != nullptr, "an error of GetMethod for no such name", "null");
     Expect("*result of GetMethod after an error", nullptr, method);
+    // Its reference is the caller's: what is made next does not take its place.
+    long const id = runtime.Errors().GetID(error);
+    std::vector<BIBError*> others;
+    for (int i = 0; i < 100; ++i) {
+        others.push_back(runtime.Errors().NewError("other", "other", 4242, nullptr, nullptr));
+    }
+    Expect("the id of the error", id, runtime.Errors().GetID(error));
+    others.push_back(error);
+    std::ranges::for_each(others, runtime.Errors().Release);
     method = &deleted;
     runtime.Succeed(
         "GetMethod of no such name, optional", rows.GetMethod(&method, container, name, type, 1));

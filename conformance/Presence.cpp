@@ -152,6 +152,16 @@ void FindsWhatIsRegistered(Runtime const& runtime) {
     }
     Require(registry.Find("First") == &procs[0], "the procedure", "another one");
     Require(registry.Find("Second") == &procs[1], "the procedure", "another one");
+    // However a runtime joins the names.
+    for (char const separator : std::string("\n\t .,:;/|\x01")) {
+        std::string const name = std::string("Third") + separator + "Part";
+        std::string const interface = std::string("ConformanceInterface") + separator + "Third";
+        Require(registry.Register(name.c_str(), &procs[0]) != 0, "nonzero for new names", "zero");
+        Expect(
+            "names that are joined elsewhere",
+            nullptr,
+            runtime.Lookup()(interface.c_str(), "Part", "ConformanceProc"));
+    }
 }
 
 void RefusesNamesInUse(Runtime const& runtime) {

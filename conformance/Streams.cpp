@@ -327,6 +327,9 @@ void HasThreeLevels(Runtime const& runtime) {
             MissingRows(LoadMethods<_t_BIBPositionableStreamInterface>(lookup, rewindable)) == 3,
         "no method of a higher level",
         "one");
+    Stream const third(runtime, NewClientStream(runtime, client, kClientProcs));
+    runtime.Methods<_t_BIBRewindableStreamInterface>(third.Self());
+    runtime.Methods<_t_BIBPositionableStreamInterface>(third.Self());
 }
 
 constexpr Check kStreamChecks[] = {

@@ -125,6 +125,8 @@ void RejectsOtherKinds(Runtime const& runtime) {
          {std::pair("< Needed A >", "Needed"),
           std::pair("< Needed 1 Flag 1 >", "Flag"),
           std::pair("< Needed 1 Whole 1.5 >", "Whole"),
+          std::pair("< Needed 1 Whole 1e16 List A >", "List"),
+          std::pair("< Needed 1 Whole -1e300 List A >", "List"),
           std::pair("< Needed 1 Word true >", "Word"),
           std::pair("< Needed 1 List A >", "List"),
           std::pair("< Needed 1 Typed A >", "Typed"),
@@ -175,6 +177,14 @@ void ReportsEachSetting(Runtime const& runtime) {
     Validator const twice(runtime, "< Settings < Both number optional < Both number > > >");
     ExpectMessage(twice, "< Both A >", "Both");
     ExpectMessage(twice, "< >", "Both");
+    for (auto const& [key, path] :
+         {std::pair("(caf\\303\\251)", "caf\xC3\xA9"),
+          {"(a b)", "a_b"},
+          {"(\\177)", "_"},
+          {"()", "_"}}) {
+        Validator const odd(runtime, ("< Settings < " + std::string(key) + " number > >").c_str());
+        ExpectMessage(odd, "< >", path);
+    }
 }
 
 void CallsChecks(Runtime const& runtime) {

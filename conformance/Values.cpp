@@ -158,6 +158,14 @@ void ClonesEveryKind(Runtime const& runtime) {
     auto const deep = runtime.Hold(runtime.NewNested(1000));
     auto const copy = runtime.Hold(MethodsOf(runtime, deep).Clone(deep));
     Require(AreEqual(runtime, deep, copy), "an equal copy of 1,000 nested arrays", "not equal");
+    auto const twice = runtime.Hold(runtime.Arrays().NewPOSArray());
+    auto const part = runtime.Hold(runtime.Parse("[ [ ] ]"));
+    runtime.Arrays().Append(twice, part);
+    runtime.Arrays().Append(twice, part);
+    auto const same = runtime.Hold(runtime.Parse("[ [ [ ] ] [ [ ] ] ]"));
+    Require(AreEqual(runtime, twice.Value(), same), "equal, with one part twice", "not equal");
+    auto const copyOfTwice = runtime.Hold(MethodsOf(runtime, twice.Value()).Clone(twice.Value()));
+    Require(AreEqual(runtime, copyOfTwice, same), "a copy, with one part twice", "another");
 }
 
 using NamedValue = std::pair<std::string, POSObject*>;
@@ -627,10 +635,10 @@ private:
 
 void ReadsEveryForm(Runtime const& runtime) {
     NumbersWithComma const numbers;
-    auto const value =
-        runtime.Hold(runtime.Parse("% comment\n< number 7 exponent 1e3 word All text (a\\(b\\)\\\\ "
-                                   "\\101\\n\\r\\t(c)\\0602) list [ 1 [ ] ] "
-                                   "(a key) < > digits (12) number -0.5 >"));
+    auto const value = runtime.Hold(
+        runtime.Parse("% comment\n< number 7 exponent 1e3 word All%comment\ntext (a\\(b\\)\\\\ "
+                      "\\101\\n\\r\\t(c)\\0602) list [ 1 [ ] ] "
+                      "(a key) < > digits (12) number -0.5 >"));
     auto* const dict = As<POSDict>(static_cast<POSObject*>(value));
     auto const strings = runtime.Strings();
     Require(runtime.Dicts().IsPOSDict(value) != 0, "a dictionary", "another value");
@@ -649,6 +657,9 @@ void ReadsEveryForm(Runtime const& runtime) {
         Expect(key, std::string(text), strings.Get(As<POSString>(found)));
     }
     Expect("the elements", 2UL, runtime.Arrays().Count(As<POSArray>(runtime.Get(dict, "list"))));
+    auto const close = runtime.Hold(runtime.Parse("[A[B]C<>D(E)F%]\n7]"));
+    auto const apart = runtime.Hold(runtime.Parse("[ A [ B ] C < > D (E) F 7 ]"));
+    Require(AreEqual(runtime, close, apart), "words that end at a bracket", "others");
     std::string const deep = std::string(1000, '[') + std::string(1000, ']');
     auto const read = runtime.Hold(runtime.Parse(deep.c_str()));
     auto const made = runtime.Hold(runtime.NewNested(1000));
@@ -731,8 +742,8 @@ std::string Dumped(Runtime const& runtime, bool isAtStart, Dump dump) {
 }
 
 void WritesWhatItReads(Runtime const& runtime) {
-    auto const value =
-        runtime.Hold(runtime.Parse("< A 0.1 B (a\\)b) C [ word 1e300 < > ] (odd key) (12) >"));
+    auto const value = runtime.Hold(
+        runtime.Parse("< A 0.1 B (a\\)b\\0012) C [ word 1e300 < > ] (odd key) (12) >"));
     auto const rows = runtime.Objects();
     std::string const dumps[] = {
         Dumped(
@@ -749,6 +760,15 @@ void WritesWhatItReads(Runtime const& runtime) {
     for (std::string const& dump : dumps) {
         auto const again = runtime.Hold(runtime.Parse(dump.c_str()));
         Require(AreEqual(runtime, value, again), "the same value from its own dump", dump);
+    }
+    for (int byte = 1; byte < 256; ++byte) {
+        std::string const text{static_cast<char>(static_cast<unsigned char>(byte)), '2'};
+        auto const string = runtime.Hold(runtime.NewString(text.c_str()));
+        std::string const dump = Dumped(runtime, /*isAtStart=*/false, [&](auto* stream) {
+            return rows.DebugDump(string, stream);
+        });
+        auto const again = runtime.Hold(runtime.Parse(dump.c_str()));
+        Require(AreEqual(runtime, string, again), "the same string from its own dump", dump);
     }
     Require(
         dumps[2].starts_with("%") && dumps[2].find("a header") < dumps[2].find('\n'),

@@ -1,4 +1,4 @@
-// The lookup: procedures under three names, which are joined to one key.
+// The lookup: procedures under three names, which are joined to one key, each behind its length.
 
 static List gProcs;
 // Each signature with its parent.
@@ -8,7 +8,9 @@ static unsigned long gUnregisterCount = 1;
 static BIBStringAtom* JoinNames(char const* interface, char const* name, char const* type) {
     char* text = NULL;
     int const isNull = interface == NULL || name == NULL || type == NULL;
-    if (isNull || asprintf(&text, "%s\n%s\n%s", interface, name, type) < 0) {
+    if (isNull ||
+        asprintf(&text, "%zu %s%zu %s%s", strlen(interface), interface, strlen(name), name, type) <
+            0) {
         return NULL;
     }
     BIBStringAtom* const key = AtomNewStringAtom(text);
@@ -33,13 +35,18 @@ static int BIBRegisterProcAddress(
 }
 
 static int BIBUnregisterInterface(char const* interfaceName) {
-    unsigned long const length = strlen(interfaceName);
+    char* prefix = NULL;
+    int const length = asprintf(&prefix, "%zu %s", strlen(interfaceName), interfaceName);
+    if (length < 0) {
+        return 0;
+    }
     for (unsigned long i = gProcs.count; i-- > 0;) {
         char const* const key = AtomGetCString(gProcs.items[i].key);
-        if (strncmp(key, interfaceName, length) == 0 && key[length] == '\n') {
+        if (strncmp(key, prefix, (unsigned long)length) == 0) {
             ListRemove(&gProcs, &gProcs.items[i]);
         }
     }
+    free(prefix);
     BIBStringAtom* const signature = AtomNewStringAtom(interfaceName);
     Item* const parent = ListFind(&gParents, signature);
     if (parent != NULL) {

@@ -72,7 +72,9 @@ static int MatchesKind(POSObject* value, char const* kind) {
         {"any", 1},
         {"boolean", isBoolean},
         {"number", isNumber},
-        {"integer", number > -9e15 && number < 9e15 && (double)(long long)number == number},
+        {"integer",
+         number - number == 0 &&
+             (number <= -9e15 || number >= 9e15 || (double)(long long)number == number)},
         {"name", IsKind(value, kString) && !isBoolean},
         {"string", IsBinaryOf(value, "JoboptionsString")},
         {"hexstring", IsBinaryOf(value, "JoboptionsUnicodeString")},
