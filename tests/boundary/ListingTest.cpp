@@ -225,6 +225,18 @@ TEST_F(Listing, FollowsTheAdministratorEachTimeAnew) {
     }
 }
 
+TEST_F(Listing, TakesFilesForTheSameByTheNamesThatAreShown) {
+    WriteBytes(AdminFolder() / "Usual.joboptions", "");
+    WriteBytes(UserFolder() / "Standard.joboptions", "");
+    WriteAdminList(PropertyList(DictEntry(
+        "PDFSettings",
+        Entry("Webrix", "<array><string>Standard</string><string>Usual</string></array>"))));
+    EXPECT_EQ(
+        std::vector<std::string>{
+            "<<SettingsName ^\"Usual\" FullFilePath ^\"admin/Usual.joboptions\" ReadOnly 1"},
+        List());
+}
+
 // The table's name for a file is its own without as many units as the extension has, and the record
 // has the table's entry itself.
 TEST_F(Listing, LooksForCloaksByTheNameWithoutElevenUnits) {

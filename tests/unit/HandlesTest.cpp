@@ -158,8 +158,9 @@ TEST_F(Handles, OfErrorsHaveMessageComponentAndId) {
         } catch (CBIBError const& error) {
             BIBError* const raw = error;
             CBIBError const adopted(raw);
+            unsigned long const atoms = bibrt::CountLive().fAtoms;
             EXPECT_STREQ(message, error.what());
-            EXPECT_STREQ(message, error.what());
+            EXPECT_EQ(atoms, bibrt::CountLive().fAtoms);
             EXPECT_STREQ(component, CBIBStringAtom(errors->GetComponent(raw), false).c_str());
             EXPECT_EQ(id, errors->GetID(raw)) << message;
         }
