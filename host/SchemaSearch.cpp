@@ -1,6 +1,7 @@
 // Finding settings of a schema by what people remember of them.
 #include "document/MakeSequence.h"
 #include "format/SettingPath.h"
+#include "host/detail/Patterns.h"
 #include "pdfsettings/Schema.h"
 
 #include <algorithm>
@@ -27,17 +28,14 @@ constexpr std::string_view kFillers[] = {
 // The endings of words that are compared by their beginning.
 constexpr std::string_view kEndings[] = {"ions", "ion", "ing", "ed", "es", "s"};
 
-std::string Lowered(std::string_view text) {
-    std::string lowered(text);
-    for (char& c : lowered) {
-        c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-    }
-    return lowered;
+char Lowered(char c) noexcept {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
 // In small letters and American spelling.
 std::string Normalized(std::string_view text) {
-    std::string normalized = Lowered(text);
+    std::string normalized(text);
+    std::ranges::transform(normalized, normalized.begin(), &Lowered);
     for (auto const& [british, american] : kSpellings) {
         for (std::size_t at = normalized.find(british); at != std::string::npos;
              at = normalized.find(british, at + american.size())) {
@@ -67,29 +65,6 @@ std::vector<std::string> Stems(std::string_view text) {
         }
     }
     return stems;
-}
-
-// Whether text matches a pattern in which * is any text, and ? any byte.
-bool Matches(std::string_view pattern, std::string_view text) {
-    std::size_t star = std::string_view::npos; // the last one, and where its text ends
-    std::size_t end = 0;
-    std::size_t p = 0;
-    std::size_t t = 0;
-    while (t < text.size()) {
-        if (p < pattern.size() && pattern[p] == '*') {
-            star = p++;
-            end = t;
-        } else if (p < pattern.size() && (pattern[p] == '?' || pattern[p] == text[t])) {
-            ++p;
-            ++t;
-        } else if (star != std::string_view::npos) {
-            p = star + 1;
-            t = ++end;
-        } else {
-            return false;
-        }
-    }
-    return pattern.find_first_not_of('*', p) == std::string_view::npos;
 }
 
 std::string TextOf(Rule const& rule) {
@@ -127,6 +102,33 @@ Sequence<Rule> Chosen(std::span<Rule const> rules, IsChosen isChosen) {
 
 } // namespace
 
+bool detail::IsPattern(std::string_view text) noexcept {
+    return text.find_first_of("*?") != std::string_view::npos;
+}
+
+bool detail::MatchesPattern(std::string_view pattern, std::string_view text) noexcept {
+    std::size_t star = std::string_view::npos; // the last one, and where its text ends
+    std::size_t end = 0;
+    std::size_t p = 0;
+    std::size_t t = 0;
+    while (t < text.size()) {
+        if (p < pattern.size() && pattern[p] == '*') {
+            star = p++;
+            end = t;
+        } else if (
+            p < pattern.size() && (pattern[p] == '?' || Lowered(pattern[p]) == Lowered(text[t]))) {
+            ++p;
+            ++t;
+        } else if (star != std::string_view::npos) {
+            p = star + 1;
+            t = ++end;
+        } else {
+            return false;
+        }
+    }
+    return pattern.find_first_not_of('*', p) == std::string_view::npos;
+}
+
 Sequence<Rule> Schema::Search(std::string_view text) const {
     std::vector<std::string> const stems = Stems(text);
     return Chosen(Rules(), [&](Rule const& rule) {
@@ -138,9 +140,8 @@ Sequence<Rule> Schema::Search(std::string_view text) const {
 }
 
 Sequence<Rule> Schema::Matching(std::string_view pattern) const {
-    std::string const lowered = Lowered(pattern);
     return Chosen(
-        Rules(), [&](Rule const& rule) { return Matches(lowered, Lowered(rule.Path())); });
+        Rules(), [&](Rule const& rule) { return detail::MatchesPattern(pattern, rule.Path()); });
 }
 
 std::string Schema::FindGroup(std::string_view name) const {

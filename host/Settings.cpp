@@ -5,6 +5,7 @@
 #include "format/SettingPath.h"
 #include "format/Tokens.h"
 #include "host/detail/ComponentSettings.h"
+#include "host/detail/Patterns.h"
 #include "host/detail/Validation.h"
 #include "pdfsettings/raw/RawAccess.h"
 
@@ -293,6 +294,18 @@ struct Settings::Edit::State {
         return detail::WithHints(std::move(after), fResult, schema);
     }
 
+    // The array at a path, or its default; empty if there is neither. Throws Error (kKind) for
+    // another value.
+    Array ArrayAt(std::string_view path) const {
+        Rule const* const rule = fSettings->fSchema.Find(path);
+        Value const* const stored = fResult.Values().Find(path);
+        Value const* const value = stored != nullptr || rule == nullptr ? stored : rule->Default();
+        if (value != nullptr && value->What() != Kind::kArray) {
+            throw Error(Fault::kKind, std::string(path) + " is not an array");
+        }
+        return value == nullptr ? Array() : value->As<Array>();
+    }
+
     // What its constraints advise against now and did not before.
     std::vector<Finding> Warnings() const {
         Schema const& schema = fSettings->fSchema;
@@ -362,12 +375,15 @@ ThrowNoValue(Schema const& schema, std::string_view path, std::string const& tex
 
 } // namespace
 
-Settings::Edit& Settings::Edit::SetText(std::string_view path, std::string_view text) {
+namespace {
+
+// The value of a text for the setting at a path. Throws Error (kSyntax) that names the path.
+Value ParseFor(Schema const& schema, std::string_view path, std::string_view text) {
     try {
-        detail::ParseValue(text);
+        return Value::Parse(text);
     } catch (Error const& error) {
         if (error.Id().empty()) {
-            ThrowNoValue(fState->fSettings->fSchema, path, std::string(text));
+            ThrowNoValue(schema, path, std::string(text));
         }
         throw Error(
             error.Code(),
@@ -377,13 +393,67 @@ Settings::Edit& Settings::Edit::SetText(std::string_view path, std::string_view 
             {},
             error.Id());
     }
+}
+
+} // namespace
+
+Settings::Edit& Settings::Edit::SetText(std::string_view path, std::string_view text) {
+    ParseFor(fState->fSettings->fSchema, path, text);
     fState->fResult = fState->fResult.WithText(path, text);
+    return *this;
+}
+
+Settings::Edit& Settings::Edit::AddElement(std::string_view path, std::string_view text) {
+    Value const element = ParseFor(fState->fSettings->fSchema, std::string(path) + "/0", text);
+    Array const array = fState->ArrayAt(path);
+    if (std::ranges::find(array, element) != array.end()) {
+        return *this;
+    }
+    if (fState->fResult.Values().Find(path) == nullptr) {
+        Set(path, Value(array));
+    }
+    return SetText(std::string(path) + "/" + std::to_string(array.size()), text);
+}
+
+Settings::Edit& Settings::Edit::RemoveElement(std::string_view path, std::string_view text) {
+    Value const element = ParseFor(fState->fSettings->fSchema, std::string(path) + "/0", text);
+    Array const array = fState->ArrayAt(path);
+    if (std::ranges::find(array, element) == array.end()) {
+        throw Error(Fault::kNoValue, std::string(path) + " does not contain " + std::string(text));
+    }
+    if (fState->fResult.Values().Find(path) == nullptr) {
+        Set(path, Value(array));
+    }
+    for (std::size_t i = array.size(); i-- > 0;) {
+        if (array[i] == element) {
+            Remove(std::string(path) + "/" + std::to_string(i));
+        }
+    }
     return *this;
 }
 
 Settings::Edit& Settings::Edit::Copy(Document const& from, std::string_view path) {
     fState->fResult = fState->fResult.WithCopy(path, from);
     return *this;
+}
+
+std::size_t Settings::Edit::CopyMatching(Document const& from, std::string_view pattern) {
+    if (from.Find(pattern) != nullptr) {
+        Copy(from, pattern);
+        return 1;
+    }
+    Schema const& schema = fState->fSettings->fSchema;
+    std::string const group = detail::IsPattern(pattern) ? "" : schema.FindGroup(pattern);
+    std::size_t count = 0;
+    for (auto const& [key, value] : from.Values()) {
+        Rule const* const rule = schema.Find(key);
+        bool const isOfGroup = !group.empty() && rule != nullptr && rule->Group() == group;
+        if (isOfGroup || (detail::IsPattern(pattern) && detail::MatchesPattern(pattern, key))) {
+            Copy(from, key);
+            ++count;
+        }
+    }
+    return count;
 }
 
 Settings::Edit& Settings::Edit::Remove(std::string_view path) {

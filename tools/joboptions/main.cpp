@@ -36,6 +36,7 @@ public:
                  kMakeShowCommand,
                  kMakeGetCommand,
                  kMakeExplainCommand,
+                 kMakeNewCommand,
                  kMakeSetCommand,
                  kMakeUnsetCommand,
                  kMakeCheckCommand,

@@ -177,9 +177,21 @@ public:
     // (kSyntax), with what the schema expects, if text is not a value.
     Edit& SetText(std::string_view path, std::string_view text);
 
+    // Adds a value, in the syntax of a file, to the end of the array at a path, unless an equal one
+    // is there; and removes all that are equal to it. An array that is not stored begins as its
+    // default, or else empty. Throw as SetText, and Error: kKind if there is another value,
+    // kNoValue if there is nothing to remove.
+    Edit& AddElement(std::string_view path, std::string_view text);
+    Edit& RemoveElement(std::string_view path, std::string_view text);
+
     // Stores the value at a path of another document, copied byte for byte. Throws as Set, and
     // Error (kNoValue) if from has no value there.
     Edit& Copy(Document const& from, std::string_view path);
+
+    // Copies what another document has at a path, or all its settings whose keys match a pattern
+    // (as Schema::Matching) or are of the group of that name. The number of values copied. Throws
+    // as Copy.
+    std::size_t CopyMatching(Document const& from, std::string_view pattern);
 
     // Removes the value at a path. Throws Error: kNoValue, with a similar path that exists, if
     // there is no value; kUnwritable if a collection would be left empty that must not be.

@@ -1,4 +1,4 @@
-// joboptions set and unset: change a file in its own text, validate, show or save the change.
+// joboptions set, new and unset: change a file in its own text, validate, show or save the change.
 #include "tools/joboptions/commands/Command.h"
 
 #include "pdfsettings/Compare.h"
@@ -13,6 +13,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <fmt/format.h>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -50,7 +51,7 @@ public:
     // Status::kDone, or Status::kRefused with all findings if the schema rejects the result. A file
     // that is changed in place is locked meanwhile.
     Status Run() const override {
-        RequireOneStandardInput({fFile}, fOptions);
+        RequireOneStandardInput(Inputs(), fOptions);
         std::string const file = LocateForChange(fFile, fOptions);
         pdfsettings::Schema const schema = ReadSchema(fOptions);
         return ChangeFile(file, fOptions, [&](std::string const& text, SaveText const& save) {
@@ -82,7 +83,9 @@ protected:
     // Makes the requested changes. Adds a problem for each that cannot be made.
     virtual void Apply(Request& request, std::string const& file) const = 0;
 
-private:
+    // The files that are read, of which one may be standard input.
+    virtual std::vector<std::string> Inputs() const { return {fFile}; }
+
     // Shows or saves the change. Throws Failure with all problems, with Status::kWrongCall if
     // standard output would get both JSON and the settings, and as save.
     void Finish(Request& request, std::string const& file, SaveText const& save) const {
@@ -124,41 +127,43 @@ private:
     std::string fFile;
 };
 
-// Sets values in a file: all of them or, if one is refused, none.
-class SetCommand final : public ChangeCommand {
-public:
-    SetCommand(CLI::App& program, Options& options)
-        : ChangeCommand(
-              program,
-              options,
-              "set",
-              "Change settings in a file, if the schema allows all new values") {
+// Where an assignment changes a setting.
+enum class Change { kSet, kAdd, kRemove };
+
+// A command with assignments: all of them are made or, if one is refused, none.
+class AssignCommand : public ChangeCommand {
+protected:
+    AssignCommand(CLI::App& program, Options& options, char const* name, char const* purpose)
+        : ChangeCommand(program, options, name, purpose) {
         AddArgument(
             Parser(),
             "KEY=VALUE",
             fAssignments,
-            "Key or path, and a value as in a file: true, 1.5, /Name, "
-            "(text), [ 1 2 ]")
-            ->required();
+            "Key or path, and a value as in a file: true, 1.5, /Name, (text), [ 1 2 ]; KEY+=VALUE "
+            "and KEY-=VALUE change an array; with --from also a KEY, pattern or group to copy");
+        Parser().add_option("--from", fFrom, "Read values from this file")->type_name("FILE");
         Parser().add_flag(
             "--allow-unknown", fAllowsUnknown, "Write keys that neither the schema nor FILE has");
         AddChangeOptions(options);
-        Parser().footer(
-            "Examples:\n"
-            "  joboptions set office.joboptions ColorImageResolution=150\n"
-            "  joboptions set -n office.joboptions ColorImageDict/QFactor=0.76\n"
-            "  joboptions set office.joboptions 'NeverEmbed=[ /Courier ]' -o new.joboptions");
     }
 
-private:
-    void Apply(Request& request, std::string const& file) const override {
+    // source: what arguments without "=" are copied from; null if they are wrong.
+    void ApplyAll(Request& request, std::string const& file, Document const* source) const {
         std::vector<std::string> paths;
         for (std::string const& assignment : fAssignments) {
             std::size_t const sign = assignment.find('=');
-            std::string const path = assignment.substr(0, sign);
+            if (sign == std::string::npos && source != nullptr) {
+                CopyMatching(request, *source, assignment);
+                continue;
+            }
             if (sign == std::string::npos) {
-                AddProblem(request, Status::kWrongCall, VisibleText(path) + ": expected KEY=VALUE");
-            } else if (Assign(request, path, assignment.substr(sign + 1), file)) {
+                AddProblem(
+                    request, Status::kWrongCall, VisibleText(assignment) + ": expected KEY=VALUE");
+                continue;
+            }
+            std::string path = assignment.substr(0, sign);
+            Change const change = TakeSign(request, path);
+            if (Assign(request, path, change, assignment.substr(sign + 1), file)) {
                 paths.push_back(path);
             }
         }
@@ -167,20 +172,56 @@ private:
         }
     }
 
+    // The file that values are read from, empty for none; and the assignments.
+    std::string fFrom;
+    std::vector<std::string> fAssignments;
+
+private:
+    // Copies settings of --from. None that match is a problem with Status::kNo.
+    void CopyMatching(Request& request, Document const& source, std::string const& pattern) const {
+        try {
+            if (request.fEdit.CopyMatching(source, pattern) == 0) {
+                AddProblem(
+                    request,
+                    Status::kNo,
+                    InputName(fFrom) + ": nothing matches " + VisibleText(pattern));
+            }
+        } catch (Error const& error) {
+            AddProblem(
+                request, Status::kRefused, InputName(fFrom) + ": " + VisibleText(error.Message()));
+        }
+    }
+
+    // Takes the sign of KEY+= or KEY-= off a path, unless the file has that very key.
+    static Change TakeSign(Request const& request, std::string& path) {
+        bool const isSigned = path.size() > 1 && (path.ends_with('+') || path.ends_with('-'));
+        if (!isSigned || request.fSettings.Has(path)) {
+            return Change::kSet;
+        }
+        Change const change = path.ends_with('+') ? Change::kAdd : Change::kRemove;
+        path.pop_back();
+        return change;
+    }
+
     // Makes one change. False if it is refused.
     bool Assign(
         Request& request,
         std::string const& path,
+        Change change,
         std::string const& text,
         std::string const& file) const {
         try {
-            request.fEdit.SetText(path, text);
+            Make(request.fEdit, path, change, text);
         } catch (Error const& error) {
             bool const isOfFile = error.Code() == Fault::kUnwritable;
+            bool const isMissing = change == Change::kRemove && error.Code() == Fault::kNoValue;
             AddProblem(
                 request,
-                isOfFile ? Status::kRefused : Status::kWrongCall,
-                (isOfFile ? InputName(file) + ": " : "") + VisibleText(error.Message()));
+                isMissing  ? Status::kNo
+                : isOfFile ? Status::kRefused
+                           : Status::kWrongCall,
+                (isOfFile || isMissing ? InputName(file) + ": " : "") +
+                    VisibleText(error.Message()));
             return false;
         }
         if (!fAllowsUnknown && IsUnknown(request, path)) {
@@ -196,6 +237,20 @@ private:
                     "{}: {} (--allow-unknown writes it)", VisibleText(path), VisibleText(message)));
         }
         return true;
+    }
+
+    static void
+    Make(Settings::Edit& edit, std::string const& path, Change change, std::string const& text) {
+        switch (change) {
+        case Change::kSet:
+            edit.SetText(path, text);
+            break;
+        case Change::kAdd:
+            edit.AddElement(path, text);
+            break;
+        case Change::kRemove:
+            edit.RemoveElement(path, text);
+        }
     }
 
     static bool IsUnknown(Request const& request, std::string const& path) {
@@ -216,8 +271,98 @@ private:
         }
     }
 
-    std::vector<std::string> fAssignments;
     bool fAllowsUnknown = false;
+};
+
+// Changes settings in a file.
+class SetCommand final : public AssignCommand {
+public:
+    SetCommand(CLI::App& program, Options& options)
+        : AssignCommand(
+              program,
+              options,
+              "set",
+              "Change settings in a file, if the schema allows all new values") {
+        Parser().get_option("KEY=VALUE")->required();
+        Parser().footer(
+            "Examples:\n"
+            "  joboptions set office.joboptions ColorImageResolution=150\n"
+            "  joboptions set -n office.joboptions ColorImageDict/QFactor=0.76\n"
+            "  joboptions set office.joboptions NeverEmbed+=/Courier AlwaysEmbed-=/Courier\n"
+            "  joboptions set office.joboptions --from press.joboptions 'Color*' Fonts PDFX=true\n"
+            "  joboptions set office.joboptions 'NeverEmbed=[ /Courier ]' -o new.joboptions");
+    }
+
+private:
+    void Apply(Request& request, std::string const& file) const override {
+        auto const source = fFrom.empty() ? std::nullopt : std::optional(ReadDocument(fFrom));
+        ApplyAll(request, file, source ? &*source : nullptr);
+    }
+
+    std::vector<std::string> Inputs() const override { return {fFile, fFrom}; }
+};
+
+// Makes a file of settings: those of another file, or none, with changes.
+class NewCommand final : public AssignCommand {
+public:
+    NewCommand(CLI::App& program, Options& options)
+        : AssignCommand(program, options, "new", "Create a settings file") {
+        Parser().footer(
+            "Examples:\n"
+            "  joboptions new mine.joboptions CompatibilityLevel=1.7 EmbedAllFonts=true\n"
+            "  joboptions new mine.joboptions --from press.joboptions ColorImageResolution=200");
+    }
+
+    // Status::kDone, or Status::kRefused if the file exists or the schema rejects the settings.
+    // Those of another file may have problems already.
+    Status Run() const override {
+        RequireOneStandardInput({fFrom}, fOptions);
+        pdfsettings::Schema const schema = ReadSchema(fOptions);
+        std::string const text =
+            fFrom.empty() ? Settings(schema).CanonicalText() : ReadBytes(fFrom);
+        Settings settings = ParseSettings(fFrom, text, schema);
+        Settings const before = settings;
+        Request request{settings.Change(), before};
+        Apply(request, fFile);
+        if (fFrom.empty()) {
+            RequireValid(request, schema);
+        }
+        Finish(request, fFile, [&](std::string const& changed) { Save(changed); });
+        return Status::kDone;
+    }
+
+private:
+    void Apply(Request& request, std::string const& file) const override {
+        ApplyAll(request, file, /*source=*/nullptr);
+    }
+
+    // What is missing in a set that begins with nothing is a problem of its own.
+    static void RequireValid(Request& request, pdfsettings::Schema const& schema) {
+        auto const settings = Settings::Parse(request.fEdit.Result().Text(), schema);
+        auto const fresh = request.fEdit.Check();
+        for (Finding const& finding : settings.Validate()) {
+            if (std::ranges::find(fresh, finding.Path(), &Finding::Path) == fresh.end()) {
+                request.fFindings.push_back(finding);
+                AddProblem(
+                    request,
+                    Status::kRefused,
+                    VisibleText(finding.Path()) + ": " + VisibleText(finding.Message()));
+            }
+        }
+    }
+
+    void Save(std::string const& text) const {
+        if (fFile == "-" || !fOptions.output.empty()) {
+            WriteResult(fOptions, text);
+            return;
+        }
+        try {
+            Settings::Parse(text).SaveAs(fFile);
+        } catch (Error const& error) {
+            bool const isConflict = error.Code() == Fault::kConflict;
+            Fail(isConflict ? Status::kRefused : Status::kNotWritten, fFile, error.Message());
+        }
+    }
 };
 
 // Removes keys from a file: all of them or, if one is missing or the schema rejects the result,
@@ -256,6 +401,7 @@ private:
 } // namespace
 
 MakeCommand* const kMakeSetCommand = &Make<SetCommand>;
+MakeCommand* const kMakeNewCommand = &Make<NewCommand>;
 MakeCommand* const kMakeUnsetCommand = &Make<UnsetCommand>;
 
 } // namespace joboptions

@@ -49,6 +49,7 @@ std::unique_ptr<Command> Make(CLI::App& program, Options& options) {
 extern MakeCommand* const kMakeShowCommand;
 extern MakeCommand* const kMakeGetCommand;
 extern MakeCommand* const kMakeExplainCommand;
+extern MakeCommand* const kMakeNewCommand;
 extern MakeCommand* const kMakeSetCommand;
 extern MakeCommand* const kMakeUnsetCommand;
 extern MakeCommand* const kMakeCheckCommand;

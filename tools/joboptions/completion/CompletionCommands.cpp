@@ -166,9 +166,13 @@ public:
             if (!IsPlainWord(rule.Path())) {
                 continue;
             }
-            if (!Has("KEY=VALUE")) {
+            if (!Has("KEY=VALUE") || fCopies) {
                 offers.Add(rule.Path(), rule.Help());
-            } else if (fWord.starts_with(rule.Path() + "=")) {
+            }
+            if (!Has("KEY=VALUE")) {
+                continue;
+            }
+            if (fWord.starts_with(rule.Path() + "=")) {
                 OfferValues(rule, offers);
             } else {
                 offers.Add(rule.Path() + "=", rule.Help());
@@ -211,6 +215,7 @@ private:
             } else if (option->check_lname("schema")) {
                 fSchema = *word;
             }
+            fCopies = fCopies || (option != nullptr && option->check_lname("from"));
         }
     }
 
@@ -248,6 +253,7 @@ private:
     CLI::App const* fCommand = nullptr;   // null if the name is unknown
     CLI::Option const* fOption = nullptr; // the option whose value is at the cursor, or null
     std::size_t fArguments = 0;           // before the cursor
+    bool fCopies = false;                 // keys alone are copied from another file
     std::string fSchema;
     std::string fWord;
 };

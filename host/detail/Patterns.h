@@ -1,0 +1,13 @@
+// Patterns of keys and paths.
+#pragma once
+
+#include <string_view>
+
+namespace pdfsettings::detail {
+
+bool IsPattern(std::string_view text) noexcept;
+
+// Whether text matches a pattern, in any letter case: * is any text, ? any byte.
+bool MatchesPattern(std::string_view pattern, std::string_view text) noexcept;
+
+} // namespace pdfsettings::detail
