@@ -89,7 +89,7 @@ TEST_F(Handles, FindInstancesMethodsAndSignaturesOrSaySo) {
 }
 
 TEST_F(Handles, OfErrorsHoldOneReferenceEach) {
-    static long references; // as the calls of the runtime tell
+    static long references; // counted by the calls of the runtime
     static _t_BIBErrorInterface real;
     references = 0;
     auto& table = *TBIBInterfaceClient<BIBErrorInterface>::GetProcTable_Mutable();

@@ -39,7 +39,7 @@ std::string Wrapped(std::string_view text, std::string const& indent, std::size_
     return line.empty() ? lines : lines + indent + line + "\n";
 }
 
-// Long arrays would hide what stands around them.
+// Values are cut to one line: long arrays would hide the other settings.
 std::string ShortText(pdfsettings::Value const& value, std::size_t width) {
     std::string const text = OneLine(value);
     std::size_t const most = std::max<std::size_t>(width, 20);
