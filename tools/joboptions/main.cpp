@@ -41,6 +41,7 @@ public:
                  kMakeUnsetCommand,
                  kMakeCheckCommand,
                  kMakeDiffCommand,
+                 kMakeCompareCommand,
                  kMakeFmtCommand,
                  kMakeExportCommand,
                  kMakeImportCommand,

@@ -169,6 +169,25 @@ std::string LayoutDocument(std::vector<FormattedFile> const& files) {
     return JsonText({{"version", 1}, {"files", std::move(list)}});
 }
 
+std::string ComparisonDocument(ComparedSets const& sets) {
+    auto settings = List(sets.settings, [&](pdfsettings::ComparedSetting const& setting) {
+        Json values = Json::array();
+        for (std::size_t set = 0; set < setting.values.size(); ++set) {
+            values.push_back(ValueOrNull(setting.path, setting.values[set], sets.names[set]));
+        }
+        return Json{
+            {"key", JsonKey(setting.path)},
+            {"label", TextOrNull(setting.label)},
+            {"group", TextOrNull(setting.group)},
+            {"differs", setting.differs},
+            {"values", std::move(values)}};
+    });
+    return JsonText(
+        {{"version", 1},
+         {"files", List(sets.names, &WellFormedText)},
+         {"settings", std::move(settings)}});
+}
+
 std::string ExplanationDocument(
     std::vector<pdfsettings::ExplainedSetting> const& settings, std::string const& file) {
     auto list = List(settings, [&file](pdfsettings::ExplainedSetting const& setting) {

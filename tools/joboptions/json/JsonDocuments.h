@@ -6,6 +6,7 @@
 #include "pdfsettings/Review.h"
 #include "pdfsettings/Schema.h"
 #include "pdfsettings/Value.h"
+#include "tools/joboptions/text/Comparison.h"
 #include "tools/joboptions/text/Findings.h"
 
 #include <string>
@@ -42,6 +43,10 @@ std::string CheckDocument(std::vector<CheckedFile> const& files);
 
 // {"version", "files": [{"file", "error", "differs"}]}
 std::string LayoutDocument(std::vector<FormattedFile> const& files);
+
+// {"version", "files", "settings": [{"key", "label", "group", "differs", "values"}]}, with a value
+// or null for each file.
+std::string ComparisonDocument(ComparedSets const& sets);
 
 // {"version", "settings": [{"key", "label", "group", "value", "default", "isStored", "isChanged",
 // "doc"}]}.
