@@ -33,12 +33,12 @@ constexpr Resource kSystem{&CountSystemCalls, &FailSystemCall};
 } // namespace
 
 // The runtime is there before the component starts on it.
-class Faults : private FaultyRuntime, public FaultSweepTest {
+class Failures : private FaultyRuntime, public FaultSweepTest {
 protected:
-    Faults() : FaultSweepTest(&LookupDouble::Lookup) {}
+    Failures() : FaultSweepTest(&LookupDouble::Lookup) {}
 };
 
-TEST_F(Faults, LeaveSettingsAsTheyAre) {
+TEST_F(Failures, LeaveSettingsAsTheyAre) {
     auto* const refused = NewValue<POSDict>("< A (no number) >");
     auto* const same = NewValue<POSDict>("< A 1 >");
     for (Resource const& resource : {kAllocations, kContainers}) {
@@ -50,7 +50,7 @@ TEST_F(Faults, LeaveSettingsAsTheyAre) {
     Release(same);
 }
 
-TEST_F(Faults, ChangeAllOrNothing) {
+TEST_F(Failures, ChangeAllOrNothing) {
     auto* const changes = NewValue<POSDict>("< A 2 B [ ] New x >");
     PDFSettings* settings = nullptr;
     auto const set = [&](auto const& endFaults) {
@@ -69,7 +69,7 @@ TEST_F(Faults, ChangeAllOrNothing) {
 }
 
 // Where only their container fails, the object that was to go into it cannot be freed.
-TEST_F(Faults, MakeNoSettings) {
+TEST_F(Failures, MakeNoSettings) {
     ExpectedLeaks const leaks;
     fIsLeaky = true;
     BIBPositionableStream* const stream = NewStream(kText);
@@ -86,7 +86,7 @@ TEST_F(Faults, MakeNoSettings) {
     Release(stream);
 }
 
-TEST_F(Faults, MakeNoSettingsFromFilesOfTheCurrentFolder) {
+TEST_F(Failures, MakeNoSettingsFromFilesOfTheCurrentFolder) {
     std::filesystem::path const before = std::filesystem::current_path();
     std::filesystem::current_path(fFolder.Path());
     BIBSharedBuffer* const path = NewPath(u"a");
@@ -95,7 +95,7 @@ TEST_F(Faults, MakeNoSettingsFromFilesOfTheCurrentFolder) {
     std::filesystem::current_path(before);
 }
 
-TEST_F(Faults, MakeSettingsChangedThatCannotBeCompared) {
+TEST_F(Failures, MakeSettingsChangedThatCannotBeCompared) {
     PDFSettings* const settings = fNewFromFile(fPath, kSchema);
     AddRef(settings);
     for (Resource const& resource : {kAllocations, kSystem}) {
@@ -106,7 +106,7 @@ TEST_F(Faults, MakeSettingsChangedThatCannotBeCompared) {
 
 // With a tail of their own and without. The writer keeps quiet where its text cannot be made: then
 // the text is one that stands for that, and never a part.
-TEST_F(Faults, WriteAllOrNothing) {
+TEST_F(Failures, WriteAllOrNothing) {
     struct Written {
         PDFSettings* fSettings;
         std::string fWhole;
@@ -139,7 +139,7 @@ TEST_F(Faults, WriteAllOrNothing) {
 
 // The old file goes before the new one is made, and a new one that cannot be made whole goes too,
 // unless nothing works any more.
-TEST_F(Faults, OfTheSystemLeaveNoPartOfAFile) {
+TEST_F(Failures, OfTheSystemLeaveNoPartOfAFile) {
     ExpectCleanFailures(kSystem, Writing(fSettings, [&](bool isDone, std::string const& bytes) {
                             bool const isGone = bytes == "(gone)" || (bytes.empty() && fIsLasting);
                             EXPECT_TRUE(bytes == fBefore || (!isDone && (bytes == "old" || isGone)))
@@ -147,7 +147,7 @@ TEST_F(Faults, OfTheSystemLeaveNoPartOfAFile) {
                         }));
 }
 
-TEST_F(Faults, GiveNoFolderAndShorterLists) {
+TEST_F(Failures, GiveNoFolderAndShorterLists) {
     for (Resource const& resource : {kAllocations, kContainers, kSystem}) {
         ExpectCleanFailures(resource, GettingList());
     }
@@ -160,7 +160,7 @@ TEST_F(Faults, GiveNoFolderAndShorterLists) {
     SetHomeInDatabase("");
 }
 
-TEST_F(Faults, OfAStartLeaveNothing) {
+TEST_F(Failures, OfAStartLeaveNothing) {
     fComponent.Terminate();
     bibrt::LiveCounts const live = bibrt::CountLive();
     int failures = 0;

@@ -96,7 +96,7 @@ void ExpectNoWiderAccess(Item const& item, Item const& old) {
 }
 
 // Another program that changes "a" and knows nothing of locks. It keeps a record of whose bytes it
-// wrote over: nobody else may lose what is there then.
+// wrote over: no other program may lose what is in it then.
 class OtherProgram {
 public:
     explicit OtherProgram(support::TemporaryFolder const& folder) : fFolder(folder) {}

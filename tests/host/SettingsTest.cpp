@@ -35,7 +35,7 @@ protected:
 
     // What work fails with, and what it says of it.
     template <class Work>
-    static std::pair<Fault, std::string> FailureOf(Work work) {
+    static std::pair<pdfsettings::Fault, std::string> FailureOf(Work work) {
         auto const error = support::ErrorOf(work);
         EXPECT_TRUE(error);
         return error ? std::pair(error->Code(), std::string(error->what()))
@@ -55,7 +55,7 @@ std::vector<std::string> Texts(Findings const& findings) {
 }
 
 using Expected = std::vector<std::string>;
-using Failure = std::pair<Fault, std::string>;
+using Failure = std::pair<pdfsettings::Fault, std::string>;
 
 std::string const kOld = "Bad: expected a name out of /One, /Two, found the number 2";
 

@@ -133,7 +133,7 @@ constexpr SettingRuleCase kSettingRuleCases[] = {
     // What is wrong by itself is reported once.
     {"ordered [ N I ]", "N 3 I 1.5", "I expected an integer, found the number 1.5"},
     {"then < N < min 1 max 2 > >", "N 3", "N expected a number from 1 to 2, found 3"},
-    // A schema that was not checked harms nobody.
+    // A schema that was not checked does no harm.
     {"then < N < min a in 3 > X 1 > ordered [ N ] disjoint 3 when 3", "N 3", ""},
     {"then < W < min 1 > A [ 1 ] >", "W a A [ 2 ]", ""}};
 
