@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <ranges>
 #include <utility>
 
 namespace pdfsettings {
@@ -55,13 +54,23 @@ std::string_view Stem(std::string_view word) {
     return word;
 }
 
+// The parts of text between blanks.
+std::vector<std::string_view> Words(std::string_view text) {
+    std::vector<std::string_view> words;
+    while (!text.empty()) {
+        std::string_view const word = text.substr(0, text.find(' '));
+        text.remove_prefix(std::min(word.size() + 1, text.size()));
+        words.push_back(word);
+    }
+    return words;
+}
+
 std::vector<std::string> Stems(std::string_view text) {
     std::vector<std::string> stems;
     std::string const normalized = Normalized(text);
-    for (auto const& word : std::views::split(normalized, ' ')) {
-        std::string_view const letters(word.begin(), word.end());
-        if (!letters.empty() && std::ranges::find(kFillers, letters) == std::end(kFillers)) {
-            stems.emplace_back(Stem(letters));
+    for (std::string_view const word : Words(normalized)) {
+        if (!word.empty() && std::ranges::find(kFillers, word) == std::end(kFillers)) {
+            stems.emplace_back(Stem(word));
         }
     }
     return stems;
@@ -74,10 +83,8 @@ std::string TextOf(Rule const& rule) {
 // The text of a setting, and of those that its description names.
 std::string TextWithNamed(Rule const& rule, Schema const& schema) {
     std::string text = TextOf(rule);
-    for (auto const& word : std::views::split(rule.Help(), ' ')) {
-        std::string_view const letters(word.begin(), word.end());
-        Rule const* const named =
-            schema.Find(letters.substr(0, letters.find_last_not_of(".,;:()") + 1));
+    for (std::string_view const word : Words(rule.Help())) {
+        Rule const* const named = schema.Find(word.substr(0, word.find_last_not_of(".,;:()") + 1));
         text += named == nullptr ? "" : TextOf(*named);
     }
     return text;

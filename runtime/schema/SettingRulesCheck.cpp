@@ -90,20 +90,22 @@ private:
         std::size_t position = 0;
         while (DictEntry const* const entry =
                    static_cast<POSDict const&>(test).fEntries.Next(position)) {
-            std::string_view const key = entry->fKey->Text();
-            PathStep const step(fPath, key);
-            if (key == "is" || key == "not") {
-                CheckValue(rule, *entry->fValue);
-            } else if (key == "min" || key == "max") {
-                CheckBound(*entry->fValue);
-            } else if (key == "in" && IsOfType(entry->fValue.Get(), gArrayType)) {
-                for (Ref<POSObject> const& value :
-                     static_cast<POSArray const*>(entry->fValue.Get())->fItems) {
-                    CheckValue(rule, *value);
-                }
-            } else {
-                Report(Join({"says ", ShownText(key), ", which is not a key of a test"}));
+            PathStep const step(fPath, entry->fKey->Text());
+            CheckPartOfTest(rule, entry->fKey->Text(), *entry->fValue);
+        }
+    }
+
+    void CheckPartOfTest(SchemaRule const& rule, std::string_view key, POSObject const& value) {
+        if (key == "is" || key == "not") {
+            CheckValue(rule, value);
+        } else if (key == "min" || key == "max") {
+            CheckBound(value);
+        } else if (key == "in" && IsOfType(&value, gArrayType)) {
+            for (Ref<POSObject> const& allowed : static_cast<POSArray const&>(value).fItems) {
+                CheckValue(rule, *allowed);
             }
+        } else {
+            Report(Join({"says ", ShownText(key), ", which is not a key of a test"}));
         }
     }
 

@@ -102,6 +102,7 @@ private:
     // Without folders, if the names alone are different.
     static void ShortenNames(std::vector<std::string>& names) {
         std::vector<std::string> stems;
+        stems.reserve(names.size());
         for (std::string const& name : names) {
             stems.push_back(std::filesystem::path(name).stem().string());
         }

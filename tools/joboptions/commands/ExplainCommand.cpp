@@ -25,18 +25,16 @@ using pdfsettings::ExplainedSetting;
 // The words of text in lines of at most width cells, as far as words allow, each after indent.
 std::string Wrapped(std::string_view text, std::string const& indent, std::size_t width) {
     std::string lines;
-    std::string line;
+    std::size_t used = 0; // cells of the last line
     while (!text.empty()) {
-        std::size_t const end = std::min(text.find(' '), text.size());
-        std::string const word(text.substr(0, end));
-        text.remove_prefix(std::min(end + 1, text.size()));
-        if (!line.empty() && DisplayWidth(indent + line + " " + word) > width) {
-            lines += indent + line + "\n";
-            line.clear();
-        }
-        line += (line.empty() ? "" : " ") + word;
+        std::string_view const word = text.substr(0, text.find(' '));
+        text.remove_prefix(std::min(word.size() + 1, text.size()));
+        std::size_t const cells = DisplayWidth(word);
+        bool const fits = used != 0 && used + 1 + cells <= width;
+        lines.append(fits ? " " : used == 0 ? "" : "\n").append(fits ? "" : indent).append(word);
+        used = fits ? used + 1 + cells : DisplayWidth(indent) + cells;
     }
-    return line.empty() ? lines : lines + indent + line + "\n";
+    return lines.append(lines.empty() ? "" : "\n");
 }
 
 // Values are cut to one line: long arrays would hide the other settings.

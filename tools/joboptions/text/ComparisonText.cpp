@@ -30,24 +30,29 @@ std::string_view FittingPart(std::string_view word, std::size_t width) {
     return word.substr(0, end == 0 ? next : end);
 }
 
+// Adds a word in lines of its own.
+void AppendParts(std::vector<std::string>& lines, std::string_view word, std::size_t width) {
+    while (!word.empty()) {
+        std::string_view const part = FittingPart(word, width);
+        if (!lines.back().empty()) {
+            lines.emplace_back();
+        }
+        lines.back() = part;
+        word.remove_prefix(part.size());
+    }
+}
+
 // The text of a cell in lines of at most width cells, broken at blanks where there are any.
 std::vector<std::string> CellLines(std::string_view text, std::size_t width) {
     std::vector<std::string> lines(1);
     while (!text.empty()) {
-        std::string_view word = text.substr(0, text.find(' '));
+        std::string_view const word = text.substr(0, text.find(' '));
         text.remove_prefix(std::min(word.size() + 1, text.size()));
         if (!lines.back().empty() && DisplayWidth(lines.back()) + 1 + DisplayWidth(word) <= width) {
             lines.back().append(" ").append(word);
             continue;
         }
-        while (!word.empty()) {
-            std::string_view const part = FittingPart(word, width);
-            if (!lines.back().empty()) {
-                lines.emplace_back();
-            }
-            lines.back() = part;
-            word.remove_prefix(part.size());
-        }
+        AppendParts(lines, word, width);
     }
     return lines;
 }
