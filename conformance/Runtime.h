@@ -186,8 +186,11 @@ public:
     auto const& Cursors() const { return Rows<_t_POSDictIteratorInterface>(); }
     auto const& Objects() const { return Rows<_t_POSObjectStatics>(); }
 
+    // Takes over a new object, which a row gives unowned.
     template <class T>
     Held<T> Hold(T* object) const {
+        long const references = object ? CountOf(As<BIBContainer>(object)) : 0;
+        Require(references == 0, "a new object is unowned", std::to_string(references));
         return Held<T>(Containers(), object);
     }
 

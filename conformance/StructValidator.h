@@ -30,7 +30,7 @@ public:
     // The messages about value, whose last reference may go with them. Fails if the result does
     // not fit them.
     std::vector<std::string> Validate(POSObject* value, char const* structure) const {
-        auto const held = fRuntime.Hold(value);
+        Held const held(fRuntime.Containers(), value);
         return Collect(
             [&] { return fMethods.Validate(fSelf, held, Atom(fRuntime, structure), &Keep); });
     }

@@ -743,7 +743,8 @@ std::string Dumped(Runtime const& runtime, bool isAtStart, Dump dump) {
 
 void WritesWhatItReads(Runtime const& runtime) {
     auto const value = runtime.Hold(
-        runtime.Parse("< A 0.1 B (a\\)b\\0012) C [ word 1e300 < > ] (odd key) (12) >"));
+        runtime.Parse("< A 0.30000000000000004 B (a\\)b\\0012) C [ word 1e300 -1e300 < > ] "
+                      "(odd key) (12) >"));
     auto const rows = runtime.Objects();
     std::string const dumps[] = {
         Dumped(
