@@ -42,8 +42,9 @@ protected:
     // A stream that reads text, with a reference for the caller.
     BIBPositionableStream* NewStream(std::string_view text) const {
         BIBPositionableStream* const stream = conformance::NewMemoryStream(fRuntime);
+        conformance::Stream const held(fRuntime, stream);
+        held.Write(std::string(text));
         AddRef(stream);
-        conformance::Stream(fRuntime, stream).Write(std::string(text));
         return stream;
     }
 
