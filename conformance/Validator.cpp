@@ -212,6 +212,8 @@ void CallsChecks(Runtime const& runtime) {
 
 void ChecksSchemas(Runtime const& runtime) {
     ExpectSound(Validator(runtime, kSchema));
+    // Entries for those who know them.
+    ExpectSound(Validator(runtime, "< Settings < Needed number > groups [ ] rules [ ] >"));
     for (auto const& [schema, path] :
          {std::pair("< Settings < optional < B any > A numbr > >", "Settings/A"),
           std::pair("< Settings < optional < B numbr > A any > >", "Settings/optional/B")}) {
