@@ -126,6 +126,9 @@ constexpr SettingRuleCase kSettingRuleCases[] = {
     {"ordered [ N I ]", "N 3 I 2", "N expected at most 2, the value of I, found 3"},
     {"ordered [ N I ]", "N 2.00000001 I 2", ""},
     {"ordered [ N I ] when < I < min 0 > >", "N 3 I -1", ""},
+    {"ordered [ N I ] when < I < min 0 > W a >",
+     "N 3 I 2 W a",
+     "N expected at most 2, the value of I, found 3 where W is /a"},
     {"disjoint [ A B ]", "A [ a b ] B [ c b ]", "A/1 expected no element of B, found /b"},
     {"disjoint [ A B ]", "A [ a 1 ] B [ c 1 ]", ""},
     {"exclusive [ T U ]", "T true U true", "T expected at most one to be true, found T and U"},
@@ -149,6 +152,14 @@ TEST_F(ValidatorTest, RulesBetweenSettingsRejectWhatCannotStandTogether) {
                 NewSettings(std::string("< ") + row.fSettings + " >"), "PDFSettings"),
             row.fMessages);
     }
+}
+
+TEST_F(ValidatorTest, RulesBetweenSettingsAreOfTheMainStructureAlone) {
+    Validator const validator(
+        "< Other < optional < N number P PDFSettings > > PDFSettings < optional "
+        "< N number > > rules [ < then < N 1 > > ] >");
+    EXPECT_EQ(validator.Validate(NewSettings("< N 2 P < N 2 > >"), "Other"), "");
+    EXPECT_EQ(validator.Validate(NewSettings("< N 2 >"), "PDFSettings"), "N expected 1, found 2");
 }
 
 TEST_F(ValidatorTest, ACheckGetsTheNameOfTheSettingAndSpaceForAMessage) {
