@@ -1,7 +1,7 @@
 // Every operation that needs memory, with each of its allocations failing in turn.
 #include "ValidatorFixture.h"
+#include "tests/support/TemporaryFolder.h"
 
-#include <filesystem>
 #include <functional>
 
 namespace runtimetest {
@@ -31,7 +31,16 @@ protected:
         "< a 1 b (text) c [ 1 2 [ x ] < k v > ] d <> e 1 f 2 g 3 h 4 i 5 j 6 k 7 >";
 };
 
-TEST_F(MemoryFailureTest, NewValuesTakeOneBlock) {
+template <class Make, class Release>
+std::function<bool()> Maker(Make make, Release release) {
+    return [=] {
+        auto* const made = make();
+        release(made);
+        return made != nullptr;
+    };
+}
+
+TEST_F(MemoryFailureTest, NewValuesTakeOneBlockAndCachesAllTheirs) {
     Held const dict(Dicts().NewPOSDict());
     auto const& strings = Rows<_t_POSUnicodeStringInterface>();
     auto const& binary = Rows<_t_POSBinDataInterface>();
@@ -48,15 +57,10 @@ TEST_F(MemoryFailureTest, NewValuesTakeOneBlock) {
     for (auto const& make : makers) {
         EXPECT_EQ(FailEach([&] { return Discard(make()); }), 1U) << &make - makers;
     }
-}
-
-template <class Make, class Release>
-std::function<bool()> Maker(Make make, Release release) {
-    return [=] {
-        auto* const made = make();
-        release(made);
-        return made != nullptr;
-    };
+    auto const& caches = Rows<_t_BIBCacheInterface>();
+    EXPECT_GT(FailEach(Maker(caches.NewCacheID, caches.Release)), 0U);
+    EXPECT_GT(FailEach(Maker(caches.NewCacheSet, caches.DeleteCacheSet)), 0U);
+    EXPECT_GT(FailEach(Maker(caches.NewCachePurge, caches.DeleteCachePurge)), 0U);
 }
 
 void Increment(void* counter) {
@@ -70,13 +74,6 @@ TEST_F(MemoryFailureTest, WhatIsGivenStaysTheCallers) {
     auto const& buffers = Rows<_t_BIBSharedBuffInterface>();
     BIBClientStreamProcs const procs = {nullptr, nullptr, nullptr, nullptr, nullptr, &Increment};
     Atom const name("HostThing");
-    auto const& caches = Rows<_t_BIBCacheInterface>();
-    for (auto const& attempt :
-         {Maker(caches.NewCacheID, caches.Release),
-          Maker(caches.NewCacheSet, caches.DeleteCacheSet),
-          Maker(caches.NewCachePurge, caches.DeleteCachePurge)}) {
-        EXPECT_GT(FailEach(attempt), 0U);
-    }
     std::function<bool()> const attempts[] = {
         Maker(
             [&] {
@@ -114,13 +111,8 @@ TEST_F(MemoryFailureTest, WhatIsGivenStaysTheCallers) {
     }
 }
 
-long CountOpenFiles() {
-    auto const entries = std::filesystem::directory_iterator("/proc/self/fd");
-    return std::distance(begin(entries), end(entries));
-}
-
 TEST_F(MemoryFailureTest, FilesAreClosed) {
-    long const before = CountOpenFiles();
+    long const before = support::CountDescriptors();
     EXPECT_GT(
         FailEach([] {
             BIBPositionableStream* stream = nullptr;
@@ -128,7 +120,7 @@ TEST_F(MemoryFailureTest, FilesAreClosed) {
             return Discard(stream);
         }),
         0U);
-    EXPECT_EQ(CountOpenFiles(), before);
+    EXPECT_EQ(support::CountDescriptors(), before);
 }
 
 TEST_F(MemoryFailureTest, RegistrationsLeaveNothing) {

@@ -1,5 +1,6 @@
 #include "ValidatorFixture.h"
 
+#include <cmath>
 #include <cstring>
 #include <limits>
 
@@ -25,37 +26,28 @@ long AcceptOnly(
 
 class ValidatorTest : public RuntimeTest {};
 
-struct RuleCase {
+struct Case {
     char const* fRule;
-    char const* fValue; // empty for none
+    char const* fSettings;
     char const* fMessages;
 };
 
-constexpr RuleCase kRuleCases[] = {
+// Rules of a setting K, its values, or nothing for none, and the messages.
+constexpr Case kRuleCases[] = {
     {"boolean", "", "K expected a boolean, found nothing"},
-    {"number", "-1e300", ""},
-    {"number", "true", "K expected a number, found the boolean true"},
-    {"integer", "2.5", "K expected an integer, found the number 2.5"},
     {"name", "true", "K expected a name, found the boolean true"},
     {"name", "$text", "K expected a name, found the string (text)"},
-    {"string", "$", ""},
     {"string", "text", "K expected a string, found the name text"},
     {"string", "#FEFF", "K expected a string, found the hexadecimal string <FEFF>"},
     {"hexstring", "#FEFF", ""},
     {"hexstring", "[]", "K expected a hexadecimal string, found an array"},
     {"array", "<>", "K expected an array, found a dictionary"},
-    {"dictionary", "< a 1 >", ""},
     {"dictionary", "(caf\xC3\xA9 \\n)", "K expected a dictionary, found the name caf?? ?"},
     {"any", "", "K expected a value, found nothing"},
-    {"T", "<>", "K/n expected a number, found nothing"},
     {"T", "< n 1 o 1 unknown x >", "K/o expected a boolean, found the number 1"},
-    {"T", "x", "K expected a dictionary, found the name x"},
-    {"< type integer min 1 max 10 >", "0", "K expected an integer from 1 to 10, found 0"},
     {"< type number max 10 >", "10.5", "K expected a number of at most 10, found 10.5"},
     {"< type number max 0.1 >", "0.100000001490116", ""},
-    {"< type number min 0.7 >", "0.699999988079071", ""},
     {"< type number in [ 1.2 1.3 ] >", "1.29999995231628", ""},
-    {"< type integer in [ -1 1 2 ] >", "3", "K 3 is not one of -1, 1, 2"},
     {"< type name in [ a b ] >", "B", "K /B is not one of /a, /b"},
     {"< type string in [ a (b c) ] >", "($b c)", ""},
     {"< type string in [ a (b c) ] >", "$b", "K (b) is not one of (a), (b c)"},
@@ -84,39 +76,29 @@ constexpr RuleCase kRuleCases[] = {
 
 TEST_F(ValidatorTest, EachKindOfRuleHasItsMessage) {
     double const six = 6;
-    for (RuleCase const& row : kRuleCases) {
-        SCOPED_TRACE(std::string(row.fRule) + " on " + row.fValue);
-        std::string const rule = row.fRule;
+    for (Case const& row : kRuleCases) {
+        SCOPED_TRACE(std::string(row.fRule) + " on " + row.fSettings);
         Validator const validator(
-            "< S < K " + rule +
+            std::string("< S < K ") + row.fRule +
             " > T < n number optional < o boolean n name > > U < optional [] > >");
         validator.Register("Six", &Refuse);
         validator.Register("Six", &AcceptOnly, &six);
         validator.Register("Speaks", &Refuse, "says so");
-        std::string const entry = *row.fValue ? std::string("K ") + row.fValue : "";
+        std::string const entry = *row.fSettings ? std::string("K ") + row.fSettings : "";
         EXPECT_EQ(validator.Validate(NewSettings("< " + entry + " >")), row.fMessages);
     }
 }
 
-struct SettingRuleCase {
-    char const* fRule;
-    char const* fSettings;
-    char const* fMessages;
-};
-
-constexpr SettingRuleCase kSettingRuleCases[] = {
+constexpr Case kSettingRuleCases[] = {
     {"when < T true > then < N < min 2 > > doc (why not)",
      "T true N 1",
      "N expected a number of at least 2, found 1 where T is true: why not"},
-    {"when < T true > then < N < min 2 > >", "T true N 2", ""},
     {"when < T true > then < N < min 2 > >", "T false N 1", ""},
     {"when < T true > then < N < min 2 > > severity warning", "T true N 1", ""},
     // A missing setting counts as its default.
     {"when < D b > then < N 1 >", "N 2", "N expected 1, found 2"},
     {"when < N 1 > then < D < not b > >", "N 1", "D expected another value than /b where N is 1"},
     {"when < D b > then < D a >", "", ""},
-    {"when < N 1 > then < T true >", "N 1", ""},
-    {"when < T true > then < N 1 >", "N 2", ""},
     {"when < N < in [ 1 2 ] > W (a b) > then < M/Q x >",
      "N 2 W (a b) M < Q y >",
      "M/Q expected /x, found /y where N is 2 and W is /a b"},
@@ -130,9 +112,7 @@ constexpr SettingRuleCase kSettingRuleCases[] = {
      "N 3 I 2 W a",
      "N expected at most 2, the value of I, found 3 where W is /a"},
     {"disjoint [ A B ]", "A [ a b ] B [ c b ]", "A/1 expected no element of B, found /b"},
-    {"disjoint [ A B ]", "A [ a 1 ] B [ c 1 ]", ""},
     {"exclusive [ T U ]", "T true U true", "T expected at most one to be true, found T and U"},
-    {"exclusive [ T U ]", "T true U false", ""},
     // What is wrong by itself is reported once.
     {"ordered [ N I ]", "N 3 I 1.5", "I expected an integer, found the number 1.5"},
     {"then < N < min 1 max 2 > >", "N 3", "N expected a number from 1 to 2, found 3"},
@@ -141,7 +121,7 @@ constexpr SettingRuleCase kSettingRuleCases[] = {
     {"then < W < min 1 > A [ 1 ] >", "W a A [ 2 ]", ""}};
 
 TEST_F(ValidatorTest, RulesBetweenSettingsRejectWhatCannotStandTogether) {
-    for (SettingRuleCase const& row : kSettingRuleCases) {
+    for (Case const& row : kSettingRuleCases) {
         SCOPED_TRACE(std::string(row.fRule) + " on " + row.fSettings);
         Validator const validator(
             "< PDFSettings < optional < N number I integer A array B array T boolean U boolean W "
@@ -198,28 +178,25 @@ TEST_F(ValidatorTest, LongTextsAreCutShort) {
         "..." + key.substr(1000) + " expected a number, found the name " + word.substr(40) + "...");
 }
 
-TEST_F(ValidatorTest, ValuesOfNoKindOfTheSchemasAreToldSo) {
-    Validator const validator("< S < K name > >");
+TEST_F(ValidatorTest, ValuesThatNoTextHasAreRefused) {
+    Validator const validator("< S < K < type number min -1 max 1 > > I < K integer > >");
     Held const settings(Dicts().NewPOSDict());
+    auto const messagesOf = [&](POSObject* value, char const* structure = "S") {
+        Put(settings, "K", value);
+        return validator.Validate(settings.Value(), structure);
+    };
     for (POSObject* const value :
          {As<POSObject>(conformance::NewMemoryStream(Ours())),
           As<POSObject>(Rows<_t_POSUnicodeStringInterface>().NewPOSUnicodeString(nullptr)),
           As<POSObject>(Rows<_t_POSBinDataInterface>().NewPOSBinData("other", nullptr, 0))}) {
-        Put(settings, "K", value);
         EXPECT_EQ(
-            validator.Validate(settings.Value()), "K expected a name, found another kind of value");
+            messagesOf(value), "K expected a number from -1 to 1, found another kind of value");
     }
-}
-
-TEST_F(ValidatorTest, NumbersThatAreNoNumbersAreOutOfEveryRange) {
-    Validator const validator("< S < K < type number min -1 max 1 > > I < K integer > >");
-    Held const settings(Dicts().NewPOSDict());
-    Put(settings, "K", Ours().NewNumber(std::numeric_limits<double>::quiet_NaN()));
-    EXPECT_EQ(validator.Validate(settings.Value()), "K expected a number from -1 to 1, found nan");
-    Put(settings, "K", Ours().NewNumber(std::numeric_limits<double>::infinity()));
-    EXPECT_EQ(validator.Validate(settings.Value()), "K expected a number from -1 to 1, found inf");
-    EXPECT_EQ(
-        validator.Validate(settings.Value(), "I"), "K expected an integer, found the number inf");
+    auto const number = [](double value) { return Ours().NewNumber(value); };
+    constexpr double kInfinity = std::numeric_limits<double>::infinity();
+    EXPECT_EQ(messagesOf(number(std::nan(""))), "K expected a number from -1 to 1, found nan");
+    EXPECT_EQ(messagesOf(number(kInfinity)), "K expected a number from -1 to 1, found inf");
+    EXPECT_EQ(messagesOf(number(kInfinity), "I"), "K expected an integer, found the number inf");
 }
 
 // Gives up all that the host holds.
