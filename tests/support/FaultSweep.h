@@ -15,8 +15,6 @@ namespace support {
 struct Resource {
     unsigned long (*fCount)();
     void (*fFail)(unsigned long n, bool andAllLater);
-    // Goes before each call.
-    void (*fPrepare)() = [] {};
 };
 
 enum class Reports { kNone, kOne, kAny };
@@ -42,7 +40,7 @@ struct Swept {
 // Has settings, a file "a" of the same content, and two files in the user's settings folder.
 class FaultSweepTest : public SettingsTest {
 protected:
-    explicit FaultSweepTest(BIBLookupProc lookup = &BIBRuntimeLookup) : SettingsTest(lookup) {
+    FaultSweepTest() {
         fFolder.Make("a", kText);
         fSettings = NewSettings(kText, kSchema);
         fBefore = Text(fSettings);
@@ -64,7 +62,7 @@ protected:
     // Makes each use of a resource in a call fail: the settings stay as they are, the reports say
     // what the result says, and the next call succeeds.
     Swept Sweep(Resource const& resource, Call const& call) {
-        EXPECT_TRUE(Do(resource, call)) << testing::PrintToString(fLog.fMessages);
+        EXPECT_TRUE(Do(call)) << testing::PrintToString(fLog.fMessages);
         Swept swept;
         for (bool const andAllLater : {false, true}) {
             fIsLasting = andAllLater;
@@ -80,12 +78,6 @@ protected:
         EXPECT_GT(swept.fFaults, 0);
         EXPECT_GE(swept.fFailures, atLeast);
         EXPECT_EQ(0, swept.fLeaks);
-    }
-
-    void ExpectLeaks(Resource const& resource, Call const& call, int leaks) {
-        Swept const swept = Sweep(resource, call);
-        EXPECT_GT(swept.fFailures, leaks);
-        EXPECT_EQ(leaks, swept.fLeaks);
     }
 
     // A call that gives a result, which goes.
@@ -174,9 +166,8 @@ protected:
     bool fIsLeaky = false;   // what is left at the end is permitted
 
 private:
-    static bool Do(Resource const& resource, Call const& call) {
+    static bool Do(Call const& call) {
         call.fPrepare();
-        resource.fPrepare();
         return call.fWork([] {});
     }
 
@@ -189,7 +180,6 @@ private:
         Swept& swept) {
         bibrt::LiveCounts const live = bibrt::CountLive();
         call.fPrepare();
-        resource.fPrepare();
         fLog.fMessages.clear();
         unsigned long const start = resource.fCount();
         unsigned long end = start;
@@ -208,7 +198,7 @@ private:
         swept.fFaults += end - start >= n ? 1 : 0;
         swept.fFailures += isDone ? 0 : 1;
         swept.fLeaks += live == bibrt::CountLive() ? 0 : 1;
-        EXPECT_TRUE(Do(resource, call)) << n;
+        EXPECT_TRUE(Do(call)) << n;
         return end - start >= n;
     }
 };
