@@ -6,14 +6,10 @@
 #include "tests/support/TemporaryFolder.h"
 
 #include <algorithm>
-#include <fcntl.h>
-#include <sys/stat.h>
 
 namespace support {
 
 namespace {
-
-using namespace std::string_literals;
 
 std::filesystem::path const kAdminSupport = PDFSETTINGS_ADMIN_SUPPORT_FOLDER;
 std::filesystem::path const kAdminPreferences = PDFSETTINGS_ADMIN_PREFERENCES_FOLDER;
@@ -53,6 +49,11 @@ protected:
     std::filesystem::path UserFolder() const { return fFolder.Path() / "data" / kSettings; }
     static std::filesystem::path AdminFolder() { return kAdminSupport / kSettings; }
 
+    // The units of a path as the component gives it.
+    static std::u16string Marked(std::filesystem::path const& path) {
+        return u"\uFEFF" + path.u16string() + std::u16string(1, u'\0');
+    }
+
     void WriteAdminList(std::string const& bytes) const {
         WriteBytes(kAdminPreferences / "com.ardeo.PDFAdminSettings.plist", bytes);
     }
@@ -75,6 +76,12 @@ protected:
         }));
         std::sort(lines.begin(), lines.end());
         return lines;
+    }
+
+    // A line of it.
+    static std::string
+    Line(std::string const& name, std::string const& path, std::string const& rest) {
+        return "<<SettingsName ^\"" + name + "\" FullFilePath ^\"" + path + "\" ReadOnly " + rest;
     }
 
     // Without what is the same for all and the folders of this test.
@@ -104,9 +111,7 @@ TEST_F(Listing, IsEmptyWithoutFilesAndMakesTheUsersFolder) {
     EXPECT_TRUE(List().empty());
     EXPECT_TRUE(std::filesystem::is_directory(UserFolder()));
     EXPECT_FALSE(std::filesystem::exists(AdminFolder()));
-    std::u16string expected = u"\uFEFF" + UserFolder().u16string();
-    expected.push_back(0);
-    EXPECT_EQ(expected, TakePath(fGetFolder()));
+    EXPECT_EQ(Marked(UserFolder()), TakePath(fGetFolder()));
 }
 
 TEST_F(Listing, HasEveryFileOnceByItsName) {
@@ -130,26 +135,21 @@ TEST_F(Listing, HasEveryFileOnceByItsName) {
         UserFolder() / "readonly.joboptions", std::filesystem::perms::owner_read);
     WriteBytes(AdminFolder() / "both.joboptions", "");
     WriteBytes(AdminFolder() / "Press Quality.joboptions", "");
-    auto const line = [](std::string const& name,
-                         std::string const& path,
-                         std::string const& rest) {
-        return "<<SettingsName ^\"" + name + "\" FullFilePath ^\"" + path + "\" ReadOnly " + rest;
-    };
     std::string const text = "\xE6\x97\xA5\xF0\x9F\x98\x80";
     std::vector<std::string> const expected{
-        line("Press Quality", "admin/Press Quality.joboptions", "1 ShowHide <<Webrix 0>>>>"),
-        line(
+        Line("Press Quality", "admin/Press Quality.joboptions", "1 ShowHide <<Webrix 0>>>>"),
+        Line(
             "Standard",
             "user/Standard.joboptions",
             "0 ShowHide <<Webrix 0 Vectrapaint 0 Pagemint 0 Rasterlab 0>>>>"),
-        line("ab.joboptions2", "user/ab.joboptions2", "0"),
-        line("b.c", "user/b.c.joboptions", "0"),
-        line("both", "admin/both.joboptions", "1"),
-        line("folder", "user/folder.joboptions", "0"),
-        line("readonly", "user/readonly.joboptions", "1"),
-        line(text, "user/" + text + ".joboptions", "0"),
+        Line("ab.joboptions2", "user/ab.joboptions2", "0"),
+        Line("b.c", "user/b.c.joboptions", "0"),
+        Line("both", "admin/both.joboptions", "1"),
+        Line("folder", "user/folder.joboptions", "0"),
+        Line("readonly", "user/readonly.joboptions", "1"),
+        Line(text, "user/" + text + ".joboptions", "0"),
         // A mark at the head is a part of the name.
-        line("\xEF\xBB\xBFStandard", "user/\xEF\xBB\xBFStandard.joboptions", "0"),
+        Line("\xEF\xBB\xBFStandard", "user/\xEF\xBB\xBFStandard.joboptions", "0"),
     };
     EXPECT_EQ(expected, List());
 }
@@ -190,51 +190,31 @@ TEST_F(Listing, FollowsTheAdministratorEachTimeAnew) {
             "ShowHide", DictEntry("Webrix", StringEntry("/", "1") + StringEntry("Standard", "1"))) +
         DictEntry(
             "PDFSettings",
-            Entry(
-                "Webrix",
-                "<array><string>Standard</string><string>Usual</string>"
-                "<string>Standard</string><string>Other</string></array>") +
-                Entry(
-                    "Pagemint",
-                    "<array><string>Standard</string><string>Plain</string></array>"))));
+            NamesEntry("Webrix", {"Standard", "Usual", "Standard", "Other"}) +
+                NamesEntry("Pagemint", {"Standard", "Plain"}))));
     // What only an administrator may lay down is not looked at in the user's list.
     WriteUserList(PropertyList(
         DictEntry("ShowHide", DictEntry("Mine", StringEntry("Standard", "0"))) +
-        DictEntry(
-            "PDFSettings",
-            Entry(
-                "Webrix",
-                "<array><string>Standard</string><string>Mine</string>"
-                "</array>"))));
-    std::string const path = "\" FullFilePath ^\"user/Standard.joboptions\" ReadOnly ";
-    std::string const shown = " ShowHide <<Webrix 1 Vectrapaint 0 Pagemint 0 Rasterlab 0>>>>";
-    EXPECT_EQ(
-        std::vector<std::string>{"<<SettingsName ^\"Usual" + path + "1" + shown}, List("Webrix"));
-    EXPECT_EQ(
-        std::vector<std::string>{"<<SettingsName ^\"Plain" + path + "1" + shown}, List("Pagemint"));
-    EXPECT_EQ(
-        std::vector<std::string>{"<<SettingsName ^\"Standard" + path + "0" + shown},
-        List("Vectrapaint"));
+        DictEntry("PDFSettings", NamesEntry("Webrix", {"Standard", "Mine"}))));
+    auto const line = [](char const* name, char const* readOnly, char const* webrix) {
+        return Line(
+            name,
+            "user/Standard.joboptions",
+            std::string(readOnly) + " ShowHide <<Webrix " + webrix +
+                " Vectrapaint 0 Pagemint 0 Rasterlab 0>>>>");
+    };
+    using Lines = std::vector<std::string>;
+    EXPECT_EQ(Lines{line("Usual", "1", "1")}, List("Webrix"));
+    EXPECT_EQ(Lines{line("Plain", "1", "1")}, List("Pagemint"));
+    EXPECT_EQ(Lines{line("Standard", "0", "1")}, List("Vectrapaint"));
+    // Files are the same by the names that are shown.
+    WriteBytes(AdminFolder() / "Usual.joboptions", "");
+    EXPECT_EQ(Lines{Line("Usual", "admin/Usual.joboptions", "1")}, List("Webrix"));
+    std::filesystem::remove(AdminFolder() / "Usual.joboptions");
     for (char const* const bad : {"", "<plist>", "<plist><array/></plist>"}) {
         WriteAdminList(bad);
-        EXPECT_EQ(
-            std::vector<std::string>{
-                "<<SettingsName ^\"Standard" + path +
-                "0 ShowHide <<Webrix 0 Vectrapaint 0 Pagemint 0 Rasterlab 0>>>>"},
-            List());
+        EXPECT_EQ(Lines{line("Standard", "0", "0")}, List());
     }
-}
-
-TEST_F(Listing, TakesFilesForTheSameByTheNamesThatAreShown) {
-    WriteBytes(AdminFolder() / "Usual.joboptions", "");
-    WriteBytes(UserFolder() / "Standard.joboptions", "");
-    WriteAdminList(PropertyList(DictEntry(
-        "PDFSettings",
-        Entry("Webrix", "<array><string>Standard</string><string>Usual</string></array>"))));
-    EXPECT_EQ(
-        std::vector<std::string>{
-            "<<SettingsName ^\"Usual\" FullFilePath ^\"admin/Usual.joboptions\" ReadOnly 1"},
-        List());
 }
 
 // The table's name for a file is its own without as many units as the extension has, and the record
@@ -263,65 +243,47 @@ TEST_F(Listing, LooksWherePreferencesLead) {
     // A mark at the head of the path is none of it, and a slash at its end is.
     WriteUserList(PropertyList(StringEntry("PDFSettingsPath", "\xEF\xBB\xBF" + user + "/")));
     WriteBytes(AdminFolder() / "standard.joboptions", "");
-    EXPECT_EQ(
-        (std::vector<std::string>{"<<SettingsName ^\"standard\" FullFilePath "
-                                  "^\"admin/standard.joboptions\" ReadOnly 1"}),
-        List());
+    std::vector<std::string> expected{Line("standard", "admin/standard.joboptions", "1")};
+    EXPECT_EQ(expected, List());
     WriteAdminList(PropertyList(StringEntry("PDFSettingsPath", admin)));
     EXPECT_TRUE(List().empty());
     EXPECT_TRUE(std::filesystem::is_directory(user));
     EXPECT_FALSE(std::filesystem::exists(admin));
-    std::u16string const marked = u"\uFEFF" + std::filesystem::path(user).u16string() + u"/";
-    EXPECT_EQ(marked + std::u16string(1, u'\0'), TakePath(fGetFolder()));
+    EXPECT_EQ(Marked(user + "/"), TakePath(fGetFolder()));
     WriteBytes(user + "/u.joboptions", "");
     WriteBytes(admin + "/a.joboptions", "");
-    EXPECT_EQ(
-        (std::vector<std::string>{
-            "<<SettingsName ^\"a\" FullFilePath ^\"" + admin + "/a.joboptions\" ReadOnly 1",
-            "<<SettingsName ^\"u\" FullFilePath ^\"" + user + "/u.joboptions\" ReadOnly 0"}),
-        List());
+    expected = {Line("a", admin + "/a.joboptions", "1"), Line("u", user + "/u.joboptions", "0")};
+    EXPECT_EQ(expected, List());
     WriteUserList(PropertyList(StringEntry("PDFSettingsPath", "")));
     WriteAdminList(PropertyList(StringEntry("PDFSettingsPath", "")));
     EXPECT_TRUE(List().empty());
-    std::u16string const nothing{u'\uFEFF', u'\0'};
-    EXPECT_EQ(nothing, TakePath(fGetFolder()));
+    EXPECT_EQ(Marked(""), TakePath(fGetFolder()));
 }
 
 TEST_F(Listing, TellsWhenAFileChanged) {
     struct {
         timespec fTime;
         // In two bytes, four and two: the seconds since 1904 and a fraction of 1/65536.
-        std::string fDate;
+        char const* fDate;
     } const kCases[] = {
-        {{0, 0}, "\0\0\x80\xB0\x25\x7C\0\0"s},
-        {{1, 15258}, "\0\0\x81\xB0\x25\x7C\0\0"s},
-        {{1, 15259}, "\0\0\x81\xB0\x25\x7C\1\0"s},
-        {{1000000000, 999999999}, "\0\0\x80\x7A\xC0\xB7\xFF\xFF"s},
-        {{2212122496, 500000000}, "\1\0\0\0\0\0\0\x80"s},
-        {{-2082844800, 0}, "\0\0\0\0\0\0\0\0"s},
+        {{0, 0}, "\\0\\0\x80\xB0\x25\x7C\\0\\0"},
+        {{1, 15258}, "\\0\\0\x81\xB0\x25\x7C\\0\\0"},
+        {{1, 15259}, "\\0\\0\x81\xB0\x25\x7C\1\\0"},
+        {{1000000000, 999999999}, "\\0\\0\x80\x7A\xC0\xB7\xFF\xFF"},
+        {{2212122496, 500000000}, "\1\\0\\0\\0\\0\\0\\0\x80"},
+        {{-2082844800, 0}, "\\0\\0\\0\\0\\0\\0\\0\\0"},
     };
     std::filesystem::path const file = UserFolder() / "a.joboptions";
     WriteBytes(file, "");
     for (auto const& [time, date] : kCases) {
-        timespec const times[] = {time, time};
-        ASSERT_EQ(0, utimensat(AT_FDCWD, file.c_str(), times, 0));
-        struct stat status {};
-        ASSERT_EQ(0, stat(file.c_str(), &status));
-        if (status.st_mtim.tv_sec != time.tv_sec || status.st_mtim.tv_nsec != time.tv_nsec) {
-            continue; // the file system has no such time
+        if (SetTime(file, time)) {
+            POSArray* const list = fGetList("");
+            AddRef(list);
+            std::string const record = Describer(fRuntime)(fRuntime.Arrays().GetAt(list, 0));
+            std::string const expected = std::string(" ModDate Apple_UTCDateTime{") + date + "}>>";
+            EXPECT_TRUE(record.ends_with(expected)) << time.tv_sec << ": " << record;
+            Release(list);
         }
-        POSArray* const list = fGetList("");
-        AddRef(list);
-        auto* const record = reinterpret_cast<POSDict*>(fRuntime.Arrays().GetAt(list, 0));
-        auto* const found = reinterpret_cast<POSBinData*>(fRuntime.Get(record, "ModDate"));
-        EXPECT_EQ(8U, fRuntime.Rows<_t_POSBinDataInterface>().GetSize(found));
-        EXPECT_STREQ(
-            "Apple_UTCDateTime", fRuntime.Rows<_t_POSBinDataInterface>().GetTypeName(found));
-        EXPECT_EQ(
-            0,
-            std::memcmp(date.data(), fRuntime.Rows<_t_POSBinDataInterface>().GetBinData(found), 8))
-            << time.tv_sec;
-        Release(list);
     }
 }
 
@@ -336,11 +298,8 @@ TEST_F(Listing, LeavesOutPathsThatAreTooLong) {
     WriteBytes(folder + "/" + fitting + ".joboptions", "");
     WriteBytes(folder + "/" + fitting + "f.joboptions", "");
     WriteUserList(PropertyList(StringEntry("PDFSettingsPath", folder)));
-    EXPECT_EQ(
-        (std::vector<std::string>{
-            "<<SettingsName ^\"" + fitting + "\" FullFilePath ^\"" + folder + "/" + fitting +
-            ".joboptions\" ReadOnly 0"}),
-        List());
+    std::string const path = folder + "/" + fitting + ".joboptions";
+    EXPECT_EQ(std::vector<std::string>{Line(fitting, path, "0")}, List());
 }
 
 TEST_F(Listing, ShowsNoMoreThanOneHiddenFileForAFailure) {

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <vector>
 
 namespace support {
 
@@ -24,6 +25,16 @@ inline std::string StringEntry(std::string const& key, std::string const& value)
 
 inline std::string DictEntry(std::string const& key, std::string const& entries) {
     return Entry(key, "<dict>" + entries + "</dict>");
+}
+
+// What an application's files are called: names by turns with the names that are shown.
+inline std::string
+NamesEntry(std::string const& application, std::vector<std::string> const& names) {
+    std::string elements;
+    for (std::string const& name : names) {
+        elements += "<string>" + name + "</string>";
+    }
+    return Entry(application, "<array>" + elements + "</array>");
 }
 
 // Makes a file, and the folder for it.

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <sys/resource.h>
 
 namespace support {
 
@@ -24,5 +25,21 @@ void SetRaisedRights(bool areRaised);
 
 // The home that the password database gives for every user; that of the system where it is empty.
 void SetHomeInDatabase(std::string home);
+
+// While one lives, no file may grow beyond a size in bytes, as where the disk is full.
+class FileSizeLimit {
+public:
+    explicit FileSizeLimit(rlim_t size) {
+        getrlimit(RLIMIT_FSIZE, &fBefore);
+        rlimit const limit{size, fBefore.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FileSizeLimit() { setrlimit(RLIMIT_FSIZE, &fBefore); }
+    FileSizeLimit(FileSizeLimit const&) = delete;
+    FileSizeLimit& operator=(FileSizeLimit const&) = delete;
+
+private:
+    rlimit fBefore{};
+};
 
 } // namespace support

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -60,6 +61,14 @@ private:
 inline std::string ReadBytes(std::string const& path) {
     std::ifstream stream(path);
     return std::string(std::istreambuf_iterator<char>(stream), {});
+}
+
+// Changes the time of a file; whether the file system has such a time.
+inline bool SetTime(std::string const& path, timespec time) {
+    timespec const times[] = {time, time};
+    struct stat status {};
+    return utimensat(AT_FDCWD, path.c_str(), times, 0) == 0 && stat(path.c_str(), &status) == 0 &&
+           status.st_mtim.tv_sec == time.tv_sec && status.st_mtim.tv_nsec == time.tv_nsec;
 }
 
 // How many descriptors the process has open.

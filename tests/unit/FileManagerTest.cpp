@@ -9,7 +9,6 @@
 #include <gtest/gtest.h>
 #include <linux/fs.h>
 #include <sys/ioctl.h>
-#include <sys/resource.h>
 #include <unistd.h>
 
 namespace {
@@ -249,13 +248,10 @@ TEST_F(FileManager, FindsTheDiskFullWhereAFileMayNotGrowAndKeepsTheHostsSignals)
     FSRef const ref{fFolder.Make("file", "0123456789")};
     FSIORefNum fork = -1;
     ASSERT_EQ(noErr, FSOpenFork(&ref, 0, nullptr, fsRdWrPerm, &fork));
-    rlimit before{};
-    getrlimit(RLIMIT_FSIZE, &before);
-    rlimit const limit{10, before.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &limit);
-    OSErr const error = FSWriteFork(fork, fsFromLEOF, 0, 3, "abc", nullptr);
-    setrlimit(RLIMIT_FSIZE, &before);
-    EXPECT_EQ(dskFulErr, error);
+    {
+        support::FileSizeLimit const limit(10);
+        EXPECT_EQ(dskFulErr, FSWriteFork(fork, fsFromLEOF, 0, 3, "abc", nullptr));
+    }
     EXPECT_EQ(noErr, FSCloseFork(fork));
     sigset_t blocked;
     EXPECT_EQ(0, pthread_sigmask(SIG_SETMASK, nullptr, &blocked));
