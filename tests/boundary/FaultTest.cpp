@@ -2,13 +2,25 @@
 // and the system's calls for files. That it lives with any other row that fails is for the
 // conformance kit to check.
 
+#include "tests/support/EnvironmentVariable.h"
 #include "tests/support/ExpectedLeaks.h"
-#include "tests/support/FaultSweep.h"
+#include "tests/support/PropertyList.h"
+#include "tests/support/Settings.h"
 #include "tests/support/SystemFaults.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <functional>
 
 namespace support {
 
 namespace {
+
+// What can fail on demand: how often it was attempted so far, and the order that the n-th attempt
+// from now on fails, alone or with all later ones, which 0 takes back.
+struct Resource {
+    unsigned long (*fCount)();
+    void (*fFail)(unsigned long n, bool andAllLater);
+};
 
 constexpr Resource kAllocations{&bibrt::CountAllocations, [](unsigned long n, bool andAllLater) {
                                     n == 0 ? bibrt::ResetFailures()
@@ -22,16 +34,152 @@ constexpr Resource kStreams{&bibrt::CountStreamOperations, [](unsigned long n, b
 
 constexpr Resource kSystem{&CountSystemCalls, &FailSystemCall};
 
+// Ends the failures, so that what a call made can be looked at.
+using EndFaults = std::function<void()>;
+
+// A call of the component.
+struct Call {
+    // Does the work, and gives up what was made. Whether the component said that it succeeded.
+    std::function<bool(EndFaults const&)> fWork;
+    // Goes before each.
+    std::function<void()> fPrepare = [] {};
+    // How many reports a failure has. A success has none, unless any may come: one at the most.
+    enum { kNone, kOne, kAny } fReports = kOne;
+};
+
 } // namespace
 
-using Faults = FaultSweepTest;
+// Has settings, a file "a" of the same content, and two files in the user's settings folder.
+class Faults : public SettingsTest {
+protected:
+    Faults() {
+        fFolder.Make("a", kText);
+        fSettings = NewSettings(kText, kSchema);
+        fBefore = Text(fSettings);
+        fPath = NewPath((fFolder.Path() / "a").u16string());
+        fUserFolder = ReadPath(fGetFolder());
+        WriteBytes(fUserFolder + "/one.joboptions", kText);
+        WriteBytes(fUserFolder + "/two.joboptions", kText);
+    }
+    ~Faults() override {
+        fRuntime.Buffers().Release(fPath);
+        Release(fSettings);
+        EXPECT_EQ(fDescriptors, CountDescriptors());
+        if (fIsLeaky) {
+            fComponent.Terminate();
+            fLiveBefore = bibrt::CountLive();
+        }
+    }
+
+    // Makes each use of a resource in a call fail: the settings stay as they are, the reports say
+    // what the result says, and the next call succeeds. Expects at least so many failures, and that
+    // so many of them leave something alive.
+    void Sweep(Resource const& resource, Call const& call, int atLeast = 2, int leaks = 0) {
+        int failures = 0;
+        EXPECT_TRUE(Do(call)) << testing::PrintToString(fLog.fMessages);
+        for (bool const andAllLater : {false, true}) {
+            fIsLasting = andAllLater;
+            unsigned long uses = 0;
+            unsigned long n = 0;
+            do {
+                ++n;
+                bibrt::LiveCounts const live = bibrt::CountLive();
+                uses = DoWithFault(resource, call, n, &failures);
+                leaks -= live == bibrt::CountLive() ? 0 : 1;
+                EXPECT_TRUE(Do(call)) << n;
+                EXPECT_EQ(fBefore, Text(fSettings)) << n;
+            } while (uses >= n);
+        }
+        EXPECT_GE(failures, atLeast);
+        EXPECT_EQ(0, leaks);
+    }
+
+    // A call that gives a result, which goes.
+    template <class Work>
+    Call Giving(Work work) const {
+        return {[=, this](auto const&) {
+            auto* const result = work();
+            AddRef(result);
+            Release(result);
+            return result != nullptr;
+        }};
+    }
+
+    // A call that writes settings into the file "a", which holds "old" before; check gets
+    // whether it succeeded and what the file holds, "(gone)" without one. Its failures are reported
+    // by its result.
+    template <class Check>
+    Call Writing(PDFSettings* settings, Check check) {
+        auto const write = [this, settings, check](EndFaults const& endFaults) {
+            BIBError* const error = fWrite(settings, fPath);
+            endFaults();
+            fRuntime.Errors().Release(error);
+            std::string const file = fFolder / "a";
+            check(error == nullptr, std::filesystem::exists(file) ? ReadBytes(file) : "(gone)");
+            return error == nullptr;
+        };
+        return {write, [this] { fFolder.Make("a", "old"); }, Call::kNone};
+    }
+
+    // The path in a buffer, without a mark at its head and the zero at its end. The buffer goes.
+    std::string ReadPath(BIBSharedBuffer* buffer) const {
+        std::u16string units = TakePath(buffer);
+        std::erase_if(units, [](char16_t unit) { return unit == 0 || unit == 0xFEFF; });
+        return std::filesystem::path(units).string();
+    }
+
+    static constexpr char kText[] =
+        "<< /A 1 /B [ /x (y) <FE> ] /C << /D 1.5 >> >>setalembicorparams tail";
+    static constexpr char kSchema[] =
+        "< PDFSettings < A number optional < B array C dictionary > > >";
+
+    long fDescriptors = CountDescriptors();
+    TemporaryFolder fFolder;
+    EnvironmentVariable fHome{"HOME", fFolder.Path().c_str()};
+    EnvironmentVariable fData{"XDG_DATA_HOME", nullptr};
+    EnvironmentVariable fConfig{"XDG_CONFIG_HOME", nullptr};
+    PDFSettings* fSettings = nullptr;
+    BIBSharedBuffer* fPath = nullptr;
+    std::string fBefore;
+    std::string fUserFolder;
+    bool fIsLasting = false; // all later uses fail too
+    bool fIsLeaky = false;   // what is left at the end is permitted
+
+private:
+    static bool Do(Call const& call) {
+        call.fPrepare();
+        return call.fWork([] {});
+    }
+
+    // How many uses there were; failures grows where the call failed.
+    unsigned long
+    DoWithFault(Resource const& resource, Call const& call, unsigned long n, int* failures) {
+        call.fPrepare();
+        fLog.fMessages.clear();
+        unsigned long const start = resource.fCount();
+        unsigned long end = start;
+        auto const endFaults = [&] {
+            end = end == start ? resource.fCount() : end;
+            resource.fFail(0, /*andAllLater=*/false);
+        };
+        resource.fFail(n, fIsLasting);
+        bool const isDone = call.fWork(endFaults);
+        endFaults();
+        *failures += isDone ? 0 : 1;
+        std::size_t const expected = !isDone && call.fReports == Call::kOne ? 1 : 0;
+        std::size_t const reports = fLog.fMessages.size();
+        EXPECT_TRUE(reports == expected || (call.fReports == Call::kAny && reports < 2))
+            << n << testing::PrintToString(fLog.fMessages);
+        return end - start;
+    }
+};
 
 TEST_F(Failures, LeaveSettingsAsTheyAre) {
     auto* const refused = NewValue<POSDict>("< A (no number) >");
     auto* const same = NewValue<POSDict>("< A 1 >");
-    ExpectCleanFailures(kAllocations, Giving([&] { return fIsPDFSettingsValid(fSettings); }));
-    ExpectCleanFailures(kAllocations, Giving([&] { return fSetSettings(fSettings, refused); }));
-    ExpectCleanFailures(kAllocations, Giving([&] { return fSetSettings(fSettings, same); }));
+    Sweep(kAllocations, Giving([&] { return fIsPDFSettingsValid(fSettings); }));
+    Sweep(kAllocations, Giving([&] { return fSetSettings(fSettings, refused); }));
+    Sweep(kAllocations, Giving([&] { return fSetSettings(fSettings, same); }));
     Release(refused);
     Release(same);
 }
@@ -48,7 +196,7 @@ TEST_F(Failures, ChangeAllOrNothing) {
         Release(settings);
         return errors != nullptr;
     };
-    ExpectCleanFailures(kAllocations, {set, [&] { settings = NewSettings(kText, kSchema); }});
+    Sweep(kAllocations, {set, [&] { settings = NewSettings(kText, kSchema); }});
     Release(changes);
 }
 
@@ -62,20 +210,18 @@ TEST_F(Failures, MakeNoSettings) {
     Call const fromDict = Giving([&] { return fNewFromDict(dict, kSchema); });
     Call const fromFile = Giving([&] { return fNewFromFile(fPath, kSchema); });
     for (Call const& call : {fromStream, fromDict, fromFile}) {
-        Swept const swept = Sweep(kAllocations, call);
-        EXPECT_GT(swept.fFailures, 4);
-        EXPECT_EQ(4, swept.fLeaks);
+        Sweep(kAllocations, call, /*atLeast=*/5, /*leaks=*/4);
     }
-    ExpectCleanFailures(kStreams, fromStream);
-    ExpectCleanFailures(kStreams, fromFile);
-    ExpectCleanFailures(kSystem, fromFile);
+    Sweep(kStreams, fromStream);
+    Sweep(kStreams, fromFile);
+    Sweep(kSystem, fromFile);
     Release(dict);
     Release(stream);
     // A file of the current folder, which has to be asked for.
     std::filesystem::path const before = std::filesystem::current_path();
     std::filesystem::current_path(fFolder.Path());
     BIBSharedBuffer* const path = NewPath(u"a");
-    ExpectCleanFailures(kSystem, Giving([&] { return fNewFromFile(path, kSchema); }));
+    Sweep(kSystem, Giving([&] { return fNewFromFile(path, kSchema); }));
     fRuntime.Buffers().Release(path);
     std::filesystem::current_path(before);
 }
@@ -84,7 +230,7 @@ TEST_F(Failures, MakeSettingsChangedThatCannotBeCompared) {
     PDFSettings* const settings = fNewFromFile(fPath, kSchema);
     AddRef(settings);
     for (Resource const& resource : {kAllocations, kSystem}) {
-        ExpectCleanFailures(resource, {[&](auto const&) { return fIsDirty(settings) == 0; }});
+        Sweep(resource, {[&](auto const&) { return fIsDirty(settings) == 0; }});
     }
     Release(settings);
 }
@@ -114,8 +260,8 @@ TEST_F(Failures, WriteAllOrNothing) {
                 << bytes;
         });
         for (auto const& [resource, atLeast] : {std::pair(kAllocations, 2), {kStreams, 0}}) {
-            ExpectCleanFailures(resource, getText, atLeast);
-            ExpectCleanFailures(resource, write, atLeast);
+            Sweep(resource, getText, atLeast);
+            Sweep(resource, write, atLeast);
         }
     }
     Release(plain);
@@ -123,24 +269,46 @@ TEST_F(Failures, WriteAllOrNothing) {
 
 // The old file goes before the new one is made, and a new one that cannot be made whole goes too,
 // unless nothing works any more.
-TEST_F(Failures, OfTheSystemLeaveNoPartOfAFile) {
-    ExpectCleanFailures(kSystem, Writing(fSettings, [&](bool isDone, std::string const& bytes) {
-                            bool const isGone = bytes == "(gone)" || (bytes.empty() && fIsLasting);
-                            EXPECT_TRUE(bytes == fBefore || (!isDone && (bytes == "old" || isGone)))
-                                << bytes;
-                        }));
+TEST_F(Faults, OfTheSystemLeaveNoPartOfAFile) {
+    Sweep(kSystem, Writing(fSettings, [&](bool isDone, std::string const& bytes) {
+              bool const isGone = bytes == "(gone)" || (bytes.empty() && fIsLasting);
+              EXPECT_TRUE(bytes == fBefore || (!isDone && (bytes == "old" || isGone))) << bytes;
+          }));
 }
 
 TEST_F(Faults, GiveNoFolderAndShorterLists) {
+    auto const getList = [this](EndFaults const& endFaults) {
+        POSArray* const list = fGetList("W");
+        endFaults();
+        AddRef(list);
+        unsigned long const count = list == nullptr ? 0 : fRuntime.Arrays().Count(list);
+        EXPECT_LE(count, 2U);
+        for (unsigned long i = 0; i < count; ++i) {
+            auto* const record = reinterpret_cast<POSDict*>(fRuntime.Arrays().GetAt(list, i));
+            for (char const* const key : {"SettingsName", "FullFilePath", "ReadOnly", "ModDate"}) {
+                EXPECT_NE(nullptr, fRuntime.Get(record, key)) << key;
+            }
+        }
+        Release(list);
+        return count == 2;
+    };
+    // An empty path stands for a folder that cannot be found out.
+    auto const getFolder = [this](EndFaults const& endFaults) {
+        BIBSharedBuffer* const folder = fGetFolder();
+        endFaults();
+        std::string const path = ReadPath(folder);
+        EXPECT_TRUE(path.empty() || path == fUserFolder) << path;
+        return !path.empty();
+    };
     for (Resource const& resource : {kAllocations, kSystem}) {
-        ExpectCleanFailures(resource, GettingList());
+        Sweep(resource, {getList, [] {}, Call::kAny});
     }
-    ExpectCleanFailures(kAllocations, GettingFolder());
-    ExpectCleanFailures(kSystem, GettingFolder(), 0);
+    Sweep(kAllocations, {getFolder, [] {}, Call::kAny});
+    Sweep(kSystem, {getFolder, [] {}, Call::kAny}, /*atLeast=*/0);
     // Without a folder in the environment, that of the password database is the user's.
     EnvironmentVariable const home("HOME", nullptr);
     SetHomeInDatabase(fFolder.Path());
-    ExpectCleanFailures(kSystem, GettingFolder(), 1);
+    Sweep(kSystem, {getFolder, [] {}, Call::kAny}, /*atLeast=*/1);
     SetHomeInDatabase("");
 }
 

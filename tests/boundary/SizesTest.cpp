@@ -1,12 +1,19 @@
 // Sizes far beyond any real settings, on a small stack. Work with the square of the size would not
 // end within the time limit of these tests.
 
-#include "tests/support/FaultSweep.h"
+#include "tests/support/Settings.h"
 #include "tests/support/SmallStack.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace support {
 
-class Sizes : public FaultSweepTest {
+namespace {
+
+std::string const kEnd = ">> setalembicorparams\r\ntail";
+
+} // namespace
+
+class Sizes : public SettingsTest {
 protected:
     // Reads text, writes it again and compares. The component's own layout is expected back.
     void ExpectSameText(std::string const& text) {
@@ -19,18 +26,17 @@ protected:
     }
 };
 
-TEST_F(Sizes, AStringOfTenMegabytes) {
-    std::string string;
-    string.resize(10'000'000, 's');
-    ExpectSameText("<<\r\n  /A (" + string + ")\r\n>> setalembicorparams\r\ntail");
-}
-
-TEST_F(Sizes, AMillionKeys) {
-    std::string text = "<<\r\n";
+TEST_F(Sizes, AStringOfTenMegabytesAMillionKeysAndAMillionElements) {
+    ExpectSameText("<<\r\n  /A (" + std::string(10'000'000, 's') + ")\r\n" + kEnd);
+    std::string keys = "<<\r\n";
+    std::string elements = "<<\r\n  /A [\r\n";
     for (int number = 0; number < 1'000'000; ++number) {
-        text += "  /Key" + std::to_string(number) + " " + std::to_string(number) + "\r\n";
+        std::string const digits = std::to_string(number);
+        keys += "  /Key" + digits + " " + digits + "\r\n";
+        elements += "    " + digits + "\r\n";
     }
-    ExpectSameText(text + ">> setalembicorparams\r\ntail");
+    ExpectSameText(keys + kEnd);
+    ExpectSameText(elements + "  ]\r\n" + kEnd);
 }
 
 // The key as a value and as an interned text, and the value itself.
@@ -45,25 +51,19 @@ TEST_F(Sizes, AScalarTakesThreeAllocations) {
     Release(settings);
 }
 
-TEST_F(Sizes, AnArrayOfAMillionElements) {
-    std::string text = "<<\r\n  /A [\r\n";
-    for (int number = 0; number < 1'000'000; ++number) {
-        text += "    " + std::to_string(number) + "\r\n";
-    }
-    ExpectSameText(text + "  ]\r\n>> setalembicorparams\r\ntail");
-}
-
 TEST_F(Sizes, AFileOfAHundredMegabytes) {
-    std::string text = "<<\r\n  /A 1\r\n>> setalembicorparams\r\n";
-    text.resize(100'000'000, 't');
-    fFolder.Make("a", text);
+    std::string const text = "<<\r\n  /A 1\r\n" + (kEnd + std::string(100'000'000, 't'));
+    TemporaryFolder const folder;
+    folder.Make("a", text);
+    BIBSharedBuffer* const path = NewPath((folder.Path() / "a").u16string());
     OnSmallStack([&] {
-        PDFSettings* const settings = fNewFromFile(fPath, "");
+        PDFSettings* const settings = fNewFromFile(path, "");
         AddRef(settings);
-        EXPECT_EQ(nullptr, fWrite(settings, fPath));
-        EXPECT_TRUE(ReadBytes(fFolder / "a") == text);
+        EXPECT_EQ(nullptr, fWrite(settings, path));
+        EXPECT_TRUE(ReadBytes(folder / "a") == text);
         Release(settings);
     });
+    fRuntime.Buffers().Release(path);
     EXPECT_TRUE(fLog.fMessages.empty());
 }
 
