@@ -23,8 +23,12 @@ inline std::string StringEntry(std::string const& key, std::string const& value)
     return Entry(key, "<string>" + value + "</string>");
 }
 
+inline std::string Dict(std::string const& entries) {
+    return "<dict>" + entries + "</dict>";
+}
+
 inline std::string DictEntry(std::string const& key, std::string const& entries) {
-    return Entry(key, "<dict>" + entries + "</dict>");
+    return Entry(key, Dict(entries));
 }
 
 // What an application's files are called: names by turns with the names that are shown.

@@ -251,7 +251,6 @@ TEST(LazyObjects, StartUpToAFailureAndStopWhatCameBeforeOrAll) {
         {-1, Recorder::kGood, "ABCDE"},
         {2, Recorder::kFails, "ABCab"},
         {2, Recorder::kThrows, "ABCab"},
-        {0, Recorder::kFails, "A"},
         {4, Recorder::kThrows, "ABCDEabcd"},
     };
     for (auto const& row : kCases) {

@@ -12,8 +12,10 @@ namespace PDFSettingsImpl {
 
 using BIB_T_NMT::CPOSDict;
 using BIB_T_NMT::CPOSObject;
+using support::Dict;
 using support::DictEntry;
 using support::Entry;
+using support::NamesEntry;
 using support::PropertyList;
 using support::StringEntry;
 
@@ -73,35 +75,31 @@ TEST_F(Preferences, ChangeTheCloakTable) {
     std::string const longestName(511, 'n');
     std::string const unchanged = "<<A <<W 0 V 0>> B <<W 0>>>>";
     struct {
-        std::string fShowHide; // the entries
+        std::string fShowHide; // its element
         std::string fTable;
     } const kCases[] = {
-        {Entry("W", "<dict/>"), unchanged},
-        {StringEntry("W", "0"), unchanged},
-        {DictEntry("W", StringEntry("/", "0") + StringEntry("A", "0")), "<<A <<V 0>>>>"},
-        {DictEntry("W", StringEntry("/", "1") + StringEntry("A", "yes")),
+        {"<true/>", unchanged},
+        {Dict(StringEntry("W", "0")), unchanged},
+        {Dict(DictEntry("W", StringEntry("/", "0") + StringEntry("A", "0"))), "<<A <<V 0>>>>"},
+        {Dict(DictEntry("W", StringEntry("/", "1") + StringEntry("A", "yes"))),
          "<<A <<W 1 V 0>> B <<W 0>> / <<W 1>>>>"},
-        {DictEntry("W", Entry("/", "<integer>0</integer>") + StringEntry("B", "")),
+        {Dict(DictEntry("W", Entry("/", "<integer>0</integer>") + StringEntry("B", ""))),
          "<<A <<W 0 V 0>> B <<W 1>> / <<W 1>>>>"},
-        {DictEntry("N", StringEntry("C", "0") + StringEntry("A", "0")),
+        {Dict(DictEntry("N", StringEntry("C", "0") + StringEntry("A", "0"))),
          "<<A <<W 0 V 0 N 0>> B <<W 0>> C <<N 0>>>>"},
-        {DictEntry("\xC3\xA9", StringEntry("\xE2\x82\xAC\xC3\xA9", "0")),
+        {Dict(DictEntry("\xC3\xA9", StringEntry("\xE2\x82\xAC\xC3\xA9", "0"))),
          "<<A <<W 0 V 0>> B <<W 0>> \xDB\x8E <<\x8E 0>>>>"},
-        {DictEntry("\xE6\x97\xA5", StringEntry("A", "0")), unchanged},
-        {DictEntry(longName, StringEntry("A", "0")), unchanged},
-        {DictEntry("W", StringEntry("\xE6\x97\xA5", "0") + StringEntry(longName, "0")), unchanged},
-        {DictEntry(longestName, StringEntry(longestName, "1")),
+        {Dict(DictEntry("\xE6\x97\xA5", StringEntry("A", "0"))), unchanged},
+        {Dict(DictEntry(longName, StringEntry("A", "0"))), unchanged},
+        {Dict(DictEntry("W", StringEntry("\xE6\x97\xA5", "0") + StringEntry(longName, "0"))),
+         unchanged},
+        {Dict(DictEntry(longestName, StringEntry(longestName, "1"))),
          "<<A <<W 0 V 0>> B <<W 0>> " + longestName + " <<" + longestName + " 1>>>>"},
     };
     for (auto const& [showHide, expected] : kCases) {
         CPOSDict const table = Table("< A < W 0 V 0 > B < W 0 > >");
-        Read(PropertyList(DictEntry("ShowHide", showHide))).GenerateCloakSettings(table);
+        Read(PropertyList(Entry("ShowHide", showHide))).GenerateCloakSettings(table);
         EXPECT_EQ(expected, Describe(table)) << showHide;
-    }
-    for (char const* const other : {"<true/>", "<string>0</string>", "<dict/>"}) {
-        CPOSDict const table = Table("< A < W 0 V 0 > B < W 0 > >");
-        Read(PropertyList(Entry("ShowHide", other))).GenerateCloakSettings(table);
-        EXPECT_EQ(unchanged, Describe(table)) << other;
     }
 }
 
@@ -112,11 +110,8 @@ TEST_F(Preferences, TakeAnApplicationOutButForFilesPassedOver) {
         char const* fAfter;
     } const kCases[] = {
         {"< A < W 0 > B < W 0 > C < W 0 > >", "<<B <<W 0>>>>"},
-        {"< A < W 0 > >", "<<>>"},
         {"< A < V 0 W 0 > B < W 0 > C < V 0 > >", "<<A <<V 0>> C <<V 0>>>>"},
-        {"< A < W 0 V 0 > B < W 0 V 0 > >", "<<A <<V 0>> B <<V 0>>>>"},
         {"< A 1 B < W 0 > C word D < W 0 > >", "<<A 1 C /word>>"},
-        {"< A < V 0 > B < V 0 > >", "<<A <<V 0>> B <<V 0>>>>"},
         {"< >", "<<>>"},
     };
     for (auto const& [before, after] : kCases) {
@@ -141,46 +136,34 @@ TEST_F(Preferences, TakeAnApplicationOutButForFilesPassedOver) {
 }
 
 TEST_F(Preferences, NameFilesForAnApplication) {
-    // Each letter is a string of that letter, and # is a number.
-    auto const array = [](std::string const& letters) {
-        std::string elements;
-        for (char const letter : letters) {
-            elements += letter == '#' ? "<integer>1</integer>"
-                                      : "<string>" + std::string(1, letter) + "</string>";
-        }
-        return "<array>" + elements + "</array>";
-    };
-    std::string const accents =
-        "<array><string>a</string><string>\xEF\xBB\xBF\xE2\x82\xAC</string></array>";
+    std::string const number = "<array><string>a</string><string>A</string><integer>1</integer>"
+                               "<string>B</string></array>";
+    std::string const mark = "\xEF\xBB\xBF";
     struct {
-        std::string fNames; // of W
+        std::string fNames; // the entry of an application
         char const* fAppName;
-        char const* fPairs;
+        std::string fPairs;
     } const kCases[] = {
-        {array("aAbB"), "W", "[[^\"a\" ^\"A\"] [^\"b\" ^\"B\"]]"},
-        {array("aAb"), "W", "[[^\"a\" ^\"A\"]]"},
-        {array("aA#BcC"), "W", "[[^\"a\" ^\"A\"]]"},
-        {array("a#"), "W", "[]"},
-        {array("a"), "W", "[]"},
-        {accents, "W", "[[^\"a\" ^\"\xEF\xBB\xBF\xE2\x82\xAC\"]]"},
-        {array(""), "W", "[]"},
-        {array("aA"), "V", "[]"},
-        {array("aA"), nullptr, "[]"},
-        {"<string>a</string>", "W", "[]"},
+        {NamesEntry("W", {"a", "A", "b", "B"}), "W", "[[^\"a\" ^\"A\"] [^\"b\" ^\"B\"]]"},
+        {NamesEntry("W", {"a", "A", "b"}), "W", "[[^\"a\" ^\"A\"]]"},
+        {NamesEntry("W", {"a", mark + "\xE2\x82\xAC"}),
+         "W",
+         "[[^\"a\" ^\"" + mark + "\xE2\x82\xAC\"]]"},
+        {NamesEntry("\xC3\xA9", {"a", "A"}), "\x8E", "[[^\"a\" ^\"A\"]]"},
+        {NamesEntry("W", {"a", "A"}), "V", "[]"},
+        {NamesEntry("W", {"a", "A"}), nullptr, "[]"},
+        {Entry("W", number), "W", "[[^\"a\" ^\"A\"]]"},
+        {StringEntry("W", "a"), "W", "[]"},
     };
     for (auto const& [names, appName, expected] : kCases) {
-        MacRegistryHelper const helper =
-            Read(PropertyList(DictEntry("PDFSettings", Entry("W", names))));
+        MacRegistryHelper const helper = Read(PropertyList(DictEntry("PDFSettings", names)));
         EXPECT_EQ(expected, Describe(helper.GenerateDisplayNames(appName))) << names;
     }
     for (std::string const& entries : {StringEntry("PDFSettings", "W"), std::string()}) {
         EXPECT_EQ("[]", Describe(Read(PropertyList(entries)).GenerateDisplayNames("W")));
     }
-    std::string const accent =
-        PropertyList(DictEntry("PDFSettings", Entry("\xC3\xA9", array("aA"))));
-    EXPECT_EQ("[[^\"a\" ^\"A\"]]", Describe(Read(accent).GenerateDisplayNames("\x8E")));
     std::string const prefixed =
-        PropertyList(DictEntry("ArdeoPDFSettings", Entry("W", array("aA"))));
+        PropertyList(DictEntry("ArdeoPDFSettings", NamesEntry("W", {"a", "A"})));
     EXPECT_EQ("[[^\"a\" ^\"A\"]]", Describe(Read(prefixed, true).GenerateDisplayNames("W")));
     EXPECT_EQ("[]", Describe(Read(prefixed).GenerateDisplayNames("W")));
 }
@@ -202,7 +185,6 @@ TEST_F(Preferences, AreReadAsFarAsTheyAreGood) {
         {path("ArdeoPDFSettingsPath", "/a"), true, true, "/a"},
         {PropertyList(Entry("PDFSettingsPath", "<integer>1</integer>")), false, true, "-"},
         {"<plist><array/></plist>", false, false, "-"},
-        {"<plist><dict>", false, false, "-"},
         {"\xFF\xFE", false, false, "-"},
     };
     for (auto const& [bytes, prefixedKeys, isValid, folder] : kCases) {
@@ -225,10 +207,9 @@ TEST_F(Preferences, AreReadAsFarAsTheyAreGood) {
 }
 
 TEST_F(Preferences, AreUsedAsFarAsTheyCameWhateverIsThrown) {
-    std::string const files = "<dict><key>f</key><string>0</string></dict>";
-    std::string const pair = "<array><string>a</string><string>A</string></array>";
     MacRegistryHelper const helper = Read(PropertyList(
-        DictEntry("ShowHide", Entry("W", files)) + DictEntry("PDFSettings", Entry("W", pair))));
+        DictEntry("ShowHide", DictEntry("W", StringEntry("f", "0"))) +
+        DictEntry("PDFSettings", NamesEntry("W", {"a", "A"}))));
     CPOSDict const table;
     fLookup.Replace(
         "POSDictInterface.Put", +[](POSDict*, BIBStringAtom*, POSObject*) -> long { throw 1; });
