@@ -302,32 +302,4 @@ TEST_F(Listing, LeavesOutPathsThatAreTooLong) {
     EXPECT_EQ(std::vector<std::string>{Line(fitting, path, "0")}, List());
 }
 
-TEST_F(Listing, ShowsNoMoreThanOneHiddenFileForAFailure) {
-    for (char const* const name : {"Standard", "Press Quality", "PDFX3 2002"}) {
-        WriteBytes(UserFolder() / (std::string(name) + ".joboptions"), "");
-    }
-    auto const countHidden = [this](POSArray* list, unsigned long count) {
-        unsigned long hidden = 0;
-        for (unsigned long i = 0; i < count; ++i) {
-            std::string const record = Describer(fRuntime)(fRuntime.Arrays().GetAt(list, i));
-            hidden += record.find(" ShowHide ") != std::string::npos ? 1U : 0U;
-        }
-        return hidden;
-    };
-    unsigned long count = 0;
-    unsigned long const start = bibrt::CountAllocations();
-    unsigned long end = start + 1;
-    for (unsigned long n = 0; n < end - start; ++n) {
-        bibrt::FailAllocation(n, /*andAllLater=*/false);
-        POSArray* const list = fGetList("W");
-        bibrt::ResetFailures();
-        end = n == 0 ? bibrt::CountAllocations() : end;
-        AddRef(list);
-        count = list == nullptr ? 0 : fRuntime.Arrays().Count(list);
-        EXPECT_GE(countHidden(list, count) + 1, count) << n;
-        Release(list);
-    }
-    EXPECT_EQ(3U, count);
-}
-
 } // namespace support

@@ -237,13 +237,23 @@ TEST_F(Validation, SharesTheValuesOfAChangeAndReplacesTheDictionary) {
     Release(settings);
 }
 
-// What a runtime's own validator is given, and which dictionary is walked to find what it is not to
-// see.
-class ObservedValidator {
+// A runtime with a validator of its own, which keeps what it is given, and with cursors that tell
+// which dictionary is walked to find what the validator is not to see. It is there before the
+// component starts on it.
+class ObservedRuntime {
 protected:
-    ObservedValidator() {
+    ObservedRuntime() {
         fLookup.Replace("BIBContainerInterface.GetMethod", &GetMethod);
-        fLookup.Replace("POSDictIteratorInterface.NewPOSDictIterator", &NewIterator);
+        fLookup.Replace(
+            "POSDictIteratorInterface.NewPOSDictIterator", +[](POSDict* dict) {
+                fWalked = dict;
+                return Real().Cursors().NewPOSDictIterator(dict);
+            });
+    }
+
+    static conformance::Runtime const& Real() {
+        static conformance::Runtime const kRuntime(&BIBRuntimeLookup);
+        return kRuntime;
     }
 
     static BIBError* GetMethod(
@@ -252,28 +262,17 @@ protected:
         BIBStringAtom* name,
         BIBStringAtom* procType,
         long optional) {
-        static conformance::Runtime const kRuntime(&BIBRuntimeLookup);
-        if (std::string(kRuntime.Atoms().GetCString(name)) == "Validate") {
+        if (std::string(Real().Atoms().GetCString(name)) == "Validate") {
             *result = reinterpret_cast<void*>(&Validate);
             return nullptr;
         }
-        return kRuntime.Containers().GetMethod(result, container, name, procType, optional);
+        return Real().Containers().GetMethod(result, container, name, procType, optional);
     }
 
-    static long Validate(
-        POSValidator* /*self*/,
-        POSObject* object,
-        BIBStringAtom* key,
-        POSValidatorErrorCallback /*errorProc*/) {
-        static conformance::Runtime const kRuntime(&BIBRuntimeLookup);
-        fSeen = kRuntime.Atoms().GetCString(key) + (" " + Describer(kRuntime)(object));
+    static long
+    Validate(POSValidator*, POSObject* object, BIBStringAtom* key, POSValidatorErrorCallback) {
+        fSeen = Real().Atoms().GetCString(key) + (" " + Describer(Real())(object));
         return 1;
-    }
-
-    static POSDictIterator* NewIterator(POSDict* dict) {
-        static conformance::Runtime const kRuntime(&BIBRuntimeLookup);
-        fWalked = dict;
-        return kRuntime.Cursors().NewPOSDictIterator(dict);
     }
 
     static inline std::string fSeen;
@@ -283,8 +282,7 @@ private:
     LookupDouble fLookup;
 };
 
-// The runtime is there before the component starts on it.
-class ValidatorOfARuntime : protected ObservedValidator, public SettingsTest {
+class ValidatorOfARuntime : protected ObservedRuntime, public SettingsTest {
 protected:
     ValidatorOfARuntime() : SettingsTest(&LookupDouble::Lookup) {}
 };
@@ -295,7 +293,6 @@ TEST_F(ValidatorOfARuntime, SeesKnownSettingsAloneInACopy) {
         "< PDFSettings < B any optional < A any OtherNamespaces any > > >");
     POSArray* const errors = fIsPDFSettingsValid(settings);
     AddRef(errors);
-    EXPECT_EQ(0U, fRuntime.Arrays().Count(errors));
     EXPECT_EQ("PDFSettings <<A 2 B 4 optional 5 OtherNamespaces []>>", fSeen);
     EXPECT_EQ(fGetSettings(settings), fWalked);
     Release(errors);

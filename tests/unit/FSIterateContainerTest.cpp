@@ -7,25 +7,14 @@
 
 namespace {
 
-// The calls of the file service that the linker leads through here (see --wrap in CMakeLists.txt).
-enum Operation { kOpen, kGetItem, kNone };
-
-// Which call fails, with which code, and whether the service does its work first.
+// The call that the linker leads through here (see --wrap in CMakeLists.txt): which one fails,
+// counted from 1, and how.
 struct Failure {
-    Operation fOperation = kNone;
-    int fNumber = 0; // of the calls of that operation
+    int fNumber = 0;
     OSErr fCode = noErr;
-    bool fReachesService = false;
 };
 Failure gFailure;
-int gCalls = 0; // of that operation
-
-template <class Real, class... Arguments>
-OSErr Call(Operation operation, Real real, Arguments... arguments) {
-    bool const fails = operation == gFailure.fOperation && ++gCalls == gFailure.fNumber;
-    OSErr const error = !fails || gFailure.fReachesService ? real(arguments...) : noErr;
-    return fails ? gFailure.fCode : error;
-}
+int gCalls = 0;
 
 // What a callback saw, as "level name" with a slash behind a folder's name; where it stops.
 struct Visits {
@@ -63,7 +52,7 @@ protected:
         gFailure = failure;
         gCalls = 0;
         Visits visits;
-        EXPECT_EQ(expected, Walk(&visits, 0)) << failure.fOperation << " " << failure.fNumber;
+        EXPECT_EQ(expected, Walk(&visits, 0)) << failure.fNumber;
         gFailure = {};
         return visits.fSeen.size();
     }
@@ -77,35 +66,11 @@ protected:
 extern "C" {
 
 decltype(FSOpenIterator) __real_FSOpenIterator;
-decltype(FSGetCatalogInfoBulk) __real_FSGetCatalogInfoBulk;
 
 OSErr __wrap_FSOpenIterator(
     FSRef const* folder, FSIteratorFlags flags, FSIterator* iterator) noexcept {
-    return Call(kOpen, &__real_FSOpenIterator, folder, flags, iterator);
-}
-
-OSErr __wrap_FSGetCatalogInfoBulk(
-    FSIterator iterator,
-    ItemCount most,
-    ItemCount* count,
-    Boolean* changed,
-    FSCatalogInfoBitmap wanted,
-    FSCatalogInfo* info,
-    FSRef* refs,
-    FSSpec* specs,
-    HFSUniStr255* names) noexcept {
-    return Call(
-        kGetItem,
-        &__real_FSGetCatalogInfoBulk,
-        iterator,
-        most,
-        count,
-        changed,
-        wanted,
-        info,
-        refs,
-        specs,
-        names);
+    return ++gCalls == gFailure.fNumber ? gFailure.fCode
+                                        : __real_FSOpenIterator(folder, flags, iterator);
 }
 
 } // extern "C"
@@ -148,27 +113,15 @@ TEST_F(Iteration, EndsALevelAtADenialAndAllAtAnotherError) {
         OSErr fResult;
         std::size_t fVisits;
     } const kCases[] = {
-        {{kOpen, 1, afpAccessDenied}, afpAccessDenied, 0},
-        {{kOpen, 2, afpAccessDenied}, noErr, 1},
-        {{kOpen, 2, ioErr}, ioErr, 1},
+        {{1, afpAccessDenied}, afpAccessDenied, 0},
+        {{2, afpAccessDenied}, noErr, 1},
+        {{2, ioErr}, ioErr, 1},
         // One level further down the rest of the top folder is still visited.
-        {{kOpen, 3, afpAccessDenied}, noErr, 5},
-        // The second item of the first inner folder.
-        {{kGetItem, 4, afpAccessDenied}, noErr, 5},
-        {{kGetItem, 4, ioErr}, ioErr, 2},
+        {{3, afpAccessDenied}, noErr, 5},
     };
     for (auto const& [failure, result, visits] : kCases) {
-        EXPECT_EQ(visits, WalkFailing(failure, result))
-            << failure.fOperation << " " << failure.fNumber << ": " << failure.fCode;
+        EXPECT_EQ(visits, WalkFailing(failure, result)) << failure.fNumber << ": " << failure.fCode;
     }
-}
-
-// The end may come with the last item, and a failure may come with an item that does not count.
-TEST_F(Iteration, VisitsTheItemThatComesWithTheEnd) {
-    fFolder.Make("a", "");
-    fFolder.Make("b", "");
-    EXPECT_EQ(2U, WalkFailing({kGetItem, 2, errFSNoMoreItems, true}, noErr));
-    EXPECT_EQ(1U, WalkFailing({kGetItem, 2, ioErr, true}, ioErr));
 }
 
 TEST_F(Iteration, PassesOverAnItemThatCannotBeLookedAt) {
