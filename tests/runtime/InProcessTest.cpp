@@ -69,7 +69,6 @@ TEST_F(InProcessTest, WrongArgumentsAreRefused) {
     EXPECT_EQ(Rows<_t_POSBinDataInterface>().NewPOSBinData("", nullptr, 1), nullptr);
     EXPECT_EQ(Cursors().NewPOSDictIterator(nullptr), nullptr);
     EXPECT_EQ(Dicts().Get(dict, nullptr), nullptr);
-    EXPECT_EQ(Dicts().Remove(dict, nullptr), 0);
     EXPECT_EQ(Containers().GetSignature(nullptr), nullptr);
     EXPECT_EQ(BIBRuntimeLookup(nullptr, "AddRef", "BIBErrorAddRefProcV2"), nullptr);
     auto const add = Ours().Bootstrap<BIBRegisterProcAddressProc>("BIBRegisterProcAddress");

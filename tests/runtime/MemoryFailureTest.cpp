@@ -113,13 +113,12 @@ TEST_F(MemoryFailureTest, WhatIsGivenStaysTheCallers) {
 
 TEST_F(MemoryFailureTest, FilesAreClosed) {
     long const before = support::CountDescriptors();
-    EXPECT_GT(
-        FailEach([] {
-            BIBPositionableStream* stream = nullptr;
-            TakeMessage(Ours().Streams().NewPositionableFileStream(&stream, "/proc/self/exe", 0));
-            return Discard(stream);
-        }),
-        0U);
+    auto const open = [] {
+        BIBPositionableStream* stream = nullptr;
+        TakeMessage(Ours().Streams().NewPositionableFileStream(&stream, "/proc/self/exe", 0));
+        return Discard(stream);
+    };
+    EXPECT_GT(FailEach(open), 0U);
     EXPECT_EQ(support::CountDescriptors(), before);
 }
 

@@ -103,35 +103,32 @@ constexpr SchemaCase kRuleCases[] = {
     {"< type array of < type array of < type nam > > >",
      "/of/of/type says nam, which is not a kind, structure or registered check"}};
 
-TEST_F(SchemaCheckTest, TellsEachFaultOfASchemaWithItsPlace) {
-    for (SchemaCase const& row : kWholeCases) {
+// Checks a schema that has the text of each case between a head and an end. The messages are behind
+// a place, if there are any.
+template <std::size_t kCount>
+void ExpectMessages(
+    SchemaCase const (&cases)[kCount],
+    std::string const& place,
+    std::string const& head,
+    std::string const& end) {
+    for (SchemaCase const& row : cases) {
         SCOPED_TRACE(row.fSchema);
-        EXPECT_EQ(Validator(row.fSchema).CheckSchema(), row.fMessages);
-    }
-}
-
-TEST_F(SchemaCheckTest, TellsEachFaultOfARuleWithItsPlace) {
-    for (SchemaCase const& row : kRuleCases) {
-        SCOPED_TRACE(row.fSchema);
-        Validator const validator(std::string("< S < K ") + row.fSchema + " > >");
+        Validator const validator(head + row.fSchema + end);
         validator.Register("C", &Refuse);
         validator.Register("R", &Refuse);
-        EXPECT_EQ(
-            validator.CheckSchema(), *row.fMessages ? std::string("S/K") + row.fMessages : "");
+        EXPECT_EQ(validator.CheckSchema(), *row.fMessages ? place + row.fMessages : "");
     }
 }
 
-TEST_F(SchemaCheckTest, TellsEachFaultOfARuleBetweenSettings) {
-    for (SchemaCase const& row : kSettingRuleCases) {
-        SCOPED_TRACE(row.fSchema);
-        Validator const validator(
-            std::string("< S < N number optional < I integer A < type array of name > B array "
-                        "T boolean U < type boolean > W name M M > > M < optional < D string > > "
-                        "rules [ ") +
-            row.fSchema + " ] >");
-        EXPECT_EQ(
-            validator.CheckSchema(), *row.fMessages ? std::string("rules/0") + row.fMessages : "");
-    }
+TEST_F(SchemaCheckTest, TellsEachFaultWithItsPlace) {
+    ExpectMessages(kWholeCases, "", "", "");
+    ExpectMessages(kRuleCases, "S/K", "< S < K ", " > >");
+    ExpectMessages(
+        kSettingRuleCases,
+        "rules/0",
+        "< S < N number optional < I integer A < type array of name > B array T boolean "
+        "U < type boolean > W name M M > > M < optional < D string > > rules [ ",
+        " ] >");
 }
 
 TEST_F(SchemaCheckTest, ARuleThatContainsItselfIsReportedAndValidatesWhatEnds) {

@@ -11,22 +11,6 @@
 
 namespace support {
 
-// Calls visit(key) for each key of dict, in its order.
-template <class Visit>
-void ForEachKey(conformance::Runtime const& runtime, POSDict* dict, Visit visit) {
-    auto const& cursors = runtime.Cursors();
-    auto const cursor = runtime.Hold(cursors.NewPOSDictIterator(dict));
-    for (cursors.Begin(cursor); cursors.IsDone(cursor) == 0; cursors.Next(cursor)) {
-        visit(std::string(cursors.CurKey(cursor)));
-    }
-}
-
-inline unsigned long CountKeys(conformance::Runtime const& runtime, POSDict* dict) {
-    unsigned long count = 0;
-    ForEachKey(runtime, dict, [&count](std::string const&) { ++count; });
-    return count;
-}
-
 // A number as "%.17g", a word as "/word", a string as "(text)", a hexadecimal string as "<text>",
 // a 16-bit string as "\"text\"" in UTF-8, its mark as "^", other binary data as "name{text}",
 // arrays as "[a b]" and dictionaries as "<<k a l b>>"; zero bytes as "\0".
@@ -58,10 +42,13 @@ public:
 
     std::string Dict(POSDict* dict) const {
         std::string text;
-        ForEachKey(fRuntime, dict, [&](std::string const& key) {
+        auto const& cursors = fRuntime.Cursors();
+        auto const cursor = fRuntime.Hold(cursors.NewPOSDictIterator(dict));
+        for (cursors.Begin(cursor); cursors.IsDone(cursor) == 0; cursors.Next(cursor)) {
+            std::string const key = cursors.CurKey(cursor);
             text +=
                 (text.empty() ? "" : " ") + key + " " + (*this)(fRuntime.Get(dict, key.c_str()));
-        });
+        }
         return "<<" + text + ">>";
     }
 
