@@ -63,8 +63,8 @@ protected:
         WriteBytes(fUserFolder + "/Press Quality.joboptions", kText);
     }
     ~Faults() override {
-        fRuntime.Buffers().Release(fPath);
-        Release(fSettings);
+        fPath.reset();
+        fSettings.reset();
         EXPECT_EQ(fDescriptors, CountDescriptors());
         if (fIsLeaky) {
             fComponent.Terminate();
@@ -98,12 +98,7 @@ protected:
     // A call that gives a result, which goes.
     template <class Work>
     Call Giving(Work work) const {
-        return {[=, this](auto const&) {
-            auto* const result = work();
-            AddRef(result);
-            Release(result);
-            return result != nullptr;
-        }};
+        return {[=, this](auto const&) { return Own(work()) != nullptr; }};
     }
 
     // A call that writes settings into the file "a", which holds "old" before; check gets
@@ -139,8 +134,8 @@ protected:
     EnvironmentVariable fHome{"HOME", fFolder.Path().c_str()};
     EnvironmentVariable fData{"XDG_DATA_HOME", nullptr};
     EnvironmentVariable fConfig{"XDG_CONFIG_HOME", nullptr};
-    PDFSettings* fSettings = nullptr;
-    BIBSharedBuffer* fPath = nullptr;
+    Owned<PDFSettings> fSettings;
+    Owned<BIBSharedBuffer> fPath;
     std::string fBefore;
     std::string fUserFolder;
     bool fIsLasting = false; // all later uses fail too
@@ -175,38 +170,33 @@ private:
     }
 };
 
-TEST_F(Failures, LeaveSettingsAsTheyAre) {
-    auto* const refused = NewValue<POSDict>("< A (no number) >");
-    auto* const same = NewValue<POSDict>("< A 1 >");
+TEST_F(Faults, LeaveSettingsAsTheyAre) {
+    auto const refused = NewValue<POSDict>("< A (no number) >");
+    auto const same = NewValue<POSDict>("< A 1 >");
     Sweep(kAllocations, Giving([&] { return fIsPDFSettingsValid(fSettings); }));
     Sweep(kAllocations, Giving([&] { return fSetSettings(fSettings, refused); }));
     Sweep(kAllocations, Giving([&] { return fSetSettings(fSettings, same); }));
-    Release(refused);
-    Release(same);
 }
 
-TEST_F(Failures, ChangeAllOrNothing) {
-    auto* const changes = NewValue<POSDict>("< A 2 B [ ] New x >");
-    PDFSettings* settings = nullptr;
+TEST_F(Faults, ChangeAllOrNothing) {
+    auto const changes = NewValue<POSDict>("< A 2 B [ ] New x >");
+    Owned<PDFSettings> settings;
     auto const set = [&](auto const& endFaults) {
-        POSArray* const errors = fSetSettings(settings, changes);
+        auto const errors = Own(fSetSettings(settings, changes));
         endFaults();
-        AddRef(errors);
-        Release(errors);
         EXPECT_EQ(errors != nullptr, Text(settings) != fBefore);
-        Release(settings);
+        settings.reset();
         return errors != nullptr;
     };
     Sweep(kAllocations, {set, [&] { settings = NewSettings(kText, kSchema); }});
-    Release(changes);
 }
 
 // Where only their container fails, the object that was to go into it cannot be freed.
 TEST_F(Failures, MakeNoSettings) {
     ExpectedLeaks const leaks;
     fIsLeaky = true;
-    BIBPositionableStream* const stream = NewStream(kText);
-    auto* const dict = NewValue<POSDict>("< A 1 >");
+    auto const stream = NewStream(kText);
+    auto const dict = NewValue<POSDict>("< A 1 >");
     Call const fromStream = Giving([&] { return fNewFromStream(stream, kSchema); });
     Call const fromDict = Giving([&] { return fNewFromDict(dict, kSchema); });
     Call const fromFile = Giving([&] { return fNewFromFile(fPath, kSchema); });
@@ -216,24 +206,18 @@ TEST_F(Failures, MakeNoSettings) {
     Sweep(kStreams, fromStream);
     Sweep(kStreams, fromFile);
     Sweep(kSystem, fromFile);
-    Release(dict);
-    Release(stream);
     // A file of the current folder, which has to be asked for.
     std::filesystem::path const before = std::filesystem::current_path();
     std::filesystem::current_path(fFolder.Path());
-    BIBSharedBuffer* const path = NewPath(u"a");
-    Sweep(kSystem, Giving([&] { return fNewFromFile(path, kSchema); }));
-    fRuntime.Buffers().Release(path);
+    Sweep(kSystem, Giving([&] { return fNewFromFile(NewPath(u"a"), kSchema); }));
     std::filesystem::current_path(before);
 }
 
-TEST_F(Failures, MakeSettingsChangedThatCannotBeCompared) {
-    PDFSettings* const settings = fNewFromFile(fPath, kSchema);
-    AddRef(settings);
+TEST_F(Faults, MakeSettingsChangedThatCannotBeCompared) {
+    auto const settings = Own(fNewFromFile(fPath, kSchema));
     for (Resource const& resource : {kAllocations, kSystem}) {
         Sweep(resource, {[&](auto const&) { return fIsDirty(settings) == 0; }});
     }
-    Release(settings);
 }
 
 // With a tail of their own and without. The writer keeps quiet where its text cannot be made: then
@@ -244,7 +228,7 @@ TEST_F(Failures, WriteAllOrNothing) {
         std::string fWhole;
         std::string fFailed;
     };
-    PDFSettings* const plain = NewSettings("<</A 1 /B << /C (y) >> >>setalembicorparams");
+    auto const plain = NewSettings("<</A 1 /B << /C (y) >> >>setalembicorparams");
     for (Written const& written :
          {Written{fSettings, fBefore, ""},
           Written{plain, Text(plain), "<<\r\n>> setpagedevice\r\n"}}) {
@@ -265,7 +249,6 @@ TEST_F(Failures, WriteAllOrNothing) {
             Sweep(resource, write, atLeast);
         }
     }
-    Release(plain);
 }
 
 // The old file goes before the new one is made, and a new one that cannot be made whole goes too,
@@ -279,9 +262,8 @@ TEST_F(Faults, OfTheSystemLeaveNoPartOfAFile) {
 
 TEST_F(Faults, GiveNoFolderAndShorterLists) {
     auto const getList = [this](EndFaults const& endFaults) {
-        POSArray* const list = fGetList("W");
+        auto const list = Own(fGetList("W"));
         endFaults();
-        AddRef(list);
         unsigned long const count = list == nullptr ? 0 : fRuntime.Arrays().Count(list);
         EXPECT_LE(count, 2U);
         int shown = 0;
@@ -294,7 +276,6 @@ TEST_F(Faults, GiveNoFolderAndShorterLists) {
         }
         // A failure shows one of them at the most.
         EXPECT_TRUE(shown < 2 || fIsLasting);
-        Release(list);
         return count == 2;
     };
     // An empty path stands for a folder that cannot be found out.

@@ -71,29 +71,15 @@ class Files : public SettingsTest {
 protected:
     ~Files() override { EXPECT_EQ(fDescriptors, CountDescriptors()); }
 
-    // Calls use with a buffer of the units of path.
-    template <class Use>
-    auto WithPath(std::u16string const& path, Use use) const {
-        BIBSharedBuffer* const buffer = NewPath(path);
-        auto const result = use(buffer);
-        fRuntime.Buffers().Release(buffer);
-        return result;
-    }
-
-    // Settings with a reference for the caller; null with a report.
-    PDFSettings* Open(std::u16string const& path) const {
-        PDFSettings* const settings =
-            WithPath(path, [&](BIBSharedBuffer* buffer) { return fNewFromFile(buffer, ""); });
-        AddRef(settings);
-        return settings;
+    // Settings from a file; null with a report.
+    Owned<PDFSettings> Open(std::u16string const& path) const {
+        return Own(fNewFromFile(NewPath(path), ""));
     }
 
     // What opening the file reports; empty when it is opened.
     std::string OpenError(std::u16string const& path) {
         fLog.fMessages.clear();
-        PDFSettings* const settings = Open(path);
-        bool const isOpen = settings != nullptr;
-        Release(settings);
+        bool const isOpen = Open(path) != nullptr;
         EXPECT_EQ(isOpen ? 0U : 1U, fLog.fMessages.size());
         return isOpen ? "" : fLog.fMessages.back();
     }
@@ -101,8 +87,7 @@ protected:
     // The message and id of the error that writing gives; empty for success.
     std::string Write(PDFSettings* settings, std::u16string const& path) const {
         auto const& errors = fRuntime.Errors();
-        BIBError* const error =
-            WithPath(path, [&](BIBSharedBuffer* buffer) { return fWrite(settings, buffer); });
+        BIBError* const error = fWrite(settings, NewPath(path));
         if (error == nullptr) {
             return "";
         }
@@ -118,7 +103,7 @@ protected:
 
 TEST_F(Files, AreWatchedOnceTheyAreOpened) {
     std::string const file = fFolder.Make("a", kText);
-    PDFSettings* const settings = Open(Wide(file));
+    auto const settings = Open(Wide(file));
     ASSERT_NE(nullptr, settings);
     EXPECT_EQ("<<A 1 AlembicorData AlembicorData{tail}>>", Describe(settings));
     EXPECT_EQ(0, fIsDirty(settings));
@@ -129,8 +114,7 @@ TEST_F(Files, AreWatchedOnceTheyAreOpened) {
     EXPECT_EQ(0, fIsDirty(settings));
     // A part of a second below the stamp's unit goes unnoticed, a unit does not.
     SetTime(file, time);
-    Release(settings);
-    PDFSettings* const again = Open(Wide(file));
+    auto const again = Open(Wide(file));
     SetTime(file, {time.tv_sec, time.tv_nsec + 1000});
     EXPECT_EQ(0, fIsDirty(again));
     bool const isLater = SetTime(file, {time.tv_sec, time.tv_nsec + 16000});
@@ -147,21 +131,17 @@ TEST_F(Files, AreWatchedOnceTheyAreOpened) {
     EXPECT_EQ(
         std::vector<std::string>{"FileMgmtUtil::GetTimeStamp FSPathMakeRef failed"},
         fLog.fMessages);
-    Release(again);
 }
 
 TEST_F(Files, AreBoundByWritingAndNotByChanging) {
     char const* const schema = "< PDFSettings < optional < A number > > >";
-    PDFSettings* const settings = NewSettings(kText, schema);
+    auto const settings = NewSettings(kText, schema);
     EXPECT_EQ(1, fIsDirty(settings));
     EXPECT_EQ("", Write(settings, Wide(fFolder / "one")));
     EXPECT_EQ(0, fIsDirty(settings));
     EXPECT_EQ(kWritten, ReadBytes(fFolder / "one"));
-    auto* const changes = NewValue<POSDict>("< A 2 >");
-    POSArray* const errors = fSetSettings(settings, changes);
-    AddRef(errors);
-    Release(errors);
-    Release(changes);
+    auto const changes = NewValue<POSDict>("< A 2 >");
+    auto const errors = Own(fSetSettings(settings, changes));
     EXPECT_EQ(0, fIsDirty(settings));
     // The settings follow a new path and forget the old one.
     EXPECT_EQ("", Write(settings, Wide(fFolder / "two")));
@@ -170,7 +150,6 @@ TEST_F(Files, AreBoundByWritingAndNotByChanging) {
     EXPECT_EQ(0, fIsDirty(settings));
     EXPECT_EQ("", Write(settings, Wide(fFolder / "two")));
     EXPECT_NE(std::string::npos, ReadBytes(fFolder / "two").find("/A 2"));
-    Release(settings);
     EXPECT_EQ("two ", fFolder.Names());
 }
 
@@ -196,14 +175,13 @@ TEST_F(Files, HaveNamesInEveryScriptAndPathsInEitherByteOrder) {
         {threeBytes, ""},
         {longPath, ""},
     };
-    PDFSettings* const settings = NewSettings(kText);
+    auto const settings = NewSettings(kText);
     for (auto const& [path, name] : kCases) {
         EXPECT_EQ("", Write(settings, path)) << name;
         EXPECT_EQ(0, fIsDirty(settings)) << name;
         EXPECT_EQ("", OpenError(path)) << name;
         EXPECT_TRUE(std::filesystem::is_regular_file(fFolder / name) || name.empty()) << name;
     }
-    Release(settings);
 }
 
 TEST_F(Files, ThatCannotBeReadAreToldByTheErrorAlone) {
@@ -259,7 +237,7 @@ TEST_F(Files, ThatCannotBeWrittenLeaveNothingBehind) {
         folder + u"/" + std::u16string(86, u'\u20AC'),
         folder + std::u16string(5000, u'/') + u"name",
     };
-    PDFSettings* const settings = NewSettings(kText);
+    auto const settings = NewSettings(kText);
     for (std::u16string const& path : kPaths) {
         EXPECT_EQ("Error 2", Write(settings, path)) << std::string(path.begin(), path.end());
         EXPECT_EQ(1, fIsDirty(settings));
@@ -270,10 +248,8 @@ TEST_F(Files, ThatCannotBeWrittenLeaveNothingBehind) {
     EXPECT_EQ("kept", ReadBytes(fFolder / "readonly"));
     EXPECT_EQ("kept", ReadBytes(fFolder / "folder/inside"));
     // What is no settings object is a failure from outside.
-    auto* const dict = NewValue<PDFSettings>("< >");
+    auto const dict = NewValue<PDFSettings>("< >");
     EXPECT_EQ("Write Failed 7", Write(dict, folder + u"/name"));
-    Release(dict);
-    Release(settings);
 }
 
 TEST_F(Files, ThatTheUserMayNotTouchStayAsTheyAre) {
@@ -283,7 +259,7 @@ TEST_F(Files, ThatTheUserMayNotTouchStayAsTheyAre) {
     std::filesystem::create_directory(fFolder / "folder");
     fFolder.Make("folder/kept", "kept");
     chmod((fFolder / "folder").c_str(), 0555);
-    PDFSettings* const settings = NewSettings(kText);
+    auto const settings = NewSettings(kText);
     EXPECT_EQ("Error", OpenError(Wide(fFolder / "kept")));
     EXPECT_EQ("Error 2", Write(settings, Wide(fFolder / "folder/new")));
     EXPECT_EQ("Error 2", Write(settings, Wide(fFolder / "folder/kept")));
@@ -295,13 +271,12 @@ TEST_F(Files, ThatTheUserMayNotTouchStayAsTheyAre) {
     EXPECT_EQ("Error 2", Write(settings, Wide(fFolder / "link")));
     EXPECT_TRUE(std::filesystem::is_symlink(fFolder / "link"));
     chmod((fFolder / "folder").c_str(), 0755);
-    Release(settings);
 }
 
 // The old file goes before the new one is made: where the disk is full, neither stays.
 TEST_F(Files, AreGoneWhereTheDiskIsFull) {
     std::string const file = fFolder.Make("a", kText);
-    PDFSettings* const settings = Open(Wide(file));
+    auto const settings = Open(Wide(file));
     std::string error;
     {
         FileSizeLimit const limit(10);
@@ -313,11 +288,10 @@ TEST_F(Files, AreGoneWhereTheDiskIsFull) {
     EXPECT_EQ("", Write(settings, Wide(file)));
     EXPECT_EQ(kWritten, ReadBytes(file));
     EXPECT_EQ(0, fIsDirty(settings));
-    Release(settings);
 }
 
 TEST_F(Files, BindSettingsAsFarAsTheWritingWent) {
-    PDFSettings* const settings = NewSettings(kText);
+    auto const settings = NewSettings(kText);
     auto const write = [&](char const* name, unsigned long failing) {
         FailSystemCall(failing, /*andAllLater=*/false);
         std::string const error = Write(settings, Wide(fFolder / name));
@@ -346,7 +320,6 @@ TEST_F(Files, BindSettingsAsFarAsTheWritingWent) {
     std::u16string const marked = Wide(fFolder.Path().string() + "/") + kMark + u"unmarked";
     EXPECT_EQ("FileMgmtUtil::GetTimeStamp FSPathMakeRef failed 7", Write(settings, marked));
     EXPECT_EQ("one three two unmarked ", fFolder.Names());
-    Release(settings);
 }
 
 // The component deletes a file before it makes the new one; a program that saves in between must
@@ -355,7 +328,7 @@ TEST_F(Files, OfAHostThatIsStillWritingAreNotReplaced) {
     std::string const file = fFolder.Make("a.joboptions", kText);
     pid_t const host = fork();
     if (host == 0) {
-        PDFSettings* const settings = NewSettings(kText);
+        auto const settings = NewSettings(kText);
         StopBeforeWriting();
         Write(settings, Wide(file));
         raise(SIGKILL); // ends without what a program does at its end

@@ -41,12 +41,11 @@ protected:
     // The settings in text in one line, or what was reported.
     std::string Read(std::string_view text) {
         fLog.fMessages.clear();
-        PDFSettings* const settings = NewSettings(text);
+        auto const settings = NewSettings(text);
         if (settings == nullptr) {
             return fLog.fMessages.size() == 1 ? fLog.fMessages[0] : "not one report";
         }
         std::string const described = Describe(settings);
-        Release(settings);
         return described;
     }
 
@@ -170,13 +169,9 @@ TEST_F(JoboptionsReader, EndsATextAtAShortRead) {
         BIBPositionableStream* stream = nullptr;
         EXPECT_EQ(
             nullptr, fRuntime.Streams().NewClientPositionableStream(&stream, &procs, &source));
-        AddRef(stream);
-        PDFSettings* const settings = fNewFromStream(stream, "");
+        auto const settings = Own(fNewFromStream(Own(stream), ""));
         EXPECT_EQ(most == 1024, settings != nullptr);
         EXPECT_EQ(most == 1024 ? 2 : 1, source.fReads);
-        AddRef(settings);
-        Release(settings);
-        Release(stream);
     }
     EXPECT_EQ(std::vector<std::string>{kInvalid}, fLog.fMessages);
 }

@@ -28,25 +28,21 @@ class JoboptionsWriter : public SettingsTest {
 protected:
     // What is written of the settings that text is read to.
     std::string Rewrite(std::string_view text) const {
-        PDFSettings* const settings = NewSettings(text);
+        auto const settings = NewSettings(text);
         std::string const written = Text(settings);
-        Release(settings);
         return written;
     }
 
     // What is written of a dictionary in the object notation.
     std::string WriteNotation(std::string const& notation) const {
-        auto* const dict = NewValue<POSDict>(notation);
+        auto const dict = NewValue<POSDict>(notation);
         std::string const written = WriteDict(dict);
-        Release(dict);
         return written;
     }
 
     std::string WriteDict(POSDict* dict) const {
-        PDFSettings* const settings = fNewFromDict(dict, "");
-        AddRef(settings);
+        auto const settings = Own(fNewFromDict(dict, ""));
         std::string const written = Text(settings);
-        Release(settings);
         return written;
     }
 
@@ -59,10 +55,9 @@ protected:
     }
 
     std::string WriteNumber(double value, char const* key = "N") const {
-        auto* const dict = NewValue<POSDict>("<>");
+        auto const dict = NewValue<POSDict>("<>");
         Put(dict, key, fRuntime.Numbers().NewPOSNumber(value));
         std::string const written = WriteDict(dict);
-        Release(dict);
         std::string const expectedHead = std::string("<<\r\n  /") + key + " ";
         return written.substr(expectedHead.size(), written.find('\r', 4) - expectedHead.size());
     }
@@ -145,7 +140,7 @@ TEST_F(JoboptionsWriter, WritesTheLargestNumberWhole) {
 // What it writes then is the text that stands for a tail, or nothing where there is a tail.
 TEST_F(JoboptionsWriter, GivesNoErrorForAValueThatItCannotWrite) {
     for (char const* const path : {"D", "B/1/0"}) {
-        auto* const dict = NewValue<POSDict>("<A 1 D < E 1 > B [ 1 [ < E 1 > ] 2 ]>");
+        auto const dict = NewValue<POSDict>("<A 1 D < E 1 > B [ 1 [ < E 1 > ] 2 ]>");
         auto* const inner = reinterpret_cast<POSDict*>(
             fRuntime.Dicts().DeepGet(dict, conformance::Atom(fRuntime, path)));
         // Below the settings this key is one like any other.
@@ -155,15 +150,13 @@ TEST_F(JoboptionsWriter, GivesNoErrorForAValueThatItCannotWrite) {
         EXPECT_EQ(before, Describe(dict));
         PutBinData(dict, "AlembicorData", "AlembicorData", "tail");
         EXPECT_EQ("", WriteDict(dict));
-        Release(dict);
     }
-    auto* const dict = NewValue<POSDict>("<A 1>");
+    auto const dict = NewValue<POSDict>("<A 1>");
     PutBinData(dict, "B", "JoboptionsStringX", "b");
     EXPECT_EQ(kDefaultTail, WriteDict(dict));
     unsigned short const units[] = {'u', 0};
     Put(dict, "B", fRuntime.Rows<_t_POSUnicodeStringInterface>().NewPOSUnicodeString(units));
     EXPECT_EQ(kDefaultTail, WriteDict(dict));
-    Release(dict);
     EXPECT_TRUE(fLog.fMessages.empty());
     // A tail that is no binary data is an error.
     EXPECT_EQ("(null)", WriteNotation("<A 1 AlembicorData 2>"));
@@ -172,7 +165,7 @@ TEST_F(JoboptionsWriter, GivesNoErrorForAValueThatItCannotWrite) {
 
 TEST_F(JoboptionsWriter, WritesBinaryDataWithAllItsBytes) {
     using namespace std::string_literals;
-    auto* const dict = NewValue<POSDict>("<>");
+    auto const dict = NewValue<POSDict>("<>");
     PutBinData(dict, "S", "JoboptionsString", "a\0b"s);
     PutBinData(dict, "H", "JoboptionsUnicodeString", "\0"s);
     PutBinData(dict, "AlembicorData", "AnyType", "t\0t"s);
@@ -180,14 +173,12 @@ TEST_F(JoboptionsWriter, WritesBinaryDataWithAllItsBytes) {
     EXPECT_EQ(entries + "t\0t"s, WriteDict(dict));
     PutBinData(dict, "AlembicorData", "AlembicorData", "");
     EXPECT_EQ(entries, WriteDict(dict));
-    Release(dict);
 }
 
 // A boolean whose line fails once is written as a name, which is the same value.
 TEST_F(JoboptionsWriter, WritesABooleanAgainWhereItsLineFails) {
-    auto* const dict = NewValue<POSDict>("<A true>");
-    PDFSettings* const settings = fNewFromDict(dict, "");
-    AddRef(settings);
+    auto const dict = NewValue<POSDict>("<A true>");
+    auto const settings = Own(fNewFromDict(dict, ""));
     std::string const whole = Text(settings);
     unsigned long rescued = 0;
     for (unsigned long n = 1; n < 20; ++n) {
@@ -200,8 +191,6 @@ TEST_F(JoboptionsWriter, WritesABooleanAgainWhereItsLineFails) {
         EXPECT_TRUE(text == whole || text == kDefaultTail || text.empty() || isRescued) << text;
     }
     EXPECT_EQ(1U, rescued);
-    Release(settings);
-    Release(dict);
 }
 
 class JoboptionsWriterDepth : public JoboptionsWriter {
@@ -230,13 +219,12 @@ TEST_F(JoboptionsWriterDepth, EndsAtFiveThousandLevelsOnAnyStack) {
 
 TEST_F(JoboptionsWriterDepth, RunsOutOfMemoryWhereTheStackDoes) {
     EXPECT_EQ("(null)", WriteDeepArray(1000UL * 1000));
-    auto* const dict = NewValue<POSDict>("<A 1>");
+    auto const dict = NewValue<POSDict>("<A 1>");
     PutBinData(dict, "AlembicorData", "AlembicorData", "tail");
-    Put(dict, "Itself", dict);
+    Put(dict, "Itself", dict.get());
     OnSmallStack([&] { EXPECT_EQ("(null)", WriteDict(dict)); });
     Remove(dict, "Itself");
     EXPECT_EQ("<<A 1 AlembicorData AlembicorData{tail}>>", Describe(dict));
-    Release(dict);
     EXPECT_EQ(std::vector<std::string>(2, "out of memory"), fLog.fMessages);
 }
 

@@ -64,13 +64,11 @@ protected:
     // The list in alphabetical order of "name path ReadOnly ShowHide", folders left out. The
     // administrator's come first in it.
     std::vector<std::string> List(char const* appName = "Webrix") const {
-        POSArray* const list = fGetList(appName);
-        AddRef(list);
+        auto const list = Own(fGetList(appName));
         std::vector<std::string> lines;
         for (unsigned long i = 0; i < fRuntime.Arrays().Count(list); ++i) {
             lines.push_back(LineOf(Describer(fRuntime)(fRuntime.Arrays().GetAt(list, i))));
         }
-        Release(list);
         EXPECT_TRUE(std::is_partitioned(lines.begin(), lines.end(), [](std::string const& line) {
             return line.find("^\"admin/") != std::string::npos;
         }));
@@ -224,8 +222,7 @@ TEST_F(Listing, LooksForCloaksByTheNameWithoutElevenUnits) {
     WriteBytes(UserFolder() / "ab.joboptions3", "");
     WriteAdminList(
         PropertyList(DictEntry("ShowHide", DictEntry("Webrix", StringEntry("ab.", "1")))));
-    POSArray* const list = fGetList("Webrix");
-    AddRef(list);
+    auto const list = Own(fGetList("Webrix"));
     ASSERT_EQ(2U, fRuntime.Arrays().Count(list));
     auto const entry = [&](unsigned long i) {
         auto* const record = reinterpret_cast<POSDict*>(fRuntime.Arrays().GetAt(list, i));
@@ -234,7 +231,6 @@ TEST_F(Listing, LooksForCloaksByTheNameWithoutElevenUnits) {
     ASSERT_NE(nullptr, entry(0));
     EXPECT_EQ("<<Webrix 1>>", Describer(fRuntime)(entry(0)));
     EXPECT_EQ(entry(0), entry(1));
-    Release(list);
 }
 
 TEST_F(Listing, LooksWherePreferencesLead) {
@@ -277,12 +273,10 @@ TEST_F(Listing, TellsWhenAFileChanged) {
     WriteBytes(file, "");
     for (auto const& [time, date] : kCases) {
         if (SetTime(file, time)) {
-            POSArray* const list = fGetList("");
-            AddRef(list);
+            auto const list = Own(fGetList(""));
             std::string const record = Describer(fRuntime)(fRuntime.Arrays().GetAt(list, 0));
             std::string const expected = std::string(" ModDate Apple_UTCDateTime{") + date + "}>>";
             EXPECT_TRUE(record.ends_with(expected)) << time.tv_sec << ": " << record;
-            Release(list);
         }
     }
 }

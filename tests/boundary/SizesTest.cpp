@@ -18,9 +18,8 @@ protected:
     // Reads text, writes it again and compares. The component's own layout is expected back.
     void ExpectSameText(std::string const& text) {
         OnSmallStack([&] {
-            PDFSettings* const settings = NewSettings(text);
+            auto const settings = NewSettings(text);
             EXPECT_TRUE(settings != nullptr && Text(settings) == text);
-            Release(settings);
         });
         EXPECT_TRUE(fLog.fMessages.empty());
     }
@@ -46,24 +45,20 @@ TEST_F(Sizes, AScalarTakesThreeAllocations) {
         text += "/NewKey" + std::to_string(number) + " /some_name\n";
     }
     unsigned long const before = bibrt::CountAllocations();
-    PDFSettings* const settings = NewSettings(text + ">>setalembicorparams");
+    auto const settings = NewSettings(text + ">>setalembicorparams");
     EXPECT_LE(bibrt::CountAllocations() - before, 30'100U);
-    Release(settings);
 }
 
 TEST_F(Sizes, AFileOfAHundredMegabytes) {
     std::string const text = "<<\r\n  /A 1\r\n" + (kEnd + std::string(100'000'000, 't'));
     TemporaryFolder const folder;
     folder.Make("a", text);
-    BIBSharedBuffer* const path = NewPath((folder.Path() / "a").u16string());
+    auto const path = NewPath((folder.Path() / "a").u16string());
     OnSmallStack([&] {
-        PDFSettings* const settings = fNewFromFile(path, "");
-        AddRef(settings);
+        auto const settings = Own(fNewFromFile(path, ""));
         EXPECT_EQ(nullptr, fWrite(settings, path));
         EXPECT_TRUE(ReadBytes(folder / "a") == text);
-        Release(settings);
     });
-    fRuntime.Buffers().Release(path);
     EXPECT_TRUE(fLog.fMessages.empty());
 }
 

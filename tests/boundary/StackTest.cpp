@@ -101,22 +101,13 @@ void OnCoroutine(std::size_t size, std::function<void()> work) {
 
 class Stacks : public SettingsTest {
 protected:
-    ~Stacks() override {
-        for (auto* const text : {fFlat, fForty, fThousand, fEndless}) {
-            Release(text);
-        }
-    }
-
     static std::string Nested(std::size_t levels) {
         return "<< /A " + std::string(levels, '[') + " 1 " + std::string(levels, ']') +
                " >> setalembicorparams";
     }
 
     bool CanRead(BIBPositionableStream* text) const {
-        PDFSettings* const settings = fNewFromStream(text, "");
-        AddRef(settings);
-        Release(settings);
-        return settings != nullptr;
+        return Own(fNewFromStream(text, "")) != nullptr;
     }
 
     // Whether a flat text and one of a thousand levels can be read so many bytes further down.
@@ -128,24 +119,20 @@ protected:
 
     // Whether a text can be read and its settings be written again on a coroutine's stack.
     std::pair<bool, bool> OnSmallCoroutine(std::size_t levels) const {
-        BIBPositionableStream* const text = NewStream(Nested(levels));
-        PDFSettings* const settings = NewSettings(Nested(levels));
+        auto const text = NewStream(Nested(levels));
+        auto const settings = NewSettings(Nested(levels));
         std::pair<bool, bool> result;
         OnCoroutine(kFree * kKiB, [&] {
-            BIBPositionableStream* const written = fGetJobOptionsData(settings);
+            auto const written = Own(fGetJobOptionsData(settings));
             result = {CanRead(text), written != nullptr};
-            AddRef(written);
-            Release(written);
         });
-        Release(settings);
-        Release(text);
         return result;
     }
 
-    BIBPositionableStream* const fFlat = NewStream("<< /A 1 >> setalembicorparams");
-    BIBPositionableStream* const fForty = NewStream(Nested(40)); // levels
-    BIBPositionableStream* const fThousand = NewStream(Nested(1000));
-    BIBPositionableStream* const fEndless = NewStream(Nested(100000));
+    Owned<BIBPositionableStream> const fFlat = NewStream("<< /A 1 >> setalembicorparams");
+    Owned<BIBPositionableStream> const fForty = NewStream(Nested(40)); // levels
+    Owned<BIBPositionableStream> const fThousand = NewStream(Nested(1000));
+    Owned<BIBPositionableStream> const fEndless = NewStream(Nested(100000));
 };
 
 // The first call asks for the bounds of the stack, but does not make it grow.

@@ -13,29 +13,17 @@ class Threads : public SettingsTest {
 protected:
     // Each procedure on settings that are the thread's own.
     void UseSettings(std::string const& name) {
-        PDFSettings* const settings = NewSettings(kText, kSchema);
+        auto const settings = NewSettings(kText, kSchema);
         {
             std::lock_guard const guard(fValidation);
-            Use(fIsPDFSettingsValid(settings));
+            EXPECT_NE(nullptr, Own(fIsPDFSettingsValid(settings)));
         }
         EXPECT_NE(std::string::npos, Text(settings).find("/B [\r\n    /x\r\n    (y)\r\n  ]"));
-        AddRef(fGetSettings(settings));
-        PDFSettings* const shared = fNewFromDict(fGetSettings(settings), kSchema);
-        Use(shared);
-        Release(fGetSettings(settings));
-        BIBSharedBuffer* const path = NewPath((fFolder.Path() / name).u16string());
+        EXPECT_NE(nullptr, Own(fNewFromDict(fGetSettings(settings), kSchema)));
+        auto const path = NewPath((fFolder.Path() / name).u16string());
         EXPECT_EQ(nullptr, fWrite(settings, path));
         EXPECT_EQ(0, fIsDirty(settings));
-        Use(fNewFromFile(path, kSchema));
-        fRuntime.Buffers().Release(path);
-        Release(settings);
-    }
-
-    template <class T>
-    void Use(T* result) const {
-        EXPECT_NE(nullptr, result);
-        AddRef(result);
-        Release(result);
+        EXPECT_NE(nullptr, Own(fNewFromFile(path, kSchema)));
     }
 
     static constexpr char kText[] = "<< /A 1 /B [ /x (y) ] >>setalembicorparams tail";

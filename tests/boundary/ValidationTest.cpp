@@ -30,27 +30,22 @@ protected:
             fLog.fMessages.clear();
             return report;
         }
-        AddRef(errors);
-        std::string const text = Describer(fRuntime)(reinterpret_cast<POSObject*>(errors));
-        Release(errors);
-        return text;
+        auto const owned = Own(reinterpret_cast<POSObject*>(errors));
+        return Describer(fRuntime)(owned);
     }
 
     // The errors of settings with entries by schema.
     std::string Validate(std::string const& entries, std::string const& schema) {
-        PDFSettings* const settings = NewSettings(File(entries), schema.c_str());
+        auto const settings = NewSettings(File(entries), schema.c_str());
         std::string const before = Describe(settings);
         std::string const errors = DescribeErrors(fIsPDFSettingsValid(settings));
         EXPECT_EQ(before, Describe(settings));
-        Release(settings);
         return errors;
     }
 
     std::string Set(PDFSettings* settings, std::string const& changes) {
-        auto* const dict = NewValue<POSDict>(changes);
-        std::string const errors = DescribeErrors(fSetSettings(settings, dict));
-        Release(dict);
-        return errors;
+        auto const dict = NewValue<POSDict>(changes);
+        return DescribeErrors(fSetSettings(settings, dict));
     }
 };
 
@@ -163,30 +158,26 @@ TEST_F(Validation, NeedsAUsableSchemaAndChangesNothingWithoutOne) {
           "< PDFSettings < A number > >",
           "< PDFSettings 1 >",
           "< PDFSettings < optional 1 > >"}) {
-        PDFSettings* const settings = NewSettings(File("/A 1"), schema);
+        auto const settings = NewSettings(File("/A 1"), schema);
         EXPECT_EQ(kUnusable, DescribeErrors(fIsPDFSettingsValid(settings))) << schema;
         EXPECT_EQ(kUnusable, Set(settings, "< A 2 >")) << schema;
         EXPECT_EQ("<<A 1>>", Describe(settings)) << schema;
-        Release(settings);
     }
 }
 
 TEST_F(Validation, FailsForSettingsThatCannotBeCopied) {
-    auto* const dict = NewValue<POSDict>("< A 1 >");
-    PDFSettings* const settings = fNewFromDict(dict, Optional("").c_str());
-    AddRef(settings);
-    Put(dict, "Itself", dict);
+    auto const dict = NewValue<POSDict>("< A 1 >");
+    auto const settings = Own(fNewFromDict(dict, Optional("").c_str()));
+    Put(dict, "Itself", dict.get());
     EXPECT_EQ(kUnusable, DescribeErrors(fIsPDFSettingsValid(settings)));
     EXPECT_EQ(kUnusable, Set(settings, "< A 2 >"));
     Remove(dict, "Itself");
     EXPECT_EQ("<<A 1>>", Describe(settings));
-    Release(dict);
-    Release(settings);
 }
 
 TEST_F(Validation, ChangesAllSettingsOrNone) {
     std::string const schema = Optional("A number B boolean C any");
-    PDFSettings* const settings = NewSettings(File("/A 1 /Unknown /x /B true"), schema.c_str());
+    auto const settings = NewSettings(File("/A 1 /Unknown /x /B true"), schema.c_str());
     struct {
         char const* fChanges;
         char const* fErrors;
@@ -204,12 +195,11 @@ TEST_F(Validation, ChangesAllSettingsOrNone) {
         EXPECT_EQ(row.fSettings, Describe(settings)) << row.fChanges;
     }
     EXPECT_EQ("invalid container", DescribeErrors(fSetSettings(settings, nullptr)));
-    Release(settings);
 }
 
 TEST_F(Validation, ValidatesTheWholeSetWhateverIsChanged) {
     std::string const error = "[<<Key /A ErrorMsg /expected a number, found the name x>>]";
-    PDFSettings* const settings = NewSettings(File("/A /x"), Optional("A number").c_str());
+    auto const settings = NewSettings(File("/A /x"), Optional("A number").c_str());
     EXPECT_EQ(error, Set(settings, "< B 1 >"));
     EXPECT_EQ("<<A /x>>", Describe(settings));
     EXPECT_EQ("[]", Set(settings, "< A 1 >"));
@@ -218,23 +208,18 @@ TEST_F(Validation, ValidatesTheWholeSetWhateverIsChanged) {
     EXPECT_EQ("[]", Set(settings, "< >"));
     EXPECT_NE(before, fGetSettings(settings));
     EXPECT_EQ("<<A 1>>", Describe(settings));
-    Release(settings);
 }
 
 TEST_F(Validation, SharesTheValuesOfAChangeAndReplacesTheDictionary) {
-    PDFSettings* const settings = NewSettings(File("/A 1"), Optional("C any").c_str());
-    POSDict* const before = fGetSettings(settings);
-    AddRef(before);
-    auto* const changes = NewValue<POSDict>("< C [ 1 ] >");
+    auto const settings = NewSettings(File("/A 1"), Optional("C any").c_str());
+    auto const before = Own(fGetSettings(settings));
+    auto const changes = NewValue<POSDict>("< C [ 1 ] >");
     EXPECT_EQ("[]", DescribeErrors(fSetSettings(settings, changes)));
     EXPECT_NE(before, fGetSettings(settings));
     EXPECT_EQ("<<A 1>>", Describe(before));
     auto const valueOf = [&](POSDict* dict) { return fRuntime.Get(dict, "C"); };
     EXPECT_EQ(valueOf(changes), valueOf(fGetSettings(settings)));
-    Release(before);
-    Release(changes);
     EXPECT_NE(std::string::npos, Text(settings).find("/C [\r\n    1\r\n  ]\r\n"));
-    Release(settings);
 }
 
 // A runtime with a validator of its own, which keeps what it is given, and with cursors that tell
@@ -288,15 +273,12 @@ protected:
 };
 
 TEST_F(ValidatorOfARuntime, SeesKnownSettingsAloneInACopy) {
-    PDFSettings* const settings = NewSettings(
+    auto const settings = NewSettings(
         File("/No 1 /A 2 /Nor 3 /B 4 /optional 5 /OtherNamespaces [ << /Namespace [ 1 2 3 ] >> ]"),
         "< PDFSettings < B any optional < A any OtherNamespaces any > > >");
-    POSArray* const errors = fIsPDFSettingsValid(settings);
-    AddRef(errors);
+    auto const errors = Own(fIsPDFSettingsValid(settings));
     EXPECT_EQ("PDFSettings <<A 2 B 4 optional 5 OtherNamespaces []>>", fSeen);
     EXPECT_EQ(fGetSettings(settings), fWalked);
-    Release(errors);
-    Release(settings);
 }
 
 } // namespace support

@@ -10,10 +10,19 @@
 
 #include <algorithm>
 #include <gtest/gtest.h>
+#include <memory>
 #include <string>
 #include <string_view>
 
 namespace support {
+
+// A reference to what the runtime counts, for a host to use like the pointer; null for nothing.
+template <class T>
+class Owned : public std::shared_ptr<T> {
+public:
+    using std::shared_ptr<T>::shared_ptr;
+    operator T*() const noexcept { return this->get(); }
+};
 
 // Each test starts the component, and ends with everything released.
 class SettingsTest : public testing::Test {
@@ -39,39 +48,38 @@ protected:
         EXPECT_EQ(fLiveBefore, bibrt::CountLive());
     }
 
-    // A stream that reads text, with a reference for the caller.
-    BIBPositionableStream* NewStream(std::string_view text) const {
-        BIBPositionableStream* const stream = conformance::NewMemoryStream(fRuntime);
-        conformance::Stream const held(fRuntime, stream);
-        held.Write(std::string(text));
-        AddRef(stream);
+    // A reference of its own to object, if there is one.
+    template <class T>
+    Owned<T> Own(T* object) const {
+        AddRef(object);
+        return Owned<T>(object, [this](T* owned) { Release(owned); });
+    }
+
+    // A stream that reads text.
+    Owned<BIBPositionableStream> NewStream(std::string_view text) const {
+        auto stream = Own(conformance::NewMemoryStream(fRuntime));
+        conformance::Stream(fRuntime, stream).Write(std::string(text));
         return stream;
     }
 
-    // Settings read from text, with a reference for the caller; null if the component gives none.
-    PDFSettings* NewSettings(std::string_view text, char const* schema = "") const {
-        BIBPositionableStream* const stream = NewStream(text);
-        PDFSettings* const settings = fNewFromStream(stream, schema);
-        AddRef(settings);
-        Release(stream);
-        return settings;
+    // Settings read from text; null if the component gives none.
+    Owned<PDFSettings> NewSettings(std::string_view text, char const* schema = "") const {
+        return Own(fNewFromStream(NewStream(text), schema));
     }
 
-    // A value from a text in the object notation, with a reference for the caller.
+    // A value from a text in the object notation.
     template <class T>
-    T* NewValue(std::string const& notation) const {
+    Owned<T> NewValue(std::string const& notation) const {
         POSObject* const value = fRuntime.Objects().CreateFromText(notation.c_str(), nullptr);
         EXPECT_NE(nullptr, value) << notation;
-        AddRef(value);
-        return reinterpret_cast<T*>(value);
+        return Own(reinterpret_cast<T*>(value));
     }
 
     // Puts a value into dict; a new one lives on in it.
     template <class T>
     void Put(POSDict* dict, char const* key, T* value) const {
-        AddRef(value);
-        fRuntime.Put(dict, key, reinterpret_cast<POSObject*>(value));
-        Release(value);
+        auto const owned = Own(reinterpret_cast<POSObject*>(value));
+        fRuntime.Put(dict, key, owned);
     }
 
     void Remove(POSDict* dict, char const* key) const {
@@ -108,12 +116,12 @@ protected:
     }
 
     // A buffer of the units of a path.
-    BIBSharedBuffer* NewPath(std::u16string const& path) const {
+    Owned<BIBSharedBuffer> NewPath(std::u16string const& path) const {
+        auto const& buffers = fRuntime.Buffers();
         unsigned long const size = path.size() * sizeof(char16_t);
-        BIBSharedBuffer* const buffer =
-            fRuntime.Buffers().NewBuffer(size, nullptr, nullptr, nullptr, nullptr);
-        std::copy(
-            path.begin(), path.end(), static_cast<char16_t*>(fRuntime.Buffers().GetBuffer(buffer)));
+        Owned<BIBSharedBuffer> buffer(
+            buffers.NewBuffer(size, nullptr, nullptr, nullptr, nullptr), buffers.Release);
+        std::copy(path.begin(), path.end(), static_cast<char16_t*>(buffers.GetBuffer(buffer)));
         return buffer;
     }
 
