@@ -48,44 +48,6 @@ protected:
             nullptr));
     }
 
-    // The value in one line: "text", [a b], {k v}, or # for one of another type.
-    static std::string Describe(void const* value) {
-        if (value == nullptr) {
-            return "none";
-        }
-        if (CFGetTypeID(value) == CFStringGetTypeID()) {
-            char text[256];
-            auto const* const string = static_cast<CFStringRef>(value);
-            EXPECT_EQ(1, CFStringGetCString(string, text, sizeof text, kCFStringEncodingUTF8));
-            return "\"" + std::string(text) + "\"";
-        }
-        if (CFGetTypeID(value) == CFArrayGetTypeID()) {
-            return DescribeArray(static_cast<CFArrayRef>(value));
-        }
-        return CFGetTypeID(value) == CFDictionaryGetTypeID()
-                   ? DescribeDictionary(static_cast<CFDictionaryRef>(value))
-                   : "#";
-    }
-
-    static std::string DescribeArray(CFArrayRef array) {
-        std::string text;
-        for (CFIndex index = 0; index < CFArrayGetCount(array); ++index) {
-            text += (index == 0 ? "" : " ") + Describe(CFArrayGetValueAtIndex(array, index));
-        }
-        return "[" + text + "]";
-    }
-
-    static std::string DescribeDictionary(CFDictionaryRef dict) {
-        std::vector<void const*> keys(static_cast<std::size_t>(CFDictionaryGetCount(dict)));
-        CFDictionaryGetKeysAndValues(dict, keys.data(), nullptr);
-        std::string text;
-        for (void const* const key : keys) {
-            text += (text.empty() ? "" : " ") + Describe(key) + " " +
-                    Describe(CFDictionaryGetValue(dict, key));
-        }
-        return "{" + text + "}";
-    }
-
     support::TemporaryFolder fFolder;
     long fDescriptors = support::CountDescriptors();
 };
@@ -108,25 +70,46 @@ std::string Repeat(std::string const& text, int count) {
 
 } // namespace
 
-TEST_F(PropertyList, HoldsWhatTheFileSays) {
-    struct {
-        std::string fBytes;
-        char const* fValue;
-    } const kCases[] = {
-        {List("<dict/>"), "{}"},
-        {List("<dict><key>b</key><string> x &amp; &#228; </string><key>a</key><array><string/>"
-              "<true/><integer>3</integer></array><key>b</key><dict></dict></dict>"),
-         "{\"b\" {} \"a\" [\"\" # #]}"},
-        {List("<string><![CDATA[<raw>]]> end</string>"), "\"<raw> end\""},
-        {"<plist><array><data>AA==</data><date>x</date><real>1</real></array></plist>", "[# # #]"},
-        {"<?xml version='1.0' encoding='ISO-8859-1'?><plist><string>\xE4</string></plist>",
-         "\"\xC3\xA4\""},
-        {List("<!-- a comment --><dict><key>k</key><!-- another --><string>v</string></dict>"),
-         "{\"k\" \"v\"}"},
-        {List(Repeat("<array>", 3) + Repeat("</array>", 3)), "[[[]]]"},
+TEST_F(PropertyList, ComparesByTypeAndContents) {
+    char const* const kValues[] = {
+        "<string>0</string>",
+        "<integer>0</integer>",
+        "<array><string>0</string></array>",
+        "<dict><key>a</key><true/><key>b</key><false/></dict>",
+        "<dict><key>a</key><true/><key>b</key><true/></dict>",
+        "<dict><key>a</key><true/></dict>",
     };
-    for (auto const& [bytes, value] : kCases) {
-        EXPECT_EQ(value, Describe(Read(bytes).get())) << bytes;
+    for (char const* const one : kValues) {
+        Held const value = Read(List(one));
+        for (char const* const other : kValues) {
+            EXPECT_EQ(one == other ? 1 : 0, CFEqual(value.get(), Read(List(other)).get()))
+                << one << " and " << other;
+        }
+        EXPECT_EQ(0, CFEqual(value.get(), nullptr));
+    }
+}
+
+TEST_F(PropertyList, HoldsTheSameHoweverItIsWritten) {
+    std::pair<std::string, std::string> const kCases[] = {
+        {List("<dict/>"), List("<dict></dict>")},
+        // The last of equal keys counts.
+        {List("<dict><key>b</key><string>x</string><key>a</key><array><string/><true/></array>"
+              "<key>b</key><dict/></dict>"),
+         List("<dict><key>b</key><dict/><key>a</key><array><string></string><true/></array></"
+              "dict>")},
+        {List("<string> x &amp; &#228; </string>"), List("<string> x &#38; \xC3\xA4 </string>")},
+        {List("<string><![CDATA[<raw>]]> end</string>"), List("<string>&lt;raw&gt; end</string>")},
+        {"<?xml version='1.0' encoding='ISO-8859-1'?><plist><string>\xE4</string></plist>",
+         List("<string>\xC3\xA4</string>")},
+        {List("<!-- one --><dict><key>k</key><!-- another --><string>v</string></dict>"),
+         "<plist><dict><key>k</key><string>v</string></dict></plist>"},
+        {List("<array><data>AA==</data><date>x</date><real>1</real></array>"),
+         List("<array>\n<data>AA==</data>\n<date>x</date>\n<real>1</real>\n</array>")},
+    };
+    for (auto const& [one, other] : kCases) {
+        Held const value = Read(one);
+        ASSERT_NE(nullptr, value) << one;
+        EXPECT_EQ(1, CFEqual(value.get(), Read(other).get())) << one;
     }
 }
 
@@ -152,29 +135,10 @@ TEST_F(PropertyList, IsNoneForWhatIsNoPropertyList) {
           "<!DOCTYPE plist [ %u; <!ENTITY a \"b\"> ]><plist><string>&a;</string></plist>"s,
           List(Repeat("<array>", 65) + Repeat("</array>", 65)),
           List(Repeat("<array>", 1000000))}) {
-        EXPECT_EQ("none", Describe(Read(bytes).get())) << bytes.substr(0, 200);
+        EXPECT_EQ(nullptr, Read(bytes)) << bytes.substr(0, 200);
     }
     std::string const deepest = List(Repeat("<array>", 64) + Repeat("</array>", 64));
-    EXPECT_NE("none", Describe(Read(deepest).get()));
-}
-
-TEST_F(PropertyList, ComparesByTypeAndContents) {
-    char const* const kValues[] = {
-        "<string>0</string>",
-        "<integer>0</integer>",
-        "<array><string>0</string></array>",
-        "<dict><key>a</key><true/><key>b</key><false/></dict>",
-        "<dict><key>a</key><true/><key>b</key><true/></dict>",
-        "<dict><key>a</key><true/></dict>",
-    };
-    for (char const* const one : kValues) {
-        Held const value = Read(List(one));
-        for (char const* const other : kValues) {
-            EXPECT_EQ(one == other ? 1 : 0, CFEqual(value.get(), Read(List(other)).get()))
-                << one << " and " << other;
-        }
-        EXPECT_EQ(0, CFEqual(value.get(), nullptr));
-    }
+    EXPECT_NE(nullptr, Read(deepest));
 }
 
 TEST_F(PropertyList, FilesThatCannotBeReadHaveNoData) {

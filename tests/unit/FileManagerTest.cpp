@@ -32,6 +32,13 @@ protected:
     ~FileManager() override { EXPECT_EQ(fDescriptors, support::CountDescriptors()); }
 
     FSRef RefOf(std::string const& name) const { return {fFolder / name}; }
+
+    // A fork of the file for reading and writing.
+    static FSIORefNum Open(FSRef const& ref) {
+        FSIORefNum fork = -1;
+        EXPECT_EQ(noErr, FSOpenFork(&ref, 0, nullptr, fsRdWrPerm, &fork));
+        return fork;
+    }
     FSRef Folder() const { return {fFolder.Path().string()}; }
 
     static OSErr MakeRef(std::string const& path, FSRef* ref, Boolean* isDirectory) {
@@ -84,16 +91,14 @@ TEST_F(FileManager, TellsFromAPathWhatIsThere) {
     FSRef ref;
     EXPECT_EQ(bdNamErr, MakeRef(fFolder / std::string(256, 'n'), &ref, nullptr));
     EXPECT_EQ(bdNamErr, MakeRef(std::string(5000, 'n'), &ref, nullptr));
-    UInt8 path[8];
-    FSRef const fitting{"/234567"};
-    FSRef const tooLong{"/2345678"};
-    EXPECT_EQ(noErr, FSRefMakePath(&fitting, path, sizeof path));
-    EXPECT_STREQ("/234567", reinterpret_cast<char const*>(path));
-    EXPECT_EQ(bdNamErr, FSRefMakePath(&tooLong, path, sizeof path));
-    UInt8 absolute[PATH_MAX];
+    UInt8 path[PATH_MAX];
+    FSRef const eight{"/2345678"};
+    EXPECT_EQ(bdNamErr, FSRefMakePath(&eight, path, 8));
+    EXPECT_EQ(noErr, FSRefMakePath(&eight, path, 9));
+    EXPECT_STREQ("/2345678", reinterpret_cast<char const*>(path));
     FSRef const relative{"a/b"};
-    EXPECT_EQ(noErr, FSRefMakePath(&relative, absolute, sizeof absolute));
-    EXPECT_EQ(std::filesystem::current_path() / "a/b", reinterpret_cast<char const*>(absolute));
+    EXPECT_EQ(noErr, FSRefMakePath(&relative, path, sizeof path));
+    EXPECT_EQ(std::filesystem::current_path() / "a/b", reinterpret_cast<char const*>(path));
 }
 
 TEST_F(FileManager, MakesWhatTheUmaskLeavesAndTakesItBack) {
@@ -172,8 +177,7 @@ TEST_F(FileManager, WritesAndTakesBackTheVeryFileThatItMade) {
     ASSERT_EQ(noErr, Create(u"a", &made));
     std::filesystem::rename(fFolder / "a", fFolder / "moved");
     fFolder.Make("a", "other");
-    FSIORefNum fork = -1;
-    ASSERT_EQ(noErr, FSOpenFork(&made, 0, nullptr, fsRdWrPerm, &fork));
+    FSIORefNum const fork = Open(made);
     EXPECT_EQ(noErr, FSWriteFork(fork, fsFromLEOF, 0, 3, "new", nullptr));
     EXPECT_EQ(noErr, FSCloseFork(fork));
     EXPECT_EQ("new", support::ReadBytes(fFolder / "moved"));
@@ -208,7 +212,7 @@ TEST_F(FileManager, MovesAllBytesOrFails) {
     EXPECT_EQ(paramErr, FSOpenFork(&ref, 1, nullptr, fsRdPerm, &fork));
     FSRef const folder = Folder();
     EXPECT_EQ(ioErr, FSOpenFork(&folder, 0, nullptr, fsRdPerm, &fork));
-    ASSERT_EQ(noErr, FSOpenFork(&ref, 0, nullptr, fsRdWrPerm, &fork));
+    fork = Open(ref);
     SInt64 size = 0;
     EXPECT_EQ(noErr, FSGetForkSize(fork, &size));
     EXPECT_EQ(10, size);
@@ -239,8 +243,7 @@ TEST_F(FileManager, MovesAllBytesOrFails) {
 
 TEST_F(FileManager, FindsTheDiskFullWhereAFileMayNotGrowAndKeepsTheHostsSignals) {
     FSRef const ref{fFolder.Make("file", "0123456789")};
-    FSIORefNum fork = -1;
-    ASSERT_EQ(noErr, FSOpenFork(&ref, 0, nullptr, fsRdWrPerm, &fork));
+    FSIORefNum const fork = Open(ref);
     {
         support::FileSizeLimit const limit(10);
         EXPECT_EQ(dskFulErr, FSWriteFork(fork, fsFromLEOF, 0, 3, "abc", nullptr));
