@@ -100,19 +100,5 @@ TEST_F(InProcessTest, AThrowingDeleteProcedureStopsNothing) {
     EXPECT_EQ(deleted, 2);
 }
 
-TEST_F(InProcessTest, StreamOperationsFailWhenOrdered) {
-    MemoryStream const stream;
-    unsigned long const before = bibrt::CountStreamOperations();
-    bibrt::FailStreamOperation(2, /*andAllLater=*/false);
-    EXPECT_EQ(TakeMessage(stream.TryWrite("a")), "");
-    EXPECT_EQ(TakeMessage(stream.TryWrite("b")), "stream operation failed");
-    stream.Seek(0, kBIBSeekFromStart);
-    bibrt::FailStreamOperation(1, /*andAllLater=*/true);
-    std::string text;
-    EXPECT_EQ(TakeMessage(stream.TryRead(text, 1)), "stream operation failed");
-    EXPECT_EQ(TakeMessage(stream.TrySeek(1, kBIBSeekFromStart)), "stream operation failed");
-    EXPECT_EQ(bibrt::CountStreamOperations(), before + 5);
-}
-
 } // namespace
 } // namespace runtimetest

@@ -27,20 +27,9 @@ public:
 // Each test starts the component, and ends with everything released.
 class SettingsTest : public testing::Test {
 protected:
-    explicit SettingsTest(BIBLookupProc lookup = &BIBRuntimeLookup) {
-        EXPECT_TRUE(fComponent.IsLoaded());
-        EXPECT_EQ(1, fComponent.Initialize(lookup));
-        Find(fNewFromStream, "NewFromStream");
-        Find(fNewFromDict, "NewFromDict");
-        Find(fNewFromFile, "NewFromFile");
-        Find(fGetJobOptionsData, "GetJobOptionsData");
-        Find(fGetSettings, "GetSettings");
-        Find(fSetSettings, "SetSettings");
-        Find(fIsPDFSettingsValid, "IsPDFSettingsValid");
-        Find(fIsDirty, "IsDirty");
-        Find(fWrite, "Write");
-        Find(fGetFolder, "GetDefaultPDFSettingsDirectory", "PDFSettingsStatics");
-        Find(fGetList, "GetListofPDFSettings", "PDFSettingsStatics");
+    explicit SettingsTest(BIBLookupProc lookup = &BIBRuntimeLookup)
+        : fIsStarted(fComponent.IsLoaded() && fComponent.Initialize(lookup) == 1) {
+        EXPECT_TRUE(fIsStarted);
     }
 
     ~SettingsTest() override {
@@ -137,30 +126,41 @@ protected:
         return path;
     }
 
-    // Stores the component's procedure of that name.
-    template <class Proc>
-    static void
-    Find(Proc& proc, std::string const& name, char const* table = "PDFSettingsInterface") {
+    // A procedure, whatever its type.
+    struct AnyProc {
+        void* fProc;
+        template <class Proc>
+        operator Proc() const {
+            return reinterpret_cast<Proc>(fProc);
+        }
+    };
+
+    // The component's procedure of that name.
+    static AnyProc Find(std::string const& name, char const* table = "PDFSettingsInterface") {
         std::string const type = "PDFSettings" + name + "Proc";
-        proc = reinterpret_cast<Proc>(BIBRuntimeLookup(table, name.c_str(), type.c_str()));
+        void* const proc = BIBRuntimeLookup(table, name.c_str(), type.c_str());
         EXPECT_NE(nullptr, proc) << name;
+        return {proc};
     }
 
     bibrt::LiveCounts fLiveBefore = bibrt::CountLive();
     ErrorLog fLog;
     Component fComponent;
+    bool fIsStarted;
     conformance::Runtime const fRuntime{&BIBRuntimeLookup};
-    PDFSettingsNewFromStreamProc fNewFromStream = nullptr;
-    PDFSettingsNewFromDictProc fNewFromDict = nullptr;
-    PDFSettingsGetJobOptionsDataProc fGetJobOptionsData = nullptr;
-    PDFSettingsGetSettingsProc fGetSettings = nullptr;
-    PDFSettingsSetSettingsProc fSetSettings = nullptr;
-    PDFSettingsIsPDFSettingsValidProc fIsPDFSettingsValid = nullptr;
-    PDFSettingsNewFromFileProc fNewFromFile = nullptr;
-    PDFSettingsIsDirtyProc fIsDirty = nullptr;
-    PDFSettingsWriteProc fWrite = nullptr;
-    PDFSettingsGetDefaultPDFSettingsDirectoryProc fGetFolder = nullptr;
-    PDFSettingsGetListofPDFSettingsProc fGetList = nullptr;
+    PDFSettingsNewFromStreamProc const fNewFromStream = Find("NewFromStream");
+    PDFSettingsNewFromDictProc const fNewFromDict = Find("NewFromDict");
+    PDFSettingsGetJobOptionsDataProc const fGetJobOptionsData = Find("GetJobOptionsData");
+    PDFSettingsGetSettingsProc const fGetSettings = Find("GetSettings");
+    PDFSettingsSetSettingsProc const fSetSettings = Find("SetSettings");
+    PDFSettingsIsPDFSettingsValidProc const fIsPDFSettingsValid = Find("IsPDFSettingsValid");
+    PDFSettingsNewFromFileProc const fNewFromFile = Find("NewFromFile");
+    PDFSettingsIsDirtyProc const fIsDirty = Find("IsDirty");
+    PDFSettingsWriteProc const fWrite = Find("Write");
+    PDFSettingsGetDefaultPDFSettingsDirectoryProc const fGetFolder =
+        Find("GetDefaultPDFSettingsDirectory", "PDFSettingsStatics");
+    PDFSettingsGetListofPDFSettingsProc const fGetList =
+        Find("GetListofPDFSettings", "PDFSettingsStatics");
 };
 
 } // namespace support

@@ -6,12 +6,9 @@
 #include "bib/BIBContainer.h"
 #include "bib/BIBError.h"
 #include "bib/BIBInterfaceClient.h"
-#include "bib/BIBStream.h"
 #include "bib/BIBVTab.h"
 #include "bib/LazyTerminate.h"
-#include "bib/POSObject.h"
 #include "bib/POSScalars.h"
-#include "bib/POSValidator.h"
 #include "conformance/Tables.h"
 #include "tests/support/BoundClient.h"
 
@@ -69,24 +66,6 @@ TEST_F(Client, LoadsATableAgainThatWasUnregisteredMeanwhile) {
         EXPECT_EQ(&table, GuardGlobalProcs(table, stamp, load));
         EXPECT_EQ(expected, loads);
     }
-}
-
-TEST_F(Client, LoadsATableBackwardsAndStopsAtTheFirstGap) {
-    constexpr _t_BIBFTabEntry kRows[] = {
-        BIB_STREAM_FACTORY_INTERFACE_ROWS(BIB_TABLE_NAMES){"", ""}};
-    int old = 0;
-    void* procs[] = {&old, &old, &old, &old, &old, &old};
-    auto const load = [&] {
-        return BIBLoadProcTable(kRows, 6, "BIBStreamFactoryInterface", procs, 0);
-    };
-    WithoutRows({"BIBStreamFactoryInterface.NewClientSimpleStream"}, [&] { EXPECT_EQ(0, load()); });
-    std::string states; // of the slots
-    for (void const* const proc : procs) {
-        states += proc == nullptr ? '-' : proc == &old ? 'o' : 'n';
-    }
-    EXPECT_EQ("ooo-nn", states);
-    EXPECT_EQ(1, load());
-    EXPECT_NE(&old, procs[0]);
 }
 
 TEST_F(Client, ReloadsAStaleTableOnceAndOnlyWhenAsked) {
@@ -266,25 +245,6 @@ TEST(LazyObjects, StartUpToAFailureAndStopWhatCameBeforeOrAll) {
         BIBClientTerminate();
         EXPECT_EQ("abcde", gCalls);
     }
-}
-
-TEST(LazyObjects, AreTheClientsCachesNewestFirst) {
-    LazyTerminate* const kNewestFirst[] = {
-        &CPOSValidator::GetTerm(),
-        &CPOSObject::GetTerm(),
-        &CBIBPositionableStream::GetPositionableTerm(),
-        &CBIBRewindableStream::GetRewindableTerm(),
-        &CBIBSimpleStream::GetSimpleTerm(),
-        &TBIB2VTabList<BIBDataBlockStreamInterface>::fVTabList,
-        &TBIB2VTabList<BIBSizedDataStoreInterface>::fVTabList,
-        &TBIB2VTabList<BIBDataStoreInterface>::fVTabList,
-    };
-    auto* object = LazyTerminate::GetList().GetFirstElement();
-    for (auto* const expected : kNewestFirst) {
-        ASSERT_EQ(expected, object);
-        object = object->GetNextElement();
-    }
-    EXPECT_EQ(nullptr, object);
 }
 
 TEST(LazyObjects, IncludeCachesThatTheRuntimePurges) {
