@@ -12,17 +12,22 @@ namespace support {
 
 namespace {
 
-std::vector<std::string> gRegistered;
-std::vector<std::string> gStopped; // the steps of a stop
+std::vector<std::string> gRegistered; // each interface once
+std::vector<std::string> gStopped;    // the steps of a stop
+
+// A procedure of the runtime's bootstrap.
+template <class Proc>
+Proc Bootstrap(char const* name) {
+    return reinterpret_cast<Proc>(BIBRuntimeLookup("BIB", name, name));
+}
 
 int RecordRegister(
     char const* interfaceName, char const* procName, char const* procType, void* proc) {
-    static auto const kRegister = reinterpret_cast<BIBRegisterProcAddressProc>(
-        BIBRuntimeLookup("BIB", "BIBRegisterProcAddress", "BIBRegisterProcAddress"));
     if (gRegistered.empty() || gRegistered.back() != interfaceName) {
         gRegistered.emplace_back(interfaceName);
     }
-    return kRegister(interfaceName, procName, procType, proc);
+    return Bootstrap<BIBRegisterProcAddressProc>("BIBRegisterProcAddress")(
+        interfaceName, procName, procType, proc);
 }
 
 int RecordUnregister(char const* interfaceName) {
@@ -31,21 +36,19 @@ int RecordUnregister(char const* interfaceName) {
 }
 
 void RecordRelease(BIBError* error) {
-    static auto const kRelease = reinterpret_cast<BIBErrorReleaseProc>(
-        BIBRuntimeLookup("BIBErrorInterface", "Release", "BIBErrorReleaseProc"));
     gStopped.emplace_back("Release");
-    kRelease(error);
+    reinterpret_cast<BIBErrorReleaseProc>(
+        BIBRuntimeLookup("BIBErrorInterface", "Release", "BIBErrorReleaseProc"))(error);
 }
 
 int ThrowFromUnregister(char const* /*interfaceName*/) {
     throw 1;
 }
 
-void Unregister(std::initializer_list<char const*> interfaces) {
-    for (char const* const name : interfaces) {
-        reinterpret_cast<BIBUnregisterInterfaceProc>(
-            BIBRuntimeLookup("BIB", "BIBUnregisterInterface", "BIBUnregisterInterface"))(name);
-    }
+void UnregisterAll() {
+    auto const unregister = Bootstrap<BIBUnregisterInterfaceProc>("BIBUnregisterInterface");
+    unregister("PDFSettingsStatics");
+    unregister("PDFSettingsInterface");
 }
 
 void* FindNewFromDict() {
@@ -112,7 +115,7 @@ TEST(Component, LooksUpTheBootstrapFirstAndUnregistersInOrder) {
             "PDFSettingsVirtualInterface",
             "Release"}),
         gStopped);
-    Unregister({"PDFSettingsStatics", "PDFSettingsInterface"});
+    UnregisterAll();
 }
 
 TEST(Component, EndsWhatAStopThrows) {
@@ -122,7 +125,7 @@ TEST(Component, EndsWhatAStopThrows) {
     EXPECT_EQ(1, component.Initialize(&LookupDouble::Lookup));
     component.Terminate();
     EXPECT_EQ(0, component.Initialize(nullptr));
-    Unregister({"PDFSettingsStatics", "PDFSettingsInterface"});
+    UnregisterAll();
 }
 
 TEST(Component, StaysStoppedWithoutALookup) {
@@ -160,11 +163,9 @@ TEST(Component, FailsToStartWhereARowIsMissingAndCanStartLater) {
 }
 
 TEST(Component, FailsToStartWhereARowIsTaken) {
-    auto const registerProc = reinterpret_cast<BIBRegisterProcAddressProc>(
-        BIBRuntimeLookup("BIB", "BIBRegisterProcAddress", "BIBRegisterProcAddress"));
+    auto const take = Bootstrap<BIBRegisterProcAddressProc>("BIBRegisterProcAddress");
     void* const own = reinterpret_cast<void*>(&RecordUnregister);
-    EXPECT_NE(
-        0, registerProc("PDFSettingsInterface", "NewFromDict", "PDFSettingsNewFromDictProc", own));
+    EXPECT_NE(0, take("PDFSettingsInterface", "NewFromDict", "PDFSettingsNewFromDictProc", own));
     Component const component;
     EXPECT_EQ(0, component.Initialize(&BIBRuntimeLookup));
     EXPECT_EQ(own, FindNewFromDict());

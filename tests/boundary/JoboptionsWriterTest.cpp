@@ -175,24 +175,6 @@ TEST_F(JoboptionsWriter, WritesBinaryDataWithAllItsBytes) {
     EXPECT_EQ(entries, WriteDict(dict));
 }
 
-// A boolean whose line fails once is written as a name, which is the same value.
-TEST_F(JoboptionsWriter, WritesABooleanAgainWhereItsLineFails) {
-    auto const dict = NewValue<POSDict>("<A true>");
-    auto const settings = Own(fNewFromDict(dict, ""));
-    std::string const whole = Text(settings);
-    unsigned long rescued = 0;
-    for (unsigned long n = 1; n < 20; ++n) {
-        bibrt::FailStreamOperation(n, /*andAllLater=*/false);
-        BIBPositionableStream* const stream = fGetJobOptionsData(settings);
-        bibrt::ResetFailures();
-        std::string const text = stream == nullptr ? "" : ReadAll(stream);
-        bool const isRescued = text.find("/A /true\r\n>>") != std::string::npos;
-        rescued += isRescued ? 1 : 0;
-        EXPECT_TRUE(text == whole || text == kDefaultTail || text.empty() || isRescued) << text;
-    }
-    EXPECT_EQ(1U, rescued);
-}
-
 class JoboptionsWriterDepth : public JoboptionsWriter {
 protected:
     // The text of an array that is nested so deep, written on a stack of that size.

@@ -5,6 +5,7 @@
 #include "bib/BIBError.h"
 #include "bib/POSObject.h"
 #include "runtime/objects/Diagnostics.h"
+#include "source/EncodingConverter.h"
 #include "tests/support/LookupDouble.h"
 
 #include <gtest/gtest.h>
@@ -59,6 +60,17 @@ std::string WhatItThrows(Work work) {
         return "something else";
     }
     return "nothing";
+}
+
+// The bytes of a path.
+inline std::string TextOf(UnicodeEncodingNS::Unicode16 const& path) {
+    auto const bytes = UnicodeEncodingNS::CreateUnicode8(path).GetString(
+        UnicodeEncodingNS::kByteOrderNative, /*terminate=*/false, /*mark=*/false);
+    return std::string(reinterpret_cast<char const*>(bytes.GetBuffer()), bytes.GetSize());
+}
+
+inline UnicodeEncodingNS::Unicode16 PathOf(std::string const& text) {
+    return UnicodeEncodingNS::CreateUnicode16(UnicodeEncodingNS::Unicode8(text.c_str()));
 }
 
 } // namespace support

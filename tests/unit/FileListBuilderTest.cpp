@@ -96,8 +96,7 @@ TEST_F(ListBuilder, GoesOnWhateverItsStepsThrow) {
     fLookup.Replace(
         "BIBSharedBuffInterface.NewBuffer",
         +[](unsigned long, void*, void (*)(void*), void*, void*) -> BIBSharedBuffer* { throw 1; });
-    UnicodeEncodingNS::Unicode16 const folder =
-        UnicodeEncodingNS::CreateUnicode16(UnicodeEncodingNS::Unicode8("/a"));
+    auto const folder = support::PathOf("/a");
     MoveCounter();
     FileMgmt_Mac(nullptr).GetFilesInDirectory(folder, 1, builder);
     EXPECT_EQ(1U, builder.GetFileList().Count());

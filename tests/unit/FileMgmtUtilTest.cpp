@@ -10,23 +10,9 @@
 
 namespace FileMgmtUtil {
 
+using support::PathOf;
+using support::TextOf;
 using support::WhatItThrows;
-using UnicodeEncodingNS::CreateUnicode8;
-using UnicodeEncodingNS::Unicode8;
-
-namespace {
-
-Unicode16 PathOf(std::string const& text) {
-    return CreateUnicode16(Unicode8(text.c_str()));
-}
-
-std::string TextOf(Unicode16 const& path) {
-    auto const bytes = CreateUnicode8(path).GetString(
-        UnicodeEncodingNS::kByteOrderNative, /*terminate=*/false, /*mark=*/false);
-    return std::string(reinterpret_cast<char const*>(bytes.GetBuffer()), bytes.GetSize());
-}
-
-} // namespace
 
 class FolderUtilities : public support::BoundClientTest {
 protected:

@@ -41,12 +41,7 @@ protected:
     // The folder that a helper finds, or "-".
     static std::string Folder(MacRegistryHelper const& helper) {
         UnicodeEncodingNS::Unicode16 folder;
-        if (!helper.GetDirectory(folder)) {
-            return "-";
-        }
-        auto const bytes = UnicodeEncodingNS::CreateUnicode8(folder).GetString(
-            UnicodeEncodingNS::kByteOrderNative, /*terminate=*/false, /*mark=*/false);
-        return std::string(reinterpret_cast<char const*>(bytes.GetBuffer()), bytes.GetSize());
+        return helper.GetDirectory(folder) ? support::TextOf(folder) : "-";
     }
 
     // A path of 1,023 bytes is the longest. A longer folder is not taken for the root.
@@ -190,7 +185,7 @@ TEST_F(Preferences, AreReadAsFarAsTheyAreGood) {
     for (auto const& [bytes, prefixedKeys, isValid, folder] : kCases) {
         MacRegistryHelper helper = Read(bytes, prefixedKeys);
         EXPECT_EQ(isValid, helper.IsValid()) << bytes;
-        helper.SetDirectory(UnicodeEncodingNS::CreateUnicode16(UnicodeEncodingNS::Unicode8("/s")));
+        helper.SetDirectory(support::PathOf("/s"));
         EXPECT_EQ(folder, Folder(helper)) << bytes;
         CPOSDict const table = Table("< A < W 0 > >");
         helper.GenerateCloakSettings(table);

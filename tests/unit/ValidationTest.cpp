@@ -9,9 +9,7 @@
 namespace PDFSettingsImpl {
 
 using BIB_T_NMT::CPOSArray;
-using BIB_T_NMT::CPOSDict;
 using BIB_T_NMT::CPOSNumber;
-using BIB_T_NMT::CPOSString;
 using namespace std::string_literals;
 
 using ValueCheck = support::BoundClientTest;
@@ -37,35 +35,16 @@ TEST_F(ValueCheck, WritesItsMessageOnlyWhereAByteIsToSpare) {
     EXPECT_EQ(0, depth(nullptr, nullptr, nullptr, nullptr));
 }
 
-using ValidatorMessages = support::BoundClientTest;
-
-TEST_F(ValidatorMessages, SplitAtTheirFirstSpace) {
-    struct {
-        char const* fMessage;
-        char const* fKey;
-        char const* fText;
-    } const kCases[] = {
-        {"Key some text", "Key", "some text"},
-        {"Key ", "Key", ""},
-        {" text", "", "text"},
-        {"Key  text ", "Key", " text "},
-    };
+TEST_F(ValueCheck, MakesNoRecordOfAMessageWithoutASpace) {
     CPOSArray const errors;
     {
         POSValidatorErrorProc const receiver(errors);
-        for (auto const& row : kCases) {
-            POSValidatorErrorProc::errproc(row.fMessage);
-        }
+        POSValidatorErrorProc::errproc(" text");
         EXPECT_EQ(
             "out of memory", support::WhatItThrows([] { POSValidatorErrorProc::errproc("Key"); }));
     }
     EXPECT_EQ(nullptr, POSValidatorErrorProc::gPOSValidatorErrorProc);
-    ASSERT_EQ(std::size(kCases), errors.Count());
-    for (unsigned int i = 0; i < std::size(kCases); ++i) {
-        CPOSDict const record(errors[i], /*quiet=*/false);
-        EXPECT_STREQ(kCases[i].fKey, CPOSString(record.Get("Key", false), false).Get());
-        EXPECT_STREQ(kCases[i].fText, CPOSString(record.Get("ErrorMsg", false), false).Get());
-    }
+    EXPECT_EQ(1U, errors.Count());
 }
 
 } // namespace PDFSettingsImpl
