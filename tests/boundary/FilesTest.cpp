@@ -163,10 +163,7 @@ TEST_F(Files, HaveNamesInEveryScriptAndPathsInEitherByteOrder) {
     }
     std::filesystem::create_directories(std::filesystem::path(longPath));
     longPath += u"a";
-    struct {
-        std::u16string fPath;
-        std::string fName;
-    } const kCases[] = {
+    std::pair<std::u16string, std::string> const kCases[] = {
         {folder + u"\u00E9t\u00E9 \u65E5\u672C", "\xC3\xA9t\xC3\xA9 \xE6\x97\xA5\xE6\x9C\xAC"},
         {folder + u"\U0001F600.joboptions", "\xF0\x9F\x98\x80.joboptions"},
         {kMark + folder + u"marked", "marked"},
@@ -190,10 +187,7 @@ TEST_F(Files, ThatCannotBeReadAreToldByTheErrorAlone) {
     fFolder.Make("junk", "junk");
     ASSERT_EQ(0, mkfifo((fFolder / "pipe").c_str(), 0666));
     std::filesystem::create_symlink("nowhere", fFolder / "dangling");
-    struct {
-        std::u16string fPath;
-        char const* fError;
-    } const kCases[] = {
+    std::pair<std::u16string, char const*> const kCases[] = {
         {folder + u"/whole", ""},
         {folder + u"/missing", "Error"},
         {folder, "Error"},

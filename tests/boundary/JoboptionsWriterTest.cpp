@@ -64,10 +64,8 @@ protected:
 };
 
 TEST_F(JoboptionsWriter, LaysOutEveryKindOfValue) {
-    struct {
-        std::string fRead;    // the entries
-        std::string fWritten; // the lines
-    } const kCases[] = {
+    // Entries and the lines that are written.
+    std::pair<std::string, std::string> const kCases[] = {
         {"/CompatibilityLevel 1.4/Names [/A]/Sub<</X true >> ",
          "  /CompatibilityLevel 1.4\n  /Names [\n    /A\n  ]\n  /Sub <<\n    /X true\n  >>\n"},
         {"/T true/F false/N /true/W /a#20b ", "  /T true\n  /F false\n  /N true\n  /W /a#20b\n"},
@@ -84,18 +82,15 @@ TEST_F(JoboptionsWriter, LaysOutEveryKindOfValue) {
          "  /trueish /trueish\n  /CompatibilityLevelX 1\n  /" + kLongKey + " 1\n"},
         {"", ""},
     };
-    for (auto const& row : kCases) {
-        EXPECT_EQ(Written(row.fWritten), Rewrite("<<" + row.fRead + ">>setalembicorparams"));
+    for (auto const& [read, written] : kCases) {
+        EXPECT_EQ(Written(written), Rewrite("<<" + read + ">>setalembicorparams"));
     }
     EXPECT_EQ(Written(""), Rewrite(""));
     EXPECT_EQ(Written("  /two words /a )\n"), WriteNotation("<(two words) (a \\))>"));
 }
 
 TEST_F(JoboptionsWriter, DecidesBetweenWholeAndRealInSinglePrecision) {
-    struct {
-        double fValue;
-        char const* fWritten;
-    } const kCases[] = {
+    std::pair<double, char const*> const kCases[] = {
         {0, "0"},
         {-0.0, "0"},
         {1500, "1500"},
@@ -113,8 +108,8 @@ TEST_F(JoboptionsWriter, DecidesBetweenWholeAndRealInSinglePrecision) {
         {std::nan(""), "nan"},
         {-std::nan(""), "-nan"},
     };
-    for (auto const& row : kCases) {
-        EXPECT_EQ(row.fWritten, WriteNumber(row.fValue));
+    for (auto const& [value, written] : kCases) {
+        EXPECT_EQ(written, WriteNumber(value));
     }
     EXPECT_EQ("1.3", WriteNumber(1.3000000001, "CompatibilityLevel"));
     EXPECT_EQ("0.13", WriteNumber(0.125001, "SyntheticBoldness"));

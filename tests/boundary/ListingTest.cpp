@@ -161,10 +161,8 @@ TEST_F(Listing, LooksForTheExtensionAtTheLastDotOfThePath) {
     std::string const folder = fFolder / "a.joboptions";
     WriteUserList(PropertyList(StringEntry("PDFSettingsPath", folder)));
     WriteAdminList(PropertyList(DictEntry("ShowHide", DictEntry("W", StringEntry("", "1")))));
-    struct {
-        std::vector<std::string> fFiles;
-        char const* fRecord; // of the last file, or empty
-    } const kCases[] = {
+    // Files and the record of the last one, or nothing.
+    std::pair<std::vector<std::string>, char const*> const kCases[] = {
         {{"b"}, "<<"},
         {{"twelve units"}, "<<SettingsName ^\"twelve units\" "},
         {{"twelve units", "b"}, "<<"},
@@ -242,11 +240,8 @@ TEST_F(Listing, LooksWherePreferencesLead) {
 }
 
 TEST_F(Listing, TellsWhenAFileChanged) {
-    struct {
-        timespec fTime;
-        // In two bytes, four and two: the seconds since 1904 and a fraction of 1/65536.
-        char const* fDate;
-    } const kCases[] = {
+    // In two bytes, four and two: the seconds since 1904 and a fraction of 1/65536.
+    std::pair<timespec, char const*> const kCases[] = {
         {{0, 0}, "\\0\\0\x80\xB0\x25\x7C\\0\\0"},
         {{1, 15258}, "\\0\\0\x81\xB0\x25\x7C\\0\\0"},
         {{1, 15259}, "\\0\\0\x81\xB0\x25\x7C\1\\0"},

@@ -53,10 +53,7 @@ TEST_F(Validation, GivesARecordForEachMessage) {
     std::string const schema = "< PDFSettings < Must number optional < A number B boolean "
                                "CompatibilityLevel CompatibilityLevelParams "
                                "ColorImageDepth ImageDepthParams optional number > > >";
-    struct {
-        char const* fEntries;
-        char const* fErrors;
-    } const kCases[] = {
+    std::pair<char const*, char const*> const kCases[] = {
         {"/Must 1 /A 2 /B true", "[]"},
         {"", "[<<Key /Must ErrorMsg /expected a number, found nothing>>]"},
         {"/Must 1 /B 3 /A /x",
@@ -69,8 +66,8 @@ TEST_F(Validation, GivesARecordForEachMessage) {
          "[<<Key /CompatibilityLevel ErrorMsg /Invalid CompatibilityLevel>> "
          "<<Key /ColorImageDepth ErrorMsg /Invalid ImageDepth>>]"},
     };
-    for (auto const& row : kCases) {
-        EXPECT_EQ(row.fErrors, Validate(row.fEntries, schema)) << "of: " << row.fEntries;
+    for (auto const& [entries, errors] : kCases) {
+        EXPECT_EQ(errors, Validate(entries, schema)) << "of: " << entries;
     }
 }
 
@@ -103,10 +100,8 @@ TEST_F(Validation, ValidatesTheNamespacesOfCertainProductsAlone) {
     std::string const schema = Optional(
         "OtherNamespaces < type array of Validated >", "Validated < Must number optional < > >");
     std::string const missing = " ErrorMsg /expected a number, found nothing>>";
-    struct {
-        char const* fNamespaces;
-        unsigned long fErrors;
-    } const kCases[] = {
+    // With the number of errors.
+    std::pair<char const*, unsigned long> const kCases[] = {
         {"<< /Namespace [ (Ardeo) (Pagemint) (4.0) ] >>", 1},
         {"<< /Namespace [ (Ardeo) (Pagemint) (5.0) ] >>", 1},
         {"<< /Namespace [ (Ardeo) (Pagemint) (6.0) ] >>", 0},
@@ -125,15 +120,15 @@ TEST_F(Validation, ValidatesTheNamespacesOfCertainProductsAlone) {
         {"<< /Other [ (x) (x) (x) ] >>", 1},
         {"12 [ ]", 2},
     };
-    for (auto const& row : kCases) {
-        std::string const entries = std::string("/OtherNamespaces [ ") + row.fNamespaces + " ]";
+    for (auto const& [namespaces, count] : kCases) {
+        std::string const entries = std::string("/OtherNamespaces [ ") + namespaces + " ]";
         std::string const errors = Validate(entries, schema);
         unsigned long found = 0;
         for (std::size_t at = errors.find("<<Key"); at != std::string::npos;
              at = errors.find("<<Key", at + 1)) {
             ++found;
         }
-        EXPECT_EQ(row.fErrors, found) << entries << ": " << errors;
+        EXPECT_EQ(count, found) << entries << ": " << errors;
     }
     EXPECT_EQ(
         "[<<Key /OtherNamespaces/0/Must" + missing + " <<Key /OtherNamespaces/1/Must" + missing +

@@ -27,10 +27,7 @@ protected:
 TEST_F(FolderUtilities, MakeWhatIsMissingOfAnAbsolutePath) {
     std::string const folder = fFolder.Path().string();
     fFolder.Make("file", "");
-    struct {
-        std::string fPath;
-        bool fIsOk;
-    } const kCases[] = {
+    std::pair<std::string, bool> const kCases[] = {
         {folder, true},
         {folder + "/a", true},
         {folder + "/b/c d/\xE2\x82\xAC", true},
@@ -64,10 +61,8 @@ TEST_F(FolderUtilities, GuessWhereSettingsLie) {
     std::string const name(250, 'x');
     std::string longest = folder + "/" + name + "/" + name + "/" + name + "/";
     longest.resize(1023, 'x');
-    struct {
-        std::string fData;
-        std::string fGuess; // empty for none
-    } const kCases[] = {
+    // Values of the variable and guesses, or nothing.
+    std::pair<std::string, std::string> const kCases[] = {
         {folder + "/data", folder + "/data" + extra},
         {folder + "/data//", folder + "/data" + extra},
         {"relative", folder + "/.local/share" + extra},

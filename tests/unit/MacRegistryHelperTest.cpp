@@ -69,10 +69,8 @@ TEST_F(Preferences, ChangeTheCloakTable) {
     std::string const longName(512, 'n');
     std::string const longestName(511, 'n');
     std::string const unchanged = "<<A <<W 0 V 0>> B <<W 0>>>>";
-    struct {
-        std::string fShowHide; // its element
-        std::string fTable;
-    } const kCases[] = {
+    // Elements of ShowHide and the tables that they make.
+    std::pair<std::string, std::string> const kCases[] = {
         {"<true/>", unchanged},
         {Dict(StringEntry("W", "0")), unchanged},
         {Dict(DictEntry("W", StringEntry("/", "0") + StringEntry("A", "0"))), "<<A <<V 0>>>>"},
@@ -100,10 +98,7 @@ TEST_F(Preferences, ChangeTheCloakTable) {
 
 // Each file that goes makes the walk pass over the first one of those that are left.
 TEST_F(Preferences, TakeAnApplicationOutButForFilesPassedOver) {
-    struct {
-        char const* fBefore;
-        char const* fAfter;
-    } const kCases[] = {
+    std::pair<char const*, char const*> const kCases[] = {
         {"< A < W 0 > B < W 0 > C < W 0 > >", "<<B <<W 0>>>>"},
         {"< A < V 0 W 0 > B < W 0 > C < V 0 > >", "<<A <<V 0>> C <<V 0>>>>"},
         {"< A 1 B < W 0 > C word D < W 0 > >", "<<A 1 C /word>>"},

@@ -17,10 +17,8 @@ using ValueCheck = support::BoundClientTest;
 TEST_F(ValueCheck, WritesItsMessageOnlyWhereAByteIsToSpare) {
     auto const level = &PDFSettingsObject::CompatibilityLevelValidator;
     auto const depth = &PDFSettingsObject::ImageDepthValidator;
-    struct {
-        decltype(level) fCheck;
-        std::string fBuffer; // its size is that of the buffer
-    } const kCases[] = {
+    // Checks and what they leave in a buffer of that size.
+    std::pair<decltype(level), std::string> const kCases[] = {
         {level, std::string(27, 'x')},
         {level, "Invalid CompatibilityLevel\0x"s},
         {depth, std::string(19, 'x')},
