@@ -38,17 +38,6 @@ TEST_F(Sizes, AStringOfTenMegabytesAMillionKeysAndAMillionElements) {
     ExpectSameText(elements + "  ]\r\n" + kEnd);
 }
 
-// The key as a value and as an interned text, and the value itself.
-TEST_F(Sizes, AScalarTakesThreeAllocations) {
-    std::string text = "<<";
-    for (int number = 0; number < 10'000; ++number) {
-        text += "/NewKey" + std::to_string(number) + " /some_name\n";
-    }
-    unsigned long const before = bibrt::CountAllocations();
-    auto const settings = NewSettings(text + ">>setalembicorparams");
-    EXPECT_LE(bibrt::CountAllocations() - before, 30'100U);
-}
-
 TEST_F(Sizes, AFileOfAHundredMegabytes) {
     std::string const text = "<<\r\n  /A 1\r\n" + (kEnd + std::string(100'000'000, 't'));
     TemporaryFolder const folder;

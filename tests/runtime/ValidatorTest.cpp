@@ -40,7 +40,6 @@ constexpr Case kRuleCases[] = {
     {"hexstring", "#FEFF", ""},
     {"hexstring", "[]", "K expected a hexadecimal string, found an array"},
     {"array", "<>", "K expected an array, found a dictionary"},
-    {"dictionary", "(caf\xC3\xA9 \\n)", "K expected a dictionary, found the name caf?? ?"},
     {"any", "", "K expected a value, found nothing"},
     {"T", "< n 1 o 1 unknown x >", "K/o expected a boolean, found the number 1"},
     {"< type number max 10 >", "10.5", "K expected a number of at most 10, found 10.5"},
@@ -61,11 +60,6 @@ constexpr Case kRuleCases[] = {
      "K/1/1 expected an integer, found the name x"},
     {"Six", "6", ""},
     {"Six", "Foo", "K expected a value that the check Six allows, found the name Foo"},
-    {"Six", "", "K expected a value that the check Six allows, found nothing"},
-    {"< type number check Six >",
-     "5",
-     "K expected a value that the check Six allows, found the number 5"},
-    {"< type number max 4 check Six >", "5", "K expected a number of at most 4, found 5"},
     {"Speaks", "5", "K says so"},
     {"< typ number >",
      "1",
@@ -110,7 +104,6 @@ constexpr Case kSettingRuleCases[] = {
     {"disjoint [ A B ]", "A [ a b ] B [ c b ]", "A/1 expected no element of B, found /b"},
     {"exclusive [ T U ]", "T true U true", "T expected at most one to be true, found T and U"},
     // What is wrong by itself is reported once.
-    {"ordered [ N I ]", "N 3 I 1.5", "I expected an integer, found the number 1.5"},
     {"then < N < min 1 max 2 > >", "N 3", "N expected a number from 1 to 2, found 3"},
     // A schema that was not checked does no harm.
     {"then < N < min a in 3 > X 1 > ordered [ N ] disjoint 3 when 3", "N 3", ""},
