@@ -26,32 +26,18 @@ std::string Written(std::string const& lines) {
 
 class JoboptionsWriter : public SettingsTest {
 protected:
-    // What is written of the settings that text is read to.
-    std::string Rewrite(std::string_view text) const {
-        auto const settings = NewSettings(text);
-        std::string const written = Text(settings);
-        return written;
-    }
+    std::string WriteDict(POSDict* dict) const { return Text(Own(fNewFromDict(dict, ""))); }
 
     // What is written of a dictionary in the object notation.
     std::string WriteNotation(std::string const& notation) const {
-        auto const dict = NewValue<POSDict>(notation);
-        std::string const written = WriteDict(dict);
-        return written;
-    }
-
-    std::string WriteDict(POSDict* dict) const {
-        auto const settings = Own(fNewFromDict(dict, ""));
-        std::string const written = Text(settings);
-        return written;
+        return WriteDict(NewValue<POSDict>(notation));
     }
 
     void
     PutBinData(POSDict* dict, char const* key, char const* type, std::string const& data) const {
         auto const* const bytes = reinterpret_cast<unsigned char const*>(data.data());
-        Put(dict,
-            key,
-            fRuntime.Rows<_t_POSBinDataInterface>().NewPOSBinData(type, bytes, data.size()));
+        auto const& rows = fRuntime.Rows<_t_POSBinDataInterface>();
+        Put(dict, key, rows.NewPOSBinData(type, bytes, data.size()));
     }
 
     std::string WriteNumber(double value, char const* key = "N") const {
@@ -83,9 +69,9 @@ TEST_F(JoboptionsWriter, LaysOutEveryKindOfValue) {
         {"", ""},
     };
     for (auto const& [read, written] : kCases) {
-        EXPECT_EQ(Written(written), Rewrite("<<" + read + ">>setalembicorparams"));
+        EXPECT_EQ(Written(written), Text(NewSettings("<<" + read + ">>setalembicorparams")));
     }
-    EXPECT_EQ(Written(""), Rewrite(""));
+    EXPECT_EQ(Written(""), Text(NewSettings("")));
     EXPECT_EQ(Written("  /two words /a )\n"), WriteNotation("<(two words) (a \\))>"));
 }
 
