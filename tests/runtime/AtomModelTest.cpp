@@ -55,9 +55,7 @@ protected:
         }
     }
 
-    unsigned long Random(unsigned long below) {
-        return std::uniform_int_distribution<unsigned long>(0, below - 1)(fRandom);
-    }
+    unsigned long Random(unsigned long below) { return fRandom() % below; }
 
     std::mt19937 fRandom{1};
     std::multimap<std::string, BIBStringAtom*> fHeld; // one entry for each reference

@@ -6,6 +6,7 @@
 #include "bib/POSObject.h"
 #include "runtime/objects/Diagnostics.h"
 #include "source/EncodingConverter.h"
+#include "tests/support/Describe.h"
 #include "tests/support/LookupDouble.h"
 
 #include <gtest/gtest.h>
@@ -22,6 +23,12 @@ protected:
         MoveCounter(); // the next test binds the rows anew
         BIB_T_NMT::BIBClientTerminate();
         EXPECT_EQ(fLiveBefore, bibrt::CountLive());
+    }
+
+    // A value in one line.
+    static std::string Describe(BIB_T_NMT::CPOSObject const& value) {
+        static conformance::Runtime const kRuntime(&BIBRuntimeLookup);
+        return Describer(kRuntime)(value);
     }
 
     // Makes every bound table stale.

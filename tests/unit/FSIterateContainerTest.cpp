@@ -7,14 +7,10 @@
 
 namespace {
 
-// The call that the linker leads through here (see --wrap in CMakeLists.txt): which one fails,
-// counted from 1, and how.
-struct Failure {
-    int fNumber = 0;
-    OSErr fCode = noErr;
-};
-Failure gFailure;
-int gCalls = 0;
+// Of the calls that the linker leads through here (see --wrap in CMakeLists.txt), the one with this
+// number from now on fails.
+int gFailing = 0;
+OSErr gCode = noErr;
 
 // What a callback saw, as "level name" with a slash behind a folder's name; where it stops.
 struct Visits {
@@ -48,12 +44,12 @@ protected:
     }
 
     // Walks to every depth where a call fails. How many visits there were.
-    std::size_t WalkFailing(Failure const& failure, OSErr expected) const {
-        gFailure = failure;
-        gCalls = 0;
+    std::size_t WalkFailing(int number, OSErr code, OSErr expected) const {
+        gFailing = number;
+        gCode = code;
         Visits visits;
-        EXPECT_EQ(expected, Walk(&visits, 0)) << failure.fNumber;
-        gFailure = {};
+        EXPECT_EQ(expected, Walk(&visits, 0)) << number << ": " << code;
+        gFailing = 0;
         return visits.fSeen.size();
     }
 
@@ -69,8 +65,7 @@ decltype(FSOpenIterator) __real_FSOpenIterator;
 
 OSErr __wrap_FSOpenIterator(
     FSRef const* folder, FSIteratorFlags flags, FSIterator* iterator) noexcept {
-    return ++gCalls == gFailure.fNumber ? gFailure.fCode
-                                        : __real_FSOpenIterator(folder, flags, iterator);
+    return --gFailing == 0 ? gCode : __real_FSOpenIterator(folder, flags, iterator);
 }
 
 } // extern "C"
@@ -95,7 +90,7 @@ TEST_F(Iteration, VisitsFoldersBeforeWhatIsInThemDownToALevel) {
         EXPECT_EQ(expected, visits.fSeen) << maxLevels << stopAt;
     }
     std::filesystem::remove_all(fFolder / "a");
-    EXPECT_EQ(0U, WalkFailing({}, noErr));
+    EXPECT_EQ(0U, WalkFailing(0, noErr, noErr));
     FSRef const folder{fFolder / "missing"};
     Visits none;
     EXPECT_EQ(fnfErr, FSIterateContainer(&folder, 0, 0, 0, 1, &Note, &none));
@@ -107,28 +102,19 @@ TEST_F(Iteration, EndsALevelAtADenialAndAllAtAnotherError) {
     for (char const* const path : {"1/1", "1/2", "2/1", "2/2"}) {
         std::filesystem::create_directories(fFolder / path);
     }
-    EXPECT_EQ(6U, WalkFailing({}, noErr));
-    struct {
-        Failure fFailure;
-        OSErr fResult;
-        std::size_t fVisits;
-    } const kCases[] = {
-        {{1, afpAccessDenied}, afpAccessDenied, 0},
-        {{2, afpAccessDenied}, noErr, 1},
-        {{2, ioErr}, ioErr, 1},
-        // One level further down the rest of the top folder is still visited.
-        {{3, afpAccessDenied}, noErr, 5},
-    };
-    for (auto const& [failure, result, visits] : kCases) {
-        EXPECT_EQ(visits, WalkFailing(failure, result)) << failure.fNumber << ": " << failure.fCode;
-    }
+    EXPECT_EQ(6U, WalkFailing(0, noErr, noErr));
+    EXPECT_EQ(0U, WalkFailing(1, afpAccessDenied, afpAccessDenied));
+    EXPECT_EQ(1U, WalkFailing(2, afpAccessDenied, noErr));
+    EXPECT_EQ(1U, WalkFailing(2, ioErr, ioErr));
+    // One level further down the rest of the top folder is still visited.
+    EXPECT_EQ(5U, WalkFailing(3, afpAccessDenied, noErr));
 }
 
 TEST_F(Iteration, PassesOverAnItemThatCannotBeLookedAt) {
     fFolder.Make("a", "");
     std::filesystem::create_symlink(std::string(300, 'x'), fFolder / "b");
     fFolder.Make("c", "");
-    EXPECT_EQ(2U, WalkFailing({}, noErr));
+    EXPECT_EQ(2U, WalkFailing(0, noErr, noErr));
 }
 
 TEST_F(Iteration, IsDeniedByFoldersThatMayNotBeRead) {

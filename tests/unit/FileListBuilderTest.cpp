@@ -1,7 +1,6 @@
 #include "source/FileMgmt.h"
 
 #include "tests/support/BoundClient.h"
-#include "tests/support/Describe.h"
 
 #include <algorithm>
 
@@ -31,8 +30,6 @@ protected:
         Make(path, 0, 0600, &info);
         return support::WhatItThrows([&] { builder.AppendFileToList(info); });
     }
-
-    conformance::Runtime const fRuntime{&BIBRuntimeLookup};
 };
 
 TEST_F(ListBuilder, RecordsALockedFileAsReadOnly) {
@@ -41,7 +38,7 @@ TEST_F(ListBuilder, RecordsALockedFileAsReadOnly) {
     EXPECT_EQ(
         "<<SettingsName ^\"b\" FullFilePath ^\"/a/b.joboptions\" ReadOnly 1 "
         "ModDate Apple_UTCDateTime{AABBBBCC}>>",
-        support::Describer(fRuntime)(info));
+        Describe(info));
 }
 
 // What the runtime answers to Append means nothing; a name is taken when its record is in the list.

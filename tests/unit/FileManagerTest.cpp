@@ -13,18 +13,6 @@
 
 namespace {
 
-// Another umask for a while.
-class Umask {
-public:
-    explicit Umask(mode_t mask) : fBefore(umask(mask)) {}
-    ~Umask() { umask(fBefore); }
-    Umask(Umask const&) = delete;
-    Umask& operator=(Umask const&) = delete;
-
-private:
-    mode_t fBefore;
-};
-
 int gLeased = -1;
 
 class FileManager : public testing::Test {
@@ -106,17 +94,14 @@ TEST_F(FileManager, MakesWhatTheUmaskLeavesAndTakesItBack) {
     UniChar const folder = 'd';
     FSRef open;
     FSRef closed;
-    {
-        Umask const none(0);
-        EXPECT_EQ(noErr, Create(u"open", &open));
-        EXPECT_EQ(
-            noErr,
-            FSCreateDirectoryUnicode(&parent, 1, &folder, 0, nullptr, nullptr, nullptr, nullptr));
-    }
-    {
-        Umask const notWritable(0222);
-        EXPECT_EQ(noErr, Create(u"closed", &closed));
-    }
+    mode_t const before = umask(0);
+    EXPECT_EQ(noErr, Create(u"open", &open));
+    EXPECT_EQ(
+        noErr,
+        FSCreateDirectoryUnicode(&parent, 1, &folder, 0, nullptr, nullptr, nullptr, nullptr));
+    umask(0222);
+    EXPECT_EQ(noErr, Create(u"closed", &closed));
+    umask(before);
     EXPECT_EQ(0666U, ModeOf("open"));
     EXPECT_EQ(0755U, ModeOf("d")) << "for others to look into, not to change";
     EXPECT_EQ(0444U, ModeOf("closed"));

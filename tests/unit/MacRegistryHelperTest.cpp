@@ -3,7 +3,6 @@
 #include "platform/FileManager.h"
 #include "source/SettingsDataStore.h"
 #include "tests/support/BoundClient.h"
-#include "tests/support/Describe.h"
 #include "tests/support/EnvironmentVariable.h"
 #include "tests/support/PropertyList.h"
 #include "tests/support/TemporaryFolder.h"
@@ -22,10 +21,6 @@ using support::StringEntry;
 class Preferences : public support::BoundClientTest {
 protected:
     static constexpr char kFile[] = "/test.plist";
-
-    std::string Describe(CPOSObject const& value) const {
-        return support::Describer(fRuntime)(value);
-    }
 
     // A helper on these bytes.
     MacRegistryHelper Read(std::string const& bytes, bool prefixedKeys = false) const {
@@ -60,7 +55,6 @@ protected:
         EXPECT_FALSE(MacRegistryHelper(kUserDomain, absolute.c_str(), false).IsValid());
     }
 
-    conformance::Runtime const fRuntime{&BIBRuntimeLookup};
     support::TemporaryFolder fFolder;
     support::EnvironmentVariable fConfig{"XDG_CONFIG_HOME", fFolder.Path().c_str()};
 };

@@ -18,12 +18,11 @@ auto MakeBuffer(std::basic_string<Unit> const& text) {
     return buffer;
 }
 
-std::u16string TextOf(Buffer16 const& buffer) {
-    return std::u16string(buffer.GetBuffer(), buffer.GetBuffer() + buffer.GetNumElements());
-}
-
-std::string TextOf(Buffer8 const& buffer) {
-    return std::string(buffer.GetBuffer(), buffer.GetBuffer() + buffer.GetNumElements());
+template <class Buffer>
+auto TextOf(Buffer const& buffer) {
+    using Unit = std::conditional_t<std::is_same_v<Buffer, Buffer8>, char, char16_t>;
+    return std::basic_string<Unit>(
+        buffer.GetBuffer(), buffer.GetBuffer() + buffer.GetNumElements());
 }
 
 template <class T>
