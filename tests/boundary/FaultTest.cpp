@@ -222,27 +222,20 @@ TEST_F(Faults, MakeSettingsChangedThatCannotBeCompared) {
 
 // With a tail of their own and without. The writer keeps quiet where its text cannot be made: then
 // the text is one that stands for that, and never a part.
-TEST_F(Failures, WriteAllOrNothing) {
-    struct Written {
-        PDFSettings* fSettings;
-        std::string fWhole;
-        std::string fFailed;
-    };
+TEST_F(Faults, WriteAllOrNothing) {
     auto const plain = NewSettings("<</A 1 /B << /C (y) >> >>setalembicorparams");
-    for (Written const& written :
-         {Written{fSettings, fBefore, ""},
-          Written{plain, Text(plain), "<<\r\n>> setpagedevice\r\n"}}) {
+    for (PDFSettings* const settings : {fSettings.get(), plain.get()}) {
+        std::string const whole = Text(settings);
+        std::string const failed = settings == plain ? "<<\r\n>> setpagedevice\r\n" : "";
         Call const getText{[&](auto const& endFaults) {
-            BIBPositionableStream* const stream = fGetJobOptionsData(written.fSettings);
+            BIBPositionableStream* const stream = fGetJobOptionsData(settings);
             endFaults();
             std::string const text = stream == nullptr ? "" : ReadAll(stream);
-            EXPECT_TRUE(text == written.fWhole || text == written.fFailed || stream == nullptr)
-                << text;
+            EXPECT_TRUE(text == whole || text == failed || stream == nullptr) << text;
             return stream != nullptr;
         }};
-        Call const write = Writing(written.fSettings, [&](bool isDone, std::string const& bytes) {
-            EXPECT_TRUE(bytes == written.fWhole || bytes == (isDone ? written.fFailed : "old"))
-                << bytes;
+        Call const write = Writing(settings, [&](bool isDone, std::string const& bytes) {
+            EXPECT_TRUE(bytes == whole || bytes == (isDone ? failed : "old")) << bytes;
         });
         for (auto const& [resource, atLeast] : {std::pair(kAllocations, 2), {kStreams, 0}}) {
             Sweep(resource, getText, atLeast);

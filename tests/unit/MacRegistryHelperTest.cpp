@@ -121,7 +121,7 @@ TEST_F(Preferences, TakeAnApplicationOutButForFilesPassedOver) {
 
 TEST_F(Preferences, NameFilesForAnApplication) {
     std::string const number = "<array><string>a</string><string>A</string><integer>1</integer>"
-                               "<string>B</string></array>";
+                               "<string>B</string><string>c</string><string>C</string></array>";
     std::string const mark = "\xEF\xBB\xBF";
     struct {
         std::string fNames; // the entry of an application
