@@ -152,22 +152,19 @@ TEST_F(Files, AreBoundByWritingAndNotByChanging) {
 
 TEST_F(Files, HaveNamesInEveryScriptAndPathsInEitherByteOrder) {
     std::u16string const folder = Wide(fFolder.Path().string() + "/");
-    std::u16string const longest = folder + std::u16string(255, u'n');
-    std::u16string const threeBytes = folder + std::u16string(85, u'\u20AC');
-    std::u16string longPath = folder;
+    std::u16string deep = folder;
     for (int i = 0; i < 6; ++i) {
-        longPath += std::u16string(250, u'f') + u"/";
+        deep += std::u16string(250, u'f') + u"/";
     }
-    std::filesystem::create_directories(std::filesystem::path(longPath));
-    longPath += u"a";
+    std::filesystem::create_directories(std::filesystem::path(deep));
     std::pair<std::u16string, std::string> const kCases[] = {
         {folder + u"\u00E9t\u00E9 \u65E5\u672C", "\xC3\xA9t\xC3\xA9 \xE6\x97\xA5\xE6\x9C\xAC"},
         {folder + u"\U0001F600.joboptions", "\xF0\x9F\x98\x80.joboptions"},
         {kMark + folder + u"marked", "marked"},
         {kSwappedMark + Swapped(folder + u"swapped\u20AC"), "swapped\xE2\x82\xAC"},
-        {longest, std::string(255, 'n')},
-        {threeBytes, ""},
-        {longPath, ""},
+        {folder + std::u16string(255, u'n'), std::string(255, 'n')},
+        {folder + std::u16string(85, u'\u20AC'), ""},
+        {deep + u"a", ""},
     };
     auto const settings = NewSettings(kText);
     for (auto const& [path, name] : kCases) {

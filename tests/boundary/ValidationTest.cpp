@@ -105,14 +105,12 @@ TEST_F(Validation, ValidatesTheNamespacesOfCertainProductsAlone) {
     // With the number of errors.
     std::pair<char const*, long> const kCases[] = {
         {"<< /Namespace [ (Ardeo) (Pagemint) (4.0) ] >>", 1},
-        {"<< /Namespace [ (Ardeo) (Pagemint) (5.0) ] >>", 1},
         {"<< /Namespace [ (Ardeo) (Pagemint) (6.0) ] >>", 0},
         {"<< /Namespace [ (Ardeo) (Pagemint) 4.0 ] >>", 0},
         {"<< /Namespace [ (Ardeo) (VPandPMPrivate) (x) ] >>", 1},
         {"<< /Namespace [ (Ardeo) (Vectrapaint) /x ] >>", 1},
         {"<< /Namespace [ (Ardeo) (Webrix) (8.0) ] >>", 1},
         {"<< /Namespace [ (Ardeo) (TessellaSuite) (2.0) ] >>", 1},
-        {"<< /Namespace [ (Ardeo) (TessellaSuite) (8.0) ] >>", 0},
         {"<< /Namespace [ (Ardeo) /Pagemint (4.0) ] >>", 0},
         {"<< /Namespace [ /Ardeo (Pagemint) (4.0) ] >>", 0},
         {"<< /Namespace [ (Ardeo) (Pagemint) (4.0) (more) ] >>", 1},

@@ -1,35 +1,21 @@
 // Leaks that a test expects.
 #pragma once
 
-#ifdef __has_feature
-#if __has_feature(address_sanitizer)
-#define SUPPORT_LEAKS_ARE_FOUND
-#endif
-#endif
-#ifdef __SANITIZE_ADDRESS__
-#define SUPPORT_LEAKS_ARE_FOUND
-#endif
-
-#ifdef SUPPORT_LEAKS_ARE_FOUND
-#include <sanitizer/lsan_interface.h>
-#endif
+// Of the sanitizer for leaks; null in programs without it.
+extern "C" {
+void __lsan_disable() __attribute__((weak));
+void __lsan_enable() __attribute__((weak));
+}
 
 namespace support {
 
 // While one lives, the sanitizer forgives what is allocated and never freed.
 class ExpectedLeaks {
 public:
-    ExpectedLeaks() { Find(/*areFound=*/false); }
-    ~ExpectedLeaks() { Find(/*areFound=*/true); }
+    ExpectedLeaks() { __lsan_disable != nullptr ? __lsan_disable() : void(); }
+    ~ExpectedLeaks() { __lsan_enable != nullptr ? __lsan_enable() : void(); }
     ExpectedLeaks(ExpectedLeaks const&) = delete;
     ExpectedLeaks& operator=(ExpectedLeaks const&) = delete;
-
-private:
-    static void Find([[maybe_unused]] bool areFound) {
-#ifdef SUPPORT_LEAKS_ARE_FOUND
-        areFound ? __lsan_enable() : __lsan_disable();
-#endif
-    }
 };
 
 } // namespace support

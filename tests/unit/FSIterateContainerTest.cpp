@@ -118,14 +118,7 @@ TEST_F(Iteration, PassesOverAnItemThatCannotBeLookedAt) {
 }
 
 TEST_F(Iteration, IsDeniedByFoldersThatMayNotBeRead) {
-    FSRef const closed{fFolder.Path().string()};
-    chmod(closed.path.c_str(), 0);
-    FSIterator iterator = nullptr;
-    OSErr const expected = geteuid() == 0 ? noErr : afpAccessDenied;
-    EXPECT_EQ(expected, FSOpenIterator(&closed, kFSIterateFlat, &iterator));
-    if (iterator != nullptr) {
-        EXPECT_EQ(noErr, FSCloseIterator(iterator));
-    }
-    EXPECT_EQ(paramErr, FSOpenIterator(&closed, 1, &iterator));
-    chmod(closed.path.c_str(), 0700);
+    chmod(fFolder.Path().c_str(), 0);
+    EXPECT_EQ(0U, WalkFailing(0, noErr, geteuid() == 0 ? noErr : afpAccessDenied));
+    chmod(fFolder.Path().c_str(), 0700);
 }

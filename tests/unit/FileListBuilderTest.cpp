@@ -58,11 +58,9 @@ TEST_F(ListBuilder, GoesByTheListAndNotByTheAnswer) {
         });
     MoveCounter();
     FileListBuilder const builder(kUserSettingsDirectory, CPOSArray(), CPOSDict());
-    for (auto const& [next, count] :
-         {std::pair(Outcome::kThrown, 0UL),
-          {Outcome::kLost, 0UL},
-          {Outcome::kIn, 1UL},
-          {Outcome::kIn, 1UL}}) {
+    std::pair<Outcome, unsigned long> const kCases[] = {
+        {Outcome::kThrown, 0}, {Outcome::kLost, 0}, {Outcome::kIn, 1}, {Outcome::kIn, 1}};
+    for (auto const& [next, count] : kCases) {
         outcome = next;
         EXPECT_EQ(
             next == Outcome::kThrown ? "something else" : "nothing",

@@ -1,7 +1,6 @@
 #include "source/FileMgmtUtil.h"
 
 #include "platform/FileManager.h"
-#include "source/PDFSettingsError.h"
 #include "tests/support/BoundClient.h"
 #include "tests/support/EnvironmentVariable.h"
 #include "tests/support/TemporaryFolder.h"
@@ -107,17 +106,11 @@ TEST_F(FolderUtilities, FindThePreferencesButMakeNoFolderForThem) {
 }
 
 TEST_F(FolderUtilities, LeaveAnExistingFileAloneIfAsked) {
+    UnicodeEncodingNS::Buffer8 const nothing;
     fFolder.Make("a", "old");
-    auto const write = [&](std::string const& name) {
-        return WhatItThrows([&] {
-            UnicodeEncodingNS::WriteFile<PDFSettingsImpl::CPDFSettingsError>(
-                PathOf(fFolder / name), UnicodeEncodingNS::Buffer8(), /*failIfExists=*/true);
-        });
-    };
-    EXPECT_EQ("Error", write("a"));
+    EXPECT_EQ(dupFNErr, WriteFileBytes(PathOf(fFolder / "a"), nothing, /*failIfExists=*/true));
     EXPECT_EQ("old", support::ReadBytes(fFolder / "a"));
-    EXPECT_EQ("nothing", write("b"));
-    EXPECT_EQ("", support::ReadBytes(fFolder / "b"));
+    EXPECT_EQ(noErr, WriteFileBytes(PathOf(fFolder / "b"), nothing, /*failIfExists=*/true));
     EXPECT_EQ("a b ", fFolder.Names());
 }
 
