@@ -79,12 +79,10 @@ TEST_F(JoboptionsWriter, DecidesBetweenWholeAndRealInSinglePrecision) {
     std::pair<double, char const*> const kCases[] = {
         {0, "0"},
         {-0.0, "0"},
-        {1500, "1500"},
         {0.1, "0.10000"},
         {0.000001, "0.00000"},
         {2.00000001, "2"},
         {16777217, "16777216"},
-        {2147483520, "2147483520"},
         {2147483647, "2147483647.00000"},
         {-2147483648.0, "-2147483648"},
         {-2147483904.0, "-2147483904.00000"},
@@ -110,12 +108,13 @@ TEST_F(JoboptionsWriter, WritesAPointWhateverTheHostsLocale) {
 }
 
 TEST_F(JoboptionsWriter, WritesTheLargestNumberWhole) {
+    double const largest = -std::numeric_limits<double>::max();
     char expected[400];
-    double const largest = std::numeric_limits<double>::max();
-    std::snprintf(expected, sizeof expected, "%.5f", -largest);
-    EXPECT_EQ(expected, WriteNumber(-largest));
-    expected[std::strlen(expected) - 4] = '\0';
-    EXPECT_EQ(expected, WriteNumber(-largest, "CompatibilityLevel"));
+    std::snprintf(expected, sizeof expected, "%.5f", largest);
+    EXPECT_EQ(expected, WriteNumber(largest));
+    EXPECT_EQ(
+        std::string(expected, std::strlen(expected) - 4),
+        WriteNumber(largest, "CompatibilityLevel"));
 }
 
 // What it writes then is the text that stands for a tail, or nothing where there is a tail.

@@ -54,16 +54,14 @@ protected:
 TEST_F(Validation, GivesARecordForEachMessage) {
     std::string const schema = "< PDFSettings < Must number optional < A number B boolean "
                                "CompatibilityLevel CompatibilityLevelParams "
-                               "ColorImageDepth ImageDepthParams optional number > > >";
+                               "ColorImageDepth ImageDepthParams > > >";
     std::pair<char const*, char const*> const kCases[] = {
         {"/Must 1 /A 2 /B true", "[]"},
         {"", "[<<Key /Must ErrorMsg /expected a number, found nothing>>]"},
         {"/Must 1 /B 3 /A /x",
          "[<<Key /A ErrorMsg /expected a number, found the name x>> "
          "<<Key /B ErrorMsg /expected a boolean, found the number 3>>]"},
-        {"/Must 1 /NotInTheSchema (anything) /optional 1", "[]"},
-        {"/Must 1 /optional /x",
-         "[<<Key /optional ErrorMsg /expected a number, found the name x>>]"},
+        {"/Must 1 /NotInTheSchema (anything)", "[]"},
         {"/Must 1 /CompatibilityLevel (1.3) /ColorImageDepth /8",
          "[<<Key /CompatibilityLevel ErrorMsg /Invalid CompatibilityLevel>> "
          "<<Key /ColorImageDepth ErrorMsg /Invalid ImageDepth>>]"},

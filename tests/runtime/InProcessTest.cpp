@@ -55,7 +55,6 @@ TEST_F(InProcessTest, WhatTheRuntimeMadeOutlivesEveryRelease) {
 TEST_F(InProcessTest, WrongArgumentsAreRefused) {
     MemoryStream const stream;
     Held const number(Ours().NewNumber(1));
-    Held const dict(Dicts().NewPOSDict());
     auto const methods = Ours().Methods<_t_BIBSimpleStreamInterface>(stream.Self());
     unsigned long size = 0;
     EXPECT_EQ(TakeMessage(Ours().Streams().NewPositionableMemoryStream(nullptr)), "bad argument");
@@ -68,7 +67,6 @@ TEST_F(InProcessTest, WrongArgumentsAreRefused) {
         "seek from an unknown origin");
     EXPECT_EQ(Rows<_t_POSBinDataInterface>().NewPOSBinData("", nullptr, 1), nullptr);
     EXPECT_EQ(Cursors().NewPOSDictIterator(nullptr), nullptr);
-    EXPECT_EQ(Dicts().Get(dict, nullptr), nullptr);
     EXPECT_EQ(Containers().GetSignature(nullptr), nullptr);
     EXPECT_EQ(BIBRuntimeLookup(nullptr, "AddRef", "BIBErrorAddRefProcV2"), nullptr);
     auto const add = Ours().Bootstrap<BIBRegisterProcAddressProc>("BIBRegisterProcAddress");

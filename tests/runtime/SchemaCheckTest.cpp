@@ -53,7 +53,6 @@ constexpr SchemaCase kSettingRuleCases[] = {
      ""},
     {"< ordered [ N I ] >", ""},
     {"< disjoint [ A B ] severity error >", ""},
-    {"< exclusive [ T U ] when < W < not a > > >", ""},
     {"3", " says the number 3, which is not a dictionary"},
     {"< when < T true > >", " says not exactly one of then, ordered, disjoint and exclusive"},
     {"< ordered [ N ] >", "/ordered is not an array of two settings"},
@@ -70,7 +69,6 @@ constexpr SchemaCase kSettingRuleCases[] = {
 
 // The rule of S/K; messages are behind that path.
 constexpr SchemaCase kRuleCases[] = {
-    {"C", ""},
     {"< type C check C default x doc (some help) label (A label) >", ""},
     {"< type integer min 1 max 4 in [ 1 2 ] default 2 >", ""},
     {"< type array count 2 of < type number max 3 default 1 > default [ 1 2 ] >", ""},

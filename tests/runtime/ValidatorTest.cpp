@@ -143,13 +143,11 @@ TEST_F(ValidatorTest, TheValueItselfStandsUnderTheStructuresName) {
         "a__b expected a number, found nothing|_/x expected a number, found nothing");
 }
 
-TEST_F(ValidatorTest, LongTextsAreCutShort) {
-    std::string const key(2000, 'k');
-    std::string const word(100, 'w');
-    Validator const validator("< S < optional < " + key + " number > > >");
+TEST_F(ValidatorTest, LongWordsAreCutShort) {
     EXPECT_EQ(
-        validator.Validate(NewSettings("< " + key + " " + word + " >")),
-        "..." + key.substr(1000) + " expected a number, found the name " + word.substr(40) + "...");
+        Validator("< S < K number > >")
+            .Validate(NewSettings("< K " + std::string(100, 'w') + " >")),
+        "K expected a number, found the name " + std::string(60, 'w') + "...");
 }
 
 TEST_F(ValidatorTest, ValuesThatNoTextHasAreRefused) {

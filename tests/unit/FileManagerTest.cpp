@@ -55,7 +55,6 @@ TEST_F(FileManager, TellsFromAPathWhatIsThere) {
     fFolder.Make("file", "");
     std::filesystem::create_symlink("nowhere", fFolder / "dangling");
     std::filesystem::create_symlink("file/below", fFolder / "through");
-    std::filesystem::create_symlink("loop", fFolder / "loop");
     struct {
         char const* fName;
         OSErr fError;
@@ -65,7 +64,6 @@ TEST_F(FileManager, TellsFromAPathWhatIsThere) {
         {"file", noErr, false},
         {"dangling", noErr, false},
         {"through", noErr, false},
-        {"loop", noErr, false},
         {"missing", fnfErr, false},
         {"file/below", dirNFErr, false},
     };
