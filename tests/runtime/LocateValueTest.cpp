@@ -24,7 +24,6 @@ constexpr std::tuple<char const*, char const*, char const*> kPlaces[] = {
     {"< ab 1 a 2 >", "a", "1:8"},
     {"< a [ 1 [ 2 3 ] < b 4 > ] >", "a/2/b", "1:19"},
     {"< a [ 1 ] >", "a/1", "none"},
-    {"< a [ 1 ] >", "a[0]", "none"},
     {"< (a b\\n(c)) 1 >", "a_b_(c)", "1:3"},
     {"< () < x 1 > >", "/x", "none"},
     {"< a < () 1 > >", "a/_", "1:7"},

@@ -19,14 +19,6 @@ public:
     Component(Component const&) = delete;
     Component& operator=(Component const&) = delete;
 
-    static bool IsResident() {
-        void* const handle = dlopen(PDFSETTINGS_COMPONENT, RTLD_NOW | RTLD_NOLOAD);
-        if (handle != nullptr) {
-            dlclose(handle);
-        }
-        return handle != nullptr;
-    }
-
     bool IsLoaded() const { return fHandle != nullptr; }
     long GetVersion() const { return Find<long (*)()>("PDFSettingsGetVersion")(); }
     int Initialize(BIBLookupProc lookup) const {
