@@ -55,14 +55,10 @@ private:
     bool fIsRoot;
 };
 
-// The exit status of the tool that changes a setting, which does not wait long.
-int SetByTool(std::initializer_list<std::string> words) {
-    std::string call = PDFSETTINGS_TOOL " set --wait 0.02 -q";
-    for (std::string const& word : words) {
-        call += " '" + word + "'";
-    }
-    call += " EmbedAllFonts=true";
-    return WEXITSTATUS(std::system(call.c_str()));
+// The exit status of the tool that changes a setting of a file, which does not wait long.
+int SetByTool(std::string const& file, std::string const& options = "") {
+    std::string const call = PDFSETTINGS_TOOL " set --wait 0.02 -q " + options;
+    return WEXITSTATUS(std::system((call + " '" + file + "' EmbedAllFonts=true").c_str()));
 }
 
 } // namespace
@@ -327,8 +323,8 @@ TEST_F(Files, OfAHostThatIsStillWritingAreNotReplaced) {
     EXPECT_EQ("", ReadBytes(file));
     // The second one has other settings to put there.
     std::string const other = fFolder.Make("b.joboptions", kText);
-    EXPECT_EQ(5, SetByTool({file}));
-    EXPECT_EQ(5, SetByTool({other, "--overwrite-changed", "-o", file}));
+    EXPECT_EQ(5, SetByTool(file));
+    EXPECT_EQ(5, SetByTool(other, "--overwrite-changed -o '" + file + "'"));
     kill(host, SIGCONT);
     ASSERT_EQ(host, waitpid(host, &status, 0));
     EXPECT_TRUE(WIFSIGNALED(status));

@@ -21,14 +21,6 @@ std::string File(std::string const& entries, std::string const& tail = "") {
     return "<<" + entries + ">>setalembicorparams" + tail;
 }
 
-std::string Repeat(std::string const& text, unsigned long count) {
-    std::string result;
-    for (unsigned long i = 0; i < count; ++i) {
-        result += text;
-    }
-    return result;
-}
-
 } // namespace
 
 class JoboptionsReader : public SettingsTest {
@@ -179,8 +171,11 @@ TEST_F(JoboptionsReader, ReadsATextOfAnyNumberOfChunks) {
 
 TEST_F(JoboptionsReader, RunsOutOfMemoryWhereTheStackDoes) {
     constexpr unsigned long kLevels = 1000UL * 1000;
-    for (std::string const& text :
-         {File("/A" + Repeat("[", kLevels)), File(Repeat("/A<<", kLevels) + "/B 1 ")}) {
+    std::string dictionaries;
+    for (unsigned long level = 0; level < kLevels; ++level) {
+        dictionaries += "/A<<";
+    }
+    for (std::string const& text : {File("/A" + std::string(kLevels, '[')), File(dictionaries)}) {
         OnSmallStack([&] { EXPECT_EQ(kNoMemory, Read(text)); });
     }
 }

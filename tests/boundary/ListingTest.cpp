@@ -84,19 +84,16 @@ protected:
 
     // Without what is the same for all and the folders of this test.
     std::string LineOf(std::string record) const {
-        Replace(&record, (UserFolder() / "").string(), "user/");
-        Replace(&record, (AdminFolder() / "").string(), "admin/");
-        std::size_t const date = record.find(" ModDate");
-        std::size_t const end = record.find(" ShowHide");
-        record.erase(date, (end == std::string::npos ? record.size() : end) - date);
-        return record;
-    }
-
-    static void Replace(std::string* text, std::string const& part, std::string const& other) {
-        std::size_t const place = text->find(part);
-        if (place != std::string::npos) {
-            text->replace(place, part.size(), other);
+        for (auto const& [folder, name] :
+             {std::pair(UserFolder() / "", "user/"), {AdminFolder() / "", "admin/"}}) {
+            std::size_t const place = record.find(folder.string());
+            if (place != std::string::npos) {
+                record.replace(place, folder.string().size(), name);
+            }
         }
+        std::size_t const date = record.find(" ModDate");
+        std::size_t const end = std::min(record.find(" ShowHide"), record.size());
+        return record.erase(date, end - date);
     }
 
     TemporaryFolder fFolder{support::OwnPlace()};
