@@ -168,7 +168,7 @@ TEST_F(Listing, LooksForTheExtensionAtTheLastDotOfThePath) {
     };
     for (auto const& [files, record] : kCases) {
         for (std::string const& name : files) {
-            WriteBytes(folder + "/" + name, "");
+            WriteBytes(std::filesystem::path(folder) / name, "");
         }
         std::string const expected =
             record + ("FullFilePath ^\"" + folder + "/" + files.back()) + "\" ReadOnly 0";

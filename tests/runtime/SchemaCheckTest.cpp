@@ -104,7 +104,7 @@ void ExpectMessages(
     std::string const& end) {
     for (SchemaCase const& row : cases) {
         SCOPED_TRACE(row.fSchema);
-        Validator const validator(head + row.fSchema + end);
+        Validator const validator(std::string(head).append(row.fSchema).append(end));
         validator.Register("C", &Refuse);
         validator.Register("R", &Refuse);
         EXPECT_EQ(validator.CheckSchema(), *row.fMessages ? place + row.fMessages : "");
