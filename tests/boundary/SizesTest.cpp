@@ -26,20 +26,22 @@ protected:
 };
 
 TEST_F(Sizes, AStringOfTenMegabytesAMillionKeysAndAMillionElements) {
-    ExpectSameText("<<\r\n  /A (" + std::string(10'000'000, 's') + ")\r\n" + kEnd);
+    std::string string;
+    string.resize(10'000'000, 's');
+    ExpectSameText("<<\r\n  /A (" + string + ")\r\n" + kEnd);
     std::string keys = "<<\r\n";
     std::string elements = "<<\r\n  /A [\r\n";
     for (int number = 0; number < 1'000'000; ++number) {
-        std::string const digits = std::to_string(number);
-        keys += "  /Key" + digits + " " + digits + "\r\n";
-        elements += "    " + digits + "\r\n";
+        keys += "  /Key" + std::to_string(number) + " " + std::to_string(number) + "\r\n";
+        elements += "    " + std::to_string(number) + "\r\n";
     }
     ExpectSameText(keys + kEnd);
     ExpectSameText(elements + "  ]\r\n" + kEnd);
 }
 
 TEST_F(Sizes, AFileOfAHundredMegabytes) {
-    std::string const text = "<<\r\n  /A 1\r\n" + (kEnd + std::string(100'000'000, 't'));
+    std::string text = "<<\r\n  /A 1\r\n" + kEnd;
+    text.resize(100'000'000, 't');
     TemporaryFolder const folder;
     folder.Make("a", text);
     auto const path = NewPath((folder.Path() / "a").u16string());

@@ -70,7 +70,8 @@ TEST_F(UnicodeEncodingValue, HandsOutEveryForm) {
         auto const text = value.GetString(static_cast<ByteOrder>(order), terminate, mark);
         EXPECT_EQ(expected, TextOf(text)) << order << terminate << mark;
     }
-    auto const marked = Unicode8("abc").GetString(kByteOrderLittleEndian, /*terminate=*/true, true);
+    auto const marked =
+        Unicode8("abc").GetString(kByteOrderLittleEndian, /*terminate=*/true, /*mark=*/true);
     EXPECT_EQ("\xEF\xBB\xBF" + "abc\0"s, TextOf(marked));
 }
 
