@@ -14,6 +14,8 @@
 #include <cstdio>
 #include <iterator>
 #include <map>
+#include <mutex>
+#include <new>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
@@ -85,6 +87,9 @@ Ref<POSDict> ReadDict(Tables const& tables, std::string const& text) {
     }
     char const* message = "";
     POSObject* const value = tables.objects.CreateFromText(text.c_str(), &message);
+    if (value == nullptr && std::string_view(message) == "out of memory") {
+        throw std::bad_alloc();
+    }
     if (value == nullptr) {
         throw Unusable{{ParseProblem(message)}};
     }
@@ -365,13 +370,12 @@ struct Contents {
     std::vector<Group> fGroups;
     std::vector<std::shared_ptr<detail::ConstraintData const>> fConstraints;
     Ref<POSDict> fDict; // null without constraints
-    std::string fRulesText;
 };
 
 // Throws Unusable.
 Contents ReadContents(std::string const& text) {
     Tables const& tables = detail::RuntimeTables();
-    Ref<POSDict> const dict = ReadDict(tables, text);
+    Ref<POSDict> dict = ReadDict(tables, text);
     ThrowIfAny(LocateMessages(text, ValidateSchema(tables, dict.get())));
     Dictionary const structures = detail::ReadValues(tables, dict.get()).fValues;
     ThrowIfAny(FindMissing(text, structures));
@@ -379,8 +383,7 @@ Contents ReadContents(std::string const& text) {
         Lister(text, structures).List(),
         ReadGroups(structures),
         {},
-        Ref<POSDict>(nullptr, {tables.containers.Release}),
-        {}};
+        Ref<POSDict>(nullptr, {tables.containers.Release})};
     auto const form = [&](std::string const& path, Value const& word) {
         auto const rule = std::ranges::find_if(
             contents.fRules, [&](auto const& candidate) { return candidate->fPath == path; });
@@ -398,9 +401,8 @@ Contents ReadContents(std::string const& text) {
         rule->fGroup = group == groupOf.end() ? "" : *group->second;
     }
     if (!contents.fConstraints.empty()) {
-        contents.fDict = ReadDict(tables, text);
+        contents.fDict = std::move(dict);
     }
-    contents.fRulesText = detail::RulesText(tables, dict.get());
     return contents;
 }
 
@@ -518,7 +520,6 @@ struct Schema::Data {
             fRules.push_back(Rule(std::move(rule)));
         }
         fGroups = std::move(contents.fGroups);
-        fRulesText = std::move(contents.fRulesText);
         fDict = std::move(contents.fDict);
         for (auto& constraint : contents.fConstraints) {
             fConstraints.push_back(Constraint(std::move(constraint)));
@@ -574,8 +575,18 @@ struct Schema::Data {
                (inside != fNames.end() && inside->first.starts_with(path + "/"));
     }
 
+    // Made at the first validation: who only reads settings does not need it.
+    std::string const& RulesText() const {
+        std::call_once(fHasRulesText, [this] {
+            Tables const& tables = detail::RuntimeTables();
+            fRulesText = detail::RulesText(tables, ReadDict(tables, fText).get());
+        });
+        return fRulesText;
+    }
+
     std::string fText;
-    std::string fRulesText;
+    mutable std::once_flag fHasRulesText;
+    mutable std::string fRulesText;
     Ref<POSDict> fDict{nullptr, {nullptr}}; // of the text; null without constraints
     std::vector<Constraint> fConstraints;
     std::vector<Rule> fRules;
@@ -631,8 +642,8 @@ std::string const& Schema::Text() const noexcept {
     return fData->fText;
 }
 
-std::string const& Schema::RulesText() const noexcept {
-    return fData->fRulesText;
+std::string const& Schema::RulesText() const {
+    return fData->RulesText();
 }
 
 std::span<Rule const> Schema::Rules() const noexcept {

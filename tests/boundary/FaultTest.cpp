@@ -51,9 +51,9 @@ struct Call {
 
 // Has settings, a file "a" of the same content, and two files in the user's settings
 // folder, which are hidden in applications.
-class Faults : public SettingsTest {
+class Failures : public SettingsTest {
 protected:
-    Faults() {
+    Failures() {
         fFolder.Make("a", kText);
         fSettings = NewSettings(kText, kSchema);
         fBefore = Text(fSettings);
@@ -62,7 +62,7 @@ protected:
         WriteBytes(fUserFolder + "/Standard.joboptions", kText);
         WriteBytes(fUserFolder + "/Press Quality.joboptions", kText);
     }
-    ~Faults() override {
+    ~Failures() override {
         fPath.reset();
         fSettings.reset();
         EXPECT_EQ(fDescriptors, CountDescriptors());
@@ -183,7 +183,7 @@ private:
     }
 };
 
-TEST_F(Faults, LeaveSettingsAsTheyAre) {
+TEST_F(Failures, LeaveSettingsAsTheyAre) {
     auto const refused = NewValue<POSDict>("< A (no number) >");
     auto const same = NewValue<POSDict>("< A 1 >");
     Sweep(kAllocations, Giving([&] { return fIsPDFSettingsValid(fSettings); }));
@@ -191,7 +191,7 @@ TEST_F(Faults, LeaveSettingsAsTheyAre) {
     Sweep(kAllocations, Giving([&] { return fSetSettings(fSettings, same); }));
 }
 
-TEST_F(Faults, ChangeAllOrNothing) {
+TEST_F(Failures, ChangeAllOrNothing) {
     auto const changes = NewValue<POSDict>("< A 2 B [ ] New x >");
     Owned<PDFSettings> settings;
     auto const set = [&](auto const& endFaults) {
@@ -226,7 +226,7 @@ TEST_F(Failures, MakeNoSettings) {
     std::filesystem::current_path(before);
 }
 
-TEST_F(Faults, MakeSettingsChangedThatCannotBeCompared) {
+TEST_F(Failures, MakeSettingsChangedThatCannotBeCompared) {
     auto const settings = Own(fNewFromFile(fPath, kSchema));
     for (Resource const& resource : {kAllocations, kSystem}) {
         Sweep(resource, {[&](auto const&) { return fIsDirty(settings) == 0; }});
@@ -235,7 +235,7 @@ TEST_F(Faults, MakeSettingsChangedThatCannotBeCompared) {
 
 // With a tail of their own and without. The writer keeps quiet where its text cannot be made: then
 // the text is one that stands for that, and never a part.
-TEST_F(Faults, WriteAllOrNothing) {
+TEST_F(Failures, WriteAllOrNothing) {
     auto const plain = NewSettings("<</A 1 /B << /C (y) >> >>setalembicorparams");
     for (PDFSettings* const settings : {fSettings.get(), plain.get()}) {
         std::string const whole = Text(settings);
@@ -259,14 +259,14 @@ TEST_F(Faults, WriteAllOrNothing) {
 
 // The old file goes before the new one is made, and a new one that cannot be made whole goes too,
 // unless nothing works any more.
-TEST_F(Faults, OfTheSystemLeaveNoPartOfAFile) {
+TEST_F(Failures, OfTheSystemLeaveNoPartOfAFile) {
     Sweep(kSystem, Writing(fSettings, [&](bool isDone, std::string const& bytes) {
               bool const isGone = bytes == "(gone)" || (bytes.empty() && fIsLasting);
               EXPECT_TRUE(bytes == fBefore || (!isDone && (bytes == "old" || isGone))) << bytes;
           }));
 }
 
-TEST_F(Faults, GiveNoFolderAndShorterLists) {
+TEST_F(Failures, GiveNoFolderAndShorterLists) {
     auto const getList = [this](EndFaults const& endFaults) {
         auto const list = Own(fGetList("W"));
         endFaults();

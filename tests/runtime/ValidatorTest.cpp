@@ -123,6 +123,14 @@ TEST_F(ValidatorTest, RulesBetweenSettingsRejectWhatCannotStandTogether) {
     }
 }
 
+TEST_F(ValidatorTest, RulesBetweenSettingsAreOfTheMainStructureAlone) {
+    Validator const validator(
+        "< Other < optional < N number P PDFSettings > > PDFSettings < optional "
+        "< N number > > rules [ < then < N 1 > > ] >");
+    EXPECT_EQ(validator.Validate(NewSettings("< N 2 P < N 2 > >"), "Other"), "");
+    EXPECT_EQ(validator.Validate(NewSettings("< N 2 >"), "PDFSettings"), "N expected 1, found 2");
+}
+
 TEST_F(ValidatorTest, ACheckHasSpaceForAMessageThatItNeedNotEnd) {
     std::string const text(300, 'm');
     Validator const validator("< S < L D > >");

@@ -46,9 +46,9 @@ protected:
 
     // A stream that reads text.
     Owned<BIBPositionableStream> NewStream(std::string_view text) const {
-        auto stream = Own(conformance::NewMemoryStream(fRuntime));
-        conformance::Stream(fRuntime, stream).Write(std::string(text));
-        return stream;
+        conformance::Stream const stream(fRuntime, conformance::NewMemoryStream(fRuntime));
+        stream.Write(std::string(text));
+        return Own(stream.Self());
     }
 
     // Settings read from text; null if the component gives none.

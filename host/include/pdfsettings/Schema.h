@@ -131,7 +131,7 @@ public:
     // A text that validates each setting as Text() does, without comments, labels, descriptions,
     // defaults, groups and constraints. The component gets this text, since it reads its schema at
     // each validation.
-    std::string const& RulesText() const noexcept;
+    std::string const& RulesText() const;
 
     // The rules in the schema's order, each before those nested in it. A structure nested in itself
     // is listed once.
