@@ -207,7 +207,7 @@ TEST_F(Validation, SharesTheValuesOfAChangeAndReplacesTheDictionary) {
     EXPECT_NE(std::string::npos, Text(settings).find("/C [\r\n    1\r\n  ]\r\n"));
 }
 
-// A runtime with a validator of its own, which keeps what it is given, and with cursors that tell
+// A runtime with a validator of its own, which keeps what it is given, and with cursors that show
 // which dictionary is walked to find what the validator is not to see. It is there before the
 // component starts on it.
 class ObservedRuntime {
