@@ -259,6 +259,7 @@ void ReportsMissingMethods(Runtime const& runtime) {
     // Its reference is the caller's: what is made next does not take its place.
     long const id = runtime.Errors().GetID(error);
     std::vector<BIBError*> others;
+    others.reserve(101);
     for (int i = 0; i < 100; ++i) {
         others.push_back(runtime.Errors().NewError("other", "other", 4242, nullptr, nullptr));
     }
