@@ -220,15 +220,10 @@ struct Violations {
             std::move(related));
     }
 
+    // Without its value, which may be long, or a password.
     Finding Concerned(std::string const& path) const {
-        Value const* const value = fDocument.Values().Find(path);
         return MakeFinding(
-            fDocument,
-            Severity::kWarning,
-            "rule",
-            SpanOf(fDocument, path),
-            path,
-            value == nullptr ? "" : "is " + value->Text());
+            fDocument, Severity::kWarning, "rule", SpanOf(fDocument, path), path, "");
     }
 };
 

@@ -78,13 +78,18 @@ public:
     // Greater than all others for a setting that the schema does not have, but not for one in a
     // setting that it has.
     std::size_t PlaceOf(std::string_view path) const {
-        for (; !path.empty(); path = format::ParentPath(path)) {
-            auto const place = fPlaces.find(std::string(path));
-            if (place != fPlaces.end()) {
-                return place->second;
+        std::size_t place = fPlaces.size();
+        std::size_t end = 0;
+        while (end < path.size()) {
+            std::size_t const begin = end == 0 ? 0 : end + 1;
+            end = begin + std::max<std::size_t>(format::FirstPart(path.substr(begin)).size(), 1);
+            auto const known = fPlaces.find(std::string(path.substr(0, end)));
+            if (known == fPlaces.end()) {
+                break;
             }
+            place = known->second;
         }
-        return fPlaces.size();
+        return place;
     }
 
 private:
@@ -113,9 +118,18 @@ Sequence<ComparedSetting> Tabulate(std::span<Document const> sets, Schema const&
         row.differs = Differs(row);
     }
     Order const order(schema);
-    std::ranges::stable_sort(
-        rows, {}, [&](ComparedSetting const& row) { return order.PlaceOf(row.path); });
-    return detail::MakeSequence::From(std::move(rows));
+    std::vector<std::pair<std::size_t, std::size_t>> places; // with the position among rows
+    places.reserve(rows.size());
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        places.emplace_back(order.PlaceOf(rows[i].path), i);
+    }
+    std::ranges::sort(places);
+    std::vector<ComparedSetting> sorted;
+    sorted.reserve(rows.size());
+    for (auto const& [place, i] : places) {
+        sorted.push_back(std::move(rows[i]));
+    }
+    return detail::MakeSequence::From(std::move(sorted));
 }
 
 } // namespace pdfsettings

@@ -12,8 +12,6 @@ namespace bibrt {
 
 namespace {
 
-constexpr std::size_t kLongestDoc = 500;
-
 POSObject* FindEntry(POSObject const* dict, std::string_view key) noexcept {
     return IsOfType(dict, gDictType)
                ? static_cast<POSDict const*>(dict)->fEntries.Get(FindAtom(key))
@@ -35,20 +33,39 @@ Result Follow(Result start, std::string_view path, Visit visit) {
 } // namespace
 
 POSObject* FindSettingRule(POSValidator const& validator, std::string_view path) {
-    POSObject* rule = nullptr;
-    POSDict* const main = validator.FindStructure(validator.FindMainName());
-    Follow(main, path, [&](POSDict* structure, std::string_view part) {
+    POSDict* structure = validator.FindStructure(validator.FindMainName());
+    while (structure && !path.empty()) {
+        std::string_view const part = format::FirstPart(path);
         POSObject* const required = part == kOptional ? nullptr : FindEntry(structure, part);
-        rule = required ? required : FindEntry(FindPart(*structure, kOptional), part);
-        return rule ? validator.FindStructure(FindStructureName(validator, *rule)) : nullptr;
-    });
-    return rule;
+        POSObject* const rule =
+            required ? required : FindEntry(FindPart(*structure, kOptional), part);
+        if (!rule || path.size() == part.size()) {
+            return rule;
+        }
+        path.remove_prefix(part.size() + 1);
+        structure = validator.FindStructure(FindStructureName(validator, *rule));
+    }
+    return nullptr;
 }
 
 namespace {
 
 bool IsGreater(double a, double b) noexcept {
     return a > b && !AreSame(a, b);
+}
+
+// A text in one line, in the encoding of the schema, cut at the end of a character.
+String LineOf(std::string_view text) {
+    constexpr std::size_t kLongest = 500;
+    std::size_t end = std::min(text.size(), kLongest);
+    while (end < text.size() && end > 0 &&
+           (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80) {
+        --end;
+    }
+    String line(text.substr(0, end));
+    std::ranges::replace_if(
+        line, [](char c) { return static_cast<unsigned char>(c) < ' ' || c == 0x7F; }, ' ');
+    return line;
 }
 
 using TextSet = std::unordered_set<
@@ -171,8 +188,11 @@ private:
         Vector<Ref<POSObject>> const& some,
         std::string_view other,
         TextSet const& others) {
-        for (std::size_t i = 0; i < some.size(); ++i) {
+        constexpr int kMost = 100; // of a list that is in the other one as a whole
+        int count = 0;
+        for (std::size_t i = 0; i < some.size() && count < kMost; ++i) {
             if (others.contains(BytesOf(*some[i]))) {
+                ++count;
                 String element(path);
                 AppendIndexStep(element, i);
                 Report(
@@ -334,7 +354,7 @@ private:
         }
         POSObject const* const doc = FindPart(*fRule, NameOf(RuleKey::kDoc));
         POSObject const* const severity = FindPart(*fRule, "severity");
-        String const help = doc ? ShownText(BytesOf(*doc), kLongestDoc) : String();
+        String const help = doc ? LineOf(BytesOf(*doc)) : String();
         String const whole = Join({text, fCondition, help.empty() ? "" : ": ", help});
         bool const isWarning = severity && BytesOf(*severity) == "warning";
         fListener.OnFinding({path, whole, isWarning, fConcerned});

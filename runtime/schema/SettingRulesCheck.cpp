@@ -99,7 +99,7 @@ private:
         if (key == "is" || key == "not") {
             CheckValue(rule, value);
         } else if (key == "min" || key == "max") {
-            CheckBound(value);
+            CheckBound(rule, value);
         } else if (key == "in" && IsOfType(&value, gArrayType)) {
             for (Ref<POSObject> const& allowed : static_cast<POSArray const&>(value).fItems) {
                 CheckValue(rule, *allowed);
@@ -115,8 +115,10 @@ private:
         }
     }
 
-    void CheckBound(POSObject const& value) {
-        if (KindOf(value) != ValueKind::kNumber) {
+    void CheckBound(SchemaRule const& rule, POSObject const& value) {
+        if (rule.fType != RuleType::kNumber && rule.fType != RuleType::kInteger) {
+            Report("applies only to numbers");
+        } else if (KindOf(value) != ValueKind::kNumber) {
             Report(Join({"says ", FoundText(value), ", which is not a number"}));
         }
     }

@@ -64,8 +64,7 @@ public:
     std::optional<pdfsettings::Span> Bytes() const noexcept;
     std::optional<Place> Where() const noexcept;
 
-    // The other settings that a rule between settings was violated with: their paths, values in
-    // their messages, and positions.
+    // The other settings that a rule between settings was violated with: their paths and positions.
     std::span<Finding const> Related() const noexcept;
 
     friend PDFSETTINGS_API bool operator==(Finding const& left, Finding const& right);

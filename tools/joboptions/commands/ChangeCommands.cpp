@@ -12,9 +12,12 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <chrono>
+#include <filesystem>
 #include <fmt/format.h>
 #include <optional>
 #include <string>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -180,6 +183,9 @@ private:
     // Copies settings of --from. None that match is a problem with Status::kNo.
     void CopyMatching(Request& request, Document const& source, std::string const& pattern) const {
         try {
+            if (source.Find(pattern) != nullptr && IsRefused(request, pattern)) {
+                return;
+            }
             if (request.fEdit.CopyMatching(source, pattern) == 0) {
                 AddProblem(
                     request,
@@ -215,6 +221,10 @@ private:
         } catch (Error const& error) {
             bool const isOfFile = error.Code() == Fault::kUnwritable;
             bool const isMissing = change == Change::kRemove && error.Code() == Fault::kNoValue;
+            if (isMissing) {
+                request.fFindings.emplace_back(
+                    pdfsettings::Severity::kError, "value", path, error.Message());
+            }
             AddProblem(
                 request,
                 isMissing  ? Status::kNo
@@ -224,18 +234,24 @@ private:
                     VisibleText(error.Message()));
             return false;
         }
-        if (!fAllowsUnknown && IsUnknown(request, path)) {
-            std::string const meant = request.fSettings.Rules().Suggest(path);
-            std::string const message = "the schema has no such setting" +
-                                        (meant.empty() ? "" : "; did you mean " + meant + "?");
-            request.fFindings.emplace_back(
-                pdfsettings::Severity::kError, "unknown-key", path, message);
-            AddProblem(
-                request,
-                Status::kRefused,
-                fmt::format(
-                    "{}: {} (--allow-unknown writes it)", VisibleText(path), VisibleText(message)));
+        IsRefused(request, path);
+        return true;
+    }
+
+    // Whether a key that neither the schema nor the file has is refused, which is a problem.
+    bool IsRefused(Request& request, std::string const& path) const {
+        if (fAllowsUnknown || !IsUnknown(request, path)) {
+            return false;
         }
+        std::string const meant = request.fSettings.Rules().Suggest(path);
+        std::string const message = "the schema has no such setting" +
+                                    (meant.empty() ? "" : "; did you mean " + meant + "?");
+        request.fFindings.emplace_back(pdfsettings::Severity::kError, "unknown-key", path, message);
+        AddProblem(
+            request,
+            Status::kRefused,
+            fmt::format(
+                "{}: {} (--allow-unknown writes it)", VisibleText(path), VisibleText(message)));
         return true;
     }
 
@@ -261,6 +277,9 @@ private:
     static void WarnOfFindings(Request& request, std::string const& path) {
         Document const& result = request.fEdit.Result();
         auto const* const entry = result.Find(path);
+        if (entry == nullptr) {
+            return; // a later assignment replaced what is around it, or nothing had to be stored
+        }
         std::size_t const first = entry->key.Size() == 0 ? entry->value.begin : entry->key.begin;
         for (Finding const& finding : result.Findings()) {
             std::size_t const begin = finding.Bytes()->begin;
@@ -317,6 +336,7 @@ public:
     // Those of another file may have problems already.
     Status Run() const override {
         RequireOneStandardInput({fFrom}, fOptions);
+        RequireNewFile();
         pdfsettings::Schema const schema = ReadSchema(fOptions);
         std::string const text =
             fFrom.empty() ? Settings(schema).CanonicalText() : ReadBytes(fFrom);
@@ -336,6 +356,18 @@ private:
         ApplyAll(request, file, /*source=*/nullptr);
     }
 
+    // A save refuses a file that exists; this says so before, for a dry run too.
+    void RequireNewFile() const {
+        if (!fOptions.output.empty() || fOptions.application) {
+            throw Failure(
+                Status::kWrongCall, "new writes FILE, a path: it takes no -o and no --app");
+        }
+        std::error_code ignored;
+        if (fFile != "-" && std::filesystem::exists(fFile, ignored)) {
+            Fail(Status::kRefused, fFile, "the file exists already");
+        }
+    }
+
     // What is missing in a set that begins with nothing is a problem of its own.
     static void RequireValid(Request& request, pdfsettings::Schema const& schema) {
         auto const settings = Settings::Parse(request.fEdit.Result().Text(), schema);
@@ -352,12 +384,16 @@ private:
     }
 
     void Save(std::string const& text) const {
-        if (fFile == "-" || !fOptions.output.empty()) {
-            WriteResult(fOptions, text);
+        if (fFile == "-") {
+            WriteOutput(text);
             return;
         }
         try {
-            Settings::Parse(text).SaveAs(fFile);
+            auto const wait = std::chrono::milliseconds(static_cast<long>(fOptions.wait * 1000));
+            for (std::string const& warning :
+                 Settings::Parse(text).SaveAs(fFile, pdfsettings::OnConflict::kRefuse, wait)) {
+                WriteWarning(InputName(fFile) + ": " + VisibleText(warning), fOptions.quiet);
+            }
         } catch (Error const& error) {
             bool const isConflict = error.Code() == Fault::kConflict;
             Fail(isConflict ? Status::kRefused : Status::kNotWritten, fFile, error.Message());

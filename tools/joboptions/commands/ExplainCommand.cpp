@@ -41,7 +41,7 @@ std::string Wrapped(std::string_view text, std::string const& indent, std::size_
 std::string ShortText(pdfsettings::Value const& value, std::size_t width) {
     std::string const text = OneLine(value);
     std::size_t const most = std::max<std::size_t>(width, 20);
-    return DisplayWidth(text) <= most ? text : text.substr(0, most - 3) + "...";
+    return DisplayWidth(text) <= most ? text : std::string(FittingPart(text, most - 3)) + "...";
 }
 
 // The text of explanations for a width of the terminal.
@@ -144,6 +144,7 @@ public:
         Parser().add_flag(
             "--changed", fIsChangedOnly, "Only settings that differ from the default");
         Parser().add_flag("--no-pager", fHasNoPager, "Do not show long output in a pager");
+        AddOutput(Parser(), options, "Write the explanation to this file");
         AddSchema(Parser(), options);
         AddJson(Parser(), options);
         AddOptions(Parser(), options);
@@ -159,12 +160,13 @@ public:
         auto const settings = ParseSettings(file, ReadBytes(file), ReadSchema(fOptions));
         auto const explained = Explained(settings);
         if (fOptions.json) {
-            WriteOutput(ExplanationDocument(explained, file));
+            WriteResult(fOptions, ExplanationDocument(explained, file));
             return Status::kDone;
         }
         std::string const text =
             Explanation(settings, UseColor(fOptions)).Write(explained, !fIsChangedOnly);
-        fHasNoPager ? WriteOutput(text) : WritePaged(text);
+        bool const isDirect = fHasNoPager || !fOptions.output.empty();
+        isDirect ? WriteResult(fOptions, text) : WritePaged(text);
         return Status::kDone;
     }
 

@@ -15,21 +15,6 @@ namespace {
 constexpr std::size_t kLeast = 12; // cells of a column
 constexpr std::size_t kGap = 2;
 
-// The first characters of word that fit into width cells, one at least. REQUIRES: word is not
-// empty.
-std::string_view FittingPart(std::string_view word, std::size_t width) {
-    std::size_t end = 0;
-    std::size_t next = 0;
-    do {
-        end = next;
-        ++next;
-        while (next < word.size() && (static_cast<unsigned char>(word[next]) & 0xC0U) == 0x80) {
-            ++next;
-        }
-    } while (next <= word.size() && DisplayWidth(word.substr(0, next)) <= width);
-    return word.substr(0, end == 0 ? next : end);
-}
-
 // Adds a word in lines of its own.
 void AppendParts(std::vector<std::string>& lines, std::string_view word, std::size_t width) {
     while (!word.empty()) {

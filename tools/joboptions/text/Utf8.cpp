@@ -110,6 +110,20 @@ std::size_t Widened(std::size_t column, std::string_view visible) {
     return std::min(std::max(column, DisplayWidth(visible)), kWidest);
 }
 
+std::string_view FittingPart(std::string_view visible, std::size_t width) {
+    std::size_t end = 0;
+    std::size_t next = 0;
+    do {
+        end = next;
+        ++next;
+        while (next < visible.size() &&
+               (static_cast<unsigned char>(visible[next]) & 0xC0U) == 0x80) {
+            ++next;
+        }
+    } while (next <= visible.size() && DisplayWidth(visible.substr(0, next)) <= width);
+    return visible.substr(0, end == 0 ? next : end);
+}
+
 std::string Padded(std::string const& visible, std::size_t width) {
     return visible + std::string(width - std::min(DisplayWidth(visible), width), ' ');
 }

@@ -29,6 +29,10 @@ std::size_t DisplayWidth(std::string_view visible);
 // move the next columns far to the right.
 std::size_t Widened(std::size_t column, std::string_view visible);
 
+// The first characters of visible that fit into width cells, one at least. REQUIRES: visible is not
+// empty.
+std::string_view FittingPart(std::string_view visible, std::size_t width);
+
 // visible, padded with blanks to width.
 std::string Padded(std::string const& visible, std::size_t width);
 
