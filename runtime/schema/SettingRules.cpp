@@ -6,7 +6,7 @@
 #include "runtime/schema/SchemaText.h"
 
 #include <algorithm>
-#include <unordered_set>
+#include <utility>
 
 namespace bibrt {
 
@@ -18,16 +18,15 @@ POSObject* FindEntry(POSObject const* dict, std::string_view key) noexcept {
                : nullptr;
 }
 
-// Calls visit(part) for each part of a path, until it returns null. Returns the last result.
-template <class Result, class Visit>
-Result Follow(Result start, std::string_view path, Visit visit) {
-    Result result = start;
-    while (result && !path.empty()) {
+// The value at a path in nested dictionaries; null if there is none.
+POSObject* FindStored(POSObject& settings, std::string_view path) noexcept {
+    POSObject* value = &settings;
+    while (value && !path.empty()) {
         std::string_view const part = format::FirstPart(path);
         path.remove_prefix(std::min(path.size(), part.size() + 1));
-        result = visit(result, part);
+        value = FindEntry(value, part);
     }
-    return result;
+    return value;
 }
 
 } // namespace
@@ -68,12 +67,6 @@ String LineOf(std::string_view text) {
     return line;
 }
 
-using TextSet = std::unordered_set<
-    std::string_view,
-    std::hash<std::string_view>,
-    std::equal_to<>,
-    CallerAllocator<std::string_view>>;
-
 // A setting that a rule looks at, with its value or its default; null for neither.
 struct Operand {
     SchemaRule fRule;
@@ -81,20 +74,27 @@ struct Operand {
     bool fIsStored = false;
 };
 
+struct KeptFinding {
+    String fPath;
+    String fText;
+    bool fIsWarning;
+    Vector<String> fConcerned;
+};
+
 class RuleWalk {
 public:
-    RuleWalk(POSValidator const& validator, POSObject& settings, RuleListener& listener) noexcept
+    RuleWalk(POSValidator const& validator, POSObject& settings) noexcept
         : fValidator(validator),
-          fSettings(settings),
-          fListener(listener) {}
+          fSettings(settings) {}
 
-    void Run() {
+    Vector<KeptFinding> Run() {
         POSObject const* const rules = FindEntry(fValidator.fSchema.Get(), kRules);
         if (IsOfType(rules, gArrayType)) {
             for (Ref<POSObject> const& rule : static_cast<POSArray const*>(rules)->fItems) {
                 CheckRule(*rule);
             }
         }
+        return std::move(fFindings);
     }
 
 private:
@@ -262,8 +262,7 @@ private:
         }
         RuleProblems unused; // of the schema, which are reported elsewhere
         operand.fRule = ReadRule(fValidator, *source, unused);
-        POSObject* const stored = Follow(
-            &fSettings, path, [](POSObject* dict, auto part) { return FindEntry(dict, part); });
+        POSObject* const stored = FindStored(fSettings, path);
         operand.fIsStored = stored != nullptr;
         POSObject const* const value = stored ? stored : operand.fRule.Part(RuleKey::kDefault);
         auto const mode = stored ? ValidationMode::kSettings : ValidationMode::kDefaults;
@@ -357,12 +356,12 @@ private:
         String const help = doc ? LineOf(BytesOf(*doc)) : String();
         String const whole = Join({text, fCondition, help.empty() ? "" : ": ", help});
         bool const isWarning = severity && BytesOf(*severity) == "warning";
-        fListener.OnFinding({path, whole, isWarning, fConcerned});
+        fFindings.push_back({String(path), whole, isWarning, fConcerned});
     }
 
     POSValidator const& fValidator;
     POSObject& fSettings;
-    RuleListener& fListener;
+    Vector<KeptFinding> fFindings;
     POSObject const* fRule = nullptr; // the current one
     String fCondition;
     Vector<String> fConcerned;
@@ -371,7 +370,10 @@ private:
 } // namespace
 
 void CheckRulesBetween(POSValidator const& validator, POSObject& settings, RuleListener& listener) {
-    RuleWalk(validator, settings, listener).Run();
+    // A listener may change the settings and the schema, so it is called when the walk has ended.
+    for (KeptFinding const& finding : RuleWalk(validator, settings).Run()) {
+        listener.OnFinding({finding.fPath, finding.fText, finding.fIsWarning, finding.fConcerned});
+    }
 }
 
 } // namespace bibrt

@@ -5,11 +5,19 @@
 #include "runtime/schema/Schema.h"
 
 #include <span>
+#include <unordered_set>
 
 namespace bibrt {
 
 // The entry of a schema with its rules between settings: an array.
 inline constexpr char const* kRules = "rules";
+
+// Borrowed texts.
+using TextSet = std::unordered_set<
+    std::string_view,
+    std::hash<std::string_view>,
+    std::equal_to<>,
+    CallerAllocator<std::string_view>>;
 
 // The rule of a setting of the main structure, or of one nested in it, by its path; null if there
 // is none.

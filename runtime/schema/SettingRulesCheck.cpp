@@ -63,6 +63,9 @@ private:
             Report(Join({"says ", FoundText(tests), ", which is not a dictionary"}));
             return;
         }
+        if (CountChildren(tests) == 0) {
+            Report("has no test");
+        }
         std::size_t position = 0;
         while (DictEntry const* const entry =
                    static_cast<POSDict const&>(tests).fEntries.Next(position)) {
@@ -100,12 +103,14 @@ private:
             CheckValue(rule, value);
         } else if (key == "min" || key == "max") {
             CheckBound(rule, value);
-        } else if (key == "in" && IsOfType(&value, gArrayType)) {
+        } else if (key == "in" && IsOfType(&value, gArrayType) && CountChildren(value) != 0) {
             for (Ref<POSObject> const& allowed : static_cast<POSArray const&>(value).fItems) {
                 CheckValue(rule, *allowed);
             }
         } else {
-            Report(Join({"says ", ShownText(key), ", which is not a key of a test"}));
+            Report(
+                key == "in" ? String("is not an array of values")
+                            : Join({"says ", ShownText(key), ", which is not a key of a test"}));
         }
     }
 
@@ -131,17 +136,22 @@ private:
             Report(mustBePair ? "is not an array of two settings" : "is not an array of settings");
             return;
         }
+        TextSet named;
         for (Ref<POSObject> const& path : static_cast<POSArray const&>(paths).fItems) {
-            POSObject* const rule = FindSettingRule(fValidator, BytesOf(*path));
-            POSObject const* const type =
-                rule && IsOfType(rule, gDictType) ? FindPart(*rule, NameOf(RuleKey::kType)) : rule;
-            if (!type || std::ranges::find(types, BytesOf(*type)) == types.end()) {
-                Report(Join(
-                    {"says ",
-                     FoundText(*path),
-                     ", which is not a setting of type ",
-                     *types.begin()}));
+            CheckPath(*path, types);
+            if (!named.insert(BytesOf(*path)).second) {
+                Report(Join({"says ", FoundText(*path), " twice"}));
             }
+        }
+    }
+
+    void CheckPath(POSObject const& path, std::initializer_list<std::string_view> types) {
+        POSObject* const rule = FindSettingRule(fValidator, BytesOf(path));
+        POSObject const* const type =
+            rule && IsOfType(rule, gDictType) ? FindPart(*rule, NameOf(RuleKey::kType)) : rule;
+        if (!type || std::ranges::find(types, BytesOf(*type)) == types.end()) {
+            Report(Join(
+                {"says ", FoundText(path), ", which is not a setting of type ", *types.begin()}));
         }
     }
 

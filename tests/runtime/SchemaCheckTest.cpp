@@ -65,7 +65,13 @@ constexpr SchemaCase kSettingRuleCases[] = {
      "/then/N/in says the name a, which is not a value of this setting"},
     {"< then < N < min a > > >", "/then/N/min says the name a, which is not a number"},
     {"< then < N < least 1 > > >", "/then/N/least says least, which is not a key of a test"},
-    {"< then < > severity hint >", "/severity says the name hint, which is not error or warning"}};
+    {"< then < N/A 1 > >", "/then/N/A says a setting that the schema does not have"},
+    {"< then < > >", "/then has no test"},
+    {"< then < N < in [ ] > > >", "/then/N/in is not an array of values"},
+    {"< then < W < min 1 > > >", "/then/W/min applies only to numbers"},
+    {"< exclusive [ T T ] >", "/exclusive says the name T twice"},
+    {"< then < N 1 > severity hint >",
+     "/severity says the name hint, which is not error or warning"}};
 
 // The rule of S/K; messages are behind that path.
 constexpr SchemaCase kRuleCases[] = {

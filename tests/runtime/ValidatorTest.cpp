@@ -102,6 +102,7 @@ constexpr Case kSettingRuleCases[] = {
      "N 3 I 2 W a",
      "N expected at most 2, the value of I, found 3 where W is /a"},
     {"disjoint [ A B ]", "A [ a b ] B [ c b ]", "A/1 expected no element of B, found /b"},
+    {"then < N 1 > doc (\303\251\n!)", "N 2", "N expected 1, found 2: \xC3\xA9 !"},
     {"exclusive [ T U ]", "T true U true", "T expected at most one to be true, found T and U"},
     // What is wrong by itself is reported once.
     {"then < N < min 1 max 2 > >", "N 3", "N expected a number from 1 to 2, found 3"},
@@ -121,6 +122,29 @@ TEST_F(ValidatorTest, RulesBetweenSettingsRejectWhatCannotStandTogether) {
                 NewSettings(std::string("< ") + row.fSettings + " >"), "PDFSettings"),
             row.fMessages);
     }
+}
+
+// A host's procedure may change what is validated.
+POSDict* gEmptied = nullptr;
+void RemoveLists(char const* message) {
+    Validator::Keep(message);
+    for (char const* const key : {"A", "B"}) {
+        Dicts().Remove(gEmptied, Atom(key));
+    }
+}
+
+TEST_F(ValidatorTest, RulesBetweenSettingsSurviveChangesByTheHost) {
+    Validator const validator(
+        "< PDFSettings < optional < A array B array > > rules [ < disjoint [ A B ] > ] >");
+    Held const settings(As<POSDict>(NewSettings("< A [ one two ] B [ one two ] >")));
+    gEmptied = settings;
+    EXPECT_EQ(
+        validator.Methods().Validate(
+            validator.Self(), settings.Value(), Atom("PDFSettings"), &RemoveLists),
+        0);
+    EXPECT_EQ(
+        Validator::Joined(Validator::TakeMessages()),
+        "A/0 expected no element of B, found /one|A/1 expected no element of B, found /two");
 }
 
 TEST_F(ValidatorTest, RulesBetweenSettingsAreOfTheMainStructureAlone) {
