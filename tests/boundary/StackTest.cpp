@@ -58,7 +58,8 @@ void FillHeap() {
 }
 
 // Does work that many bytes further down the stack.
-[[gnu::noinline]] void Deeper(std::size_t bytes, std::function<void()> const& work) {
+template <class Work>
+[[gnu::noinline]] void Deeper(std::size_t bytes, Work const& work) {
     char volatile page[4096];
     page[0] = 0;
     bytes > sizeof page ? Deeper(bytes - sizeof page, work) : work();
