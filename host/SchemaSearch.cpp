@@ -113,7 +113,10 @@ bool detail::IsPattern(std::string_view text) noexcept {
     return text.find_first_of("*?") != std::string_view::npos;
 }
 
-bool detail::MatchesPattern(std::string_view pattern, std::string_view text) noexcept {
+namespace {
+
+// In any letter case.
+bool MatchesExactly(std::string_view pattern, std::string_view text) noexcept {
     std::size_t star = std::string_view::npos; // the last one, and where its text ends
     std::size_t end = 0;
     std::size_t p = 0;
@@ -136,6 +139,19 @@ bool detail::MatchesPattern(std::string_view pattern, std::string_view text) noe
     return pattern.find_first_not_of('*', p) == std::string_view::npos;
 }
 
+// A group may be named by one word of a command line.
+std::string NameOfGroup(std::string_view label) {
+    std::string name = Normalized(label);
+    std::ranges::replace(name, ' ', '-');
+    return name;
+}
+
+} // namespace
+
+bool detail::MatchesPattern(std::string_view pattern, std::string_view text) {
+    return MatchesExactly(pattern, text) || MatchesExactly(Normalized(pattern), Normalized(text));
+}
+
 Sequence<Rule> Schema::Search(std::string_view text) const {
     std::vector<std::string> const stems = Stems(text);
     return Chosen(Rules(), [&](Rule const& rule) {
@@ -152,8 +168,9 @@ Sequence<Rule> Schema::Matching(std::string_view pattern) const {
 }
 
 std::string Schema::FindGroup(std::string_view name) const {
-    auto const group = std::ranges::find_if(
-        Groups(), [&](std::string const& label) { return Normalized(label) == Normalized(name); });
+    auto const group = std::ranges::find_if(Groups(), [&](std::string const& label) {
+        return NameOfGroup(label) == NameOfGroup(name);
+    });
     return group == Groups().end() ? std::string() : *group;
 }
 

@@ -7,7 +7,8 @@ namespace pdfsettings::detail {
 
 bool IsPattern(std::string_view text) noexcept;
 
-// Whether text matches a pattern, in any letter case: * is any text, ? any byte.
-bool MatchesPattern(std::string_view pattern, std::string_view text) noexcept;
+// Whether text matches a pattern, in any letter case and in British or American spelling: * is any
+// text, ? any byte.
+bool MatchesPattern(std::string_view pattern, std::string_view text);
 
 } // namespace pdfsettings::detail

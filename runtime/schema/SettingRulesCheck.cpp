@@ -96,6 +96,12 @@ private:
             PathStep const step(fPath, entry->fKey->Text());
             CheckPartOfTest(rule, entry->fKey->Text(), *entry->fValue);
         }
+        POSObject const* const min = FindPart(test, NameOf(RuleKey::kMin));
+        POSObject const* const max = FindPart(test, NameOf(RuleKey::kMax));
+        if (min && max && KindOf(*min) == ValueKind::kNumber &&
+            KindOf(*max) == ValueKind::kNumber && NumberOf(*min) > NumberOf(*max)) {
+            Report("has a min that is greater than its max");
+        }
     }
 
     void CheckPartOfTest(SchemaRule const& rule, std::string_view key, POSObject const& value) {

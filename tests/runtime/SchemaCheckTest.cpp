@@ -64,6 +64,7 @@ constexpr SchemaCase kSettingRuleCases[] = {
     {"< then < N < in [ 1 a ] > > >",
      "/then/N/in says the name a, which is not a value of this setting"},
     {"< then < N < min a > > >", "/then/N/min says the name a, which is not a number"},
+    {"< then < N < min 2 max 1 > > >", "/then/N has a min that is greater than its max"},
     {"< then < N < least 1 > > >", "/then/N/least says least, which is not a key of a test"},
     {"< then < N/A 1 > >", "/then/N/A says a setting that the schema does not have"},
     {"< then < > >", "/then has no test"},

@@ -15,6 +15,10 @@ CASES = [
     (["check", "--str"], ["--strict"], ["--app"]),
     (["show", "--color", "a"], ["auto", "always"], ["never"]),
     (["get", "f", "Color"], ["ColorImageDict/QFactor", "ColorImageResolution"], ["Binding"]),
+    (["describe", "DSC"], ["DSC-comments-and-EPS"], []),
+    (["describe", "mono*depth"], ["MonoImageDepth"], ["GrayImageDepth"]),
+    (["set", "f", "--from", "g", "EmbedAll"], ["EmbedAllFonts"], []),
+    (["new", "f", "--from", "g", "EmbedAll"], [], ["EmbedAllFonts"]),
     (["describe", "Bind"], ["Binding"], ["CompressPages"]),
     # Options do not shift the arguments.
     (["get", "--app", "Webrix", "Color"], [], ["ColorImageResolution"]),

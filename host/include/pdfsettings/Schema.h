@@ -156,10 +156,12 @@ public:
     // of the settings that a description names, and of those around a nested one, counts too.
     Sequence<Rule> Search(std::string_view text) const;
 
-    // The rules whose path matches a pattern, in any letter case: * is any text, ? any letter.
+    // The rules whose path matches a pattern, in any letter case, in British or American spelling:
+    // * is any text, ? any letter.
     Sequence<Rule> Matching(std::string_view pattern) const;
 
-    // The label of the group of that name in any letter case and spelling; empty if there is none.
+    // The label of the group of that name in any letter case and spelling, with blanks or hyphens
+    // between its words; empty if there is none.
     std::string FindGroup(std::string_view name) const;
 
     // Whether the schema has no rule for a setting but has rules for others beside it: perhaps the

@@ -11,7 +11,6 @@
 #include <fmt/format.h>
 #include <iterator>
 #include <map>
-#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -125,8 +124,13 @@ public:
 
     void Add(std::string const& word, std::string const& help = {}) {
         if (word.starts_with(fPrefix)) {
-            fText += help.empty() ? word + "\n" : fmt::format("{}\t{}\n", word, help);
+            AddAnyway(word, help);
         }
+    }
+
+    // Adds a word that takes the place of the prefix.
+    void AddAnyway(std::string const& word, std::string const& help) {
+        fText += help.empty() ? word + "\n" : fmt::format("{}\t{}\n", word, help);
     }
 
     void Add(std::initializer_list<char const*> words) {
@@ -161,12 +165,16 @@ public:
     // Whether keys are to be offered, rather than words of the program.
     bool WantsKeys() const { return AtArguments() && (Has("KEY") || Has("KEY=VALUE")); }
 
-    void OfferKeys(std::span<pdfsettings::Rule const> rules, Offers& offers) const {
-        for (pdfsettings::Rule const& rule : rules) {
+    void OfferKeys(pdfsettings::Schema const& schema, Offers& offers) const {
+        if (TakesPatterns()) {
+            OfferGroups(schema, offers);
+            OfferMatches(schema, offers);
+        }
+        for (pdfsettings::Rule const& rule : schema.Rules()) {
             if (!IsPlainWord(rule.Path())) {
                 continue;
             }
-            if (!Has("KEY=VALUE") || fCopies) {
+            if (!Has("KEY=VALUE") || TakesPatterns()) {
                 offers.Add(rule.Path(), rule.Help());
             }
             if (!Has("KEY=VALUE")) {
@@ -240,6 +248,35 @@ private:
         }
     }
 
+    // Whether a key may also be a pattern or a group, as where settings are described, or copied
+    // from another file.
+    bool TakesPatterns() const {
+        return Has("--search") || (fCopies && fCommand->get_name() == "set");
+    }
+
+    // The groups by names without blanks, which no shell has to quote.
+    static void OfferGroups(pdfsettings::Schema const& schema, Offers& offers) {
+        for (std::string const& group : schema.Groups()) {
+            std::string name = group;
+            std::ranges::replace(name, ' ', '-');
+            if (IsPlainWord(name)) {
+                offers.Add(name, "All settings of this group");
+            }
+        }
+    }
+
+    // What a pattern stands for.
+    void OfferMatches(pdfsettings::Schema const& schema, Offers& offers) const {
+        if (fWord.find_first_of("*?") == std::string::npos) {
+            return;
+        }
+        for (pdfsettings::Rule const& rule : schema.Matching(fWord)) {
+            if (IsPlainWord(rule.Path())) {
+                offers.AddAnyway(rule.Path(), rule.Help());
+            }
+        }
+    }
+
     static void OfferValues(pdfsettings::Rule const& rule, Offers& offers) {
         for (std::string const& value : ValuesOf(rule)) {
             if (IsPlainWord(value)) {
@@ -276,8 +313,7 @@ public:
         } else {
             Options options = fOptions;
             options.schema = line.Schema();
-            pdfsettings::Schema const schema = ReadSchema(options);
-            line.OfferKeys(schema.Rules(), offers);
+            line.OfferKeys(ReadSchema(options), offers);
         }
         WriteResult(fOptions, offers.Text());
         return Status::kDone;
