@@ -1,6 +1,7 @@
 #include "pdfsettings/Review.h"
 
 #include "document/MakeSequence.h"
+#include "host/detail/Patterns.h"
 #include "host/detail/Validation.h"
 
 #include <algorithm>
@@ -27,9 +28,10 @@ struct Level {
 // Finds the settings that the schema does not know.
 class UnknownKeys {
 public:
-    UnknownKeys(Document const& document, Schema const& schema)
+    UnknownKeys(Document const& document, Schema const& schema, std::span<std::string const> known)
         : fDocument(document),
-          fSchema(schema) {}
+          fSchema(schema),
+          fKnown(known) {}
 
     std::vector<Finding> Run() {
         for (DocumentEntry const& entry : fDocument.Entries()) {
@@ -48,11 +50,17 @@ private:
         std::string const part =
             isElement ? std::to_string(parent.fCount++) : fDocument.KeyOf(entry);
         Level level{true, parent.fPath.empty() ? part : parent.fPath + "/" + part, 0};
-        if (!isElement && fSchema.IsUnknown(level.fPath)) {
+        if (!isElement && fSchema.IsUnknown(level.fPath) && !IsKnown(level.fPath)) {
             Report(entry, level.fPath);
         }
         level.fIsNamed = fSchema.HasRulesIn(level.fPath);
         return level;
+    }
+
+    bool IsKnown(std::string_view path) const {
+        return std::ranges::any_of(fKnown, [&](std::string const& pattern) {
+            return detail::MatchesPattern(pattern, path);
+        });
     }
 
     void Report(DocumentEntry const& entry, std::string const& path) {
@@ -70,6 +78,7 @@ private:
 
     Document const& fDocument;
     Schema const& fSchema;
+    std::span<std::string const> fKnown;
     std::vector<Level> fLevels{1};
     std::vector<Finding> fFound;
 };
@@ -78,10 +87,11 @@ void Append(std::vector<Finding>& all, std::vector<Finding> more) {
     std::ranges::move(more, std::back_inserter(all));
 }
 
-std::vector<Finding> StrictFindings(Document const& document, Schema const& schema) {
+std::vector<Finding>
+StrictFindings(Document const& document, Schema const& schema, std::span<std::string const> known) {
     if (document.Body() || document.WhyRefused() != Refusal::kNone ||
         !document.Findings().empty()) {
-        return UnknownKeys(document, schema).Run();
+        return UnknownKeys(document, schema, known).Run();
     }
     return {detail::MakeFinding(
         document,
@@ -126,15 +136,18 @@ Sequence<ExplainedSetting> Explain(Settings const& settings) {
     return detail::MakeSequence::From(std::move(explained));
 }
 
-Findings Review(Document const& document, Schema const& schema, ReviewScope scope) {
+Findings Review(Document const& document, Schema const& schema, ReviewOptions const& options) {
     std::vector<Finding> all(document.Findings().begin(), document.Findings().end());
     if (document.WhyRefused() == Refusal::kNone) {
         Append(all, detail::WithHints(detail::Validate(document, schema), document, schema));
         Append(all, detail::Warnings(document, schema));
         Append(all, detail::WritingFindings(document));
-        if (scope == ReviewScope::kStrict) {
-            Append(all, StrictFindings(document, schema));
+        if (options.isStrict) {
+            Append(all, StrictFindings(document, schema, options.knownKeys));
         }
+        std::erase_if(all, [&](Finding const& finding) {
+            return std::ranges::find(options.ignoredIds, finding.Id()) != options.ignoredIds.end();
+        });
         std::ranges::stable_sort(
             all, {}, [](Finding const& finding) { return finding.Bytes()->begin; });
     }

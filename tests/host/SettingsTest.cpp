@@ -320,7 +320,7 @@ TEST_F(SettingsTest, AReviewSaysAllWithPlaces) {
         {"<< /A 1 ", "1:9 unclosed , "}};
     for (auto const& [text, expected] : kCases) {
         std::string findings;
-        for (Finding const& finding : Review(Document(text), fSchema, ReviewScope::kStrict)) {
+        for (Finding const& finding : Review(Document(text), fSchema, {.isStrict = true})) {
             findings += std::to_string(finding.Where()->line) + ":" +
                         std::to_string(finding.Where()->column) + " " + finding.Id() + " " +
                         finding.Path() + ", ";

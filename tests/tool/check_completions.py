@@ -20,6 +20,7 @@ CASES = [
     (["set", "f", "--from", "g", "EmbedAll"], ["EmbedAllFonts"], []),
     (["new", "f", "--from", "g", "EmbedAll"], [], ["EmbedAllFonts"]),
     (["describe", "Bind"], ["Binding"], ["CompressPages"]),
+    (["check", "--ignore", "fa"], ["far-point"], ["stray"]),
     # Options do not shift the arguments.
     (["get", "--app", "Webrix", "Color"], [], ["ColorImageResolution"]),
     (["get", "--app", "Webrix", "f", "Color"], ["ColorImageResolution"], []),

@@ -24,7 +24,7 @@ its body, and lines that begin with '# ' are comments:
 In bodies and arguments \\xHH is a byte, \\{N*TEXT} is TEXT repeated N times and \\c at the end of a line
 drops its line end. Each file runs in an empty folder of its own, which is home too: its settings lie
 in data/ and its preferences in config/. All files have changed last at the same time. In what is
-written, HOME and ADMIN stand for the two folders; so does ADMIN in names, and ADMIN/ in files.
+written, HOME and ADMIN stand for the two folders, and VERSION for the program's version; so does ADMIN in names, and ADMIN/ in files.
 """
 
 import difflib
@@ -191,7 +191,8 @@ def main():
         make(folder, {
             name: content.replace(b"ADMIN/", admin_place.encode() + b"/")
             for name, content in made["input"].items()})
-        places = {os.getcwd(): b"HOME"} | {place: b"ADMIN" for place in admin_folder}
+        version = subprocess.check_output([program, "--version"], text=True).split()[1]
+        places = {os.getcwd(): b"HOME", version: b"VERSION"} | {place: b"ADMIN" for place in admin_folder}
         for name, mode in made["mode"].items():
             os.chmod(name, int(mode, 8))
         for name, place in made["link"].items():

@@ -8,12 +8,21 @@
 #include "pdfsettings/Settings.h"
 
 #include <optional>
+#include <string>
+#include <vector>
 
 namespace pdfsettings {
 
-enum class ReviewScope {
-    kUsual,
-    kStrict // also settings that the schema does not know, and a file without settings
+struct ReviewOptions {
+    // Also settings that the schema does not know, and a file without settings.
+    bool isStrict = false;
+
+    // Settings to accept although the schema does not know them: paths, or patterns as in
+    // Schema::Matching.
+    std::vector<std::string> knownKeys = {};
+
+    // The ids of findings to leave out. Why a text is refused is never left out.
+    std::vector<std::string> ignoredIds = {};
 };
 
 // What is refused, lost or read otherwise than it looks, what the schema rejects, and what the
@@ -23,7 +32,7 @@ enum class ReviewScope {
 PDFSETTINGS_API Findings Review(
     Document const& document,
     Schema const& schema = Schema::Standard(),
-    ReviewScope scope = ReviewScope::kUsual);
+    ReviewOptions const& options = {});
 
 // The document in a file, which may be refused. Throws Error as ReadFile.
 PDFSETTINGS_API Document OpenDocument(FilePath const& file);

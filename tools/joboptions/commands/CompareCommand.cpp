@@ -1,9 +1,9 @@
 // joboptions compare: several sets of settings side by side.
 #include "tools/joboptions/commands/Command.h"
 
-#include "format/Tokens.h"
 #include "tools/joboptions/commands/Files.h"
 #include "tools/joboptions/commands/ListCommands.h"
+#include "tools/joboptions/commands/Paths.h"
 #include "tools/joboptions/commands/Terminal.h"
 #include "tools/joboptions/json/JsonDocuments.h"
 #include "tools/joboptions/text/Comparison.h"
@@ -12,32 +12,11 @@
 #include <algorithm>
 #include <filesystem>
 #include <string>
-#include <system_error>
 #include <vector>
 
 namespace joboptions {
 
 namespace {
-
-// The settings files in a folder, by name; or else the file itself.
-std::vector<std::string> FilesOf(std::string const& path) {
-    std::error_code error;
-    if (!std::filesystem::is_directory(path, error)) {
-        return {path};
-    }
-    std::vector<std::string> files;
-    std::filesystem::directory_iterator entries(path, error);
-    for (; !error && entries != std::filesystem::directory_iterator(); entries.increment(error)) {
-        if (entries->path().extension() == format::kExtension) {
-            files.push_back(entries->path().string());
-        }
-    }
-    if (error) {
-        Fail(Status::kBadInput, path, error.message());
-    }
-    std::ranges::sort(files);
-    return files;
-}
 
 class CompareCommand final : public Command {
 public:
@@ -86,7 +65,9 @@ private:
         ComparedSets sets;
         std::vector<pdfsettings::Document> documents;
         for (std::string const& argument : fFiles) {
-            for (std::string const& file : FilesOf(Locate(argument, fOptions))) {
+            FoundFiles const found = FindFiles(Locate(argument, fOptions));
+            FailIfAny(Status::kBadInput, found.errors);
+            for (std::string const& file : found.files) {
                 documents.push_back(ReadDocument(file));
                 sets.names.push_back(file);
             }

@@ -1,6 +1,7 @@
 // joboptions manual: the manual page.
 #include "tools/joboptions/commands/Command.h"
 #include "tools/joboptions/commands/Files.h"
+#include "tools/joboptions/text/FindingIds.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -155,6 +156,14 @@ std::string AsTitle(std::string sentence) {
     return sentence;
 }
 
+std::string FindingsPage() {
+    std::string page;
+    for (FindingId const& known : FindingIds()) {
+        page += Entry(Bold(known.id), known.meaning);
+    }
+    return page;
+}
+
 std::string ManualPage(CLI::App const& program) {
     CommonOptions const common(program);
     std::string commands;
@@ -166,7 +175,8 @@ std::string ManualPage(CLI::App const& program) {
          {std::pair<std::string_view, std::string>("{version}", program.version()),
           {"{title}", Plain(AsTitle(program.get_description()))},
           {"{commands}\n", commands},
-          {"{options}\n", common.Page()}}) {
+          {"{options}\n", common.Page()},
+          {"{findings}\n", FindingsPage()}}) {
         page.replace(page.find(place), place.size(), text);
     }
     return page;

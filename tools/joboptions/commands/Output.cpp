@@ -18,11 +18,6 @@ bool IsSet(char const* variable) {
     return value != nullptr && *value != '\0';
 }
 
-bool IsDumbTerminal() {
-    char const* const terminal = std::getenv("TERM");
-    return terminal == nullptr || std::string_view(terminal) == "dumb";
-}
-
 // If standard error cannot be written, the exit status still reports the failure.
 void WriteMessage(char const* severity, std::string_view message, bool quiet) {
     if (quiet) {
@@ -51,11 +46,17 @@ void FailIfAny(Status status, std::vector<std::string> const& messages) {
     }
 }
 
+bool IsCapableTerminal(int descriptor) {
+    char const* const terminal = std::getenv("TERM");
+    bool const isDumb = terminal == nullptr || std::string_view(terminal) == "dumb";
+    return !isDumb && isatty(descriptor) != 0;
+}
+
 bool UseColor(Color choice) {
     if (choice != Color::kAuto) {
         return choice == Color::kAlways;
     }
-    return isatty(STDOUT_FILENO) != 0 && !IsSet("NO_COLOR") && !IsDumbTerminal();
+    return IsCapableTerminal(STDOUT_FILENO) && !IsSet("NO_COLOR");
 }
 
 std::string Colored(std::string_view text, int number, bool color) {

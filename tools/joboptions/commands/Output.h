@@ -42,6 +42,9 @@ void FailIfAny(Status status, std::vector<std::string> const& messages);
 
 enum class Color { kAuto, kAlways, kNever };
 
+// Whether a descriptor is a terminal that is not dumb.
+bool IsCapableTerminal(int descriptor);
+
 // Whether to colour standard output. kAuto: if it is a terminal that is not dumb, and NO_COLOR is
 // not set.
 bool UseColor(Color choice);

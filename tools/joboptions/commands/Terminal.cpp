@@ -54,4 +54,25 @@ void WritePaged(std::string const& text) {
     }
 }
 
+Progress::Progress(std::size_t total, bool quiet)
+    : fTotal(total),
+      fIsOn(!quiet && IsCapableTerminal(STDERR_FILENO)),
+      fNext(Clock::now() + std::chrono::seconds(1)) {}
+
+void Progress::Show(std::size_t done) {
+    constexpr std::chrono::milliseconds kBetween(100);
+    if (fIsOn && Clock::now() >= fNext) {
+        std::fprintf(stderr, "\r\x1b[K%zu of %zu files", done, fTotal);
+        fIsShown = true;
+        fNext = Clock::now() + kBetween;
+    }
+}
+
+void Progress::Clear() {
+    if (fIsShown) {
+        std::fputs("\r\x1b[K", stderr);
+        fIsShown = false;
+    }
+}
+
 } // namespace joboptions

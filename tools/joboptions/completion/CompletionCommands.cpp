@@ -4,6 +4,7 @@
 #include "tools/joboptions/commands/Command.h"
 
 #include "tools/joboptions/commands/Files.h"
+#include "tools/joboptions/text/FindingIds.h"
 #include "tools/joboptions/text/ValueText.h"
 
 #include <CLI/CLI.hpp>
@@ -196,9 +197,7 @@ public:
         } else if (fCommand == nullptr) {
             return;
         } else if (fOption != nullptr) {
-            if (fOption->check_lname("color")) {
-                offers.Add({"auto", "always", "never"});
-            }
+            OfferValues(*fOption, offers);
         } else if (fWord.starts_with('-')) {
             OfferOptions(offers);
         } else if (Has("SHELL")) {
@@ -244,6 +243,18 @@ private:
             }
             for (std::string const& name : NamesOf(*option)) {
                 offers.Add(name, option->get_description());
+            }
+        }
+    }
+
+    static void OfferValues(CLI::Option const& option, Offers& offers) {
+        if (option.check_lname("color")) {
+            offers.Add({"auto", "always", "never"});
+        } else if (option.check_lname("format")) {
+            offers.Add({"text", "json", "sarif"});
+        } else if (option.check_lname("ignore")) {
+            for (FindingId const& known : FindingIds()) {
+                offers.Add(known.id, known.meaning);
             }
         }
     }

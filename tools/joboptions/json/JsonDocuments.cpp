@@ -154,7 +154,8 @@ std::string CheckDocument(std::vector<CheckedFile> const& files) {
         return Json{
             {"file", WellFormedText(checked.file)},
             {"error", TextOrNull(checked.error)},
-            {"findings", List(checked.findings, &PlacedFindingJson)}};
+            {"findings", List(checked.findings, &PlacedFindingJson)},
+            {"repairs", List(checked.repairs, &PlacedFindingJson)}};
     });
     return JsonText({{"version", 1}, {"files", std::move(list)}});
 }

@@ -75,6 +75,17 @@ FindingText(std::string const& file, Document const& document, Finding const& fi
     return text;
 }
 
+std::string RepairText(std::string const& file, Finding const& repair, bool isMade, bool color) {
+    return fmt::format(
+        "{}:{}:{}: {} {} [{}]\n",
+        InputName(file),
+        repair.Where()->line,
+        repair.Where()->column,
+        Colored(isMade ? "repaired:" : "can be repaired:", kGreen, color),
+        VisibleText(repair.Message()),
+        repair.Id());
+}
+
 std::string ErrorText(std::string const& file, pdfsettings::Error const& error) {
     std::string const place =
         error.Where() ? fmt::format("{}:{}:", error.Where()->line, error.Where()->column) : "";

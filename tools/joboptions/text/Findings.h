@@ -22,12 +22,17 @@ std::string FindingText(
 // "file:line:column: message [id]" for an error, without the parts that are missing.
 std::string ErrorText(std::string const& file, pdfsettings::Error const& error);
 
+// A repair of a file, or one that is only possible: "file:line:column: repaired: message [id]".
+std::string
+RepairText(std::string const& file, pdfsettings::Finding const& repair, bool isMade, bool color);
+
 // The findings of a file.
 struct CheckedFile {
     std::string file;
-    std::string error; // why the file could not be read or parsed, or empty
+    std::string error; // why the file could not be read, parsed or repaired, or empty
     std::optional<pdfsettings::Document> document; // nothing if the file could not be read
-    pdfsettings::Findings findings;                // in the order of the text
+    pdfsettings::Findings findings;                // of the document, in the order of the text
+    pdfsettings::Findings repairs;                 // of the text before them
 };
 
 // The result of formatting a file.
