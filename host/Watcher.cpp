@@ -1,7 +1,7 @@
 #include "pdfsettings/Watcher.h"
 
 #include "document/MakeSequence.h"
-#include "format/Tokens.h"
+#include "host/detail/FilePath.h"
 #include "host/detail/PropertyList.h"
 #include "host/watch/FolderEvents.h"
 #include "pdfsettings/Error.h"
@@ -40,13 +40,6 @@ struct Interest {
     std::size_t fTarget;
 };
 
-// The names that are listed, without the hidden files of saves.
-bool IsSettingsFile(std::string_view name) {
-    std::size_t const dot = name.rfind('.');
-    return dot != 0 && dot != std::string_view::npos &&
-           name.substr(dot).starts_with(format::kExtension);
-}
-
 // A missing folder is replaced by one that never exists.
 std::vector<path> ListedFolders() {
     std::vector<path> folders{AdministratorFolder(), UserFolder()};
@@ -74,6 +67,7 @@ struct Watcher::State {
     std::map<FolderNumber, std::vector<Interest>> fOutdated; // while fWatched is rebuilt
     std::set<path> fChanged;                                 // to be reported
     bool fIsOutdated = false;                                // whether fWatched must be rebuilt
+    bool fHasLost = false;                                   // events, since the last Read
     std::vector<path> fPreferences;          // the property lists that select the listed folders
     std::vector<std::size_t> fListedFolders; // indexes in fTargets of the listed folders
 };
@@ -152,7 +146,7 @@ void Watcher::State::OnEvent(std::optional<FolderNumber> folder, std::string_vie
     }
     for (Interest const& interest : watched->second) {
         path const& target = fTargets[interest.fTarget].fPath;
-        bool const isInFolder = interest.fName.empty() && IsSettingsFile(name);
+        bool const isInFolder = interest.fName.empty() && detail::IsSettingsFileName(name);
         if (isInFolder) {
             fChanged.insert(target / name);
         } else if (name.empty() || interest.fName == name) {
@@ -167,6 +161,7 @@ void Watcher::State::ReportAll() {
         fChanged.insert(target.fPath);
     }
     fIsOutdated = true;
+    fHasLost = true;
 }
 
 void Watcher::State::AddListed() {
@@ -220,7 +215,12 @@ int Watcher::Descriptor() const noexcept {
     return fState->fEvents.Number();
 }
 
+bool Watcher::HasLost() const noexcept {
+    return fState->fHasLost;
+}
+
 Sequence<path> Watcher::Read() {
+    fState->fHasLost = false;
     fState->fEvents.Read(
         [this](auto folder, std::string_view name) { fState->OnEvent(folder, name); });
     fState->UpdateListed();

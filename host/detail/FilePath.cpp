@@ -1,5 +1,6 @@
 #include "host/detail/FilePath.h"
 
+#include "format/Tokens.h"
 #include "platform/CFString.h"
 
 #include <filesystem>
@@ -26,6 +27,12 @@ std::string FolderPath(std::string const& folder) {
         path.pop_back();
     }
     return path;
+}
+
+bool IsSettingsFileName(std::string_view name) noexcept {
+    std::size_t const dot = name.rfind('.');
+    return dot != 0 && dot != std::string_view::npos &&
+           name.substr(dot).starts_with(format::kExtension);
 }
 
 std::optional<std::string> ToComponent(std::string const& application) {

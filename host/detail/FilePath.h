@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <type_traits>
 
 namespace pdfsettings::detail {
@@ -22,6 +23,9 @@ using CFRef = std::unique_ptr<std::remove_pointer_t<Ref>, CFReleaser>;
 // folder as an absolute path without trailing slashes, so that it is equal to the parent path of
 // its files; empty for an empty one.
 std::string FolderPath(std::string const& folder);
+
+// Whether a file of that name is listed; the hidden files of saves are not.
+bool IsSettingsFileName(std::string_view name) noexcept;
 
 // A name in UTF-8, converted for the component; nothing if Mac Roman cannot represent it, so that
 // no property list can have it. Throws std::bad_alloc.

@@ -1,5 +1,6 @@
 #include "pdfsettings/Watcher.h"
 
+#include "pdfsettings/ChangeWatcher.h"
 #include "pdfsettings/Component.h"
 #include "pdfsettings/SafeSave.h"
 #include "pdfsettings/SettingsList.h"
@@ -25,19 +26,36 @@ namespace {
 
 using Paths = std::vector<path>;
 
-bool IsReadable(Watcher const& watcher) {
+template <class Kind>
+bool IsReadable(Kind const& watcher) {
     pollfd descriptor{watcher.Descriptor(), POLLIN, 0};
     return poll(&descriptor, 1, 0) == 1;
 }
 
 // Everything that there is to report.
-Paths ReadAll(Watcher& watcher) {
-    Paths all;
+template <class Kind>
+auto ReadAll(Kind& watcher) {
+    std::vector<std::ranges::range_value_t<decltype(watcher.Read())>> all;
     while (IsReadable(watcher)) {
-        Paths const some = watcher.Read();
+        auto const some = watcher.Read();
         all.insert(all.end(), some.begin(), some.end());
     }
     return all;
+}
+
+// The kinds of changes of one file, by their numbers, and its name.
+std::string ChangesOf(path const& file, ChangeWatcher& watcher) {
+    std::string changes;
+    for (SettingsChange const& change : ReadAll(watcher)) {
+        if (change.file == file) {
+            changes += std::to_string(static_cast<int>(change.kind)) + change.name + " ";
+        }
+    }
+    return changes;
+}
+
+std::string Changed(ChangeKind kind, std::string const& name) {
+    return std::to_string(static_cast<int>(kind)) + name + " ";
 }
 
 bool Contains(Paths const& paths, path const& wanted) {
@@ -107,6 +125,8 @@ TEST(WatcherTest, TellsOfAllWhenTheSystemLosesEvents) {
     Watcher watcher;
     watcher.Add(folder / "a.joboptions");
     watcher.AddFolder(folder / "Settings");
+    ChangeWatcher changes;
+    changes.Add(folder / "a.joboptions");
     int most = 0;
     std::ifstream("/proc/sys/fs/inotify/max_queued_events") >> most;
     for (int i = 0; i <= most / 2; ++i) {
@@ -116,6 +136,39 @@ TEST(WatcherTest, TellsOfAllWhenTheSystemLosesEvents) {
     EXPECT_EQ(ReadAll(watcher), all);
     folder.Make("a.joboptions", "");
     EXPECT_EQ(Paths(watcher.Read()), Paths{folder / "a.joboptions"});
+    EXPECT_FALSE(watcher.HasLost());
+    std::string kinds;
+    for (SettingsChange const& change : ReadAll(changes)) {
+        kinds += Changed(change.kind, change.name);
+    }
+    EXPECT_EQ(kinds, Changed(ChangeKind::kLookAgain, "") + Changed(ChangeKind::kAdded, "a"));
+}
+
+TEST(ChangeWatcherTest, SaysWhatHasBecomeOfAFile) {
+    TemporaryFolder const folder;
+    support::EnvironmentVariable const data("XDG_DATA_HOME", (folder / "data").c_str());
+    support::EnvironmentVariable const config("XDG_CONFIG_HOME", (folder / "config").c_str());
+    Component const component = Component::Start();
+    path const file = UserFolder() / "own.joboptions";
+    support::WriteBytes(file, "<< >>");
+    ChangeWatcher watcher;
+    watcher.AddListed("Webrix");
+    chmod(file.c_str(), 0400);
+    EXPECT_EQ(ChangesOf(file, watcher), Changed(ChangeKind::kReadOnly, "own"));
+    chmod(file.c_str(), 0600);
+    EXPECT_EQ(ChangesOf(file, watcher), Changed(ChangeKind::kWritable, "own"));
+    SaveSafely(file, "<< /A 1 >>");
+    support::WriteBytes(file.parent_path() / "other.joboptions", "<< >>");
+    EXPECT_EQ(ChangesOf(file, watcher), Changed(ChangeKind::kChanged, "own"));
+    std::filesystem::last_write_time(file, {});
+    EXPECT_EQ(ChangesOf(file, watcher), "") << "the contents are the same";
+    std::filesystem::remove_all(UserFolder());
+    EXPECT_EQ(ChangesOf(file, watcher), Changed(ChangeKind::kRemoved, "own"));
+}
+
+TEST(ChangeWatcherTest, KnowsFileSystemsThatSayNothing) {
+    EXPECT_TRUE(MayMissChanges("/proc/self/none/a.joboptions"));
+    EXPECT_FALSE(MayMissChanges(TemporaryFolder() / "none/a.joboptions"));
 }
 
 // Folders, files and links that come and go at random below one folder, and what the watched paths
@@ -178,6 +231,34 @@ protected:
         return state;
     }
 
+    // The contents of what is there, and what has changed since before, as ChangeWatcher says it.
+    std::map<path, std::string> Contents() const {
+        std::map<path, std::string> contents;
+        for (auto const& [file, found] : Look()) {
+            std::error_code ignored;
+            if (std::filesystem::is_regular_file(file, ignored)) {
+                contents[file] = support::ReadBytes(file);
+            }
+        }
+        return contents;
+    }
+
+    static std::string
+    Changes(std::map<path, std::string> const& before, std::map<path, std::string> const& now) {
+        std::string changes;
+        for (auto const& [file, contents] : before) {
+            if (!now.contains(file)) {
+                changes += Changed(ChangeKind::kRemoved, file);
+            } else if (contents != now.at(file)) {
+                changes += Changed(ChangeKind::kChanged, file);
+            }
+        }
+        for (auto const& [file, contents] : now) {
+            changes += before.contains(file) ? "" : Changed(ChangeKind::kAdded, file);
+        }
+        return changes;
+    }
+
     // Whether a difference at path is reported.
     bool IsReported(Paths const& reported, path const& path) const {
         auto const folder = path.parent_path();
@@ -210,6 +291,31 @@ TEST_F(WatcherModelTest, TellsOfEveryChangeOnTheWayToWhatIsWatched) {
         }
     }
     EXPECT_GT(differences, 150U);
+}
+
+TEST_F(WatcherModelTest, ChangesLeadFromEachStateToTheNext) {
+    ChangeWatcher watcher;
+    std::ranges::for_each(fFiles, [&](path const& file) { watcher.Add(file); });
+    std::ranges::for_each(fFolders, [&](path const& folder) { watcher.AddFolder(folder); });
+    std::size_t differences = 0;
+    for (int round = 0; round < support::Rounds(1000); ++round) {
+        auto const before = Contents();
+        for (unsigned changes = 1 + Random(3); changes > 0; --changes) {
+            ChangeSomething();
+        }
+        std::string reported;
+        for (SettingsChange const& change : ReadAll(watcher)) {
+            reported += Changed(change.kind, change.file);
+        }
+        std::string const expected = Changes(before, Contents());
+        auto const sorted = [](std::string text) {
+            std::ranges::sort(text);
+            return text;
+        };
+        ASSERT_EQ(sorted(reported), sorted(expected)) << reported << expected << round;
+        differences += expected.empty() ? 0U : 1U;
+    }
+    EXPECT_GT(differences, 100U);
 }
 
 } // namespace

@@ -47,6 +47,7 @@ public:
                  kMakeImportCommand,
                  kMakeListCommand,
                  kMakeFolderCommand,
+                 kMakeWatchCommand,
                  kMakeDescribeCommand,
                  kMakeCompletionCommand,
                  kMakeManualCommand,

@@ -49,6 +49,9 @@ public:
     // Throws Error with the system's reason; the next call then reports what this one would have.
     Sequence<std::filesystem::path> Read();
 
+    // Whether the last Read reported everything because the system lost events.
+    bool HasLost() const noexcept;
+
 private:
     struct State;
 

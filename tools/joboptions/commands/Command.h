@@ -60,6 +60,7 @@ extern MakeCommand* const kMakeExportCommand;
 extern MakeCommand* const kMakeImportCommand;
 extern MakeCommand* const kMakeListCommand;
 extern MakeCommand* const kMakeFolderCommand;
+extern MakeCommand* const kMakeWatchCommand;
 extern MakeCommand* const kMakeDescribeCommand;
 extern MakeCommand* const kMakeManualCommand;
 extern MakeCommand* const kMakeCompleteCommand;

@@ -82,4 +82,8 @@ void WriteWarning(std::string_view message, bool quiet) {
     WriteMessage("warning", message, quiet);
 }
 
+void WriteNote(std::string_view message, bool quiet) {
+    WriteMessage("note", message, quiet);
+}
+
 } // namespace joboptions

@@ -61,9 +61,10 @@ std::string Colored(std::string_view text, int number, bool color);
 // Writes all of text to standard output. Throws Failure with Status::kNotWritten and the reason.
 void WriteOutput(std::string_view text);
 
-// Write a line to standard error, unless quiet: the program's name, "error" or "warning", and the
-// message.
+// Write a line to standard error, unless quiet: the program's name, "error", "warning" or "note",
+// and the message.
 void WriteError(std::string_view message, bool quiet = false);
 void WriteWarning(std::string_view message, bool quiet);
+void WriteNote(std::string_view message, bool quiet);
 
 } // namespace joboptions

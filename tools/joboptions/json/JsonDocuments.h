@@ -38,7 +38,7 @@ std::string ChangeDocument(
     std::string const& file);
 
 // {"version", "files": [{"file", "error", "findings": [{"line", "column", "length", "severity",
-// "id", "key", "message"}], "repairs": likewise}]}; a missing error or key is null. length is in
+// "id", "key", "message"}], "repairs": as findings}]}; a missing error or key is null. length is in
 // bytes.
 std::string CheckDocument(std::vector<CheckedFile> const& files);
 
