@@ -1,202 +1,83 @@
-// Containers: a count, a signature, and instances by name, the first of which is the primary one.
+// Containers: instances by name, and methods, which are registered under the signature.
 
-struct BIBContainer {
-    long count;
-    BIBPrimaryRecord primary;
-    BIBStringAtom* signature;
-    List instances; // with their delete procedures
-};
-
-static void* InstanceOf(void const* container) {
-    return ((BIBContainer const*)container)->primary.instance;
-}
-
-static BIBError* ContainerRegisterInstance(
-    BIBContainer* container, void* instance, BIBStringAtom* name, void (*deleteProc)(void*)) {
-    if (ListFind(&container->instances, name) != NULL) {
+static Object* ContainerRegisterInstance(Object* self, void* data, Atom* name, DeleteProc proc) {
+    if (Find(&self->instances, AtomGetCString(name)) != NULL) {
         return Fail("the container has an instance with that name");
     }
-    if (!ListAdd(&container->instances, name, instance, (void*)deleteProc)) {
-        return FailOfMemory();
+    int const isAdded = Add(&self->instances, AtomGetCString(name), data, (void*)proc);
+    if (isAdded && self->instances.count == 1) {
+        self->primary.instanceName = AtomGetCString(name);
+        self->primary.instance = data;
     }
-    if (container->instances.count == 1) {
-        container->primary.instanceName = AtomGetCString(name);
-        container->primary.instance = instance;
-    }
-    return NULL;
+    return FailUnless(isAdded);
 }
 
-static void Destroy(BIBContainer* container) {
-    // A deleteProc may take a reference and release it: that is not the last release once more.
-    container->count = 1;
-    while (container->instances.count > 0) {
-        Item const first = container->instances.items[0];
-        if (first.more != NULL) {
-            ((void (*)(void*))first.more)(first.value);
-        }
-        ListRemove(&container->instances, &container->instances.items[0]);
-    }
-    free(container->instances.items);
-    AtomDeleteStringAtom(container->signature);
-    free(container);
-}
+ROW(Object* ContainerNewContainer(Object** result, Atom* signature),
+    Give(result, NewObject(kOther, AtomGetCString(signature), NULL, 0)))
 
-static BIBError* ContainerNewFullContainer(
-    BIBContainer** result,
+static Object* ContainerNewFullContainer(
+    Object** result,
     void* instance,
-    BIBStringAtom* instanceName,
-    void (*deleteProc)(void*),
-    BIBStringAtom* signature,
+    Atom* name,
+    DeleteProc deleteProc,
+    Atom* signature,
     BIBContainerNotifyProc containerProc,
     BIBInstanceNotifyProc instanceProc,
-    void* clientData) {
-    (void)containerProc;
-    (void)instanceProc;
-    (void)clientData;
-    *result = NULL;
-    BIBContainer* const container = calloc(1, sizeof *container);
-    if (container == NULL) {
-        return FailOfMemory();
+    void* client) {
+    Object* error = ContainerNewContainer(result, signature);
+    if (error == NULL && instance != NULL) {
+        error = ContainerRegisterInstance(*result, instance, name, deleteProc);
     }
-    AtomAddRef(signature);
-    container->signature = signature;
-    container->primary.signature = AtomGetCString(signature);
-    BIBError* const error =
-        instance != NULL ? ContainerRegisterInstance(container, instance, instanceName, deleteProc)
-                         : NULL;
-    if (error != NULL) {
-        Destroy(container);
-        return error;
+    *result = error == NULL ? *result : Discard(*result);
+    return error;
+}
+
+ROW(Atom* ParentOf(Atom* signature), NameOf(FindPart(&gInterfaces, AtomGetCString(signature))))
+
+static Object* ContainerRegisterInterface(Atom* signature, Atom* parent) {
+    Object* const interface = ObjectOf(AtomGetCString(signature));
+    Atom* above = parent;
+    while (above != NULL && above != signature) {
+        above = ParentOf(above);
     }
-    *result = container;
-    return NULL;
-}
-
-static BIBError* ContainerNewContainer(BIBContainer** result, BIBStringAtom* signature) {
-    return ContainerNewFullContainer(result, NULL, NULL, NULL, signature, NULL, NULL, NULL);
-}
-
-// An unowned container around an instance of this runtime. If memory runs out, or instance is null,
-// null, and the instance is destroyed.
-static void* Contain(void* instance, char const* signature, void (*deleteProc)(void*)) {
-    BIBStringAtom* const name = AtomNewStringAtom(signature);
-    BIBContainer* container = NULL;
-    if (instance != NULL && name != NULL) {
-        ErrorRelease(ContainerNewFullContainer(
-            &container, instance, name, deleteProc, name, NULL, NULL, NULL));
+    if (above != NULL || (ParentOf(signature) != NULL && ParentOf(signature) != parent)) {
+        return Fail("the signature has another parent, or would be its own");
     }
-    if (instance != NULL && container == NULL) {
-        deleteProc(instance);
+    if (interface != NULL && interface->name == NULL) {
+        AtomAddRef(parent);
+        interface->name = parent;
     }
-    AtomDeleteStringAtom(name);
-    return container;
+    return FailUnless(interface != NULL);
 }
 
-ROW(long, ContainerAddRef, BIBContainer*, self != NULL ? ++self->count : 0)
-
-static void ContainerDecrementWithoutDelete(BIBContainer* container) {
-    if (container != NULL && container->count > 0) {
-        --container->count;
+static Object* FindMethod(void** result, Atom* signature, Text name, Text type, long optional) {
+    for (*result = NULL; signature != NULL && *result == NULL; signature = ParentOf(signature)) {
+        *result = BIBRuntimeLookup(signature->text, name, type);
     }
+    return *result != NULL || optional ? NULL : Fail("the container has no such method");
 }
 
-static long ContainerDeleteUnownedContainer(BIBContainer* container) {
-    if (container == NULL || container->count > 0) {
-        return 0;
-    }
-    Destroy(container);
-    return 1;
-}
+ROW(Object* ContainerGetMethod(
+        void** result, Object const* self, Atom* name, Atom* type, long optional),
+    FindMethod(result, self->signature, name->text, type->text, optional))
+ROW(Object* ContainerGetParentMethod(
+        void** result, Object const* self, Atom* name, Atom* type, long optional),
+    FindMethod(result, ParentOf(self->signature), name->text, type->text, optional))
 
-static void ContainerRelease(BIBContainer* container) {
-    if (container != NULL && container->count > 0 && --container->count == 0) {
-        Destroy(container);
-    }
-}
-
-static BIBStringAtom* ParentOf(BIBStringAtom* signature) {
-    Item const* const parent = ListFind(&gParents, signature);
-    return parent != NULL ? parent->value : NULL;
-}
-
-static BIBError*
-ContainerRegisterInterface(BIBStringAtom* signature, BIBStringAtom* parentSignature) {
-    BIBStringAtom* const former = ParentOf(signature);
-    if (former != NULL) {
-        return former == parentSignature ? NULL : Fail("the signature has another parent");
-    }
-    for (BIBStringAtom* parent = parentSignature; parent != NULL; parent = ParentOf(parent)) {
-        if (parent == signature) {
-            return Fail("a signature cannot be its own parent");
-        }
-    }
-    if (!ListAdd(&gParents, signature, parentSignature, NULL)) {
-        return FailOfMemory();
-    }
-    AtomAddRef(parentSignature);
-    return NULL;
-}
-
-static BIBError*
-FindMethod(void** result, BIBStringAtom* signature, char const* name, char const* type) {
-    *result = NULL;
-    for (; signature != NULL && *result == NULL; signature = ParentOf(signature)) {
-        *result = BIBRuntimeLookup(AtomGetCString(signature), name, type);
-    }
-    return *result != NULL ? NULL : Fail("the container has no such method");
-}
-
-static BIBError* Optional(long optional, BIBError* error) {
-    ErrorRelease(optional ? error : NULL);
-    return optional ? NULL : error;
-}
-
-static BIBError* ContainerGetMethod(
-    void** result,
-    BIBContainer const* container,
-    BIBStringAtom* name,
-    BIBStringAtom* procType,
-    long optional) {
-    BIBStringAtom* const signature = container->signature;
-    return Optional(optional, FindMethod(result, signature, name->text, procType->text));
-}
-
-static BIBError* ContainerGetParentMethod(
-    void** result,
-    BIBContainer const* container,
-    BIBStringAtom* name,
-    BIBStringAtom* procType,
-    long optional) {
-    BIBStringAtom* const parent = ParentOf(container->signature);
-    return Optional(optional, FindMethod(result, parent, name->text, procType->text));
-}
-
-static BIBError* ContainerCloneContainer(BIBContainer** result, BIBContainer const* source) {
+static Object* ContainerCloneContainer(Object** result, Object const* source) {
     void* method = NULL;
-    *result = NULL;
-    BIBError* const error = FindMethod(&method, source->signature, "Clone", "POSObjectCloneProc");
-    if (error != NULL) {
-        return error;
-    }
-    *result = (BIBContainer*)((POSObjectCloneProc)method)((POSObject*)source);
-    return *result != NULL ? NULL : FailOfMemory();
+    Object* const error = FindMethod(&method, source->signature, "Clone", "POSObjectCloneProc", 0);
+    *result = error == NULL ? ((POSObjectCloneProc)method)((Object*)source) : NULL;
+    return error != NULL ? error : FailUnless(*result != NULL);
 }
 
-static BIBError*
-ContainerNGetInstance(void** result, BIBContainer const* container, BIBStringAtom* name) {
-    Item const* const item = ListFind(&container->instances, name);
-    *result = item != NULL ? item->value : NULL;
-    return item != NULL ? NULL : Fail("the container has no instance with that name");
-}
-
-static void* ContainerGetInstance(BIBContainer const* container, BIBStringAtom* name) {
-    Item const* const item = ListFind(&container->instances, name);
-    return item != NULL ? item->value : NULL;
-}
-
-static long ContainerGetOffsetToPrimaryInstance(void) {
-    return offsetof(BIBContainer, primary);
-}
-
-ROW(BIBStringAtom*, ContainerGetSignature, BIBContainer const*, self->signature)
-ROW(long const*, ContainerDebugGetRefCountAddr, BIBContainer const*, &self->count)
+ROW(void* ContainerGetInstance(Object const* self, Atom* name),
+    ValueOf(Find(&self->instances, AtomGetCString(name))))
+ROW(Object* ContainerNGetInstance(void** result, Object const* self, Atom* name),
+    (*result = ContainerGetInstance(self, name)) ? NULL
+                                                 : Fail("the container has no such instance"))
+ROW(long ContainerGetOffsetToPrimaryInstance(void), offsetof(Object, primary))
+ROW(Atom* ContainerGetSignature(Object const* self), self->signature)
+ROW(long const* ContainerDebugGetRefCountAddr(Object const* self), &self->count)
+ROW(int Inherit(Text level, Text lower),
+    ContainerRegisterInterface(AtomNewStringAtom(level), AtomNewStringAtom(lower)) == NULL)

@@ -1,71 +1,45 @@
-// The lookup: procedures under three names, which are joined to one key, each behind its length.
+// The lookup: each interface is an object with procedures and, as its name, the parent interface.
 
-static List gProcs;
-// Each signature with its parent.
-static List gParents;
-static unsigned long gUnregisterCount = 1;
+static Object gInterfaces;        // its parts, under their names
+static Size gUnregisterCount = 1; // always odd, so never zero
 
-static BIBStringAtom* JoinNames(char const* interface, char const* name, char const* type) {
-    char* text = NULL;
-    int const isNull = interface == NULL || name == NULL || type == NULL;
-    if (isNull ||
-        asprintf(&text, "%zu %s%zu %s%s", strlen(interface), interface, strlen(name), name, type) <
-            0) {
-        return NULL;
+// The key of a procedure, with a length in front. Null for a null name, and if memory runs out.
+static char* JoinNames(Text name, Text type) {
+    char* key = NULL;
+    int const areNames = name != NULL && type != NULL;
+    return areNames && asprintf(&key, "%zu %s%s", strlen(name), name, type) >= 0 ? key : NULL;
+}
+
+void* BIBRuntimeLookup(Text interface, Text name, Text type) {
+    Object* const object = FindPart(&gInterfaces, interface);
+    char* const key = object != NULL ? JoinNames(name, type) : NULL;
+    void* const proc = key != NULL ? ValueOf(Find(&object->instances, key)) : NULL;
+    free(key);
+    return proc;
+}
+
+// The object of an interface, which is made if it is missing; null if memory runs out.
+static Object* ObjectOf(Text interface) {
+    if (interface != NULL && FindPart(&gInterfaces, interface) == NULL) {
+        PutNew(&gInterfaces, interface, NewObject(kOther, NULL, NULL, 0));
     }
-    BIBStringAtom* const key = AtomNewStringAtom(text);
-    free(text);
-    return key;
+    return FindPart(&gInterfaces, interface);
 }
 
-void* BIBRuntimeLookup(char const* interfaceName, char const* procName, char const* procType) {
-    BIBStringAtom* const key = JoinNames(interfaceName, procName, procType);
-    Item const* const item = key != NULL ? ListFind(&gProcs, key) : NULL;
-    AtomDeleteStringAtom(key);
-    return item != NULL ? item->value : NULL;
-}
-
-static int BIBRegisterProcAddress(
-    char const* interfaceName, char const* procName, char const* procType, void* proc) {
-    BIBStringAtom* const key = JoinNames(interfaceName, procName, procType);
-    int const isFree = key != NULL && ListFind(&gProcs, key) == NULL;
-    int const isAdded = isFree && ListAdd(&gProcs, key, proc, NULL);
-    AtomDeleteStringAtom(key);
+static int BIBRegisterProcAddress(Text interface, Text name, Text type, void* proc) {
+    Object* const object = ObjectOf(interface);
+    char* const key = object != NULL ? JoinNames(name, type) : NULL;
+    int const isFree = key != NULL && Find(&object->instances, key) == NULL;
+    int const isAdded = isFree && Add(&object->instances, key, proc, NULL);
+    free(key);
     return isAdded;
 }
 
-static int BIBUnregisterInterface(char const* interfaceName) {
-    char* prefix = NULL;
-    int const length = asprintf(&prefix, "%zu %s", strlen(interfaceName), interfaceName);
-    if (length < 0) {
-        return 0;
-    }
-    for (unsigned long i = gProcs.count; i-- > 0;) {
-        char const* const key = AtomGetCString(gProcs.items[i].key);
-        if (strncmp(key, prefix, (unsigned long)length) == 0) {
-            ListRemove(&gProcs, &gProcs.items[i]);
-        }
-    }
-    free(prefix);
-    BIBStringAtom* const signature = AtomNewStringAtom(interfaceName);
-    Item* const parent = ListFind(&gParents, signature);
-    if (parent != NULL) {
-        AtomDeleteStringAtom(parent->value);
-        ListRemove(&gParents, parent);
-    }
-    AtomDeleteStringAtom(signature);
-    gUnregisterCount += gUnregisterCount == ULONG_MAX ? 2 : 1;
-    return 1;
+static int BIBUnregisterInterface(Text interface) {
+    gUnregisterCount += 2;
+    return Replace(&gInterfaces, Find(&gInterfaces.parts, interface), NULL) != 0;
 }
 
-static unsigned long* BIBGetUnregisterCountAddr(void) {
-    return &gUnregisterCount;
-}
-
-static int BIBReportError(char const* message) {
-    return fprintf(stderr, "%s\n", message) >= 0;
-}
-
-static int BIBIsMultiThreaded(void) {
-    return 0;
-}
+ROW(Size* BIBGetUnregisterCountAddr(void), &gUnregisterCount)
+ROW(int BIBReportError(Text message), fprintf(stderr, "%s\n", message) >= 0)
+ROW(int BIBIsMultiThreaded(void), 0)

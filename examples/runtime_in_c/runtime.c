@@ -6,44 +6,60 @@
 // name of its interface in front: ContainerAddRef is AddRef of BIBContainerInterface.
 #define _GNU_SOURCE
 
+// All that is counted has one structure (objects.h), so one type of pointer is enough.
+#define BIBContainer Object
+#define BIBError Object
+#define BIBPositionableStream Object
+#define BIBRewindableStream Object
+#define BIBSharedBuffer Object
+#define BIBSimpleStream Object
+#define BIBStringAtom Atom
+#define POSArray Object
+#define POSBinData Object
+#define POSDict Object
+#define POSDictIterator Object
+#define POSNumber Object
+#define POSObject Object
+#define POSString Object
+#define POSUnicodeString Object
+#define POSValidator Object
+
 #include <api/BIBBootstrap.h>
-#include <api/BIBContainerInterface.h>
-#include <api/BIBErrorInterface.h>
 #include <api/BIBMemoryInterface.h>
 #include <api/BIBRuntime.h>
-#include <api/BIBSharedBuffInterface.h>
-#include <api/BIBStreamInterface.h>
-#include <api/BIBStringInterface.h>
-#include <api/POSCollectionInterfaces.h>
-#include <api/POSObjectInterface.h>
 #include <api/POSScalarInterfaces.h>
 #include <api/POSValidatorInterface.h>
-#include <limits.h>
 #include <locale.h>
+#include <search.h>
 #include <stddef.h>
 #include <stdint.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 
-// A row, or another function, of one argument and one expression.
-#define ROW(result, name, type, expression) \
-    static result name(type self) { \
+// Rows have parameters that a small runtime does not need.
+#pragma GCC diagnostic ignored "-Wunused-parameter"
+
+// A row, or another function, of one expression.
+#define ROW(declaration, expression) \
+    static declaration { \
         return expression; \
     }
 
 // Values may be nested this deep; they are destroyed at any depth.
 enum { kMostLevels = 1100 };
 
-// Each needs those above it.
+typedef unsigned char Byte;
+typedef unsigned long Size;
+typedef char const* Text; // with a zero at its end
+
 // clang-format off
-#include "memory.h"
-#include "atoms.h"
-#include "errors.h"
+#include "basics.h"
+#include "objects.h"
+#include "values.h"
 #include "registry.h"
 #include "containers.h"
 #include "streams.h"
-#include "values.h"
 #include "notation.h"
 #include "validator.h"
 // clang-format on
@@ -59,7 +75,7 @@ enum { kMostLevels = 1100 };
 #define ATOM(name, type) ADD("BIBStringInterface", Atom, name, type)
 #define MEMORY(name, type) ADD("BIBMemoryInterface", Memory, name, type)
 #define BUFFER(name, type) ADD("BIBSharedBuffInterface", Buffer, name, type)
-#define FACTORY(name, type) ADD("BIBStreamFactoryInterface", Factory, name, type)
+#define FACTORY(name, type) ADD("BIBStreamFactoryInterface", Stream, name, type)
 #define NUMBER(name, type) ADD("POSNumberInterface", Number, name, type)
 #define STRING(name, type) ADD("POSStringInterface", String, name, type)
 #define UNICODE(name, type) ADD("POSUnicodeStringInterface", UnicodeString, name, type)
@@ -69,50 +85,33 @@ enum { kMostLevels = 1100 };
 #define CURSOR(name, type) ADD("POSDictIteratorInterface", Cursor, name, type)
 #define OBJECT(name, type) ADD("POSObjectStatics", Object, name, type)
 #define VALIDATOR(name, type) ADD("POSStructValidatorInterface", Validator, name, type)
-// Methods, under the signatures of their containers, which are this runtime's choice.
-#define VALUE(name, type) ADD(kValueSignature, Value, name, type)
-#define VALIDATION(name, type) ADD("Validator", Validator, name, type)
+// Methods of streams, under the signatures of their levels.
 #define SIMPLE(name, type) ADD("SimpleStream", Stream, name, type)
 #define REWINDABLE(name, type) ADD("RewindableStream", Stream, name, type)
 #define POSITIONABLE(name, type) ADD("PositionableStream", Stream, name, type)
-
-// Streams of a higher level have the methods of the lower ones.
-static int InheritMethods(char const* level, char const* lowerLevel) {
-    BIBStringAtom* const signature = AtomNewStringAtom(level);
-    BIBStringAtom* const parent = AtomNewStringAtom(lowerLevel);
-    return signature != NULL && parent != NULL &&
-           ContainerRegisterInterface(signature, parent) == NULL;
-}
 
 // If memory runs out here, rows are missing, and the component does not start.
 __attribute__((constructor)) static void Start(void) {
     gCoreErrors[kBRVUnknownError] = ErrorNewError("Unknown error", "runtime_in_c", 0, NULL, NULL);
     gCoreErrors[kBRVMemoryError] = ErrorNewError("Out of memory", "runtime_in_c", 1, NULL, NULL);
-    int isComplete = gCoreErrors[0] != NULL && gCoreErrors[1] != NULL;
-    isComplete = isComplete BIB_BOOTSTRAP_ROWS(BIB);
-    isComplete = isComplete BIB_CONTAINER_INTERFACE_ROWS(CONTAINER);
-    isComplete = isComplete BIB_ERROR_INTERFACE_ROWS(ERROR);
-    isComplete = isComplete BIB_STRING_INTERFACE_ROWS(ATOM);
-    isComplete = isComplete BIB_MEMORY_INTERFACE_ROWS(MEMORY);
-    isComplete = isComplete BIB_SHARED_BUFF_INTERFACE_ROWS(BUFFER);
-    isComplete = isComplete BIB_STREAM_FACTORY_INTERFACE_ROWS(FACTORY);
-    isComplete = isComplete BIB_SIMPLE_STREAM_INTERFACE_ROWS(SIMPLE);
-    isComplete = isComplete BIB_REWINDABLE_STREAM_INTERFACE_ROWS(REWINDABLE);
-    isComplete = isComplete BIB_POSITIONABLE_STREAM_INTERFACE_ROWS(POSITIONABLE);
-    isComplete = isComplete POS_NUMBER_INTERFACE_ROWS(NUMBER);
-    isComplete = isComplete POS_STRING_INTERFACE_ROWS(STRING);
-    isComplete = isComplete POS_UNICODE_STRING_INTERFACE_ROWS(UNICODE);
-    isComplete = isComplete POS_BIN_DATA_INTERFACE_ROWS(BINARY);
-    isComplete = isComplete POS_ARRAY_INTERFACE_ROWS(ARRAY);
-    isComplete = isComplete POS_DICT_INTERFACE_ROWS(DICT);
-    isComplete = isComplete POS_DICT_ITERATOR_INTERFACE_ROWS(CURSOR);
-    isComplete = isComplete POS_OBJECT_STATICS_ROWS(OBJECT);
-    isComplete = isComplete POS_OBJECT_VIRTUAL_INTERFACE_ROWS(VALUE);
-    isComplete = isComplete POS_STRUCT_VALIDATOR_INTERFACE_ROWS(VALIDATOR);
-    isComplete = isComplete POS_VALIDATOR_VIRTUAL_INTERFACE_ROWS(VALIDATION);
-    isComplete = isComplete && InheritMethods("RewindableStream", "SimpleStream") &&
-                 InheritMethods("PositionableStream", "RewindableStream");
-    if (!isComplete) {
-        fprintf(stderr, "out of memory\n");
-    }
+    gNumbers = newlocale(LC_ALL_MASK, "C", NULL);
+    int isDone = gCoreErrors[0] != NULL && gCoreErrors[1] != NULL && gNumbers != NULL &&
+                 Inherit("RewindableStream", "SimpleStream") &&
+                 Inherit("PositionableStream", "RewindableStream");
+    isDone = isDone BIB_BOOTSTRAP_ROWS(BIB) BIB_CONTAINER_INTERFACE_ROWS(CONTAINER);
+    isDone = isDone BIB_MEMORY_INTERFACE_ROWS(MEMORY) BIB_SHARED_BUFF_INTERFACE_ROWS(BUFFER);
+    isDone = isDone BIB_STRING_INTERFACE_ROWS(ATOM) BIB_ERROR_INTERFACE_ROWS(ERROR);
+    isDone = isDone POS_NUMBER_INTERFACE_ROWS(NUMBER) POS_STRING_INTERFACE_ROWS(STRING);
+    isDone = isDone POS_UNICODE_STRING_INTERFACE_ROWS(UNICODE) POS_BIN_DATA_INTERFACE_ROWS(BINARY);
+    isDone = isDone POS_ARRAY_INTERFACE_ROWS(ARRAY) POS_DICT_INTERFACE_ROWS(DICT);
+    isDone = isDone POS_DICT_ITERATOR_INTERFACE_ROWS(CURSOR);
+    isDone = isDone BIB_STREAM_FACTORY_INTERFACE_ROWS(FACTORY);
+    isDone = isDone BIB_SIMPLE_STREAM_INTERFACE_ROWS(SIMPLE);
+    isDone = isDone BIB_REWINDABLE_STREAM_INTERFACE_ROWS(REWINDABLE);
+    isDone = isDone BIB_POSITIONABLE_STREAM_INTERFACE_ROWS(POSITIONABLE);
+    // What makes values and validators is also the signature of their methods.
+    isDone = isDone POS_OBJECT_STATICS_ROWS(OBJECT) POS_OBJECT_VIRTUAL_INTERFACE_ROWS(OBJECT);
+    isDone = isDone POS_STRUCT_VALIDATOR_INTERFACE_ROWS(VALIDATOR);
+    isDone = isDone POS_VALIDATOR_VIRTUAL_INTERFACE_ROWS(VALIDATOR);
+    (void)(isDone || BIBReportError("out of memory"));
 }

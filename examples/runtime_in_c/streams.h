@@ -1,230 +1,104 @@
 // Streams: each calls the procedures of a client. Those on memory have a client of this runtime.
 
-typedef struct Stream {
-    BIBClientStreamProcs procs;
-    void* client;
-} Stream;
+typedef BIBClientStreamProcs Procs;
+typedef BIBPositionableStream_SeekOrigin Origin;
 
-ROW(Stream*, StreamOf, void const*, InstanceOf(self))
-
-static void DeleteStream(void* instance) {
-    Stream* const self = instance;
-    if (self->procs.deleteProc != NULL) {
-        self->procs.deleteProc(self->client);
-    }
-    free(self);
-}
-
-// An unowned stream; null if memory runs out, and then the client is still the caller's.
-static void* NewStream(BIBClientStreamProcs const* procs, void* client, char const* level) {
-    Stream* const self = calloc(1, sizeof *self);
-    void* const container = Contain(self, level, &DeleteStream);
-    if (container != NULL) {
-        *self = (Stream){*procs, client};
-    }
-    return container;
-}
-
-ROW(BIBError*, FailUnless, void const*, self != NULL ? NULL : FailOfMemory())
-
-static BIBError* FailMissing(void) {
-    return Fail("the stream has no such operation");
-}
+static char const kMissing[] = "the stream has no such operation";
 
 // Calls a procedure of the client, which need not exist.
 #define CALL(proc, ...) \
-    (StreamOf(self)->procs.proc != NULL \
-         ? StreamOf(self)->procs.proc(StreamOf(self)->client, __VA_ARGS__) \
-         : FailMissing())
+    (self->procs.proc != NULL ? self->procs.proc(self->data, __VA_ARGS__) : Fail(kMissing))
 
-static BIBError* StreamRead(
-    BIBSimpleStream* self, unsigned long* bytesRead, unsigned char* buffer, unsigned long size) {
-    *bytesRead = 0;
-    return CALL(read, bytesRead, buffer, size);
-}
+ROW(Object* StreamRead(Object* self, Size* count, Byte* to, Size size), CALL(read, count, to, size))
+ROW(Object* StreamWrite(Object* self, Byte const* bytes, Size size), CALL(write, bytes, size))
+ROW(Object* StreamMark(Object* self, Size* position), CALL(mark, position))
+ROW(Object* StreamSeek(Object* self, long offset, Origin origin), CALL(seek, offset, origin))
+ROW(Object* StreamRewind(Object* self),
+    self->procs.rewind != NULL ? self->procs.rewind(self->data) : StreamSeek(self, 0, 0))
 
-static BIBError*
-StreamWrite(BIBSimpleStream* self, unsigned char const* buffer, unsigned long size) {
-    return CALL(write, buffer, size);
-}
-
-static BIBError* StreamMark(BIBPositionableStream* self, unsigned long* position) {
-    return CALL(mark, position);
-}
-
-static BIBError*
-StreamSeek(BIBPositionableStream* self, long offset, BIBPositionableStream_SeekOrigin origin) {
-    return CALL(seek, offset, origin);
-}
-
-static BIBError* StreamRewind(BIBRewindableStream* self) {
-    Stream const* const stream = StreamOf(self);
-    return stream->procs.rewind != NULL
-               ? stream->procs.rewind(stream->client)
-               : StreamSeek((BIBPositionableStream*)self, 0, kBIBSeekFromStart);
-}
-
-// The bytes of streams on memory: a buffer's, which cannot be written, or their own, which grow.
-typedef struct Bytes {
-    long streams;
-    BIBSharedBuffer* buffer;
-    unsigned char* bytes;
-    unsigned long size;
-    unsigned long capacity;
-} Bytes;
-
-typedef struct Position {
-    Bytes* bytes;
-    unsigned long offset;
-} Position;
-
-static BIBError*
-ReadBytes(void* client, unsigned long* bytesRead, unsigned char* buffer, unsigned long size) {
-    Position* const self = client;
-    unsigned long const rest = self->bytes->size - self->offset;
-    *bytesRead = size < rest ? size : rest;
-    if (*bytesRead > 0) {
-        memcpy(buffer, self->bytes->bytes + self->offset, *bytesRead);
+static Object* NewStream(Object** result, Object* self, Procs const* procs, void* client) {
+    if (self != NULL) {
+        self->procs = *procs;
+        self->data = client;
+        self->deleteProc = procs->deleteProc;
     }
-    self->offset += *bytesRead;
+    return Give(result, self);
+}
+
+ROW(Object* StreamNewClientSimpleStream(Object** result, Procs const* procs, void* client),
+    NewStream(result, NewObject(kOther, "SimpleStream", NULL, 0), procs, client))
+ROW(Object* StreamNewClientRewindableStream(Object** result, Procs const* procs, void* client),
+    NewStream(result, NewObject(kOther, "RewindableStream", NULL, 0), procs, client))
+ROW(Object* StreamNewClientPositionableStream(Object** result, Procs const* procs, void* client),
+    NewStream(result, NewObject(kOther, "PositionableStream", NULL, 0), procs, client))
+
+// A stream on memory is its own client, at a position in a buffer that it references: a client's,
+// or one that grows.
+
+static Object* ReadBytes(void* client, Size* count, Byte* bytes, Size size) {
+    Object* const self = client;
+    Size const rest = HeldBy(self)->size - self->number;
+    *count = size < rest ? size : rest;
+    if (*count > 0) {
+        memcpy(bytes, (Byte*)HeldBy(self)->data + self->number, *count);
+    }
+    self->number += *count;
     return NULL;
 }
 
-static int Grow(Bytes* bytes, unsigned long size) {
-    if (size > bytes->capacity) {
-        unsigned char* const grown = realloc(bytes->bytes, 2 * size);
-        if (grown == NULL) {
-            return 0;
-        }
-        bytes->bytes = grown;
-        bytes->capacity = 2 * size;
+static Object* WriteBytes(void* client, Byte const* bytes, Size size) {
+    Object* const self = client;
+    Object* const buffer = HeldBy(self);
+    Size const end = self->number + size;
+    Size const newSize = end > buffer->size ? end : buffer->size;
+    int const fits = buffer->kind == kGrowing && end >= size;
+    void* const data = fits ? MemoryRealloc(buffer->data, newSize) : NULL;
+    if (data == NULL) {
+        return buffer->kind == kGrowing ? FailUnless(0) : Fail(kMissing);
     }
-    bytes->size = size > bytes->size ? size : bytes->size;
-    return 1;
-}
-
-static BIBError* WriteBytes(void* client, unsigned char const* buffer, unsigned long size) {
-    Position* const self = client;
-    if (self->bytes->buffer != NULL) {
-        return FailMissing();
-    }
-    if (size > LONG_MAX / 2 - self->offset || !Grow(self->bytes, self->offset + size)) {
-        return FailOfMemory();
-    }
+    buffer->data = data;
+    buffer->size = newSize;
     if (size > 0) {
-        memcpy(self->bytes->bytes + self->offset, buffer, size);
+        memcpy((Byte*)data + self->number, bytes, size);
     }
-    self->offset += size;
+    self->number = end;
     return NULL;
 }
 
-static BIBError* MarkBytes(void* client, unsigned long* position) {
-    *position = ((Position*)client)->offset;
-    return NULL;
-}
+ROW(Object* MarkBytes(void* self, Size* position), (*position = ((Object*)self)->number, NULL))
 
-static BIBError* SeekBytes(void* client, long offset, BIBPositionableStream_SeekOrigin origin) {
-    Position* const self = client;
-    long const size = (long)self->bytes->size;
-    long const bases[] = {0, (long)self->offset, size};
-    if (offset < -bases[origin] || offset > size - bases[origin]) {
+static Object* SeekBytes(void* client, long offset, Origin origin) {
+    Object* const self = client;
+    Size const bases[] = {0, self->number, HeldBy(self)->size};
+    Size const target = bases[origin] + (Size)offset; // before the start, it is very large
+    if (target > HeldBy(self)->size) {
         return Fail("the position is outside of the stream");
     }
-    self->offset = (unsigned long)(bases[origin] + offset);
+    self->number = target;
     return NULL;
 }
 
-static void DeletePosition(void* client) {
-    Bytes* const bytes = ((Position*)client)->bytes;
-    free(client);
-    if (--bytes->streams == 0) {
-        free(bytes->buffer == NULL ? bytes->bytes : NULL);
-        BufferRelease(bytes->buffer);
-        free(bytes);
-    }
+static Object* StreamNewPositionableBufferStream(Object** result, Object* buffer) {
+    static Procs const kProcs = {&ReadBytes, &WriteBytes, NULL, &MarkBytes, &SeekBytes, NULL};
+    Object* const self = NewHolder("PositionableStream", buffer);
+    return NewStream(result, self, &kProcs, self);
 }
 
-static BIBClientStreamProcs const kBytesProcs = {
-    &ReadBytes, &WriteBytes, NULL, &MarkBytes, &SeekBytes, &DeletePosition};
-
-// A stream on bytes that are new (with streams 0) or have other streams.
-static void* NewPosition(Bytes* bytes) {
-    Position* const self = calloc(1, sizeof *self);
-    void* const stream = self != NULL ? NewStream(&kBytesProcs, self, "PositionableStream") : NULL;
-    if (stream == NULL) {
-        free(self);
-        return NULL;
+static Object* StreamNewPositionableMemoryStream(Object** result) {
+    Object* const buffer = NewObject(kGrowing, NULL, NULL, 0);
+    if (buffer != NULL) {
+        buffer->data = NULL;
+        buffer->deleteProc = &MemoryFree;
     }
-    self->bytes = bytes;
-    ++bytes->streams;
-    return stream;
-}
-
-static void* NewBytes(BIBSharedBuffer* buffer) {
-    Bytes* const bytes = malloc(sizeof *bytes);
-    if (bytes == NULL) {
-        return NULL;
-    }
-    *bytes = (Bytes){0, buffer, BufferGetBuffer(buffer), BufferGetSize(buffer), 0};
-    void* const stream = NewPosition(bytes);
-    if (stream == NULL) {
-        free(bytes);
-        return NULL;
-    }
-    BufferAddRef(buffer);
-    return stream;
-}
-
-static BIBError*
-StreamCreateIndependentlyRewindableStream(BIBRewindableStream* self, BIBRewindableStream** result) {
-    Stream const* const stream = InstanceOf(self);
-    int const isHere = stream->procs.read == &ReadBytes;
-    *result = isHere ? NewPosition(((Position*)stream->client)->bytes) : NULL;
-    return isHere ? FailUnless(*result) : FailMissing();
-}
-
-static BIBError* StreamCreateIndependentlyPositionableStream(
-    BIBPositionableStream* self, BIBPositionableStream** result) {
-    BIBRewindableStream* second = NULL;
-    BIBError* const error =
-        StreamCreateIndependentlyRewindableStream((BIBRewindableStream*)self, &second);
-    *result = (BIBPositionableStream*)second;
+    Object* const error = StreamNewPositionableBufferStream(result, buffer);
+    Discard(buffer); // where no stream references it
     return error;
 }
 
-static BIBError* FactoryNewPositionableMemoryStream(BIBPositionableStream** result) {
-    *result = NewBytes(NULL);
-    return FailUnless(*result);
-}
-
-static BIBError*
-FactoryNewPositionableBufferStream(BIBPositionableStream** result, BIBSharedBuffer* buffer) {
-    *result = NewBytes(buffer);
-    return FailUnless(*result);
-}
-
-static BIBError*
-FactoryNewPositionableFileStream(BIBPositionableStream** result, char const* path, int writable) {
-    (void)path;
-    (void)writable;
-    *result = NULL;
-    return Fail("this runtime has no streams on files");
-}
-
-static BIBError* FactoryNewClientSimpleStream(
-    BIBSimpleStream** result, BIBClientStreamProcs const* procs, void* clientData) {
-    *result = NewStream(procs, clientData, "SimpleStream");
-    return FailUnless(*result);
-}
-
-static BIBError* FactoryNewClientRewindableStream(
-    BIBRewindableStream** result, BIBClientStreamProcs const* procs, void* clientData) {
-    *result = NewStream(procs, clientData, "RewindableStream");
-    return FailUnless(*result);
-}
-
-static BIBError* FactoryNewClientPositionableStream(
-    BIBPositionableStream** result, BIBClientStreamProcs const* procs, void* clientData) {
-    *result = NewStream(procs, clientData, "PositionableStream");
-    return FailUnless(*result);
-}
+ROW(Object* StreamNewPositionableFileStream(Object** result, Text path, int writable),
+    Refuse(result, "this runtime has no streams on files"))
+ROW(Object* StreamCreateIndependentlyPositionableStream(Object* self, Object** result),
+    self->data == self ? StreamNewPositionableBufferStream(result, HeldBy(self))
+                       : Refuse(result, kMissing))
+ROW(Object* StreamCreateIndependentlyRewindableStream(Object* self, Object** result),
+    StreamCreateIndependentlyPositionableStream(self, result))

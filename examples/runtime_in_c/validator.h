@@ -1,277 +1,169 @@
 // A small validator: kinds, required settings, nested structures and checks. It ignores all other
-// parts of rules.
+// parts of rules. It owns nothing while it runs, since an exception of a callback may end it.
 
-typedef struct Validator {
-    POSDict* schema;
-    List checks; // with their user data
-    int isBroken;
-} Validator;
-
-// One validation, at the path of a value. It owns nothing, since an exception of a callback may
-// leave it at any call.
 typedef struct Walk {
-    Validator const* validator;
+    Object* validator;
     POSValidatorErrorCallback errorProc;
     long errors;
-    int isAtEnd; // the message that memory ran out is the last one
-    char path[1001];
 } Walk;
 
-static void Report(Walk* self, char const* message) {
-    ++self->errors;
-    if (self->errorProc != NULL && !self->isAtEnd) {
-        self->errorProc(message);
+// Where a walk is: at a setting, in another one, and so on. The outermost place has no name.
+typedef struct Place {
+    Walk* walk;
+    struct Place const* outer;
+    Text name;
+    int levels; // that may follow
+} Place;
+
+// Reports a text at a place. Of a path of more than 1,000 bytes the end is left.
+static void Report(Place const* place, Text text, Text detail) {
+    Walk* const walk = place->walk;
+    char path[1002] = "";
+    char* start = path + sizeof path - 1;
+    for (; place->name != NULL && start > path; place = place->outer) {
+        Text const name = *place->name != '\0' ? place->name : "_";
+        for (Size i = strlen(name); i-- > 0 && start > path;) {
+            *--start = (Byte)name[i] <= ' ' || name[i] == '\x7F' ? '_' : name[i];
+        }
+        if (place->outer->name != NULL && start > path) {
+            *--start = '/';
+        }
     }
-}
-
-static void ReportAt(Walk* self, char const* format, char const* argument) {
-    char message[sizeof self->path + 400];
-    int const length = snprintf(message, sizeof message, "%s ", self->path);
-    snprintf(message + length, sizeof message - (unsigned long)length, format, argument);
-    Report(self, message);
-}
-
-static void ReportOutOfMemory(Walk* self) {
-    Report(self, "out-of-memory");
-    self->isAtEnd = 1;
-}
-
-// Goes to a part of the value, whose name follows a slash. Gives the length of the path before.
-static unsigned long Enter(Walk* self, char const* name) {
-    unsigned long const length = strlen(self->path);
-    char const* const slash = length > 0 ? "/" : "";
-    char const* const step = *name != '\0' ? name : "_";
-    snprintf(self->path + length, sizeof self->path - length, "%s%s", slash, step);
-    for (char* p = self->path + length; *p != '\0'; ++p) {
-        *p = (unsigned char)*p <= ' ' || *p == '\x7F' ? '_' : *p;
+    memcpy(path, "...", start == path ? 3 : 0);
+    char message[sizeof path + 400];
+    snprintf(message, sizeof message, "%s%s%s", start, text, detail);
+    ++walk->errors;
+    if (walk->errorProc != NULL) {
+        walk->errorProc(message);
     }
-    return length;
-}
-
-static char const* TextOf(POSObject* object) {
-    return IsKind(object, kString) ? StringGet((POSString*)object) : NULL;
-}
-
-static int IsText(POSObject* object, char const* text) {
-    return IsKind(object, kString) && strcmp(TextOf(object), text) == 0;
-}
-
-static int IsBinaryOf(POSObject* object, char const* typeName) {
-    return IsKind(object, kBinary) && strcmp(ValueOf(object)->typeName->text, typeName) == 0;
 }
 
 // Whether a value is of a kind; -1 for a word that is no kind.
-static int MatchesKind(POSObject* value, char const* kind) {
-    int const isNumber = IsKind(value, kNumber);
-    double const number = isNumber ? NumberGet((POSNumber*)value) : 0.5;
-    int const isBoolean = IsText(value, "true") || IsText(value, "false");
-    struct {
-        char const* kind;
-        int matches;
-    } const kKinds[] = {
-        {"any", 1},
-        {"boolean", isBoolean},
-        {"number", isNumber},
-        {"integer",
-         number - number == 0 &&
-             (number <= -9e15 || number >= 9e15 || (double)(long long)number == number)},
-        {"name", IsKind(value, kString) && !isBoolean},
-        {"string", IsBinaryOf(value, "JoboptionsString")},
-        {"hexstring", IsBinaryOf(value, "JoboptionsUnicodeString")},
-        {"array", IsKind(value, kArray)},
-        {"dictionary", IsKind(value, kDict)}};
-    for (unsigned long i = 0; i < sizeof kKinds / sizeof *kKinds; ++i) {
-        if (strcmp(kKinds[i].kind, kind) == 0) {
-            return kKinds[i].matches;
-        }
-    }
-    return -1;
+static int MatchesKind(Object* value, Text kind) {
+    Text const word = IsKind(value, kString) ? value->data : "";
+    Text const binary = IsKind(value, kBinary) ? value->name->text : "";
+    double const number = IsKind(value, kNumber) ? NumberGet(value) : 0.5;
+    int const isBoolean = strcmp(word, "true") == 0 || strcmp(word, "false") == 0;
+    // Large numbers have no fraction, and may not fit an integer.
+    int const isWhole = number - number == 0 &&
+                        (number <= -9e15 || number >= 9e15 || (double)(long long)number == number);
+    return strcmp(kind, "any") == 0          ? 1
+           : strcmp(kind, "boolean") == 0    ? isBoolean
+           : strcmp(kind, "number") == 0     ? IsKind(value, kNumber)
+           : strcmp(kind, "integer") == 0    ? isWhole
+           : strcmp(kind, "name") == 0       ? IsKind(value, kString) && !isBoolean
+           : strcmp(kind, "string") == 0     ? strcmp(binary, "JoboptionsString") == 0
+           : strcmp(kind, "hexstring") == 0  ? strcmp(binary, "JoboptionsUnicodeString") == 0
+           : strcmp(kind, "array") == 0      ? IsKind(value, kArray)
+           : strcmp(kind, "dictionary") == 0 ? IsKind(value, kDict)
+                                             : -1;
 }
 
-static void ReleaseBuffer(BIBSharedBuffer** buffer) {
-    BufferRelease(*buffer);
-}
-
-// The buffer is released also where the check leaves by an exception.
-static void CallCheck(Walk* self, Item const* check, POSObject* value, BIBStringAtom* key) {
-    __attribute__((cleanup(ReleaseBuffer))) BIBSharedBuffer* buffer =
-        BufferNewBuffer(256, NULL, NULL, NULL, NULL);
-    if (buffer == NULL) {
-        ReportOutOfMemory(self);
-        return;
-    }
-    char* const message = memset(BufferGetBuffer(buffer), 0, 256);
-    if (!((POSValidatorCheckCallback)check->value)(value, key, buffer, check->more)) {
-        message[255] = '\0';
-        ReportAt(self, "%s", *message != '\0' ? message : "is not allowed");
+// Checks are parts of the validator: buffers for their messages, with their data as instances.
+static void CallCheck(Place const* place, Item const* check, Object* value, Atom* key) {
+    Object* const message = check->value;
+    Text const text = memset(message->data, 0, message->size);
+    void const* const userData = message->primary.instance;
+    if (!((POSValidatorCheckCallback)check->more)(value, key, message, userData)) {
+        Report(place, *text != '\0' ? " " : " is not allowed", text);
     }
 }
 
-static void
-ValidateValue(Walk* self, POSObject* value, POSObject* rule, BIBStringAtom* key, int levels);
+static void ApplyRules(Place const* outer, Object* rules, Object* required, Object* settings);
 
-// Validates the settings that a structure, or its part "optional", has rules for.
-static void ValidateSettings(
-    Walk* self, POSObject* settings, POSObject* rules, POSObject* required, int levels) {
-    int const areRequired = required == NULL;
-    if (!IsKind(rules, kDict)) {
-        unsigned long const length = Enter(self, "optional");
-        ReportAt(self, "cannot be validated: the schema has no dictionary there", NULL);
-        self->path[length] = '\0';
-        return;
-    }
-    for (unsigned long i = 0; i < ValueOf(rules)->items.count; ++i) {
-        Item const rule = ValueOf(rules)->items.items[i];
-        POSObject* const setting = DictGet((POSDict*)settings, rule.key);
-        if (areRequired && strcmp(rule.key->text, "optional") == 0) {
-            ValidateSettings(self, settings, rule.value, rules, levels);
-            continue;
-        }
-        // A setting that is both required and optional is required.
-        if (!areRequired && strcmp(rule.key->text, "optional") != 0 &&
-            DictGet((POSDict*)required, rule.key) != NULL) {
-            continue;
-        }
-        unsigned long const length = Enter(self, rule.key->text);
-        if (setting != NULL) {
-            ValidateValue(self, setting, rule.value, rule.key, levels);
-        } else if (areRequired) {
-            ReportAt(self, "expected a value, found nothing", NULL);
-        }
-        self->path[length] = '\0';
-    }
-}
-
-static char const* TypeOf(POSObject* rule) {
-    char const* const type = TextOf(IsKind(rule, kDict) ? Find(rule, "type") : rule);
-    return type != NULL ? type : "";
-}
-
-// The structure of that name, or null. The empty word names nothing.
-static POSObject* FindStructure(Walk const* self, char const* type) {
-    POSObject* const found = *type != '\0' ? Find((POSObject*)self->validator->schema, type) : NULL;
-    return IsKind(found, kDict) ? found : NULL;
-}
-
-static Item const* FindCheck(Walk const* self, char const* type) {
-    return *type != '\0' ? FindText(&self->validator->checks, type) : NULL;
-}
-
-static void
-ValidateValue(Walk* self, POSObject* value, POSObject* rule, BIBStringAtom* key, int levels) {
-    char const* const type = TypeOf(rule);
+// Applies a rule to a value. Without a value, checks the rule alone.
+static void ApplyRule(Place const* place, Item const* rule, Object* value) {
+    Object* const validator = place->walk->validator;
+    Object* const word = IsKind(rule->value, kDict) ? FindPart(rule->value, "type") : rule->value;
+    Text const type = IsKind(word, kString) ? word->data : "";
     int const matches = MatchesKind(value, type);
-    POSObject* const structure = matches < 0 ? FindStructure(self, type) : NULL;
-    Item const* const check = matches < 0 && structure == NULL ? FindCheck(self, type) : NULL;
-    if (levels == 0) {
-        ReportAt(self, "is nested too deeply", NULL);
-    } else if (matches == 0 || (structure != NULL && !IsKind(value, kDict))) {
-        ReportAt(self, "expected another kind of value: %s", type);
-    } else if (matches < 0 && structure == NULL && check == NULL) {
-        ReportAt(self, "cannot be validated: the schema says %s", type);
-    } else if (check != NULL) {
-        CallCheck(self, check, value, key);
-    } else if (structure != NULL) {
-        ValidateSettings(self, value, structure, NULL, levels - 1);
+    Object* const structure = FindPart(HeldBy(validator), type);
+    int const isStructure = matches < 0 && IsKind(structure, kDict);
+    Item const* const check = Find(&validator->parts, type);
+    if (*type == '\0' || (matches < 0 && !isStructure && check == NULL)) {
+        Report(place, " has a rule that is no kind, structure or registered check: ", type);
+    } else if (value != NULL && (matches == 0 || (isStructure && !IsKind(value, kDict)))) {
+        Report(place, " expected another kind of value: ", type);
+    } else if (value != NULL && isStructure && place->levels == 0) {
+        Report(place, " is nested too deeply", "");
+    } else if (value != NULL && isStructure) {
+        ApplyRules(place, structure, NULL, value);
+    } else if (value != NULL && matches < 0) {
+        CallCheck(place, check, value, rule->key);
     }
 }
 
-static long EndWalk(Walk* self) {
-    if (self->validator->isBroken) {
-        ReportOutOfMemory(self);
+// Applies the rules of a structure to settings, or those of its part "optional", for which required
+// is the structure. Without settings, checks the rules alone.
+static void ApplyRules(Place const* outer, Object* rules, Object* required, Object* settings) {
+    for (Size i = 0; i < rules->parts.count; ++i) {
+        Item const* const rule = ItemAt(rules, i);
+        Place const place = {outer->walk, outer, rule->key->text, outer->levels - 1};
+        Object* const value = settings != NULL ? DictGet(settings, rule->key) : NULL;
+        Object* const other = required != NULL ? DictGet(required, rule->key) : NULL;
+        int const isOptional = required == NULL && strcmp(place.name, "optional") == 0;
+        if (isOptional && IsKind(rule->value, kDict)) {
+            ApplyRules(settings != NULL ? outer : &place, rule->value, rules, settings);
+        } else if (isOptional) {
+            Report(&place, " is no dictionary in the schema", "");
+        } else if (settings == NULL || (value != NULL && (other == NULL || other == rules))) {
+            ApplyRule(&place, rule, value);
+        } else if (value == NULL && required == NULL) {
+            Report(&place, " expected a value, found nothing", "");
+        }
     }
-    return self->errors == 0;
 }
 
-static long ValidatorValidate(
-    POSValidator* self,
-    POSObject* object,
-    BIBStringAtom* key,
-    POSValidatorErrorCallback errorProc) {
-    Walk walk = {InstanceOf(self), errorProc, 0, 0, ""};
+static long
+ValidatorValidate(Object* self, Object* object, Atom* key, POSValidatorErrorCallback errorProc) {
+    Walk walk = {self, errorProc, 0};
+    Place const root = {&walk, NULL, NULL, kMostLevels};
+    Place const place = {&walk, &root, AtomGetCString(key), kMostLevels};
+    Object* const structure = DictGet(HeldBy(self), key);
     if (object == NULL || key == NULL) {
         return 0;
     }
-    POSObject* const structure = DictGet(walk.validator->schema, key);
-    Enter(&walk, key->text);
-    if (!IsKind(structure, kDict)) {
-        ReportAt(&walk, "cannot be validated: the schema has no such structure", NULL);
-    } else if (!IsKind(object, kDict)) {
-        ReportAt(&walk, "expected a dictionary", NULL);
+    if (self->number > 0) {
+        Report(&root, "out-of-memory", "");
+    } else if (!IsKind(structure, kDict) || !IsKind(object, kDict)) {
+        Report(&place, " cannot be validated: expected a structure and a dictionary", "");
     } else {
-        walk.path[0] = '\0';
-        ValidateSettings(&walk, object, structure, NULL, kMostLevels);
+        ApplyRules(&root, structure, NULL, object);
     }
-    return EndWalk(&walk);
+    return walk.errors == 0;
 }
 
-static void CheckRule(Walk* self, POSObject* rule) {
-    char const* const type = TypeOf(rule);
-    if (MatchesKind(NULL, type) < 0 && FindStructure(self, type) == NULL &&
-        FindCheck(self, type) == NULL) {
-        ReportAt(self, "is not a kind, structure or registered check: %s", type);
-    }
-}
-
-static void CheckRules(Walk* self, POSObject* rules, int isStructure) {
-    for (unsigned long i = 0; IsKind(rules, kDict) && i < ValueOf(rules)->items.count; ++i) {
-        Item const rule = ValueOf(rules)->items.items[i];
-        unsigned long const length = Enter(self, rule.key->text);
-        if (isStructure && strcmp(rule.key->text, "optional") == 0) {
-            CheckRules(self, rule.value, 0);
-        } else {
-            CheckRule(self, rule.value);
+static long ValidatorValidateSchema(Object* self, POSValidatorErrorCallback errorProc) {
+    Walk walk = {self, errorProc, 0};
+    Place const root = {&walk, NULL, NULL, kMostLevels};
+    Object* const schema = HeldBy(self);
+    for (Size i = 0; self->number == 0 && i < schema->parts.count; ++i) {
+        Item const* const structure = ItemAt(schema, i);
+        Place const place = {&walk, &root, structure->key->text, kMostLevels};
+        if (IsKind(structure->value, kDict)) {
+            ApplyRules(&place, structure->value, NULL, NULL);
         }
-        self->path[length] = '\0';
     }
-}
-
-static long ValidatorValidateSchema(POSValidator* self, POSValidatorErrorCallback errorProc) {
-    Walk walk = {InstanceOf(self), errorProc, 0, 0, ""};
-    List const* const structures = &ValueOf(walk.validator->schema)->items;
-    for (unsigned long i = 0; i < structures->count; ++i) {
-        Enter(&walk, structures->items[i].key->text);
-        CheckRules(&walk, structures->items[i].value, 1);
-        walk.path[0] = '\0';
+    if (self->number > 0) {
+        Report(&root, "out-of-memory", "");
     }
-    return EndWalk(&walk);
+    return walk.errors == 0;
 }
 
 static long ValidatorRegisterCallbackProc(
-    POSValidator* self,
-    BIBStringAtom* name,
-    POSValidatorCheckCallback check,
-    void const* userData) {
+    Object* self, Atom* name, POSValidatorCheckCallback check, void const* userData) {
     if (self == NULL || name == NULL || check == NULL) {
         return 0;
     }
-    Validator* const validator = InstanceOf(self);
-    Item* const former = ListFind(&validator->checks, name);
-    if (former != NULL) {
-        former->value = (void*)check;
-        former->more = (void*)userData;
-    } else if (!ListAdd(&validator->checks, name, (void*)check, (void*)userData)) {
-        validator->isBroken = 1;
+    self->number += FindPart(self, name->text) == NULL &&
+                    !PutNew(self, name->text, NewObject(kOther, NULL, NULL, 256));
+    Item* const item = Find(&self->parts, name->text);
+    if (item != NULL) {
+        item->more = (void*)check;
+        ((Object*)item->value)->primary.instance = (void*)userData;
     }
-    return !validator->isBroken;
+    return self->number == 0;
 }
 
-static void DeleteValidator(void* instance) {
-    Validator* const self = instance;
-    while (self->checks.count > 0) {
-        ListRemove(&self->checks, self->checks.items);
-    }
-    free(self->checks.items);
-    ContainerRelease((BIBContainer*)self->schema);
-    free(self);
-}
-
-static POSValidator* ValidatorNewPOSStructValidator(POSDict* schema) {
-    Validator* const self = IsKind((POSObject*)schema, kDict) ? calloc(1, sizeof *self) : NULL;
-    void* const validator = Contain(self, "Validator", &DeleteValidator);
-    if (validator != NULL) {
-        ContainerAddRef((BIBContainer*)schema);
-        self->schema = schema;
-    }
-    return validator;
-}
+ROW(Object* ValidatorNewPOSStructValidator(Object* schema),
+    IsKind(schema, kDict) ? NewHolder("POSStructValidatorInterface", schema) : NULL)

@@ -1,298 +1,143 @@
-// Values: all have one structure.
+// Values: their contents are bytes, or the parts of an array, without keys, or of a dictionary.
 
-typedef enum Kind { kNumber, kString, kUnicode, kBinary, kArray, kDict } Kind;
-
-typedef struct Value {
-    Kind kind;
-    BIBStringAtom* typeName; // of binary data
-    void* bytes;             // a double, a string with its zero, or binary data
-    unsigned long size;
-    List items; // of an array, without keys, or of a dictionary
-    struct Value* nextDoomed;
-} Value;
-
-static char const kValueSignature[] = "Value";
-
-ROW(Value*, ValueOf, void const*, InstanceOf(self))
-
-// What a destroyed collection held is destroyed after it, not within: so depth needs no stack.
-static void DeleteValue(void* instance) {
-    static Value* doomed = NULL;
-    static int isDestroying = 0;
-    ((Value*)instance)->nextDoomed = doomed;
-    doomed = instance;
-    if (isDestroying) {
-        return;
+static Object* NewValue(Kind kind, Text typeName, void const* bytes, Size size) {
+    Object* const self = NewObject(kind, "POSObjectStatics", typeName, size);
+    if (self != NULL && size > 0) {
+        memcpy(self->data, bytes, size);
     }
-    isDestroying = 1;
-    while (doomed != NULL) {
-        Value* const value = doomed;
-        doomed = value->nextDoomed;
-        while (value->items.count > 0) {
-            Item* const last = &value->items.items[value->items.count - 1];
-            ContainerRelease(last->value);
-            ListRemove(&value->items, last);
-        }
-        free(value->items.items);
-        AtomDeleteStringAtom(value->typeName);
-        free(value->bytes);
-        free(value);
-    }
-    isDestroying = 0;
+    return self;
 }
 
-// An unowned value; null if memory runs out. Bytes and type name may be null.
-static void* NewValue(Kind kind, char const* typeName, void const* bytes, unsigned long size) {
-    Value* const value = calloc(1, sizeof *value);
-    void* const copy = malloc(size + 1);
-    if (value == NULL || copy == NULL) {
-        free(value);
-        free(copy);
-        return NULL;
-    }
-    if (size > 0) {
-        memcpy(copy, bytes, size);
-    }
-    *value = (Value){kind, AtomNewStringAtom(typeName), copy, size, {NULL, 0, 0}, NULL};
-    if (typeName != NULL && value->typeName == NULL) {
-        DeleteValue(value);
-        return NULL;
-    }
-    return Contain(value, kValueSignature, &DeleteValue);
-}
+ROW(int IsKind(Object const* self, Kind kind), self != NULL && self->kind == kind)
+ROW(long NumberIsPOSNumber(Object* self), IsKind(self, kNumber))
+ROW(long StringIsPOSString(Object* self), IsKind(self, kString))
+ROW(long UnicodeStringIsPOSUnicodeString(Object* self), IsKind(self, kUnicode))
+ROW(long BinDataIsPOSBinData(Object* self), IsKind(self, kBinary))
+ROW(long ArrayIsPOSArray(Object* self), IsKind(self, kArray))
+ROW(long DictIsPOSDict(Object* self), IsKind(self, kDict))
+ROW(double NumberGet(Object* self), *(double const*)self->data)
+ROW(Text StringGet(Object* self), self->data)
+ROW(unsigned short const* UnicodeStringGet(Object* self), self->data)
+ROW(Text BinDataGetTypeName(Object* self), self->name->text)
+ROW(Byte const* BinDataGetBinData(Object* self), self->data)
+ROW(Size BinDataGetSize(Object* self), self->size)
+ROW(Size ArrayCount(Object* self), self->parts.count)
 
-static int IsKind(POSObject const* object, Kind kind) {
-    BIBContainer const* const container = (BIBContainer const*)object;
-    return container != NULL && container->signature != NULL &&
-           strcmp(container->signature->text, kValueSignature) == 0 &&
-           ValueOf(object)->kind == kind;
-}
+ROW(Object* NumberNewPOSNumber(double value), NewValue(kNumber, NULL, &value, sizeof value))
+ROW(Object* StringNewPOSString(Text text), NewValue(kString, NULL, text, text ? strlen(text) : 0))
+ROW(Object* BinDataNewPOSBinData(Text type, Byte const* data, Size size),
+    NewValue(kBinary, type, data, size))
+ROW(Object* ArrayNewPOSArray(void), NewValue(kArray, NULL, NULL, 0))
+ROW(Object* DictNewPOSDict(void), NewValue(kDict, NULL, NULL, 0))
 
-ROW(long, NumberIsPOSNumber, POSObject*, IsKind(self, kNumber))
-ROW(long, StringIsPOSString, POSObject*, IsKind(self, kString))
-ROW(long, UnicodeStringIsPOSUnicodeString, POSObject*, IsKind(self, kUnicode))
-ROW(long, BinDataIsPOSBinData, POSObject*, IsKind(self, kBinary))
-ROW(long, ArrayIsPOSArray, POSObject*, IsKind(self, kArray))
-ROW(long, DictIsPOSDict, POSObject*, IsKind(self, kDict))
-ROW(double, NumberGet, POSNumber*, *(double const*)ValueOf(self)->bytes)
-ROW(char const*, StringGet, POSString*, ValueOf(self)->bytes)
-ROW(unsigned short const*, UnicodeStringGet, POSUnicodeString*, ValueOf(self)->bytes)
-ROW(char const*, BinDataGetTypeName, POSBinData*, ValueOf(self)->typeName->text)
-ROW(unsigned char const*, BinDataGetBinData, POSBinData*, ValueOf(self)->bytes)
-ROW(unsigned long, BinDataGetSize, POSBinData*, ValueOf(self)->size)
-ROW(unsigned long, ArrayCount, POSArray*, ValueOf(self)->items.count)
-
-static POSNumber* NumberNewPOSNumber(double value) {
-    return NewValue(kNumber, NULL, &value, sizeof value);
-}
-
-static POSString* StringNewPOSString(char const* text) {
-    return NewValue(kString, NULL, text != NULL ? text : "", text != NULL ? strlen(text) + 1 : 1);
-}
-
-static POSUnicodeString* UnicodeStringNewPOSUnicodeString(unsigned short const* text) {
-    static unsigned short const kEmpty[] = {0};
-    unsigned short const* const units = text != NULL ? text : kEmpty;
-    unsigned long count = 1;
-    while (units[count - 1] != 0) {
+static Object* UnicodeStringNewPOSUnicodeString(unsigned short const* text) {
+    Size count = 0;
+    while (text != NULL && text[count] != 0) {
         ++count;
     }
-    return NewValue(kUnicode, NULL, units, count * sizeof *units);
+    return NewValue(kUnicode, NULL, text, count * sizeof *text);
 }
 
-static POSBinData*
-BinDataNewPOSBinData(char const* typeName, unsigned char const* data, unsigned long size) {
-    return NewValue(kBinary, typeName, data, size);
-}
-
-static POSArray* ArrayNewPOSArray(void) {
-    return NewValue(kArray, NULL, NULL, 0);
-}
-
-static POSDict* DictNewPOSDict(void) {
-    return NewValue(kDict, NULL, NULL, 0);
-}
-
-static long AddItem(void* collection, BIBStringAtom* key, POSObject* value) {
-    return value != NULL && ListAdd(&ValueOf(collection)->items, key, value, NULL)
-               ? ContainerAddRef((BIBContainer*)value)
-               : 0;
-}
-
-static long ReplaceItem(Item* item, POSObject* value) {
-    BIBContainer* const former = item->value;
-    if (value == NULL) {
-        return 0;
+// Replaces a part, or removes it where value is null.
+static long Replace(Object* self, Item* item, Object* value) {
+    Object* const former = ValueOf(item);
+    if (item != NULL && value != NULL) {
+        ContainerAddRef(value);
+        item->value = value;
+    } else if (item != NULL) {
+        Remove(&self->parts, item);
     }
-    ContainerAddRef((BIBContainer*)value);
-    item->value = value;
     ContainerRelease(former);
-    return 1;
+    return item != NULL;
 }
 
-static long RemoveItem(void* collection, Item* item) {
-    if (item == NULL) {
-        return 0;
+// Stores a value under a key, or without a key at the end.
+static long Put(Object* self, Text key, Object* value) {
+    Item* const former = Find(&self->parts, key);
+    if (value == NULL || former != NULL) {
+        return value != NULL && Replace(self, former, value);
     }
-    BIBContainer* const value = item->value;
-    ListRemove(&ValueOf(collection)->items, item);
-    ContainerRelease(value);
-    return 1;
+    return Add(&self->parts, key, value, NULL) ? ContainerAddRef(value) : 0;
 }
 
-static Item* ItemAt(POSArray* self, unsigned long index) {
-    List const* const items = &ValueOf(self)->items;
-    return index < items->count ? &items->items[index] : NULL;
-}
+// The same with a new value, which is destroyed if it was not stored.
+ROW(long PutNew(Object* self, Text key, Object* value), Put(self, key, value) || Discard(value))
+ROW(Object* HeldBy(Object* self), self->parts.items[0].value)
+ROW(Item* ItemAt(Object* self, Size i), i < self->parts.count ? &self->parts.items[i] : NULL)
+ROW(Object* ArrayGetAt(Object* self, Size index), ValueOf(ItemAt(self, index)))
+ROW(long ArraySetAt(Object* self, Size index, Object* value),
+    value ? Replace(self, ItemAt(self, index), value) : 0)
+ROW(long ArrayAppend(Object* self, Object* value), Put(self, NULL, value))
+ROW(long ArrayRemove(Object* self, Size index), Replace(self, ItemAt(self, index), NULL))
+ROW(Object* FindPart(Object* self, Text key), ValueOf(Find(&self->parts, key)))
+ROW(Item* ItemUnder(Object* self, Atom* key), Find(&self->parts, AtomGetCString(key)))
+ROW(Object* DictGet(Object* self, Atom* key), ValueOf(ItemUnder(self, key)))
+ROW(long DictPut(Object* self, Atom* key, Object* value), key ? Put(self, key->text, value) : 0)
+ROW(long DictRemove(Object* self, Atom* key), Replace(self, ItemUnder(self, key), NULL))
 
-static POSObject* ArrayGetAt(POSArray* self, unsigned long index) {
-    Item const* const item = ItemAt(self, index);
-    return item != NULL ? item->value : NULL;
-}
-
-static long ArraySetAt(POSArray* self, unsigned long index, POSObject* value) {
-    Item* const item = ItemAt(self, index);
-    return item != NULL ? ReplaceItem(item, value) : 0;
-}
-
-static long ArrayAppend(POSArray* self, POSObject* value) {
-    return AddItem(self, NULL, value);
-}
-
-static long ArrayRemove(POSArray* self, unsigned long index) {
-    return RemoveItem(self, ItemAt(self, index));
-}
-
-static POSObject* DictGet(POSDict* self, BIBStringAtom* key) {
-    Item const* const item = ListFind(&ValueOf(self)->items, key);
-    return item != NULL ? item->value : NULL;
-}
-
-static long DictPut(POSDict* self, BIBStringAtom* key, POSObject* value) {
-    Item* const item = ListFind(&ValueOf(self)->items, key);
-    return item != NULL ? ReplaceItem(item, value) : key != NULL ? AddItem(self, key, value) : 0;
-}
-
-static long DictRemove(POSDict* self, BIBStringAtom* key) {
-    return RemoveItem(self, ListFind(&ValueOf(self)->items, key));
-}
-
-// The value under a key of a dictionary, or at an index of an array; null if there is none.
-static POSObject* Find(POSObject* object, char const* key) {
-    char* end = NULL;
-    unsigned long const index = strtoul(key, &end, 10);
-    if (IsKind(object, kArray)) {
-        int const isIndex = *key >= '0' && *key <= '9' && *end == '\0';
-        return isIndex ? ArrayGetAt((POSArray*)object, index) : NULL;
-    }
-    Item const* const item = IsKind(object, kDict) ? FindText(&ValueOf(object)->items, key) : NULL;
-    return item != NULL ? item->value : NULL;
-}
-
-static POSObject* DictDeepGet(POSDict* self, BIBStringAtom* path) {
+static Object* DictDeepGet(Object* self, Atom* path) {
     char* const keys = path != NULL ? strdup(path->text) : NULL;
-    POSObject* object = keys != NULL ? (POSObject*)self : NULL;
-    for (char *rest = keys, *key; object != NULL && (key = strsep(&rest, "/")) != NULL;) {
-        object = Find(object, key);
+    Object* found = keys != NULL ? self : NULL;
+    for (char *rest = keys, *key; found != NULL && (key = strsep(&rest, "/")) != NULL;) {
+        char* end = key;
+        Size const index = *key >= '0' && *key <= '9' ? strtoul(key, &end, 10) : 0;
+        Object* const element = end > key && *end == '\0' ? ArrayGetAt(found, index) : NULL;
+        found = found->kind == kDict ? FindPart(found, key) : element;
     }
     free(keys);
-    return object;
+    return found;
 }
 
-// The methods of all values.
-
-static POSObject* CloneLevels(POSObject* self, int levels) {
-    Value const* const value = ValueOf(self);
-    POSObject* const copy =
-        levels > 0
-            ? NewValue(value->kind, AtomGetCString(value->typeName), value->bytes, value->size)
-            : NULL;
-    for (unsigned long i = 0; copy != NULL && i < value->items.count; ++i) {
-        POSObject* const item = CloneLevels(value->items.items[i].value, levels - 1);
-        if (!AddItem(copy, value->items.items[i].key, item)) {
-            ContainerDeleteUnownedContainer((BIBContainer*)item);
-            ContainerDeleteUnownedContainer((BIBContainer*)copy);
-            return NULL;
+static Object* CloneLevels(Object* self, int levels) {
+    Text const typeName = AtomGetCString(self->name);
+    Object* const copy = levels > 0 ? NewValue(self->kind, typeName, self->data, self->size) : NULL;
+    for (Size i = 0; copy != NULL && i < self->parts.count; ++i) {
+        Item const* const part = ItemAt(self, i);
+        if (!PutNew(copy, AtomGetCString(part->key), CloneLevels(part->value, levels - 1))) {
+            return Discard(copy);
         }
     }
     return copy;
 }
 
-ROW(POSObject*, ValueClone, POSObject*, CloneLevels(self, kMostLevels))
-
-static int AreEqual(Value const* one, Value const* other, int levels) {
-    if (levels == 0 || one->kind != other->kind || one->typeName != other->typeName ||
-        one->size != other->size || one->items.count != other->items.count) {
-        return 0;
-    }
-    int areEqual = memcmp(one->bytes, other->bytes, one->size) == 0;
-    if (one->kind == kNumber) {
-        return areEqual || *(double const*)one->bytes == *(double const*)other->bytes;
-    }
-    for (unsigned long i = 0; areEqual && i < one->items.count; ++i) {
-        Item const* const item = &one->items.items[i];
-        Item const* const match =
-            one->kind == kDict ? ListFind(&other->items, item->key) : &other->items.items[i];
-        areEqual =
-            match != NULL && AreEqual(ValueOf(item->value), ValueOf(match->value), levels - 1);
+static int AreEqual(Object* one, Object* other, int levels) {
+    int areEqual = levels > 0 && other != NULL && one->kind == other->kind &&
+                   one->name == other->name && one->size == other->size &&
+                   one->parts.count == other->parts.count &&
+                   (memcmp(one->data, other->data, one->size) == 0 ||
+                    (one->kind == kNumber && NumberGet(one) == NumberGet(other)));
+    for (Size i = 0; areEqual && i < one->parts.count; ++i) {
+        Item const* const part = ItemAt(one, i);
+        Object* const match = part->key ? DictGet(other, part->key) : ArrayGetAt(other, i);
+        areEqual = AreEqual(part->value, match, levels - 1);
     }
     return areEqual;
 }
 
-static long ValueIsEqual(POSObject* self, POSObject* other) {
-    return other != NULL && IsKind(other, ValueOf(self)->kind) &&
-           AreEqual(ValueOf(self), ValueOf(other), kMostLevels);
+ROW(Object* ObjectClone(Object* self), CloneLevels(self, kMostLevels))
+ROW(long ObjectIsEqual(Object* self, Object* other), AreEqual(self, other, kMostLevels))
+
+// An object with a reference on another one: on the dictionary of a cursor, for example.
+static Object* NewHolder(Text signature, Object* part) {
+    Object* const self = NewObject(kOther, signature, NULL, 0);
+    return self == NULL || Put(self, NULL, part) ? self : Discard(self);
 }
 
-// Cursors remember the number of their key, and numbers rise: so they survive every change.
-typedef struct Cursor {
-    POSDict* dict;
-    BIBStringAtom* key;
-    unsigned long number;
-} Cursor;
-
-static void DeleteCursor(void* instance) {
-    Cursor* const self = instance;
-    AtomDeleteStringAtom(self->key);
-    ContainerRelease((BIBContainer*)self->dict);
-    free(self);
-}
-
-static POSDictIterator* CursorNewPOSDictIterator(POSDict* dict) {
-    Cursor* const self = calloc(1, sizeof *self);
-    void* const cursor = Contain(self, "Cursor", &DeleteCursor);
-    if (cursor != NULL) {
-        ContainerAddRef((BIBContainer*)dict);
-        self->dict = dict;
+// Moves a cursor to the first key behind a number: numbers rise, so it survives every change.
+static void MoveBehind(Object* self, Size number) {
+    Item const* item = HeldBy(self)->parts.items;
+    Item const* const end = item + HeldBy(self)->parts.count;
+    while (item < end && item->number <= number) {
+        ++item;
     }
-    return cursor;
+    AtomDeleteStringAtom(self->name);
+    self->name = item < end ? item->key : NULL;
+    self->number = item < end ? item->number : 0;
+    AtomAddRef(self->name);
 }
 
-// Moves to the first key behind a number.
-static void MoveBehind(Cursor* self, unsigned long number) {
-    List const* const items = &ValueOf(self->dict)->items;
-    unsigned long i = 0;
-    while (i < items->count && items->items[i].number <= number) {
-        ++i;
-    }
-    AtomDeleteStringAtom(self->key);
-    self->key = i < items->count ? items->items[i].key : NULL;
-    self->number = i < items->count ? items->items[i].number : items->lastNumber;
-    AtomAddRef(self->key);
-}
-
-ROW(Cursor*, CursorOf, POSDictIterator*, InstanceOf(self))
-
-static void CursorBegin(POSDictIterator* self) {
-    MoveBehind(InstanceOf(self), 0);
-}
-
-static void CursorNext(POSDictIterator* self) {
-    Cursor* const cursor = InstanceOf(self);
-    if (cursor->key != NULL) {
-        MoveBehind(cursor, cursor->number);
-    }
-}
-
-ROW(long, CursorIsDone, POSDictIterator*, CursorOf(self)->key == NULL)
-ROW(char const*, CursorCurKey, POSDictIterator*, AtomGetCString(CursorOf(self)->key))
+ROW(Object* CursorNewPOSDictIterator(Object* dict), NewHolder("Cursor", dict))
+ROW(void CursorBegin(Object* self), MoveBehind(self, 0))
+ROW(void CursorNext(Object* self), self->name != NULL ? MoveBehind(self, self->number) : (void)0)
+ROW(long CursorIsDone(Object* self), self->name == NULL)
+ROW(Text CursorCurKey(Object* self), AtomGetCString(self->name))
