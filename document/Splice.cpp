@@ -38,11 +38,7 @@ std::string LineEndBefore(std::string const& text, std::size_t offset) {
     if (end != std::string::npos && end > 0 && text.compare(end - 1, 2, "\r\n") == 0) {
         --end;
     }
-    end = end != std::string::npos ? end : text.find_first_of(kLineEnds);
-    if (end == std::string::npos) {
-        return "\n";
-    }
-    return text.compare(end, 2, "\r\n") == 0 ? "\r\n" : text.substr(end, 1);
+    return std::string(format::FirstLineEnd(end == std::string::npos ? text : text.substr(end, 2)));
 }
 
 // The start of the run of blanks that ends at offset.

@@ -38,6 +38,15 @@ NumberToken FindFarNumber(char const* first, FarSearches& searches) noexcept {
 
 } // namespace
 
+std::string_view FirstLineEnd(std::string_view text) noexcept {
+    std::size_t const first = text.find_first_of("\r\n");
+    if (first == std::string_view::npos) {
+        return "\n";
+    }
+    std::string_view const end = text.substr(first, 2);
+    return end == "\r\n" ? end : end.substr(0, 1);
+}
+
 char const* EndOfString(char const* first, FarSearches* searches) noexcept {
     return searches != nullptr ? searches->fStringEnds.From(first, &SearchEndOfString)
                                : SearchEndOfString(first);

@@ -81,6 +81,9 @@ struct FarSearches {
     RepeatedSearch fPoints;
 };
 
+// The first line end of text: LF, CR or CR LF; LF if it has none.
+std::string_view FirstLineEnd(std::string_view text) noexcept;
+
 // The ")" that ends the string whose bytes begin at first; null if there is none. searches may be
 // null. REQUIRES, also for FindNumber: the text ends with a zero byte. REQUIRES: "(" is before
 // first.

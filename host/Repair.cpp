@@ -378,7 +378,8 @@ private:
         }
         std::string const missing = MissingEnd(std::string_view(text).substr(0, end));
         bool const isEnded = text.find_first_of("\r\n", end) != std::string::npos;
-        std::string const added = missing + (isEnded ? "" : LineEnd());
+        std::string const added =
+            missing + (isEnded ? "" : std::string(format::FirstLineEnd(text)));
         auto const changed = missing.empty() ? std::nullopt : Replaced({end, end}, added);
         if (changed && changed->WhyRefused() == Refusal::kNone &&
             changed->Findings().size() < fDocument.Findings().size()) {
@@ -396,14 +397,6 @@ private:
         return word < text.size() && keyword.starts_with(text.substr(word))
                    ? keyword.substr(text.size() - word)
                    : "";
-    }
-
-    // The form of line ends that the text has.
-    std::string LineEnd() const {
-        std::string const& text = fDocument.Text();
-        std::size_t const first = std::min(text.find_first_of("\r\n"), text.size());
-        std::string const end = text.substr(first, 2);
-        return end == "\r\n" ? end : end.starts_with('\r') ? "\r" : "\n";
     }
 
     // The document with text in place of span; nothing after too many attempts.

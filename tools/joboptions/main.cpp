@@ -33,13 +33,13 @@ public:
                        "2 wrong command line, 3 input unreadable or refused, 4 schema invalid,\n"
                        "5 change refused, 6 output not written.");
         for (auto* const make : {
-                 kMakeShowCommand,     kMakeGetCommand,        kMakeExplainCommand,
-                 kMakeNewCommand,      kMakeSetCommand,        kMakeUnsetCommand,
-                 kMakeCheckCommand,    kMakeDiffCommand,       kMakeCompareCommand,
-                 kMakeFmtCommand,      kMakeExportCommand,     kMakeImportCommand,
-                 kMakeListCommand,     kMakeFolderCommand,     kMakeWatchCommand,
-                 kMakeDescribeCommand, kMakeCompletionCommand, kMakeManualCommand,
-                 kMakeCompleteCommand,
+                 kMakeShowCommand,   kMakeGetCommand,      kMakeExplainCommand,
+                 kMakeNewCommand,    kMakeSetCommand,      kMakeUnsetCommand,
+                 kMakeCheckCommand,  kMakeDiffCommand,     kMakeCompareCommand,
+                 kMakeMergeCommand,  kMakeFmtCommand,      kMakeExportCommand,
+                 kMakeImportCommand, kMakeListCommand,     kMakeFolderCommand,
+                 kMakeWatchCommand,  kMakeDescribeCommand, kMakeCompletionCommand,
+                 kMakeManualCommand, kMakeCompleteCommand,
              }) {
             fCommands.push_back(make(fParser, fOptions));
         }

@@ -55,6 +55,7 @@ extern MakeCommand* const kMakeUnsetCommand;
 extern MakeCommand* const kMakeCheckCommand;
 extern MakeCommand* const kMakeDiffCommand;
 extern MakeCommand* const kMakeCompareCommand;
+extern MakeCommand* const kMakeMergeCommand;
 extern MakeCommand* const kMakeFmtCommand;
 extern MakeCommand* const kMakeExportCommand;
 extern MakeCommand* const kMakeImportCommand;

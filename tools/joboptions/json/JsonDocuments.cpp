@@ -160,6 +160,23 @@ std::string CheckDocument(std::vector<CheckedFile> const& files) {
     return JsonText({{"version", 1}, {"files", std::move(list)}});
 }
 
+std::string MergeDocument(
+    pdfsettings::MergedDocument const& merged,
+    std::vector<Finding> const& findings,
+    std::string const& file) {
+    auto conflicts = List(merged.conflicts, [&file](pdfsettings::MergeConflict const& conflict) {
+        return Json{
+            {"key", JsonKey(conflict.path)},
+            {"base", ValueOrNull(conflict.path, conflict.base, file)},
+            {"ours", ValueOrNull(conflict.path, conflict.ours, file)},
+            {"theirs", ValueOrNull(conflict.path, conflict.theirs, file)}};
+    });
+    return JsonText(
+        {{"version", 1},
+         {"conflicts", std::move(conflicts)},
+         {"findings", FindingsJson(findings)}});
+}
+
 std::string LayoutDocument(std::vector<FormattedFile> const& files) {
     auto list = List(files, [](FormattedFile const& formatted) {
         return Json{

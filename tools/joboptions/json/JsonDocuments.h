@@ -3,6 +3,7 @@
 
 #include "pdfsettings/Compare.h"
 #include "pdfsettings/Finding.h"
+#include "pdfsettings/Merge.h"
 #include "pdfsettings/Review.h"
 #include "pdfsettings/Schema.h"
 #include "pdfsettings/Value.h"
@@ -41,6 +42,13 @@ std::string ChangeDocument(
 // "id", "key", "message"}], "repairs": as findings}]}; a missing error or key is null. length is in
 // bytes.
 std::string CheckDocument(std::vector<CheckedFile> const& files);
+
+// {"version", "conflicts": [{"key", "base", "ours", "theirs"}], "findings": [{"key", "message"}]};
+// a missing value is null.
+std::string MergeDocument(
+    pdfsettings::MergedDocument const& merged,
+    std::vector<pdfsettings::Finding> const& findings,
+    std::string const& file);
 
 // {"version", "files": [{"file", "error", "differs"}]}
 std::string LayoutDocument(std::vector<FormattedFile> const& files);

@@ -14,6 +14,10 @@ std::string OneLine(pdfsettings::Value const& value) {
     return VisibleText(value.Text());
 }
 
+std::string OneLine(std::string const& path, pdfsettings::Value const& value) {
+    return path == format::kTailKey ? VisibleText(value.Bytes()) : OneLine(value);
+}
+
 std::string CommaList(std::span<pdfsettings::Value const> values) {
     std::string text;
     for (pdfsettings::Value const& value : values) {
@@ -22,15 +26,6 @@ std::string CommaList(std::span<pdfsettings::Value const> values) {
     return text;
 }
 
-namespace {
-
-// The tail has no brackets.
-std::string ValueAt(std::string const& path, pdfsettings::Value const& value) {
-    return path == format::kTailKey ? VisibleText(value.Bytes()) : OneLine(value);
-}
-
-} // namespace
-
 std::string
 DifferencesText(pdfsettings::Sequence<pdfsettings::Difference> const& differences, bool color) {
     std::string text;
@@ -38,17 +33,17 @@ DifferencesText(pdfsettings::Sequence<pdfsettings::Difference> const& difference
         std::string const name = VisibleText(path);
         if (!after) {
             text +=
-                fmt::format("{} {} {}\n", Colored("-", kRed, color), name, ValueAt(path, *before));
+                fmt::format("{} {} {}\n", Colored("-", kRed, color), name, OneLine(path, *before));
         } else if (!before) {
             text +=
-                fmt::format("{} {} {}\n", Colored("+", kGreen, color), name, ValueAt(path, *after));
+                fmt::format("{} {} {}\n", Colored("+", kGreen, color), name, OneLine(path, *after));
         } else {
             text += fmt::format(
                 "{} {} {} -> {}\n",
                 Colored("~", kYellow, color),
                 name,
-                ValueAt(path, *before),
-                ValueAt(path, *after));
+                OneLine(path, *before),
+                OneLine(path, *after));
         }
     }
     return text;

@@ -12,6 +12,9 @@ namespace joboptions {
 // The value in the syntax of a file, on one line.
 std::string OneLine(pdfsettings::Value const& value);
 
+// As above, for the value at a path; the tail has no brackets.
+std::string OneLine(std::string const& path, pdfsettings::Value const& value);
+
 // Values in this form, separated by commas.
 std::string CommaList(std::span<pdfsettings::Value const> values);
 
