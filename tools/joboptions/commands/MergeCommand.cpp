@@ -30,6 +30,17 @@ std::string ValueOrNone(std::string const& path, std::optional<Value> const& val
     return value ? OneLine(path, *value) : "none";
 }
 
+std::vector<Finding> Validated(Document const& document, pdfsettings::Schema const& schema) {
+    auto const found = pdfsettings::Settings::Parse(document.Text(), schema).Validate();
+    return {found.begin(), found.end()};
+}
+
+bool IsAmong(std::vector<Finding> const& known, Finding const& finding) {
+    return std::ranges::any_of(known, [&](Finding const& other) {
+        return other.Path() == finding.Path() && other.Message() == finding.Message();
+    });
+}
+
 // Merges by key, as a merge driver of version control does.
 class MergeCommand final : public Command {
 public:
@@ -89,18 +100,11 @@ private:
         MergedDocument const& merged,
         std::vector<Document> const& sides,
         pdfsettings::Schema const& schema) {
-        auto const findingsOf = [&](Document const& document) {
-            return pdfsettings::Settings::Parse(document.Text(), schema).Validate();
-        };
-        auto const found = findingsOf(merged.document);
-        std::vector<Finding> findings(found.begin(), found.end());
+        std::vector<Finding> findings = Validated(merged.document, schema);
         for (Document const& side : sides) {
-            auto const known = findingsOf(side);
-            std::erase_if(findings, [&](Finding const& finding) {
-                return std::ranges::any_of(known, [&](Finding const& other) {
-                    return other.Path() == finding.Path() && other.Message() == finding.Message();
-                });
-            });
+            std::vector<Finding> const known = Validated(side, schema);
+            std::erase_if(
+                findings, [&](Finding const& finding) { return IsAmong(known, finding); });
         }
         return findings;
     }

@@ -64,7 +64,7 @@ std::string TextLine(SettingsChange const& change) {
                      "{:<10}  {}\n", WordFor(change.kind), VisibleText(change.file.string()));
 }
 
-// Waits for changes. Returns false when nobody reads standard output any more.
+// Waits for changes. Returns false when standard output is no longer read.
 bool Wait(pdfsettings::ChangeWatcher const& watcher) {
     pollfd descriptors[] = {{watcher.Descriptor(), POLLIN, 0}, {STDOUT_FILENO, 0, 0}};
     while (poll(descriptors, std::size(descriptors), -1) < 0) {
@@ -107,7 +107,7 @@ public:
             "done");
     }
 
-    // Status::kDone when nobody reads the output any more.
+    // Status::kDone when the output is no longer read.
     Status Run() const override {
         if (!fOptions.output.empty()) {
             throw Failure(Status::kWrongCall, "watch writes to standard output only");
