@@ -4,6 +4,7 @@
 #include "format/Tokens.h"
 #include "host/detail/AdminPreferences.h"
 #include "host/detail/FilePath.h"
+#include "host/detail/PropertyList.h"
 #include "host/detail/RunningComponent.h"
 #include "host/detail/RuntimeValues.h"
 #include "pdfsettings/Error.h"
@@ -305,6 +306,10 @@ std::filesystem::path UserFolder() {
 
 std::filesystem::path AdministratorFolder() {
     return AdminPreferences::Read().SettingsFolder();
+}
+
+std::filesystem::path AdministratorPreferences() {
+    return detail::AdminPreferencesFile();
 }
 
 std::filesystem::path UnusablePreferences() {

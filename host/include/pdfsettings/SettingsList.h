@@ -67,7 +67,7 @@ private:
 // What List lists, and for which application.
 struct ListOptions {
     // The application whose display names apply, in UTF-8; empty for the names of the files.
-    std::string application;
+    std::string application = {};
     bool withHidden = false;  // also settings that the application hides
     bool withDetails = false; // see ListedSettings; slower
 };
@@ -86,6 +86,9 @@ PDFSETTINGS_API std::filesystem::path UserFolder();
 // The administrator's settings folder, which may not exist; empty if the administrator disables it,
 // or if the parent of the default folder is missing.
 PDFSETTINGS_API std::filesystem::path AdministratorFolder();
+
+// The path of the administrator's preferences, a property list, which may not exist.
+PDFSETTINGS_API std::filesystem::path AdministratorPreferences();
 
 // A problem of the preferences or of a settings folder.
 struct PreferencesProblem {

@@ -1,9 +1,11 @@
 // joboptions list and folder: the listed settings and their folders; and finding settings by name.
 #include "tools/joboptions/commands/ListCommands.h"
 
+#include "pdfsettings/Review.h"
 #include "pdfsettings/SettingsList.h"
 #include "tools/joboptions/commands/Command.h"
 #include "tools/joboptions/commands/Files.h"
+#include "tools/joboptions/commands/Trial.h"
 #include "tools/joboptions/json/ValueJson.h"
 #include "tools/joboptions/text/Utf8.h"
 
@@ -12,8 +14,10 @@
 #include <ctime>
 #include <filesystem>
 #include <fmt/format.h>
+#include <iterator>
 #include <nlohmann/json.hpp>
 #include <optional>
+#include <ranges>
 #include <span>
 #include <system_error>
 #include <utility>
@@ -22,6 +26,7 @@
 namespace joboptions {
 
 using pdfsettings::ListedSettings;
+using pdfsettings::PreferencesProblem;
 
 namespace {
 
@@ -184,12 +189,40 @@ void WarnOfUnusable(Options const& options) {
     }
 }
 
+bool IsError(pdfsettings::Finding const& finding) {
+    return finding.Level() == pdfsettings::Severity::kError;
+}
+
+// What is wrong with a file.
+std::vector<PreferencesProblem> ErrorsIn(std::filesystem::path const& file) {
+    std::vector<PreferencesProblem> errors;
+    try {
+        auto const findings = Review(pdfsettings::OpenDocument(file.native()));
+        for (pdfsettings::Finding const& finding : findings | std::views::filter(&IsError)) {
+            errors.push_back({file, finding.Path(), finding.Message()});
+        }
+    } catch (pdfsettings::Error const& error) {
+        errors.push_back({file, "", error.Message()});
+    }
+    return errors;
+}
+
+// What is wrong with the preferences, the folders and the files in them.
+std::vector<PreferencesProblem> FindProblems() {
+    auto const found = pdfsettings::CheckPreferences();
+    std::vector<PreferencesProblem> problems(found.begin(), found.end());
+    for (ListedSettings const& settings : pdfsettings::List({.withHidden = true})) {
+        std::ranges::move(ErrorsIn(settings.Path()), std::back_inserter(problems));
+    }
+    return problems;
+}
+
 // A line for each problem, or {"version", "problems": [{"file", "key", "message"}]}; a missing key
 // is null.
 std::string ProblemsText(Options const& options, bool* hasProblems) {
     nlohmann::ordered_json list = nlohmann::ordered_json::array();
     std::string lines;
-    for (auto const& [file, key, message] : pdfsettings::CheckPreferences()) {
+    for (auto const& [file, key, message] : FindProblems()) {
         lines += fmt::format(
             "{}: {}{}{}\n",
             VisibleText(file.string()),
@@ -221,18 +254,22 @@ public:
         Parser().add_flag(
             "--long", fIsLong, "Print details: path, folder, permissions, applications");
         Parser().add_flag(
-            "--check", fIsCheck, "Report problems of property lists and folders instead");
+            "--check", fIsCheck, "Report problems of property lists, folders and files instead");
+        AddTrial("--admin-folder", fAdminFolder, "the administrator's, with its property list");
+        AddTrial("--user-folder", fUserFolder, "the user's");
         AddJson(Parser(), options);
         AddOptions(Parser(), options);
         Parser().footer("Examples:\n"
                         "  joboptions list\n"
                         "  joboptions list --app Webrix --all\n"
                         "  joboptions list --long --json\n"
-                        "  joboptions list --check");
+                        "  joboptions list --check\n"
+                        "  joboptions list --check --admin-folder new/ --user-folder trial/");
     }
 
     // Status::kDone, also for an empty list; with --check Status::kNo if there are problems.
     Status Run() const override {
+        ShowFolders(fAdminFolder, fUserFolder);
         if (fIsCheck) {
             bool hasProblems = false;
             WriteResult(fOptions, ProblemsText(fOptions, &hasProblems));
@@ -249,9 +286,17 @@ public:
     }
 
 private:
+    void AddTrial(char const* name, std::string& folder, std::string const& whose) {
+        Parser()
+            .add_option(name, folder, "Try a folder, in this call only, as if it were " + whose)
+            ->type_name("FOLDER");
+    }
+
     bool fIsAll = false;
     bool fIsLong = false;
     bool fIsCheck = false;
+    std::string fAdminFolder;
+    std::string fUserFolder;
 };
 
 // Writes the path of the user's or the administrator's settings folder.
