@@ -110,6 +110,24 @@ protected:
         return found == settings.end() ? std::nullopt : std::optional(found->second);
     }
 
+    // The merged settings, and the number of conflicts.
+    static std::pair<Settings, std::size_t>
+    Expected(Settings const& base, Settings const& ours, Settings const& theirs) {
+        Settings expected;
+        std::size_t conflicts = 0;
+        for (std::string const key : {"A", "B", "C", "D/A", "D/B", "D/C"}) {
+            auto const before = At(base, key);
+            auto const left = At(ours, key);
+            auto const right = At(theirs, key);
+            auto const taken = left == before ? right : left;
+            conflicts += left != before && right != before && left != right ? 1U : 0U;
+            if (taken) {
+                expected[key] = *taken;
+            }
+        }
+        return {expected, conflicts};
+    }
+
     std::mt19937 fRandom{5};
 };
 
@@ -119,18 +137,7 @@ TEST_F(MergeModelTest, EachSettingIsThatOfWhoChangedIt) {
         Settings const base = Changed({{"A", 0}, {"D/A", 0}, {"D/B", 1}, {"C", 1}});
         Settings const ours = Changed(base);
         Settings const theirs = Changed(base);
-        Settings expected;
-        std::size_t expectedConflicts = 0;
-        for (std::string const key : {"A", "B", "C", "D/A", "D/B", "D/C"}) {
-            auto const before = At(base, key);
-            auto const left = At(ours, key);
-            auto const right = At(theirs, key);
-            auto const taken = left == before ? right : left;
-            expectedConflicts += left != before && right != before && left != right ? 1U : 0U;
-            if (taken) {
-                expected[key] = *taken;
-            }
-        }
+        auto const [expected, expectedConflicts] = Expected(base, ours, theirs);
         auto const merged =
             Merge(Document(TextOf(base)), Document(TextOf(ours)), Document(TextOf(theirs)));
         ASSERT_TRUE(Compare(merged.document, Document(TextOf(expected))).empty())
