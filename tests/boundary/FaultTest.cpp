@@ -6,7 +6,7 @@
 #include "tests/support/ExpectedLeaks.h"
 #include "tests/support/PropertyList.h"
 #include "tests/support/Settings.h"
-#include "tests/support/SystemFaults.h"
+#include "tests/support/SystemCallsDouble.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <functional>
@@ -18,21 +18,19 @@ namespace {
 // What can fail on demand: how often it was attempted so far, and the order that the n-th attempt
 // from now on fails, alone or with all later ones, which 0 takes back.
 struct Resource {
-    unsigned long (*fCount)();
-    void (*fFail)(unsigned long n, bool andAllLater);
+    std::function<unsigned long()> fCount;
+    std::function<void(unsigned long n, bool andAllLater)> fFail;
 };
 
-constexpr Resource kAllocations{&bibrt::CountAllocations, [](unsigned long n, bool andAllLater) {
-                                    n == 0 ? bibrt::ResetFailures()
-                                           : bibrt::FailAllocation(n, andAllLater);
-                                }};
-
-constexpr Resource kStreams{&bibrt::CountStreamOperations, [](unsigned long n, bool andAllLater) {
+Resource const kAllocations{&bibrt::CountAllocations, [](unsigned long n, bool andAllLater) {
                                 n == 0 ? bibrt::ResetFailures()
-                                       : bibrt::FailStreamOperation(n, andAllLater);
+                                       : bibrt::FailAllocation(n, andAllLater);
                             }};
 
-constexpr Resource kSystem{&CountSystemCalls, &FailSystemCall};
+Resource const kStreams{&bibrt::CountStreamOperations, [](unsigned long n, bool andAllLater) {
+                            n == 0 ? bibrt::ResetFailures()
+                                   : bibrt::FailStreamOperation(n, andAllLater);
+                        }};
 
 // Ends the failures, so that what a call made can be looked at.
 using EndFaults = std::function<void()>;
@@ -153,6 +151,12 @@ protected:
     std::string fUserFolder;
     bool fIsLasting = false; // all later uses fail too
     bool fIsLeaky = false;   // what is left at the end is permitted
+    SystemCallsDouble fCalls;
+    Resource const fSystem{
+        [this] { return fCalls.Count(); },
+        [this](unsigned long n, bool andAllLater) {
+            fCalls.FailAt(static_cast<int>(n), EIO, andAllLater);
+        }};
 
 private:
     static bool Do(Call const& call) {
@@ -218,17 +222,17 @@ TEST_F(Failures, MakeNoSettings) {
     }
     Sweep(kStreams, fromStream);
     Sweep(kStreams, fromFile);
-    Sweep(kSystem, fromFile);
+    Sweep(fSystem, fromFile);
     // A file of the current folder, which has to be asked for.
     std::filesystem::path const before = std::filesystem::current_path();
     std::filesystem::current_path(fFolder.Path());
-    Sweep(kSystem, Giving([&] { return fNewFromFile(NewPath(u"a"), kSchema); }));
+    Sweep(fSystem, Giving([&] { return fNewFromFile(NewPath(u"a"), kSchema); }));
     std::filesystem::current_path(before);
 }
 
 TEST_F(Failures, MakeSettingsChangedThatCannotBeCompared) {
     auto const settings = Own(fNewFromFile(fPath, kSchema));
-    for (Resource const& resource : {kAllocations, kSystem}) {
+    for (Resource const& resource : {kAllocations, fSystem}) {
         Sweep(resource, {[&](auto const&) { return fIsDirty(settings) == 0; }});
     }
 }
@@ -260,7 +264,7 @@ TEST_F(Failures, WriteAllOrNothing) {
 // The old file goes before the new one is made, and a new one that cannot be made whole goes too,
 // unless nothing works any more.
 TEST_F(Failures, OfTheSystemLeaveNoPartOfAFile) {
-    Sweep(kSystem, Writing(fSettings, [&](bool isDone, std::string const& bytes) {
+    Sweep(fSystem, Writing(fSettings, [&](bool isDone, std::string const& bytes) {
               bool const isGone = bytes == "(gone)" || (bytes.empty() && fIsLasting);
               EXPECT_TRUE(bytes == fBefore || (!isDone && (bytes == "old" || isGone))) << bytes;
           }));
@@ -284,16 +288,15 @@ TEST_F(Failures, GiveNoFolderAndShorterLists) {
         EXPECT_TRUE(path.empty() || path == fUserFolder) << path;
         return !path.empty();
     };
-    for (Resource const& resource : {kAllocations, kSystem}) {
+    for (Resource const& resource : {kAllocations, fSystem}) {
         Sweep(resource, {getList, [] {}, Call::kAny});
     }
     Sweep(kAllocations, {getFolder, [] {}, Call::kAny});
-    Sweep(kSystem, {getFolder, [] {}, Call::kAny}, /*atLeast=*/0);
+    Sweep(fSystem, {getFolder, [] {}, Call::kAny}, /*atLeast=*/0);
     // Without a folder in the environment, that of the password database is the user's.
     EnvironmentVariable const home("HOME", nullptr);
-    SetHomeInDatabase(fFolder.Path());
-    Sweep(kSystem, {getFolder, [] {}, Call::kAny}, /*atLeast=*/1);
-    SetHomeInDatabase("");
+    fCalls.fHome = fFolder.Path();
+    Sweep(fSystem, {getFolder, [] {}, Call::kAny}, /*atLeast=*/1);
 }
 
 TEST_F(Failures, OfAStartLeaveNothing) {

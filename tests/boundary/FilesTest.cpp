@@ -1,7 +1,7 @@
 // Settings in files, as a host opens, watches and saves them.
 
 #include "tests/support/Settings.h"
-#include "tests/support/SystemFaults.h"
+#include "tests/support/SystemCallsDouble.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <csignal>
@@ -59,6 +59,16 @@ private:
 int SetByTool(std::string const& file, std::string const& options = "") {
     std::string const call = PDFSETTINGS_TOOL " set --wait 0.02 -q " + options;
     return WEXITSTATUS(std::system((call + " '" + file + "' EmbedAllFonts=true").c_str()));
+}
+
+// Stops the process, as by SIGSTOP, as soon as the file is a new one without bytes.
+void StopOnceEmpty(SystemCallsDouble& calls, std::string const& file) {
+    calls.AfterEach([file, hasStopped = false](int) mutable {
+        if (!hasStopped && std::filesystem::exists(file) && ReadBytes(file).empty()) {
+            hasStopped = true;
+            raise(SIGSTOP);
+        }
+    });
 }
 
 } // namespace
@@ -276,19 +286,17 @@ TEST_F(Files, AreGoneWhereTheDiskIsFull) {
 
 TEST_F(Files, BindSettingsAsFarAsTheWritingWent) {
     auto const settings = NewSettings(kText);
-    auto const write = [&](char const* name, unsigned long failing) {
-        FailSystemCall(failing, /*andAllLater=*/false);
-        std::string const error = Write(settings, Wide(fFolder / name));
-        FailSystemCall(0, /*andAllLater=*/false);
-        return error;
+    SystemCallsDouble calls;
+    auto const write = [&](char const* name, int failing) {
+        calls.FailAt(failing, EIO);
+        return Write(settings, Wide(fFolder / name));
     };
-    unsigned long const start = CountSystemCalls();
     EXPECT_EQ("", write("one", 0));
-    unsigned long const calls = CountSystemCalls() - start;
+    int const all = calls.Count();
     EXPECT_EQ(0, fIsDirty(settings));
     // The new file is there, but its stamp is not to be had: the old stamp meets the new path.
-    EXPECT_EQ("FileMgmtUtil::GetTimeStamp FSPathMakeRef failed 7", write("two", calls - 1));
-    EXPECT_EQ("MacOSErr 3", write("three", calls));
+    EXPECT_EQ("FileMgmtUtil::GetTimeStamp FSPathMakeRef failed 7", write("two", all - 1));
+    EXPECT_EQ("MacOSErr 3", write("three", all));
     EXPECT_EQ(kWritten, ReadBytes(fFolder / "three"));
     SetTime(fFolder / "three", {1000000000, 0});
     EXPECT_EQ(1, fIsDirty(settings));
@@ -313,7 +321,8 @@ TEST_F(Files, OfAHostThatIsStillWritingAreNotReplaced) {
     pid_t const host = fork();
     if (host == 0) {
         auto const settings = NewSettings(kText);
-        StopBeforeWriting();
+        SystemCallsDouble calls;
+        StopOnceEmpty(calls, file);
         Write(settings, Wide(file));
         raise(SIGKILL); // ends without what a program does at its end
     }

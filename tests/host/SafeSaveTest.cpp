@@ -1,7 +1,7 @@
 #include "pdfsettings/SafeSave.h"
 
-#include "tests/host/SystemCallsDouble.h"
 #include "tests/support/ErrorOf.h"
+#include "tests/support/SystemCallsDouble.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <atomic>
@@ -12,7 +12,6 @@
 #include <gtest/gtest.h>
 #include <optional>
 #include <sys/file.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <thread>
@@ -152,14 +151,10 @@ TEST_F(SafeSaveTest, LeavesTheFileWholeWhereItFails) {
         EXPECT_FALSE(IsReadOnly(path)) << path;
     }
 
-    rlimit before{};
-    getrlimit(RLIMIT_FSIZE, &before);
-    rlimit const limit{100, before.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &limit);
-    std::string const message = Save(big, std::string(1000, 'x'));
-    setrlimit(RLIMIT_FSIZE, &before);
-
-    EXPECT_EQ(message, "File too large");
+    {
+        support::FileSizeLimit const limit(100);
+        EXPECT_EQ(Save(big, std::string(1000, 'x')), "File too large");
+    }
     EXPECT_EQ(ReadBytes(big), "old");
     EXPECT_EQ(fFolder.Names(), "big huge pipe readonly ");
 }
@@ -191,7 +186,7 @@ TEST_F(SafeSaveTest, SaysWhichCallFailed) {
     }
     for (long const network : {0x6969L, 0xFF534D42L, 0x01021997L}) { // NFS, SMB, 9P
         SystemCallsDouble calls;
-        calls.SetFileSystem(network);
+        calls.fFileSystem = network;
         EXPECT_EQ(Save(file, "new"), kLocalOnly);
         EXPECT_EQ(calls.Count("flock"), 2);
         EXPECT_EQ(calls.Count("lease"), 0);

@@ -1,6 +1,6 @@
 #include "platform/FileManager.h"
 
-#include "tests/support/SystemFaults.h"
+#include "tests/support/SystemCallsDouble.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <climits>
@@ -148,9 +148,10 @@ TEST_F(FileManager, MakesNoFolderThatAnotherUserCouldExchange) {
     EXPECT_EQ(isRoot ? afpAccessDenied : noErr, make("other/planted", 'e'));
     EXPECT_EQ(noErr, make("ours", 'f'));
     EXPECT_EQ(dupFNErr, make("own", 'd'));
-    support::SetRaisedRights(/*areRaised=*/true);
+    support::SystemCallsDouble calls;
+    calls.fHasRaisedRights = true;
     EXPECT_EQ(afpAccessDenied, make("own", 'e'));
-    support::SetRaisedRights(/*areRaised=*/false);
+    calls.fHasRaisedRights = false;
     EXPECT_EQ(noErr, make("own", 'e'));
 }
 
@@ -208,12 +209,14 @@ TEST_F(FileManager, MovesAllBytesOrFails) {
     EXPECT_EQ(noErr, FSReadFork(fork, fsFromLEOF, 0, 0, nullptr, nullptr));
     EXPECT_EQ(noErr, FSReadFork(fork, fsFromLEOF, -1, 1, bytes, &count));
     EXPECT_EQ('9', bytes[0]);
-    support::HinderTransfers(/*areHindered=*/true);
+    support::SystemCallsDouble calls;
+    calls.fMostMoved = 2;
+    calls.FailNext("write", EINTR);
+    calls.FailNext("read", EINTR);
     EXPECT_EQ(noErr, FSWriteFork(fork, fsFromLEOF, 0, 3, "abc", &count));
     EXPECT_EQ(3U, count);
     EXPECT_EQ(noErr, FSReadFork(fork, fsFromStart, 8, 5, bytes, &count));
     EXPECT_EQ("89abc", std::string(bytes, 5));
-    support::HinderTransfers(/*areHindered=*/false);
     EXPECT_EQ(FD_CLOEXEC, fcntl(fork, F_GETFD));
     EXPECT_EQ(paramErr, FSSetForkPosition(fork, 7, 0));
     EXPECT_EQ(paramErr, FSSetForkPosition(fork, fsFromStart, -1));

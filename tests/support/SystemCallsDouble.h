@@ -1,17 +1,16 @@
-// The system calls for files with injected failures: the linker leads the calls of static code
-// through here (see --wrap in CMakeLists.txt).
+// The system's calls for files with injected failures, for the test program and all that it loads.
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <map>
-#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
+#include <sys/resource.h>
 #include <sys/types.h>
+#include <type_traits>
 #include <utility>
-
-struct statfs;
 
 namespace support {
 
@@ -24,24 +23,19 @@ public:
     SystemCallsDouble& operator=(SystemCallsDouble const&) = delete;
 
     // The nth call from now on, counted from 1, fails with an errno value and does nothing, and so
-    // do all later ones if wanted. A failed close closes anyway, as in the system.
+    // do all later ones if wanted; 0 takes the order back. A file is closed, and a folder read,
+    // anyway.
     void FailAt(int n, int error, bool andAllLater = false) {
-        fNth = fCount + n;
+        fNth = n == 0 ? 0 : fCount + n;
         fFailsLater = andAllLater;
         fError = error;
     }
 
     // So do the next call of that name, and all calls of it. openat2 is "syscall"; "lease",
-    // "exchange", "noreplace", "nameless" and "folder" are what fcntl, renameat2 and the two ways
-    // to open do by a flag.
+    // "exchange", "noreplace", "nameless" and "folder" are what fcntl, renameat2 and the ways to
+    // open do by a flag.
     void FailNext(std::string_view name, int error) { fFailing[name] = {error, false}; }
     void FailAlways(std::string_view name, int error) { fFailing[name] = {error, true}; }
-
-    // All files lie on a file system of that kind (statfs).
-    void SetFileSystem(long kind) { fFileSystem = kind; }
-
-    // The caller gives files away as a program that is not root's does: to those groups only.
-    void BeUserOf(std::set<gid_t> groups) { fGroups = std::move(groups); }
 
     // Calls action after each call, with the number of the call. Calls that action makes are not
     // counted. Not between a lease and its end: whoever opens the file then would wait for it.
@@ -52,11 +46,16 @@ public:
     int Count(std::string const& name) { return fCounts[name]; }
     bool HasFailed() const { return fHasFailed; }
 
-    // What the calls do: call, or fail if it is the turn of one of that name.
-    template <class Call>
-    static auto Pass(std::string_view name, Call call) -> decltype(call());
-    static int Give(int file, uid_t user, gid_t group);
-    static int OnFileSystem(int result, struct statfs* status);
+    // What the system says and does, where it is to be something else.
+    long fFileSystem = 0;              // of which kind all are (statfs)
+    bool fHasRaisedRights = false;     // whether this is a set-user-ID program
+    std::string fHome;                 // of every user, in the password database
+    std::size_t fMostMoved = SIZE_MAX; // bytes that one call reads or writes
+    std::set<gid_t> fGroups;           // that a program which is not root's may give files to
+
+    // What a call does: its work, or fail if it is its turn.
+    template <class Result, class Work>
+    static Result Pass(std::string_view name, std::type_identity_t<Result> failure, Work work);
 
 private:
     struct Failure {
@@ -74,9 +73,23 @@ private:
     int fError = 0;
     std::map<std::string_view, Failure> fFailing;
     bool fHasFailed = false;
-    long fFileSystem = 0;
-    std::optional<std::set<gid_t>> fGroups;
     std::function<void(int)> fAction;
+};
+
+// While one lives, no file may grow beyond a size in bytes, as where the disk is full.
+class FileSizeLimit {
+public:
+    explicit FileSizeLimit(rlim_t size) {
+        getrlimit(RLIMIT_FSIZE, &fBefore);
+        rlimit const limit{size, fBefore.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FileSizeLimit() { setrlimit(RLIMIT_FSIZE, &fBefore); }
+    FileSizeLimit(FileSizeLimit const&) = delete;
+    FileSizeLimit& operator=(FileSizeLimit const&) = delete;
+
+private:
+    rlimit fBefore{};
 };
 
 } // namespace support
