@@ -5,7 +5,6 @@
 #include "tests/support/ErrorLog.h"
 #include "tests/support/LookupDouble.h"
 
-#include <algorithm>
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
@@ -56,16 +55,7 @@ void* FindNewFromDict() {
     return BIBRuntimeLookup("PDFSettingsInterface", "NewFromDict", "PDFSettingsNewFromDictProc");
 }
 
-// The rows that a start asks for, in this order: first those of the bootstrap.
-constexpr std::size_t kBootstrap = 5;
-std::vector<std::string> StartRows() {
-    LookupDouble lookup;
-    Component const component;
-    EXPECT_EQ(1, component.Initialize(&LookupDouble::Lookup));
-    std::vector<std::string> const rows = lookup.fAsked;
-    component.Terminate();
-    return rows;
-}
+constexpr std::size_t kBootstrap = 5; // rows
 
 } // namespace
 
@@ -132,27 +122,6 @@ TEST(Component, StaysStoppedWithoutALookup) {
     EXPECT_EQ(0, component.Initialize(nullptr));
     EXPECT_EQ(0, component.Initialize(&LookupDouble::Lookup));
     EXPECT_TRUE(lookup.fAsked.empty());
-}
-
-TEST(Component, FailsToStartWhereARowIsMissingAndCanStartLater) {
-    auto const rows = StartRows();
-    // And those of containers, errors, atoms and memory.
-    EXPECT_EQ(kBootstrap + 16 + 8 + 4 + 4, rows.size());
-    for (std::size_t i = 0; i < rows.size(); ++i) {
-        LookupDouble lookup;
-        lookup.Hide(rows[i]);
-        Component const component;
-        EXPECT_EQ(0, component.Initialize(&LookupDouble::Lookup)) << rows[i];
-        // All of the bootstrap is looked for; of the tables nothing behind the missing row.
-        EXPECT_EQ(std::max(i + 1, kBootstrap), lookup.fAsked.size()) << rows[i];
-        // A stop needs the bootstrap.
-        if (i >= kBootstrap) {
-            EXPECT_EQ(0, component.Initialize(&BIBRuntimeLookup)) << rows[i];
-            component.Terminate();
-            EXPECT_EQ(1, component.Initialize(&BIBRuntimeLookup)) << rows[i];
-            component.Terminate();
-        }
-    }
 }
 
 TEST(Component, FailsToStartWhereARowIsTaken) {

@@ -299,24 +299,4 @@ TEST_F(Failures, GiveNoFolderAndShorterLists) {
     Sweep(fSystem, {getFolder, [] {}, Call::kAny}, /*atLeast=*/1);
 }
 
-TEST_F(Failures, OfAStartLeaveNothing) {
-    fComponent.Terminate();
-    bibrt::LiveCounts const live = bibrt::CountLive();
-    int failures = 0;
-    for (bool const andAllLater : {false, true}) {
-        bool isReached = true;
-        for (unsigned long n = 1; isReached; ++n) {
-            unsigned long const start = bibrt::CountAllocations();
-            bibrt::FailAllocation(n, andAllLater);
-            failures += 1 - fComponent.Initialize(&BIBRuntimeLookup);
-            isReached = bibrt::CountAllocations() - start >= n;
-            bibrt::ResetFailures();
-            fComponent.Terminate();
-            EXPECT_EQ(live, bibrt::CountLive()) << n;
-        }
-    }
-    EXPECT_GT(failures, 1);
-    EXPECT_EQ(1, fComponent.Initialize(&BIBRuntimeLookup));
-}
-
 } // namespace support
