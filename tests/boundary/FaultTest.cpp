@@ -3,7 +3,6 @@
 // conformance kit to check.
 
 #include "tests/support/EnvironmentVariable.h"
-#include "tests/support/ExpectedLeaks.h"
 #include "tests/support/PropertyList.h"
 #include "tests/support/Settings.h"
 #include "tests/support/SystemCallsDouble.h"
@@ -11,9 +10,21 @@
 
 #include <functional>
 
+// Of the sanitizer for leaks; null in programs without it.
+extern "C" {
+void __lsan_disable() __attribute__((weak));
+void __lsan_enable() __attribute__((weak));
+}
+
 namespace support {
 
 namespace {
+
+// While one lives, the sanitizer forgives what is allocated and never freed.
+struct ExpectedLeaks {
+    ExpectedLeaks() { __lsan_disable != nullptr ? __lsan_disable() : void(); }
+    ~ExpectedLeaks() { __lsan_enable != nullptr ? __lsan_enable() : void(); }
+};
 
 // What can fail on demand: how often it was attempted so far, and the order that the n-th attempt
 // from now on fails, alone or with all later ones, which 0 takes back.

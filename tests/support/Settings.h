@@ -40,8 +40,9 @@ protected:
     // A reference of its own to object, if there is one.
     template <class T>
     Owned<T> Own(T* object) const {
-        AddRef(object);
-        return Owned<T>(object, [this](T* owned) { Release(owned); });
+        auto* const container = reinterpret_cast<BIBContainer*>(object);
+        fRuntime.Containers().AddRef(container);
+        return Owned<T>(object, [=, this](T*) { fRuntime.Containers().Release(container); });
     }
 
     // A stream that reads text.
@@ -92,16 +93,6 @@ protected:
             text += part;
         }
         return text;
-    }
-
-    template <class T>
-    void AddRef(T* container) const {
-        fRuntime.Containers().AddRef(reinterpret_cast<BIBContainer*>(container));
-    }
-
-    template <class T>
-    void Release(T* container) const {
-        fRuntime.Containers().Release(reinterpret_cast<BIBContainer*>(container));
     }
 
     // A buffer of the units of a path.
