@@ -132,56 +132,21 @@ TEST_F(SchemaTest, TheStandardSchemaIsSoundAndAcceptsEveryExample) {
         EXPECT_EQ(again.Values(), settings.Values()) << name;
         EXPECT_EQ(again.CanonicalText(), again.Text()) << name;
     }
-}
-
-TEST_F(SchemaTest, TheSettingsAreListedWithAllThatTheSchemaSays) {
-    Schema const schema = Schema::Parse(
-        "< PDFSettings < A number optional < B < type array of In count 2 doc (help) > C In > >"
-        "  In < optional < X < type string in [ (a) ] default (a) > Y In"
-        "    Z < type number min 1 max 2 check ImageDepthParams > > > >");
-    auto const rules = schema.Rules();
-    std::string keys;
-    for (Rule const& rule : rules) {
-        keys += rule.Path() + "=" + rule.KindName() + (rule.IsRequired() ? "! " : " ");
-    }
-    EXPECT_EQ(
-        keys,
-        "A=number! B=array B/*/X=string B/*/Y=dictionary B/*/Z=number C=dictionary C/X=string "
-        "C/Y=dictionary C/Z=number ");
-    EXPECT_EQ(rules[1].ElementKindName(), "dictionary");
-    EXPECT_EQ(rules[1].What(), Kind::kArray);
-    EXPECT_EQ(rules[1].Count(), 2.0);
-    EXPECT_EQ(rules[1].Help(), "help");
-    ASSERT_EQ(rules[2].Allowed().size(), 1u);
-    EXPECT_EQ(rules[2].Allowed()[0], Value(String{"a"}));
-    EXPECT_EQ(*rules[2].Default(), Value(String{"a"}));
-    EXPECT_EQ(rules[2].ExpectedText(), "one of (a)");
-    EXPECT_EQ(rules[4].Minimum(), 1.0);
-    EXPECT_EQ(rules[4].Maximum(), 2.0);
-}
-
-TEST_F(SchemaTest, SettingsHaveLabelsAndStandInGroups) {
-    Schema const schema = Schema::Parse(
-        "< groups [ < label (One) settings [ MyRGBImage A ] > < label (Two) settings [ ] > ]"
-        "  PDFSettings < optional < A < type D label (An A) > MyRGBImage any ICCProfile any > >"
-        "  D < optional < x2Y any > > >");
-    std::string text;
-    for (Rule const& rule : schema.Rules()) {
-        text += rule.Path() + "=" + rule.Label() + " [" + rule.Group() + "] ";
-    }
-    EXPECT_EQ(
-        text,
-        "A=An A [One] A/x2Y=x2 Y [One] MyRGBImage=My RGB image [One] ICCProfile=ICC profile [] ");
-    EXPECT_EQ(schema.Groups().size(), 2U);
-    EXPECT_EQ(schema.Groups()[1], "Two");
-    ASSERT_EQ(schema.RulesOf("One").size(), 3U);
-    EXPECT_EQ(schema.RulesOf("One")[2].Path(), "A/x2Y") << "in the order of the group";
-    EXPECT_TRUE(schema.RulesOf("Two").empty() && schema.RulesOf("Three").empty());
     std::size_t grouped = 0;
-    for (std::string const& group : Schema::Standard().Groups()) {
-        grouped += Schema::Standard().RulesOf(group).size();
+    for (std::string const& group : schema.Groups()) {
+        grouped += schema.RulesOf(group).size();
     }
-    EXPECT_EQ(grouped, Schema::Standard().Rules().size());
+    EXPECT_EQ(grouped, schema.Rules().size());
+}
+
+TEST_F(SchemaTest, KeysMakeLabels) {
+    Schema const schema =
+        Schema::Parse("< PDFSettings < optional < MyRGBImage any ICCProfile any x2Y any > > >");
+    std::string labels;
+    for (Rule const& rule : schema.Rules()) {
+        labels += rule.Label() + ", ";
+    }
+    EXPECT_EQ(labels, "My RGB image, ICC profile, x2 Y, ");
 }
 
 // Settings, structures and groups may have the names of what is left out.

@@ -3,7 +3,6 @@
 #include "host/detail/FilePath.h"
 #include "pdfsettings/Compare.h"
 #include "pdfsettings/Component.h"
-#include "pdfsettings/Review.h"
 #include "runtime/objects/Diagnostics.h"
 #include "tests/support/ErrorOf.h"
 #include "tests/support/TemporaryFolder.h"
@@ -285,48 +284,6 @@ TEST_F(SettingsTest, AreMadeOfValues) {
     Settings const reserved = Settings::Parse("<< /AlembicorData 1 >> setalembicorparams");
     EXPECT_EQ(CodeOf([&] { static_cast<void>(reserved.CanonicalText()); }), Fault::kUnwritable);
     EXPECT_FALSE(Settings(fSchema).Has("A"));
-}
-
-TEST_F(SettingsTest, AreExplainedGroupByGroup) {
-    Schema const schema = Schema::Parse(
-        "< groups [ < label G settings [ B ] > ] PDFSettings < A < type number default 1 > "
-        "optional <"
-        " B < type number default 2 > C any D < type array of E > > > E < optional < X any > > >");
-    Settings const settings = Settings::Parse("<</A 1 /B 3>>setalembicorparams", schema);
-    std::string text;
-    for (auto const& [rule, value, isStored, isChanged] : Explain(settings)) {
-        text += rule.Path() + "=" + (value ? value->Text() : "") + (isStored ? "s" : "") +
-                (isChanged ? "c" : "") + " ";
-    }
-    EXPECT_EQ(text, "B=3sc A=1s C= D= ");
-}
-
-TEST_F(SettingsTest, ValuesAreCopiedAsTheyStand) {
-    Document const from("<</D << /X (a(b) % why\n /Y 0x2 >> /L [1%x\n2] >>setalembicorparams");
-    Settings settings = Parsed("<< /D << /Z 1 >> /A 1 >> setalembicorparams");
-    EXPECT_EQ(settings.Change().Copy(from, "D/X").Copy(from, "L").Commit().size(), 0U);
-    EXPECT_EQ(settings.Text(), "<< /D << /Z 1 /X (a(b) >> /A 1 /L [1%x\n2] >> setalembicorparams");
-    EXPECT_EQ(CodeOf([&] { settings.Change().Copy(from, "D/Q"); }), Fault::kNoValue);
-    fFolder.Make("broken", "<<");
-    EXPECT_EQ(OpenDocument(fFolder / "broken").WhyRefused(), Refusal::kInvalidFile);
-}
-
-TEST_F(SettingsTest, AReviewSaysAllWithPlaces) {
-    std::pair<char const*, char const*> const kCases[] = {
-        {"<<\n/A 1.123456789 /Bed 010\n/D << /Y 0 /Z 1 >> /L [ 1.5 ]\n>> setalembicorparams",
-         "2:4 rounded A, 2:16 unknown-key Bed, 2:21 octal , 3:10 value D/Y, 3:12 unknown-key D/Z, "
-         "3:25 value L/0, "},
-        {" % nothing\n", "2:1 empty , "},
-        {"<< /A 1 ", "1:9 unclosed , "}};
-    for (auto const& [text, expected] : kCases) {
-        std::string findings;
-        for (Finding const& finding : Review(Document(text), fSchema, {.isStrict = true})) {
-            findings += std::to_string(finding.Where()->line) + ":" +
-                        std::to_string(finding.Where()->column) + " " + finding.Id() + " " +
-                        finding.Path() + ", ";
-        }
-        EXPECT_EQ(findings, expected);
-    }
 }
 
 // The component counts only the namespaces that it validates.
