@@ -191,18 +191,6 @@ TEST(Component, IsAttachedThroughTheLookupOfAHost) {
     EXPECT_TRUE(Host::IsRunning());
 }
 
-TEST(RawAccess, GivesTheTablesAndAnObjectWithTheSettings) {
-    Component const component = Component::Start();
-    Settings const settings = Settings::Parse("<</A 1>>setalembicorparams");
-    RawAccess raw;
-    RawAccess again;
-    detail::Bindings const tables(raw.Lookup());
-    auto const stream =
-        detail::Share(tables, tables.settings.GetJobOptionsData(again.Object(settings)));
-    EXPECT_EQ(detail::ReadStream(tables, stream.get()).substr(0, 11), "<<\r\n  /A 1\r");
-    EXPECT_TRUE(IsUsable()) << "the API goes on working";
-}
-
 TEST(Bindings, AMissingRowIsNamed) {
     std::pair<char const*, char const*> const kCases[] = {
         {nullptr, ""},
