@@ -34,22 +34,6 @@ protected:
     // Makes every bound table stale.
     static void MoveCounter() { ++*BIB_T_NMT::gBIBUnregisterCount; }
 
-    // Does work as during the start, where the rows of a table are missing.
-    template <class Work>
-    void WithoutRows(std::initializer_list<char const*> rows, Work work) {
-        for (char const* const row : rows) {
-            fLookup.Hide(row);
-        }
-        MoveCounter();
-        BIB_T_NMT::gFinishedInit = false;
-        work();
-        BIB_T_NMT::gFinishedInit = true;
-        for (char const* const row : rows) {
-            fLookup.Show(row);
-        }
-        MoveCounter();
-    }
-
     bibrt::LiveCounts fLiveBefore = bibrt::CountLive();
     LookupDouble fLookup;
 };

@@ -80,25 +80,6 @@ TEST_F(Client, ReloadsAStaleTableOnceAndOnlyWhenAsked) {
     }
 }
 
-TEST_F(Client, TellsAMissingTableByTheState) {
-    EXPECT_EQ("", WhatItThrows([] { BIBGetProcAddress("No such", "name", "at all"); }));
-    fLookup.Hide("BIBContainerInterface.GetSignature");
-    MoveCounter();
-    EXPECT_EQ("", WhatItThrows([] { Containers::CheckInterface(); }));
-    WithoutRows({"BIBContainerInterface.GetSignature"}, [] {
-        EXPECT_EQ(nullptr, PeekProcs<BIBContainerInterface>());
-        EXPECT_EQ("Missing Interface", WhatItThrows([] { Containers::CheckInterface(); }));
-    });
-    ASSERT_NE(nullptr, GetGlobalPOSNumberInterfaceProcs());
-    WithoutRows({"POSNumberInterface.IsPOSNumber"}, [] {
-        EXPECT_EQ(nullptr, GetGlobalPOSNumberInterfaceProcs());
-        EXPECT_EQ(nullptr, gPOSNumberInterface.NewPOSNumber);
-        EXPECT_NE(nullptr, gPOSNumberInterface.Get);
-        EXPECT_EQ("invalid container", WhatItThrows([] { CPOSNumber const number(1.0); }));
-    });
-    EXPECT_EQ(1.0, CPOSNumber(1.0).Get());
-}
-
 using Table = _t_POSObjectVirtualInterface;
 
 class Methods : public support::BoundClientTest {

@@ -4,7 +4,6 @@
 #include "bib/BIBInterfaceClient.h"
 #include "bib/BIBMemory.h"
 #include "bib/BIBSharedBuffer.h"
-#include "bib/BIBStream.h"
 #include "bib/BIBStringAtom.h"
 #include "bib/POSCollections.h"
 #include "bib/POSScalars.h"
@@ -43,19 +42,6 @@ TEST_F(Handles, OfContainersCountOnceAndReturnUnowned) {
     EXPECT_EQ(0, CountOf(raw));
     BIBContainerBaseGeneric const handle(raw);
     EXPECT_EQ(1, CountOf(raw));
-}
-
-TEST_F(Handles, AreNotMadeWhereNoReferenceIsToBeHad) {
-    CPOSNumber const number(1.0);
-    auto& table = *TBIBInterfaceClient<BIBContainerInterface>::GetProcTable_Mutable();
-    auto const saved = table.AddRef;
-    table.AddRef = [](BIBContainer*) { return 0L; };
-    EXPECT_EQ("invalid container", WhatItThrows([&] {
-                  BIBContainerBaseGeneric const h(number.operator BIBContainer*());
-              }));
-    EXPECT_EQ("invalid container", WhatItThrows([&] { CPOSObject const copy(number); }));
-    table.AddRef = saved;
-    EXPECT_EQ(1, CountOf(number));
 }
 
 TEST_F(Handles, FindInstancesMethodsAndSignaturesOrSaySo) {
@@ -224,17 +210,6 @@ TEST_F(Handles, OfBuffersFreeABlockOnceWhenThereIsNoBuffer) {
     fLookup.Show("BIBSharedBuffInterface.GetSize");
 }
 
-TEST_F(Handles, OfStreamsNeedTheMethodsOfTheirLevel) {
-    BIBSimpleStream* simple = nullptr;
-    BIBClientStreamProcs const procs = {};
-    ASSERT_TRUE(CBIBStreamFactory::Init());
-    ASSERT_EQ(nullptr, gBIBStreamFactoryInterface.NewClientSimpleStream(&simple, &procs, nullptr));
-    CBIBSimpleStream const stream(simple);
-    EXPECT_NE("nothing", WhatItThrows([&] {
-                  CBIBPositionableStream const s(reinterpret_cast<BIBPositionableStream*>(simple));
-              }));
-}
-
 TEST_F(Handles, OfValuesFailQuietlyIfAsked) {
     auto const parse = [](char const* text, bool quiet) {
         return CPOSObject::CreateFromText(text, nullptr, quiet);
@@ -276,29 +251,6 @@ TEST_F(Handles, OfValuesFailQuietlyIfAsked) {
     bibrt::FailAllocation(1, /*andAllLater=*/false);
     EXPECT_EQ("CPOSObject::Clone failed", WhatItThrows([&] { dict.Clone(); }));
     bibrt::ResetFailures();
-}
-
-TEST_F(Handles, AreNotMadeWhileTheirTableIsMissing) {
-    CPOSDict const dict;
-    POSDict* const raw = dict;
-    auto const check = [&] {
-        EXPECT_FALSE(CPOSDict(raw).IsValid());
-        EXPECT_FALSE(CPOSDict(CPOSObject(dict), /*quiet=*/true).IsValid());
-        EXPECT_EQ("invalid container", WhatItThrows([] { CPOSDict const handle; }));
-        EXPECT_EQ("invalid container", WhatItThrows([] { CPOSArray const handle; }));
-        EXPECT_EQ("invalid container", WhatItThrows([&] { CPOSDictIterator const handle(dict); }));
-        EXPECT_EQ(nullptr, CBIBStreamFactory::NewMemoryStream());
-        EXPECT_EQ("invalid container", WhatItThrows([] { CBIBPositionableStream const handle; }));
-        EXPECT_FALSE(CPOSObject::CreateFromText("1", nullptr, /*quiet=*/false).IsValid());
-    };
-    WithoutRows(
-        {"POSDictInterface.DeepGet",
-         "POSArrayInterface.SetAt",
-         "POSDictIteratorInterface.Next",
-         "POSObjectStatics.DebugDump",
-         "BIBStreamFactoryInterface.NewClientSimpleStream"},
-        check);
-    CPOSDict::GetProcs();
 }
 
 } // namespace BIB_T_NMT
