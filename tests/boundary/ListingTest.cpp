@@ -258,19 +258,4 @@ TEST_F(Listing, TellsWhenAFileChanged) {
     }
 }
 
-TEST_F(Listing, LeavesOutPathsThatAreTooLong) {
-    constexpr std::size_t kLongestPath = 2047;
-    std::string folder = fFolder / "deep";
-    while (folder.size() < kLongestPath - 255) {
-        folder += "/" + std::string(100, 'd');
-    }
-    std::string const fitting(
-        kLongestPath - folder.size() - std::string("/.joboptions").size(), 'f');
-    WriteBytes(folder + "/" + fitting + ".joboptions", "");
-    WriteBytes(folder + "/" + fitting + "f.joboptions", "");
-    WriteUserList(PropertyList(StringEntry("PDFSettingsPath", folder)));
-    std::string const path = folder + "/" + fitting + ".joboptions";
-    EXPECT_EQ(std::vector<std::string>{Line(fitting, path, "0")}, List());
-}
-
 } // namespace support
