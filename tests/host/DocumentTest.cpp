@@ -11,7 +11,6 @@
 #include <algorithm>
 #include <filesystem>
 #include <gtest/gtest.h>
-#include <tuple>
 
 namespace pdfsettings {
 
@@ -77,27 +76,6 @@ TEST(Document, AgreesWithTheComponentOnGeneratedTexts) {
         readable += ExpectAgreement(texts.Next()) ? 1U : 0U;
     }
     EXPECT_GT(readable, 6000U);
-}
-
-// Of equal keys the last one counts.
-TEST(Document, KnowsThePlaceOfEachKeyAndValue) {
-    Document const document("% /A 0\r\n<</A/x/B [ <FE>% 1\n [ (a\\)b) 010 ]]/A 12abc /C 1"
-                            "/C<</D(/D 1)>> >> setalembicorparams /E 1");
-    std::tuple<char const*, char const*, char const*> const kCases[] = {
-        {"A", "/A", "12"},
-        {"B", "/B", "[ <FE>% 1\n [ (a\\)b) 010 ]]"},
-        {"B/0", "", "<FE>"},
-        {"B/1", "", "[ (a\\)b) 010 ]"},
-        {"B/1/1", "", "010"},
-        {"C", "/C", "<</D(/D 1)>>"},
-        {"C/D", "/D", "(/D 1)"},
-    };
-    for (auto const& [path, key, value] : kCases) {
-        DocumentEntry const* const entry = document.Find(path);
-        ASSERT_NE(entry, nullptr) << path;
-        EXPECT_EQ(document.Text().substr(entry->key.begin, entry->key.Size()), key) << path;
-        EXPECT_EQ(document.Text().substr(entry->value.begin, entry->value.Size()), value) << path;
-    }
 }
 
 // As deep as the component reads on the same stack, and deeper.

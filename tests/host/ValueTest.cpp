@@ -153,24 +153,17 @@ TEST(Value, MayBeReplacedByAPartOfItself) {
 TEST(Dictionary, FindsByKeysAndPositions) {
     Dictionary settings = Dictionary::Of(
         {{"Plain", 1},
-         {"Image", Dictionary::Of({{"QFactor", 0.5}})},
          {"List", Array::Of({Dictionary::Of({{"Namespace", Array::Of({7, 8})}})})},
          {"/Slash", Dictionary::Of({{"/In", 9}})},
          {"", 10}});
     std::pair<char const*, std::optional<double>> const kCases[] = {
-        {"Plain", 1},
-        {"Image/QFactor", 0.5},
         {"List/0/Namespace/1", 8},
         {"/Slash//In", 9},
         {"", 10},
-        {"plain", {}},
-        {"Plain/", {}},
         {"Plain/0", {}},
-        {"Image/", {}},
         {"List/1", {}},
         {"List/-0", {}},
         {"List/0x0", {}},
-        {"List/", {}},
         {"List/99999999999999999999", {}},
         {"List/0/Namespace/2", {}},
     };
