@@ -32,29 +32,6 @@ std::u16string Swapped(std::u16string text) {
     return text;
 }
 
-// Acts as a user without rights where the tests run as root, who may do everything.
-class AsOtherUser {
-public:
-    explicit AsOtherUser(std::filesystem::path const& folder) : fIsRoot(geteuid() == 0) {
-        if (fIsRoot) {
-            EXPECT_EQ(0, chown(folder.c_str(), kNobody, kNobody));
-            EXPECT_EQ(0, seteuid(kNobody));
-        }
-    }
-    ~AsOtherUser() {
-        if (fIsRoot) {
-            EXPECT_EQ(0, seteuid(0));
-        }
-    }
-    AsOtherUser(AsOtherUser const&) = delete;
-    AsOtherUser& operator=(AsOtherUser const&) = delete;
-
-private:
-    static constexpr uid_t kNobody = 65534;
-
-    bool fIsRoot;
-};
-
 // The exit status of the tool that changes a setting of a file, which does not wait long.
 int SetByTool(std::string const& file, std::string const& options = "") {
     std::string const call = PDFSETTINGS_TOOL " set --wait 0.02 -q " + options;
@@ -244,27 +221,6 @@ TEST_F(Files, ThatCannotBeWrittenLeaveNothingBehind) {
     // What is no settings object is a failure from outside.
     auto const dict = NewValue<PDFSettings>("< >");
     EXPECT_EQ("Write Failed 7", Write(dict, folder + u"/name"));
-}
-
-TEST_F(Files, ThatTheUserMayNotTouchStayAsTheyAre) {
-    AsOtherUser const other(fFolder.Path());
-    fFolder.Make("kept", kText);
-    chmod((fFolder / "kept").c_str(), 0200);
-    std::filesystem::create_directory(fFolder / "folder");
-    fFolder.Make("folder/kept", "kept");
-    chmod((fFolder / "folder").c_str(), 0555);
-    auto const settings = NewSettings(kText);
-    EXPECT_EQ("Error", OpenError(Wide(fFolder / "kept")));
-    EXPECT_EQ("Error 2", Write(settings, Wide(fFolder / "folder/new")));
-    EXPECT_EQ("Error 2", Write(settings, Wide(fFolder / "folder/kept")));
-    EXPECT_EQ("kept", ReadBytes(fFolder / "folder/kept"));
-    EXPECT_FALSE(std::filesystem::exists(fFolder / "folder/new"));
-    // A link whose target cannot be looked at is not taken for a file of its own.
-    std::filesystem::create_symlink("folder/kept", fFolder / "link");
-    chmod((fFolder / "folder").c_str(), 0);
-    EXPECT_EQ("Error 2", Write(settings, Wide(fFolder / "link")));
-    EXPECT_TRUE(std::filesystem::is_symlink(fFolder / "link"));
-    chmod((fFolder / "folder").c_str(), 0755);
 }
 
 // The old file goes before the new one is made: where the disk is full, neither stays.

@@ -77,6 +77,10 @@ TEST_F(FileManager, TellsFromAPathWhatIsThere) {
     FSRef ref;
     EXPECT_EQ(bdNamErr, MakeRef(fFolder / std::string(256, 'n'), &ref, nullptr));
     EXPECT_EQ(bdNamErr, MakeRef(std::string(5000, 'n'), &ref, nullptr));
+    support::SystemCallsDouble calls;
+    calls.FailNext("statx", EACCES);
+    EXPECT_EQ(afpAccessDenied, MakeRef(fFolder / "dangling", &ref, nullptr))
+        << "whose end is hidden";
     UInt8 path[PATH_MAX];
     FSRef const eight{"/2345678"};
     EXPECT_EQ(bdNamErr, FSRefMakePath(&eight, path, 8));
