@@ -39,22 +39,6 @@ protected:
         return helper.GetDirectory(folder) ? support::TextOf(folder) : "-";
     }
 
-    // A path of 1,023 bytes is the longest. A longer folder is not taken for the root.
-    void ExpectLimitOfPath() {
-        std::string folder = fFolder / "deep";
-        while (folder.size() < 1023 - sizeof kFile - 200) {
-            folder += "/" + std::string(100, 'd');
-        }
-        folder += "/" + std::string(1023 - (sizeof kFile - 1) - folder.size() - 1, 'd');
-        for (std::string const& longer : {std::string(), std::string("d"), std::string(30, 'd')}) {
-            support::WriteBytes(folder + longer + kFile, PropertyList(""));
-            fConfig.Set((folder + longer).c_str());
-            EXPECT_EQ(longer.empty(), MacRegistryHelper(kUserDomain, kFile, false).IsValid());
-        }
-        std::string const absolute = fFolder.Make("root.plist", PropertyList(""));
-        EXPECT_FALSE(MacRegistryHelper(kUserDomain, absolute.c_str(), false).IsValid());
-    }
-
     support::TemporaryFolder fFolder;
     support::EnvironmentVariable fConfig{"XDG_CONFIG_HOME", fFolder.Path().c_str()};
 };
@@ -185,7 +169,6 @@ TEST_F(Preferences, AreReadAsFarAsTheyAreGood) {
     EXPECT_FALSE(
         MacRegistryHelper(kUserDomain, ("/" + std::string(1024, 'x')).c_str(), false).IsValid());
     EXPECT_FALSE(MacRegistryHelper(0, kFile, false).IsValid());
-    ExpectLimitOfPath();
     fConfig.Set((fFolder / "missing").c_str());
     EXPECT_FALSE(MacRegistryHelper(kUserDomain, kFile, false).IsValid());
 }
