@@ -91,16 +91,14 @@ protected:
                std::distance(begin(std::filesystem::directory_iterator(fRoots)), {}) == 1;
     }
 
-    // Attacks each of many saves. How many went through.
-    int Survive(std::function<void()> const& act, std::function<void()> const& save) const {
+    // Attacks each of many saves.
+    void Survive(std::function<void()> const& act, std::function<void()> const& save) const {
         Attacker const attacker(act);
-        int saved = 0;
         for (int round = 0; round < support::Rounds(300) && !testing::Test::HasFailure(); ++round) {
             // Others are refused, or lost in the attacker's folder.
-            saved += support::ErrorOf(save) ? 0 : 1;
+            support::ErrorOf(save);
             EXPECT_TRUE(IsSafe()) << "round " << round;
         }
-        return saved;
     }
 
     static void AddToFile(std::string const& path) {
@@ -150,28 +148,6 @@ TEST_F(AttackTest, AFileInAStickyFolderExchangedWithALinkLeadsNowhere) {
             rename(aside.c_str(), file.c_str());
         },
         [&] { AddToFile(file); });
-}
-
-TEST_F(AttackTest, ALinkPlantedAtAnOutputIsRefused) {
-    MakeFolder("sticky", 01777, 0);
-    std::string const output = fFolder / "sticky/out";
-    int const saved = Survive(
-        [&] { static_cast<void>(symlink(fRootsFile.c_str(), output.c_str())); },
-        [&] {
-            while (access((fFolder / "sticky/out").c_str(), F_OK) != 0) {
-            }
-            SaveSafely(output, "new", kShortWait);
-        });
-    EXPECT_EQ(saved, 0);
-    Survive(
-        [&] {
-            static_cast<void>(symlink(fRootsFile.c_str(), output.c_str()));
-            unlink(output.c_str());
-        },
-        [&] {
-            SaveSafely(output, "new", LookAt(output), OnConflict::kRefuse, kShortWait);
-            unlink(output.c_str());
-        });
 }
 
 TEST_F(AttackTest, AFileThatTheComponentHasJustMadeIsNotExchanged) {

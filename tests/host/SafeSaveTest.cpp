@@ -275,22 +275,6 @@ TEST_F(SafeSaveTest, GoesOnWhereTheSystemLacksACallOrIsInterrupted) {
     EXPECT_EQ(fFolder.Names(), "moved ");
 }
 
-TEST_F(SafeSaveTest, LocksAreHadOneAfterTheOther) {
-    std::string const file = fFolder.Make("a", "0");
-    auto const addOften = [&] {
-        for (int round = 0; round < 25; ++round) {
-            FileLock lock(file, std::chrono::minutes(2));
-            lock.Save(std::to_string(std::stoi(*lock.Bytes()) + 1));
-        }
-    };
-    {
-        std::jthread const threads[] = {
-            std::jthread(addOften), std::jthread(addOften), std::jthread(addOften)};
-        addOften();
-    }
-    EXPECT_EQ(ReadBytes(file), "100");
-}
-
 TEST_F(SafeSaveTest, TheThreadOfALockUsesItAndOthersWait) {
     std::string const file = fFolder.Make("a", "old");
     std::string other;
