@@ -72,6 +72,8 @@ TEST(Component, TellsItsVersionInEveryStateStartsAndStopsOnceAndGoes) {
         EXPECT_EQ(nullptr, FindNewFromDict());
         component.Terminate();
         EXPECT_EQ(66560, component.GetVersion());
+        EXPECT_EQ(1, component.Initialize(&BIBRuntimeLookup)) << "it can start again";
+        component.Terminate();
     }
     EXPECT_EQ(nullptr, dlopen(PDFSETTINGS_COMPONENT, RTLD_NOW | RTLD_NOLOAD)) << "it is gone";
 }
