@@ -9,6 +9,7 @@
 #include "tests/support/TemporaryFolder.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
@@ -31,11 +32,6 @@ constexpr gid_t kForeignGroup = 3000;
 constexpr uid_t kOtherUser = 1234;
 constexpr char kLeftover[] = ".joboptions-00000000000000000000000000000000.new";
 constexpr char kForeign[] = ".joboptions-0000000000000000.new"; // not quite a leftover
-
-// Only root can give files away; for others all belong to them.
-bool CanGive() {
-    return geteuid() == 0;
-}
 
 // What can be seen of an item of a folder.
 struct Item {
@@ -319,20 +315,17 @@ private:
     char RandomRights() { return static_cast<char>(Below(8)); }
 
     std::string RandomList(char ownerRights) {
-        return support::AccessList(
-            {ownerRights,
-             RandomRights(),
-             RandomRights(),
-             RandomRights(),
-             RandomRights(),
-             RandomRights()});
+        std::array<char, 6> rights{ownerRights};
+        std::generate(rights.begin() + 1, rights.end(), [this] { return RandomRights(); });
+        return support::AccessList(rights);
     }
 
     void MakeRandomFile(std::string const& name, std::string const& bytes) {
         std::string const file = fFolder.Make(name, bytes);
         gid_t const group = OneOf({getegid(), kOurGroup, kForeignGroup});
         uid_t const owner = Below(4) == 0 ? kOtherUser : geteuid();
-        EXPECT_TRUE(!CanGive() || chown(file.c_str(), owner, group) == 0);
+        // Only root can give files away; for others all belong to them.
+        EXPECT_TRUE(geteuid() != 0 || chown(file.c_str(), owner, group) == 0);
         char const ownerRights = Below(8) == 0 ? 4 : 6;
         bool const hasList = Below(2) == 0;
         if (Below(2) == 0) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cstring>
 #include <string>
@@ -18,30 +19,18 @@ constexpr char kDefaultList[] = "system.posix_acl_default";
 constexpr uid_t kNamedUser = 7777;
 constexpr gid_t kNamedGroup = 4000;
 
-// Permissions, rwx from the high bit on.
-struct Rights {
-    char fOwner;
-    char fNamedUser;
-    char fGroup;
-    char fNamedGroup;
-    char fMask;
-    char fOthers;
-};
-
-inline std::string AccessList(Rights const& rights) {
+// A list with the permissions, rwx from the high bit on, of the owner, the named user, the group,
+// the named group, the mask and the others.
+inline std::string AccessList(std::array<char, 6> const& permissions) {
+    constexpr std::uint32_t kNone = 0xFFFFFFFF;
+    constexpr std::uint32_t kIds[] = {kNone, kNamedUser, kNone, kNamedGroup, kNone, kNone};
     std::string list("\2\0\0\0", 4);
-    auto const add = [&list](char tag, char permissions, std::uint32_t id = 0xFFFFFFFF) {
-        list += {tag, 0, permissions, 0};
+    for (std::size_t entry = 0; entry < permissions.size(); ++entry) {
+        list += {static_cast<char>(1 << entry), 0, permissions[entry], 0};
         for (int byte = 0; byte < 4; ++byte) {
-            list += static_cast<char>(id >> (8 * byte));
+            list += static_cast<char>(kIds[entry] >> (8 * byte));
         }
-    };
-    add(0x01, rights.fOwner);
-    add(0x02, rights.fNamedUser, kNamedUser);
-    add(0x04, rights.fGroup);
-    add(0x08, rights.fNamedGroup, kNamedGroup);
-    add(0x10, rights.fMask);
-    add(0x20, rights.fOthers);
+    }
     return list;
 }
 
