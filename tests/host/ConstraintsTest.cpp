@@ -52,6 +52,7 @@ TEST_F(Constraints, AreInWordsWithTheSettingsToChangeFirst) {
         "N/Q is one of /a, /b | \n",
         words);
     EXPECT_EQ(1U, schema.ConstraintsOf("N/Q").size());
+    EXPECT_EQ("why", schema.ConstraintsOf("A")[0].Help());
 }
 
 TEST_F(Constraints, RejectOrAdviseAgainstValuesWithTheirPlaces) {

@@ -128,11 +128,9 @@ TEST_F(SchemaTest, TheStandardSchemaIsSoundAndAcceptsEveryExample) {
 TEST_F(SchemaTest, KeysMakeLabels) {
     Schema const schema =
         Schema::Parse("< PDFSettings < optional < MyRGBImage any ICCProfile any x2Y any > > >");
-    std::string labels;
-    for (Rule const& rule : schema.Rules()) {
-        labels += rule.Label() + ", ";
-    }
-    EXPECT_EQ(labels, "My RGB image, ICC profile, x2 Y, ");
+    EXPECT_EQ(schema.Rules()[0].Label(), "My RGB image");
+    EXPECT_EQ(schema.Rules()[1].Label(), "ICC profile");
+    EXPECT_EQ(schema.Rules()[2].Label(), "x2 Y");
 }
 
 // Settings, structures and groups may have the names of what is left out.
@@ -154,9 +152,10 @@ TEST_F(SchemaTest, TheTextOfItsRulesLacksOnlyWhatValidationIgnores) {
 }
 
 TEST_F(SchemaTest, RulesAreFoundByPathsOfSettings) {
-    Schema const schema = Schema::Parse(
-        "< PDFSettings < Alpha number optional < List < type array of In > Open dictionary > >"
-        "  In < optional < Beta any > > >");
+    Schema const schema = Schema::Parse("< PDFSettings < Alpha number optional <"
+                                        "  List < type array of In > Part In Open dictionary > >"
+                                        "  In < optional < Beta any Again In > > >");
+    EXPECT_EQ(schema.Rules().size(), 8U) << "each structure once on its way";
     EXPECT_EQ(schema.Find("List/12/Beta"), schema.Find("List/*/Beta"));
     EXPECT_NE(schema.Find("List/12/Beta"), nullptr);
     EXPECT_EQ(schema.Find("List/12"), nullptr);
@@ -170,9 +169,6 @@ TEST_F(SchemaTest, RulesAreFoundByPathsOfSettings) {
     for (char const* const path : {"alpha", "List/0/beta", "Opem/x", "0"}) {
         EXPECT_TRUE(schema.IsUnknown(path)) << path;
     }
-    EXPECT_EQ(schema.Suggest("alfa"), "Alpha");
-    EXPECT_EQ(schema.Suggest("List/3/Bta"), "Beta");
-    EXPECT_EQ(schema.Suggest("Open/x"), "");
     EXPECT_TRUE(schema.HasRulesIn("List") && schema.HasRulesIn("List/7"));
     EXPECT_FALSE(schema.HasRulesIn("Open") || schema.HasRulesIn("Alpha"));
 }

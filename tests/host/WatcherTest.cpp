@@ -9,6 +9,7 @@
 #include "tests/support/Rounds.h"
 #include "tests/support/TemporaryFolder.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <map>

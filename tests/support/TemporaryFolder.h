@@ -1,15 +1,15 @@
 // A folder for the files of one test.
 #pragma once
 
-#include <algorithm>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <numeric>
+#include <set>
 #include <string>
 #include <sys/stat.h>
 #include <unistd.h>
-#include <vector>
 
 namespace support {
 
@@ -42,16 +42,11 @@ public:
 
     // The names in the folder in alphabetical order, each with a blank behind it.
     std::string Names() const {
-        std::vector<std::string> names;
+        std::set<std::string> names;
         for (auto const& entry : std::filesystem::directory_iterator(fPath)) {
-            names.push_back(entry.path().filename().string());
+            names.insert(entry.path().filename().string() + " ");
         }
-        std::sort(names.begin(), names.end());
-        std::string all;
-        for (auto const& name : names) {
-            all += name + " ";
-        }
-        return all;
+        return std::accumulate(names.begin(), names.end(), std::string());
     }
 
 private:

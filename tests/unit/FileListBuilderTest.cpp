@@ -87,7 +87,10 @@ TEST_F(ListBuilder, GoesOnWhateverItsStepsThrow) {
     FSRef const file{"/a/c.joboptions"};
     HFSUniStr255 const name{12, {'c', '.', 'j', 'o', 'b', 'o', 'p', 't', 'i', 'o', 'n', 's'}};
     FSCatalogInfo const info{0, kDate, {}};
-    EXPECT_EQ(0, CallbackIterProc(0, 1, &info, &file, nullptr, &name, &builder));
+    FSRef const tooLong{std::string(5000, '/')};
+    for (FSRef const* const item : {&file, &tooLong}) {
+        EXPECT_EQ(0, CallbackIterProc(0, 1, &info, item, nullptr, &name, &builder));
+    }
     fLookup.Replace(
         "BIBSharedBuffInterface.NewBuffer",
         +[](unsigned long, void*, void (*)(void*), void*, void*) -> BIBSharedBuffer* { throw 1; });
