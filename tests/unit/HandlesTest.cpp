@@ -4,6 +4,7 @@
 #include "bib/BIBInterfaceClient.h"
 #include "bib/BIBMemory.h"
 #include "bib/BIBSharedBuffer.h"
+#include "bib/BIBStream.h"
 #include "bib/BIBStringAtom.h"
 #include "bib/POSCollections.h"
 #include "bib/POSScalars.h"
@@ -229,6 +230,31 @@ TEST_F(Handles, OfValuesFailQuietlyIfAsked) {
     }
     EXPECT_TRUE(dict == dict.Clone());
     EXPECT_TRUE(dict != CPOSDict());
+}
+
+TEST_F(Handles, AreNotMadeDuringAStartThatFindsNoTable) {
+    CPOSDict const dict;
+    POSDict* const raw = dict;
+    for (char const* const row :
+         {"POSDictInterface.DeepGet",
+          "POSArrayInterface.SetAt",
+          "POSDictIteratorInterface.Next",
+          "POSNumberInterface.Get",
+          "POSObjectStatics.DebugDump",
+          "BIBStreamFactoryInterface.NewClientSimpleStream"}) {
+        fLookup.Hide(row);
+    }
+    MoveCounter();
+    gFinishedInit = false;
+    EXPECT_FALSE(CPOSDict(raw).IsValid());
+    EXPECT_FALSE(CPOSDict(CPOSObject(dict), /*quiet=*/true).IsValid());
+    EXPECT_EQ("invalid container", WhatItThrows([] { CPOSDict const handle; }));
+    EXPECT_EQ("invalid container", WhatItThrows([] { CPOSArray const handle; }));
+    EXPECT_EQ("invalid container", WhatItThrows([] { CPOSNumber const handle(1.0); }));
+    EXPECT_EQ("invalid container", WhatItThrows([&] { CPOSDictIterator const handle(dict); }));
+    EXPECT_EQ(nullptr, CBIBStreamFactory::NewMemoryStream());
+    EXPECT_FALSE(CPOSObject::CreateFromText("1", nullptr, /*quiet=*/false).IsValid());
+    gFinishedInit = true;
 }
 
 } // namespace BIB_T_NMT
