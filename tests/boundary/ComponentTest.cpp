@@ -126,6 +126,20 @@ TEST(Component, StaysStoppedWithoutALookup) {
     EXPECT_TRUE(lookup.fAsked.empty());
 }
 
+// The kit takes away the rows of the tables.
+TEST(Component, FailsToStartWithoutARowOfTheBootstrap) {
+    for (char const* const row :
+         {"RegisterProcAddress",
+          "UnregisterInterface",
+          "GetUnregisterCountAddr",
+          "IsMultiThreaded",
+          "ReportError"}) {
+        LookupDouble lookup;
+        lookup.Hide(std::string("BIB.BIB") + row);
+        EXPECT_EQ(0, Component().Initialize(&LookupDouble::Lookup)) << row;
+    }
+}
+
 TEST(Component, FailsToStartWhereARowIsTaken) {
     auto const take = Bootstrap<BIBRegisterProcAddressProc>("BIBRegisterProcAddress");
     void* const own = reinterpret_cast<void*>(&RecordUnregister);
