@@ -2,7 +2,6 @@
 
 #include "tests/support/Component.h"
 #include "runtime/objects/Diagnostics.h"
-#include "tests/support/ErrorLog.h"
 #include "tests/support/LookupDouble.h"
 
 #include <dlfcn.h>

@@ -2,7 +2,6 @@
 // that knows what may be there afterwards: names, bytes, owners, permissions, links and times.
 #include "pdfsettings/SafeSave.h"
 
-#include "tests/support/AccessList.h"
 #include "tests/support/ErrorOf.h"
 #include "tests/support/Rounds.h"
 #include "tests/support/SystemCallsDouble.h"
@@ -12,6 +11,7 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
+#include <cstdint>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <map>
@@ -20,6 +20,7 @@
 #include <set>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 using namespace pdfsettings;
@@ -32,6 +33,64 @@ constexpr gid_t kForeignGroup = 3000;
 constexpr uid_t kOtherUser = 1234;
 constexpr char kLeftover[] = ".joboptions-00000000000000000000000000000000.new";
 constexpr char kForeign[] = ".joboptions-0000000000000000.new"; // not quite a leftover
+
+// Access control lists of files, as the system stores them: a version, and entries of a tag,
+// permissions and an id, 16, 16 and 32 bits each, the low byte first (linux/posix_acl_xattr.h).
+constexpr char kAccessList[] = "system.posix_acl_access";
+constexpr char kDefaultList[] = "system.posix_acl_default";
+
+// Whom lists of tests name.
+constexpr uid_t kNamedUser = 7777;
+constexpr gid_t kNamedGroup = 4000;
+
+// A list with the permissions, rwx from the high bit on, of the owner, the named user, the group,
+// the named group, the mask and the others.
+std::string AccessList(std::array<char, 6> const& permissions) {
+    constexpr std::uint32_t kNone = 0xFFFFFFFF;
+    constexpr std::uint32_t kIds[] = {kNone, kNamedUser, kNone, kNamedGroup, kNone, kNone};
+    std::string list("\2\0\0\0", 4);
+    for (std::size_t entry = 0; entry < permissions.size(); ++entry) {
+        list += {static_cast<char>(1 << entry), 0, permissions[entry], 0};
+        for (int byte = 0; byte < 4; ++byte) {
+            list += static_cast<char>(kIds[entry] >> (8 * byte));
+        }
+    }
+    return list;
+}
+
+// What a user who is not the owner, in one group, may do with a file: a list's user counts before
+// its groups, these before the others, and the mask cuts all but the others.
+int RightsOf(uid_t user, gid_t group, gid_t groupOfFile, mode_t mode, std::string const& list) {
+    if (list.empty()) {
+        return static_cast<int>((group == groupOfFile ? mode >> 3 : mode) & 7U);
+    }
+    // The entries in the order of the list.
+    auto const rights = [&list](std::size_t entry) {
+        return static_cast<unsigned char>(list[4 + entry * 8 + 2]);
+    };
+    int const mask = rights(4);
+    if (user == kNamedUser) {
+        return rights(1) & mask;
+    }
+    bool const isInGroup = group == groupOfFile;
+    bool const isInNamed = group == kNamedGroup;
+    if (isInGroup || isInNamed) {
+        return ((isInGroup ? rights(2) : 0) | (isInNamed ? rights(3) : 0)) & mask;
+    }
+    return rights(5);
+}
+
+bool SetAttribute(std::string const& path, char const* name, std::string const& value) {
+    return setxattr(path.c_str(), name, value.data(), value.size(), 0) == 0;
+}
+
+// The value of an attribute; empty where there is none.
+std::string Attribute(std::string const& path, char const* name) {
+    std::string value(1000, '\0');
+    ssize_t const size = getxattr(path.c_str(), name, value.data(), value.size());
+    value.resize(static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
+    return value;
+}
 
 // What can be seen of an item of a folder.
 struct Item {
@@ -64,8 +123,8 @@ Item LookAtItem(std::string const& path) {
         status.st_mode,
         status.st_uid,
         status.st_gid,
-        isLink ? "" : support::Attribute(path, support::kAccessList),
-        isLink ? "" : support::Attribute(path, "user.note"),
+        isLink ? "" : Attribute(path, kAccessList),
+        isLink ? "" : Attribute(path, "user.note"),
         status.st_ino,
         status.st_mtim.tv_sec * 1'000'000'000 + status.st_mtim.tv_nsec};
 }
@@ -82,8 +141,8 @@ Items LookAtAll(support::TemporaryFolder const& folder) {
 void ExpectNoWiderAccess(Item const& item, Item const& old) {
     for (uid_t const user : {uid_t{7777}, uid_t{8888}}) {
         for (gid_t const group : {getegid(), kOurGroup, kForeignGroup, gid_t{4000}}) {
-            int const before = support::RightsOf(user, group, old.fGroup, old.fMode, old.fList);
-            int const now = support::RightsOf(user, group, item.fGroup, item.fMode, item.fList);
+            int const before = RightsOf(user, group, old.fGroup, old.fMode, old.fList);
+            int const now = RightsOf(user, group, item.fGroup, item.fMode, item.fList);
             EXPECT_EQ(now & ~before, 0) << user << ":" << group << "\n"
                                         << testing::PrintToString(old) << "\n"
                                         << testing::PrintToString(item);
@@ -204,7 +263,7 @@ public:
     // The ways to run it; each checks what is there afterwards.
     void Save() {
         if (Below(2) == 0) {
-            support::SetAttribute(fFolder.Path(), support::kDefaultList, RandomList(6));
+            SetAttribute(fFolder.Path(), kDefaultList, RandomList(6));
         }
         bool const isStale = Below(8) == 0;
         if (isStale) {
@@ -317,7 +376,7 @@ private:
     std::string RandomList(char ownerRights) {
         std::array<char, 6> rights{ownerRights};
         std::generate(rights.begin() + 1, rights.end(), [this] { return RandomRights(); });
-        return support::AccessList(rights);
+        return AccessList(rights);
     }
 
     void MakeRandomFile(std::string const& name, std::string const& bytes) {
@@ -329,7 +388,7 @@ private:
         char const ownerRights = Below(8) == 0 ? 4 : 6;
         bool const hasList = Below(2) == 0;
         if (Below(2) == 0) {
-            support::SetAttribute(file, "user.note", "note on " + bytes);
+            SetAttribute(file, "user.note", "note on " + bytes);
         }
         int const special = Below(4) == 0 ? RandomRights() : 0; // set-id and sticky bits
         chmod(
@@ -337,7 +396,7 @@ private:
             static_cast<mode_t>(
                 special << 9 | ownerRights << 6 | RandomRights() << 3 | RandomRights()));
         if (hasList) {
-            support::SetAttribute(file, support::kAccessList, RandomList(ownerRights));
+            SetAttribute(file, kAccessList, RandomList(ownerRights));
         }
         timespec const times[] = {{1'000'000'000, 0}, {1'000'000'000, 0}};
         utimensat(AT_FDCWD, file.c_str(), times, 0);
@@ -492,7 +551,7 @@ private:
         } else {
             // The group's members are among the others now.
             auto const rights = [](gid_t group, Item const& of) {
-                return support::RightsOf(8888, group, of.fGroup, of.fMode, of.fList);
+                return RightsOf(8888, group, of.fGroup, of.fMode, of.fList);
             };
             EXPECT_EQ(item.fMode & (S_IRWXU | S_ISVTX), mode & (S_IRWXU | S_ISVTX));
             EXPECT_EQ(rights(5000, item), rights(5000, Old()) & rights(kForeignGroup, Old()));

@@ -6,13 +6,13 @@
 #include "runtime/objects/Diagnostics.h"
 #include "tests/support/Component.h"
 #include "tests/support/Describe.h"
-#include "tests/support/ErrorLog.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace support {
 
@@ -22,6 +22,22 @@ class Owned : public std::shared_ptr<T> {
 public:
     using std::shared_ptr<T>::shared_ptr;
     operator T*() const noexcept { return this->get(); }
+};
+
+// Collects what is reported to the runtime's error channel. At most one lives at a time.
+class ErrorLog {
+public:
+    ErrorLog() { BIBRuntimeSetErrorChannel(&Take, this); }
+    ~ErrorLog() { BIBRuntimeSetErrorChannel(nullptr, nullptr); }
+    ErrorLog(ErrorLog const&) = delete;
+    ErrorLog& operator=(ErrorLog const&) = delete;
+
+    std::vector<std::string> fMessages;
+
+private:
+    static void Take(char const* message, void* log) {
+        static_cast<ErrorLog*>(log)->fMessages.emplace_back(message);
+    }
 };
 
 // Each test starts the component, and ends with everything released.
