@@ -52,6 +52,18 @@ TEST_F(InProcessTest, WhatTheRuntimeMadeOutlivesEveryRelease) {
     EXPECT_EQ(TakeMessage(Errors().GetCoreError(kBRVMemoryError)), "out of memory");
 }
 
+TEST_F(InProcessTest, TheLastReleasedAtomsAreKept) {
+    constexpr int kKept = 1024;
+    for (int i = 0; i <= kKept; ++i) {
+        Atom const released("released" + std::to_string(i));
+    }
+    bibrt::FailAllocation(1, /*andAllLater=*/true);
+    EXPECT_EQ(Atoms().NewStringAtom("released0"), nullptr);
+    BIBStringAtom* const kept = Atoms().NewStringAtom("released1");
+    EXPECT_STREQ(Atoms().GetCString(kept), "released1");
+    Atoms().DeleteStringAtom(kept);
+}
+
 TEST_F(InProcessTest, WrongArgumentsAreRefused) {
     MemoryStream const stream;
     Held const number(Ours().NewNumber(1));
