@@ -1,6 +1,5 @@
 // Every operation that needs memory, with each of its allocations failing in turn.
 #include "ValidatorFixture.h"
-#include "tests/support/TemporaryFolder.h"
 
 #include <functional>
 
@@ -112,27 +111,7 @@ TEST_F(MemoryFailureTest, WhatIsGivenStaysTheCallers) {
     }
 }
 
-TEST_F(MemoryFailureTest, FilesAreClosed) {
-    long const before = support::CountDescriptors();
-    auto const open = [] {
-        BIBPositionableStream* stream = nullptr;
-        TakeMessage(Ours().Streams().NewPositionableFileStream(&stream, "/proc/self/exe", 0));
-        return Discard(stream);
-    };
-    FailEach(open);
-    EXPECT_EQ(support::CountDescriptors(), before);
-}
-
-TEST_F(MemoryFailureTest, RegistrationsLeaveNothing) {
-    int proc = 0;
-    auto const add = Ours().Bootstrap<BIBRegisterProcAddressProc>("BIBRegisterProcAddress");
-    auto const remove = Ours().Bootstrap<BIBUnregisterInterfaceProc>("BIBUnregisterInterface");
-    FailEach([&] {
-        bool const isAdded = add("Hosts", "A", "Proc", &proc) != 0;
-        EXPECT_EQ(BIBRuntimeLookup("Hosts", "A", "Proc") != nullptr, isAdded);
-        remove("Hosts");
-        return isAdded;
-    });
+TEST_F(MemoryFailureTest, AMethodIsNotFound) {
     Held const number(Ours().NewNumber(1));
     Atom const name("NoSuchMethodAtAll");
     void* method = &method;

@@ -18,10 +18,8 @@ protected:
 
 // Which texts are words and which are numbers is for the conformance kit to check.
 constexpr std::pair<char const*, char const*> kDumps[] = {
-    {"12", "12\n"},
     {" -0.50 ", "-0.5\n"},
     {"-0", "-0\n"},
-    {"1E+20", "1e+20\n"},
     {"1.7976931348623157e308", "1.7976931348623157e+308\n"},
     {"a/b'\"{}&", "a/b'\"{}&\n"},
     {"()", "()\n"},
@@ -30,8 +28,6 @@ constexpr std::pair<char const*, char const*> kDumps[] = {
     {"(\\(\\)\\\\\\n\\r\\t)", "(\\(\\)\\\\\\n\\r\\t)\n"},
     {"(\\1\\101\\3771)", "(\\001A\\3771)\n"},
     {"(caf\xC3\xA9)", "(caf\\303\\251)\n"},
-    {"<>", "<\n>\n"},
-    {"[ ]", "[\n]\n"},
     {"<a 1(b c)x>", "<\n  a 1\n  (b c) x\n>\n"},
     {"< 7 8 >", "<\n  (7) 8\n>\n"},
     {"[1 [2<k<>>]x]", "[\n  1\n  [\n    2\n    <\n      k <\n      >\n    >\n  ]\n  x\n]\n"},

@@ -84,16 +84,6 @@ TEST_F(Handles, OfErrorsHoldOneReferenceEach) {
     EXPECT_STREQ("Invalid CBIBError", CBIBError(CBIBError()).what());
 }
 
-TEST(StaticErrors, AreInvalidBeforeAStartAndAfterAStop) {
-    BIBClientTerminate();
-    EXPECT_FALSE(CBIBError::GetMemError().IsValid());
-    EXPECT_TRUE(BIBClientInit(&BIBRuntimeLookup));
-    EXPECT_TRUE(CBIBError::GetMemError().IsValid());
-    BIBClientTerminate();
-    EXPECT_FALSE(CBIBError::GetMemError().IsValid());
-    EXPECT_EQ("Invalid CBIBError", WhatItThrows([] { CBIBMemory::ThrowMemError(); }));
-}
-
 TEST_F(Handles, OfErrorsHaveMessageComponentAndId) {
     struct {
         char const* fMessage;
