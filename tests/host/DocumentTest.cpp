@@ -6,10 +6,8 @@
 #include "tests/support/GeneratedTexts.h"
 #include "tests/support/Rounds.h"
 #include "tests/support/SmallStack.h"
-#include "tests/support/TemporaryFolder.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <gtest/gtest.h>
 
 namespace pdfsettings {
@@ -54,19 +52,6 @@ std::string Nested(std::string const& open, int levels) {
 }
 
 } // namespace
-
-TEST(Document, AgreesWithTheComponentOnFiles) {
-    Component const component = Component::Start();
-    std::size_t files = 0;
-    for (char const* const folder : {"data", "tests/tool/cases"}) {
-        for (auto const& file : std::filesystem::directory_iterator(
-                 std::filesystem::path(PDFSETTINGS_DATA) / folder)) {
-            ExpectAgreement(support::ReadBytes(file.path()));
-            ++files;
-        }
-    }
-    EXPECT_GT(files, 10U);
-}
 
 TEST(Document, AgreesWithTheComponentOnGeneratedTexts) {
     Component const component = Component::Start();
