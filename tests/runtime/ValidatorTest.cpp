@@ -102,6 +102,7 @@ constexpr Case kSettingRuleCases[] = {
      "N 3 I 2 W a",
      "N expected at most 2, the value of I, found 3 where W is /a"},
     {"disjoint [ A B ]", "A [ a b ] B [ c b ]", "A/1 expected no element of B, found /b"},
+    {"disjoint [ A B ]", "A [ 1 ] B [ 2 ]", ""},
     {"then < N 1 > doc (\303\251\n!)", "N 2", "N expected 1, found 2: \xC3\xA9 !"},
     {"exclusive [ T U ]", "T true U true", "T expected at most one to be true, found T and U"},
     // What is wrong by itself is reported once.
