@@ -13,6 +13,10 @@ namespace pdfsettings {
 
 namespace {
 
+// Each change reads the text again. With more than so many bytes in all, what is left is reported
+// as conflicts.
+constexpr std::size_t kMostBytesRead = std::size_t{64} << 20;
+
 // A value that a document has or has not.
 using Found = std::optional<Value>;
 
@@ -84,8 +88,17 @@ private:
         }
     }
 
+    // Whether the text may be read once more.
+    bool MayRead() {
+        fRead += fResult.Text().size();
+        return fRead <= kMostBytesRead;
+    }
+
     // Does what they did. False if the text does not allow it.
     bool Take(std::string const& path, bool isThere) {
+        if (!MayRead()) {
+            return false;
+        }
         try {
             fResult = isThere ? fResult.WithCopy(path, fTheirs) : fResult.Without(path);
             return true;
@@ -132,7 +145,7 @@ private:
     // Writes both values above the setting, or where it is missing.
     void AddComments(MergeConflict const& conflict) {
         auto const place = PlaceOf(conflict.path);
-        if (!place) {
+        if (!place || !MayRead()) {
             return;
         }
         std::string const& text = fResult.Text();
@@ -190,6 +203,7 @@ private:
 
     Document fTheirs;
     Document fResult;
+    std::size_t fRead = 0;
     std::vector<Level> fPending;
     std::vector<MergeConflict> fConflicts;
 };

@@ -29,8 +29,9 @@ struct MergedDocument {
 
 // Merges, key by key, what two documents changed since the one that both began with. Numbers
 // compare by value, dictionaries are merged, arrays are taken as a whole. Our comments and layout
-// stay, and their values are copied byte for byte. A value that cannot be copied is a conflict.
-// Throws Error (kSyntax) if one of the texts is refused.
+// stay, and their values are copied byte for byte. A value that cannot be copied is a conflict; so
+// are those that are left after thousands of changes. Throws Error (kSyntax) if one of the texts is
+// refused.
 PDFSETTINGS_API MergedDocument
 Merge(Document const& base, Document const& ours, Document const& theirs);
 
