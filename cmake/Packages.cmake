@@ -105,6 +105,14 @@ install_text(joboptions.bash ${CMAKE_INSTALL_DATADIR}/bash-completion/completion
 install_text(joboptions.zsh ${CMAKE_INSTALL_DATADIR}/zsh/site-functions _joboptions)
 install_text(joboptions.fish ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d joboptions.fish)
 
+# Sets to start from, and what users of the tool read.
+install(DIRECTORY data/ DESTINATION ${CMAKE_INSTALL_DATADIR}/joboptions COMPONENT tool)
+install(FILES
+    README.md CHANGELOG.md docs/administration.md docs/findings.md docs/format.md docs/json.md docs/saving.md docs/schema.md
+    docs/version-control.md
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/joboptions
+    COMPONENT tool)
+
 install(DIRECTORY examples data docs
     DESTINATION ${CMAKE_INSTALL_DOCDIR}
     COMPONENT development)
