@@ -107,11 +107,8 @@ install_text(joboptions.fish ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d 
 
 # Sets to start from, and what users of the tool read.
 install(DIRECTORY data/ DESTINATION ${CMAKE_INSTALL_DATADIR}/joboptions COMPONENT tool)
-install(FILES
-    README.md CHANGELOG.md docs/administration.md docs/findings.md docs/format.md docs/json.md docs/saving.md docs/schema.md
-    docs/version-control.md
-    DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/joboptions
-    COMPONENT tool)
+install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/joboptions COMPONENT tool)
+install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/joboptions COMPONENT tool)
 
 install(DIRECTORY examples data docs
     DESTINATION ${CMAKE_INSTALL_DOCDIR}
