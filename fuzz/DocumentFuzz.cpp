@@ -1,5 +1,5 @@
-// A document and the component must make the same of every text, and a document's places must lie
-// in its text.
+// A document and the component must make the same of every text, a document's places must lie in
+// its text, and the standard layout must change nothing that is read.
 #include "fuzz/Require.h"
 #include "tests/support/Agreement.h"
 
@@ -17,6 +17,19 @@ void RequirePlaces(pdfsettings::Document const& document) {
     }
 }
 
+void RequireSameInLayout(pdfsettings::Document const& document, bool isSorted) {
+    try {
+        auto const result = document.Formatted({isSorted});
+        bool const isSame =
+            result.Values() == document.Values() && result.Tail() == document.Tail();
+        fuzz::Require(isSame, "the layout has other settings: " + result.Text());
+        std::string const again = result.Formatted({isSorted}).Text();
+        fuzz::Require(again == result.Text(), "the layout changes again: " + result.Text());
+    } catch (pdfsettings::Error const& error) {
+        fuzz::Require(error.Where().has_value(), error.what());
+    }
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
@@ -26,5 +39,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     std::string const found = support::Outcome(document);
     fuzz::Require(expected == found, "the component: " + expected + "\nthe document: " + found);
     RequirePlaces(document);
+    RequireSameInLayout(document, false);
+    RequireSameInLayout(document, true);
     return 0;
 }

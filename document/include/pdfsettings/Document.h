@@ -34,6 +34,12 @@ enum class Refusal {
     kMemory        // its memory error: something has no end, or is nested too deep
 };
 
+// What Document::Formatted does beside the layout.
+struct LayoutOptions {
+    // Puts settings in the order of the bytes of their keys, in nested dictionaries too.
+    bool isSorted = false;
+};
+
 // Immutable, and safe to read from any thread. Copies share their contents. References and spans
 // that the functions return are valid as long as one of the copies exists.
 class PDFSETTINGS_API Document {
@@ -104,6 +110,14 @@ public:
     // A document without the value at a path, and without its line if nothing else is on it.
     // Removes all entries of that key. Throws as With, and Error (kNoValue) if there is no value.
     Document Without(std::string_view path) const;
+
+    // A document with the same values in the standard layout, which docs/format.md describes: each
+    // setting on a line of its own. Comments, scalars and the form of line ends stay, and so does
+    // every byte before "<<" and behind the keyword. Formatting the result gives the result. Takes
+    // time linear in the size of the text, apart from sorting. Throws Error with the position:
+    // kSyntax if the text is refused; kUnwritable if something in it belongs to no setting, or if
+    // it would be read otherwise, with the id of the finding that is the cause if there is one.
+    Document Formatted(LayoutOptions const& options = {}) const;
 
 private:
     struct Reading;

@@ -60,12 +60,13 @@ public:
     Fault Code() const noexcept;
     std::error_code System() const noexcept;            // for kSystem
     std::filesystem::path const& File() const noexcept; // empty if there is none
-    std::optional<Place> Where() const noexcept;        // for kSyntax and kSchema
+    std::optional<Place> Where() const noexcept;        // for kSyntax, kSchema, Formatted
 
     // The message without file and position.
     std::string const& Message() const noexcept;
 
-    // For kSyntax, a fixed word such as "unclosed", see docs/findings.md; else empty.
+    // For kSyntax and Document::Formatted, a fixed word such as "unclosed", see docs/findings.md;
+    // else empty.
     std::string const& Id() const noexcept;
 
     // A copy of this error with a file.
