@@ -72,11 +72,7 @@ private:
     }
 
     Status Report(std::string_view messages, Status status) const {
-        while (!messages.empty()) {
-            std::size_t const end = std::min(messages.find('\n'), messages.size());
-            WriteError(messages.substr(0, end), fOptions.quiet);
-            messages.remove_prefix(std::min(end + 1, messages.size()));
-        }
+        WriteErrors(messages, fOptions.quiet);
         return status;
     }
 

@@ -16,7 +16,6 @@ struct Options {
     Color color = Color::kAuto;
     bool json = false;
     bool dryRun = false;
-    bool force = false;
     bool overwriteChanged = false;
     double wait = 10;                      // seconds, to wait for other programs
     std::string output;                    // empty: the default of the command

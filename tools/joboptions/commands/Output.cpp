@@ -2,6 +2,7 @@
 
 #include "tools/joboptions/text/Utf8.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -76,6 +77,14 @@ void WriteOutput(std::string_view text) {
 
 void WriteError(std::string_view message, bool quiet) {
     WriteMessage("error", message, quiet);
+}
+
+void WriteErrors(std::string_view messages, bool quiet) {
+    while (!messages.empty()) {
+        std::size_t const end = std::min(messages.find('\n'), messages.size());
+        WriteError(messages.substr(0, end), quiet);
+        messages.remove_prefix(std::min(end + 1, messages.size()));
+    }
 }
 
 void WriteWarning(std::string_view message, bool quiet) {

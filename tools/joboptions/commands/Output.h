@@ -67,4 +67,7 @@ void WriteError(std::string_view message, bool quiet = false);
 void WriteWarning(std::string_view message, bool quiet);
 void WriteNote(std::string_view message, bool quiet);
 
+// Writes each line of messages as WriteError.
+void WriteErrors(std::string_view messages, bool quiet);
+
 } // namespace joboptions
