@@ -11,7 +11,6 @@
 
 #include <algorithm>
 #include <map>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>

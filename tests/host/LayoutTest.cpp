@@ -72,13 +72,13 @@ TEST(Layout, IsStandard) {
          "%a\n\n  <<\n  /A 1.50\n  /B (x\n y)\n  /C <FE 0>\n  /D 1.0e2\n>> setalembicorparams % "
          "t\n\n<< tail"},
         // Comments stay where they are.
-        {"<<%a\n%b\n/A%c\n%d\n1%e\n\n\n\n%f\n\t/B[%g\n1]%h\n/"
+        {"<<%a\n\n%b\n/A%c\n%d\n1%e\n\n\n\n%f\n\t/B[%g\n1]%h\n/"
          "C[[1][2%i\n]]%j\n%k\n>>%l\n%m\nsetalembicorparams",
          "<< %a\n  %b\n  /A %c\n    %d\n    1 %e\n\n  %f\n  /B [ %g\n    1\n  ] %h\n  /C [\n    [ "
          "1 ]\n    [\n      2 "
          "%i\n    ]\n  ] %j\n  %k\n>> %l\n%m\nsetalembicorparams"},
         // Nesting: dictionaries take lines, arrays only if they must.
-        {"<</A<</B[]/C[<</D 1>>[/E]]>>>>setalembicorparams",
+        {"<</A<<\n\n/B[]/C[<</D 1>>[/E]]>>>>setalembicorparams",
          "<<\n  /A <<\n    /B [ ]\n    /C [\n      <<\n        /D 1\n      >>\n      [ /E ]\n    "
          "]\n  >>\n"
          ">> setalembicorparams"},
