@@ -10,6 +10,7 @@
 
 namespace pdfsettings {
 
+// A kind of change that users notice.
 enum class ChangeKind {
     kAdded,
     kChanged, // its contents
@@ -21,6 +22,7 @@ enum class ChangeKind {
     kLookAgain // the system lost events: what came and went meanwhile is not reported
 };
 
+// What has become of a file.
 struct SettingsChange {
     ChangeKind kind;
     std::filesystem::path file; // absolute; empty for kLookAgain

@@ -19,6 +19,7 @@ struct MergeConflict {
     std::optional<Value> theirs;
 };
 
+// The result of Merge.
 struct MergedDocument {
     // Our text with what they changed. Where both changed a setting, it has our value, and comments
     // above it with both.

@@ -13,6 +13,7 @@
 
 namespace pdfsettings {
 
+// What Review reports.
 struct ReviewOptions {
     // Also settings that the schema does not know, and a file without settings.
     bool isStrict = false;
