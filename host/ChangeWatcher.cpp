@@ -177,6 +177,8 @@ struct ChangeWatcher::State {
     std::vector<path> fFolders;
     std::optional<std::string> fApplication; // for the listed files, if they are watched
     SeenFiles fSeen;
+    std::set<path> fChanged; // since the last look
+    bool fHasLost = false;
 };
 
 ChangeWatcher::ChangeWatcher() : fState(std::make_unique<State>()) {}
@@ -185,14 +187,15 @@ ChangeWatcher::~ChangeWatcher() = default;
 
 void ChangeWatcher::Add(path const& file) {
     fState->fWatcher.Add(file);
-    fState->fFiles.push_back(std::filesystem::absolute(file));
+    fState->fFiles.push_back(std::filesystem::absolute(file).lexically_normal());
     Look look;
     look.AtFile(fState->fFiles.back());
     fState->Add(std::move(look));
 }
 
 void ChangeWatcher::AddFolder(path const& folder) {
-    fState->fFolders.emplace_back(detail::FolderPath(folder.native()));
+    path const normal = std::filesystem::absolute(folder).lexically_normal();
+    fState->fFolders.emplace_back(detail::FolderPath(normal.native()));
     fState->fWatcher.AddFolder(fState->fFolders.back());
     Look look;
     look.AtFolder(fState->fFolders.back());
@@ -213,14 +216,18 @@ int ChangeWatcher::Descriptor() const noexcept {
 
 Sequence<SettingsChange> ChangeWatcher::Read() {
     std::vector<SettingsChange> changes;
-    auto const changed = fState->fWatcher.Read();
-    if (changed.empty()) {
+    // Kept until the look has succeeded: a list may throw.
+    auto const read = fState->fWatcher.Read();
+    fState->fChanged.insert(read.begin(), read.end());
+    fState->fHasLost = fState->fHasLost || fState->fWatcher.HasLost();
+    if (fState->fChanged.empty()) {
         return detail::MakeSequence::From(std::move(changes));
     }
-    if (fState->fWatcher.HasLost()) {
+    if (fState->fHasLost) {
         changes.push_back({ChangeKind::kLookAgain, {}, {}});
     }
-    Look look(fState->fSeen, {changed.begin(), changed.end()});
+    std::vector<path> const changed(fState->fChanged.begin(), fState->fChanged.end());
+    Look look(fState->fSeen, changed);
     std::ranges::for_each(fState->fFiles, [&](path const& file) { look.AtFile(file); });
     std::ranges::for_each(fState->fFolders, [&](path const& folder) { look.AtFolder(folder); });
     if (fState->fApplication) {
@@ -229,6 +236,8 @@ Sequence<SettingsChange> ChangeWatcher::Read() {
     SeenFiles now = std::move(look).Result();
     AddChanges(fState->fSeen, now, changes);
     fState->fSeen = std::move(now);
+    fState->fChanged.clear();
+    fState->fHasLost = false;
     return detail::MakeSequence::From(std::move(changes));
 }
 

@@ -15,7 +15,7 @@ namespace {
 
 // Each change reads the text again. With more than so many bytes in all, what is left is reported
 // as conflicts.
-constexpr std::size_t kMostBytesRead = std::size_t{64} << 20;
+constexpr std::size_t kMostBytesRead = std::size_t{32} << 20;
 
 // A value that a document has or has not.
 using Found = std::optional<Value>;
@@ -50,8 +50,8 @@ public:
             MergeLevel(level);
         }
         MergeTail(base.Tail());
-        for (MergeConflict const& conflict : fConflicts) {
-            AddComments(conflict);
+        for (MergeConflict& conflict : fConflicts) {
+            conflict.isMarked = AddComments(conflict);
         }
         return {fResult, detail::MakeSequence::From(std::move(fConflicts))};
     }
@@ -143,10 +143,10 @@ private:
     }
 
     // Writes both values above the setting, or where it is missing.
-    void AddComments(MergeConflict const& conflict) {
+    bool AddComments(MergeConflict const& conflict) {
         auto const place = PlaceOf(conflict.path);
         if (!place || !MayRead()) {
-            return;
+            return false;
         }
         std::string const& text = fResult.Text();
         std::size_t const line = text.find_last_of("\r\n", *place - 1) + 1; // 0 if there is none
@@ -155,10 +155,10 @@ private:
         std::string const end(format::FirstLineEnd(text));
         std::string comments = first >= *place ? "" : end + indent;
         comments += "% conflict: " + OnOneLine(conflict.path) + end + indent;
-        comments += "%   ours:   " + TextOf(conflict.ours) + end + indent;
-        comments += "%   theirs: " + TextOf(conflict.theirs) + end + indent;
+        comments += "%   ours:   " + TextOf(conflict.ours, conflict.base) + end + indent;
+        comments += "%   theirs: " + TextOf(conflict.theirs, conflict.base) + end + indent;
         std::string const tail = fResult.Tail();
-        ReplaceBy(Document(text.substr(0, *place) + comments + text.substr(*place)), tail);
+        return ReplaceBy(Document(text.substr(0, *place) + comments + text.substr(*place)), tail);
     }
 
     // Where a setting is, or the end of the dictionary that it is missing from.
@@ -175,8 +175,8 @@ private:
         return body && path != format::kTailKey ? std::optional(body->end) : std::nullopt;
     }
 
-    static std::string TextOf(Found const& found) {
-        return found ? OnOneLine(found->Text()) : "(removed)";
+    static std::string TextOf(Found const& found, Found const& base) {
+        return found ? OnOneLine(found->Text()) : base ? "(removed)" : "(none)";
     }
 
     // As it would be written in a string: a line end would end the comment, and a zero byte the

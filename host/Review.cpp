@@ -59,7 +59,7 @@ private:
 
     bool IsKnown(std::string_view path) const {
         return std::ranges::any_of(fKnown, [&](std::string const& pattern) {
-            return detail::MatchesPattern(pattern, path);
+            return detail::MatchesAsWritten(pattern, path);
         });
     }
 

@@ -115,8 +115,7 @@ bool detail::IsPattern(std::string_view text) noexcept {
 
 namespace {
 
-// In any letter case.
-bool MatchesExactly(std::string_view pattern, std::string_view text) noexcept {
+bool Matches(std::string_view pattern, std::string_view text, bool (*areEqual)(char, char)) {
     std::size_t star = std::string_view::npos; // the last one, and where its text ends
     std::size_t end = 0;
     std::size_t p = 0;
@@ -125,8 +124,7 @@ bool MatchesExactly(std::string_view pattern, std::string_view text) noexcept {
         if (p < pattern.size() && pattern[p] == '*') {
             star = p++;
             end = t;
-        } else if (
-            p < pattern.size() && (pattern[p] == '?' || Lowered(pattern[p]) == Lowered(text[t]))) {
+        } else if (p < pattern.size() && (pattern[p] == '?' || areEqual(pattern[p], text[t]))) {
             ++p;
             ++t;
         } else if (star != std::string_view::npos) {
@@ -146,10 +144,23 @@ std::string NameOfGroup(std::string_view label) {
     return name;
 }
 
+bool AreSame(char one, char other) noexcept {
+    return one == other;
+}
+
+bool AreSameLetters(char one, char other) noexcept {
+    return Lowered(one) == Lowered(other);
+}
+
 } // namespace
 
+bool detail::MatchesAsWritten(std::string_view pattern, std::string_view text) {
+    return Matches(pattern, text, &AreSame);
+}
+
 bool detail::MatchesPattern(std::string_view pattern, std::string_view text) {
-    return MatchesExactly(pattern, text) || MatchesExactly(Normalized(pattern), Normalized(text));
+    return Matches(pattern, text, &AreSameLetters) ||
+           Matches(Normalized(pattern), Normalized(text), &AreSame);
 }
 
 Sequence<Rule> Schema::Search(std::string_view text) const {

@@ -11,4 +11,7 @@ bool IsPattern(std::string_view text) noexcept;
 // text, ? any byte.
 bool MatchesPattern(std::string_view pattern, std::string_view text);
 
+// As above, but in this letter case and spelling, as keys in files are compared.
+bool MatchesAsWritten(std::string_view pattern, std::string_view text);
+
 } // namespace pdfsettings::detail

@@ -10,8 +10,9 @@ namespace pdfsettings::detail {
 
 namespace {
 
-constexpr std::uint32_t kNameEvents = IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO;
-constexpr std::uint32_t kContentEvents = kNameEvents | IN_CLOSE_WRITE | IN_ATTRIB;
+constexpr std::uint32_t kNameEvents =
+    IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_ATTRIB;
+constexpr std::uint32_t kContentEvents = kNameEvents | IN_CLOSE_WRITE;
 
 // Large enough for an event with a name of maximum length, and for many ordinary ones.
 constexpr std::size_t kBufferSize = std::size_t{64} << 10;

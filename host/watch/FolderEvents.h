@@ -12,8 +12,8 @@ namespace pdfsettings::detail {
 
 // The events to watch for in a folder.
 enum class Notice {
-    kNames,   // items are created, removed and renamed
-    kContents // also: files are written, and permissions change
+    kNames,   // items are created, removed and renamed, and permissions change
+    kContents // also: files are written
 };
 
 // Identifies a watched folder, even if its path changes.

@@ -45,6 +45,7 @@ def merged(ours, theirs, fails):
     with open("a.joboptions", encoding="ascii") as file:
         text = file.read()
     if fails:
+        expect("a difference in a conflict", "a.joboptions", git("diff"))
         git("merge", "--abort")
     return printed, text
 
@@ -64,6 +65,9 @@ def main():
             subprocess.run(["sh", "-e", "-c", block], check=True, timeout=120)
         commit(BASE)
 
+        with open("a.joboptions", "w", encoding="ascii") as file:
+            file.write("<< /A")
+        expect("a difference to a broken file", "a.joboptions:\n", git("diff"))
         with open("a.joboptions", "w", encoding="ascii") as file:
             file.write("<</EndPage 9.0/StartPage 1/ColorImageResolution 150>>setalembicorparams\n")
         expect("a difference", "~ ColorImageResolution 300 -> 150\n", git("diff"))

@@ -17,12 +17,13 @@ struct MergeConflict {
     std::optional<Value> base;
     std::optional<Value> ours;
     std::optional<Value> theirs;
+    bool isMarked = false; // the text has a comment with both
 };
 
 // The result of Merge.
 struct MergedDocument {
-    // Our text with what they changed. Where both changed a setting, it has our value, and comments
-    // above it with both.
+    // Our text with what they changed. Where both changed a setting, it has our value, and where
+    // the text allows it, comments above with both: see MergeConflict::isMarked.
     Document document;
 
     Sequence<MergeConflict> conflicts;

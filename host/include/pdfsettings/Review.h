@@ -18,8 +18,8 @@ struct ReviewOptions {
     // Also settings that the schema does not know, and a file without settings.
     bool isStrict = false;
 
-    // Settings to accept although the schema does not know them: paths, or patterns as in
-    // Schema::Matching.
+    // Settings to accept although the schema does not know them: paths, or patterns with * for any
+    // text and ? for any letter, in the same letter case.
     std::vector<std::string> knownKeys = {};
 
     // The ids of findings to leave out. Why a text is refused is never left out.

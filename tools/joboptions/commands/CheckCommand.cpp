@@ -14,8 +14,10 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <filesystem>
 #include <fmt/format.h>
 #include <string>
+#include <system_error>
 #include <vector>
 
 namespace joboptions {
@@ -97,15 +99,12 @@ public:
     Status Run() const override {
         RequireCall();
         pdfsettings::Schema const schema = ReadSchema(fOptions);
+        std::vector<CheckedFile> files = FindAll();
         Status status = Status::kDone;
-        std::vector<std::string> const paths = FindAll(status);
-        std::vector<CheckedFile> files;
-        files.reserve(paths.size());
-        Progress progress(paths.size(), fOptions.quiet);
-        for (std::string const& path : paths) {
-            files.push_back({path, {}, {}, {}, {}});
-            status = std::max(status, Check(schema, files.back(), progress));
-            progress.Show(files.size());
+        Progress progress(files.size(), fOptions.quiet);
+        for (std::size_t done = 0; done < files.size(); ++done) {
+            status = std::max(status, Check(schema, files[done], progress));
+            progress.Show(done + 1);
         }
         progress.Clear();
         WriteFindings(files);
@@ -160,17 +159,29 @@ private:
 
     bool IsJson() const { return fOptions.json || fFormat == "json"; }
 
-    std::vector<std::string> FindAll(Status& status) const {
-        std::vector<std::string> paths;
+    // The files to check, and what could not be searched, with its error.
+    std::vector<CheckedFile> FindAll() const {
+        std::vector<CheckedFile> files;
         for (std::string const& argument : fPaths) {
-            FoundFiles found = LocateAll(argument);
-            paths.insert(paths.end(), found.files.begin(), found.files.end());
+            FoundFiles const found = LocateAll(argument);
             for (std::string const& error : found.errors) {
                 WriteError(error, fOptions.quiet);
-                status = Status::kBadInput;
+                files.push_back({argument, error, {}, {}, {}});
+            }
+            for (std::string const& file : found.files) {
+                RequireOtherOutput(file);
+                files.push_back({file, {}, {}, {}, {}});
             }
         }
-        return paths;
+        return files;
+    }
+
+    // The report would replace what was checked.
+    void RequireOtherOutput(std::string const& file) const {
+        std::error_code error;
+        if (std::filesystem::equivalent(file, fOptions.output, error)) {
+            Fail(Status::kWrongCall, fOptions.output, "is one of the files to check");
+        }
     }
 
     FoundFiles LocateAll(std::string const& argument) const {
@@ -183,6 +194,9 @@ private:
 
     Status
     Check(pdfsettings::Schema const& schema, CheckedFile& checked, Progress& progress) const {
+        if (!checked.error.empty()) {
+            return Status::kBadInput;
+        }
         Status failed = Status::kDone;
         try {
             fIsRepair ? Repair(schema, checked)
@@ -248,12 +262,15 @@ private:
     }
 
     void WriteFindings(std::vector<CheckedFile> const& files) const {
+        // A dry run changes no settings; its report is written.
+        Options options = fOptions;
+        options.dryRun = false;
         if (IsJson()) {
-            WriteResult(fOptions, CheckDocument(files));
+            WriteResult(options, CheckDocument(files));
         } else if (fFormat == "sarif") {
-            WriteResult(fOptions, SarifDocument(files));
+            WriteResult(options, SarifDocument(files));
         } else {
-            WriteResult(fOptions, fOptions.quiet ? "" : FindingsText(files));
+            WriteResult(options, fOptions.quiet ? "" : FindingsText(files));
         }
     }
 

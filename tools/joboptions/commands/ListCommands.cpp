@@ -269,6 +269,11 @@ public:
 
     // Status::kDone, also for an empty list; with --check Status::kNo if there are problems.
     Status Run() const override {
+        bool const isTrial = !fAdminFolder.empty() || !fUserFolder.empty();
+        if (isTrial && !fOptions.output.empty()) {
+            // The file could be made in what this call alone sees.
+            throw Failure(Status::kWrongCall, "a trial writes to standard output only");
+        }
         ShowFolders(fAdminFolder, fUserFolder);
         if (fIsCheck) {
             bool hasProblems = false;
@@ -289,7 +294,8 @@ private:
     void AddTrial(char const* name, std::string& folder, std::string const& whose) {
         Parser()
             .add_option(name, folder, "Try a folder, in this call only, as if it were " + whose)
-            ->type_name("FOLDER");
+            ->type_name("FOLDER")
+            ->check(NotEmpty());
     }
 
     bool fIsAll = false;

@@ -6,6 +6,7 @@
 #include "tools/joboptions/commands/Files.h"
 #include "tools/joboptions/commands/ListCommands.h"
 #include "tools/joboptions/json/JsonDocuments.h"
+#include "tools/joboptions/text/Findings.h"
 #include "tools/joboptions/text/Utf8.h"
 #include "tools/joboptions/text/ValueText.h"
 
@@ -75,12 +76,11 @@ public:
     Status Run() const override {
         RequireOneStandardInput({fBase, fOurs, fTheirs}, fOptions);
         pdfsettings::Schema const schema = ReadSchema(fOptions);
-        Document const base = ReadDocument(Locate(fBase, fOptions));
-        Document const theirs = ReadDocument(Locate(fTheirs, fOptions));
+        Document const base = ReadSide(fBase, "the file before");
+        Document const theirs = ReadSide(fTheirs, "theirs");
         std::string const file = LocateForChange(fOurs, fOptions);
         return ChangeFile(file, fOptions, [&](std::string const& text, SaveText const& save) {
-            pdfsettings::Settings const settings = ParseSettings(file, text, schema);
-            Document const& ours = settings.Source();
+            Document const ours = Readable(Document(text), fName.empty() ? file : NameOf("ours"));
             MergedDocument const merged = Merge(base, ours, theirs);
             auto const findings = NewFindings(merged, {ours, theirs}, schema);
             Report(file, merged, findings);
@@ -95,6 +95,23 @@ public:
     }
 
 private:
+    // With --name, the name of a file that belongs to one side.
+    std::string NameOf(char const* side) const { return fmt::format("{} ({})", fName, side); }
+
+    Document ReadSide(std::string const& argument, char const* side) const {
+        std::string const file = Locate(argument, fOptions);
+        return Readable(Document(ReadBytes(file)), fName.empty() ? file : NameOf(side));
+    }
+
+    static Document Readable(Document const& document, std::string const& name) {
+        try {
+            document.RequireRead();
+            return document;
+        } catch (pdfsettings::Error const& error) {
+            throw Failure(Status::kBadInput, ErrorText(name, error));
+        }
+    }
+
     // What the schema rejects in the result and in none of the sides.
     static std::vector<Finding> NewFindings(
         MergedDocument const& merged,
@@ -114,15 +131,16 @@ private:
         MergedDocument const& merged,
         std::vector<Finding> const& findings) const {
         std::string const name = fName.empty() ? InputName(file) : VisibleText(fName);
-        for (auto const& [path, base, ours, theirs] : merged.conflicts) {
+        for (auto const& [path, base, ours, theirs, isMarked] : merged.conflicts) {
             WriteError(
                 fmt::format(
-                    "{}: {}: conflict: ours {}, theirs {}, before {}",
+                    "{}: {}: conflict: ours {}, theirs {}, before {}{}",
                     name,
                     VisibleText(path),
                     ValueOrNone(path, ours),
                     ValueOrNone(path, theirs),
-                    ValueOrNone(path, base)),
+                    ValueOrNone(path, base),
+                    isMarked ? "" : "; the file has no comment on it"),
                 fOptions.quiet);
         }
         for (Finding const& finding : findings) {

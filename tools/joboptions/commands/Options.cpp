@@ -61,10 +61,11 @@ void AddSchema(CLI::App& command, Options& options) {
 }
 
 void AddOutput(CLI::App& command, Options& options, char const* help) {
-    command.add_option("-o,--output", options.output, help)
-        ->type_name("FILE")
-        ->check(CLI::Validator(
-            [](std::string const& file) { return file.empty() ? "the name is empty" : ""; }, ""));
+    command.add_option("-o,--output", options.output, help)->type_name("FILE")->check(NotEmpty());
+}
+
+CLI::Validator NotEmpty() {
+    return {[](std::string const& file) { return file.empty() ? "the name is empty" : ""; }, ""};
 }
 
 void AddDryRun(CLI::App& command, Options& options) {

@@ -4,6 +4,7 @@
 #include "tools/joboptions/commands/Output.h"
 
 #include <CLI/App.hpp>
+#include <CLI/Validators.hpp>
 #include <optional>
 #include <string>
 #include <vector>
@@ -36,6 +37,9 @@ void AddSchema(CLI::App& command, Options& options);
 
 // -o. help says what is written.
 void AddOutput(CLI::App& command, Options& options, char const* help);
+
+// Rejects an empty name of a file or folder.
+CLI::Validator NotEmpty();
 
 // -n for commands that change files; --wait and --overwrite-changed for commands that save.
 void AddDryRun(CLI::App& command, Options& options);

@@ -12,6 +12,7 @@
 #include <memory>
 #include <sched.h>
 #include <sys/mount.h>
+#include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
 
@@ -40,8 +41,8 @@ void WriteLine(char const* file, std::string const& line) {
 void EnterOwnView() {
     uid_t const user = geteuid();
     gid_t const group = getegid();
-    Require(unshare(CLONE_NEWNS | (user == 0 ? 0 : CLONE_NEWUSER)) == 0, "a view of its own");
-    if (user != 0) {
+    if (unshare(CLONE_NEWNS) != 0) {
+        Require(unshare(CLONE_NEWNS | CLONE_NEWUSER) == 0, "a view of its own");
         WriteLine("/proc/self/setgroups", "deny");
         WriteLine("/proc/self/uid_map", fmt::format("{0} {0} 1", user));
         WriteLine("/proc/self/gid_map", fmt::format("{0} {0} 1", group));
@@ -71,27 +72,53 @@ private:
     int fNumber;
 };
 
+// A new file or folder. What is there already is never touched.
 void Make(fs::path const& item, bool isFolder) {
-    std::error_code error;
     if (isFolder) {
+        std::error_code error;
         fs::create_directories(item, error);
-    } else {
-        std::ofstream const made(item);
+        if (error) {
+            FailAt(item, error.message());
+        }
+        return;
+    }
+    int const made = open(item.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+    Require(made >= 0, item);
+    close(made);
+}
+
+dev_t DeviceOf(fs::path const& folder) {
+    struct stat status {};
+    Require(stat(folder.c_str(), &status) == 0, folder);
+    return status.st_dev;
+}
+
+// A folder in memory in place of another one. The root of a process cannot be replaced: what is
+// made in it would be made on the machine.
+void MountMemory(fs::path const& folder) {
+    dev_t const before = DeviceOf(folder);
+    Require(mount("none", folder.c_str(), "tmpfs", 0, "mode=755") == 0, folder);
+    if (DeviceOf(folder) == before) {
+        FailAt(folder, "no folder can be shown in it; make the first folder of the path");
     }
 }
 
 // Replaces a folder by one in memory that shows the same, but one item, and can be added to.
 void MakeWritable(fs::path const& folder, fs::path const& hidden = {}) {
     OpenFolder const former(folder);
-    Require(mount("none", folder.c_str(), "tmpfs", 0, "mode=755") == 0, folder);
-    for (fs::directory_entry const& entry : fs::directory_iterator(former.Path())) {
-        fs::path const item = folder / entry.path().filename();
-        if (entry.is_symlink() && item != hidden) {
-            fs::copy_symlink(entry.path(), item);
-        } else if (item != hidden && (entry.is_directory() || entry.is_regular_file())) {
-            Make(item, entry.is_directory());
-            Bind(entry.path(), item);
+    MountMemory(folder);
+    try {
+        for (fs::directory_entry const& entry : fs::directory_iterator(former.Path())) {
+            fs::path const item = folder / entry.path().filename();
+            if (entry.is_symlink() && item != hidden) {
+                fs::copy_symlink(entry.path(), item);
+            } else if (item != hidden && (entry.is_directory() || entry.is_regular_file())) {
+                Make(item, entry.is_directory());
+                Bind(entry.path(), item);
+            }
         }
+    } catch (fs::filesystem_error const& error) {
+        FailAt(folder, error.code().message());
     }
 }
 
@@ -138,8 +165,12 @@ void ShowAdministrator(OpenFolder const& folder, std::string const& name) {
 void ShowUser(OpenFolder const& folder) {
     constexpr char kPlace[] = "/mnt";
     MakeWritable(kPlace);
-    setenv("XDG_DATA_HOME", fmt::format("{}/user/share", kPlace).c_str(), /*overwrite=*/1);
-    setenv("XDG_CONFIG_HOME", fmt::format("{}/user/config", kPlace).c_str(), /*overwrite=*/1);
+    setenv(
+        "XDG_DATA_HOME", fmt::format("{}/joboptions-trial/share", kPlace).c_str(), /*overwrite=*/1);
+    setenv(
+        "XDG_CONFIG_HOME",
+        fmt::format("{}/joboptions-trial/config", kPlace).c_str(),
+        /*overwrite=*/1);
     Bind(folder.Path(), pdfsettings::UserFolder());
 }
 

@@ -9,8 +9,8 @@ namespace joboptions {
 // on the machine changes. A property list of the administrator's name in adminFolder is used in
 // place of the machine's, and is read before the place of the folder is known. Empty: no change.
 // Throws Failure with Status::kBadInput if a folder cannot be read, if the list disables the
-// folder, or if the system allows no view of its own. REQUIRES: the process has one thread, and has
-// not started the component.
+// folder, if a folder can only be shown in the root of the machine, or if the system allows no view
+// of its own. REQUIRES: the process has one thread, and has not started the component.
 void ShowFolders(std::string const& adminFolder, std::string const& userFolder);
 
 } // namespace joboptions

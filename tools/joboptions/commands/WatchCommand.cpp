@@ -124,6 +124,9 @@ public:
 private:
     void AddAll(pdfsettings::ChangeWatcher& watcher) const {
         for (std::string const& argument : fPaths) {
+            if (argument.empty() || argument == "-") {
+                Fail(Status::kWrongCall, argument, "only files and folders can be watched");
+            }
             std::filesystem::path const path = Locate(argument, fOptions);
             IsFolder(path) ? watcher.AddFolder(path) : watcher.Add(path);
             WarnOfMissed(path);

@@ -118,6 +118,7 @@ std::string SarifDocument(std::vector<CheckedFile> const& files) {
     Json run{
         {"tool", {{"driver", driver}}},
         {"columnKind", "unicodeCodePoints"},
+        {"newlineSequences", {"\r\n", "\n", "\r"}},
         {"invocations", Json::array({invocation})},
         {"results", std::move(results)}};
     return JsonText(
