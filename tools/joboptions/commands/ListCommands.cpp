@@ -17,7 +17,6 @@
 #include <iterator>
 #include <nlohmann/json.hpp>
 #include <optional>
-#include <ranges>
 #include <span>
 #include <system_error>
 #include <utility>
@@ -197,8 +196,10 @@ bool IsError(pdfsettings::Finding const& finding) {
 std::vector<PreferencesProblem> ErrorsIn(std::filesystem::path const& file) {
     std::vector<PreferencesProblem> errors;
     try {
-        auto const findings = Review(pdfsettings::OpenDocument(file.native()));
-        for (pdfsettings::Finding const& finding : findings | std::views::filter(&IsError)) {
+        auto const all = Review(pdfsettings::OpenDocument(file.native()));
+        std::vector<pdfsettings::Finding> found;
+        std::ranges::copy_if(all, std::back_inserter(found), &IsError);
+        for (pdfsettings::Finding const& finding : found) {
             errors.push_back({file, finding.Path(), finding.Message()});
         }
     } catch (pdfsettings::Error const& error) {

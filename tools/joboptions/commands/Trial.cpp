@@ -103,20 +103,31 @@ void MountMemory(fs::path const& folder) {
     }
 }
 
+// Shows one item of a folder in the folder that has taken its place. What is neither a folder nor
+// a file is left out.
+void ShowItem(fs::directory_entry const& entry, fs::path const& item) {
+    if (entry.is_symlink()) {
+        fs::copy_symlink(entry.path(), item);
+    } else if (entry.is_directory() || entry.is_regular_file()) {
+        Make(item, entry.is_directory());
+        Bind(entry.path(), item);
+    }
+}
+
+void ShowItems(fs::path const& former, fs::path const& folder, fs::path const& hidden) {
+    for (fs::directory_entry const& entry : fs::directory_iterator(former)) {
+        if (fs::path const item = folder / entry.path().filename(); item != hidden) {
+            ShowItem(entry, item);
+        }
+    }
+}
+
 // Replaces a folder by one in memory that shows the same, but one item, and can be added to.
 void MakeWritable(fs::path const& folder, fs::path const& hidden = {}) {
     OpenFolder const former(folder);
     MountMemory(folder);
     try {
-        for (fs::directory_entry const& entry : fs::directory_iterator(former.Path())) {
-            fs::path const item = folder / entry.path().filename();
-            if (entry.is_symlink() && item != hidden) {
-                fs::copy_symlink(entry.path(), item);
-            } else if (item != hidden && (entry.is_directory() || entry.is_regular_file())) {
-                Make(item, entry.is_directory());
-                Bind(entry.path(), item);
-            }
-        }
+        ShowItems(former.Path(), folder, hidden);
     } catch (fs::filesystem_error const& error) {
         FailAt(folder, error.code().message());
     }
