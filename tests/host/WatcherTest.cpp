@@ -85,6 +85,12 @@ TEST(WatcherTest, TellsOnceOfEachWatchedFileAndOfNoOther) {
     EXPECT_EQ(ReadAll(watcher), Paths{inside + "/"});
     folder.Make("Old/a.joboptions", "");
     EXPECT_EQ(Paths(watcher.Read()), Paths()) << "it was moved away";
+    Watcher other;
+    other.AddFolder(folder / "Old/deep");
+    std::filesystem::create_directory(folder / "Old/deep");
+    ReadAll(other);
+    chmod((folder / "Old/deep").c_str(), 0700);
+    EXPECT_EQ(ReadAll(other), Paths{folder / "Old/deep"}) << "others may read it now, or no more";
 }
 
 TEST(WatcherTest, FollowsThePreferencesToOtherFolders) {
