@@ -69,7 +69,7 @@ typedef char const* Text; // with a zero at its end
 #define ADD(interface, prefix, name, type) \
     &&BIBRegisterProcAddress(interface, #name, #type, (void*)(type){&prefix##name})
 
-#define BIB(name, type) &&BIBRegisterProcAddress("BIB", #name, #name, (void*)(type){&name})
+#define BIB(name, type) &&BIBRegisterProcAddress("BIB", #name, #name, (void*)(type){name})
 #define CONTAINER(name, type) ADD("BIBContainerInterface", Container, name, type)
 #define ERROR(name, type) ADD("BIBErrorInterface", Error, name, type)
 #define ATOM(name, type) ADD("BIBStringInterface", Atom, name, type)
