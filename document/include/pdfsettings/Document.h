@@ -120,7 +120,7 @@ public:
     Document Formatted(LayoutOptions const& options = {}) const;
 
 private:
-    struct Reading;
+    struct PDFSETTINGS_LOCAL Reading;
     std::shared_ptr<Reading const> fReading;
 };
 

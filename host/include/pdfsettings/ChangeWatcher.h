@@ -54,7 +54,7 @@ public:
     Sequence<SettingsChange> Read();
 
 private:
-    struct State;
+    struct PDFSETTINGS_LOCAL State;
 
     std::unique_ptr<State> fState;
 };

@@ -89,7 +89,7 @@ public:
     SaveWarnings Save(std::string_view bytes, OnConflict onConflict = OnConflict::kRefuse);
 
 private:
-    struct State;
+    struct PDFSETTINGS_LOCAL State;
 
     std::unique_ptr<State> fState;
 };

@@ -139,7 +139,7 @@ public:
 private:
     friend class RawAccess;
 
-    struct State;
+    struct PDFSETTINGS_LOCAL State;
 
     PDFSETTINGS_LOCAL explicit Settings(std::shared_ptr<State> state) noexcept;
 
@@ -215,7 +215,7 @@ public:
 private:
     friend class Settings;
 
-    struct State;
+    struct PDFSETTINGS_LOCAL State;
 
     PDFSETTINGS_LOCAL explicit Edit(std::unique_ptr<State> state) noexcept;
 

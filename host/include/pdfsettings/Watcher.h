@@ -53,7 +53,7 @@ public:
     bool HasLost() const noexcept;
 
 private:
-    struct State;
+    struct PDFSETTINGS_LOCAL State;
 
     std::unique_ptr<State> fState;
 };

@@ -43,7 +43,7 @@ public:
     ::PDFSettings* Object(Settings const& settings);
 
 private:
-    struct State;
+    struct PDFSETTINGS_LOCAL State;
 
     std::unique_ptr<State> fState;
 };
