@@ -12,6 +12,7 @@ option(PDFSETTINGS_FUZZ "Build the fuzz targets, with clang" OFF)
 option(PDFSETTINGS_BENCHMARKS "Build the benchmarks, which need the libraries they compare with" OFF)
 option(PDFSETTINGS_FAILURE_HOOKS "Let tests make allocations and stream operations fail" OFF)
 option(PDFSETTINGS_COVERAGE "Count which lines and branches run" OFF)
+option(PDFSETTINGS_TESTS "Build the examples and the tests" ${PROJECT_IS_TOP_LEVEL})
 
 # The presets of the checks make errors of them; other projects and other compilers see warnings.
 add_compile_options(
@@ -21,6 +22,20 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_L
     # GCC 12 sees an overlap in every sum of a literal and a std::string (GCC bug 105651).
     add_compile_options(-Wno-restrict)
 endif()
+
+# Makes a mistake in memory a crash instead of a way in: the stack is checked, calls of the C library with a buffer of
+# known size too, indirect jumps end only where they may, no segment is code and something else, and what the loader
+# has bound cannot be written any more. The sanitizers check more than _FORTIFY_SOURCE and want the plain calls.
+include(CheckPIESupported)
+check_pie_supported()
+add_compile_options(-fstack-protector-strong)
+if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86|i.86|AMD64")
+    add_compile_options(-fcf-protection)
+endif()
+if(NOT PDFSETTINGS_SANITIZE)
+    add_compile_options($<$<CONFIG:Release,RelWithDebInfo>:-U_FORTIFY_SOURCE$<SEMICOLON>-D_FORTIFY_SOURCE=2>)
+endif()
+add_link_options(-Wl,-z,relro -Wl,-z,now -Wl,-z,separate-code -Wl,-z,noexecstack)
 
 # Lets a release of the two libraries be optimized as wholes: they spend their time in many small
 # functions of many files. The objects hold ordinary code too, which programs link: the unit tests put
