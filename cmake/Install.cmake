@@ -1,5 +1,4 @@
-# What is installed, and the packages that are made of it. Three parts: what programs need to run, what
-# they need to be built, and the command line tool.
+# What is installed. Three parts: what programs need to run, what they need to be built, and the command line tool.
 include(CMakePackageConfigHelpers)
 
 set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/PDFSettings)
@@ -32,6 +31,7 @@ install(TARGETS BIBConformance bib-conformance
     EXPORT PDFSettingsTargets
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development
     RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT development)
+install(FILES conformance/bib-conformance.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT development)
 install(TARGETS PDFSettings
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/${PDFSETTINGS_MODULE_FOLDER}
         COMPONENT runtime)
@@ -116,30 +116,3 @@ install(DIRECTORY examples data docs
 install(FILES README.md CHANGELOG.md CONTRIBUTING.md
     DESTINATION ${CMAKE_INSTALL_DOCDIR}
     COMPONENT development)
-
-set(CPACK_GENERATOR DEB)
-set(CPACK_PACKAGE_CONTACT "The PDF settings team <team@pdfsettings.invalid>")
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "Named sets of PDF conversion settings")
-set(CPACK_PACKAGING_INSTALL_PREFIX ${CMAKE_INSTALL_PREFIX})
-set(CPACK_STRIP_FILES ON)
-set(CPACK_DEB_COMPONENT_INSTALL ON)
-set(CPACK_COMPONENTS_ALL runtime development tool)
-set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
-set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
-set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libpdfsettings${PROJECT_VERSION_MAJOR})
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
-set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "The settings component, its runtime and the C++ API.")
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libpdfsettings-dev)
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
-set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "Headers, CMake package and documents for programs with PDF settings.")
-set(CPACK_DEBIAN_TOOL_PACKAGE_NAME joboptions)
-set(CPACK_DEBIAN_TOOL_PACKAGE_SECTION utils)
-set(CPACK_COMPONENT_TOOL_DESCRIPTION "Reads, checks and changes .joboptions files on the command line.")
-# The tool and what is built with the headers are made for these very libraries.
-set(same_libraries "${CPACK_DEBIAN_RUNTIME_PACKAGE_NAME} (= ${PROJECT_VERSION})")
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS ${same_libraries})
-set(CPACK_DEBIAN_TOOL_PACKAGE_DEPENDS ${same_libraries})
-include(CPack)
