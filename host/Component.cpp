@@ -37,8 +37,13 @@ void KeepReport(char const* message, void* /*client*/) noexcept {
     }
 }
 
+// A procedure of the component that runs on the runtime behind lookup; null if none does.
+void* RegisteredProcedure(BIBLookupProc lookup) noexcept {
+    return lookup("PDFSettingsInterface", "NewFromFile", "PDFSettingsNewFromFileProc");
+}
+
 bool IsRegistered(BIBLookupProc lookup) noexcept {
-    return lookup("PDFSettingsInterface", "NewFromFile", "PDFSettingsNewFromFileProc") != nullptr;
+    return RegisteredProcedure(lookup) != nullptr;
 }
 
 unsigned long UnregisterCount(BIBLookupProc lookup) noexcept {
@@ -168,7 +173,7 @@ std::shared_ptr<RunningComponent> RunningComponent::Shared() {
     }
     former = std::exchange(
         kept,
-        IsRegistered(&BIBRuntimeLookup) && gUnstopped == nullptr
+        IsRegistered(&BIBRuntimeLookup) && (gUnstopped == nullptr || gUnstopped->IsHosts())
             ? Make<BIBLookupProc>(&BIBRuntimeLookup)
             : Make(Component::DefaultPath().string()));
     return kept;
@@ -195,8 +200,11 @@ std::shared_ptr<RunningComponent> RunningComponent::Attach(BIBLookupProc lookup)
     return Make(lookup);
 }
 
+// A component that its host has unloaded and started again may be at another address.
 bool RunningComponent::HasStopped() const noexcept {
-    return fPath.empty() ? !IsRegistered(fLookup) : fTerminate == nullptr;
+    return fPath.empty() ? RegisteredProcedure(fLookup) !=
+                               reinterpret_cast<void*>(fTables->settings.NewFromFile)
+                         : fTerminate == nullptr;
 }
 
 void* RunningComponent::FindSymbol(char const* name) const {

@@ -8,12 +8,14 @@
 #include "tests/support/Component.h"
 #include "tests/support/ErrorOf.h"
 
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <gtest/gtest.h>
 #include <new>
 #include <optional>
+#include <sys/mman.h>
 
 using namespace pdfsettings;
 using support::CodeOf;
@@ -59,6 +61,14 @@ public:
 private:
     support::Component fComponent;
 };
+
+// Makes the loader put a library elsewhere than where address was in it, once it is unloaded.
+void OccupyPageOf(void* address) {
+    constexpr std::uintptr_t kSize = 4096;
+    auto* const page =
+        reinterpret_cast<void*>(reinterpret_cast<std::uintptr_t>(address) & ~(kSize - 1));
+    mmap(page, kSize, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED_NOREPLACE, -1, 0);
+}
 
 int gLookups = 0;
 
@@ -170,8 +180,11 @@ TEST(Component, UsesOneThatAHostRunsAndNeverStopsIt) {
     EXPECT_NE(Reported(), "");
     std::shared_ptr<detail::RunningComponent> const held = detail::RunningComponent::Shared();
     EXPECT_TRUE(Host::IsRunning());
+    void* const code =
+        BIBRuntimeLookup("PDFSettingsInterface", "NewFromFile", "PDFSettingsNewFromFileProc");
     host.reset();
     EXPECT_EQ(CodeOf([&] { detail::Turn const turn(held); }), Fault::kStopped);
+    OccupyPageOf(code);
     host.emplace();
     EXPECT_TRUE(IsUsable());
     host.reset();
