@@ -77,8 +77,8 @@ RunInProcess(Arguments const& arguments, Group const& group, std::size_t first, 
     pid_t const child = ::fork();
     if (child == 0) {
         ::close(ends[0]);
-        if (!arguments.fIsVerbose) {
-            static_cast<void>(std::freopen("/dev/null", "w", stderr));
+        if (!arguments.fIsVerbose && std::freopen("/dev/null", "w", stderr) == nullptr) {
+            ::close(STDERR_FILENO);
         }
         RunChecks(arguments, group, first, ends[1]);
         ::_exit(0);

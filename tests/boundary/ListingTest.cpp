@@ -6,6 +6,8 @@
 #include "tests/support/TemporaryFolder.h"
 
 #include <algorithm>
+#include <array>
+#include <bit>
 
 namespace support {
 
@@ -26,6 +28,16 @@ void ClearAdminFolders() {
 
 bool IsOfTheBuild(std::filesystem::path const& folder) {
     return folder.string().starts_with(PDFSETTINGS_BUILD_FOLDER "/");
+}
+
+// The bytes of a number as values are described.
+template <class Number>
+std::string Bytes(Number number) {
+    std::string text;
+    for (char const byte : std::bit_cast<std::array<char, sizeof number>>(number)) {
+        text += byte == '\0' ? "\\0" : std::string(1, byte);
+    }
+    return text;
 }
 
 } // namespace
@@ -237,22 +249,30 @@ TEST_F(Listing, LooksWherePreferencesLead) {
 }
 
 TEST_F(Listing, TellsWhenAFileChanged) {
-    // In two bytes, four and two: the seconds since 1904 and a fraction of 1/65536.
-    std::pair<timespec, char const*> const kCases[] = {
-        {{0, 0}, "\\0\\0\x80\xB0\x25\x7C\\0\\0"},
-        {{1, 15258}, "\\0\\0\x81\xB0\x25\x7C\\0\\0"},
-        {{1, 15259}, "\\0\\0\x81\xB0\x25\x7C\1\\0"},
-        {{1000000000, 999999999}, "\\0\\0\x80\x7A\xC0\xB7\xFF\xFF"},
-        {{2212122496, 500000000}, "\1\\0\\0\\0\\0\\0\\0\x80"},
-        {{-2082844800, 0}, "\\0\\0\\0\\0\\0\\0\\0\\0"},
+    // In two bytes, four and two, in the machine's order: the seconds since 1904 and a fraction of
+    // 1/65536.
+    struct Case {
+        timespec fTime;
+        std::uint16_t fHigh;
+        std::uint32_t fLow;
+        std::uint16_t fFraction;
+    };
+    Case const kCases[] = {
+        {{0, 0}, 0, 0x7C25B080, 0},
+        {{1, 15258}, 0, 0x7C25B081, 0},
+        {{1, 15259}, 0, 0x7C25B081, 1},
+        {{1000000000, 999999999}, 0, 0xB7C07A80, 0xFFFF},
+        {{2212122496, 500000000}, 1, 0, 0x8000},
+        {{-2082844800, 0}, 0, 0, 0},
     };
     std::filesystem::path const file = UserFolder() / "a.joboptions";
     WriteBytes(file, "");
-    for (auto const& [time, date] : kCases) {
+    for (auto const& [time, high, low, fraction] : kCases) {
         if (SetTime(file, time)) {
             auto const list = Own(fGetList(""));
             std::string const record = Describer(fRuntime)(fRuntime.Arrays().GetAt(list, 0));
-            std::string const expected = std::string(" ModDate Apple_UTCDateTime{") + date + "}>>";
+            std::string const expected =
+                " ModDate Apple_UTCDateTime{" + Bytes(high) + Bytes(low) + Bytes(fraction) + "}>>";
             EXPECT_TRUE(record.ends_with(expected)) << time.tv_sec << ": " << record;
         }
     }

@@ -182,7 +182,7 @@ int fstatfs(int file, struct statfs* status) noexcept {
     int const result = SystemCallsDouble::Pass<int>(
         "fstatfs", -1, [=] { return SUPPORT_REAL(fstatfs)(file, status); });
     if (gDouble != nullptr && gDouble->fFileSystem != 0) {
-        status->f_type = gDouble->fFileSystem;
+        status->f_type = static_cast<decltype(status->f_type)>(gDouble->fFileSystem);
     }
     return result;
 }
