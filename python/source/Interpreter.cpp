@@ -1,0 +1,47 @@
+#include "python/source/Interpreter.h"
+
+#include <pthread.h>
+#include <unistd.h>
+
+namespace pdfsettings::python {
+
+namespace {
+
+// A fork must not wait for ever while other threads come and go.
+pthread_rwlock_t const kUnlocked = PTHREAD_RWLOCK_WRITER_NONRECURSIVE_INITIALIZER_NP;
+pthread_rwlock_t gGate = kUnlocked;
+
+} // namespace
+
+void TakeInterpreter(PyThreadState* state) {
+    try {
+        PyEval_RestoreThread(state);
+    } catch (abi::__forced_unwind&) {
+        for (;;) {
+            pause();
+        }
+    }
+}
+
+ForkGate::ForkGate() {
+    pthread_rwlock_rdlock(&gGate);
+}
+
+ForkGate::~ForkGate() {
+    pthread_rwlock_unlock(&gGate);
+}
+
+void ForkGate::BeforeFork() {
+    Released([] { pthread_rwlock_wrlock(&gGate); });
+}
+
+void ForkGate::AfterForkInParent() {
+    pthread_rwlock_unlock(&gGate);
+}
+
+// The lock's owner is the thread of the parent; no other thread exists here.
+void ForkGate::AfterForkInChild() {
+    gGate = kUnlocked;
+}
+
+} // namespace pdfsettings::python

@@ -1,0 +1,77 @@
+#include "python/source/Objects.h"
+
+#include <pybind11/pybind11.h>
+
+namespace pdfsettings::python {
+
+namespace {
+
+bool IsMainInterpreter() {
+    return PyInterpreterState_Get() == PyInterpreterState_Main();
+}
+
+char const kOnlyMain[] =
+    "pdfsettings works in the main interpreter only: use a process in place of a sub-interpreter";
+
+void SetErrorOf(std::exception_ptr failure) {
+    try {
+        std::rethrow_exception(std::move(failure));
+    } catch (Error const& error) {
+        SetError(error);
+    } catch (std::filesystem::filesystem_error const& error) {
+        SetError(Error(Fault::kSystem, error.code().message(), error.path1(), {}, error.code()));
+    }
+}
+
+void AddForkHandlers() {
+    py::module_::import("os").attr("register_at_fork")(
+        py::arg("before") = py::cpp_function(&ForkGate::BeforeFork),
+        py::arg("after_in_parent") = py::cpp_function(&ForkGate::AfterForkInParent),
+        py::arg("after_in_child") = py::cpp_function(&ForkGate::AfterForkInChild));
+}
+
+void Fill(py::module_& module) {
+    ImportTypes();
+    py::register_exception_translator(&SetErrorOf);
+    module.attr("__version__") = PDFSETTINGS_VERSION;
+    module.def(
+        "require_main_interpreter",
+        [] {
+            if (!IsMainInterpreter()) {
+                throw py::import_error(kOnlyMain);
+            }
+        },
+        "Raises ImportError in a sub-interpreter.");
+    // Made while one thread is here: no fork can come between.
+    Schema::Standard();
+    AddSchema(module);
+    AddDocument(module);
+    AddSettings(module);
+    AddFunctions(module);
+    AddLists(module);
+    AddWatcher(module);
+    AddForkHandlers();
+}
+
+} // namespace
+
+} // namespace pdfsettings::python
+
+// As PYBIND11_MODULE makes it, but nothing of pybind11 comes to be in a sub-interpreter: its types
+// would die with that.
+extern "C" PYBIND11_EXPORT PyObject* PyInit__core() {
+    namespace py = pybind11;
+    if (!pdfsettings::python::IsMainInterpreter()) {
+        PyErr_SetString(PyExc_ImportError, pdfsettings::python::kOnlyMain);
+        return nullptr;
+    }
+    PYBIND11_CHECK_PYTHON_VERSION
+    PYBIND11_ENSURE_INTERNALS_READY
+    static py::module_::module_def definition;
+    auto module = py::module_::create_extension_module("_core", nullptr, &definition);
+    try {
+        pdfsettings::python::Fill(module);
+        return module.release().ptr();
+    }
+    PYBIND11_CATCH_INIT_EXCEPTIONS
+}

@@ -1,0 +1,98 @@
+// The objects behind the classes of the module, and what defines these classes.
+#pragma once
+
+#include "pdfsettings/ChangeWatcher.h"
+#include "pdfsettings/Document.h"
+#include "pdfsettings/Schema.h"
+#include "pdfsettings/Settings.h"
+#include "python/source/Conversion.h"
+#include "python/source/Interpreter.h"
+#include "python/source/Records.h"
+
+#include <mutex>
+#include <optional>
+#include <pybind11/pybind11.h>
+#include <shared_mutex>
+#include <string>
+#include <utility>
+
+namespace pdfsettings::python {
+
+// A document and the file that it was read from, if any. Immutable.
+struct DocumentObject {
+    Document document;
+    FilePath file;
+};
+
+// Settings that any thread may use at any time.
+class SettingsObject {
+public:
+    explicit SettingsObject(Settings settings) : fSettings(std::move(settings)) {}
+
+    // The result of read(settings), a quick look that uses no Python object. The interpreter's lock
+    // is only released where another thread is changing the settings. REQUIRES, here and below:
+    // the caller has the interpreter's lock.
+    template <class Read>
+    auto Look(Read read) {
+        std::shared_lock lock(fMutex, std::try_to_lock);
+        if (lock) {
+            return read(std::as_const(fSettings));
+        }
+        return Examine(std::move(read));
+    }
+
+    // The same for long work, without the interpreter's lock.
+    template <class Read>
+    auto Examine(Read read) {
+        return Gated([&] {
+            std::shared_lock const lock(fMutex);
+            return read(std::as_const(fSettings));
+        });
+    }
+
+    // The result of change(settings), which is alone with the settings and uses no Python object.
+    template <class Change>
+    auto Alter(Change change) {
+        return Gated([&] {
+            std::unique_lock const lock(fMutex);
+            return change(fSettings);
+        });
+    }
+
+    DocumentObject Source() {
+        return Look([](Settings const& settings) {
+            return DocumentObject{settings.Source(), settings.File()};
+        });
+    }
+
+private:
+    std::shared_mutex fMutex;
+    Settings fSettings;
+};
+
+// The text of Settings, of a Document, or of the file at a path, which is read. Throws TypeError
+// for other objects, and Error as OpenDocument.
+DocumentObject ToDocument(py::handle source);
+
+// The schema of an argument, or the standard one for null.
+inline Schema OrStandard(Schema const* schema) {
+    return schema == nullptr ? Schema::Standard() : *schema;
+}
+
+inline OnConflict ToOnConflict(bool overwrite) {
+    return overwrite ? OnConflict::kOverwrite : OnConflict::kRefuse;
+}
+
+inline py::tuple SentencesOf(SaveWarnings const& warnings) {
+    return TupleOf(warnings, [](std::string const& sentence) { return KeyToPython(sentence); });
+}
+
+// Each adds classes or functions to the module.
+void AddSchema(py::module_& module);
+void AddDocument(py::module_& module);
+void AddSettings(py::module_& module);
+void AddFunctions(py::module_& module);
+void AddLists(py::module_& module);
+void AddWatcher(py::module_& module);
+
+} // namespace pdfsettings::python

@@ -1,0 +1,177 @@
+#include "python/source/Records.h"
+
+#include "python/source/Conversion.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <iterator>
+#include <string>
+#include <system_error>
+#include <vector>
+
+namespace pdfsettings::python {
+
+namespace {
+
+// Never destroyed: at the end of the program no interpreter is left to destroy them.
+struct Imported {
+    py::dict types;
+    py::object name;
+    py::object hexString;
+};
+Imported* gImported = nullptr;
+
+// The words of ErrorCode, and the exceptions.
+struct CodeRow {
+    Fault code;
+    char const* word;
+    char const* type;
+};
+constexpr CodeRow kCodes[] = {
+    {Fault::kSystem, "system", "FileError"},
+    {Fault::kSyntax, "syntax", "ParseError"},
+    {Fault::kSchema, "schema", "SchemaError"},
+    {Fault::kKind, "kind", "KindError"},
+    {Fault::kNoValue, "no-value", "NoValueError"},
+    {Fault::kKey, "key", "UnwritableError"},
+    {Fault::kUnwritable, "unwritable", "UnwritableError"},
+    {Fault::kReadOnly, "read-only", "ReadOnlyError"},
+    {Fault::kConflict, "conflict", "ConflictError"},
+    {Fault::kBusy, "busy", "BusyError"},
+    {Fault::kUntrusted, "untrusted", "Error"},
+    {Fault::kInUse, "in-use", "Error"},
+    {Fault::kStopped, "stopped", "Error"},
+    {Fault::kComponent, "component", "Error"}};
+static_assert(std::size(kCodes) == static_cast<std::size_t>(Fault::kComponent) + 1);
+
+CodeRow const& RowOf(Fault code) {
+    auto const row = std::ranges::find(kCodes, code, &CodeRow::code);
+    return row == std::end(kCodes) ? kCodes[std::size(kCodes) - 1] : *row;
+}
+
+py::object OptionalNumber(std::optional<double> const& number) {
+    return number ? NumberToPython(*number) : py::none();
+}
+
+py::object ProblemRecord(Finding const& finding, FilePath const& file) {
+    auto const span = finding.Bytes();
+    return Type("Problem")(
+        EnumValue("Severity", finding.Level() == Severity::kError ? "error" : "warning"),
+        KeyToPython(finding.Id()),
+        KeyToPython(finding.Path()),
+        KeyToPython(finding.Message()),
+        PlaceRecord(finding.Where(), file),
+        span ? py::object(SpanRecord(*span)) : py::none(),
+        TupleOf(
+            finding.Related(), [&](Finding const& other) { return ProblemRecord(other, file); }));
+}
+
+void Raise(py::handle type, py::object const& error) {
+    PyErr_SetObject(type.ptr(), error.ptr());
+}
+
+} // namespace
+
+void ImportTypes() {
+    auto const module = py::module_::import("pdfsettings._types");
+    gImported = new Imported{
+        py::dict(module.attr("__dict__")), module.attr("Name"), module.attr("HexString")};
+}
+
+py::handle Type(char const* name) {
+    py::handle const type = PyDict_GetItemString(gImported->types.ptr(), name);
+    if (!type) {
+        throw py::key_error(name);
+    }
+    return type;
+}
+
+py::handle NameType() {
+    return gImported->name;
+}
+
+py::handle HexStringType() {
+    return gImported->hexString;
+}
+
+py::object EnumValue(char const* type, char const* word) {
+    return Type(type)(word);
+}
+
+py::object PlaceRecord(std::optional<Place> const& place, FilePath const& file) {
+    if (!place) {
+        return py::none();
+    }
+    return Type("Place")(place->line, place->column, PathToPython(file));
+}
+
+py::tuple SpanRecord(Span const& span) {
+    return py::make_tuple(span.begin, span.end);
+}
+
+py::tuple Problems(Findings const& findings, FilePath const& file) {
+    return TupleOf(findings, [&](Finding const& finding) { return ProblemRecord(finding, file); });
+}
+
+py::object RuleRecord(Rule const& rule) {
+    return Type("Rule")(
+        KeyToPython(rule.Path()),
+        KeyToPython(rule.KindName()),
+        KeyToPython(rule.ElementKindName()),
+        rule.IsRequired(),
+        OptionalNumber(rule.Count()),
+        OptionalNumber(rule.Minimum()),
+        OptionalNumber(rule.Maximum()),
+        TupleOf(rule.Allowed(), [](Value const& value) { return ToPython(value); }),
+        rule.Default() == nullptr ? py::none() : ToPython(*rule.Default()),
+        KeyToPython(rule.Label()),
+        KeyToPython(rule.Group()),
+        KeyToPython(rule.Help()),
+        KeyToPython(rule.ExpectedText()));
+}
+
+py::object ConstraintRecord(Constraint const& constraint) {
+    return Type("Constraint")(
+        EnumValue("Severity", constraint.Level() == Severity::kError ? "error" : "warning"),
+        TupleOf(constraint.Paths(), [](std::string const& path) { return KeyToPython(path); }),
+        KeyToPython(constraint.Text()),
+        KeyToPython(constraint.Help()));
+}
+
+void SetError(Error const& error) {
+    CodeRow const& row = RowOf(error.Code());
+    bool const isMissing =
+        error.Code() == Fault::kSystem && error.System() == std::errc::no_such_file_or_directory;
+    py::handle const type = Type(isMissing ? "MissingFileError" : row.type);
+    py::object const raised = type(
+        KeyToPython(error.what()),
+        KeyToPython(error.Message()),
+        EnumValue("ErrorCode", row.word),
+        PathToPython(error.File()),
+        PlaceRecord(error.Where(), error.File()),
+        KeyToPython(error.Id()));
+    if (error.Code() == Fault::kSystem) {
+        raised.attr("errno") = error.System().value();
+    }
+    Raise(type, raised);
+}
+
+void ThrowRejected(Findings const& findings, FilePath const& file) {
+    py::tuple const problems = Problems(findings, file);
+    std::string text;
+    for (py::handle const problem : problems) {
+        text += (text.empty() ? "" : "\n") + BytesOf(py::str(problem));
+    }
+    py::object const raised = Type("ValidationError")(
+        KeyToPython(text),
+        KeyToPython(text),
+        EnumValue("ErrorCode", "rejected"),
+        PathToPython(file),
+        problems[0].attr("place"),
+        problems[0].attr("id"));
+    raised.attr("problems") = problems;
+    Raise(Type("ValidationError"), raised);
+    throw py::error_already_set();
+}
+
+} // namespace pdfsettings::python
