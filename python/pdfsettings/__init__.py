@@ -147,8 +147,9 @@ __all__ = [
     "watch",
 ]
 
-# Error messages and pickles name what users import.
+# Error messages and pickles name what users import; the classes of _core do so already.
 for _name in __all__:
-    if isinstance(globals()[_name], type):
-        globals()[_name].__module__ = __name__
-del _name
+    _public = globals()[_name]
+    if isinstance(_public, type) and _public.__module__ != __name__:
+        _public.__module__ = __name__
+del _name, _public

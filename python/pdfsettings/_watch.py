@@ -14,26 +14,53 @@ from ._types import Change
 FileName = Union[str, bytes, "os.PathLike[str]", "os.PathLike[bytes]"]
 
 
-class Watcher(_core.ChangeWatcher):
+class Watcher:
     """Reports what has become of settings files since the call before. It has no thread and never
     blocks: wait for its descriptor with ``selectors`` or an event loop, then call `read`; or iterate
     with ``async for change in watcher``, which ends when the watcher is closed.
 
-    Added files and folders need not exist; what is there now is no change. In a process made by
-    ``fork`` it raises ``ValueError``. Raises `FileError` if the user has too many watchers."""
+    After `close`, and in a process made by ``fork``, every use raises ``ValueError``. `Watcher()`
+    raises `FileError` if the user has too many of them."""
 
     def __init__(self) -> None:
-        super().__init__()
+        self._watcher = _core.ChangeWatcher()
         self._pending: deque[Change] = deque()
         self._waiting: tuple[asyncio.AbstractEventLoop, asyncio.Future[None]] | None = None
         self._ends = False
+
+    def add(self, file: FileName) -> None:
+        """Watches a file. It need not exist, as no folder need; what is there now is no change.
+        Raises `FileError`, for example if the user watches too many folders."""
+        self._watcher.add(file)
+
+    def add_folder(self, folder: FileName) -> None:
+        """Watches the settings files in a folder. Raises as `add`."""
+        self._watcher.add_folder(folder)
+
+    def add_listed(self, application: str = "") -> None:
+        """Watches everything that ``list_settings(application)`` shows. Raises as `add`."""
+        self._watcher.add_listed(application)
+
+    def fileno(self) -> int:
+        """The descriptor, readable while there may be something to read. The watcher owns it."""
+        return self._watcher.fileno()
+
+    def read(self) -> tuple[Change, ...]:
+        """What has changed since the last call, by file. Raises `FileError`; the next call then
+        reports what this one would have."""
+        return self._watcher.read()
+
+    @property
+    def closed(self) -> bool:
+        """Whether it is closed."""
+        return self._watcher.closed
 
     def close(self) -> None:
         """Ends the watcher, and the iteration that waits for it. May be called twice, and from any
         thread."""
         waiting, self._ends = self._waiting, True
         if waiting is None or waiting[0].is_closed():
-            super().close()
+            self._watcher.close()
         else:
             # The loop forgets the descriptor before it is closed.
             waiting[0].call_soon_threadsafe(_wake, waiting[1])
@@ -60,7 +87,7 @@ class Watcher(_core.ChangeWatcher):
             if not self._ends:
                 self._pending.extend(self.read())
         if self._waiting is None:
-            super().close()
+            self._watcher.close()
         raise StopAsyncIteration
 
     async def _wait(self) -> None:
@@ -77,7 +104,7 @@ class Watcher(_core.ChangeWatcher):
             loop.remove_reader(descriptor)
             self._waiting = None
             if self._ends:
-                super().close()
+                self._watcher.close()
 
 
 def _wake(future: asyncio.Future[None]) -> None:

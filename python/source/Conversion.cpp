@@ -67,7 +67,7 @@ py::object ToPython(Value const& value, int depth) {
     case Kind::kNumber:
         return NumberToPython(value.As<double>());
     case Kind::kName:
-        return Owned(PyObject_CallOneArg(NameType().ptr(), KeyToPython(value.Bytes()).ptr()));
+        return NameToPython(value.Bytes());
     case Kind::kString:
         return TextToPython(value.As<String>().text);
     case Kind::kHexString:
@@ -205,6 +205,10 @@ py::object NumberToPython(double number) {
 
 py::object KeyToPython(std::string_view bytes) {
     return Owned(PyUnicode_DecodeUTF8(bytes.data(), SizeOf(bytes), "surrogateescape"));
+}
+
+py::object NameToPython(std::string_view bytes) {
+    return Owned(PyObject_CallOneArg(NameType().ptr(), KeyToPython(bytes).ptr()));
 }
 
 py::object TextToPython(std::string_view bytes) {

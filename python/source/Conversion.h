@@ -24,6 +24,9 @@ py::object NumberToPython(double number);
 // A str of keys, names and messages: bytes that are not UTF-8 become surrogates.
 py::object KeyToPython(std::string_view bytes);
 
+// A Name, also for true and false, which are booleans as values.
+py::object NameToPython(std::string_view bytes);
+
 // A str if the bytes are UTF-8, else bytes.
 py::object TextToPython(std::string_view bytes);
 

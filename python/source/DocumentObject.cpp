@@ -71,7 +71,7 @@ void AddText(DocumentClass& type) {
     type.def_property_readonly(
         "file",
         [](DocumentObject const& self) { return PathToPython(self.file); },
-        "The file that it was read from, a pathlib.Path, or None.");
+        "The path that it was read from, as it was given, a pathlib.Path; None if there is none.");
     type.def_property_readonly(
         "refusal",
         [](DocumentObject const& self) {
@@ -195,6 +195,7 @@ void AddDocument(py::module_& module) {
     DocumentClass type(
         module,
         "Document",
+        py::is_final(),
         "A settings file as text: a mapping from paths to the values that are read from it, with "
         "their positions, and changes that leave all other bytes as they are. Immutable. A text "
         "may be any str or bytes, also one that is refused.");
@@ -206,13 +207,12 @@ void AddDocument(py::module_& module) {
     type.def_static(
         "open",
         [](PathArgument const& file) {
-            return DocumentObject{
-                Released([&] { return OpenDocument(file.path); }),
-                std::filesystem::absolute(file.path)};
+            return DocumentObject{Released([&] { return OpenDocument(file.path); }), file.path};
         },
         py::arg("file"),
         "The document in a file, which may be refused. Raises FileError and BusyError.");
     AddMapping(type, [](DocumentObject const& self) { return self.document; });
+    AddCopies(type);
     AddText(type);
     AddPositions(type);
     AddChanges(type);
@@ -220,6 +220,7 @@ void AddDocument(py::module_& module) {
         return "<pdfsettings.Document with " + std::to_string(self.document.Values().size()) +
                " settings>";
     });
+    Seal(type);
 }
 
 } // namespace pdfsettings::python

@@ -135,8 +135,7 @@ DocumentObject ToDocument(py::handle source) {
     if (!Load(source, file)) {
         throw py::type_error("expected Settings, a Document or the path of a file");
     }
-    return {
-        Released([&] { return OpenDocument(file.path); }), std::filesystem::absolute(file.path)};
+    return {Released([&] { return OpenDocument(file.path); }), file.path};
 }
 
 void AddFunctions(py::module_& module) {

@@ -13,6 +13,10 @@ inline py::object ViewOf(char const* name, py::object const& mapping) {
     return py::module_::import("collections.abc").attr(name)(mapping);
 }
 
+inline py::object MappingType() {
+    return py::module_::import("collections.abc").attr("Mapping");
+}
+
 // Makes a class a collections.abc.Mapping from paths to values. documentOf(T&) returns the Document
 // with the values.
 template <class T, class... Options, class DocumentOf>
@@ -90,14 +94,14 @@ void AddMapping(py::class_<T, Options...>& type, DocumentOf documentOf) {
                 Document const with = documentOf(py::cast<T&>(other));
                 return py::bool_(document.Values() == with.Values());
             }
-            if (!py::isinstance<py::dict>(other)) {
+            if (!py::isinstance(other, MappingType())) {
                 return py::reinterpret_borrow<py::object>(Py_NotImplemented);
             }
-            return py::bool_(ToPython(document.Values()).equal(other));
+            return py::bool_(ToPython(document.Values()).equal(py::dict(other)));
         },
         py::arg("other"),
-        "Whether the stored values are equal, in any order.");
-    py::module_::import("collections.abc").attr("Mapping").attr("register")(type);
+        "Whether other is a mapping of equal values, in any order.");
+    MappingType().attr("register")(type);
 }
 
 } // namespace pdfsettings::python

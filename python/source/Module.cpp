@@ -30,6 +30,25 @@ void AddForkHandlers() {
         py::arg("after_in_child") = py::cpp_function(&ForkGate::AfterForkInChild));
 }
 
+// The base of all classes of pybind11 has no contents: making one would end the program.
+newfunc gMakeObject = nullptr;
+
+PyObject* MakeUnlessBase(PyTypeObject* type, PyObject* arguments, PyObject* named) {
+    PyObject* const base = py::detail::get_internals().instance_base;
+    if (reinterpret_cast<PyObject*>(type) == base) {
+        PyErr_SetString(PyExc_TypeError, "pybind11_object: no constructor defined");
+        return nullptr;
+    }
+    return gMakeObject(type, arguments, named);
+}
+
+// To be called when all classes are defined. With another procedure than theirs in the base, Python
+// also refuses Settings.__new__(Settings), whose contents would be missing.
+void GuardBase() {
+    auto* const base = reinterpret_cast<PyTypeObject*>(py::detail::get_internals().instance_base);
+    gMakeObject = std::exchange(base->tp_new, &MakeUnlessBase);
+}
+
 void Fill(py::module_& module) {
     ImportTypes();
     py::register_exception_translator(&SetErrorOf);
@@ -51,6 +70,7 @@ void Fill(py::module_& module) {
     AddLists(module);
     AddWatcher(module);
     AddForkHandlers();
+    GuardBase();
 }
 
 } // namespace

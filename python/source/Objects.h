@@ -87,6 +87,31 @@ inline py::tuple SentencesOf(SaveWarnings const& warnings) {
     return TupleOf(warnings, [](std::string const& sentence) { return KeyToPython(sentence); });
 }
 
+// Makes an object of a class its own copy: it never changes.
+template <class T, class... Options>
+void AddCopies(py::class_<T, Options...>& type) {
+    type.def("__copy__", [](py::object self) { return self; });
+    type.def(
+        "__deepcopy__", [](py::object self, py::handle) { return self; }, py::arg("memo"));
+}
+
+// To be called when a class is complete. From then on Python cannot change it, give its objects
+// another class, or make objects without contents by unpickling. The class must be final: a
+// subclass could use an object before it has contents.
+template <class T, class... Options>
+void Seal(py::class_<T, Options...>& type) {
+    type.def(
+        "__reduce_ex__",
+        [](py::handle, py::handle) -> py::object {
+            throw py::type_error("this object cannot be pickled: use its text");
+        },
+        py::arg("protocol"));
+    type.attr("__module__") = "pdfsettings";
+    auto* const raw = reinterpret_cast<PyTypeObject*>(type.ptr());
+    raw->tp_flags |= Py_TPFLAGS_IMMUTABLETYPE;
+    PyType_Modified(raw);
+}
+
 // Each adds classes or functions to the module.
 void AddSchema(py::module_& module);
 void AddDocument(py::module_& module);

@@ -98,8 +98,10 @@ void AddSchema(py::module_& module) {
     py::class_<Schema> type(
         module,
         "Schema",
+        py::is_final(),
         "A schema: the values that each setting may have, and what it is for. Immutable. Made by "
         "standard(), parse() and open().");
+    AddCopies(type);
     AddMaking(type);
     AddSearch(type);
     type.def_property_readonly(
@@ -119,6 +121,7 @@ void AddSchema(py::module_& module) {
                 self.Groups(), [](std::string const& label) { return KeyToPython(label); });
         },
         "The labels of the groups in their order, a tuple of str.");
+    Seal(type);
 }
 
 } // namespace pdfsettings::python

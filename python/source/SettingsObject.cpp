@@ -38,7 +38,7 @@ py::object ToPython(Dictionary const& values) {
     return python::ToPython(values);
 }
 py::object ToPython(Name const& name) {
-    return python::ToPython(Value(name));
+    return NameToPython(name.text);
 }
 py::object ToPython(HexString const& digits) {
     return python::ToPython(Value(digits));
@@ -171,7 +171,9 @@ void AddState(SettingsClass& type) {
         [](SettingsObject& self) { return py::bytes(self.Source().document.Tail()); },
         "The bytes after the settings.");
     type.def_property_readonly(
-        "document", &SettingsObject::Source, "The text with its positions, a Document.");
+        "document",
+        [](SettingsObject& self) { return self.Source(); },
+        "The text with its positions, a Document.");
     type.def_property_readonly(
         "schema",
         [](SettingsObject& self) {
@@ -413,13 +415,14 @@ void AddChanges(EditClass& type) {
         py::arg("pattern"),
         "Copies from Settings, a Document or a file, byte for byte, what is at a path, or all "
         "settings whose keys match a pattern or are of the group of that name. The number of "
-        "values copied. Raises NoValueError if there is nothing to copy.");
+        "values copied. Raises as a stored value, FileError and BusyError.");
 }
 
 void AddEdit(py::module_& module) {
     EditClass type(
         module,
         "Edit",
+        py::is_final(),
         "A set of changes that are made together or not at all, of Settings.edit(). At the end of "
         "a with block they are committed; if the block raises, nothing has changed. Comments and "
         "layout stay. After its end every use raises ValueError.");
@@ -443,6 +446,7 @@ void AddEdit(py::module_& module) {
                 FileOf(*self.settings));
         },
         "What the schema advises against in the result and did not before, a tuple of Problem.");
+    Seal(type);
 }
 
 } // namespace
@@ -451,6 +455,7 @@ void AddSettings(py::module_& module) {
     SettingsClass type(
         module,
         "Settings",
+        py::is_final(),
         "A set of settings: a mapping from paths to values, with its text, its comments, its "
         "schema and its file. open() and parse() make one, Settings(values) too. Change it in "
         "\"with settings.edit() as edit\", then save() it. Any thread may use it at any time; a "
@@ -473,6 +478,7 @@ void AddSettings(py::module_& module) {
         FilePath const file = FileOf(self);
         return "<pdfsettings.Settings" + (file.empty() ? "" : " of " + file.string()) + ">";
     });
+    Seal(type);
     module.def(
         "open",
         [](PathArgument const& file, Schema const* schema) {

@@ -61,7 +61,8 @@ py::object ChangeRecord(SettingsChange const& change) {
 } // namespace
 
 void AddWatcher(py::module_& module) {
-    py::class_<WatcherObject> type(module, "ChangeWatcher", "The watcher below Watcher.");
+    py::class_<WatcherObject> type(
+        module, "ChangeWatcher", py::is_final(), "The watcher below Watcher.");
     type.def(py::init<>());
     type.def(
         "add",
@@ -99,8 +100,13 @@ void AddWatcher(py::module_& module) {
         },
         "What has changed since the last call, a tuple of Change, by file; empty if nothing has. "
         "Never blocks. Raises FileError; the next call then reports what this one would have.");
-    type.def("close", &WatcherObject::Close, "Ends the watcher. May be called twice.");
-    type.def_property_readonly("closed", &WatcherObject::IsClosed, "Whether it is closed.");
+    type.def(
+        "close",
+        [](WatcherObject& self) { self.Close(); },
+        "Ends the watcher. May be called twice.");
+    type.def_property_readonly(
+        "closed", [](WatcherObject& self) { return self.IsClosed(); }, "Whether it is closed.");
+    Seal(type);
     module.def(
         "may_miss_changes",
         [](PathArgument const& file) {
