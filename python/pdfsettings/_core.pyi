@@ -2,9 +2,7 @@ from collections.abc import Iterable, Iterator, Mapping
 from os import PathLike
 from pathlib import Path
 from types import EllipsisType, TracebackType
-from typing import Any, ClassVar, TypeVar, Union, final, overload
-
-from typing_extensions import Self
+from typing import Any, ClassVar, Self, TypeVar, Union, final, overload
 
 from ._types import (
     Change,

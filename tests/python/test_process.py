@@ -94,9 +94,10 @@ def test_a_fork_waits_for_validations_and_its_process_works(tmp_path):
     ends = threading.Event()
 
     def validate(_):
+        own = pdfsettings.parse(ONE)
         while not ends.is_set():
             settings.validate()
-            with settings.edit() as edit:
+            with own.edit() as edit:
                 edit["NeverEmbed"] = []
 
     def use_in_child():
