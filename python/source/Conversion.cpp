@@ -262,7 +262,7 @@ std::chrono::milliseconds ToWait(double seconds) {
 bool Load(py::handle source, Key& target) {
     bool const isText = PyUnicode_Check(source.ptr());
     if (isText) {
-        target.text = BytesOf(source);
+        target.fText = BytesOf(source);
     }
     return isText;
 }
@@ -270,7 +270,7 @@ bool Load(py::handle source, Key& target) {
 bool Load(py::handle source, Bytes& target) {
     bool const isText = PyUnicode_Check(source.ptr()) || PyBytes_Check(source.ptr());
     if (isText) {
-        target.text = BytesOf(source);
+        target.fText = BytesOf(source);
     }
     return isText;
 }
@@ -285,7 +285,7 @@ bool Load(py::handle source, PathArgument& target) {
     if (PyUnicode_FSConverter(source.ptr(), &name) == 0) {
         throw py::error_already_set();
     }
-    target.path = BytesOfObject(Owned(name));
+    target.fPath = BytesOfObject(Owned(name));
     return true;
 }
 

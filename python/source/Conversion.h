@@ -49,13 +49,13 @@ std::chrono::milliseconds ToWait(double seconds);
 
 // Arguments of functions: a str such as a key; a str or bytes; a path as open() takes it.
 struct Key {
-    std::string text;
+    std::string fText;
 };
 struct Bytes {
-    std::string text;
+    std::string fText;
 };
 struct PathArgument {
-    FilePath path;
+    FilePath fPath;
 };
 
 bool Load(py::handle source, Key& target);
@@ -70,20 +70,26 @@ namespace pybind11::detail {
 template <>
 struct type_caster<pdfsettings::python::Key> {
     PYBIND11_TYPE_CASTER(pdfsettings::python::Key, const_name("str"));
-    bool load(handle source, bool) { return pdfsettings::python::Load(source, value); }
+    bool load(handle source, bool) { // NOLINT(readability-identifier-naming)
+        return pdfsettings::python::Load(source, value);
+    }
 };
 
 template <>
 struct type_caster<pdfsettings::python::Bytes> {
     PYBIND11_TYPE_CASTER(pdfsettings::python::Bytes, const_name("Union[str, bytes]"));
-    bool load(handle source, bool) { return pdfsettings::python::Load(source, value); }
+    bool load(handle source, bool) { // NOLINT(readability-identifier-naming)
+        return pdfsettings::python::Load(source, value);
+    }
 };
 
 template <>
 struct type_caster<pdfsettings::python::PathArgument> {
     PYBIND11_TYPE_CASTER(
         pdfsettings::python::PathArgument, const_name("Union[str, bytes, os.PathLike]"));
-    bool load(handle source, bool) { return pdfsettings::python::Load(source, value); }
+    bool load(handle source, bool) { // NOLINT(readability-identifier-naming)
+        return pdfsettings::python::Load(source, value);
+    }
 };
 
 } // namespace pybind11::detail

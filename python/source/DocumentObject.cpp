@@ -34,7 +34,7 @@ py::object EntryRecord(Document const& document, DocumentEntry const& entry) {
 
 // An offset of a text of that size.
 std::size_t RequireOffset(DocumentObject const& self, std::size_t offset) {
-    if (offset > self.document.Text().size()) {
+    if (offset > self.fDocument.Text().size()) {
         throw py::index_error("the offset is behind the end of the text");
     }
     return offset;
@@ -48,9 +48,9 @@ py::bytes BytesOfText(std::string const& text) {
 template <class Make>
 DocumentObject Changed(DocumentObject const& self, Make make) {
     try {
-        return {Released([&] { return make(self.document); }), self.file};
+        return {Released([&] { return make(self.fDocument); }), self.fFile};
     } catch (Error const& error) {
-        throw error.File().empty() ? error.In(self.file) : error;
+        throw error.File().empty() ? error.In(self.fFile) : error;
     }
 }
 
@@ -59,23 +59,23 @@ using DocumentClass = py::class_<DocumentObject>;
 void AddText(DocumentClass& type) {
     type.def_property_readonly(
         "text",
-        [](DocumentObject const& self) { return KeyToPython(self.document.Text()); },
+        [](DocumentObject const& self) { return KeyToPython(self.fDocument.Text()); },
         "The text, a str in which bytes that are not UTF-8 are surrogates. bytes(document) are its "
         "bytes.");
     type.def(
-        "__bytes__", [](DocumentObject const& self) { return BytesOfText(self.document.Text()); });
+        "__bytes__", [](DocumentObject const& self) { return BytesOfText(self.fDocument.Text()); });
     type.def_property_readonly(
         "tail",
-        [](DocumentObject const& self) { return BytesOfText(self.document.Tail()); },
+        [](DocumentObject const& self) { return BytesOfText(self.fDocument.Tail()); },
         "The bytes after the settings.");
     type.def_property_readonly(
         "file",
-        [](DocumentObject const& self) { return PathToPython(self.file); },
+        [](DocumentObject const& self) { return PathToPython(self.fFile); },
         "The path that it was read from, as it was given, a pathlib.Path; None if there is none.");
     type.def_property_readonly(
         "refusal",
         [](DocumentObject const& self) {
-            char const* const word = RefusalWord(self.document.WhyRefused());
+            char const* const word = RefusalWord(self.fDocument.WhyRefused());
             return word == nullptr ? py::none() : EnumValue("Refusal", word);
         },
         "Why the text is refused, a Refusal, or None. A refused document has no values.");
@@ -83,15 +83,15 @@ void AddText(DocumentClass& type) {
         "require_read",
         [](DocumentObject const& self) {
             try {
-                self.document.RequireRead();
+                self.fDocument.RequireRead();
             } catch (Error const& error) {
-                throw error.In(self.file);
+                throw error.In(self.fFile);
             }
         },
         "Raises ParseError, with position and id, if the text is refused.");
     type.def_property_readonly(
         "problems",
-        [](DocumentObject const& self) { return Problems(self.document.Findings(), self.file); },
+        [](DocumentObject const& self) { return Problems(self.fDocument.Findings(), self.fFile); },
         "What is refused, lost, or read otherwise than it looks, in the order of the text, a tuple "
         "of Problem. check() also reports what a schema rejects.");
 }
@@ -100,8 +100,8 @@ void AddPositions(DocumentClass& type) {
     type.def_property_readonly(
         "entries",
         [](DocumentObject const& self) {
-            return TupleOf(self.document.Entries(), [&](DocumentEntry const& entry) {
-                return EntryRecord(self.document, entry);
+            return TupleOf(self.fDocument.Entries(), [&](DocumentEntry const& entry) {
+                return EntryRecord(self.fDocument, entry);
             });
         },
         "The positions of all settings and elements in the order of the text, each before those "
@@ -109,29 +109,29 @@ void AddPositions(DocumentClass& type) {
     type.def(
         "find",
         [](DocumentObject const& self, Key const& path) {
-            DocumentEntry const* const entry = self.document.Find(path.text);
-            return entry == nullptr ? py::none() : EntryRecord(self.document, *entry);
+            DocumentEntry const* const entry = self.fDocument.Find(path.fText);
+            return entry == nullptr ? py::none() : EntryRecord(self.fDocument, *entry);
         },
         py::arg("path"),
         "The Entry at a path; None if there is none.");
     type.def_property_readonly(
         "body",
         [](DocumentObject const& self) -> py::object {
-            auto const span = self.document.Body();
+            auto const span = self.fDocument.Body();
             return span ? py::object(SpanRecord(*span)) : py::none();
         },
         "The first byte and the one after the last between << and >>; None without settings.");
     type.def(
         "place_of",
         [](DocumentObject const& self, std::size_t offset) {
-            return PlaceRecord(self.document.PlaceOf(RequireOffset(self, offset)), self.file);
+            return PlaceRecord(self.fDocument.PlaceOf(RequireOffset(self, offset)), self.fFile);
         },
         py::arg("offset"),
         "The Place of an offset in bytes. Raises IndexError behind the end of the text.");
     type.def(
         "line_at",
         [](DocumentObject const& self, std::size_t offset) {
-            return SpanRecord(self.document.LineAt(RequireOffset(self, offset)));
+            return SpanRecord(self.fDocument.LineAt(RequireOffset(self, offset)));
         },
         py::arg("offset"),
         "The first byte of the line of an offset, and the one after its last, without its line "
@@ -143,7 +143,7 @@ void AddChanges(DocumentClass& type) {
         "with_value",
         [](DocumentObject const& self, Key const& path, py::handle object) {
             Value const value = ToValue(object);
-            return Changed(self, [&](Document const& was) { return was.With(path.text, value); });
+            return Changed(self, [&](Document const& was) { return was.With(path.fText, value); });
         },
         py::arg("path"),
         py::arg("value"),
@@ -155,7 +155,7 @@ void AddChanges(DocumentClass& type) {
         "with_text",
         [](DocumentObject const& self, Key const& path, Key const& text) {
             return Changed(
-                self, [&](Document const& was) { return was.WithText(path.text, text.text); });
+                self, [&](Document const& was) { return was.WithText(path.fText, text.fText); });
         },
         py::arg("path"),
         py::arg("text"),
@@ -163,8 +163,9 @@ void AddChanges(DocumentClass& type) {
     type.def(
         "with_copy",
         [](DocumentObject const& self, Key const& path, DocumentObject const& from) {
-            return Changed(
-                self, [&](Document const& was) { return was.WithCopy(path.text, from.document); });
+            return Changed(self, [&](Document const& was) {
+                return was.WithCopy(path.fText, from.fDocument);
+            });
         },
         py::arg("path"),
         py::arg("source"),
@@ -172,7 +173,7 @@ void AddChanges(DocumentClass& type) {
     type.def(
         "without",
         [](DocumentObject const& self, Key const& path) {
-            return Changed(self, [&](Document const& was) { return was.Without(path.text); });
+            return Changed(self, [&](Document const& was) { return was.Without(path.fText); });
         },
         py::arg("path"),
         "A document without the value at a path. Raises NoValueError if there is none.");
@@ -201,23 +202,23 @@ void AddDocument(py::module_& module) {
         "may be any str or bytes, also one that is refused.");
     type.def(
         py::init([](Bytes const& text) {
-            return DocumentObject{Released([&] { return Document(text.text); }), {}};
+            return DocumentObject{Released([&] { return Document(text.fText); }), {}};
         }),
         py::arg("text"));
     type.def_static(
         "open",
         [](PathArgument const& file) {
-            return DocumentObject{Released([&] { return OpenDocument(file.path); }), file.path};
+            return DocumentObject{Released([&] { return OpenDocument(file.fPath); }), file.fPath};
         },
         py::arg("file"),
         "The document in a file, which may be refused. Raises FileError and BusyError.");
-    AddMapping(type, [](DocumentObject const& self) { return self.document; });
+    AddMapping(type, [](DocumentObject const& self) { return self.fDocument; });
     AddCopies(type);
     AddText(type);
     AddPositions(type);
     AddChanges(type);
     type.def("__repr__", [](DocumentObject const& self) {
-        return "<pdfsettings.Document with " + std::to_string(self.document.Values().size()) +
+        return "<pdfsettings.Document with " + std::to_string(self.fDocument.Values().size()) +
                " settings>";
     });
     Seal(type);

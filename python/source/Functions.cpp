@@ -16,7 +16,11 @@ py::object OrNone(std::optional<Value> const& value) {
     return value ? ToPython(*value) : py::none();
 }
 
+// A single str would be taken for a sequence of letters.
 std::vector<std::string> TextsOf(py::iterable const& texts) {
+    if (PyUnicode_Check(texts.ptr()) || PyBytes_Check(texts.ptr())) {
+        throw py::type_error("expected several texts, for example a list");
+    }
     std::vector<std::string> all;
     for (py::handle const text : texts) {
         all.push_back(BytesOf(text));
@@ -42,19 +46,21 @@ py::tuple Check(
     DocumentObject const checked = ToDocument(source);
     Schema const rules = SchemaFor(source, schema);
     ReviewOptions const options{strict, TextsOf(known), TextsOf(ignore)};
-    return Problems(Gated([&] { return Review(checked.document, rules, options); }), checked.file);
+    return Problems(
+        Gated([&] { return Review(checked.fDocument, rules, options); }), checked.fFile);
 }
 
 py::object RepairSource(py::handle source, Schema const* schema) {
     DocumentObject const broken = ToDocument(source);
     Schema const rules = SchemaFor(source, schema);
-    auto const [document, repairs] = Gated([&] { return Repair(broken.document, rules); });
-    return Type("Repaired")(DocumentObject{document, broken.file}, Problems(repairs, broken.file));
+    auto const [document, repairs] = Gated([&] { return Repair(broken.fDocument, rules); });
+    return Type("Repaired")(
+        DocumentObject{document, broken.fFile}, Problems(repairs, broken.fFile));
 }
 
 py::tuple CompareSources(py::handle before, py::handle after) {
-    Document const first = ToDocument(before).document;
-    Document const second = ToDocument(after).document;
+    Document const first = ToDocument(before).fDocument;
+    Document const second = ToDocument(after).fDocument;
     return TupleOf(
         Released([&] { return Compare(first, second); }), [](Difference const& difference) {
             return Type("Difference")(
@@ -65,7 +71,7 @@ py::tuple CompareSources(py::handle before, py::handle after) {
 py::tuple TabulateSources(py::iterable const& sources, Schema const* schema) {
     std::vector<Document> sets;
     for (py::handle const source : sources) {
-        sets.push_back(ToDocument(source).document);
+        sets.push_back(ToDocument(source).fDocument);
     }
     auto const settings =
         Released([&, rules = OrStandard(schema)] { return Tabulate(sets, rules); });
@@ -80,12 +86,12 @@ py::tuple TabulateSources(py::iterable const& sources, Schema const* schema) {
 }
 
 py::object MergeSources(py::handle base, py::handle ours, py::handle theirs) {
-    Document const first = ToDocument(base).document;
+    Document const first = ToDocument(base).fDocument;
     DocumentObject const second = ToDocument(ours);
-    Document const third = ToDocument(theirs).document;
-    auto const merged = Released([&] { return Merge(first, second.document, third); });
+    Document const third = ToDocument(theirs).fDocument;
+    auto const merged = Released([&] { return Merge(first, second.fDocument, third); });
     return Type("Merged")(
-        DocumentObject{merged.document, second.file},
+        DocumentObject{merged.document, second.fFile},
         TupleOf(merged.conflicts, [](MergeConflict const& conflict) {
             return Type("MergeConflict")(
                 KeyToPython(conflict.path),
@@ -106,7 +112,7 @@ py::tuple ExplainSettings(SettingsObject& settings) {
 
 std::string TextOf(py::handle data) {
     return py::isinstance<DocumentObject>(data) || py::isinstance<SettingsObject>(data)
-               ? ToDocument(data).document.Text()
+               ? ToDocument(data).fDocument.Text()
                : BytesOf(data);
 }
 
@@ -115,30 +121,14 @@ Save(PathArgument const& file, py::handle data, py::handle seen, bool overwrite,
     std::string const bytes = TextOf(data);
     auto const wait = ToWait(seconds);
     if (seen.is(py::ellipsis())) {
-        return SentencesOf(Gated([&] { return SaveSafely(file.path, bytes, wait); }));
+        return SentencesOf(Gated([&] { return SaveSafely(file.fPath, bytes, wait); }));
     }
     auto const expected = seen.is_none() ? std::nullopt : std::optional(TextOf(seen));
     return SentencesOf(Gated(
-        [&] { return SaveSafely(file.path, bytes, expected, ToOnConflict(overwrite), wait); }));
+        [&] { return SaveSafely(file.fPath, bytes, expected, ToOnConflict(overwrite), wait); }));
 }
 
-} // namespace
-
-DocumentObject ToDocument(py::handle source) {
-    if (py::isinstance<DocumentObject>(source)) {
-        return py::cast<DocumentObject const&>(source);
-    }
-    if (py::isinstance<SettingsObject>(source)) {
-        return py::cast<SettingsObject&>(source).Source();
-    }
-    PathArgument file;
-    if (!Load(source, file)) {
-        throw py::type_error("expected Settings, a Document or the path of a file");
-    }
-    return {Released([&] { return OpenDocument(file.path); }), file.path};
-}
-
-void AddFunctions(py::module_& module) {
+void AddReviews(py::module_& module) {
     module.def(
         "check",
         &Check,
@@ -161,6 +151,9 @@ void AddFunctions(py::module_& module) {
         "Repairs the mistakes in a Document, Settings or the file at a path that have only one "
         "meaning. A Repaired, with the new Document; nothing is saved: see save(). Raises "
         "FileError and BusyError.");
+}
+
+void AddComparisons(py::module_& module) {
     module.def(
         "compare",
         &CompareSources,
@@ -190,6 +183,9 @@ void AddFunctions(py::module_& module) {
         py::arg("settings"),
         "The settings that the schema knows, with their values, except those inside arrays: group "
         "by group, a tuple of ExplainedSetting.");
+}
+
+void AddTexts(py::module_& module) {
     module.def(
         "save",
         &Save,
@@ -204,7 +200,7 @@ void AddFunctions(py::module_& module) {
         "something else, raises ConflictError, unless overwrite is set.");
     module.def(
         "parse_value",
-        [](Key const& text) { return ToPython(Value::Parse(text.text)); },
+        [](Key const& text) { return ToPython(Value::Parse(text.fText)); },
         py::arg("text"),
         "The value that text is in a file. Raises ParseError with the position in text.");
     module.def(
@@ -212,6 +208,28 @@ void AddFunctions(py::module_& module) {
         [](py::handle value) { return KeyToPython(ToValue(value).Text()); },
         py::arg("value"),
         "A value in the syntax of a file, a str: \"[ /Courier ]\".");
+}
+
+} // namespace
+
+DocumentObject ToDocument(py::handle source) {
+    if (py::isinstance<DocumentObject>(source)) {
+        return py::cast<DocumentObject const&>(source);
+    }
+    if (py::isinstance<SettingsObject>(source)) {
+        return py::cast<SettingsObject&>(source).Source();
+    }
+    PathArgument file;
+    if (!Load(source, file)) {
+        throw py::type_error("expected Settings, a Document or the path of a file");
+    }
+    return {Released([&] { return OpenDocument(file.fPath); }), file.fPath};
+}
+
+void AddFunctions(py::module_& module) {
+    AddReviews(module);
+    AddComparisons(module);
+    AddTexts(module);
 }
 
 } // namespace pdfsettings::python

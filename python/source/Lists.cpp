@@ -37,7 +37,7 @@ void AddLists(py::module_& module) {
     module.def(
         "list_settings",
         [](Key const& application, bool hidden, bool details) {
-            ListOptions const options{application.text, hidden, details};
+            ListOptions const options{application.fText, hidden, details};
             return TupleOf(Gated([&] { return List(options); }), &ListedRecord);
         },
         py::arg("application") = "",
@@ -85,7 +85,7 @@ void AddLists(py::module_& module) {
         "PreferencesProblem.");
     module.def(
         "is_read_only",
-        [](PathArgument const& file) { return Released([&] { return IsReadOnly(file.path); }); },
+        [](PathArgument const& file) { return Released([&] { return IsReadOnly(file.fPath); }); },
         py::arg("file"),
         "Whether a save would raise ReadOnlyError. False if there is no file.");
 }

@@ -17,15 +17,13 @@ inline py::object MappingType() {
     return py::module_::import("collections.abc").attr("Mapping");
 }
 
-// Makes a class a collections.abc.Mapping from paths to values. documentOf(T&) returns the Document
-// with the values.
 template <class T, class... Options, class DocumentOf>
-void AddMapping(py::class_<T, Options...>& type, DocumentOf documentOf) {
+void AddLookup(py::class_<T, Options...>& type, DocumentOf documentOf) {
     type.def(
         "__getitem__",
         [=](T& self, Key const& path) {
             Document const document = documentOf(self);
-            return ToPython(document.At(path.text));
+            return ToPython(document.At(path.fText));
         },
         py::arg("path"),
         "The stored value at a path: keys, and positions from 0 in arrays, joined by slashes, as "
@@ -43,7 +41,7 @@ void AddMapping(py::class_<T, Options...>& type, DocumentOf documentOf) {
         "get",
         [=](T& self, Key const& path, py::object fallback) {
             Document const document = documentOf(self);
-            Value const* const value = document.Values().Find(path.text);
+            Value const* const value = document.Values().Find(path.fText);
             return value == nullptr ? std::move(fallback) : ToPython(*value);
         },
         py::arg("path"),
@@ -56,6 +54,10 @@ void AddMapping(py::class_<T, Options...>& type, DocumentOf documentOf) {
             return ToPython(document.Values());
         },
         "All stored settings as a dict, in their order. Faster than dict(settings).");
+}
+
+template <class T, class... Options, class DocumentOf>
+void AddIteration(py::class_<T, Options...>& type, DocumentOf documentOf) {
     type.def(
         "__len__",
         [=](T& self) {
@@ -86,6 +88,14 @@ void AddMapping(py::class_<T, Options...>& type, DocumentOf documentOf) {
         "items",
         [](py::object const& self) { return ViewOf("ItemsView", self); },
         "The keys and values of the stored settings.");
+}
+
+// Makes a class a collections.abc.Mapping from paths to values. documentOf(T&) returns the Document
+// with the values.
+template <class T, class... Options, class DocumentOf>
+void AddMapping(py::class_<T, Options...>& type, DocumentOf documentOf) {
+    AddLookup(type, documentOf);
+    AddIteration(type, documentOf);
     type.def(
         "__eq__",
         [=](T& self, py::object const& other) -> py::object {

@@ -20,8 +20,8 @@ namespace pdfsettings::python {
 
 // A document and the file that it was read from, if any. Immutable.
 struct DocumentObject {
-    Document document;
-    FilePath file;
+    Document fDocument;
+    FilePath fFile;
 };
 
 // Settings that any thread may use at any time.

@@ -15,17 +15,17 @@ namespace {
 
 // Never destroyed: at the end of the program no interpreter is left to destroy them.
 struct Imported {
-    py::dict types;
-    py::object name;
-    py::object hexString;
+    py::dict fTypes;
+    py::object fName;
+    py::object fHexString;
 };
 Imported* gImported = nullptr;
 
 // The words of ErrorCode, and the exceptions.
 struct CodeRow {
-    Fault code;
-    char const* word;
-    char const* type;
+    Fault fCode;
+    char const* fWord;
+    char const* fType;
 };
 constexpr CodeRow kCodes[] = {
     {Fault::kSystem, "system", "FileError"},
@@ -45,7 +45,7 @@ constexpr CodeRow kCodes[] = {
 static_assert(std::size(kCodes) == static_cast<std::size_t>(Fault::kComponent) + 1);
 
 CodeRow const& RowOf(Fault code) {
-    auto const row = std::ranges::find(kCodes, code, &CodeRow::code);
+    auto const row = std::ranges::find(kCodes, code, &CodeRow::fCode);
     return row == std::end(kCodes) ? kCodes[std::size(kCodes) - 1] : *row;
 }
 
@@ -79,7 +79,7 @@ void ImportTypes() {
 }
 
 py::handle Type(char const* name) {
-    py::handle const type = PyDict_GetItemString(gImported->types.ptr(), name);
+    py::handle const type = PyDict_GetItemString(gImported->fTypes.ptr(), name);
     if (!type) {
         throw py::key_error(name);
     }
@@ -87,11 +87,11 @@ py::handle Type(char const* name) {
 }
 
 py::handle NameType() {
-    return gImported->name;
+    return gImported->fName;
 }
 
 py::handle HexStringType() {
-    return gImported->hexString;
+    return gImported->fHexString;
 }
 
 py::object EnumValue(char const* type, char const* word) {
@@ -142,11 +142,11 @@ void SetError(Error const& error) {
     CodeRow const& row = RowOf(error.Code());
     bool const isMissing =
         error.Code() == Fault::kSystem && error.System() == std::errc::no_such_file_or_directory;
-    py::handle const type = Type(isMissing ? "MissingFileError" : row.type);
+    py::handle const type = Type(isMissing ? "MissingFileError" : row.fType);
     py::object const raised = type(
         KeyToPython(error.what()),
         KeyToPython(error.Message()),
-        EnumValue("ErrorCode", row.word),
+        EnumValue("ErrorCode", row.fWord),
         PathToPython(error.File()),
         PlaceRecord(error.Where(), error.File()),
         KeyToPython(error.Id()));

@@ -11,8 +11,8 @@ namespace {
 
 // A change of settings. All access is under the lock of the settings.
 struct EditObject {
-    std::shared_ptr<SettingsObject> settings;
-    std::optional<Settings::Edit> edit; // nothing when it has ended
+    std::shared_ptr<SettingsObject> fSettings;
+    std::optional<Settings::Edit> fEdit; // nothing when it has ended
 };
 
 using SettingsClass = py::class_<SettingsObject, std::shared_ptr<SettingsObject>>;
@@ -85,8 +85,8 @@ py::object
 GetOf(SettingsObject& self, std::string const& path, py::handle kind, py::object const& fallback) {
     using Getter = py::object (*)(SettingsObject&, std::string const&, py::object const&);
     struct Row {
-        py::handle kind;
-        Getter get;
+        py::handle fKind;
+        Getter fGet;
     };
     auto const type = [](PyTypeObject& object) {
         return py::handle(reinterpret_cast<PyObject*>(&object));
@@ -103,8 +103,8 @@ GetOf(SettingsObject& self, std::string const& path, py::handle kind, py::object
         {type(PyList_Type), &GetAs<Array>},
         {type(PyDict_Type), &GetAs<Dictionary>}};
     for (Row const& row : rows) {
-        if (kind.is(row.kind)) {
-            return row.get(self, path, fallback);
+        if (kind.is(row.fKind)) {
+            return row.fGet(self, path, fallback);
         }
     }
     throw py::type_error(
@@ -127,7 +127,7 @@ void AddMaking(SettingsClass& type) {
         py::init([](py::handle values, Bytes const& tail, Schema const* schema) {
             Dictionary const dictionary = ToDictionary(values);
             return Shared(Released([&, rules = OrStandard(schema)] {
-                return Settings::From(dictionary, tail.text, rules);
+                return Settings::From(dictionary, tail.fText, rules);
             }));
         }),
         py::arg("values") = py::dict(),
@@ -150,7 +150,7 @@ void AddState(SettingsClass& type) {
     type.def(
         "value",
         [](SettingsObject& self, Key const& path, py::handle kind, py::object const& fallback) {
-            return GetOf(self, path.text, kind, fallback);
+            return GetOf(self, path.fText, kind, fallback);
         },
         py::arg("path"),
         py::arg("kind") = py::none(),
@@ -161,14 +161,15 @@ void AddState(SettingsClass& type) {
         "NoValueError, with a similar path that exists, if there is none.");
     type.def_property_readonly(
         "text",
-        [](SettingsObject& self) { return KeyToPython(self.Source().document.Text()); },
+        [](SettingsObject& self) { return KeyToPython(self.Source().fDocument.Text()); },
         "The text of the file, or the text that save() will write: a str in which bytes that are "
         "not UTF-8 are surrogates. bytes(settings) are its bytes.");
-    type.def(
-        "__bytes__", [](SettingsObject& self) { return py::bytes(self.Source().document.Text()); });
+    type.def("__bytes__", [](SettingsObject& self) {
+        return py::bytes(self.Source().fDocument.Text());
+    });
     type.def_property_readonly(
         "tail",
-        [](SettingsObject& self) { return py::bytes(self.Source().document.Tail()); },
+        [](SettingsObject& self) { return py::bytes(self.Source().fDocument.Tail()); },
         "The bytes after the settings.");
     type.def_property_readonly(
         "document",
@@ -231,7 +232,7 @@ void AddValidation(SettingsClass& type) {
             Value const value = ToValue(object);
             return Problems(
                 self.Examine(
-                    [&](Settings const& settings) { return settings.Check(path.text, value); }),
+                    [&](Settings const& settings) { return settings.Check(path.fText, value); }),
                 FileOf(self));
         },
         py::arg("path"),
@@ -274,7 +275,7 @@ void AddFiles(SettingsClass& type) {
         [](SettingsObject& self, PathArgument const& file, bool overwrite, double seconds) {
             auto const wait = ToWait(seconds);
             return SentencesOf(self.Alter([&](Settings& settings) {
-                return settings.SaveAs(file.path, ToOnConflict(overwrite), wait);
+                return settings.SaveAs(file.fPath, ToOnConflict(overwrite), wait);
             }));
         },
         py::arg("file"),
@@ -288,34 +289,34 @@ void AddFiles(SettingsClass& type) {
 // Work with a change that has not ended.
 template <class Work>
 auto With(EditObject& self, Work work) {
-    return self.settings->Alter([&](Settings&) {
-        if (!self.edit) {
+    return self.fSettings->Alter([&](Settings&) {
+        if (!self.fEdit) {
             throw py::value_error("the change has ended");
         }
-        return work(*self.edit);
+        return work(*self.fEdit);
     });
 }
 
 DocumentObject ResultOf(EditObject& self) {
     Document const document = With(self, [](Settings::Edit& edit) { return edit.Result(); });
-    return {document, FileOf(*self.settings)};
+    return {document, FileOf(*self.fSettings)};
 }
 
 void Commit(EditObject& self) {
     Findings const findings = With(self, [&](Settings::Edit& edit) {
         auto found = edit.Commit();
         if (found.empty()) {
-            self.edit.reset();
+            self.fEdit.reset();
         }
         return found;
     });
     if (!findings.empty()) {
-        ThrowRejected(findings, FileOf(*self.settings));
+        ThrowRejected(findings, FileOf(*self.fSettings));
     }
 }
 
 void Drop(EditObject& self) {
-    self.settings->Alter([&](Settings&) { self.edit.reset(); });
+    self.fSettings->Alter([&](Settings&) { self.fEdit.reset(); });
 }
 
 void AddContext(EditClass& type) {
@@ -324,7 +325,7 @@ void AddContext(EditClass& type) {
         "__exit__",
         [](EditObject& self, py::handle kind, py::handle, py::handle) {
             bool const hasEnded =
-                self.settings->Alter([&](Settings&) { return !self.edit.has_value(); });
+                self.fSettings->Alter([&](Settings&) { return !self.fEdit.has_value(); });
             if (hasEnded) {
                 return;
             }
@@ -357,7 +358,7 @@ void AddChanges(EditClass& type) {
         "__setitem__",
         [](EditObject& self, Key const& path, py::handle object) {
             Value const value = ToValue(object);
-            With(self, [&](Settings::Edit& edit) { edit.Set(path.text, value); });
+            With(self, [&](Settings::Edit& edit) { edit.Set(path.fText, value); });
         },
         py::arg("path"),
         py::arg("value"),
@@ -368,7 +369,7 @@ void AddChanges(EditClass& type) {
     type.def(
         "__delitem__",
         [](EditObject& self, Key const& path) {
-            With(self, [&](Settings::Edit& edit) { edit.Remove(path.text); });
+            With(self, [&](Settings::Edit& edit) { edit.Remove(path.fText); });
         },
         py::arg("path"),
         "Removes the value at a path. Raises NoValueError if there is none, UnwritableError if a "
@@ -376,18 +377,21 @@ void AddChanges(EditClass& type) {
     type.def(
         "set_text",
         [](EditObject& self, Key const& path, Key const& text) {
-            With(self, [&](Settings::Edit& edit) { edit.SetText(path.text, text.text); });
+            With(self, [&](Settings::Edit& edit) { edit.SetText(path.fText, text.fText); });
         },
         py::arg("path"),
         py::arg("text"),
         "Stores a value in the syntax of a file, whose form is kept: \"<FEFF>\". Raises as a "
         "stored value, and ParseError, with what the schema expects, if text is not a value.");
+}
+
+void AddElements(EditClass& type) {
     auto const textOf = [](py::handle object) { return ToValue(object).Text(); };
     type.def(
         "append",
         [textOf](EditObject& self, Key const& path, py::handle object) {
             std::string const text = textOf(object);
-            With(self, [&](Settings::Edit& edit) { edit.AddElement(path.text, text); });
+            With(self, [&](Settings::Edit& edit) { edit.AddElement(path.fText, text); });
         },
         py::arg("path"),
         py::arg("value"),
@@ -398,7 +402,7 @@ void AddChanges(EditClass& type) {
         "remove",
         [textOf](EditObject& self, Key const& path, py::handle object) {
             std::string const text = textOf(object);
-            With(self, [&](Settings::Edit& edit) { edit.RemoveElement(path.text, text); });
+            With(self, [&](Settings::Edit& edit) { edit.RemoveElement(path.fText, text); });
         },
         py::arg("path"),
         py::arg("value"),
@@ -407,9 +411,9 @@ void AddChanges(EditClass& type) {
     type.def(
         "copy",
         [](EditObject& self, py::handle source, Key const& pattern) {
-            Document const from = ToDocument(source).document;
+            Document const from = ToDocument(source).fDocument;
             return With(
-                self, [&](Settings::Edit& edit) { return edit.CopyMatching(from, pattern.text); });
+                self, [&](Settings::Edit& edit) { return edit.CopyMatching(from, pattern.fText); });
         },
         py::arg("source"),
         py::arg("pattern"),
@@ -428,6 +432,7 @@ void AddEdit(py::module_& module) {
         "layout stay. After its end every use raises ValueError.");
     AddContext(type);
     AddChanges(type);
+    AddElements(type);
     type.def_property_readonly(
         "result", &ResultOf, "The text and the values with the changes so far, a Document.");
     type.def(
@@ -435,7 +440,7 @@ void AddEdit(py::module_& module) {
         [](EditObject& self) {
             return Problems(
                 With(self, [](Settings::Edit& edit) { return edit.Check(); }),
-                FileOf(*self.settings));
+                FileOf(*self.fSettings));
         },
         "What the schema rejects in the result and did not before, a tuple of Problem.");
     type.def(
@@ -443,7 +448,7 @@ void AddEdit(py::module_& module) {
         [](EditObject& self) {
             return Problems(
                 With(self, [](Settings::Edit& edit) { return edit.Warnings(); }),
-                FileOf(*self.settings));
+                FileOf(*self.fSettings));
         },
         "What the schema advises against in the result and did not before, a tuple of Problem.");
     Seal(type);
@@ -461,7 +466,7 @@ void AddSettings(py::module_& module) {
         "\"with settings.edit() as edit\", then save() it. Any thread may use it at any time; a "
         "thread waits while another one changes or saves it.");
     AddMaking(type);
-    AddMapping(type, [](SettingsObject& self) { return self.Source().document; });
+    AddMapping(type, [](SettingsObject& self) { return self.Source().fDocument; });
     AddState(type);
     AddValidation(type);
     AddFiles(type);
@@ -483,7 +488,7 @@ void AddSettings(py::module_& module) {
         "open",
         [](PathArgument const& file, Schema const* schema) {
             return Shared(Released(
-                [&, rules = OrStandard(schema)] { return Settings::Open(file.path, rules); }));
+                [&, rules = OrStandard(schema)] { return Settings::Open(file.fPath, rules); }));
         },
         py::arg("file"),
         py::arg("schema") = py::none(),
@@ -495,7 +500,7 @@ void AddSettings(py::module_& module) {
         "parse",
         [](Bytes const& text, Schema const* schema) {
             return Shared(Released(
-                [&, rules = OrStandard(schema)] { return Settings::Parse(text.text, rules); }));
+                [&, rules = OrStandard(schema)] { return Settings::Parse(text.fText, rules); }));
         },
         py::arg("text"),
         py::arg("schema") = py::none(),

@@ -67,21 +67,21 @@ void AddWatcher(py::module_& module) {
     type.def(
         "add",
         [](WatcherObject& self, PathArgument const& file) {
-            self.Use([&](ChangeWatcher& watcher) { watcher.Add(file.path); });
+            self.Use([&](ChangeWatcher& watcher) { watcher.Add(file.fPath); });
         },
         py::arg("file"),
         "Watches a file, which need not exist. Raises FileError, ValueError after close().");
     type.def(
         "add_folder",
         [](WatcherObject& self, PathArgument const& folder) {
-            self.Use([&](ChangeWatcher& watcher) { watcher.AddFolder(folder.path); });
+            self.Use([&](ChangeWatcher& watcher) { watcher.AddFolder(folder.fPath); });
         },
         py::arg("folder"),
         "Watches the settings files in a folder, which need not exist. Raises as add().");
     type.def(
         "add_listed",
         [](WatcherObject& self, Key const& application) {
-            self.Use([&](ChangeWatcher& watcher) { watcher.AddListed(application.text); });
+            self.Use([&](ChangeWatcher& watcher) { watcher.AddListed(application.fText); });
         },
         py::arg("application") = "",
         "Watches everything that list_settings(application) shows. Raises as add().");
@@ -110,7 +110,7 @@ void AddWatcher(py::module_& module) {
     module.def(
         "may_miss_changes",
         [](PathArgument const& file) {
-            return Released([&] { return MayMissChanges(file.path); });
+            return Released([&] { return MayMissChanges(file.fPath); });
         },
         py::arg("file"),
         "Whether changes at a path may go unreported: other machines make them, or the system "

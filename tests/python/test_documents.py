@@ -65,6 +65,8 @@ def test_check_reports_what_its_options_ask_for(folder):
     assert ids() == ["stuck", "value"]
     assert ids(strict=True) == ["unknown-key", "unknown-key", "stuck", "value"]
     assert ids(strict=True, known=["Site*"], ignore={"value"}) == ["unknown-key", "stuck"]
+    with pytest.raises(TypeError, match="several texts"):
+        ids(known="Site*")
     first = pdfsettings.check("odd", strict=True)[0]
     assert str(first) == "odd:2:3: warning: EmbedAllFont: the schema has no such setting; did you mean EmbedAllFonts? [unknown-key]"
     [rule] = pdfsettings.check(pdfsettings.Settings({"StartPage": 5, "EndPage": 3}))
