@@ -128,14 +128,6 @@ def test_copies_are_independent(settings):
         assert "StartPage" not in settings and duplicate != settings
 
 
-def test_a_schema_of_its_own_validates():
-    schema = pdfsettings.Schema.parse("< PDFSettings < optional < A < type integer max 3 label (An A) > > > >")
-    settings = pdfsettings.parse("<< /A 1 >> setalembicorparams", schema)
-    with pytest.raises(pdfsettings.ValidationError), settings.edit() as edit:
-        edit["A"] = 4
-    assert settings.schema.find("A").label == "An A"
-
-
 def test_the_standard_schema_explains_itself():
     schema = pdfsettings.Schema.standard()
     rule = schema.find("ColorImageDict/QFactor")

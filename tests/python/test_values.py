@@ -116,15 +116,6 @@ def test_a_value_is_read_as_its_kinds_only(key):
         settings.value(key, complex)
 
 
-def test_defaults_are_those_of_the_schema_and_only_of_value():
-    settings = pdfsettings.Settings()
-    assert settings.value("ColorImageResolution", int) == 150
-    assert settings.value("ColorImageResolution", int, 72) == 72
-    assert settings.get("ColorImageResolution") is None and "ColorImageResolution" not in settings
-    with pytest.raises(pdfsettings.NoValueError, match="did you mean Own"):
-        pdfsettings.Settings({"Own": 1}).value("Owm")
-
-
 def test_names_and_records_survive_pickling_and_copying():
     problem = pdfsettings.check(pdfsettings.parse("<< /ColorImageDepth 3 >> setalembicorparams"))[0]
     rule = pdfsettings.Schema.standard().find("ColorImageDepth")
