@@ -14,6 +14,9 @@ option(PDFSETTINGS_FAILURE_HOOKS "Let tests make allocations and stream operatio
 option(PDFSETTINGS_COVERAGE "Count which lines and branches run" OFF)
 option(PDFSETTINGS_TESTS "Build the examples and the tests" ${PROJECT_IS_TOP_LEVEL})
 
+# Sizes of files and dates have 64 bits, on machines with 32 too.
+add_compile_definitions(_FILE_OFFSET_BITS=64 _TIME_BITS=64)
+
 # The presets of the checks make errors of them; other projects and other compilers see warnings.
 add_compile_options(
     -Wall -Wextra -Wconversion -Wsign-conversion -Wshadow $<$<COMPILE_LANGUAGE:CXX>:-Wold-style-cast>)

@@ -7,6 +7,7 @@
 #include "pdfsettings/Watcher.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <optional>
@@ -243,7 +244,7 @@ Sequence<SettingsChange> ChangeWatcher::Read() {
 
 bool MayMissChanges(path const& path) {
     // The numbers of linux/magic.h, and of the file systems themselves.
-    constexpr long kWithoutEvents[] = {
+    constexpr std::uint32_t kWithoutEvents[] = {
         0x6969,     // NFS
         0x517B,     // SMB
         0xFE534D42, // SMB 2 and later
@@ -265,7 +266,7 @@ bool MayMissChanges(path const& path) {
         }
         place = place.parent_path();
     }
-    auto const type = static_cast<long>(status.f_type);
+    auto const type = static_cast<std::uint32_t>(status.f_type);
     return std::ranges::find(kWithoutEvents, type) != std::end(kWithoutEvents);
 }
 

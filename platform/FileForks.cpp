@@ -122,7 +122,7 @@ OSErr FSSetForkPosition(FSIORefNum forkRefNum, UInt16 positionMode, SInt64 offse
         return paramErr;
     }
     int const origin = positionMode == fsFromStart ? SEEK_SET : SEEK_END;
-    return CodeOfResult(lseek(forkRefNum, offset, origin));
+    return CodeOfResult(lseek(forkRefNum, offset, origin) < 0 ? -1 : 0);
 }
 
 OSErr FSReadFork(

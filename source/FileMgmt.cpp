@@ -119,8 +119,8 @@ CPOSObject DisplayName(CPOSArray const& pairs, CPOSUnicodeString const& name) {
     auto const count = static_cast<unsigned int>(pairs.Count());
     for (unsigned int i = 0; i < count; ++i) {
         CPOSArray const pair(pairs[i], /*quiet=*/false);
-        if (name == pair[0]) {
-            return pair[1];
+        if (name == pair[0U]) {
+            return pair[1U];
         }
     }
     return {};
@@ -186,7 +186,7 @@ bool FileListBuilder::SettingAlreadyExists(CPOSDict const& info) const {
     // Here the list is empty or has one entry without a name. Only the first entry can lack a name:
     // every later record without one, and every record that is compared with such an entry, throws.
     return fFileList.Count() != 0 &&
-           SettingFileInfoHasSameName(CPOSDict(fFileList[0], /*quiet=*/false), info);
+           SettingFileInfoHasSameName(CPOSDict(fFileList[0U], /*quiet=*/false), info);
 }
 
 bool FileListBuilder::SettingFileInfoHasSameName(CPOSDict const& a, CPOSDict const& b) {

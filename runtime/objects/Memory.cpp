@@ -5,7 +5,9 @@
 #include "runtime/objects/Tables.h"
 
 #include <atomic>
+#include <cstdint>
 #include <cstdlib>
+#include <limits>
 
 namespace bibrt {
 
@@ -17,7 +19,9 @@ struct alignas(std::max_align_t) BlockHeader {
 };
 
 // Sanitizers abort the program for sizes of twice this or more, instead of returning null.
-constexpr std::size_t kMaxBlock = std::size_t(1) << 39;
+constexpr std::size_t kMaxBlock = sizeof(std::size_t) == 8
+                                      ? std::size_t(std::uint64_t{1} << 39)
+                                      : std::numeric_limits<std::size_t>::max() / 4;
 
 constinit std::atomic<unsigned long> gLiveBlocks = 0;
 

@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <cstddef>
+#include <limits>
 #include <memory>
 #include <new>
 #include <string>
@@ -80,7 +81,7 @@ T* NewObject(Args&&... args) {
 }
 
 // The maximum of extra bytes for NewObjectWith; more than any machine has.
-inline constexpr std::size_t kMaxExtra = std::size_t(1) << 60;
+inline constexpr std::size_t kMaxExtra = std::numeric_limits<std::size_t>::max() / 16;
 
 // Destroys an object made by NewObject and frees its block. Null is ignored.
 template <class T>

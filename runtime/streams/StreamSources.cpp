@@ -5,12 +5,14 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <cstring>
 #include <fcntl.h>
 #include <limits>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
+#include <utility>
 
 namespace bibrt {
 
@@ -185,12 +187,16 @@ public:
         if (::fstat(fDescriptor, &status) != 0) {
             return FileFailure(fPath.c_str(), "cannot measure", errno);
         }
+        if (std::cmp_greater(status.st_size, kMaxOffset)) {
+            return FileFailure(fPath.c_str(), "cannot measure", EOVERFLOW);
+        }
         length = static_cast<unsigned long>(status.st_size);
         return nullptr;
     }
 
 private:
-    static constexpr unsigned long kMaxOffset = std::numeric_limits<off_t>::max();
+    static constexpr auto kMaxOffset = static_cast<unsigned long>(std::min<std::uintmax_t>(
+        std::numeric_limits<off_t>::max(), std::numeric_limits<unsigned long>::max()));
 
     static constexpr int kNone = -1;
 

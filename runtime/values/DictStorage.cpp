@@ -20,8 +20,8 @@ constexpr std::size_t kMaxCapacity = std::numeric_limits<std::uint32_t>::max();
 
 std::size_t DictStorage::SlotOf(BIBStringAtom const* key) const noexcept {
     // The high bits of the product depend on all bits of the address.
-    auto const product = reinterpret_cast<std::uintptr_t>(key) * 0x9E3779B97F4A7C15u;
-    std::size_t slot = product >> 32;
+    std::uint64_t const address = reinterpret_cast<std::uintptr_t>(key);
+    auto slot = static_cast<std::size_t>((address * 0x9E3779B97F4A7C15u) >> 32);
     for (;; ++slot) {
         slot &= fIndex.size() - 1;
         if (fIndex[slot] == 0 || fEntries[fIndex[slot] - 1].fKey == key) {

@@ -116,6 +116,26 @@ char const* NameOfRenaming(unsigned flags) {
                                        : "renameat2";
 }
 
+// The call of the C library. Machines with 32 bits have those with sizes or dates of 64 under names
+// of their own.
+void* RealCall(std::string_view name) {
+    std::pair<std::string_view, char const*> const kOf32Bits[] = {
+        {"fcntl", "__fcntl_time64"},
+        {"fstat", "__fstat64_time64"},
+        {"fstatat", "__fstatat64_time64"},
+        {"fstatfs", "fstatfs64"},
+        {"lseek", "lseek64"},
+        {"open", "open64"},
+        {"openat", "openat64"},
+        {"pread", "pread64"},
+        {"readdir", "readdir64"},
+    };
+    auto const* const found =
+        std::ranges::find(kOf32Bits, name, &std::pair<std::string_view, char const*>::first);
+    bool const isOther = sizeof(void*) == 4 && found != std::end(kOf32Bits);
+    return dlsym(RTLD_NEXT, isOther ? found->second : name.data());
+}
+
 } // namespace
 
 } // namespace support
@@ -126,7 +146,7 @@ using support::SystemCallsDouble;
 // The call that one here replaces.
 #define SUPPORT_REAL(call) \
     [] { \
-        static auto* const real = reinterpret_cast<decltype(&(call))>(dlsym(RTLD_NEXT, #call)); \
+        static auto* const real = reinterpret_cast<decltype(&(call))>(support::RealCall(#call)); \
         return real; \
     }()
 
