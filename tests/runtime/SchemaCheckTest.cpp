@@ -55,6 +55,8 @@ constexpr SchemaCase kSettingRuleCases[] = {
     {"< disjoint [ A B ] severity error >", ""},
     {"3", " says the number 3, which is not a dictionary"},
     {"< when < T true > >", " says not exactly one of then, ordered, disjoint and exclusive"},
+    {"< then < T true > exclusive [ T U ] >",
+     " says not exactly one of then, ordered, disjoint and exclusive"},
     {"< ordered [ N ] >", "/ordered is not an array of two settings"},
     {"< exclusive [ T ] >", "/exclusive is not an array of settings"},
     {"< ordered [ N W ] >", "/ordered says the name W, which is not a setting of type number"},
