@@ -65,9 +65,10 @@ private:
 // Makes the loader put a library elsewhere than where address was in it, once it is unloaded.
 void OccupyPageOf(void* address) {
     constexpr std::uintptr_t kSize = 4096;
-    auto* const page =
-        reinterpret_cast<void*>(reinterpret_cast<std::uintptr_t>(address) & ~(kSize - 1));
-    mmap(page, kSize, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED_NOREPLACE, -1, 0);
+    char* const page =
+        static_cast<char*>(address) - reinterpret_cast<std::uintptr_t>(address) % kSize;
+    static_cast<void>(
+        mmap(page, kSize, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED_NOREPLACE, -1, 0));
 }
 
 int gLookups = 0;
