@@ -16,7 +16,7 @@ pthread_rwlock_t gGate = kUnlocked;
 void TakeInterpreter(PyThreadState* state) {
     try {
         PyEval_RestoreThread(state);
-    } catch (abi::__forced_unwind&) {
+    } catch (...) { // the end of the thread; nothing else is thrown
         for (;;) {
             pause();
         }
