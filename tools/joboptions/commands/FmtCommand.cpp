@@ -175,7 +175,9 @@ private:
         return ChangeFile(file, fOptions, [&](std::string const& text, SaveText const& save) {
             std::string const laidOut = LaidOut(file, text);
             formatted.differs = text != laidOut;
-            RequireNoLoss(file, text);
+            if (formatted.differs) {
+                RequireNoLoss(file, text);
+            }
             if (fOptions.dryRun) {
                 RequireReplaceable(file, fOptions);
                 Announce(file, formatted.differs);

@@ -9,10 +9,12 @@
 #include <filesystem>
 #include <fmt/format.h>
 #include <fstream>
+#include <linux/capability.h>
 #include <memory>
 #include <sched.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <system_error>
 #include <unistd.h>
 
@@ -185,6 +187,15 @@ void ShowUser(OpenFolder const& folder) {
     Bind(folder.Path(), pdfsettings::UserFolder());
 }
 
+// What an ordinary user needed to show folders would also open files that this user may not read.
+void DropRights() {
+    if (geteuid() != 0) {
+        __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
+        __user_cap_data_struct const none[_LINUX_CAPABILITY_U32S_3] = {};
+        Require(syscall(SYS_capset, &header, none) == 0, "a view without rights");
+    }
+}
+
 // Null for an empty path.
 std::unique_ptr<OpenFolder> Opened(std::string const& folder) {
     return folder.empty() ? nullptr : std::make_unique<OpenFolder>(folder);
@@ -199,12 +210,14 @@ void ShowFolders(std::string const& adminFolder, std::string const& userFolder) 
     EnterOwnView();
     auto const admin = Opened(adminFolder);
     auto const user = Opened(userFolder);
-    if (admin) {
-        ShowAdministrator(*admin, adminFolder);
-    }
+    // In this order: what is shown for the administrator may be in front of the user's folder.
     if (user) {
         ShowUser(*user);
     }
+    if (admin) {
+        ShowAdministrator(*admin, adminFolder);
+    }
+    DropRights();
 }
 
 } // namespace joboptions
