@@ -28,14 +28,14 @@ endif()
 
 # Makes a mistake in memory a crash instead of a way in: the stack is checked, calls of the C library with a buffer of
 # known size too, indirect jumps end only where they may, no segment is code and something else, and what the loader
-# has bound cannot be written any more. The sanitizers check more than _FORTIFY_SOURCE and want the plain calls.
+# has bound cannot be written any more. The sanitizers check more than the first two.
 include(CheckPIESupported)
 check_pie_supported()
-add_compile_options(-fstack-protector-strong)
 if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86|i.86|AMD64")
     add_compile_options(-fcf-protection)
 endif()
 if(NOT PDFSETTINGS_SANITIZE)
+    add_compile_options(-fstack-protector-strong)
     add_compile_options($<$<CONFIG:Release,RelWithDebInfo>:-U_FORTIFY_SOURCE$<SEMICOLON>-D_FORTIFY_SOURCE=2>)
 endif()
 add_link_options(-Wl,-z,relro -Wl,-z,now -Wl,-z,separate-code -Wl,-z,noexecstack)
