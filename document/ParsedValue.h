@@ -17,4 +17,10 @@ struct ParsedValue {
 // otherwise than it looks.
 ParsedValue ParseValue(std::string_view text);
 
+// Whether value reads back from text as the value of a setting.
+bool HasForm(Value const& value, std::string const& text);
+
+// Why a value whose text has no form cannot be stored.
+std::string NoFormMessage(std::string const& text);
+
 } // namespace pdfsettings::detail

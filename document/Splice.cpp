@@ -346,12 +346,6 @@ Document Require(
 constexpr char const* kEmptyLast = "this change cannot be made in the text so that it reads back; "
                                    "an empty dictionary must be the last value";
 
-// Whether value reads back from text as the value of a setting.
-bool HasForm(Value const& value, std::string const& text) {
-    Document const alone("<< /K " + text + "\n>> setalembicorparams\n");
-    return alone.Values() == Dictionary::Of({{"K", value}});
-}
-
 // A document with text as the value at path. Throws as Document::With.
 Document WithValueText(
     Document const& original,
@@ -370,20 +364,15 @@ Document WithValueText(
 } // namespace
 
 Document Document::With(std::string_view path, Value const& value) const {
-    constexpr std::size_t kMostShown = 100;
     std::string const text = value.Text();
     try {
         return WithValueText(*this, path, value, text, kEmptyLast);
     } catch (Error const& error) {
-        if (error.Code() != Fault::kUnwritable || HasForm(value, text)) {
+        if (error.Code() != Fault::kUnwritable || detail::HasForm(value, text)) {
             throw;
         }
     }
-    throw Error(
-        Fault::kUnwritable,
-        std::string(path) + ": " + text.substr(0, kMostShown) +
-            (text.size() > kMostShown ? "..." : "") +
-            " cannot be written to a settings file so that it reads back as the same");
+    throw Error(Fault::kUnwritable, std::string(path) + ": " + detail::NoFormMessage(text));
 }
 
 Document Document::WithText(std::string_view path, std::string_view text) const {

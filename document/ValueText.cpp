@@ -108,7 +108,26 @@ std::string Value::Text() const {
     return Writer().Write(*this);
 }
 
+std::string Value::WritableText() const {
+    std::string text = Text();
+    if (!detail::HasForm(*this, text)) {
+        throw Error(Fault::kUnwritable, detail::NoFormMessage(text));
+    }
+    return text;
+}
+
 namespace detail {
+
+bool HasForm(Value const& value, std::string const& text) {
+    Document const alone("<< /K " + text + "\n>> setalembicorparams\n");
+    return alone.Values() == Dictionary::Of({{"K", value}});
+}
+
+std::string NoFormMessage(std::string const& text) {
+    constexpr std::size_t kMostShown = 100;
+    return text.substr(0, kMostShown) + (text.size() > kMostShown ? "..." : "") +
+           " cannot be written to a settings file so that it reads back as the same";
+}
 
 ParsedValue ParseValue(std::string_view text) {
     Document const file(std::string(kBefore).append(text).append(kBehind));

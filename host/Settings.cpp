@@ -10,10 +10,12 @@
 #include "pdfsettings/raw/RawAccess.h"
 
 #include <algorithm>
+#include <iterator>
 #include <list>
 #include <optional>
 #include <strings.h>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 namespace pdfsettings {
@@ -294,16 +296,17 @@ struct Settings::Edit::State {
         return detail::WithHints(std::move(after), fResult, schema);
     }
 
-    // The array at a path, or its default; empty if there is neither. Throws Error (kKind) for
-    // another value.
-    Array ArrayAt(std::string_view path) const {
+    // The array at a path, or its default, or else an empty one; and the result with it. Throws
+    // Error: kKind for another value, and as Document::With.
+    std::pair<Document, Array> WithArray(std::string_view path) const {
         Rule const* const rule = fSettings->fSchema.Find(path);
         Value const* const stored = fResult.Values().Find(path);
         Value const* const value = stored != nullptr || rule == nullptr ? stored : rule->Default();
         if (value != nullptr && value->What() != Kind::kArray) {
             throw Error(Fault::kKind, std::string(path) + " is not an array");
         }
-        return value == nullptr ? Array() : value->As<Array>();
+        Array const array = value == nullptr ? Array() : value->As<Array>();
+        return {stored != nullptr ? fResult : fResult.With(path, Value(array)), array};
     }
 
     // What its constraints advise against now and did not before.
@@ -395,6 +398,15 @@ Value ParseFor(Schema const& schema, std::string_view path, std::string_view tex
     }
 }
 
+std::string ElementPath(std::string_view array, std::size_t place) {
+    return std::string(array) + "/" + std::to_string(place);
+}
+
+// As ParseFor, for an element of the array at a path.
+Value ParseElement(Schema const& schema, std::string_view array, std::string_view text) {
+    return ParseFor(schema, ElementPath(array, 0), text);
+}
+
 } // namespace
 
 Settings::Edit& Settings::Edit::SetText(std::string_view path, std::string_view text) {
@@ -403,33 +415,42 @@ Settings::Edit& Settings::Edit::SetText(std::string_view path, std::string_view 
     return *this;
 }
 
-Settings::Edit& Settings::Edit::AddElement(std::string_view path, std::string_view text) {
-    Value const element = ParseFor(fState->fSettings->fSchema, std::string(path) + "/0", text);
-    Array const array = fState->ArrayAt(path);
-    if (std::ranges::find(array, element) != array.end()) {
-        return *this;
-    }
-    if (fState->fResult.Values().Find(path) == nullptr) {
-        Set(path, Value(array));
-    }
-    return SetText(std::string(path) + "/" + std::to_string(array.size()), text);
-}
-
-Settings::Edit& Settings::Edit::RemoveElement(std::string_view path, std::string_view text) {
-    Value const element = ParseFor(fState->fSettings->fSchema, std::string(path) + "/0", text);
-    Array const array = fState->ArrayAt(path);
+Settings::Edit& Settings::Edit::AddElement(std::string_view path, Value const& element) {
+    auto const [document, array] = fState->WithArray(path);
     if (std::ranges::find(array, element) == array.end()) {
-        throw Error(Fault::kNoValue, std::string(path) + " does not contain " + std::string(text));
-    }
-    if (fState->fResult.Values().Find(path) == nullptr) {
-        Set(path, Value(array));
-    }
-    for (std::size_t i = array.size(); i-- > 0;) {
-        if (array[i] == element) {
-            Remove(std::string(path) + "/" + std::to_string(i));
-        }
+        fState->fResult = document.With(ElementPath(path, array.size()), element);
     }
     return *this;
+}
+
+Settings::Edit& Settings::Edit::AddElementText(std::string_view path, std::string_view text) {
+    Value const element = ParseElement(fState->fSettings->fSchema, path, text);
+    auto const [document, array] = fState->WithArray(path);
+    if (std::ranges::find(array, element) == array.end()) {
+        fState->fResult = document.WithText(ElementPath(path, array.size()), text);
+    }
+    return *this;
+}
+
+Settings::Edit& Settings::Edit::RemoveElement(std::string_view path, Value const& element) {
+    auto [document, array] = fState->WithArray(path);
+    std::vector<std::string> removed;
+    for (std::size_t i = array.size(); i-- > 0;) {
+        if (array[i] == element) {
+            removed.push_back(ElementPath(path, i));
+            document = document.Without(removed.back());
+        }
+    }
+    if (removed.empty()) {
+        throw Error(Fault::kNoValue, std::string(path) + " does not contain " + element.Text());
+    }
+    fState->fResult = document;
+    std::ranges::move(removed, std::back_inserter(fState->fRemovedElements));
+    return *this;
+}
+
+Settings::Edit& Settings::Edit::RemoveElementText(std::string_view path, std::string_view text) {
+    return RemoveElement(path, ParseElement(fState->fSettings->fSchema, path, text));
 }
 
 Settings::Edit& Settings::Edit::Copy(Document const& from, std::string_view path) {

@@ -132,8 +132,12 @@ public:
     std::string_view Bytes() const&& = delete;
 
     // The value in the syntax of a file, on one line if its strings are. Numbers have the fewest
-    // digits that read back as the same number.
+    // digits that read back as the same number. The text of a value that no file can hold, such as
+    // a name with a blank, is another value or none.
     std::string Text() const;
+
+    // As Text. Throws Error (kUnwritable) for a value that no file can hold.
+    std::string WritableText() const;
 
     // The value that text is in a file, which may have blanks and comments around it. Throws Error
     // (kSyntax) with the position in text, also if the value would be read otherwise than it looks.

@@ -177,12 +177,15 @@ public:
     // (kSyntax), with what the schema expects, if text is not a value.
     Edit& SetText(std::string_view path, std::string_view text);
 
-    // Adds a value, in the syntax of a file, to the end of the array at a path, unless an equal one
-    // is there; and removes all that are equal to it. An array that is not stored begins as its
-    // default, or else empty. Throw as SetText, and Error: kKind if there is another value,
-    // kNoValue if there is nothing to remove.
-    Edit& AddElement(std::string_view path, std::string_view text);
-    Edit& RemoveElement(std::string_view path, std::string_view text);
+    // Adds a value to the end of the array at a path, unless an equal one is there; and removes all
+    // that are equal to it. An array that is not stored begins as its default, or else empty. Throw
+    // as Set, and Error: kKind if there is another value, kNoValue if there is nothing to remove.
+    Edit& AddElement(std::string_view path, Value const& element);
+    Edit& RemoveElement(std::string_view path, Value const& element);
+
+    // The same for a value in the syntax of a file. Throw also as SetText.
+    Edit& AddElementText(std::string_view path, std::string_view text);
+    Edit& RemoveElementText(std::string_view path, std::string_view text);
 
     // Stores the value at a path of another document, copied byte for byte. Throws as Set, and
     // Error (kNoValue) if from has no value there.

@@ -262,10 +262,10 @@ private:
             edit.SetText(path, text);
             break;
         case Change::kAdd:
-            edit.AddElement(path, text);
+            edit.AddElementText(path, text);
             break;
         case Change::kRemove:
-            edit.RemoveElement(path, text);
+            edit.RemoveElementText(path, text);
         }
     }
 
