@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import asyncio
+import contextlib
 import os
 from collections import deque
 from types import TracebackType
@@ -17,7 +18,8 @@ FileName = Union[str, bytes, "os.PathLike[str]", "os.PathLike[bytes]"]
 class Watcher:
     """Reports what has become of settings files since the call before. It has no thread and never
     blocks: wait for its descriptor with ``selectors`` or an event loop, then call `read`; or iterate
-    with ``async for change in watcher``, which ends when the watcher is closed.
+    with ``async for change in watcher``, which ends when the watcher is closed. Each change comes to
+    one reader.
 
     After `close`, and in a process made by ``fork``, every use raises ``ValueError``. `Watcher()`
     raises `FileError` if the user has too many of them."""
@@ -25,8 +27,7 @@ class Watcher:
     def __init__(self) -> None:
         self._watcher = _core.ChangeWatcher()
         self._pending: deque[Change] = deque()
-        self._waiting: tuple[asyncio.AbstractEventLoop, asyncio.Future[None]] | None = None
-        self._ends = False
+        self._waiting: set[tuple[asyncio.AbstractEventLoop, asyncio.Future[None]]] = set()
 
     def add(self, file: FileName) -> None:
         """Watches a file. It need not exist, as no folder need; what is there now is no change.
@@ -56,14 +57,13 @@ class Watcher:
         return self._watcher.closed
 
     def close(self) -> None:
-        """Ends the watcher, and the iteration that waits for it. May be called twice, and from any
+        """Ends the watcher, and the iterations that wait for it. May be called twice, and from any
         thread."""
-        waiting, self._ends = self._waiting, True
-        if waiting is None or waiting[0].is_closed():
-            self._watcher.close()
-        else:
-            # The loop forgets the descriptor before it is closed.
-            waiting[0].call_soon_threadsafe(_wake, waiting[1])
+        self._watcher.close()
+        waiting, self._waiting = self._waiting, set()
+        for loop, ready in list(waiting):
+            with contextlib.suppress(RuntimeError):  # of a loop that was closed before
+                loop.call_soon_threadsafe(_wake, ready)
 
     def __enter__(self) -> Watcher:
         return self
@@ -80,31 +80,34 @@ class Watcher:
         return self
 
     async def __anext__(self) -> Change:
-        while not self._ends:
-            if self._pending:
+        while not self.closed:
+            with contextlib.suppress(IndexError):
                 return self._pending.popleft()
-            await self._wait()
-            if not self._ends:
+            try:
+                await self._wait()
                 self._pending.extend(self.read())
-        if self._waiting is None:
-            self._watcher.close()
+            except ValueError:
+                if not self.closed:
+                    raise
         raise StopAsyncIteration
 
     async def _wait(self) -> None:
-        if self._waiting is not None:
-            raise RuntimeError("another task iterates over this watcher")
         loop = asyncio.get_running_loop()
-        ready: asyncio.Future[None] = loop.create_future()
-        descriptor = self.fileno()
-        loop.add_reader(descriptor, _wake, ready)
-        self._waiting = loop, ready
+        waiting = loop, loop.create_future()
+        # In this order: a close() in another thread either makes duplicate() fail or wakes this.
+        self._waiting.add(waiting)
         try:
-            await ready
+            # The iteration's own: after close() the loop still has to forget it.
+            descriptor = self._watcher.duplicate()
+            try:
+                loop.add_reader(descriptor, _wake, waiting[1])
+                await waiting[1]
+            finally:
+                if not loop.is_closed():
+                    loop.remove_reader(descriptor)
+                os.close(descriptor)
         finally:
-            loop.remove_reader(descriptor)
-            self._waiting = None
-            if self._ends:
-                self._watcher.close()
+            self._waiting.discard(waiting)
 
 
 def _wake(future: asyncio.Future[None]) -> None:

@@ -1,6 +1,9 @@
 #include "python/source/Objects.h"
 
+#include <cerrno>
+#include <fcntl.h>
 #include <iterator>
+#include <system_error>
 #include <unistd.h>
 
 namespace pdfsettings::python {
@@ -92,6 +95,20 @@ void AddWatcher(py::module_& module) {
         },
         "A descriptor for select() and the like, readable while there may be something to read; "
         "the watcher owns it. Raises ValueError after close().");
+    type.def(
+        "duplicate",
+        [](WatcherObject& self) {
+            return self.Use([](ChangeWatcher& watcher) {
+                int const descriptor = fcntl(watcher.Descriptor(), F_DUPFD_CLOEXEC, 0);
+                if (descriptor < 0) {
+                    std::error_code const failure(errno, std::generic_category());
+                    throw Error(Fault::kSystem, failure.message(), {}, {}, failure);
+                }
+                return descriptor;
+            });
+        },
+        "Another descriptor for the same, which the caller closes. Raises as fileno(), and "
+        "FileError.");
     type.def(
         "read",
         [](WatcherObject& self) {

@@ -1,7 +1,9 @@
 """Files: saving, listing and watching."""
 import asyncio
+import gc
 import os
 import select
+import threading
 
 import pytest
 
@@ -116,10 +118,9 @@ def test_a_watcher_is_an_asynchronous_iterator_that_ends_when_closed(folder):
         assert {(await anext(watcher)).name, (await anext(watcher)).name} == {"a", "b"}
         waiting = asyncio.create_task(changes(watcher))
         await asyncio.sleep(0)
-        with pytest.raises(RuntimeError, match="another task"):
-            await anext(watcher)
+        other = asyncio.create_task(changes(watcher))
         await asyncio.to_thread(watcher.close)
-        assert await waiting == [] and watcher.closed
+        assert watcher.closed and await waiting == await other == []
         with pytest.raises(StopAsyncIteration):
             await anext(watcher)
 
@@ -133,3 +134,40 @@ def test_a_watcher_is_an_asynchronous_iterator_that_ends_when_closed(folder):
         assert (await anext(watcher)).kind is ChangeKind.ADDED
         watcher.close()
     asyncio.run(main())
+
+
+def test_a_watcher_is_closed_and_used_again_whatever_its_event_loop_does(folder):
+    descriptors = len(os.listdir("/proc/self/fd"))
+    for ends_loop in (False, True):
+        watcher, loop = pdfsettings.watch(folder), asyncio.new_event_loop()
+        waiting = loop.create_task(anext(watcher))
+        loop.run_until_complete(asyncio.sleep(0))
+        if ends_loop:
+            loop.close()
+            (folder / "a.joboptions").write_text(ONE)
+            assert asyncio.run(anext(watcher)).name == "a"
+        watcher.close()
+        assert watcher.closed
+        if not ends_loop:
+            with pytest.raises(StopAsyncIteration):
+                loop.run_until_complete(waiting)
+            loop.close()
+        del waiting
+    gc.collect()
+    assert len(os.listdir("/proc/self/fd")) == descriptors
+
+
+@pytest.mark.parametrize("step", ["create_future", "add_reader"])
+def test_closing_a_watcher_as_an_iteration_begins_ends_the_iteration(folder, step):
+    async def main():
+        loop, watcher = asyncio.get_running_loop(), pdfsettings.watch(folder)
+        begin = getattr(loop, step)
+
+        def closed_meanwhile(*arguments):
+            thread = threading.Thread(target=watcher.close)
+            thread.start()
+            thread.join()
+            return begin(*arguments)
+        setattr(loop, step, closed_meanwhile)
+        return await anext(watcher, None)
+    assert asyncio.run(asyncio.wait_for(main(), 120)) is None
