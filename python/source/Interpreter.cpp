@@ -23,12 +23,14 @@ void TakeInterpreter(PyThreadState* state) {
     }
 }
 
-ForkGate::ForkGate() {
-    pthread_rwlock_rdlock(&gGate);
-}
+// Fails in the thread that is about to fork, or just has, where other calls of Python run too. It
+// is alone then.
+ForkGate::ForkGate() : fIsHeld(pthread_rwlock_rdlock(&gGate) == 0) {}
 
 ForkGate::~ForkGate() {
-    pthread_rwlock_unlock(&gGate);
+    if (fIsHeld) {
+        pthread_rwlock_unlock(&gGate);
+    }
 }
 
 void ForkGate::BeforeFork() {
@@ -40,8 +42,8 @@ void ForkGate::AfterForkInParent() {
 }
 
 // The lock's owner is the thread of the parent; no other thread exists here.
-void ForkGate::AfterForkInChild() {
-    gGate = kUnlocked;
+void ForkGate::OpenInChildren() {
+    pthread_atfork(nullptr, nullptr, [] { gGate = kUnlocked; });
 }
 
 } // namespace pdfsettings::python

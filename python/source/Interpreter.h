@@ -55,7 +55,12 @@ public:
     // For the calls of Python around a fork.
     static void BeforeFork();
     static void AfterForkInParent();
-    static void AfterForkInChild();
+
+    // Makes the gate open in every process that a fork makes, before anything of Python runs there.
+    static void OpenInChildren();
+
+private:
+    bool fIsHeld;
 };
 
 // As Released, for work that takes locks.

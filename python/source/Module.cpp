@@ -26,8 +26,8 @@ void SetErrorOf(std::exception_ptr failure) {
 void AddForkHandlers() {
     py::module_::import("os").attr("register_at_fork")(
         py::arg("before") = py::cpp_function(&ForkGate::BeforeFork),
-        py::arg("after_in_parent") = py::cpp_function(&ForkGate::AfterForkInParent),
-        py::arg("after_in_child") = py::cpp_function(&ForkGate::AfterForkInChild));
+        py::arg("after_in_parent") = py::cpp_function(&ForkGate::AfterForkInParent));
+    ForkGate::OpenInChildren();
 }
 
 // The base of all classes of pybind11 has no contents: making one would end the program.
@@ -53,6 +53,8 @@ void Fill(py::module_& module) {
     ImportTypes();
     py::register_exception_translator(&SetErrorOf);
     module.attr("__version__") = PDFSETTINGS_VERSION;
+    // The module that users import has the classes: messages and pickles name it.
+    module.attr("__name__") = "pdfsettings";
     module.def(
         "require_main_interpreter",
         [] {
@@ -69,6 +71,7 @@ void Fill(py::module_& module) {
     AddFunctions(module);
     AddLists(module);
     AddWatcher(module);
+    module.attr("__name__") = "pdfsettings._core";
     AddForkHandlers();
     GuardBase();
 }
