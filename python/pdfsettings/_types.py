@@ -12,6 +12,11 @@ if TYPE_CHECKING:
     from ._core import Document
 
 
+def _shown(text: str) -> str:
+    """Text that every stream takes: without surrogates."""
+    return text.encode("utf-8", "backslashreplace").decode("utf-8")
+
+
 class Name(str):
     """A name without its slash: ``Name("All")`` is ``/All`` in a file. It equals the ``str`` with the
     same characters. The names ``true`` and ``false`` are booleans. Bytes that are not UTF-8 are
@@ -108,7 +113,7 @@ class Place:
 
     def __str__(self) -> str:
         position = f"{self.line}:{self.column}"
-        return position if self.file is None else f"{self.file}:{position}"
+        return position if self.file is None else _shown(f"{self.file}:{position}")
 
 
 @dataclass(frozen=True, slots=True)
@@ -126,7 +131,7 @@ class Problem:
     def __str__(self) -> str:
         where = "" if self.place is None else f"{self.place}: "
         key = f"{self.key}: " if self.key else ""
-        return f"{where}{self.severity}: {key}{self.message} [{self.id}]"
+        return _shown(f"{where}{self.severity}: {key}{self.message} [{self.id}]")
 
 
 @dataclass(frozen=True, slots=True)

@@ -15,7 +15,7 @@ namespace {
 constexpr int kMaxDepth = 1000;
 
 [[noreturn]] void Throw(PyObject* type, std::string const& message) {
-    PyErr_SetString(type, message.c_str());
+    PyErr_SetObject(type, MessageToPython(message).ptr());
     throw py::error_already_set();
 }
 
@@ -146,14 +146,18 @@ py::dict CopyOf(py::handle mapping) {
     return py::dict(py::reinterpret_borrow<py::object>(mapping));
 }
 
+std::string RequireKey(py::handle key) {
+    if (!PyUnicode_Check(key.ptr())) {
+        Throw(PyExc_TypeError, "a key is not a str: " + BytesOf(py::repr(key)));
+    }
+    return BytesOf(key);
+}
+
 Dictionary ToDictionary(py::handle object, int depth) {
     RequireDepth(depth);
     Dictionary values;
     for (auto const& [key, value] : CopyOf(object)) {
-        if (!PyUnicode_Check(key.ptr())) {
-            Throw(PyExc_TypeError, "a key is not a str: " + BytesOf(py::repr(key)));
-        }
-        values.SetKey(BytesOf(key), ToValue(value, depth));
+        values.SetKey(RequireKey(key), ToValue(value, depth));
     }
     return values;
 }
@@ -207,6 +211,10 @@ py::object KeyToPython(std::string_view bytes) {
     return Owned(PyUnicode_DecodeUTF8(bytes.data(), SizeOf(bytes), "surrogateescape"));
 }
 
+py::object MessageToPython(std::string_view bytes) {
+    return Owned(PyUnicode_DecodeUTF8(bytes.data(), SizeOf(bytes), "backslashreplace"));
+}
+
 py::object NameToPython(std::string_view bytes) {
     return Owned(PyObject_CallOneArg(NameType().ptr(), KeyToPython(bytes).ptr()));
 }
@@ -235,8 +243,21 @@ Value ToValue(py::handle object) {
     return ToValue(object, 0);
 }
 
-Dictionary ToDictionary(py::handle object) {
-    return ToDictionary(object, 0);
+Value ToValueAt(std::string const& path, py::handle object) {
+    try {
+        return ToValue(object);
+    } catch (Error const& error) {
+        throw Error(error.Code(), path + ": " + error.Message());
+    }
+}
+
+Dictionary ToSettings(py::handle mapping) {
+    Dictionary values;
+    for (auto const& [key, value] : CopyOf(mapping)) {
+        std::string const name = RequireKey(key);
+        values.SetKey(name, ToValueAt(name, value));
+    }
+    return values;
 }
 
 std::string BytesOf(py::handle text) {
@@ -249,6 +270,15 @@ std::string BytesOf(py::handle text) {
             "expected str or bytes, not " + std::string(Py_TYPE(text.ptr())->tp_name));
     }
     return RequireEncoded(text, "surrogateescape");
+}
+
+std::optional<std::string> KeyOf(py::handle object) {
+    if (!PyUnicode_Check(object.ptr())) {
+        return std::nullopt;
+    }
+    auto key = Encoded(object, "surrogateescape");
+    PyErr_Clear();
+    return key;
 }
 
 std::chrono::milliseconds ToWait(double seconds) {

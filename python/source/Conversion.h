@@ -5,6 +5,7 @@
 #include "pdfsettings/Value.h"
 
 #include <chrono>
+#include <optional>
 #include <pybind11/pybind11.h>
 #include <string>
 #include <string_view>
@@ -21,8 +22,11 @@ py::object ToPython(Dictionary const& values);
 // An int if it is whole and has no more than 53 bits, else a float.
 py::object NumberToPython(double number);
 
-// A str of keys, names and messages: bytes that are not UTF-8 become surrogates.
+// A str of keys and names: bytes that are not UTF-8 become surrogates.
 py::object KeyToPython(std::string_view bytes);
+
+// A str to show, which every stream takes: bytes that are not UTF-8 are escaped.
+py::object MessageToPython(std::string_view bytes);
 
 // A Name, also for true and false, which are booleans as values.
 py::object NameToPython(std::string_view bytes);
@@ -38,11 +42,16 @@ py::object PathToPython(FilePath const& path);
 // str that has no bytes, RecursionError for more than 1,000 levels, and Error (kKind) for an
 // integer beyond 2^53.
 Value ToValue(py::handle object);
-Dictionary ToDictionary(py::handle object);
+// The same for the setting at a path, or for those of a mapping. Errors name them.
+Value ToValueAt(std::string const& path, py::handle object);
+Dictionary ToSettings(py::handle mapping);
 
 // The bytes of a str, with surrogates for bytes that are not UTF-8; or bytes as they are. Throws
 // TypeError for other objects, ValueError for a str that has no bytes.
 std::string BytesOf(py::handle text);
+
+// The bytes of a str as a key; nothing for other objects, and for a str that has no bytes.
+std::optional<std::string> KeyOf(py::handle object);
 
 // Seconds as a time to wait. Throws ValueError outside of 0 to 1,000,000.
 std::chrono::milliseconds ToWait(double seconds);

@@ -142,7 +142,7 @@ void AddChanges(DocumentClass& type) {
     type.def(
         "with_value",
         [](DocumentObject const& self, Key const& path, py::handle object) {
-            Value const value = ToValue(object);
+            Value const value = ToValueAt(path.fText, object);
             return Changed(self, [&](Document const& was) { return was.With(path.fText, value); });
         },
         py::arg("path"),
@@ -154,6 +154,7 @@ void AddChanges(DocumentClass& type) {
     type.def(
         "with_text",
         [](DocumentObject const& self, Key const& path, Key const& text) {
+            Value::Parse(text.fText); // whose errors are about no file
             return Changed(
                 self, [&](Document const& was) { return was.WithText(path.fText, text.fText); });
         },

@@ -69,6 +69,9 @@ py::tuple CompareSources(py::handle before, py::handle after) {
 }
 
 py::tuple TabulateSources(py::iterable const& sources, Schema const* schema) {
+    if (PathArgument one; Load(sources, one)) {
+        throw py::type_error("expected several sets, for example a list of paths");
+    }
     std::vector<Document> sets;
     for (py::handle const source : sources) {
         sets.push_back(ToDocument(source).fDocument);
@@ -120,12 +123,15 @@ py::tuple
 Save(PathArgument const& file, py::handle data, py::handle seen, bool overwrite, double seconds) {
     std::string const bytes = TextOf(data);
     auto const wait = ToWait(seconds);
-    if (seen.is(py::ellipsis())) {
-        return SentencesOf(Gated([&] { return SaveSafely(file.fPath, bytes, wait); }));
-    }
-    auto const expected = seen.is_none() ? std::nullopt : std::optional(TextOf(seen));
-    return SentencesOf(Gated(
-        [&] { return SaveSafely(file.fPath, bytes, expected, ToOnConflict(overwrite), wait); }));
+    bool const mayHaveAny = seen.is(py::ellipsis());
+    auto const expected = mayHaveAny || seen.is_none() ? std::nullopt : std::optional(TextOf(seen));
+    return SentencesOf(Patiently(wait, [&](std::chrono::milliseconds time) {
+        return Gated([&] {
+            return mayHaveAny
+                       ? SaveSafely(file.fPath, bytes, time)
+                       : SaveSafely(file.fPath, bytes, expected, ToOnConflict(overwrite), time);
+        });
+    }));
 }
 
 void AddReviews(py::module_& module) {
@@ -205,9 +211,10 @@ void AddTexts(py::module_& module) {
         "The value that text is in a file. Raises ParseError with the position in text.");
     module.def(
         "value_text",
-        [](py::handle value) { return KeyToPython(ToValue(value).Text()); },
+        [](py::handle value) { return KeyToPython(ToValue(value).WritableText()); },
         py::arg("value"),
-        "A value in the syntax of a file, a str: \"[ /Courier ]\".");
+        "A value in the syntax of a file, a str: \"[ /Courier ]\". Raises UnwritableError for a "
+        "value that no file can hold.");
 }
 
 } // namespace

@@ -77,7 +77,7 @@ void AddLists(py::module_& module) {
                     return Type("PreferencesProblem")(
                         PathToPython(problem.file),
                         KeyToPython(problem.key),
-                        KeyToPython(problem.message));
+                        MessageToPython(problem.message));
                 });
         },
         "Entries without an effect, or with another one than they seem to have, in the preferences "

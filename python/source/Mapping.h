@@ -32,8 +32,8 @@ void AddLookup(py::class_<T, Options...>& type, DocumentOf documentOf) {
         "__contains__",
         [=](T& self, py::object const& path) {
             Document const document = documentOf(self);
-            return PyUnicode_Check(path.ptr()) != 0 &&
-                   document.Values().Find(BytesOf(path)) != nullptr;
+            auto const key = KeyOf(path);
+            return key && document.Values().Find(*key) != nullptr;
         },
         py::arg("path"),
         "Whether a value is stored at a path; a default does not count.");

@@ -9,6 +9,8 @@
 #include "python/source/Interpreter.h"
 #include "python/source/Records.h"
 
+#include <algorithm>
+#include <chrono>
 #include <mutex>
 #include <optional>
 #include <pybind11/pybind11.h>
@@ -83,8 +85,27 @@ inline OnConflict ToOnConflict(bool overwrite) {
     return overwrite ? OnConflict::kOverwrite : OnConflict::kRefuse;
 }
 
+// The result of attempt(time), which waits for a file no longer than time and then throws Error
+// (kBusy). Attempts take turns with the handlers of signals: Ctrl-C ends the wait.
+template <class Attempt>
+auto Patiently(std::chrono::milliseconds wait, Attempt attempt) {
+    constexpr std::chrono::milliseconds kTurn{200};
+    for (;; wait -= kTurn) {
+        try {
+            return attempt(std::min(wait, kTurn));
+        } catch (Error const& error) {
+            if (error.Code() != Fault::kBusy || wait <= kTurn) {
+                throw;
+            }
+        }
+        if (PyErr_CheckSignals() != 0) {
+            throw py::error_already_set();
+        }
+    }
+}
+
 inline py::tuple SentencesOf(SaveWarnings const& warnings) {
-    return TupleOf(warnings, [](std::string const& sentence) { return KeyToPython(sentence); });
+    return TupleOf(warnings, [](std::string const& sentence) { return MessageToPython(sentence); });
 }
 
 // Makes an object of a class its own copy: it never changes.
@@ -106,7 +127,6 @@ void Seal(py::class_<T, Options...>& type) {
             throw py::type_error("this object cannot be pickled: use its text");
         },
         py::arg("protocol"));
-    type.attr("__module__") = "pdfsettings";
     auto* const raw = reinterpret_cast<PyTypeObject*>(type.ptr());
     raw->tp_flags |= Py_TPFLAGS_IMMUTABLETYPE;
     PyType_Modified(raw);

@@ -59,7 +59,7 @@ py::object ProblemRecord(Finding const& finding, FilePath const& file) {
         EnumValue("Severity", finding.Level() == Severity::kError ? "error" : "warning"),
         KeyToPython(finding.Id()),
         KeyToPython(finding.Path()),
-        KeyToPython(finding.Message()),
+        MessageToPython(finding.Message()),
         PlaceRecord(finding.Where(), file),
         span ? py::object(SpanRecord(*span)) : py::none(),
         TupleOf(
@@ -138,20 +138,29 @@ py::object ConstraintRecord(Constraint const& constraint) {
         KeyToPython(constraint.Help()));
 }
 
+// error.what(), which a zero byte in the message cuts.
+std::string WholeText(Error const& error) {
+    std::string const& message = error.Message();
+    return error.what() + message.substr(std::min(message.find('\0'), message.size()));
+}
+
 void SetError(Error const& error) {
     CodeRow const& row = RowOf(error.Code());
     bool const isMissing =
         error.Code() == Fault::kSystem && error.System() == std::errc::no_such_file_or_directory;
     py::handle const type = Type(isMissing ? "MissingFileError" : row.fType);
     py::object const raised = type(
-        KeyToPython(error.what()),
-        KeyToPython(error.Message()),
+        MessageToPython(WholeText(error)),
+        MessageToPython(error.Message()),
         EnumValue("ErrorCode", row.fWord),
         PathToPython(error.File()),
         PlaceRecord(error.Where(), error.File()),
         KeyToPython(error.Id()));
     if (error.Code() == Fault::kSystem) {
         raised.attr("errno") = error.System().value();
+        raised.attr("strerror") = MessageToPython(error.System().message());
+        raised.attr("filename") =
+            error.File().empty() ? py::none() : py::object(py::str(PathToPython(error.File())));
     }
     Raise(type, raised);
 }
@@ -163,8 +172,8 @@ void ThrowRejected(Findings const& findings, FilePath const& file) {
         text += (text.empty() ? "" : "\n") + BytesOf(py::str(problem));
     }
     py::object const raised = Type("ValidationError")(
-        KeyToPython(text),
-        KeyToPython(text),
+        MessageToPython(text),
+        MessageToPython(text),
         EnumValue("ErrorCode", "rejected"),
         PathToPython(file),
         problems[0].attr("place"),

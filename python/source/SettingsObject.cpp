@@ -125,7 +125,7 @@ void RequireFile(Settings const& settings) {
 void AddMaking(SettingsClass& type) {
     type.def(
         py::init([](py::handle values, Bytes const& tail, Schema const* schema) {
-            Dictionary const dictionary = ToDictionary(values);
+            Dictionary const dictionary = ToSettings(values);
             return Shared(Released([&, rules = OrStandard(schema)] {
                 return Settings::From(dictionary, tail.fText, rules);
             }));
@@ -229,7 +229,7 @@ void AddValidation(SettingsClass& type) {
     type.def(
         "check",
         [](SettingsObject& self, Key const& path, py::handle object) {
-            Value const value = ToValue(object);
+            Value const value = ToValueAt(path.fText, object);
             return Problems(
                 self.Examine(
                     [&](Settings const& settings) { return settings.Check(path.fText, value); }),
@@ -256,9 +256,11 @@ void AddFiles(SettingsClass& type) {
         "save",
         [](SettingsObject& self, bool overwrite, double seconds) {
             auto const wait = ToWait(seconds);
-            return SentencesOf(self.Alter([&](Settings& settings) {
-                RequireFile(settings);
-                return settings.Save(ToOnConflict(overwrite), wait);
+            return SentencesOf(Patiently(wait, [&](std::chrono::milliseconds time) {
+                return self.Alter([&](Settings& settings) {
+                    RequireFile(settings);
+                    return settings.Save(ToOnConflict(overwrite), time);
+                });
             }));
         },
         py::kw_only(),
@@ -274,8 +276,10 @@ void AddFiles(SettingsClass& type) {
         "save_as",
         [](SettingsObject& self, PathArgument const& file, bool overwrite, double seconds) {
             auto const wait = ToWait(seconds);
-            return SentencesOf(self.Alter([&](Settings& settings) {
-                return settings.SaveAs(file.fPath, ToOnConflict(overwrite), wait);
+            return SentencesOf(Patiently(wait, [&](std::chrono::milliseconds time) {
+                return self.Alter([&](Settings& settings) {
+                    return settings.SaveAs(file.fPath, ToOnConflict(overwrite), time);
+                });
             }));
         },
         py::arg("file"),
@@ -350,14 +354,14 @@ void AddContext(EditClass& type) {
         "Makes the changes, all or none, and ends. Raises ValidationError with the problems that "
         "they would add: then nothing has changed, and the change goes on. Raises ConflictError if "
         "the settings were changed since this began.");
-    type.def("drop", &Drop, "Ends without changes.");
+    type.def("drop", &Drop, "Ends without changes. May be called twice.");
 }
 
 void AddChanges(EditClass& type) {
     type.def(
         "__setitem__",
         [](EditObject& self, Key const& path, py::handle object) {
-            Value const value = ToValue(object);
+            Value const value = ToValueAt(path.fText, object);
             With(self, [&](Settings::Edit& edit) { edit.Set(path.fText, value); });
         },
         py::arg("path"),
@@ -386,23 +390,22 @@ void AddChanges(EditClass& type) {
 }
 
 void AddElements(EditClass& type) {
-    auto const textOf = [](py::handle object) { return ToValue(object).Text(); };
     type.def(
         "append",
-        [textOf](EditObject& self, Key const& path, py::handle object) {
-            std::string const text = textOf(object);
-            With(self, [&](Settings::Edit& edit) { edit.AddElement(path.fText, text); });
+        [](EditObject& self, Key const& path, py::handle object) {
+            Value const value = ToValueAt(path.fText, object);
+            With(self, [&](Settings::Edit& edit) { edit.AddElement(path.fText, value); });
         },
         py::arg("path"),
         py::arg("value"),
         "Adds a value to the end of the array at a path, unless an equal one is in it. An array "
-        "that is not stored begins as its default, or else empty. Raises KindError if there is "
-        "another value.");
+        "that is not stored begins as its default, or else empty. Raises as a stored value, and "
+        "KindError if there is another value.");
     type.def(
         "remove",
-        [textOf](EditObject& self, Key const& path, py::handle object) {
-            std::string const text = textOf(object);
-            With(self, [&](Settings::Edit& edit) { edit.RemoveElement(path.fText, text); });
+        [](EditObject& self, Key const& path, py::handle object) {
+            Value const value = ToValueAt(path.fText, object);
+            With(self, [&](Settings::Edit& edit) { edit.RemoveElement(path.fText, value); });
         },
         py::arg("path"),
         py::arg("value"),
@@ -429,7 +432,7 @@ void AddEdit(py::module_& module) {
         py::is_final(),
         "A set of changes that are made together or not at all, of Settings.edit(). At the end of "
         "a with block they are committed; if the block raises, nothing has changed. Comments and "
-        "layout stay. After its end every use raises ValueError.");
+        "layout stay. After its end every use but drop() raises ValueError.");
     AddContext(type);
     AddChanges(type);
     AddElements(type);

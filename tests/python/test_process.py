@@ -3,6 +3,7 @@ import concurrent.futures
 import copy
 import copyreg
 import ctypes
+import fcntl
 import gc
 import os
 import pickle
@@ -128,6 +129,60 @@ def test_a_fork_waits_for_validations_and_its_process_works(tmp_path):
             ends.set()
         for thread in threads:
             thread.result(MUCH)
+
+
+FORKING = """
+import os, sys
+used = []
+def use():
+    for settings in used:
+        settings.validate()
+os.register_at_fork(before=use, after_in_parent=use, after_in_child=use)
+import pdfsettings
+used.append(pdfsettings.parse(sys.argv[1]))
+if os.fork() == 0:
+    os._exit(0)
+print(os.wait()[1])
+"""
+
+
+def test_handlers_of_a_fork_use_settings_though_they_are_older_than_the_module():
+    assert run(FORKING, ONE) == "0\n"
+
+
+def test_a_signal_ends_a_save_that_waits(tmp_path, monkeypatch):
+    def interrupt(*_):
+        raise KeyboardInterrupt
+    file = tmp_path / "one.joboptions"
+    file.write_text(ONE)
+    settings = pdfsettings.open(file)
+    former = signal.signal(signal.SIGALRM, interrupt)
+    held = os.open(tmp_path, os.O_RDONLY)
+    try:
+        fcntl.flock(held, fcntl.LOCK_EX)
+        for save in (settings.save, lambda wait: settings.save_as(file, overwrite=True, wait=wait), lambda wait: pdfsettings.save(file, ONE, wait=wait)):
+            signal.setitimer(signal.ITIMER_REAL, 0.05)
+            with pytest.raises(KeyboardInterrupt):
+                save(wait=MUCH)
+        with pytest.raises(pdfsettings.BusyError):
+            settings.save(wait=0.3)
+    finally:
+        os.close(held)
+    signal.signal(signal.SIGALRM, former)
+
+
+def test_every_stream_takes_what_a_problem_or_an_error_says(tmp_path):
+    file = tmp_path / "k\udcff.joboptions"
+    file.write_bytes(b"<< /ColorImageDepth /\xff /K\xff 1 >> setalembicorparams")
+    with pytest.raises(pdfsettings.NoValueError) as error:
+        pdfsettings.open(file)["\udcff"]
+    with pytest.raises(pdfsettings.MissingFileError) as missing:
+        pdfsettings.open("/missing\udcff")
+    with pytest.raises(pdfsettings.ValidationError) as rejected, pdfsettings.open(file).edit() as edit:
+        edit["GrayImageDepth"] = pdfsettings.Name("\udcfe")
+    for shown in (*pdfsettings.check(file, strict=True), error.value, missing.value, rejected.value):
+        f"{shown} {shown.message} {shown.place}".encode()
+    assert (missing.value.errno, missing.value.strerror, missing.value.filename) == (2, "No such file or directory", "/missing\udcff")
 
 
 MISUSES = [

@@ -82,8 +82,20 @@ def test_what_no_file_can_hold_raises_and_changes_nothing(value, error):
         edit["First"] = 1
         edit["K"] = value
     assert settings == {"K": 1}
-    with pytest.raises(error):
-        pdfsettings.Settings({"K": value})
+    for use in (lambda: pdfsettings.Settings({"K": value}), lambda: settings.edit().append("NeverEmbed", value), lambda: pdfsettings.value_text(value)):
+        with pytest.raises(error):
+            use()
+
+
+@pytest.mark.parametrize("value", KEPT + [Name("%"), HexString("4 1"), Name("a#b")], ids=reprlib.repr)
+def test_an_element_is_added_once_and_removed(value):
+    settings = pdfsettings.Settings({"L": [5, [6]]})
+    with settings.edit() as edit:
+        edit.append("L", value)
+        edit.append("L", value)
+        assert same(edit.result["L"], [5, [6], value])
+        edit.remove("L", value)
+    assert settings == {"L": [5, [6]]}
 
 
 def test_a_thousand_levels_are_read():
