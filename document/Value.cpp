@@ -1,5 +1,6 @@
 #include "pdfsettings/Value.h"
 
+#include "format/FloatFromChars.h"
 #include "format/SettingPath.h"
 #include "format/StringText.h"
 
@@ -361,7 +362,7 @@ double detail::ToDouble(float number) {
     char digits[32];
     auto const end = std::to_chars(std::begin(digits), std::end(digits), number).ptr;
     double result = number;
-    std::from_chars(digits, end, result);
+    format::FloatFromChars({std::begin(digits), end}, result);
     return result;
 }
 

@@ -22,9 +22,9 @@ int main(int argc, char** argv) {
             settings += IsSettings(argv[file]) ? 1 : 0;
         }
     };
-    std::vector<std::jthread> pool(std::max(1U, std::thread::hardware_concurrency()));
-    std::ranges::generate(pool, [&] { return std::jthread(readFiles); });
-    pool.clear();
+    std::vector<std::thread> pool(std::max(1U, std::thread::hardware_concurrency()));
+    std::ranges::generate(pool, [&] { return std::thread(readFiles); });
+    std::ranges::for_each(pool, &std::thread::join);
     std::cout << settings << " of " << argc - 1 << " files are settings\n";
     return settings == argc - 1 ? 0 : 1;
 }

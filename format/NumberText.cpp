@@ -1,5 +1,7 @@
 #include "format/NumberText.h"
 
+#include "format/FloatFromChars.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
@@ -96,12 +98,12 @@ double OutOfRangeValue(std::string_view number, bool isHex) noexcept {
 }
 
 // Reads the unsigned number that text begins with. Size 0 if there is none.
-ScannedNumber ScanMagnitude(std::string_view text, bool isHex) noexcept {
+ScannedNumber ScanMagnitude(std::string_view text, bool isHex) {
     std::string_view const number = isHex ? CutHexNumber(text) : text;
     char const* const begin = number.data();
     auto const format = isHex ? std::chars_format::hex : std::chars_format::general;
     double value = 0;
-    auto const result = std::from_chars(begin, begin + number.size(), value, format);
+    auto const result = FloatFromChars(number, value, format);
     if (result.ec == std::errc::invalid_argument) {
         return {0, 0};
     }
@@ -114,7 +116,7 @@ ScannedNumber ScanMagnitude(std::string_view text, bool isHex) noexcept {
     return {value, size};
 }
 
-ScannedNumber ScanReal(std::string_view token) noexcept {
+ScannedNumber ScanReal(std::string_view token) {
     std::size_t const sign = token.starts_with('-') ? 1 : 0;
     std::string_view const unsignedToken = token.substr(sign);
     std::size_t const prefix = IsHexReal(unsignedToken) ? 2 : 0;
@@ -175,6 +177,11 @@ std::optional<std::int32_t> AsWholeNumber(double value) noexcept {
     return static_cast<float>(whole) == single ? std::optional(whole) : std::nullopt;
 }
 
+// Of a value that is no number; std::to_chars of some libraries adds to it.
+std::string_view NaNText(double value) noexcept {
+    return std::signbit(value) ? "-nan" : "nan";
+}
+
 } // namespace
 
 std::to_chars_result FormatNumber(char* begin, char* end, double value) noexcept {
@@ -183,12 +190,20 @@ std::to_chars_result FormatNumber(char* begin, char* end, double value) noexcept
 }
 
 std::to_chars_result FormatDecimals(char* begin, char* end, double value, int decimals) noexcept {
-    return std::to_chars(begin, end, value, std::chars_format::fixed, decimals);
+    if (!std::isnan(value)) {
+        return std::to_chars(begin, end, value, std::chars_format::fixed, decimals);
+    }
+    std::string_view const text = NaNText(value);
+    bool const hasRoom = static_cast<std::size_t>(end - begin) >= text.size();
+    return hasRoom ? std::to_chars_result{std::ranges::copy(text, begin).out, std::errc()}
+                   : std::to_chars_result{end, std::errc::value_too_large};
 }
 
 std::string ShortestText(double value) {
     char text[32];
-    return {text, std::to_chars(std::begin(text), std::end(text), value).ptr};
+    return std::isnan(value)
+               ? std::string(NaNText(value))
+               : std::string(text, std::to_chars(std::begin(text), std::end(text), value).ptr);
 }
 
 std::string ExactText(double value) {
@@ -208,11 +223,11 @@ std::string WholeText(double value) {
     return {text, FormatDecimals(std::begin(text), std::end(text), value, 0).ptr};
 }
 
-ScannedNumber ScanNumber(std::string_view token) noexcept {
+ScannedNumber ScanNumber(std::string_view token) {
     return ScanNumber(token, token.find('.') != std::string_view::npos);
 }
 
-ScannedNumber ScanNumber(std::string_view token, bool isReal) noexcept {
+ScannedNumber ScanNumber(std::string_view token, bool isReal) {
     return isReal ? ScanReal(token) : ScanInteger(token);
 }
 

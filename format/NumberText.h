@@ -17,11 +17,12 @@ struct ScannedNumber {
 // Reads the number that token begins with. If there is a "." anywhere in token, the number is real:
 // read as by C17 strtod in the "C" locale, with overflow to infinity. Otherwise it is an integer:
 // read as by C17 strtol with base 0, so "010" is 8 and "0x10" is 16, limited to the range of long.
-ScannedNumber ScanNumber(std::string_view token) noexcept;
+// May throw std::bad_alloc.
+ScannedNumber ScanNumber(std::string_view token);
 
 // As above, for a token that is known to have a "." or not. The time depends on the length of the
 // number only, not on the length of the token.
-ScannedNumber ScanNumber(std::string_view token, bool isReal) noexcept;
+ScannedNumber ScanNumber(std::string_view token, bool isReal);
 
 // The number of decimals of a number that is not an integer.
 inline constexpr int kDecimals = 5;

@@ -1,7 +1,8 @@
 #include "runtime/notation/Notation.h"
 
+#include "format/FloatFromChars.h"
+
 #include <algorithm>
-#include <charconv>
 #include <cstdarg>
 #include <cstdio>
 
@@ -187,7 +188,7 @@ double ReadNumber(Token const& word) {
     std::string_view digits = word.fText;
     digits.remove_prefix(digits.front() == '+' ? 1 : 0);
     double value = 0;
-    auto const [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
+    auto const [end, error] = format::FloatFromChars(digits, value);
     if (error != std::errc()) {
         ThrowAt(word.fOffset, "the number is out of range");
     }

@@ -1,6 +1,7 @@
 #include "tests/support/SystemCallsDouble.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <cstdarg>
 #include <dirent.h>
@@ -143,11 +144,13 @@ void* RealCall(std::string_view name) {
 using support::gDouble;
 using support::SystemCallsDouble;
 
-// The call that one here replaces.
+// The call that one here replaces. Without what a compiler guards a static variable by, which uses
+// one of them.
 #define SUPPORT_REAL(call) \
     [] { \
-        static auto* const real = reinterpret_cast<decltype(&(call))>(support::RealCall(#call)); \
-        return real; \
+        static std::atomic<void*> real = nullptr; \
+        real = real == nullptr ? support::RealCall(#call) : real.load(); \
+        return reinterpret_cast<decltype(&(call))>(real.load()); \
     }()
 
 // Replaces a call with the parameters ..., which goes by a name and gives failure where it fails;

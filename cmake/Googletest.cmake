@@ -1,0 +1,10 @@
+# The library of the tests: the installed one, or for another C++ library one built from Debian's sources.
+if(PDFSETTINGS_LIBCXX)
+    block()
+        set(CMAKE_COMPILE_WARNING_AS_ERROR OFF)
+        add_subdirectory(/usr/src/googletest googletest EXCLUDE_FROM_ALL SYSTEM)
+    endblock()
+else()
+    find_package(GTest REQUIRED)
+endif()
+include(GoogleTest)
