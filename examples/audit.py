@@ -13,7 +13,8 @@ def audit(file: pathlib.Path, fix: bool) -> tuple[int, int, int]:
     if fix:
         repaired = pdfsettings.repair(document)
         if repaired.repairs:
-            pdfsettings.save(file, repaired.document, seen=document)
+            for warning in pdfsettings.save(file, repaired.document, seen=document):
+                print(f"{file}: {warning}", file=sys.stderr)
         document, repairs = repaired.document, repaired.repairs
     for repair in repairs:
         print(f"{repair.place}: repaired: {repair.message} [{repair.id}]")
@@ -29,6 +30,8 @@ def main() -> int:
     parser.add_argument("folder", type=pathlib.Path, help="is searched with all folders in it")
     parser.add_argument("--fix", action="store_true", help="repair and save")
     options = parser.parse_args()
+    if not options.folder.is_dir():
+        parser.error(f"{options.folder} is no folder")
     counts = []
     for file in sorted(options.folder.rglob("*.joboptions")):
         try:
@@ -36,12 +39,9 @@ def main() -> int:
         except pdfsettings.Error as error:
             print(error, file=sys.stderr)
             counts.append((1, 0, 0))
-    bad = sum(errors > 0 for errors, _, _ in counts)
-    warnings = sum(found for _, found, _ in counts)
-    repaired = sum(repairs > 0 for _, _, repairs in counts)
-    files = "1 file" if len(counts) == 1 else f"{len(counts)} files"
-    found = "1 warning" if warnings == 1 else f"{warnings} warnings"
-    print(f"{files}, {bad} with errors, {found}, {repaired} repaired")
+    bad, repaired = sum(count[0] > 0 for count in counts), sum(count[2] > 0 for count in counts)
+    warnings = sum(count[1] for count in counts)
+    print(f"files: {len(counts)}, with errors: {bad}, repaired: {repaired}; warnings: {warnings}")
     return 1 if bad else 0
 
 

@@ -211,13 +211,16 @@ Findings Settings::Check(std::string_view path, Value const& value) const {
         if (!isOfValue) {
             throw;
         }
+        // A finding has its path beside the message.
+        std::string const prefix = std::string(path) + ": ";
+        std::string const& message = error.Message();
         return AsFindings({detail::MakeFinding(
             document,
             Severity::kError,
             "unwritable",
             detail::SpanOf(document, path),
             std::string(path),
-            error.Message())});
+            message.substr(message.starts_with(prefix) ? prefix.size() : 0))});
     }
 }
 

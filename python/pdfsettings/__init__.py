@@ -14,9 +14,16 @@ and long computations release the interpreter's lock. The module works in the ma
 process only.
 """
 
+import functools
+import sys
+import types
+from collections.abc import Callable
+
 from . import _core
 
 _core.require_main_interpreter()
+# After a second import too, the classes are those that the core makes.
+sys.modules[__name__ + "._types"] = _core._types
 
 from ._core import (  # noqa: E402
     Document,
@@ -147,9 +154,23 @@ __all__ = [
     "watch",
 ]
 
+
+def _named(function: Callable[..., object]) -> Callable[..., object]:
+    """A function that pickles go by the name of, as pools of processes need it."""
+
+    @functools.wraps(function)
+    def call(*arguments: object, **named: object) -> object:
+        return function(*arguments, **named)
+
+    call.__qualname__ = function.__name__
+    return call
+
+
 # Error messages and pickles name what users import; the classes of _core do so already.
 for _name in __all__:
     _public = globals()[_name]
     if isinstance(_public, type) and _public.__module__ != __name__:
         _public.__module__ = __name__
+    elif isinstance(_public, types.BuiltinFunctionType):
+        globals()[_name] = _named(_public)
 del _name, _public

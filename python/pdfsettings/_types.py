@@ -13,8 +13,10 @@ if TYPE_CHECKING:
 
 
 def _shown(text: str) -> str:
-    """Text that every stream takes: without surrogates."""
-    return text.encode("utf-8", "backslashreplace").decode("utf-8")
+    """Text to show, with escapes for what is no character, or what a terminal would obey."""
+    return "".join(
+        c if c.isprintable() or c == "\n" else c.encode("unicode_escape").decode() for c in text
+    )
 
 
 class Name(str):
@@ -292,7 +294,7 @@ class Error(Exception):
         self.id = id
 
     def __str__(self) -> str:
-        return str(self.args[0])
+        return _shown(str(self.args[0]))
 
 
 class FileError(Error, OSError):
@@ -300,7 +302,8 @@ class FileError(Error, OSError):
 
     # Not those of OSError, which makes other arguments of two.
     def __reduce__(self) -> tuple[object, ...]:
-        return type(self), self.args[:1], {**self.__dict__, "errno": self.errno}
+        state = {name: getattr(self, name) for name in ("errno", "strerror", "filename")}
+        return type(self), self.args[:1], {**self.__dict__, **state}
 
 
 class MissingFileError(FileError, FileNotFoundError):

@@ -6,6 +6,7 @@ import asyncio
 import contextlib
 import os
 from collections import deque
+from collections.abc import Iterator
 from types import TracebackType
 from typing import Union
 
@@ -21,13 +22,13 @@ class Watcher:
     with ``async for change in watcher``, which ends when the watcher is closed. Each change comes to
     one reader.
 
-    After `close`, and in a process made by ``fork``, every use raises ``ValueError``. `Watcher()`
+    After `close`, and in a process made by ``fork``, every other use raises ``ValueError``. `Watcher()`
     raises `FileError` if the user has too many of them."""
 
     def __init__(self) -> None:
         self._watcher = _core.ChangeWatcher()
         self._pending: deque[Change] = deque()
-        self._waiting: set[tuple[asyncio.AbstractEventLoop, asyncio.Future[None]]] = set()
+        self._waiting: set[_Waiting] = set()
 
     def add(self, file: FileName) -> None:
         """Watches a file. It need not exist, as no folder need; what is there now is no change.
@@ -43,13 +44,20 @@ class Watcher:
         self._watcher.add_listed(application)
 
     def fileno(self) -> int:
-        """The descriptor, readable while there may be something to read. The watcher owns it."""
+        """The descriptor, readable while there may be something to read that no iteration has read
+        ahead. The watcher owns it."""
         return self._watcher.fileno()
 
     def read(self) -> tuple[Change, ...]:
-        """What has changed since the last call, by file. Raises `FileError`; the next call then
-        reports what this one would have."""
-        return self._watcher.read()
+        """What has changed since the last call, by file; first what an iteration has read ahead.
+        Raises `FileError`; the next call then reports what this one would have."""
+        changes = self._watcher.read()
+        return (*self._read_ahead(), *changes)
+
+    def _read_ahead(self) -> Iterator[Change]:
+        with contextlib.suppress(IndexError):
+            while True:
+                yield self._pending.popleft()
 
     @property
     def closed(self) -> bool:
@@ -61,9 +69,7 @@ class Watcher:
         thread."""
         self._watcher.close()
         waiting, self._waiting = self._waiting, set()
-        for loop, ready in list(waiting):
-            with contextlib.suppress(RuntimeError):  # of a loop that was closed before
-                loop.call_soon_threadsafe(_wake, ready)
+        _wake_all(waiting)
 
     def __enter__(self) -> Watcher:
         return self
@@ -86,6 +92,7 @@ class Watcher:
             try:
                 await self._wait()
                 self._pending.extend(self.read())
+                _wake_all(self._waiting)
             except ValueError:
                 if not self.closed:
                     raise
@@ -94,9 +101,11 @@ class Watcher:
     async def _wait(self) -> None:
         loop = asyncio.get_running_loop()
         waiting = loop, loop.create_future()
-        # In this order: a close() in another thread either makes duplicate() fail or wakes this.
+        # In this order: what another thread does meanwhile is seen below, or wakes this.
         self._waiting.add(waiting)
         try:
+            if self._pending:
+                return
             # The iteration's own: after close() the loop still has to forget it.
             descriptor = self._watcher.duplicate()
             try:
@@ -108,6 +117,15 @@ class Watcher:
                 os.close(descriptor)
         finally:
             self._waiting.discard(waiting)
+
+
+_Waiting = tuple[asyncio.AbstractEventLoop, "asyncio.Future[None]"]
+
+
+def _wake_all(waiting: set[_Waiting]) -> None:
+    for loop, ready in list(waiting):
+        with contextlib.suppress(RuntimeError):  # of a loop that was closed before
+            loop.call_soon_threadsafe(_wake, ready)
 
 
 def _wake(future: asyncio.Future[None]) -> None:

@@ -108,8 +108,12 @@ std::string BytesOfObject(py::handle object) {
 Value ToNumber(py::handle object) {
     int overflow = 0;
     long long const number = PyLong_AsLongLongAndOverflow(object.ptr(), &overflow);
-    // Value rejects it as it does all integers that a file cannot hold.
-    return overflow == 0 ? Value(number) : Value(std::numeric_limits<long long>::max());
+    try {
+        // Value rejects all integers that a file cannot hold.
+        return overflow == 0 ? Value(number) : Value(std::numeric_limits<long long>::max());
+    } catch (Error const& error) {
+        throw Error(Fault::kUnwritable, error.Message());
+    }
 }
 
 Value ToText(py::handle object) {
@@ -131,7 +135,7 @@ bool IsInstance(py::handle object, char const* abstract) {
 Value ToArray(py::handle object, int depth) {
     RequireDepth(depth);
     Array array;
-    // A copy, for the same reason.
+    // A copy, which does not change while its values are converted.
     for (py::handle const element : py::tuple(py::reinterpret_borrow<py::object>(object))) {
         array.push_back(ToValue(element, depth));
     }
@@ -248,10 +252,16 @@ Value ToValueAt(std::string const& path, py::handle object) {
         return ToValue(object);
     } catch (Error const& error) {
         throw Error(error.Code(), path + ": " + error.Message());
+    } catch (py::error_already_set& error) {
+        error.value().attr("add_note")(MessageToPython("in the setting " + path));
+        throw;
     }
 }
 
 Dictionary ToSettings(py::handle mapping) {
+    if (!IsInstance(mapping, "Mapping")) {
+        Throw(PyExc_TypeError, "the values are a mapping of keys; a text is for parse()");
+    }
     Dictionary values;
     for (auto const& [key, value] : CopyOf(mapping)) {
         std::string const name = RequireKey(key);

@@ -25,7 +25,7 @@ py::object NumberToPython(double number);
 // A str of keys and names: bytes that are not UTF-8 become surrogates.
 py::object KeyToPython(std::string_view bytes);
 
-// A str to show, which every stream takes: bytes that are not UTF-8 are escaped.
+// A str to show: bytes that are not UTF-8 are escaped.
 py::object MessageToPython(std::string_view bytes);
 
 // A Name, also for true and false, which are booleans as values.
@@ -39,7 +39,7 @@ py::object PathToPython(FilePath const& path);
 
 // The value of a Python object: bool, int, float, str (a String), Name, HexString, bytes (a
 // String), or a sequence or mapping of these. Throws TypeError for other objects, ValueError for a
-// str that has no bytes, RecursionError for more than 1,000 levels, and Error (kKind) for an
+// str that has no bytes, RecursionError for more than 1,000 levels, and Error (kUnwritable) for an
 // integer beyond 2^53.
 Value ToValue(py::handle object);
 // The same for the setting at a path, or for those of a mapping. Errors name them.

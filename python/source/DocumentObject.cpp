@@ -81,13 +81,7 @@ void AddText(DocumentClass& type) {
         "Why the text is refused, a Refusal, or None. A refused document has no values.");
     type.def(
         "require_read",
-        [](DocumentObject const& self) {
-            try {
-                self.fDocument.RequireRead();
-            } catch (Error const& error) {
-                throw error.In(self.fFile);
-            }
-        },
+        &RequireRead,
         "Raises ParseError, with position and id, if the text is refused.");
     type.def_property_readonly(
         "problems",
@@ -213,7 +207,7 @@ void AddDocument(py::module_& module) {
         },
         py::arg("file"),
         "The document in a file, which may be refused. Raises FileError and BusyError.");
-    AddMapping(type, [](DocumentObject const& self) { return self.fDocument; });
+    AddMapping(type, [](DocumentObject const& self) { return self; });
     AddCopies(type);
     AddText(type);
     AddPositions(type);

@@ -17,12 +17,12 @@ py::object OrNone(std::optional<Value> const& value) {
 }
 
 // A single str would be taken for a sequence of letters.
-std::vector<std::string> TextsOf(py::iterable const& texts) {
+std::vector<std::string> TextsOf(py::object const& texts) {
     if (PyUnicode_Check(texts.ptr()) || PyBytes_Check(texts.ptr())) {
         throw py::type_error("expected several texts, for example a list");
     }
     std::vector<std::string> all;
-    for (py::handle const text : texts) {
+    for (py::handle const text : py::iter(texts)) {
         all.push_back(BytesOf(text));
     }
     return all;
@@ -41,8 +41,8 @@ py::tuple Check(
     py::handle source,
     Schema const* schema,
     bool strict,
-    py::iterable const& known,
-    py::iterable const& ignore) {
+    py::object const& known,
+    py::object const& ignore) {
     DocumentObject const checked = ToDocument(source);
     Schema const rules = SchemaFor(source, schema);
     ReviewOptions const options{strict, TextsOf(known), TextsOf(ignore)};
@@ -59,8 +59,8 @@ py::object RepairSource(py::handle source, Schema const* schema) {
 }
 
 py::tuple CompareSources(py::handle before, py::handle after) {
-    Document const first = ToDocument(before).fDocument;
-    Document const second = ToDocument(after).fDocument;
+    Document const first = ToReadDocument(before).fDocument;
+    Document const second = ToReadDocument(after).fDocument;
     return TupleOf(
         Released([&] { return Compare(first, second); }), [](Difference const& difference) {
             return Type("Difference")(
@@ -68,13 +68,15 @@ py::tuple CompareSources(py::handle before, py::handle after) {
         });
 }
 
-py::tuple TabulateSources(py::iterable const& sources, Schema const* schema) {
-    if (PathArgument one; Load(sources, one)) {
+py::tuple TabulateSources(py::object const& sources, Schema const* schema) {
+    PathArgument one;
+    if (Load(sources, one) || py::isinstance<SettingsObject>(sources) ||
+        py::isinstance<DocumentObject>(sources)) {
         throw py::type_error("expected several sets, for example a list of paths");
     }
     std::vector<Document> sets;
-    for (py::handle const source : sources) {
-        sets.push_back(ToDocument(source).fDocument);
+    for (py::handle const source : py::iter(sources)) {
+        sets.push_back(ToReadDocument(source).fDocument);
     }
     auto const settings =
         Released([&, rules = OrStandard(schema)] { return Tabulate(sets, rules); });
@@ -89,9 +91,9 @@ py::tuple TabulateSources(py::iterable const& sources, Schema const* schema) {
 }
 
 py::object MergeSources(py::handle base, py::handle ours, py::handle theirs) {
-    Document const first = ToDocument(base).fDocument;
-    DocumentObject const second = ToDocument(ours);
-    Document const third = ToDocument(theirs).fDocument;
+    Document const first = ToReadDocument(base).fDocument;
+    DocumentObject const second = ToReadDocument(ours);
+    Document const third = ToReadDocument(theirs).fDocument;
     auto const merged = Released([&] { return Merge(first, second.fDocument, third); });
     return Type("Merged")(
         DocumentObject{merged.document, second.fFile},
@@ -166,15 +168,16 @@ void AddComparisons(py::module_& module) {
         py::arg("before"),
         py::arg("after"),
         "The differences of two sets by key and value, a tuple of Difference; each set is "
-        "Settings, "
-        "a Document or a path. The text after the settings has the key \"AlembicorData\".");
+        "Settings, a Document or a path. The text after the settings has the key "
+        "\"AlembicorData\". Raises ParseError, with file and position, if one of the texts is "
+        "refused; FileError and BusyError.");
     module.def(
         "tabulate",
         &TabulateSources,
         py::arg("sets"),
         py::arg("schema") = py::none(),
         "All settings of several sets side by side, a tuple of ComparedSetting: in the schema's "
-        "groups and their order, then those that it does not know.");
+        "groups and their order, then those that it does not know. Raises as compare().");
     module.def(
         "merge",
         &MergeSources,
@@ -182,7 +185,7 @@ void AddComparisons(py::module_& module) {
         py::arg("ours"),
         py::arg("theirs"),
         "Merges, key by key, what two sets changed since the one that both began with, a Merged. "
-        "Our comments and layout stay. Raises ParseError if one of the texts is refused.");
+        "Our comments and layout stay. Raises as compare().");
     module.def(
         "explain",
         &ExplainSettings,
@@ -231,6 +234,20 @@ DocumentObject ToDocument(py::handle source) {
         throw py::type_error("expected Settings, a Document or the path of a file");
     }
     return {Released([&] { return OpenDocument(file.fPath); }), file.fPath};
+}
+
+DocumentObject ToReadDocument(py::handle source) {
+    DocumentObject document = ToDocument(source);
+    RequireRead(document);
+    return document;
+}
+
+void RequireRead(DocumentObject const& document) {
+    try {
+        document.fDocument.RequireRead();
+    } catch (Error const& error) {
+        throw error.In(document.fFile);
+    }
 }
 
 void AddFunctions(py::module_& module) {

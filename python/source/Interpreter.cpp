@@ -23,27 +23,21 @@ void TakeInterpreter(PyThreadState* state) {
     }
 }
 
-// Fails in the thread that is about to fork, or just has, where other calls of Python run too. It
-// is alone then.
-ForkGate::ForkGate() : fIsHeld(pthread_rwlock_rdlock(&gGate) == 0) {}
+ForkGate::ForkGate() {
+    pthread_rwlock_rdlock(&gGate);
+}
 
 ForkGate::~ForkGate() {
-    if (fIsHeld) {
-        pthread_rwlock_unlock(&gGate);
-    }
-}
-
-void ForkGate::BeforeFork() {
-    Released([] { pthread_rwlock_wrlock(&gGate); });
-}
-
-void ForkGate::AfterForkInParent() {
     pthread_rwlock_unlock(&gGate);
 }
 
-// The lock's owner is the thread of the parent; no other thread exists here.
-void ForkGate::OpenInChildren() {
-    pthread_atfork(nullptr, nullptr, [] { gGate = kUnlocked; });
+// A fork may keep the interpreter's lock: what is behind the gate leaves it without that. In the
+// new process the owner of the gate is a thread of the old one.
+void ForkGate::AddToForks() {
+    pthread_atfork(
+        [] { pthread_rwlock_wrlock(&gGate); },
+        [] { pthread_rwlock_unlock(&gGate); },
+        [] { gGate = kUnlocked; });
 }
 
 } // namespace pdfsettings::python

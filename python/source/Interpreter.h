@@ -52,15 +52,8 @@ public:
     ForkGate& operator=(ForkGate const&) = delete;
     ~ForkGate();
 
-    // For the calls of Python around a fork.
-    static void BeforeFork();
-    static void AfterForkInParent();
-
-    // Makes the gate open in every process that a fork makes, before anything of Python runs there.
-    static void OpenInChildren();
-
-private:
-    bool fIsHeld;
+    // Makes every fork of this process wait so.
+    static void AddToForks();
 };
 
 // As Released, for work that takes locks.

@@ -1,8 +1,7 @@
 // The protocol of a read-only mapping, for classes with settings in them.
 #pragma once
 
-#include "pdfsettings/Document.h"
-#include "python/source/Conversion.h"
+#include "python/source/Objects.h"
 
 #include <pybind11/pybind11.h>
 
@@ -17,13 +16,13 @@ inline py::object MappingType() {
     return py::module_::import("collections.abc").attr("Mapping");
 }
 
-template <class T, class... Options, class DocumentOf>
-void AddLookup(py::class_<T, Options...>& type, DocumentOf documentOf) {
+template <class T, class... Options, class SourceOf>
+void AddLookup(py::class_<T, Options...>& type, SourceOf sourceOf) {
     type.def(
         "__getitem__",
         [=](T& self, Key const& path) {
-            Document const document = documentOf(self);
-            return ToPython(document.At(path.fText));
+            DocumentObject const source = sourceOf(self);
+            return InFile(source.fFile, [&] { return ToPython(source.fDocument.At(path.fText)); });
         },
         py::arg("path"),
         "The stored value at a path: keys, and positions from 0 in arrays, joined by slashes, as "
@@ -31,7 +30,7 @@ void AddLookup(py::class_<T, Options...>& type, DocumentOf documentOf) {
     type.def(
         "__contains__",
         [=](T& self, py::object const& path) {
-            Document const document = documentOf(self);
+            Document const document = sourceOf(self).fDocument;
             auto const key = KeyOf(path);
             return key && document.Values().Find(*key) != nullptr;
         },
@@ -40,7 +39,7 @@ void AddLookup(py::class_<T, Options...>& type, DocumentOf documentOf) {
     type.def(
         "get",
         [=](T& self, Key const& path, py::object fallback) {
-            Document const document = documentOf(self);
+            Document const document = sourceOf(self).fDocument;
             Value const* const value = document.Values().Find(path.fText);
             return value == nullptr ? std::move(fallback) : ToPython(*value);
         },
@@ -50,25 +49,25 @@ void AddLookup(py::class_<T, Options...>& type, DocumentOf documentOf) {
     type.def(
         "as_dict",
         [=](T& self) {
-            Document const document = documentOf(self);
+            Document const document = sourceOf(self).fDocument;
             return ToPython(document.Values());
         },
         "All stored settings as a dict, in their order. Faster than dict(settings).");
 }
 
-template <class T, class... Options, class DocumentOf>
-void AddIteration(py::class_<T, Options...>& type, DocumentOf documentOf) {
+template <class T, class... Options, class SourceOf>
+void AddIteration(py::class_<T, Options...>& type, SourceOf sourceOf) {
     type.def(
         "__len__",
         [=](T& self) {
-            Document const document = documentOf(self);
+            Document const document = sourceOf(self).fDocument;
             return document.Values().size();
         },
         "The number of stored settings, without those nested in them.");
     type.def(
         "__iter__",
         [=](T& self) {
-            Document const document = documentOf(self);
+            Document const document = sourceOf(self).fDocument;
             py::list keys;
             for (auto const& [key, value] : document.Values()) {
                 keys.append(KeyToPython(key));
@@ -90,18 +89,18 @@ void AddIteration(py::class_<T, Options...>& type, DocumentOf documentOf) {
         "The keys and values of the stored settings.");
 }
 
-// Makes a class a collections.abc.Mapping from paths to values. documentOf(T&) returns the Document
-// with the values.
-template <class T, class... Options, class DocumentOf>
-void AddMapping(py::class_<T, Options...>& type, DocumentOf documentOf) {
-    AddLookup(type, documentOf);
-    AddIteration(type, documentOf);
+// Makes a class a collections.abc.Mapping from paths to values. sourceOf(T&) returns the
+// DocumentObject with the values.
+template <class T, class... Options, class SourceOf>
+void AddMapping(py::class_<T, Options...>& type, SourceOf sourceOf) {
+    AddLookup(type, sourceOf);
+    AddIteration(type, sourceOf);
     type.def(
         "__eq__",
         [=](T& self, py::object const& other) -> py::object {
-            Document const document = documentOf(self);
-            if (py::isinstance<T>(other)) {
-                Document const with = documentOf(py::cast<T&>(other));
+            Document const document = sourceOf(self).fDocument;
+            if (py::isinstance<DocumentObject>(other) || py::isinstance<SettingsObject>(other)) {
+                Document const with = ToDocument(other).fDocument;
                 return py::bool_(document.Values() == with.Values());
             }
             if (!py::isinstance(other, MappingType())) {
@@ -111,6 +110,7 @@ void AddMapping(py::class_<T, Options...>& type, DocumentOf documentOf) {
         },
         py::arg("other"),
         "Whether other is a mapping of equal values, in any order.");
+    type.attr("__reversed__") = py::none();
     MappingType().attr("register")(type);
 }
 

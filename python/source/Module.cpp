@@ -23,13 +23,6 @@ void SetErrorOf(std::exception_ptr failure) {
     }
 }
 
-void AddForkHandlers() {
-    py::module_::import("os").attr("register_at_fork")(
-        py::arg("before") = py::cpp_function(&ForkGate::BeforeFork),
-        py::arg("after_in_parent") = py::cpp_function(&ForkGate::AfterForkInParent));
-    ForkGate::OpenInChildren();
-}
-
 // The base of all classes of pybind11 has no contents: making one would end the program.
 newfunc gMakeObject = nullptr;
 
@@ -72,7 +65,8 @@ void Fill(py::module_& module) {
     AddLists(module);
     AddWatcher(module);
     module.attr("__name__") = "pdfsettings._core";
-    AddForkHandlers();
+    module.attr("_types") = py::module_::import("pdfsettings._types");
+    ForkGate::AddToForks();
     GuardBase();
 }
 

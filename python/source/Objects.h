@@ -26,6 +26,17 @@ struct DocumentObject {
     FilePath fFile;
 };
 
+// The result of work on what a file holds. Its errors name the file, but for those about a position
+// in another text.
+template <class Work>
+auto InFile(FilePath const& file, Work work) {
+    try {
+        return work();
+    } catch (Error const& error) {
+        throw error.File().empty() && !error.Where() ? error.In(file) : error;
+    }
+}
+
 // Settings that any thread may use at any time.
 class SettingsObject {
 public:
@@ -38,7 +49,7 @@ public:
     auto Look(Read read) {
         std::shared_lock lock(fMutex, std::try_to_lock);
         if (lock) {
-            return read(std::as_const(fSettings));
+            return InFile(fSettings.File(), [&] { return read(std::as_const(fSettings)); });
         }
         return Examine(std::move(read));
     }
@@ -48,7 +59,7 @@ public:
     auto Examine(Read read) {
         return Gated([&] {
             std::shared_lock const lock(fMutex);
-            return read(std::as_const(fSettings));
+            return InFile(fSettings.File(), [&] { return read(std::as_const(fSettings)); });
         });
     }
 
@@ -57,7 +68,7 @@ public:
     auto Alter(Change change) {
         return Gated([&] {
             std::unique_lock const lock(fMutex);
-            return change(fSettings);
+            return InFile(fSettings.File(), [&] { return change(fSettings); });
         });
     }
 
@@ -76,6 +87,12 @@ private:
 // for other objects, and Error as OpenDocument.
 DocumentObject ToDocument(py::handle source);
 
+// The same for a text that is not refused. Throws Error (kSyntax), with file and position.
+DocumentObject ToReadDocument(py::handle source);
+
+// Throws Error (kSyntax), with file and position, if the text is refused.
+void RequireRead(DocumentObject const& document);
+
 // The schema of an argument, or the standard one for null.
 inline Schema OrStandard(Schema const* schema) {
     return schema == nullptr ? Schema::Standard() : *schema;
@@ -89,12 +106,15 @@ inline OnConflict ToOnConflict(bool overwrite) {
 // (kBusy). Attempts take turns with the handlers of signals: Ctrl-C ends the wait.
 template <class Attempt>
 auto Patiently(std::chrono::milliseconds wait, Attempt attempt) {
-    constexpr std::chrono::milliseconds kTurn{200};
-    for (;; wait -= kTurn) {
+    constexpr std::chrono::milliseconds kTurn{50};
+    auto const end = std::chrono::steady_clock::now() + wait;
+    for (;;) {
+        auto const left =
+            std::chrono::ceil<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
         try {
-            return attempt(std::min(wait, kTurn));
+            return attempt(std::clamp(left, std::chrono::milliseconds(), kTurn));
         } catch (Error const& error) {
-            if (error.Code() != Fault::kBusy || wait <= kTurn) {
+            if (error.Code() != Fault::kBusy || left <= kTurn) {
                 throw;
             }
         }

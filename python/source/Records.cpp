@@ -53,19 +53,6 @@ py::object OptionalNumber(std::optional<double> const& number) {
     return number ? NumberToPython(*number) : py::none();
 }
 
-py::object ProblemRecord(Finding const& finding, FilePath const& file) {
-    auto const span = finding.Bytes();
-    return Type("Problem")(
-        EnumValue("Severity", finding.Level() == Severity::kError ? "error" : "warning"),
-        KeyToPython(finding.Id()),
-        KeyToPython(finding.Path()),
-        MessageToPython(finding.Message()),
-        PlaceRecord(finding.Where(), file),
-        span ? py::object(SpanRecord(*span)) : py::none(),
-        TupleOf(
-            finding.Related(), [&](Finding const& other) { return ProblemRecord(other, file); }));
-}
-
 void Raise(py::handle type, py::object const& error) {
     PyErr_SetObject(type.ptr(), error.ptr());
 }
@@ -107,6 +94,19 @@ py::object PlaceRecord(std::optional<Place> const& place, FilePath const& file) 
 
 py::tuple SpanRecord(Span const& span) {
     return py::make_tuple(span.begin, span.end);
+}
+
+py::object ProblemRecord(Finding const& finding, FilePath const& file) {
+    auto const span = finding.Bytes();
+    return Type("Problem")(
+        EnumValue("Severity", finding.Level() == Severity::kError ? "error" : "warning"),
+        KeyToPython(finding.Id()),
+        KeyToPython(finding.Path()),
+        MessageToPython(finding.Message()),
+        PlaceRecord(finding.Where(), file),
+        span ? py::object(SpanRecord(*span)) : py::none(),
+        TupleOf(
+            finding.Related(), [&](Finding const& other) { return ProblemRecord(other, file); }));
 }
 
 py::tuple Problems(Findings const& findings, FilePath const& file) {
@@ -168,12 +168,15 @@ void SetError(Error const& error) {
 void ThrowRejected(Findings const& findings, FilePath const& file) {
     py::tuple const problems = Problems(findings, file);
     std::string text;
-    for (py::handle const problem : problems) {
-        text += (text.empty() ? "" : "\n") + BytesOf(py::str(problem));
+    std::string message;
+    for (std::size_t i = 0; i < findings.size(); ++i) {
+        std::string const separator(i == 0 ? "" : "\n");
+        text += separator + BytesOf(py::str(problems[i]));
+        message += separator + findings[i].Path() + ": " + findings[i].Message();
     }
     py::object const raised = Type("ValidationError")(
         MessageToPython(text),
-        MessageToPython(text),
+        MessageToPython(message),
         EnumValue("ErrorCode", "rejected"),
         PathToPython(file),
         problems[0].attr("place"),

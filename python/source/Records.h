@@ -31,7 +31,8 @@ py::object EnumValue(char const* type, char const* word);
 py::object PlaceRecord(std::optional<Place> const& place, FilePath const& file);
 py::tuple SpanRecord(Span const& span);
 
-// Findings as a tuple of Problem. file: that of their text, or empty.
+// A finding as a Problem, and several as a tuple. file: that of their text, or empty.
+py::object ProblemRecord(Finding const& finding, FilePath const& file);
 py::tuple Problems(Findings const& findings, FilePath const& file);
 
 py::object RuleRecord(Rule const& rule);

@@ -208,6 +208,19 @@ void AddState(SettingsClass& type) {
         "rounded to its five decimals. Raises UnwritableError.");
 }
 
+py::tuple CheckOf(SettingsObject& self, std::string const& path, py::handle object) {
+    FilePath const file = FileOf(self);
+    std::optional<Value> value;
+    try {
+        value = ToValue(object);
+    } catch (Error const& error) {
+        Finding const finding(Severity::kError, "unwritable", path, error.Message());
+        return py::make_tuple(ProblemRecord(finding, file));
+    }
+    auto const check = [&](Settings const& settings) { return settings.Check(path, *value); };
+    return Problems(self.Examine(check), file);
+}
+
 void AddValidation(SettingsClass& type) {
     type.def(
         "validate",
@@ -229,11 +242,7 @@ void AddValidation(SettingsClass& type) {
     type.def(
         "check",
         [](SettingsObject& self, Key const& path, py::handle object) {
-            Value const value = ToValueAt(path.fText, object);
-            return Problems(
-                self.Examine(
-                    [&](Settings const& settings) { return settings.Check(path.fText, value); }),
-                FileOf(self));
+            return CheckOf(self, path.fText, object);
         },
         py::arg("path"),
         py::arg("value"),
@@ -414,7 +423,7 @@ void AddElements(EditClass& type) {
     type.def(
         "copy",
         [](EditObject& self, py::handle source, Key const& pattern) {
-            Document const from = ToDocument(source).fDocument;
+            Document const from = ToReadDocument(source).fDocument;
             return With(
                 self, [&](Settings::Edit& edit) { return edit.CopyMatching(from, pattern.fText); });
         },
@@ -422,7 +431,8 @@ void AddElements(EditClass& type) {
         py::arg("pattern"),
         "Copies from Settings, a Document or a file, byte for byte, what is at a path, or all "
         "settings whose keys match a pattern or are of the group of that name. The number of "
-        "values copied. Raises as a stored value, FileError and BusyError.");
+        "values copied. Raises as a stored value, ParseError if the source is refused, FileError "
+        "and BusyError.");
 }
 
 void AddEdit(py::module_& module) {
@@ -469,7 +479,7 @@ void AddSettings(py::module_& module) {
         "\"with settings.edit() as edit\", then save() it. Any thread may use it at any time; a "
         "thread waits while another one changes or saves it.");
     AddMaking(type);
-    AddMapping(type, [](SettingsObject& self) { return self.Source().fDocument; });
+    AddMapping(type, [](SettingsObject& self) { return self.Source(); });
     AddState(type);
     AddValidation(type);
     AddFiles(type);
@@ -484,7 +494,8 @@ void AddSettings(py::module_& module) {
         "Begins a change, an Edit.");
     type.def("__repr__", [](SettingsObject& self) {
         FilePath const file = FileOf(self);
-        return "<pdfsettings.Settings" + (file.empty() ? "" : " of " + file.string()) + ">";
+        return MessageToPython(
+            "<pdfsettings.Settings" + (file.empty() ? "" : " of " + file.string()) + ">");
     });
     Seal(type);
     module.def(

@@ -123,8 +123,7 @@ TEST_F(SettingsTest, WhatCannotBeMadeLeavesTheEditAsItWas) {
     EXPECT_EQ(CodeOf([&] { edit.SetText("Bad", "two"); }), Fault::kSyntax);
     EXPECT_EQ(
         Texts(settings.Check("A", HUGE_VAL)),
-        Expected{
-            "A: A: inf cannot be written to a settings file so that it reads back as the same"});
+        Expected{"A: inf cannot be written to a settings file so that it reads back as the same"});
     EXPECT_EQ(edit.Commit().size(), 0U);
     EXPECT_EQ(Compare(Document(kText), settings.Source()).size(), 1U);
 }

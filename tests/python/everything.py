@@ -12,6 +12,7 @@ def read(file: pathlib.Path) -> None:
     assert_type(settings["StartPage"], ps.Value)
     assert_type(settings.value("StartPage", int), int)
     assert_type(settings.value("EmbedAllFonts", bool, True), bool)
+    assert_type(settings.value("X", default=None), ps.Value | None)
     assert_type(settings.value("AutoRotatePages", ps.Name, None), ps.Name | None)
     assert_type(settings.value("NeverEmbed", list), list[ps.Value])
     assert_type(settings.value("ColorImageDict", dict, {}), dict[str, ps.Value])

@@ -52,7 +52,11 @@ def test_a_refused_text_has_a_reason_in_its_file(folder, text, word, refusal):
         assert error.severity == "error" and error.id == word and error.place.file.absolute() == folder / "refused"
     document = pdfsettings.Document.open("refused")
     assert not document and (refusal is None or document.refusal == refusal)
-    for use in (document.require_read, lambda: pdfsettings.open("refused"), lambda: document.with_value("A", 1), document.formatted):
+    uses = (
+        document.require_read, lambda: pdfsettings.open("refused"), lambda: document.with_value("A", 1), document.formatted,
+        lambda: pdfsettings.compare("press.joboptions", "refused"), lambda: pdfsettings.tabulate(["refused"]),
+        lambda: pdfsettings.merge("press.joboptions", document, "press.joboptions"), lambda: pdfsettings.Settings().edit().copy("refused", "*"))
+    for use in uses:
         with pytest.raises(pdfsettings.ParseError) as raised:
             use()
         assert raised.value.file == pathlib.Path("refused") and raised.value.place == error.place and raised.value.id == word

@@ -115,7 +115,11 @@ def test_a_watcher_is_an_asynchronous_iterator_that_ends_when_closed(folder):
         watcher = pdfsettings.watch(folder)
         (folder / "a.joboptions").write_text(ONE)
         (folder / "b.joboptions").write_text(ONE)
-        assert {(await anext(watcher)).name, (await anext(watcher)).name} == {"a", "b"}
+        first, others = await asyncio.gather(anext(watcher), anext(watcher))
+        assert {first.name, others.name} == {"a", "b"}
+        (folder / "d.joboptions").write_text(ONE)
+        (folder / "e.joboptions").write_text(ONE)
+        assert {(await anext(watcher)).name, *(change.name for change in watcher.read())} == {"d", "e"}
         waiting = asyncio.create_task(changes(watcher))
         await asyncio.sleep(0)
         other = asyncio.create_task(changes(watcher))

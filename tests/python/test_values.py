@@ -4,6 +4,7 @@ import copy
 import enum
 import math
 import pickle
+import re
 import reprlib
 
 import pytest
@@ -45,7 +46,7 @@ own_list.append(own_list)
 own_dict["A"] = [own_dict]
 
 REJECTED = [
-    (math.nan, UnwritableError), (math.inf, UnwritableError), (2**53 + 1, KindError), (-(10**400), KindError),
+    (math.nan, UnwritableError), (math.inf, UnwritableError), (2**53 + 1, UnwritableError), (-(10**400), UnwritableError),
     ("\ud800", ValueError), (Name("\ud800"), ValueError), (Name("a b"), UnwritableError), (Name("x" * 256), UnwritableError),
     (HexString(">"), UnwritableError), (None, TypeError), (object(), TypeError), (bytearray(b"x"), TypeError),
     ({1: 2}, TypeError), ({"A B": 1}, UnwritableError), ({1, 2}, TypeError), (1j, TypeError), (nested(1001), RecursionError), (nested(50000), RecursionError),
@@ -82,9 +83,13 @@ def test_what_no_file_can_hold_raises_and_changes_nothing(value, error):
         edit["First"] = 1
         edit["K"] = value
     assert settings == {"K": 1}
-    for use in (lambda: pdfsettings.Settings({"K": value}), lambda: settings.edit().append("NeverEmbed", value), lambda: pdfsettings.value_text(value)):
-        with pytest.raises(error):
+    uses = (lambda: pdfsettings.Settings({"First": 1, "K": value}), lambda: settings.edit().append("NeverEmbed", value), lambda: pdfsettings.value_text(value))
+    for use in uses:
+        with pytest.raises(error) as raised:
             use()
+        assert use is uses[2] or re.search(r"\b(K|NeverEmbed)\b", " ".join([str(raised.value), *getattr(raised.value, "__notes__", [])]))
+    if error is UnwritableError:
+        assert [problem.id for problem in settings.check("K", value)] == ["unwritable"]
 
 
 @pytest.mark.parametrize("value", KEPT + [Name("%"), HexString("4 1"), Name("a#b")], ids=reprlib.repr)
@@ -135,6 +140,7 @@ def test_names_and_records_survive_pickling_and_copying():
         pdfsettings.open("/no/such\udcff")
     with pytest.raises(pdfsettings.ValidationError) as rejected, pdfsettings.Settings().edit() as edit:
         edit["ColorImageDepth"] = 3
+    assert pickle.loads(pickle.dumps(pdfsettings.check)) is pdfsettings.check
     for value in (Name("All"), HexString("00"), problem, rule):
         again = pickle.loads(pickle.dumps(copy.deepcopy(value)))
         assert again == value and repr(again) == repr(value)
@@ -143,7 +149,8 @@ def test_names_and_records_survive_pickling_and_copying():
     for error in (missing.value, rejected.value):
         again = pickle.loads(pickle.dumps(error))
         assert type(again) is type(error) and vars(again) == vars(error) and str(again) == str(error)
-    assert pickle.loads(pickle.dumps(missing.value)).errno == 2
+    again = pickle.loads(pickle.dumps(missing.value))
+    assert (again.errno, again.strerror, again.filename) == (2, "No such file or directory", "/no/such\udcff")
 
 
 def test_text_and_value_convert_alone():
