@@ -184,7 +184,7 @@ TEST_F(SafeSaveTest, SaysWhichCallFailed) {
         bool const isSaved = message == kUnlocked || message == kUnread;
         EXPECT_EQ(ReadBytes(file), isSaved ? "new" : "old") << call;
     }
-    for (long const network : {0x6969L, 0xFF534D42L, 0x01021997L}) { // NFS, SMB, 9P
+    for (std::uint32_t const network : {0x6969U, 0xFF534D42U, 0x01021997U}) { // NFS, SMB, 9P
         SystemCallsDouble calls;
         calls.fFileSystem = network;
         EXPECT_EQ(Save(file, "new"), kLocalOnly);

@@ -47,7 +47,7 @@ public:
     bool HasFailed() const { return fHasFailed; }
 
     // What the system says and does, where it is to be something else.
-    long fFileSystem = 0;              // of which kind all are (statfs)
+    std::uint32_t fFileSystem = 0;     // of which kind all are (statfs)
     bool fHasRaisedRights = false;     // whether this is a set-user-ID program
     std::string fHome;                 // of every user, in the password database
     std::size_t fMostMoved = SIZE_MAX; // bytes that one call reads or writes
