@@ -16,6 +16,7 @@
 #include <new>
 #include <optional>
 #include <sys/mman.h>
+#include <thread>
 
 using namespace pdfsettings;
 using support::CodeOf;
@@ -113,6 +114,22 @@ TEST(Component, RunsOnceAtATimeAndMayBeStartedAgain) {
     }
     EXPECT_EQ(StartCode(), std::nullopt);
     EXPECT_FALSE(Host::IsRunning());
+}
+
+// The thread that drops the last handle waits for the calls of others before it stops the
+// component.
+TEST(Component, StartsWhileAnotherThreadHasYetToStopTheFormerOne) {
+    std::optional<Component> former(Component::Start());
+    std::weak_ptr const seen = detail::RunningComponent::Shared();
+    detail::CallsLock calls;
+    std::unique_lock lock(calls);
+    std::thread stopping([&] { former.reset(); });
+    while (!seen.expired()) {
+        std::this_thread::yield();
+    }
+    EXPECT_EQ(StartCode(), std::nullopt);
+    lock.unlock();
+    stopping.join();
 }
 
 // Started at first use, it runs until the program ends.
