@@ -160,7 +160,7 @@ TEST_F(RepairTest, AFileOfNothingButMistakesIsRepairedInSeveralCalls) {
     }
     auto const first = Repair(Document(Settled("/NeverEmbed [" + words + " ]")));
     EXPECT_GT(first.repairs.size(), 10U);
-    EXPECT_LT(first.repairs.size(), kWords);
+    EXPECT_LT(first.repairs.size(), 200U); // each reads 10 KB again, of 1 MB that may be read
     EXPECT_GT(Repair(first.document).repairs.size(), 10U);
 }
 
