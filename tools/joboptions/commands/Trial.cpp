@@ -49,7 +49,11 @@ void EnterOwnView() {
         WriteLine("/proc/self/uid_map", fmt::format("{0} {0} 1", user));
         WriteLine("/proc/self/gid_map", fmt::format("{0} {0} 1", group));
     }
-    Require(mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0, "/");
+    bool const isOwn = mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
+    if (!isOwn && errno == EINVAL) {
+        FailAt("/", "the root of this process is no mount point, as in a chroot");
+    }
+    Require(isOwn, "/");
 }
 
 // Shows source, a path that cannot be hidden by what is shown elsewhere, at place.
