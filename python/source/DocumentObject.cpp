@@ -135,7 +135,7 @@ void AddPositions(DocumentClass& type) {
 void AddChanges(DocumentClass& type) {
     type.def(
         "with_value",
-        [](DocumentObject const& self, Key const& path, py::handle object) {
+        [](DocumentObject const& self, Key const& path, py::object const& object) {
             Value const value = ToValueAt(path.fText, object);
             return Changed(self, [&](Document const& was) { return was.With(path.fText, value); });
         },

@@ -38,7 +38,7 @@ Schema SchemaFor(py::handle source, Schema const* schema) {
 }
 
 py::tuple Check(
-    py::handle source,
+    py::object const& source,
     Schema const* schema,
     bool strict,
     py::object const& known,
@@ -50,7 +50,7 @@ py::tuple Check(
         Gated([&] { return Review(checked.fDocument, rules, options); }), checked.fFile);
 }
 
-py::object RepairSource(py::handle source, Schema const* schema) {
+py::object RepairSource(py::object const& source, Schema const* schema) {
     DocumentObject const broken = ToDocument(source);
     Schema const rules = SchemaFor(source, schema);
     auto const [document, repairs] = Gated([&] { return Repair(broken.fDocument, rules); });
@@ -58,7 +58,7 @@ py::object RepairSource(py::handle source, Schema const* schema) {
         DocumentObject{document, broken.fFile}, Problems(repairs, broken.fFile));
 }
 
-py::tuple CompareSources(py::handle before, py::handle after) {
+py::tuple CompareSources(py::object const& before, py::object const& after) {
     Document const first = ToReadDocument(before).fDocument;
     Document const second = ToReadDocument(after).fDocument;
     return TupleOf(
@@ -90,7 +90,7 @@ py::tuple TabulateSources(py::object const& sources, Schema const* schema) {
     });
 }
 
-py::object MergeSources(py::handle base, py::handle ours, py::handle theirs) {
+py::object MergeSources(py::object const& base, py::object const& ours, py::object const& theirs) {
     Document const first = ToReadDocument(base).fDocument;
     DocumentObject const second = ToReadDocument(ours);
     Document const third = ToReadDocument(theirs).fDocument;
@@ -121,8 +121,12 @@ std::string TextOf(py::handle data) {
                : BytesOf(data);
 }
 
-py::tuple
-Save(PathArgument const& file, py::handle data, py::handle seen, bool overwrite, double seconds) {
+py::tuple Save(
+    PathArgument const& file,
+    py::object const& data,
+    py::object const& seen,
+    bool overwrite,
+    double seconds) {
     std::string const bytes = TextOf(data);
     auto const wait = ToWait(seconds);
     bool const mayHaveAny = seen.is(py::ellipsis());
@@ -214,7 +218,7 @@ void AddTexts(py::module_& module) {
         "The value that text is in a file. Raises ParseError with the position in text.");
     module.def(
         "value_text",
-        [](py::handle value) { return KeyToPython(ToValue(value).WritableText()); },
+        [](py::object const& value) { return KeyToPython(ToValue(value).WritableText()); },
         py::arg("value"),
         "A value in the syntax of a file, a str: \"[ /Courier ]\". Raises UnwritableError for a "
         "value that no file can hold.");

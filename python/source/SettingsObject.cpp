@@ -124,7 +124,7 @@ void RequireFile(Settings const& settings) {
 
 void AddMaking(SettingsClass& type) {
     type.def(
-        py::init([](py::handle values, Bytes const& tail, Schema const* schema) {
+        py::init([](py::object const& values, Bytes const& tail, Schema const* schema) {
             Dictionary const dictionary = ToSettings(values);
             return Shared(Released([&, rules = OrStandard(schema)] {
                 return Settings::From(dictionary, tail.fText, rules);
@@ -149,9 +149,10 @@ void AddMaking(SettingsClass& type) {
 void AddState(SettingsClass& type) {
     type.def(
         "value",
-        [](SettingsObject& self, Key const& path, py::handle kind, py::object const& fallback) {
-            return GetOf(self, path.fText, kind, fallback);
-        },
+        [](SettingsObject& self,
+           Key const& path,
+           py::object const& kind,
+           py::object const& fallback) { return GetOf(self, path.fText, kind, fallback); },
         py::arg("path"),
         py::arg("kind") = py::none(),
         py::arg("default") = py::ellipsis(),
@@ -241,7 +242,7 @@ void AddValidation(SettingsClass& type) {
         "What the schema advises against, by its rules between settings, a tuple of Problem.");
     type.def(
         "check",
-        [](SettingsObject& self, Key const& path, py::handle object) {
+        [](SettingsObject& self, Key const& path, py::object const& object) {
             return CheckOf(self, path.fText, object);
         },
         py::arg("path"),
@@ -336,7 +337,7 @@ void AddContext(EditClass& type) {
     type.def("__enter__", [](py::object self) { return self; });
     type.def(
         "__exit__",
-        [](EditObject& self, py::handle kind, py::handle, py::handle) {
+        [](EditObject& self, py::object const& kind, py::handle, py::handle) {
             bool const hasEnded =
                 self.fSettings->Alter([&](Settings&) { return !self.fEdit.has_value(); });
             if (hasEnded) {
@@ -369,7 +370,7 @@ void AddContext(EditClass& type) {
 void AddChanges(EditClass& type) {
     type.def(
         "__setitem__",
-        [](EditObject& self, Key const& path, py::handle object) {
+        [](EditObject& self, Key const& path, py::object const& object) {
             Value const value = ToValueAt(path.fText, object);
             With(self, [&](Settings::Edit& edit) { edit.Set(path.fText, value); });
         },
@@ -401,7 +402,7 @@ void AddChanges(EditClass& type) {
 void AddElements(EditClass& type) {
     type.def(
         "append",
-        [](EditObject& self, Key const& path, py::handle object) {
+        [](EditObject& self, Key const& path, py::object const& object) {
             Value const value = ToValueAt(path.fText, object);
             With(self, [&](Settings::Edit& edit) { edit.AddElement(path.fText, value); });
         },
@@ -412,7 +413,7 @@ void AddElements(EditClass& type) {
         "KindError if there is another value.");
     type.def(
         "remove",
-        [](EditObject& self, Key const& path, py::handle object) {
+        [](EditObject& self, Key const& path, py::object const& object) {
             Value const value = ToValueAt(path.fText, object);
             With(self, [&](Settings::Edit& edit) { edit.RemoveElement(path.fText, value); });
         },
@@ -422,7 +423,7 @@ void AddElements(EditClass& type) {
         "NoValueError if there is none.");
     type.def(
         "copy",
-        [](EditObject& self, py::handle source, Key const& pattern) {
+        [](EditObject& self, py::object const& source, Key const& pattern) {
             Document const from = ToReadDocument(source).fDocument;
             return With(
                 self, [&](Settings::Edit& edit) { return edit.CopyMatching(from, pattern.fText); });
