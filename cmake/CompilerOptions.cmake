@@ -13,7 +13,7 @@ option(PDFSETTINGS_BENCHMARKS "Build the benchmarks, which need the libraries th
 option(PDFSETTINGS_FAILURE_HOOKS "Let tests make allocations and stream operations fail" OFF)
 option(PDFSETTINGS_COVERAGE "Count which lines and branches run" OFF)
 option(PDFSETTINGS_TESTS "Build the examples and the tests" ${PROJECT_IS_TOP_LEVEL})
-option(PDFSETTINGS_LIBCXX "Build with libc++, and what exists for the usual library only from its sources" OFF)
+option(PDFSETTINGS_LIBCXX "Build with libc++, and GoogleTest from its sources" OFF)
 
 # Sizes of files and dates have 64 bits, on machines with 32 too.
 add_compile_definitions(_FILE_OFFSET_BITS=64 _TIME_BITS=64)

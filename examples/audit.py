@@ -31,7 +31,7 @@ def main() -> int:
     parser.add_argument("--fix", action="store_true", help="repair and save")
     options = parser.parse_args()
     if not options.folder.is_dir():
-        parser.error(f"{options.folder} is no folder")
+        parser.error(f"{options.folder} is not a folder")
     counts = []
     for file in sorted(options.folder.rglob("*.joboptions")):
         try:

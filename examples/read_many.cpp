@@ -1,6 +1,7 @@
 // Reads many files from a pool of threads: read_many FILE...
 #include <algorithm>
 #include <atomic>
+#include <future>
 #include <iostream>
 #include <pdfsettings/Settings.h>
 #include <thread>
@@ -22,9 +23,9 @@ int main(int argc, char** argv) {
             settings += IsSettings(argv[file]) ? 1 : 0;
         }
     };
-    std::vector<std::thread> pool(std::max(1U, std::thread::hardware_concurrency()));
-    std::ranges::generate(pool, [&] { return std::thread(readFiles); });
-    std::ranges::for_each(pool, &std::thread::join);
+    std::vector<std::future<void>> pool(std::max(1U, std::thread::hardware_concurrency()));
+    std::ranges::generate(pool, [&] { return std::async(std::launch::async, readFiles); });
+    pool.clear(); // waits for all of them
     std::cout << settings << " of " << argc - 1 << " files are settings\n";
     return settings == argc - 1 ? 0 : 1;
 }

@@ -7,8 +7,9 @@
 
 namespace format {
 
-// As std::from_chars of the bytes of text. May throw std::bad_alloc.
-std::from_chars_result FloatFromChars(
-    std::string_view text, double& value, std::chars_format format = std::chars_format::general);
+// As std::from_chars of the bytes of text in the general format, or, if isHex, of a hexadecimal
+// number that is all of text. The time depends on the length of the number only. May throw
+// std::bad_alloc.
+std::from_chars_result FloatFromChars(std::string_view text, double& value, bool isHex = false);
 
 } // namespace format

@@ -101,9 +101,8 @@ double OutOfRangeValue(std::string_view number, bool isHex) noexcept {
 ScannedNumber ScanMagnitude(std::string_view text, bool isHex) {
     std::string_view const number = isHex ? CutHexNumber(text) : text;
     char const* const begin = number.data();
-    auto const format = isHex ? std::chars_format::hex : std::chars_format::general;
     double value = 0;
-    auto const result = FloatFromChars(number, value, format);
+    auto const result = FloatFromChars(number, value, isHex);
     if (result.ec == std::errc::invalid_argument) {
         return {0, 0};
     }
@@ -177,12 +176,11 @@ std::optional<std::int32_t> AsWholeNumber(double value) noexcept {
     return static_cast<float>(whole) == single ? std::optional(whole) : std::nullopt;
 }
 
-// Of a value that is no number; std::to_chars of some libraries adds to it.
+} // namespace
+
 std::string_view NaNText(double value) noexcept {
     return std::signbit(value) ? "-nan" : "nan";
 }
-
-} // namespace
 
 std::to_chars_result FormatNumber(char* begin, char* end, double value) noexcept {
     auto const whole = AsWholeNumber(value);

@@ -24,6 +24,9 @@ ScannedNumber ScanNumber(std::string_view token);
 // number only, not on the length of the token.
 ScannedNumber ScanNumber(std::string_view token, bool isReal);
 
+// The text of a NaN, to which std::to_chars of some standard libraries appends its kind.
+std::string_view NaNText(double value) noexcept;
+
 // The number of decimals of a number that is not an integer.
 inline constexpr int kDecimals = 5;
 

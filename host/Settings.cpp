@@ -10,7 +10,6 @@
 #include "pdfsettings/raw/RawAccess.h"
 
 #include <algorithm>
-#include <iterator>
 #include <list>
 #include <optional>
 #include <strings.h>
@@ -299,17 +298,21 @@ struct Settings::Edit::State {
         return detail::WithHints(std::move(after), fResult, schema);
     }
 
-    // The array at a path, or its default, or else an empty one; and the result with it. Throws
-    // Error: kKind for another value, and as Document::With.
-    std::pair<Document, Array> WithArray(std::string_view path) const {
+    // The array at a path, or its default, or else an empty one. Throws Error (kKind) for another
+    // value.
+    Array ArrayAt(std::string_view path) const {
         Rule const* const rule = fSettings->fSchema.Find(path);
         Value const* const stored = fResult.Values().Find(path);
         Value const* const value = stored != nullptr || rule == nullptr ? stored : rule->Default();
         if (value != nullptr && value->What() != Kind::kArray) {
             throw Error(Fault::kKind, std::string(path) + " is not an array");
         }
-        Array const array = value == nullptr ? Array() : value->As<Array>();
-        return {stored != nullptr ? fResult : fResult.With(path, Value(array)), array};
+        return value == nullptr ? Array() : value->As<Array>();
+    }
+
+    // The result with that array stored. Throws as Document::With.
+    Document WithArray(std::string_view path, Array const& array) const {
+        return fResult.Values().Find(path) != nullptr ? fResult : fResult.With(path, Value(array));
     }
 
     // What its constraints advise against now and did not before.
@@ -419,8 +422,9 @@ Settings::Edit& Settings::Edit::SetText(std::string_view path, std::string_view 
 }
 
 Settings::Edit& Settings::Edit::AddElement(std::string_view path, Value const& element) {
-    auto const [document, array] = fState->WithArray(path);
+    Array const array = fState->ArrayAt(path);
     if (std::ranges::find(array, element) == array.end()) {
+        Document const document = fState->WithArray(path, array);
         fState->fResult = document.With(ElementPath(path, array.size()), element);
     }
     return *this;
@@ -428,27 +432,29 @@ Settings::Edit& Settings::Edit::AddElement(std::string_view path, Value const& e
 
 Settings::Edit& Settings::Edit::AddElementText(std::string_view path, std::string_view text) {
     Value const element = ParseElement(fState->fSettings->fSchema, path, text);
-    auto const [document, array] = fState->WithArray(path);
+    Array const array = fState->ArrayAt(path);
     if (std::ranges::find(array, element) == array.end()) {
+        Document const document = fState->WithArray(path, array);
         fState->fResult = document.WithText(ElementPath(path, array.size()), text);
     }
     return *this;
 }
 
 Settings::Edit& Settings::Edit::RemoveElement(std::string_view path, Value const& element) {
-    auto [document, array] = fState->WithArray(path);
-    std::vector<std::string> removed;
+    Array const array = fState->ArrayAt(path);
+    if (std::ranges::find(array, element) == array.end()) {
+        throw Error(Fault::kNoValue, std::string(path) + " does not contain " + element.Text());
+    }
+    Document document = fState->WithArray(path, array);
+    std::vector<std::string> removed = fState->fRemovedElements;
     for (std::size_t i = array.size(); i-- > 0;) {
         if (array[i] == element) {
             removed.push_back(ElementPath(path, i));
             document = document.Without(removed.back());
         }
     }
-    if (removed.empty()) {
-        throw Error(Fault::kNoValue, std::string(path) + " does not contain " + element.Text());
-    }
-    fState->fResult = document;
-    std::ranges::move(removed, std::back_inserter(fState->fRemovedElements));
+    fState->fResult = std::move(document);
+    fState->fRemovedElements = std::move(removed);
     return *this;
 }
 
@@ -481,13 +487,11 @@ std::size_t Settings::Edit::CopyMatching(Document const& from, std::string_view 
 }
 
 Settings::Edit& Settings::Edit::Remove(std::string_view path) {
-    Document const& document = fState->fResult;
-    Document const result = document.Without(path);
-    bool const isElement = document.Find(path)->key.Size() == 0;
-    fState->fResult = result;
-    if (isElement) {
+    Document const result = fState->fResult.Without(path);
+    if (fState->fResult.Find(path)->key.Size() == 0) {
         fState->fRemovedElements.emplace_back(path);
     }
+    fState->fResult = result;
     return *this;
 }
 

@@ -23,7 +23,7 @@ from . import _core
 
 _core.require_main_interpreter()
 # After a second import too, the classes are those that the core makes.
-sys.modules[__name__ + "._types"] = _core._types
+_types = sys.modules[__name__ + "._types"] = _core._types
 
 from ._core import (  # noqa: E402
     Document,
@@ -156,7 +156,7 @@ __all__ = [
 
 
 def _named(function: Callable[..., object]) -> Callable[..., object]:
-    """A function that pickles go by the name of, as pools of processes need it."""
+    """Wraps a built-in function so that it can be pickled by name, for a pool of processes."""
 
     @functools.wraps(function)
     def call(*arguments: object, **named: object) -> object:
@@ -173,4 +173,4 @@ for _name in __all__:
         _public.__module__ = __name__
     elif isinstance(_public, types.BuiltinFunctionType):
         globals()[_name] = _named(_public)
-del _name, _public
+del _name, _public, functools, sys, types, Callable

@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import enum
+import unicodedata
 from collections.abc import Mapping, Sequence
 from dataclasses import dataclass
 from pathlib import Path
@@ -13,9 +14,10 @@ if TYPE_CHECKING:
 
 
 def _shown(text: str) -> str:
-    """Text to show, with escapes for what is no character, or what a terminal would obey."""
+    """Text to show, with escapes for control characters and what has no character."""
     return "".join(
-        c if c.isprintable() or c == "\n" else c.encode("unicode_escape").decode() for c in text
+        c.encode("unicode_escape").decode() if unicodedata.category(c)[0] == "C" else c
+        for c in text
     )
 
 
@@ -294,7 +296,7 @@ class Error(Exception):
         self.id = id
 
     def __str__(self) -> str:
-        return _shown(str(self.args[0]))
+        return "\n".join(map(_shown, str(self.args[0]).split("\n")))
 
 
 class FileError(Error, OSError):

@@ -19,11 +19,12 @@ FileName = Union[str, bytes, "os.PathLike[str]", "os.PathLike[bytes]"]
 class Watcher:
     """Reports what has become of settings files since the call before. It has no thread and never
     blocks: wait for its descriptor with ``selectors`` or an event loop, then call `read`; or iterate
-    with ``async for change in watcher``, which ends when the watcher is closed. Each change comes to
-    one reader.
+    with ``async for change in watcher``, which ends when the watcher is closed. Several tasks and
+    threads may read: each change comes to one of them, and changes of a file come in their order to
+    a single reader.
 
-    After `close`, and in a process made by ``fork``, every other use raises ``ValueError``. `Watcher()`
-    raises `FileError` if the user has too many of them."""
+    After `close`, and in a process made by ``fork``, what watches or reads raises ``ValueError``.
+    `Watcher()` raises `FileError` if the user has too many of them."""
 
     def __init__(self) -> None:
         self._watcher = _core.ChangeWatcher()
@@ -92,7 +93,8 @@ class Watcher:
             try:
                 await self._wait()
                 self._pending.extend(self.read())
-                _wake_all(self._waiting)
+                if self._pending:
+                    _wake_all(self._waiting)
             except ValueError:
                 if not self.closed:
                     raise
@@ -112,9 +114,11 @@ class Watcher:
                 loop.add_reader(descriptor, _wake, waiting[1])
                 await waiting[1]
             finally:
-                if not loop.is_closed():
-                    loop.remove_reader(descriptor)
-                os.close(descriptor)
+                try:
+                    if not loop.is_closed():
+                        loop.remove_reader(descriptor)
+                finally:
+                    os.close(descriptor)
         finally:
             self._waiting.discard(waiting)
 

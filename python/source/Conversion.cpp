@@ -253,7 +253,10 @@ Value ToValueAt(std::string const& path, py::handle object) {
     } catch (Error const& error) {
         throw Error(error.Code(), path + ": " + error.Message());
     } catch (py::error_already_set& error) {
-        error.value().attr("add_note")(MessageToPython("in the setting " + path));
+        if (error.matches(PyExc_TypeError) || error.matches(PyExc_ValueError) ||
+            error.matches(PyExc_RecursionError)) {
+            error.value().attr("add_note")(MessageToPython("in the setting " + path));
+        }
         throw;
     }
 }

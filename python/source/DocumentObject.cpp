@@ -148,7 +148,7 @@ void AddChanges(DocumentClass& type) {
     type.def(
         "with_text",
         [](DocumentObject const& self, Key const& path, Key const& text) {
-            Value::Parse(text.fText); // whose errors are about no file
+            Value::Parse(text.fText); // Its errors have positions in text, not in the file.
             return Changed(
                 self, [&](Document const& was) { return was.WithText(path.fText, text.fText); });
         },

@@ -1,5 +1,6 @@
 #include "python/source/Interpreter.h"
 
+#include <new>
 #include <pthread.h>
 #include <unistd.h>
 
@@ -31,13 +32,16 @@ ForkGate::~ForkGate() {
     pthread_rwlock_unlock(&gGate);
 }
 
-// A fork may keep the interpreter's lock: what is behind the gate leaves it without that. In the
+// A fork may hold the interpreter's lock: work behind the gate does not need it to finish. In the
 // new process the owner of the gate is a thread of the old one.
 void ForkGate::AddToForks() {
-    pthread_atfork(
+    int const error = pthread_atfork(
         [] { pthread_rwlock_wrlock(&gGate); },
         [] { pthread_rwlock_unlock(&gGate); },
         [] { gGate = kUnlocked; });
+    if (error != 0) {
+        throw std::bad_alloc();
+    }
 }
 
 } // namespace pdfsettings::python

@@ -27,13 +27,14 @@ struct DocumentObject {
 };
 
 // The result of work on what a file holds. Its errors name the file, but for those about a position
-// in another text.
+// in another text or about another file.
 template <class Work>
 auto InFile(FilePath const& file, Work work) {
     try {
         return work();
     } catch (Error const& error) {
-        throw error.File().empty() && !error.Where() ? error.In(file) : error;
+        bool const isOfOther = error.Where() || error.Code() == Fault::kSystem;
+        throw error.File().empty() && !isOfOther ? error.In(file) : error;
     }
 }
 
@@ -106,7 +107,7 @@ inline OnConflict ToOnConflict(bool overwrite) {
 // (kBusy). Attempts take turns with the handlers of signals: Ctrl-C ends the wait.
 template <class Attempt>
 auto Patiently(std::chrono::milliseconds wait, Attempt attempt) {
-    constexpr std::chrono::milliseconds kTurn{50};
+    constexpr std::chrono::milliseconds kTurn{200};
     auto const end = std::chrono::steady_clock::now() + wait;
     for (;;) {
         auto const left =

@@ -172,7 +172,8 @@ void ThrowRejected(Findings const& findings, FilePath const& file) {
     for (std::size_t i = 0; i < findings.size(); ++i) {
         std::string const separator(i == 0 ? "" : "\n");
         text += separator + BytesOf(py::str(problems[i]));
-        message += separator + findings[i].Path() + ": " + findings[i].Message();
+        std::string const& path = findings[i].Path();
+        message += separator + path + (path.empty() ? "" : ": ") + findings[i].Message();
     }
     py::object const raised = Type("ValidationError")(
         MessageToPython(text),

@@ -44,6 +44,10 @@ py::object ToPython(HexString const& digits) {
     return python::ToPython(Value(digits));
 }
 
+FilePath FileOf(SettingsObject& self) {
+    return self.Look([](Settings const& settings) { return settings.File(); });
+}
+
 // The value at a path as a T, or fallback if it is given and there is no stored value.
 template <class T>
 std::optional<T> ValueAs(SettingsObject& self, std::string const& path, bool hasFallback) {
@@ -66,7 +70,8 @@ GetAs<String>(SettingsObject& self, std::string const& path, py::object const& f
     auto const value = ValueAs<String>(self, path, !fallback.is(py::ellipsis()));
     py::object text = value ? TextToPython(value->text) : fallback;
     if (value && PyBytes_Check(text.ptr())) {
-        throw Error(Fault::kKind, path + ": expected text in UTF-8: read it as bytes");
+        throw Error(
+            Fault::kKind, path + ": expected text in UTF-8: read it as bytes", FileOf(self));
     }
     return text;
 }
@@ -109,10 +114,6 @@ GetOf(SettingsObject& self, std::string const& path, py::handle kind, py::object
     }
     throw py::type_error(
         "the kind is bool, int, float, str, bytes, Name, HexString, list, dict or None");
-}
-
-FilePath FileOf(SettingsObject& self) {
-    return self.Look([](Settings const& settings) { return settings.File(); });
 }
 
 // REQUIRES of functions that use the file of settings.
@@ -333,6 +334,10 @@ void Drop(EditObject& self) {
     self.fSettings->Alter([&](Settings&) { self.fEdit.reset(); });
 }
 
+Value ValueFor(EditObject& self, std::string const& path, py::handle object) {
+    return InFile(FileOf(*self.fSettings), [&] { return ToValueAt(path, object); });
+}
+
 void AddContext(EditClass& type) {
     type.def("__enter__", [](py::object self) { return self; });
     type.def(
@@ -371,7 +376,7 @@ void AddChanges(EditClass& type) {
     type.def(
         "__setitem__",
         [](EditObject& self, Key const& path, py::object const& object) {
-            Value const value = ToValueAt(path.fText, object);
+            Value const value = ValueFor(self, path.fText, object);
             With(self, [&](Settings::Edit& edit) { edit.Set(path.fText, value); });
         },
         py::arg("path"),
@@ -403,7 +408,7 @@ void AddElements(EditClass& type) {
     type.def(
         "append",
         [](EditObject& self, Key const& path, py::object const& object) {
-            Value const value = ToValueAt(path.fText, object);
+            Value const value = ValueFor(self, path.fText, object);
             With(self, [&](Settings::Edit& edit) { edit.AddElement(path.fText, value); });
         },
         py::arg("path"),
@@ -414,7 +419,7 @@ void AddElements(EditClass& type) {
     type.def(
         "remove",
         [](EditObject& self, Key const& path, py::object const& object) {
-            Value const value = ToValueAt(path.fText, object);
+            Value const value = ValueFor(self, path.fText, object);
             With(self, [&](Settings::Edit& edit) { edit.RemoveElement(path.fText, value); });
         },
         py::arg("path"),

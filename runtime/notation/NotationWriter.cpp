@@ -1,5 +1,7 @@
 #include "runtime/notation/Notation.h"
 
+#include "format/NumberText.h"
+
 #include <charconv>
 #include <cmath>
 
@@ -202,6 +204,10 @@ bool AppendNext(String& out, WalkStack<WriteFrame>& stack) {
 } // namespace
 
 void AppendDigits(String& out, double value) {
+    if (std::isnan(value)) {
+        out.append(format::NaNText(value));
+        return;
+    }
     char digits[64];
     char* const end = digits + sizeof(digits);
     bool const isPlain = value == std::trunc(value) && std::abs(value) < kMaxPlainNumber &&

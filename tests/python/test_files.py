@@ -117,6 +117,15 @@ def test_a_watcher_is_an_asynchronous_iterator_that_ends_when_closed(folder):
         (folder / "b.joboptions").write_text(ONE)
         first, others = await asyncio.gather(anext(watcher), anext(watcher))
         assert {first.name, others.name} == {"a", "b"}
+        reads, read = [], watcher.read
+        watcher.read = lambda: reads.append(1) or read()
+        idle = [asyncio.create_task(changes(watcher)) for _ in range(2)]
+        (folder / "f.joboptions").write_text(ONE)
+        for _ in range(50):
+            await asyncio.sleep(0)
+        assert len(reads) < 10
+        for task in idle:
+            task.cancel()
         (folder / "d.joboptions").write_text(ONE)
         (folder / "e.joboptions").write_text(ONE)
         assert {(await anext(watcher)).name, *(change.name for change in watcher.read())} == {"d", "e"}

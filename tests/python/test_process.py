@@ -158,7 +158,7 @@ def test_handlers_of_a_fork_use_settings_though_they_are_older_than_the_module()
     run(FORKING, ONE)
 
 
-def test_a_signal_ends_a_save_that_waits(tmp_path, monkeypatch):
+def test_a_signal_ends_a_save_that_waits(tmp_path):
     def interrupt(*_):
         raise KeyboardInterrupt
     file = tmp_path / "one.joboptions"
@@ -169,14 +169,14 @@ def test_a_signal_ends_a_save_that_waits(tmp_path, monkeypatch):
     try:
         fcntl.flock(held, fcntl.LOCK_EX)
         for save in (settings.save, lambda wait: settings.save_as(file, overwrite=True, wait=wait), lambda wait: pdfsettings.save(file, ONE, wait=wait)):
-            signal.setitimer(signal.ITIMER_REAL, 0.05)
             with pytest.raises(KeyboardInterrupt):
+                signal.setitimer(signal.ITIMER_REAL, 0.05)
                 save(wait=MUCH)
         with pytest.raises(pdfsettings.BusyError):
             settings.save(wait=0.3)
     finally:
         os.close(held)
-    signal.signal(signal.SIGALRM, former)
+        signal.signal(signal.SIGALRM, former)
 
 
 def test_every_stream_takes_what_a_problem_or_an_error_says(tmp_path):

@@ -144,8 +144,8 @@ void* RealCall(std::string_view name) {
 using support::gDouble;
 using support::SystemCallsDouble;
 
-// The call that one here replaces. Without what a compiler guards a static variable by, which uses
-// one of them.
+// The call that one here replaces. An atomic in place of a guarded static: the guard of some
+// libraries makes one of these calls itself.
 #define SUPPORT_REAL(call) \
     [] { \
         static std::atomic<void*> real = nullptr; \

@@ -39,7 +39,8 @@ void ExpectSame(std::string const& token) {
 TEST(NumberText, ReadsAsTheCLibraryDoesInItsOwnLocale) {
     std::istringstream tokens(
         "08 0x 0xg -0X1F 0x-1 9223372036854775807 -9223372036854775809 0xffffffffffffffffff - . -. "
-        "1.5e3 1.5e+ 0x.8 0x. 0x1.8p1 0x1.8p 0x-1.8 --1.5 -inf. -nan. 1.0e400 -1.0e400 1.0e-400 "
+        "1.5e3 1.5e+ 0x.8 0x. 0x1.8p1 0x1.8p 0x-1.8 --1.5 -inf. -nan. -nan(x). 1.0e400 -1.0e400 "
+        "1.0e-400 "
         "0.0e400 1.0e99999999999999999999 1.0e-99999999999999999999 0x1.0p2000 0x1.0p-2000 "
         "4.9e-324. 2.4e-324. 1.0e-310 0x0.0000000000001p-1022 "
         "0.00000000000000000000000001e400 100000000000000000000000.0e-340 "

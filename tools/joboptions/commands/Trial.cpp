@@ -51,7 +51,7 @@ void EnterOwnView() {
     }
     bool const isOwn = mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
     if (!isOwn && errno == EINVAL) {
-        FailAt("/", "the root of this process is no mount point, as in a chroot");
+        FailAt("/", "the root of this process is not a mount point, as in a chroot");
     }
     Require(isOwn, "/");
 }
