@@ -283,7 +283,9 @@ void RefusesOtherIndexes(Runtime const& runtime) {
     arrays.Append(array, runtime.NewNumber(1));
     auto const number = runtime.Hold(runtime.NewNumber(2));
     constexpr unsigned long kLargest = std::numeric_limits<unsigned long>::max();
-    for (unsigned long const index : {1UL, kLargest / 2 + 1, kLargest & ~0xFFFFFFFFUL, kLargest}) {
+    constexpr unsigned long kUpperHalf = kLargest
+                                         << (std::numeric_limits<unsigned long>::digits / 2);
+    for (unsigned long const index : {1UL, kLargest / 2 + 1, kUpperHalf, kLargest}) {
         Expect("GetAt behind the end", nullptr, arrays.GetAt(array, index));
         Expect("SetAt behind the end", 0L, arrays.SetAt(array, index, number));
         Expect("Remove behind the end", 0L, arrays.Remove(array, index));

@@ -208,7 +208,8 @@ std::string ExactText(double value) {
     std::string text = ShortestText(value);
     std::size_t const exponent = std::min(text.find('e'), text.size());
     bool const isNegativeZero = value == 0 && std::signbit(value);
-    bool const isWholeForm = std::abs(value) < 0x1p63 && exponent == text.size();
+    constexpr auto kEnd = -static_cast<double>(std::numeric_limits<long>::min());
+    bool const isWholeForm = std::abs(value) < kEnd && exponent == text.size();
     bool const hasPoint = text.find('.') != std::string::npos;
     if (std::isfinite(value) && !hasPoint && (isNegativeZero || !isWholeForm)) {
         text.insert(exponent, ".0");

@@ -46,7 +46,7 @@ std::to_chars_result FormatDecimals(char* begin, char* end, double value, int de
 std::string ShortestText(double value);
 
 // As ShortestText, in a form that the format reads as the same number, if there is one. The format
-// reads a number without a point as a 64-bit integer, so 1e5 would be read as 1.
+// reads a number without a point as a long, so 1e5 would be read as 1.
 std::string ExactText(double value);
 
 // All digits of the integer part of value.

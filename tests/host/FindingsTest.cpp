@@ -126,7 +126,8 @@ constexpr char const* kMessages[] = {
     "\"True\" is not a value: write true",
     "/X has no value",
     "\"<FE>\" is ignored: it has no key",
-    "99999999999999999999 is read as 9223372036854775808",
+    sizeof(long) == 8 ? "99999999999999999999 is read as 9223372036854775808"
+                      : "99999999999999999999 is read as 2147483647",
     "the point in the characters after it makes 010 the number 10: put a blank behind the number",
     "\"1\" before the end of a dictionary hides that end: remove it",
     "// has no value",

@@ -101,7 +101,7 @@ struct Item {
     std::string fList;
     std::string fNote; // an attribute
     ino_t fFile = 0;
-    long fModified = 0; // nanoseconds
+    std::int64_t fModified = 0; // nanoseconds
 
     bool operator==(Item const&) const = default;
 };
@@ -126,7 +126,7 @@ Item LookAtItem(std::string const& path) {
         isLink ? "" : Attribute(path, kAccessList),
         isLink ? "" : Attribute(path, "user.note"),
         status.st_ino,
-        status.st_mtim.tv_sec * 1'000'000'000 + status.st_mtim.tv_nsec};
+        std::int64_t{status.st_mtim.tv_sec} * 1'000'000'000 + status.st_mtim.tv_nsec};
 }
 
 Items LookAtAll(support::TemporaryFolder const& folder) {

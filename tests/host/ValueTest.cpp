@@ -44,7 +44,8 @@ TEST(Value, IsReadAsItsTypeAndNoOther) {
     EXPECT_TRUE(Is<std::vector<double>>(numbers, std::vector<double>{1, 2.5}));
     EXPECT_TRUE(Is<std::vector<int>>(numbers, {}) && Is<std::vector<Name>>(Array(), {{}}));
     EXPECT_EQ(Value(0.4F).Text(), "0.4");
-    EXPECT_EQ(Value(std::int64_t{1} << 53).Text(), "9007199254740992");
+    Value const large = std::int64_t{1} << 53;
+    EXPECT_TRUE(Is<std::int64_t>(Value::Parse(large.Text()), std::int64_t{1} << 53));
     EXPECT_EQ(
         support::CodeOf([] { static_cast<void>(Value((std::int64_t{1} << 53) + 1)); }),
         Fault::kKind);
