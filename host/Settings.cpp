@@ -453,7 +453,7 @@ Settings::Edit& Settings::Edit::RemoveElement(std::string_view path, Value const
             document = document.Without(removed.back());
         }
     }
-    fState->fResult = std::move(document);
+    fState->fResult = document;
     fState->fRemovedElements = std::move(removed);
     return *this;
 }

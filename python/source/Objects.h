@@ -103,21 +103,32 @@ inline OnConflict ToOnConflict(bool overwrite) {
     return overwrite ? OnConflict::kOverwrite : OnConflict::kRefuse;
 }
 
+// The result of attempt; nothing where a file is busy, unless this is the last attempt.
+template <class Attempt>
+auto Try(Attempt attempt, bool isLast) -> std::optional<decltype(attempt())> {
+    try {
+        return attempt();
+    } catch (Error const& error) {
+        if (error.Code() != Fault::kBusy || isLast) {
+            throw;
+        }
+        return std::nullopt;
+    }
+}
+
 // The result of attempt(time), which waits for a file no longer than time and then throws Error
 // (kBusy). Attempts take turns with the handlers of signals: Ctrl-C ends the wait.
 template <class Attempt>
 auto Patiently(std::chrono::milliseconds wait, Attempt attempt) {
-    constexpr std::chrono::milliseconds kTurn{200};
-    auto const end = std::chrono::steady_clock::now() + wait;
+    using std::chrono::milliseconds;
+    using std::chrono::steady_clock;
+    constexpr milliseconds kTurn{200};
+    auto const end = steady_clock::now() + wait;
     for (;;) {
-        auto const left =
-            std::chrono::ceil<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
-        try {
-            return attempt(std::clamp(left, std::chrono::milliseconds(), kTurn));
-        } catch (Error const& error) {
-            if (error.Code() != Fault::kBusy || left <= kTurn) {
-                throw;
-            }
+        auto const left = std::chrono::ceil<milliseconds>(end - steady_clock::now());
+        auto const turn = std::clamp(left, milliseconds(), kTurn);
+        if (auto result = Try([&] { return attempt(turn); }, left <= kTurn)) {
+            return std::move(*result);
         }
         if (PyErr_CheckSignals() != 0) {
             throw py::error_already_set();

@@ -147,20 +147,7 @@ void AddMaking(SettingsClass& type) {
         "As __copy__.");
 }
 
-void AddState(SettingsClass& type) {
-    type.def(
-        "value",
-        [](SettingsObject& self,
-           Key const& path,
-           py::object const& kind,
-           py::object const& fallback) { return GetOf(self, path.fText, kind, fallback); },
-        py::arg("path"),
-        py::arg("kind") = py::none(),
-        py::arg("default") = py::ellipsis(),
-        "The value at a path, or else default, or else the schema's default. kind is the class to "
-        "read it as: bool, int, float, str, bytes, Name, HexString, list or dict; a str is a "
-        "string of the file, never a name. Raises KindError if the value is of another kind, "
-        "NoValueError, with a similar path that exists, if there is none.");
+void AddText(SettingsClass& type) {
     type.def_property_readonly(
         "text",
         [](SettingsObject& self) { return KeyToPython(self.Source().fDocument.Text()); },
@@ -177,6 +164,30 @@ void AddState(SettingsClass& type) {
         "document",
         [](SettingsObject& self) { return self.Source(); },
         "The text with its positions, a Document.");
+    type.def(
+        "canonical_text",
+        [](SettingsObject& self) {
+            return KeyToPython(
+                self.Examine([](Settings const& settings) { return settings.CanonicalText(); }));
+        },
+        "The settings in the layout of the component, a str: without comments, and with numbers "
+        "rounded to its five decimals. Raises UnwritableError.");
+}
+
+void AddState(SettingsClass& type) {
+    type.def(
+        "value",
+        [](SettingsObject& self,
+           Key const& path,
+           py::object const& kind,
+           py::object const& fallback) { return GetOf(self, path.fText, kind, fallback); },
+        py::arg("path"),
+        py::arg("kind") = py::none(),
+        py::arg("default") = py::ellipsis(),
+        "The value at a path, or else default, or else the schema's default. kind is the class to "
+        "read it as: bool, int, float, str, bytes, Name, HexString, list or dict; a str is a "
+        "string of the file, never a name. Raises KindError if the value is of another kind, "
+        "NoValueError, with a similar path that exists, if there is none.");
     type.def_property_readonly(
         "schema",
         [](SettingsObject& self) {
@@ -200,14 +211,6 @@ void AddState(SettingsClass& type) {
         },
         "Whether the file has other bytes than were last read from it or written to it, or cannot "
         "be read. False without a file.");
-    type.def(
-        "canonical_text",
-        [](SettingsObject& self) {
-            return KeyToPython(
-                self.Examine([](Settings const& settings) { return settings.CanonicalText(); }));
-        },
-        "The settings in the layout of the component, a str: without comments, and with numbers "
-        "rounded to its five decimals. Raises UnwritableError.");
 }
 
 py::tuple CheckOf(SettingsObject& self, std::string const& path, py::handle object) {
@@ -252,6 +255,26 @@ void AddValidation(SettingsClass& type) {
         "path; or why it cannot be stored. A tuple of Problem. Changes nothing.");
 }
 
+py::tuple SaveSettings(SettingsObject& self, bool overwrite, double seconds) {
+    auto const save = [&](std::chrono::milliseconds time) {
+        return self.Alter([&](Settings& settings) {
+            RequireFile(settings);
+            return settings.Save(ToOnConflict(overwrite), time);
+        });
+    };
+    return SentencesOf(Patiently(ToWait(seconds), save));
+}
+
+py::tuple
+SaveSettingsAs(SettingsObject& self, PathArgument const& file, bool overwrite, double seconds) {
+    auto const save = [&](std::chrono::milliseconds time) {
+        return self.Alter([&](Settings& settings) {
+            return settings.SaveAs(file.fPath, ToOnConflict(overwrite), time);
+        });
+    };
+    return SentencesOf(Patiently(ToWait(seconds), save));
+}
+
 void AddFiles(SettingsClass& type) {
     type.def(
         "reload",
@@ -265,15 +288,7 @@ void AddFiles(SettingsClass& type) {
         "and ValueError without a file.");
     type.def(
         "save",
-        [](SettingsObject& self, bool overwrite, double seconds) {
-            auto const wait = ToWait(seconds);
-            return SentencesOf(Patiently(wait, [&](std::chrono::milliseconds time) {
-                return self.Alter([&](Settings& settings) {
-                    RequireFile(settings);
-                    return settings.Save(ToOnConflict(overwrite), time);
-                });
-            }));
-        },
+        &SaveSettings,
         py::kw_only(),
         py::arg("overwrite") = false,
         py::arg("wait") = 10.0,
@@ -285,14 +300,7 @@ void AddFiles(SettingsClass& type) {
         "a file.");
     type.def(
         "save_as",
-        [](SettingsObject& self, PathArgument const& file, bool overwrite, double seconds) {
-            auto const wait = ToWait(seconds);
-            return SentencesOf(Patiently(wait, [&](std::chrono::milliseconds time) {
-                return self.Alter([&](Settings& settings) {
-                    return settings.SaveAs(file.fPath, ToOnConflict(overwrite), time);
-                });
-            }));
-        },
+        &SaveSettingsAs,
         py::arg("file"),
         py::kw_only(),
         py::arg("overwrite") = false,
@@ -486,6 +494,7 @@ void AddSettings(py::module_& module) {
         "thread waits while another one changes or saves it.");
     AddMaking(type);
     AddMapping(type, [](SettingsObject& self) { return self.Source(); });
+    AddText(type);
     AddState(type);
     AddValidation(type);
     AddFiles(type);

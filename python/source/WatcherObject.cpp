@@ -61,6 +61,31 @@ py::object ChangeRecord(SettingsChange const& change) {
         KeyToPython(change.name));
 }
 
+// A descriptor that the caller closes.
+int Duplicate(ChangeWatcher& watcher) {
+    int const descriptor = fcntl(watcher.Descriptor(), F_DUPFD_CLOEXEC, 0);
+    if (descriptor < 0) {
+        std::error_code const failure(errno, std::generic_category());
+        throw Error(Fault::kSystem, failure.message(), {}, {}, failure);
+    }
+    return descriptor;
+}
+
+void AddDescriptors(py::class_<WatcherObject>& type) {
+    type.def(
+        "fileno",
+        [](WatcherObject& self) {
+            return self.Use([](ChangeWatcher& watcher) { return watcher.Descriptor(); });
+        },
+        "A descriptor for select() and the like, readable while there may be something to read; "
+        "the watcher owns it. Raises ValueError after close().");
+    type.def(
+        "duplicate",
+        [](WatcherObject& self) { return self.Use(&Duplicate); },
+        "Another descriptor for the same, which the caller closes. Raises as fileno(), and "
+        "FileError.");
+}
+
 } // namespace
 
 void AddWatcher(py::module_& module) {
@@ -88,27 +113,7 @@ void AddWatcher(py::module_& module) {
         },
         py::arg("application") = "",
         "Watches everything that list_settings(application) shows. Raises as add().");
-    type.def(
-        "fileno",
-        [](WatcherObject& self) {
-            return self.Use([](ChangeWatcher& watcher) { return watcher.Descriptor(); });
-        },
-        "A descriptor for select() and the like, readable while there may be something to read; "
-        "the watcher owns it. Raises ValueError after close().");
-    type.def(
-        "duplicate",
-        [](WatcherObject& self) {
-            return self.Use([](ChangeWatcher& watcher) {
-                int const descriptor = fcntl(watcher.Descriptor(), F_DUPFD_CLOEXEC, 0);
-                if (descriptor < 0) {
-                    std::error_code const failure(errno, std::generic_category());
-                    throw Error(Fault::kSystem, failure.message(), {}, {}, failure);
-                }
-                return descriptor;
-            });
-        },
-        "Another descriptor for the same, which the caller closes. Raises as fileno(), and "
-        "FileError.");
+    AddDescriptors(type);
     type.def(
         "read",
         [](WatcherObject& self) {
