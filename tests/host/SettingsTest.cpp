@@ -121,6 +121,11 @@ TEST_F(SettingsTest, WhatCannotBeMadeLeavesTheEditAsItWas) {
     EXPECT_EQ(CodeOf([&] { edit.Set("A/B", 1); }), Fault::kNoValue);
     EXPECT_EQ(CodeOf([&] { edit.Remove("D/Z"); }), Fault::kNoValue);
     EXPECT_EQ(CodeOf([&] { edit.SetText("Bad", "two"); }), Fault::kSyntax);
+    Value const unwritable = Name{"a b"};
+    EXPECT_EQ(CodeOf([&] { edit.AddElement("New", unwritable); }), Fault::kUnwritable);
+    EXPECT_EQ(CodeOf([&] { edit.RemoveElement("New", unwritable); }), Fault::kNoValue);
+    EXPECT_EQ(CodeOf([&] { unwritable.WritableText(); }), Fault::kUnwritable);
+    edit.AddElement("L", 2).AddElement("L", 3).RemoveElement("L", 3);
     EXPECT_EQ(
         Texts(settings.Check("A", HUGE_VAL)),
         Expected{"A: inf cannot be written to a settings file so that it reads back as the same"});
