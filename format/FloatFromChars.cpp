@@ -43,7 +43,8 @@ std::string_view CutNumber(std::string_view text) {
     std::size_t end = EndOf(kDigits, text, 0);
     end = text.substr(end).starts_with('.') ? EndOf(kDigits, text, end + 1) : end;
     if (end < text.size() && (text[end] == 'e' || text[end] == 'E')) {
-        std::size_t const sign = text.find_first_of("+-", end) == end + 1 ? 1 : 0;
+        std::string_view const exponent = text.substr(end + 1);
+        std::size_t const sign = exponent.starts_with('+') || exponent.starts_with('-') ? 1 : 0;
         std::size_t const last = EndOf(kDigits, text, end + 1 + sign);
         end = last > end + 1 + sign ? last : end;
     }
